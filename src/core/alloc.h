@@ -1,0 +1,35 @@
+// The library's only door to the heap: sizes are checked here, so that no caller multiplies or adds unchecked.
+// Tests make allocations fail by wrapping malloc and calloc at link time; nothing else may call them.
+#ifndef MUB_CORE_ALLOC_H
+#define MUB_CORE_ALLOC_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+namespace mub {
+
+inline bool fits_63_bits(int64_t count, int64_t unit_bytes, int64_t *size_bytes) {
+  return count >= 0 && unit_bytes >= 0 && !__builtin_mul_overflow(count, unit_bytes, size_bytes);
+}
+
+// Room for `count` units of `unit_bytes`, its content undefined; nullptr when the size is negative, does not fit
+// 63 bits, or memory runs out.
+inline void *allocate(int64_t count, int64_t unit_bytes) {
+  int64_t size_bytes;
+  if (!fits_63_bits(count, unit_bytes, &size_bytes)) return nullptr;
+  return std::malloc(static_cast<size_t>(size_bytes));
+}
+
+// The same, zero-filled; fresh pages of the system are zero already, which calloc knows and memset does not.
+inline void *allocate_zeroed(int64_t count, int64_t unit_bytes) {
+  int64_t size_bytes;
+  if (!fits_63_bits(count, unit_bytes, &size_bytes)) return nullptr;
+  return std::calloc(static_cast<size_t>(count), static_cast<size_t>(unit_bytes));
+}
+
+inline void release(void *block) { std::free(block); }
+
+}  // namespace mub
+
+#endif

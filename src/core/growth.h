@@ -1,0 +1,36 @@
+// The growth rules. Callers see capacities, so every constant here is part of the interface.
+#ifndef MUB_CORE_GROWTH_H
+#define MUB_CORE_GROWTH_H
+
+#include <algorithm>
+#include <cstdint>
+
+namespace mub {
+
+// Larger wishes are failed allocations; below it, rounding up cannot overflow.
+constexpr int64_t kMaxUnits = INT64_MAX - 64;
+
+// Streams and strings grow by half their length (at least 8 and at most 8 Mi units, and on their own only up to
+// 2^31 - 1), or to `wanted` when that is more. The caller rounds the result to its own allocation step.
+inline int64_t grown_units(int64_t length, int64_t capacity, int64_t wanted) {
+  const int64_t step = std::clamp<int64_t>(length / 2, 8, 0x800000);
+  const int64_t headroom = int64_t{0x7FFFFFFF} - capacity;
+  return std::max(capacity + std::min(step, headroom), wanted);
+}
+
+inline int64_t round_up_to_4(int64_t slots) { return ((slots - 1) & ~int64_t{3}) + 4; }
+
+// Tables of entries grow by half their count (at least 8 and at most 65536 slots), or to `wanted`.
+inline int64_t grown_slots(int64_t count, int64_t capacity, int64_t wanted) {
+  const int64_t step = std::clamp<int64_t>(count / 2, 8, 0x10000);
+  return round_up_to_4(std::max(capacity + step, wanted));
+}
+
+// The pools' tables of pages grow by half their count, at least 4.
+inline int64_t grown_pages(int64_t count, int64_t capacity) {
+  return round_up_to_4(capacity + std::max<int64_t>(count / 2, 4));
+}
+
+}  // namespace mub
+
+#endif

@@ -1,0 +1,283 @@
+// The engine of every growable run of units: byte streams, strings and wide strings.
+//
+//   record    data ──► [ content ........ | spare ......... | 0 ]
+//                        0                  length            capacity
+//
+// Invariants, whenever data is not null:
+//   1. 0 <= length <= capacity.
+//   2. The block holds capacity + 1 units; the last one is always 0, so that a stream's block can become a
+//      string's, terminator included.
+//   3. A terminated record has a 0 at data[length].
+//   4. Spare units are 0 in a fresh block and keep old content after a truncation; growth copies them along.
+//
+// A record takes part by specialising BufferTraits. Counts arrive here measured; a negative one does nothing.
+#ifndef MUB_CORE_UNIT_BUFFER_H
+#define MUB_CORE_UNIT_BUFFER_H
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "core/alloc.h"
+#include "core/growth.h"
+#include "core/pinned_bytes.h"
+#include "mub_stream.h"
+#include "mub_string.h"
+
+namespace mub {
+
+template <class Record>
+struct BufferTraits;
+
+template <>
+struct BufferTraits<mub_stream> {
+  using Unit = uint8_t;
+  static constexpr bool kTerminated = false;
+};
+
+template <>
+struct BufferTraits<mub_string> {
+  using Unit = char;
+  static constexpr bool kTerminated = true;
+};
+
+// The length of a narrow text: as given, or up to its NUL when negative; a NULL text has none.
+inline int64_t measured(const char *text, int64_t length) {
+  if (length >= 0) return length;
+  return text == nullptr ? 0 : static_cast<int64_t>(std::strlen(text));
+}
+
+namespace buffer {
+
+template <class Record>
+using UnitOf = typename BufferTraits<Record>::Unit;
+
+template <class Record>
+constexpr int64_t kUnitBytes = static_cast<int64_t>(sizeof(UnitOf<Record>));
+
+// memmove that accepts the null pointers and the negative counts of empty work.
+template <class Unit>
+void move_units(Unit *to, const void *from, int64_t count) {
+  if (count > 0) std::memmove(to, from, static_cast<size_t>(count) * sizeof(Unit));
+}
+
+template <class Record>
+bool is_empty(const Record &record) {
+  return record.data == nullptr || record.length == 0;
+}
+
+template <class Record>
+void init(Record &record) {
+  record.data = nullptr;
+  record.length = 0;
+  record.capacity = 0;
+}
+
+template <class Record>
+void term(Record &record) {
+  release(record.data);
+  init(record);
+}
+
+template <class Record, class OtherRecord>
+void swap(Record &a, OtherRecord &b) {
+  const Record old_a = a;
+  a = {reinterpret_cast<UnitOf<Record> *>(b.data), b.length, b.capacity};
+  b = {reinterpret_cast<UnitOf<OtherRecord> *>(old_a.data), old_a.length, old_a.capacity};
+}
+
+template <class Record>
+bool holds(const Record &record, int64_t index) {
+  return index >= 0 && index < record.capacity;
+}
+
+// A stream's capacity is a multiple of 8; a terminated record's block is, terminator included.
+template <class Record>
+int64_t rounded_capacity(int64_t target) {
+  if constexpr (BufferTraits<Record>::kTerminated) return (target / 8) * 8 + 7;
+  return ((target - 1) / 8) * 8 + 8;
+}
+
+template <class Record>
+bool grow(Record &record, int64_t wanted) {
+  using Unit = UnitOf<Record>;
+  if (wanted > kMaxUnits) return false;
+  const int64_t capacity = rounded_capacity<Record>(grown_units(record.length, record.capacity, wanted));
+  if (record.data == nullptr) {
+    record.data = static_cast<Unit *>(allocate_zeroed(capacity + 1, kUnitBytes<Record>));
+    if (record.data == nullptr) return false;
+    record.capacity = capacity;
+    return true;
+  }
+  // A fresh block and not realloc: callers may rely on the address changing.
+  auto *data = static_cast<Unit *>(allocate(capacity + 1, kUnitBytes<Record>));
+  if (data == nullptr) return false;
+  move_units(data, record.data, record.capacity);
+  std::memset(data + record.capacity, 0, static_cast<size_t>(capacity + 1 - record.capacity) * sizeof(Unit));
+  release(record.data);
+  record.data = data;
+  record.capacity = capacity;
+  return true;
+}
+
+// Makes room for `wanted` units; false when memory runs out, the record unchanged.
+template <class Record>
+bool expand(Record &record, int64_t wanted) {
+  return record.capacity >= wanted || grow(record, wanted);
+}
+
+// Sets the length, up to the capacity, and the terminator.
+template <class Record>
+void shrink(Record &record, int64_t length) {
+  if (record.data == nullptr || length < 0) return;
+  record.length = std::min(length, record.capacity);
+  if constexpr (BufferTraits<Record>::kTerminated) record.data[record.length] = 0;
+}
+
+template <class Record>
+void zero(Record &record, int64_t offset, int64_t count) {
+  if (record.data == nullptr || offset < 0 || count < 1 || count > record.capacity - offset) return;
+  std::memset(record.data + offset, 0, static_cast<size_t>(count) * sizeof(UnitOf<Record>));
+}
+
+// `count` is not negative; doubled for wide units it still fits 64 unsigned bits.
+template <class Record>
+PinnedBytes pinned(const Record &record, const void *units, int64_t count) {
+  constexpr uint64_t unit_bytes = sizeof(UnitOf<Record>);
+  return {units, static_cast<uint64_t>(count) * unit_bytes, record.data,
+          static_cast<uint64_t>(record.capacity) * unit_bytes};
+}
+
+// Makes `count` units the whole content; NULL units empty it.
+template <class Record>
+bool copy(Record &record, const void *units, int64_t count) {
+  if (units == nullptr) {
+    shrink(record, 0);
+    return true;
+  }
+  if (count <= record.capacity) {
+    move_units(record.data, units, count);
+  } else {
+    const PinnedBytes source = pinned(record, units, count);
+    if (source.failed() || !grow(record, count)) return false;
+    move_units(record.data, source.bytes(), count);
+  }
+  shrink(record, count);
+  return true;
+}
+
+template <class Record>
+__attribute__((noinline)) bool append_growing(Record &record, const void *units, int64_t count) {
+  int64_t length;
+  if (__builtin_add_overflow(record.length, count, &length)) return false;
+  const PinnedBytes source = pinned(record, units, count);
+  if (source.failed() || !grow(record, length)) return false;
+  move_units(record.data + record.length, source.bytes(), count);
+  shrink(record, length);
+  return true;
+}
+
+template <class Record>
+bool append(Record &record, const void *units, int64_t count) {
+  if (count > record.capacity - record.length) return append_growing(record, units, count);
+  if (count <= 0) return true;
+  move_units(record.data + record.length, units, count);
+  shrink(record, record.length + count);
+  return true;
+}
+
+// Replaces `old_count` units at `position` by `count` units. The old range may reach past the content as long as
+// the resulting length is not negative; new units that would lie past the resulting content are dropped.
+template <class Record>
+bool update(Record &record, int64_t position, int64_t old_count, const void *units, int64_t count) {
+  if (position < 0 || old_count < 0 || count < 0 || position > record.length) return false;
+  if (units == nullptr && count > 0) return false;
+  int64_t length;
+  if (__builtin_add_overflow(record.length, count - old_count, &length) || length < 0) return false;
+  const PinnedBytes source = pinned(record, units, count);
+  if (source.failed() || !expand(record, length)) return false;
+  // The new units are clipped by the longer of the two lengths: a shrinking update writes before it moves.
+  const int64_t written = std::min(count, std::max(record.length, length) - position);
+  const int64_t tail = record.length - position - old_count;
+  if (count > old_count && tail > 0) {
+    move_units(record.data + position + count, record.data + position + old_count, tail);
+  }
+  move_units(record.data + position, source.bytes(), written);
+  if (count < old_count && tail > 0) {
+    move_units(record.data + position + count, record.data + position + old_count, tail);
+  }
+  shrink(record, length);
+  return true;
+}
+
+// Opens a gap of `count` units before `position` and fills it; refused for an empty insertion.
+template <class Record>
+bool insert(Record &record, int64_t position, const void *units, int64_t count) {
+  return count >= 1 && update(record, position, 0, units, count);
+}
+
+// Copies `count` units from `start`, which the caller has checked, over the content of `out`.
+template <class Record, class OutRecord>
+bool extract(const Record &record, int64_t start, int64_t count, OutRecord &out) {
+  static_assert(sizeof(UnitOf<Record>) == sizeof(UnitOf<OutRecord>));
+  if (!expand(out, count)) return false;
+  // Read after the growth: `out` may be the source itself.
+  move_units(out.data, record.data + start, count);
+  shrink(out, count);
+  return true;
+}
+
+template <class OutRecord>
+bool extract_nothing(OutRecord &out) {
+  shrink(out, 0);
+  return true;
+}
+
+template <class Record, class OutRecord>
+bool left_into(const Record &record, int64_t count, OutRecord &out) {
+  if (is_empty(record) || count < 1) return extract_nothing(out);
+  return extract(record, 0, std::min(count, record.length), out);
+}
+
+template <class Record, class OutRecord>
+bool right_into(const Record &record, int64_t count, OutRecord &out) {
+  if (is_empty(record) || count < 1) return extract_nothing(out);
+  const int64_t kept = std::min(count, record.length);
+  return extract(record, record.length - kept, kept, out);
+}
+
+template <class Record, class OutRecord>
+bool mid_into(const Record &record, int64_t start, int64_t count, OutRecord &out) {
+  if (is_empty(record) || start < 0 || count < 1 || start >= record.length) return extract_nothing(out);
+  return extract(record, start, std::min(count, record.length - start), out);
+}
+
+// The in-place forms differ from the copying ones: `left` ignores a negative count, `mid` a negative start.
+template <class Record>
+void left(Record &record, int64_t count) {
+  if (record.length > count) shrink(record, count);
+}
+
+template <class Record>
+void right(Record &record, int64_t count) {
+  if (record.length > count) right_into(record, count, record);
+}
+
+template <class Record>
+void mid(Record &record, int64_t start, int64_t count) {
+  if (start >= 0) mid_into(record, start, count, record);
+}
+
+template <class Record, class OutRecord>
+bool clone(const Record &record, OutRecord &out) {
+  if (static_cast<const void *>(&record) == static_cast<const void *>(&out)) return true;
+  if (!expand(out, record.capacity)) return false;
+  move_units(out.data, record.data, record.length);
+  shrink(out, record.length);
+  return true;
+}
+
+}  // namespace buffer
+}  // namespace mub
+
+#endif
