@@ -1,0 +1,72 @@
+// Block pools inside the library. Taking and giving back a block are inline: containers do it once per entry.
+#ifndef MUB_CORE_POOL_H
+#define MUB_CORE_POOL_H
+
+#include <cstdint>
+
+#include "mub_pool.h"
+
+namespace mub::pool {
+
+constexpr int64_t kMinBlocksPerChunk = 16;
+
+void init(mub_pool &pool);
+void empty(mub_pool &pool);
+void swap(mub_pool &a, mub_pool &b);
+
+// A pool record on the heap, for the container that will own it; nullptr when memory runs out.
+mub_pool *create(int64_t block_size);
+// Gives the pool up, when the container owns it.
+void destroy_owned(mub_pool *&pool, uint16_t &owned);
+
+void *take_slowly(mub_pool &pool);
+void give_on_new_page(mub_pool &pool, void *block);
+
+inline void **free_page(const mub_pool &pool, int64_t page) {
+  return static_cast<void **>(pool.free_pages[page]);
+}
+
+inline void *block_at(const mub_pool &pool, int64_t chunk, int64_t slot) {
+  return static_cast<char *>(pool.chunks[chunk]) + slot * pool.block_size;
+}
+
+// Takes a block; nullptr without a pool, without a block size or without memory.
+inline void *take(mub_pool *pool) {
+  if (pool == nullptr || pool->block_size == 0) return nullptr;
+  if (pool->free_used > 0) {
+    void *block = free_page(*pool, pool->free_count - 1)[--pool->free_used];
+    if (block == nullptr) return take_slowly(*pool);  // left by a clone: an address foreign to the source
+    ++pool->live_count;
+    return block;
+  }
+  if (pool->free_count > 0 || pool->chunk_used < 0 || pool->chunk_used >= pool->blocks_per_chunk) {
+    return take_slowly(*pool);
+  }
+  ++pool->live_count;
+  return block_at(*pool, pool->chunk_count - 1, pool->chunk_used++);
+}
+
+// Gives a block back; neither needs to be there.
+inline void give(mub_pool *pool, void *block) {
+  if (pool == nullptr || block == nullptr) return;
+  if (pool->free_used < 0 || pool->free_used >= pool->blocks_per_chunk) return give_on_new_page(*pool, block);
+  free_page(*pool, pool->free_count - 1)[pool->free_used++] = block;
+  --pool->live_count;
+}
+
+// Position in a sorted map of the chunk with the greatest base at or below `address`; -1 when there is none.
+int64_t find_chunk(const mub_pool_chunk *map, int64_t count, uint64_t address);
+
+mub_pool_chunk *map(const mub_pool &pool);
+
+// Empties the destination and makes it a copy; false when memory runs out, the destination then empty.
+bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destination);
+
+// The number of addresses on the free stack.
+inline int64_t free_blocks(const mub_pool &pool) {
+  return pool.free_count < 1 ? 0 : (pool.free_count - 1) * pool.blocks_per_chunk + pool.free_used;
+}
+
+}  // namespace mub::pool
+
+#endif
