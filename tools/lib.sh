@@ -1,9 +1,37 @@
+# shellcheck shell=bash
 # Shared by the scripts beside it; sourced from the project's root.
 
-# The names that the public headers declare, sorted.
-declared_names() {
-  # A declaration starts with MUB_API and names its function right before the first parenthesis, its object right
-  # before the first bracket.
-  cat include/*.h | tr '\n' ' ' | grep -oE 'MUB_API [^;]*' |
-    sed -E 's/[([].*//; s/ *$//; s/.*[ *]//' | LC_ALL=C sort -u
+say() { printf '\n== %s\n' "$*"; }
+
+as_root() {
+  if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+# install_missing PACKAGE…: installs those Debian packages that are not there; asks apt only when one is missing.
+install_missing() {
+  if ! command -v dpkg-query >/dev/null; then
+    echo "not a Debian system: taking it that these are here in some form: $*" >&2
+    return 0
+  fi
+  local package missing=()
+  for package in "$@"; do
+    [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  say "installing ${missing[*]}"
+  as_root apt-get update -q </dev/null
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -yq --no-install-recommends "${missing[@]}" </dev/null
+}
+
+toolchain_packages=(build-essential cmake ninja-build)
+test_packages=(libgtest-dev python3)
+clang_packages=(clang libclang-rt-14-dev)
+bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-dev libdeflate-dev libisal-dev pkg-config python3)
+
+# build_preset PRESET [ARGUMENT…]: configures and builds; the arguments go to the build.
+build_preset() {
+  local preset=$1
+  shift
+  cmake --preset "$preset" -Wno-dev
+  cmake --build --preset "$preset" --parallel "$(nproc)" "$@"
 }
