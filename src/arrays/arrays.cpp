@@ -1,0 +1,1 @@
+#include "arrays/slot_table.h"
