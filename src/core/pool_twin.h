@@ -64,14 +64,16 @@ class UserPools {
   UserPools(mub_pool *source, mub_pool *destination, mub_clone_fn callback)
       : source_(source), destination_(destination), callback_(callback) {}
 
-  // Clones the pool when there is one. A pool paired with itself is left alone, and so is the pair
-  // (`cloned_source`, `cloned_destination`) that the container has cloned itself. False when memory runs out.
-  bool clone_beside(const mub_pool *cloned_source, const mub_pool *cloned_destination) {
+  bool are(const mub_pool *source, const mub_pool *destination) const {
+    return source_ == source && destination_ == destination;
+  }
+
+  // Clones the pool when there is one. A pool paired with itself is left alone, and so is a pair that the container
+  // has cloned itself. False when memory runs out.
+  bool clone_beside(bool already_cloned) {
     if (source_ == nullptr || destination_ == nullptr || callback_ == nullptr) return true;
     if (!twin_.map(*source_)) return false;
-    if (source_ == destination_) return true;
-    if (source_ == cloned_source && destination_ == cloned_destination) return true;
-    return twin_.clone_to(*destination_);
+    return source_ == destination_ || already_cloned || twin_.clone_to(*destination_);
   }
 
   void mend(uint64_t source_value, uint64_t value) const {

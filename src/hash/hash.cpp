@@ -1,0 +1,240 @@
+#include <cstddef>
+
+#include "core/bytes.h"
+#include "core/crc32.h"
+#include "core/key_store.h"
+#include "hash/chained_clone.h"
+#include "hash/chained_table.h"
+
+namespace mub {
+namespace {
+
+static_assert(sizeof(mub_hash_entry) == 32 && offsetof(mub_hash_entry, hash) == 8);
+static_assert(offsetof(mub_hash_entry, key_offset) == 12 && offsetof(mub_hash_entry, key_length) == 16);
+static_assert(offsetof(mub_hash_entry, value) == 24);
+static_assert(sizeof(mub_hash) == 104 && offsetof(mub_hash, count) == 40 && offsetof(mub_hash, keys) == 48);
+static_assert(offsetof(mub_hash, entry_pool) == 72 && offsetof(mub_hash, owns_entry_pool) == 80);
+static_assert(offsetof(mub_hash, value_pool) == 88 && offsetof(mub_hash, owns_value_pool) == 96);
+static_assert(offsetof(mub_hash, nocase) == 98);
+
+struct ByteKey {
+  const void *bytes;
+  int64_t length;
+};
+
+// The length rule of the public operations.
+ByteKey measured_key(const void *key, int64_t length) {
+  return {key, measured(static_cast<const char *>(key), length)};
+}
+
+// Byte-string keys in the table's key stream, hashed by the CRC-32 register.
+struct ByteKeys {
+  using Table = mub_hash;
+  using Entry = mub_hash_entry;
+  using Key = ByteKey;
+
+  static uint64_t word(const Table &table, const Key &key) {
+    return table.nocase == 0 ? key_hash(key.bytes, key.length) : key_hash_nocase(key.bytes, key.length);
+  }
+  static uint64_t entry_word(const Entry &entry) { return entry.hash; }
+
+  static bool same_key(const Table &table, const Entry &entry, const Key &key) {
+    if (entry.key_length != key.length) return false;
+    const uint8_t *stored = table.keys.data + entry.key_offset;
+    if (table.nocase == 0) return bytes::equal(stored, key.bytes, key.length);
+    return bytes::icompare(stored, key.length, key.bytes, key.length) == 0;
+  }
+  static bool matches(const Table &table, const Entry &entry, uint64_t word, const Key &key) {
+    return entry.hash == word && same_key(table, entry, key);
+  }
+
+  // Only a reserve: an insertion fails when its own bytes find no room.
+  static void reserve_keys(Table &table, int64_t size_bytes) { buffer::expand(table.keys, size_bytes); }
+
+  static bool store_key(Table &table, Entry &entry, uint64_t word, const Key &key) {
+    const int64_t offset = table.keys.length;
+    if (!keys::append(table.keys, key.bytes, key.length)) return false;
+    entry.hash = static_cast<uint32_t>(word);
+    entry.key_offset = static_cast<uint32_t>(offset);
+    entry.key_length = static_cast<uint32_t>(key.length);
+    return true;
+  }
+
+  static void erase_key(Table &table, Entry &entry) {
+    if (entry.key_length == 0) return;
+    const uint32_t offset = entry.key_offset;
+    keys::erase(table.keys, offset, entry.key_length);
+    lower_offsets(table, offset, entry.key_length);
+    entry.key_offset = offset;  // a pass over the pool has met the unlinked entry too
+  }
+
+  // An empty key at offset 0 is one that no removal moves.
+  static void forget_key(Entry &entry) {
+    entry.key_offset = 0;
+    entry.key_length = 0;
+  }
+
+  class PinnedKey {
+   public:
+    PinnedKey(const Table &table, const Key &key)
+        : pinned_(buffer::pinned(table.keys, key.bytes, key.length)), length_(key.length) {}
+    bool failed() const { return pinned_.failed(); }
+    Key key() const { return {pinned_.bytes(), length_}; }
+
+   private:
+    PinnedBytes pinned_;
+    int64_t length_;
+  };
+
+  static void clear_keys(Table &table) { buffer::shrink(table.keys, 0); }
+  static void term_keys(Table &table) { buffer::term(table.keys); }
+  static void swap_keys(Table &a, Table &b) { buffer::swap(a.keys, b.keys); }
+  static bool clone_keys(const Table &source, Table &copy) { return buffer::clone(source.keys, copy.keys); }
+
+  static void lower_offsets(Table &table, uint32_t offset, uint32_t length);
+};
+
+void lower_offset(mub_hash_entry &entry, uint32_t offset, uint32_t length) {
+  if (keys::moves_down(entry.key_offset, entry.key_length, offset)) entry.key_offset -= length;
+}
+
+// Whether every live block of the entry pool is an entry of the table, which then owns all that lies in the chunks:
+// blocks on the free stack have forgotten their keys.
+bool fills_its_pool(const mub_hash &table) {
+  return table.owns_entry_pool != 0 && table.entry_pool->live_count == table.count &&
+         table.entry_pool->block_size == int64_t{sizeof(mub_hash_entry)};
+}
+
+// One pass over memory in its order is several times faster than following the chains.
+void lower_offsets_in_chunks(const mub_pool &pool, uint32_t offset, uint32_t length) {
+  for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
+    const int64_t used = chunk + 1 < pool.chunk_count ? pool.blocks_per_chunk : pool.chunk_used;
+    auto *entries = static_cast<mub_hash_entry *>(pool.chunks[chunk]);
+    for (int64_t i = 0; i < used; ++i) lower_offset(entries[i], offset, length);
+  }
+}
+
+void ByteKeys::lower_offsets(Table &table, uint32_t offset, uint32_t length) {
+  if (fills_its_pool(table)) return lower_offsets_in_chunks(*table.entry_pool, offset, length);
+  chained::for_each<ByteKeys>(table, [=](Entry &entry) { lower_offset(entry, offset, length); });
+}
+
+}  // namespace
+}  // namespace mub
+
+using namespace mub;
+
+extern "C" {
+
+mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_value_pool) {
+  chained::init<ByteKeys>(*hash, with_entry_pool, with_value_pool);
+  return hash;
+}
+
+void mub_hash_term(mub_hash *hash) { chained::term<ByteKeys>(*hash); }
+
+void mub_hash_swap(mub_hash *a, mub_hash *b) { chained::swap<ByteKeys>(*a, *b); }
+
+mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
+                         mub_pool *destination_user_pool, mub_clone_fn callback) {
+  return chained::clone<ByteKeys>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+uint64_t mub_hash_key(const void *key, int64_t length, int nocase) {
+  const ByteKey measured = measured_key(key, length);
+  return nocase == 0 ? key_hash(key, measured.length) : key_hash_nocase(key, measured.length);
+}
+
+int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length) {
+  return a_length == b_length && bytes::equal(a, b, a_length) ? 1 : 0;
+}
+
+int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64_t *value_out, mub_init_fn init) {
+  return chained::set<ByteKeys>(*hash, measured_key(key, length), *value_out, init);
+}
+
+uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t length) {
+  return chained::get<ByteKeys>(*hash, measured_key(key, length));
+}
+
+int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uint64_t value) {
+  return chained::insert_value<ByteKeys>(*hash, measured_key(key, length), value);
+}
+
+uint64_t mub_hash_update(mub_hash *hash, const void *key, int64_t length, uint64_t value) {
+  return chained::update<ByteKeys>(*hash, measured_key(key, length), value);
+}
+
+int mub_hash_find(const mub_hash *hash, const void *key, int64_t length) {
+  return chained::find<ByteKeys>(*hash, measured_key(key, length)) != nullptr ? 1 : 0;
+}
+
+uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length) {
+  return chained::remove<ByteKeys>(*hash, measured_key(key, length));
+}
+
+mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length, mub_free_fn release) {
+  return chained::free<ByteKeys>(*hash, measured_key(key, length), release);
+}
+
+void mub_hash_remove_all(mub_hash *hash) { chained::remove_all<ByteKeys>(*hash); }
+
+void mub_hash_free_all(mub_hash *hash, mub_free_fn release) { chained::free_all<ByteKeys>(*hash, release); }
+
+void mub_hash_remove_all_entry(mub_hash *hash) { chained::remove_all_entry<ByteKeys>(*hash); }
+
+void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release) {
+  chained::free_all_entry<ByteKeys>(*hash, release);
+}
+
+int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, mub_hash_entry **entry_out) {
+  int inserted;
+  *entry_out = chained::insert<ByteKeys>(*hash, measured_key(key, length), inserted);
+  return inserted;
+}
+
+mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key, int64_t length) {
+  return chained::find<ByteKeys>(*hash, measured_key(key, length));
+}
+
+mub_hash_entry *mub_hash_entry_first(const mub_hash *hash, int64_t *bucket_out) {
+  return chained::entry_first<ByteKeys>(*hash, *bucket_out);
+}
+
+mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucket_io, const mub_hash_entry *entry) {
+  return chained::entry_next<ByteKeys>(*hash, *bucket_io, *entry);
+}
+
+mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint32_t, const void *key, int64_t length,
+                                   int *inserted_out) {
+  return chained::entry_new<ByteKeys>(*hash, bucket, {key, length}, *inserted_out);
+}
+
+mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket, uint32_t hash_value,
+                                    const void *key, int64_t length) {
+  return chained::find_in<ByteKeys>(*hash, bucket, hash_value, {key, length});
+}
+
+mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, uint32_t hash_value, const void *key,
+                                      int64_t length) {
+  return chained::unlink<ByteKeys>(*hash, bucket, hash_value, {key, length});
+}
+
+void mub_hash_expand(mub_hash *hash) { chained::expand<ByteKeys>(*hash); }
+
+mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64_t length, int *inserted_out) {
+  return chained::insert<ByteKeys>(*hash, measured_key(key, length), *inserted_out);
+}
+
+mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length) {
+  return length < 0 ? nullptr : chained::find<ByteKeys>(*hash, {key, length});
+}
+
+mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length) {
+  return length < 0 ? nullptr : chained::detach<ByteKeys>(*hash, {key, length});
+}
+
+void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length) {
+  ByteKeys::lower_offsets(*hash, offset, static_cast<uint32_t>(length));
+}
+}

@@ -1,0 +1,109 @@
+// Cloning a hash table. With owned pools the blocks are copied chunk by chunk, and each stored address is translated
+// to its twin; entries of a caller's pool are copied one by one into fresh blocks of it.
+#ifndef MUB_HASH_CHAINED_CLONE_H
+#define MUB_HASH_CHAINED_CLONE_H
+
+#include "core/pool_twin.h"
+#include "hash/chained_table.h"
+
+namespace mub::chained {
+
+template <class Kind>
+class Cloning {
+ public:
+  using Table = TableOf<Kind>;
+  using Entry = EntryOf<Kind>;
+
+  Cloning(const Table &source, Table &copy, UserPools &user) : source_(source), copy_(copy), user_(user) {}
+
+  // False when memory runs out; what is in the copy then is for the caller to remove.
+  bool run() {
+    share_callers_pools();
+    if (!Kind::clone_keys(source_, copy_) || !clone_pools()) return false;
+    if (!slots::expand(copy_.buckets, source_.buckets.capacity)) return false;
+    copy_.buckets.count = source_.buckets.count;
+    const bool linked = clones_entries_ ? translate_links() : copy_entries();
+    if (!linked) return false;
+    copy_.count = source_.count;
+    if (source_.owns_value_pool != 0) translate_values();
+    return true;
+  }
+
+ private:
+  void share_callers_pools() {
+    if (source_.owns_entry_pool == 0) {
+      pool::destroy_owned(copy_.entry_pool, copy_.owns_entry_pool);
+      copy_.entry_pool = source_.entry_pool;
+      copy_.buckets.pool = source_.entry_pool;
+    }
+    if (source_.owns_value_pool == 0) {
+      pool::destroy_owned(copy_.value_pool, copy_.owns_value_pool);
+      copy_.value_pool = source_.value_pool;
+    }
+  }
+
+  bool clone_pools() {
+    clones_entries_ = source_.owns_entry_pool != 0 && copy_.owns_entry_pool != 0;
+    clones_values_ = source_.owns_value_pool != 0 && copy_.owns_value_pool != 0;
+    const bool already_cloned = (clones_entries_ && user_.are(source_.entry_pool, copy_.entry_pool)) ||
+                                (clones_values_ && user_.are(source_.value_pool, copy_.value_pool));
+    return (!clones_entries_ || entries_.clone(*source_.entry_pool, *copy_.entry_pool)) &&
+           (!clones_values_ || values_.clone(*source_.value_pool, *copy_.value_pool)) &&
+           user_.clone_beside(already_cloned);
+  }
+
+  // The copied blocks still hold the source's addresses.
+  bool translate_links() {
+    for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
+      copy_.buckets.items[bucket] = entries_.translate(source_.buckets.items[bucket]);
+      for (Entry *entry = head<Kind>(copy_, bucket); entry != nullptr; entry = entry->next) {
+        entry->next = record_of<Entry>(entries_.translate(word_of(entry->next)));
+      }
+    }
+    return true;
+  }
+
+  bool copy_entries() {
+    for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
+      Entry *last = nullptr;
+      for (const Entry *entry = head<Kind>(source_, bucket); entry != nullptr; entry = entry->next) {
+        Entry *copy = link_new<Kind>(copy_, bucket, last);
+        if (copy == nullptr) return false;
+        *copy = *entry;
+        copy->next = nullptr;
+        last = copy;
+      }
+    }
+    return true;
+  }
+
+  void translate_values() {
+    for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
+      const Entry *entry = head<Kind>(source_, bucket);
+      for (Entry *copy = head<Kind>(copy_, bucket); copy != nullptr; copy = copy->next, entry = entry->next) {
+        copy->value = values_.translate(entry->value);
+        user_.mend(entry->value, copy->value);
+      }
+    }
+  }
+
+  const Table &source_;
+  Table &copy_;
+  UserPools &user_;
+  PoolTwin entries_;
+  PoolTwin values_;
+  bool clones_entries_ = false;
+  bool clones_values_ = false;
+};
+
+template <class Kind>
+TableOf<Kind> *clone(const TableOf<Kind> &source, TableOf<Kind> &copy, UserPools user) {
+  if (&source == &copy) return &copy;
+  remove_all<Kind>(copy);
+  if (!Cloning<Kind>(source, copy, user).run()) remove_all<Kind>(copy);
+  return &copy;
+}
+
+}  // namespace mub::chained
+
+#endif

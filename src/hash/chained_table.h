@@ -1,0 +1,412 @@
+// The engine of the hash tables: chains of pooled entries under a power-of-two number of buckets.
+//
+//   buckets.items ──► [0] ──► entry ──► entry ──► NULL
+//                     [1] ──► NULL
+//                     …        (a bucket's word is the address of its first entry)
+//
+// Invariants:
+//   1. The number of buckets is 0, or 4 times a power of 2; so a mask takes the place of the remainder.
+//   2. An entry is in bucket (word & mask), where its word is the key's hash, or the key itself.
+//   3. A chain holds its entries in the order of their insertion.
+//   4. `count` is the number of entries in the chains, and below twice the number of buckets, unless the buckets
+//      could not be doubled.
+//
+// A kind of key takes part with a policy:
+//   Table, Entry, Key     the records, and a key as it is passed
+//   word(table, key)      the word that chooses the bucket;  entry_word(entry) the same for a stored key
+//   same_key(table, entry, key)         whether the entry has the key
+//   matches(table, entry, word, key)    the same, after a test of the stored word where there is one
+//   reserve_keys(table, bytes)          sets storage for key bytes aside, if it can
+//   store_key(table, entry, word, key)  fills the key fields of an entry; false when there is no room
+//   erase_key(table, entry)             cuts the key bytes of an unlinked entry out
+//   PinnedKey(table, key)               holds a key while the key storage may move
+//   forget_key(entry)                   makes an entry harmless on the free stack
+//   clear_keys, term_keys, swap_keys, clone_keys   the key storage of the whole table
+#ifndef MUB_HASH_CHAINED_TABLE_H
+#define MUB_HASH_CHAINED_TABLE_H
+
+#include <cstdint>
+#include <utility>
+
+#include "arrays/slot_table.h"
+#include "core/pool.h"
+#include "core/value_pool.h"
+#include "mub_hash.h"
+
+namespace mub::chained {
+
+constexpr int64_t kFirstBuckets = 4;
+constexpr int64_t kFirstKeyBytes = 64;
+constexpr int64_t kKeyBytesPerBucket = 32;
+constexpr int64_t kMeanChain = 2;
+// How many buckets ahead a pass over the table fetches the first entry: enough to hide a miss of the cache.
+constexpr int64_t kPrefetchBuckets = 8;
+
+template <class Kind>
+using EntryOf = typename Kind::Entry;
+template <class Kind>
+using TableOf = typename Kind::Table;
+template <class Kind>
+using KeyOf = typename Kind::Key;
+
+template <class Table>
+int64_t bucket_of(const Table &table, uint64_t word) {
+  return static_cast<int64_t>(word & static_cast<uint64_t>(table.buckets.count - 1));
+}
+
+template <class Kind>
+EntryOf<Kind> *head(const TableOf<Kind> &table, int64_t bucket) {
+  return record_of<EntryOf<Kind>>(table.buckets.items[bucket]);
+}
+
+template <class Kind>
+void prefetch_head(const TableOf<Kind> &table, int64_t bucket) {
+  if (bucket < table.buckets.count) __builtin_prefetch(head<Kind>(table, bucket));
+}
+
+// ---- chains
+
+// A place in a chain: an entry, and the one before it (none at the head). Both are missing in an empty bucket.
+template <class Entry>
+struct Place {
+  Entry *entry;
+  Entry *before;
+};
+
+template <class Kind, class Test>
+Place<EntryOf<Kind>> search(const TableOf<Kind> &table, int64_t bucket, Test is_wanted) {
+  EntryOf<Kind> *before = nullptr;
+  EntryOf<Kind> *entry = head<Kind>(table, bucket);
+  while (entry != nullptr && !is_wanted(*entry)) {
+    before = entry;
+    entry = entry->next;
+  }
+  return {entry, before};
+}
+
+template <class Kind>
+EntryOf<Kind> *find_in(const TableOf<Kind> &table, int64_t bucket, uint64_t word, const KeyOf<Kind> &key) {
+  EntryOf<Kind> *entry = head<Kind>(table, bucket);
+  while (entry != nullptr && !Kind::matches(table, *entry, word, key)) entry = entry->next;
+  return entry;
+}
+
+// Makes `next` follow `before`, or the bucket start with it.
+template <class Kind>
+void link(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *before, EntryOf<Kind> *next) {
+  if (before == nullptr) {
+    table.buckets.items[bucket] = word_of(next);
+  } else {
+    before->next = next;
+  }
+}
+
+// Links a block of the entry pool behind `last`; nullptr when there is none.
+template <class Kind>
+EntryOf<Kind> *link_new(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last) {
+  auto *entry = static_cast<EntryOf<Kind> *>(pool::take(table.entry_pool));
+  if (entry == nullptr) return nullptr;
+  entry->next = nullptr;
+  link<Kind>(table, bucket, last, entry);
+  return entry;
+}
+
+template <class Kind>
+EntryOf<Kind> *entry_new(TableOf<Kind> &table, int64_t bucket, const KeyOf<Kind> &key, int &inserted) {
+  const auto place = search<Kind>(
+      table, bucket, [&](const EntryOf<Kind> &entry) { return Kind::same_key(table, entry, key); });
+  inserted = 0;
+  if (place.entry != nullptr) return place.entry;
+  EntryOf<Kind> *entry = link_new<Kind>(table, bucket, place.before);
+  inserted = entry != nullptr ? 1 : 0;
+  return entry;
+}
+
+template <class Kind>
+EntryOf<Kind> *unlink(TableOf<Kind> &table, int64_t bucket, uint64_t word, const KeyOf<Kind> &key) {
+  const auto place = search<Kind>(
+      table, bucket, [&](const EntryOf<Kind> &entry) { return Kind::matches(table, entry, word, key); });
+  if (place.entry == nullptr) return nullptr;
+  link<Kind>(table, bucket, place.before, place.entry->next);
+  place.entry->next = nullptr;
+  return place.entry;
+}
+
+// Calls `visit` with every entry, which it may release.
+template <class Kind, class Visit>
+void for_each(const TableOf<Kind> &table, Visit visit) {
+  for (int64_t bucket = 0; bucket < table.buckets.count; ++bucket) {
+    prefetch_head<Kind>(table, bucket + kPrefetchBuckets);
+    EntryOf<Kind> *entry = head<Kind>(table, bucket);
+    while (entry != nullptr) {
+      EntryOf<Kind> *next = entry->next;
+      visit(*entry);
+      entry = next;
+    }
+  }
+}
+
+template <class Kind>
+void return_entry(TableOf<Kind> &table, EntryOf<Kind> &entry) {
+  Kind::forget_key(entry);
+  pool::give(table.entry_pool, &entry);
+}
+
+// ---- growth
+
+// Deals the chain of an old bucket out to itself and to its twin `old_count` above: one bit of the word decides.
+template <class Kind>
+void split(mub_arrays &buckets, int64_t bucket, int64_t old_count) {
+  EntryOf<Kind> *first[2] = {nullptr, nullptr};
+  EntryOf<Kind> *last[2] = {nullptr, nullptr};
+  auto *entry = record_of<EntryOf<Kind>>(buckets.items[bucket]);
+  for (; entry != nullptr; entry = entry->next) {
+    const int side = (Kind::entry_word(*entry) & static_cast<uint64_t>(old_count)) != 0 ? 1 : 0;
+    (last[side] == nullptr ? first[side] : last[side]->next) = entry;
+    last[side] = entry;
+  }
+  for (const int side : {0, 1}) {
+    if (last[side] != nullptr) last[side]->next = nullptr;
+    buckets.items[bucket + side * old_count] = word_of(first[side]);
+  }
+}
+
+template <class Kind>
+void expand(TableOf<Kind> &table) {
+  const int64_t old_count = table.buckets.count;
+  if (old_count < 1) return;
+  Kind::reserve_keys(table, kKeyBytesPerBucket * old_count);
+  if (!slots::expand(table.buckets, 2 * old_count)) return;
+  for (int64_t bucket = 0; bucket < old_count; ++bucket) {
+    if (bucket + kPrefetchBuckets < old_count) prefetch_head<Kind>(table, bucket + kPrefetchBuckets);
+    split<Kind>(table.buckets, bucket, old_count);
+  }
+  table.buckets.count = 2 * old_count;
+}
+
+template <class Kind>
+bool make_first_buckets(TableOf<Kind> &table) {
+  Kind::reserve_keys(table, kFirstKeyBytes);
+  if (!slots::expand(table.buckets, kFirstBuckets)) return false;
+  table.buckets.count = kFirstBuckets;
+  return true;
+}
+
+// ---- one key
+
+template <class Kind>
+EntryOf<Kind> *find(const TableOf<Kind> &table, const KeyOf<Kind> &key) {
+  if (table.buckets.count < 1) return nullptr;
+  const uint64_t word = Kind::word(table, key);
+  return find_in<Kind>(table, bucket_of(table, word), word, key);
+}
+
+// Appends an entry for a key that the chain does not hold; refused as a whole when memory runs out.
+template <class Kind>
+EntryOf<Kind> *append(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last, uint64_t word,
+                      const KeyOf<Kind> &key) {
+  auto *entry = static_cast<EntryOf<Kind> *>(pool::take(table.entry_pool));
+  if (entry == nullptr) return nullptr;
+  if (!Kind::store_key(table, *entry, word, key)) {
+    return_entry<Kind>(table, *entry);
+    return nullptr;
+  }
+  entry->next = nullptr;
+  entry->value = 0;
+  link<Kind>(table, bucket, last, entry);
+  if (++table.count >= kMeanChain * table.buckets.count) expand<Kind>(table);
+  return entry;
+}
+
+template <class Kind>
+EntryOf<Kind> *insert(TableOf<Kind> &table, const KeyOf<Kind> &key, int &inserted);
+
+template <class Kind>
+__attribute__((noinline)) EntryOf<Kind> *insert_first(TableOf<Kind> &table, const KeyOf<Kind> &key,
+                                                      int &inserted) {
+  // The key may lie in what an emptied table left in its key storage, which is about to grow.
+  const typename Kind::PinnedKey pinned(table, key);
+  if (pinned.failed() || !make_first_buckets<Kind>(table)) return nullptr;
+  return insert<Kind>(table, pinned.key(), inserted);
+}
+
+// Finds the entry of a key or makes it; nullptr when it can be neither.
+template <class Kind>
+EntryOf<Kind> *insert(TableOf<Kind> &table, const KeyOf<Kind> &key, int &inserted) {
+  inserted = 0;
+  if (table.buckets.count < 1) return insert_first<Kind>(table, key, inserted);
+  const uint64_t word = Kind::word(table, key);
+  const int64_t bucket = bucket_of(table, word);
+  const auto place = search<Kind>(
+      table, bucket, [&](const EntryOf<Kind> &entry) { return Kind::matches(table, entry, word, key); });
+  if (place.entry != nullptr) return place.entry;
+  EntryOf<Kind> *entry = append<Kind>(table, bucket, place.before, word, key);
+  inserted = entry != nullptr ? 1 : 0;
+  return entry;
+}
+
+// Unlinks the entry of a key and deletes its key bytes; counting it down and returning its block is the caller's.
+template <class Kind>
+EntryOf<Kind> *detach(TableOf<Kind> &table, const KeyOf<Kind> &key) {
+  if (table.buckets.count < 1) return nullptr;
+  const uint64_t word = Kind::word(table, key);
+  EntryOf<Kind> *entry = unlink<Kind>(table, bucket_of(table, word), word, key);
+  if (entry != nullptr) Kind::erase_key(table, *entry);
+  return entry;
+}
+
+template <class Kind>
+int set(TableOf<Kind> &table, const KeyOf<Kind> &key, uint64_t &value_out, mub_init_fn init) {
+  int inserted;
+  EntryOf<Kind> *entry = insert<Kind>(table, key, inserted);
+  if (inserted != 0) entry->value = take_value(table.value_pool, init);
+  value_out = entry == nullptr ? 0 : entry->value;
+  return inserted;
+}
+
+template <class Kind>
+uint64_t get(const TableOf<Kind> &table, const KeyOf<Kind> &key) {
+  const EntryOf<Kind> *entry = find<Kind>(table, key);
+  return entry == nullptr ? 0 : entry->value;
+}
+
+template <class Kind>
+int insert_value(TableOf<Kind> &table, const KeyOf<Kind> &key, uint64_t value) {
+  int inserted;
+  EntryOf<Kind> *entry = insert<Kind>(table, key, inserted);
+  if (inserted != 0) entry->value = value;
+  return inserted;
+}
+
+template <class Kind>
+uint64_t update(TableOf<Kind> &table, const KeyOf<Kind> &key, uint64_t value) {
+  EntryOf<Kind> *entry = find<Kind>(table, key);
+  return entry == nullptr ? 0 : std::exchange(entry->value, value);
+}
+
+// Takes a key out; `part_with` gets the value while the entry is unlinked and its block not yet returned.
+template <class Kind, class PartWith>
+bool remove(TableOf<Kind> &table, const KeyOf<Kind> &key, PartWith part_with) {
+  EntryOf<Kind> *entry = detach<Kind>(table, key);
+  if (entry == nullptr) return false;
+  --table.count;
+  part_with(entry->value);
+  return_entry<Kind>(table, *entry);
+  return true;
+}
+
+template <class Kind>
+uint64_t remove(TableOf<Kind> &table, const KeyOf<Kind> &key) {
+  uint64_t removed = 0;
+  remove<Kind>(table, key, [&](uint64_t value) { removed = value; });
+  return removed;
+}
+
+template <class Kind>
+TableOf<Kind> *free(TableOf<Kind> &table, const KeyOf<Kind> &key, mub_free_fn release_it) {
+  const bool found = remove<Kind>(table, key, [&](uint64_t value) {
+    if (release_it != nullptr) release_it(value);
+    return_value(table.value_pool, table.owns_value_pool, value);
+  });
+  return found ? &table : nullptr;
+}
+
+// ---- walks
+
+template <class Kind>
+EntryOf<Kind> *first_from(const TableOf<Kind> &table, int64_t bucket, int64_t &bucket_out) {
+  for (; bucket < table.buckets.count; ++bucket) {
+    if (table.buckets.items[bucket] == 0) continue;
+    bucket_out = bucket;
+    return head<Kind>(table, bucket);
+  }
+  return nullptr;
+}
+
+template <class Kind>
+EntryOf<Kind> *entry_first(const TableOf<Kind> &table, int64_t &bucket_out) {
+  bucket_out = 0;
+  return table.count == 0 ? nullptr : first_from<Kind>(table, 0, bucket_out);
+}
+
+template <class Kind>
+EntryOf<Kind> *entry_next(const TableOf<Kind> &table, int64_t &bucket, const EntryOf<Kind> &entry) {
+  return entry.next != nullptr ? entry.next : first_from<Kind>(table, bucket + 1, bucket);
+}
+
+// ---- the whole table
+
+template <class Kind>
+void init(TableOf<Kind> &table, int with_entry_pool, int with_value_pool) {
+  table = {};
+  if (with_entry_pool != 0) table.entry_pool = pool::create(sizeof(EntryOf<Kind>));
+  if (with_value_pool != 0) table.value_pool = pool::create(0);
+  table.owns_entry_pool = table.entry_pool != nullptr ? 1 : 0;
+  table.owns_value_pool = table.value_pool != nullptr ? 1 : 0;
+  table.buckets.pool = table.entry_pool;
+}
+
+template <class Kind>
+void term(TableOf<Kind> &table) {
+  Kind::term_keys(table);
+  slots::term(table.buckets);
+  table.buckets.pool = nullptr;
+  pool::destroy_owned(table.entry_pool, table.owns_entry_pool);
+  pool::destroy_owned(table.value_pool, table.owns_value_pool);
+  table.count = 0;
+}
+
+template <class Kind>
+void swap(TableOf<Kind> &a, TableOf<Kind> &b) {
+  slots::swap(a.buckets, b.buckets);
+  std::swap(a.count, b.count);
+  Kind::swap_keys(a, b);
+  std::swap(a.entry_pool, b.entry_pool);
+  std::swap(a.owns_entry_pool, b.owns_entry_pool);
+  std::swap(a.value_pool, b.value_pool);
+  std::swap(a.owns_value_pool, b.owns_value_pool);
+}
+
+template <class Table>
+void empty_owned_pools(Table &table) {
+  if (table.owns_entry_pool != 0) pool::empty(*table.entry_pool);
+  if (table.owns_value_pool != 0) pool::empty(*table.value_pool);
+}
+
+template <class Kind>
+void remove_all_entry(TableOf<Kind> &table) {
+  for_each<Kind>(table, [&](EntryOf<Kind> &entry) { return_entry<Kind>(table, entry); });
+}
+
+template <class Kind>
+void remove_all(TableOf<Kind> &table) {
+  if (table.owns_entry_pool == 0) remove_all_entry<Kind>(table);
+  Kind::clear_keys(table);
+  slots::remove_all(table.buckets);
+  empty_owned_pools(table);
+  table.count = 0;
+}
+
+template <class Kind>
+void free_all_entry(TableOf<Kind> &table, mub_free_fn release_it) {
+  for_each<Kind>(table, [&](EntryOf<Kind> &entry) {
+    release_value(table.value_pool, table.owns_value_pool, entry.value, release_it);
+    if (table.owns_entry_pool == 0) return_entry<Kind>(table, entry);
+  });
+}
+
+template <class Kind>
+void free_all(TableOf<Kind> &table, mub_free_fn release_it) {
+  const bool returns_values = table.owns_value_pool == 0 && table.value_pool != nullptr;
+  if (release_it != nullptr || table.owns_entry_pool == 0 || returns_values) {
+    free_all_entry<Kind>(table, release_it);
+  }
+  Kind::term_keys(table);
+  slots::term(table.buckets);
+  empty_owned_pools(table);
+  table.count = 0;
+}
+
+}  // namespace mub::chained
+
+#endif
