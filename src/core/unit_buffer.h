@@ -19,6 +19,7 @@
 #include <cstring>
 
 #include "core/alloc.h"
+#include "core/bytes.h"
 #include "core/growth.h"
 #include "core/pinned_bytes.h"
 #include "mub_stream.h"
@@ -40,12 +41,6 @@ struct BufferTraits<mub_string> {
   using Unit = char;
   static constexpr bool kTerminated = true;
 };
-
-// The length of a narrow text: as given, or up to its NUL when negative; a NULL text has none.
-inline int64_t measured(const char *text, int64_t length) {
-  if (length >= 0) return length;
-  return text == nullptr ? 0 : static_cast<int64_t>(std::strlen(text));
-}
 
 namespace buffer {
 

@@ -1,0 +1,101 @@
+// What every kind of text shares, owned or viewed, of bytes or of wide units: finding the content between white
+// space, and searching a span. A span is a pointer and a count of units; nullptr and counts below 1 are empty.
+#ifndef MUB_CORE_TEXT_SPAN_H
+#define MUB_CORE_TEXT_SPAN_H
+
+#include <cctype>
+#include <cstdint>
+#include <cstring>
+
+#include "core/bytes.h"
+#include "core/text_search.h"
+
+namespace mub {
+
+// How units are measured, compared and searched; one specialisation for each type of unit.
+template <class Unit>
+struct UnitOps;
+
+template <>
+struct UnitOps<char> {
+  static int64_t measured(const char *text, int64_t length) { return mub::measured(text, length); }
+  static int lower(char unit) { return std::tolower(static_cast<unsigned char>(unit)); }
+  static int upper(char unit) { return std::toupper(static_cast<unsigned char>(unit)); }
+
+  static int64_t chr(const char *data, int64_t count, char unit) { return bytes::chr(data, count, unit); }
+  static int64_t rchr(const char *data, int64_t count, char unit) { return bytes::rchr(data, count, unit); }
+  static int64_t find(const char *data, int64_t count, const char *text, int64_t length) {
+    return bytes::find(data, count, text, length);
+  }
+  // Looks for a NUL-terminated text, and no further than the first NUL of the span.
+  static int64_t find_terminated(const char *data, int64_t count, const char *text) {
+    const auto length = static_cast<int64_t>(std::strlen(text));
+    if (length == 0) return 0;
+    const int64_t found = bytes::find(data, count, text, length);
+    return found > 0 && bytes::chr(data, found, 0) >= 0 ? -1 : found;
+  }
+
+  static int compare(const char *a, int64_t a_length, const char *b, int64_t b_length) {
+    return bytes::compare(a, a_length, b, b_length);
+  }
+  static int icompare(const char *a, int64_t a_length, const char *b, int64_t b_length) {
+    return bytes::icompare(a, a_length, b, b_length);
+  }
+};
+
+namespace span {
+
+template <class Unit>
+bool is_space(Unit unit) {
+  return unit == '\t' || unit == '\n' || unit == '\r' || unit == ' ';
+}
+
+// What is left of a text without the white space around it.
+struct Trimmed {
+  int64_t start;
+  int64_t length;
+  bool starts_with_nul;  // A NUL among the leading white space, which ends any trimming there and then.
+};
+
+// The trailing scan also drops NULs, and never looks at the first unit.
+template <class Unit>
+Trimmed trimmed(const Unit *units, int64_t length) {
+  int64_t first = 0;
+  while (first < length && is_space(units[first])) ++first;
+  if (first < length && units[first] == 0) return {0, 0, true};
+  int64_t end = length;
+  while (end > 1 && (units[end - 1] == 0 || is_space(units[end - 1]))) --end;
+  if (end <= first) return {0, 0, false};
+  return {first, end - first, false};
+}
+
+// -1 for what was not found, else its position counted from `start` units earlier.
+inline int64_t shifted(int64_t found, int64_t start) { return found < 0 ? -1 : start + found; }
+
+// A unit of 0 is never looked for.
+template <class Unit>
+int64_t find_unit(const Unit *data, int64_t length, int unit, int64_t start = 0) {
+  const auto wanted = static_cast<Unit>(unit);
+  if (data == nullptr || wanted == 0 || start < 0 || start >= length) return -1;
+  return shifted(UnitOps<Unit>::chr(data + start, length - start, wanted), start);
+}
+
+template <class Unit>
+int64_t find_last_unit(const Unit *data, int64_t length, int unit) {
+  const auto wanted = static_cast<Unit>(unit);
+  if (data == nullptr || wanted == 0) return -1;
+  return UnitOps<Unit>::rchr(data, length, wanted);
+}
+
+// Looks for `count` units of `text`, which is measured when `count` is negative.
+template <class Unit>
+int64_t find(const Unit *data, int64_t length, const Unit *text, int64_t count, int64_t start = 0) {
+  if (data == nullptr || text == nullptr || start < 0 || start >= length) return -1;
+  const int64_t wanted = UnitOps<Unit>::measured(text, count);
+  return shifted(UnitOps<Unit>::find(data + start, length - start, text, wanted), start);
+}
+
+}  // namespace span
+}  // namespace mub
+
+#endif
