@@ -26,7 +26,8 @@ install_missing() {
 toolchain_packages=(build-essential cmake ninja-build)
 test_packages=(libgtest-dev python3)
 clang_packages=(clang libclang-rt-14-dev)
-bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-dev libdeflate-dev libisal-dev pkg-config python3)
+bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-dev libdeflate-dev
+  libisal-dev pkg-config python3)
 
 # build_preset PRESET [ARGUMENT…]: configures and builds; the arguments go to the build.
 build_preset() {
