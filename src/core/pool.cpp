@@ -169,13 +169,6 @@ void give_on_new_page(mub_pool &pool, void *block) {
   free_page(pool, pool.free_count - 1)[pool.free_used++] = block;
 }
 
-int64_t find_chunk(const mub_pool_chunk *map, int64_t count, uint64_t address) {
-  const mub_pool_chunk *end = map + count;
-  const mub_pool_chunk *above = std::upper_bound(
-      map, end, address, [](uint64_t a, const mub_pool_chunk &chunk) { return a < chunk.base; });
-  return above - map - 1;
-}
-
 mub_pool_chunk *map(const mub_pool &pool) {
   if (pool.chunks == nullptr) return nullptr;
   auto *map = static_cast<mub_pool_chunk *>(allocate(pool.chunk_count, sizeof(mub_pool_chunk)));
@@ -193,7 +186,7 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
   destination.block_size = source.block_size;
   destination.blocks_per_chunk = source.blocks_per_chunk;
   auto &from = const_cast<mub_pool &>(source);  // a Table refers to fields that may change; here none does
-  const auto chunk_bytes = static_cast<uint64_t>(source.block_size * source.blocks_per_chunk);
+  const auto chunk_bytes = chunk_bytes(source);
 
   const auto copy_chunk = [chunk_bytes](const void *chunk, void *copy) {
     std::memcpy(copy, chunk, chunk_bytes);

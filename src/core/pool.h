@@ -2,6 +2,7 @@
 #ifndef MUB_CORE_POOL_H
 #define MUB_CORE_POOL_H
 
+#include <algorithm>
 #include <cstdint>
 
 #include "mub_pool.h"
@@ -30,6 +31,11 @@ inline void *block_at(const mub_pool &pool, int64_t chunk, int64_t slot) {
   return static_cast<char *>(pool.chunks[chunk]) + slot * pool.block_size;
 }
 
+// Unsigned, for pools without chunks whose numbers may be anything.
+inline uint64_t chunk_bytes(const mub_pool &pool) {
+  return static_cast<uint64_t>(pool.blocks_per_chunk) * static_cast<uint64_t>(pool.block_size);
+}
+
 // Takes a block; nullptr without a pool, without a block size or without memory.
 inline void *take(mub_pool *pool) {
   if (pool == nullptr || pool->block_size == 0) return nullptr;
@@ -55,7 +61,11 @@ inline void give(mub_pool *pool, void *block) {
 }
 
 // Position in a sorted map of the chunk with the greatest base at or below `address`; -1 when there is none.
-int64_t find_chunk(const mub_pool_chunk *map, int64_t count, uint64_t address);
+inline int64_t find_chunk(const mub_pool_chunk *map, int64_t count, uint64_t address) {
+  const mub_pool_chunk *above = std::upper_bound(
+      map, map + count, address, [](uint64_t a, const mub_pool_chunk &chunk) { return a < chunk.base; });
+  return above - map - 1;
+}
 
 mub_pool_chunk *map(const mub_pool &pool);
 

@@ -3,24 +3,29 @@
 #ifndef MUB_CORE_POOL_TWIN_H
 #define MUB_CORE_POOL_TWIN_H
 
+#include <algorithm>
 #include <cstdint>
 
 #include "core/alloc.h"
 #include "core/pool.h"
+#include "core/value_pool.h"
 
 namespace mub {
 
 class PoolTwin {
  public:
   PoolTwin() = default;
-  ~PoolTwin() { release(map_); }
+  ~PoolTwin() {
+    release(last_);
+    release(map_);
+  }
   PoolTwin(const PoolTwin &) = delete;
   PoolTwin &operator=(const PoolTwin &) = delete;
 
   // Maps `source`; false when memory runs out.
   bool map(const mub_pool &source) {
     source_ = &source;
-    chunk_bytes_ = static_cast<uint64_t>(source.blocks_per_chunk * source.block_size);
+    chunk_bytes_ = pool::chunk_bytes(source);
     map_ = pool::map(source);
     return map_ != nullptr || source.chunk_count == 0;
   }
@@ -29,7 +34,10 @@ class PoolTwin {
     destination_ = &destination;
     return pool::clone(*source_, map_, destination);
   }
-  bool clone(const mub_pool &source, mub_pool &destination) { return map(source) && clone_to(destination); }
+  // Both, and the means to translate.
+  bool clone(const mub_pool &source, mub_pool &destination) {
+    return map(source) && index_chunks() && clone_to(destination);
+  }
 
   const mub_pool_chunk *chunk_map() const { return map_; }
 
@@ -41,19 +49,55 @@ class PoolTwin {
   }
 
  private:
+  // The range of the chunks' bases is cut into granules, no larger than a chunk unless chunks are far between; for
+  // each, last_[g] is the position in the map of the last chunk that starts in it or before it.
+  bool index_chunks() {
+    if (map_ == nullptr) return true;
+    const int64_t count = source_->chunk_count;
+    const uint64_t span = map_[count - 1].base - map_[0].base;
+    while ((uint64_t{2} << granule_bits_) <= chunk_bytes_) ++granule_bits_;
+    while (span >> granule_bits_ > static_cast<uint64_t>(kGranulesPerChunk * count)) ++granule_bits_;
+    granules_ = (span >> granule_bits_) + 1;
+    last_ = static_cast<int32_t *>(allocate(static_cast<int64_t>(granules_), sizeof(int32_t)));
+    if (last_ == nullptr) return false;
+    uint64_t granule = 0;
+    for (int64_t position = 1; position < count; ++position) {
+      while (granule < granule_of(map_[position].base)) last_[granule++] = static_cast<int32_t>(position - 1);
+    }
+    last_[granule] = static_cast<int32_t>(count - 1);
+    return true;
+  }
+
+  uint64_t granule_of(uint64_t address) const { return (address - map_[0].base) >> granule_bits_; }
+
+  // Position of the last chunk that starts at or before `word`, which is not below the first.
+  int64_t find_chunk(uint64_t word) const {
+    const uint64_t granule = std::min(granule_of(word), granules_ - 1);
+    const int64_t last = last_[granule];
+    // Mostly it is the last of the granule or the one before, with even odds: no branch chooses.
+    const int64_t position = last - (map_[last].base > word ? 1 : 0);
+    return map_[position].base <= word ? position : pool::find_chunk(map_, position, word);
+  }
+
   uint64_t translate_by_search(uint64_t word) {
-    if (map_ == nullptr) return 0;
-    const int64_t position = pool::find_chunk(map_, source_->chunk_count, word);
-    if (position < 0 || word - map_[position].base >= chunk_bytes_) return 0;
+    if (map_ == nullptr || word < map_[0].base) return 0;
+    const int64_t position = find_chunk(word);
+    if (word - map_[position].base >= chunk_bytes_) return 0;
     base_ = map_[position].base;
-    twin_base_ = reinterpret_cast<uintptr_t>(destination_->chunks[map_[position].index]);
+    twin_base_ = word_of(destination_->chunks[map_[position].index]);
     return word - base_ + twin_base_;
   }
+
+  static constexpr int64_t kGranulesPerChunk = 8;
 
   const mub_pool *source_ = nullptr;
   const mub_pool *destination_ = nullptr;
   mub_pool_chunk *map_ = nullptr;
   uint64_t chunk_bytes_ = 0;
+  int32_t *last_ = nullptr;
+  uint64_t granules_ = 0;
+  int granule_bits_ = 0;
+  // The chunk of the last translation and its twin.
   uint64_t base_ = 0;
   uint64_t twin_base_ = 0;
 };

@@ -22,8 +22,11 @@ class Cloning {
     if (!Kind::clone_keys(source_, copy_) || !clone_pools()) return false;
     if (!slots::expand(copy_.buckets, source_.buckets.capacity)) return false;
     copy_.buckets.count = source_.buckets.count;
-    const bool linked = clones_entries_ ? translate_links() : copy_entries();
-    if (!linked) return false;
+    if (clones_entries_) {
+      translate_links();
+    } else if (!copy_entries()) {
+      return false;
+    }
     copy_.count = source_.count;
     if (source_.owns_value_pool != 0) translate_values();
     return true;
@@ -52,15 +55,23 @@ class Cloning {
            user_.clone_beside(already_cloned);
   }
 
-  // The copied blocks still hold the source's addresses.
-  bool translate_links() {
+  // The copied blocks still hold the source's addresses. A pass over the chunks meets them in the order of memory,
+  // but blocks in them that are not the table's must stay as they are.
+  void translate_links() {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
       copy_.buckets.items[bucket] = entries_.translate(source_.buckets.items[bucket]);
-      for (Entry *entry = head<Kind>(copy_, bucket); entry != nullptr; entry = entry->next) {
-        entry->next = record_of<Entry>(entries_.translate(word_of(entry->next)));
-      }
     }
-    return true;
+    const auto translate_next = [&](Entry &entry) {
+      entry.next = record_of<Entry>(entries_.translate(word_of(entry.next)));
+    };
+    if (fills_its_pool<Kind>(source_)) {
+      for_each_block<Kind>(*copy_.entry_pool, translate_next);
+      return;
+    }
+    for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
+      for (Entry *entry = head<Kind>(copy_, bucket); entry != nullptr; entry = entry->next)
+        translate_next(*entry);
+    }
   }
 
   bool copy_entries() {

@@ -94,29 +94,15 @@ struct ByteKeys {
   static void lower_offsets(Table &table, uint32_t offset, uint32_t length);
 };
 
-void lower_offset(mub_hash_entry &entry, uint32_t offset, uint32_t length) {
-  if (keys::moves_down(entry.key_offset, entry.key_length, offset)) entry.key_offset -= length;
-}
-
-// Whether every live block of the entry pool is an entry of the table, which then owns all that lies in the chunks:
-// blocks on the free stack have forgotten their keys.
-bool fills_its_pool(const mub_hash &table) {
-  return table.owns_entry_pool != 0 && table.entry_pool->live_count == table.count &&
-         table.entry_pool->block_size == int64_t{sizeof(mub_hash_entry)};
-}
-
-// One pass over memory in its order is several times faster than following the chains.
-void lower_offsets_in_chunks(const mub_pool &pool, uint32_t offset, uint32_t length) {
-  for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
-    const int64_t used = chunk + 1 < pool.chunk_count ? pool.blocks_per_chunk : pool.chunk_used;
-    auto *entries = static_cast<mub_hash_entry *>(pool.chunks[chunk]);
-    for (int64_t i = 0; i < used; ++i) lower_offset(entries[i], offset, length);
-  }
-}
-
 void ByteKeys::lower_offsets(Table &table, uint32_t offset, uint32_t length) {
-  if (fills_its_pool(table)) return lower_offsets_in_chunks(*table.entry_pool, offset, length);
-  chained::for_each<ByteKeys>(table, [=](Entry &entry) { lower_offset(entry, offset, length); });
+  const auto lower = [=](Entry &entry) {
+    if (keys::moves_down(entry.key_offset, entry.key_length, offset)) entry.key_offset -= length;
+  };
+  if (chained::fills_its_pool<ByteKeys>(table)) {
+    chained::for_each_block<ByteKeys>(*table.entry_pool, lower);
+  } else {
+    chained::for_each<ByteKeys>(table, lower);
+  }
 }
 
 }  // namespace

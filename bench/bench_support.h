@@ -1,0 +1,55 @@
+// What the benchmarks share: keys, the names of the results, and the bytes that the heap has handed out.
+//
+// A benchmark is named <workload>/<who>/<n>, where who is "mub" or a peer; tools/bench pairs them by that.
+#ifndef MUB_BENCH_SUPPORT_H
+#define MUB_BENCH_SUPPORT_H
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace mub_bench {
+
+// Different texts of 8 to 24 bytes; the same ones for the same salt, and none shared between two salts.
+inline std::vector<std::string> random_keys(int64_t count, uint64_t salt) {
+  std::mt19937_64 random(salt);
+  std::unordered_set<std::string> seen;
+  std::vector<std::string> keys;
+  while (static_cast<int64_t>(keys.size()) < count) {
+    std::string key(8 + random() % 17, static_cast<char>('0' + salt));
+    for (size_t i = 1; i < key.size(); ++i) key[i] = static_cast<char>('a' + random() % 26);
+    if (seen.insert(key).second) keys.push_back(key);
+  }
+  return keys;
+}
+
+template <class Item>
+std::vector<Item> shuffled(std::vector<Item> items) {
+  std::shuffle(items.begin(), items.end(), std::mt19937_64(42));
+  return items;
+}
+
+inline int64_t heap_bytes_in_use() {
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<int64_t>(info.uordblks + info.hblkhd);
+}
+
+template <class Function>
+void add_sizes(const std::string &workload, const std::string &who, Function function,
+               const std::vector<int64_t> &sizes) {
+  for (const int64_t size : sizes) {
+    benchmark::RegisterBenchmark((workload + "/" + who).c_str(), function)
+        ->Arg(size)
+        ->Unit(benchmark::kMicrosecond);
+  }
+}
+
+}  // namespace mub_bench
+
+#endif

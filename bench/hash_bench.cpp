@@ -1,0 +1,276 @@
+// String maps: mub_hash against std::unordered_map, absl::flat_hash_map and uthash's idea of a chained table, GLib's
+// GHashTable. Keys are texts of 8 to 24 bytes.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "bench_support.h"
+#include "mub_hash.h"
+
+#ifdef MUB_PEER_ABSL
+#include <absl/container/flat_hash_map.h>
+#endif
+#ifdef MUB_PEER_GLIB
+#include <glib.h>
+#endif
+
+namespace {
+
+using mub_bench::random_keys;
+using mub_bench::shuffled;
+
+// ---- what is measured, by the map that does it
+
+class MubMap {
+ public:
+  MubMap() { mub_hash_init(&table_, 1, 0); }
+  ~MubMap() { mub_hash_term(&table_); }
+  MubMap(const MubMap &) = delete;
+  MubMap &operator=(const MubMap &) = delete;
+
+  void insert(const std::string &key, uint64_t value) {
+    mub_hash_insert(&table_, key.data(), static_cast<int64_t>(key.size()), value);
+  }
+  uint64_t get(const std::string &key) const {
+    return mub_hash_get(&table_, key.data(), static_cast<int64_t>(key.size()));
+  }
+  void clone_into(MubMap &copy) const { mub_hash_clone(&table_, nullptr, &copy.table_, nullptr, nullptr); }
+  void clear() {
+    mub_hash_term(&table_);
+    mub_hash_init(&table_, 1, 0);
+  }
+  mub_hash &table() { return table_; }
+
+ private:
+  mub_hash table_;
+};
+
+class StdMap {
+ public:
+  void insert(const std::string &key, uint64_t value) { map_.emplace(key, value); }
+  uint64_t get(const std::string &key) const {
+    const auto found = map_.find(key);
+    return found == map_.end() ? 0 : found->second;
+  }
+  void clone_into(StdMap &copy) const { copy.map_ = map_; }
+  void clear() { std::unordered_map<std::string, uint64_t>().swap(map_); }
+
+ private:
+  std::unordered_map<std::string, uint64_t> map_;
+};
+
+#ifdef MUB_PEER_ABSL
+class AbslMap {
+ public:
+  void insert(const std::string &key, uint64_t value) { map_.emplace(key, value); }
+  uint64_t get(const std::string &key) const {
+    const auto found = map_.find(key);
+    return found == map_.end() ? 0 : found->second;
+  }
+  void clone_into(AbslMap &copy) const { copy.map_ = map_; }
+  void clear() { absl::flat_hash_map<std::string, uint64_t>().swap(map_); }
+
+ private:
+  absl::flat_hash_map<std::string, uint64_t> map_;
+};
+#endif
+
+#ifdef MUB_PEER_GLIB
+class GlibMap {
+ public:
+  GlibMap() : map_(fresh()) {}
+  ~GlibMap() { g_hash_table_destroy(map_); }
+  GlibMap(const GlibMap &) = delete;
+  GlibMap &operator=(const GlibMap &) = delete;
+
+  void insert(const std::string &key, uint64_t value) {
+    if (g_hash_table_contains(map_, key.c_str())) return;
+    g_hash_table_insert(map_, g_strdup(key.c_str()), GSIZE_TO_POINTER(value));
+  }
+  uint64_t get(const std::string &key) const {
+    return GPOINTER_TO_SIZE(g_hash_table_lookup(map_, key.c_str()));
+  }
+  void clone_into(GlibMap &copy) const {
+    GHashTableIter iter;
+    gpointer key;
+    gpointer value;
+    g_hash_table_iter_init(&iter, map_);
+    while (g_hash_table_iter_next(&iter, &key, &value)) {
+      g_hash_table_insert(copy.map_, g_strdup(static_cast<const char *>(key)), value);
+    }
+  }
+  void clear() {
+    g_hash_table_destroy(map_);
+    map_ = fresh();
+  }
+
+ private:
+  static GHashTable *fresh() { return g_hash_table_new_full(g_str_hash, g_str_equal, g_free, nullptr); }
+  GHashTable *map_;
+};
+#endif
+
+template <class Map>
+std::unique_ptr<Map> filled(const std::vector<std::string> &keys) {
+  auto map = std::make_unique<Map>();
+  uint64_t value = 0;
+  for (const std::string &key : keys) map->insert(key, ++value);
+  return map;
+}
+
+template <class Map>
+void insert(benchmark::State &state) {
+  const auto keys = random_keys(state.range(0), 1);
+  for (auto _ : state) {
+    auto map = filled<Map>(keys);
+    benchmark::DoNotOptimize(map.get());
+    state.PauseTiming();
+    map.reset();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+// Looks every one of `wanted` up, in an order that has nothing to do with that of insertion.
+template <class Map>
+void look_up(benchmark::State &state, const std::vector<std::string> &wanted) {
+  const auto map = filled<Map>(random_keys(state.range(0), 1));
+  for (auto _ : state) {
+    uint64_t sum = 0;
+    for (const std::string &key : wanted) sum += map->get(key);
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
+}
+
+template <class Map>
+void hit(benchmark::State &state) {
+  look_up<Map>(state, shuffled(random_keys(state.range(0), 1)));
+}
+
+template <class Map>
+void miss(benchmark::State &state) {
+  look_up<Map>(state, random_keys(state.range(0), 2));
+}
+
+template <class Map>
+void clone(benchmark::State &state) {
+  const auto map = filled<Map>(random_keys(state.range(0), 1));
+  for (auto _ : state) {
+    auto copy = std::make_unique<Map>();
+    map->clone_into(*copy);
+    benchmark::DoNotOptimize(copy.get());
+    state.PauseTiming();
+    copy.reset();
+    state.ResumeTiming();
+  }
+}
+
+template <class Map>
+void release(benchmark::State &state) {
+  const auto keys = random_keys(state.range(0), 1);
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto map = filled<Map>(keys);
+    state.ResumeTiming();
+    map->clear();
+    benchmark::DoNotOptimize(map.get());
+  }
+}
+
+// The bytes that the map has allocated per entry, with what the allocator adds to each block.
+template <class Map>
+void memory(benchmark::State &state) {
+  const auto keys = random_keys(state.range(0), 1);
+  for (auto _ : state) {
+    const int64_t before = mub_bench::heap_bytes_in_use();
+    const auto map = filled<Map>(keys);
+    benchmark::DoNotOptimize(map.get());
+    const auto used = static_cast<double>(mub_bench::heap_bytes_in_use() - before);
+    state.counters["bytes_per_entry"] = used / static_cast<double>(state.range(0));
+  }
+}
+
+// Removes keys of a table that keeps its size otherwise. The peer is the same table with its entries in a caller's
+// pool, where the offsets behind a removed key can only be reached along the chains.
+void remove_from(benchmark::State &state, bool own_pool) {
+  auto keys = shuffled(random_keys(state.range(0), 1));
+  mub_pool pool;
+  mub_pool_init(&pool);
+  pool.block_size = sizeof(mub_hash_entry);
+  mub_hash table;
+  mub_hash_init(&table, own_pool ? 1 : 0, 0);
+  if (!own_pool) table.entry_pool = &pool;
+  for (const std::string &key : keys) {
+    mub_hash_insert(&table, key.data(), static_cast<int64_t>(key.size()), 1);
+  }
+  size_t next = 0;
+  for (auto _ : state) {
+    const std::string &key = keys[next++ % keys.size()];
+    mub_hash_remove(&table, key.data(), static_cast<int64_t>(key.size()));
+    state.PauseTiming();
+    mub_hash_insert(&table, key.data(), static_cast<int64_t>(key.size()), 1);
+    state.ResumeTiming();
+  }
+  mub_hash_term(&table);
+  mub_pool_term(&pool);
+}
+
+template <class Map>
+void add(const std::string &who) {
+  using mub_bench::add_sizes;
+  add_sizes("map_insert", who, insert<Map>, {1000, 100000, 1000000});
+  add_sizes("map_hit", who, hit<Map>, {1000, 100000, 1000000});
+  add_sizes("map_miss", who, miss<Map>, {1000, 100000, 1000000});
+  add_sizes("map_clone", who, clone<Map>, {1000, 100000});
+  add_sizes("map_release", who, release<Map>, {1000, 100000, 1000000});
+  add_sizes("map_memory", who, memory<Map>, {1000, 100000, 1000000});
+}
+
+// The hash of keys of 8 to 24 bytes, enough of them that none is predicted.
+template <class Hash>
+void hash_keys(benchmark::State &state, Hash hash) {
+  const auto keys = random_keys(state.range(0), 3);
+  for (auto _ : state) {
+    uint64_t sum = 0;
+    for (const std::string &key : keys) sum += hash(key);
+    benchmark::DoNotOptimize(sum);
+  }
+}
+
+void hash_mub(benchmark::State &state) {
+  hash_keys(state, [](const std::string &key) {
+    return mub_hash_key(key.data(), static_cast<int64_t>(key.size()), 0);
+  });
+}
+
+void hash_std(benchmark::State &state) {
+  hash_keys(state, [](const std::string &key) { return std::hash<std::string_view>()(key); });
+}
+
+void remove_mub(benchmark::State &state) { remove_from(state, true); }
+void remove_chains(benchmark::State &state) { remove_from(state, false); }
+
+[[maybe_unused]] const bool registered = [] {
+  add<MubMap>("mub");
+  add<StdMap>("std::unordered_map");
+#ifdef MUB_PEER_ABSL
+  add<AbslMap>("absl::flat_hash_map");
+#endif
+#ifdef MUB_PEER_GLIB
+  add<GlibMap>("GHashTable");
+#endif
+  mub_bench::add_sizes("key_hash", "mub", hash_mub, {1000});
+  mub_bench::add_sizes("key_hash", "std::hash", hash_std, {1000});
+  mub_bench::add_sizes("map_remove", "mub", remove_mub, {100000, 1000000});
+  mub_bench::add_sizes("map_remove", "walk along the chains", remove_chains, {100000, 1000000});
+  return true;
+}();
+
+}  // namespace
