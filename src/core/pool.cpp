@@ -186,15 +186,15 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
   destination.block_size = source.block_size;
   destination.blocks_per_chunk = source.blocks_per_chunk;
   auto &from = const_cast<mub_pool &>(source);  // a Table refers to fields that may change; here none does
-  const auto chunk_bytes = chunk_bytes(source);
+  const uint64_t size_bytes = chunk_bytes(source);
 
-  const auto copy_chunk = [chunk_bytes](const void *chunk, void *copy) {
-    std::memcpy(copy, chunk, chunk_bytes);
+  const auto copy_chunk = [size_bytes](const void *chunk, void *copy) {
+    std::memcpy(copy, chunk, size_bytes);
   };
   const auto translated = [&](const void *block) -> void * {
     const uint64_t address = word_of(block);
     const int64_t position = map == nullptr ? -1 : find_chunk(map, source.chunk_count, address);
-    if (position < 0 || address - map[position].base >= chunk_bytes) return nullptr;
+    if (position < 0 || address - map[position].base >= size_bytes) return nullptr;
     return static_cast<char *>(destination.chunks[map[position].index]) + (address - map[position].base);
   };
   const auto translate_page = [&](void *page, void *copy) {
