@@ -1,4 +1,35 @@
-/* mub_array.h: growable arrays of entries, in insertion order or kept sorted. */
+/* mub_array.h: growable arrays, used as plain lists or kept sorted as dictionaries.
+ *
+ *   mub_array    entries ──► [offset, length, value][offset, length, value] …      byte-string keys
+ *                                │
+ *                keys    ──► "pearappleplum…"   the bytes of all keys, in one stream
+ *
+ *   mub_arrays   items   ──► [item][item] …                 bare 64-bit items, ordered by your comparers
+ *
+ * Growth.       A table grows by half its count (at least 8 and at most 65536 slots), or to what was asked for, in
+ *               multiples of 4; it never shrinks. Fresh slots are all zero. Growth moves the table: pointers to
+ *               entries and items are then invalid, as they are after every operation that adds, removes or sorts.
+ * Positions.    `_get_entry`, `_get_at`, `_set_at` and `_update_at` reach every slot of the table, also those from
+ *               `count` up to `capacity`, whose count does not change by it: a fresh one reads as an empty key and
+ *               value 0, one that was used before as it was left. Insertion and removal are bounded by `count`.
+ * Sorted use.   The operations marked "sorted" search by halving the table and rely on the order that the
+ *               `descending` field names: 0 ascending (as after `_init`), else descending; set it before the first
+ *               insertion. In any other order they find or place a key arbitrarily, yet never outside the table.
+ *               Among equal keys, which only unsorted operations can bring in, any one is found.
+ *               Cost: O(log count) to find; insertions and removals also move the slots behind.
+ * Sorting.      The sorts work in place, take no memory, are not stable and go by their own direction: sort a
+ *               `descending` array with direction 0. Cost: O(count log count) on average. The plain `_qsort` takes
+ *               a direction (not 0: ascending), its `_p` form sorts ascending, its `_n` form descending.
+ *               A comparer that is inconsistent leaves the entries in an arbitrary order.
+ * Value pool.   The `_new` operations take a block of `pool` for the value (in mub_arrays: for the item) and hand it
+ *               to an initialiser, which may be NULL. A pool made by `_init` has no block size: store the size of
+ *               your values in `pool->block_size` first. Without a block (no pool, no size, no memory) the new entry
+ *               is made all the same, with value 0.
+ * Releasing.    The `_free` operations call your releaser (NULL: none) with each value that is not 0, and give its
+ *               block back if the pool is the caller's. Blocks of an owned pool go with the whole pool: `_free`,
+ *               `_free_at` and `_free_all_entry` leave them live.
+ * Clones.       A clone that runs out of memory is empty, but its `count` is that of its source; nothing reads
+ *               beyond `capacity`, and the next growth makes those entries real, all zero. */
 #ifndef MUB_ARRAY_H
 #define MUB_ARRAY_H
 
@@ -11,33 +42,431 @@
 extern "C" {
 #endif
 
-/* One slot of a mub_array. */
+/* ---- mub_array: entries with byte-string keys -------------------------------------------------------------------
+ *
+ * A key is `length` bytes at `key`; they are copied. A negative length means that the key ends at its first NUL,
+ * except where a length is called exact. NULL is the empty key. Keys compare byte by byte as unsigned values; of
+ * two that agree as far as both go, the shorter is first ("ab" before "abc"). Case always counts.
+ *
+ * The empty key is a key like any other but for one thing: it cannot be inserted before an existing entry, only
+ * appended. An insertion of the empty key before an entry is refused; mub_array_insert reports 1 even then.
+ *
+ * All keys of an array take at most 2^32 - 1 bytes. A key beyond that, like one that finds no memory, is appended as
+ * an empty key, and refused elsewhere.
+ *
+ * Key pointers that operations hand out point into the key stream (NULL while it has no block). They are not
+ * NUL-terminated, and invalid after the next operation that adds, changes or removes a key. */
+
+/* One slot. Its key fields are the array's; its value may be changed in place. */
 typedef struct mub_array_entry {
-  uint32_t key_offset; /* position of the key's first byte in the array's key stream */
-  uint32_t key_length; /* bytes in the key */
-  uint64_t value;      /* the caller's word or a pool block; 0: none */
+  uint32_t key_offset; /* where the key's bytes start in `keys` */
+  uint32_t key_length; /* bytes */
+  uint64_t value;
 } mub_array_entry;
 
-/* Entries with byte-string keys. */
 typedef struct mub_array {
   mub_array_entry *entries; /* the table; NULL until the first growth */
   int64_t count;            /* entries in use */
   int64_t capacity;         /* slots in the table */
-  mub_stream keys;          /* the bytes of all keys */
-  mub_pool *pool;           /* where `_new` operations take their values; may be the caller's, may be NULL */
-  uint16_t own_pool;        /* 1: `pool` was made by mub_array_init and goes with the array */
-  uint16_t descending;      /* not 0: the sorted operations keep keys in descending order; set by the caller */
+  mub_stream keys;          /* the key bytes; sorting moves entries, never these */
+  mub_pool *pool;           /* the value pool; NULL, made by mub_array_init, or the caller's, written here */
+  uint16_t own_pool;        /* 1: made by mub_array_init, released by mub_array_term */
+  uint16_t descending;      /* not 0: the order of the sorted operations is descending */
 } mub_array;
 
-/* Bare 64-bit items. */
+/* mub_array_init: make the record an empty array, ascending.
+ *   with_pool   not 0: make a value pool that the array owns
+ * A pool that cannot be allocated leaves `pool` NULL and `own_pool` 0. Returns the array. */
+MUB_API mub_array *mub_array_init(mub_array *array, int with_pool);
+
+/* mub_array_term: release the table, the keys and an owned pool; a caller's pool stays in its field. Values are not
+ * visited. Returns the array. */
+MUB_API mub_array *mub_array_term(mub_array *array);
+
+/* mub_array_expand: make room for `wanted` entries in all.
+ * Returns 1 when there is room (always for a `wanted` up to the capacity), 0 when memory ran out. */
+MUB_API int mub_array_expand(mub_array *array, int64_t wanted);
+
+/* mub_array_shrink: set the count to `n`, at most the capacity; this also brings spare slots into use, as they are.
+ * Keys and values are not touched. Does nothing for a negative `n`, or without a table. */
+MUB_API void mub_array_shrink(mub_array *array, int64_t n);
+
+/* mub_array_swap: exchange the entries and keys of two arrays. `pool`, `own_pool` and `descending` stay with their
+ * records; so values that are pool blocks then lie in the other array's pool. */
+MUB_API void mub_array_swap(mub_array *a, mub_array *b);
+
+/* mub_array_clone: make `destination` a copy of `source`.
+ *   destination        initialised; with a pool of its own if the source has one. What it held is overwritten
+ *   source_pool, destination_pool   a pool outside the array that the values refer into, and the initialised pool
+ *                                   that becomes its copy; or NULL
+ *   clone              mends each copied value; or NULL
+ * When the source owns its pool, that is cloned block for block, every value is translated to its copy (to 0 when it
+ * is no block of the pool), and `clone` is called for every entry, value 0 included. When it does not, values are
+ * copied as they are, `clone` is not called, and the destination uses the source's pool, having given up its own.
+ * `descending` is not copied. Returns the destination. */
+MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_pool, mub_array *destination,
+                                   mub_pool *destination_pool, mub_clone_fn clone);
+
+/* mub_array_remove_all: empty the array. Releases the table and empties an owned pool; the block of the keys stays
+ * allocated. Values are not visited, and blocks of a caller's pool not returned. Returns the array. */
+MUB_API mub_array *mub_array_remove_all(mub_array *array);
+
+/* mub_array_free_all: release every value, then empty the array as mub_array_remove_all does, the block of the keys
+ * included. Returns the array. */
+MUB_API mub_array *mub_array_free_all(mub_array *array, mub_free_fn free);
+
+/* mub_array_free_all_entry: release every value, in order. The entries stay as they are, their values now stale. */
+MUB_API void mub_array_free_all_entry(mub_array *array, mub_free_fn free);
+
+/* mub_array_append: add an entry at the end, whatever the order. Does nothing when there is no memory for it. */
+MUB_API void mub_array_append(mub_array *array, const void *key, int64_t length, uint64_t value);
+
+/* mub_array_append_new: add an entry at the end, its value a new block.
+ * Returns the block; 0 when there was none, or no memory for the entry (which then is not added). */
+MUB_API uint64_t mub_array_append_new(mub_array *array, const void *key, int64_t length, mub_init_fn init);
+
+/* mub_array_append_array: add copies of all entries of `source`, which may be the array itself, at the end. Values
+ * are copied as they are. Does nothing when memory runs out, or the keys would pass their limit. */
+MUB_API void mub_array_append_array(mub_array *destination, const mub_array *source);
+
+/* mub_array_get_entry: the slot at `index`, to be read or to have its value changed.
+ * Returns its address; NULL unless 0 <= index < capacity. */
+MUB_API mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t index);
+
+/* mub_array_get_at: the key and value of the slot at `index`.
+ *   key, length   receive the key; NULL and 0 unless 0 <= index < capacity
+ * Returns the value, or 0. */
+MUB_API uint64_t mub_array_get_at(const mub_array *array, int64_t index, const char **key, int64_t *length);
+
+/* mub_array_get_first: the key and value of the first entry.
+ *   key, length   receive the key; NULL and 0 in an empty array
+ * Returns the value, or 0. */
+MUB_API uint64_t mub_array_get_first(const mub_array *array, const char **key, int64_t *length);
+
+/* mub_array_get_last: the key and value of the last entry.
+ *   key, length   receive the key; NULL and 0 in an empty array
+ * Returns the value, or 0. */
+MUB_API uint64_t mub_array_get_last(const mub_array *array, const char **key, int64_t *length);
+
+/* mub_array_set_at: replace the key and the value of the slot at `index`, wherever that leaves it in the order.
+ * Returns the previous value. Refused, with 0, unless 0 <= index < capacity; when there is no room for the key; and
+ * when the old key's bytes have left the stream (as they may in a slot that mub_array_shrink brought back).
+ * Cost: O(count) when the key's length changes. */
+MUB_API uint64_t mub_array_set_at(mub_array *array, int64_t index, const void *key, int64_t length,
+                                  uint64_t value);
+
+/* mub_array_update_at: replace the value of the slot at `index`.
+ * Returns the previous value; 0 unless 0 <= index < capacity. */
+MUB_API uint64_t mub_array_update_at(mub_array *array, int64_t index, uint64_t value);
+
+/* mub_array_insert_at: add an entry before the one at `index`, or at the end for an index of `count` and more.
+ *   length   exact; a negative one adds nothing
+ * A negative index, an empty key before an entry, and memory running out add nothing. Cost: O(count). */
+MUB_API void mub_array_insert_at(mub_array *array, int64_t index, const void *key, int64_t length,
+                                 uint64_t value);
+
+/* mub_array_remove_at: remove the entry at `index` and its key's bytes.
+ * Returns its value, which is not released; 0 unless 0 <= index < count. Cost: O(count). */
+MUB_API uint64_t mub_array_remove_at(mub_array *array, int64_t index);
+
+/* mub_array_free_at: remove the entry at `index` and release its value; does nothing unless 0 <= index < count.
+ * Cost: O(count). */
+MUB_API void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn free);
+
+/* mub_array_insert: sorted: add a key with its value unless the key is there.
+ * Returns 1; 0 when the key was there, whose value stays. When there is no memory, or the empty key would go before
+ * an entry, nothing is added and the result is 1. */
+MUB_API int mub_array_insert(mub_array *array, const void *key, int64_t length, uint64_t value);
+
+/* mub_array_insert_new: sorted: add a key with a new block as its value unless the key is there.
+ *   value   receives the block (0 when there was none); the value that is there for a key that was there; 0 when
+ *           the insertion was refused (no memory, or the empty key before an entry)
+ * Returns the index of the new entry; -1 when the key was there or the insertion was refused. */
+MUB_API int mub_array_insert_new(mub_array *array, const void *key, int64_t length, uint64_t *value,
+                                 mub_init_fn init);
+
+/* mub_array_update: sorted: replace the value of a key.
+ * Returns the previous value; 0 when the key is not there, and nothing is changed. */
+MUB_API uint64_t mub_array_update(mub_array *array, const void *key, int64_t length, uint64_t value);
+
+/* mub_array_remove: sorted: remove a key.
+ * Returns its value, which is not released; 0 when the key is not there. */
+MUB_API uint64_t mub_array_remove(mub_array *array, const void *key, int64_t length);
+
+/* mub_array_free: sorted: remove a key, if it is there, and release its value. */
+MUB_API void mub_array_free(mub_array *array, const void *key, int64_t length, mub_free_fn free);
+
+/* mub_array_entry_insert: sorted: the entry of a key, added with value 0 if the key is not there.
+ *   length   exact, but that an empty array measures a negative one
+ * Returns the entry, whose value can be filled in place; NULL when the insertion was refused. */
+MUB_API mub_array_entry *mub_array_entry_insert(mub_array *array, const void *key, int64_t length);
+
+/* mub_array_entry_find: sorted: the entry of a key.
+ *   length   exact
+ * Returns the entry; NULL when the key is not there. */
+MUB_API mub_array_entry *mub_array_entry_find(const mub_array *array, const void *key, int64_t length);
+
+/* mub_array_find: sorted: the value of a key. Returns it; 0 when the key is not there. */
+MUB_API uint64_t mub_array_find(const mub_array *array, const void *key, int64_t length);
+
+/* mub_array_find_index: sorted: the index of a key. Returns it; -1 when the key is not there. */
+MUB_API int64_t mub_array_find_index(const mub_array *array, const void *key, int64_t length);
+
+/* mub_array_afind: the value of the first entry with a key, in an array in any order. Returns it; 0 when the key is
+ * not there. Cost: O(count). */
+MUB_API uint64_t mub_array_afind(const mub_array *array, const void *key, int64_t length);
+
+/* mub_array_afind_index: the index of the first entry with a key, in an array in any order. Returns it; -1 when the
+ * key is not there. Cost: O(count). */
+MUB_API int64_t mub_array_afind_index(const mub_array *array, const void *key, int64_t length);
+
+/* mub_array_bfind: sorted: the value of a key; of the entry before which the key would be inserted when it is not
+ * there; of the last entry when it would go behind all. Returns the value; 0 in an empty array. */
+MUB_API uint64_t mub_array_bfind(const mub_array *array, const void *key, int64_t length);
+
+/* mub_array_bfind_index: sorted: the index of the entry whose value mub_array_bfind gives; -1 in an empty array. */
+MUB_API int64_t mub_array_bfind_index(const mub_array *array, const void *key, int64_t length);
+
+/* mub_array_qsort: sort by key.
+ *   ascending   the direction */
+MUB_API void mub_array_qsort(mub_array *array, int ascending);
+
+/* mub_array_qsort_p: sort by key, ascending. */
+MUB_API void mub_array_qsort_p(mub_array *array);
+
+/* mub_array_qsort_n: sort by key, descending. */
+MUB_API void mub_array_qsort_n(mub_array *array);
+
+/* mub_array_qsort_x: sort by value.
+ *   ascending   the direction
+ *   compare     called with two values; NULL: nothing happens */
+MUB_API void mub_array_qsort_x(mub_array *array, int ascending, mub_compare_fn compare);
+
+/* mub_array_qsort_x_p: sort by value, ascending.
+ *   compare   called with two values; NULL: nothing happens */
+MUB_API void mub_array_qsort_x_p(mub_array *array, mub_compare_fn compare);
+
+/* mub_array_qsort_x_n: sort by value, descending.
+ *   compare   called with two values; NULL: nothing happens */
+MUB_API void mub_array_qsort_x_n(mub_array *array, mub_compare_fn compare);
+
+/* mub_array_to_string: write the keys as one text, a separator between each two.
+ *   separator   low 8 bits used
+ *   string      its content is replaced; unchanged when memory runs out
+ * Empty keys at the front leave no separator: "", "", "a" give "a", while "x", "", "y" give "x,,y". */
+MUB_API void mub_array_to_string(const mub_array *array, int separator, mub_string *string);
+
+/* mub_array_from_string: append the pieces of a text as keys, values 0. The array is neither emptied nor sorted.
+ *   separator   low 8 bits used
+ *   length      exact; below 1 appends nothing
+ * Each piece is trimmed as mub_char_trim does. Empty pieces are appended too, but for the last: "a, ,b," gives "a",
+ * "" and "b". */
+MUB_API void mub_array_from_string(mub_array *array, int separator, const char *text, int64_t length);
+
+/* ---- mub_arrays: bare items -------------------------------------------------------------------------------------
+ *
+ * An item is one 64-bit word: a pointer to a record of yours, a number, or a block of the item pool. The array never
+ * looks into it: the sorted operations order items by the comparer that you pass, which is the same at every call.
+ * It is called as compare(item, key, context) with a stored item; the key is whatever you pass (a name, a number,
+ * a record), and the comparer alone gives it a meaning. The `_x` forms differ in their comparer alone: it is called
+ * as compare(context, item, key, extra). Without a comparer (NULL) insertions go to the end, and everything else
+ * finds nothing.
+ *
+ * An item 0 is an empty slot to the releasing operations. */
+
 typedef struct mub_arrays {
   uint64_t *items;     /* the table; NULL until the first growth */
   int64_t count;       /* items in use */
   int64_t capacity;    /* slots in the table */
-  mub_pool *pool;      /* where `_new` operations take their items; may be the caller's, may be NULL */
-  uint16_t own_pool;   /* 1: `pool` was made by mub_arrays_init and goes with the array */
-  uint16_t descending; /* not 0: the sorted operations keep items in descending order; set by the caller */
+  mub_pool *pool;      /* the item pool; NULL, made by mub_arrays_init, or the caller's, written here */
+  uint16_t own_pool;   /* 1: made by mub_arrays_init, released by mub_arrays_term */
+  uint16_t descending; /* not 0: the order of the sorted operations is descending */
 } mub_arrays;
+
+/* mub_arrays_init: make the record an empty array, ascending.
+ *   with_pool   not 0: make an item pool that the array owns
+ * A pool that cannot be allocated leaves `pool` NULL and `own_pool` 0. */
+MUB_API void mub_arrays_init(mub_arrays *array, int with_pool);
+
+/* mub_arrays_term: release the table and an owned pool; a caller's pool stays in its field. Items are not visited. */
+MUB_API void mub_arrays_term(mub_arrays *array);
+
+/* mub_arrays_expand: make room for `wanted` items in all.
+ * Returns 1 when there is room (always for a `wanted` up to the capacity), 0 when memory ran out. */
+MUB_API int mub_arrays_expand(mub_arrays *array, int64_t wanted);
+
+/* mub_arrays_shrink: set the count to `n`, at most the capacity; this also brings spare slots into use, as they are.
+ * Does nothing for a negative `n`, or without a table. */
+MUB_API void mub_arrays_shrink(mub_arrays *array, int64_t n);
+
+/* mub_arrays_swap: exchange the items and pools of two arrays; `descending` stays with its record. */
+MUB_API void mub_arrays_swap(mub_arrays *a, mub_arrays *b);
+
+/* mub_arrays_clone: make `destination` a copy of `source`.
+ *   destination        initialised; with a pool of its own if the source has one. What it held is overwritten
+ *   source_pool, destination_pool   a pool outside the array that the items refer into, and the initialised pool
+ *                                   that becomes its copy; or NULL
+ *   clone              mends each copied item; or NULL
+ * When the source owns its pool, that is cloned block for block, every item is translated to its copy (to 0 when it
+ * is no block of the pool), and `clone` is called for every item, 0 included. When it does not, items are copied as
+ * they are, `clone` is not called, and the destination uses the source's pool, having given up its own.
+ * `descending` is not copied. Returns the destination. */
+MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_pool, mub_arrays *destination,
+                                     mub_pool *destination_pool, mub_clone_fn clone);
+
+/* mub_arrays_remove_all: empty the array. Releases the table and empties an owned pool. Items are not visited, and
+ * blocks of a caller's pool not returned. */
+MUB_API void mub_arrays_remove_all(mub_arrays *array);
+
+/* mub_arrays_free_all: release every item, then empty the array. Returns the array. */
+MUB_API mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn free);
+
+/* mub_arrays_free_all_entry: release every item, in order. The slots stay as they are, their items now stale. */
+MUB_API void mub_arrays_free_all_entry(mub_arrays *array, mub_free_fn free);
+
+/* mub_arrays_append: add an item at the end, whatever the order. Does nothing when memory runs out. */
+MUB_API void mub_arrays_append(mub_arrays *array, uint64_t item);
+
+/* mub_arrays_append_new: add a new block at the end.
+ * Returns the block; 0 when there was none (0 is then appended), or no memory for the slot. */
+MUB_API uint64_t mub_arrays_append_new(mub_arrays *array, mub_init_fn init);
+
+/* mub_arrays_append_array: add all items of `source`, which may be the array itself, at the end. Does nothing when
+ * memory runs out. */
+MUB_API void mub_arrays_append_array(mub_arrays *destination, const mub_arrays *source);
+
+/* mub_arrays_get_entry: the slot at `index`. Returns its address; NULL unless 0 <= index < capacity. */
+MUB_API uint64_t *mub_arrays_get_entry(const mub_arrays *array, int64_t index);
+
+/* mub_arrays_get_at: the item at `index`. Returns it; 0 unless 0 <= index < capacity. */
+MUB_API uint64_t mub_arrays_get_at(const mub_arrays *array, int64_t index);
+
+/* mub_arrays_set_at: replace the item at `index`, wherever that leaves it in the order.
+ * Returns the previous item; 0 unless 0 <= index < capacity. */
+MUB_API uint64_t mub_arrays_set_at(mub_arrays *array, int64_t index, uint64_t item);
+
+/* mub_arrays_get_first: the first item. Returns it; 0 in an empty array. */
+MUB_API uint64_t mub_arrays_get_first(const mub_arrays *array);
+
+/* mub_arrays_get_last: the last item. Returns it; 0 in an empty array. */
+MUB_API uint64_t mub_arrays_get_last(const mub_arrays *array);
+
+/* mub_arrays_insert_at: add an item before the one at `index`, or at the end for an index of `count` and more.
+ * A negative index, and memory running out, add nothing. Cost: O(count). */
+MUB_API void mub_arrays_insert_at(mub_arrays *array, int64_t index, uint64_t item);
+
+/* mub_arrays_remove_at: remove the item at `index`.
+ * Returns it, not released; 0 unless 0 <= index < count. Cost: O(count). */
+MUB_API uint64_t mub_arrays_remove_at(mub_arrays *array, int64_t index);
+
+/* mub_arrays_free_at: remove the item at `index` and release it; does nothing unless 0 <= index < count.
+ * Cost: O(count). */
+MUB_API void mub_arrays_free_at(mub_arrays *array, int64_t index, mub_free_fn free);
+
+/* mub_arrays_insert: sorted: add an item unless one equal to it is there. The item is also the key.
+ *   compare   NULL: the item is appended
+ * Returns 1, also when there was no memory and nothing was added; 0 when an equal item was there, which stays. */
+MUB_API int mub_arrays_insert(mub_arrays *array, uint64_t item, uint64_t context,
+                              mub_compare_item_fn compare);
+
+/* mub_arrays_insert_x: mub_arrays_insert with a context comparer. */
+MUB_API int mub_arrays_insert_x(mub_arrays *array, uint64_t context, uint64_t item, uint64_t extra,
+                                mub_compare_context_fn compare);
+
+/* mub_arrays_insert_new: sorted: add a new block where `key` belongs, unless an equal item is there.
+ *   item      receives the block (0 when there was none, which is added all the same); the equal item; 0 when
+ *             memory for the slot ran out
+ *   init      should give the block the key, so that it sorts where it was placed
+ *   compare   NULL: the block is appended
+ * Returns the index of the new item; -1 when an equal one was there or memory ran out. */
+MUB_API int mub_arrays_insert_new(mub_arrays *array, uint64_t key, uint64_t context, uint64_t *item,
+                                  mub_init_fn init, mub_compare_item_fn compare);
+
+/* mub_arrays_insert_new_x: mub_arrays_insert_new with a context comparer. */
+MUB_API int mub_arrays_insert_new_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
+                                    uint64_t *item, mub_init_fn init, mub_compare_context_fn compare);
+
+/* mub_arrays_update: sorted: replace the stored item that is equal to `item` by `item` itself.
+ * Returns the replaced item; 0 when there is none, and nothing is changed. */
+MUB_API uint64_t mub_arrays_update(mub_arrays *array, uint64_t item, uint64_t context,
+                                   mub_compare_item_fn compare);
+
+/* mub_arrays_update_x: mub_arrays_update with a context comparer. */
+MUB_API uint64_t mub_arrays_update_x(mub_arrays *array, uint64_t context, uint64_t item, uint64_t extra,
+                                     mub_compare_context_fn compare);
+
+/* mub_arrays_remove: sorted: remove the item equal to a key.
+ * Returns it, not released; 0 when there is none. */
+MUB_API uint64_t mub_arrays_remove(mub_arrays *array, uint64_t key, uint64_t context,
+                                   mub_compare_item_fn compare);
+
+/* mub_arrays_remove_x: mub_arrays_remove with a context comparer. */
+MUB_API uint64_t mub_arrays_remove_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
+                                     mub_compare_context_fn compare);
+
+/* mub_arrays_free: sorted: remove the item equal to a key, if there is one, and release it. */
+MUB_API void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, mub_free_fn free,
+                             mub_compare_item_fn compare);
+
+/* mub_arrays_free_x: mub_arrays_free with a context comparer. */
+MUB_API void mub_arrays_free_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
+                               mub_free_fn free, mub_compare_context_fn compare);
+
+/* mub_arrays_find: sorted: the item equal to a key. Returns it; 0 when there is none. */
+MUB_API uint64_t mub_arrays_find(const mub_arrays *array, uint64_t key, uint64_t context,
+                                 mub_compare_item_fn compare);
+
+/* mub_arrays_find_x: mub_arrays_find with a context comparer. */
+MUB_API uint64_t mub_arrays_find_x(const mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
+                                   mub_compare_context_fn compare);
+
+/* mub_arrays_find_index: sorted: the index of the item equal to a key. Returns it; -1 when there is none. */
+MUB_API int64_t mub_arrays_find_index(const mub_arrays *array, uint64_t key, uint64_t context,
+                                      mub_compare_item_fn compare);
+
+/* mub_arrays_find_index_x: mub_arrays_find_index with a context comparer. */
+MUB_API int64_t mub_arrays_find_index_x(const mub_arrays *array, uint64_t context, uint64_t key,
+                                        uint64_t extra, mub_compare_context_fn compare);
+
+/* mub_arrays_bfind: sorted: the item equal to a key; when there is none, the item before which the key belongs; the
+ * last one when it belongs behind all. Returns the item; 0 in an empty array. */
+MUB_API uint64_t mub_arrays_bfind(const mub_arrays *array, uint64_t key, uint64_t context,
+                                  mub_compare_item_fn compare);
+
+/* mub_arrays_bfind_x: mub_arrays_bfind with a context comparer. */
+MUB_API uint64_t mub_arrays_bfind_x(const mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
+                                    mub_compare_context_fn compare);
+
+/* mub_arrays_bfind_index: sorted: the index of the item that mub_arrays_bfind gives; -1 in an empty array. */
+MUB_API int64_t mub_arrays_bfind_index(const mub_arrays *array, uint64_t key, uint64_t context,
+                                       mub_compare_item_fn compare);
+
+/* mub_arrays_bfind_index_x: mub_arrays_bfind_index with a context comparer. */
+MUB_API int64_t mub_arrays_bfind_index_x(const mub_arrays *array, uint64_t context, uint64_t key,
+                                         uint64_t extra, mub_compare_context_fn compare);
+
+/* mub_arrays_qsort: sort.
+ *   ascending   the direction
+ *   compare     called as compare(item, other item, 0); NULL: nothing happens */
+MUB_API void mub_arrays_qsort(mub_arrays *array, int ascending, mub_compare_item_fn compare);
+
+/* mub_arrays_qsort_p: sort ascending; the comparer as for mub_arrays_qsort. */
+MUB_API void mub_arrays_qsort_p(mub_arrays *array, mub_compare_item_fn compare);
+
+/* mub_arrays_qsort_n: sort descending; the comparer as for mub_arrays_qsort. */
+MUB_API void mub_arrays_qsort_n(mub_arrays *array, mub_compare_item_fn compare);
+
+/* mub_arrays_qsort_x: sort through a context comparer.
+ *   ascending   the direction
+ *   compare     called as compare(context, item, other item, 0); NULL: nothing happens */
+MUB_API void mub_arrays_qsort_x(mub_arrays *array, uint64_t context, int ascending,
+                                mub_compare_context_fn compare);
+
+/* mub_arrays_qsort_x_p: sort ascending; the comparer as for mub_arrays_qsort_x. */
+MUB_API void mub_arrays_qsort_x_p(mub_arrays *array, uint64_t context, mub_compare_context_fn compare);
+
+/* mub_arrays_qsort_x_n: sort descending; the comparer as for mub_arrays_qsort_x. */
+MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compare_context_fn compare);
 
 #ifdef __cplusplus
 }

@@ -1,1 +1,225 @@
-#include "arrays/slot_table.h"
+// mub_array: the engine's slots with byte-string keys, whose bytes are kept in a stream.
+#include <cstddef>
+
+#include "arrays/byte_keys.h"
+#include "arrays/slot_clone.h"
+#include "core/text_pieces.h"
+
+static_assert(sizeof(mub_array_entry) == 16 && offsetof(mub_array_entry, key_length) == 4 &&
+              offsetof(mub_array_entry, value) == 8);
+static_assert(sizeof(mub_array) == 64 && offsetof(mub_array, count) == 8 &&
+              offsetof(mub_array, capacity) == 16 && offsetof(mub_array, keys) == 24 &&
+              offsetof(mub_array, pool) == 48 && offsetof(mub_array, own_pool) == 56 &&
+              offsetof(mub_array, descending) == 58);
+
+using namespace mub;
+
+namespace {
+
+uint64_t hand_out(const mub_array &array, const mub_array_entry *entry, const char **key, int64_t *length) {
+  const ByteKey bytes = entry != nullptr ? key_of(array, *entry) : ByteKey{nullptr, 0};
+  *key = reinterpret_cast<const char *>(bytes.bytes);
+  *length = bytes.length;
+  return slots::value_or_0(entry);
+}
+
+// Replaces an entry's key. The key's old bytes have to lie in the stream: a spare slot may name bytes that left it.
+bool replace_key(mub_array &array, mub_array_entry &entry, const ByteKey &key) {
+  const int64_t old_end = key_end(entry);
+  if (old_end > array.keys.length || !keys::has_room(array.keys, key.length - entry.key_length)) return false;
+  if (!buffer::update(array.keys, entry.key_offset, entry.key_length, key.bytes, key.length)) return false;
+  const uint32_t offset = entry.key_offset;
+  const auto moved_by = static_cast<uint32_t>(key.length) - entry.key_length;
+  if (moved_by != 0) shift_keys(array, slots::used(array), old_end, moved_by);
+  entry.key_offset = offset;
+  entry.key_length = static_cast<uint32_t>(key.length);
+  return true;
+}
+
+// The entry with the key, made when it is missing. A negative length is shorter than any key, and is refused.
+mub_array_entry *insert_entry(mub_array &array, const ByteKey &key) {
+  const Spot spot = slots::find(array, ByteOrder{array, key});
+  if (spot.found) return slots::slot_at(array, spot.index);
+  return key.length < 0 ? nullptr : slots::insert_at(array, spot.index, key, 0);
+}
+
+}  // namespace
+
+extern "C" {
+
+mub_array *mub_array_init(mub_array *array, int with_pool) {
+  slots::init(*array, with_pool != 0);
+  return array;
+}
+
+mub_array *mub_array_term(mub_array *array) {
+  slots::term(*array);
+  return array;
+}
+
+int mub_array_expand(mub_array *array, int64_t wanted) { return slots::expand(*array, wanted); }
+
+void mub_array_shrink(mub_array *array, int64_t n) { slots::shrink(*array, n); }
+
+void mub_array_swap(mub_array *a, mub_array *b) { slots::swap(*a, *b); }
+
+mub_array *mub_array_clone(const mub_array *source, mub_pool *source_pool, mub_array *destination,
+                           mub_pool *destination_pool, mub_clone_fn clone) {
+  slots::clone(*source, *destination, UserPools(source_pool, destination_pool, clone));
+  return destination;
+}
+
+mub_array *mub_array_remove_all(mub_array *array) {
+  slots::remove_all(*array);
+  return array;
+}
+
+mub_array *mub_array_free_all(mub_array *array, mub_free_fn free) {
+  slots::free_all(*array, free);
+  return array;
+}
+
+void mub_array_free_all_entry(mub_array *array, mub_free_fn free) { slots::free_values(*array, free); }
+
+void mub_array_append(mub_array *array, const void *key, int64_t length, uint64_t value) {
+  slots::append(*array, measured_key(key, length), value);
+}
+
+uint64_t mub_array_append_new(mub_array *array, const void *key, int64_t length, mub_init_fn init) {
+  return slots::fill_new(*array, slots::append(*array, measured_key(key, length), 0), init);
+}
+
+void mub_array_append_array(mub_array *destination, const mub_array *source) {
+  slots::append_array(*destination, *source);
+}
+
+mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t index) {
+  return slots::slot_at(*array, index);
+}
+
+uint64_t mub_array_get_at(const mub_array *array, int64_t index, const char **key, int64_t *length) {
+  return hand_out(*array, slots::slot_at(*array, index), key, length);
+}
+
+uint64_t mub_array_get_first(const mub_array *array, const char **key, int64_t *length) {
+  return hand_out(*array, slots::first_slot(*array), key, length);
+}
+
+uint64_t mub_array_get_last(const mub_array *array, const char **key, int64_t *length) {
+  return hand_out(*array, slots::last_slot(*array), key, length);
+}
+
+uint64_t mub_array_set_at(mub_array *array, int64_t index, const void *key, int64_t length, uint64_t value) {
+  mub_array_entry *entry = slots::slot_at(*array, index);
+  if (entry == nullptr || !replace_key(*array, *entry, measured_key(key, length))) return 0;
+  return slots::exchange_value(entry, value);
+}
+
+uint64_t mub_array_update_at(mub_array *array, int64_t index, uint64_t value) {
+  return slots::exchange_value(slots::slot_at(*array, index), value);
+}
+
+void mub_array_insert_at(mub_array *array, int64_t index, const void *key, int64_t length, uint64_t value) {
+  if (length >= 0) slots::insert_at(*array, index, raw_key(key, length), value);
+}
+
+uint64_t mub_array_remove_at(mub_array *array, int64_t index) { return slots::remove_at(*array, index); }
+
+void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn free) {
+  slots::free_at(*array, index, free);
+}
+
+int mub_array_insert(mub_array *array, const void *key, int64_t length, uint64_t value) {
+  const ByteKey wanted = measured_key(key, length);
+  return slots::insert(*array, wanted, value, ByteOrder{*array, wanted});
+}
+
+int mub_array_insert_new(mub_array *array, const void *key, int64_t length, uint64_t *value,
+                         mub_init_fn init) {
+  const ByteKey wanted = measured_key(key, length);
+  return slots::insert_new(*array, wanted, *value, init, ByteOrder{*array, wanted});
+}
+
+uint64_t mub_array_update(mub_array *array, const void *key, int64_t length, uint64_t value) {
+  return slots::exchange_value(slots::find_slot(*array, byte_order(*array, key, length)), value);
+}
+
+uint64_t mub_array_remove(mub_array *array, const void *key, int64_t length) {
+  return slots::remove_at(*array, slots::find_index(*array, byte_order(*array, key, length)));
+}
+
+void mub_array_free(mub_array *array, const void *key, int64_t length, mub_free_fn free) {
+  slots::free_at(*array, slots::find_index(*array, byte_order(*array, key, length)), free);
+}
+
+mub_array_entry *mub_array_entry_insert(mub_array *array, const void *key, int64_t length) {
+  return insert_entry(*array, array->count == 0 ? measured_key(key, length) : raw_key(key, length));
+}
+
+mub_array_entry *mub_array_entry_find(const mub_array *array, const void *key, int64_t length) {
+  return slots::find_slot(*array, ByteOrder{*array, raw_key(key, length)});
+}
+
+uint64_t mub_array_find(const mub_array *array, const void *key, int64_t length) {
+  return slots::value_or_0(slots::find_slot(*array, byte_order(*array, key, length)));
+}
+
+int64_t mub_array_find_index(const mub_array *array, const void *key, int64_t length) {
+  return slots::find_index(*array, byte_order(*array, key, length));
+}
+
+uint64_t mub_array_afind(const mub_array *array, const void *key, int64_t length) {
+  return slots::value_or_0(slots::slot_at(*array, scan_for(*array, measured_key(key, length))));
+}
+
+int64_t mub_array_afind_index(const mub_array *array, const void *key, int64_t length) {
+  return scan_for(*array, measured_key(key, length));
+}
+
+uint64_t mub_array_bfind(const mub_array *array, const void *key, int64_t length) {
+  return slots::value_or_0(slots::nearest_slot(*array, byte_order(*array, key, length)));
+}
+
+int64_t mub_array_bfind_index(const mub_array *array, const void *key, int64_t length) {
+  return slots::nearest_index(*array, byte_order(*array, key, length));
+}
+
+void mub_array_qsort(mub_array *array, int ascending) {
+  slots::sort(*array, ascending != 0, ByteKeyOrder(*array));
+}
+
+void mub_array_qsort_p(mub_array *array) { slots::sort(*array, true, ByteKeyOrder(*array)); }
+
+void mub_array_qsort_n(mub_array *array) { slots::sort(*array, false, ByteKeyOrder(*array)); }
+
+void mub_array_qsort_x(mub_array *array, int ascending, mub_compare_fn compare) {
+  if (compare != nullptr) slots::sort_values(*array, ascending != 0, compare);
+}
+
+void mub_array_qsort_x_p(mub_array *array, mub_compare_fn compare) {
+  if (compare != nullptr) slots::sort_values(*array, true, compare);
+}
+
+void mub_array_qsort_x_n(mub_array *array, mub_compare_fn compare) {
+  if (compare != nullptr) slots::sort_values(*array, false, compare);
+}
+
+void mub_array_to_string(const mub_array *array, int separator, mub_string *string) {
+  if (!pieces::begin(*string, array->keys.length + std::max<int64_t>(array->count - 1, 0))) return;
+  for (int64_t i = 0; i < slots::used(*array); ++i) {
+    const ByteKey key = key_of(*array, array->entries[i]);
+    pieces::separate(*string, separator);
+    buffer::append(*string, key.bytes, key.length);
+  }
+}
+
+void mub_array_from_string(mub_array *array, int separator, const char *text, int64_t length) {
+  if (length < 1) return;
+  // The text may be the array's own keys, which the first growth would release.
+  const PinnedBytes pinned = buffer::pinned(array->keys, text, length);
+  if (pinned.failed()) return;
+  pieces::for_each(
+      static_cast<const char *>(pinned.bytes()), length, separator,
+      [array](const char *key, int64_t key_length) { slots::append(*array, raw_key(key, key_length), 0); });
+}
+}

@@ -1,51 +1,115 @@
-// The engine of the growable arrays.
+// The engine of the growable arrays: one table of slots, with keys in them, beside them or nowhere.
 //
-//   record    slots ──► [ entry 0 | entry 1 | … | entry count-1 | spare … ]
-//                         0                       count           capacity
+//   record    slots ──► [ slot 0 | slot 1 | … | slot count-1 | spare … ]
+//                         0                     count          capacity
 //
 // Invariants:
-//   1. The table holds `capacity` slots; it is null when capacity is 0. A fresh slot is all zero.
-//   2. count <= capacity, but for a clone that ran out of memory: it states the count of its source. So every
-//      walk, search and sort ends at used(), the smaller of the two.
+//   1. The table holds `capacity` slots; it is null when capacity is 0. A fresh slot is all zero; a spare one keeps
+//      what was left in it.
+//   2. count <= capacity, but for a clone that ran out of memory: it states the count of its source. So walks,
+//      searches and sorts end at used(), the smaller of the two, and a growth makes the stated slots real.
+//
+// A record takes part by specialising SlotPolicy:
+//   Slot, Key, kSlots          the entry, a key as it is passed, the table's field
+//   append_key(array, slot, key)     gives a slot behind all others its key
+//   open_key(array, slot, key)       makes room for a key before the slot's own; false when there is none
+//   place_key(array, slot, key)      then gives it to the slot, all slots (one more than count) having moved
+//   cut_key(array, slot)             takes the slot's key out
+//   close_key(array, slot)           then mends the others, just before the slot goes
+//   key_of(array, slot), reserve_keys(array, source)    for appending other arrays
+//   clone_keys, clear_keys, term_keys, swap_rest        for whole arrays
+// Orders come with each call: order(slot) compares a slot with the searched key.
 #ifndef MUB_ARRAYS_SLOT_TABLE_H
 #define MUB_ARRAYS_SLOT_TABLE_H
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
+#include "arrays/search.h"
+#include "arrays/sort.h"
 #include "core/alloc.h"
 #include "core/growth.h"
 #include "core/pool.h"
 #include "core/unit_buffer.h"
+#include "core/value_pool.h"
 #include "mub_array.h"
 
 namespace mub {
 
-// What the engine has to know of a record.
 template <class Record>
-struct SlotTraits;
+struct SlotPolicy;
 
-template <>
-struct SlotTraits<mub_array> {
-  using Slot = mub_array_entry;
-  static Slot *&slots(mub_array &array) { return array.entries; }
-  static Slot *slots(const mub_array &array) { return array.entries; }
-  static void forget_keys(mub_array &array) { buffer::shrink(array.keys, 0); }
-  static void release_keys(mub_array &array) { buffer::term(array.keys); }
+// For records that keep no key bytes outside their slots.
+template <class Record>
+struct NoKeyStream {
+  template <class Slot, class Key>
+  static bool open_key(Record &, const Slot &, const Key &) {
+    return true;
+  }
+  template <class Slot>
+  static void close_key(Record &, const Slot &) {}
+  static bool reserve_keys(Record &, const Record &) { return true; }
+  static bool clone_keys(const Record &, Record &) { return true; }
+  static void clear_keys(Record &) {}
+  static void term_keys(Record &) {}
+  static void swap_rest(Record &, Record &) {}
 };
 
+struct NoKey {};
+
 template <>
-struct SlotTraits<mub_arrays> {
+struct SlotPolicy<mub_arrays> : NoKeyStream<mub_arrays> {
   using Slot = uint64_t;
-  static Slot *&slots(mub_arrays &array) { return array.items; }
-  static Slot *slots(const mub_arrays &array) { return array.items; }
-  static void forget_keys(mub_arrays &) {}
-  static void release_keys(mub_arrays &) {}
+  using Key = NoKey;
+  static constexpr auto kSlots = &mub_arrays::items;
+  static void append_key(mub_arrays &, Slot &, NoKey) {}
+  static void place_key(mub_arrays &, Slot &, NoKey) {}
+  static void cut_key(mub_arrays &, Slot &) {}
+  static NoKey key_of(const mub_arrays &, Slot) { return {}; }
+  static void swap_rest(mub_arrays &a, mub_arrays &b) {
+    std::swap(a.pool, b.pool);
+    std::swap(a.own_pool, b.own_pool);
+  }
 };
 
 namespace slots {
+
+template <class Record>
+using PolicyOf = SlotPolicy<Record>;
+template <class Record>
+using SlotOf = typename SlotPolicy<Record>::Slot;
+template <class Record>
+using KeyOf = typename SlotPolicy<Record>::Key;
+
+template <class Record>
+auto &table(Record &array) {
+  return array.*SlotPolicy<std::remove_const_t<Record>>::kSlots;
+}
+
+// The value of an entry; an item is its own.
+template <class Slot>
+auto &value_of(Slot &slot) {
+  if constexpr (std::is_integral_v<Slot>) {
+    return slot;
+  } else {
+    return slot.value;
+  }
+}
+
+template <class Record>
+int64_t used(const Record &array) {
+  return std::min(array.count, array.capacity);
+}
+
+template <class Record>
+bool owns_pool(const Record &array) {
+  return array.own_pool != 0 && array.pool != nullptr;
+}
+
+// ---- growth
 
 // A table of `capacity` slots with the content of `old`, zero behind it; nullptr when memory runs out, `old` then
 // untouched. A fresh block and not realloc: callers may rely on the address changing.
@@ -62,16 +126,12 @@ inline void *regrown_table(void *old, int64_t old_capacity, int64_t capacity, in
 }
 
 template <class Record>
-using SlotOf = typename SlotTraits<Record>::Slot;
-
-template <class Record>
 __attribute__((noinline)) bool grow(Record &array, int64_t wanted) {
   if (wanted > kMaxUnits) return false;
-  auto &table = SlotTraits<Record>::slots(array);
   const int64_t capacity = grown_slots(array.count, array.capacity, wanted);
-  void *grown = regrown_table(table, array.capacity, capacity, sizeof(SlotOf<Record>));
+  void *grown = regrown_table(table(array), array.capacity, capacity, sizeof(SlotOf<Record>));
   if (grown == nullptr) return false;
-  table = static_cast<SlotOf<Record> *>(grown);
+  table(array) = static_cast<SlotOf<Record> *>(grown);
   array.capacity = capacity;
   return true;
 }
@@ -83,6 +143,13 @@ bool expand(Record &array, int64_t wanted) {
 }
 
 template <class Record>
+void shrink(Record &array, int64_t count) {
+  if (table(array) != nullptr && count >= 0) array.count = std::min(count, array.capacity);
+}
+
+// ---- whole arrays
+
+template <class Record>
 void init(Record &array, bool with_pool) {
   array = {};
   if (!with_pool) return;
@@ -92,9 +159,8 @@ void init(Record &array, bool with_pool) {
 
 template <class Record>
 void release_table(Record &array) {
-  auto &table = SlotTraits<Record>::slots(array);
-  release(table);
-  table = nullptr;
+  release(table(array));
+  table(array) = nullptr;
   array.count = 0;
   array.capacity = 0;
 }
@@ -102,23 +168,237 @@ void release_table(Record &array) {
 template <class Record>
 void term(Record &array) {
   release_table(array);
-  SlotTraits<Record>::release_keys(array);
+  PolicyOf<Record>::term_keys(array);
   pool::destroy_owned(array.pool, array.own_pool);
 }
 
 template <class Record>
 void remove_all(Record &array) {
   release_table(array);
-  SlotTraits<Record>::forget_keys(array);
-  if (array.own_pool != 0 && array.pool != nullptr) pool::empty(*array.pool);
+  PolicyOf<Record>::clear_keys(array);
+  if (owns_pool(array)) pool::empty(*array.pool);
 }
 
-inline void swap(mub_arrays &a, mub_arrays &b) {
-  std::swap(a.items, b.items);
+template <class Record>
+void free_values(const Record &array, mub_free_fn release_it) {
+  for (int64_t i = 0; i < used(array); ++i) {
+    release_value(array.pool, array.own_pool, value_of(table(array)[i]), release_it);
+  }
+}
+
+template <class Record>
+void free_all(Record &array, mub_free_fn release_it) {
+  if (release_it != nullptr || array.own_pool == 0) free_values(array, release_it);
+  release_table(array);
+  PolicyOf<Record>::term_keys(array);
+  if (owns_pool(array)) pool::empty(*array.pool);
+}
+
+// Exchanges the tables and what the policy adds; the order flags stay.
+template <class Record>
+void swap(Record &a, Record &b) {
+  std::swap(table(a), table(b));
   std::swap(a.count, b.count);
   std::swap(a.capacity, b.capacity);
-  std::swap(a.pool, b.pool);
-  std::swap(a.own_pool, b.own_pool);
+  PolicyOf<Record>::swap_rest(a, b);
+}
+
+// ---- positions; the capacity bounds them, not the count
+
+template <class Record>
+SlotOf<Record> *slot_at(const Record &array, int64_t index) {
+  return index >= 0 && index < array.capacity ? table(array) + index : nullptr;
+}
+
+template <class Record>
+SlotOf<Record> *first_slot(const Record &array) {
+  return array.count < 1 ? nullptr : slot_at(array, 0);
+}
+
+template <class Record>
+SlotOf<Record> *last_slot(const Record &array) {
+  return array.count < 1 ? nullptr : slot_at(array, array.count - 1);
+}
+
+template <class Slot>
+uint64_t value_or_0(const Slot *slot) {
+  return slot != nullptr ? value_of(*slot) : 0;
+}
+
+template <class Slot>
+uint64_t exchange_value(Slot *slot, uint64_t value) {
+  return slot != nullptr ? std::exchange(value_of(*slot), value) : 0;
+}
+
+// ---- adding; each returns the new slot, nullptr when it was refused
+
+template <class Record>
+SlotOf<Record> *append(Record &array, const KeyOf<Record> &key, uint64_t value) {
+  if (!expand(array, array.count + 1)) return nullptr;
+  SlotOf<Record> *slot = table(array) + array.count;
+  PolicyOf<Record>::append_key(array, *slot, key);
+  value_of(*slot) = value;
+  ++array.count;
+  return slot;
+}
+
+template <class Record>
+SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t value) {
+  if (index < 0) return nullptr;
+  if (index >= array.count) return append(array, key, value);
+  if (!expand(array, array.count + 1)) return nullptr;
+  SlotOf<Record> *slot = table(array) + index;
+  if (!PolicyOf<Record>::open_key(array, *slot, key)) return nullptr;
+  buffer::move_units(slot + 1, slot, array.count - index);
+  PolicyOf<Record>::place_key(array, *slot, key);
+  value_of(*slot) = value;
+  ++array.count;
+  return slot;
+}
+
+// Gives a new slot a block of the value pool. It is taken once the slot stands, so that a refused call leaves the
+// pool as it was.
+template <class Record>
+uint64_t fill_new(const Record &array, SlotOf<Record> *slot, mub_init_fn init_it) {
+  if (slot == nullptr) return 0;
+  return value_of(*slot) = take_value(array.pool, init_it);
+}
+
+// The source may be the destination itself: it is walked up to its count at entry.
+template <class Record>
+void append_array(Record &array, const Record &source) {
+  const int64_t added = used(source);
+  int64_t count;
+  if (__builtin_add_overflow(array.count, added, &count)) return;
+  if (!expand(array, count) || !PolicyOf<Record>::reserve_keys(array, source)) return;
+  for (int64_t i = 0; i < added; ++i) {
+    const SlotOf<Record> &slot = table(source)[i];
+    append(array, PolicyOf<Record>::key_of(source, slot), value_of(slot));
+  }
+}
+
+// ---- removing
+
+// Closes the gap of a slot whose key is cut out. The count is made true on the way.
+template <class Record>
+void close_slot(Record &array, SlotOf<Record> *slot) {
+  PolicyOf<Record>::close_key(array, *slot);
+  const int64_t last = used(array) - 1;
+  buffer::move_units(slot, slot + 1, last - (slot - table(array)));
+  array.count = last;
+}
+
+template <class Record>
+uint64_t remove_at(Record &array, int64_t index) {
+  if (index < 0 || index >= used(array)) return 0;
+  SlotOf<Record> *slot = table(array) + index;
+  const uint64_t value = value_of(*slot);
+  PolicyOf<Record>::cut_key(array, *slot);
+  close_slot(array, slot);
+  return value;
+}
+
+// The value is released while its slot still stands, its key already cut out.
+template <class Record>
+void free_at(Record &array, int64_t index, mub_free_fn release_it) {
+  if (index < 0 || index >= used(array)) return;
+  SlotOf<Record> *slot = table(array) + index;
+  PolicyOf<Record>::cut_key(array, *slot);
+  release_value(array.pool, array.own_pool, value_of(*slot), release_it);
+  close_slot(array, slot);
+}
+
+// ---- sorted arrays
+
+template <class Record, class SlotOrder>
+Spot find(const Record &array, SlotOrder order) {
+  const SlotOf<Record> *first = table(array);
+  return binary_search(used(array), array.descending != 0, [&](int64_t i) { return order(first[i]); });
+}
+
+template <class Record, class SlotOrder>
+int64_t find_index(const Record &array, SlotOrder order) {
+  const Spot spot = find(array, order);
+  return spot.found ? spot.index : -1;
+}
+
+template <class Record, class SlotOrder>
+SlotOf<Record> *find_slot(const Record &array, SlotOrder order) {
+  return slot_at(array, find_index(array, order));
+}
+
+template <class Record, class SlotOrder>
+int64_t nearest_index(const Record &array, SlotOrder order) {
+  return nearest(find(array, order), used(array));
+}
+
+template <class Record, class SlotOrder>
+SlotOf<Record> *nearest_slot(const Record &array, SlotOrder order) {
+  return slot_at(array, nearest_index(array, order));
+}
+
+// From the first slot upward.
+template <class Record, class IsWanted>
+int64_t scan(const Record &array, IsWanted is_wanted) {
+  const SlotOf<Record> *first = table(array);
+  for (int64_t i = 0; i < used(array); ++i) {
+    if (is_wanted(first[i])) return i;
+  }
+  return -1;
+}
+
+// 1 unless the key was there, also when the insertion was refused.
+template <class Record, class SlotOrder>
+int insert(Record &array, const KeyOf<Record> &key, uint64_t value, SlotOrder order) {
+  const Spot spot = find(array, order);
+  if (spot.found) return 0;
+  insert_at(array, spot.index, key, value);
+  return 1;
+}
+
+// The index of the new entry; -1 when the key was there or the insertion was refused.
+template <class Record, class SlotOrder>
+int insert_new(Record &array, const KeyOf<Record> &key, uint64_t &value_out, mub_init_fn init_it,
+               SlotOrder order) {
+  const Spot spot = find(array, order);
+  if (spot.found) {
+    value_out = value_of(table(array)[spot.index]);
+    return -1;
+  }
+  value_out = 0;
+  SlotOf<Record> *slot = insert_at(array, spot.index, key, 0);
+  if (slot == nullptr) return -1;
+  value_out = fill_new(array, slot, init_it);
+  return static_cast<int>(slot - table(array));
+}
+
+// ---- sorting, whatever order the array is in
+
+template <class Record, class Order>
+void sort(Record &array, bool ascending, const Order &order) {
+  if (ascending) {
+    mub::sort<true>(table(array), used(array), order);
+  } else {
+    mub::sort<false>(table(array), used(array), order);
+  }
+}
+
+// Orders slots by their values, through a caller's comparer.
+template <class Call>
+struct ValueOrder {
+  using Key = uint64_t;
+  Call call;
+
+  template <class Slot>
+  Key key(const Slot &slot) const {
+    return value_of(slot);
+  }
+  int compare(Key a, Key b) const { return call(a, b); }
+};
+
+template <class Record, class Call>
+void sort_values(Record &array, bool ascending, Call call) {
+  sort(array, ascending, ValueOrder<Call>{call});
 }
 
 }  // namespace slots

@@ -1,0 +1,131 @@
+// Byte-string keys of the array engine: an entry says where in the array's key stream its key lies.
+//
+// The stream holds the keys of entries in the order in which they were placed; sorting moves entries, not bytes.
+// Entries made live by lengthening the count may name bytes that have left the stream. Such bytes are read while
+// they lie in its block; a key that leaves the block reads as empty.
+#ifndef MUB_ARRAYS_BYTE_KEYS_H
+#define MUB_ARRAYS_BYTE_KEYS_H
+
+#include <algorithm>
+#include <cstdint>
+
+#include "arrays/slot_table.h"
+#include "core/bytes.h"
+#include "core/key_store.h"
+
+namespace mub {
+
+struct ByteKey {
+  const uint8_t *bytes;
+  int64_t length;
+};
+
+// No bytes are the empty key, whatever their length.
+inline ByteKey raw_key(const void *key, int64_t length) {
+  return {static_cast<const uint8_t *>(key), key != nullptr ? length : std::min<int64_t>(length, 0)};
+}
+
+// A negative length ends at the first NUL.
+inline ByteKey measured_key(const void *key, int64_t length) {
+  return raw_key(key, measured(static_cast<const char *>(key), length));
+}
+
+inline int64_t key_end(const mub_array_entry &entry) { return int64_t{entry.key_offset} + entry.key_length; }
+
+inline ByteKey key_of(const mub_array &array, const mub_array_entry &entry) {
+  if (key_end(entry) > array.keys.capacity) return {array.keys.data, 0};
+  return {array.keys.data + entry.key_offset, entry.key_length};
+}
+
+// Moves the keys of the first `count` slots that lie at or behind `from`; `by` wraps when they move down.
+inline void shift_keys(mub_array &array, int64_t count, int64_t from, uint32_t by) {
+  for (int64_t i = 0; i < count; ++i) {
+    uint32_t &offset = array.entries[i].key_offset;
+    offset += offset >= from ? by : 0;
+  }
+}
+
+template <>
+struct SlotPolicy<mub_array> {
+  using Slot = mub_array_entry;
+  using Key = ByteKey;
+  static constexpr auto kSlots = &mub_array::entries;
+
+  // Without room for its bytes the key is empty.
+  static void append_key(mub_array &array, Slot &entry, const Key &key) {
+    const int64_t offset = array.keys.length;
+    keys::append(array.keys, key.bytes, key.length);
+    entry.key_offset = static_cast<uint32_t>(offset);
+    entry.key_length = static_cast<uint32_t>(array.keys.length - offset);
+  }
+  // An empty key is refused: nothing would be inserted into the stream.
+  static bool open_key(mub_array &array, const Slot &entry, const Key &key) {
+    return keys::has_room(array.keys, key.length) &&
+           buffer::insert(array.keys, entry.key_offset, key.bytes, key.length);
+  }
+  static void place_key(mub_array &array, Slot &entry, const Key &key) {
+    const uint32_t offset = entry.key_offset;
+    const auto length = static_cast<uint32_t>(key.length);
+    shift_keys(array, array.count + 1, offset, length);
+    entry.key_offset = offset;
+    entry.key_length = length;
+  }
+  static void cut_key(mub_array &array, Slot &entry) {
+    keys::erase(array.keys, entry.key_offset, entry.key_length);
+  }
+  static void close_key(mub_array &array, const Slot &entry) {
+    if (entry.key_length != 0) shift_keys(array, slots::used(array), key_end(entry), 0 - entry.key_length);
+  }
+  static Key key_of(const mub_array &array, const Slot &entry) { return mub::key_of(array, entry); }
+  static bool reserve_keys(mub_array &array, const mub_array &source) {
+    return keys::has_room(array.keys, source.keys.length) &&
+           buffer::expand(array.keys, array.keys.length + source.keys.length);
+  }
+  static bool clone_keys(const mub_array &source, mub_array &copy) {
+    return buffer::clone(source.keys, copy.keys);
+  }
+  static void clear_keys(mub_array &array) { buffer::shrink(array.keys, 0); }
+  static void term_keys(mub_array &array) { buffer::term(array.keys); }
+  static void swap_rest(mub_array &a, mub_array &b) { buffer::swap(a.keys, b.keys); }
+};
+
+// Entries against a searched key, byte by byte as unsigned values, the shorter of two that agree first.
+struct ByteOrder {
+  const mub_array &array;
+  ByteKey key;
+
+  int operator()(const mub_array_entry &entry) const {
+    const ByteKey own = key_of(array, entry);
+    return bytes::compare(own.bytes, own.length, key.bytes, key.length);
+  }
+};
+
+inline ByteOrder byte_order(const mub_array &array, const void *key, int64_t length) {
+  return {array, measured_key(key, length)};
+}
+
+inline int64_t scan_for(const mub_array &array, const ByteKey &key) {
+  return slots::scan(array, [&](const mub_array_entry &entry) {
+    const ByteKey own = key_of(array, entry);
+    return own.length == key.length && bytes::equal(own.bytes, key.bytes, key.length);
+  });
+}
+
+// Entries against entries, for the sort.
+class ByteKeyOrder {
+ public:
+  using Key = ByteKey;
+  explicit ByteKeyOrder(const mub_array &array) : array_(array) {}
+
+  Key key(const mub_array_entry &entry) const { return key_of(array_, entry); }
+  int compare(const Key &a, const Key &b) const {
+    return bytes::compare(a.bytes, a.length, b.bytes, b.length);
+  }
+
+ private:
+  const mub_array &array_;
+};
+
+}  // namespace mub
+
+#endif
