@@ -40,6 +40,7 @@ class Tree(unittest.TestCase):
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
         self.root = Path(directory.name)
+        self.write("include/mub.h", '#include "mub_a.h"\n')
         self.write("include/mub_a.h", HEADER)
         self.write("src/mub.map", MAP)
 
@@ -92,6 +93,10 @@ class CheckApi(Tree):
         self.write("include/mub_a.h", header.replace("MUB_API int mub_two", "int a;\nMUB_API int mub_two"))
         self.assert_reports(self.check("check_api"), "a.h:4: no comment '/* mub_one:", "a.h:9: no comment '/* mub_two:")
 
+    def test_reports_a_header_that_mub_h_leaves_out(self):
+        self.write("include/mub_b.h", "")
+        self.assert_reports(self.check("check_api"), "include/mub_b.h: not included by mub.h")
+
     def test_reports_a_wrong_soname(self):
         self.assert_reports(self.check("check_api", self.built(soname="libmub.so.2")), "SONAME")
 
@@ -139,7 +144,7 @@ class CheckLayers(Tree):
             "include/mub_b.h:2: includes string")
 
     def test_reports_a_tree_without_includes(self):
-        for path in ("src/core/low.h", "src/hash/high.h"):
+        for path in ("include/mub.h", "src/core/low.h", "src/hash/high.h"):
             (self.root / path).unlink()
         self.assert_reports(self.check("check_layers"), "no include found")
 

@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034 # the lists are used by the scripts that source this
 # Shared by the scripts beside it; sourced from the project's root.
 
 say() { printf '\n== %s\n' "$*"; }
@@ -26,6 +26,7 @@ install_missing() {
 toolchain_packages=(build-essential cmake ninja-build)
 test_packages=(libgtest-dev python3)
 clang_packages=(clang libclang-rt-14-dev)
+lint_packages=(clang-format clang-tidy shellcheck)
 bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-dev libdeflate-dev
   libisal-dev pkg-config python3)
 

@@ -1,0 +1,14 @@
+/* mub.h: the whole library. Each header also stands alone. */
+#ifndef MUB_H
+#define MUB_H
+
+#include "mub_array.h"
+#include "mub_base.h"
+#include "mub_char.h"
+#include "mub_hash.h"
+#include "mub_mem.h"
+#include "mub_pool.h"
+#include "mub_stream.h"
+#include "mub_string.h"
+
+#endif

@@ -1,0 +1,128 @@
+/* The library as a C program meets it: the layout of the records that callers allocate themselves, and calls
+ * into the shared library. */
+#include <stddef.h>
+#include <stdio.h>
+#include <string.h>
+
+#include "mub.h"
+
+#define SIZE_IS(record, bytes) _Static_assert(sizeof(record) == (bytes), "size of " #record)
+#define FIELD_AT(record, offset, type, field)                                           \
+  _Static_assert(offsetof(record, field) == (offset), "offset of " #record "." #field); \
+  _Static_assert(_Generic(&((record *)0)->field, type * : 1, default : 0), "type of " #record "." #field)
+
+FIELD_AT(mub_char, 0, char *, data);
+FIELD_AT(mub_char, 8, int64_t, length);
+SIZE_IS(mub_char, 16);
+
+FIELD_AT(mub_stream, 0, uint8_t *, data);
+FIELD_AT(mub_stream, 8, int64_t, length);
+FIELD_AT(mub_stream, 16, int64_t, capacity);
+SIZE_IS(mub_stream, 24);
+
+FIELD_AT(mub_string, 0, char *, data);
+FIELD_AT(mub_string, 8, int64_t, length);
+FIELD_AT(mub_string, 16, int64_t, capacity);
+SIZE_IS(mub_string, 24);
+
+FIELD_AT(mub_pool, 0, int64_t, block_size);
+FIELD_AT(mub_pool, 8, int64_t, blocks_per_chunk);
+FIELD_AT(mub_pool, 16, int64_t, live_count);
+FIELD_AT(mub_pool, 24, int64_t, chunk_used);
+FIELD_AT(mub_pool, 32, int64_t, chunk_count);
+FIELD_AT(mub_pool, 40, int64_t, chunk_capacity);
+FIELD_AT(mub_pool, 48, void **, chunks);
+FIELD_AT(mub_pool, 56, int64_t, free_used);
+FIELD_AT(mub_pool, 64, int64_t, free_count);
+FIELD_AT(mub_pool, 72, int64_t, free_capacity);
+FIELD_AT(mub_pool, 80, void **, free_pages);
+SIZE_IS(mub_pool, 88);
+
+FIELD_AT(mub_pool_chunk, 0, int64_t, index);
+FIELD_AT(mub_pool_chunk, 8, uint64_t, base);
+SIZE_IS(mub_pool_chunk, 16);
+
+FIELD_AT(mub_pool_iter, 0, int64_t, chunk);
+FIELD_AT(mub_pool_iter, 8, int64_t, slot);
+FIELD_AT(mub_pool_iter, 16, void **, free_blocks);
+FIELD_AT(mub_pool_iter, 24, mub_pool *, pool);
+SIZE_IS(mub_pool_iter, 32);
+
+FIELD_AT(mub_array_entry, 0, uint32_t, key_offset);
+FIELD_AT(mub_array_entry, 4, uint32_t, key_length);
+FIELD_AT(mub_array_entry, 8, uint64_t, value);
+SIZE_IS(mub_array_entry, 16);
+
+FIELD_AT(mub_array, 0, mub_array_entry *, entries);
+FIELD_AT(mub_array, 8, int64_t, count);
+FIELD_AT(mub_array, 16, int64_t, capacity);
+FIELD_AT(mub_array, 24, mub_stream, keys);
+FIELD_AT(mub_array, 48, mub_pool *, pool);
+FIELD_AT(mub_array, 56, uint16_t, own_pool);
+FIELD_AT(mub_array, 58, uint16_t, descending);
+SIZE_IS(mub_array, 64);
+
+FIELD_AT(mub_arrays, 0, uint64_t *, items);
+FIELD_AT(mub_arrays, 8, int64_t, count);
+FIELD_AT(mub_arrays, 16, int64_t, capacity);
+FIELD_AT(mub_arrays, 24, mub_pool *, pool);
+FIELD_AT(mub_arrays, 32, uint16_t, own_pool);
+FIELD_AT(mub_arrays, 34, uint16_t, descending);
+SIZE_IS(mub_arrays, 40);
+
+FIELD_AT(mub_hash_entry, 0, mub_hash_entry *, next);
+FIELD_AT(mub_hash_entry, 8, uint32_t, hash);
+FIELD_AT(mub_hash_entry, 12, uint32_t, key_offset);
+FIELD_AT(mub_hash_entry, 16, uint32_t, key_length);
+FIELD_AT(mub_hash_entry, 24, uint64_t, value);
+SIZE_IS(mub_hash_entry, 32);
+
+FIELD_AT(mub_hash, 0, mub_arrays, buckets);
+FIELD_AT(mub_hash, 40, int64_t, count);
+FIELD_AT(mub_hash, 48, mub_stream, keys);
+FIELD_AT(mub_hash, 72, mub_pool *, entry_pool);
+FIELD_AT(mub_hash, 80, uint16_t, owns_entry_pool);
+FIELD_AT(mub_hash, 88, mub_pool *, value_pool);
+FIELD_AT(mub_hash, 96, uint16_t, owns_value_pool);
+FIELD_AT(mub_hash, 98, int16_t, nocase);
+SIZE_IS(mub_hash, 104);
+
+static int failures = 0;
+
+static void expect(int holds, const char *claim) {
+  if (holds) return;
+  fprintf(stderr, "does not hold: %s\n", claim);
+  ++failures;
+}
+
+static int64_t blocks_made = 0;
+
+static void count_block(uint64_t value) { blocks_made += value != 0; }
+
+/* Records are written by the library and read by this file, callbacks the other way round. */
+static void fields_mean_the_same_on_both_sides(void) {
+  mub_hash words;
+  expect(mub_hash_init(&words, 1, 1) == &words, "init gives the record");
+  expect(words.owns_entry_pool == 1 && words.owns_value_pool == 1 && words.nocase == 0,
+         "flags of a new table");
+  words.nocase = 1;
+  words.value_pool->block_size = 24;
+
+  uint64_t value = 0;
+  expect(mub_hash_set(&words, "Ear", -1, &value, count_block) == 1, "the first set makes an entry");
+  const mub_hash_entry *entry = mub_hash_entry_get(&words, "eAR", 3);
+  expect(entry != NULL && entry->value == value && entry->key_length == 3, "the entry holds the block");
+  expect(blocks_made == 1 && value != 0, "the initialiser was called with the block");
+  expect(entry != NULL && memcmp(words.keys.data + entry->key_offset, "Ear", 3) == 0, "the key's bytes");
+  expect(words.count == 1 && words.keys.length == 3 && words.buckets.count == 4, "counts");
+  expect(words.entry_pool->block_size == (int64_t)sizeof(mub_hash_entry), "entry blocks");
+  expect(words.value_pool->live_count == 1, "value blocks");
+  mub_hash_term(&words);
+  expect(words.entry_pool == NULL && words.keys.data == NULL && words.buckets.items == NULL,
+         "nothing is left");
+}
+
+int main(void) {
+  fields_mean_the_same_on_both_sides();
+  return failures == 0 ? 0 : 1;
+}
