@@ -1,0 +1,145 @@
+// The packed integers: how long a value is comes from its highest bit, how long a field is from its first byte;
+// the bytes in between are moved as one word.
+#include <algorithm>
+
+#include "core/cursor.h"
+#include "core/unit_buffer.h"
+#include "mub_stream.h"
+
+namespace mub {
+namespace {
+
+// How many bits a value needs; 1 for 0.
+int bit_width(uint64_t value) { return 64 - __builtin_clzll(value | 1); }
+
+// Words and dwords are stored highest byte first, below a tag in the top bits: 1 bit that counts the further bytes
+// of a word, 2 bits that count those of a dword.
+template <int kTagBits>
+struct TaggedClass {
+  static constexpr int kMaxBytes = 1 << kTagBits;
+
+  static int length_of(uint32_t value) { return std::min((bit_width(value) + kTagBits + 7) / 8, kMaxBytes); }
+
+  static void write(mub_stream &stream, int64_t *position, uint32_t value) {
+    const int count = length_of(value);
+    const int64_t at = cursor::advance(position, count);
+    if (cursor::bytes_left(stream, at) < count) return;
+    const int field_bits = 8 * count;
+    // A tag of k bits absorbs the value's highest ones.
+    const uint32_t field = value | static_cast<uint32_t>(count - 1) << (field_bits - kTagBits);
+    store_little(stream.data + at, count, __builtin_bswap32(field) >> (32 - field_bits));
+  }
+
+  static uint32_t read(const mub_stream &stream, int64_t *position) {
+    if (*position >= stream.length) return 0;
+    const uint32_t widest = load_padded(stream, *position);
+    const int count = static_cast<int>(widest >> (32 - kTagBits)) + 1;
+    cursor::advance(position, count);
+    return (widest << kTagBits >> kTagBits) >> (32 - 8 * count);
+  }
+
+ private:
+  // Four bytes, highest first. The spare bytes behind the content take part; behind the capacity, and before the
+  // block, there are zeros.
+  static uint32_t load_padded(const mub_stream &stream, int64_t at) {
+    if (at >= 0 && stream.capacity - at >= 4) {
+      return __builtin_bswap32(static_cast<uint32_t>(load_little<4>(stream.data + at)));
+    }
+    uint32_t field = 0;
+    for (int i = 0; i < 4; ++i) {
+      const bool inside = at >= 0 && stream.capacity - at > i;
+      field = field << 8 | (inside ? stream.data[at + i] : 0u);
+    }
+    return field;
+  }
+};
+
+using PackedWord = TaggedClass<1>;
+using PackedDword = TaggedClass<2>;
+
+// The further bytes of an lword as one little-endian word. With 1 to 7 of them the low 32 bits, when they take part,
+// come last; before them stand the bits above, of which three bytes are rotated: the highest one goes first.
+uint64_t swapped_groups(uint64_t value, int further) {
+  const int high_bytes = further & 3;
+  const uint64_t high = further >= 4 ? value >> 32 : value;
+  const uint64_t low = further >= 4 ? value & 0xFFFFFFFF : 0;
+  const uint64_t high_mask = (uint64_t{1} << (8 * high_bytes)) - 1;
+  const uint64_t rotated = high_bytes == 3 ? (high >> 16 & 0xFF) | high << 8 : high;
+  return (rotated & high_mask) | low << (8 * high_bytes);
+}
+
+uint64_t restored_groups(uint64_t groups, int further) {
+  const int high_bytes = further & 3;
+  const uint64_t high_mask = (uint64_t{1} << (8 * high_bytes)) - 1;
+  const uint64_t high = groups & high_mask;
+  const uint64_t restored = high_bytes == 3 ? high >> 8 | (high & 0xFF) << 16 : high;
+  return further < 4 ? restored : restored << 32 | (groups >> (8 * high_bytes) & 0xFFFFFFFF);
+}
+
+int lword_length(uint64_t value) { return std::min((bit_width(value) + 6) / 7, 9); }
+
+// The first byte: as many ones as bytes follow, a zero, and the bits above those bytes.
+uint64_t lword_head(uint64_t value, int further) {
+  return (0xFF00u >> further & 0xFF) | (further < 8 ? value >> (8 * further) : 0);
+}
+
+void write_lword(mub_stream &stream, int64_t *position, uint64_t value) {
+  const int count = lword_length(value);
+  if (cursor::bytes_left(stream, *position) < count) return;
+  uint8_t *field = stream.data + cursor::advance(position, count);
+  const int further = count - 1;
+  const uint64_t head = lword_head(value, further);
+  if (further < 8) return store_little(field, count, head | swapped_groups(value, further) << 8);
+  field[0] = static_cast<uint8_t>(head);
+  store_little<8>(field + 1, value);
+}
+
+int64_t read_lword(const mub_stream &stream, int64_t *position) {
+  if (*position >= stream.length) return -1;
+  const auto head = static_cast<uint32_t>(cursor::read<1>(stream, position));
+  if (head < 0x80) return head;
+  const int further = __builtin_clz(~(head << 24));
+  if (cursor::bytes_left(stream, *position) < further) return -1;
+  const uint8_t *field = stream.data + cursor::advance(position, further);
+  const uint64_t groups = load_little(field, further);
+  if (further == 8) return static_cast<int64_t>(groups);
+  const uint64_t top = uint64_t{head & (0x7F >> further)} << (8 * further);
+  return static_cast<int64_t>(top | restored_groups(groups, further));
+}
+
+}  // namespace
+}  // namespace mub
+
+extern "C" {
+
+int mub_stream_deflate_word_length(uint32_t value) { return mub::PackedWord::length_of(value & 0xFFFF); }
+
+void mub_stream_deflate_word(mub_stream *stream, int64_t *position, uint32_t value) {
+  mub::PackedWord::write(*stream, position, value & 0xFFFF);
+}
+
+uint16_t mub_stream_inflate_word(const mub_stream *stream, int64_t *position) {
+  return static_cast<uint16_t>(mub::PackedWord::read(*stream, position));
+}
+
+int mub_stream_deflate_dword_length(uint32_t value) { return mub::PackedDword::length_of(value); }
+
+void mub_stream_deflate_dword(mub_stream *stream, int64_t *position, uint32_t value) {
+  mub::PackedDword::write(*stream, position, value);
+}
+
+uint32_t mub_stream_inflate_dword(const mub_stream *stream, int64_t *position) {
+  return mub::PackedDword::read(*stream, position);
+}
+
+int mub_stream_deflate_lword_length(uint64_t value) { return mub::lword_length(value); }
+
+void mub_stream_deflate_lword(mub_stream *stream, int64_t *position, uint64_t value) {
+  mub::write_lword(*stream, position, value);
+}
+
+int64_t mub_stream_inflate_lword(const mub_stream *stream, int64_t *position) {
+  return mub::read_lword(*stream, position);
+}
+
+}  // extern "C"

@@ -1,0 +1,62 @@
+// The arithmetic behind the CRC-32 constants, done by the compiler.
+//
+// A register stands for a polynomial over GF(2) of degree below 32, reflected: bit 0 is the coefficient of x^31,
+// bit 31 that of x^0. The modulus is P = x^32 + kPolynomial.
+#ifndef MUB_CORE_CRC32_MATH_H
+#define MUB_CORE_CRC32_MATH_H
+
+#include <cstdint>
+
+namespace mub::crc {
+
+constexpr uint32_t kPolynomial = 0xEDB88320;
+
+constexpr uint32_t times_x(uint32_t crc) { return (crc >> 1) ^ ((crc & 1) != 0 ? kPolynomial : 0); }
+
+constexpr uint32_t times_x8(uint32_t crc) {
+  for (int bit = 0; bit < 8; ++bit) crc = times_x(crc);
+  return crc;
+}
+
+// x^exponent mod P.
+constexpr uint32_t power_of_x(int exponent) {
+  uint32_t power = uint32_t{1} << 31;
+  for (int i = 0; i < exponent; ++i) power = times_x(power);
+  return power;
+}
+
+// floor(x^96 / P) without its coefficient of x^0, reflected: bit 0 is the coefficient of x^64. It comes out of a
+// long division bit by bit; what is left after the first step is x^32 mod P, which is kPolynomial.
+constexpr uint64_t quotient_of_x96() {
+  uint64_t quotient = 1;
+  uint32_t rest = kPolynomial;
+  for (int bit = 1; bit < 64; ++bit) {
+    quotient |= uint64_t{rest & 1} << bit;
+    rest = times_x(rest);
+  }
+  return quotient;
+}
+
+// What a register of all ones becomes after 0, 1, 2 … zero bytes. The register is linear in what it starts with,
+// so this turns the hash of a run, which starts at 0, into its checksum.
+constexpr int64_t kShortBytes = 256;
+
+struct OnesAfterZeros {
+  uint32_t crc[kShortBytes + 1];
+};
+
+constexpr OnesAfterZeros make_ones_after_zeros() {
+  OnesAfterZeros table{};
+  uint32_t crc = 0xFFFFFFFF;
+  for (uint32_t &entry : table.crc) {
+    entry = crc;
+    crc = times_x8(crc);
+  }
+  return table;
+}
+
+inline constexpr OnesAfterZeros kOnesAfterZeros = make_ones_after_zeros();
+
+}  // namespace mub::crc
+
+#endif

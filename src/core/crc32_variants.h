@@ -1,0 +1,55 @@
+// The ways to compute the CRC-32 register. crc32.cpp chooses among them at run time by what the processor can do;
+// the tests run every one that it can.
+#ifndef MUB_CORE_CRC32_VARIANTS_H
+#define MUB_CORE_CRC32_VARIANTS_H
+
+#include <cstdint>
+
+#if defined(__x86_64__)
+#define MUB_CRC_X86 1
+#else
+#define MUB_CRC_X86 0
+#endif
+
+namespace mub::crc {
+
+// The register after `length` >= 0 bytes. Slicing takes any `start`; the others 0 or all ones.
+using RegisterFn = uint32_t (*)(uint32_t start, const uint8_t *bytes, int64_t length);
+
+// Sixteen table look-ups for sixteen bytes, on any processor.
+uint32_t register_sliced(uint32_t start, const uint8_t *bytes, int64_t length);
+
+#if MUB_CRC_X86
+// Carry-less multiplication in 128-bit and in 512-bit registers.
+uint32_t register_folded_128(uint32_t start, const uint8_t *bytes, int64_t length);
+uint32_t register_folded_512(uint32_t start, const uint8_t *bytes, int64_t length);
+
+// The hash of `length` >= 1 bytes, made for short ones.
+uint32_t hash_folded(const uint8_t *bytes, int64_t length);
+
+// The processor's features are bits of one constant word that the compiler's runtime fills in at load time.
+inline bool can_fold_128() { return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1"); }
+
+inline bool can_fold_512() {
+  return can_fold_128() && __builtin_cpu_supports("vpclmulqdq") && __builtin_cpu_supports("avx512f") &&
+         __builtin_cpu_supports("avx512vl");
+}
+#endif
+
+struct Variant {
+  const char *name;
+  bool (*supported)();
+  RegisterFn run;
+};
+
+inline constexpr Variant kVariants[] = {
+    {"sliced", [] { return true; }, register_sliced},
+#if MUB_CRC_X86
+    {"folded_128", can_fold_128, register_folded_128},
+    {"folded_512", can_fold_512, register_folded_512},
+#endif
+};
+
+}  // namespace mub::crc
+
+#endif
