@@ -25,14 +25,59 @@ Word load(const void *bytes) {
   return word;
 }
 
+template <class Word>
+void store(void *bytes, Word word) {
+  std::memcpy(bytes, &word, sizeof word);
+}
+
+// Copies `count` bytes, from 1 to 2 * sizeof(Word), that are at least one word, with two words that overlap.
+template <class Word>
+void move_two(uint8_t *to, const uint8_t *from, int64_t count) {
+  const auto first = load<Word>(from);
+  const auto last = load<Word>(from + count - static_cast<int64_t>(sizeof(Word)));
+  store(to, first);
+  store(to + count - static_cast<int64_t>(sizeof(Word)), last);
+}
+
+struct Word128 {
+  uint64_t parts[2];
+};
+struct Word256 {
+  uint64_t parts[4];
+};
+
+// memmove for what is mostly short: up to 64 bytes take no call. All loads come before the stores.
+inline void move(void *destination, const void *source, int64_t count) {
+  auto *to = static_cast<uint8_t *>(destination);
+  const auto *from = static_cast<const uint8_t *>(source);
+  if (count > 64) {
+    std::memmove(to, from, static_cast<size_t>(count));
+  } else if (count >= 32) {
+    move_two<Word256>(to, from, count);
+  } else if (count >= 16) {
+    move_two<Word128>(to, from, count);
+  } else if (count >= 8) {
+    move_two<uint64_t>(to, from, count);
+  } else if (count >= 4) {
+    move_two<uint32_t>(to, from, count);
+  } else if (count >= 2) {
+    move_two<uint16_t>(to, from, count);
+  } else if (count == 1) {
+    *to = *from;
+  }
+}
+
 inline const uint8_t *as_bytes(const void *data) { return static_cast<const uint8_t *>(data); }
 
-// How many leading bytes of two long ranges memcmp skips as equal; word by word would take twice as long.
-__attribute__((noinline)) inline int64_t equal_stretch(const uint8_t *a, const uint8_t *b, int64_t count) {
-  constexpr int64_t kStretch = 512;
-  int64_t i = 0;
-  while (count - i >= kStretch && std::memcmp(a + i, b + i, kStretch) == 0) i += kStretch;
-  return i;
+// Ranges from here on are first compared by memcmp, a stretch at a time; word by word would take twice as long.
+constexpr int64_t kStretch = 256;
+
+// How many leading bytes are certainly equal: whole stretches, or all of them.
+__attribute__((noinline)) inline int64_t equal_stretches(const uint8_t *a, const uint8_t *b, int64_t count) {
+  for (int64_t i = 0; i < count; i += kStretch) {
+    if (std::memcmp(a + i, b + i, static_cast<size_t>(std::min(kStretch, count - i))) != 0) return i;
+  }
+  return count;
 }
 
 // The shorter of two ranges that agree so far sorts first; the difference of the lengths is cut to 32 bits.
@@ -49,7 +94,7 @@ int compare_words(const void *a, int64_t a_length, const void *b, int64_t b_leng
   const uint8_t *right = as_bytes(b);
   const int64_t common = std::min(a_length, b_length);
   if (common >= 8) {
-    int64_t i = common < 1024 ? 0 : equal_stretch(left, right, common);
+    int64_t i = common < kStretch ? 0 : equal_stretches(left, right, common);
     for (; i < common - 8; i += 8) {
       const auto x = load<uint64_t>(left + i);
       const auto y = load<uint64_t>(right + i);
@@ -98,10 +143,16 @@ inline int icompare(const void *a, int64_t a_length, const void *b, int64_t b_le
   const uint8_t *left = as_bytes(a);
   const uint8_t *right = as_bytes(b);
   const int64_t common = std::min(a_length, b_length);
-  for (int64_t i = 0; i < common; ++i) {
-    while (common - i > 8 && load<uint64_t>(left + i) == load<uint64_t>(right + i)) i += 8;
-    const int difference = std::tolower(left[i]) - std::tolower(right[i]);
-    if (difference != 0) return difference;
+  for (int64_t i = 0; i < common;) {
+    if (common - i >= 8 && load<uint64_t>(left + i) == load<uint64_t>(right + i)) {
+      i += 8;
+      continue;
+    }
+    if (left[i] != right[i]) {
+      const int difference = std::tolower(left[i]) - std::tolower(right[i]);
+      if (difference != 0) return difference;
+    }
+    ++i;
   }
   return length_difference(a_length, b_length);
 }

@@ -12,12 +12,6 @@ namespace {
 
 using CharOps = UnitOps<char>;
 
-template <class Fold>
-void fold(mub_char &view, Fold fold_unit) {
-  if (view.data == nullptr) return;
-  for (int64_t i = 0; i < view.length; ++i) view.data[i] = static_cast<char>(fold_unit(view.data[i]));
-}
-
 void trim(mub_char &view) {
   if (view.data == nullptr) return;
   const span::Trimmed kept = span::trimmed(view.data, view.length);
@@ -73,9 +67,9 @@ int64_t mub_char_length(mub_char *view) {
   return view->length;
 }
 
-void mub_char_make_lower(mub_char *view) { mub::fold(*view, mub::CharOps::lower); }
+void mub_char_make_lower(mub_char *view) { mub::span::fold(view->data, view->length, mub::CharOps::lower); }
 
-void mub_char_make_upper(mub_char *view) { mub::fold(*view, mub::CharOps::upper); }
+void mub_char_make_upper(mub_char *view) { mub::span::fold(view->data, view->length, mub::CharOps::upper); }
 
 void mub_char_copy(mub_char *view, const char *text, int64_t count) { mub::copy(*view, text, count); }
 

@@ -91,38 +91,83 @@ double parse_decimal(const char *text, int64_t length, TakeIn take_in) {
   return parts.negative ? 0.0 - value : value;
 }
 
-// The decimal digits of an integer, written from the back, two at a time.
+// The decimal digits of a number that is not negative; 1 for 0.
+inline int64_t digit_count(uint64_t magnitude) {
+  static constexpr uint64_t kPowers[] = {
+      0,
+      10,
+      100,
+      1000,
+      10000,
+      100000,
+      1000000,
+      10000000,
+      100000000,
+      1000000000,
+      10000000000,
+      100000000000,
+      1000000000000,
+      10000000000000,
+      100000000000000,
+      1000000000000000,
+      10000000000000000,
+      100000000000000000,
+      1000000000000000000,
+      10000000000000000000u,
+  };
+  // 1233 / 4096 is log10(2), exact enough for 64 bits.
+  const int at_least = (64 - __builtin_clzll(magnitude | 1)) * 1233 >> 12;
+  return at_least + (magnitude >= kPowers[at_least] ? 1 : 0);
+}
+
+// An integer in decimal digits. The length is known first, so that the digits are written where they belong: read
+// back from a buffer of their own they would wait for the narrow stores just made.
 class IntegerText {
  public:
-  explicit IntegerText(int64_t value) {
-    auto rest = static_cast<uint64_t>(value);
-    if (value < 0) rest = 0 - rest;
-    while (rest >= 100) {
-      put_pair(rest % 100);
-      rest /= 100;
+  static constexpr int64_t kMaxLength = 20;  // -2^63
+
+  explicit IntegerText(int64_t value)
+      : is_negative_(value < 0),
+        magnitude_(is_negative_ ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value)),
+        length_(digit_count(magnitude_) + (is_negative_ ? 1 : 0)) {}
+
+  int64_t length() const { return length_; }
+
+  void write(char *to) const {
+    char *end = to + length_;
+    uint64_t rest = magnitude_;
+    // Four digits a turn: its two pairs do not wait for each other.
+    while (rest >= 10000) {
+      const auto four = static_cast<uint32_t>(rest % 10000);
+      rest /= 10000;
+      put_pair(end -= 2, four % 100);
+      put_pair(end -= 2, four / 100);
     }
-    if (rest >= 10) {
-      put_pair(rest);
+    auto last = static_cast<uint32_t>(rest);
+    if (last >= 100) {
+      put_pair(end -= 2, last % 100);
+      last /= 100;
+    }
+    if (last >= 10) {
+      put_pair(end - 2, last);
     } else {
-      *--first_ = static_cast<char>('0' + rest);
+      end[-1] = static_cast<char>('0' + last);
     }
-    if (value < 0) *--first_ = '-';
+    if (is_negative_) *to = '-';
   }
-  const char *data() const { return first_; }
-  int64_t length() const { return buffer_ + sizeof buffer_ - first_; }
 
  private:
-  void put_pair(uint64_t pair) {
+  static void put_pair(char *to, uint32_t pair) {
     static constexpr char kPairs[] =
         "00010203040506070809101112131415161718192021222324252627282930313233343536373839404142434445464748"
         "49505152535455565758596061626364656667686970717273747576777879808182838485868788899091929394959697"
         "9899";
-    first_ -= 2;
-    std::memcpy(first_, kPairs + pair * 2, 2);
+    std::memcpy(to, kPairs + pair * 2, 2);
   }
 
-  char buffer_[20];  // -2^63 takes them all.
-  char *first_ = buffer_ + sizeof buffer_;
+  bool is_negative_;
+  uint64_t magnitude_;
+  int64_t length_;
 };
 
 // A number with six decimals, as the runtime prints it; the longest, -DBL_MAX, takes 317 characters.

@@ -69,6 +69,13 @@ Trimmed trimmed(const Unit *units, int64_t length) {
   return {first, end - first, false};
 }
 
+// Passes every unit through `fold_unit`, which gives an int.
+template <class Unit, class Fold>
+void fold(Unit *units, int64_t length, Fold fold_unit) {
+  if (units == nullptr) return;
+  for (int64_t i = 0; i < length; ++i) units[i] = static_cast<Unit>(fold_unit(units[i]));
+}
+
 // -1 for what was not found, else its position counted from `start` units earlier.
 inline int64_t shifted(int64_t found, int64_t start) { return found < 0 ? -1 : start + found; }
 

@@ -151,7 +151,7 @@ bool copy(Record &record, const void *units, int64_t count) {
     return true;
   }
   if (count <= record.capacity) {
-    move_units(record.data, units, count);
+    bytes::move(record.data, units, count * kUnitBytes<Record>);
   } else {
     const PinnedBytes source = pinned(record, units, count);
     if (source.failed() || !grow(record, count)) return false;
@@ -176,8 +176,10 @@ template <class Record>
 bool append(Record &record, const void *units, int64_t count) {
   if (count > record.capacity - record.length) return append_growing(record, units, count);
   if (count <= 0) return true;
-  move_units(record.data + record.length, units, count);
-  shrink(record, record.length + count);
+  const int64_t length = record.length + count;
+  bytes::move(record.data + record.length, units, count * kUnitBytes<Record>);
+  record.length = length;
+  if constexpr (BufferTraits<Record>::kTerminated) record.data[length] = 0;
   return true;
 }
 
