@@ -42,8 +42,8 @@ uint32_t look_up(uint64_t word, int zeros) {
 
 }  // namespace
 
-uint32_t register_sliced(uint32_t start, const uint8_t *bytes, int64_t length) {
-  uint32_t crc = start;
+uint32_t checksum_sliced(uint32_t ones, const uint8_t *bytes, int64_t length) {
+  uint32_t crc = ones;
   for (; length >= 16; length -= 16, bytes += 16) {
     crc = look_up(load_little<8>(bytes) ^ crc, 8) ^ look_up(load_little<8>(bytes + 8), 0);
   }
@@ -53,18 +53,18 @@ uint32_t register_sliced(uint32_t start, const uint8_t *bytes, int64_t length) {
     bytes += 8;
   }
   for (; length > 0; --length, ++bytes) crc = (crc >> 8) ^ kTables.after[0][(crc ^ *bytes) & 0xFF];
-  return crc;
+  return crc ^ ones;
 }
 
 namespace {
 
-uint32_t register_of_ones(const uint8_t *bytes, int64_t length) {
+uint32_t checksum(const uint8_t *bytes, int64_t length) {
   constexpr uint32_t kOnes = 0xFFFFFFFF;
 #if MUB_CRC_X86
-  if (can_fold_512()) return register_folded_512(kOnes, bytes, length);
-  if (can_fold_128()) return register_folded_128(kOnes, bytes, length);
+  if (can_fold_512()) return checksum_folded_512(kOnes, bytes, length);
+  if (can_fold_128()) return checksum_folded_128(kOnes, bytes, length);
 #endif
-  return register_sliced(kOnes, bytes, length);
+  return checksum_sliced(kOnes, bytes, length);
 }
 
 uint8_t xor_of_bytes(const uint8_t *bytes, int64_t length) {
@@ -85,7 +85,7 @@ uint32_t key_hash(const void *bytes, int64_t length) {
 #if MUB_CRC_X86
   if (crc::can_fold_128()) return crc::hash_folded(bytes::as_bytes(bytes), length);
 #endif
-  return crc::register_sliced(0, bytes::as_bytes(bytes), length);
+  return crc::checksum_sliced(0, bytes::as_bytes(bytes), length);
 }
 
 // Lowered piece by piece. Only the first piece may be short, so that the register so far, which a hash takes in
@@ -112,7 +112,7 @@ extern "C" {
 
 uint32_t mub_stream_crc32(const void *bytes, int64_t count) {
   if (bytes == nullptr || count < 1) return 0;
-  return ~mub::crc::register_of_ones(mub::bytes::as_bytes(bytes), count);
+  return mub::crc::checksum(mub::bytes::as_bytes(bytes), count);
 }
 
 int mub_stream_check(const void *bytes, int64_t count) {

@@ -39,7 +39,7 @@ constexpr uint64_t quotient_of_x96() {
 
 // What a register of all ones becomes after 0, 1, 2 … zero bytes. The register is linear in what it starts with,
 // so this turns the hash of a run, which starts at 0, into its checksum.
-constexpr int64_t kShortBytes = 256;
+constexpr int64_t kShortBytes = 512;
 
 struct OnesAfterZeros {
   uint32_t crc[kShortBytes + 1];

@@ -13,18 +13,19 @@
 
 namespace mub::crc {
 
-// The register after `length` >= 0 bytes. Slicing takes any `start`; the others 0 or all ones.
-using RegisterFn = uint32_t (*)(uint32_t start, const uint8_t *bytes, int64_t length);
+// The register after `length` >= 1 bytes, started at `ones`, which is 0 or has all bits set, and xored with it at the
+// end: with 0 the hash of a key, with all ones the checksum.
+using ChecksumFn = uint32_t (*)(uint32_t ones, const uint8_t *bytes, int64_t length);
 
 // Sixteen table look-ups for sixteen bytes, on any processor.
-uint32_t register_sliced(uint32_t start, const uint8_t *bytes, int64_t length);
+uint32_t checksum_sliced(uint32_t ones, const uint8_t *bytes, int64_t length);
 
 #if MUB_CRC_X86
 // Carry-less multiplication in 128-bit and in 512-bit registers.
-uint32_t register_folded_128(uint32_t start, const uint8_t *bytes, int64_t length);
-uint32_t register_folded_512(uint32_t start, const uint8_t *bytes, int64_t length);
+uint32_t checksum_folded_128(uint32_t ones, const uint8_t *bytes, int64_t length);
+uint32_t checksum_folded_512(uint32_t ones, const uint8_t *bytes, int64_t length);
 
-// The hash of `length` >= 1 bytes, made for short ones.
+// checksum_folded_128 with ones = 0.
 uint32_t hash_folded(const uint8_t *bytes, int64_t length);
 
 // The processor's features are bits of one constant word that the compiler's runtime fills in at load time.
@@ -32,21 +33,21 @@ inline bool can_fold_128() { return __builtin_cpu_supports("pclmul") && __builti
 
 inline bool can_fold_512() {
   return can_fold_128() && __builtin_cpu_supports("vpclmulqdq") && __builtin_cpu_supports("avx512f") &&
-         __builtin_cpu_supports("avx512vl");
+         __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl");
 }
 #endif
 
 struct Variant {
   const char *name;
   bool (*supported)();
-  RegisterFn run;
+  ChecksumFn run;
 };
 
 inline constexpr Variant kVariants[] = {
-    {"sliced", [] { return true; }, register_sliced},
+    {"sliced", [] { return true; }, checksum_sliced},
 #if MUB_CRC_X86
-    {"folded_128", can_fold_128, register_folded_128},
-    {"folded_512", can_fold_512, register_folded_512},
+    {"folded_128", can_fold_128, checksum_folded_128},
+    {"folded_512", can_fold_512, checksum_folded_512},
 #endif
 };
 

@@ -13,7 +13,7 @@
 //                               |
 //                        V, of 96 bits, congruent to the result
 //
-// All products are independent, so up to 16 blocks (kShortBytes) cost little more than one. V is reduced after
+// All products are independent, so up to 32 blocks (kShortBytes) cost little more than one. V is reduced after
 // Barrett: with A its upper 64 bits, q = floor(A * x^32 / P) = floor(A * floor(x^96 / P) / x^64) is exact for
 // polynomials, and the result is the low 32 bits of V + q * P.
 //
@@ -29,12 +29,11 @@
 
 #include <immintrin.h>
 
-#include <cstring>
-
+#include "core/bytes.h"
 #include "core/crc32_math.h"
 
 #define MUB_TARGET_128 __attribute__((target("pclmul,sse4.1")))
-#define MUB_TARGET_512 __attribute__((target("pclmul,sse4.1,vpclmulqdq,avx512f,avx512vl")))
+#define MUB_TARGET_512 __attribute__((target("pclmul,sse4.1,vpclmulqdq,avx512f,avx512bw,avx512vl")))
 
 namespace mub::crc {
 namespace {
@@ -43,6 +42,7 @@ namespace {
 constexpr uint64_t factor(int exponent) { return uint64_t{power_of_x(exponent)} << 1; }
 
 constexpr int64_t kBlockBytes = 16;
+constexpr int64_t kWideBytes = 4 * kBlockBytes;
 constexpr int kShortBlocks = kShortBytes / kBlockBytes;
 
 // The factors of both halves of each block of a short run; the run's last block has the last pair.
@@ -73,13 +73,6 @@ MUB_TARGET_128 inline __m128i load(const void *bytes) {
   return _mm_loadu_si128(static_cast<const __m128i *>(bytes));
 }
 
-template <class Word>
-uint64_t load_word(const uint8_t *bytes) {
-  Word word;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
-}
-
 MUB_TARGET_128 inline __m128i as_block(uint64_t low_half) {
   return _mm_cvtsi64_si128(static_cast<long long>(low_half));
 }
@@ -101,7 +94,8 @@ MUB_TARGET_128 inline uint32_t reduced(__m128i v) {
 inline uint64_t right_aligned_word(const uint8_t *bytes, int64_t length) {
   const int64_t free_bits = 8 * (8 - length);
   if (length >= 4) {
-    return (load_word<uint32_t>(bytes + length - 4) << 32) | (load_word<uint32_t>(bytes) << free_bits);
+    return uint64_t{bytes::load<uint32_t>(bytes + length - 4)} << 32 | uint64_t{bytes::load<uint32_t>(bytes)}
+                                                                           << free_bits;
   }
   const uint64_t middle = uint64_t{bytes[length / 2]} << (8 * (length / 2));
   return (uint64_t{bytes[length - 1]} << 56) | ((bytes[0] | middle) << free_bits);
@@ -115,14 +109,23 @@ MUB_TARGET_128 inline __m128i right_aligned_block(const uint8_t *bytes, int64_t 
   return _mm_shuffle_epi8(load(bytes), load(kShifts + length));
 }
 
+// 1 to 16 bytes; the lower half of a block already stands where its product with x^32 belongs.
+MUB_TARGET_128 inline uint32_t hash_of_one_block(const uint8_t *bytes, int64_t length) {
+  if (length <= 8) return reduced(as_block(right_aligned_word(bytes, length)));
+  const __m128i high = as_block(bytes::load<uint64_t>(bytes) << (8 * (16 - length)));
+  const __m128i low = as_block(bytes::load<uint64_t>(bytes + length - 8));
+  const __m128i factors = load(kPowers.of_block[kShortBlocks - 1]);
+  return reduced(_mm_xor_si128(_mm_clmulepi64_si128(high, factors, 0x00), low));
+}
+
 // 17 to kShortBytes bytes.
-MUB_TARGET_128 inline uint32_t hash_blocks(const uint8_t *bytes, int64_t length) {
+MUB_TARGET_128 inline uint32_t hash_of_blocks(const uint8_t *bytes, int64_t length) {
   const int64_t first = ((length - 1) & (kBlockBytes - 1)) + 1;
-  const int64_t blocks_behind = (length - first) / kBlockBytes;
-  const auto *powers = kPowers.of_block + kShortBlocks - 1 - blocks_behind;
+  const int64_t behind = (length - first) / kBlockBytes;
+  const auto *powers = kPowers.of_block + kShortBlocks - 1 - behind;
   __m128i v = times(right_aligned_block(bytes, first), load(powers));
   bytes += first;
-  for (int64_t i = 0; i < blocks_behind; ++i) {
+  for (int64_t i = 0; i < behind; ++i) {
     v = _mm_xor_si128(v, times(load(bytes + i * kBlockBytes), load(powers + 1 + i)));
   }
   return reduced(v);
@@ -130,18 +133,7 @@ MUB_TARGET_128 inline uint32_t hash_blocks(const uint8_t *bytes, int64_t length)
 
 // 1 to kShortBytes bytes.
 MUB_TARGET_128 inline uint32_t hash_short(const uint8_t *bytes, int64_t length) {
-  if (length > 16) return hash_blocks(bytes, length);
-  if (length <= 8) return reduced(as_block(right_aligned_word(bytes, length)));
-  const __m128i high = as_block(load_word<uint64_t>(bytes) << (8 * (16 - length)));
-  const __m128i low = as_block(load_word<uint64_t>(bytes + length - 8));
-  const __m128i last_powers = load(kPowers.of_block[kShortBlocks - 1]);
-  return reduced(_mm_xor_si128(_mm_clmulepi64_si128(high, last_powers, 0x00), low));
-}
-
-// 0 to kShortBytes bytes.
-MUB_TARGET_128 inline uint32_t register_short(uint32_t start, const uint8_t *bytes, int64_t length) {
-  if (length == 0) return start;
-  return hash_short(bytes, length) ^ (kOnesAfterZeros.crc[length] & start);
+  return length <= kBlockBytes ? hash_of_one_block(bytes, length) : hash_of_blocks(bytes, length);
 }
 
 MUB_TARGET_512 inline __m512i load_512(const void *bytes) { return _mm512_loadu_si512(bytes); }
@@ -160,54 +152,101 @@ MUB_TARGET_512 inline __m128i quarter(__m512i v) {
   return _mm512_maskz_extracti32x4_epi32(0xF, v, kIndex);
 }
 
-MUB_TARGET_512 inline __m128i xor_of_quarters(__m512i v) {
-  return _mm_xor_si128(_mm_xor_si128(quarter<0>(v), quarter<1>(v)),
-                       _mm_xor_si128(quarter<2>(v), quarter<3>(v)));
+MUB_TARGET_512 inline uint32_t reduced_quarters(__m512i v) {
+  return reduced(_mm_xor_si128(_mm_xor_si128(quarter<0>(v), quarter<1>(v)),
+                               _mm_xor_si128(quarter<2>(v), quarter<3>(v))));
+}
+
+// 1 to 64 bytes at the end of four blocks. The load reaches to before the bytes, but what its mask leaves out is
+// not touched, whatever lies there.
+MUB_TARGET_512 inline __m512i right_aligned_512(const uint8_t *bytes, int64_t length) {
+  const int64_t zeros = kWideBytes - length;
+  return _mm512_maskz_loadu_epi8(~uint64_t{0} << zeros, bytes - zeros);
+}
+
+// 17 to kShortBytes bytes.
+MUB_TARGET_512 inline uint32_t hash_of_blocks_512(const uint8_t *bytes, int64_t length) {
+  const int64_t first = ((length - 1) & (kWideBytes - 1)) + 1;
+  const uint8_t *const end = bytes + length;
+  const auto *powers = kPowers.of_block + kShortBlocks - 4 - (length - first) / kBlockBytes;
+  __m512i v = times_xor(right_aligned_512(bytes, first), load_512(powers), _mm512_setzero_si512());
+  for (bytes += first; bytes != end; bytes += kWideBytes) {
+    powers += 4;
+    v = times_xor(load_512(bytes), load_512(powers), v);
+  }
+  return reduced_quarters(v);
+}
+
+MUB_TARGET_512 inline uint32_t hash_short_512(const uint8_t *bytes, int64_t length) {
+  return length <= kBlockBytes ? hash_of_one_block(bytes, length) : hash_of_blocks_512(bytes, length);
+}
+
+// What a start of all ones adds to the hash of a short run.
+inline uint32_t share_of_start(uint32_t start, int64_t length) { return kOnesAfterZeros.crc[length] & start; }
+
+// More than kShortBytes bytes.
+MUB_TARGET_128 uint32_t register_long_128(uint32_t start, const uint8_t *bytes, int64_t length) {
+  constexpr int64_t kStep = 4 * kBlockBytes;
+  const uint8_t *const end = bytes + length;
+  const int64_t first = length % kStep;
+  uint32_t crc = start;
+  if (first > 0) crc = hash_short(bytes, first) ^ share_of_start(start, first);
+  bytes += first;
+  __m128i a = _mm_xor_si128(load(bytes), as_block(crc));
+  __m128i b = load(bytes + 16);
+  __m128i c = load(bytes + 32);
+  __m128i d = load(bytes + 48);
+  const __m128i fold = load(kFold128);
+  for (bytes += kStep; bytes != end; bytes += kStep) {
+    a = _mm_xor_si128(times(a, fold), load(bytes));
+    b = _mm_xor_si128(times(b, fold), load(bytes + 16));
+    c = _mm_xor_si128(times(c, fold), load(bytes + 32));
+    d = _mm_xor_si128(times(d, fold), load(bytes + 48));
+  }
+  const auto *powers = kPowers.of_block + kShortBlocks - 4;
+  const __m128i ab = _mm_xor_si128(times(a, load(powers)), times(b, load(powers + 1)));
+  const __m128i cd = _mm_xor_si128(times(c, load(powers + 2)), times(d, load(powers + 3)));
+  return reduced(_mm_xor_si128(ab, cd));
+}
+
+MUB_TARGET_512 uint32_t register_long_512(uint32_t start, const uint8_t *bytes, int64_t length) {
+  constexpr int64_t kStep = 4 * kWideBytes;
+  const uint8_t *const end = bytes + length;
+  const int64_t first = length % kStep;
+  uint32_t crc = start;
+  if (first > 0) crc = hash_short_512(bytes, first) ^ share_of_start(start, first);
+  bytes += first;
+  __m512i a = _mm512_xor_si512(load_512(bytes), _mm512_zextsi128_si512(as_block(crc)));
+  __m512i b = load_512(bytes + 64);
+  __m512i c = load_512(bytes + 128);
+  __m512i d = load_512(bytes + 192);
+  const __m512i fold = _mm512_maskz_broadcast_i32x4(0xFFFF, load(kFold512));
+  for (bytes += kStep; bytes != end; bytes += kStep) {
+    a = times_xor(a, fold, load_512(bytes));
+    b = times_xor(b, fold, load_512(bytes + 64));
+    c = times_xor(c, fold, load_512(bytes + 128));
+    d = times_xor(d, fold, load_512(bytes + 192));
+  }
+  const auto *powers = kPowers.of_block + kShortBlocks - 16;
+  const __m512i ab =
+      times_xor(a, load_512(powers), times_xor(b, load_512(powers + 4), _mm512_setzero_si512()));
+  return reduced_quarters(times_xor(c, load_512(powers + 8), times_xor(d, load_512(powers + 12), ab)));
 }
 
 }  // namespace
 
-MUB_TARGET_128 uint32_t register_folded_128(uint32_t start, const uint8_t *bytes, int64_t length) {
-  constexpr int64_t kStep = 4 * kBlockBytes;
-  if (length <= kShortBytes) return register_short(start, bytes, length);
-  const int64_t first = length % kStep;
-  const uint32_t crc = register_short(start, bytes, first);
-  const uint8_t *const end = bytes + length;
-  bytes += first;
-  __m128i a[4] = {load(bytes), load(bytes + 16), load(bytes + 32), load(bytes + 48)};
-  a[0] = _mm_xor_si128(a[0], as_block(crc));
-  const __m128i fold = load(kFold128);
-  for (bytes += kStep; bytes != end; bytes += kStep) {
-    for (int i = 0; i < 4; ++i) a[i] = _mm_xor_si128(times(a[i], fold), load(bytes + i * kBlockBytes));
-  }
-  __m128i v = _mm_setzero_si128();
-  for (int i = 0; i < 4; ++i) {
-    v = _mm_xor_si128(v, times(a[i], load(kPowers.of_block[kShortBlocks - 4 + i])));
-  }
-  return reduced(v);
+MUB_TARGET_128 uint32_t checksum_folded_128(uint32_t ones, const uint8_t *bytes, int64_t length) {
+  if (length > kShortBytes) return register_long_128(ones, bytes, length) ^ ones;
+  return hash_short(bytes, length) ^ share_of_start(ones, length) ^ ones;
 }
 
-MUB_TARGET_512 uint32_t register_folded_512(uint32_t start, const uint8_t *bytes, int64_t length) {
-  constexpr int64_t kStep = 4 * 64;
-  if (length < kStep) return register_short(start, bytes, length);
-  const int64_t first = length % kStep;
-  const uint32_t crc = register_short(start, bytes, first);
-  const uint8_t *const end = bytes + length;
-  bytes += first;
-  __m512i a[4] = {load_512(bytes), load_512(bytes + 64), load_512(bytes + 128), load_512(bytes + 192)};
-  a[0] = _mm512_xor_si512(a[0], _mm512_zextsi128_si512(as_block(crc)));
-  const __m512i fold = _mm512_maskz_broadcast_i32x4(0xFFFF, load(kFold512));
-  for (bytes += kStep; bytes != end; bytes += kStep) {
-    for (int i = 0; i < 4; ++i) a[i] = times_xor(a[i], fold, load_512(bytes + i * 64));
-  }
-  __m512i v = _mm512_setzero_si512();
-  for (int i = 0; i < 4; ++i) v = times_xor(a[i], load_512(kPowers.of_block[4 * i]), v);
-  return reduced(xor_of_quarters(v));
+MUB_TARGET_512 uint32_t checksum_folded_512(uint32_t ones, const uint8_t *bytes, int64_t length) {
+  if (length > kShortBytes) return register_long_512(ones, bytes, length) ^ ones;
+  return hash_short_512(bytes, length) ^ share_of_start(ones, length) ^ ones;
 }
 
 MUB_TARGET_128 uint32_t hash_folded(const uint8_t *bytes, int64_t length) {
-  if (length <= kShortBytes) return hash_short(bytes, length);
-  return register_folded_128(0, bytes, length);
+  return length > kShortBytes ? register_long_128(0, bytes, length) : hash_short(bytes, length);
 }
 
 }  // namespace mub::crc
