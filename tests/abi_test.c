@@ -122,7 +122,24 @@ static void fields_mean_the_same_on_both_sides(void) {
          "nothing is left");
 }
 
+static void tables_and_blocks_reach_the_program(void) {
+  expect(CRC_TABLE[1] == 0x77073096u && CRC_TABLE[255] == 0x2D02EF8Du, "the table's known entries");
+  expect(mub_stream_crc32("123456789", 9) == 0xCBF43926u, "the check value of CRC-32");
+
+  mub_stream stream;
+  mub_string text;
+  mub_stream_init(&stream);
+  mub_string_init(&text);
+  mub_stream_append(&stream, "stone\0", 6);
+  mub_stream_swap_string(&stream, &text);
+  expect(text.length == 6 && strcmp(text.data, "stone") == 0 && stream.data == NULL,
+         "the block changed hands");
+  mub_string_term(&text);
+  mub_stream_term(&stream);
+}
+
 int main(void) {
+  tables_and_blocks_reach_the_program();
   fields_mean_the_same_on_both_sides();
   return failures == 0 ? 0 : 1;
 }
