@@ -80,14 +80,6 @@ uint8_t xor_of_bytes(const uint8_t *bytes, int64_t length) {
 }  // namespace
 }  // namespace crc
 
-uint32_t key_hash(const void *bytes, int64_t length) {
-  if (length < 1) return 0;
-#if MUB_CRC_X86
-  if (crc::can_fold_128()) return crc::hash_folded(bytes::as_bytes(bytes), length);
-#endif
-  return crc::checksum_sliced(0, bytes::as_bytes(bytes), length);
-}
-
 // Lowered piece by piece. Only the first piece may be short, so that the register so far, which a hash takes in
 // with its first four bytes, always finds them.
 uint32_t key_hash_nocase(const void *bytes, int64_t length) {

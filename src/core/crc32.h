@@ -4,10 +4,19 @@
 
 #include <cstdint>
 
+#include "core/bytes.h"
+#include "core/crc32_variants.h"
+
 namespace mub {
 
 // The hash of a key: the register started at 0 and not inverted, so leading zero bytes do not count. A length below 1 gives 0.
-uint32_t key_hash(const void *bytes, int64_t length);
+inline uint32_t key_hash(const void *bytes, int64_t length) {
+  if (length < 1) return 0;
+#if MUB_CRC_X86
+  if (crc::can_fold_128()) return crc::hash_folded(bytes::as_bytes(bytes), length);
+#endif
+  return crc::checksum_sliced(0, bytes::as_bytes(bytes), length);
+}
 
 // The same with every byte passed through tolower first.
 uint32_t key_hash_nocase(const void *bytes, int64_t length);

@@ -37,25 +37,25 @@ constexpr uint64_t quotient_of_x96() {
   return quotient;
 }
 
-// What a register of all ones becomes after 0, 1, 2 … zero bytes. The register is linear in what it starts with,
-// so this turns the hash of a run, which starts at 0, into its checksum.
+// What a start of all ones, and inverting the end, change in the register after 0, 1, 2 … bytes. It is linear in what
+// it starts with, so this turns the hash of a run, which starts at 0, into its checksum.
 constexpr int64_t kShortBytes = 512;
 
-struct OnesAfterZeros {
+struct ShareOfOnes {
   uint32_t crc[kShortBytes + 1];
 };
 
-constexpr OnesAfterZeros make_ones_after_zeros() {
-  OnesAfterZeros table{};
+constexpr ShareOfOnes make_share_of_ones() {
+  ShareOfOnes table{};
   uint32_t crc = 0xFFFFFFFF;
-  for (uint32_t &entry : table.crc) {
-    entry = crc;
+  for (uint32_t &share : table.crc) {
+    share = ~crc;
     crc = times_x8(crc);
   }
   return table;
 }
 
-inline constexpr OnesAfterZeros kOnesAfterZeros = make_ones_after_zeros();
+inline constexpr ShareOfOnes kShareOfOnes = make_share_of_ones();
 
 }  // namespace mub::crc
 

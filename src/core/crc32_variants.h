@@ -25,7 +25,7 @@ uint32_t checksum_sliced(uint32_t ones, const uint8_t *bytes, int64_t length);
 uint32_t checksum_folded_128(uint32_t ones, const uint8_t *bytes, int64_t length);
 uint32_t checksum_folded_512(uint32_t ones, const uint8_t *bytes, int64_t length);
 
-// checksum_folded_128 with ones = 0.
+// The best of them with ones = 0, quickest for keys; wants can_fold_128().
 uint32_t hash_folded(const uint8_t *bytes, int64_t length);
 
 // The processor's features are bits of one constant word that the compiler's runtime fills in at load time.

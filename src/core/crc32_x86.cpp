@@ -32,6 +32,8 @@
 #include "core/bytes.h"
 #include "core/crc32_math.h"
 
+// Small steps are parts of one calculation; gcc shares them between callers unless told otherwise.
+#define MUB_ALWAYS_INLINE inline __attribute__((always_inline))
 #define MUB_TARGET_128 __attribute__((target("pclmul,sse4.1")))
 #define MUB_TARGET_512 __attribute__((target("pclmul,sse4.1,vpclmulqdq,avx512f,avx512bw,avx512vl")))
 
@@ -69,21 +71,21 @@ alignas(16) constexpr uint64_t kFold512[2] = {factor(2048 + 32), factor(2048 - 3
 // The two factors of the Barrett reduction; P itself has 33 bits.
 alignas(16) constexpr uint64_t kBarrett[2] = {quotient_of_x96(), (uint64_t{kPolynomial} << 1) | 1};
 
-MUB_TARGET_128 inline __m128i load(const void *bytes) {
+MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i load(const void *bytes) {
   return _mm_loadu_si128(static_cast<const __m128i *>(bytes));
 }
 
-MUB_TARGET_128 inline __m128i as_block(uint64_t low_half) {
+MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i as_block(uint64_t low_half) {
   return _mm_cvtsi64_si128(static_cast<long long>(low_half));
 }
 
 // Both halves of a block times their factors.
-MUB_TARGET_128 inline __m128i times(__m128i block, __m128i factors) {
+MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i times(__m128i block, __m128i factors) {
   return _mm_xor_si128(_mm_clmulepi64_si128(block, factors, 0x00),
                        _mm_clmulepi64_si128(block, factors, 0x11));
 }
 
-MUB_TARGET_128 inline uint32_t reduced(__m128i v) {
+MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t reduced(__m128i v) {
   const __m128i barrett = load(kBarrett);
   const __m128i q = _mm_clmulepi64_si128(v, barrett, 0x00);
   const __m128i qp = _mm_clmulepi64_si128(q, barrett, 0x10);
@@ -102,44 +104,67 @@ inline uint64_t right_aligned_word(const uint8_t *bytes, int64_t length) {
 }
 
 // The first 1 to 16 of 16 readable bytes at the end of a block. Indexes with the top bit set give zeros.
-MUB_TARGET_128 inline __m128i right_aligned_block(const uint8_t *bytes, int64_t length) {
+MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i right_aligned_block(const uint8_t *bytes, int64_t length) {
   constexpr uint8_t z = 0x80;
   alignas(32) static constexpr uint8_t kShifts[32] = {z, z, z, z, z, z, z, z, z, z, z,  z,  z,  z,  z,  z,
                                                       0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
   return _mm_shuffle_epi8(load(bytes), load(kShifts + length));
 }
 
-// 1 to 16 bytes; the lower half of a block already stands where its product with x^32 belongs.
-MUB_TARGET_128 inline uint32_t hash_of_one_block(const uint8_t *bytes, int64_t length) {
+// The factors that end the run at its last block; index -1 is the last one.
+constexpr const uint64_t (*kPowersEnd)[2] = kPowers.of_block + kShortBlocks;
+
+// The last block of a run: its second half already stands where the product with x^32 belongs.
+MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i times_last(__m128i block) {
+  return _mm_xor_si128(_mm_clmulepi64_si128(block, load(kPowersEnd[-1]), 0x00), _mm_srli_si128(block, 8));
+}
+
+// 9 to 24 bytes: the word (or less) in front of the last one or two goes in alone.
+MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t hash_of_two_words(const uint8_t *bytes, int64_t length) {
+  const __m128i first = as_block(bytes::load<uint64_t>(bytes) << (8 * (16 - length)));
+  const __m128i last = as_block(bytes::load<uint64_t>(bytes + length - 8));
+  return reduced(_mm_xor_si128(_mm_clmulepi64_si128(first, load(kPowersEnd[-1]), 0x00), last));
+}
+
+MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t hash_of_three_words(const uint8_t *bytes, int64_t length) {
+  const __m128i first = as_block(bytes::load<uint64_t>(bytes) << (8 * (24 - length)));
+  const __m128i rest = times_last(load(bytes + length - kBlockBytes));
+  return reduced(_mm_xor_si128(_mm_clmulepi64_si128(first, load(kPowersEnd[-2]), 0x10), rest));
+}
+
+// 25 to 32 bytes.
+MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t hash_of_two_blocks(const uint8_t *bytes, int64_t length) {
+  const __m128i first = right_aligned_block(bytes, length - kBlockBytes);
+  const __m128i rest = times_last(load(bytes + length - kBlockBytes));
+  return reduced(_mm_xor_si128(times(first, load(kPowersEnd[-2])), rest));
+}
+
+// 1 to 32 bytes, as most keys have.
+constexpr int64_t kTinyBytes = 32;
+
+MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t hash_tiny(const uint8_t *bytes, int64_t length) {
   if (length <= 8) return reduced(as_block(right_aligned_word(bytes, length)));
-  const __m128i high = as_block(bytes::load<uint64_t>(bytes) << (8 * (16 - length)));
-  const __m128i low = as_block(bytes::load<uint64_t>(bytes + length - 8));
-  const __m128i factors = load(kPowers.of_block[kShortBlocks - 1]);
-  return reduced(_mm_xor_si128(_mm_clmulepi64_si128(high, factors, 0x00), low));
+  if (length <= 16) return hash_of_two_words(bytes, length);
+  if (length <= 24) return hash_of_three_words(bytes, length);
+  return hash_of_two_blocks(bytes, length);
 }
 
 // 17 to kShortBytes bytes.
-MUB_TARGET_128 inline uint32_t hash_of_blocks(const uint8_t *bytes, int64_t length) {
+MUB_TARGET_128 uint32_t hash_of_blocks(const uint8_t *bytes, int64_t length) {
   const int64_t first = ((length - 1) & (kBlockBytes - 1)) + 1;
-  const int64_t behind = (length - first) / kBlockBytes;
-  const auto *powers = kPowers.of_block + kShortBlocks - 1 - behind;
+  const auto *powers = kPowersEnd - 1 - (length - first) / kBlockBytes;
+  const uint8_t *const last = bytes + length - kBlockBytes;
   __m128i v = times(right_aligned_block(bytes, first), load(powers));
-  bytes += first;
-  for (int64_t i = 0; i < behind; ++i) {
-    v = _mm_xor_si128(v, times(load(bytes + i * kBlockBytes), load(powers + 1 + i)));
+  for (bytes += first; bytes != last; bytes += kBlockBytes) {
+    v = _mm_xor_si128(v, times(load(bytes), load(++powers)));
   }
-  return reduced(v);
+  return reduced(_mm_xor_si128(v, times_last(load(last))));
 }
 
-// 1 to kShortBytes bytes.
-MUB_TARGET_128 inline uint32_t hash_short(const uint8_t *bytes, int64_t length) {
-  return length <= kBlockBytes ? hash_of_one_block(bytes, length) : hash_of_blocks(bytes, length);
-}
-
-MUB_TARGET_512 inline __m512i load_512(const void *bytes) { return _mm512_loadu_si512(bytes); }
+MUB_TARGET_512 MUB_ALWAYS_INLINE __m512i load_512(const void *bytes) { return _mm512_loadu_si512(bytes); }
 
 // Both halves of four blocks times their factors, xor `other`.
-MUB_TARGET_512 inline __m512i times_xor(__m512i blocks, __m512i factors, __m512i other) {
+MUB_TARGET_512 MUB_ALWAYS_INLINE __m512i times_xor(__m512i blocks, __m512i factors, __m512i other) {
   constexpr int kXorOfThree = 0x96;
   return _mm512_ternarylogic_epi64(_mm512_clmulepi64_epi128(blocks, factors, 0x00),
                                    _mm512_clmulepi64_epi128(blocks, factors, 0x11), other, kXorOfThree);
@@ -148,27 +173,27 @@ MUB_TARGET_512 inline __m512i times_xor(__m512i blocks, __m512i factors, __m512i
 // Masked forms with full masks, here and for the broadcast: gcc 12 takes the plain ones for uses of an
 // uninitialised variable. They compile to the same instructions.
 template <int kIndex>
-MUB_TARGET_512 inline __m128i quarter(__m512i v) {
+MUB_TARGET_512 MUB_ALWAYS_INLINE __m128i quarter(__m512i v) {
   return _mm512_maskz_extracti32x4_epi32(0xF, v, kIndex);
 }
 
-MUB_TARGET_512 inline uint32_t reduced_quarters(__m512i v) {
+MUB_TARGET_512 MUB_ALWAYS_INLINE uint32_t reduced_quarters(__m512i v) {
   return reduced(_mm_xor_si128(_mm_xor_si128(quarter<0>(v), quarter<1>(v)),
                                _mm_xor_si128(quarter<2>(v), quarter<3>(v))));
 }
 
 // 1 to 64 bytes at the end of four blocks. The load reaches to before the bytes, but what its mask leaves out is
 // not touched, whatever lies there.
-MUB_TARGET_512 inline __m512i right_aligned_512(const uint8_t *bytes, int64_t length) {
+MUB_TARGET_512 MUB_ALWAYS_INLINE __m512i right_aligned_512(const uint8_t *bytes, int64_t length) {
   const int64_t zeros = kWideBytes - length;
   return _mm512_maskz_loadu_epi8(~uint64_t{0} << zeros, bytes - zeros);
 }
 
 // 17 to kShortBytes bytes.
-MUB_TARGET_512 inline uint32_t hash_of_blocks_512(const uint8_t *bytes, int64_t length) {
+MUB_TARGET_512 MUB_ALWAYS_INLINE uint32_t hash_of_blocks_512(const uint8_t *bytes, int64_t length) {
   const int64_t first = ((length - 1) & (kWideBytes - 1)) + 1;
   const uint8_t *const end = bytes + length;
-  const auto *powers = kPowers.of_block + kShortBlocks - 4 - (length - first) / kBlockBytes;
+  const auto *powers = kPowersEnd - 4 - (length - first) / kBlockBytes;
   __m512i v = times_xor(right_aligned_512(bytes, first), load_512(powers), _mm512_setzero_si512());
   for (bytes += first; bytes != end; bytes += kWideBytes) {
     powers += 4;
@@ -177,20 +202,13 @@ MUB_TARGET_512 inline uint32_t hash_of_blocks_512(const uint8_t *bytes, int64_t 
   return reduced_quarters(v);
 }
 
-MUB_TARGET_512 inline uint32_t hash_short_512(const uint8_t *bytes, int64_t length) {
-  return length <= kBlockBytes ? hash_of_one_block(bytes, length) : hash_of_blocks_512(bytes, length);
-}
-
-// What a start of all ones adds to the hash of a short run.
-inline uint32_t share_of_start(uint32_t start, int64_t length) { return kOnesAfterZeros.crc[length] & start; }
-
 // More than kShortBytes bytes.
 MUB_TARGET_128 uint32_t register_long_128(uint32_t start, const uint8_t *bytes, int64_t length) {
   constexpr int64_t kStep = 4 * kBlockBytes;
   const uint8_t *const end = bytes + length;
   const int64_t first = length % kStep;
   uint32_t crc = start;
-  if (first > 0) crc = hash_short(bytes, first) ^ share_of_start(start, first);
+  if (first > 0) crc ^= checksum_folded_128(start, bytes, first);
   bytes += first;
   __m128i a = _mm_xor_si128(load(bytes), as_block(crc));
   __m128i b = load(bytes + 16);
@@ -203,7 +221,7 @@ MUB_TARGET_128 uint32_t register_long_128(uint32_t start, const uint8_t *bytes, 
     c = _mm_xor_si128(times(c, fold), load(bytes + 32));
     d = _mm_xor_si128(times(d, fold), load(bytes + 48));
   }
-  const auto *powers = kPowers.of_block + kShortBlocks - 4;
+  const auto *powers = kPowersEnd - 4;
   const __m128i ab = _mm_xor_si128(times(a, load(powers)), times(b, load(powers + 1)));
   const __m128i cd = _mm_xor_si128(times(c, load(powers + 2)), times(d, load(powers + 3)));
   return reduced(_mm_xor_si128(ab, cd));
@@ -214,7 +232,7 @@ MUB_TARGET_512 uint32_t register_long_512(uint32_t start, const uint8_t *bytes, 
   const uint8_t *const end = bytes + length;
   const int64_t first = length % kStep;
   uint32_t crc = start;
-  if (first > 0) crc = hash_short_512(bytes, first) ^ share_of_start(start, first);
+  if (first > 0) crc ^= checksum_folded_512(start, bytes, first);
   bytes += first;
   __m512i a = _mm512_xor_si512(load_512(bytes), _mm512_zextsi128_si512(as_block(crc)));
   __m512i b = load_512(bytes + 64);
@@ -227,26 +245,32 @@ MUB_TARGET_512 uint32_t register_long_512(uint32_t start, const uint8_t *bytes, 
     c = times_xor(c, fold, load_512(bytes + 128));
     d = times_xor(d, fold, load_512(bytes + 192));
   }
-  const auto *powers = kPowers.of_block + kShortBlocks - 16;
+  const auto *powers = kPowersEnd - 16;
   const __m512i ab =
       times_xor(a, load_512(powers), times_xor(b, load_512(powers + 4), _mm512_setzero_si512()));
   return reduced_quarters(times_xor(c, load_512(powers + 8), times_xor(d, load_512(powers + 12), ab)));
 }
 
+// What all ones at the start and at the end add to the hash of a short run.
+uint32_t share_of_ones(uint32_t ones, int64_t length) { return kShareOfOnes.crc[length] & ones; }
+
 }  // namespace
 
 MUB_TARGET_128 uint32_t checksum_folded_128(uint32_t ones, const uint8_t *bytes, int64_t length) {
-  if (length > kShortBytes) return register_long_128(ones, bytes, length) ^ ones;
-  return hash_short(bytes, length) ^ share_of_start(ones, length) ^ ones;
+  if (length <= kTinyBytes) return hash_tiny(bytes, length) ^ share_of_ones(ones, length);
+  if (length <= kShortBytes) return hash_of_blocks(bytes, length) ^ share_of_ones(ones, length);
+  return register_long_128(ones, bytes, length) ^ ones;
 }
 
 MUB_TARGET_512 uint32_t checksum_folded_512(uint32_t ones, const uint8_t *bytes, int64_t length) {
-  if (length > kShortBytes) return register_long_512(ones, bytes, length) ^ ones;
-  return hash_short_512(bytes, length) ^ share_of_start(ones, length) ^ ones;
+  if (length <= kTinyBytes) return hash_tiny(bytes, length) ^ share_of_ones(ones, length);
+  if (length <= kShortBytes) return hash_of_blocks_512(bytes, length) ^ share_of_ones(ones, length);
+  return register_long_512(ones, bytes, length) ^ ones;
 }
 
 MUB_TARGET_128 uint32_t hash_folded(const uint8_t *bytes, int64_t length) {
-  return length > kShortBytes ? register_long_128(0, bytes, length) : hash_short(bytes, length);
+  if (length <= kTinyBytes) return hash_tiny(bytes, length);
+  return can_fold_512() ? checksum_folded_512(0, bytes, length) : checksum_folded_128(0, bytes, length);
 }
 
 }  // namespace mub::crc
