@@ -1,0 +1,131 @@
+"""Tests mubdex from outside: its counts against tr, sort and uniq; what it saves; what it refuses.
+
+usage: mubdex_test.py MUBDEX
+"""
+
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+MUBDEX = os.path.abspath(sys.argv.pop(1))
+TEXT = "/usr/share/common-licenses/GPL-3"
+
+
+def run(*arguments, text=None):
+    return subprocess.run([MUBDEX, *arguments], input=text, capture_output=True, check=False)
+
+
+def report(*arguments, text=None):
+    """The JSON report without what differs from run to run."""
+    result = run("--json", *arguments, text=text)
+    assert result.returncode == 0, result.stderr
+    content = json.loads(result.stdout)
+    del content["seconds"], content["source"]
+    return content
+
+
+def counted_by_coreutils(path):
+    """[(word, count)], most frequent first, then in byte order."""
+    pipeline = r"tr -cs 'A-Za-z\200-\377' '\n' | tr A-Z a-z | grep . | sort | uniq -c | sort -k1,1nr -k2"
+    with open(path, "rb") as text:
+        output = subprocess.run(["bash", "-c", pipeline], stdin=text, capture_output=True, check=True,
+                                env={**os.environ, "LC_ALL": "C"}).stdout
+    lines = [line.split() for line in output.decode("utf-8", "replace").splitlines()]
+    return [(word, int(count)) for count, word in lines]
+
+
+class Mubdex(unittest.TestCase):
+    def setUp(self):
+        self.directory = tempfile.TemporaryDirectory()
+        self.addCleanup(self.directory.cleanup)
+
+    def path(self, name, content=None):
+        path = os.path.join(self.directory.name, name)
+        if content is not None:
+            with open(path, "wb") as file:
+                file.write(content)
+        return path
+
+    def saved(self, text):
+        """The bytes of the saved index of a text."""
+        path = self.path("saved.idx")
+        self.assertEqual(run("--save", path, "-", text=text).returncode, 0)
+        with open(path, "rb") as file:
+            return file.read()
+
+    def assert_refused(self, content, *reasons):
+        result = run("--load", self.path("bad.idx", content))
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(result.stdout, b"")
+        self.assertTrue(any(reason in result.stderr for reason in reasons), result.stderr)
+
+    def test_counts_and_order_are_those_of_coreutils(self):
+        # Long enough that words lie across the blocks it is read in.
+        with open(TEXT, "rb") as file:
+            long_text = self.path("long.txt", file.read().replace(b"software", "größe ".encode()) * 9)
+        for path in TEXT, long_text:
+            expected = counted_by_coreutils(path)
+            content = report(path)
+            self.assertEqual(content["words"], sum(count for _, count in expected))
+            self.assertEqual(content["vocabulary"], len(expected))
+            self.assertEqual([(top["word"], top["count"]) for top in content["top"]], expected[:20])
+
+    def test_default_text_standard_input_and_several_files(self):
+        with open(TEXT, "rb") as file:
+            text = file.read()
+        self.assertEqual(report(), report("-", text=text))
+        self.assertEqual(report(TEXT, TEXT)["words"], 2 * report(TEXT)["words"])
+        self.assertIn(b"the\n", run().stdout)
+        self.assertEqual(report("-", text=b" 12 ")["vocabulary"], 0)
+
+    def test_words_end_with_the_text_and_may_be_long(self):
+        word = b"x" * 200_000
+        content = report("-", text=b"End " + word + b" " + word + b"y end")
+        self.assertEqual([(top["count"], len(top["word"])) for top in content["top"]], [(2, 3), (1, 200_000), (1, 200_001)])
+
+    def test_json_survives_bytes_that_are_no_utf8(self):
+        top = report("-", text=b"ok \xff\xc3 gr\xc3\xb6\xc3\x9fe \xed\xa0\x80")["top"]
+        self.assertEqual([t["word"] for t in top], ["gr\u00f6\u00dfe", "ok", "\ufffd\ufffd\ufffd", "\ufffd\ufffd"])
+
+    def test_load_gives_back_what_was_saved(self):
+        path = self.path("text.idx")
+        self.assertEqual(run("--save", path, TEXT).returncode, 0)
+        loaded, fresh = report("--load", path), report(TEXT)
+        for name in "words", "vocabulary", "top":
+            self.assertEqual(loaded[name], fresh[name])
+        again = self.path("again.idx")
+        run("--load", path, "--save", again)
+        with open(path, "rb") as first, open(again, "rb") as second:
+            self.assertEqual(first.read(), second.read())
+        self.assertEqual(report("--load", path, TEXT)["words"], 2 * fresh["words"])
+
+    def test_every_truncation_and_every_flipped_byte_is_refused(self):
+        content = self.saved(b"to be or not to be that is the question")
+        for length in range(len(content)):
+            self.assert_refused(content[:length], b"cut short")
+        for position in range(len(content)):
+            flipped = bytearray(content)
+            flipped[position] ^= 0x41
+            self.assert_refused(bytes(flipped), b"damaged", b"cut short")
+        self.assert_refused(content + b"\0", b"damaged")
+
+    def test_file_that_is_missing_or_cannot_be_written(self):
+        for arguments in ("no/such/file",), ("--load", "no/such/file"), ("--save", "no/such/file", TEXT):
+            result = run(*arguments)
+            self.assertEqual(result.returncode, 1)
+            self.assertIn(b"no/such/file: No such file", result.stderr)
+        self.assertEqual(run(self.directory.name).returncode, 1)
+
+    def test_wrong_usage(self):
+        for arguments in ("--bogus",), ("--load",), ("--save",), ("-x",):
+            result = run(*arguments)
+            self.assertEqual(result.returncode, 2)
+            self.assertIn(b"usage: mubdex", result.stderr)
+        self.assertEqual(run("--help").returncode, 0)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,58 @@
+/* The index of mubdex: how often each word occurs. */
+#ifndef MUBDEX_WORD_INDEX_H
+#define MUBDEX_WORD_INDEX_H
+
+#include <mub.h>
+#include <stdbool.h>
+#include <stdio.h>
+
+/* What is known of a word; one block of the table's value pool each. */
+typedef struct word_stats {
+  uint64_t count;
+} word_stats;
+
+typedef struct word_index {
+  mub_hash words; /* word, lower case → address of its word_stats */
+  uint64_t total; /* words read, repeats included */
+} word_index;
+
+/* Called now and then while a file is read, with the bytes read so far. */
+typedef void (*progress_fn)(int64_t bytes_read);
+
+typedef enum index_result {
+  INDEX_OK,
+  INDEX_NO_MEMORY,
+  INDEX_READ_ERROR,
+  INDEX_CUT_SHORT,
+  INDEX_DAMAGED
+} index_result;
+
+bool index_init(word_index *index);
+void index_term(word_index *index);
+
+/* Counts `count` more occurrences of a word. False when memory ran out. */
+bool index_add(word_index *index, const char *word, int64_t length, uint64_t count);
+
+/* Reads a text to its end and counts its words: runs of letters and of bytes above 127, so that UTF-8 stays whole.
+ * ASCII letters are folded to lower case. */
+index_result index_read_text(word_index *index, FILE *file, progress_fn progress);
+
+/* The number of different words, the entries of the longest chain, and the bytes that the table has allocated. */
+int64_t index_vocabulary(const word_index *index);
+int64_t index_longest_chain(const word_index *index);
+int64_t index_bytes(const word_index *index);
+
+const word_stats *entry_stats(const mub_hash_entry *entry);
+
+/* The words in byte order, each with the address of its word_stats as value. `by_word` is initialised and empty. */
+bool index_sort_by_word(const word_index *index, mub_array *by_word);
+
+/* The entries of the table, most frequent first, words of one frequency in byte order. */
+bool index_sort_by_count(const word_index *index, mub_arrays *by_count);
+
+/* Appends the index as bytes, and takes such bytes in. What was there before stays, and is added to; bytes that are
+ * refused add nothing. */
+bool index_save(const word_index *index, mub_stream *out);
+index_result index_load(word_index *index, mub_stream *in);
+
+#endif
