@@ -1,0 +1,206 @@
+// The kinds of arrays as one: what each kind's functions are called, how a key of it looks, and what it stores.
+#ifndef MUB_TESTS_SUPPORT_ARRAY_KINDS_H
+#define MUB_TESTS_SUPPORT_ARRAY_KINDS_H
+
+#include <climits>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "mub_array.h"
+#include "support/random.h"
+
+namespace mub_test {
+
+inline int64_t size_of(const std::string &bytes) { return static_cast<int64_t>(bytes.size()); }
+
+struct ByteKeyed {
+  using Record = mub_array;
+  using Key = std::string;
+  static constexpr auto init = mub_array_init;
+  static constexpr auto term = mub_array_term;
+  static constexpr auto expand = mub_array_expand;
+  static constexpr auto shrink = mub_array_shrink;
+  static constexpr auto clone = mub_array_clone;
+  static constexpr auto remove_all = mub_array_remove_all;
+  static constexpr auto free_all = mub_array_free_all;
+  static constexpr auto append_array = mub_array_append_array;
+  static constexpr auto update_at = mub_array_update_at;
+  static constexpr auto free_at = mub_array_free_at;
+
+  // Keys that differ in one byte, hold every byte value, are prefixes of one another, or are empty.
+  static Key random_key(Random &random) {
+    const int64_t length = random.one_in(4) ? random.below(40) : random.below(4);
+    std::string key(static_cast<size_t>(length), 'k');
+    const char letters[] = {'\0', 'a', 'k', '\x7F', '\x80', '\xFF'};
+    for (int64_t i = 1; i <= 3 && i <= length; ++i)
+      key[key.size() - static_cast<size_t>(i)] = letters[random.below(6)];
+    return key;
+  }
+  static bool fits_only_at_the_end(const Key &key) { return key.empty(); }
+  static uint64_t stored(const Key &, uint64_t value) { return value; }
+  static bool before(const Key &a, const Key &b) { return a < b; }
+
+  static int insert(Record *a, const Key &k, uint64_t v) {
+    return mub_array_insert(a, k.data(), size_of(k), v);
+  }
+  static int insert_new(Record *a, const Key &k, uint64_t *v, mub_init_fn init_it) {
+    return mub_array_insert_new(a, k.data(), size_of(k), v, init_it);
+  }
+  static uint64_t update(Record *a, const Key &k, uint64_t v) {
+    return mub_array_update(a, k.data(), size_of(k), v);
+  }
+  static uint64_t remove(Record *a, const Key &k) { return mub_array_remove(a, k.data(), size_of(k)); }
+  static void free(Record *a, const Key &k, mub_free_fn f) { mub_array_free(a, k.data(), size_of(k), f); }
+  static uint64_t find(Record *a, const Key &k) { return mub_array_find(a, k.data(), size_of(k)); }
+  static uint64_t bfind(Record *a, const Key &k) { return mub_array_bfind(a, k.data(), size_of(k)); }
+  static int64_t find_index(Record *a, const Key &k) { return mub_array_find_index(a, k.data(), size_of(k)); }
+  static int64_t bfind_index(Record *a, const Key &k) {
+    return mub_array_bfind_index(a, k.data(), size_of(k));
+  }
+
+  static void append(Record *a, const Key &k, uint64_t v) { mub_array_append(a, k.data(), size_of(k), v); }
+  static uint64_t append_new(Record *a, const Key &k, mub_init_fn init_it) {
+    return mub_array_append_new(a, k.data(), size_of(k), init_it);
+  }
+  static void insert_at(Record *a, int64_t i, const Key &k, uint64_t v) {
+    mub_array_insert_at(a, i, k.data(), size_of(k), v);
+  }
+  static uint64_t set_at(Record *a, int64_t i, const Key &k, uint64_t v) {
+    return mub_array_set_at(a, i, k.data(), size_of(k), v);
+  }
+  static uint64_t remove_at(Record *a, int64_t i) { return mub_array_remove_at(a, i); }
+  static std::pair<Key, uint64_t> entry(const Record *a, int64_t i) {
+    const char *key;
+    int64_t length;
+    const uint64_t value = mub_array_get_at(a, i, &key, &length);
+    return {std::string(key != nullptr ? key : "", static_cast<size_t>(length)), value};
+  }
+  // Nothing is left in the stream but the keys.
+  static bool keys_are_packed(const Record *a) {
+    int64_t bytes = 0;
+    for (int64_t i = 0; i < a->count; ++i) bytes += a->entries[i].key_length;
+    return bytes == a->keys.length;
+  }
+};
+
+// Items are keys of 56 bits with a value of 8 bits below them. Comparers go to the ends of what an int can hold,
+// and fail the test when they are called with a wrong context.
+struct ItemsBase {
+  using Record = mub_arrays;
+  using Key = uint64_t;
+  static constexpr uint64_t kContext = 0xC0FFEE;
+  static constexpr uint64_t kExtra = 0xFACE;
+  static constexpr auto init = mub_arrays_init;
+  static constexpr auto term = mub_arrays_term;
+  static constexpr auto expand = mub_arrays_expand;
+  static constexpr auto shrink = mub_arrays_shrink;
+  static constexpr auto clone = mub_arrays_clone;
+  static constexpr auto remove_all = mub_arrays_remove_all;
+  static constexpr auto free_all = mub_arrays_free_all;
+  static constexpr auto append_array = mub_arrays_append_array;
+  static constexpr auto update_at = mub_arrays_set_at;
+  static constexpr auto free_at = mub_arrays_free_at;
+
+  static Key random_key(Random &random) { return random.word() >> (8 + random.below(56)); }
+  static bool fits_only_at_the_end(Key) { return false; }
+  static uint64_t stored(Key key, uint64_t value) { return key << 8 | (value & 0xFF); }
+  static bool before(Key a, Key b) { return a < b; }
+  static int compare(uint64_t item, uint64_t key) {
+    if (item >> 8 == key >> 8) return 0;
+    return item >> 8 < key >> 8 ? INT_MIN : INT_MAX;
+  }
+
+  static void append(Record *a, Key k, uint64_t v) { mub_arrays_append(a, stored(k, v)); }
+  static uint64_t append_new(Record *a, Key, mub_init_fn init_it) {
+    return mub_arrays_append_new(a, init_it);
+  }
+  static void insert_at(Record *a, int64_t i, Key k, uint64_t v) { mub_arrays_insert_at(a, i, stored(k, v)); }
+  static uint64_t set_at(Record *a, int64_t i, Key k, uint64_t v) {
+    return mub_arrays_set_at(a, i, stored(k, v));
+  }
+  static uint64_t remove_at(Record *a, int64_t i) { return mub_arrays_remove_at(a, i); }
+  static std::pair<Key, uint64_t> entry(const Record *a, int64_t i) {
+    const uint64_t item = mub_arrays_get_at(a, i);
+    return {item >> 8, item};
+  }
+  static bool keys_are_packed(const Record *) { return true; }
+};
+
+struct Items : ItemsBase {
+  static int order(uint64_t item, uint64_t key, uint64_t context) {
+    EXPECT_EQ(context, kContext);
+    return compare(item, key);
+  }
+  static int insert(Record *a, Key k, uint64_t v) {
+    return mub_arrays_insert(a, stored(k, v), kContext, order);
+  }
+  static int insert_new(Record *a, Key k, uint64_t *v, mub_init_fn init_it) {
+    return mub_arrays_insert_new(a, k << 8, kContext, v, init_it, order);
+  }
+  static uint64_t update(Record *a, Key k, uint64_t v) {
+    return mub_arrays_update(a, stored(k, v), kContext, order);
+  }
+  static uint64_t remove(Record *a, Key k) { return mub_arrays_remove(a, k << 8, kContext, order); }
+  static void free(Record *a, Key k, mub_free_fn f) { mub_arrays_free(a, k << 8, kContext, f, order); }
+  static uint64_t find(Record *a, Key k) { return mub_arrays_find(a, k << 8, kContext, order); }
+  static uint64_t bfind(Record *a, Key k) { return mub_arrays_bfind(a, k << 8, kContext, order); }
+  static int64_t find_index(Record *a, Key k) { return mub_arrays_find_index(a, k << 8, kContext, order); }
+  static int64_t bfind_index(Record *a, Key k) { return mub_arrays_bfind_index(a, k << 8, kContext, order); }
+};
+
+struct ItemsInContext : ItemsBase {
+  static int order(uint64_t context, uint64_t item, uint64_t key, uint64_t extra) {
+    EXPECT_EQ(context, kContext);
+    EXPECT_EQ(extra, kExtra);
+    return compare(item, key);
+  }
+  static int insert(Record *a, Key k, uint64_t v) {
+    return mub_arrays_insert_x(a, kContext, stored(k, v), kExtra, order);
+  }
+  static int insert_new(Record *a, Key k, uint64_t *v, mub_init_fn init_it) {
+    return mub_arrays_insert_new_x(a, kContext, k << 8, kExtra, v, init_it, order);
+  }
+  static uint64_t update(Record *a, Key k, uint64_t v) {
+    return mub_arrays_update_x(a, kContext, stored(k, v), kExtra, order);
+  }
+  static uint64_t remove(Record *a, Key k) { return mub_arrays_remove_x(a, kContext, k << 8, kExtra, order); }
+  static void free(Record *a, Key k, mub_free_fn f) {
+    mub_arrays_free_x(a, kContext, k << 8, kExtra, f, order);
+  }
+  static uint64_t find(Record *a, Key k) { return mub_arrays_find_x(a, kContext, k << 8, kExtra, order); }
+  static uint64_t bfind(Record *a, Key k) { return mub_arrays_bfind_x(a, kContext, k << 8, kExtra, order); }
+  static int64_t find_index(Record *a, Key k) {
+    return mub_arrays_find_index_x(a, kContext, k << 8, kExtra, order);
+  }
+  static int64_t bfind_index(Record *a, Key k) {
+    return mub_arrays_bfind_index_x(a, kContext, k << 8, kExtra, order);
+  }
+};
+
+// An array that is released at the end of its scope.
+template <class Kind>
+struct Scoped : Kind::Record {
+  explicit Scoped(bool with_pool = false, bool is_descending = false) {
+    Kind::init(this, with_pool);
+    this->descending = is_descending;
+  }
+  ~Scoped() { Kind::term(this); }
+  Scoped(const Scoped &) = delete;
+  Scoped &operator=(const Scoped &) = delete;
+};
+
+template <class Kind>
+using Entries = std::vector<std::pair<typename Kind::Key, uint64_t>>;
+
+template <class Kind>
+Entries<Kind> entries_of(const typename Kind::Record &array) {
+  Entries<Kind> entries;
+  for (int64_t i = 0; i < array.count; ++i) entries.push_back(Kind::entry(&array, i));
+  return entries;
+}
+
+}  // namespace mub_test
+
+#endif
