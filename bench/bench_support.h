@@ -29,6 +29,14 @@ inline std::vector<std::string> random_keys(int64_t count, uint64_t salt) {
   return keys;
 }
 
+// `length` bytes out of an alphabet that starts at 'a'.
+inline std::string random_text(int64_t length, uint64_t alphabet, uint64_t salt) {
+  std::mt19937_64 random(salt);
+  std::string text(static_cast<size_t>(length), ' ');
+  for (char &c : text) c = static_cast<char>('a' + random() % alphabet);
+  return text;
+}
+
 template <class Item>
 std::vector<Item> shuffled(std::vector<Item> items) {
   std::shuffle(items.begin(), items.end(), std::mt19937_64(42));
@@ -39,6 +47,11 @@ inline int64_t heap_bytes_in_use() {
   const struct mallinfo2 info = mallinfo2();
   return static_cast<int64_t>(info.uordblks + info.hblkhd);
 }
+
+// The heap keeps what it was given, so that nobody pays for pages that the one before handed back to the system.
+[[maybe_unused]] inline const bool heap_is_kept = [] {
+  return mallopt(M_TRIM_THRESHOLD, 1 << 30) != 0 && mallopt(M_MMAP_THRESHOLD, 1 << 30) != 0;
+}();
 
 template <class Function>
 void add_sizes(const std::string &workload, const std::string &who, Function function,

@@ -121,12 +121,18 @@ bool expand(Record &record, int64_t wanted) {
   return record.capacity >= wanted || grow(record, wanted);
 }
 
-// Sets the length, up to the capacity, and the terminator.
+// Sets a length that is known to lie within the block, and the terminator.
+template <class Record>
+void set_length(Record &record, int64_t length) {
+  record.length = length;
+  if constexpr (BufferTraits<Record>::kTerminated) record.data[length] = 0;
+}
+
+// Sets the length, up to the capacity.
 template <class Record>
 void shrink(Record &record, int64_t length) {
   if (record.data == nullptr || length < 0) return;
-  record.length = std::min(length, record.capacity);
-  if constexpr (BufferTraits<Record>::kTerminated) record.data[record.length] = 0;
+  set_length(record, std::min(length, record.capacity));
 }
 
 template <class Record>

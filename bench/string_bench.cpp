@@ -1,0 +1,110 @@
+// Strings: appending, numbers to text, searching.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "bench_support.h"
+#include "mub_mem.h"
+#include "mub_string.h"
+
+namespace {
+
+// Builds a text out of n pieces of 1 to 32 bytes.
+std::vector<std::string> pieces(int64_t count) {
+  std::mt19937_64 random(5);
+  std::vector<std::string> pieces;
+  for (int64_t i = 0; i < count; ++i) pieces.push_back(std::string(1 + random() % 32, 'x'));
+  return pieces;
+}
+
+void append_mub(benchmark::State &state) {
+  const auto texts = pieces(state.range(0));
+  for (auto _ : state) {
+    mub_string string;
+    mub_string_init(&string);
+    for (const auto &text : texts) mub_string_append(&string, text.data(), static_cast<int64_t>(text.size()));
+    benchmark::DoNotOptimize(string.data);
+    mub_string_term(&string);
+  }
+}
+
+void append_std(benchmark::State &state) {
+  const auto texts = pieces(state.range(0));
+  for (auto _ : state) {
+    std::string string;
+    for (const auto &text : texts) string.append(text);
+    benchmark::DoNotOptimize(string.data());
+  }
+}
+
+// Numbers of every length.
+std::vector<int64_t> numbers(int64_t count) {
+  std::mt19937_64 random(6);
+  std::vector<int64_t> numbers;
+  for (int64_t i = 0; i < count; ++i) numbers.push_back(static_cast<int64_t>(random()) >> (random() % 64));
+  return numbers;
+}
+
+void integer_mub(benchmark::State &state) {
+  const auto values = numbers(state.range(0));
+  mub_string string;
+  mub_string_init(&string);
+  for (auto _ : state) {
+    for (const int64_t value : values) mub_string_copy_integer(&string, value);
+    benchmark::DoNotOptimize(string.data);
+  }
+  mub_string_term(&string);
+}
+
+void integer_std(benchmark::State &state) {
+  const auto values = numbers(state.range(0));
+  std::string string;
+  for (auto _ : state) {
+    for (const int64_t value : values) string = std::to_string(value);
+    benchmark::DoNotOptimize(string.data());
+  }
+}
+
+// A search through the whole of a text of letters for four of them that are not there.
+template <class Find>
+void find(benchmark::State &state, Find find) {
+  const std::string text = mub_bench::random_text(state.range(0), 26, 7);
+  const std::string wanted = "qzxQ";
+  for (auto _ : state) benchmark::DoNotOptimize(find(text, wanted));
+  state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+
+void find_mub(benchmark::State &state) {
+  find(state, [](const std::string &text, const std::string &wanted) {
+    return mub_mem_str(text.data(), static_cast<int64_t>(text.size()), wanted.data(),
+                       static_cast<int64_t>(wanted.size()));
+  });
+}
+
+void find_memmem(benchmark::State &state) {
+  find(state, [](const std::string &text, const std::string &wanted) {
+    return memmem(text.data(), text.size(), wanted.data(), wanted.size());
+  });
+}
+
+void find_std(benchmark::State &state) {
+  find(state, [](const std::string &text, const std::string &wanted) { return text.find(wanted); });
+}
+
+[[maybe_unused]] const bool registered = [] {
+  using mub_bench::add_sizes;
+  add_sizes("string_append", "mub", append_mub, {1000, 100000});
+  add_sizes("string_append", "std::string", append_std, {1000, 100000});
+  add_sizes("integer_to_text", "mub", integer_mub, {1000});
+  add_sizes("integer_to_text", "std::to_string", integer_std, {1000});
+  add_sizes("find_4_bytes", "mub", find_mub, {64, 4096, 65536, 1 << 20});
+  add_sizes("find_4_bytes", "memmem", find_memmem, {64, 4096, 65536, 1 << 20});
+  add_sizes("find_4_bytes", "std::string::find", find_std, {64, 4096, 65536, 1 << 20});
+  return true;
+}();
+
+}  // namespace
