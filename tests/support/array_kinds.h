@@ -27,6 +27,7 @@ struct ByteKeyed {
   static constexpr auto free_all = mub_array_free_all;
   static constexpr auto append_array = mub_array_append_array;
   static constexpr auto update_at = mub_array_update_at;
+  static constexpr auto remove_at = mub_array_remove_at;
   static constexpr auto free_at = mub_array_free_at;
 
   // Keys that differ in one byte, hold every byte value, are prefixes of one another, or are empty.
@@ -40,7 +41,6 @@ struct ByteKeyed {
   }
   static bool fits_only_at_the_end(const Key &key) { return key.empty(); }
   static uint64_t stored(const Key &, uint64_t value) { return value; }
-  static bool before(const Key &a, const Key &b) { return a < b; }
 
   static int insert(Record *a, const Key &k, uint64_t v) {
     return mub_array_insert(a, k.data(), size_of(k), v);
@@ -70,7 +70,6 @@ struct ByteKeyed {
   static uint64_t set_at(Record *a, int64_t i, const Key &k, uint64_t v) {
     return mub_array_set_at(a, i, k.data(), size_of(k), v);
   }
-  static uint64_t remove_at(Record *a, int64_t i) { return mub_array_remove_at(a, i); }
   static std::pair<Key, uint64_t> entry(const Record *a, int64_t i) {
     const char *key;
     int64_t length;
@@ -85,9 +84,10 @@ struct ByteKeyed {
   }
 };
 
-// Items are keys of 56 bits with a value of 8 bits below them. Comparers go to the ends of what an int can hold,
-// and fail the test when they are called with a wrong context.
-struct ItemsBase {
+// Items are keys of 56 bits with a value of 8 bits below them, ordered through the plain operations or the `_x`
+// ones. Comparers go to the ends of what an int can hold, and fail the test when called with a wrong context.
+template <bool kInContext, bool kOrdered = true>
+struct ItemsBy {
   using Record = mub_arrays;
   using Key = uint64_t;
   static constexpr uint64_t kContext = 0xC0FFEE;
@@ -101,15 +101,54 @@ struct ItemsBase {
   static constexpr auto free_all = mub_arrays_free_all;
   static constexpr auto append_array = mub_arrays_append_array;
   static constexpr auto update_at = mub_arrays_set_at;
+  static constexpr auto remove_at = mub_arrays_remove_at;
   static constexpr auto free_at = mub_arrays_free_at;
 
   static Key random_key(Random &random) { return random.word() >> (8 + random.below(56)); }
   static bool fits_only_at_the_end(Key) { return false; }
   static uint64_t stored(Key key, uint64_t value) { return key << 8 | (value & 0xFF); }
-  static bool before(Key a, Key b) { return a < b; }
-  static int compare(uint64_t item, uint64_t key) {
+
+  static int compare(uint64_t item, uint64_t key, uint64_t context) {
+    EXPECT_EQ(context, kContext);
     if (item >> 8 == key >> 8) return 0;
     return item >> 8 < key >> 8 ? INT_MIN : INT_MAX;
+  }
+  static int compare_x(uint64_t context, uint64_t item, uint64_t key, uint64_t extra) {
+    EXPECT_EQ(extra, kExtra);
+    return compare(item, key, context);
+  }
+  static constexpr mub_compare_item_fn order = kOrdered ? compare : nullptr;
+  static constexpr mub_compare_context_fn order_x = kOrdered ? compare_x : nullptr;
+
+  // Calls a plain operation, or its `_x` form, with what both take last.
+  template <class Plain, class InContext, class Array, class... Rest>
+  static auto call(Plain plain, InContext in_context, Array *array, uint64_t key, Rest... rest) {
+    if constexpr (kInContext) {
+      return in_context(array, kContext, key, kExtra, rest..., order_x);
+    } else {
+      return plain(array, key, kContext, rest..., order);
+    }
+  }
+  static int insert(Record *a, Key k, uint64_t v) {
+    return call(mub_arrays_insert, mub_arrays_insert_x, a, stored(k, v));
+  }
+  static int insert_new(Record *a, Key k, uint64_t *v, mub_init_fn init_it) {
+    return call(mub_arrays_insert_new, mub_arrays_insert_new_x, a, k << 8, v, init_it);
+  }
+  static uint64_t update(Record *a, Key k, uint64_t v) {
+    return call(mub_arrays_update, mub_arrays_update_x, a, stored(k, v));
+  }
+  static uint64_t remove(Record *a, Key k) { return call(mub_arrays_remove, mub_arrays_remove_x, a, k << 8); }
+  static void free(Record *a, Key k, mub_free_fn f) {
+    call(mub_arrays_free, mub_arrays_free_x, a, k << 8, f);
+  }
+  static uint64_t find(Record *a, Key k) { return call(mub_arrays_find, mub_arrays_find_x, a, k << 8); }
+  static uint64_t bfind(Record *a, Key k) { return call(mub_arrays_bfind, mub_arrays_bfind_x, a, k << 8); }
+  static int64_t find_index(Record *a, Key k) {
+    return call(mub_arrays_find_index, mub_arrays_find_index_x, a, k << 8);
+  }
+  static int64_t bfind_index(Record *a, Key k) {
+    return call(mub_arrays_bfind_index, mub_arrays_bfind_index_x, a, k << 8);
   }
 
   static void append(Record *a, Key k, uint64_t v) { mub_arrays_append(a, stored(k, v)); }
@@ -120,7 +159,6 @@ struct ItemsBase {
   static uint64_t set_at(Record *a, int64_t i, Key k, uint64_t v) {
     return mub_arrays_set_at(a, i, stored(k, v));
   }
-  static uint64_t remove_at(Record *a, int64_t i) { return mub_arrays_remove_at(a, i); }
   static std::pair<Key, uint64_t> entry(const Record *a, int64_t i) {
     const uint64_t item = mub_arrays_get_at(a, i);
     return {item >> 8, item};
@@ -128,56 +166,8 @@ struct ItemsBase {
   static bool keys_are_packed(const Record *) { return true; }
 };
 
-struct Items : ItemsBase {
-  static int order(uint64_t item, uint64_t key, uint64_t context) {
-    EXPECT_EQ(context, kContext);
-    return compare(item, key);
-  }
-  static int insert(Record *a, Key k, uint64_t v) {
-    return mub_arrays_insert(a, stored(k, v), kContext, order);
-  }
-  static int insert_new(Record *a, Key k, uint64_t *v, mub_init_fn init_it) {
-    return mub_arrays_insert_new(a, k << 8, kContext, v, init_it, order);
-  }
-  static uint64_t update(Record *a, Key k, uint64_t v) {
-    return mub_arrays_update(a, stored(k, v), kContext, order);
-  }
-  static uint64_t remove(Record *a, Key k) { return mub_arrays_remove(a, k << 8, kContext, order); }
-  static void free(Record *a, Key k, mub_free_fn f) { mub_arrays_free(a, k << 8, kContext, f, order); }
-  static uint64_t find(Record *a, Key k) { return mub_arrays_find(a, k << 8, kContext, order); }
-  static uint64_t bfind(Record *a, Key k) { return mub_arrays_bfind(a, k << 8, kContext, order); }
-  static int64_t find_index(Record *a, Key k) { return mub_arrays_find_index(a, k << 8, kContext, order); }
-  static int64_t bfind_index(Record *a, Key k) { return mub_arrays_bfind_index(a, k << 8, kContext, order); }
-};
-
-struct ItemsInContext : ItemsBase {
-  static int order(uint64_t context, uint64_t item, uint64_t key, uint64_t extra) {
-    EXPECT_EQ(context, kContext);
-    EXPECT_EQ(extra, kExtra);
-    return compare(item, key);
-  }
-  static int insert(Record *a, Key k, uint64_t v) {
-    return mub_arrays_insert_x(a, kContext, stored(k, v), kExtra, order);
-  }
-  static int insert_new(Record *a, Key k, uint64_t *v, mub_init_fn init_it) {
-    return mub_arrays_insert_new_x(a, kContext, k << 8, kExtra, v, init_it, order);
-  }
-  static uint64_t update(Record *a, Key k, uint64_t v) {
-    return mub_arrays_update_x(a, kContext, stored(k, v), kExtra, order);
-  }
-  static uint64_t remove(Record *a, Key k) { return mub_arrays_remove_x(a, kContext, k << 8, kExtra, order); }
-  static void free(Record *a, Key k, mub_free_fn f) {
-    mub_arrays_free_x(a, kContext, k << 8, kExtra, f, order);
-  }
-  static uint64_t find(Record *a, Key k) { return mub_arrays_find_x(a, kContext, k << 8, kExtra, order); }
-  static uint64_t bfind(Record *a, Key k) { return mub_arrays_bfind_x(a, kContext, k << 8, kExtra, order); }
-  static int64_t find_index(Record *a, Key k) {
-    return mub_arrays_find_index_x(a, kContext, k << 8, kExtra, order);
-  }
-  static int64_t bfind_index(Record *a, Key k) {
-    return mub_arrays_bfind_index_x(a, kContext, k << 8, kExtra, order);
-  }
-};
+using Items = ItemsBy<false>;
+using ItemsInContext = ItemsBy<true>;
 
 // An array that is released at the end of its scope.
 template <class Kind>
