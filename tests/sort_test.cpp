@@ -254,7 +254,8 @@ int hostile(uint64_t, uint64_t, uint64_t) {
 // Calls test(array) with tables between closed pages, some of which they fill, under each hostility and direction.
 template <class Test>
 void with_hostile_comparers(std::vector<int64_t> counts, Test test) {
-  Random random(24);
+  static Random random(0);
+  random = Random(24);
   hostility = &random;
   for (int round = 0; round < 5 * 40; ++round) {
     hostile_mode = static_cast<Hostile>(round % 5);
