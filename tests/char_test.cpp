@@ -78,11 +78,13 @@ TEST(Char, ReadsDecimals) {
 TEST(Char, DecimalsRoundStepByStep) {
   Random random(3);
   for (int round = 0; round < 2000; ++round) {
-    std::string digits;
-    for (int64_t i = 1 + random.below(40); i > 0; --i) digits += static_cast<char>('0' + random.below(10));
-    std::string fraction;
-    const int64_t places = random.one_in(20) ? 400 : 40;
-    for (int64_t i = random.below(places); i > 0; --i) fraction += static_cast<char>('0' + random.below(10));
+    const bool is_small = random.one_in(2);
+    std::string digits = is_small ? "0" : "";
+    std::string fraction(is_small ? static_cast<size_t>(random.below(330)) : 0, '0');
+    for (int64_t i = random.below(40); i >= 0; --i) {
+      fraction += static_cast<char>('0' + random.below(10));
+      if (!is_small) digits += static_cast<char>('0' + random.below(10));
+    }
     volatile double value = 0.0;
     for (const char digit : digits) {
       value = value * 10.0;

@@ -127,9 +127,10 @@ TEST(MemStr, FindsAPatternBehindManyFalseMatches) {
   for (const size_t length : {6u, 40u, 300u}) {
     std::string pattern(length, 'a');
     pattern[length / 2 + 1] = 'b';
-    const std::string text(20000, 'a');
-    expect_first(text, pattern);
-    expect_first(text + pattern, pattern);
+    for (size_t before = 0; before < 1400 && !HasFatalFailure(); ++before) {
+      expect_first(std::string(before, 'a') + pattern + std::string(20, 'a'), pattern);
+    }
+    expect_first(std::string(20000, 'a'), pattern);
   }
 }
 

@@ -57,14 +57,14 @@ struct Trimmed {
   bool starts_with_nul;  // A NUL among the leading white space, which ends any trimming there and then.
 };
 
-// The trailing scan also drops NULs, and never looks at the first unit.
+// The trailing scan drops NULs too.
 template <class Unit>
 Trimmed trimmed(const Unit *units, int64_t length) {
   int64_t first = 0;
   while (first < length && is_space(units[first])) ++first;
   if (first < length && units[first] == 0) return {0, 0, true};
   int64_t end = length;
-  while (end > 1 && (units[end - 1] == 0 || is_space(units[end - 1]))) --end;
+  while (end > first && (units[end - 1] == 0 || is_space(units[end - 1]))) --end;
   if (end <= first) return {0, 0, false};
   return {first, end - first, false};
 }
