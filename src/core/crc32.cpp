@@ -1,12 +1,10 @@
 #include "core/crc32.h"
 
-#include <algorithm>
-#include <cctype>
-
 #include "core/bytes.h"
 #include "core/crc32_math.h"
 #include "core/crc32_variants.h"
 #include "core/cursor.h"
+#include "core/letter_case.h"
 #include "mub_stream.h"
 
 namespace mub {
@@ -85,11 +83,12 @@ uint8_t xor_of_bytes(const uint8_t *bytes, int64_t length) {
 uint32_t key_hash_nocase(const void *bytes, int64_t length) {
   constexpr int64_t kPiece = 64;
   const uint8_t *byte = bytes::as_bytes(bytes);
+  const Lowering lower;
   uint32_t crc = 0;
   for (int64_t left = length; left > 0;) {
     const int64_t count = (left - 1) % kPiece + 1;
     uint8_t lowered[kPiece];
-    for (int64_t i = 0; i < count; ++i) lowered[i] = static_cast<uint8_t>(std::tolower(byte[i]));
+    for (int64_t i = 0; i < count; ++i) lowered[i] = lower(byte[i]);
     if (left < length) store_little<4>(lowered, load_little<4>(lowered) ^ crc);
     crc = key_hash(lowered, count);
     byte += count;

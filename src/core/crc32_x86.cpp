@@ -96,8 +96,9 @@ MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t reduced(__m128i v) {
 inline uint64_t right_aligned_word(const uint8_t *bytes, int64_t length) {
   const int64_t free_bits = 8 * (8 - length);
   if (length >= 4) {
-    return uint64_t{bytes::load<uint32_t>(bytes + length - 4)} << 32 | uint64_t{bytes::load<uint32_t>(bytes)}
-                                                                           << free_bits;
+    const uint64_t first = bytes::load<uint32_t>(bytes);
+    const uint64_t last = bytes::load<uint32_t>(bytes + length - 4);
+    return last << 32 | first << free_bits;
   }
   const uint64_t middle = uint64_t{bytes[length / 2]} << (8 * (length / 2));
   return (uint64_t{bytes[length - 1]} << 56) | ((bytes[0] | middle) << free_bits);
@@ -119,7 +120,7 @@ MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i times_last(__m128i block) {
   return _mm_xor_si128(_mm_clmulepi64_si128(block, load(kPowersEnd[-1]), 0x00), _mm_srli_si128(block, 8));
 }
 
-// 9 to 24 bytes: the word (or less) in front of the last one or two goes in alone.
+// 9 to 16 and 17 to 24 bytes: the word (or less) in front of the last one or two goes in alone.
 MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t hash_of_two_words(const uint8_t *bytes, int64_t length) {
   const __m128i first = as_block(bytes::load<uint64_t>(bytes) << (8 * (16 - length)));
   const __m128i last = as_block(bytes::load<uint64_t>(bytes + length - 8));
