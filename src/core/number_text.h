@@ -124,8 +124,6 @@ inline int64_t digit_count(uint64_t magnitude) {
 // back from a buffer of their own they would wait for the narrow stores just made.
 class IntegerText {
  public:
-  static constexpr int64_t kMaxLength = 20;  // -2^63
-
   explicit IntegerText(int64_t value)
       : is_negative_(value < 0),
         magnitude_(is_negative_ ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value)),
