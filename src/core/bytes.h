@@ -30,7 +30,7 @@ void store(void *bytes, Word word) {
   std::memcpy(bytes, &word, sizeof word);
 }
 
-// Copies `count` bytes, from 1 to 2 * sizeof(Word), that are at least one word, with two words that overlap.
+// Copies as many bytes as one word to two have, by two words that overlap.
 template <class Word>
 void move_two(uint8_t *to, const uint8_t *from, int64_t count) {
   const auto first = load<Word>(from);
@@ -138,7 +138,7 @@ inline int order(const void *a, int64_t a_length, const void *b, int64_t b_lengt
   });
 }
 
-// The same with letter case folded by the runtime's tolower, which sees each byte as an unsigned value.
+// compare() with letter case folded by the runtime's tolower, which sees each byte as an unsigned value.
 inline int icompare(const void *a, int64_t a_length, const void *b, int64_t b_length) {
   const uint8_t *left = as_bytes(a);
   const uint8_t *right = as_bytes(b);

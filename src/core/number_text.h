@@ -59,7 +59,7 @@ inline Decimal scan_decimal(const char *text, int64_t length) {
 // After so many divisions even a 9 has become 0.
 constexpr int64_t kFractionPlaces = 325;
 
-// tenths.of[k][d] is d divided by 10.0 k times over. Each division rounds, so that the powers of ten would not do.
+// kTenths.of[k][d] is d divided by 10.0 k times over. Each division rounds, so that the powers of ten would not do.
 struct Tenths {
   static constexpr int64_t kPlaces = 20;
   double of[kPlaces + 1][10] = {};
@@ -91,33 +91,20 @@ double parse_decimal(const char *text, int64_t length, TakeIn take_in) {
   return parts.negative ? 0.0 - value : value;
 }
 
+struct PowersOfTen {
+  uint64_t of[20] = {};  // 0 stands for the first, so that 0 has a digit too.
+  constexpr PowersOfTen() {
+    uint64_t power = 1;
+    for (int i = 1; i < 20; ++i) of[i] = power *= 10;
+  }
+};
+constexpr PowersOfTen kPowersOfTen;
+
 // The decimal digits of a number that is not negative; 1 for 0.
 inline int64_t digit_count(uint64_t magnitude) {
-  static constexpr uint64_t kPowers[] = {
-      0,
-      10,
-      100,
-      1000,
-      10000,
-      100000,
-      1000000,
-      10000000,
-      100000000,
-      1000000000,
-      10000000000,
-      100000000000,
-      1000000000000,
-      10000000000000,
-      100000000000000,
-      1000000000000000,
-      10000000000000000,
-      100000000000000000,
-      1000000000000000000,
-      10000000000000000000u,
-  };
   // 1233 / 4096 is log10(2), exact enough for 64 bits.
   const int at_least = (64 - __builtin_clzll(magnitude | 1)) * 1233 >> 12;
-  return at_least + (magnitude >= kPowers[at_least] ? 1 : 0);
+  return at_least + (magnitude >= kPowersOfTen.of[at_least] ? 1 : 0);
 }
 
 // An integer in decimal digits. The length is known first, so that the digits are written where they belong: read

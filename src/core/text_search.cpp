@@ -150,9 +150,10 @@ int64_t find(const void *data, int64_t count, const void *pattern, int64_t lengt
   if (length > count) return -1;
   const uint8_t *text = as_bytes(data);
   const uint8_t *wanted = as_bytes(pattern);
-#if defined(__x86_64__)
   const int64_t starts = count - length + 1;
-  if (starts < kSse2Starts) return find_among_few(text, count, wanted, length);
+  if (starts < 16) return find_among_few(text, count, wanted, length);
+#if defined(__x86_64__)
+  static_assert(kSse2Starts <= 16);
   if (starts < kAvx2Starts || !__builtin_cpu_supports("avx2")) return find_sse2(text, count, wanted, length);
   return find_avx2(text, count, wanted, length);
 #else
