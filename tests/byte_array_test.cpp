@@ -152,17 +152,6 @@ TEST(ByteArray, LinearSearchFindsTheFirstInAnyOrder) {
   EXPECT_EQ(mub_array_afind(&array, "B", 1), 0u);
 }
 
-// With "b" three times, the search meets the one in the middle first.
-TEST(ByteArray, FindsTheDuplicateThatIsProbedFirst) {
-  ByteArray array;
-  append_all(array, {"a", "b", "b", "b", "c", "d"});
-  EXPECT_EQ(mub_array_find_index(&array, "b", 1), 2);
-  mub_array_remove_at(&array, 5);
-  EXPECT_EQ(mub_array_bfind_index(&array, "b", 1), 2);
-  mub_array_remove_at(&array, 0);
-  EXPECT_EQ(mub_array_find_index(&array, "b", 1), 1);
-}
-
 // ---- keys that lie in the array's own stream
 
 TEST(ByteArray, TakesKeysFromItsOwnStream) {

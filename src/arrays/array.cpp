@@ -205,8 +205,9 @@ void mub_array_qsort_x_n(mub_array *array, mub_compare_fn compare) {
 }
 
 void mub_array_to_string(const mub_array *array, int separator, mub_string *string) {
-  if (!pieces::begin(*string, array->keys.length + std::max<int64_t>(array->count - 1, 0))) return;
-  for (int64_t i = 0; i < slots::used(*array); ++i) {
+  const int64_t count = slots::used(*array);
+  if (!pieces::begin(*string, array->keys.length + std::max<int64_t>(count - 1, 0))) return;
+  for (int64_t i = 0; i < count; ++i) {
     const ByteKey key = key_of(*array, array->entries[i]);
     pieces::separate(*string, separator);
     buffer::append(*string, key.bytes, key.length);
