@@ -252,6 +252,8 @@ TEST(ByteArray, OffsetsEndAt32Bits) {
   EXPECT_EQ(array.count, 2);
   EXPECT_EQ(mub_array_set_at(&array, 1, "xyz", 3, 4), 2u);
   EXPECT_EQ(keys_of(array), (Keys{"", "xyz"}));
+  mub_array_qsort(&array, 0);
+  EXPECT_EQ(keys_of(array), (Keys{"xyz", ""}));
   array.keys = {nullptr, 0, 0};
   munmap(map, kBytes);
 }

@@ -150,6 +150,8 @@ class ByteKeyOrder {
 
  private:
   uint64_t head(int64_t offset, int64_t length) const {
+    // Differences of lengths are cut to 32 bits, also by the searches; heads would say otherwise.
+    if (capacity_ > INT32_MAX) return 0;
     uint64_t word = 0;
     if (offset <= capacity_ - 8) {
       word = bytes::load<uint64_t>(data_ + offset);
