@@ -266,8 +266,8 @@ void remove_chains(benchmark::State &state) { remove_from(state, false); }
 #ifdef MUB_PEER_GLIB
   add<GlibMap>("GHashTable");
 #endif
-  mub_bench::add_sizes("key_hash", "mub", hash_mub, {1000});
-  mub_bench::add_sizes("key_hash", "std::hash", hash_std, {1000});
+  mub_bench::add_sizes("key_hash", "mub", hash_mub, {1000, 100000});
+  mub_bench::add_sizes("key_hash", "std::hash", hash_std, {1000, 100000});
   mub_bench::add_sizes("map_remove", "mub", remove_mub, {100000, 1000000});
   mub_bench::add_sizes("map_remove", "walk along the chains", remove_chains, {100000, 1000000});
   return true;

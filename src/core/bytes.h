@@ -157,15 +157,22 @@ inline int icompare(const void *a, int64_t a_length, const void *b, int64_t b_le
   return length_difference(a_length, b_length);
 }
 
-// Whether `count` bytes are equal, by overlapping words; for keys, which are short.
+// The bits in which the words at an offset differ.
+inline uint64_t difference_at(const uint8_t *a, const uint8_t *b, int64_t offset) {
+  return load<uint64_t>(a + offset) ^ load<uint64_t>(b + offset);
+}
+
+// Whether `count` bytes are equal; for keys, which are short. Overlapping words cover each range of lengths without
+// a loop or a branch on the length, which would be mispredicted as often as not.
 inline bool equal(const void *a, const void *b, int64_t count) {
   const uint8_t *left = as_bytes(a);
   const uint8_t *right = as_bytes(b);
   if (count >= 8) {
-    uint64_t differing = load<uint64_t>(left + count - 8) ^ load<uint64_t>(right + count - 8);
-    for (int64_t i = 0; i < count - 8 && differing == 0; i += 8) {
-      differing = load<uint64_t>(left + i) ^ load<uint64_t>(right + i);
-    }
+    const int64_t last = count - 8;
+    uint64_t differing = difference_at(left, right, 0) | difference_at(left, right, last) |
+                         difference_at(left, right, std::min<int64_t>(8, last)) |
+                         difference_at(left, right, std::max<int64_t>(0, last - 8));
+    for (int64_t i = 16; i < last - 8 && differing == 0; i += 8) differing = difference_at(left, right, i);
     return differing == 0;
   }
   if (count >= 4) {

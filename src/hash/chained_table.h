@@ -89,7 +89,7 @@ Place<EntryOf<Kind>> search(const TableOf<Kind> &table, int64_t bucket, Test is_
 }
 
 template <class Kind>
-EntryOf<Kind> *find_in(const TableOf<Kind> &table, int64_t bucket, uint64_t word, const KeyOf<Kind> &key) {
+EntryOf<Kind> *find_in(const TableOf<Kind> &table, int64_t bucket, uint64_t word, KeyOf<Kind> key) {
   EntryOf<Kind> *entry = head<Kind>(table, bucket);
   while (entry != nullptr && !Kind::matches(table, *entry, word, key)) entry = entry->next;
   return entry;
@@ -116,7 +116,7 @@ EntryOf<Kind> *link_new(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *las
 }
 
 template <class Kind>
-EntryOf<Kind> *entry_new(TableOf<Kind> &table, int64_t bucket, const KeyOf<Kind> &key, int &inserted) {
+EntryOf<Kind> *entry_new(TableOf<Kind> &table, int64_t bucket, KeyOf<Kind> key, int &inserted) {
   const auto place = search<Kind>(
       table, bucket, [&](const EntryOf<Kind> &entry) { return Kind::same_key(table, entry, key); });
   inserted = 0;
@@ -127,7 +127,7 @@ EntryOf<Kind> *entry_new(TableOf<Kind> &table, int64_t bucket, const KeyOf<Kind>
 }
 
 template <class Kind>
-EntryOf<Kind> *unlink(TableOf<Kind> &table, int64_t bucket, uint64_t word, const KeyOf<Kind> &key) {
+EntryOf<Kind> *unlink(TableOf<Kind> &table, int64_t bucket, uint64_t word, KeyOf<Kind> key) {
   const auto place = search<Kind>(
       table, bucket, [&](const EntryOf<Kind> &entry) { return Kind::matches(table, entry, word, key); });
   if (place.entry == nullptr) return nullptr;
@@ -218,7 +218,7 @@ bool make_first_buckets(TableOf<Kind> &table) {
 // ---- one key
 
 template <class Kind>
-EntryOf<Kind> *find(const TableOf<Kind> &table, const KeyOf<Kind> &key) {
+EntryOf<Kind> *find(const TableOf<Kind> &table, KeyOf<Kind> key) {
   if (table.buckets.count < 1) return nullptr;
   const uint64_t word = Kind::word(table, key);
   return find_in<Kind>(table, bucket_of(table, word), word, key);
@@ -227,7 +227,7 @@ EntryOf<Kind> *find(const TableOf<Kind> &table, const KeyOf<Kind> &key) {
 // Appends an entry for a key that the chain does not hold; refused as a whole when memory runs out.
 template <class Kind>
 EntryOf<Kind> *append(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last, uint64_t word,
-                      const KeyOf<Kind> &key) {
+                      KeyOf<Kind> key) {
   auto *entry = static_cast<EntryOf<Kind> *>(pool::take(table.entry_pool));
   if (entry == nullptr) return nullptr;
   if (!Kind::store_key(table, *entry, word, key)) {
@@ -242,11 +242,10 @@ EntryOf<Kind> *append(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last,
 }
 
 template <class Kind>
-EntryOf<Kind> *insert(TableOf<Kind> &table, const KeyOf<Kind> &key, int &inserted);
+EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted);
 
 template <class Kind>
-__attribute__((noinline)) EntryOf<Kind> *insert_first(TableOf<Kind> &table, const KeyOf<Kind> &key,
-                                                      int &inserted) {
+__attribute__((noinline)) EntryOf<Kind> *insert_first(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
   // The key may lie in what an emptied table left in its key storage, which is about to grow.
   const typename Kind::PinnedKey pinned(table, key);
   if (pinned.failed() || !make_first_buckets<Kind>(table)) return nullptr;
@@ -255,7 +254,7 @@ __attribute__((noinline)) EntryOf<Kind> *insert_first(TableOf<Kind> &table, cons
 
 // Finds the entry of a key or makes it; nullptr when it can be neither.
 template <class Kind>
-EntryOf<Kind> *insert(TableOf<Kind> &table, const KeyOf<Kind> &key, int &inserted) {
+EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
   inserted = 0;
   if (table.buckets.count < 1) return insert_first<Kind>(table, key, inserted);
   const uint64_t word = Kind::word(table, key);
@@ -270,7 +269,7 @@ EntryOf<Kind> *insert(TableOf<Kind> &table, const KeyOf<Kind> &key, int &inserte
 
 // Unlinks the entry of a key and deletes its key bytes; counting it down and returning its block is the caller's.
 template <class Kind>
-EntryOf<Kind> *detach(TableOf<Kind> &table, const KeyOf<Kind> &key) {
+EntryOf<Kind> *detach(TableOf<Kind> &table, KeyOf<Kind> key) {
   if (table.buckets.count < 1) return nullptr;
   const uint64_t word = Kind::word(table, key);
   EntryOf<Kind> *entry = unlink<Kind>(table, bucket_of(table, word), word, key);
@@ -279,7 +278,7 @@ EntryOf<Kind> *detach(TableOf<Kind> &table, const KeyOf<Kind> &key) {
 }
 
 template <class Kind>
-int set(TableOf<Kind> &table, const KeyOf<Kind> &key, uint64_t &value_out, mub_init_fn init) {
+int set(TableOf<Kind> &table, KeyOf<Kind> key, uint64_t &value_out, mub_init_fn init) {
   int inserted;
   EntryOf<Kind> *entry = insert<Kind>(table, key, inserted);
   if (inserted != 0) entry->value = take_value(table.value_pool, init);
@@ -288,13 +287,13 @@ int set(TableOf<Kind> &table, const KeyOf<Kind> &key, uint64_t &value_out, mub_i
 }
 
 template <class Kind>
-uint64_t get(const TableOf<Kind> &table, const KeyOf<Kind> &key) {
+uint64_t get(const TableOf<Kind> &table, KeyOf<Kind> key) {
   const EntryOf<Kind> *entry = find<Kind>(table, key);
   return entry == nullptr ? 0 : entry->value;
 }
 
 template <class Kind>
-int insert_value(TableOf<Kind> &table, const KeyOf<Kind> &key, uint64_t value) {
+int insert_value(TableOf<Kind> &table, KeyOf<Kind> key, uint64_t value) {
   int inserted;
   EntryOf<Kind> *entry = insert<Kind>(table, key, inserted);
   if (inserted != 0) entry->value = value;
@@ -302,14 +301,14 @@ int insert_value(TableOf<Kind> &table, const KeyOf<Kind> &key, uint64_t value) {
 }
 
 template <class Kind>
-uint64_t update(TableOf<Kind> &table, const KeyOf<Kind> &key, uint64_t value) {
+uint64_t update(TableOf<Kind> &table, KeyOf<Kind> key, uint64_t value) {
   EntryOf<Kind> *entry = find<Kind>(table, key);
   return entry == nullptr ? 0 : std::exchange(entry->value, value);
 }
 
 // Takes a key out; `part_with` gets the value while the entry is unlinked and its block not yet returned.
 template <class Kind, class PartWith>
-bool remove(TableOf<Kind> &table, const KeyOf<Kind> &key, PartWith part_with) {
+bool remove(TableOf<Kind> &table, KeyOf<Kind> key, PartWith part_with) {
   EntryOf<Kind> *entry = detach<Kind>(table, key);
   if (entry == nullptr) return false;
   --table.count;
@@ -319,14 +318,14 @@ bool remove(TableOf<Kind> &table, const KeyOf<Kind> &key, PartWith part_with) {
 }
 
 template <class Kind>
-uint64_t remove(TableOf<Kind> &table, const KeyOf<Kind> &key) {
+uint64_t remove(TableOf<Kind> &table, KeyOf<Kind> key) {
   uint64_t removed = 0;
   remove<Kind>(table, key, [&](uint64_t value) { removed = value; });
   return removed;
 }
 
 template <class Kind>
-TableOf<Kind> *free(TableOf<Kind> &table, const KeyOf<Kind> &key, mub_free_fn release_it) {
+TableOf<Kind> *free(TableOf<Kind> &table, KeyOf<Kind> key, mub_free_fn release_it) {
   const bool found = remove<Kind>(table, key, [&](uint64_t value) {
     if (release_it != nullptr) release_it(value);
     return_value(table.value_pool, table.owns_value_pool, value);

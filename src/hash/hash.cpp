@@ -27,31 +27,35 @@ ByteKey measured_key(const void *key, int64_t length) {
   return {key, measured(static_cast<const char *>(key), length)};
 }
 
+// Kept out of the way of the exact compare.
+__attribute__((noinline)) bool same_text(const uint8_t *stored, ByteKey key) {
+  return bytes::icompare(stored, key.length, key.bytes, key.length) == 0;
+}
+
 // Byte-string keys in the table's key stream, hashed by the CRC-32 register.
 struct ByteKeys {
   using Table = mub_hash;
   using Entry = mub_hash_entry;
   using Key = ByteKey;
 
-  static uint64_t word(const Table &table, const Key &key) {
+  static uint64_t word(const Table &table, Key key) {
     return table.nocase == 0 ? key_hash(key.bytes, key.length) : key_hash_nocase(key.bytes, key.length);
   }
   static uint64_t entry_word(const Entry &entry) { return entry.hash; }
 
-  static bool same_key(const Table &table, const Entry &entry, const Key &key) {
+  static bool same_key(const Table &table, const Entry &entry, Key key) {
     if (entry.key_length != key.length) return false;
     const uint8_t *stored = table.keys.data + entry.key_offset;
-    if (table.nocase == 0) return bytes::equal(stored, key.bytes, key.length);
-    return bytes::icompare(stored, key.length, key.bytes, key.length) == 0;
+    return table.nocase == 0 ? bytes::equal(stored, key.bytes, key.length) : same_text(stored, key);
   }
-  static bool matches(const Table &table, const Entry &entry, uint64_t word, const Key &key) {
+  static bool matches(const Table &table, const Entry &entry, uint64_t word, Key key) {
     return entry.hash == word && same_key(table, entry, key);
   }
 
   // Only a reserve: an insertion fails when its own bytes find no room.
   static void reserve_keys(Table &table, int64_t size_bytes) { buffer::expand(table.keys, size_bytes); }
 
-  static bool store_key(Table &table, Entry &entry, uint64_t word, const Key &key) {
+  static bool store_key(Table &table, Entry &entry, uint64_t word, Key key) {
     const int64_t offset = table.keys.length;
     if (!keys::append(table.keys, key.bytes, key.length)) return false;
     entry.hash = static_cast<uint32_t>(word);
@@ -76,7 +80,7 @@ struct ByteKeys {
 
   class PinnedKey {
    public:
-    PinnedKey(const Table &table, const Key &key)
+    PinnedKey(const Table &table, Key key)
         : pinned_(buffer::pinned(table.keys, key.bytes, key.length)), length_(key.length) {}
     bool failed() const { return pinned_.failed(); }
     Key key() const { return {pinned_.bytes(), length_}; }
