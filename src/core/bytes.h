@@ -4,9 +4,10 @@
 #define MUB_CORE_BYTES_H
 
 #include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <cstring>
+
+#include "core/letter_case.h"
 
 namespace mub {
 
@@ -143,15 +144,14 @@ inline int icompare(const void *a, int64_t a_length, const void *b, int64_t b_le
   const uint8_t *left = as_bytes(a);
   const uint8_t *right = as_bytes(b);
   const int64_t common = std::min(a_length, b_length);
+  const Lowering lower;
   for (int64_t i = 0; i < common;) {
     if (common - i >= 8 && load<uint64_t>(left + i) == load<uint64_t>(right + i)) {
       i += 8;
       continue;
     }
-    if (left[i] != right[i]) {
-      const int difference = std::tolower(left[i]) - std::tolower(right[i]);
-      if (difference != 0) return difference;
-    }
+    const int difference = lower(left[i]) - lower(right[i]);
+    if (difference != 0) return difference;
     ++i;
   }
   return length_difference(a_length, b_length);
