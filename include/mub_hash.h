@@ -138,11 +138,13 @@ MUB_API void mub_hash_remove_all(mub_hash *hash);
 MUB_API void mub_hash_free_all(mub_hash *hash, mub_free_fn release);
 
 /* mub_hash_remove_all_entry: return every entry block to the entry pool, whoever owns it. Buckets and counts are
- * left as they are, and refer to blocks that are no longer the table's: empty the table next. */
+ * left as they are, and refer to blocks that are no longer the table's. End the table next with mub_hash_term: with a
+ * caller's pool, emptying it would return the blocks a second time. */
 MUB_API void mub_hash_remove_all_entry(mub_hash *hash);
 
 /* mub_hash_free_all_entry: release every value that is not 0, its block going back to a caller's value pool, and
- * return the entry blocks to a caller's entry pool. Buckets and counts are left as they are: empty the table next.
+ * return the entry blocks to a caller's entry pool. Buckets and counts are left as they are: end the table next, as
+ * after mub_hash_remove_all_entry.
  *   release   called for every value that is not 0; may be NULL */
 MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
 

@@ -8,8 +8,8 @@
  * how a whole structure of nodes goes in a few calls. A pool, and every address kept in its blocks, can be copied by
  * address translation: mub_pool_map, mub_pool_clone, then mub_pool_get_addr and mub_pool_set_addr for each address.
  *
- * The owner sets `block_size` after mub_pool_init and before the first block, and does not change it, nor
- * `blocks_per_chunk`, while blocks are out. The pool does not check that a block given back is its own, or that it
+ * The owner sets `block_size` after mub_pool_init and before the first block, and changes neither it nor
+ * `blocks_per_chunk` again but after mub_pool_empty. The pool does not check that a block given back is its own, or that it
  * is given back once. */
 #ifndef MUB_POOL_H
 #define MUB_POOL_H
@@ -112,7 +112,7 @@ MUB_API void *mub_pool_set_addr(const mub_pool *pool, int chunk, int64_t offset)
 /* mub_pool_clone: copy a pool, chunk by chunk and byte for byte, its free stack translated. Addresses that the
  * blocks hold are copied as they are: translate them afterwards.
  *   source        unchanged
- *   map           the chunk map of `source`
+ *   map           the chunk map of `source`; without it (NULL) the copy's free stack holds no blocks
  *   destination   emptied first; stays empty when memory runs out
  * Cost: one allocation and one copy a chunk. */
 MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, mub_pool *destination);

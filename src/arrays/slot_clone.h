@@ -33,10 +33,7 @@ bool clone_content(const Record &source, Record &copy, UserPools &users) {
 template <class Record>
 void clone(const Record &source, Record &copy, UserPools &&users) {
   if (&source == &copy) return;
-  if (!owns_pool(source)) {
-    pool::destroy_owned(copy.pool, copy.own_pool);
-    copy.pool = source.pool;
-  }
+  if (!owns_pool(source)) users.share(source.pool, copy.pool, copy.own_pool);
   if (!clone_content(source, copy, users)) remove_all(copy);
   copy.count = source.count;
 }

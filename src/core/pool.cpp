@@ -151,7 +151,6 @@ void destroy_owned(mub_pool *&pool, uint16_t &owned) {
 void *take_slowly(mub_pool &pool) {
   raise_blocks_per_chunk(pool);
   void *block = pop_free(pool);
-  while (block == nullptr && pool.free_count > 0) block = pop_free(pool);
   if (block == nullptr) {
     const bool full = pool.chunk_used < 0 || pool.chunk_used >= pool.blocks_per_chunk;
     if (full && !open_page(chunk_table(pool), pool.blocks_per_chunk, pool.block_size)) return nullptr;

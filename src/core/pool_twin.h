@@ -52,8 +52,8 @@ class PoolTwin {
   // The range of the chunks' bases is cut into granules, no larger than a chunk unless chunks are far between; for
   // each, last_[g] is the position in the map of the last chunk that starts in it or before it.
   bool index_chunks() {
-    if (map_ == nullptr) return true;
     const int64_t count = source_->chunk_count;
+    if (count == 0) return true;  // the map may still be there, without an element
     const uint64_t span = map_[count - 1].base - map_[0].base;
     while ((uint64_t{2} << granule_bits_) <= chunk_bytes_) ++granule_bits_;
     while (span >> granule_bits_ > static_cast<uint64_t>(kGranulesPerChunk * count)) ++granule_bits_;
@@ -80,7 +80,7 @@ class PoolTwin {
   }
 
   uint64_t translate_by_search(uint64_t word) {
-    if (map_ == nullptr || word < map_[0].base) return 0;
+    if (granules_ == 0 || word < map_[0].base) return 0;
     const int64_t position = find_chunk(word);
     if (word - map_[position].base >= chunk_bytes_) return 0;
     base_ = map_[position].base;
@@ -118,6 +118,13 @@ class UserPools {
     if (source_ == nullptr || destination_ == nullptr || callback_ == nullptr) return true;
     if (!twin_.map(*source_)) return false;
     return source_ == destination_ || already_cloned || twin_.clone_to(*destination_);
+  }
+
+  // Lets a copy share a caller's pool. One of its own is given up for that, and then is no user's pool any more.
+  void share(mub_pool *callers_pool, mub_pool *&pool, uint16_t &owned) {
+    if (owned != 0 && (pool == source_ || pool == destination_)) source_ = destination_ = nullptr;
+    pool::destroy_owned(pool, owned);
+    pool = callers_pool;
   }
 
   void mend(uint64_t source_value, uint64_t value) const {

@@ -35,13 +35,11 @@ class Cloning {
  private:
   void share_callers_pools() {
     if (source_.owns_entry_pool == 0) {
-      pool::destroy_owned(copy_.entry_pool, copy_.owns_entry_pool);
-      copy_.entry_pool = source_.entry_pool;
+      user_.share(source_.entry_pool, copy_.entry_pool, copy_.owns_entry_pool);
       copy_.buckets.pool = source_.entry_pool;
     }
     if (source_.owns_value_pool == 0) {
-      pool::destroy_owned(copy_.value_pool, copy_.owns_value_pool);
-      copy_.value_pool = source_.value_pool;
+      user_.share(source_.value_pool, copy_.value_pool, copy_.owns_value_pool);
     }
   }
 

@@ -25,6 +25,7 @@
 #ifndef MUB_HASH_CHAINED_TABLE_H
 #define MUB_HASH_CHAINED_TABLE_H
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -353,7 +354,10 @@ EntryOf<Kind> *entry_first(const TableOf<Kind> &table, int64_t &bucket_out) {
 
 template <class Kind>
 EntryOf<Kind> *entry_next(const TableOf<Kind> &table, int64_t &bucket, const EntryOf<Kind> &entry) {
-  return entry.next != nullptr ? entry.next : first_from<Kind>(table, bucket + 1, bucket);
+  if (entry.next != nullptr) return entry.next;
+  // The bucket is the caller's number: nothing before the first is read, and behind the last there is no next.
+  if (bucket >= table.buckets.count - 1) return nullptr;
+  return first_from<Kind>(table, std::max<int64_t>(bucket + 1, 0), bucket);
 }
 
 // ---- the whole table
