@@ -5,9 +5,9 @@
  *              0                  length            capacity
  *
  * Growth:    operations that say "grows" enlarge the block to what they need, or by half the length if that is more
- *            (at least 8, at most 8 MiB at a time), rounded up to a multiple of 8. Growth moves the block: every
- *            pointer into it is then invalid, while positions stay good. Nothing ever shrinks the block but
- *            mub_stream_term.
+ *            (at least 8, at most 8 MiB at a time, and not past 2 GiB), rounded up to a multiple of 8. Growth moves
+ *            the block: every pointer into it is then invalid, while positions stay good. Nothing ever shrinks the
+ *            block but mub_stream_term.
  * Spare:     bytes behind the length are 0 in a fresh block and keep their old content when the length is cut.
  *            Indexes are bounded by the capacity, the cursor by the length.
  * Cursor:    a position that the caller keeps and whose address each operation takes. A field that does not lie
@@ -176,9 +176,10 @@ MUB_API int mub_stream_insert(mub_stream *stream, int64_t position, const void *
  *   position    0 to the length
  *   old_count   may reach behind the content: the length changes by the difference of the counts in any case, and
  *               of the new bytes those are kept that lie within the longer of the old and the new length
+ *   bytes       NULL only with a `new_count` of 0
  *   new_count   bytes, or negative: up to the first NUL
- * Returns 1; 0, the stream unchanged, for negative or NULL arguments, a position outside, a length that would become
- * negative and when memory ran out. Cost: linear in the bytes behind. */
+ * Returns 1; 0, the stream unchanged, for a negative count or missing bytes, a position outside, a length that would
+ * become negative and when memory ran out. Cost: linear in the bytes behind. */
 MUB_API int mub_stream_update(mub_stream *stream, int64_t position, int64_t old_count, const void *bytes,
                               int64_t new_count);
 

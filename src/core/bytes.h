@@ -12,9 +12,9 @@
 namespace mub {
 
 // The length of a narrow text: as given, or up to its NUL when negative; a NULL text has none.
-inline int64_t measured(const char *text, int64_t length) {
+inline int64_t measured(const void *text, int64_t length) {
   if (length >= 0) return length;
-  return text == nullptr ? 0 : static_cast<int64_t>(std::strlen(text));
+  return text == nullptr ? 0 : static_cast<int64_t>(std::strlen(static_cast<const char *>(text)));
 }
 
 namespace bytes {

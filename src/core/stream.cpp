@@ -5,6 +5,7 @@
 
 #include "core/bytes.h"
 #include "core/cursor.h"
+#include "core/text_span.h"
 #include "core/unit_buffer.h"
 
 namespace mub {
@@ -14,10 +15,6 @@ static_assert(sizeof(mub_stream) == 24);
 static_assert(offsetof(mub_stream, data) == 0);
 static_assert(offsetof(mub_stream, length) == 8);
 static_assert(offsetof(mub_stream, capacity) == 16);
-
-int64_t measured_bytes(const void *bytes, int64_t count) {
-  return measured(static_cast<const char *>(bytes), count);
-}
 
 // Stores what fits before the stream's length; `bytes` may lie in the stream.
 void write_clipped(mub_stream &stream, int64_t at, const void *bytes, int64_t count) {
@@ -50,9 +47,7 @@ int64_t read_block(const mub_stream &stream, int64_t *position, Out &out) {
 }
 
 int64_t find(const mub_stream &stream, int byte, int64_t start) {
-  if (buffer::is_empty(stream) || (byte & 0xFF) == 0 || start < 0 || start >= stream.length) return -1;
-  const int64_t found = bytes::chr(stream.data + start, stream.length - start, byte);
-  return found < 0 ? -1 : start + found;
+  return span::find_unit(reinterpret_cast<const char *>(stream.data), stream.length, byte, start);
 }
 
 }  // namespace
@@ -88,11 +83,11 @@ int mub_stream_clone_string(const mub_stream *source, mub_string *destination) {
 }
 
 void mub_stream_copy(mub_stream *stream, const void *bytes, int64_t count) {
-  mub::buffer::copy(*stream, bytes, mub::measured_bytes(bytes, count));
+  mub::buffer::copy(*stream, bytes, mub::measured(bytes, count));
 }
 
 void mub_stream_append(mub_stream *stream, const void *bytes, int64_t count) {
-  if (bytes != nullptr) mub::buffer::append(*stream, bytes, mub::measured_bytes(bytes, count));
+  if (bytes != nullptr) mub::buffer::append(*stream, bytes, mub::measured(bytes, count));
 }
 
 uint8_t mub_stream_get_at(const mub_stream *stream, int64_t index) {
@@ -186,13 +181,13 @@ int64_t mub_stream_find_pos(const mub_stream *stream, int byte, int64_t start) {
 }
 
 int mub_stream_insert(mub_stream *stream, int64_t position, const void *bytes, int64_t count) {
-  return mub::buffer::insert(*stream, position, bytes, mub::measured_bytes(bytes, count));
+  return mub::buffer::insert(*stream, position, bytes, mub::measured(bytes, count));
 }
 
 int mub_stream_update(mub_stream *stream, int64_t position, int64_t old_count, const void *bytes,
                       int64_t new_count) {
   return mub::buffer::update(*stream, position, old_count, bytes,
-                             bytes == nullptr ? new_count : mub::measured_bytes(bytes, new_count));
+                             bytes == nullptr ? new_count : mub::measured(bytes, new_count));
 }
 
 void mub_stream_delete(mub_stream *stream, int64_t position, int64_t count) {

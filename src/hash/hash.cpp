@@ -24,7 +24,7 @@ struct ByteKey {
 
 // The length rule of the public operations.
 ByteKey measured_key(const void *key, int64_t length) {
-  return {key, measured(static_cast<const char *>(key), length)};
+  return {key, measured(key, length)};
 }
 
 // Kept out of the way of the exact compare.
