@@ -151,7 +151,7 @@ void look_up(benchmark::State &state, const std::vector<std::string> &wanted) {
 
 template <class Map>
 void hit(benchmark::State &state) {
-  look_up<Map>(state, shuffled(random_keys(state.range(0), 1)));
+  look_up<Map>(state, mub_bench::laid_out(shuffled(random_keys(state.range(0), 1))));
 }
 
 template <class Map>

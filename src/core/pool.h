@@ -39,13 +39,16 @@ inline uint64_t chunk_bytes(const mub_pool &pool) {
 // Takes a block; nullptr without a pool, without a block size or without memory.
 inline void *take(mub_pool *pool) {
   if (pool == nullptr || pool->block_size == 0) return nullptr;
-  if (pool->free_used > 0) {
-    void *block = free_page(*pool, pool->free_count - 1)[--pool->free_used];
-    if (block == nullptr) return take_slowly(*pool);  // left by a clone: an address foreign to the source
+  if (pool->free_count > 0) {
+    // A page that is empty goes first, and so does an address foreign to its source, which a clone has left out.
+    void *block = pool->free_used > 0 ? free_page(*pool, pool->free_count - 1)[pool->free_used - 1] : nullptr;
+    if (block == nullptr) return take_slowly(*pool);
+    --pool->free_used;
     ++pool->live_count;
     return block;
   }
-  if (pool->free_count > 0 || pool->chunk_used < 0 || pool->chunk_used >= pool->blocks_per_chunk) {
+  // Unsigned, so that one compare sees that there is no chunk, too.
+  if (static_cast<uint64_t>(pool->chunk_used) >= static_cast<uint64_t>(pool->blocks_per_chunk)) {
     return take_slowly(*pool);
   }
   ++pool->live_count;
