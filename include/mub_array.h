@@ -22,9 +22,9 @@
  *               a direction (not 0: ascending), its `_p` form sorts ascending, its `_n` form descending.
  *               A comparer that is inconsistent leaves the entries in an arbitrary order.
  * Value pool.   The `_new` operations take a block of `pool` for the value (in mub_arrays: for the item) and hand it
- *               to an initialiser, which may be NULL. A pool made by `_init` has no block size: store the size of
- *               your values in `pool->block_size` first. Without a block (no pool, no size, no memory) the new entry
- *               is made all the same, with value 0.
+ *               to an initialiser, which may be NULL, before the new entry is there. A pool made by `_init` has no
+ *               block size: store the size of your values in `pool->block_size` first. Without a block (no pool, no
+ *               size, no memory) the new entry is made all the same, with value 0.
  * Releasing.    The `_free` operations call your releaser (NULL: none) with each value that is not 0, and give its
  *               block back if the pool is the caller's. Blocks of an owned pool go with the whole pool: `_free`,
  *               `_free_at` and `_free_all_entry` leave them live.
@@ -179,8 +179,9 @@ MUB_API void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn free
 MUB_API int mub_array_insert(mub_array *array, const void *key, int64_t length, uint64_t value);
 
 /* mub_array_insert_new: sorted: add a key with a new block as its value unless the key is there.
- *   value   receives the block (0 when there was none); the value that is there for a key that was there; 0 when
- *           the insertion was refused (no memory, or the empty key before an entry)
+ *   value   receives the block (0 when there was none), before `init` runs; the value that is there for a key that
+ *           was there; 0 when the insertion was refused (no memory, or the empty key before an entry). A refused
+ *           block, `init` having run, goes back to the pool
  * Returns the index of the new entry; -1 when the key was there or the insertion was refused. */
 MUB_API int mub_array_insert_new(mub_array *array, const void *key, int64_t length, uint64_t *value,
                                  mub_init_fn init);
@@ -260,7 +261,7 @@ MUB_API void mub_array_to_string(const mub_array *array, int separator, mub_stri
  *   separator   low 8 bits used
  *   length      exact; below 1 appends nothing
  * Each piece is trimmed as mub_char_trim does. Empty pieces are appended too, but for the last: "a, ,b," gives "a",
- * "" and "b". */
+ * "" and "b". Nothing is appended when memory for the entries runs out. */
 MUB_API void mub_array_from_string(mub_array *array, int separator, const char *text, int64_t length);
 
 /* ---- mub_arrays: bare items -------------------------------------------------------------------------------------
@@ -374,8 +375,8 @@ MUB_API int mub_arrays_insert_x(mub_arrays *array, uint64_t context, uint64_t it
                                 mub_compare_context_fn compare);
 
 /* mub_arrays_insert_new: sorted: add a new block where `key` belongs, unless an equal item is there.
- *   item      receives the block (0 when there was none, which is added all the same); the equal item; 0 when
- *             memory for the slot ran out
+ *   item      receives the block (0 when there was none, which is added all the same), before `init` runs; the
+ *             equal item; 0 when memory for the slot ran out, and the block, `init` having run, went back to the pool
  *   init      should give the block the key, so that it sorts where it was placed
  *   compare   NULL: the block is appended
  * Returns the index of the new item; -1 when an equal one was there or memory ran out. */

@@ -36,13 +36,6 @@ bool replace_key(mub_array &array, mub_array_entry &entry, const ByteKey &key) {
   return true;
 }
 
-// The entry with the key, made when it is missing. A negative length is shorter than any key, and is refused.
-mub_array_entry *insert_entry(mub_array &array, const ByteKey &key) {
-  const Spot spot = slots::find(array, ByteOrder{array, key});
-  if (spot.found) return slots::slot_at(array, spot.index);
-  return key.length < 0 ? nullptr : slots::insert_at(array, spot.index, key, 0);
-}
-
 }  // namespace
 
 extern "C" {
@@ -86,7 +79,7 @@ void mub_array_append(mub_array *array, const void *key, int64_t length, uint64_
 }
 
 uint64_t mub_array_append_new(mub_array *array, const void *key, int64_t length, mub_init_fn init) {
-  return slots::fill_new(*array, slots::append(*array, measured_key(key, length), 0), init);
+  return slots::append_new(*array, measured_key(key, length), init);
 }
 
 void mub_array_append_array(mub_array *destination, const mub_array *source) {
@@ -153,7 +146,10 @@ void mub_array_free(mub_array *array, const void *key, int64_t length, mub_free_
 }
 
 mub_array_entry *mub_array_entry_insert(mub_array *array, const void *key, int64_t length) {
-  return insert_entry(*array, array->count == 0 ? measured_key(key, length) : raw_key(key, length));
+  if (length < 0 && array->count != 0)
+    return slots::find_slot(*array, ByteOrder{*array, raw_key(key, length)});
+  const ByteKey wanted = measured_key(key, length);
+  return slots::find_or_insert(*array, wanted, ByteOrder{*array, wanted});
 }
 
 mub_array_entry *mub_array_entry_find(const mub_array *array, const void *key, int64_t length) {
@@ -219,8 +215,15 @@ void mub_array_from_string(mub_array *array, int separator, const char *text, in
   // The text may be the array's own keys, which the first growth would release.
   const PinnedBytes pinned = buffer::pinned(array->keys, text, length);
   if (pinned.failed()) return;
-  pieces::for_each(
-      static_cast<const char *>(pinned.bytes()), length, separator,
-      [array](const char *key, int64_t key_length) { slots::append(*array, raw_key(key, key_length), 0); });
+  const int64_t count = array->count;
+  const int64_t key_bytes = array->keys.length;
+  bool whole = true;
+  pieces::for_each(static_cast<const char *>(pinned.bytes()), length, separator,
+                   [&](const char *key, int64_t key_length) {
+                     whole = whole && slots::append(*array, raw_key(key, key_length), 0) != nullptr;
+                   });
+  if (whole) return;
+  array->count = count;
+  buffer::shrink(array->keys, key_bytes);
 }
 }

@@ -43,9 +43,7 @@ int insert(mub_arrays &array, uint64_t item, const Order &order) {
 template <class Order>
 int insert_new(mub_arrays &array, uint64_t &item_out, mub_init_fn init, const Order &order) {
   if (order.is_given()) return slots::insert_new(array, NoKey{}, item_out, init, order);
-  uint64_t *slot = slots::append(array, NoKey{}, 0);
-  item_out = slots::fill_new(array, slot, init);
-  return slot != nullptr ? static_cast<int>(array.count - 1) : -1;
+  return slots::insert_new_at(array, array.count, NoKey{}, item_out, init);
 }
 
 template <class Order>
@@ -109,7 +107,7 @@ void mub_arrays_free_all_entry(mub_arrays *array, mub_free_fn free) { slots::fre
 void mub_arrays_append(mub_arrays *array, uint64_t item) { slots::append(*array, NoKey{}, item); }
 
 uint64_t mub_arrays_append_new(mub_arrays *array, mub_init_fn init) {
-  return slots::fill_new(*array, slots::append(*array, NoKey{}, 0), init);
+  return slots::append_new(*array, NoKey{}, init);
 }
 
 void mub_arrays_append_array(mub_arrays *destination, const mub_arrays *source) {

@@ -26,9 +26,7 @@ inline ByteKey raw_key(const void *key, int64_t length) {
 }
 
 // A negative length ends at the first NUL.
-inline ByteKey measured_key(const void *key, int64_t length) {
-  return raw_key(key, measured(key, length));
-}
+inline ByteKey measured_key(const void *key, int64_t length) { return raw_key(key, measured(key, length)); }
 
 inline int64_t key_end(const mub_array_entry &entry) { return int64_t{entry.key_offset} + entry.key_length; }
 

@@ -256,12 +256,28 @@ SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key
   return slot;
 }
 
-// Gives a new slot a block of the value pool. It is taken once the slot stands, so that a refused call leaves the
-// pool as it was.
+// Adds a slot with a new block of the value pool, which is initialised before the slot is there. Returns the block.
 template <class Record>
-uint64_t fill_new(const Record &array, SlotOf<Record> *slot, mub_init_fn init_it) {
-  if (slot == nullptr) return 0;
-  return value_of(*slot) = take_value(array.pool, init_it);
+uint64_t append_new(Record &array, const KeyOf<Record> &key, mub_init_fn init_it) {
+  if (!expand(array, array.count + 1)) return 0;
+  const uint64_t value = take_value(array.pool, init_it);
+  append(array, key, value);
+  return value;
+}
+
+// The same before `index`; the initialiser already finds the block in `value_out`. A refused insertion hands it back.
+// Returns the index of the new slot, or -1.
+template <class Record>
+int insert_new_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t &value_out,
+                  mub_init_fn init_it) {
+  void *block = pool::take(array.pool);
+  value_out = word_of(block);
+  initialise(word_of(block), init_it);
+  const SlotOf<Record> *slot = insert_at(array, index, key, word_of(block));
+  if (slot != nullptr) return static_cast<int>(slot - table(array));
+  pool::give(array.pool, block);
+  value_out = 0;
+  return -1;
 }
 
 // The source may be the destination itself: it is walked up to its count at entry.
@@ -360,16 +376,18 @@ int insert(Record &array, const KeyOf<Record> &key, uint64_t value, SlotOrder or
 template <class Record, class SlotOrder>
 int insert_new(Record &array, const KeyOf<Record> &key, uint64_t &value_out, mub_init_fn init_it,
                SlotOrder order) {
-  const Spot spot = find(array, order);
-  if (spot.found) {
-    value_out = value_of(table(array)[spot.index]);
-    return -1;
-  }
   value_out = 0;
-  SlotOf<Record> *slot = insert_at(array, spot.index, key, 0);
-  if (slot == nullptr) return -1;
-  value_out = fill_new(array, slot, init_it);
-  return static_cast<int>(slot - table(array));
+  const Spot spot = find(array, order);
+  if (!spot.found) return insert_new_at(array, spot.index, key, value_out, init_it);
+  value_out = value_of(table(array)[spot.index]);
+  return -1;
+}
+
+// The slot of a key, added with value 0 when it is missing; nullptr when that was refused.
+template <class Record, class SlotOrder>
+SlotOf<Record> *find_or_insert(Record &array, const KeyOf<Record> &key, SlotOrder order) {
+  const Spot spot = find(array, order);
+  return spot.found ? table(array) + spot.index : insert_at(array, spot.index, key, 0);
 }
 
 // ---- sorting, whatever order the array is in

@@ -15,10 +15,15 @@ Record *record_of(uint64_t word) {
   return reinterpret_cast<Record *>(static_cast<uintptr_t>(word));
 }
 
+// Hands a new block, if there is one, to the caller's initialiser.
+inline void initialise(uint64_t value, mub_init_fn init) {
+  if (value != 0 && init != nullptr) init(value);
+}
+
 // A block of `pool`, initialised; 0 when none can be had.
 inline uint64_t take_value(mub_pool *pool, mub_init_fn init) {
   const uint64_t value = word_of(pool::take(pool));
-  if (value != 0 && init != nullptr) init(value);
+  initialise(value, init);
   return value;
 }
 
