@@ -70,8 +70,8 @@ MUB_API void *mub_pool_new(mub_pool *pool);
 
 /* mub_pool_free: give a block back, to be handed out again next.
  *   block   from this pool; NULL is ignored
- * When there is no memory for another page of the free stack, the block is dropped: it is not handed out again, and
- * goes with its chunk. */
+ * When there is no memory for another page of the free stack, the block is dropped: it is not handed out again, goes
+ * with its chunk, and is met by walks until then. */
 MUB_API void mub_pool_free(mub_pool *pool, void *block);
 
 /* mub_pool_expand: make room for one more page or chunk in a table (by half its count, at least 4, in multiples of

@@ -9,6 +9,7 @@
 
 #include "support/array_kinds.h"
 #include "support/fuse.h"
+#include "support/pools.h"
 #include "support/random.h"
 
 using mub_test::ByteKeyed;
@@ -17,26 +18,15 @@ using mub_test::entries_of;
 using mub_test::Fuse;
 using mub_test::Items;
 using mub_test::ItemsInContext;
+using mub_test::note;
+using mub_test::Pool;
 using mub_test::Random;
 using mub_test::Scoped;
+using mub_test::seen;
 
 namespace {
 
-// What the callbacks saw; a callback has no context of its own.
-std::vector<uint64_t> seen;
-void note(uint64_t value) { seen.push_back(value); }
-
 uint64_t *words_of(uint64_t block) { return reinterpret_cast<uint64_t *>(static_cast<uintptr_t>(block)); }
-
-struct Pool : mub_pool {
-  explicit Pool(int64_t size_bytes) {
-    mub_pool_init(this);
-    block_size = size_bytes;
-  }
-  ~Pool() { mub_pool_term(this); }
-  Pool(const Pool &) = delete;
-  Pool &operator=(const Pool &) = delete;
-};
 
 template <class Kind>
 class Arrays : public ::testing::Test {

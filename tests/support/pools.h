@@ -1,0 +1,29 @@
+// What the tests of pools and of the containers on them share.
+#ifndef MUB_TESTS_SUPPORT_POOLS_H
+#define MUB_TESTS_SUPPORT_POOLS_H
+
+#include <cstdint>
+#include <vector>
+
+#include "mub_pool.h"
+
+namespace mub_test {
+
+// A pool that is emptied at the end of its scope.
+struct Pool : mub_pool {
+  explicit Pool(int64_t size_bytes) {
+    mub_pool_init(this);
+    block_size = size_bytes;
+  }
+  ~Pool() { mub_pool_term(this); }
+  Pool(const Pool &) = delete;
+  Pool &operator=(const Pool &) = delete;
+};
+
+// What the callbacks saw; a callback has no context of its own.
+inline std::vector<uint64_t> seen;
+inline void note(uint64_t value) { seen.push_back(value); }
+
+}  // namespace mub_test
+
+#endif
