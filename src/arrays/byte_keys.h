@@ -143,7 +143,7 @@ class ByteKeyOrder {
   }
   int compare(const Key &a, const Key &b) const {
     if (a.head != b.head) return a.head < b.head ? -1 : 1;
-    return bytes::order(a.bytes, a.length, b.bytes, b.length);
+    return bytes::compare(a.bytes, a.length, b.bytes, b.length);
   }
 
  private:
