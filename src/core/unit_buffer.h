@@ -181,7 +181,11 @@ __attribute__((noinline)) bool append_growing(Record &record, const void *units,
 template <class Record>
 bool append(Record &record, const void *units, int64_t count) {
   if (count > record.capacity - record.length) return append_growing(record, units, count);
-  if (count <= 0) return true;
+  if (count <= 0) {
+    // Even an empty append restores a terminator that was overwritten.
+    shrink(record, record.length);
+    return true;
+  }
   const int64_t length = record.length + count;
   bytes::move(record.data + record.length, units, count * kUnitBytes<Record>);
   record.length = length;
@@ -255,7 +259,8 @@ bool mid_into(const Record &record, int64_t start, int64_t count, OutRecord &out
   return extract(record, start, std::min(count, record.length - start), out);
 }
 
-// The in-place forms differ from the copying ones: `left` ignores a negative count, `mid` a negative start.
+// The in-place forms differ from the copying ones: `left` ignores a negative count, `mid` a negative start, and
+// all of them an empty record, be its terminator overwritten.
 template <class Record>
 void left(Record &record, int64_t count) {
   if (record.length > count) shrink(record, count);
@@ -263,12 +268,12 @@ void left(Record &record, int64_t count) {
 
 template <class Record>
 void right(Record &record, int64_t count) {
-  if (record.length > count) right_into(record, count, record);
+  if (!is_empty(record) && record.length > count) right_into(record, count, record);
 }
 
 template <class Record>
 void mid(Record &record, int64_t start, int64_t count) {
-  if (start >= 0) mid_into(record, start, count, record);
+  if (!is_empty(record) && start >= 0) mid_into(record, start, count, record);
 }
 
 template <class Record, class OutRecord>
