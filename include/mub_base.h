@@ -8,7 +8,8 @@
  * Lengths.    Lengths, counts, indexes and positions are int64_t; -1 means that there is none. A negative length
  *             passed with a text means that the text ends at its first NUL. Other negative counts are refused:
  *             they copy, clear, check and delete nothing.
- * Results.    Truth values are 1 and 0. Failures show in results alone: nothing aborts, logs or sets errno.
+ * Results.    Truth values are 1 and 0. Failures show in results alone: nothing aborts or logs, and errno carries no
+ *             meaning.
  * Memory.     A call that runs out of memory is refused: it gives its failure result and leaves contents, counts
  *             and keys as they were. Reserved capacity may have grown.
  * Aliasing.   Bytes (and keys) that lie in the target's own buffer count as copied before anything moves.

@@ -34,7 +34,8 @@ MUB_API mub_char *mub_char_init(mub_char *view);
 MUB_API mub_char *mub_char_term(mub_char *view);
 
 /* mub_char_trim: narrow a view to what stands between leading and trailing white space; NULs at its back go too. No
- * byte is moved or written. A view with a NUL among its leading white space becomes empty. */
+ * byte is moved or written. A view with a NUL among its leading white space becomes empty, and so does one that is
+ * not measured. */
 MUB_API void mub_char_trim(mub_char *view);
 
 /* mub_char_shrink: set the length of a view that has data, to anything not negative; there is no upper bound, so

@@ -65,7 +65,7 @@ MUB_API void mub_str_dup(char **string, const char *source, int64_t length);
 
 /* mub_str_trim: remove tabs, line feeds, carriage returns and spaces at both ends of a string, NULs at its back too.
  *   string   changed in place and terminated when anything is removed; NULL does nothing
- *   length   its length; a negative one makes the string empty instead of trimming it
+ *   length   its length; 0 and negative ones make the string empty instead of trimming it
  * A NUL among the leading white space leaves the string unchanged. */
 MUB_API void mub_str_trim(char *string, int64_t length);
 

@@ -10,7 +10,8 @@
  * Texts are given with a count of bytes; a negative one means that the text ends at its NUL. A text may lie in the
  * string that it goes into. Whatever makes a string grow invalidates pointers into it. Growth is by half the length,
  * at least 8 bytes and at most 8 MiB, and rounded up so that the block, terminator included, is a multiple of 8;
- * appending is O(1) amortised. Functions that return nothing leave the string as it was when memory runs out.
+ * appending is O(1) amortised. Past 2^31 - 1 bytes a buffer takes what is asked for and no more: expand such a string
+ * first, or every few appends copy it. Functions that return nothing leave the string as it was when memory runs out.
  *
  * White space is tab, line feed, carriage return and space. */
 #ifndef MUB_STRING_H

@@ -1,5 +1,5 @@
 // The library's only door to the heap: sizes are checked here, so that no caller multiplies or adds unchecked.
-// Tests make allocations fail by wrapping malloc and calloc at link time; nothing else may call them.
+// Tests make allocations fail by wrapping malloc and calloc at link time; beside mub_malloc nothing else calls them.
 #ifndef MUB_CORE_ALLOC_H
 #define MUB_CORE_ALLOC_H
 

@@ -12,6 +12,9 @@ namespace {
 
 using CharOps = UnitOps<char>;
 
+// The characters that may be read: none without data, whatever the length says.
+int64_t readable(const mub_char &view) { return view.data == nullptr ? 0 : view.length; }
+
 void trim(mub_char &view) {
   if (view.data == nullptr) return;
   const span::Trimmed kept = span::trimmed(view.data, view.length);
@@ -74,19 +77,19 @@ void mub_char_make_upper(mub_char *view) { mub::span::fold(view->data, view->len
 void mub_char_copy(mub_char *view, const char *text, int64_t count) { mub::copy(*view, text, count); }
 
 int mub_char_is_long(const mub_char *view) {
-  return mub::number::parse_integer(view->data, view->length).is_whole;
+  return mub::number::parse_integer(view->data, mub::readable(*view)).is_whole;
 }
 
 int64_t mub_char_get_long(const mub_char *view) {
-  return mub::number::parse_integer(view->data, view->length).value;
+  return mub::number::parse_integer(view->data, mub::readable(*view)).value;
 }
 
 int mub_char_is_float(const mub_char *view) {
-  return mub::number::scan_decimal(view->data, view->length).is_whole;
+  return mub::number::scan_decimal(view->data, mub::readable(*view)).is_whole;
 }
 
 double mub_char_get_float(const mub_char *view) {
-  return mub::number::parse_decimal(view->data, view->length,
+  return mub::number::parse_decimal(view->data, mub::readable(*view),
                                     [](double value, char code) { return (value * 10.0 + code) - 48.0; });
 }
 
