@@ -23,9 +23,7 @@ struct ByteKey {
 };
 
 // The length rule of the public operations.
-ByteKey measured_key(const void *key, int64_t length) {
-  return {key, measured(key, length)};
-}
+ByteKey measured_key(const void *key, int64_t length) { return {key, measured(key, length)}; }
 
 // Kept out of the way of the exact compare.
 __attribute__((noinline)) bool same_text(const uint8_t *stored, ByteKey key) {
