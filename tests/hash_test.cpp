@@ -34,7 +34,9 @@ struct Table : A::Table {
     // A block that the test took from the table's pool: the pool holds more than the table's entries.
     if (entries == Entries::kOwnedWithAStranger) stranger = mub_pool_new(this->entry_pool);
     if (stranger != nullptr) std::memset(stranger, 'w', kEntryBytes);
-    if (with_values) this->value_pool->block_size = 16;
+    if (!with_values) return;
+    this->value_pool->block_size = 16;
+    this->value_pool->blocks_per_chunk = 128;
   }
   ~Table() { A::term(this); }
 
@@ -165,7 +167,6 @@ TYPED_TEST(Hash, OnlyACallersPoolGetsSingleValueBlocksBack) {
     uint64_t value = 0;
     EXPECT_EQ(A::set(&table, A::key(3), &value, note), 0);
     EXPECT_EQ(value, seen[3]);
-    EXPECT_EQ(seen.size(), 20u);
     A::free(&table, A::key(3), nullptr);
     EXPECT_EQ(table.value_pool->live_count, owned ? 20 : 19);
     A::remove(&table, A::key(4));
@@ -213,7 +214,10 @@ TYPED_TEST(Hash, CloneTranslatesEntriesValuesAndWhatTheyReferToOrIsEmpty) {
         word_behind(block) = static_cast<uint64_t *>(mub_pool_new(&user));
         *word_behind(block) = A::word(key);
       }
-      A::update(&table, A::key(3), model.find(A::key(3))->second = 0);
+      // No blocks of the pool: 0, and what lies right behind a chunk of which the neighbours are.
+      const uint64_t foreign[] = {0, reinterpret_cast<uintptr_t>(table.value_pool->chunks[0]) + 128 * 16};
+      for (int64_t i = 0; i < 32; ++i)
+        A::update(&table, A::key(i), model.find(A::key(i))->second = foreign[i % 2]);
       for (int64_t i = 0; i < 200; i += 7) EXPECT_EQ(A::remove(&table, A::key(i)), model.erase(A::key(i)));
       Table<A> copy(Entries::kOwned, true);
       A::insert(&copy, A::key(700), 7);
@@ -224,8 +228,10 @@ TYPED_TEST(Hash, CloneTranslatesEntriesValuesAndWhatTheyReferToOrIsEmpty) {
       EXPECT_EQ(seen.size(), failed ? 0 : model.items.size());
       EXPECT_EQ(table.pool.live_count, entries == Entries::kShared ? table.count + copy.count : 0);
       if (failed) model = Model<A>();
+      if (!failed && table.stranger != nullptr) copy.stranger = copy.entry_pool->chunks[0];
+      EXPECT_TRUE(copy.stranger_is_untouched());
       for (auto &[key, block] : model.items) {
-        ASSERT_EQ(A::get(&copy, key) == block, block == 0);
+        ASSERT_EQ(A::get(&copy, key) == 0, block == 0 || block == foreign[1]);
         block = A::get(&copy, key);
       }
       A::remove_all(&table);
@@ -245,7 +251,7 @@ TYPED_TEST(Hash, CloneSharesCallersPoolsAndGivesUpItsOwn) {
   const Model<A> model = filled<A>(table, 20);
   Table<A> copy(Entries::kOwned, true);
   // The pool that the copy gives up is named as the user's, too.
-  A::clone(&table, &values, &copy, copy.value_pool, nullptr);
+  A::clone(&table, &values, &copy, copy.value_pool, mend);
   model.expect_same(copy);
   EXPECT_EQ(copy.value_pool, &values);
   EXPECT_EQ(copy.owns_entry_pool + copy.owns_value_pool, 0);
@@ -278,7 +284,6 @@ TYPED_TEST(Hash, RefusesAnInsertionAsAWholeWhenMemoryRunsOut) {
       const bool failed = fuse.blows_in([&] { result = A::set(&table, A::key(before), &value, nullptr); });
       EXPECT_TRUE(value == 0 ? failed : result == 1);
       EXPECT_EQ(table.entry_pool->live_count, before + result);
-      EXPECT_EQ(A::find(&table, A::key(before)), result);
       if (result == 1) model.insert(A::key(before), value);
       // Only the doubling may be missing, and the next insertion makes up for it.
       A::insert(&table, A::key(before + 1), 6);
@@ -346,7 +351,7 @@ TEST(HashOfBytes, CaseFollowsTheFieldWhichStaysWithItsRecord) {
   EXPECT_EQ(table.nocase - exact.nocase, 1);
 }
 
-TEST(HashOfBytes, OffsetsFallBehindAKeyButThatOfAnEmptyOneAtItsPlace) {
+TEST(HashOfBytes, OffsetsHave32BitsAndFallBehindACutButThatOfAnEmptyKeyAtIt) {
   Table<ByteTable> table;
   mub_hash_entry *made[4];
   const char *keys[4] = {"aa", "bb", "", "cc"};
@@ -356,6 +361,9 @@ TEST(HashOfBytes, OffsetsFallBehindAKeyButThatOfAnEmptyOneAtItsPlace) {
   mub_hash_adjust_t(&table, 2, 1);
   const uint32_t offsets[4] = {0, 1, 3, 1};
   for (size_t i = 0; i < 4; ++i) EXPECT_EQ(made[i]->key_offset, offsets[i]) << keys[i];
+  table.keys.length = 0xFFFFFFFE;
+  EXPECT_EQ(mub_hash_insert(&table, "ab", 2, 1), 0);
+  EXPECT_EQ(table.count + table.entry_pool->live_count, 8);
 }
 
 TEST(HashOfBytes, TakesKeysFromItsOwnKeyBytes) {
@@ -375,14 +383,6 @@ TEST(HashOfBytes, TakesKeysFromItsOwnKeyBytes) {
   EXPECT_EQ(mub_hash_find(&table, "short", -1), 0);
 }
 
-TEST(HashOfBytes, RefusesKeysBehindTheReachOfOffsets) {
-  Table<ByteTable> table;
-  table.keys.length = 0xFFFFFFFE;
-  EXPECT_EQ(mub_hash_insert(&table, "ab", 2, 1), 0);
-  EXPECT_EQ(table.count + table.entry_pool->live_count, 0);
-  table.keys.length = 0;
-}
-
 TEST(HashOfBytes, LowLayerTakesBucketsAndHashesAsGiven) {
   Table<ByteTable> table;
   mub_hash_entry *entry = nullptr;
@@ -396,7 +396,7 @@ TEST(HashOfBytes, LowLayerTakesBucketsAndHashesAsGiven) {
   EXPECT_EQ(mub_hash_entry_remove(&table, bucket, hash + 4, "known", 5), nullptr);
   EXPECT_EQ(mub_hash_find_t(&table, "known", -1), mub_hash_remove_t(&table, "known", -1)) << "none";
   EXPECT_EQ(mub_hash_insert_t(&table, "known", -1, &inserted), entry);
-  for (int64_t outside : {INT64_MIN, INT64_MAX}) mub_hash_entry_next(&table, &outside, entry);
+  for (int64_t outside : {int64_t{-3}, INT64_MAX}) mub_hash_entry_next(&table, &outside, entry);
 
   mub_hash_entry *fresh = mub_hash_entry_new(&table, bucket, 0, "unknown", 7, &inserted);
   EXPECT_EQ(inserted, 1);
