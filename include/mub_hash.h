@@ -1,4 +1,5 @@
-/* mub_hash.h: chained hash tables.
+/* mub_hash.h: chained hash tables: mub_hash with byte strings as keys, mub_hashd with 32-bit integers, mub_hashx with
+ * 64-bit integers, mub_hasht with 16 bytes.
  *
  *   buckets.items ──► [0] ──► entry ──► entry ──► NULL        entries: blocks of entry_pool
  *                     [1] ──► NULL                            value of an entry: a word, or a block of value_pool
@@ -212,6 +213,394 @@ MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64
  *   offset   where they were: keys at or behind it move, an empty key only behind it
  *   length   how many they were; the low 32 bits are used */
 MUB_API void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length);
+
+/* ---- mub_hashd: keys are 32-bit integers --------------------------------------------------------------------
+ *
+ * A key is its own hash: it lies in bucket key mod the number of buckets, so that consecutive keys fill consecutive
+ * buckets. Negative keys are passed as their unsigned twins. All else is as for mub_hash. */
+
+/* One entry; it stays where it is until it is removed. */
+typedef struct mub_hashd_entry {
+  struct mub_hashd_entry *next; /* next in the chain; NULL at its end */
+  uint32_t key;
+  uint64_t value; /* the caller's; may be changed in place */
+} mub_hashd_entry;
+
+typedef struct mub_hashd {
+  mub_arrays buckets; /* chain heads and their number, as in mub_hash */
+  int64_t count;      /* entries in the table */
+  mub_pool *entry_pool;
+  uint16_t owns_entry_pool; /* 1: made by mub_hashd_init, released by mub_hashd_term */
+  mub_pool *value_pool;     /* NULL when there is none */
+  uint16_t owns_value_pool;
+} mub_hashd;
+
+/* mub_hashd_init: make the record an empty table, as mub_hash_init. Returns the table. */
+MUB_API mub_hashd *mub_hashd_init(mub_hashd *table, int with_entry_pool, int with_value_pool);
+
+/* mub_hashd_term: release everything that the table owns, as mub_hash_term. */
+MUB_API void mub_hashd_term(mub_hashd *table);
+
+/* mub_hashd_swap: exchange two tables, pools and their ownership included. */
+MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
+
+/* mub_hashd_clone: copy a table, as mub_hash_clone. Returns the destination; empty when memory ran out.
+ * Cost: O(entries). */
+MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_user_pool,
+                                   mub_hashd *destination, mub_pool *destination_user_pool,
+                                   mub_clone_fn callback);
+
+/* mub_hashd_key: the CRC register of mub_hash_key over the key's 4 bytes, least significant first. The table does not
+ * use it; it is for callers who want their keys mixed. */
+MUB_API uint32_t mub_hashd_key(uint32_t key);
+
+/* mub_hashd_set: find the entry of a key, or make it with a block of the value pool, as mub_hash_set.
+ * Returns 1 when the entry is new, else 0. */
+MUB_API int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, mub_init_fn init);
+
+/* mub_hashd_get: look a value up.
+ * Returns the value, 0 when the key is absent. Cost: O(1) expected. */
+MUB_API uint64_t mub_hashd_get(const mub_hashd *table, uint32_t key);
+
+/* mub_hashd_insert: add a key with a value unless the key is present.
+ * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out.
+ * Invalidates: bucket positions of a walk. Cost: O(1) expected; doubles the buckets now and then. */
+MUB_API int mub_hashd_insert(mub_hashd *table, uint32_t key, uint64_t value);
+
+/* mub_hashd_update: replace the value of a key that is present.
+ * Returns the previous value; 0 when the key is absent, and nothing is made. */
+MUB_API uint64_t mub_hashd_update(mub_hashd *table, uint32_t key, uint64_t value);
+
+/* mub_hashd_find: tell whether a key is present.
+ * Returns 1 or 0. */
+MUB_API int mub_hashd_find(const mub_hashd *table, uint32_t key);
+
+/* mub_hashd_remove: take a key out. Its value is handed over, not released.
+ * Returns the value; 0 when the key is absent. Cost: O(1) expected. */
+MUB_API uint64_t mub_hashd_remove(mub_hashd *table, uint32_t key);
+
+/* mub_hashd_free: take a key out and release its value, as mub_hash_free.
+ * Returns the table; NULL when the key is absent. Cost: O(1) expected. */
+MUB_API mub_hashd *mub_hashd_free(mub_hashd *table, uint32_t key, mub_free_fn release);
+
+/* mub_hashd_remove_all: empty the table, as mub_hash_remove_all. */
+MUB_API void mub_hashd_remove_all(mub_hashd *table);
+
+/* mub_hashd_free_all: empty the table and release its values, as mub_hash_free_all. */
+MUB_API void mub_hashd_free_all(mub_hashd *table, mub_free_fn release);
+
+/* mub_hashd_remove_all_entry: return every entry block to the entry pool, as mub_hash_remove_all_entry. */
+MUB_API void mub_hashd_remove_all_entry(mub_hashd *table);
+
+/* mub_hashd_free_all_entry: release every value that is not 0, as mub_hash_free_all_entry. */
+MUB_API void mub_hashd_free_all_entry(mub_hashd *table, mub_free_fn release);
+
+/* mub_hashd_entry_set: find the entry of a key, or make it with value 0.
+ *   entry_out   receives the entry; NULL when memory ran out
+ * Returns 1 when the entry is new, else 0. */
+MUB_API int mub_hashd_entry_set(mub_hashd *table, uint32_t key, mub_hashd_entry **entry_out);
+
+/* mub_hashd_entry_get: find the entry of a key.
+ * Returns the entry; NULL when the key is absent. */
+MUB_API mub_hashd_entry *mub_hashd_entry_get(const mub_hashd *table, uint32_t key);
+
+/* mub_hashd_entry_first: start a walk, as mub_hash_entry_first.
+ * Returns the first entry; NULL when the table is empty. */
+MUB_API mub_hashd_entry *mub_hashd_entry_first(const mub_hashd *table, int64_t *bucket_out);
+
+/* mub_hashd_entry_next: step to the next entry, as mub_hash_entry_next.
+ * Returns the entry; NULL at the end. */
+MUB_API mub_hashd_entry *mub_hashd_entry_next(const mub_hashd *table, int64_t *bucket_io,
+                                              const mub_hashd_entry *entry);
+
+/* mub_hashd_entry_new: find a key in a bucket, or link a block for it at the end of the chain, `next` NULL and
+ * `value` 0. The key is not stored: filling it in and counting the entry is the caller's.
+ *   inserted_out   receives 1 when the block is new, else 0
+ * Returns the entry; NULL when no block could be had. */
+MUB_API mub_hashd_entry *mub_hashd_entry_new(mub_hashd *table, int64_t bucket, uint32_t key,
+                                             int *inserted_out);
+
+/* mub_hashd_entry_find: find a key in a bucket.
+ * Returns the entry; NULL when there is none. */
+MUB_API mub_hashd_entry *mub_hashd_entry_find(const mub_hashd *table, int64_t bucket, uint32_t key);
+
+/* mub_hashd_entry_remove: find a key in a bucket and unlink its entry. The count stays as it is.
+ * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
+MUB_API mub_hashd_entry *mub_hashd_entry_remove(mub_hashd *table, int64_t bucket, uint32_t key);
+
+/* mub_hashd_expand: double the buckets, as mub_hash_expand. Does nothing without buckets, or when memory runs out. */
+MUB_API void mub_hashd_expand(mub_hashd *table);
+
+/* mub_hashd_insert_t: find the entry of a key, or make it with value 0.
+ *   inserted_out   receives 1 when the entry is new, else 0
+ * Returns the entry; NULL when memory ran out. */
+MUB_API mub_hashd_entry *mub_hashd_insert_t(mub_hashd *table, uint32_t key, int *inserted_out);
+
+/* mub_hashd_find_t: find the entry of a key.
+ * Returns the entry; NULL when there is none. */
+MUB_API mub_hashd_entry *mub_hashd_find_t(const mub_hashd *table, uint32_t key);
+
+/* mub_hashd_remove_t: unlink the entry of a key. The count stays as it is.
+ * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
+MUB_API mub_hashd_entry *mub_hashd_remove_t(mub_hashd *table, uint32_t key);
+
+/* ---- mub_hashx: keys are 64-bit integers --------------------------------------------------------------------
+ *
+ * A key is its own hash, as in mub_hashd: it lies in bucket key mod the number of buckets. All else is as for mub_hash. */
+
+/* One entry; it stays where it is until it is removed. */
+typedef struct mub_hashx_entry {
+  struct mub_hashx_entry *next; /* next in the chain; NULL at its end */
+  uint64_t key;
+  uint64_t value; /* the caller's; may be changed in place */
+} mub_hashx_entry;
+
+typedef struct mub_hashx {
+  mub_arrays buckets; /* chain heads and their number, as in mub_hash */
+  int64_t count;      /* entries in the table */
+  mub_pool *entry_pool;
+  uint16_t owns_entry_pool; /* 1: made by mub_hashx_init, released by mub_hashx_term */
+  mub_pool *value_pool;     /* NULL when there is none */
+  uint16_t owns_value_pool;
+} mub_hashx;
+
+/* mub_hashx_init: make the record an empty table, as mub_hash_init. Returns the table. */
+MUB_API mub_hashx *mub_hashx_init(mub_hashx *table, int with_entry_pool, int with_value_pool);
+
+/* mub_hashx_term: release everything that the table owns, as mub_hash_term. */
+MUB_API void mub_hashx_term(mub_hashx *table);
+
+/* mub_hashx_swap: exchange two tables, pools and their ownership included. */
+MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
+
+/* mub_hashx_clone: copy a table, as mub_hash_clone. Returns the destination; empty when memory ran out.
+ * Cost: O(entries). */
+MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_user_pool,
+                                   mub_hashx *destination, mub_pool *destination_user_pool,
+                                   mub_clone_fn callback);
+
+/* mub_hashx_key: the CRC register of mub_hash_key over the key's 8 bytes, least significant first. The table does not
+ * use it; it is for callers who want their keys mixed. */
+MUB_API uint32_t mub_hashx_key(uint64_t key);
+
+/* mub_hashx_set: find the entry of a key, or make it with a block of the value pool, as mub_hash_set.
+ * Returns 1 when the entry is new, else 0. */
+MUB_API int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, mub_init_fn init);
+
+/* mub_hashx_get: look a value up.
+ * Returns the value, 0 when the key is absent. Cost: O(1) expected. */
+MUB_API uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key);
+
+/* mub_hashx_insert: add a key with a value unless the key is present.
+ * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out.
+ * Invalidates: bucket positions of a walk. Cost: O(1) expected; doubles the buckets now and then. */
+MUB_API int mub_hashx_insert(mub_hashx *table, uint64_t key, uint64_t value);
+
+/* mub_hashx_update: replace the value of a key that is present.
+ * Returns the previous value; 0 when the key is absent, and nothing is made. */
+MUB_API uint64_t mub_hashx_update(mub_hashx *table, uint64_t key, uint64_t value);
+
+/* mub_hashx_find: tell whether a key is present.
+ * Returns 1 or 0. */
+MUB_API int mub_hashx_find(const mub_hashx *table, uint64_t key);
+
+/* mub_hashx_remove: take a key out. Its value is handed over, not released.
+ * Returns the value; 0 when the key is absent. Cost: O(1) expected. */
+MUB_API uint64_t mub_hashx_remove(mub_hashx *table, uint64_t key);
+
+/* mub_hashx_free: take a key out and release its value, as mub_hash_free.
+ * Returns the table; NULL when the key is absent. Cost: O(1) expected. */
+MUB_API mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn release);
+
+/* mub_hashx_remove_all: empty the table, as mub_hash_remove_all. */
+MUB_API void mub_hashx_remove_all(mub_hashx *table);
+
+/* mub_hashx_free_all: empty the table and release its values, as mub_hash_free_all. */
+MUB_API void mub_hashx_free_all(mub_hashx *table, mub_free_fn release);
+
+/* mub_hashx_remove_all_entry: return every entry block to the entry pool, as mub_hash_remove_all_entry. */
+MUB_API void mub_hashx_remove_all_entry(mub_hashx *table);
+
+/* mub_hashx_free_all_entry: release every value that is not 0, as mub_hash_free_all_entry. */
+MUB_API void mub_hashx_free_all_entry(mub_hashx *table, mub_free_fn release);
+
+/* mub_hashx_entry_set: find the entry of a key, or make it with value 0.
+ *   entry_out   receives the entry; NULL when memory ran out
+ * Returns 1 when the entry is new, else 0. */
+MUB_API int mub_hashx_entry_set(mub_hashx *table, uint64_t key, mub_hashx_entry **entry_out);
+
+/* mub_hashx_entry_get: find the entry of a key.
+ * Returns the entry; NULL when the key is absent. */
+MUB_API mub_hashx_entry *mub_hashx_entry_get(const mub_hashx *table, uint64_t key);
+
+/* mub_hashx_entry_first: start a walk, as mub_hash_entry_first.
+ * Returns the first entry; NULL when the table is empty. */
+MUB_API mub_hashx_entry *mub_hashx_entry_first(const mub_hashx *table, int64_t *bucket_out);
+
+/* mub_hashx_entry_next: step to the next entry, as mub_hash_entry_next.
+ * Returns the entry; NULL at the end. */
+MUB_API mub_hashx_entry *mub_hashx_entry_next(const mub_hashx *table, int64_t *bucket_io,
+                                              const mub_hashx_entry *entry);
+
+/* mub_hashx_entry_new: find a key in a bucket, or link a block for it at the end of the chain, `next` NULL and
+ * `value` 0. The key is not stored: filling it in and counting the entry is the caller's.
+ *   inserted_out   receives 1 when the block is new, else 0
+ * Returns the entry; NULL when no block could be had. */
+MUB_API mub_hashx_entry *mub_hashx_entry_new(mub_hashx *table, int64_t bucket, uint64_t key,
+                                             int *inserted_out);
+
+/* mub_hashx_entry_find: find a key in a bucket.
+ * Returns the entry; NULL when there is none. */
+MUB_API mub_hashx_entry *mub_hashx_entry_find(const mub_hashx *table, int64_t bucket, uint64_t key);
+
+/* mub_hashx_entry_remove: find a key in a bucket and unlink its entry. The count stays as it is.
+ * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
+MUB_API mub_hashx_entry *mub_hashx_entry_remove(mub_hashx *table, int64_t bucket, uint64_t key);
+
+/* mub_hashx_expand: double the buckets, as mub_hash_expand. Does nothing without buckets, or when memory runs out. */
+MUB_API void mub_hashx_expand(mub_hashx *table);
+
+/* mub_hashx_insert_t: find the entry of a key, or make it with value 0.
+ *   inserted_out   receives 1 when the entry is new, else 0
+ * Returns the entry; NULL when memory ran out. */
+MUB_API mub_hashx_entry *mub_hashx_insert_t(mub_hashx *table, uint64_t key, int *inserted_out);
+
+/* mub_hashx_find_t: find the entry of a key.
+ * Returns the entry; NULL when there is none. */
+MUB_API mub_hashx_entry *mub_hashx_find_t(const mub_hashx *table, uint64_t key);
+
+/* mub_hashx_remove_t: unlink the entry of a key. The count stays as it is.
+ * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
+MUB_API mub_hashx_entry *mub_hashx_remove_t(mub_hashx *table, uint64_t key);
+
+/* ---- mub_hasht: keys are 16 bytes, as four 32-bit words -----------------------------------------------------
+ *
+ * A key is passed as a pointer to its words, which are copied; its hash is mub_hasht_key. There is no walk over the
+ * entries. All else is as for mub_hash. */
+
+/* One entry; it stays where it is until it is removed. */
+typedef struct mub_hasht_entry {
+  struct mub_hasht_entry *next; /* next in the chain; NULL at its end */
+  uint32_t key[4];
+  uint64_t value; /* the caller's; may be changed in place */
+} mub_hasht_entry;
+
+typedef struct mub_hasht {
+  mub_arrays buckets; /* chain heads and their number, as in mub_hash */
+  int64_t count;      /* entries in the table */
+  mub_pool *entry_pool;
+  uint16_t owns_entry_pool; /* 1: made by mub_hasht_init, released by mub_hasht_term */
+  mub_pool *value_pool;     /* NULL when there is none */
+  uint16_t owns_value_pool;
+} mub_hasht;
+
+/* mub_hasht_init: make the record an empty table, as mub_hash_init. Returns the table. */
+MUB_API mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int with_value_pool);
+
+/* mub_hasht_term: release everything that the table owns, as mub_hash_term. */
+MUB_API void mub_hasht_term(mub_hasht *table);
+
+/* mub_hasht_swap: exchange two tables, pools and their ownership included. */
+MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
+
+/* mub_hasht_clone: copy a table, as mub_hash_clone. Returns the destination; empty when memory ran out.
+ * Cost: O(entries). */
+MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool,
+                                   mub_hasht *destination, mub_pool *destination_user_pool,
+                                   mub_clone_fn callback);
+
+/* mub_hasht_key: the hash of a key: the CRC register of mub_hash_key over its 16 bytes, word by word, least significant
+ * byte first. */
+MUB_API uint32_t mub_hasht_key(const uint32_t *key);
+
+/* mub_hasht_cmp: compare two keys.
+ * Returns 0 when they are equal, else the difference of the first unequal words, word of a minus word of b, cut to a
+ * signed 32-bit number: its sign is no order. */
+MUB_API int mub_hasht_cmp(const uint32_t *a, const uint32_t *b);
+
+/* mub_hasht_copy: copy the four words of a key. */
+MUB_API void mub_hasht_copy(uint32_t *destination, const uint32_t *source);
+
+/* mub_hasht_set: find the entry of a key, or make it with a block of the value pool, as mub_hash_set.
+ * Returns 1 when the entry is new, else 0. */
+MUB_API int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value_out, mub_init_fn init);
+
+/* mub_hasht_get: look a value up.
+ * Returns the value, 0 when the key is absent. Cost: O(1) expected. */
+MUB_API uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key);
+
+/* mub_hasht_insert: add a key with a value unless the key is present.
+ * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out.
+ * Invalidates: bucket positions of a walk. Cost: O(1) expected; doubles the buckets now and then. */
+MUB_API int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t value);
+
+/* mub_hasht_update: replace the value of a key that is present.
+ * Returns the previous value; 0 when the key is absent, and nothing is made. */
+MUB_API uint64_t mub_hasht_update(mub_hasht *table, const uint32_t *key, uint64_t value);
+
+/* mub_hasht_find: tell whether a key is present.
+ * Returns 1 or 0. */
+MUB_API int mub_hasht_find(const mub_hasht *table, const uint32_t *key);
+
+/* mub_hasht_remove: take a key out. Its value is handed over, not released.
+ * Returns the value; 0 when the key is absent. Cost: O(1) expected. */
+MUB_API uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key);
+
+/* mub_hasht_free: take a key out and release its value, as mub_hash_free.
+ * Returns the table; NULL when the key is absent. Cost: O(1) expected. */
+MUB_API mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_free_fn release);
+
+/* mub_hasht_remove_all: empty the table, as mub_hash_remove_all. */
+MUB_API void mub_hasht_remove_all(mub_hasht *table);
+
+/* mub_hasht_free_all: empty the table and release its values, as mub_hash_free_all. */
+MUB_API void mub_hasht_free_all(mub_hasht *table, mub_free_fn release);
+
+/* mub_hasht_remove_all_entry: return every entry block to the entry pool, as mub_hash_remove_all_entry. */
+MUB_API void mub_hasht_remove_all_entry(mub_hasht *table);
+
+/* mub_hasht_free_all_entry: release every value that is not 0, as mub_hash_free_all_entry. */
+MUB_API void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release);
+
+/* mub_hasht_entry_set: find the entry of a key, or make it with value 0.
+ *   entry_out   receives the entry; NULL when memory ran out
+ * Returns 1 when the entry is new, else 0. */
+MUB_API int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht_entry **entry_out);
+
+/* mub_hasht_entry_get: find the entry of a key.
+ * Returns the entry; NULL when the key is absent. */
+MUB_API mub_hasht_entry *mub_hasht_entry_get(const mub_hasht *table, const uint32_t *key);
+
+/* mub_hasht_entry_new: find a key in a bucket, or link a block for it at the end of the chain, `next` NULL and
+ * `value` 0. The key is not stored: filling it in and counting the entry is the caller's.
+ *   inserted_out   receives 1 when the block is new, else 0
+ * Returns the entry; NULL when no block could be had. */
+MUB_API mub_hasht_entry *mub_hasht_entry_new(mub_hasht *table, int64_t bucket, const uint32_t *key,
+                                             int *inserted_out);
+
+/* mub_hasht_entry_find: find a key in a bucket.
+ * Returns the entry; NULL when there is none. */
+MUB_API mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bucket, const uint32_t *key);
+
+/* mub_hasht_entry_remove: find a key in a bucket and unlink its entry. The count stays as it is.
+ * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
+MUB_API mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket, const uint32_t *key);
+
+/* mub_hasht_expand: double the buckets, as mub_hash_expand. Does nothing without buckets, or when memory runs out. */
+MUB_API void mub_hasht_expand(mub_hasht *table);
+
+/* mub_hasht_insert_t: find the entry of a key, or make it with value 0.
+ *   inserted_out   receives 1 when the entry is new, else 0
+ * Returns the entry; NULL when memory ran out. */
+MUB_API mub_hasht_entry *mub_hasht_insert_t(mub_hasht *table, const uint32_t *key, int *inserted_out);
+
+/* mub_hasht_find_t: find the entry of a key.
+ * Returns the entry; NULL when there is none. */
+MUB_API mub_hasht_entry *mub_hasht_find_t(const mub_hasht *table, const uint32_t *key);
+
+/* mub_hasht_remove_t: unlink the entry of a key. The count stays as it is.
+ * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
+MUB_API mub_hasht_entry *mub_hasht_remove_t(mub_hasht *table, const uint32_t *key);
 
 #ifdef __cplusplus
 }

@@ -87,6 +87,46 @@ FIELD_AT(mub_hash, 96, uint16_t, owns_value_pool);
 FIELD_AT(mub_hash, 98, int16_t, nocase);
 SIZE_IS(mub_hash, 104);
 
+FIELD_AT(mub_hashd_entry, 0, mub_hashd_entry *, next);
+FIELD_AT(mub_hashd_entry, 8, uint32_t, key);
+FIELD_AT(mub_hashd_entry, 16, uint64_t, value);
+SIZE_IS(mub_hashd_entry, 24);
+
+FIELD_AT(mub_hashd, 0, mub_arrays, buckets);
+FIELD_AT(mub_hashd, 40, int64_t, count);
+FIELD_AT(mub_hashd, 48, mub_pool *, entry_pool);
+FIELD_AT(mub_hashd, 56, uint16_t, owns_entry_pool);
+FIELD_AT(mub_hashd, 64, mub_pool *, value_pool);
+FIELD_AT(mub_hashd, 72, uint16_t, owns_value_pool);
+SIZE_IS(mub_hashd, 80);
+
+FIELD_AT(mub_hashx_entry, 0, mub_hashx_entry *, next);
+FIELD_AT(mub_hashx_entry, 8, uint64_t, key);
+FIELD_AT(mub_hashx_entry, 16, uint64_t, value);
+SIZE_IS(mub_hashx_entry, 24);
+
+FIELD_AT(mub_hashx, 0, mub_arrays, buckets);
+FIELD_AT(mub_hashx, 40, int64_t, count);
+FIELD_AT(mub_hashx, 48, mub_pool *, entry_pool);
+FIELD_AT(mub_hashx, 56, uint16_t, owns_entry_pool);
+FIELD_AT(mub_hashx, 64, mub_pool *, value_pool);
+FIELD_AT(mub_hashx, 72, uint16_t, owns_value_pool);
+SIZE_IS(mub_hashx, 80);
+
+FIELD_AT(mub_hasht_entry, 0, mub_hasht_entry *, next);
+_Static_assert(offsetof(mub_hasht_entry, key) == 8 && sizeof(((mub_hasht_entry *)0)->key) == 16,
+               "four words");
+FIELD_AT(mub_hasht_entry, 24, uint64_t, value);
+SIZE_IS(mub_hasht_entry, 32);
+
+FIELD_AT(mub_hasht, 0, mub_arrays, buckets);
+FIELD_AT(mub_hasht, 40, int64_t, count);
+FIELD_AT(mub_hasht, 48, mub_pool *, entry_pool);
+FIELD_AT(mub_hasht, 56, uint16_t, owns_entry_pool);
+FIELD_AT(mub_hasht, 64, mub_pool *, value_pool);
+FIELD_AT(mub_hasht, 72, uint16_t, owns_value_pool);
+SIZE_IS(mub_hasht, 80);
+
 static int failures = 0;
 
 static void expect(int holds, const char *claim) {

@@ -104,7 +104,7 @@ Model<A> filled(typename A::Table &table, int64_t count) {
 
 template <class A>
 class Hash : public ::testing::Test {};
-using Adapters = ::testing::Types<ByteTable>;
+using Adapters = ::testing::Types<ByteTable, mub_test::Table32, mub_test::Table64, mub_test::Table128>;
 TYPED_TEST_SUITE(Hash, Adapters);
 
 TYPED_TEST(Hash, AgreesWithAModel) {
@@ -403,6 +403,61 @@ TEST(HashOfBytes, LowLayerTakesBucketsAndHashesAsGiven) {
   EXPECT_EQ(entry->next, fresh);
   EXPECT_EQ(mub_hash_entry_remove(&table, bucket, hash, "known", 5), entry);
   EXPECT_EQ(table.count + table.keys.length, 1 + 5) << "counts and key bytes are the caller's to keep";
+}
+
+// ---- keys that lie in their entries
+
+TEST(HashOfWords, IntegersAreTheirOwnHash) {
+  Table<mub_test::Table32> small;
+  Table<mub_test::Table64> large;
+  for (uint32_t key = 0; key < 8; ++key) {
+    mub_hashd_insert(&small, key, 1);
+    mub_hashx_insert(&large, uint64_t{key} << 32, 1);
+  }
+  for (int64_t bucket = 0; bucket < 8; ++bucket) {
+    const auto *entry = reinterpret_cast<mub_hashd_entry *>(small.buckets.items[bucket]);
+    EXPECT_EQ(entry->key, bucket);
+    EXPECT_EQ(entry->next, nullptr);
+    EXPECT_EQ(large.buckets.items[bucket] != 0, bucket == 0) << "nothing is mixed";
+  }
+  mub_hashd_insert(&small, static_cast<uint32_t>(-1), 2);
+  mub_hashx_insert(&large, ~uint64_t{0}, 2);
+  EXPECT_NE(mub_hashd_entry_find(&small, 7, UINT32_MAX), nullptr);
+  EXPECT_NE(mub_hashx_entry_find(&large, 7, UINT64_MAX), nullptr);
+}
+
+TEST(HashOfWords, KeyFunctionsRunTheRegisterOverTheBytes) {
+  const uint32_t words[] = {0x34333231, 0x38373635, 0x20202039, 0};
+  using mub_test::bitwise_register;
+  EXPECT_EQ(mub_hashd_key(words[0]), bitwise_register("1234"));
+  EXPECT_EQ(mub_hashx_key(0x3837363534333231), bitwise_register("12345678"));
+  EXPECT_EQ(mub_hasht_key(words), bitwise_register(std::string("123456789   \0\0\0\0", 16)));
+}
+
+TEST(HashOfWords, QuadsCompareByTheFirstWordsThatDiffer) {
+  const uint32_t a[] = {1, 2, 3, 4};
+  uint32_t b[4];
+  mub_hasht_copy(b, a);
+  EXPECT_EQ(mub_hasht_cmp(a, b), 0);
+  b[3] = 9;
+  EXPECT_EQ(mub_hasht_cmp(a, b), -5);
+  b[1] = UINT32_MAX;
+  EXPECT_EQ(mub_hasht_cmp(a, b), 3) << "the wrapped difference of 2 and 2^32 - 1";
+}
+
+TEST(HashOfWords, LowLayerClearsNewEntries) {
+  Table<mub_test::Table128> table;
+  const mub_test::FourWords key = {{1, 2, 3, 4}};
+  mub_hasht_insert(&table, key, 77);
+  // The key of a removed entry lies in the very block that the next insertion takes.
+  mub_hasht_entry *entry = mub_hasht_entry_get(&table, key);
+  EXPECT_EQ(mub_hasht_remove(&table, entry->key), 77u);
+  EXPECT_EQ(mub_hasht_insert(&table, entry->key, 78), 1);
+  EXPECT_EQ(mub_hasht_remove(&table, key), 78u);
+  int inserted = 0;
+  EXPECT_EQ(mub_hasht_entry_new(&table, 0, key, &inserted), entry);
+  EXPECT_EQ(inserted, 1);
+  EXPECT_EQ(entry->value, 0u);
 }
 
 }  // namespace

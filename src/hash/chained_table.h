@@ -13,6 +13,7 @@
 //
 // A kind of key takes part with a policy:
 //   Table, Entry, Key     the records, and a key as it is passed
+//   kClearsNewEntries     whether entry_new, which stores no key, sets the value to 0
 //   word(table, key)      the word that chooses the bucket;  entry_word(entry) the same for a stored key
 //   same_key(table, entry, key)         whether the entry has the key
 //   matches(table, entry, word, key)    the same, after a test of the stored word where there is one
@@ -123,7 +124,9 @@ EntryOf<Kind> *entry_new(TableOf<Kind> &table, int64_t bucket, KeyOf<Kind> key, 
   inserted = 0;
   if (place.entry != nullptr) return place.entry;
   EntryOf<Kind> *entry = link_new<Kind>(table, bucket, place.before);
-  inserted = entry != nullptr ? 1 : 0;
+  if (entry == nullptr) return nullptr;
+  if constexpr (Kind::kClearsNewEntries) entry->value = 0;
+  inserted = 1;
   return entry;
 }
 

@@ -35,6 +35,7 @@ struct ByteKeys {
   using Table = mub_hash;
   using Entry = mub_hash_entry;
   using Key = ByteKey;
+  static constexpr bool kClearsNewEntries = false;
 
   static uint64_t word(const Table &table, Key key) {
     return table.nocase == 0 ? key_hash(key.bytes, key.length) : key_hash_nocase(key.bytes, key.length);

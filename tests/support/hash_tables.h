@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -84,6 +85,142 @@ struct ByteTable {
   }
   static Entry *remove_t(Table *t, const Key &k) { return mub_hash_remove_t(t, k.data(), size(k)); }
   static void expand(Table *t) { mub_hash_expand(t); }
+};
+
+// Keys that lie in the entries; nothing is stored elsewhere.
+template <class TableRecord, class EntryRecord, class KeyType>
+struct TableOfWords {
+  using Table = TableRecord;
+  using Entry = EntryRecord;
+  using Key = KeyType;
+  static void expect_stored(const Table &, const std::vector<std::pair<Key, uint64_t>> &) {}
+};
+
+// Different integers: small ones, negative ones, ones that agree in all their low bits, and twins of the small ones
+// with one bit more in the middle.
+template <class Integer>
+Integer hard_integer(int64_t n) {
+  constexpr int kBits = 8 * sizeof(Integer);
+  const auto m = static_cast<Integer>(n / 4);
+  switch (n % 4) {
+    case 0:
+      return m;
+    case 1:
+      return static_cast<Integer>(~m);
+    case 2:
+      return static_cast<Integer>((m + 1) << (kBits - 10));
+    default:
+      return static_cast<Integer>(m | Integer{1} << (kBits / 2));
+  }
+}
+
+struct Table32 : TableOfWords<mub_hashd, mub_hashd_entry, uint32_t> {
+  static Key key(int64_t n) { return hard_integer<uint32_t>(n); }
+  static uint64_t word(Key key) { return key; }
+  static Key key_of(const Table &, const Entry &entry) { return entry.key; }
+  static constexpr auto init = mub_hashd_init;
+  static constexpr auto term = mub_hashd_term;
+  static constexpr auto swap = mub_hashd_swap;
+  static constexpr auto clone = mub_hashd_clone;
+  static constexpr auto set = mub_hashd_set;
+  static constexpr auto get = mub_hashd_get;
+  static constexpr auto insert = mub_hashd_insert;
+  static constexpr auto update = mub_hashd_update;
+  static constexpr auto find = mub_hashd_find;
+  static constexpr auto remove = mub_hashd_remove;
+  static constexpr auto free = mub_hashd_free;
+  static constexpr auto remove_all = mub_hashd_remove_all;
+  static constexpr auto free_all = mub_hashd_free_all;
+  static constexpr auto entry_set = mub_hashd_entry_set;
+  static constexpr auto entry_get = mub_hashd_entry_get;
+  static constexpr auto entry_first = mub_hashd_entry_first;
+  static constexpr auto entry_next = mub_hashd_entry_next;
+  static constexpr auto remove_t = mub_hashd_remove_t;
+  static constexpr auto expand = mub_hashd_expand;
+};
+
+struct Table64 : TableOfWords<mub_hashx, mub_hashx_entry, uint64_t> {
+  static Key key(int64_t n) { return hard_integer<uint64_t>(n); }
+  static uint64_t word(Key key) { return key; }
+  static Key key_of(const Table &, const Entry &entry) { return entry.key; }
+  static constexpr auto init = mub_hashx_init;
+  static constexpr auto term = mub_hashx_term;
+  static constexpr auto swap = mub_hashx_swap;
+  static constexpr auto clone = mub_hashx_clone;
+  static constexpr auto set = mub_hashx_set;
+  static constexpr auto get = mub_hashx_get;
+  static constexpr auto insert = mub_hashx_insert;
+  static constexpr auto update = mub_hashx_update;
+  static constexpr auto find = mub_hashx_find;
+  static constexpr auto remove = mub_hashx_remove;
+  static constexpr auto free = mub_hashx_free;
+  static constexpr auto remove_all = mub_hashx_remove_all;
+  static constexpr auto free_all = mub_hashx_free_all;
+  static constexpr auto entry_set = mub_hashx_entry_set;
+  static constexpr auto entry_get = mub_hashx_entry_get;
+  static constexpr auto entry_first = mub_hashx_entry_first;
+  static constexpr auto entry_next = mub_hashx_entry_next;
+  static constexpr auto remove_t = mub_hashx_remove_t;
+  static constexpr auto expand = mub_hashx_expand;
+};
+
+struct FourWords {
+  std::array<uint32_t, 4> words;
+  operator const uint32_t *() const { return words.data(); }
+  bool operator==(const FourWords &other) const { return words == other.words; }
+};
+
+struct Table128 : TableOfWords<mub_hasht, mub_hasht_entry, FourWords> {
+  // Three words are alike, all zeros or all ones; the keys of a group differ in one of the four places.
+  static Key key(int64_t n) {
+    const uint32_t rest = n % 8 < 4 ? 0 : ~0u;
+    Key key = {{rest, rest, rest, rest}};
+    key.words[static_cast<size_t>(n % 4)] = static_cast<uint32_t>(n / 8 + 1);
+    return key;
+  }
+  static uint64_t word(const Key &key) {
+    std::string bytes;
+    for (const uint32_t word : key.words) {
+      for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(word >> shift);
+    }
+    return bitwise_register(bytes);
+  }
+  static Key key_of(const Table &, const Entry &entry) {
+    return {{entry.key[0], entry.key[1], entry.key[2], entry.key[3]}};
+  }
+  static constexpr auto init = mub_hasht_init;
+  static constexpr auto term = mub_hasht_term;
+  static constexpr auto swap = mub_hasht_swap;
+  static constexpr auto clone = mub_hasht_clone;
+  static constexpr auto set = mub_hasht_set;
+  static constexpr auto get = mub_hasht_get;
+  static constexpr auto insert = mub_hasht_insert;
+  static constexpr auto update = mub_hasht_update;
+  static constexpr auto find = mub_hasht_find;
+  static constexpr auto remove = mub_hasht_remove;
+  static constexpr auto free = mub_hasht_free;
+  static constexpr auto remove_all = mub_hasht_remove_all;
+  static constexpr auto free_all = mub_hasht_free_all;
+  static constexpr auto entry_set = mub_hasht_entry_set;
+  static constexpr auto entry_get = mub_hasht_entry_get;
+  static constexpr auto remove_t = mub_hasht_remove_t;
+  static constexpr auto expand = mub_hasht_expand;
+  // This kind has no walk of its own.
+  static Entry *entry_first(const Table *table, int64_t *bucket) {
+    *bucket = 0;
+    return head_from(table, 0, bucket);
+  }
+  static Entry *entry_next(const Table *table, int64_t *bucket, const Entry *entry) {
+    return entry->next != nullptr ? entry->next : head_from(table, *bucket + 1, bucket);
+  }
+  static Entry *head_from(const Table *table, int64_t first, int64_t *bucket) {
+    for (int64_t i = first; i < table->buckets.count; ++i) {
+      if (table->buckets.items[i] == 0) continue;
+      *bucket = i;
+      return reinterpret_cast<Entry *>(table->buckets.items[i]);
+    }
+    return nullptr;
+  }
 };
 
 }  // namespace mub_test

@@ -1,0 +1,156 @@
+#include <algorithm>
+#include <cstddef>
+
+#include "hash/chained_clone.h"
+#include "hash/chained_table.h"
+#include "hash/keys_in_entries.h"
+
+namespace mub {
+namespace {
+
+constexpr int kKeyWords = 4;
+
+// Passed by value: a caller's pointer may lead into a block that the insertion is about to reuse.
+struct FourWords {
+  uint32_t words[kKeyWords];
+};
+
+FourWords words_of(const uint32_t *key) { return {{key[0], key[1], key[2], key[3]}}; }
+
+uint32_t hash_of(const uint32_t *key) {
+  uint8_t bytes[4 * kKeyWords];
+  for (int i = 0; i < kKeyWords; ++i) store_little_endian(key[i], bytes + 4 * i);
+  return key_hash(bytes, sizeof bytes);
+}
+
+// Keys of four words, hashed anew when the buckets double: entries have no room for a hash.
+struct Keys : KeysInEntries<mub_hasht, mub_hasht_entry, FourWords> {
+  static uint64_t word(const Table &, const Key &key) { return hash_of(key.words); }
+  static uint64_t entry_word(const Entry &entry) { return hash_of(entry.key); }
+  static bool same_key(const Table &, const Entry &entry, const Key &key) {
+    return std::equal(key.words, key.words + kKeyWords, entry.key);
+  }
+  // No word is stored that could be looked at first.
+  static bool matches(const Table &table, const Entry &entry, uint64_t, const Key &key) {
+    return same_key(table, entry, key);
+  }
+  static bool store_key(Table &, Entry &entry, uint64_t, const Key &key) {
+    std::copy_n(key.words, kKeyWords, entry.key);
+    return true;
+  }
+};
+
+static_assert(sizeof(mub_hasht_entry) == 32 && offsetof(mub_hasht_entry, key) == 8 &&
+              offsetof(mub_hasht_entry, value) == 24);
+static_assert(sizeof(mub_hasht) == 80 && offsetof(mub_hasht, count) == 40 &&
+              offsetof(mub_hasht, entry_pool) == 48);
+static_assert(offsetof(mub_hasht, owns_entry_pool) == 56 && offsetof(mub_hasht, value_pool) == 64);
+static_assert(offsetof(mub_hasht, owns_value_pool) == 72);
+
+}  // namespace
+}  // namespace mub
+
+using namespace mub;
+
+extern "C" {
+
+mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int with_value_pool) {
+  chained::init<Keys>(*table, with_entry_pool, with_value_pool);
+  return table;
+}
+
+void mub_hasht_term(mub_hasht *table) { chained::term<Keys>(*table); }
+
+void mub_hasht_swap(mub_hasht *a, mub_hasht *b) { chained::swap<Keys>(*a, *b); }
+
+mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool, mub_hasht *destination,
+                           mub_pool *destination_user_pool, mub_clone_fn callback) {
+  return chained::clone<Keys>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+uint32_t mub_hasht_key(const uint32_t *key) { return hash_of(key); }
+
+int mub_hasht_cmp(const uint32_t *a, const uint32_t *b) {
+  const auto [x, y] = std::mismatch(a, a + kKeyWords, b);
+  return x == a + kKeyWords ? 0 : static_cast<int>(*x - *y);
+}
+
+void mub_hasht_copy(uint32_t *destination, const uint32_t *source) {
+  std::copy_n(source, kKeyWords, destination);
+}
+
+int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value_out, mub_init_fn init) {
+  return chained::set<Keys>(*table, words_of(key), *value_out, init);
+}
+
+uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key) {
+  return chained::get<Keys>(*table, words_of(key));
+}
+
+int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t value) {
+  return chained::insert_value<Keys>(*table, words_of(key), value);
+}
+
+uint64_t mub_hasht_update(mub_hasht *table, const uint32_t *key, uint64_t value) {
+  return chained::update<Keys>(*table, words_of(key), value);
+}
+
+int mub_hasht_find(const mub_hasht *table, const uint32_t *key) {
+  return chained::find<Keys>(*table, words_of(key)) != nullptr ? 1 : 0;
+}
+
+uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key) {
+  return chained::remove<Keys>(*table, words_of(key));
+}
+
+mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_free_fn release) {
+  return chained::free<Keys>(*table, words_of(key), release);
+}
+
+void mub_hasht_remove_all(mub_hasht *table) { chained::remove_all<Keys>(*table); }
+
+void mub_hasht_free_all(mub_hasht *table, mub_free_fn release) { chained::free_all<Keys>(*table, release); }
+
+void mub_hasht_remove_all_entry(mub_hasht *table) { chained::remove_all_entry<Keys>(*table); }
+
+void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release) {
+  chained::free_all_entry<Keys>(*table, release);
+}
+
+int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht_entry **entry_out) {
+  int inserted;
+  *entry_out = chained::insert<Keys>(*table, words_of(key), inserted);
+  return inserted;
+}
+
+mub_hasht_entry *mub_hasht_entry_get(const mub_hasht *table, const uint32_t *key) {
+  return chained::find<Keys>(*table, words_of(key));
+}
+
+mub_hasht_entry *mub_hasht_entry_new(mub_hasht *table, int64_t bucket, const uint32_t *key,
+                                     int *inserted_out) {
+  return chained::entry_new<Keys>(*table, bucket, words_of(key), *inserted_out);
+}
+
+mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bucket, const uint32_t *key) {
+  return chained::find_in<Keys>(*table, bucket, 0, words_of(key));
+}
+
+mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket, const uint32_t *key) {
+  return chained::unlink<Keys>(*table, bucket, 0, words_of(key));
+}
+
+void mub_hasht_expand(mub_hasht *table) { chained::expand<Keys>(*table); }
+
+mub_hasht_entry *mub_hasht_insert_t(mub_hasht *table, const uint32_t *key, int *inserted_out) {
+  return chained::insert<Keys>(*table, words_of(key), *inserted_out);
+}
+
+mub_hasht_entry *mub_hasht_find_t(const mub_hasht *table, const uint32_t *key) {
+  return chained::find<Keys>(*table, words_of(key));
+}
+
+mub_hasht_entry *mub_hasht_remove_t(mub_hasht *table, const uint32_t *key) {
+  return chained::detach<Keys>(*table, words_of(key));
+}
+}

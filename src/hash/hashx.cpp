@@ -1,0 +1,120 @@
+#include <cstddef>
+
+#include "hash/chained_clone.h"
+#include "hash/chained_table.h"
+#include "hash/integer_keys.h"
+
+namespace mub {
+namespace {
+
+using Keys = IntegerKeys<mub_hashx, mub_hashx_entry, uint64_t>;
+
+static_assert(sizeof(mub_hashx_entry) == 24 && offsetof(mub_hashx_entry, key) == 8 &&
+              offsetof(mub_hashx_entry, value) == 16);
+static_assert(sizeof(mub_hashx) == 80 && offsetof(mub_hashx, count) == 40 &&
+              offsetof(mub_hashx, entry_pool) == 48);
+static_assert(offsetof(mub_hashx, owns_entry_pool) == 56 && offsetof(mub_hashx, value_pool) == 64);
+static_assert(offsetof(mub_hashx, owns_value_pool) == 72);
+
+}  // namespace
+}  // namespace mub
+
+using namespace mub;
+
+extern "C" {
+
+mub_hashx *mub_hashx_init(mub_hashx *table, int with_entry_pool, int with_value_pool) {
+  chained::init<Keys>(*table, with_entry_pool, with_value_pool);
+  return table;
+}
+
+void mub_hashx_term(mub_hashx *table) { chained::term<Keys>(*table); }
+
+void mub_hashx_swap(mub_hashx *a, mub_hashx *b) { chained::swap<Keys>(*a, *b); }
+
+mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_user_pool, mub_hashx *destination,
+                           mub_pool *destination_user_pool, mub_clone_fn callback) {
+  return chained::clone<Keys>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+uint32_t mub_hashx_key(uint64_t key) { return Keys::mixed(key); }
+
+int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, mub_init_fn init) {
+  return chained::set<Keys>(*table, key, *value_out, init);
+}
+
+uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key) { return chained::get<Keys>(*table, key); }
+
+int mub_hashx_insert(mub_hashx *table, uint64_t key, uint64_t value) {
+  return chained::insert_value<Keys>(*table, key, value);
+}
+
+uint64_t mub_hashx_update(mub_hashx *table, uint64_t key, uint64_t value) {
+  return chained::update<Keys>(*table, key, value);
+}
+
+int mub_hashx_find(const mub_hashx *table, uint64_t key) {
+  return chained::find<Keys>(*table, key) != nullptr ? 1 : 0;
+}
+
+uint64_t mub_hashx_remove(mub_hashx *table, uint64_t key) { return chained::remove<Keys>(*table, key); }
+
+mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn release) {
+  return chained::free<Keys>(*table, key, release);
+}
+
+void mub_hashx_remove_all(mub_hashx *table) { chained::remove_all<Keys>(*table); }
+
+void mub_hashx_free_all(mub_hashx *table, mub_free_fn release) { chained::free_all<Keys>(*table, release); }
+
+void mub_hashx_remove_all_entry(mub_hashx *table) { chained::remove_all_entry<Keys>(*table); }
+
+void mub_hashx_free_all_entry(mub_hashx *table, mub_free_fn release) {
+  chained::free_all_entry<Keys>(*table, release);
+}
+
+int mub_hashx_entry_set(mub_hashx *table, uint64_t key, mub_hashx_entry **entry_out) {
+  int inserted;
+  *entry_out = chained::insert<Keys>(*table, key, inserted);
+  return inserted;
+}
+
+mub_hashx_entry *mub_hashx_entry_get(const mub_hashx *table, uint64_t key) {
+  return chained::find<Keys>(*table, key);
+}
+
+mub_hashx_entry *mub_hashx_entry_first(const mub_hashx *table, int64_t *bucket_out) {
+  return chained::entry_first<Keys>(*table, *bucket_out);
+}
+
+mub_hashx_entry *mub_hashx_entry_next(const mub_hashx *table, int64_t *bucket_io,
+                                      const mub_hashx_entry *entry) {
+  return chained::entry_next<Keys>(*table, *bucket_io, *entry);
+}
+
+mub_hashx_entry *mub_hashx_entry_new(mub_hashx *table, int64_t bucket, uint64_t key, int *inserted_out) {
+  return chained::entry_new<Keys>(*table, bucket, key, *inserted_out);
+}
+
+mub_hashx_entry *mub_hashx_entry_find(const mub_hashx *table, int64_t bucket, uint64_t key) {
+  return chained::find_in<Keys>(*table, bucket, key, key);
+}
+
+mub_hashx_entry *mub_hashx_entry_remove(mub_hashx *table, int64_t bucket, uint64_t key) {
+  return chained::unlink<Keys>(*table, bucket, key, key);
+}
+
+void mub_hashx_expand(mub_hashx *table) { chained::expand<Keys>(*table); }
+
+mub_hashx_entry *mub_hashx_insert_t(mub_hashx *table, uint64_t key, int *inserted_out) {
+  return chained::insert<Keys>(*table, key, *inserted_out);
+}
+
+mub_hashx_entry *mub_hashx_find_t(const mub_hashx *table, uint64_t key) {
+  return chained::find<Keys>(*table, key);
+}
+
+mub_hashx_entry *mub_hashx_remove_t(mub_hashx *table, uint64_t key) {
+  return chained::detach<Keys>(*table, key);
+}
+}

@@ -1,0 +1,35 @@
+// Integer keys: a key is its own hash and compares as a number.
+#ifndef MUB_HASH_INTEGER_KEYS_H
+#define MUB_HASH_INTEGER_KEYS_H
+
+#include <cstdint>
+
+#include "hash/keys_in_entries.h"
+
+namespace mub {
+
+template <class TableRecord, class EntryRecord, class Integer>
+struct IntegerKeys : KeysInEntries<TableRecord, EntryRecord, Integer> {
+  using Table = TableRecord;
+  using Entry = EntryRecord;
+
+  static uint64_t word(const Table &, Integer key) { return key; }
+  static uint64_t entry_word(const Entry &entry) { return entry.key; }
+  static bool same_key(const Table &, const Entry &entry, Integer key) { return entry.key == key; }
+  static bool matches(const Table &, const Entry &entry, uint64_t, Integer key) { return entry.key == key; }
+  static bool store_key(Table &, Entry &entry, uint64_t, Integer key) {
+    entry.key = key;
+    return true;
+  }
+
+  // The CRC register over the key's bytes, for callers: the table does no mixing.
+  static uint32_t mixed(Integer key) {
+    uint8_t bytes[sizeof key];
+    store_little_endian(key, bytes);
+    return key_hash(bytes, sizeof bytes);
+  }
+};
+
+}  // namespace mub
+
+#endif

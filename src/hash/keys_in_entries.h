@@ -1,0 +1,46 @@
+// What the policies of tables share whose keys lie in their entries: there is nothing to store, to cut out or to clone
+// elsewhere.
+#ifndef MUB_HASH_KEYS_IN_ENTRIES_H
+#define MUB_HASH_KEYS_IN_ENTRIES_H
+
+#include <cstdint>
+
+#include "core/crc32.h"
+
+namespace mub {
+
+template <class Word>
+void store_little_endian(Word word, uint8_t *bytes) {
+  for (unsigned i = 0; i < sizeof word; ++i) bytes[i] = static_cast<uint8_t>(word >> (8 * i));
+}
+
+template <class TableRecord, class EntryRecord, class KeyAsPassed>
+struct KeysInEntries {
+  using Table = TableRecord;
+  using Entry = EntryRecord;
+  using Key = KeyAsPassed;
+  static constexpr bool kClearsNewEntries = true;
+
+  static void reserve_keys(Table &, int64_t) {}
+  static void erase_key(Table &, Entry &) {}
+  static void forget_key(Entry &) {}
+  static void clear_keys(Table &) {}
+  static void term_keys(Table &) {}
+  static void swap_keys(Table &, Table &) {}
+  static bool clone_keys(const Table &, Table &) { return true; }
+
+  // No key storage moves under a key.
+  class PinnedKey {
+   public:
+    PinnedKey(const Table &, Key key) : key_(key) {}
+    bool failed() const { return false; }
+    Key key() const { return key_; }
+
+   private:
+    Key key_;
+  };
+};
+
+}  // namespace mub
+
+#endif
