@@ -92,11 +92,12 @@ struct Model {
 // The model of a table with a value pool to which `count` keys were added.
 template <class A>
 Model<A> filled(typename A::Table &table, int64_t count) {
+  static uint64_t block;
+  const auto note_in_place = [](uint64_t value) { note(value == block ? value : 0); };
   Model<A> model;
   for (int64_t i = 0; i < count; ++i) {
-    uint64_t block = 0;
-    EXPECT_EQ(A::set(&table, A::key(i), &block, note), 1);
-    EXPECT_EQ(seen.back(), block);
+    EXPECT_EQ(A::set(&table, A::key(i), &block, note_in_place), 1);
+    EXPECT_EQ(seen.back(), block) << "the block is handed out before it is initialised";
     model.insert(A::key(i), block);
   }
   return model;

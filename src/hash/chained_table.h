@@ -281,12 +281,14 @@ EntryOf<Kind> *detach(TableOf<Kind> &table, KeyOf<Kind> key) {
   return entry;
 }
 
+// The initialiser already finds the block in the entry and in `value_out`.
 template <class Kind>
 int set(TableOf<Kind> &table, KeyOf<Kind> key, uint64_t &value_out, mub_init_fn init) {
   int inserted;
   EntryOf<Kind> *entry = insert<Kind>(table, key, inserted);
-  if (inserted != 0) entry->value = take_value(table.value_pool, init);
+  if (inserted != 0) entry->value = word_of(pool::take(table.value_pool));
   value_out = entry == nullptr ? 0 : entry->value;
+  if (inserted != 0) initialise(value_out, init);
   return inserted;
 }
 
