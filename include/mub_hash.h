@@ -11,7 +11,7 @@
  * mub_hash_free_all take buckets away.
  *
  * Entry pool. A table needs one before its first insertion: made by mub_hash_init, or the caller's, written into
- * `entry_pool`. Several tables may share a caller's pool.
+ * `entry_pool`, its block size at least that of the table's entry record. Several tables may share a caller's pool.
  * Value pool. Wanted only by mub_hash_set, which gives every new entry a block of it. One made by mub_hash_init has
  * no block size yet: store the size of your values in `value_pool->block_size` before the first mub_hash_set.
  * Blocks of an owned value pool go with the whole pool; single blocks return to a caller's pool only. */
@@ -93,7 +93,7 @@ MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t
 
 /* mub_hash_set: find the entry of a key, or make it with a block of the value pool.
  *   value_out   receives the value: the new block (0 when there is none), or the value that stands
- *   init        called with the new block; may be NULL
+ *   init        called with the new block, which `value_out` and the entry already hold; may be NULL
  * Returns 1 when the entry is new, also when only its block could not be had; 0 when the key was present, or when
  * memory ran out (then *value_out is 0). Cost: as mub_hash_insert. */
 MUB_API int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64_t *value_out,
@@ -328,7 +328,8 @@ MUB_API mub_hashd_entry *mub_hashd_entry_find(const mub_hashd *table, int64_t bu
  * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
 MUB_API mub_hashd_entry *mub_hashd_entry_remove(mub_hashd *table, int64_t bucket, uint32_t key);
 
-/* mub_hashd_expand: double the buckets, as mub_hash_expand. Does nothing without buckets, or when memory runs out. */
+/* mub_hashd_expand: double the buckets. Chains keep their order.
+ * Does nothing without buckets, or when memory runs out. */
 MUB_API void mub_hashd_expand(mub_hashd *table);
 
 /* mub_hashd_insert_t: find the entry of a key, or make it with value 0.
@@ -457,7 +458,8 @@ MUB_API mub_hashx_entry *mub_hashx_entry_find(const mub_hashx *table, int64_t bu
  * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
 MUB_API mub_hashx_entry *mub_hashx_entry_remove(mub_hashx *table, int64_t bucket, uint64_t key);
 
-/* mub_hashx_expand: double the buckets, as mub_hash_expand. Does nothing without buckets, or when memory runs out. */
+/* mub_hashx_expand: double the buckets. Chains keep their order.
+ * Does nothing without buckets, or when memory runs out. */
 MUB_API void mub_hashx_expand(mub_hashx *table);
 
 /* mub_hashx_insert_t: find the entry of a key, or make it with value 0.
@@ -586,7 +588,8 @@ MUB_API mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bu
  * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
 MUB_API mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket, const uint32_t *key);
 
-/* mub_hasht_expand: double the buckets, as mub_hash_expand. Does nothing without buckets, or when memory runs out. */
+/* mub_hasht_expand: double the buckets. Chains keep their order.
+ * Does nothing without buckets, or when memory runs out. */
 MUB_API void mub_hasht_expand(mub_hasht *table);
 
 /* mub_hasht_insert_t: find the entry of a key, or make it with value 0.
