@@ -446,19 +446,32 @@ TEST(HashOfWords, QuadsCompareByTheFirstWordsThatDiffer) {
   EXPECT_EQ(mub_hasht_cmp(a, b), 3) << "the wrapped difference of 2 and 2^32 - 1";
 }
 
-TEST(HashOfWords, LowLayerClearsNewEntries) {
-  Table<mub_test::Table128> table;
-  const mub_test::FourWords key = {{1, 2, 3, 4}};
-  mub_hasht_insert(&table, key, 77);
-  // The key of a removed entry lies in the very block that the next insertion takes.
-  mub_hasht_entry *entry = mub_hasht_entry_get(&table, key);
-  EXPECT_EQ(mub_hasht_remove(&table, entry->key), 77u);
-  EXPECT_EQ(mub_hasht_insert(&table, entry->key, 78), 1);
-  EXPECT_EQ(mub_hasht_remove(&table, key), 78u);
+template <class A>
+void use_low_layer() {
+  Table<A> table;
+  const auto key = A::key(1);
+  const auto bucket = static_cast<int64_t>(A::word(key) % 4);
   int inserted = 0;
-  EXPECT_EQ(mub_hasht_entry_new(&table, 0, key, &inserted), entry);
+  auto *entry = A::insert_t(&table, key, &inserted);
   EXPECT_EQ(inserted, 1);
-  EXPECT_EQ(entry->value, 0u);
+  entry->value = 77;
+  EXPECT_EQ(A::find_t(&table, key), entry);
+  EXPECT_EQ(A::entry_find(&table, bucket, key), entry);
+  // The key of a removed entry lies in the very block that the next insertion takes.
+  EXPECT_EQ(A::remove(&table, entry->key), 77u);
+  EXPECT_EQ(A::insert(&table, entry->key, 78), 1);
+  EXPECT_EQ(A::entry_remove(&table, bucket, key), entry);
+  EXPECT_EQ(A::find_t(&table, key), nullptr);
+  mub_pool_free(table.entry_pool, entry);
+  EXPECT_EQ(A::entry_new(&table, bucket, key, &inserted), entry);
+  EXPECT_EQ(inserted, 1);
+  EXPECT_EQ(entry->value, 0u) << "what the block held before is cleared";
+}
+
+TEST(HashOfWords, LowLayerFindsLinksAndUnlinks) {
+  use_low_layer<mub_test::Table32>();
+  use_low_layer<mub_test::Table64>();
+  use_low_layer<mub_test::Table128>();
 }
 
 }  // namespace

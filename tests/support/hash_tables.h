@@ -137,6 +137,11 @@ struct Table32 : TableOfWords<mub_hashd, mub_hashd_entry, uint32_t> {
   static constexpr auto entry_next = mub_hashd_entry_next;
   static constexpr auto remove_t = mub_hashd_remove_t;
   static constexpr auto expand = mub_hashd_expand;
+  static constexpr auto insert_t = mub_hashd_insert_t;
+  static constexpr auto find_t = mub_hashd_find_t;
+  static constexpr auto entry_new = mub_hashd_entry_new;
+  static constexpr auto entry_find = mub_hashd_entry_find;
+  static constexpr auto entry_remove = mub_hashd_entry_remove;
 };
 
 struct Table64 : TableOfWords<mub_hashx, mub_hashx_entry, uint64_t> {
@@ -162,6 +167,11 @@ struct Table64 : TableOfWords<mub_hashx, mub_hashx_entry, uint64_t> {
   static constexpr auto entry_next = mub_hashx_entry_next;
   static constexpr auto remove_t = mub_hashx_remove_t;
   static constexpr auto expand = mub_hashx_expand;
+  static constexpr auto insert_t = mub_hashx_insert_t;
+  static constexpr auto find_t = mub_hashx_find_t;
+  static constexpr auto entry_new = mub_hashx_entry_new;
+  static constexpr auto entry_find = mub_hashx_entry_find;
+  static constexpr auto entry_remove = mub_hashx_entry_remove;
 };
 
 struct FourWords {
@@ -205,6 +215,11 @@ struct Table128 : TableOfWords<mub_hasht, mub_hasht_entry, FourWords> {
   static constexpr auto entry_get = mub_hasht_entry_get;
   static constexpr auto remove_t = mub_hasht_remove_t;
   static constexpr auto expand = mub_hasht_expand;
+  static constexpr auto insert_t = mub_hasht_insert_t;
+  static constexpr auto find_t = mub_hasht_find_t;
+  static constexpr auto entry_new = mub_hasht_entry_new;
+  static constexpr auto entry_find = mub_hasht_entry_find;
+  static constexpr auto entry_remove = mub_hasht_entry_remove;
   // This kind has no walk of its own.
   static Entry *entry_first(const Table *table, int64_t *bucket) {
     *bucket = 0;
