@@ -207,7 +207,7 @@ TEST(String, WithoutABufferIsEmpty) {
   EXPECT_EQ(mub_string_trim(&string) + mub_string_compare(&string, "", -1), 0);
   EXPECT_EQ(mub_string_copy(&string, nullptr, -1) + mub_string_update(&string, 0, 4, nullptr, 0), 2);
   EXPECT_EQ(mub_string_find(&string, "", -1), -1);
-  EXPECT_TRUE(string.data == nullptr && string.length == 0);
+  EXPECT_TRUE(mub_string_is_empty(&string) && string.data == nullptr && string.length == 0);
   mub_string_copy_char(&string, 'z' + 256);
   expect_content(string, "z");
   mub_string_copy_char(&string, 256);
