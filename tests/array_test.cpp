@@ -1,445 +1,357 @@
-#include "mub_array.h"
-
+// What all kinds of arrays have in common, each through its own functions.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
-#include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
+#include "mub_array.h"
 #include "support/array_kinds.h"
 #include "support/fuse.h"
 #include "support/pools.h"
 #include "support/random.h"
 
-using mub_test::ByteKeyed;
-using mub_test::Entries;
-using mub_test::entries_of;
-using mub_test::Fuse;
-using mub_test::Items;
-using mub_test::ItemsInContext;
-using mub_test::note;
-using mub_test::Pool;
-using mub_test::Random;
-using mub_test::Scoped;
-using mub_test::seen;
+using namespace mub_test;
+using Words = std::vector<uint64_t>;
 
 namespace {
 
-uint64_t *words_of(uint64_t block) { return reinterpret_cast<uint64_t *>(static_cast<uintptr_t>(block)); }
+template <class Word>
+uint64_t word_of(Word word) {
+  return (uint64_t)word;  // a number or a pointer
+}
+
+template <class A>
+constexpr bool kIsByteKeyed = std::is_same_v<A, ByteKeyed>;
+template <class A>
+constexpr bool kIsItems = std::is_same_v<typename A::Record, mub_arrays>;
 
 template <class Kind>
-class Arrays : public ::testing::Test {
- protected:
-  using Key = typename Kind::Key;
-
-  // Sorted; without the key that a fresh slot has.
-  static std::vector<Key> distinct_keys(size_t count) {
-    Random random(7);
-    std::vector<Key> keys;
-    while (keys.size() < count) {
-      const Key key = Kind::random_key(random);
-      if (key != Key() && std::find(keys.begin(), keys.end(), key) == keys.end()) keys.push_back(key);
-    }
-    std::sort(keys.begin(), keys.end(), std::less<Key>());
-    return keys;
-  }
-};
-
-using Kinds = ::testing::Types<ByteKeyed, Items, ItemsInContext>;
+class Arrays : public ::testing::Test {};
+using Kinds =
+    ::testing::Types<ByteKeyed, ItemsBy<false>, ItemsBy<true>, ItemsBy<false, false>, ItemsBy<true, false>>;
 TYPED_TEST_SUITE(Arrays, Kinds);
 
-// A sorted vector as the model of a dictionary.
-template <class Kind>
-struct Dictionary {
-  using Key = typename Kind::Key;
+// ---- against a model: all slots of the table, as the steps of each operation leave them
+
+template <class A>
+struct Model {
+  using Key = typename A::Key;
+  using Entry = std::pair<Key, uint64_t>;
   bool descending;
-  Entries<Kind> entries;
+  std::vector<Entry> slots = {};
+  int64_t count = 0;
 
-  auto place(const Key &key) {
-    return std::find_if(entries.begin(), entries.end(), [&](const auto &entry) {
-      return descending ? entry.first <= key : entry.first >= key;
-    });
+  int64_t capacity() const { return static_cast<int64_t>(slots.size()); }
+  Entry &operator[](int64_t index) { return slots[static_cast<size_t>(index)]; }
+
+  void expand(int64_t wanted) {
+    if (capacity() >= wanted) return;
+    const int64_t grown = std::max(capacity() + std::max<int64_t>(count / 2, 8), wanted);
+    slots.resize(static_cast<size_t>((grown + 3) / 4 * 4));
   }
-  bool has(const Key &key) { return place(key) != entries.end() && place(key)->first == key; }
-  uint64_t value(const Key &key) { return has(key) ? place(key)->second : 0; }
-  void insert(const Key &key, uint64_t value) {
-    if (Kind::fits_only_at_the_end(key) && place(key) != entries.end()) return;
-    if (!has(key)) entries.insert(place(key), {key, Kind::stored(key, value)});
+  // The slot of the key, or -1, and where it would be inserted, or -1: where halving ends, in whatever order.
+  std::pair<int64_t, int64_t> search(const Key &key) {
+    if (!A::kIsOrdered) return {-1, count};
+    int64_t insertion = 0;
+    for (int64_t low = 0, high = count - 1; low <= high;) {
+      const int64_t middle = (low + high) / 2;
+      const int order = A::order((*this)[middle].first, key);
+      if (order == 0) return {middle, -1};
+      const bool right = (order < 0) != descending;
+      (right ? low : high) = right ? middle + 1 : middle - 1;
+      insertion = right ? middle + 1 : middle;
+    }
+    return {-1, insertion};
+  }
+  // When memory ran out, `reached` tells whether for the table, which refuses the call, or for the key's bytes, which
+  // leaves an empty key at the end and refuses the call elsewhere.
+  bool insert_at(int64_t index, Entry entry, bool failed, int64_t reached) {
+    if (index < 0 || (failed && reached <= count)) return false;
+    expand(count + 1);
+    if (index < count && (failed || (kIsByteKeyed<A> && entry.first == Key()))) return false;
+    if (failed) entry.first = Key();
+    slots.erase(slots.begin() + count);
+    slots.insert(slots.begin() + std::min(index, count++), entry);
+    return true;
+  }
+  uint64_t remove_at(int64_t index) {
+    if (index < 0 || index >= count) return 0;
+    const uint64_t value = (*this)[index].second;
+    std::copy(slots.begin() + index + 1, slots.begin() + count--, slots.begin() + index);
+    return value;
+  }
+  uint64_t put(int64_t index, const Entry &entry) {
+    return index < 0 || index >= capacity() ? 0 : std::exchange((*this)[index], entry).second;
   }
 };
 
-template <class Kind>
-void expect_lookups(typename Kind::Record &array, Dictionary<Kind> &model, const typename Kind::Key &key) {
-  const int64_t place = model.place(key) - model.entries.begin();
-  const int64_t nearest = std::min(place, array.count - 1);
-  ASSERT_EQ(Kind::find(&array, key), model.value(key));
-  ASSERT_EQ(Kind::find_index(&array, key), model.has(key) ? place : -1);
-  ASSERT_EQ(Kind::bfind_index(&array, key), nearest);
-  ASSERT_EQ(Kind::bfind(&array, key), nearest < 0 ? 0 : model.entries[static_cast<size_t>(nearest)].second);
-}
-
-TYPED_TEST(Arrays, SortedUseAgreesWithAModel) {
-  for (const bool descending : {false, true}) {
-    Random random(descending ? 2 : 1);
-    Scoped<TypeParam> array(false, descending);
-    Dictionary<TypeParam> model{descending, {}};
-    for (int step = 0; step < 3000; ++step) {
-      const auto key = model.entries.empty() || random.one_in(2)
-                           ? TypeParam::random_key(random)
-                           : model.entries[static_cast<size_t>(random.below(array.count))].first;
-      const uint64_t value = random.word() | 1;
-      const uint64_t old = model.value(key);
-      const bool had = model.has(key);
-      ASSERT_NO_FATAL_FAILURE(expect_lookups<TypeParam>(array, model, key));
-      const int64_t operation = random.below(step < 1500 ? 6 : 10);  // grows for a while, then shrinks
-      if (operation == 0) {
-        ASSERT_EQ(TypeParam::update(&array, key, value), old);
-        if (had) model.place(key)->second = TypeParam::stored(key, value);
-      } else if (operation < 5) {
-        ASSERT_EQ(TypeParam::insert(&array, key, value), had ? 0 : 1);
-        model.insert(key, value);
-      } else {
-        seen.clear();
-        if (operation == 5) {
-          ASSERT_EQ(TypeParam::remove(&array, key), old);
-        } else {
-          TypeParam::free(&array, key, note);
-          ASSERT_EQ(seen, had ? std::vector{old} : std::vector<uint64_t>());
-        }
-        if (had) model.entries.erase(model.place(key));
-      }
-      ASSERT_EQ(array.count, static_cast<int64_t>(model.entries.size()));
-      if (step % 16 == 0) {
-        ASSERT_EQ(entries_of<TypeParam>(array), model.entries);
-      }
-    }
-    EXPECT_TRUE(TypeParam::keys_are_packed(&array));
+template <class A>
+void expect_agreement(Scoped<A> &array, Model<A> &model, const typename A::Key &key) {
+  ASSERT_EQ(array.count, model.count);
+  ASSERT_EQ(array.capacity, model.capacity());
+  for (int64_t i = 0; i < model.capacity(); ++i) {
+    const auto [own_key, value] = A::entry(&array, i);
+    ASSERT_EQ(value, model[i].second);
+    ASSERT_TRUE(i >= model.count || own_key == model[i].first);  // a spare slot's bytes may have moved
+  }
+  const auto [hit, gap] = model.search(key);
+  const int64_t nearest = A::kIsOrdered ? std::min(std::max(hit, gap), model.count - 1) : -1;
+  ASSERT_EQ(call<kFind>(array, key), hit < 0 ? 0 : model[hit].second);
+  ASSERT_EQ(call<kFindIndex>(array, key), hit);
+  ASSERT_EQ(call<kBfind>(array, key), nearest < 0 ? 0 : model[nearest].second);
+  ASSERT_EQ(call<kBfindIndex>(array, key), nearest);
+  if constexpr (!kIsItems<A>) {
+    ASSERT_EQ(call<kEntryFind>(array, key), hit < 0 ? nullptr : array.entries + hit);
+    int64_t first = 0;
+    while (first < model.count && model[first].first != key) ++first;
+    ASSERT_EQ(call<kAfindIndex>(array, key), first < model.count ? first : -1);
+    ASSERT_EQ(call<kAfind>(array, key), first < model.count ? model[first].second : 0);
   }
 }
 
-TYPED_TEST(Arrays, PositionalUseAgreesWithAVector) {
-  Random random(3);
-  Scoped<TypeParam> array;
-  Entries<TypeParam> model;
-  for (int step = 0; step < 4000; ++step) {
-    const auto count = static_cast<int64_t>(model.size());
-    const int64_t index = random.below(count + 3) - 1;
-    const auto key = TypeParam::random_key(random);
-    const uint64_t value = random.word();
-    const bool inside = index >= 0 && index < count;
-    const auto place = model.begin() + (inside ? index : 0);
-    const uint64_t old = inside ? place->second : 0;
-    switch (random.below(count > 150 ? 6 : 5)) {
-      case 0:
-        if (index < count && index >= 0) {
-          ASSERT_EQ(TypeParam::set_at(&array, index, key, value), old);
-          *place = {key, TypeParam::stored(key, value)};
-        }
-        break;
-      case 1:
-        ASSERT_EQ(TypeParam::remove_at(&array, index), old);
-        if (inside) model.erase(place);
-        break;
-      case 5:
-        TypeParam::remove_all(&array);
-        model.clear();
-        break;
-      default:
-        TypeParam::insert_at(&array, index, key, value);
-        if (index >= count) {
-          model.push_back({key, TypeParam::stored(key, value)});
-        } else if (inside && !TypeParam::fits_only_at_the_end(key)) {
-          model.insert(place, {key, TypeParam::stored(key, value)});
-        }
-    }
-    if (random.one_in(500) && count < 60) {
-      TypeParam::append_array(&array, &array);
-      const Entries<TypeParam> twice = model;
-      model.insert(model.end(), twice.begin(), twice.end());
-    }
-    ASSERT_EQ(array.count, static_cast<int64_t>(model.size()));
-    ASSERT_EQ(entries_of<TypeParam>(array), model);
-    ASSERT_TRUE(TypeParam::keys_are_packed(&array));
-  }
+// Gives the pool a chunk of blocks, so that taking one never fails.
+constexpr uint64_t kBlocks = 4096;
+void stock(mub_pool *pool) {
+  if (pool == nullptr) return;
+  pool->block_size = 8;
+  pool->blocks_per_chunk = kBlocks;
+  mub_pool_free(pool, mub_pool_new(pool));
 }
 
-TYPED_TEST(Arrays, GrowByHalfTheirCountInMultiplesOfFour) {
-  struct Growth {
-    int64_t capacity, count, wanted, grown;
-  };
-  for (const Growth &growth : {Growth{0, 0, 1, 8},
-                               {0, 0, 9, 12},
-                               {8, 8, 9, 16},
-                               {100, 100, 101, 152},
-                               {100, 18, 101, 112},
-                               {100, 0, 200, 200},
-                               {100, 100, 100, 100},
-                               {131072, 131070, 131073, 196608},
-                               {200000, 200000, 200001, 265536}}) {
-    SCOPED_TRACE(::testing::Message() << growth.capacity << " " << growth.count << " " << growth.wanted);
-    Scoped<TypeParam> array;
-    ASSERT_EQ(TypeParam::expand(&array, growth.capacity), 1);
-    TypeParam::shrink(&array, growth.count);
-    if (growth.count > 0) TypeParam::update_at(&array, growth.capacity - 1, 77);
-    EXPECT_EQ(TypeParam::expand(&array, growth.wanted), 1);
-    EXPECT_EQ(array.capacity, growth.grown);
-    EXPECT_EQ(array.count, growth.count);
-    if (growth.count > 0) {
-      EXPECT_EQ(TypeParam::entry(&array, growth.capacity - 1).second, 77u);
-    }
-    for (int64_t i = growth.capacity; i < array.capacity; ++i) {
-      ASSERT_EQ(TypeParam::entry(&array, i).second, 0u);
-    }
-    for (const int64_t wanted : {INT64_MAX, INT64_MAX - 3, INT64_MAX / 8, int64_t{1} << 60}) {
-      EXPECT_EQ(TypeParam::expand(&array, wanted), 0);
-    }
-    EXPECT_EQ(TypeParam::expand(&array, INT64_MIN), 1);
-    EXPECT_EQ(array.capacity, growth.grown);
-  }
-}
-
-TYPED_TEST(Arrays, PositionsReachSpareSlotsAndCountsBoundRemovals) {
-  const auto keys = this->distinct_keys(3);
-  Scoped<TypeParam> array;
-  for (const auto &key : keys) TypeParam::append(&array, key, 1);
-  EXPECT_EQ(TypeParam::entry(&array, 7), (std::pair{typename TypeParam::Key(), uint64_t{0}}));
-  EXPECT_EQ(TypeParam::update_at(&array, 7, 5), 0u);
-  EXPECT_EQ(TypeParam::update_at(&array, 7, 6), 5u);
-  EXPECT_EQ(TypeParam::update_at(&array, 8, 6), 0u);
-  EXPECT_EQ(TypeParam::update_at(&array, -1, 6), 0u);
-  EXPECT_EQ(TypeParam::remove_at(&array, 7), 0u);
-  EXPECT_EQ(array.count, 3);
-  TypeParam::shrink(&array, 99);
-  EXPECT_EQ(array.count, 8);
-  EXPECT_EQ(TypeParam::remove_at(&array, 7), 6u);
-  TypeParam::shrink(&array, -1);
-  EXPECT_EQ(array.count, 7);
-}
-
-// ---- value pools
-
-TYPED_TEST(Arrays, NewValuesAreInitialisedBlocksOfThePool) {
-  const auto keys = this->distinct_keys(2);
-  for (const bool owned : {false, true}) {
-    Pool pool(24);
-    Scoped<TypeParam> array(owned);
-    if (!owned) array.pool = &pool;
-    array.pool->block_size = 24;
-    seen.clear();
-    const uint64_t block = TypeParam::append_new(&array, keys[0], note);
-    EXPECT_EQ(seen, std::vector{block});
-    EXPECT_EQ(mub_pool_new(array.pool), words_of(block) + 3);
-    EXPECT_EQ(TypeParam::entry(&array, 0).second, block);
-    EXPECT_EQ(array.pool->live_count, 2);
-    // Only a caller's pool gets single blocks back.
-    TypeParam::free_at(&array, 0, note);
-    EXPECT_EQ(seen, (std::vector{block, block}));
-    EXPECT_EQ(array.pool->live_count, owned ? 2 : 1);
-
-    for (const mub_free_fn release : {static_cast<mub_free_fn>(nullptr), static_cast<mub_free_fn>(note)}) {
-      TypeParam::append_new(&array, keys[1], nullptr);
-      TypeParam::shrink(&array, 3);
-      seen.clear();
-      TypeParam::free_all(&array, release);
-      EXPECT_EQ(seen.size(), release != nullptr ? 1u : 0u);
-      EXPECT_EQ(array.pool->live_count, owned ? 0 : 1);
-    }
-    EXPECT_EQ(array.count, 0);
-    EXPECT_EQ(array.capacity, 0);
-  }
-}
-
-TYPED_TEST(Arrays, InsertNewHandsOutTheBlockOrWhatIsThere) {
-  const auto keys = this->distinct_keys(2);
-  Scoped<TypeParam> array(true);
-  array.pool->block_size = 8;
-  uint64_t value = 1;
-  seen.clear();
-  EXPECT_EQ(TypeParam::insert_new(&array, keys[0], &value, note), 0);
-  EXPECT_EQ(seen, std::vector{value});
-  EXPECT_EQ(TypeParam::entry(&array, 0).second, value);
-
-  Scoped<TypeParam> sorted(true);
-  sorted.pool->block_size = 8;
-  TypeParam::insert(&sorted, keys[0], 9);
-  EXPECT_EQ(TypeParam::insert_new(&sorted, keys[0], &value, note), -1);
-  EXPECT_EQ(value, TypeParam::stored(keys[0], 9));
-  EXPECT_EQ(sorted.pool->live_count, 0);
-  EXPECT_EQ(TypeParam::insert_new(&sorted, keys[1], &value, note), 1);
-  EXPECT_EQ(TypeParam::entry(&sorted, 1).second, value);
-  EXPECT_EQ(sorted.count, 2);
-}
-
-TYPED_TEST(Arrays, EntriesAreMadeWithoutABlockToo) {
-  const auto keys = this->distinct_keys(1);
-  for (const bool with_pool : {false, true}) {  // without a block size; one that cannot be allocated is none
-    typename TypeParam::Record array;
-    mub_test::Fuse(0, mub_test::Blow::kOnce).blows_in([&] { TypeParam::init(&array, with_pool); });
-    EXPECT_EQ(array.pool, nullptr);
-    EXPECT_EQ(array.own_pool, 0);
-    if (with_pool) TypeParam::init(&array, 1);
-    seen.clear();
-    EXPECT_EQ(TypeParam::append_new(&array, keys[0], note), 0u);
-    EXPECT_EQ(array.count, 1);
-    TypeParam::remove_all(&array);
-    uint64_t value = 1;
-    EXPECT_EQ(TypeParam::insert_new(&array, keys[0], &value, note), 0);
-    EXPECT_EQ(value, 0u);
-    EXPECT_EQ(array.count, 1);
-    EXPECT_TRUE(seen.empty());
-    TypeParam::term(&array);
-  }
-}
-
-// ---- clones
-
-struct Mending {
-  const mub_pool_chunk *map;
-  uint64_t source;
-  mub_pool *source_pool;
-  uint64_t copy;
-  mub_pool *copy_pool;
-};
-std::vector<Mending> mended;
 void note_mending(const mub_pool_chunk *map, uint64_t source, mub_pool *source_pool, uint64_t copy,
                   mub_pool *copy_pool) {
-  mended.push_back({map, source, source_pool, copy, copy_pool});
+  seen.insert(seen.end(), {map != nullptr, source, word_of(source_pool), copy, word_of(copy_pool)});
 }
 
-TYPED_TEST(Arrays, ClonesTranslateTheBlocksOfAnOwnedPool) {
-  Scoped<TypeParam> source(true);
-  source.pool->block_size = 8;
-  const auto keys = this->distinct_keys(40);
-  for (const auto &key : keys) *words_of(TypeParam::append_new(&source, key, nullptr)) = 7;
-  TypeParam::update_at(&source, 3, 12345);  // no block of the pool
-  TypeParam::update_at(&source, 4, 0);
-  Pool users(16), copied_users(16);
-  uint64_t *user = static_cast<uint64_t *>(mub_pool_new(&users));
-  user[0] = 99;
-  Scoped<TypeParam> copy(true);
-  TypeParam::append(&copy, keys[0], 1);
+// A clone that ran out of memory states the count and holds nothing; the next growth makes the entries real.
+template <class A>
+void expect_no_clone(Scoped<A> &copy, int64_t count, bool owned) {
+  Scoped<A> other;
+  EXPECT_EQ(copy.capacity + (owned ? copy.pool->live_count : 0), 0);
+  EXPECT_EQ(call<kFindIndex>(copy, A::key(0)), -1);
+  EXPECT_EQ(call<kBfindIndex>(copy, A::key(0)), -1);
+  EXPECT_EQ(call<kRemoveAt>(copy, 0), 0u);
+  call<kFreeAt>(copy, 0, note);
+  call<kAppendArray>(other, &copy);
+  EXPECT_EQ(other.count, 0);
+  call<kAppend>(copy, std::pair(A::key(0), uint64_t{3}));
+  EXPECT_EQ(copy.count, count + 1);
+  EXPECT_EQ(A::entry(&copy, count), A::made(A::key(0), 3));
+  EXPECT_EQ(seen, Words());
+}
 
-  mended.clear();
-  TypeParam::clone(&source, &users, &copy, &copied_users, note_mending);
-  ASSERT_EQ(copy.count, 40);
-  EXPECT_GE(copy.capacity, source.capacity);
-  ASSERT_EQ(mended.size(), 40u);
-  EXPECT_NE(mended[0].map, nullptr);
-  for (size_t i = 0; i < 40; ++i) {
-    const auto [key, value] = TypeParam::entry(&copy, static_cast<int64_t>(i));
-    if constexpr (std::is_same_v<TypeParam, ByteKeyed>) {
-      EXPECT_EQ(key, keys[i]);
-    }
-    EXPECT_EQ(mended[i].source, TypeParam::entry(&source, static_cast<int64_t>(i)).second);
-    EXPECT_EQ(mended[i].copy, value);
-    EXPECT_EQ(mended[i].copy_pool, &copied_users);
-    if (i == 3 || i == 4) {
-      EXPECT_EQ(value, 0u);
-    } else {
-      EXPECT_NE(value, mended[i].source);
-      EXPECT_EQ(*words_of(value), 7u);
+// Clones into an array that holds something already, and has a pool of its own or of a caller's.
+template <class A>
+void expect_clone(Scoped<A> &array, Model<A> &model, bool copy_owns, int64_t allowed) {
+  Pool users(16), copied_users(16);
+  mub_pool *const given = allowed % 2 == 0 ? &users : nullptr;
+  mub_pool_new(&users);
+  Fuse(0, Blow::kOnce).blows_in([] {
+    const Scoped<A> without_pool(true);
+    EXPECT_TRUE(without_pool.pool == nullptr && without_pool.own_pool == 0);
+  });
+  Scoped<A> copy(copy_owns);
+  if (!copy_owns) copy.pool = &users;
+  copy.pool->block_size = 16;
+  call<kAppendNew>(copy, A::key(0), nullptr);
+  const bool owned = array.own_pool != 0, twins = owned && copy_owns;
+  const bool failed = Fuse(allowed, Blow::kOnce).blows_in([&] {
+    call<kClone>(array, given, &copy, &copied_users, note_mending);
+  });
+  EXPECT_EQ(copy.count, array.count);
+  EXPECT_EQ(copy.own_pool, twins);
+  EXPECT_EQ(copy.pool == array.pool, !owned);
+  if (failed) return expect_no_clone(copy, array.count, twins);
+  EXPECT_EQ(copied_users.live_count, given != nullptr ? users.live_count : 0);
+  EXPECT_GE(copy.capacity, array.capacity);
+  Words mended;
+  for (int64_t i = 0; i < array.count; ++i) {
+    const auto [key, value] = model[i];
+    const uint64_t offset = twins ? value - word_of(array.pool->chunks[0]) : UINT64_MAX;
+    const uint64_t twin = offset < kBlocks * 8 ? word_of(copy.pool->chunks[0]) + offset : 0;
+    ASSERT_EQ(A::entry(&copy, i), A::made(key, owned ? twin : value));
+    if (owned)
+      mended.insert(mended.end(), {given != nullptr, value, word_of(given), twin, word_of(&copied_users)});
+  }
+  EXPECT_EQ(seen, mended);
+  call<kClone>(copy, nullptr, &copy, nullptr, note_mending);
+  EXPECT_EQ(seen, mended);
+}
+
+template <int kOperation>
+constexpr std::integral_constant<int, kOperation> op{};
+
+// Initialisers meet the array without the new entry, but the block where it is handed out.
+const int64_t *watched_count;
+int64_t count_before;
+uint64_t out;
+void watch(uint64_t block) {
+  seen = {block};
+  EXPECT_EQ(*watched_count, count_before);
+  EXPECT_TRUE(out == 1 || out == block);
+}
+
+// In turn without a pool, with a caller's and with an owned one, ascending and descending, and keeping the order of
+// the keys or not.
+TYPED_TEST(Arrays, AgreeWithAModelAlsoWhenMemoryRunsOut) {
+  using A = TypeParam;
+  for (uint64_t number = 0; number < 12; ++number) {
+    Random random(number);
+    const bool owned = number % 3 == 2;
+    Pool pool(8);
+    Scoped<A> array(owned, number / 3 % 2);
+    if (number % 3 == 1) array.pool = &pool;
+    stock(array.pool);
+    Model<A> model{array.descending != 0};
+    watched_count = &array.count;
+    // What the next operation is given: a key in slot `hit` or missing at `gap`, a new entry, any index.
+    typename A::Key key;
+    typename A::Passed k = {};
+    std::pair<typename A::Passed, uint64_t> pair;
+    typename Model<A>::Entry entry;
+    uint64_t word = 0, result = 0;
+    int64_t hit = 0, gap = 0, index = 0, live = 0;
+    const int64_t &count = count_before;
+    bool failed = false;
+
+    const auto noted = [&] { return seen.empty() ? 0 : seen[0]; };
+    const auto run = [&](auto operation, auto... args) {
+      const Fuse fuse(random.below(4), random.one_in(2) ? Blow::kOnce : Blow::kForever);
+      failed = fuse.blows_in([&] {
+        if constexpr (std::is_void_v<decltype(call<operation>(array, args...))>) {
+          call<operation>(array, args...);
+          result = noted();
+        } else {
+          result = word_of(call<operation>(array, args...));
+        }
+      });
+    };
+    const auto expect = [&](auto value) { EXPECT_EQ(result, word_of(value)); };
+    const auto add = [&](int64_t at) { return model.insert_at(at, entry, failed, array.capacity); };
+    const auto add_new = [&](int64_t at) {
+      entry = A::made(key, noted());
+      const bool added = add(at);
+      live += added;
+      return added;
+    };
+    const auto expect_released = [&](uint64_t value) {
+      expect(value);
+      live -= value != 0 && !owned;
+    };
+    const std::function<void()> operations[] = {
+        [&] { run(op<kInsert>, pair), add(gap), expect(hit < 0); },
+        [&] { run(op<kInsertNew>, k, &out, watch), expect(add_new(gap) ? gap : -1); },
+        [&] { run(op<kUpdate>, pair), expect(model.put(hit, entry)); },
+        [&] { run(op<kRemove>, k), expect(model.remove_at(hit)); },
+        [&] { run(op<kFree>, k, note), expect_released(model.remove_at(hit)); },
+        [&] { run(op<kRemoveAt>, index), expect(model.remove_at(index)); },
+        [&] { run(op<kFreeAt>, index, note), expect_released(model.remove_at(index)); },
+        [&] {
+          if (index >= 0 && index < model.capacity()) entry = A::made(model[index].first, word);
+          run(op<kUpdateAt>, index, word), expect(model.put(index, entry));
+        },
+        [&] {
+          if constexpr (!kIsItems<A>) {
+            entry.second = 0;
+            run(op<kEntryInsert>, k);
+            const int64_t at = add(gap) ? gap : hit;
+            expect(at < 0 ? nullptr : array.entries + at);
+          }
+        },
+        [&] {
+          Scoped<A> other;
+          call<kSwap>(array, &other);
+          EXPECT_EQ(array.count, 0);
+          EXPECT_EQ(other.count, count);
+          EXPECT_EQ(array.descending != 0, model.descending);
+          EXPECT_EQ(other.own_pool, kIsItems<A> && owned);
+          EXPECT_EQ(array.pool == nullptr, kIsItems<A> || number % 3 == 0);
+          call<kSwap>(array, &other);
+        },
+        [&] {
+          if (!random.one_in(30)) return;
+          const int64_t way = random.below(3);
+          if (way == 0) call<kRemoveAll>(array);
+          if (way != 0) call<kFreeAll>(array, way == 1 ? note : nullptr);
+          Words released;
+          for (int64_t i = 0; i < count; ++i) {
+            if (model[i].second != 0) released.push_back(model[i].second);
+          }
+          EXPECT_EQ(seen, way == 1 ? released : Words());
+          live = owned ? 0 : live - static_cast<int64_t>(way == 0 ? 0 : released.size());
+          model = {model.descending};
+          stock(array.pool);
+        },
+        [&] {
+          if (random.one_in(4)) expect_clone(array, model, random.one_in(2), random.below(20));
+        },
+        // Those that do not keep the order.
+        [&] { run(op<kAppend>, pair), add(count); },
+        [&] { run(op<kAppendNew>, k, watch), expect(add_new(count) ? noted() : 0); },
+        [&] { run(op<kInsertAt>, index, pair), add(index); },
+        [&] {
+          if (index < count) run(op<kSetAt>, index, pair), expect(failed ? 0 : model.put(index, entry));
+        },
+        [&] {
+          if (count > 60 || random.one_in(2)) return;
+          run(op<kAppendArray>, &array);
+          if (!failed || array.capacity >= 2 * count) model.expand(2 * count);
+          if (failed) return;
+          std::copy_n(model.slots.begin(), count, model.slots.begin() + count);
+          model.count *= 2;
+        },
+    };
+    for (int step = 0; step < 1000; ++step) {
+      count_before = model.count;
+      key = count == 0 || random.one_in(2) ? A::random_key(random) : model[random.below(count)].first;
+      k = key;
+      if constexpr (kIsByteKeyed<A>) {
+        if (random.one_in(4)) {
+          const std::string_view own(reinterpret_cast<char *>(array.keys.data),
+                                     static_cast<size_t>(array.keys.length));
+          key = k = own.substr(random.word() % (own.size() + 1), random.word() % 300);
+        }
+      }
+      if constexpr (kIsItems<A>) {
+        word = k = key ^= random.word() & 0xFF;  // which find the same item
+      } else {
+        word = random.one_in(8) ? 0 : random.word() | 1;
+      }
+      pair = {k, word};
+      entry = A::made(key, word);
+      std::tie(hit, gap) = model.search(key);
+      index = random.below(random.one_in(2) ? count + 3 : model.capacity() + 3) - 1;
+      seen.clear();
+      out = 1;
+      operations[random.below(random.one_in(2) ? 2 : number < 6 ? 12 : 17)]();
+      ASSERT_NO_FATAL_FAILURE(expect_agreement(array, model, key));
+      ASSERT_EQ(array.pool == nullptr ? live : array.pool->live_count, live);
+      ASSERT_FALSE(this->HasFailure());
     }
   }
-  EXPECT_EQ(copied_users.live_count, 1);
-  EXPECT_EQ(*static_cast<uint64_t *>(copied_users.chunks[0]), 99u);
-  TypeParam::clone(&source, nullptr, &copy, nullptr, note_mending);
-  EXPECT_EQ(mended.back().map, nullptr);
-  TypeParam::clone(&copy, nullptr, &copy, nullptr, note_mending);
-  EXPECT_EQ(mended.size(), 80u);
 }
 
-TYPED_TEST(Arrays, ClonesShareACallersPool) {
-  Pool pool(8);
-  Scoped<TypeParam> source;
-  source.pool = &pool;
-  const auto keys = this->distinct_keys(9);
-  for (const auto &key : keys) TypeParam::append(&source, key, 5);
-  Scoped<TypeParam> copy(true);  // gives its pool up; a leak would show
-  copy.pool->block_size = 8;
-  TypeParam::append_new(&copy, keys[0], nullptr);
-  mended.clear();
-  TypeParam::clone(&source, nullptr, &copy, nullptr, note_mending);
-  EXPECT_EQ(copy.pool, &pool);
-  EXPECT_EQ(copy.own_pool, 0);
-  EXPECT_EQ(entries_of<TypeParam>(copy), entries_of<TypeParam>(source));
-  EXPECT_TRUE(mended.empty());
-
-  // The other way round, blocks have no twins.
-  Scoped<TypeParam> owning(true);
-  owning.pool->block_size = 8;
-  TypeParam::append_new(&owning, keys[0], nullptr);
-  TypeParam::clone(&owning, nullptr, &copy, nullptr, nullptr);
-  EXPECT_EQ(copy.count, 1);
-  EXPECT_EQ(TypeParam::entry(&copy, 0).second, 0u);
-  EXPECT_EQ(copy.pool, &pool);
-}
-
-TYPED_TEST(Arrays, ClonesWithoutMemoryStateTheCountAndHoldNothing) {
-  const auto keys = this->distinct_keys(20);
-  mub_test::for_every_allocation([&](const Fuse &fuse) {
-    Pool users(16), copied_users(16);
-    mub_pool_new(&users);
-    Scoped<TypeParam> source(true);
-    source.pool->block_size = 8;
-    for (const auto &key : keys) TypeParam::append_new(&source, key, nullptr);
-    Scoped<TypeParam> copy(true);
-    copy.pool->block_size = 8;
-    TypeParam::append_new(&copy, keys[0], nullptr);
-    const bool failed =
-        fuse.blows_in([&] { TypeParam::clone(&source, &users, &copy, &copied_users, note_mending); });
-    EXPECT_EQ(copy.count, 20);
-    if (!failed) return;
-    EXPECT_EQ(copy.capacity, 0);
-    EXPECT_EQ(copy.pool->live_count, 0);
-    // Nothing steps behind the table; the next growth makes the entries real.
-    EXPECT_EQ(TypeParam::find(&copy, keys[0]), 0u);
-    EXPECT_EQ(TypeParam::bfind_index(&copy, keys[0]), -1);
-    EXPECT_EQ(TypeParam::remove_at(&copy, 5), 0u);
-    TypeParam::free_at(&copy, 5, note);
-    EXPECT_EQ(copy.count, 20);
-    TypeParam::append(&copy, keys[0], 3);
-    EXPECT_EQ(copy.count, 21);
-    EXPECT_EQ(TypeParam::entry(&copy, 19).second, 0u);
-    EXPECT_EQ(TypeParam::entry(&copy, 20).second, TypeParam::stored(keys[0], 3));
-  });
-}
-
-// ---- refused calls
-
-TYPED_TEST(Arrays, WithoutMemoryCallsAreRefused) {
-  using Record = typename TypeParam::Record;
-  auto keys = this->distinct_keys(9);
-  const auto last = keys[4];  // belongs inside, where a key is refused together with its entry
-  keys.erase(keys.begin() + 4);
-  const std::vector<std::function<void(Record *)>> operations = {
-      [&](Record *a) { EXPECT_EQ(TypeParam::insert(a, last, 4), 1); },
-      [&](Record *a) { TypeParam::insert_at(a, 2, last, 4); },
-      [&](Record *a) {
-        uint64_t value = 1;
-        const int index = TypeParam::insert_new(a, last, &value, nullptr);
-        EXPECT_EQ(index, value == 0 ? -1 : 4);
-      },
-      [&](Record *a) { TypeParam::append_array(a, a); },
-      [&](Record *a) {
-        const int made = TypeParam::expand(a, 1000);
-        EXPECT_EQ(a->capacity, made ? 1000 : 8);
-      },
-  };
-  for (size_t i = 0; i < operations.size(); ++i) {
-    SCOPED_TRACE(i);
-    mub_test::for_every_allocation([&](const Fuse &fuse) {
-      Scoped<TypeParam> array(true);
-      array.pool->block_size = 8;
-      mub_pool_free(array.pool, mub_pool_new(array.pool));  // the pool itself shall not fail
-      for (size_t k = 0; k < 8; ++k) TypeParam::insert(&array, keys[k], k + 1);
-      const auto before = entries_of<TypeParam>(array);
-      if (fuse.blows_in([&] { operations[i](&array); })) {
-        EXPECT_EQ(entries_of<TypeParam>(array), before);
-        EXPECT_EQ(array.pool->live_count, 0);
-      }
-      EXPECT_TRUE(TypeParam::keys_are_packed(&array));
-    });
+// Beyond what the model runs reach.
+TYPED_TEST(Arrays, GrowByAtMost65536SlotsUnlessMoreAreWanted) {
+  using A = TypeParam;
+  Scoped<A> array;
+  constexpr int64_t kSteps[][3] = {{0, 9, 12},
+                                   {0, 131072, 131072},
+                                   {131070, 131073, 196608},
+                                   {INT64_MAX, 196609, 262144},
+                                   {18, 262145, 262156}};
+  for (const auto &[count, wanted, grown] : kSteps) {
+    call<kShrink>(array, count);
+    call<kShrink>(array, -1);
+    EXPECT_EQ(array.count, std::min(count, array.capacity));
+    EXPECT_EQ(call<kExpand>(array, wanted), 1);
+    EXPECT_EQ(call<kExpand>(array, INT64_MAX - count % 4), 0);
+    EXPECT_EQ(call<kExpand>(array, int64_t{1} << 60), 0);
+    EXPECT_EQ(call<kExpand>(array, INT64_MIN), 1);
+    EXPECT_EQ(array.capacity, grown);
   }
 }
 

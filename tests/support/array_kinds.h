@@ -1,10 +1,15 @@
-// The kinds of arrays as one: what each kind's functions are called, how a key of it looks, and what it stores.
+// The kinds of arrays as one: call<kFind>(array, key) finds a key, whatever the array's keys look like.
 #ifndef MUB_TESTS_SUPPORT_ARRAY_KINDS_H
 #define MUB_TESTS_SUPPORT_ARRAY_KINDS_H
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -13,182 +18,150 @@
 
 namespace mub_test {
 
-inline int64_t size_of(const std::string &bytes) { return static_cast<int64_t>(bytes.size()); }
+inline int64_t size_of(std::string_view bytes) { return static_cast<int64_t>(bytes.size()); }
+
+// The operations, in the order of each kind's functions.
+enum Whole { kInit, kTerm, kExpand, kShrink, kSwap, kClone, kRemoveAll, kFreeAll, kAppendArray };
+enum Placed { kUpdateAt = kAppendArray + 1, kRemoveAt, kFreeAt, kInsertAt, kSetAt, kAppend, kAppendNew };
+enum Sorted { kInsert = kAppendNew + 1, kInsertNew, kUpdate, kRemove, kFree };
+enum Found { kFind = kFree + 1, kFindIndex, kBfind, kBfindIndex };
+enum OfEntries { kAfind = kBfindIndex + 1, kAfindIndex, kEntryInsert, kEntryFind };
 
 struct ByteKeyed {
   using Record = mub_array;
   using Key = std::string;
-  static constexpr auto init = mub_array_init;
-  static constexpr auto term = mub_array_term;
-  static constexpr auto expand = mub_array_expand;
-  static constexpr auto shrink = mub_array_shrink;
-  static constexpr auto clone = mub_array_clone;
-  static constexpr auto remove_all = mub_array_remove_all;
-  static constexpr auto free_all = mub_array_free_all;
-  static constexpr auto append_array = mub_array_append_array;
-  static constexpr auto update_at = mub_array_update_at;
-  static constexpr auto remove_at = mub_array_remove_at;
-  static constexpr auto free_at = mub_array_free_at;
+  using Passed = std::string_view;
+  static constexpr bool kIsOrdered = true;
+  static constexpr auto kFunctions = std::make_tuple(
+      mub_array_init, mub_array_term, mub_array_expand, mub_array_shrink, mub_array_swap, mub_array_clone,
+      mub_array_remove_all, mub_array_free_all, mub_array_append_array, mub_array_update_at,
+      mub_array_remove_at, mub_array_free_at, mub_array_insert_at, mub_array_set_at, mub_array_append,
+      mub_array_append_new, mub_array_insert, mub_array_insert_new, mub_array_update, mub_array_remove,
+      mub_array_free, mub_array_find, mub_array_find_index, mub_array_bfind, mub_array_bfind_index,
+      mub_array_afind, mub_array_afind_index, mub_array_entry_insert, mub_array_entry_find);
+
+  template <int kOperation, class... Args>
+  static auto call(Record *array, Args... args) {
+    return std::apply(std::get<kOperation>(kFunctions), std::tuple_cat(std::tuple(array), passed(args)...));
+  }
+  template <class Arg>
+  static auto passed(Arg arg) {
+    return std::tuple(arg);
+  }
+  static auto passed(const Key &key) { return std::tuple(key.data(), size_of(key)); }
+  static auto passed(const Passed &key) { return std::tuple(key.data(), size_of(key)); }
+  template <class Bytes>
+  static auto passed(const std::pair<Bytes, uint64_t> &entry) {
+    return std::tuple_cat(passed(entry.first), std::tuple(entry.second));
+  }
+  static int order(const Key &a, const Key &b) { return a.compare(b); }
+  // The entry that a key and a word make.
+  static std::pair<Key, uint64_t> made(const Key &key, uint64_t word) { return {key, word}; }
 
   // Keys that differ in one byte, hold every byte value, are prefixes of one another, or are empty.
   static Key random_key(Random &random) {
-    const int64_t length = random.one_in(4) ? random.below(40) : random.below(4);
-    std::string key(static_cast<size_t>(length), 'k');
+    std::string key(static_cast<size_t>(random.below(random.one_in(4) ? 40 : 4)), 'k');
     const char letters[] = {'\0', 'a', 'k', '\x7F', '\x80', '\xFF'};
-    for (int64_t i = 1; i <= 3 && i <= length; ++i)
-      key[key.size() - static_cast<size_t>(i)] = letters[random.below(6)];
+    for (size_t i = 1; i <= 3 && i <= key.size(); ++i) key[key.size() - i] = letters[random.below(6)];
     return key;
   }
-  static bool fits_only_at_the_end(const Key &key) { return key.empty(); }
-  static uint64_t stored(const Key &, uint64_t value) { return value; }
-
-  static int insert(Record *a, const Key &k, uint64_t v) {
-    return mub_array_insert(a, k.data(), size_of(k), v);
-  }
-  static int insert_new(Record *a, const Key &k, uint64_t *v, mub_init_fn init_it) {
-    return mub_array_insert_new(a, k.data(), size_of(k), v, init_it);
-  }
-  static uint64_t update(Record *a, const Key &k, uint64_t v) {
-    return mub_array_update(a, k.data(), size_of(k), v);
-  }
-  static uint64_t remove(Record *a, const Key &k) { return mub_array_remove(a, k.data(), size_of(k)); }
-  static void free(Record *a, const Key &k, mub_free_fn f) { mub_array_free(a, k.data(), size_of(k), f); }
-  static uint64_t find(Record *a, const Key &k) { return mub_array_find(a, k.data(), size_of(k)); }
-  static uint64_t bfind(Record *a, const Key &k) { return mub_array_bfind(a, k.data(), size_of(k)); }
-  static int64_t find_index(Record *a, const Key &k) { return mub_array_find_index(a, k.data(), size_of(k)); }
-  static int64_t bfind_index(Record *a, const Key &k) {
-    return mub_array_bfind_index(a, k.data(), size_of(k));
-  }
-
-  static void append(Record *a, const Key &k, uint64_t v) { mub_array_append(a, k.data(), size_of(k), v); }
-  static uint64_t append_new(Record *a, const Key &k, mub_init_fn init_it) {
-    return mub_array_append_new(a, k.data(), size_of(k), init_it);
-  }
-  static void insert_at(Record *a, int64_t i, const Key &k, uint64_t v) {
-    mub_array_insert_at(a, i, k.data(), size_of(k), v);
-  }
-  static uint64_t set_at(Record *a, int64_t i, const Key &k, uint64_t v) {
-    return mub_array_set_at(a, i, k.data(), size_of(k), v);
-  }
-  static std::pair<Key, uint64_t> entry(const Record *a, int64_t i) {
+  static Key key(int64_t number) { return std::to_string(10000000 + number); }
+  static std::pair<Key, uint64_t> entry(const Record *array, int64_t index) {
     const char *key;
     int64_t length;
-    const uint64_t value = mub_array_get_at(a, i, &key, &length);
+    const uint64_t value = mub_array_get_at(array, index, &key, &length);
     return {std::string(key != nullptr ? key : "", static_cast<size_t>(length)), value};
-  }
-  // Nothing is left in the stream but the keys.
-  static bool keys_are_packed(const Record *a) {
-    int64_t bytes = 0;
-    for (int64_t i = 0; i < a->count; ++i) bytes += a->entries[i].key_length;
-    return bytes == a->keys.length;
   }
 };
 
-// Items are keys of 56 bits with a value of 8 bits below them, ordered through the plain operations or the `_x`
-// ones. Comparers go to the ends of what an int can hold, and fail the test when called with a wrong context.
-template <bool kInContext, bool kOrdered = true>
+// Items are their own keys and values; the lowest 8 bits do not count in their order. Comparers go to the ends of what
+// an int can hold, and find everything equal when called with a wrong context.
+constexpr uint64_t kContext = 0xC0FFEE;
+constexpr uint64_t kExtra = 0xFACE;
+
+inline int order_items(uint64_t item, uint64_t key, uint64_t context) {
+  if (context != kContext || item >> 8 == key >> 8) return 0;
+  return item >> 8 < key >> 8 ? INT_MIN : INT_MAX;
+}
+inline int order_items_x(uint64_t context, uint64_t item, uint64_t key, uint64_t extra) {
+  return extra == kExtra ? order_items(item, key, context) : 0;
+}
+
+template <bool kInContext, bool kHasComparer = true>
 struct ItemsBy {
   using Record = mub_arrays;
   using Key = uint64_t;
-  static constexpr uint64_t kContext = 0xC0FFEE;
-  static constexpr uint64_t kExtra = 0xFACE;
-  static constexpr auto init = mub_arrays_init;
-  static constexpr auto term = mub_arrays_term;
-  static constexpr auto expand = mub_arrays_expand;
-  static constexpr auto shrink = mub_arrays_shrink;
-  static constexpr auto clone = mub_arrays_clone;
-  static constexpr auto remove_all = mub_arrays_remove_all;
-  static constexpr auto free_all = mub_arrays_free_all;
-  static constexpr auto append_array = mub_arrays_append_array;
-  static constexpr auto update_at = mub_arrays_set_at;
-  static constexpr auto remove_at = mub_arrays_remove_at;
-  static constexpr auto free_at = mub_arrays_free_at;
+  using Passed = Key;
+  static constexpr bool kIsOrdered = kHasComparer;
+  static constexpr auto kFunctions = std::make_tuple(
+      mub_arrays_init, mub_arrays_term, mub_arrays_expand, mub_arrays_shrink, mub_arrays_swap,
+      mub_arrays_clone, mub_arrays_remove_all, mub_arrays_free_all, mub_arrays_append_array,
+      mub_arrays_set_at, mub_arrays_remove_at, mub_arrays_free_at, mub_arrays_insert_at, mub_arrays_set_at,
+      mub_arrays_append,
+      [](Record *array, Key, mub_init_fn init) { return mub_arrays_append_new(array, init); },
+      mub_arrays_insert, mub_arrays_insert_new, mub_arrays_update, mub_arrays_remove, mub_arrays_free,
+      mub_arrays_find, mub_arrays_find_index, mub_arrays_bfind, mub_arrays_bfind_index);
+  static constexpr auto kFunctionsInContext =
+      std::make_tuple(mub_arrays_insert_x, mub_arrays_insert_new_x, mub_arrays_update_x, mub_arrays_remove_x,
+                      mub_arrays_free_x, mub_arrays_find_x, mub_arrays_find_index_x, mub_arrays_bfind_x,
+                      mub_arrays_bfind_index_x);
 
-  static Key random_key(Random &random) { return random.word() >> (8 + random.below(56)); }
-  static bool fits_only_at_the_end(Key) { return false; }
-  static uint64_t stored(Key key, uint64_t value) { return key << 8 | (value & 0xFF); }
-
-  static int compare(uint64_t item, uint64_t key, uint64_t context) {
-    EXPECT_EQ(context, kContext);
-    if (item >> 8 == key >> 8) return 0;
-    return item >> 8 < key >> 8 ? INT_MIN : INT_MAX;
-  }
-  static int compare_x(uint64_t context, uint64_t item, uint64_t key, uint64_t extra) {
-    EXPECT_EQ(extra, kExtra);
-    return compare(item, key, context);
-  }
-  static constexpr mub_compare_item_fn order = kOrdered ? compare : nullptr;
-  static constexpr mub_compare_context_fn order_x = kOrdered ? compare_x : nullptr;
-
-  // Calls a plain operation, or its `_x` form, with what both take last.
-  template <class Plain, class InContext, class Array, class... Rest>
-  static auto call(Plain plain, InContext in_context, Array *array, uint64_t key, Rest... rest) {
-    if constexpr (kInContext) {
-      return in_context(array, kContext, key, kExtra, rest..., order_x);
+  template <int kOperation, class... Args>
+  static auto call(Record *array, Args... args) {
+    if constexpr (kOperation < kInsert) {
+      return std::get<kOperation>(kFunctions)(array, passed(args)...);
     } else {
-      return plain(array, key, kContext, rest..., order);
+      return call_sorted<kOperation>(array, passed(args)...);
     }
   }
-  static int insert(Record *a, Key k, uint64_t v) {
-    return call(mub_arrays_insert, mub_arrays_insert_x, a, stored(k, v));
+  template <int kOperation, class... Rest>
+  static auto call_sorted(Record *array, Key key, Rest... rest) {
+    if constexpr (kInContext) {
+      constexpr auto kFunction = std::get<kOperation - kInsert>(kFunctionsInContext);
+      return kFunction(array, kContext, key, kExtra, rest..., kHasComparer ? order_items_x : nullptr);
+    } else {
+      return std::get<kOperation>(kFunctions)(array, key, kContext, rest...,
+                                              kHasComparer ? order_items : nullptr);
+    }
   }
-  static int insert_new(Record *a, Key k, uint64_t *v, mub_init_fn init_it) {
-    return call(mub_arrays_insert_new, mub_arrays_insert_new_x, a, k << 8, v, init_it);
+  template <class Arg>
+  static auto passed(Arg arg) {
+    return arg;
   }
-  static uint64_t update(Record *a, Key k, uint64_t v) {
-    return call(mub_arrays_update, mub_arrays_update_x, a, stored(k, v));
-  }
-  static uint64_t remove(Record *a, Key k) { return call(mub_arrays_remove, mub_arrays_remove_x, a, k << 8); }
-  static void free(Record *a, Key k, mub_free_fn f) {
-    call(mub_arrays_free, mub_arrays_free_x, a, k << 8, f);
-  }
-  static uint64_t find(Record *a, Key k) { return call(mub_arrays_find, mub_arrays_find_x, a, k << 8); }
-  static uint64_t bfind(Record *a, Key k) { return call(mub_arrays_bfind, mub_arrays_bfind_x, a, k << 8); }
-  static int64_t find_index(Record *a, Key k) {
-    return call(mub_arrays_find_index, mub_arrays_find_index_x, a, k << 8);
-  }
-  static int64_t bfind_index(Record *a, Key k) {
-    return call(mub_arrays_bfind_index, mub_arrays_bfind_index_x, a, k << 8);
-  }
+  static Key passed(const std::pair<Key, uint64_t> &entry) { return entry.second; }
 
-  static void append(Record *a, Key k, uint64_t v) { mub_arrays_append(a, stored(k, v)); }
-  static uint64_t append_new(Record *a, Key, mub_init_fn init_it) {
-    return mub_arrays_append_new(a, init_it);
+  static int order(Key a, Key b) { return order_items(a, b, kContext); }
+  static std::pair<Key, uint64_t> made(Key, uint64_t word) { return {word, word}; }
+  static Key random_key(Random &random) { return random.word() >> random.below(60); }
+  static Key key(int64_t number) { return static_cast<Key>(number) << 24; }
+  static std::pair<Key, uint64_t> entry(const Record *array, int64_t index) {
+    return {mub_arrays_get_at(array, index), mub_arrays_get_at(array, index)};
   }
-  static void insert_at(Record *a, int64_t i, Key k, uint64_t v) { mub_arrays_insert_at(a, i, stored(k, v)); }
-  static uint64_t set_at(Record *a, int64_t i, Key k, uint64_t v) {
-    return mub_arrays_set_at(a, i, stored(k, v));
-  }
-  static std::pair<Key, uint64_t> entry(const Record *a, int64_t i) {
-    const uint64_t item = mub_arrays_get_at(a, i);
-    return {item >> 8, item};
-  }
-  static bool keys_are_packed(const Record *) { return true; }
 };
-
-using Items = ItemsBy<false>;
-using ItemsInContext = ItemsBy<true>;
 
 // An array that is released at the end of its scope.
 template <class Kind>
 struct Scoped : Kind::Record {
   explicit Scoped(bool with_pool = false, bool is_descending = false) {
-    Kind::init(this, with_pool);
+    Kind::template call<kInit>(this, with_pool);
     this->descending = is_descending;
   }
-  ~Scoped() { Kind::term(this); }
+  ~Scoped() { Kind::template call<kTerm>(this); }
   Scoped(const Scoped &) = delete;
   Scoped &operator=(const Scoped &) = delete;
 };
 
 template <class Kind>
-using Entries = std::vector<std::pair<typename Kind::Key, uint64_t>>;
-
-template <class Kind>
-Entries<Kind> entries_of(const typename Kind::Record &array) {
-  Entries<Kind> entries;
+auto entries_of(const Scoped<Kind> &array) {
+  std::vector<std::pair<typename Kind::Key, uint64_t>> entries;
   for (int64_t i = 0; i < array.count; ++i) entries.push_back(Kind::entry(&array, i));
   return entries;
+}
+
+// Calls a function of the array's kind with a key, or with an entry, a pair of key and value.
+template <int kOperation, class Kind, class... Args>
+auto call(Scoped<Kind> &array, Args... args) {
+  return Kind::template call<kOperation>(&array, args...);
 }
 
 }  // namespace mub_test
