@@ -151,7 +151,7 @@ void shrink(Record &array, int64_t count) {
 
 template <class Record>
 void init(Record &array, bool with_pool) {
-  array = {};
+  std::memset(&array, 0, sizeof array);  // padding included, so that two new records are equal as bytes
   if (!with_pool) return;
   array.pool = pool::create(0);
   array.own_pool = array.pool != nullptr;
