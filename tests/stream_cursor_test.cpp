@@ -1,130 +1,193 @@
-// The cursor: fixed-width fields and framed blocks.
+// At the cursor: integers of fixed width, packed integers, and framed blocks.
 #include "mub_stream.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "support/guarded.h"
+#include "support/random.h"
 #include "support/stream_records.h"
+#include "support/strings.h"
 
+namespace mub_test {
 namespace {
 
-using mub_test::Guarded;
-using mub_test::Stream;
-using mub_test::String;
+// What reading gives where the content cuts an integer short.
+enum class Cut { kZero, kSpareBytes, kRefusal };
 
-// The six widths behind a common face; `value` has all its bits.
-struct Width {
-  const char *name;
-  int bytes;
-  uint64_t (*read)(const mub_stream *stream, int64_t *position);
-  void (*write)(mub_stream *stream, int64_t *position, uint64_t value);
+using Values = std::vector<uint64_t>;
+using Golden = std::vector<std::pair<uint64_t, std::string>>;
+
+// One kind of integer behind a common face.
+struct Kind {
+  std::function<uint64_t(const mub_stream *, int64_t *)> read;
+  std::function<void(mub_stream *, int64_t *, uint64_t)> write;
+  std::function<int64_t(uint64_t)> length_of;
+  Cut cut;
+  uint64_t kept_bits;
+  Golden golden;
+  Values greatest;  // of those of the fewest bytes, of one byte more …
 };
 
-template <auto kRead>
-uint64_t read_as(const mub_stream *stream, int64_t *position) {
-  return static_cast<uint64_t>(kRead(stream, position));
-}
-
-template <class Value, void (*kWrite)(mub_stream *, int64_t *, Value)>
-void write_as(mub_stream *stream, int64_t *position, uint64_t value) {
-  kWrite(stream, position, static_cast<Value>(value));
-}
-
-const Width kWidths[] = {
-    {"byte", 1, read_as<mub_stream_get_byte>, write_as<uint32_t, mub_stream_set_byte>},
-    {"word", 2, read_as<mub_stream_get_word>, write_as<uint32_t, mub_stream_set_word>},
-    {"tword", 3, read_as<mub_stream_get_tword>, write_as<uint32_t, mub_stream_set_tword>},
-    {"dword", 4, read_as<mub_stream_get_dword>, write_as<uint32_t, mub_stream_set_dword>},
-    {"xword", 6, read_as<mub_stream_get_xword>, write_as<uint64_t, mub_stream_set_xword>},
-    {"lword", 8, read_as<mub_stream_get_lword>, write_as<int64_t, mub_stream_set_lword>},
-};
-
-TEST(StreamCursor, FieldsAreLittleEndianAndWhollyInside) {
-  constexpr uint64_t kValue = 0xF8E7D6C5B4A39281;
+template <class Read, class Write>
+Kind fixed(size_t bytes, Read read, Write write) {
   const std::string image = "\x81\x92\xA3\xB4\xC5\xD6\xE7\xF8";
-  for (const Width &width : kWidths) {
-    const uint64_t kept = width.bytes == 8 ? kValue : kValue & ((uint64_t{1} << (8 * width.bytes)) - 1);
-    for (int64_t room = 0; room <= 12; ++room) {
-      SCOPED_TRACE(testing::Message() << width.name << " of " << room);
-      const Guarded bytes(std::string(static_cast<size_t>(room), '.'));
-      mub_stream stream = {bytes.bytes(), room, room};
-      for (int64_t at = 0; at <= room; ++at) {
-        std::string expected(static_cast<size_t>(room), '.');
-        const bool fits = at + width.bytes <= room;
-        if (fits) {
-          expected.replace(static_cast<size_t>(at), static_cast<size_t>(width.bytes), image, 0,
-                           static_cast<size_t>(width.bytes));
-        }
-        std::fill_n(bytes.data(), room, '.');
-        int64_t position = at;
-        width.write(&stream, &position, kValue);
-        EXPECT_EQ(std::string(bytes.data(), static_cast<size_t>(room)), expected);
-        EXPECT_EQ(position, at + width.bytes);
-        position = at;
-        EXPECT_EQ(width.read(&stream, &position), fits ? kept : 0);
-        EXPECT_EQ(position, at + width.bytes);
-      }
+  const Golden golden = {{0xF8E7D6C5B4A39281, image.substr(0, bytes)}};
+  const auto length_of = [bytes](uint64_t) { return bytes; };
+  return {read, write, length_of, Cut::kZero, UINT64_MAX >> (64 - 8 * bytes), golden, Values()};
+}
+
+const Golden kWords = {{100, "\x64"}, {1000, "\x83\xE8"}, {0x8001, "\x80\x01"}};
+const Golden kDwords = {{300, "\x41\x2C"}, {100000, "\x81\x86\xA0"}, {0xD2345678, "\xD2\x34\x56\x78"}};
+const Golden kLwords = {{1000, "\x83\xE8"},
+                        {0x12345, "\xC1\x45\x23"},
+                        {0x1234567, "\xE1\x23\x67\x45"},
+                        {0x123456789, "\xF1\x89\x67\x45\x23"},
+                        {0x123456789AB, "\xF9\x23\xAB\x89\x67\x45"},
+                        {0x123456789ABCD, "\xFD\x45\x23\xCD\xAB\x89\x67"},
+                        {0x123456789ABCDE, "\xFE\x12\x56\x34\xDE\xBC\x9A\x78"},
+                        {0x123456789ABCDEF0, "\xFF\xF0\xDE\xBC\x9A\x78\x56\x34\x12"}};
+const Values kGreatestDwords = {63, 16383, 0x3FFFFF};
+const Values kGreatestLwords = {0x7F,        0x3FFF,        0x1FFFFF,        0xFFFFFFF,
+                                0x7FFFFFFFF, 0x3FFFFFFFFFF, 0x1FFFFFFFFFFFF, 0xFFFFFFFFFFFFFF};
+
+const Kind kKinds[] = {
+    fixed(1, mub_stream_get_byte, mub_stream_set_byte),
+    fixed(2, mub_stream_get_word, mub_stream_set_word),
+    fixed(3, mub_stream_get_tword, mub_stream_set_tword),
+    fixed(4, mub_stream_get_dword, mub_stream_set_dword),
+    fixed(6, mub_stream_get_xword, mub_stream_set_xword),
+    fixed(8, mub_stream_get_lword, mub_stream_set_lword),
+    {mub_stream_inflate_word, mub_stream_deflate_word, mub_stream_deflate_word_length, Cut::kSpareBytes,
+     0x7FFF, kWords, Values(1, 0x7F)},
+    {mub_stream_inflate_dword, mub_stream_deflate_dword, mub_stream_deflate_dword_length, Cut::kSpareBytes,
+     0x3FFFFFFF, kDwords, kGreatestDwords},
+    {mub_stream_inflate_lword, mub_stream_deflate_lword, mub_stream_deflate_lword_length, Cut::kRefusal,
+     UINT64_MAX, kLwords, kGreatestLwords},
+};
+
+// What reading gives of an integer of which the content has `there` bytes and the block `capacity`, and how far it goes.
+std::pair<uint64_t, int64_t> expected_read(const Kind &kind, uint64_t value, int64_t length, int64_t there,
+                                           int64_t capacity) {
+  if (there == length) return {value, length};
+  if (kind.cut == Cut::kZero) return {0, length};
+  if (kind.cut == Cut::kRefusal) return {UINT64_MAX, std::min<int64_t>(there, 1)};
+  if (there == 0) return {0, 0};
+  // The bytes come highest first; zeros stand for those behind the block.
+  const int64_t missing_bits = 8 * (length - capacity);
+  return {value >> missing_bits << missing_bits, length};
+}
+
+void expect_whole_or_nothing(const Kind &kind, uint64_t value, std::string *bytes) {
+  int64_t length = kind.length_of(0);
+  for (const uint64_t greatest : kind.greatest) length += value > greatest ? 1 : 0;
+  ASSERT_EQ(kind.length_of(value), length);
+  for (int64_t room = 0; room <= length; ++room) {
+    Stream stream("................");
+    mub_stream_shrink(&stream, 3 + room);
+    int64_t position = 3;
+    kind.write(&stream, &position, value);
+    const int64_t written = room < length ? 0 : length;
+    ASSERT_EQ(position, 3 + (kind.cut == Cut::kRefusal ? written : length)) << room;
+    *bytes = stream.text();
+    ASSERT_EQ(std::count(stream.data + 3 + written, stream.data + 16, '.'), 13 - written) << room;
+  }
+  for (int64_t capacity = 0; capacity <= length; ++capacity) {
+    const Guarded block(bytes->substr(0, static_cast<size_t>(3 + capacity)));
+    for (int64_t there = 0; there <= capacity; ++there) {
+      const mub_stream stream = {block.bytes(), 3 + there, 3 + capacity};
+      int64_t position = 3;
+      const uint64_t read = kind.read(&stream, &position);
+      ASSERT_EQ(std::pair(read, position - 3),
+                expected_read(kind, value & kind.kept_bits, length, there, capacity));
     }
   }
 }
 
-TEST(StreamCursor, NegativePositionsReadZeroAndPositionsWrap) {
-  Stream stream(std::string(20, 'x'));
-  for (const Width &width : kWidths) {
-    SCOPED_TRACE(width.name);
-    for (const int64_t at : {int64_t{-1}, int64_t{-3}, INT64_MIN, INT64_MAX}) {
-      const auto behind =
-          static_cast<int64_t>(static_cast<uint64_t>(at) + static_cast<uint64_t>(width.bytes));
-      int64_t position = at;
-      width.write(&stream, &position, 0);
-      EXPECT_EQ(position, behind);
-      position = at;
-      EXPECT_EQ(width.read(&stream, &position), 0u);
-      EXPECT_EQ(position, behind);
+TEST(StreamCursor, StoresAndReadsWholeIntegersOnly) {
+  Random random(1);
+  for (const Kind &kind : kKinds) {
+    std::string bytes;
+    for (const auto &[value, golden] : kind.golden) {
+      expect_whole_or_nothing(kind, value, &bytes);
+      EXPECT_EQ(bytes, "..." + golden) << std::hex << value;
+    }
+    Values values;
+    for (const uint64_t greatest : kind.greatest)
+      values.insert(values.end(), {greatest - 1, greatest, greatest + 1});
+    for (int i = 0; i < 256; ++i) values.push_back((random.word() >> (i % 64)) & kind.kept_bits);
+    for (const uint64_t value : values) {
+      SCOPED_TRACE(testing::Message() << "kind " << &kind - kKinds << ", value " << std::hex << value);
+      ASSERT_NO_FATAL_FAILURE(expect_whole_or_nothing(kind, value, &bytes));
     }
   }
-  EXPECT_EQ(stream.content(), std::string(20, 'x'));
+  EXPECT_EQ(mub_stream_deflate_word_length(0x70005), 1) << "16 bits count";
+}
+
+TEST(StreamCursor, TouchesNothingOutside) {
+  Stream stream(std::string(10, '\xFF'));
+  int64_t position;
+  for (const int64_t at : {INT64_MIN, int64_t{-3}, int64_t{-1}, int64_t{10}, int64_t{11}}) {
+    SCOPED_TRACE(at);
+    for (const Kind &kind : kKinds) {
+      // Bytes before the stream read as zeros, and packed integers do not pass its end.
+      const bool stays = at >= 0 && kind.cut != Cut::kZero;
+      EXPECT_EQ(kind.read(&stream, &(position = at)), stays && kind.cut == Cut::kRefusal ? UINT64_MAX : 0);
+      EXPECT_EQ(position, stays ? at : at + kind.length_of(0));
+      kind.write(&stream, &(position = at), 0);
+      EXPECT_EQ(position, kind.cut == Cut::kRefusal ? at : at + kind.length_of(0));
+    }
+    mub_stream_set_buffer(&stream, &(position = at), "abc", 3);
+    uint8_t *bytes = stream.data;
+    int64_t count = 3;
+    EXPECT_EQ(mub_stream_get_buffer(&stream, &(position = at), &bytes, &count), at + 3);
+    EXPECT_TRUE(bytes == nullptr && count == 0);
+  }
+  mub_stream_set_lword(&stream, &(position = INT64_MAX), 0);
+  EXPECT_EQ(position, INT64_MIN + 7) << "it wraps";
+  EXPECT_EQ(stream.text(), std::string(10, '\xFF'));
+}
+
+template <class Record, class Set, class Get>
+void expect_framed_and_clipped(const std::string &prefix, Set set, Get get) {
+  const Record hello("hello");
+  const std::string framed = prefix + "hello";
+  for (int64_t at = 0; at <= 12; ++at) {
+    SCOPED_TRACE(testing::Message() << framed.size() << " bytes at " << at);
+    // A prefix that does not fit is left out whole, a body as far as it does not fit.
+    const int64_t room = 12 - at - size_of(prefix);
+    std::string expected(12, '.');
+    if (room >= 0) expected = expected.replace(static_cast<size_t>(at), framed.size(), framed).substr(0, 12);
+    Stream stream(std::string(12, '.'));
+    int64_t position = at;
+    EXPECT_EQ(set(&stream, &position, &hello), at + size_of(framed));
+    EXPECT_EQ(position, at + size_of(framed));
+    EXPECT_EQ(stream.block(), expected + std::string(5, '\0'));
+    Record read("old");
+    EXPECT_EQ(get(&stream, &(position = at), &read), at + size_of(prefix) + (room >= 0 ? 5 : 0));
+    EXPECT_EQ(read.text(), std::string("hello", static_cast<size_t>(std::clamp<int64_t>(room, 0, 5))));
+  }
 }
 
 TEST(StreamBlocks, AreFramedByTheirLengthAndClippedToTheContent) {
-  const std::string word("\x05\0hello", 7);
-  const std::string dword("\x05\0\0\0hello", 9);
-  const String text("hello");
-  const Stream block("hello");
-  for (int64_t at = 0; at <= 14; ++at) {
-    SCOPED_TRACE(at);
-    const auto expected = [at](const std::string &framed, int64_t prefix) {
-      // A prefix that does not fit is left out whole, a body as far as it does not fit.
-      std::string result(12, '.');
-      if (at + prefix <= 12) result.replace(static_cast<size_t>(at), framed.size(), framed);
-      return result.substr(0, 12);
-    };
-    Stream stream(std::string(12, '.'));
-    int64_t position = at;
-    EXPECT_EQ(mub_stream_set_string(&stream, &position, &text), at + 7);
-    EXPECT_EQ(position, at + 7);
-    EXPECT_EQ(stream.content(), expected(word, 2));
-
-    Stream other(std::string(12, '.'));
-    position = at;
-    EXPECT_EQ(mub_stream_set_stream(&other, &position, &block), at + 9);
-    EXPECT_EQ(other.content(), expected(dword, 4));
-
-    const int64_t there = std::clamp<int64_t>(12 - at - 2, 0, 5);
-    String read("old");
-    position = at;
-    EXPECT_EQ(mub_stream_get_string(&stream, &position, &read), at + 2 + (at + 2 <= 12 ? 5 : 0));
-    EXPECT_EQ(read.content(), std::string("hello").substr(0, static_cast<size_t>(there)));
-    Stream read_block("old");
-    position = at;
-    EXPECT_EQ(mub_stream_get_stream(&other, &position, &read_block), at + 4 + (at + 4 <= 12 ? 5 : 0));
-    EXPECT_EQ(read_block.content(),
-              std::string("hello").substr(0, static_cast<size_t>(std::clamp<int64_t>(8 - at, 0, 5))));
-  }
+  expect_framed_and_clipped<String>({"\x05\0", 2}, mub_stream_set_string, mub_stream_get_string);
+  expect_framed_and_clipped<Stream>({"\x05\0\0\0", 4}, mub_stream_set_stream, mub_stream_get_stream);
+  const auto set_buffer = [](mub_stream *s, int64_t *position, const mub_stream *source) {
+    mub_stream_set_buffer(s, position, source->data, source->length);
+    return *position;
+  };
+  const auto get_buffer = [](const mub_stream *s, int64_t *position, mub_stream *out) {
+    uint8_t *bytes;
+    int64_t count = 5;
+    const int64_t end = mub_stream_get_buffer(s, position, &bytes, &count);
+    mub_stream_copy(out, bytes, count);
+    return end;
+  };
+  expect_framed_and_clipped<Stream>("", set_buffer, get_buffer);
 }
 
 TEST(StreamBlocks, AStringsLengthIsCutTo16Bits) {
@@ -132,63 +195,20 @@ TEST(StreamBlocks, AStringsLengthIsCutTo16Bits) {
   Stream stream(std::string(70000, '.'));
   int64_t position = 0;
   EXPECT_EQ(mub_stream_set_string(&stream, &position, &text), 65540);
-  EXPECT_EQ(stream.content().substr(0, 3), std::string("\x02\0x", 3));
-  EXPECT_EQ(stream.content().substr(65539, 2), "x.");
-  String read;
-  position = 0;
-  EXPECT_EQ(mub_stream_get_string(&stream, &position, &read), 4);
-  EXPECT_EQ(read.content(), "xx");
+  EXPECT_EQ(stream.text().substr(0, 3), std::string("\x02\0x", 3));
+  EXPECT_EQ(stream.text().substr(65539, 2), "x.");
 }
 
 TEST(StreamBlocks, MayComeFromAndGoToTheStreamItself) {
   Stream stream("abcdefghijkl");
   int64_t position = 1;
-  EXPECT_EQ(mub_stream_set_stream(&stream, &position, &stream), 17);
-  EXPECT_EQ(stream.content(), std::string("a\x0C\0\0\0abcdefg", 12));
-  position = 1;
-  EXPECT_EQ(mub_stream_get_stream(&stream, &position, &stream), 17);
-  EXPECT_EQ(stream.content(), "abcdefg");
-  position = 2;
-  mub_stream_set_buffer(&stream, &position, stream.data, 7);
-  EXPECT_EQ(stream.content(), "ababcde");
-}
-
-TEST(StreamBlocks, BuffersAreClippedAndFoundInPlace) {
-  struct Buffer {
-    int64_t at, count;
-    std::string content;
-    int64_t found;
-  };
-  for (const Buffer &buffer : std::vector<Buffer>{{0, 3, "abc...", 3},
-                                                  {3, 3, "...abc", 3},
-                                                  {4, 3, "....ab", 2},
-                                                  {6, 3, "......", 0},
-                                                  {9, 3, "......", 0},
-                                                  {2, 0, "......", 0},
-                                                  {-1, 3, "......", 0},
-                                                  {INT64_MAX, 3, "......", 0}}) {
-    SCOPED_TRACE(buffer.at);
-    Stream stream("......");
-    const auto behind =
-        static_cast<int64_t>(static_cast<uint64_t>(buffer.at) + static_cast<uint64_t>(buffer.count));
-    int64_t position = buffer.at;
-    mub_stream_set_buffer(&stream, &position, "abc", buffer.count);
-    EXPECT_EQ(position, behind);
-    EXPECT_EQ(stream.content(), buffer.content);
-
-    position = buffer.at;
-    uint8_t *bytes = nullptr;
-    int64_t count = buffer.count;
-    EXPECT_EQ(mub_stream_get_buffer(&stream, &position, &bytes, &count), behind);
-    EXPECT_EQ(position, behind);
-    EXPECT_EQ(count, buffer.found);
-    EXPECT_EQ(bytes, buffer.at >= 0 && buffer.at < 6 ? stream.data + buffer.at : nullptr);
-  }
-  Stream stream("......");
-  int64_t position = 3;
-  mub_stream_set_buffer(&stream, &position, "abc", -2);
-  EXPECT_EQ(position, 1);
-  EXPECT_EQ(stream.content(), "......");
+  mub_stream_set_stream(&stream, &position, &stream);
+  EXPECT_EQ(stream.text(), std::string("a\x0C\0\0\0abcdefg", 12));
+  mub_stream_get_stream(&stream, &(position = 1), &stream);
+  EXPECT_EQ(stream.text(), "abcdefg");
+  mub_stream_set_buffer(&stream, &(position = 2), stream.data, 7);
+  EXPECT_EQ(stream.text(), "ababcde");
 }
 
 }  // namespace
+}  // namespace mub_test
