@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -81,6 +82,134 @@ struct ByteKeyed {
     int64_t bytes = 0;
     for (int64_t i = 0; i < a->count; ++i) bytes += a->entries[i].key_length;
     return bytes == a->keys.length;
+  }
+};
+
+// An integer key, ordered as the searches order it: by the sign of the wrapped difference.
+template <class Bits>
+struct WrappedKey {
+  Bits bits;
+
+  operator Bits() const { return bits; }
+  int64_t minus(WrappedKey other) const {
+    return static_cast<std::make_signed_t<Bits>>(static_cast<Bits>(bits - other.bits));
+  }
+  friend bool operator==(WrappedKey a, WrappedKey b) { return a.bits == b.bits; }
+  friend bool operator!=(WrappedKey a, WrappedKey b) { return a.bits != b.bits; }
+  friend bool operator<(WrappedKey a, WrappedKey b) { return a.minus(b) < 0; }
+  friend bool operator<=(WrappedKey a, WrappedKey b) { return a.minus(b) <= 0; }
+  friend bool operator>=(WrappedKey a, WrappedKey b) { return a.minus(b) >= 0; }
+};
+
+template <class Bits>
+struct IntegerKeyed {
+  using Key = WrappedKey<Bits>;
+  static constexpr int kBits = 8 * sizeof(Bits);
+
+  // Keys on both sides of 0, all ones among them, that differ from one another in a bit at either end; within half of
+  // the keys' range of each other, which is as far as there is an order.
+  static Key random_key(Random &random) {
+    const auto bits = static_cast<std::make_signed_t<Bits>>(random.word()) >> (2 + random.below(kBits - 2));
+    const Bits low = random.one_in(4), high = random.one_in(4);
+    return {static_cast<Bits>(bits) ^ low ^ high << (kBits - 3)};
+  }
+  static bool fits_only_at_the_end(Key) { return false; }
+  static uint64_t stored(Key, uint64_t value) { return value; }
+
+  // What an operation gives that hands its key out as well.
+  template <class Operation, class Array>
+  static std::pair<Key, uint64_t> entry_of(Operation operation, Array *a, int64_t i) {
+    Key key = {99};
+    const uint64_t value = operation(a, i, &key.bits);
+    return {key, value};
+  }
+  template <class Record>
+  static bool keys_are_packed(const Record *) {
+    return true;
+  }
+};
+
+struct Keyed32 : IntegerKeyed<uint32_t> {
+  using Record = mub_arrayd;
+  static constexpr auto init = mub_arrayd_init;
+  static constexpr auto term = mub_arrayd_term;
+  static constexpr auto expand = mub_arrayd_expand;
+  static constexpr auto shrink = mub_arrayd_shrink;
+  static constexpr auto swap = mub_arrayd_swap;
+  static constexpr auto clone = mub_arrayd_clone;
+  static constexpr auto remove_all = mub_arrayd_remove_all;
+  static constexpr auto free_all = mub_arrayd_free_all;
+  static constexpr auto append_array = mub_arrayd_append_array;
+  static constexpr auto update_at = mub_arrayd_update_at;
+  static constexpr auto free_at = mub_arrayd_free_at;
+  static constexpr auto append = mub_arrayd_append;
+  static constexpr auto append_new = mub_arrayd_append_new;
+  static constexpr auto insert_at = mub_arrayd_insert_at;
+  static constexpr auto set_at = mub_arrayd_set_at;
+  static constexpr auto insert = mub_arrayd_insert;
+  static constexpr auto insert_new = mub_arrayd_insert_new;
+  static constexpr auto update = mub_arrayd_update;
+  static constexpr auto remove = mub_arrayd_remove;
+  static constexpr auto free = mub_arrayd_free;
+  static constexpr auto find = mub_arrayd_find;
+  static constexpr auto find_index = mub_arrayd_find_index;
+  static constexpr auto bfind = mub_arrayd_bfind;
+  static constexpr auto bfind_index = mub_arrayd_bfind_index;
+  static constexpr auto entry_insert = mub_arrayd_entry_insert;
+  static constexpr auto entry_find = mub_arrayd_entry_find;
+  static constexpr auto afind = mub_arrayd_afind;
+  static constexpr auto afind_index = mub_arrayd_afind_index;
+  static constexpr auto qsort = mub_arrayd_qsort;
+  static constexpr auto qsort_p = mub_arrayd_qsort_p;
+  static constexpr auto qsort_n = mub_arrayd_qsort_n;
+  static constexpr auto qsort_x = mub_arrayd_qsort_x;
+  static constexpr auto qsort_x_p = mub_arrayd_qsort_x_p;
+  static constexpr auto qsort_x_n = mub_arrayd_qsort_x_n;
+  static uint64_t remove_at(Record *a, int64_t i) { return entry_of(mub_arrayd_remove_at, a, i).second; }
+  static std::pair<Key, uint64_t> entry(const Record *a, int64_t i) {
+    return entry_of(mub_arrayd_get_at, a, i);
+  }
+};
+
+struct Keyed64 : IntegerKeyed<uint64_t> {
+  using Record = mub_arrayx;
+  static constexpr auto init = mub_arrayx_init;
+  static constexpr auto term = mub_arrayx_term;
+  static constexpr auto expand = mub_arrayx_expand;
+  static constexpr auto shrink = mub_arrayx_shrink;
+  static constexpr auto swap = mub_arrayx_swap;
+  static constexpr auto clone = mub_arrayx_clone;
+  static constexpr auto remove_all = mub_arrayx_remove_all;
+  static constexpr auto free_all = mub_arrayx_free_all;
+  static constexpr auto append_array = mub_arrayx_append_array;
+  static constexpr auto update_at = mub_arrayx_update_at;
+  static constexpr auto free_at = mub_arrayx_free_at;
+  static constexpr auto append = mub_arrayx_append;
+  static constexpr auto append_new = mub_arrayx_append_new;
+  static constexpr auto insert_at = mub_arrayx_insert_at;
+  static constexpr auto set_at = mub_arrayx_set_at;
+  static constexpr auto insert = mub_arrayx_insert;
+  static constexpr auto insert_new = mub_arrayx_insert_new;
+  static constexpr auto update = mub_arrayx_update;
+  static constexpr auto remove = mub_arrayx_remove;
+  static constexpr auto free = mub_arrayx_free;
+  static constexpr auto find = mub_arrayx_find;
+  static constexpr auto find_index = mub_arrayx_find_index;
+  static constexpr auto bfind = mub_arrayx_bfind;
+  static constexpr auto bfind_index = mub_arrayx_bfind_index;
+  static constexpr auto entry_insert = mub_arrayx_entry_insert;
+  static constexpr auto entry_find = mub_arrayx_entry_find;
+  static constexpr auto afind = mub_arrayx_afind;
+  static constexpr auto afind_index = mub_arrayx_afind_index;
+  static constexpr auto qsort = mub_arrayx_qsort;
+  static constexpr auto qsort_p = mub_arrayx_qsort_p;
+  static constexpr auto qsort_n = mub_arrayx_qsort_n;
+  static constexpr auto qsort_x = mub_arrayx_qsort_x;
+  static constexpr auto qsort_x_p = mub_arrayx_qsort_x_p;
+  static constexpr auto qsort_x_n = mub_arrayx_qsort_x_n;
+  static uint64_t remove_at(Record *a, int64_t i) { return entry_of(mub_arrayx_remove_at, a, i).second; }
+  static std::pair<Key, uint64_t> entry(const Record *a, int64_t i) {
+    return entry_of(mub_arrayx_get_at, a, i);
   }
 };
 
