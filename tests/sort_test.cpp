@@ -5,8 +5,10 @@
 #include <climits>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <numeric>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "mub_array.h"
@@ -18,6 +20,8 @@
 using mub_test::ByteKeyed;
 using mub_test::Guarded;
 using mub_test::Items;
+using mub_test::Keyed32;
+using mub_test::Keyed64;
 using mub_test::Random;
 using ByteArray = mub_test::Scoped<ByteKeyed>;
 using ItemArray = mub_test::Scoped<Items>;
@@ -98,36 +102,74 @@ Rows sorted_by_steps(Rows rows, bool ascending, bool by_value) {
   return rows;
 }
 
-void expect_places(const Rows &rows, bool ascending) {
-  const Rows by_key = sorted_by_steps(rows, ascending, false),
-             by_value = sorted_by_steps(rows, ascending, true);
-  ByteArray keys, values;
-  ItemArray items, in_context;
+// Numbers of 8 digits up to kHighest as keys that order as these do; integers then fill their width.
+constexpr uint64_t kHighest = 11000000;
+template <class Kind>
+typename Kind::Key key_of(const std::string &digits) {
+  if constexpr (std::is_same_v<Kind, ByteKeyed>) {
+    return digits;
+  } else {
+    using Bits = decltype(Kind::Key::bits);
+    return {static_cast<Bits>(std::stoull(digits) * (std::numeric_limits<Bits>::max() / kHighest))};
+  }
+}
+
+template <class Array>
+void expect_values(const Array &array, const Rows &rows) {
+  for (int64_t i = 0; i < array.count; ++i)
+    ASSERT_EQ(array.entries[i].value, rows[static_cast<size_t>(i)].second);
+}
+
+template <class Kind>
+void expect_entries(const Rows &rows, bool ascending, const Rows &by_key, const Rows &by_value) {
+  mub_test::Scoped<Kind> keys, values;
   for (const auto &[key, value] : rows) {
-    ByteKeyed::append(&keys, key, value);
-    ByteKeyed::append(&values, key, value);
-    mub_arrays_append(&items, value);
-    mub_arrays_append(&in_context, value);
+    Kind::append(&keys, key_of<Kind>(key), value);
+    Kind::append(&values, key_of<Kind>(key), value);
   }
   const int64_t allocations = mub_test::allocations_so_far();
   if (rows.size() % 2 == 0) {
-    mub_array_qsort(&keys, ascending ? 7 : 0);
-    mub_array_qsort_x(&values, ascending, by_low_bits);
+    Kind::qsort(&keys, ascending ? 7 : 0);
+    Kind::qsort_x(&values, ascending, by_low_bits);
+  } else {
+    (ascending ? Kind::qsort_p : Kind::qsort_n)(&keys);
+    (ascending ? Kind::qsort_x_p : Kind::qsort_x_n)(&values, by_low_bits);
+  }
+  Kind::qsort_x(&keys, !ascending, nullptr);
+  ASSERT_EQ(mub_test::allocations_so_far(), allocations);
+  expect_values(keys, by_key);
+  expect_values(values, by_value);
+  if (!rows.empty()) {
+    ASSERT_EQ(Kind::entry(&keys, 0).first, key_of<Kind>(by_key[0].first));
+  }
+}
+
+void expect_items(const Rows &rows, bool ascending, const Rows &by_value) {
+  ItemArray items, in_context;
+  for (const auto &row : rows) {
+    mub_arrays_append(&items, row.second);
+    mub_arrays_append(&in_context, row.second);
+  }
+  if (rows.size() % 2 == 0) {
     mub_arrays_qsort(&items, ascending, by_low_bits_of_items);
     mub_arrays_qsort_x(&in_context, 5, ascending, by_low_bits_in_context);
   } else {
-    (ascending ? mub_array_qsort_p : mub_array_qsort_n)(&keys);
-    (ascending ? mub_array_qsort_x_p : mub_array_qsort_x_n)(&values, by_low_bits);
     (ascending ? mub_arrays_qsort_p : mub_arrays_qsort_n)(&items, by_low_bits_of_items);
     (ascending ? mub_arrays_qsort_x_p : mub_arrays_qsort_x_n)(&in_context, 5, by_low_bits_in_context);
   }
-  ASSERT_EQ(mub_test::entries_of<ByteKeyed>(keys), by_key);
-  ASSERT_EQ(mub_test::entries_of<ByteKeyed>(values), by_value);
-  ASSERT_EQ(mub_test::allocations_so_far(), allocations);
   for (int64_t i = 0; i < items.count; ++i) {
     ASSERT_EQ(items.items[i], by_value[static_cast<size_t>(i)].second);
     ASSERT_EQ(in_context.items[i], items.items[i]);
   }
+}
+
+void expect_places(const Rows &rows, bool ascending) {
+  const Rows by_key = sorted_by_steps(rows, ascending, false),
+             by_value = sorted_by_steps(rows, ascending, true);
+  expect_entries<ByteKeyed>(rows, ascending, by_key, by_value);
+  expect_entries<Keyed32>(rows, ascending, by_key, by_value);
+  expect_entries<Keyed64>(rows, ascending, by_key, by_value);
+  expect_items(rows, ascending, by_value);
 }
 
 TEST(Sort, PutsEqualKeysWhereItsStepsPutThem) {

@@ -30,6 +30,12 @@ struct ByteKeyed {
   static constexpr auto update_at = mub_array_update_at;
   static constexpr auto remove_at = mub_array_remove_at;
   static constexpr auto free_at = mub_array_free_at;
+  static constexpr auto qsort = mub_array_qsort;
+  static constexpr auto qsort_p = mub_array_qsort_p;
+  static constexpr auto qsort_n = mub_array_qsort_n;
+  static constexpr auto qsort_x = mub_array_qsort_x;
+  static constexpr auto qsort_x_p = mub_array_qsort_x_p;
+  static constexpr auto qsort_x_n = mub_array_qsort_x_n;
 
   // Keys that differ in one byte, hold every byte value, are prefixes of one another, or are empty.
   static Key random_key(Random &random) {
