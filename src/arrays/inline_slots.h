@@ -162,7 +162,7 @@ inline Spot find(const mub_arrayt &array, uint64_t key) {
 struct WordOrder {
   using Key = uint64_t;
   Key key(uint64_t item) const { return item; }
-  int compare(Key a, Key b) const { return (a > b) - (a < b); }
+  int compare(Key a, Key b) const { return a < b ? -1 : a != b; }
 };
 
 inline void sort(uint64_t *items, int64_t count, bool ascending) {

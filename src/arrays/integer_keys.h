@@ -36,7 +36,7 @@ struct IntegerOrder {
   template <class Entry>
   int operator()(const Entry &entry) const {
     const auto difference = static_cast<std::make_signed_t<Integer>>(entry.key - key);
-    return (difference > 0) - (difference < 0);
+    return difference < 0 ? -1 : difference != 0;
   }
 };
 template <class Integer>
@@ -51,7 +51,7 @@ struct IntegerKeyOrder {
   Key key(const Entry &entry) const {
     return entry.key;
   }
-  int compare(Key a, Key b) const { return (a > b) - (a < b); }
+  int compare(Key a, Key b) const { return a < b ? -1 : a != b; }
 };
 
 namespace integers {
