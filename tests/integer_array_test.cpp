@@ -2,6 +2,7 @@
 // and mub_arrayd's text forms.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <vector>
@@ -9,11 +10,13 @@
 #include "mub_array.h"
 #include "support/array_kinds.h"
 #include "support/fuse.h"
+#include "support/random.h"
 #include "support/strings.h"
 
 using mub_test::Fuse;
 using mub_test::Keyed32;
 using mub_test::Keyed64;
+using mub_test::Random;
 using mub_test::Scoped;
 using mub_test::String;
 
@@ -101,6 +104,7 @@ TYPED_TEST(IntegerArrays, RemovalsHandTheKeyOutAndClearIt) {
   EXPECT_EQ(remove(-1), (Removed{{0}, 0}));
   EXPECT_EQ(remove(0), (Removed{{1}, 11}));
   EXPECT_EQ(this->keys_of(array), (Keys<TypeParam>{3, 5}));
+  EXPECT_EQ(remove(2), (Removed{{0}, 0}));  // a spare slot, which still holds 5
   EXPECT_EQ(remove(1), (Removed{{5}, 15}));
   EXPECT_EQ(TypeParam::entry(&array, 1), (Removed{{0}, 15}));
   EXPECT_EQ(TypeParam::entry(&array, array.capacity), (Removed{{0}, 0}));
@@ -165,23 +169,23 @@ Keys32 keys_of(const mub_arrayd &array) {
   return keys;
 }
 
+// The text and its capacity are those of making room for five characters a key and then appending one by one.
 TEST(IntegerText, WritesUnsignedKeys) {
-  struct Text {
-    Keys32 keys;
-    std::string text;
-    int64_t capacity;  // that of room for five characters a key, then of growth key by key
-  };
-  for (const auto &[keys, text, capacity] :
-       {Text{{}, "", 0},
-        {{10, 2}, "10,2", 15},
-        {{0, 0xFFFFFFFF}, "0,4294967295", 15},
-        {Keys32(3, 0x80000000), "2147483648,2147483648,2147483648", 39}}) {
+  Random random(41);
+  for (int64_t count = 0; count < 100; ++count) {
     Scoped<Keyed32> array;
-    for (const uint32_t key : keys) mub_arrayd_append(&array, key, 1);
-    String string;
+    String string("old"), expected("old");
+    mub_string_shrink(&expected, 0);
+    mub_string_expand(&expected, std::max<int64_t>(count * 5 - 1, 0));
+    for (int64_t i = 0; i < count; ++i) {
+      const uint32_t key = static_cast<uint32_t>(random.word()) >> (random.one_in(3) ? random.below(32) : 0);
+      mub_arrayd_append(&array, key, 1);
+      if (i > 0) mub_string_append_char(&expected, ',');
+      mub_string_append_integer(&expected, key);
+    }
     mub_arrayd_to_string(&array, 0x500 | ',', &string);
-    mub_test::expect_content(string, text);
-    EXPECT_EQ(string.capacity, capacity);
+    mub_test::expect_content(string, expected.text());
+    ASSERT_EQ(string.capacity, expected.capacity);
   }
 }
 

@@ -170,7 +170,7 @@ TEST(WordArray, CrossesTheEndOfTheRecord) {
   mub_arrayt_append(&array, 6);
   EXPECT_EQ(array.capacity, 4);
   EXPECT_EQ(array.tail, nullptr);
-  array.count = 6;  // more than there is
+  array.count = array.capacity = 6;  // more than there is
   EXPECT_EQ(mub_arrayt_get_at(&array, 5), 0u);
   mub_arrayt_term(&array);
   EXPECT_EQ(array.capacity, 4);
@@ -196,7 +196,7 @@ TEST(WordArray, SortsWholeWordsAndKeepsOneOfEach) {
     for (int64_t i = 0; i < count; ++i)
       words.push_back(random.one_in(2) ? random.word()
                       : words.empty()  ? 0
-                                       : words[0] ^ (random.word() & 1u << 31));
+                                       : words[0] ^ (random.word() & 0x8000000080000001));
     for (const int mode : {0, 1, 2, 3}) {
       const bool ascending = mode & 1, unique = mode & 2;
       Words sorted = words, flat = words;
