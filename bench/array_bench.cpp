@@ -1,9 +1,11 @@
-// Keyed arrays: sorting and searching string keys.
+// Keyed arrays: sorting and searching string keys and integer keys.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench_support.h"
@@ -78,12 +80,84 @@ void find_std(benchmark::State &state) {
   }
 }
 
+using Pairs = std::vector<std::pair<uint64_t, uint64_t>>;
+
+// Random 63-bit keys, which the searches order as the sorts do.
+Pairs random_pairs(int64_t count) {
+  std::mt19937_64 random(1);
+  Pairs pairs(static_cast<size_t>(count));
+  for (auto &pair : pairs) pair = {random() >> 1, random()};
+  return pairs;
+}
+
+class Integers : public mub_arrayx {
+ public:
+  explicit Integers(const Pairs &pairs) {
+    mub_arrayx_init(this, 0);
+    for (const auto &[key, value] : pairs) mub_arrayx_append(this, key, value);
+  }
+  ~Integers() { mub_arrayx_term(this); }
+  Integers(const Integers &) = delete;
+  Integers &operator=(const Integers &) = delete;
+};
+
+void sort_integers_mub(benchmark::State &state) {
+  const Integers unsorted(random_pairs(state.range(0)));
+  Integers array({});
+  for (auto _ : state) {
+    state.PauseTiming();
+    mub_arrayx_clone(&unsorted, nullptr, &array, nullptr, nullptr);
+    state.ResumeTiming();
+    mub_arrayx_qsort(&array, 1);
+  }
+}
+
+void sort_integers_std(benchmark::State &state) {
+  const Pairs unsorted = random_pairs(state.range(0));
+  Pairs pairs;
+  for (auto _ : state) {
+    state.PauseTiming();
+    pairs = unsorted;
+    state.ResumeTiming();
+    std::sort(pairs.begin(), pairs.end());
+  }
+}
+
+void find_integers_mub(benchmark::State &state) {
+  const Pairs pairs = random_pairs(state.range(0));
+  Integers array(pairs);
+  mub_arrayx_qsort(&array, 1);
+  const Pairs wanted = mub_bench::shuffled(pairs);
+  for (auto _ : state) {
+    uint64_t sum = 0;
+    for (const auto &pair : wanted) sum += mub_arrayx_find(&array, pair.first);
+    benchmark::DoNotOptimize(sum);
+  }
+}
+
+void find_integers_std(benchmark::State &state) {
+  Pairs pairs = random_pairs(state.range(0));
+  const Pairs wanted = mub_bench::shuffled(pairs);
+  std::sort(pairs.begin(), pairs.end());
+  for (auto _ : state) {
+    uint64_t sum = 0;
+    for (const auto &pair : wanted) {
+      sum += std::lower_bound(pairs.begin(), pairs.end(), std::pair{pair.first, uint64_t{0}})->second;
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+}
+
 [[maybe_unused]] const bool registered = [] {
   using mub_bench::add_sizes;
   add_sizes("sort_texts", "mub", sort_mub, {1000, 100000});
   add_sizes("sort_texts", "std::sort", sort_std, {1000, 100000});
   add_sizes("find_sorted_text", "mub", find_mub, {1000, 100000});
   add_sizes("find_sorted_text", "std::lower_bound", find_std, {1000, 100000});
+  add_sizes("sort_integers", "mub", sort_integers_mub, {1000, 100000});
+  add_sizes("sort_integers", "std::sort", sort_integers_std, {1000, 100000});
+  add_sizes("find_sorted_integer", "mub", find_integers_mub, {1000, 100000});
+  add_sizes("find_sorted_integer", "std::lower_bound", find_integers_std, {1000, 100000});
   return true;
 }();
 

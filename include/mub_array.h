@@ -4,7 +4,11 @@
  *                                │
  *                keys    ──► "pearappleplum…"   the bytes of all keys, in one stream
  *
+ *   mub_arrayd   entries ──► [key, value][key, value] …     32-bit integer keys
+ *   mub_arrayx   entries ──► [key, value][key, value] …     64-bit integer keys
  *   mub_arrays   items   ──► [item][item] …                 bare 64-bit items, ordered by your comparers
+ *   mub_arrayt   [word][word][word][word]                   64-bit words, the first four of them in the record
+ *                tail    ──► [word][word] …
  *
  * Growth.       A table grows by half its count (at least 8 and at most 65536 slots), or to what was asked for, in
  *               multiples of 4; it never shrinks. Fresh slots are all zero. Growth moves the table: pointers to
@@ -264,6 +268,323 @@ MUB_API void mub_array_to_string(const mub_array *array, int separator, mub_stri
  * "" and "b". Nothing is appended when memory for the entries runs out. */
 MUB_API void mub_array_from_string(mub_array *array, int separator, const char *text, int64_t length);
 
+/* ---- mub_arrayd: entries with 32-bit integer keys ---------------------------------------------------------------
+ *
+ * A mub_array whose keys are integers, kept in the entries. Operations that say no more than the name of another one
+ * do the same as that: with integer keys all insertions find room where they belong, and nothing is refused but for
+ * want of memory.
+ *
+ * The sorted operations compare by the sign of the difference between two keys, wrapped around to 32 bits: to them
+ * 0xFFFFFFFF is 1 below 0. The sorts compare keys as unsigned values, so that 0xFFFFFFFF comes last. Both agree as
+ * long as all keys lie within 2^31 of each other. */
+
+/* One slot. Its value may be changed in place; so may its key, where the order allows it. */
+typedef struct mub_arrayd_entry {
+  uint32_t key;
+  uint64_t value;
+} mub_arrayd_entry;
+
+typedef struct mub_arrayd {
+  mub_arrayd_entry *entries; /* the table; NULL until the first growth */
+  int64_t count;             /* entries in use */
+  int64_t capacity;          /* slots in the table */
+  mub_pool *pool;      /* the value pool; NULL, made by mub_arrayd_init, or the caller's, written here */
+  uint16_t own_pool;   /* 1: made by mub_arrayd_init, released by mub_arrayd_term */
+  uint16_t descending; /* not 0: the order of the sorted operations is descending */
+} mub_arrayd;
+
+/* mub_arrayd_init: as mub_array_init. */
+MUB_API mub_arrayd *mub_arrayd_init(mub_arrayd *array, int with_pool);
+
+/* mub_arrayd_term: as mub_array_term. */
+MUB_API mub_arrayd *mub_arrayd_term(mub_arrayd *array);
+
+/* mub_arrayd_expand: as mub_array_expand. */
+MUB_API int mub_arrayd_expand(mub_arrayd *array, int64_t wanted);
+
+/* mub_arrayd_shrink: as mub_array_shrink, but without a table, too: the count is then 0. */
+MUB_API void mub_arrayd_shrink(mub_arrayd *array, int64_t n);
+
+/* mub_arrayd_swap: as mub_array_swap. */
+MUB_API void mub_arrayd_swap(mub_arrayd *a, mub_arrayd *b);
+
+/* mub_arrayd_clone: as mub_array_clone. */
+MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_pool, mub_arrayd *destination,
+                                     mub_pool *destination_pool, mub_clone_fn clone);
+
+/* mub_arrayd_remove_all: empty the array. Releases the table and empties an owned pool. Values are not visited, and
+ * blocks of a caller's pool not returned. Returns the array. */
+MUB_API mub_arrayd *mub_arrayd_remove_all(mub_arrayd *array);
+
+/* mub_arrayd_free_all: release every value, then empty the array. Returns the array. */
+MUB_API mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn free);
+
+/* mub_arrayd_free_all_entry: as mub_array_free_all_entry. */
+MUB_API void mub_arrayd_free_all_entry(mub_arrayd *array, mub_free_fn free);
+
+/* mub_arrayd_append: as mub_array_append. */
+MUB_API void mub_arrayd_append(mub_arrayd *array, uint32_t key, uint64_t value);
+
+/* mub_arrayd_append_new: as mub_array_append_new. */
+MUB_API uint64_t mub_arrayd_append_new(mub_arrayd *array, uint32_t key, mub_init_fn init);
+
+/* mub_arrayd_append_array: add copies of all entries of `source`, which may be the array itself, at the end. Values
+ * are copied as they are. Does nothing when memory runs out. */
+MUB_API void mub_arrayd_append_array(mub_arrayd *destination, const mub_arrayd *source);
+
+/* mub_arrayd_get_entry: the slot at `index`. Returns its address; NULL unless 0 <= index < capacity. */
+MUB_API mub_arrayd_entry *mub_arrayd_get_entry(const mub_arrayd *array, int64_t index);
+
+/* mub_arrayd_get_at: the key and value of the slot at `index`.
+ *   key   receives the key; 0 unless 0 <= index < capacity
+ * Returns the value, or 0. */
+MUB_API uint64_t mub_arrayd_get_at(const mub_arrayd *array, int64_t index, uint32_t *key);
+
+/* mub_arrayd_get_first: the key and value of the first entry.
+ *   key   receives the key; 0 in an empty array
+ * Returns the value, or 0. */
+MUB_API uint64_t mub_arrayd_get_first(const mub_arrayd *array, uint32_t *key);
+
+/* mub_arrayd_get_last: the key and value of the last entry.
+ *   key   receives the key; 0 in an empty array
+ * Returns the value, or 0. */
+MUB_API uint64_t mub_arrayd_get_last(const mub_arrayd *array, uint32_t *key);
+
+/* mub_arrayd_set_at: replace the key and the value of the slot at `index`, wherever that leaves it in the order.
+ * Returns the previous value; 0 unless 0 <= index < capacity. */
+MUB_API uint64_t mub_arrayd_set_at(mub_arrayd *array, int64_t index, uint32_t key, uint64_t value);
+
+/* mub_arrayd_update_at: as mub_array_update_at. */
+MUB_API uint64_t mub_arrayd_update_at(mub_arrayd *array, int64_t index, uint64_t value);
+
+/* mub_arrayd_insert_at: add an entry before the one at `index`, or at the end for an index of `count` and more.
+ * A negative index, and memory running out, add nothing. Cost: O(count). */
+MUB_API void mub_arrayd_insert_at(mub_arrayd *array, int64_t index, uint32_t key, uint64_t value);
+
+/* mub_arrayd_remove_at: remove the entry at `index`.
+ *   key   receives the entry's key; 0 unless 0 <= index < count
+ * Returns its value, which is not released, or 0. The key of a last entry that is removed is 0 in its spare slot.
+ * Cost: O(count). */
+MUB_API uint64_t mub_arrayd_remove_at(mub_arrayd *array, int64_t index, uint32_t *key);
+
+/* mub_arrayd_free_at: remove the entry at `index` and release its value, the entry's key being 0 by then; does nothing
+ * unless 0 <= index < count. Cost: O(count). */
+MUB_API void mub_arrayd_free_at(mub_arrayd *array, int64_t index, mub_free_fn free);
+
+/* mub_arrayd_insert: sorted: add a key with its value unless the key is there.
+ * Returns 1, also when there was no memory and nothing was added; 0 when the key was there, whose value stays. */
+MUB_API int mub_arrayd_insert(mub_arrayd *array, uint32_t key, uint64_t value);
+
+/* mub_arrayd_insert_new: sorted: as mub_array_insert_new. */
+MUB_API int mub_arrayd_insert_new(mub_arrayd *array, uint32_t key, uint64_t *value, mub_init_fn init);
+
+/* mub_arrayd_update: sorted: as mub_array_update. */
+MUB_API uint64_t mub_arrayd_update(mub_arrayd *array, uint32_t key, uint64_t value);
+
+/* mub_arrayd_remove: sorted: as mub_array_remove. */
+MUB_API uint64_t mub_arrayd_remove(mub_arrayd *array, uint32_t key);
+
+/* mub_arrayd_free: sorted: as mub_array_free. */
+MUB_API void mub_arrayd_free(mub_arrayd *array, uint32_t key, mub_free_fn free);
+
+/* mub_arrayd_entry_insert: sorted: the entry of a key, added with value 0 if the key is not there.
+ * Returns the entry, whose value can be filled in place; NULL when there was no memory for it. */
+MUB_API mub_arrayd_entry *mub_arrayd_entry_insert(mub_arrayd *array, uint32_t key);
+
+/* mub_arrayd_entry_find: sorted: the entry of a key. Returns it; NULL when the key is not there. */
+MUB_API mub_arrayd_entry *mub_arrayd_entry_find(const mub_arrayd *array, uint32_t key);
+
+/* mub_arrayd_find: sorted: as mub_array_find. */
+MUB_API uint64_t mub_arrayd_find(const mub_arrayd *array, uint32_t key);
+
+/* mub_arrayd_find_index: sorted: as mub_array_find_index. */
+MUB_API int64_t mub_arrayd_find_index(const mub_arrayd *array, uint32_t key);
+
+/* mub_arrayd_afind: as mub_array_afind. */
+MUB_API uint64_t mub_arrayd_afind(const mub_arrayd *array, uint32_t key);
+
+/* mub_arrayd_afind_index: as mub_array_afind_index. */
+MUB_API int64_t mub_arrayd_afind_index(const mub_arrayd *array, uint32_t key);
+
+/* mub_arrayd_bfind: sorted: as mub_array_bfind. */
+MUB_API uint64_t mub_arrayd_bfind(const mub_arrayd *array, uint32_t key);
+
+/* mub_arrayd_bfind_index: sorted: as mub_array_bfind_index. */
+MUB_API int64_t mub_arrayd_bfind_index(const mub_arrayd *array, uint32_t key);
+
+/* mub_arrayd_qsort: sort by key, as an unsigned value.
+ *   ascending   the direction */
+MUB_API void mub_arrayd_qsort(mub_arrayd *array, int ascending);
+
+/* mub_arrayd_qsort_p: sort by key, ascending. */
+MUB_API void mub_arrayd_qsort_p(mub_arrayd *array);
+
+/* mub_arrayd_qsort_n: sort by key, descending. */
+MUB_API void mub_arrayd_qsort_n(mub_arrayd *array);
+
+/* mub_arrayd_qsort_x: as mub_array_qsort_x. */
+MUB_API void mub_arrayd_qsort_x(mub_arrayd *array, int ascending, mub_compare_fn compare);
+
+/* mub_arrayd_qsort_x_p: as mub_array_qsort_x_p. */
+MUB_API void mub_arrayd_qsort_x_p(mub_arrayd *array, mub_compare_fn compare);
+
+/* mub_arrayd_qsort_x_n: as mub_array_qsort_x_n. */
+MUB_API void mub_arrayd_qsort_x_n(mub_arrayd *array, mub_compare_fn compare);
+
+/* mub_arrayd_to_string: write the keys as one text, in decimal as unsigned values, a separator between each two.
+ *   separator   low 8 bits used
+ *   string      its content is replaced; unchanged when memory runs out */
+MUB_API void mub_arrayd_to_string(const mub_arrayd *array, int separator, mub_string *string);
+
+/* mub_arrayd_from_string: append the pieces of a text as keys, values 0. The array is neither emptied nor sorted.
+ *   separator   low 8 bits used
+ *   length      exact; below 1 appends nothing
+ * Each piece is trimmed as mub_char_trim does and read as mub_char_get_long does; the key is the low 32 bits of that.
+ * Empty pieces are 0, but the last one is left out: "10, ,-1," gives 10, 0 and 0xFFFFFFFF. Nothing is appended when
+ * memory for the entries runs out. */
+MUB_API void mub_arrayd_from_string(mub_arrayd *array, int separator, const char *text, int64_t length);
+
+/* ---- mub_arrayx: entries with 64-bit integer keys ---------------------------------------------------------------
+ *
+ * A mub_arrayd with 64-bit keys and without text forms. The differences of the sorted operations wrap around to 64
+ * bits, and agree with the sorts as long as all keys lie within 2^63 of each other. */
+
+typedef struct mub_arrayx_entry {
+  uint64_t key;
+  uint64_t value;
+} mub_arrayx_entry;
+
+/* The fields are those of a mub_arrayd. */
+typedef struct mub_arrayx {
+  mub_arrayx_entry *entries;
+  int64_t count;
+  int64_t capacity;
+  mub_pool *pool;
+  uint16_t own_pool;
+  uint16_t descending;
+} mub_arrayx;
+
+/* mub_arrayx_init: as mub_array_init. */
+MUB_API mub_arrayx *mub_arrayx_init(mub_arrayx *array, int with_pool);
+
+/* mub_arrayx_term: as mub_array_term. */
+MUB_API mub_arrayx *mub_arrayx_term(mub_arrayx *array);
+
+/* mub_arrayx_expand: as mub_array_expand. */
+MUB_API int mub_arrayx_expand(mub_arrayx *array, int64_t wanted);
+
+/* mub_arrayx_shrink: as mub_arrayd_shrink. */
+MUB_API void mub_arrayx_shrink(mub_arrayx *array, int64_t n);
+
+/* mub_arrayx_swap: as mub_array_swap. */
+MUB_API void mub_arrayx_swap(mub_arrayx *a, mub_arrayx *b);
+
+/* mub_arrayx_clone: as mub_array_clone. */
+MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_pool, mub_arrayx *destination,
+                                     mub_pool *destination_pool, mub_clone_fn clone);
+
+/* mub_arrayx_remove_all: as mub_arrayd_remove_all. */
+MUB_API mub_arrayx *mub_arrayx_remove_all(mub_arrayx *array);
+
+/* mub_arrayx_free_all: as mub_arrayd_free_all. */
+MUB_API mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn free);
+
+/* mub_arrayx_free_all_entry: as mub_array_free_all_entry. */
+MUB_API void mub_arrayx_free_all_entry(mub_arrayx *array, mub_free_fn free);
+
+/* mub_arrayx_append: as mub_array_append. */
+MUB_API void mub_arrayx_append(mub_arrayx *array, uint64_t key, uint64_t value);
+
+/* mub_arrayx_append_new: as mub_array_append_new. */
+MUB_API uint64_t mub_arrayx_append_new(mub_arrayx *array, uint64_t key, mub_init_fn init);
+
+/* mub_arrayx_append_array: as mub_arrayd_append_array. */
+MUB_API void mub_arrayx_append_array(mub_arrayx *destination, const mub_arrayx *source);
+
+/* mub_arrayx_get_entry: as mub_arrayd_get_entry. */
+MUB_API mub_arrayx_entry *mub_arrayx_get_entry(const mub_arrayx *array, int64_t index);
+
+/* mub_arrayx_get_at: as mub_arrayd_get_at. */
+MUB_API uint64_t mub_arrayx_get_at(const mub_arrayx *array, int64_t index, uint64_t *key);
+
+/* mub_arrayx_get_first: as mub_arrayd_get_first. */
+MUB_API uint64_t mub_arrayx_get_first(const mub_arrayx *array, uint64_t *key);
+
+/* mub_arrayx_get_last: as mub_arrayd_get_last. */
+MUB_API uint64_t mub_arrayx_get_last(const mub_arrayx *array, uint64_t *key);
+
+/* mub_arrayx_set_at: as mub_arrayd_set_at. */
+MUB_API uint64_t mub_arrayx_set_at(mub_arrayx *array, int64_t index, uint64_t key, uint64_t value);
+
+/* mub_arrayx_update_at: as mub_array_update_at. */
+MUB_API uint64_t mub_arrayx_update_at(mub_arrayx *array, int64_t index, uint64_t value);
+
+/* mub_arrayx_insert_at: as mub_arrayd_insert_at. */
+MUB_API void mub_arrayx_insert_at(mub_arrayx *array, int64_t index, uint64_t key, uint64_t value);
+
+/* mub_arrayx_remove_at: as mub_arrayd_remove_at. */
+MUB_API uint64_t mub_arrayx_remove_at(mub_arrayx *array, int64_t index, uint64_t *key);
+
+/* mub_arrayx_free_at: as mub_arrayd_free_at. */
+MUB_API void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn free);
+
+/* mub_arrayx_insert: sorted: as mub_arrayd_insert. */
+MUB_API int mub_arrayx_insert(mub_arrayx *array, uint64_t key, uint64_t value);
+
+/* mub_arrayx_insert_new: sorted: as mub_array_insert_new. */
+MUB_API int mub_arrayx_insert_new(mub_arrayx *array, uint64_t key, uint64_t *value, mub_init_fn init);
+
+/* mub_arrayx_update: sorted: as mub_array_update. */
+MUB_API uint64_t mub_arrayx_update(mub_arrayx *array, uint64_t key, uint64_t value);
+
+/* mub_arrayx_remove: sorted: as mub_array_remove. */
+MUB_API uint64_t mub_arrayx_remove(mub_arrayx *array, uint64_t key);
+
+/* mub_arrayx_free: sorted: as mub_array_free. */
+MUB_API void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn free);
+
+/* mub_arrayx_entry_insert: sorted: as mub_arrayd_entry_insert. */
+MUB_API mub_arrayx_entry *mub_arrayx_entry_insert(mub_arrayx *array, uint64_t key);
+
+/* mub_arrayx_entry_find: sorted: as mub_arrayd_entry_find. */
+MUB_API mub_arrayx_entry *mub_arrayx_entry_find(const mub_arrayx *array, uint64_t key);
+
+/* mub_arrayx_find: sorted: as mub_array_find. */
+MUB_API uint64_t mub_arrayx_find(const mub_arrayx *array, uint64_t key);
+
+/* mub_arrayx_find_index: sorted: as mub_array_find_index. */
+MUB_API int64_t mub_arrayx_find_index(const mub_arrayx *array, uint64_t key);
+
+/* mub_arrayx_afind: as mub_array_afind. */
+MUB_API uint64_t mub_arrayx_afind(const mub_arrayx *array, uint64_t key);
+
+/* mub_arrayx_afind_index: as mub_array_afind_index. */
+MUB_API int64_t mub_arrayx_afind_index(const mub_arrayx *array, uint64_t key);
+
+/* mub_arrayx_bfind: sorted: as mub_array_bfind. */
+MUB_API uint64_t mub_arrayx_bfind(const mub_arrayx *array, uint64_t key);
+
+/* mub_arrayx_bfind_index: sorted: as mub_array_bfind_index. */
+MUB_API int64_t mub_arrayx_bfind_index(const mub_arrayx *array, uint64_t key);
+
+/* mub_arrayx_qsort: as mub_arrayd_qsort. */
+MUB_API void mub_arrayx_qsort(mub_arrayx *array, int ascending);
+
+/* mub_arrayx_qsort_p: as mub_arrayd_qsort_p. */
+MUB_API void mub_arrayx_qsort_p(mub_arrayx *array);
+
+/* mub_arrayx_qsort_n: as mub_arrayd_qsort_n. */
+MUB_API void mub_arrayx_qsort_n(mub_arrayx *array);
+
+/* mub_arrayx_qsort_x: as mub_array_qsort_x. */
+MUB_API void mub_arrayx_qsort_x(mub_arrayx *array, int ascending, mub_compare_fn compare);
+
+/* mub_arrayx_qsort_x_p: as mub_array_qsort_x_p. */
+MUB_API void mub_arrayx_qsort_x_p(mub_arrayx *array, mub_compare_fn compare);
+
+/* mub_arrayx_qsort_x_n: as mub_array_qsort_x_n. */
+MUB_API void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare);
+
 /* ---- mub_arrays: bare items -------------------------------------------------------------------------------------
  *
  * An item is one 64-bit word: a pointer to a record of yours, a number, or a block of the item pool. The array never
@@ -468,6 +789,109 @@ MUB_API void mub_arrays_qsort_x_p(mub_arrays *array, uint64_t context, mub_compa
 
 /* mub_arrays_qsort_x_n: sort descending; the comparer as for mub_arrays_qsort_x. */
 MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compare_context_fn compare);
+
+/* ---- mub_arrayt: words, the first four of them in the record ----------------------------------------------------
+ *
+ * A word is a number, signed or unsigned, or a pointer. Up to four of them take no memory beside the record; word i
+ * is inline_items[i] for i < 4 and tail[i - 4] from there on. There are no values, pools or callbacks.
+ *
+ * Positions end at `count` here, not at the capacity. The sorted operations compare two words by the sign of the
+ * difference of their low 32 bits, wrapped around to 32 bits: words that differ in higher bits alone are equal to
+ * them. The sorts compare whole words as unsigned values. Both agree as long as all words are below 2^32 and within
+ * 2^31 of each other. */
+
+typedef struct mub_arrayt {
+  uint64_t inline_items[4]; /* words 0 to 3; mub_arrayt_init leaves them as they are */
+  uint64_t *tail;           /* the words behind these; NULL until there are more than four */
+  int64_t count;            /* words in use */
+  int64_t capacity;    /* words that fit, the four in the record included; 0 after mub_arrayt_remove_all */
+  uint16_t descending; /* not 0: the order of the sorted operations is descending */
+} mub_arrayt;
+
+/* mub_arrayt_init: make the record an empty array, ascending, of capacity 4. */
+MUB_API void mub_arrayt_init(mub_arrayt *array);
+
+/* mub_arrayt_term: release the tail; the array is empty, with capacity 4. */
+MUB_API void mub_arrayt_term(mub_arrayt *array);
+
+/* mub_arrayt_remove_all: empty the array. Releases the tail and clears the words in the record; the capacity is 0
+ * until the next growth makes it 4 and more. Returns the array. */
+MUB_API mub_arrayt *mub_arrayt_remove_all(mub_arrayt *array);
+
+/* mub_arrayt_length: the size of the words in use. Returns 8 * count, in bytes. */
+MUB_API int64_t mub_arrayt_length(const mub_arrayt *array);
+
+/* mub_arrayt_expand: make room for `wanted` words in all, and for four at least.
+ * Returns 1 when there is room, 0 when memory ran out. */
+MUB_API int mub_arrayt_expand(mub_arrayt *array, int64_t wanted);
+
+/* mub_arrayt_shrink: set the count to `n`, at most the capacity; this also brings spare words into use, as they are.
+ * Does nothing for a negative `n`. */
+MUB_API void mub_arrayt_shrink(mub_arrayt *array, int64_t n);
+
+/* mub_arrayt_swap: exchange the words of two arrays; `descending` stays with its record. */
+MUB_API void mub_arrayt_swap(mub_arrayt *a, mub_arrayt *b);
+
+/* mub_arrayt_clone: make the words of `destination`, which is initialised, those of `source`. `descending` is not
+ * copied. Nothing is changed when memory runs out. */
+MUB_API void mub_arrayt_clone(const mub_arrayt *source, mub_arrayt *destination);
+
+/* mub_arrayt_append: add a word at the end, whatever the order. Does nothing when memory runs out. */
+MUB_API void mub_arrayt_append(mub_arrayt *array, uint64_t item);
+
+/* mub_arrayt_append_array: add all words of `source`, which may be the array itself, at the end. Does nothing when
+ * memory runs out. */
+MUB_API void mub_arrayt_append_array(mub_arrayt *destination, const mub_arrayt *source);
+
+/* mub_arrayt_get_at: the word at `index`. Returns it; 0 unless 0 <= index < count. */
+MUB_API uint64_t mub_arrayt_get_at(const mub_arrayt *array, int64_t index);
+
+/* mub_arrayt_set_at: replace the word at `index`; does nothing unless 0 <= index < count. */
+MUB_API void mub_arrayt_set_at(mub_arrayt *array, int64_t index, uint64_t item);
+
+/* mub_arrayt_get_first: the first word. Returns it; 0 in an empty array. */
+MUB_API uint64_t mub_arrayt_get_first(const mub_arrayt *array);
+
+/* mub_arrayt_get_last: the last word. Returns it; 0 in an empty array. */
+MUB_API uint64_t mub_arrayt_get_last(const mub_arrayt *array);
+
+/* mub_arrayt_insert: sorted: add a word unless one is there that is equal in its low 32 bits.
+ * Returns 1, also when there was no memory and nothing was added; 0 when an equal word was there, which stays. */
+MUB_API int mub_arrayt_insert(mub_arrayt *array, uint64_t item);
+
+/* mub_arrayt_remove: sorted: remove the word whose low 32 bits are `key`. Returns 1; 0 when there is none. */
+MUB_API int mub_arrayt_remove(mub_arrayt *array, uint32_t key);
+
+/* mub_arrayt_find: sorted: look for a word whose low 32 bits are `key`. Returns 1; 0 when there is none. */
+MUB_API int mub_arrayt_find(const mub_arrayt *array, uint32_t key);
+
+/* mub_arrayt_insert_at: add a word before the one at `index`, or at the end for an index of `count` and more.
+ * A negative index, and memory running out, add nothing. Cost: O(count). */
+MUB_API void mub_arrayt_insert_at(mub_arrayt *array, int64_t index, uint64_t item);
+
+/* mub_arrayt_remove_at: remove the word at `index`. Returns it; 0 unless 0 <= index < count. Cost: O(count). */
+MUB_API uint64_t mub_arrayt_remove_at(mub_arrayt *array, int64_t index);
+
+/* mub_arrayt_qsort: sort by the whole words as unsigned values.
+ *   ascending   the direction
+ *   unique      not 0: of equal words only one is kept
+ * Sorts beside the array, in memory of the words' size; nothing is changed when there is none. */
+MUB_API void mub_arrayt_qsort(mub_arrayt *array, int ascending, int unique);
+
+/* mub_arrayt_qsort_p: sort `count` words at `items`, wherever they are, ascending; in place. */
+MUB_API void mub_arrayt_qsort_p(uint64_t *items, int64_t count);
+
+/* mub_arrayt_qsort_n: sort `count` words at `items`, wherever they are, descending; in place. */
+MUB_API void mub_arrayt_qsort_n(uint64_t *items, int64_t count);
+
+/* mub_arrayt_to_string: write the words as one text, in decimal as signed values, a separator between each two.
+ *   separator   low 8 bits used
+ *   string      its content is replaced; unchanged when memory runs out */
+MUB_API void mub_arrayt_to_string(const mub_arrayt *array, int separator, mub_string *string);
+
+/* mub_arrayt_from_string: append the pieces of a text as words, read as mub_arrayd_from_string reads them, with all 64
+ * bits. */
+MUB_API void mub_arrayt_from_string(mub_arrayt *array, int separator, const char *text, int64_t length);
 
 #ifdef __cplusplus
 }

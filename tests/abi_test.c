@@ -62,6 +62,30 @@ FIELD_AT(mub_array, 56, uint16_t, own_pool);
 FIELD_AT(mub_array, 58, uint16_t, descending);
 SIZE_IS(mub_array, 64);
 
+FIELD_AT(mub_arrayd_entry, 0, uint32_t, key);
+FIELD_AT(mub_arrayd_entry, 8, uint64_t, value);
+SIZE_IS(mub_arrayd_entry, 16);
+
+FIELD_AT(mub_arrayd, 0, mub_arrayd_entry *, entries);
+FIELD_AT(mub_arrayd, 8, int64_t, count);
+FIELD_AT(mub_arrayd, 16, int64_t, capacity);
+FIELD_AT(mub_arrayd, 24, mub_pool *, pool);
+FIELD_AT(mub_arrayd, 32, uint16_t, own_pool);
+FIELD_AT(mub_arrayd, 34, uint16_t, descending);
+SIZE_IS(mub_arrayd, 40);
+
+FIELD_AT(mub_arrayx_entry, 0, uint64_t, key);
+FIELD_AT(mub_arrayx_entry, 8, uint64_t, value);
+SIZE_IS(mub_arrayx_entry, 16);
+
+FIELD_AT(mub_arrayx, 0, mub_arrayx_entry *, entries);
+FIELD_AT(mub_arrayx, 8, int64_t, count);
+FIELD_AT(mub_arrayx, 16, int64_t, capacity);
+FIELD_AT(mub_arrayx, 24, mub_pool *, pool);
+FIELD_AT(mub_arrayx, 32, uint16_t, own_pool);
+FIELD_AT(mub_arrayx, 34, uint16_t, descending);
+SIZE_IS(mub_arrayx, 40);
+
 FIELD_AT(mub_arrays, 0, uint64_t *, items);
 FIELD_AT(mub_arrays, 8, int64_t, count);
 FIELD_AT(mub_arrays, 16, int64_t, capacity);
@@ -69,6 +93,14 @@ FIELD_AT(mub_arrays, 24, mub_pool *, pool);
 FIELD_AT(mub_arrays, 32, uint16_t, own_pool);
 FIELD_AT(mub_arrays, 34, uint16_t, descending);
 SIZE_IS(mub_arrays, 40);
+
+_Static_assert(sizeof(((mub_arrayt *)0)->inline_items) == 32, "four words in the record");
+FIELD_AT(mub_arrayt, 0, uint64_t, inline_items[0]);
+FIELD_AT(mub_arrayt, 32, uint64_t *, tail);
+FIELD_AT(mub_arrayt, 40, int64_t, count);
+FIELD_AT(mub_arrayt, 48, int64_t, capacity);
+FIELD_AT(mub_arrayt, 56, uint16_t, descending);
+SIZE_IS(mub_arrayt, 64);
 
 FIELD_AT(mub_hash_entry, 0, mub_hash_entry *, next);
 FIELD_AT(mub_hash_entry, 8, uint32_t, hash);

@@ -30,8 +30,8 @@ constexpr bool kIsItems = std::is_same_v<typename A::Record, mub_arrays>;
 
 template <class Kind>
 class Arrays : public ::testing::Test {};
-using Kinds =
-    ::testing::Types<ByteKeyed, ItemsBy<false>, ItemsBy<true>, ItemsBy<false, false>, ItemsBy<true, false>>;
+using Kinds = ::testing::Types<ByteKeyed, Keyed32, Keyed64, ItemsBy<false>, ItemsBy<true>,
+                               ItemsBy<false, false>, ItemsBy<true, false>>;
 TYPED_TEST_SUITE(Arrays, Kinds);
 
 // ---- against a model: all slots of the table, as the steps of each operation leave them

@@ -85,6 +85,10 @@ class Sort : public ::testing::Test {};
 using Sorts = ::testing::Types<
     SortBy<ByteKeyed, mub_array_qsort, mub_array_qsort_p, mub_array_qsort_n>,
     SortBy<ByteKeyed, mub_array_qsort_x, mub_array_qsort_x_p, mub_array_qsort_x_n, by_number>,
+    SortBy<Keyed32, mub_arrayd_qsort, mub_arrayd_qsort_p, mub_arrayd_qsort_n>,
+    SortBy<Keyed32, mub_arrayd_qsort_x, mub_arrayd_qsort_x_p, mub_arrayd_qsort_x_n, by_number>,
+    SortBy<Keyed64, mub_arrayx_qsort, mub_arrayx_qsort_p, mub_arrayx_qsort_n>,
+    SortBy<Keyed64, mub_arrayx_qsort_x, mub_arrayx_qsort_x_p, mub_arrayx_qsort_x_n, by_number>,
     SortBy<ItemsBy<false>, mub_arrays_qsort, mub_arrays_qsort_p, mub_arrays_qsort_n, items_by_number>,
     SortBy<ItemsBy<false>, in_context<mub_arrays_qsort_x, int, mub_compare_context_fn>,
            in_context<mub_arrays_qsort_x_p, mub_compare_context_fn>,

@@ -202,12 +202,13 @@ void mub_array_qsort_x_n(mub_array *array, mub_compare_fn compare) {
 
 void mub_array_to_string(const mub_array *array, int separator, mub_string *string) {
   const int64_t count = slots::used(*array);
-  if (!pieces::begin(*string, array->keys.length + std::max<int64_t>(count - 1, 0))) return;
-  for (int64_t i = 0; i < count; ++i) {
-    const ByteKey key = key_of(*array, array->entries[i]);
-    pieces::separate(*string, separator);
-    buffer::append(*string, key.bytes, key.length);
-  }
+  const int64_t room = array->keys.length + std::max<int64_t>(count - 1, 0);
+  pieces::join(*string, room, separator, [array, count](auto visit) {
+    for (int64_t i = 0; i < count; ++i) {
+      const ByteKey key = key_of(*array, array->entries[i]);
+      visit(pieces::BytesText{key.bytes, key.length});
+    }
+  });
 }
 
 void mub_array_from_string(mub_array *array, int separator, const char *text, int64_t length) {
@@ -217,12 +218,10 @@ void mub_array_from_string(mub_array *array, int separator, const char *text, in
   if (pinned.failed()) return;
   const int64_t count = array->count;
   const int64_t key_bytes = array->keys.length;
-  bool whole = true;
-  pieces::for_each(static_cast<const char *>(pinned.bytes()), length, separator,
-                   [&](const char *key, int64_t key_length) {
-                     whole = whole && slots::append(*array, raw_key(key, key_length), 0) != nullptr;
-                   });
-  if (whole) return;
+  const auto append = [array](const char *key, int64_t key_length) {
+    return slots::append(*array, raw_key(key, key_length), 0) != nullptr;
+  };
+  if (pieces::for_each(static_cast<const char *>(pinned.bytes()), length, separator, append)) return;
   array->count = count;
   buffer::shrink(array->keys, key_bytes);
 }

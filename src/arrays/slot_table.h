@@ -111,25 +111,11 @@ bool owns_pool(const Record &array) {
 
 // ---- growth
 
-// A table of `capacity` slots with the content of `old`, zero behind it; nullptr when memory runs out, `old` then
-// untouched. A fresh block and not realloc: callers may rely on the address changing.
-inline void *regrown_table(void *old, int64_t old_capacity, int64_t capacity, int64_t slot_bytes) {
-  if (old == nullptr) return allocate_zeroed(capacity, slot_bytes);
-  void *table = allocate(capacity, slot_bytes);
-  if (table == nullptr) return nullptr;
-  const auto old_bytes = static_cast<size_t>(old_capacity * slot_bytes);
-  std::memcpy(table, old, old_bytes);
-  std::memset(static_cast<char *>(table) + old_bytes, 0,
-              static_cast<size_t>(capacity * slot_bytes) - old_bytes);
-  release(old);
-  return table;
-}
-
 template <class Record>
 __attribute__((noinline)) bool grow(Record &array, int64_t wanted) {
   if (wanted > kMaxUnits) return false;
   const int64_t capacity = grown_slots(array.count, array.capacity, wanted);
-  void *grown = regrown_table(table(array), array.capacity, capacity, sizeof(SlotOf<Record>));
+  void *grown = regrown(table(array), array.capacity, capacity, sizeof(SlotOf<Record>));
   if (grown == nullptr) return false;
   table(array) = static_cast<SlotOf<Record> *>(grown);
   array.capacity = capacity;
@@ -143,8 +129,13 @@ bool expand(Record &array, int64_t wanted) {
 }
 
 template <class Record>
+void set_count(Record &array, int64_t count) {
+  if (count >= 0) array.count = std::min(count, array.capacity);
+}
+
+template <class Record>
 void shrink(Record &array, int64_t count) {
-  if (table(array) != nullptr && count >= 0) array.count = std::min(count, array.capacity);
+  if (table(array) != nullptr) set_count(array, count);
 }
 
 // ---- whole arrays
@@ -394,11 +385,7 @@ SlotOf<Record> *find_or_insert(Record &array, const KeyOf<Record> &key, SlotOrde
 
 template <class Record, class Order>
 void sort(Record &array, bool ascending, const Order &order) {
-  if (ascending) {
-    mub::sort<true>(table(array), used(array), order);
-  } else {
-    mub::sort<false>(table(array), used(array), order);
-  }
+  mub::sort(table(array), used(array), ascending, order);
 }
 
 // Orders slots by their values, through a caller's comparer.

@@ -142,9 +142,13 @@ class Sorting {
   Range stack_[kStackDepth];
 };
 
-template <bool kAscending, class Slot, class Order>
-void sort(Slot *slots, int64_t count, const Order &order) {
-  Sorting<kAscending, Slot, Order>(slots, order).run(count);
+template <class Slot, class Order>
+void sort(Slot *slots, int64_t count, bool ascending, const Order &order) {
+  if (ascending) {
+    Sorting<true, Slot, Order>(slots, order).run(count);
+  } else {
+    Sorting<false, Slot, Order>(slots, order).run(count);
+  }
 }
 
 }  // namespace mub

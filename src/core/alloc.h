@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 namespace mub {
 
@@ -29,6 +30,20 @@ inline void *allocate_zeroed(int64_t count, int64_t unit_bytes) {
 }
 
 inline void release(void *block) { std::free(block); }
+
+// A block of `count` units that begins with the `old_count` of `old`, zero behind them; `old`, which may be null, is
+// released. nullptr when memory runs out, `old` then untouched. A fresh block and not realloc: callers of the library
+// may rely on the address changing.
+inline void *regrown(void *old, int64_t old_count, int64_t count, int64_t unit_bytes) {
+  if (old == nullptr) return allocate_zeroed(count, unit_bytes);
+  void *block = allocate(count, unit_bytes);
+  if (block == nullptr) return nullptr;
+  const auto old_bytes = static_cast<size_t>(old_count * unit_bytes);
+  std::memcpy(block, old, old_bytes);
+  std::memset(static_cast<char *>(block) + old_bytes, 0, static_cast<size_t>(count * unit_bytes) - old_bytes);
+  release(old);
+  return block;
+}
 
 }  // namespace mub
 

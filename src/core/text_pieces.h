@@ -5,38 +5,78 @@
 #include <cstdint>
 
 #include "core/bytes.h"
+#include "core/number_text.h"
 #include "core/text_span.h"
 #include "core/unit_buffer.h"
 
 namespace mub::pieces {
 
-// Calls take(piece, length) with each piece, white space around it cut off. Empty ones count, but for the last.
+// Calls take(piece, length) with each piece, white space around it cut off, until it gives false; true when it took
+// all of them. Empty ones count, but for the last.
 template <class Take>
-void for_each(const char *text, int64_t length, int separator, Take take) {
+bool for_each(const char *text, int64_t length, int separator, Take take) {
   while (text != nullptr && length > 0) {
     const int64_t found = bytes::chr(text, length, separator);
     const bool last = found < 0;
     const span::Trimmed piece = span::trimmed(text, last ? length : found);
-    if (!last || piece.length > 0) take(text + piece.start, piece.length);
-    if (last) return;
+    if (last) return piece.length == 0 || take(text + piece.start, piece.length);
+    if (!take(text + piece.start, piece.length)) return false;
     text += found + 1;
     length -= found + 1;
   }
+  return true;
 }
 
-// Empties `out` and makes room for a text; false when memory runs out, `out` then unchanged.
-inline bool begin(mub_string &out, int64_t room) {
-  const int64_t old_length = out.length;
-  out.length = 0;  // Growth goes by the length of the text to come, not of the one to go.
-  const bool has_room = buffer::expand(out, room);
-  buffer::shrink(out, has_room ? 0 : old_length);
-  return has_room;
+// The same with each piece as an integer; an empty one is 0.
+template <class Take>
+bool for_each_integer(const char *text, int64_t length, int separator, Take take) {
+  return for_each(text, length, separator, [take](const char *piece, int64_t piece_length) {
+    return take(number::parse_integer(piece, piece_length).value);
+  });
 }
 
-// Puts a separator behind what is there; empty pieces at the front thus leave no trace.
-inline void separate(mub_string &out, int separator) {
-  const char unit = static_cast<char>(separator);
-  if (!buffer::is_empty(out)) buffer::append(out, &unit, 1);
+// A piece to be written, as number::IntegerText is one.
+struct BytesText {
+  const void *bytes;
+  int64_t size;
+  int64_t length() const { return size; }
+  void write(char *to) const { bytes::move(to, bytes, size); }
+};
+
+// How long a joined text becomes, and what capacity growing piece by piece ends with.
+struct Extent {
+  int64_t capacity;
+  int64_t length = 0;
+
+  void reserve(int64_t wanted) {
+    if (wanted > capacity) capacity = buffer::grown_capacity<mub_string>(length, capacity, wanted);
+  }
+  void append(int64_t added) {
+    if (length > kMaxUnits / 2) return;  // Far from any memory's end, and safe from overflow.
+    reserve(length + added);
+    length += added;
+  }
+};
+
+// Makes `out` hold the pieces that walk(visit) visits, with a separator between each two: all of them, or what it held
+// before when memory runs out; so the whole growth, first to `room`, then piece by piece, is found beforehand.
+// Empty pieces at the front leave no trace, as no separator is put before the first character.
+template <class Walk>
+void join(mub_string &out, int64_t room, int separator, Walk walk) {
+  Extent extent = {out.capacity};
+  extent.reserve(room);
+  walk([&extent](const auto &piece) {
+    if (extent.length > 0) extent.append(1);
+    extent.append(piece.length());
+  });
+  if (extent.capacity > out.capacity && !buffer::regrow(out, extent.capacity)) return;
+  int64_t length = 0;
+  walk([&out, &length, separator](const auto &piece) {
+    if (length > 0) out.data[length++] = static_cast<char>(separator);
+    piece.write(out.data + length);
+    length += piece.length();
+  });
+  buffer::shrink(out, length);
 }
 
 }  // namespace mub::pieces

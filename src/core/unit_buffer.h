@@ -93,26 +93,26 @@ int64_t rounded_capacity(int64_t target) {
   return ((target - 1) / 8) * 8 + 8;
 }
 
+// The capacity after growing from `capacity` to at least `wanted` units.
 template <class Record>
-bool grow(Record &record, int64_t wanted) {
-  using Unit = UnitOf<Record>;
-  if (wanted > kMaxUnits) return false;
-  const int64_t capacity = rounded_capacity<Record>(grown_units(record.length, record.capacity, wanted));
-  if (record.data == nullptr) {
-    record.data = static_cast<Unit *>(allocate_zeroed(capacity + 1, kUnitBytes<Record>));
-    if (record.data == nullptr) return false;
-    record.capacity = capacity;
-    return true;
-  }
-  // A fresh block and not realloc: callers may rely on the address changing.
-  auto *data = static_cast<Unit *>(allocate(capacity + 1, kUnitBytes<Record>));
+int64_t grown_capacity(int64_t length, int64_t capacity, int64_t wanted) {
+  return rounded_capacity<Record>(grown_units(length, capacity, wanted));
+}
+
+// Moves the content to a block of `capacity` units and one more.
+template <class Record>
+bool regrow(Record &record, int64_t capacity) {
+  void *data = regrown(record.data, record.capacity, capacity + 1, kUnitBytes<Record>);
   if (data == nullptr) return false;
-  move_units(data, record.data, record.capacity);
-  std::memset(data + record.capacity, 0, static_cast<size_t>(capacity + 1 - record.capacity) * sizeof(Unit));
-  release(record.data);
-  record.data = data;
+  record.data = static_cast<UnitOf<Record> *>(data);
   record.capacity = capacity;
   return true;
+}
+
+template <class Record>
+bool grow(Record &record, int64_t wanted) {
+  return wanted <= kMaxUnits &&
+         regrow(record, grown_capacity<Record>(record.length, record.capacity, wanted));
 }
 
 // Makes room for `wanted` units; false when memory runs out, the record unchanged.

@@ -8,7 +8,7 @@
 namespace mub {
 namespace {
 
-constexpr int kKeyWords = 4;
+constexpr size_t kKeyWords = 4;
 
 // Passed by value: a caller's pointer may lead into a block that the insertion is about to reuse.
 struct FourWords {
@@ -19,7 +19,7 @@ FourWords words_of(const uint32_t *key) { return {{key[0], key[1], key[2], key[3
 
 uint32_t hash_of(const uint32_t *key) {
   uint8_t bytes[4 * kKeyWords];
-  for (int i = 0; i < kKeyWords; ++i) store_little_endian(key[i], bytes + 4 * i);
+  for (size_t i = 0; i < kKeyWords; ++i) store_little_endian(key[i], bytes + size_t{4} * i);
   return key_hash(bytes, sizeof bytes);
 }
 

@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -26,6 +28,7 @@ enum Placed { kUpdateAt = kAppendArray + 1, kRemoveAt, kFreeAt, kInsertAt, kSetA
 enum Sorted { kInsert = kAppendNew + 1, kInsertNew, kUpdate, kRemove, kFree };
 enum Found { kFind = kFree + 1, kFindIndex, kBfind, kBfindIndex };
 enum OfEntries { kAfind = kBfindIndex + 1, kAfindIndex, kEntryInsert, kEntryFind };
+enum OfIntegers { kGetAt = kEntryFind + 1, kRemoveKeyAt };
 
 struct ByteKeyed {
   using Record = mub_array;
@@ -73,6 +76,71 @@ struct ByteKeyed {
     return {std::string(key != nullptr ? key : "", static_cast<size_t>(length)), value};
   }
 };
+
+// Searches order integer keys by the sign of their wrapped difference.
+template <class RecordOfKind, class Bits, const auto &kTable>
+struct IntegerKeyed {
+  using Record = RecordOfKind;
+  using Key = Bits;
+  using Passed = Key;
+  static constexpr bool kIsOrdered = true;
+
+  template <int kOperation, class... Args>
+  static auto call(Record *array, Args... args) {
+    return std::apply(std::get<kOperation>(kTable), std::tuple_cat(std::tuple(array), passed(args)...));
+  }
+  template <class Arg>
+  static auto passed(Arg arg) {
+    return std::tuple(arg);
+  }
+  static auto passed(const std::pair<Key, uint64_t> &entry) { return std::tuple(entry.first, entry.second); }
+
+  static int order(Key a, Key b) {
+    const auto difference = static_cast<std::make_signed_t<Bits>>(static_cast<Bits>(a - b));
+    return difference < 0 ? -1 : difference > 0;
+  }
+  static std::pair<Key, uint64_t> made(Key key, uint64_t word) { return {key, word}; }
+  // Small keys and large ones of either sign, also further apart than half of their range.
+  static Key random_key(Random &random) {
+    const auto key = static_cast<std::make_signed_t<Bits>>(random.word());
+    return static_cast<Key>(key >> random.below(8 * sizeof(Bits)));
+  }
+  // Ascending numbers up to 1e6 fill the width.
+  static Key key(int64_t number) {
+    return static_cast<Key>(number) * (std::numeric_limits<Key>::max() / 1000000);
+  }
+  static std::pair<Key, uint64_t> entry(const Record *array, int64_t index) {
+    Key key = 99;
+    const uint64_t value = std::get<kGetAt>(kTable)(array, index, &key);
+    return {key, value};
+  }
+};
+
+template <class Record, class Key, auto kRemoveAt>
+uint64_t remove_at(Record *array, int64_t index) {
+  Key key;
+  return kRemoveAt(array, index, &key);
+}
+
+inline constexpr auto kArraydFunctions = std::make_tuple(
+    mub_arrayd_init, mub_arrayd_term, mub_arrayd_expand, mub_arrayd_shrink, mub_arrayd_swap, mub_arrayd_clone,
+    mub_arrayd_remove_all, mub_arrayd_free_all, mub_arrayd_append_array, mub_arrayd_update_at,
+    remove_at<mub_arrayd, uint32_t, mub_arrayd_remove_at>, mub_arrayd_free_at, mub_arrayd_insert_at,
+    mub_arrayd_set_at, mub_arrayd_append, mub_arrayd_append_new, mub_arrayd_insert, mub_arrayd_insert_new,
+    mub_arrayd_update, mub_arrayd_remove, mub_arrayd_free, mub_arrayd_find, mub_arrayd_find_index,
+    mub_arrayd_bfind, mub_arrayd_bfind_index, mub_arrayd_afind, mub_arrayd_afind_index,
+    mub_arrayd_entry_insert, mub_arrayd_entry_find, mub_arrayd_get_at, mub_arrayd_remove_at);
+using Keyed32 = IntegerKeyed<mub_arrayd, uint32_t, kArraydFunctions>;
+
+inline constexpr auto kArrayxFunctions = std::make_tuple(
+    mub_arrayx_init, mub_arrayx_term, mub_arrayx_expand, mub_arrayx_shrink, mub_arrayx_swap, mub_arrayx_clone,
+    mub_arrayx_remove_all, mub_arrayx_free_all, mub_arrayx_append_array, mub_arrayx_update_at,
+    remove_at<mub_arrayx, uint64_t, mub_arrayx_remove_at>, mub_arrayx_free_at, mub_arrayx_insert_at,
+    mub_arrayx_set_at, mub_arrayx_append, mub_arrayx_append_new, mub_arrayx_insert, mub_arrayx_insert_new,
+    mub_arrayx_update, mub_arrayx_remove, mub_arrayx_free, mub_arrayx_find, mub_arrayx_find_index,
+    mub_arrayx_bfind, mub_arrayx_bfind_index, mub_arrayx_afind, mub_arrayx_afind_index,
+    mub_arrayx_entry_insert, mub_arrayx_entry_find, mub_arrayx_get_at, mub_arrayx_remove_at);
+using Keyed64 = IntegerKeyed<mub_arrayx, uint64_t, kArrayxFunctions>;
 
 // Items are their own keys and values; the lowest 8 bits do not count in their order. Comparers go to the ends of what
 // an int can hold, and find everything equal when called with a wrong context.

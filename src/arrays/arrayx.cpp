@@ -1,0 +1,165 @@
+// mub_arrayx: the engine's slots with integer keys.
+#include <cstddef>
+
+#include "arrays/integer_keys.h"
+#include "arrays/slot_clone.h"
+
+static_assert(sizeof(mub_arrayx_entry) == 16 && offsetof(mub_arrayx_entry, value) == 8);
+static_assert(sizeof(mub_arrayx) == 40 && offsetof(mub_arrayx, count) == 8 &&
+              offsetof(mub_arrayx, capacity) == 16 && offsetof(mub_arrayx, pool) == 24 &&
+              offsetof(mub_arrayx, own_pool) == 32 && offsetof(mub_arrayx, descending) == 34);
+
+using namespace mub;
+
+extern "C" {
+
+mub_arrayx *mub_arrayx_init(mub_arrayx *array, int with_pool) {
+  slots::init(*array, with_pool != 0);
+  return array;
+}
+
+mub_arrayx *mub_arrayx_term(mub_arrayx *array) {
+  slots::term(*array);
+  return array;
+}
+
+int mub_arrayx_expand(mub_arrayx *array, int64_t wanted) { return slots::expand(*array, wanted); }
+
+void mub_arrayx_shrink(mub_arrayx *array, int64_t n) { slots::set_count(*array, n); }
+
+void mub_arrayx_swap(mub_arrayx *a, mub_arrayx *b) { slots::swap(*a, *b); }
+
+mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_pool, mub_arrayx *destination,
+                             mub_pool *destination_pool, mub_clone_fn clone) {
+  slots::clone(*source, *destination, UserPools(source_pool, destination_pool, clone));
+  return destination;
+}
+
+mub_arrayx *mub_arrayx_remove_all(mub_arrayx *array) {
+  slots::remove_all(*array);
+  return array;
+}
+
+mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn free) {
+  slots::free_all(*array, free);
+  return array;
+}
+
+void mub_arrayx_free_all_entry(mub_arrayx *array, mub_free_fn free) { slots::free_values(*array, free); }
+
+void mub_arrayx_append(mub_arrayx *array, uint64_t key, uint64_t value) { slots::append(*array, key, value); }
+
+uint64_t mub_arrayx_append_new(mub_arrayx *array, uint64_t key, mub_init_fn init) {
+  return slots::append_new(*array, key, init);
+}
+
+void mub_arrayx_append_array(mub_arrayx *destination, const mub_arrayx *source) {
+  slots::append_array(*destination, *source);
+}
+
+mub_arrayx_entry *mub_arrayx_get_entry(const mub_arrayx *array, int64_t index) {
+  return slots::slot_at(*array, index);
+}
+
+uint64_t mub_arrayx_get_at(const mub_arrayx *array, int64_t index, uint64_t *key) {
+  return integers::hand_out(slots::slot_at(*array, index), *key);
+}
+
+uint64_t mub_arrayx_get_first(const mub_arrayx *array, uint64_t *key) {
+  return integers::hand_out(slots::first_slot(*array), *key);
+}
+
+uint64_t mub_arrayx_get_last(const mub_arrayx *array, uint64_t *key) {
+  return integers::hand_out(slots::last_slot(*array), *key);
+}
+
+uint64_t mub_arrayx_set_at(mub_arrayx *array, int64_t index, uint64_t key, uint64_t value) {
+  return integers::set_at(*array, index, key, value);
+}
+
+uint64_t mub_arrayx_update_at(mub_arrayx *array, int64_t index, uint64_t value) {
+  return slots::exchange_value(slots::slot_at(*array, index), value);
+}
+
+void mub_arrayx_insert_at(mub_arrayx *array, int64_t index, uint64_t key, uint64_t value) {
+  slots::insert_at(*array, index, key, value);
+}
+
+uint64_t mub_arrayx_remove_at(mub_arrayx *array, int64_t index, uint64_t *key) {
+  return integers::remove_at(*array, index, *key);
+}
+
+void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn free) {
+  slots::free_at(*array, index, free);
+}
+
+int mub_arrayx_insert(mub_arrayx *array, uint64_t key, uint64_t value) {
+  return slots::insert(*array, key, value, IntegerOrder{key});
+}
+
+int mub_arrayx_insert_new(mub_arrayx *array, uint64_t key, uint64_t *value, mub_init_fn init) {
+  return slots::insert_new(*array, key, *value, init, IntegerOrder{key});
+}
+
+uint64_t mub_arrayx_update(mub_arrayx *array, uint64_t key, uint64_t value) {
+  return slots::exchange_value(slots::find_slot(*array, IntegerOrder{key}), value);
+}
+
+uint64_t mub_arrayx_remove(mub_arrayx *array, uint64_t key) {
+  return slots::remove_at(*array, slots::find_index(*array, IntegerOrder{key}));
+}
+
+void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn free) {
+  slots::free_at(*array, slots::find_index(*array, IntegerOrder{key}), free);
+}
+
+mub_arrayx_entry *mub_arrayx_entry_insert(mub_arrayx *array, uint64_t key) {
+  return slots::find_or_insert(*array, key, IntegerOrder{key});
+}
+
+mub_arrayx_entry *mub_arrayx_entry_find(const mub_arrayx *array, uint64_t key) {
+  return slots::find_slot(*array, IntegerOrder{key});
+}
+
+uint64_t mub_arrayx_find(const mub_arrayx *array, uint64_t key) {
+  return slots::value_or_0(slots::find_slot(*array, IntegerOrder{key}));
+}
+
+int64_t mub_arrayx_find_index(const mub_arrayx *array, uint64_t key) {
+  return slots::find_index(*array, IntegerOrder{key});
+}
+
+uint64_t mub_arrayx_afind(const mub_arrayx *array, uint64_t key) {
+  return slots::value_or_0(slots::slot_at(*array, integers::scan_for(*array, key)));
+}
+
+int64_t mub_arrayx_afind_index(const mub_arrayx *array, uint64_t key) {
+  return integers::scan_for(*array, key);
+}
+
+uint64_t mub_arrayx_bfind(const mub_arrayx *array, uint64_t key) {
+  return slots::value_or_0(slots::nearest_slot(*array, IntegerOrder{key}));
+}
+
+int64_t mub_arrayx_bfind_index(const mub_arrayx *array, uint64_t key) {
+  return slots::nearest_index(*array, IntegerOrder{key});
+}
+
+void mub_arrayx_qsort(mub_arrayx *array, int ascending) { integers::sort(*array, ascending != 0); }
+
+void mub_arrayx_qsort_p(mub_arrayx *array) { integers::sort(*array, true); }
+
+void mub_arrayx_qsort_n(mub_arrayx *array) { integers::sort(*array, false); }
+
+void mub_arrayx_qsort_x(mub_arrayx *array, int ascending, mub_compare_fn compare) {
+  if (compare != nullptr) slots::sort_values(*array, ascending != 0, compare);
+}
+
+void mub_arrayx_qsort_x_p(mub_arrayx *array, mub_compare_fn compare) {
+  if (compare != nullptr) slots::sort_values(*array, true, compare);
+}
+
+void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare) {
+  if (compare != nullptr) slots::sort_values(*array, false, compare);
+}
+}

@@ -1,0 +1,92 @@
+// Integer keys of the array engine, kept in the slots.
+//
+// Searches go by the sign of the difference between two keys, wrapped to the key's width; sorts by their unsigned
+// values. Callers can see both: the two agree as long as all keys lie within half the key's range of each other.
+#ifndef MUB_ARRAYS_INTEGER_KEYS_H
+#define MUB_ARRAYS_INTEGER_KEYS_H
+
+#include <cstdint>
+#include <type_traits>
+
+#include "arrays/slot_table.h"
+
+namespace mub {
+
+template <class Record, class Entry>
+struct IntegerSlots : NoKeyStream<Record> {
+  using Slot = Entry;
+  using Key = decltype(Entry::key);
+  static constexpr auto kSlots = &Record::entries;
+  static void append_key(Record &, Slot &entry, Key key) { entry.key = key; }
+  static void place_key(Record &, Slot &entry, Key key) { entry.key = key; }
+  static void cut_key(Record &, Slot &entry) { entry.key = 0; }
+  static Key key_of(const Record &, const Slot &entry) { return entry.key; }
+};
+
+template <>
+struct SlotPolicy<mub_arrayd> : IntegerSlots<mub_arrayd, mub_arrayd_entry> {};
+template <>
+struct SlotPolicy<mub_arrayx> : IntegerSlots<mub_arrayx, mub_arrayx_entry> {};
+
+// Entries against a searched key.
+template <class Integer>
+struct IntegerOrder {
+  Integer key;
+
+  template <class Entry>
+  int operator()(const Entry &entry) const {
+    const auto difference = static_cast<std::make_signed_t<Integer>>(entry.key - key);
+    return difference < 0 ? -1 : difference != 0;
+  }
+};
+template <class Integer>
+IntegerOrder(Integer) -> IntegerOrder<Integer>;
+
+// Entries against entries, for the sort.
+template <class Integer>
+struct IntegerKeyOrder {
+  using Key = Integer;
+
+  template <class Entry>
+  Key key(const Entry &entry) const {
+    return entry.key;
+  }
+  int compare(Key a, Key b) const { return a < b ? -1 : a != b; }
+};
+
+namespace integers {
+
+// Gives the key and the value of an entry, 0 and 0 of none.
+template <class Entry, class Key>
+uint64_t hand_out(const Entry *entry, Key &key) {
+  key = entry != nullptr ? entry->key : 0;
+  return slots::value_or_0(entry);
+}
+
+template <class Record, class Key>
+uint64_t set_at(Record &array, int64_t index, Key key, uint64_t value) {
+  auto *entry = slots::slot_at(array, index);
+  if (entry != nullptr) entry->key = key;
+  return slots::exchange_value(entry, value);
+}
+
+template <class Record, class Key>
+uint64_t remove_at(Record &array, int64_t index, Key &key) {
+  hand_out(index < slots::used(array) ? slots::slot_at(array, index) : nullptr, key);
+  return slots::remove_at(array, index);
+}
+
+template <class Record, class Key>
+int64_t scan_for(const Record &array, Key key) {
+  return slots::scan(array, [key](const auto &entry) { return entry.key == key; });
+}
+
+template <class Record>
+void sort(Record &array, bool ascending) {
+  slots::sort(array, ascending, IntegerKeyOrder<slots::KeyOf<Record>>());
+}
+
+}  // namespace integers
+}  // namespace mub
+
+#endif
