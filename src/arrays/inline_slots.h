@@ -9,6 +9,7 @@
 #define MUB_ARRAYS_INLINE_SLOTS_H
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <utility>
 
@@ -29,13 +30,18 @@ inline int64_t used(const mub_arrayt &array) {
   return std::min(array.count, array.tail != nullptr ? array.capacity : kInlineWords);
 }
 
-inline bool holds(const mub_arrayt &array, int64_t index) { return index >= 0 && index < used(array); }
+inline bool holds(const mub_arrayt &array, int64_t index) {
+  if (index < 0 || index >= array.count) return false;
+  return index < kInlineWords || (array.tail != nullptr && index < array.capacity);
+}
 
 inline uint64_t &word(mub_arrayt &array, int64_t index) {
+  assert(index < kInlineWords || array.tail != nullptr);
   return index < kInlineWords ? array.inline_items[index] : array.tail[index - kInlineWords];
 }
 
 inline uint64_t word(const mub_arrayt &array, int64_t index) {
+  assert(index < kInlineWords || array.tail != nullptr);
   return index < kInlineWords ? array.inline_items[index] : array.tail[index - kInlineWords];
 }
 
