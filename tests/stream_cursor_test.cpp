@@ -42,15 +42,18 @@ Kind fixed(size_t bytes, Read read, Write write) {
 }
 
 const Golden kWords = {{100, "\x64"}, {1000, "\x83\xE8"}, {0x8001, "\x80\x01"}};
-const Golden kDwords = {{300, "\x41\x2C"}, {100000, "\x81\x86\xA0"}, {0xD2345678, "\xD2\x34\x56\x78"}};
-const Golden kLwords = {{1000, "\x83\xE8"},
+const Golden kDwords = {
+    {5, "\x05"}, {300, "\x41\x2C"}, {100000, "\x81\x86\xA0"}, {0xD2345678, "\xD2\x34\x56\x78"}};
+const Golden kLwords = {{100, "\x64"},
+                        {1000, "\x83\xE8"},
                         {0x12345, "\xC1\x45\x23"},
                         {0x1234567, "\xE1\x23\x67\x45"},
                         {0x123456789, "\xF1\x89\x67\x45\x23"},
                         {0x123456789AB, "\xF9\x23\xAB\x89\x67\x45"},
                         {0x123456789ABCD, "\xFD\x45\x23\xCD\xAB\x89\x67"},
                         {0x123456789ABCDE, "\xFE\x12\x56\x34\xDE\xBC\x9A\x78"},
-                        {0x123456789ABCDEF0, "\xFF\xF0\xDE\xBC\x9A\x78\x56\x34\x12"}};
+                        {0x123456789ABCDEF0, "\xFF\xF0\xDE\xBC\x9A\x78\x56\x34\x12"},
+                        {UINT64_MAX, std::string(9, '\xFF')}};
 const Values kGreatestDwords = {63, 16383, 0x3FFFFF};
 const Values kGreatestLwords = {0x7F,        0x3FFF,        0x1FFFFF,        0xFFFFFFF,
                                 0x7FFFFFFFF, 0x3FFFFFFFFFF, 0x1FFFFFFFFFFFF, 0xFFFFFFFFFFFFFF};
@@ -128,6 +131,19 @@ TEST(StreamCursor, StoresAndReadsWholeIntegersOnly) {
   EXPECT_EQ(mub_stream_deflate_word_length(0x70005), 1) << "16 bits count";
 }
 
+TEST(StreamCursor, ReadsLongerFormsThanNeeded) {
+  int64_t position;
+  for (int further = 1; further <= 8; ++further) {
+    const Stream stream(static_cast<char>(0xFF00 >> further) + std::string(8, '\1'));
+    EXPECT_EQ(mub_stream_inflate_lword(&stream, &(position = 0)), 0x0101010101010101 >> (64 - 8 * further));
+    EXPECT_EQ(position, 1 + further);
+  }
+  const Stream stream("\x80\1\1");
+  EXPECT_EQ(mub_stream_inflate_word(&stream, &(position = 0)), 1);
+  EXPECT_EQ(mub_stream_inflate_dword(&stream, &(position = 0)), 0x101u);
+  EXPECT_EQ(position, 3);
+}
+
 TEST(StreamCursor, TouchesNothingOutside) {
   Stream stream(std::string(10, '\xFF'));
   int64_t position;
@@ -197,6 +213,19 @@ TEST(StreamBlocks, AStringsLengthIsCutTo16Bits) {
   EXPECT_EQ(mub_stream_set_string(&stream, &position, &text), 65540);
   EXPECT_EQ(stream.text().substr(0, 3), std::string("\x02\0x", 3));
   EXPECT_EQ(stream.text().substr(65539, 2), "x.");
+}
+
+TEST(StreamBlocks, MayClaimMoreThanThereIs) {
+  const Stream stream("\xFF\xFF\xFF\xFFxyz");
+  Stream body("old");
+  String text("old");
+  int64_t position = 0;
+  EXPECT_EQ(mub_stream_get_stream(&stream, &position, &body), 4 + int64_t{UINT32_MAX});
+  EXPECT_EQ(body.text(), "xyz");
+  EXPECT_EQ(mub_stream_get_string(&stream, &(position = 2), &text), 4 + UINT16_MAX);
+  EXPECT_EQ(text.text(), "xyz");
+  EXPECT_EQ(mub_stream_get_string(&stream, &(position = -1), &text), 1) << "no length, no text";
+  EXPECT_EQ(text.text(), "");
 }
 
 TEST(StreamBlocks, MayComeFromAndGoToTheStreamItself) {

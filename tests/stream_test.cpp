@@ -130,6 +130,8 @@ TEST(Stream, KeepsSpareBytesThatIndexesReachAndSearchesDoNot) {
   EXPECT_EQ(mub_stream_find_pos(&stream, 0x100 + 'f', 15), 15);
   EXPECT_EQ(mub_stream_find_pos(&stream, '3', 4), -1);
   EXPECT_EQ(mub_stream_find(&stream, 0x100), -1) << "a 0 is never found";
+  mub_stream_zero(&stream, 0, 16);
+  EXPECT_EQ(stream.text(), std::string(16, '\0'));
 }
 
 TEST(Stream, ExtractionAgreesWithSubstrings) {
@@ -178,6 +180,11 @@ TEST(Stream, ExchangesAndClonesBlocks) {
   mub_stream_clone(&other, &fresh);
   EXPECT_EQ(fresh.text(), "a te");
   EXPECT_EQ(fresh.capacity, 16);
+  EXPECT_FALSE(mub_stream_is_empty(&fresh));
+  mub_stream_shrink(&fresh, 0);
+  EXPECT_TRUE(mub_stream_is_empty(&fresh));
+  mub_stream_term(&fresh);
+  EXPECT_TRUE(mub_stream_is_empty(&fresh) && fresh.data == nullptr && fresh.capacity == 0);
 }
 
 // Every operation that grows, once its memory ran out: its target is as it was, and it says so where it can.
@@ -187,8 +194,8 @@ TEST(Stream, LeavesItsTargetsWhenMemoryRunsOut) {
   int64_t position = 404;
   const std::vector<std::function<bool(mub_stream *, mub_string *, mub_string *)>> calls = {
       [&](auto *s, auto...) { return mub_stream_copy(s, more.data(), 500), s->length == 500; },
-      [&](auto *s, auto...) { return mub_stream_append(s, more.data(), 500), s->length == 800; },
       // The stream's own bytes, too many for the copy that needs no allocation.
+      [&](auto *s, auto...) { return mub_stream_append(s, s->data, 300), s->length == 600; },
       [&](auto *s, auto...) { return mub_stream_insert(s, 5, s->data, 300); },
       [&](auto *s, auto...) { return mub_stream_update(s, 5, 2, more.data(), 500); },
       [&](auto *s, auto...) { return mub_stream_clone(&framed, s), s->length == 404; },
