@@ -129,6 +129,10 @@ TEST(StreamCursor, StoresAndReadsWholeIntegersOnly) {
     }
   }
   EXPECT_EQ(mub_stream_deflate_word_length(0x70005), 1) << "16 bits count";
+  Stream stream("...");
+  int64_t position = 0;
+  mub_stream_deflate_word(&stream, &position, 0x70005);
+  EXPECT_EQ(stream.text(), "\5..");
 }
 
 TEST(StreamCursor, ReadsLongerFormsThanNeeded) {

@@ -67,10 +67,11 @@ TEST(Stream, EditsAsAStringWould) {
 TEST(Stream, RefusesWholeWhatDoesNotFit) {
   Stream stream("012345");
   const std::string before = stream.block();
+  const char byte = 'x';  // Far from the block, as bytes on the stack are.
   for (const int64_t size : {INT64_MAX, INT64_MAX - 1, INT64_MAX - 64, INT64_MAX / 2}) {
-    EXPECT_FALSE(mub_stream_expand(&stream, size) || mub_stream_insert(&stream, 0, "x", size)) << size;
-    mub_stream_append(&stream, "x", size);
-    mub_stream_copy(&stream, "x", size);
+    EXPECT_FALSE(mub_stream_expand(&stream, size) || mub_stream_insert(&stream, 0, &byte, size)) << size;
+    mub_stream_append(&stream, &byte, size);
+    mub_stream_copy(&stream, &byte, size);
   }
   for (const auto &[at, count] : std::vector<std::pair<int64_t, int64_t>>{
            {7, 0}, {-1, 2}, {2, -1}, {0, 9}, {4, INT64_MAX}, {INT64_MAX, INT64_MAX}}) {
@@ -180,6 +181,10 @@ TEST(Stream, ExchangesAndClonesBlocks) {
   mub_stream_clone(&other, &fresh);
   EXPECT_EQ(fresh.text(), "a te");
   EXPECT_EQ(fresh.capacity, 16);
+  mub_string abandoned = text;
+  ASSERT_TRUE(mub_stream_clone_string(&fresh, &abandoned));
+  EXPECT_EQ(text.text() + abandoned.data, "streama te");
+  mub_string_term(&abandoned);
   EXPECT_FALSE(mub_stream_is_empty(&fresh));
   mub_stream_shrink(&fresh, 0);
   EXPECT_TRUE(mub_stream_is_empty(&fresh));
