@@ -15,25 +15,28 @@ struct Spot {
   bool found;
 };
 
-// `compare_at(i)` orders slot i against the searched key. A descending table swaps the two sides: comparers'
-// results are never negated, which would overflow for the smallest int.
-template <class CompareAt>
-Spot binary_search(int64_t count, bool descending, CompareAt compare_at) {
+template <bool kDescending, class CompareAt>
+Spot search_in_order(int64_t count, CompareAt compare_at) {
   int64_t low = 0;
   int64_t high = count - 1;
-  int64_t insertion = 0;
   while (low <= high) {
     const int64_t middle = (low + high) / 2;
     const int order = compare_at(middle);
     if (order == 0) return {middle, true};
-    if ((order < 0) != descending) {
-      low = insertion = middle + 1;
+    if (kDescending ? order > 0 : order < 0) {
+      low = middle + 1;
     } else {
       high = middle - 1;
-      insertion = middle;
     }
   }
-  return {insertion, false};
+  return {low, false};
+}
+
+// `compare_at(i)` orders slot i against the searched key. A descending table swaps the tests: comparers' results are
+// never negated, which would overflow for the smallest int. Each order has a loop of its own, without a test of it.
+template <class CompareAt>
+Spot binary_search(int64_t count, bool descending, CompareAt compare_at) {
+  return descending ? search_in_order<true>(count, compare_at) : search_in_order<false>(count, compare_at);
 }
 
 // The equal slot, else the one that the key would push up, else the last one; -1 in an empty table.

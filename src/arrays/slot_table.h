@@ -331,7 +331,8 @@ int64_t find_index(const Record &array, SlotOrder order) {
 
 template <class Record, class SlotOrder>
 SlotOf<Record> *find_slot(const Record &array, SlotOrder order) {
-  return slot_at(array, find_index(array, order));
+  const Spot spot = find(array, order);
+  return spot.found ? table(array) + spot.index : nullptr;
 }
 
 template <class Record, class SlotOrder>
