@@ -802,7 +802,7 @@ MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compa
 
 typedef struct mub_arrayt {
   uint64_t inline_items[4]; /* words 0 to 3; mub_arrayt_init leaves them as they are */
-  uint64_t *tail;           /* the words behind these; NULL until there are more than four */
+  uint64_t *tail;           /* the words behind these; NULL until the capacity passes four */
   int64_t count;            /* words in use */
   int64_t capacity;    /* words that fit, the four in the record included; 0 after mub_arrayt_remove_all */
   uint16_t descending; /* not 0: the order of the sorted operations is descending */
