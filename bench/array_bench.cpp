@@ -154,10 +154,10 @@ void find_integers_std(benchmark::State &state) {
   add_sizes("sort_texts", "std::sort", sort_std, {1000, 100000});
   add_sizes("find_sorted_text", "mub", find_mub, {1000, 100000});
   add_sizes("find_sorted_text", "std::lower_bound", find_std, {1000, 100000});
-  add_sizes("sort_integers", "mub", sort_integers_mub, {1000, 100000});
-  add_sizes("sort_integers", "std::sort", sort_integers_std, {1000, 100000});
-  add_sizes("find_sorted_integer", "mub", find_integers_mub, {1000, 100000});
-  add_sizes("find_sorted_integer", "std::lower_bound", find_integers_std, {1000, 100000});
+  add_sizes("sort_integers", "mub", sort_integers_mub, {1000, 100000, 1000000});
+  add_sizes("sort_integers", "std::sort", sort_integers_std, {1000, 100000, 1000000});
+  add_sizes("find_sorted_integer", "mub", find_integers_mub, {1000, 100000, 1000000});
+  add_sizes("find_sorted_integer", "std::lower_bound", find_integers_std, {1000, 100000, 1000000});
   return true;
 }();
 
