@@ -64,20 +64,20 @@ bool index_save(const word_index *index, mub_stream *out) {
 }
 
 /* Whether the bytes are whole and unchanged. */
-static index_result check_frame(const mub_stream *in) {
+static mubdex_result check_frame(const mub_stream *in) {
   int64_t position = MAGIC_BYTES;
-  if (in->length < HEADER_BYTES + CRC_BYTES) return INDEX_CUT_SHORT;
-  if (memcmp(in->data, MAGIC, MAGIC_BYTES) != 0) return INDEX_DAMAGED;
+  if (in->length < HEADER_BYTES + CRC_BYTES) return RESULT_CUT_SHORT;
+  if (memcmp(in->data, MAGIC, MAGIC_BYTES) != 0) return RESULT_DAMAGED;
   const int64_t body = mub_stream_get_lword(in, &position);
-  if (body > in->length - HEADER_BYTES - CRC_BYTES) return INDEX_CUT_SHORT;
-  if (body < in->length - HEADER_BYTES - CRC_BYTES) return INDEX_DAMAGED;
+  if (body > in->length - HEADER_BYTES - CRC_BYTES) return RESULT_CUT_SHORT;
+  if (body < in->length - HEADER_BYTES - CRC_BYTES) return RESULT_DAMAGED;
   position = in->length - CRC_BYTES;
   const uint32_t crc = mub_stream_get_dword(in, &position);
-  return crc == mub_stream_crc32(in->data, in->length - CRC_BYTES) ? INDEX_OK : INDEX_DAMAGED;
+  return crc == mub_stream_crc32(in->data, in->length - CRC_BYTES) ? RESULT_OK : RESULT_DAMAGED;
 }
 
 /* Bytes with a right checksum may still be no index: every step is checked against the end. */
-static index_result read_words(word_index *index, const mub_stream *in) {
+static mubdex_result read_words(word_index *index, const mub_stream *in) {
   int64_t position = HEADER_BYTES;
   const uint64_t total = (uint64_t)mub_stream_inflate_lword(in, &position);
   const int64_t vocabulary = mub_stream_inflate_lword(in, &position);
@@ -87,12 +87,12 @@ static index_result read_words(word_index *index, const mub_stream *in) {
     const int64_t wanted = length;
     mub_stream_get_buffer(in, &position, &word, &length);
     const int64_t count = mub_stream_inflate_lword(in, &position);
-    if (length != wanted || length < 1 || count < 1) return INDEX_DAMAGED;
-    if (!index_add(index, (const char *)word, length, (uint64_t)count)) return INDEX_NO_MEMORY;
+    if (length != wanted || length < 1 || count < 1) return RESULT_DAMAGED;
+    if (!index_add(index, (const char *)word, length, (uint64_t)count)) return RESULT_NO_MEMORY;
   }
   const bool consistent =
       position == in->length && index->total == total && index_vocabulary(index) == vocabulary;
-  return consistent ? INDEX_OK : INDEX_DAMAGED;
+  return consistent ? RESULT_OK : RESULT_DAMAGED;
 }
 
 static bool add_all(word_index *index, const word_index *more) {
@@ -105,14 +105,14 @@ static bool add_all(word_index *index, const word_index *more) {
   return true;
 }
 
-index_result index_load(word_index *index, mub_stream *in) {
-  index_result result = check_frame(in);
-  if (result != INDEX_OK) return result;
+mubdex_result index_load(word_index *index, mub_stream *in) {
+  mubdex_result result = check_frame(in);
+  if (result != RESULT_OK) return result;
   mub_stream_shrink(in, in->length - CRC_BYTES);
   /* Into an index of its own first: refused bytes add nothing. */
   word_index loaded;
-  result = index_init(&loaded) ? read_words(&loaded, in) : INDEX_NO_MEMORY;
-  if (result == INDEX_OK && !add_all(index, &loaded)) result = INDEX_NO_MEMORY;
+  result = index_init(&loaded) ? read_words(&loaded, in) : RESULT_NO_MEMORY;
+  if (result == RESULT_OK && !add_all(index, &loaded)) result = RESULT_NO_MEMORY;
   index_term(&loaded);
   return result;
 }

@@ -77,7 +77,11 @@ class Mubdex(unittest.TestCase):
         with open(TEXT, "rb") as file:
             text = file.read()
         self.assertEqual(report(), report("-", text=text))
-        self.assertEqual(report(TEXT, TEXT)["words"], 2 * report(TEXT)["words"])
+        copy = self.path("copy.txt", text)
+        self.assertEqual(report(TEXT, copy)["words"], 2 * report(TEXT)["words"])
+        link = self.path("link.txt")
+        os.symlink(copy, link)
+        self.assertEqual(report(TEXT, copy, TEXT, link), report(TEXT, copy))
         self.assertIn(b"the\n", run().stdout)
         self.assertEqual(report("-", text=b" 12 ")["vocabulary"], 0)
 
@@ -89,6 +93,16 @@ class Mubdex(unittest.TestCase):
     def test_json_survives_bytes_that_are_no_utf8(self):
         top = report("-", text=b"ok \xff\xc3 gr\xc3\xb6\xc3\x9fe \xed\xa0\x80")["top"]
         self.assertEqual([t["word"] for t in top], ["gr\u00f6\u00dfe", "ok", "\ufffd\ufffd\ufffd", "\ufffd\ufffd"])
+
+    def test_lines_are_those_of_grep(self):
+        other = self.path("other.txt", b"free\n\nFREE software, free\nfreedom")
+        for word in "free", "Software", "the", "x", "freedom":
+            for files in (TEXT,), (other,), (TEXT, other):
+                lines = run("--lines", word, *files)
+                grep = subprocess.run(["grep", "-inw", word, *files], capture_output=True, check=False)
+                self.assertEqual(lines.stdout, grep.stdout)
+                self.assertEqual(lines.returncode, 0)
+        self.assertEqual(run("--lines", "end", "-", text=b"no\nend").stdout, b"2:end\n")
 
     def test_load_gives_back_what_was_saved(self):
         path = self.path("text.idx")
@@ -118,9 +132,14 @@ class Mubdex(unittest.TestCase):
             self.assertEqual(result.returncode, 1)
             self.assertIn(b"no/such/file: No such file", result.stderr)
         self.assertEqual(run(self.directory.name).returncode, 1)
+        text = self.path("text.txt", b"precious")
+        self.assertIn(b"one of the texts", run("--save", text, text).stderr)
+        with open(text, "rb") as file:
+            self.assertEqual(file.read(), b"precious")
 
     def test_wrong_usage(self):
-        for arguments in ("--bogus",), ("--load",), ("--save",), ("-x",):
+        for arguments in ("--bogus",), ("--load",), ("-x",), ("--lines", "a b"), ("--lines", ""), \
+                ("--lines", "a", "--json"):
             result = run(*arguments)
             self.assertEqual(result.returncode, 2)
             self.assertIn(b"usage: mubdex", result.stderr)

@@ -167,3 +167,11 @@ bool report_text(const word_index *index, const char *source, double seconds, mu
 bool report_json(const word_index *index, const char *source, double seconds, mub_string *out) {
   return report(index, source, seconds, out, write_json);
 }
+
+bool report_lines(const word_index *index, const corpus *texts, const char *word, mub_string *out) {
+  const word_stats *stats = index_find(index, word);
+  for (int64_t i = 0; stats != NULL && i < stats->lines.count; i++) {
+    if (!corpus_append_line(texts, (int64_t)mub_arrayt_get_at(&stats->lines, i), out)) return false;
+  }
+  return true;
+}

@@ -2,8 +2,6 @@
 
 #include <string.h>
 
-enum { READ_BLOCK_BYTES = 1 << 16 };
-
 bool index_init(word_index *index) {
   index->total = 0;
   mub_hash_init(&index->words, 1, 1);
@@ -13,22 +11,35 @@ bool index_init(word_index *index) {
   return true;
 }
 
-void index_term(word_index *index) { mub_hash_term(&index->words); }
-
 static word_stats *stats_at(uint64_t value) { return (word_stats *)(uintptr_t)value; }
+
+static void release_stats(uint64_t value) { mub_arrayt_term(&stats_at(value)->lines); }
+
+/* The table releases its blocks; only what they hold is for us to release. */
+void index_term(word_index *index) {
+  mub_hash_free_all(&index->words, release_stats);
+  mub_hash_term(&index->words);
+}
 
 const word_stats *entry_stats(const mub_hash_entry *entry) { return stats_at(entry->value); }
 
-/* A block may be a reused one, so it is cleared here. */
-static void clear_stats(uint64_t value) { stats_at(value)->count = 0; }
+/* A block may be a reused one, so all of it is set here. */
+static void clear_stats(uint64_t value) {
+  stats_at(value)->count = 0;
+  mub_arrayt_init(&stats_at(value)->lines);
+}
 
-bool index_add(word_index *index, const char *word, int64_t length, uint64_t count) {
+static word_stats *add_count(word_index *index, const char *word, int64_t length, uint64_t count) {
   uint64_t value;
   mub_hash_set(&index->words, word, length, &value, clear_stats);
-  if (value == 0) return false;
+  if (value == 0) return NULL;
   stats_at(value)->count += count;
   index->total += count;
-  return true;
+  return stats_at(value);
+}
+
+bool index_add(word_index *index, const char *word, int64_t length, uint64_t count) {
+  return add_count(index, word, length, count) != NULL;
 }
 
 static bool is_word_byte(char c) {
@@ -49,44 +60,52 @@ static bool next_word(mub_char *rest, mub_char *word) {
   return !mub_char_is_empty(word);
 }
 
-/* Counts the words of a piece of text. A word that touches the end of the piece may go on in the next one: unless
- * this is the last, it is left. Returns how many bytes are done with; -1 when memory ran out. */
-static int64_t add_words(word_index *index, mub_stream *text, bool last) {
-  mub_char rest = {(char *)text->data, text->length};
+/* Notes a line once, however often it holds the word. False when memory ran out. */
+static bool add_line(mub_arrayt *lines, uint64_t line) {
+  const int64_t count = lines->count;
+  if (count > 0 && mub_arrayt_get_last(lines) == line) return true;
+  mub_arrayt_append(lines, line);
+  return lines->count > count;
+}
+
+/* `folded` is a string to fold words in, which keeps its room from word to word. */
+static bool add_words(word_index *index, mub_char rest, uint64_t line, mub_string *folded) {
   mub_char word;
   while (next_word(&rest, &word)) {
-    if (rest.length == 0 && !last) return text->length - word.length;
-    mub_char_make_lower(&word);
-    if (!index_add(index, word.data, word.length, 1)) return -1;
+    if (!mub_string_copy(folded, word.data, word.length)) return false;
+    mub_string_make_lower(folded);
+    word_stats *stats = add_count(index, folded->data, folded->length, 1);
+    if (stats == NULL || !add_line(&stats->lines, line)) return false;
   }
-  return text->length;
+  return true;
 }
 
-static index_result read_pieces(word_index *index, FILE *file, mub_stream *text, progress_fn progress) {
-  int64_t bytes_read = 0;
-  for (;;) {
-    const int64_t kept = text->length;
-    if (!mub_stream_expand(text, kept + READ_BLOCK_BYTES)) return INDEX_NO_MEMORY;
-    const size_t got = fread(text->data + kept, 1, READ_BLOCK_BYTES, file);
-    if (ferror(file)) return INDEX_READ_ERROR;
-    /* mub_stream_shrink sets the length, here to more: the bytes are there already. */
-    mub_stream_shrink(text, kept + (int64_t)got);
-    const bool last = got < READ_BLOCK_BYTES;
-    const int64_t done = add_words(index, text, last);
-    if (done < 0) return INDEX_NO_MEMORY;
-    if (last) return INDEX_OK;
-    mub_stream_right(text, text->length - done);
-    bytes_read += (int64_t)got;
-    if (progress != NULL) progress(bytes_read);
+bool index_add_lines(word_index *index, const corpus *texts, int64_t first_line) {
+  mub_string folded;
+  mub_string_init(&folded);
+  bool added = true;
+  for (int64_t line = first_line; added && line < corpus_line_count(texts); line++) {
+    added = add_words(index, corpus_line(texts, line), (uint64_t)line, &folded);
   }
+  mub_string_term(&folded);
+  return added;
 }
 
-index_result index_read_text(word_index *index, FILE *file, progress_fn progress) {
-  mub_stream text;
-  mub_stream_init(&text);
-  const index_result result = read_pieces(index, file, &text, progress);
-  mub_stream_term(&text);
-  return result;
+bool index_is_word(const char *text) {
+  mub_char rest = {(char *)(uintptr_t)text, (int64_t)strlen(text)};
+  mub_char word;
+  const int64_t length = rest.length;
+  return next_word(&rest, &word) && word.length == length;
+}
+
+const word_stats *index_find(const word_index *index, const char *word) {
+  mub_string folded;
+  mub_string_init(&folded);
+  mub_string_copy(&folded, word, -1);
+  mub_string_make_lower(&folded);
+  const uint64_t value = mub_hash_get(&index->words, folded.data, folded.length);
+  mub_string_term(&folded);
+  return stats_at(value);
 }
 
 int64_t index_vocabulary(const word_index *index) { return index->words.count; }
@@ -110,10 +129,21 @@ static int64_t pool_bytes(const mub_pool *pool) {
   return tables + pool->chunk_count * pool->blocks_per_chunk * pool->block_size;
 }
 
+/* The lines of a word beyond those that its record holds. */
+static int64_t tail_bytes(const mub_arrayt *lines) {
+  return lines->tail == NULL ? 0 : (lines->capacity - 4) * (int64_t)sizeof(uint64_t);
+}
+
 int64_t index_bytes(const word_index *index) {
   const mub_hash *words = &index->words;
-  return words->buckets.capacity * (int64_t)sizeof(uint64_t) + words->keys.capacity +
-         pool_bytes(words->entry_pool) + pool_bytes(words->value_pool);
+  int64_t bytes = words->buckets.capacity * (int64_t)sizeof(uint64_t) + words->keys.capacity +
+                  pool_bytes(words->entry_pool) + pool_bytes(words->value_pool);
+  int64_t bucket;
+  for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
+       entry = mub_hash_entry_next(words, &bucket, entry)) {
+    bytes += tail_bytes(&entry_stats(entry)->lines);
+  }
+  return bytes;
 }
 
 bool index_sort_by_word(const word_index *index, mub_array *by_word) {

@@ -1,14 +1,17 @@
-/* The index of mubdex: how often each word occurs. */
+/* The index of mubdex: how often each word occurs, and in which lines. */
 #ifndef MUBDEX_WORD_INDEX_H
 #define MUBDEX_WORD_INDEX_H
 
 #include <mub.h>
 #include <stdbool.h>
-#include <stdio.h>
+
+#include "corpus.h"
+#include "result.h"
 
 /* What is known of a word; one block of the table's value pool each. */
 typedef struct word_stats {
   uint64_t count;
+  mub_arrayt lines; /* the lines that hold it, ascending; most words have few, which lie in the record */
 } word_stats;
 
 typedef struct word_index {
@@ -16,26 +19,21 @@ typedef struct word_index {
   uint64_t total; /* words read, repeats included */
 } word_index;
 
-/* Called now and then while a file is read, with the bytes read so far. */
-typedef void (*progress_fn)(int64_t bytes_read);
-
-typedef enum index_result {
-  INDEX_OK,
-  INDEX_NO_MEMORY,
-  INDEX_READ_ERROR,
-  INDEX_CUT_SHORT,
-  INDEX_DAMAGED
-} index_result;
-
 bool index_init(word_index *index);
 void index_term(word_index *index);
 
 /* Counts `count` more occurrences of a word. False when memory ran out. */
 bool index_add(word_index *index, const char *word, int64_t length, uint64_t count);
 
-/* Reads a text to its end and counts its words: runs of letters and of bytes above 127, so that UTF-8 stays whole.
- * ASCII letters are folded to lower case. */
-index_result index_read_text(word_index *index, FILE *file, progress_fn progress);
+/* Counts the words of the lines from `first_line` on: runs of letters and of bytes above 127, so that UTF-8 stays
+ * whole. ASCII letters are folded to lower case. False when memory ran out. */
+bool index_add_lines(word_index *index, const corpus *texts, int64_t first_line);
+
+/* Whether a text is one word, as they are cut out of lines. */
+bool index_is_word(const char *text);
+
+/* What is known of a word in any case of letters; NULL when it does not occur. */
+const word_stats *index_find(const word_index *index, const char *word);
 
 /* The number of different words, the entries of the longest chain, and the bytes that the table has allocated. */
 int64_t index_vocabulary(const word_index *index);
@@ -53,6 +51,6 @@ bool index_sort_by_count(const word_index *index, mub_arrays *by_count);
 /* Appends the index as bytes, and takes such bytes in. What was there before stays, and is added to; bytes that are
  * refused add nothing. */
 bool index_save(const word_index *index, mub_stream *out);
-index_result index_load(word_index *index, mub_stream *in);
+mubdex_result index_load(word_index *index, mub_stream *in);
 
 #endif

@@ -1,0 +1,132 @@
+#define _POSIX_C_SOURCE 200809L
+
+#include "corpus.h"
+
+#include <string.h>
+#include <sys/stat.h>
+
+enum { READ_BLOCK_BYTES = 1 << 16 };
+
+bool corpus_init(corpus *texts) {
+  mub_stream_init(&texts->bytes);
+  mub_arrayx_init(&texts->line_ends, 0);
+  mub_array_init(&texts->texts, 0);
+  mub_hasht_init(&texts->files, 1, 0);
+  return texts->files.entry_pool != NULL;
+}
+
+void corpus_term(corpus *texts) {
+  mub_hasht_term(&texts->files);
+  mub_array_term(&texts->texts);
+  mub_arrayx_term(&texts->line_ends);
+  mub_stream_term(&texts->bytes);
+}
+
+/* A file is the same under all its names: its device and inode as the 16 bytes of a key. */
+typedef struct file_key {
+  uint32_t words[4];
+} file_key;
+
+static file_key key_of(const struct stat *status) {
+  const uint64_t device = (uint64_t)status->st_dev;
+  const uint64_t inode = (uint64_t)status->st_ino;
+  return (file_key){{(uint32_t)device, (uint32_t)(device >> 32), (uint32_t)inode, (uint32_t)(inode >> 32)}};
+}
+
+bool corpus_has_file(const corpus *texts, const char *name) {
+  struct stat status;
+  if (stat(name, &status) != 0) return false;
+  const file_key key = key_of(&status);
+  return mub_hasht_find(&texts->files, key.words) != 0;
+}
+
+static mubdex_result read_bytes(mub_stream *bytes, FILE *file, progress_fn progress) {
+  const int64_t start = bytes->length;
+  for (;;) {
+    const int64_t length = bytes->length;
+    if (!mub_stream_expand(bytes, length + READ_BLOCK_BYTES)) return RESULT_NO_MEMORY;
+    const size_t got = fread(bytes->data + length, 1, READ_BLOCK_BYTES, file);
+    /* mub_stream_shrink sets the length, here to more: the bytes are there already. */
+    mub_stream_shrink(bytes, length + (int64_t)got);
+    if (ferror(file)) return RESULT_READ_ERROR;
+    if (feof(file)) return RESULT_OK;
+    if (progress != NULL) progress(bytes->length - start);
+  }
+}
+
+/* Ends the last line when the text does not. Reading to the end has left room for it. */
+static void end_last_line(mub_stream *bytes, int64_t start) {
+  if (bytes->length > start && bytes->data[bytes->length - 1] != '\n') mub_stream_append(bytes, "\n", 1);
+}
+
+/* Notes where the lines end from `start` on. */
+static bool cut_lines(corpus *texts, int64_t start) {
+  const uint64_t text = (uint64_t)texts->texts.count - 1;
+  mub_char rest = {(char *)texts->bytes.data + start, texts->bytes.length - start};
+  int64_t end = start;
+  for (int64_t size; (size = mub_char_find_char(&rest, '\n')) >= 0; end++) {
+    end += size;
+    rest.data += size + 1;
+    rest.length -= size + 1;
+    const int64_t count = texts->line_ends.count;
+    mub_arrayx_append(&texts->line_ends, (uint64_t)end, text);
+    if (texts->line_ends.count == count) return false;
+  }
+  return true;
+}
+
+/* With all the room made beforehand, the append cannot fail. */
+static bool add_text(corpus *texts, const char *name, const file_key *key) {
+  mub_array *names = &texts->texts;
+  const int64_t length = (int64_t)strlen(name);
+  if (!mub_array_expand(names, names->count + 1)) return false;
+  if (!mub_stream_expand(&names->keys, names->keys.length + length)) return false;
+  mub_array_append(names, name, length, (uint64_t)corpus_line_count(texts));
+  return mub_hasht_insert(&texts->files, key->words, (uint64_t)names->count) != 0;
+}
+
+mubdex_result corpus_add(corpus *texts, const char *name, FILE *file, progress_fn progress) {
+  struct stat status;
+  if (fstat(fileno(file), &status) != 0) return RESULT_READ_ERROR;
+  const file_key key = key_of(&status);
+  if (mub_hasht_find(&texts->files, key.words)) return RESULT_OK;
+  const int64_t start = texts->bytes.length;
+  const mubdex_result result = read_bytes(&texts->bytes, file, progress);
+  if (result != RESULT_OK) return result;
+  end_last_line(&texts->bytes, start);
+  return add_text(texts, name, &key) && cut_lines(texts, start) ? RESULT_OK : RESULT_NO_MEMORY;
+}
+
+int64_t corpus_line_count(const corpus *texts) { return texts->line_ends.count; }
+
+static int64_t line_end(const corpus *texts, int64_t line) {
+  uint64_t end;
+  mub_arrayx_get_at(&texts->line_ends, line, &end);
+  return (int64_t)end;
+}
+
+mub_char corpus_line(const corpus *texts, int64_t line) {
+  const int64_t start = line == 0 ? 0 : line_end(texts, line - 1) + 1;
+  return (mub_char){(char *)texts->bytes.data + start, line_end(texts, line) - start};
+}
+
+bool corpus_append_line(const corpus *texts, int64_t line, mub_string *out) {
+  uint64_t end;
+  const char *name;
+  int64_t name_length;
+  const uint64_t text = mub_arrayx_get_at(&texts->line_ends, line, &end);
+  const uint64_t first_line = mub_array_get_at(&texts->texts, (int64_t)text, &name, &name_length);
+  const mub_char content = corpus_line(texts, line);
+  const int64_t marks_and_number = 3 + 20;
+  /* With all the room made beforehand, no append can fail. */
+  if (!mub_string_expand(out, out->length + name_length + content.length + marks_and_number)) return false;
+  if (texts->texts.count > 1) {
+    mub_string_append(out, name, name_length);
+    mub_string_append_char(out, ':');
+  }
+  mub_string_append_long(out, line - (int64_t)first_line + 1);
+  mub_string_append_char(out, ':');
+  mub_string_append(out, content.data, content.length);
+  mub_string_append_char(out, '\n');
+  return true;
+}

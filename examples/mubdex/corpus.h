@@ -1,0 +1,38 @@
+/* The texts that mubdex has read, and where their lines end. */
+#ifndef MUBDEX_CORPUS_H
+#define MUBDEX_CORPUS_H
+
+#include <mub.h>
+#include <stdbool.h>
+#include <stdio.h>
+
+#include "result.h"
+
+typedef struct corpus {
+  mub_stream bytes;     /* the texts one after another, each ended by a newline */
+  mub_arrayx line_ends; /* the offset of a line's newline in `bytes`, ascending → the number of its text */
+  mub_array texts;      /* the name of a text → the number of its first line */
+  mub_hasht files;      /* the device and inode of a file → 1 plus the number of its text */
+} corpus;
+
+/* Called now and then while a file is read, with the bytes read so far. */
+typedef void (*progress_fn)(int64_t bytes_read);
+
+bool corpus_init(corpus *texts);
+void corpus_term(corpus *texts);
+
+/* Reads a file to its end and cuts it into lines. A file that is there already, under whatever name, adds nothing. */
+mubdex_result corpus_add(corpus *texts, const char *name, FILE *file, progress_fn progress);
+
+/* Whether `name` is one of the files that were read. */
+bool corpus_has_file(const corpus *texts, const char *name);
+
+/* Lines are numbered from 0 through all texts. A view of one, without its newline, shares the bytes of the corpus. */
+int64_t corpus_line_count(const corpus *texts);
+mub_char corpus_line(const corpus *texts, int64_t line);
+
+/* Appends a line as grep -n shows it: the text's name when there are several, the number in its text, the line.
+ * False when memory ran out. */
+bool corpus_append_line(const corpus *texts, int64_t line, mub_string *out);
+
+#endif
