@@ -94,16 +94,18 @@ void return_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
 
 template <class Kind>
 void return_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top) {
+  if (tree.entry_pool == nullptr) return;
   walk_upward<Kind>(top,
                     [&](EntryOf<Kind> &entry, const EntryOf<Kind> *) { return_entry<Kind>(tree, entry); });
 }
 
-// Entries of an owned pool stay: they go with the whole pool.
+// Entries of an owned pool, which go with the whole pool, stay as they are, and so do those of no pool.
 template <class Kind>
 void free_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_it) {
+  const bool returns_entries = tree.owns_entry_pool == 0 && tree.entry_pool != nullptr;
   walk_upward<Kind>(top, [&](EntryOf<Kind> &entry, const EntryOf<Kind> *above) {
     release_value(tree.value_pool, tree.owns_value_pool, entry.value, release_it);
-    if (tree.owns_entry_pool == 0) {
+    if (returns_entries) {
       return_entry<Kind>(tree, entry);
     } else {
       Kind::mend_parents(entry, above);

@@ -301,7 +301,7 @@ void expect_agreement_with_a_model(uint64_t salt, Check check) {
     TreeModel<A> model(tree, salt + static_cast<uint64_t>(pools));
     tree.root.value = model.root.value = tree.new_value(++model.last_key);
     ++model.live_values;
-    for (int step = 0; step < 2000; ++step) {
+    for (int step = 0; step < 1000; ++step) {
       ASSERT_NO_FATAL_FAILURE(model.step());
       ASSERT_NO_FATAL_FAILURE(model.expect_same());
       ASSERT_NO_FATAL_FAILURE(check(tree, model));
