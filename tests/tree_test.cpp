@@ -38,15 +38,11 @@ struct Path : mub_array {
   void append(uint64_t key) { mub_array_append(this, &key, sizeof key, 0); }
 };
 
-Entry *entry_of(const Branch *node) { return node != nullptr ? node->entry : nullptr; }
-
-// The first node that has the key, if any.
-template <class Nodes>
-Branch *first_with(uint64_t key, const Nodes &nodes) {
-  for (Branch *node : nodes) {
-    if (key_of(node->value) == key) return node;
-  }
-  return nullptr;
+// The entry of the first node that has the key.
+template <class At>
+Entry *first_with(uint64_t key, At at, At end) {
+  at = std::find_if(at, end, [&](const Branch *node) { return key_of(node->value) == key; });
+  return at != end ? (*at)->entry : nullptr;
 }
 
 std::vector<Branch *> ancestors(const Branch &node) {
@@ -65,26 +61,24 @@ Keys index_path(const Branch &node) {
 // Document order, and searches in it, from an entry that is at or below the bound.
 void expect_order(TreeModel<Rings> &model) {
   Branch *node = model.any();
-  auto above = ancestors(*node);
-  Branch *bound = node;
-  if (!above.empty()) bound = above[model.random.word() % above.size()];
+  const auto above = ancestors(*node);
+  Branch *bound = above.empty() ? node : above[model.random.word() % above.size()];
   const Entry *stop = bound->above != nullptr || model.random.one_in(2) ? bound->entry : nullptr;
   const auto all = bound->in_order();
-  const auto at = std::find(all.begin(), all.end(), node);
-  const std::vector<Branch *> behind(at + 1, all.end());
-  const std::vector<Branch *> past(at + node->size(), all.end());
-  ASSERT_EQ(mub_tree_entry_iter_next(stop, node->entry), behind.empty() ? nullptr : behind[0]->entry);
-  ASSERT_EQ(mub_tree_entry_find_next(stop, node->entry), past.empty() ? nullptr : past[0]->entry);
+  const auto behind = std::find(all.begin(), all.end(), node) + 1;
+  const auto past = behind + (node->size() - 1);
+  ASSERT_EQ(mub_tree_entry_iter_next(stop, node->entry), behind == all.end() ? nullptr : (*behind)->entry);
+  ASSERT_EQ(mub_tree_entry_find_next(stop, node->entry), past == all.end() ? nullptr : (*past)->entry);
 
-  const uint64_t key = model.random.word() % (model.last_key + 2);
-  Entry *found = entry_of(first_with(key, behind));
+  uint64_t key = model.random.word() % (model.last_key + 2);
+  Entry *found = first_with(key, behind, all.end());
   ASSERT_EQ(mub_tree_entry_find(stop, node->entry, &key, 8, compare), found);
   ASSERT_EQ(mub_tree_entry_find_x(stop, node->entry, kContext, &key, 8, compare_x), found);
-  if (stop != nullptr) above.erase(std::find(above.begin(), above.end(), bound), above.end());
-  found = entry_of(first_with(key_of(bound->value), above));
-  const uint64_t above_key = key_of(bound->value);
-  ASSERT_EQ(mub_tree_entry_find_parent(stop, node->entry, &above_key, 8, compare), found);
-  ASSERT_EQ(mub_tree_entry_find_parent_x(stop, node->entry, kContext, &above_key, 8, compare_x), found);
+  key = key_of(bound->value);
+  const auto end = stop != nullptr ? std::find(above.begin(), above.end(), bound) : above.end();
+  found = first_with(key, above.begin(), end);
+  ASSERT_EQ(mub_tree_entry_find_parent(stop, node->entry, &key, 8, compare), found);
+  ASSERT_EQ(mub_tree_entry_find_parent_x(stop, node->entry, kContext, &key, 8, compare_x), found);
 }
 
 void expect_places(TreeModel<Rings> &model) {
@@ -126,10 +120,14 @@ void expect_paths(Tree<Rings> &tree, TreeModel<Rings> &model) {
     path.append(1 + model.random.word() % (model.last_key + 1));
     const uint64_t key = *reinterpret_cast<uint64_t *>(path.keys.data + 8 * i);
     if (i < skipped) continue;
-    auto below = reached->in_order();
-    Branch *next = missing > 0 ? nullptr : first_with(key, std::vector(below.begin() + 1, below.end()));
-    if (next != nullptr) reached = next;
-    missing += next == nullptr ? 1 : 0;
+    const auto all = reached->in_order();
+    const auto hit = std::find_if(all.begin() + 1, all.end(),
+                                  [&](const Branch *node) { return key_of(node->value) == key; });
+    if (hit != all.end() && missing == 0) {
+      reached = *hit;
+    } else {
+      ++missing;
+    }
   }
   Entry *const target = steps > 0 && missing == 0 ? reached->entry : nullptr;
   ASSERT_EQ(mub_tree_find_x_t(start, skipped, &path, kContext, compare_x), target);
