@@ -19,7 +19,9 @@ struct Sides {
   using Entry = mub_bitree_entry;
 
   static Entry *first_branch(const Entry &entry) {
-    return entry.left != nullptr ? entry.left : behind_left(entry);
+    if (entry.left == nullptr) return behind_left(entry);
+    __builtin_prefetch(entry.right);
+    return entry.left;
   }
 
   static Entry *next_branch(const Entry &above, const Entry &branch) {

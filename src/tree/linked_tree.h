@@ -10,8 +10,8 @@
 //
 // Invariants:
 //   1. The root lies in the tree's record and has no parent.
-//   2. Every other entry that can be reached hangs in one place, where it has the parent that hangs there: the entry
-//      whose branch it is, or for an equal that of the chain's head.
+//   2. Every other entry is the branch of one entry, which is its parent; the parent of an equal is that of its
+//      chain's head. Only equals may lack theirs: the walk does without.
 //   3. A ring is closed in both directions, and its parent's `first_child` is on it.
 //   4. What is released with a tree is blocks of its entry pool.
 //

@@ -68,6 +68,9 @@ void for_each_child(const Entry &parent, Visit visit) {
   }
 }
 
+// A walk comes to the sibling later, and the entries of a large tree lie all over memory.
+inline void prefetch_sibling(const Entry &entry) { __builtin_prefetch(entry.next); }
+
 // ---- document order
 
 // The next entry in document order, past what is below this one.
@@ -79,6 +82,7 @@ inline Entry *next_past(const Entry *bound, const Entry &entry) {
 }
 
 inline Entry *next_in_order(const Entry *bound, const Entry &entry) {
+  prefetch_sibling(entry);
   return entry.first_child != nullptr ? entry.first_child : next_past(bound, entry);
 }
 

@@ -23,7 +23,10 @@ struct Rings {
   using Tree = mub_tree;
   using Entry = mub_tree_entry;
 
-  static Entry *first_branch(const Entry &entry) { return entry.first_child; }
+  static Entry *first_branch(const Entry &entry) {
+    rings::prefetch_sibling(entry);
+    return entry.first_child;
+  }
 
   static Entry *next_branch(const Entry &above, const Entry &branch) {
     return branch.next != above.first_child ? branch.next : nullptr;
@@ -34,6 +37,8 @@ struct Rings {
     const Entry source = entry;
     entry.first_child = nullptr;
     rings::for_each_child(source, [&](const Entry &child) {
+      rings::prefetch_sibling(child);
+      __builtin_prefetch(child.first_child);  // met when the copy is entered
       Entry *copy = twin(child);
       if (copy != nullptr) rings::link_last(entry, *copy);
     });
