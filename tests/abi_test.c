@@ -159,6 +159,36 @@ FIELD_AT(mub_hasht, 64, mub_pool *, value_pool);
 FIELD_AT(mub_hasht, 72, uint16_t, owns_value_pool);
 SIZE_IS(mub_hasht, 80);
 
+FIELD_AT(mub_tree_entry, 0, mub_tree_entry *, parent);
+FIELD_AT(mub_tree_entry, 8, mub_tree_entry *, first_child);
+FIELD_AT(mub_tree_entry, 16, mub_tree_entry *, prev);
+FIELD_AT(mub_tree_entry, 24, mub_tree_entry *, next);
+FIELD_AT(mub_tree_entry, 32, uint64_t, value);
+SIZE_IS(mub_tree_entry, 40);
+
+FIELD_AT(mub_tree, 0, mub_tree_entry, root);
+FIELD_AT(mub_tree, 40, int64_t, count);
+FIELD_AT(mub_tree, 48, mub_pool *, entry_pool);
+FIELD_AT(mub_tree, 56, uint16_t, owns_entry_pool);
+FIELD_AT(mub_tree, 64, mub_pool *, value_pool);
+FIELD_AT(mub_tree, 72, uint16_t, owns_value_pool);
+SIZE_IS(mub_tree, 80);
+
+FIELD_AT(mub_bitree_entry, 0, mub_bitree_entry *, parent);
+FIELD_AT(mub_bitree_entry, 8, mub_bitree_entry *, equal);
+FIELD_AT(mub_bitree_entry, 16, mub_bitree_entry *, left);
+FIELD_AT(mub_bitree_entry, 24, mub_bitree_entry *, right);
+FIELD_AT(mub_bitree_entry, 32, uint64_t, value);
+SIZE_IS(mub_bitree_entry, 40);
+
+FIELD_AT(mub_bitree, 0, mub_bitree_entry, root);
+FIELD_AT(mub_bitree, 40, int64_t, count);
+FIELD_AT(mub_bitree, 48, mub_pool *, entry_pool);
+FIELD_AT(mub_bitree, 56, uint16_t, owns_entry_pool);
+FIELD_AT(mub_bitree, 64, mub_pool *, value_pool);
+FIELD_AT(mub_bitree, 72, uint16_t, owns_value_pool);
+SIZE_IS(mub_bitree, 80);
+
 static int failures = 0;
 
 static void expect(int holds, const char *claim) {

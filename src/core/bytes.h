@@ -218,6 +218,11 @@ inline bool equal(const void *a, const void *b, int64_t count) {
   return left[0] == right[0] && left[count / 2] == right[count / 2] && left[count - 1] == right[count - 1];
 }
 
+// Whether two ranges are equal, as keys of any length.
+inline bool equal(const void *a, int64_t a_length, const void *b, int64_t b_length) {
+  return a_length == b_length && equal(a, b, a_length);
+}
+
 inline int64_t index_of(const void *hit, const void *data) {
   return hit == nullptr ? -1 : as_bytes(hit) - as_bytes(data);
 }

@@ -20,6 +20,22 @@ mub_pool *create(int64_t block_size);
 // Gives the pool up, when the container owns it.
 void destroy_owned(mub_pool *&pool, uint16_t &owned);
 
+// The pools of a container that takes entries from one and its callers' values from another: made when it is
+// initialised, as far as there is memory for them, and emptied with it.
+template <class Container>
+void create_owned_pools(Container &container, int64_t entry_bytes, bool with_entries, bool with_values) {
+  if (with_entries) container.entry_pool = create(entry_bytes);
+  if (with_values) container.value_pool = create(0);
+  container.owns_entry_pool = container.entry_pool != nullptr ? 1 : 0;
+  container.owns_value_pool = container.value_pool != nullptr ? 1 : 0;
+}
+
+template <class Container>
+void empty_owned_pools(Container &container) {
+  if (container.owns_entry_pool != 0 && container.entry_pool != nullptr) empty(*container.entry_pool);
+  if (container.owns_value_pool != 0 && container.value_pool != nullptr) empty(*container.value_pool);
+}
+
 void *take_slowly(mub_pool &pool);
 void give_on_new_page(mub_pool &pool, void *block);
 

@@ -138,6 +138,43 @@ class UserPools {
   PoolTwin twin_;
 };
 
+// The pools of a container and those of its clone: which are cloned, and the means to translate between them.
+class PoolTwins {
+ public:
+  // Clones the pools that both own, and the user's pool beside them; false when memory runs out.
+  template <class Container>
+  bool clone(const Container &source, const Container &copy, UserPools &user) {
+    const mub_pool *from[] = {owned(source.entry_pool, source.owns_entry_pool),
+                              owned(source.value_pool, source.owns_value_pool)};
+    mub_pool *to[] = {owned(copy.entry_pool, copy.owns_entry_pool),
+                      owned(copy.value_pool, copy.owns_value_pool)};
+    clones_entries_ = from[0] != nullptr && to[0] != nullptr;
+    clones_values_ = from[1] != nullptr && to[1] != nullptr;
+    const bool already_cloned =
+        (clones_entries_ && user.are(from[0], to[0])) || (clones_values_ && user.are(from[1], to[1]));
+    return (!clones_entries_ || entries_.clone(*from[0], *to[0])) &&
+           (!clones_values_ || values_.clone(*from[1], *to[1])) && user.clone_beside(already_cloned);
+  }
+
+  // Otherwise the entries are to be copied one by one.
+  bool clones_entries() const { return clones_entries_; }
+
+  uint64_t entry_word(uint64_t source) { return entries_.translate(source); }
+  template <class Entry>
+  Entry *entry(const Entry *source) {
+    return record_of<Entry>(entry_word(word_of(source)));
+  }
+  uint64_t value(uint64_t source) { return values_.translate(source); }
+
+ private:
+  static mub_pool *owned(mub_pool *pool, uint16_t flag) { return flag != 0 ? pool : nullptr; }
+
+  PoolTwin entries_;
+  PoolTwin values_;
+  bool clones_entries_ = false;
+  bool clones_values_ = false;
+};
+
 }  // namespace mub
 
 #endif

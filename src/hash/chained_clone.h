@@ -19,10 +19,10 @@ class Cloning {
   // False when memory runs out; what is in the copy then is for the caller to remove.
   bool run() {
     share_callers_pools();
-    if (!Kind::clone_keys(source_, copy_) || !clone_pools()) return false;
+    if (!Kind::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, user_)) return false;
     if (!slots::expand(copy_.buckets, source_.buckets.capacity)) return false;
     copy_.buckets.count = source_.buckets.count;
-    if (clones_entries_) {
+    if (pools_.clones_entries()) {
       translate_links();
     } else if (!copy_entries()) {
       return false;
@@ -43,25 +43,13 @@ class Cloning {
     }
   }
 
-  bool clone_pools() {
-    clones_entries_ = source_.owns_entry_pool != 0 && copy_.owns_entry_pool != 0;
-    clones_values_ = source_.owns_value_pool != 0 && copy_.owns_value_pool != 0;
-    const bool already_cloned = (clones_entries_ && user_.are(source_.entry_pool, copy_.entry_pool)) ||
-                                (clones_values_ && user_.are(source_.value_pool, copy_.value_pool));
-    return (!clones_entries_ || entries_.clone(*source_.entry_pool, *copy_.entry_pool)) &&
-           (!clones_values_ || values_.clone(*source_.value_pool, *copy_.value_pool)) &&
-           user_.clone_beside(already_cloned);
-  }
-
   // The copied blocks still hold the source's addresses. A pass over the chunks meets them in the order of memory,
   // but blocks in them that are not the table's must stay as they are.
   void translate_links() {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
-      copy_.buckets.items[bucket] = entries_.translate(source_.buckets.items[bucket]);
+      copy_.buckets.items[bucket] = pools_.entry_word(source_.buckets.items[bucket]);
     }
-    const auto translate_next = [&](Entry &entry) {
-      entry.next = record_of<Entry>(entries_.translate(word_of(entry.next)));
-    };
+    const auto translate_next = [&](Entry &entry) { entry.next = pools_.entry(entry.next); };
     if (fills_its_pool<Kind>(source_)) {
       for_each_block<Kind>(*copy_.entry_pool, translate_next);
       return;
@@ -90,7 +78,7 @@ class Cloning {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
       const Entry *entry = head<Kind>(source_, bucket);
       for (Entry *copy = head<Kind>(copy_, bucket); copy != nullptr; copy = copy->next, entry = entry->next) {
-        copy->value = values_.translate(entry->value);
+        copy->value = pools_.value(entry->value);
         user_.mend(entry->value, copy->value);
       }
     }
@@ -99,10 +87,7 @@ class Cloning {
   const Table &source_;
   Table &copy_;
   UserPools &user_;
-  PoolTwin entries_;
-  PoolTwin values_;
-  bool clones_entries_ = false;
-  bool clones_values_ = false;
+  PoolTwins pools_;
 };
 
 template <class Kind>

@@ -370,10 +370,7 @@ EntryOf<Kind> *entry_next(const TableOf<Kind> &table, int64_t &bucket, const Ent
 template <class Kind>
 void init(TableOf<Kind> &table, int with_entry_pool, int with_value_pool) {
   table = {};
-  if (with_entry_pool != 0) table.entry_pool = pool::create(sizeof(EntryOf<Kind>));
-  if (with_value_pool != 0) table.value_pool = pool::create(0);
-  table.owns_entry_pool = table.entry_pool != nullptr ? 1 : 0;
-  table.owns_value_pool = table.value_pool != nullptr ? 1 : 0;
+  pool::create_owned_pools(table, sizeof(EntryOf<Kind>), with_entry_pool != 0, with_value_pool != 0);
   table.buckets.pool = table.entry_pool;
 }
 
@@ -398,12 +395,6 @@ void swap(TableOf<Kind> &a, TableOf<Kind> &b) {
   std::swap(a.owns_value_pool, b.owns_value_pool);
 }
 
-template <class Table>
-void empty_owned_pools(Table &table) {
-  if (table.owns_entry_pool != 0) pool::empty(*table.entry_pool);
-  if (table.owns_value_pool != 0) pool::empty(*table.value_pool);
-}
-
 template <class Kind>
 void remove_all_entry(TableOf<Kind> &table) {
   for_each<Kind>(table, [&](EntryOf<Kind> &entry) { return_entry<Kind>(table, entry); });
@@ -414,7 +405,7 @@ void remove_all(TableOf<Kind> &table) {
   if (table.owns_entry_pool == 0) remove_all_entry<Kind>(table);
   Kind::clear_keys(table);
   slots::remove_all(table.buckets);
-  empty_owned_pools(table);
+  pool::empty_owned_pools(table);
   table.count = 0;
 }
 
@@ -434,7 +425,7 @@ void free_all(TableOf<Kind> &table, mub_free_fn release_it) {
   }
   Kind::term_keys(table);
   slots::term(table.buckets);
-  empty_owned_pools(table);
+  pool::empty_owned_pools(table);
   table.count = 0;
 }
 

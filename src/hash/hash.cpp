@@ -135,7 +135,7 @@ uint64_t mub_hash_key(const void *key, int64_t length, int nocase) {
 }
 
 int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length) {
-  return a_length == b_length && bytes::equal(a, b, a_length) ? 1 : 0;
+  return bytes::equal(a, a_length, b, b_length) ? 1 : 0;
 }
 
 int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64_t *value_out, mub_init_fn init) {

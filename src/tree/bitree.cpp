@@ -1,0 +1,127 @@
+// mub_bitree: the branches of an entry are its left child, its right child and its next equal.
+#include <cstddef>
+
+#include "tree/linked_tree.h"
+
+static_assert(sizeof(mub_bitree_entry) == 40 && offsetof(mub_bitree_entry, equal) == 8 &&
+              offsetof(mub_bitree_entry, left) == 16 && offsetof(mub_bitree_entry, right) == 24 &&
+              offsetof(mub_bitree_entry, value) == 32);
+static_assert(sizeof(mub_bitree) == 80 && offsetof(mub_bitree, count) == 40 &&
+              offsetof(mub_bitree, entry_pool) == 48 && offsetof(mub_bitree, owns_entry_pool) == 56 &&
+              offsetof(mub_bitree, value_pool) == 64 && offsetof(mub_bitree, owns_value_pool) == 72);
+
+using namespace mub;
+
+namespace {
+
+struct Sides {
+  using Tree = mub_bitree;
+  using Entry = mub_bitree_entry;
+
+  static Entry *first_branch(const Entry &entry) {
+    if (entry.left == nullptr) return behind_left(entry);
+    __builtin_prefetch(entry.right);
+    return entry.left;
+  }
+
+  static Entry *next_branch(const Entry &above, const Entry &branch) {
+    if (&branch == above.left) return behind_left(above);
+    return &branch == above.right ? above.equal : nullptr;
+  }
+
+  template <class Twin>
+  static void copy_branches(Entry &entry, Twin twin) {
+    for (Entry **branch : {&entry.left, &entry.right, &entry.equal}) {
+      if (*branch != nullptr) *branch = twin(**branch);
+    }
+  }
+
+  static void detach(Entry &entry) { entry.parent = nullptr; }
+
+  static void set_parent(Entry &entry) {
+    set_parents(entry.left, &entry);
+    set_parents(entry.right, &entry);
+    set_parents(entry.equal, entry.parent);
+  }
+
+  static void mend_parents(Entry &entry, const Entry *above) {
+    const bool heads_a_chain = above == nullptr || above->equal != &entry;
+    if (heads_a_chain) set_parents(entry.equal, entry.parent);
+  }
+
+  // The copy keeps its pool, if it has one.
+  static void share_entry_pool(const Tree &source, Tree &copy, UserPools &) {
+    if (source.owns_entry_pool == 0 && copy.entry_pool == nullptr) copy.entry_pool = source.entry_pool;
+  }
+
+ private:
+  static Entry *behind_left(const Entry &entry) { return entry.right != nullptr ? entry.right : entry.equal; }
+
+  // Of an entry and the equals behind it.
+  static void set_parents(Entry *first, Entry *parent) {
+    for (Entry *entry = first; entry != nullptr; entry = entry->equal) entry->parent = parent;
+  }
+};
+
+void add(mub_bitree &tree, mub_bitree_entry &entry, int direction, mub_bitree_entry &added) {
+  (direction < 0 ? entry.left : direction > 0 ? entry.right : entry.equal) = &added;
+  added.parent = direction != 0 ? &entry : entry.parent;
+  ++tree.count;
+}
+
+}  // namespace
+
+extern "C" {
+
+mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int own_value_pool) {
+  linked::init<Sides>(*tree, own_entry_pool, own_value_pool);
+  return tree;
+}
+
+mub_bitree *mub_bitree_term(mub_bitree *tree) {
+  linked::term<Sides>(*tree);
+  return tree;
+}
+
+mub_bitree *mub_bitree_remove_all(mub_bitree *tree) {
+  linked::remove_all<Sides>(*tree);
+  return tree;
+}
+
+mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release) {
+  linked::free_all<Sides>(*tree, release);
+  return tree;
+}
+
+mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_user_pool, mub_bitree *destination,
+                             mub_pool *destination_user_pool, mub_clone_fn callback) {
+  linked::clone<Sides>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  return destination;
+}
+
+mub_bitree_entry *mub_bitree_clone_entry(mub_bitree *tree, const mub_bitree_entry *source) {
+  return linked::Copying<Sides>(*tree).clone(*source);
+}
+
+void mub_bitree_set_parent(mub_bitree_entry *entry) { Sides::set_parent(*entry); }
+
+void mub_bitree_entry_init(mub_bitree_entry *entry) { *entry = {}; }
+
+mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree) { return linked::take_entry<Sides>(*tree, {}); }
+
+mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *entry, int direction,
+                                 mub_bitree_entry *added) {
+  if (entry != nullptr && added != nullptr) add(*tree, *entry, direction, *added);
+  return tree;
+}
+
+void mub_bitree_entry_swap(mub_bitree_entry *a, mub_bitree_entry *b) { linked::swap_entries<Sides>(*a, *b); }
+
+void mub_bitree_entry_remove(mub_bitree *tree, mub_bitree_entry *entry) {
+  linked::return_entries<Sides>(*tree, *entry);
+}
+
+void mub_bitree_entry_free(mub_bitree *tree, mub_bitree_entry *entry, mub_free_fn release) {
+  linked::free_entries<Sides>(*tree, *entry, release);
+}
+}

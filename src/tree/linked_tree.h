@@ -1,0 +1,235 @@
+// What the two kinds of trees share: one walk, and what is made of it, releasing and copying.
+//
+//   entry ──first──► branch ──next──► branch ──next──► branch        the children of its ring; or its left child, its
+//     ▲                │ parent         │ parent         │ parent     right child and its next equal
+//     └────────────────┴────────────────┴────────────────┘
+//
+// Nothing recurses: the way back of the walk is kept in the `parent` of each entry on the way down. There the parent
+// is anyway, but for an equal, whose way back is the equal before it; when the head of a chain is left, all of it gets
+// the right parent again.
+//
+// Invariants:
+//   1. The root lies in the tree's record and has no parent.
+//   2. Every other entry is the branch of one entry, which is its parent; the parent of an equal is that of its
+//      chain's head. Only equals may lack theirs: the walk does without.
+//   3. A ring is closed in both directions, and its parent's `first_child` is on it.
+//   4. What is released with a tree is blocks of its entry pool.
+//
+// A kind of tree takes part with a policy:
+//   Tree, Entry                  the records
+//   first_branch(entry)          nullptr when nothing hangs on it
+//   next_branch(above, branch)   the one behind a branch, nullptr behind the last
+//   copy_branches(entry, twin)   puts what twin(branch) gives, if anything, in the place of each branch
+//   detach(entry)                clears the links to what is above and beside
+//   set_parent(entry)            corrects what depends on an entry that has moved
+//   mend_parents(entry, above)   an entry is left: undoes what the walk did to parents; the top has no `above`
+//   share_entry_pool(source, copy, user)   settles which pool the entries of a clone come from
+#ifndef MUB_TREE_LINKED_TREE_H
+#define MUB_TREE_LINKED_TREE_H
+
+#include <cstdint>
+#include <utility>
+
+#include "core/pool.h"
+#include "core/pool_twin.h"
+#include "core/value_pool.h"
+#include "mub_tree.h"
+
+namespace mub::linked {
+
+template <class Kind>
+using EntryOf = typename Kind::Entry;
+template <class Kind>
+using TreeOf = typename Kind::Tree;
+
+// Calls enter(entry) before, and leave(entry, above) after, all that hangs on the entry. Entering may replace the
+// branches, leaving may release the entry.
+template <class Kind, class Enter, class Leave>
+void walk(EntryOf<Kind> &top, Enter enter, Leave leave) {
+  EntryOf<Kind> *entry = &top;
+  enter(top);
+  EntryOf<Kind> *branch = Kind::first_branch(top);
+  while (branch != nullptr || entry != &top) {
+    if (branch != nullptr) {
+      branch->parent = entry;
+      entry = branch;
+      enter(*entry);
+      branch = Kind::first_branch(*entry);
+    } else {
+      EntryOf<Kind> *above = entry->parent;
+      branch = Kind::next_branch(*above, *entry);
+      leave(*entry, above);
+      entry = above;
+    }
+  }
+  leave(top, nullptr);
+}
+
+// For walks that keep the entries.
+template <class Kind, class Enter>
+void walk(EntryOf<Kind> &top, Enter enter) {
+  walk<Kind>(top, enter, Kind::mend_parents);
+}
+
+// For those that do not.
+template <class Kind, class Leave>
+void walk_upward(EntryOf<Kind> &top, Leave leave) {
+  walk<Kind>(
+      top, [](const EntryOf<Kind> &) {}, leave);
+}
+
+// ---- entries
+
+template <class Kind>
+EntryOf<Kind> *take_entry(TreeOf<Kind> &tree, const EntryOf<Kind> &content) {
+  auto *entry = static_cast<EntryOf<Kind> *>(pool::take(tree.entry_pool));
+  if (entry != nullptr) *entry = content;
+  return entry;
+}
+
+template <class Kind>
+void return_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
+  if (&entry != &tree.root) pool::give(tree.entry_pool, &entry);
+}
+
+template <class Kind>
+void return_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top) {
+  if (tree.entry_pool == nullptr) return;
+  walk_upward<Kind>(top,
+                    [&](EntryOf<Kind> &entry, const EntryOf<Kind> *) { return_entry<Kind>(tree, entry); });
+}
+
+// Entries of an owned pool, which go with the whole pool, stay as they are, and so do those of no pool.
+template <class Kind>
+void free_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_it) {
+  const bool returns_entries = tree.owns_entry_pool == 0 && tree.entry_pool != nullptr;
+  walk_upward<Kind>(top, [&](EntryOf<Kind> &entry, const EntryOf<Kind> *above) {
+    release_value(tree.value_pool, tree.owns_value_pool, entry.value, release_it);
+    if (returns_entries) {
+      return_entry<Kind>(tree, entry);
+    } else {
+      Kind::mend_parents(entry, above);
+    }
+  });
+}
+
+template <class Kind>
+void swap_entries(EntryOf<Kind> &a, EntryOf<Kind> &b) {
+  std::swap(a, b);
+  Kind::set_parent(a);
+  Kind::set_parent(b);
+}
+
+// ---- the whole tree
+
+template <class Kind>
+void init(TreeOf<Kind> &tree, int own_entry_pool, int own_value_pool) {
+  tree = {};
+  pool::create_owned_pools(tree, sizeof(EntryOf<Kind>), own_entry_pool != 0, own_value_pool != 0);
+}
+
+template <class Kind>
+void remove_all(TreeOf<Kind> &tree) {
+  if (tree.owns_entry_pool == 0) return_entries<Kind>(tree, tree.root);
+  pool::empty_owned_pools(tree);
+  tree.root = {};
+  tree.count = 0;
+}
+
+template <class Kind>
+void term(TreeOf<Kind> &tree) {
+  remove_all<Kind>(tree);
+  uint16_t owns_entries = tree.owns_entry_pool;  // the tree's own flags stay
+  uint16_t owns_values = tree.owns_value_pool;
+  pool::destroy_owned(tree.entry_pool, owns_entries);
+  pool::destroy_owned(tree.value_pool, owns_values);
+}
+
+template <class Kind>
+void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
+  const bool returns_values = tree.owns_value_pool == 0 && tree.value_pool != nullptr;
+  if (release_it != nullptr || tree.owns_entry_pool == 0 || returns_values) {
+    free_entries<Kind>(tree, tree.root, release_it);
+    tree.root = {};  // what hung on it is gone
+  }
+  remove_all<Kind>(tree);
+}
+
+// ---- copies
+
+// Copies what hangs on an entry. A copy first has the branches of its source; when the walk enters it, they give way
+// to copies of their own, which are entered in their turn.
+template <class Kind>
+class Copying {
+ public:
+  explicit Copying(TreeOf<Kind> &copy) : copy_(copy) {}
+
+  // False when memory runs out; what is in the copy then is for the caller to remove.
+  bool clone(const TreeOf<Kind> &source, UserPools &user) {
+    Kind::share_entry_pool(source, copy_, user);
+    if (source.owns_value_pool == 0) {
+      user.share(source.value_pool, copy_.value_pool, copy_.owns_value_pool);
+    }
+    if (!pools_.clone(source, copy_, user)) return false;
+    copy_.root = source.root;
+    if (!copy_below(copy_.root)) return false;
+    copy_.count = source.count;
+    if (source.owns_value_pool != 0) translate_values(user);
+    return true;
+  }
+
+  // A copy that nothing links to; nullptr when memory runs out.
+  EntryOf<Kind> *clone(const EntryOf<Kind> &source) {
+    EntryOf<Kind> *top = take_entry<Kind>(copy_, source);
+    if (top == nullptr) return nullptr;
+    if (!copy_below(*top)) {
+      return_entries<Kind>(copy_, *top);
+      return nullptr;
+    }
+    copy_.count += taken_;
+    return top;
+  }
+
+ private:
+  bool copy_below(EntryOf<Kind> &top) {
+    Kind::detach(top);
+    walk<Kind>(top, [this](EntryOf<Kind> &entry) {
+      Kind::copy_branches(entry, [this](const EntryOf<Kind> &branch) { return twin(branch); });
+    });
+    return !failed_;
+  }
+
+  // Once memory has run out there are no more twins, and the walk comes to its end on those that there are.
+  EntryOf<Kind> *twin(const EntryOf<Kind> &source) {
+    if (pools_.clones_entries()) return pools_.entry(&source);
+    EntryOf<Kind> *entry = failed_ ? nullptr : take_entry<Kind>(copy_, source);
+    failed_ = entry == nullptr;
+    taken_ += failed_ ? 0 : 1;
+    return entry;
+  }
+
+  // Only when nothing can fail any more, so that the callback sees all entries or none.
+  void translate_values(const UserPools &user) {
+    walk<Kind>(copy_.root, [&](EntryOf<Kind> &entry) {
+      const uint64_t source_value = entry.value;
+      entry.value = pools_.value(source_value);
+      user.mend(source_value, entry.value);
+    });
+  }
+
+  TreeOf<Kind> &copy_;
+  PoolTwins pools_;
+  int64_t taken_ = 0;
+  bool failed_ = false;
+};
+
+template <class Kind>
+void clone(const TreeOf<Kind> &source, TreeOf<Kind> &copy, UserPools user) {
+  if (&source == &copy) return;
+  remove_all<Kind>(copy);
+  if (!Copying<Kind>(copy).clone(source, user)) remove_all<Kind>(copy);
+}
+
+}  // namespace mub::linked
+
+#endif

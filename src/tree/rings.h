@@ -1,0 +1,122 @@
+// The links of the general tree: the children of an entry are a ring. linked_tree.h states what always holds.
+#ifndef MUB_TREE_RINGS_H
+#define MUB_TREE_RINGS_H
+
+#include <cstdint>
+
+#include "mub_tree.h"
+
+namespace mub::rings {
+
+using Entry = mub_tree_entry;
+
+// ---- linking
+
+// Between two neighbours, which are the same when they are all that is on the ring.
+inline void link_between(Entry &before, Entry &entry, Entry &behind) {
+  entry.prev = &before;
+  entry.next = &behind;
+  before.next = &entry;
+  behind.prev = &entry;
+}
+
+inline void link_last(Entry &parent, Entry &child) {
+  child.parent = &parent;
+  if (parent.first_child == nullptr) parent.first_child = child.prev = child.next = &child;
+  Entry &first = *parent.first_child;
+  if (&first != &child) link_between(*first.prev, child, first);
+}
+
+inline void link_before(Entry &sibling, Entry &entry) {
+  Entry &parent = *sibling.parent;
+  entry.parent = &parent;
+  link_between(*sibling.prev, entry, sibling);
+  if (parent.first_child == &sibling) parent.first_child = &entry;
+}
+
+inline void clear_links(Entry &entry) { entry.parent = entry.prev = entry.next = nullptr; }
+
+inline void unlink(Entry &entry) {
+  Entry *&first = entry.parent->first_child;
+  if (first == &entry) first = entry.next != &entry ? entry.next : nullptr;
+  entry.prev->next = entry.next;
+  entry.next->prev = entry.prev;
+  clear_links(entry);
+}
+
+// ---- neighbours
+
+inline Entry *last_child(const Entry &entry) {
+  return entry.first_child != nullptr ? entry.first_child->prev : nullptr;
+}
+
+inline Entry *next_sibling(const Entry &entry) {
+  return entry.parent == nullptr || entry.next == entry.parent->first_child ? nullptr : entry.next;
+}
+
+inline Entry *prev_sibling(const Entry &entry) {
+  return entry.parent == nullptr || &entry == entry.parent->first_child ? nullptr : entry.prev;
+}
+
+template <class Visit>
+void for_each_child(const Entry &parent, Visit visit) {
+  Entry *child = parent.first_child;
+  while (child != nullptr) {
+    Entry *next = child->next;
+    visit(*child);
+    child = next != parent.first_child ? next : nullptr;
+  }
+}
+
+// A walk comes to the sibling later, and the entries of a large tree lie all over memory.
+inline void prefetch_sibling(const Entry &entry) { __builtin_prefetch(entry.next); }
+
+// ---- document order
+
+// The next entry in document order, past what is below this one.
+inline Entry *next_past(const Entry *bound, const Entry &entry) {
+  for (const Entry *at = &entry; at != bound && at->parent != nullptr; at = at->parent) {
+    if (Entry *next = next_sibling(*at)) return next;
+  }
+  return nullptr;
+}
+
+inline Entry *next_in_order(const Entry *bound, const Entry &entry) {
+  prefetch_sibling(entry);
+  return entry.first_child != nullptr ? entry.first_child : next_past(bound, entry);
+}
+
+inline int64_t index_of(const Entry &entry) {
+  int64_t index = 1;
+  for (const Entry *at = prev_sibling(entry); at != nullptr; at = prev_sibling(*at)) ++index;
+  return index;
+}
+
+// The number of entries from the top down to this one.
+inline int64_t levels(const Entry &entry) {
+  int64_t count = 0;
+  for (const Entry *at = &entry; at != nullptr; at = at->parent) ++count;
+  return count;
+}
+
+inline const Entry *ancestor(const Entry &entry, int64_t levels_up) {
+  const Entry *at = &entry;
+  for (; levels_up > 0; --levels_up) at = at->parent;
+  return at;
+}
+
+// By index paths, from the top down; walked upward here, so that the highest level that differs speaks last.
+inline int64_t document_order(const Entry &a, const Entry &b) {
+  int64_t difference = levels(a) - levels(b);
+  const Entry *left = ancestor(a, difference);
+  const Entry *right = ancestor(b, -difference);
+  for (; left != right; left = left->parent, right = right->parent) {
+    const int64_t apart = index_of(*left) - index_of(*right);
+    if (apart != 0) difference = apart;
+  }
+  return difference;
+}
+
+}  // namespace mub::rings
+
+#endif
