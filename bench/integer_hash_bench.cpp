@@ -1,0 +1,159 @@
+// Maps from 64-bit integers: mub_hashx against std::unordered_map and absl::flat_hash_map.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <memory>
+#include <numeric>
+#include <random>
+#include <unordered_map>
+#include <vector>
+
+#include "bench_support.h"
+#include "mub_hash.h"
+
+#ifdef MUB_PEER_ABSL
+#include <absl/container/flat_hash_map.h>
+#endif
+
+namespace {
+
+using mub_bench::shuffled;
+using Keys = std::vector<uint64_t>;
+
+class MubMap {
+ public:
+  MubMap() { mub_hashx_init(&table_, 1, 0); }
+  ~MubMap() { mub_hashx_term(&table_); }
+  MubMap(const MubMap &) = delete;
+  MubMap &operator=(const MubMap &) = delete;
+
+  void insert(uint64_t key, uint64_t value) { mub_hashx_insert(&table_, key, value); }
+  uint64_t get(uint64_t key) const { return mub_hashx_get(&table_, key); }
+  void erase(uint64_t key) { mub_hashx_remove(&table_, key); }
+  void clear() {
+    mub_hashx_term(&table_);
+    mub_hashx_init(&table_, 1, 0);
+  }
+
+ private:
+  mub_hashx table_;
+};
+
+template <class Map>
+class StdLikeMap {
+ public:
+  void insert(uint64_t key, uint64_t value) { map_.emplace(key, value); }
+  uint64_t get(uint64_t key) const {
+    const auto found = map_.find(key);
+    return found == map_.end() ? 0 : found->second;
+  }
+  void erase(uint64_t key) { map_.erase(key); }
+  void clear() { Map().swap(map_); }
+
+ private:
+  Map map_;
+};
+
+Keys sequence(int64_t count) {
+  Keys keys(static_cast<size_t>(count));
+  std::iota(keys.begin(), keys.end(), 1u);
+  return keys;
+}
+
+Keys random_numbers(int64_t count) {
+  std::mt19937_64 random(7);
+  Keys keys(static_cast<size_t>(count));
+  for (uint64_t &key : keys) key = random();
+  return keys;
+}
+
+template <class Map>
+std::unique_ptr<Map> filled(const Keys &keys) {
+  auto map = std::make_unique<Map>();
+  for (const uint64_t key : keys) map->insert(key, key);
+  return map;
+}
+
+template <class Map, auto kKeys>
+void insert(benchmark::State &state) {
+  const Keys keys = kKeys(state.range(0));
+  for (auto _ : state) {
+    auto map = filled<Map>(keys);
+    benchmark::DoNotOptimize(map.get());
+    state.PauseTiming();
+    map.reset();
+    state.ResumeTiming();
+  }
+}
+
+template <class Map>
+void look_up(benchmark::State &state, const Keys &keys, const Keys &wanted) {
+  const auto map = filled<Map>(keys);
+  for (auto _ : state) {
+    uint64_t sum = 0;
+    for (const uint64_t key : wanted) sum += map->get(key);
+    benchmark::DoNotOptimize(sum);
+  }
+}
+
+template <class Map>
+void hit_in_order(benchmark::State &state) {
+  const Keys keys = sequence(state.range(0));
+  look_up<Map>(state, keys, keys);
+}
+
+template <class Map>
+void hit_random(benchmark::State &state) {
+  const Keys keys = random_numbers(state.range(0));
+  look_up<Map>(state, keys, shuffled(keys));
+}
+
+// Takes all keys out, in an order that has nothing to do with that of insertion.
+template <class Map>
+void erase(benchmark::State &state) {
+  const Keys keys = random_numbers(state.range(0));
+  const Keys doomed = shuffled(keys);
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto map = filled<Map>(keys);
+    state.ResumeTiming();
+    for (const uint64_t key : doomed) map->erase(key);
+    state.PauseTiming();
+    map.reset();
+    state.ResumeTiming();
+  }
+}
+
+template <class Map>
+void release(benchmark::State &state) {
+  const Keys keys = random_numbers(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto map = filled<Map>(keys);
+    state.ResumeTiming();
+    map->clear();
+    benchmark::DoNotOptimize(map.get());
+  }
+}
+
+template <class Map>
+void add(const std::string &who) {
+  const std::vector<int64_t> sizes = {1000, 100000, 1000000};
+  mub_bench::add_sizes("hashx_insert_sequence", who, insert<Map, sequence>, sizes);
+  mub_bench::add_sizes("hashx_insert_random", who, insert<Map, random_numbers>, sizes);
+  mub_bench::add_sizes("hashx_hit_in_order", who, hit_in_order<Map>, sizes);
+  mub_bench::add_sizes("hashx_hit_random", who, hit_random<Map>, sizes);
+  mub_bench::add_sizes("hashx_erase", who, erase<Map>, sizes);
+  mub_bench::add_sizes("hashx_release", who, release<Map>, sizes);
+}
+
+[[maybe_unused]] const bool registered = [] {
+  add<MubMap>("mub");
+  add<StdLikeMap<std::unordered_map<uint64_t, uint64_t>>>("std::unordered_map");
+#ifdef MUB_PEER_ABSL
+  add<StdLikeMap<absl::flat_hash_map<uint64_t, uint64_t>>>("absl::flat_hash_map");
+#endif
+  return true;
+}();
+
+}  // namespace
