@@ -69,14 +69,18 @@ RecordOf<Kind> *record_at(const EntryOf<Kind> &leaf, int64_t index) {
   return child_at<RecordOf<Kind>>(leaf.children, index);
 }
 
+// There is room for the child.
 template <class Child>
-void append_child(mub_arrays &children, const Child *child) {
-  slots::append(children, NoKey{}, word_of(child));
+void insert_child(mub_arrays &children, int64_t index, const Child *child) {
+  uint64_t *slot = children.items + index;
+  buffer::move_units(slot + 1, slot, children.count - index);
+  *slot = word_of(child);
+  ++children.count;
 }
 
 template <class Child>
-void insert_child(mub_arrays &children, int64_t index, const Child *child) {
-  slots::insert_at(children, index, NoKey{}, word_of(child));
+void append_child(mub_arrays &children, const Child *child) {
+  insert_child(children, children.count, child);
 }
 
 // ---- entries
@@ -127,30 +131,34 @@ void set_pool(const Tree &tree, Entry &top) {
 
 // ---- names: an entry is called by the key of its last child
 
-template <class Kind>
-void copy_name(EntryOf<Kind> &entry) {
+// Calls `use` with the last child, if there is one.
+template <class Kind, class Use>
+void with_last_child(const EntryOf<Kind> &entry, Use use) {
   const int64_t last = entry.children.count - 1;
   if (last < 0) return;
   if (entry.level > 0) {
-    Kind::copy_key(entry, *entry_at(entry, last));
+    use(*entry_at(entry, last));
   } else {
-    Kind::copy_key(entry, *record_at<Kind>(entry, last));
+    use(*record_at<Kind>(entry, last));
   }
 }
 
 template <class Kind>
-bool has_name(const TreeOf<Kind> &tree, const EntryOf<Kind> &entry) {
-  const int64_t last = entry.children.count - 1;
-  if (last < 0) return true;
-  return entry.level > 0 ? Kind::has_name(tree, entry, *entry_at(entry, last))
-                         : Kind::has_name(tree, entry, *record_at<Kind>(entry, last));
+void copy_name(EntryOf<Kind> &entry) {
+  with_last_child<Kind>(entry, [&](const auto &child) { Kind::copy_key(entry, child); });
 }
 
 template <class Kind>
 void set_name(const TreeOf<Kind> &tree, EntryOf<Kind> &from) {
-  for (EntryOf<Kind> *entry = &from; entry != nullptr && !has_name<Kind>(tree, *entry);
-       entry = entry->parent) {
-    copy_name<Kind>(*entry);
+  EntryOf<Kind> *entry = &from;
+  while (entry != nullptr) {
+    EntryOf<Kind> *above = nullptr;
+    with_last_child<Kind>(*entry, [&](const auto &child) {
+      if (Kind::has_name(tree, *entry, child)) return;
+      Kind::copy_key(*entry, child);
+      above = entry->parent;
+    });
+    entry = above;
   }
 }
 
@@ -241,14 +249,15 @@ struct Place {
 };
 
 template <class Kind, class Order>
-Place<Kind> locate_by(const TreeOf<Kind> &tree, const Order &order) {
-  EntryOf<Kind> *leaf = descend(tree.root, order);
-  return {leaf, search<RecordOf<Kind>>(leaf->children, order)};
+Place<Kind> locate_below(const EntryOf<Kind> &from, const Order &order) {
+  const EntryOf<Kind> *leaf = &from;
+  const Spot spot = descend<RecordOf<Kind>>(leaf, order);
+  return {const_cast<EntryOf<Kind> *>(leaf), spot};
 }
 
 template <class Kind>
-Place<Kind> locate(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  return Kind::with_order(tree, key, [&](const auto &order) { return locate_by<Kind>(tree, order); });
+Place<Kind> locate(const TreeOf<Kind> &tree, const EntryOf<Kind> &from, KeyOf<Kind> key) {
+  return Kind::with_order(tree, key, [&](const auto &order) { return locate_below<Kind>(from, order); });
 }
 
 // For insertions: keys that come in ascending order go behind the last one without a search.
@@ -258,7 +267,7 @@ Place<Kind> locate_new(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
     EntryOf<Kind> *leaf = last_leaf(tree.root);
     const int64_t count = leaf->children.count;
     if (count > 0 && order(*record_at<Kind>(*leaf, count - 1)) < 0) return {leaf, {count, false}};
-    return locate_by<Kind>(tree, order);
+    return locate_below<Kind>(tree.root, order);
   });
 }
 
@@ -308,7 +317,8 @@ RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Ki
   if (record == nullptr) return nullptr;
   insert_child(leaf.children, place.spot.index, record);
   ++tree.count;
-  set_name<Kind>(tree, leaf);
+  // Elsewhere the name is right, but for the root's, which is compared every time.
+  if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name<Kind>(tree, leaf);
   set_next<Kind>(leaf, place.spot.index);
   if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
   inserted = true;
@@ -330,10 +340,8 @@ int node_set(TreeOf<Kind> &tree, KeyOf<Kind> key, RecordOf<Kind> *&record_out) {
 // The same for a leaf that is known.
 template <class Kind>
 int node_set_in(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, RecordOf<Kind> *&record_out) {
-  const Spot spot = Kind::with_order(
-      tree, key, [&](const auto &order) { return search<RecordOf<Kind>>(leaf.children, order); });
   bool inserted;
-  record_out = insert_at<Kind>(tree, {&leaf, spot}, key, inserted);
+  record_out = insert_at<Kind>(tree, locate<Kind>(tree, leaf, key), key, inserted);
   return inserted ? 1 : 0;
 }
 
@@ -363,19 +371,14 @@ int set(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t &value_out, mub_init_fn in
 
 template <class Kind>
 RecordOf<Kind> *find(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  return locate<Kind>(tree, key).record();
+  return locate<Kind>(tree, tree.root, key).record();
 }
 
 template <class Kind>
 RecordOf<Kind> *find_nearest(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  const Place<Kind> place = locate<Kind>(tree, key);
+  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
   const int64_t index = nearest(place.spot, place.leaf->children.count);
   return index < 0 ? nullptr : record_at<Kind>(*place.leaf, index);
-}
-
-template <class Kind>
-EntryOf<Kind> *find_leaf(const TreeOf<Kind> &tree, const EntryOf<Kind> &from, KeyOf<Kind> key) {
-  return Kind::with_order(tree, key, [&](const auto &order) { return descend(from, order); });
 }
 
 template <class Kind>
@@ -424,7 +427,7 @@ void remove_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
 
 template <class Kind>
 uint64_t remove(TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  const Place<Kind> place = locate<Kind>(tree, key);
+  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
   RecordOf<Kind> *record = place.record();
   if (record == nullptr) return 0;
   const uint64_t value = record->value;

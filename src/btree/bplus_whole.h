@@ -46,6 +46,28 @@ void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with) {
   });
 }
 
+// Whether the chunks of an entry pool of its own hold the tree's entries and nothing else, nor ever did.
+template <class Kind>
+bool entries_fill_pool(const TreeOf<Kind> &tree) {
+  if (tree.owns_entry_pool == 0) return false;
+  int64_t entries = 0;
+  for (const EntryOf<Kind> *entry = &tree.root; entry != nullptr && entry->level > 0;
+       entry = next_from_above(*entry, tree.root, false)) {
+    entries += entry->children.count;
+  }
+  return pool::holds_only<EntryOf<Kind>>(tree.entry_pool, 1, entries) &&
+         pool::blocks_ever_taken(*tree.entry_pool) == entries;
+}
+
+// Tables in the order of memory: faster than along the tree, where each is a miss of the cache.
+template <class Kind>
+void release_tables(TreeOf<Kind> &tree) {
+  forget_walk(tree);
+  pool::for_each_block<EntryOf<Kind>>(*tree.entry_pool,
+                                      [](EntryOf<Kind> &entry) { slots::release_table(entry.children); });
+  slots::release_table(tree.root.children);
+}
+
 template <class Kind>
 void remove_all_entry(TreeOf<Kind> &tree, EntryOf<Kind> &top) {
   empty_from<Kind>(tree, top, [](const RecordOf<Kind> &) {});
@@ -74,9 +96,19 @@ void reset(TreeOf<Kind> &tree) {
   tree.count = 0;
 }
 
+// Empties the tree without a look at its values.
+template <class Kind>
+void remove_all_below_root(TreeOf<Kind> &tree) {
+  if (tree.owns_node_pool != 0 && entries_fill_pool<Kind>(tree)) {
+    release_tables<Kind>(tree);
+  } else {
+    remove_all_entry<Kind>(tree, tree.root);
+  }
+}
+
 template <class Kind>
 void remove_all(TreeOf<Kind> &tree) {
-  remove_all_entry<Kind>(tree, tree.root);
+  remove_all_below_root<Kind>(tree);
   Kind::clear_keys(tree);
   empty_owned_pools(tree);
   reset<Kind>(tree);
@@ -88,7 +120,7 @@ void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
   if (release_it != nullptr || returns_values) {
     free_all_entry<Kind>(tree, tree.root, release_it);
   } else {
-    remove_all_entry<Kind>(tree, tree.root);
+    remove_all_below_root<Kind>(tree);
   }
   Kind::term_keys(tree);
   empty_owned_pools(tree);
@@ -97,7 +129,7 @@ void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
 
 template <class Kind>
 void term(TreeOf<Kind> &tree) {
-  remove_all_entry<Kind>(tree, tree.root);
+  remove_all_below_root<Kind>(tree);
   Kind::term_keys(tree);
   pool::destroy_owned(tree.entry_pool, tree.owns_entry_pool);
   pool::destroy_owned(tree.node_pool, tree.owns_node_pool);

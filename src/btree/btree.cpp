@@ -30,17 +30,29 @@ struct ByteKeys {
   using Record = mub_btree_node;
   using Key = ByteKey;
 
+  struct ExactOrder {
+    static constexpr bool kByQuarters = false;
+    template <class Child>
+    int operator()(const Child &child) const {
+      return bytes::order(data + child.key_offset, child.key_length, key.bytes, key.length);
+    }
+    const uint8_t *data;
+    Key key;
+  };
+  struct NocaseOrder {
+    static constexpr bool kByQuarters = false;
+    template <class Child>
+    int operator()(const Child &child) const {
+      return bytes::icompare(data + child.key_offset, child.key_length, key.bytes, key.length);
+    }
+    const uint8_t *data;
+    Key key;
+  };
+
   template <class Use>
   static auto with_order(const Tree &tree, Key key, Use use) {
-    const uint8_t *data = tree.keys.data;
-    if (tree.nocase != 0) {
-      return use([=](const auto &child) {
-        return bytes::icompare(data + child.key_offset, child.key_length, key.bytes, key.length);
-      });
-    }
-    return use([=](const auto &child) {
-      return bytes::order(data + child.key_offset, child.key_length, key.bytes, key.length);
-    });
+    if (tree.nocase != 0) return use(NocaseOrder{tree.keys.data, key});
+    return use(ExactOrder{tree.keys.data, key});
   }
 
   template <class Item>
@@ -190,11 +202,11 @@ mub_btree_node *mub_btree_node_first(const mub_btree *tree) { return bplus::firs
 mub_btree_node *mub_btree_node_last(const mub_btree *tree) { return bplus::last_record<ByteKeys>(*tree); }
 
 mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btree_node *node) {
-  return bplus::next_record<ByteKeys>(*tree, *node);
+  return bplus::step<ByteKeys, 1>(*tree, *node);
 }
 
 mub_btree_node *mub_btree_node_prev(const mub_btree *tree, const mub_btree_node *node) {
-  return bplus::previous_record<ByteKeys>(*tree, *node);
+  return bplus::step<ByteKeys, -1>(*tree, *node);
 }
 
 mub_btree_entry *mub_btree_first_entry(const mub_btree_entry *entry) { return bplus::first_leaf(*entry); }
@@ -253,7 +265,7 @@ void mub_btree_split(mub_btree *tree, mub_btree_entry *entry) { bplus::split<Byt
 
 mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree_entry *entry, const void *key,
                                   int64_t length) {
-  return bplus::find_leaf<ByteKeys>(*tree, *entry, measured_key(key, length));
+  return bplus::locate<ByteKeys>(*tree, *entry, measured_key(key, length)).leaf;
 }
 
 int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const void *key, int64_t length,

@@ -89,11 +89,11 @@ mub_btreed_node *mub_btreed_node_first(const mub_btreed *tree) { return bplus::f
 mub_btreed_node *mub_btreed_node_last(const mub_btreed *tree) { return bplus::last_record<Keys>(*tree); }
 
 mub_btreed_node *mub_btreed_node_next(const mub_btreed *tree, const mub_btreed_node *node) {
-  return bplus::next_record<Keys>(*tree, *node);
+  return bplus::step<Keys, 1>(*tree, *node);
 }
 
 mub_btreed_node *mub_btreed_node_prev(const mub_btreed *tree, const mub_btreed_node *node) {
-  return bplus::previous_record<Keys>(*tree, *node);
+  return bplus::step<Keys, -1>(*tree, *node);
 }
 
 mub_btreed_entry *mub_btreed_first_entry(const mub_btreed_entry *entry) { return bplus::first_leaf(*entry); }
@@ -152,7 +152,7 @@ mub_btreed_entry *mub_btreed_split_node(mub_btreed *tree, mub_btreed_entry *entr
 void mub_btreed_split(mub_btreed *tree, mub_btreed_entry *entry) { bplus::split<Keys>(*tree, *entry); }
 
 mub_btreed_entry *mub_btreed_find_t(const mub_btreed *tree, const mub_btreed_entry *entry, uint32_t key) {
-  return bplus::find_leaf<Keys>(*tree, *entry, key);
+  return bplus::locate<Keys>(*tree, *entry, key).leaf;
 }
 
 int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32_t key, mub_btreed_node **node_out) {

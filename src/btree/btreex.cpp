@@ -89,11 +89,11 @@ mub_btreex_node *mub_btreex_node_first(const mub_btreex *tree) { return bplus::f
 mub_btreex_node *mub_btreex_node_last(const mub_btreex *tree) { return bplus::last_record<Keys>(*tree); }
 
 mub_btreex_node *mub_btreex_node_next(const mub_btreex *tree, const mub_btreex_node *node) {
-  return bplus::next_record<Keys>(*tree, *node);
+  return bplus::step<Keys, 1>(*tree, *node);
 }
 
 mub_btreex_node *mub_btreex_node_prev(const mub_btreex *tree, const mub_btreex_node *node) {
-  return bplus::previous_record<Keys>(*tree, *node);
+  return bplus::step<Keys, -1>(*tree, *node);
 }
 
 mub_btreex_entry *mub_btreex_first_entry(const mub_btreex_entry *entry) { return bplus::first_leaf(*entry); }
@@ -152,7 +152,7 @@ mub_btreex_entry *mub_btreex_split_node(mub_btreex *tree, mub_btreex_entry *entr
 void mub_btreex_split(mub_btreex *tree, mub_btreex_entry *entry) { bplus::split<Keys>(*tree, *entry); }
 
 mub_btreex_entry *mub_btreex_find_t(const mub_btreex *tree, const mub_btreex_entry *entry, uint64_t key) {
-  return bplus::find_leaf<Keys>(*tree, *entry, key);
+  return bplus::locate<Keys>(*tree, *entry, key).leaf;
 }
 
 int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64_t key, mub_btreex_node **node_out) {

@@ -3,6 +3,7 @@
 #define MUB_BTREE_NUMBER_KEYS_H
 
 #include <cstdint>
+#include <type_traits>
 
 #include "core/bytes.h"
 
@@ -27,6 +28,7 @@ struct Numbers64 {
 // Stored bits against those of a searched key. With the sign bit flipped, signed numbers order as unsigned ones do.
 template <class Bits>
 struct IntegerComparison {
+  static constexpr bool kBranchFree = true;
   IntegerComparison(Bits searched, Bits to_flip) : flipped_key(searched ^ to_flip), flip(to_flip) {}
   int operator()(Bits stored) const {
     const Bits flipped = stored ^ flip;
@@ -40,6 +42,7 @@ struct IntegerComparison {
 // What is neither less nor greater is equal, and so is what is not a number.
 template <class Float, class Bits>
 struct FloatComparison {
+  static constexpr bool kBranchFree = false;
   explicit FloatComparison(Bits searched) : key(bytes::load<Float>(&searched)) {}
   int operator()(Bits bits) const {
     const auto stored = bytes::load<Float>(&bits);
@@ -48,6 +51,25 @@ struct FloatComparison {
 
   Float key;
 };
+
+template <class Bits>
+struct AllEqual {
+  static constexpr bool kBranchFree = false;
+  int operator()(Bits) const { return 0; }
+};
+
+template <class Comparison, bool kQuarters>
+struct ChildOrder {
+  static constexpr bool kByQuarters = kQuarters;
+  template <class Child>
+  int operator()(const Child &child) const {
+    return compare(child.key);
+  }
+  const Comparison &compare;
+};
+
+// Records of so many keys stay in a processor's second or third cache.
+constexpr int64_t kCachedKeys = 0x20000;
 
 // Calls `use` with the comparison that a key type stands for; one of an unknown type finds all keys equal.
 template <class Numbers, class Use>
@@ -62,7 +84,7 @@ auto with_comparison(typename Numbers::Bits key, uint32_t key_type, Use use) {
     case Numbers::kFloat:
       return use(FloatComparison<typename Numbers::Float, Bits>(key));
     default:
-      return use([](Bits) { return 0; });
+      return use(AllEqual<Bits>());
   }
 }
 
@@ -76,7 +98,11 @@ struct NumberKeys {
   template <class Use>
   static auto with_order(const Tree &tree, Key key, Use use) {
     return with_comparison<Numbers>(key, tree.key_type, [&](const auto &compare) {
-      return use([&compare](const auto &child) { return compare(child.key); });
+      using Comparison = std::decay_t<decltype(compare)>;
+      if constexpr (Comparison::kBranchFree) {
+        if (tree.count <= kCachedKeys) return use(ChildOrder<Comparison, true>{compare});
+      }
+      return use(ChildOrder<Comparison, false>{compare});
     });
   }
 

@@ -11,6 +11,9 @@
 
 namespace mub::bplus {
 
+// How many leaves ahead a walk over all of them fetches.
+constexpr int64_t kPrefetchLeaves = 8;
+
 template <class Child>
 Child *child_at(const mub_arrays &children, int64_t index) {
   return record_of<Child>(children.items[index]);
@@ -68,14 +71,34 @@ Entry *previous_leaf(const Entry &leaf) {
   return entry->parent == nullptr ? nullptr : last_leaf(*sibling(*entry, -1));
 }
 
+// The first entry of level 1 below an entry that is no leaf.
+template <class Entry>
+Entry *first_above_leaves(Entry &entry) {
+  Entry *above = &entry;
+  while (above->level > 1 && above->children.count > 0) above = entry_at(*above, 0);
+  return above;
+}
+
+// Fetches what a walk over the leaves will meet soon: a leaf, and of a nearer one the table.
+template <class Entry>
+void prefetch_leaves(const Entry &above, int64_t index) {
+  if (index + kPrefetchLeaves >= above.children.count) return;
+  __builtin_prefetch(entry_at(above, index + kPrefetchLeaves));
+  __builtin_prefetch(entry_at(above, index + kPrefetchLeaves / 2)->children.items);
+}
+
 // Calls `visit` with every entry below `top` and then with `top`: children before their parent, in key order. It may
-// return the entry's children to their pools, and the entry itself: siblings and parents are looked up before.
+// return the entry's children to their pools, and the entry itself: what comes next is looked up before.
 template <class Entry, class Visit>
 void for_each_from_below(Entry &top, Visit visit) {
-  Entry *entry = first_leaf(top);
-  while (entry != &top) {
-    Entry *parent = entry->parent;
-    Entry *next = is_last(*entry) ? parent : first_leaf(*sibling(*entry, 1));
+  Entry *entry = first_above_leaves(top);
+  while (true) {
+    for (int64_t i = 0; entry->level == 1 && i < entry->children.count; ++i) {
+      prefetch_leaves(*entry, i);
+      visit(*entry_at(*entry, i));
+    }
+    if (entry == &top) break;
+    Entry *next = is_last(*entry) ? entry->parent : first_above_leaves(*sibling(*entry, 1));
     visit(*entry);
     entry = next;
   }

@@ -81,6 +81,11 @@ bool holds_only(const mub_pool *pool, uint16_t owned, int64_t count) {
   return owned != 0 && pool->live_count == count && pool->block_size == int64_t{sizeof(Block)};
 }
 
+// The blocks that were carved from the chunks, be they live, free or dropped.
+inline int64_t blocks_ever_taken(const mub_pool &pool) {
+  return pool.chunk_count < 1 ? 0 : (pool.chunk_count - 1) * pool.blocks_per_chunk + pool.chunk_used;
+}
+
 // Position in a sorted map of the chunk with the greatest base at or below `address`; -1 when there is none.
 inline int64_t find_chunk(const mub_pool_chunk *map, int64_t count, uint64_t address) {
   const mub_pool_chunk *above = std::upper_bound(
