@@ -72,10 +72,9 @@ struct ByteTree {
   static constexpr auto clone = mub_btree_clone;
   static constexpr auto clone_entry = mub_btree_clone_entry;
   static constexpr auto find_t = mub_btree_find_t;
-  static constexpr auto insert_t = mub_btree_insert_t;
   static constexpr auto set_name = mub_btree_set_name;
-  static constexpr auto set_next = mub_btree_set_next;
-  static constexpr auto split = mub_btree_split;
+  static constexpr auto set_pool = mub_btree_set_pool;
+  static constexpr auto entry_new = mub_btree_entry_new;
 };
 
 // Numbers that fill their width: small ones of both signs, ones that differ in their highest bits or lowest alone.
@@ -151,10 +150,9 @@ struct Tree32 : NumberTree<Number, mub_btreed, mub_btreed_entry, mub_btreed_node
   static constexpr auto clone = mub_btreed_clone;
   static constexpr auto clone_entry = mub_btreed_clone_entry;
   static constexpr auto find_t = mub_btreed_find_t;
-  static constexpr auto insert_t = mub_btreed_insert_t;
   static constexpr auto set_name = mub_btreed_set_name;
-  static constexpr auto set_next = mub_btreed_set_next;
-  static constexpr auto split = mub_btreed_split;
+  static constexpr auto set_pool = mub_btreed_set_pool;
+  static constexpr auto entry_new = mub_btreed_entry_new;
 };
 
 template <class Number, uint32_t kType>
@@ -183,10 +181,9 @@ struct Tree64 : NumberTree<Number, mub_btreex, mub_btreex_entry, mub_btreex_node
   static constexpr auto clone = mub_btreex_clone;
   static constexpr auto clone_entry = mub_btreex_clone_entry;
   static constexpr auto find_t = mub_btreex_find_t;
-  static constexpr auto insert_t = mub_btreex_insert_t;
   static constexpr auto set_name = mub_btreex_set_name;
-  static constexpr auto set_next = mub_btreex_set_next;
-  static constexpr auto split = mub_btreex_split;
+  static constexpr auto set_pool = mub_btreex_set_pool;
+  static constexpr auto entry_new = mub_btreex_entry_new;
 };
 
 // A tree that is released at the end of its scope; the pools that it does not own are the test's.
