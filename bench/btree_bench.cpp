@@ -178,24 +178,13 @@ void walk(benchmark::State &state) {
 template <class Map>
 void release(benchmark::State &state) {
   const Integers keys = random_integers(state.range(0), 1);
-  for (auto _ : state) {
-    state.PauseTiming();
-    auto map = filled<Map>(keys);
-    state.ResumeTiming();
-    map->clear();
-    benchmark::DoNotOptimize(map.get());
-  }
+  mub_bench::release(state, [&] { return filled<Map>(keys); });
 }
 
 template <class Map>
 void memory(benchmark::State &state) {
   const Integers keys = random_integers(state.range(0), 1);
-  for (auto _ : state) {
-    const int64_t before = mub_bench::heap_bytes_in_use();
-    const auto map = filled<Map>(keys);
-    const auto used = static_cast<double>(mub_bench::heap_bytes_in_use() - before);
-    state.counters["bytes_per_entry"] = used / static_cast<double>(state.range(0));
-  }
+  mub_bench::memory(state, [&] { return filled<Map>(keys); });
 }
 
 const std::vector<int64_t> kSizes = {1000, 100000, 1000000};

@@ -30,20 +30,14 @@ struct ByteKeys {
   using Record = mub_btree_node;
   using Key = ByteKey;
 
-  struct ExactOrder {
+  template <bool kFoldsCase>
+  struct Order {
     static constexpr bool kByQuarters = false;
     template <class Child>
     int operator()(const Child &child) const {
-      return bytes::order(data + child.key_offset, child.key_length, key.bytes, key.length);
-    }
-    const uint8_t *data;
-    Key key;
-  };
-  struct NocaseOrder {
-    static constexpr bool kByQuarters = false;
-    template <class Child>
-    int operator()(const Child &child) const {
-      return bytes::icompare(data + child.key_offset, child.key_length, key.bytes, key.length);
+      const uint8_t *own = data + child.key_offset;
+      if constexpr (kFoldsCase) return bytes::icompare(own, child.key_length, key.bytes, key.length);
+      return bytes::order(own, child.key_length, key.bytes, key.length);
     }
     const uint8_t *data;
     Key key;
@@ -51,8 +45,8 @@ struct ByteKeys {
 
   template <class Use>
   static auto with_order(const Tree &tree, Key key, Use use) {
-    if (tree.nocase != 0) return use(NocaseOrder{tree.keys.data, key});
-    return use(ExactOrder{tree.keys.data, key});
+    if (tree.nocase != 0) return use(Order<true>{tree.keys.data, key});
+    return use(Order<false>{tree.keys.data, key});
   }
 
   template <class Item>
