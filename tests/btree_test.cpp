@@ -173,6 +173,24 @@ TYPED_TEST(BTree, AnEntryThatCannotSplitIsSplitByTheNextInsertion) {
   }
 }
 
+// Over-full leaves and parents get wider tables, and split when there is memory.
+TYPED_TEST(BTree, GrowsOnWithSplitsThatFail) {
+  using A = TypeParam;
+  Random random(71);
+  Tree<A> tree;
+  Model<A> model;
+  for (const auto &item : model_of<A>(900)) {
+    int added = 0;
+    while (added == 0) {
+      const Fuse fuse(random.below(4), Blow::kOnce);
+      fuse.blows_in([&] { added = tree.call(A::insert, item.first, item.second); });
+    }
+    model.insert(item);
+    ASSERT_NO_FATAL_FAILURE(model.size() % 16 != 0 ? void()
+                                                   : expect_same<A>(tree, model, Chain::kExact, INT64_MAX));
+  }
+}
+
 // ---- whole trees
 
 // Values here are blocks that hold the address of a word in the user's pool.
@@ -243,10 +261,10 @@ void expect_clone(int owned, int copy_owned, const Fuse &fuse) {
   if ((owned & 3) != 3) return;
   mub_pool_empty(&user);
   expect_same<A>(copy, model, Chain::kStale);
-  for (int64_t i = 60; i < 130; ++i) {
+  for (int64_t i = 60; i < 300; ++i) {
     EXPECT_EQ(copy.call(A::insert, A::key(i), 5u), model.insert({A::key(i), 5}).second ? 1 : 0);
   }
-  for (int64_t i = 0; i < 130; i += 2) {
+  for (int64_t i = 0; i < 300; i += 2) {
     copy.call(A::remove, A::key(i));
     model.erase(A::key(i));
   }
@@ -373,6 +391,26 @@ TYPED_TEST(BTree, WalksWhileRecordsAreRemoved) {
       node = next;
     }
     EXPECT_EQ(node, nullptr);
+    expect_same<A>(tree, model, Chain::kStale);
+  }
+}
+
+// A block that was an entry, or was only borrowed, may hold anything: neither steps nor releases look at it.
+TYPED_TEST(BTree, LooksIntoNoEntryThatIsNotItsOwn) {
+  using A = TypeParam;
+  for (const int owned : {0, 3}) {
+    Tree<A> tree(owned);
+    Model<A> model = fill(tree, 100);
+    const auto *leaf = A::first_entry(&tree.root);
+    while (A::first_entry(&tree.root) == leaf) {
+      A::node_prev(&tree, A::node_next(&tree, A::node_first(&tree)));  // stands on the first record
+      tree.call(A::remove, model.begin()->first);
+      model.erase(model.begin());
+    }
+    void *block = mub_pool_new(tree.entry_pool);
+    std::memset(block, 0x77, sizeof(typename A::Entry));
+    EXPECT_EQ(A::key_of(tree, *A::node_next(&tree, A::node_first(&tree))), std::next(model.begin())->first);
+    mub_pool_free(tree.entry_pool, block);
     expect_same<A>(tree, model, Chain::kStale);
   }
 }
