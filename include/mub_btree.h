@@ -284,8 +284,9 @@ MUB_API void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry)
 MUB_API void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, mub_free_fn release);
 
 /* mub_btree_clone_entry: copy what is below an entry of one tree under an empty one of another, in fresh blocks of the
- * pools of that tree. Keys are copied as offsets, values as words, links as they are; counts stay.
- *   destination_entry   without children; takes the level
+ * pools of that tree. Values are copied as words, links as they are, keys as offsets: the destination's `keys` has to hold
+ * the same bytes. Its count stays.
+ *   destination_entry   without children; takes the level and the key
  * Returns 1; 0 when memory ran out, the entry is empty then. */
 MUB_API int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry *source_entry,
                                   mub_btree *destination, mub_btree_entry *destination_entry);

@@ -51,7 +51,6 @@ class Cloning {
     share_callers_pools(user);
     if (!Kind::clone_keys(source_, copy_) || !clone_pools(user)) return false;
     if (!copy_below(source_.root, copy_.root)) return false;
-    Kind::copy_key(copy_.root, source_.root);
     copy_.count = source_.count;
     if (source_.owns_value_pool != 0) translate_values(user);
     return true;
@@ -91,6 +90,7 @@ class Cloning {
     const Entry *from = &source_top;
     Entry *to = &copy_top;
     copy_top.level = source_top.level;
+    Kind::copy_key(copy_top, source_top);
     while (from != nullptr) {
       if (!copy_children(*from, *to)) return false;
       from = next_from_above(*from, source_top, true);
@@ -159,6 +159,7 @@ bool clone_entry(const TreeOf<Kind> &source, const EntryOf<Kind> &from, TreeOf<K
                  EntryOf<Kind> &to) {
   if (Cloning<Kind>(source, copy).run_in_fresh_blocks(from, to)) return true;
   remove_all_entry<Kind>(copy, to);
+  Kind::forget_key(to);
   to.level = 0;
   return false;
 }
