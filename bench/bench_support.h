@@ -62,6 +62,30 @@ inline int64_t heap_bytes_in_use() {
   return mallopt(M_TRIM_THRESHOLD, 1 << 30) != 0 && mallopt(M_MMAP_THRESHOLD, 1 << 30) != 0;
 }();
 
+// Measures the release of a map that is filled anew every time.
+template <class Fill>
+void release(benchmark::State &state, Fill fill) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto map = fill();
+    state.ResumeTiming();
+    map->clear();
+    benchmark::DoNotOptimize(map.get());
+  }
+}
+
+// The bytes that a map has allocated per entry, with what the allocator adds to each block.
+template <class Fill>
+void memory(benchmark::State &state, Fill fill) {
+  for (auto _ : state) {
+    const int64_t before = heap_bytes_in_use();
+    const auto map = fill();
+    benchmark::DoNotOptimize(map.get());
+    const auto used = static_cast<double>(heap_bytes_in_use() - before);
+    state.counters["bytes_per_entry"] = used / static_cast<double>(state.range(0));
+  }
+}
+
 template <class Function>
 void add_sizes(const std::string &workload, const std::string &who, Function function,
                const std::vector<int64_t> &sizes) {

@@ -175,26 +175,13 @@ void clone(benchmark::State &state) {
 template <class Map>
 void release(benchmark::State &state) {
   const auto keys = random_keys(state.range(0), 1);
-  for (auto _ : state) {
-    state.PauseTiming();
-    auto map = filled<Map>(keys);
-    state.ResumeTiming();
-    map->clear();
-    benchmark::DoNotOptimize(map.get());
-  }
+  mub_bench::release(state, [&] { return filled<Map>(keys); });
 }
 
-// The bytes that the map has allocated per entry, with what the allocator adds to each block.
 template <class Map>
 void memory(benchmark::State &state) {
   const auto keys = random_keys(state.range(0), 1);
-  for (auto _ : state) {
-    const int64_t before = mub_bench::heap_bytes_in_use();
-    const auto map = filled<Map>(keys);
-    benchmark::DoNotOptimize(map.get());
-    const auto used = static_cast<double>(mub_bench::heap_bytes_in_use() - before);
-    state.counters["bytes_per_entry"] = used / static_cast<double>(state.range(0));
-  }
+  mub_bench::memory(state, [&] { return filled<Map>(keys); });
 }
 
 // Removes keys of a table that keeps its size otherwise. The peer is the same table with its entries in a caller's

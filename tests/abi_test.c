@@ -189,6 +189,78 @@ FIELD_AT(mub_bitree, 64, mub_pool *, value_pool);
 FIELD_AT(mub_bitree, 72, uint16_t, owns_value_pool);
 SIZE_IS(mub_bitree, 80);
 
+FIELD_AT(mub_btree_node, 0, uint32_t, key_offset);
+FIELD_AT(mub_btree_node, 4, uint32_t, key_length);
+FIELD_AT(mub_btree_node, 8, mub_btree_node *, prev);
+FIELD_AT(mub_btree_node, 16, mub_btree_node *, next);
+FIELD_AT(mub_btree_node, 24, uint64_t, value);
+SIZE_IS(mub_btree_node, 32);
+
+FIELD_AT(mub_btree_entry, 0, uint32_t, key_offset);
+FIELD_AT(mub_btree_entry, 4, uint32_t, key_length);
+FIELD_AT(mub_btree_entry, 8, int16_t, level);
+FIELD_AT(mub_btree_entry, 16, mub_btree_entry *, parent);
+FIELD_AT(mub_btree_entry, 24, mub_arrays, children);
+SIZE_IS(mub_btree_entry, 64);
+
+FIELD_AT(mub_btree, 0, mub_btree_entry, root);
+FIELD_AT(mub_btree, 64, int64_t, count);
+FIELD_AT(mub_btree, 72, mub_stream, keys);
+FIELD_AT(mub_btree, 96, mub_pool *, entry_pool);
+FIELD_AT(mub_btree, 104, uint16_t, owns_entry_pool);
+FIELD_AT(mub_btree, 112, mub_pool *, node_pool);
+FIELD_AT(mub_btree, 120, uint16_t, owns_node_pool);
+FIELD_AT(mub_btree, 128, mub_pool *, value_pool);
+FIELD_AT(mub_btree, 136, uint16_t, owns_value_pool);
+FIELD_AT(mub_btree, 138, uint16_t, nocase);
+SIZE_IS(mub_btree, 144);
+
+FIELD_AT(mub_btreed_node, 0, uint32_t, key);
+FIELD_AT(mub_btreed_node, 8, mub_btreed_node *, prev);
+FIELD_AT(mub_btreed_node, 16, mub_btreed_node *, next);
+FIELD_AT(mub_btreed_node, 24, uint64_t, value);
+SIZE_IS(mub_btreed_node, 32);
+
+FIELD_AT(mub_btreed_entry, 0, uint32_t, key);
+FIELD_AT(mub_btreed_entry, 4, int16_t, level);
+FIELD_AT(mub_btreed_entry, 8, mub_btreed_entry *, parent);
+FIELD_AT(mub_btreed_entry, 16, mub_arrays, children);
+SIZE_IS(mub_btreed_entry, 56);
+
+FIELD_AT(mub_btreed, 0, mub_btreed_entry, root);
+FIELD_AT(mub_btreed, 56, int64_t, count);
+FIELD_AT(mub_btreed, 64, mub_pool *, entry_pool);
+FIELD_AT(mub_btreed, 72, uint16_t, owns_entry_pool);
+FIELD_AT(mub_btreed, 80, mub_pool *, node_pool);
+FIELD_AT(mub_btreed, 88, uint16_t, owns_node_pool);
+FIELD_AT(mub_btreed, 96, mub_pool *, value_pool);
+FIELD_AT(mub_btreed, 104, uint16_t, owns_value_pool);
+FIELD_AT(mub_btreed, 108, uint32_t, key_type);
+SIZE_IS(mub_btreed, 112);
+
+FIELD_AT(mub_btreex_node, 0, uint64_t, key);
+FIELD_AT(mub_btreex_node, 8, mub_btreex_node *, prev);
+FIELD_AT(mub_btreex_node, 16, mub_btreex_node *, next);
+FIELD_AT(mub_btreex_node, 24, uint64_t, value);
+SIZE_IS(mub_btreex_node, 32);
+
+FIELD_AT(mub_btreex_entry, 0, uint64_t, key);
+FIELD_AT(mub_btreex_entry, 8, int16_t, level);
+FIELD_AT(mub_btreex_entry, 16, mub_btreex_entry *, parent);
+FIELD_AT(mub_btreex_entry, 24, mub_arrays, children);
+SIZE_IS(mub_btreex_entry, 64);
+
+FIELD_AT(mub_btreex, 0, mub_btreex_entry, root);
+FIELD_AT(mub_btreex, 64, int64_t, count);
+FIELD_AT(mub_btreex, 72, mub_pool *, entry_pool);
+FIELD_AT(mub_btreex, 80, uint16_t, owns_entry_pool);
+FIELD_AT(mub_btreex, 88, mub_pool *, node_pool);
+FIELD_AT(mub_btreex, 96, uint16_t, owns_node_pool);
+FIELD_AT(mub_btreex, 104, mub_pool *, value_pool);
+FIELD_AT(mub_btreex, 112, uint16_t, owns_value_pool);
+FIELD_AT(mub_btreex, 116, uint32_t, key_type);
+SIZE_IS(mub_btreex, 120);
+
 static int failures = 0;
 
 static void expect(int holds, const char *claim) {

@@ -1,0 +1,262 @@
+// The engine of the B-trees: B+-trees of order 32 on pooled blocks.
+//
+//   tree ── root (Entry, embedded)          level 2
+//             children.items ──► [0] [1] … ──► Entry         level 1
+//                                               children.items ──► [0] [1] … ──► Entry (leaf)    level 0
+//                                                                                 children.items ──► [0] [1] …
+//                                                                                                     │   │
+//           Record (a key and its value)                                                              ▼   ▼
+//             prev, next: the chain of all records                                              Record ⇄ Record
+//
+// What is called an entry is a node of the tree; what the public names call a node is a record here.
+//
+// Invariants:
+//   1. Children of an entry of level L are entries of level L - 1, of a leaf (level 0) records. An entry other than the
+//      root has a child; the root may be an empty leaf.
+//   2. The parent of an entry is the one that has it as a child; the root has none.
+//   3. The key of an entry other than the root is that of its last child. It refers to the same key bytes. The root's
+//      is, too, but its offset is not mended by removals: it is compared when names are set, and not searched.
+//   4. The keys of the records ascend from leaf to leaf; no two are equal.
+//   5. An entry has at most 31 children, but for one whose split found no memory.
+//   6. `count` is the number of records.
+//   7. Without removals since the tree was empty, and unless it is a clone, `prev` and `next` are the neighbours in key
+//      order. Otherwise a link may lead anywhere, and nothing follows it.
+//   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is the entry
+//      pool. Live blocks of owned pools are the tree's and what the caller took there; a record on a free stack has no
+//      key (0, 0).
+//   9. The tail of the root's table of children holds where the last step of a walk stood: a leaf of the tree, or 0,
+//      and an index, which is checked before use. It is forgotten when a leaf may go or move.
+//
+// A kind of key takes part with a policy:
+//   Tree, Entry, Record, Key            the records, and a key as it is passed
+//   with_order(tree, key, use)          calls `use` with an order: order(child) compares the key of an entry or a
+//                                       record with the searched key
+//   key_of(tree, record)                the key of a record, as it is passed
+//   has_name(tree, entry, child)        whether the entry has the key of the child
+//   copy_key(entry, child)              gives it that key
+//   store_key(tree, record, key)        gives a new record its key; false when there is no room
+//   forget_key(entry or record)         makes the key 0
+//   cut_key(tree, record)               forgets the key of a record that is no longer in its leaf, and cuts its bytes out
+//   init_keys, clear_keys, term_keys, swap_keys, clone_keys    the key storage of the whole tree
+#ifndef MUB_BTREE_BPLUS_TREE_H
+#define MUB_BTREE_BPLUS_TREE_H
+
+#include <cstdint>
+#include <utility>
+
+#include "arrays/slot_table.h"
+#include "btree/bplus_entries.h"
+#include "btree/node_search.h"
+#include "btree/tree_walk.h"
+#include "core/pool.h"
+#include "core/value_pool.h"
+#include "mub_btree.h"
+
+namespace mub::bplus {
+
+// ---- places of records
+
+// Where a key is, or where it belongs.
+template <class Kind>
+struct Place {
+  EntryOf<Kind> *leaf;
+  Spot spot;
+
+  RecordOf<Kind> *record() const { return spot.found ? record_at<Kind>(*leaf, spot.index) : nullptr; }
+};
+
+template <class Kind, class Order>
+Place<Kind> locate_below(const EntryOf<Kind> &from, const Order &order) {
+  const EntryOf<Kind> *leaf = &from;
+  const Spot spot = descend<RecordOf<Kind>>(leaf, order);
+  return {const_cast<EntryOf<Kind> *>(leaf), spot};
+}
+
+template <class Kind>
+Place<Kind> locate(const TreeOf<Kind> &tree, const EntryOf<Kind> &from, KeyOf<Kind> key) {
+  return Kind::with_order(tree, key, [&](const auto &order) { return locate_below<Kind>(from, order); });
+}
+
+// For insertions: keys that come in ascending order go behind the last one without a search.
+template <class Kind>
+Place<Kind> locate_new(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
+  return Kind::with_order(tree, key, [&](const auto &order) -> Place<Kind> {
+    EntryOf<Kind> *leaf = last_leaf(tree.root);
+    const int64_t count = leaf->children.count;
+    if (count > 0 && order(*record_at<Kind>(*leaf, count - 1)) < 0) return {leaf, {count, false}};
+    return locate_below<Kind>(tree.root, order);
+  });
+}
+
+// ---- insertion
+
+// Links a record between its neighbours, which are taken from the leaves: links may be stale.
+template <class Kind>
+void set_next(EntryOf<Kind> &leaf, int64_t index) {
+  using Record = RecordOf<Kind>;
+  const int64_t count = leaf.children.count;
+  if (count < 2) return;
+  const auto last_of = [](const EntryOf<Kind> *entry) -> Record * {
+    return entry == nullptr ? nullptr : record_at<Kind>(*entry, entry->children.count - 1);
+  };
+  const auto first_of = [](const EntryOf<Kind> *entry) -> Record * {
+    return entry == nullptr ? nullptr : record_at<Kind>(*entry, 0);
+  };
+  Record *record = record_at<Kind>(leaf, index);
+  Record *prev = index > 0 ? record_at<Kind>(leaf, index - 1) : last_of(previous_leaf(leaf));
+  Record *next = index < count - 1 ? record_at<Kind>(leaf, index + 1) : first_of(next_leaf(leaf));
+  record->prev = prev;
+  record->next = next;
+  if (prev != nullptr) prev->next = record;
+  if (next != nullptr) next->prev = record;
+}
+
+// A block of the node pool with the key; nullptr when either cannot be had.
+template <class Kind>
+RecordOf<Kind> *record_new(TreeOf<Kind> &tree, KeyOf<Kind> key) {
+  auto *record = static_cast<RecordOf<Kind> *>(pool::take(tree.node_pool));
+  if (record == nullptr) return nullptr;
+  *record = {};
+  if (Kind::store_key(tree, *record, key)) return record;
+  pool::give(tree.node_pool, record);
+  return nullptr;
+}
+
+// Finds the record of a key or makes it; nullptr when it can be neither.
+template <class Kind>
+RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Kind> key, bool &inserted) {
+  inserted = false;
+  if (place.spot.found) return place.record();
+  EntryOf<Kind> &leaf = *place.leaf;
+  leaf.children.pool = tree.node_pool;
+  if (!slots::expand(leaf.children, leaf.children.count + 1)) return nullptr;
+  RecordOf<Kind> *record = record_new<Kind>(tree, key);
+  if (record == nullptr) return nullptr;
+  insert_child(leaf.children, place.spot.index, record);
+  ++tree.count;
+  // Elsewhere the name is right, but for the root's, which is compared every time.
+  if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name<Kind>(tree, leaf);
+  set_next<Kind>(leaf, place.spot.index);
+  if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
+  inserted = true;
+  return record;
+}
+
+template <class Kind>
+RecordOf<Kind> *insert(TreeOf<Kind> &tree, KeyOf<Kind> key, bool &inserted) {
+  return insert_at<Kind>(tree, locate_new<Kind>(tree, key), key, inserted);
+}
+
+template <class Kind>
+int node_set(TreeOf<Kind> &tree, KeyOf<Kind> key, RecordOf<Kind> *&record_out) {
+  bool inserted;
+  record_out = insert<Kind>(tree, key, inserted);
+  return inserted ? 1 : 0;
+}
+
+// The same for a leaf that is known.
+template <class Kind>
+int node_set_in(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, RecordOf<Kind> *&record_out) {
+  bool inserted;
+  record_out = insert_at<Kind>(tree, locate<Kind>(tree, leaf, key), key, inserted);
+  return inserted ? 1 : 0;
+}
+
+template <class Kind>
+int insert_value(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t value) {
+  bool inserted;
+  RecordOf<Kind> *record = insert<Kind>(tree, key, inserted);
+  if (inserted) record->value = value;
+  return inserted ? 1 : 0;
+}
+
+template <class Kind>
+int set(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t &value_out, mub_init_fn init) {
+  value_out = 0;
+  bool inserted;
+  RecordOf<Kind> *record = insert<Kind>(tree, key, inserted);
+  if (record == nullptr) return 0;
+  if (inserted) {
+    record->value = word_of(pool::take(tree.value_pool));
+    initialise(record->value, init);
+  }
+  value_out = record->value;
+  return inserted ? 1 : 0;
+}
+
+// ---- one key
+
+template <class Kind>
+RecordOf<Kind> *find(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
+  return locate<Kind>(tree, tree.root, key).record();
+}
+
+template <class Kind>
+RecordOf<Kind> *find_nearest(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
+  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
+  const int64_t index = nearest(place.spot, place.leaf->children.count);
+  return index < 0 ? nullptr : record_at<Kind>(*place.leaf, index);
+}
+
+template <class Kind>
+uint64_t get(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
+  const RecordOf<Kind> *record = find<Kind>(tree, key);
+  return record == nullptr ? 0 : record->value;
+}
+
+template <class Kind>
+uint64_t update(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t value) {
+  RecordOf<Kind> *record = find<Kind>(tree, key);
+  return record == nullptr ? 0 : std::exchange(record->value, value);
+}
+
+// ---- removal
+
+// The uppermost of the entries that go with `entry`: parents that have no other child.
+template <class Entry>
+Entry *top_of_removal(Entry &entry) {
+  Entry *top = &entry;
+  while (top->parent != nullptr && top->parent->children.count < 2) top = top->parent;
+  return top;
+}
+
+template <class Kind>
+void remove_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
+  EntryOf<Kind> *top = top_of_removal(entry);
+  if (&entry == &tree.root) return;
+  forget_walk(tree);
+  if (top == &tree.root) {
+    top = entry_at(*top, 0);
+    tree.root.children.count = 0;
+    tree.root.level = 0;
+    tree.root.children.pool = tree.node_pool;
+  } else {
+    slots::remove_at(top->parent->children, position(top->parent->children, top));
+    set_name<Kind>(tree, *top->parent);
+  }
+  while (top != &entry) {
+    EntryOf<Kind> *below = entry_at(*top, 0);
+    return_entry<Kind>(tree, *top);
+    top = below;
+  }
+  return_entry<Kind>(tree, entry);
+}
+
+template <class Kind>
+uint64_t remove(TreeOf<Kind> &tree, KeyOf<Kind> key) {
+  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
+  RecordOf<Kind> *record = place.record();
+  if (record == nullptr) return 0;
+  const uint64_t value = record->value;
+  slots::remove_at(place.leaf->children, place.spot.index);
+  set_name<Kind>(tree, *place.leaf);
+  if (place.leaf->children.count == 0) remove_entry<Kind>(tree, *place.leaf);
+  Kind::cut_key(tree, *record);
+  pool::give(tree.node_pool, record);
+  --tree.count;
+  return value;
+}
+
+}  // namespace mub::bplus
+
+#endif

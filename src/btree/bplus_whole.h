@@ -1,0 +1,171 @@
+// Whole B-trees: their beginning, emptying, end and exchange.
+#ifndef MUB_BTREE_BPLUS_WHOLE_H
+#define MUB_BTREE_BPLUS_WHOLE_H
+
+#include <cstring>
+#include <utility>
+
+#include "btree/bplus_tree.h"
+
+namespace mub::bplus {
+
+inline void create_pool(mub_pool *&pool, uint16_t &owned, int64_t block_size) {
+  pool = pool::create(block_size);
+  owned = pool != nullptr ? 1 : 0;
+}
+
+template <class Kind>
+void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_value_pool) {
+  std::memset(&tree, 0, sizeof tree);  // padding included, so that two new records are equal as bytes
+  entry_init(tree.root);
+  if (own_entry_pool) create_pool(tree.entry_pool, tree.owns_entry_pool, sizeof(EntryOf<Kind>));
+  if (own_node_pool) create_pool(tree.node_pool, tree.owns_node_pool, sizeof(RecordOf<Kind>));
+  if (own_value_pool) create_pool(tree.value_pool, tree.owns_value_pool, 0);
+  tree.root.children.pool = tree.node_pool;
+  Kind::init_keys(tree);
+}
+
+// ---- emptying
+
+// Releases every table of children from `top` down; `part_with` gets every record first. What lies in owned pools goes
+// with them.
+template <class Kind, class PartWith>
+void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with) {
+  forget_walk(tree);
+  const auto give_records = [&](const EntryOf<Kind> &leaf) {
+    for (int64_t i = 0; i < leaf.children.count; ++i) {
+      RecordOf<Kind> *record = record_at<Kind>(leaf, i);
+      part_with(*record);
+      if (tree.owns_node_pool == 0) pool::give(tree.node_pool, record);
+    }
+  };
+  for_each_from_below(top, [&](EntryOf<Kind> &entry) {
+    if (entry.level < 1) give_records(entry);
+    slots::release_table(entry.children);
+    if (&entry != &top && tree.owns_entry_pool == 0) pool::give(tree.entry_pool, &entry);
+  });
+}
+
+// Whether the chunks of an entry pool of its own hold the tree's entries and nothing else, nor ever did.
+template <class Kind>
+bool entries_fill_pool(const TreeOf<Kind> &tree) {
+  if (tree.owns_entry_pool == 0) return false;
+  int64_t entries = 0;
+  for (const EntryOf<Kind> *entry = &tree.root; entry != nullptr && entry->level > 0;
+       entry = next_from_above(*entry, tree.root, false)) {
+    entries += entry->children.count;
+  }
+  return pool::holds_only<EntryOf<Kind>>(tree.entry_pool, 1, entries) &&
+         pool::blocks_ever_taken(*tree.entry_pool) == entries;
+}
+
+// Tables in the order of memory: faster than along the tree, where each is a miss of the cache.
+template <class Kind>
+void release_tables(TreeOf<Kind> &tree) {
+  forget_walk(tree);
+  pool::for_each_block<EntryOf<Kind>>(*tree.entry_pool,
+                                      [](EntryOf<Kind> &entry) { slots::release_table(entry.children); });
+  slots::release_table(tree.root.children);
+}
+
+template <class Kind>
+void remove_all_entry(TreeOf<Kind> &tree, EntryOf<Kind> &top) {
+  empty_from<Kind>(tree, top, [](const RecordOf<Kind> &) {});
+}
+
+template <class Kind>
+void free_all_entry(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_it) {
+  empty_from<Kind>(tree, top, [&](const RecordOf<Kind> &record) {
+    release_value(tree.value_pool, tree.owns_value_pool, record.value, release_it);
+  });
+}
+
+template <class Tree>
+void empty_owned_pools(Tree &tree) {
+  if (tree.owns_entry_pool != 0) pool::empty(*tree.entry_pool);
+  if (tree.owns_node_pool != 0) pool::empty(*tree.node_pool);
+  if (tree.owns_value_pool != 0) pool::empty(*tree.value_pool);
+}
+
+template <class Kind>
+void reset(TreeOf<Kind> &tree) {
+  Kind::forget_key(tree.root);
+  tree.root.level = 0;
+  tree.root.parent = nullptr;
+  tree.root.children.pool = tree.node_pool;
+  tree.count = 0;
+}
+
+// Empties the tree without a look at its values.
+template <class Kind>
+void remove_all_below_root(TreeOf<Kind> &tree) {
+  if (tree.owns_node_pool != 0 && entries_fill_pool<Kind>(tree)) {
+    release_tables<Kind>(tree);
+  } else {
+    remove_all_entry<Kind>(tree, tree.root);
+  }
+}
+
+template <class Kind>
+void remove_all(TreeOf<Kind> &tree) {
+  remove_all_below_root<Kind>(tree);
+  Kind::clear_keys(tree);
+  empty_owned_pools(tree);
+  reset<Kind>(tree);
+}
+
+template <class Kind>
+void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
+  const bool returns_values = tree.owns_value_pool == 0 && tree.value_pool != nullptr;
+  if (release_it != nullptr || returns_values) {
+    free_all_entry<Kind>(tree, tree.root, release_it);
+  } else {
+    remove_all_below_root<Kind>(tree);
+  }
+  Kind::term_keys(tree);
+  empty_owned_pools(tree);
+  reset<Kind>(tree);
+}
+
+template <class Kind>
+void term(TreeOf<Kind> &tree) {
+  remove_all_below_root<Kind>(tree);
+  Kind::term_keys(tree);
+  pool::destroy_owned(tree.entry_pool, tree.owns_entry_pool);
+  pool::destroy_owned(tree.node_pool, tree.owns_node_pool);
+  pool::destroy_owned(tree.value_pool, tree.owns_value_pool);
+  reset<Kind>(tree);
+}
+
+// ---- exchange
+
+template <class Kind>
+void swap_roots(EntryOf<Kind> &a, EntryOf<Kind> &b) {
+  slots::swap(a.children, b.children);
+  EntryOf<Kind> key_of_a = {};
+  Kind::copy_key(key_of_a, a);
+  Kind::copy_key(a, b);
+  Kind::copy_key(b, key_of_a);
+  std::swap(a.level, b.level);
+  set_parent(a);
+  set_parent(b);
+}
+
+template <class Kind>
+void swap(TreeOf<Kind> &a, TreeOf<Kind> &b) {
+  swap_roots<Kind>(a.root, b.root);
+  Kind::swap_keys(a, b);
+  std::swap(a.count, b.count);
+  std::swap(a.entry_pool, b.entry_pool);
+  std::swap(a.owns_entry_pool, b.owns_entry_pool);
+  std::swap(a.node_pool, b.node_pool);
+  std::swap(a.owns_node_pool, b.owns_node_pool);
+  std::swap(a.value_pool, b.value_pool);
+  std::swap(a.owns_value_pool, b.owns_value_pool);
+  set_pool(a, a.root);
+  set_pool(b, b.root);
+}
+
+}  // namespace mub::bplus
+
+#endif

@@ -1,0 +1,290 @@
+#include <cstddef>
+
+#include "arrays/byte_keys.h"
+#include "btree/bplus_clone.h"
+#include "btree/bplus_whole.h"
+#include "btree/record_walk.h"
+#include "core/bytes.h"
+#include "core/key_store.h"
+
+namespace mub {
+namespace {
+
+static_assert(sizeof(mub_btree_node) == 32 && offsetof(mub_btree_node, key_length) == 4);
+static_assert(offsetof(mub_btree_node, prev) == 8 && offsetof(mub_btree_node, next) == 16 &&
+              offsetof(mub_btree_node, value) == 24);
+static_assert(sizeof(mub_btree_entry) == 64 && offsetof(mub_btree_entry, key_length) == 4);
+static_assert(offsetof(mub_btree_entry, level) == 8 && offsetof(mub_btree_entry, parent) == 16 &&
+              offsetof(mub_btree_entry, children) == 24);
+static_assert(sizeof(mub_btree) == 144 && offsetof(mub_btree, count) == 64 &&
+              offsetof(mub_btree, keys) == 72);
+static_assert(offsetof(mub_btree, entry_pool) == 96 && offsetof(mub_btree, owns_entry_pool) == 104);
+static_assert(offsetof(mub_btree, node_pool) == 112 && offsetof(mub_btree, owns_node_pool) == 120);
+static_assert(offsetof(mub_btree, value_pool) == 128 && offsetof(mub_btree, owns_value_pool) == 136);
+static_assert(offsetof(mub_btree, nocase) == 138);
+
+// Byte-string keys in the tree's key stream.
+struct ByteKeys {
+  using Tree = mub_btree;
+  using Entry = mub_btree_entry;
+  using Record = mub_btree_node;
+  using Key = ByteKey;
+
+  template <bool kFoldsCase>
+  struct Order {
+    static constexpr bool kByQuarters = false;
+    template <class Child>
+    int operator()(const Child &child) const {
+      const uint8_t *own = data + child.key_offset;
+      if constexpr (kFoldsCase) return bytes::icompare(own, child.key_length, key.bytes, key.length);
+      return bytes::order(own, child.key_length, key.bytes, key.length);
+    }
+    const uint8_t *data;
+    Key key;
+  };
+
+  template <class Use>
+  static auto with_order(const Tree &tree, Key key, Use use) {
+    if (tree.nocase != 0) return use(Order<true>{tree.keys.data, key});
+    return use(Order<false>{tree.keys.data, key});
+  }
+
+  template <class Item>
+  static Key key_of(const Tree &tree, const Item &item) {
+    return {tree.keys.data + item.key_offset, item.key_length};
+  }
+
+  template <class Item>
+  static int compare(const Tree &tree, const Item &item, Key key) {
+    const Key own = key_of(tree, item);
+    return tree.nocase != 0 ? bytes::icompare(own.bytes, own.length, key.bytes, key.length)
+                            : bytes::compare(own.bytes, own.length, key.bytes, key.length);
+  }
+
+  // Different keys have different bytes; only the root's offset may name the same key at another place. It then lies
+  // within the capacity of the stream, where it once was right.
+  template <class Child>
+  static bool has_name(const Tree &tree, const Entry &entry, const Child &child) {
+    if (entry.key_offset == child.key_offset && entry.key_length == child.key_length) return true;
+    return entry.parent == nullptr && compare(tree, entry, key_of(tree, child)) == 0;
+  }
+  template <class Child>
+  static void copy_key(Entry &entry, const Child &child) {
+    entry.key_offset = child.key_offset;
+    entry.key_length = child.key_length;
+  }
+
+  static bool store_key(Tree &tree, Record &record, Key key) {
+    const int64_t offset = tree.keys.length;
+    if (!keys::append(tree.keys, key.bytes, key.length)) return false;
+    record.key_offset = static_cast<uint32_t>(offset);
+    record.key_length = static_cast<uint32_t>(tree.keys.length - offset);
+    return true;
+  }
+  template <class Item>
+  static void forget_key(Item &item) {
+    item.key_offset = 0;
+    item.key_length = 0;
+  }
+
+  static void cut_key(Tree &tree, Record &record) {
+    const uint32_t offset = record.key_offset;
+    const uint32_t length = record.key_length;
+    forget_key(record);
+    if (length == 0) return;
+    keys::erase(tree.keys, offset, length);
+    lower_offsets(tree, tree.root, offset, length);
+  }
+
+  static void init_keys(Tree &) {}
+  static void clear_keys(Tree &tree) { buffer::shrink(tree.keys, 0); }
+  static void term_keys(Tree &tree) { buffer::term(tree.keys); }
+  static void swap_keys(Tree &a, Tree &b) { buffer::swap(a.keys, b.keys); }
+  static bool clone_keys(const Tree &source, Tree &copy) { return buffer::clone(source.keys, copy.keys); }
+
+  static void lower_offsets(Tree &tree, Entry &top, uint32_t offset, uint32_t length);
+};
+
+void ByteKeys::lower_offsets(Tree &tree, Entry &top, uint32_t offset, uint32_t length) {
+  const auto lower = [=](auto &item) {
+    if (keys::moves_down(item.key_offset, item.key_length, offset)) item.key_offset -= length;
+  };
+  for (Entry *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
+    if (entry->level < 1) break;
+    for (int64_t i = 0; i < entry->children.count; ++i) lower(*bplus::entry_at(*entry, i));
+  }
+  if (&top == &tree.root && pool::holds_only<Record>(tree.node_pool, tree.owns_node_pool, tree.count)) {
+    pool::for_each_block<Record>(*tree.node_pool, lower);
+    return;
+  }
+  const Entry *last = bplus::last_leaf(top);
+  for (const Entry *leaf = bplus::first_leaf(top);; leaf = bplus::next_leaf(*leaf)) {
+    for (int64_t i = 0; i < leaf->children.count; ++i) lower(*bplus::record_at<ByteKeys>(*leaf, i));
+    if (leaf == last) return;
+  }
+}
+
+}  // namespace
+}  // namespace mub
+
+using namespace mub;
+
+extern "C" {
+
+mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_node_pool, int own_value_pool) {
+  bplus::init<ByteKeys>(*tree, own_entry_pool != 0, own_node_pool != 0, own_value_pool != 0);
+  return tree;
+}
+
+mub_btree *mub_btree_term(mub_btree *tree) {
+  bplus::term<ByteKeys>(*tree);
+  return tree;
+}
+
+int mub_btree_insert(mub_btree *tree, const void *key, int64_t length, uint64_t value) {
+  return bplus::insert_value<ByteKeys>(*tree, measured_key(key, length), value);
+}
+
+int mub_btree_set(mub_btree *tree, const void *key, int64_t length, uint64_t *value_out, mub_init_fn init) {
+  return bplus::set<ByteKeys>(*tree, measured_key(key, length), *value_out, init);
+}
+
+uint64_t mub_btree_get(const mub_btree *tree, const void *key, int64_t length) {
+  return bplus::get<ByteKeys>(*tree, measured_key(key, length));
+}
+
+uint64_t mub_btree_update(mub_btree *tree, const void *key, int64_t length, uint64_t value) {
+  return bplus::update<ByteKeys>(*tree, measured_key(key, length), value);
+}
+
+int mub_btree_find(const mub_btree *tree, const void *key, int64_t length) {
+  return bplus::find<ByteKeys>(*tree, measured_key(key, length)) != nullptr ? 1 : 0;
+}
+
+uint64_t mub_btree_remove(mub_btree *tree, const void *key, int64_t length) {
+  return bplus::remove<ByteKeys>(*tree, measured_key(key, length));
+}
+
+mub_btree *mub_btree_remove_all(mub_btree *tree) {
+  bplus::remove_all<ByteKeys>(*tree);
+  return tree;
+}
+
+mub_btree *mub_btree_free_all(mub_btree *tree, mub_free_fn release) {
+  bplus::free_all<ByteKeys>(*tree, release);
+  return tree;
+}
+
+int mub_btree_node_set(mub_btree *tree, const void *key, int64_t length, mub_btree_node **node_out) {
+  return bplus::node_set<ByteKeys>(*tree, measured_key(key, length), *node_out);
+}
+
+mub_btree_node *mub_btree_node_get(const mub_btree *tree, const void *key, int64_t length) {
+  return bplus::find<ByteKeys>(*tree, measured_key(key, length));
+}
+
+mub_btree_node *mub_btree_node_find(const mub_btree *tree, const void *key, int64_t length) {
+  return bplus::find<ByteKeys>(*tree, measured_key(key, length));
+}
+
+mub_btree_node *mub_btree_node_bfind(const mub_btree *tree, const void *key, int64_t length) {
+  return bplus::find_nearest<ByteKeys>(*tree, measured_key(key, length));
+}
+
+mub_btree_node *mub_btree_node_first(const mub_btree *tree) { return bplus::first_record<ByteKeys>(*tree); }
+
+mub_btree_node *mub_btree_node_last(const mub_btree *tree) { return bplus::last_record<ByteKeys>(*tree); }
+
+mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btree_node *node) {
+  return bplus::step<ByteKeys, 1>(*tree, *node);
+}
+
+mub_btree_node *mub_btree_node_prev(const mub_btree *tree, const mub_btree_node *node) {
+  return bplus::step<ByteKeys, -1>(*tree, *node);
+}
+
+mub_btree_entry *mub_btree_first_entry(const mub_btree_entry *entry) { return bplus::first_leaf(*entry); }
+
+mub_btree_entry *mub_btree_last_entry(const mub_btree_entry *entry) { return bplus::last_leaf(*entry); }
+
+void mub_btree_swap(mub_btree *a, mub_btree *b) { bplus::swap<ByteKeys>(*a, *b); }
+
+int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub_btree *destination,
+                        mub_pool *destination_user_pool, mub_clone_fn callback) {
+  return bplus::clone<ByteKeys>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+void mub_btree_entry_init(mub_btree_entry *entry) { bplus::entry_init(*entry); }
+
+mub_btree_entry *mub_btree_entry_new(mub_btree *tree, int level) {
+  return bplus::entry_new<ByteKeys>(*tree, level);
+}
+
+void mub_btree_node_init(mub_btree_node *node) { *node = {}; }
+
+int mub_btree_entry_compare(const mub_btree *tree, const mub_btree_entry *entry, const void *key,
+                            int64_t length) {
+  return ByteKeys::compare(*tree, *entry, raw_key(key, length));
+}
+
+int mub_btree_entrys_compare(const mub_btree *tree, const mub_btree_entry *a, const mub_btree_entry *b,
+                             int64_t) {
+  return ByteKeys::compare(*tree, *a, ByteKeys::key_of(*tree, *b));
+}
+
+int mub_btree_node_compare(const mub_btree *tree, const mub_btree_node *node, const void *key,
+                           int64_t length) {
+  return ByteKeys::compare(*tree, *node, raw_key(key, length));
+}
+
+void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry) {
+  bplus::set_name<ByteKeys>(*tree, *entry);
+}
+
+void mub_btree_set_parent(mub_btree_entry *entry) { bplus::set_parent(*entry); }
+
+void mub_btree_set_next(mub_btree_entry *leaf, int64_t index) { bplus::set_next<ByteKeys>(*leaf, index); }
+
+void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry) { bplus::set_pool(*tree, *entry); }
+
+mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry) {
+  return bplus::split_off<ByteKeys>(*tree, *entry);
+}
+
+mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *entry) {
+  return bplus::split_off<ByteKeys>(*tree, *entry);
+}
+
+void mub_btree_split(mub_btree *tree, mub_btree_entry *entry) { bplus::split<ByteKeys>(*tree, *entry); }
+
+mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree_entry *entry, const void *key,
+                                  int64_t length) {
+  return bplus::locate<ByteKeys>(*tree, *entry, measured_key(key, length)).leaf;
+}
+
+int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const void *key, int64_t length,
+                       mub_btree_node **node_out) {
+  return bplus::node_set_in<ByteKeys>(*tree, *leaf, measured_key(key, length), *node_out);
+}
+
+void mub_btree_adjust_t(mub_btree *tree, mub_btree_entry *entry, uint32_t offset, uint32_t length) {
+  ByteKeys::lower_offsets(*tree, *entry, offset, length);
+}
+
+void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry) {
+  bplus::remove_entry<ByteKeys>(*tree, *entry);
+}
+
+void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry) {
+  bplus::remove_all_entry<ByteKeys>(*tree, *entry);
+}
+
+void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, mub_free_fn release) {
+  bplus::free_all_entry<ByteKeys>(*tree, *entry, release);
+}
+
+int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry *source_entry,
+                          mub_btree *destination, mub_btree_entry *destination_entry) {
+  return bplus::clone_entry<ByteKeys>(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+}
+}

@@ -1,0 +1,178 @@
+#include <cstddef>
+
+#include "btree/bplus_clone.h"
+#include "btree/bplus_whole.h"
+#include "btree/number_keys.h"
+#include "btree/record_walk.h"
+
+namespace mub {
+namespace {
+
+using Keys = bplus::NumberKeys<mub_btreed, mub_btreed_entry, mub_btreed_node, bplus::Numbers32>;
+
+static_assert(sizeof(mub_btreed_node) == 32 && offsetof(mub_btreed_node, key) == 0);
+static_assert(offsetof(mub_btreed_node, prev) == 8 && offsetof(mub_btreed_node, next) == 16 &&
+              offsetof(mub_btreed_node, value) == 24);
+static_assert(sizeof(mub_btreed_entry) == 56 && offsetof(mub_btreed_entry, level) == 4);
+static_assert(offsetof(mub_btreed_entry, parent) == 8 && offsetof(mub_btreed_entry, children) == 16);
+static_assert(sizeof(mub_btreed) == 112 && offsetof(mub_btreed, count) == 56);
+static_assert(offsetof(mub_btreed, entry_pool) == 64 && offsetof(mub_btreed, owns_entry_pool) == 72);
+static_assert(offsetof(mub_btreed, node_pool) == 80 && offsetof(mub_btreed, owns_node_pool) == 88);
+static_assert(offsetof(mub_btreed, value_pool) == 96 && offsetof(mub_btreed, owns_value_pool) == 104);
+static_assert(offsetof(mub_btreed, key_type) == 108);
+
+}  // namespace
+}  // namespace mub
+
+using namespace mub;
+
+extern "C" {
+
+mub_btreed *mub_btreed_init(mub_btreed *tree, int own_entry_pool, int own_node_pool, int own_value_pool) {
+  bplus::init<Keys>(*tree, own_entry_pool != 0, own_node_pool != 0, own_value_pool != 0);
+  return tree;
+}
+
+mub_btreed *mub_btreed_term(mub_btreed *tree) {
+  bplus::term<Keys>(*tree);
+  return tree;
+}
+
+int mub_btreed_insert(mub_btreed *tree, uint32_t key, uint64_t value) {
+  return bplus::insert_value<Keys>(*tree, key, value);
+}
+
+int mub_btreed_set(mub_btreed *tree, uint32_t key, uint64_t *value_out, mub_init_fn init) {
+  return bplus::set<Keys>(*tree, key, *value_out, init);
+}
+
+uint64_t mub_btreed_get(const mub_btreed *tree, uint32_t key) { return bplus::get<Keys>(*tree, key); }
+
+uint64_t mub_btreed_update(mub_btreed *tree, uint32_t key, uint64_t value) {
+  return bplus::update<Keys>(*tree, key, value);
+}
+
+int mub_btreed_find(const mub_btreed *tree, uint32_t key) {
+  return bplus::find<Keys>(*tree, key) != nullptr ? 1 : 0;
+}
+
+uint64_t mub_btreed_remove(mub_btreed *tree, uint32_t key) { return bplus::remove<Keys>(*tree, key); }
+
+mub_btreed *mub_btreed_remove_all(mub_btreed *tree) {
+  bplus::remove_all<Keys>(*tree);
+  return tree;
+}
+
+mub_btreed *mub_btreed_free_all(mub_btreed *tree, mub_free_fn release) {
+  bplus::free_all<Keys>(*tree, release);
+  return tree;
+}
+
+int mub_btreed_node_set(mub_btreed *tree, uint32_t key, mub_btreed_node **node_out) {
+  return bplus::node_set<Keys>(*tree, key, *node_out);
+}
+
+mub_btreed_node *mub_btreed_node_get(const mub_btreed *tree, uint32_t key) {
+  return bplus::find<Keys>(*tree, key);
+}
+
+mub_btreed_node *mub_btreed_node_find(const mub_btreed *tree, uint32_t key) {
+  return bplus::find<Keys>(*tree, key);
+}
+
+mub_btreed_node *mub_btreed_node_bfind(const mub_btreed *tree, uint32_t key) {
+  return bplus::find_nearest<Keys>(*tree, key);
+}
+
+mub_btreed_node *mub_btreed_node_first(const mub_btreed *tree) { return bplus::first_record<Keys>(*tree); }
+
+mub_btreed_node *mub_btreed_node_last(const mub_btreed *tree) { return bplus::last_record<Keys>(*tree); }
+
+mub_btreed_node *mub_btreed_node_next(const mub_btreed *tree, const mub_btreed_node *node) {
+  return bplus::step<Keys, 1>(*tree, *node);
+}
+
+mub_btreed_node *mub_btreed_node_prev(const mub_btreed *tree, const mub_btreed_node *node) {
+  return bplus::step<Keys, -1>(*tree, *node);
+}
+
+mub_btreed_entry *mub_btreed_first_entry(const mub_btreed_entry *entry) { return bplus::first_leaf(*entry); }
+
+mub_btreed_entry *mub_btreed_last_entry(const mub_btreed_entry *entry) { return bplus::last_leaf(*entry); }
+
+void mub_btreed_swap(mub_btreed *a, mub_btreed *b) { bplus::swap<Keys>(*a, *b); }
+
+int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user_pool, mub_btreed *destination,
+                         mub_pool *destination_user_pool, mub_clone_fn callback) {
+  return bplus::clone<Keys>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+void mub_btreed_entry_init(mub_btreed_entry *entry) { bplus::entry_init(*entry); }
+
+mub_btreed_entry *mub_btreed_entry_new(mub_btreed *tree, int level) {
+  return bplus::entry_new<Keys>(*tree, level);
+}
+
+void mub_btreed_node_init(mub_btreed_node *node) { *node = {}; }
+
+int mub_btreed_var_compare(const void *a, const void *b, uint32_t key_type) {
+  return Keys::compare(a, b, key_type);
+}
+
+int mub_btreed_entry_compare(const mub_btreed_entry *entry, const void *key, uint32_t key_type) {
+  return Keys::compare(&entry->key, key, key_type);
+}
+
+int mub_btreed_entrys_compare(const mub_btreed_entry *a, const mub_btreed_entry *b, uint32_t key_type) {
+  return Keys::compare(&a->key, &b->key, key_type);
+}
+
+int mub_btreed_node_compare(const mub_btreed_node *node, const void *key, uint32_t key_type) {
+  return Keys::compare(&node->key, key, key_type);
+}
+
+void mub_btreed_set_name(const mub_btreed *tree, mub_btreed_entry *entry) {
+  bplus::set_name<Keys>(*tree, *entry);
+}
+
+void mub_btreed_set_parent(mub_btreed_entry *entry) { bplus::set_parent(*entry); }
+
+void mub_btreed_set_next(mub_btreed_entry *leaf, int64_t index) { bplus::set_next<Keys>(*leaf, index); }
+
+void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry) { bplus::set_pool(*tree, *entry); }
+
+mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_entry *entry) {
+  return bplus::split_off<Keys>(*tree, *entry);
+}
+
+mub_btreed_entry *mub_btreed_split_node(mub_btreed *tree, mub_btreed_entry *entry) {
+  return bplus::split_off<Keys>(*tree, *entry);
+}
+
+void mub_btreed_split(mub_btreed *tree, mub_btreed_entry *entry) { bplus::split<Keys>(*tree, *entry); }
+
+mub_btreed_entry *mub_btreed_find_t(const mub_btreed *tree, const mub_btreed_entry *entry, uint32_t key) {
+  return bplus::locate<Keys>(*tree, *entry, key).leaf;
+}
+
+int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32_t key, mub_btreed_node **node_out) {
+  return bplus::node_set_in<Keys>(*tree, *leaf, key, *node_out);
+}
+
+void mub_btreed_remove_entry_t(mub_btreed *tree, mub_btreed_entry *entry) {
+  bplus::remove_entry<Keys>(*tree, *entry);
+}
+
+void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *entry) {
+  bplus::remove_all_entry<Keys>(*tree, *entry);
+}
+
+void mub_btreed_free_all_entry(mub_btreed *tree, mub_btreed_entry *entry, mub_free_fn release) {
+  bplus::free_all_entry<Keys>(*tree, *entry, release);
+}
+
+int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_entry *source_entry,
+                           mub_btreed *destination, mub_btreed_entry *destination_entry) {
+  return bplus::clone_entry<Keys>(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+}
+}

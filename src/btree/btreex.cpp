@@ -1,0 +1,178 @@
+#include <cstddef>
+
+#include "btree/bplus_clone.h"
+#include "btree/bplus_whole.h"
+#include "btree/number_keys.h"
+#include "btree/record_walk.h"
+
+namespace mub {
+namespace {
+
+using Keys = bplus::NumberKeys<mub_btreex, mub_btreex_entry, mub_btreex_node, bplus::Numbers64>;
+
+static_assert(sizeof(mub_btreex_node) == 32 && offsetof(mub_btreex_node, key) == 0);
+static_assert(offsetof(mub_btreex_node, prev) == 8 && offsetof(mub_btreex_node, next) == 16 &&
+              offsetof(mub_btreex_node, value) == 24);
+static_assert(sizeof(mub_btreex_entry) == 64 && offsetof(mub_btreex_entry, level) == 8);
+static_assert(offsetof(mub_btreex_entry, parent) == 16 && offsetof(mub_btreex_entry, children) == 24);
+static_assert(sizeof(mub_btreex) == 120 && offsetof(mub_btreex, count) == 64);
+static_assert(offsetof(mub_btreex, entry_pool) == 72 && offsetof(mub_btreex, owns_entry_pool) == 80);
+static_assert(offsetof(mub_btreex, node_pool) == 88 && offsetof(mub_btreex, owns_node_pool) == 96);
+static_assert(offsetof(mub_btreex, value_pool) == 104 && offsetof(mub_btreex, owns_value_pool) == 112);
+static_assert(offsetof(mub_btreex, key_type) == 116);
+
+}  // namespace
+}  // namespace mub
+
+using namespace mub;
+
+extern "C" {
+
+mub_btreex *mub_btreex_init(mub_btreex *tree, int own_entry_pool, int own_node_pool, int own_value_pool) {
+  bplus::init<Keys>(*tree, own_entry_pool != 0, own_node_pool != 0, own_value_pool != 0);
+  return tree;
+}
+
+mub_btreex *mub_btreex_term(mub_btreex *tree) {
+  bplus::term<Keys>(*tree);
+  return tree;
+}
+
+int mub_btreex_insert(mub_btreex *tree, uint64_t key, uint64_t value) {
+  return bplus::insert_value<Keys>(*tree, key, value);
+}
+
+int mub_btreex_set(mub_btreex *tree, uint64_t key, uint64_t *value_out, mub_init_fn init) {
+  return bplus::set<Keys>(*tree, key, *value_out, init);
+}
+
+uint64_t mub_btreex_get(const mub_btreex *tree, uint64_t key) { return bplus::get<Keys>(*tree, key); }
+
+uint64_t mub_btreex_update(mub_btreex *tree, uint64_t key, uint64_t value) {
+  return bplus::update<Keys>(*tree, key, value);
+}
+
+int mub_btreex_find(const mub_btreex *tree, uint64_t key) {
+  return bplus::find<Keys>(*tree, key) != nullptr ? 1 : 0;
+}
+
+uint64_t mub_btreex_remove(mub_btreex *tree, uint64_t key) { return bplus::remove<Keys>(*tree, key); }
+
+mub_btreex *mub_btreex_remove_all(mub_btreex *tree) {
+  bplus::remove_all<Keys>(*tree);
+  return tree;
+}
+
+mub_btreex *mub_btreex_free_all(mub_btreex *tree, mub_free_fn release) {
+  bplus::free_all<Keys>(*tree, release);
+  return tree;
+}
+
+int mub_btreex_node_set(mub_btreex *tree, uint64_t key, mub_btreex_node **node_out) {
+  return bplus::node_set<Keys>(*tree, key, *node_out);
+}
+
+mub_btreex_node *mub_btreex_node_get(const mub_btreex *tree, uint64_t key) {
+  return bplus::find<Keys>(*tree, key);
+}
+
+mub_btreex_node *mub_btreex_node_find(const mub_btreex *tree, uint64_t key) {
+  return bplus::find<Keys>(*tree, key);
+}
+
+mub_btreex_node *mub_btreex_node_bfind(const mub_btreex *tree, uint64_t key) {
+  return bplus::find_nearest<Keys>(*tree, key);
+}
+
+mub_btreex_node *mub_btreex_node_first(const mub_btreex *tree) { return bplus::first_record<Keys>(*tree); }
+
+mub_btreex_node *mub_btreex_node_last(const mub_btreex *tree) { return bplus::last_record<Keys>(*tree); }
+
+mub_btreex_node *mub_btreex_node_next(const mub_btreex *tree, const mub_btreex_node *node) {
+  return bplus::step<Keys, 1>(*tree, *node);
+}
+
+mub_btreex_node *mub_btreex_node_prev(const mub_btreex *tree, const mub_btreex_node *node) {
+  return bplus::step<Keys, -1>(*tree, *node);
+}
+
+mub_btreex_entry *mub_btreex_first_entry(const mub_btreex_entry *entry) { return bplus::first_leaf(*entry); }
+
+mub_btreex_entry *mub_btreex_last_entry(const mub_btreex_entry *entry) { return bplus::last_leaf(*entry); }
+
+void mub_btreex_swap(mub_btreex *a, mub_btreex *b) { bplus::swap<Keys>(*a, *b); }
+
+int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user_pool, mub_btreex *destination,
+                         mub_pool *destination_user_pool, mub_clone_fn callback) {
+  return bplus::clone<Keys>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+void mub_btreex_entry_init(mub_btreex_entry *entry) { bplus::entry_init(*entry); }
+
+mub_btreex_entry *mub_btreex_entry_new(mub_btreex *tree, int level) {
+  return bplus::entry_new<Keys>(*tree, level);
+}
+
+void mub_btreex_node_init(mub_btreex_node *node) { *node = {}; }
+
+int mub_btreex_var_compare(const void *a, const void *b, uint32_t key_type) {
+  return Keys::compare(a, b, key_type);
+}
+
+int mub_btreex_entry_compare(const mub_btreex_entry *entry, const void *key, uint32_t key_type) {
+  return Keys::compare(&entry->key, key, key_type);
+}
+
+int mub_btreex_entrys_compare(const mub_btreex_entry *a, const mub_btreex_entry *b, uint32_t key_type) {
+  return Keys::compare(&a->key, &b->key, key_type);
+}
+
+int mub_btreex_node_compare(const mub_btreex_node *node, const void *key, uint32_t key_type) {
+  return Keys::compare(&node->key, key, key_type);
+}
+
+void mub_btreex_set_name(const mub_btreex *tree, mub_btreex_entry *entry) {
+  bplus::set_name<Keys>(*tree, *entry);
+}
+
+void mub_btreex_set_parent(mub_btreex_entry *entry) { bplus::set_parent(*entry); }
+
+void mub_btreex_set_next(mub_btreex_entry *leaf, int64_t index) { bplus::set_next<Keys>(*leaf, index); }
+
+void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry) { bplus::set_pool(*tree, *entry); }
+
+mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_entry *entry) {
+  return bplus::split_off<Keys>(*tree, *entry);
+}
+
+mub_btreex_entry *mub_btreex_split_node(mub_btreex *tree, mub_btreex_entry *entry) {
+  return bplus::split_off<Keys>(*tree, *entry);
+}
+
+void mub_btreex_split(mub_btreex *tree, mub_btreex_entry *entry) { bplus::split<Keys>(*tree, *entry); }
+
+mub_btreex_entry *mub_btreex_find_t(const mub_btreex *tree, const mub_btreex_entry *entry, uint64_t key) {
+  return bplus::locate<Keys>(*tree, *entry, key).leaf;
+}
+
+int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64_t key, mub_btreex_node **node_out) {
+  return bplus::node_set_in<Keys>(*tree, *leaf, key, *node_out);
+}
+
+void mub_btreex_remove_entry_t(mub_btreex *tree, mub_btreex_entry *entry) {
+  bplus::remove_entry<Keys>(*tree, *entry);
+}
+
+void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *entry) {
+  bplus::remove_all_entry<Keys>(*tree, *entry);
+}
+
+void mub_btreex_free_all_entry(mub_btreex *tree, mub_btreex_entry *entry, mub_free_fn release) {
+  bplus::free_all_entry<Keys>(*tree, *entry, release);
+}
+
+int mub_btreex_clone_entry(const mub_btreex *source, const mub_btreex_entry *source_entry,
+                           mub_btreex *destination, mub_btreex_entry *destination_entry) {
+  return bplus::clone_entry<Keys>(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+}
+}

@@ -1,0 +1,143 @@
+// Keys that lie in their records and entries: numbers of one width, whose bits the tree's key_type explains.
+#ifndef MUB_BTREE_NUMBER_KEYS_H
+#define MUB_BTREE_NUMBER_KEYS_H
+
+#include <cstdint>
+#include <type_traits>
+
+#include "core/bytes.h"
+
+namespace mub::bplus {
+
+struct Numbers32 {
+  using Bits = uint32_t;
+  using Float = float;
+  static constexpr uint32_t kSigned = 1;
+  static constexpr uint32_t kUnsigned = 2;
+  static constexpr uint32_t kFloat = 5;
+};
+
+struct Numbers64 {
+  using Bits = uint64_t;
+  using Float = double;
+  static constexpr uint32_t kSigned = 3;
+  static constexpr uint32_t kUnsigned = 4;
+  static constexpr uint32_t kFloat = 6;
+};
+
+// Stored bits against those of a searched key. With the sign bit flipped, signed numbers order as unsigned ones do.
+template <class Bits>
+struct IntegerComparison {
+  static constexpr bool kBranchFree = true;
+  IntegerComparison(Bits searched, Bits to_flip) : flipped_key(searched ^ to_flip), flip(to_flip) {}
+  int operator()(Bits stored) const {
+    const Bits flipped = stored ^ flip;
+    return flipped < flipped_key ? -1 : flipped != flipped_key;
+  }
+
+  Bits flipped_key;
+  Bits flip;
+};
+
+// What is neither less nor greater is equal, and so is what is not a number.
+template <class Float, class Bits>
+struct FloatComparison {
+  static constexpr bool kBranchFree = false;
+  explicit FloatComparison(Bits searched) : key(bytes::load<Float>(&searched)) {}
+  int operator()(Bits bits) const {
+    const auto stored = bytes::load<Float>(&bits);
+    return stored < key ? -1 : stored > key;
+  }
+
+  Float key;
+};
+
+template <class Bits>
+struct AllEqual {
+  static constexpr bool kBranchFree = false;
+  int operator()(Bits) const { return 0; }
+};
+
+template <class Comparison, bool kQuarters>
+struct ChildOrder {
+  static constexpr bool kByQuarters = kQuarters;
+  template <class Child>
+  int operator()(const Child &child) const {
+    return compare(child.key);
+  }
+  const Comparison &compare;
+};
+
+// Records of so many keys stay in a processor's second or third cache.
+constexpr int64_t kCachedKeys = 0x20000;
+
+// Calls `use` with the comparison that a key type stands for; one of an unknown type finds all keys equal.
+template <class Numbers, class Use>
+auto with_comparison(typename Numbers::Bits key, uint32_t key_type, Use use) {
+  using Bits = typename Numbers::Bits;
+  constexpr Bits sign_bit = Bits{1} << (8 * sizeof(Bits) - 1);
+  switch (key_type) {
+    case Numbers::kSigned:
+      return use(IntegerComparison<Bits>(key, sign_bit));
+    case Numbers::kUnsigned:
+      return use(IntegerComparison<Bits>(key, 0));
+    case Numbers::kFloat:
+      return use(FloatComparison<typename Numbers::Float, Bits>(key));
+    default:
+      return use(AllEqual<Bits>());
+  }
+}
+
+template <class TreeRecord, class EntryRecord, class NodeRecord, class Numbers>
+struct NumberKeys {
+  using Tree = TreeRecord;
+  using Entry = EntryRecord;
+  using Record = NodeRecord;
+  using Key = typename Numbers::Bits;
+
+  template <class Use>
+  static auto with_order(const Tree &tree, Key key, Use use) {
+    return with_comparison<Numbers>(key, tree.key_type, [&](const auto &compare) {
+      using Comparison = std::decay_t<decltype(compare)>;
+      if constexpr (Comparison::kBranchFree) {
+        if (tree.count <= kCachedKeys) return use(ChildOrder<Comparison, true>{compare});
+      }
+      return use(ChildOrder<Comparison, false>{compare});
+    });
+  }
+
+  // Both keys may lie anywhere.
+  static int compare(const void *a, const void *b, uint32_t key_type) {
+    return with_comparison<Numbers>(bytes::load<Key>(b), key_type,
+                                    [a](const auto &order) { return order(bytes::load<Key>(a)); });
+  }
+
+  static Key key_of(const Tree &, const Record &record) { return record.key; }
+  template <class Child>
+  static bool has_name(const Tree &, const Entry &entry, const Child &child) {
+    return entry.key == child.key;
+  }
+  template <class Child>
+  static void copy_key(Entry &entry, const Child &child) {
+    entry.key = child.key;
+  }
+  static bool store_key(Tree &, Record &record, Key key) {
+    record.key = key;
+    return true;
+  }
+  template <class Item>
+  static void forget_key(Item &item) {
+    item.key = 0;
+  }
+  static void cut_key(Tree &, Record &record) { forget_key(record); }
+
+  static void init_keys(Tree &tree) { tree.key_type = Numbers::kSigned; }
+  static void clear_keys(Tree &) {}
+  static void term_keys(Tree &) {}
+  static void swap_keys(Tree &, Tree &) {}
+  static bool clone_keys(const Tree &, Tree &) { return true; }
+};
+
+}  // namespace mub::bplus
+
+#endif

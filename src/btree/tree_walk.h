@@ -1,0 +1,132 @@
+// Ways through a B+-tree along its links: children, parents, neighbouring leaves, whole subtrees. Positions among
+// siblings are found by address, so that nothing here compares keys, and nothing recurses.
+#ifndef MUB_BTREE_TREE_WALK_H
+#define MUB_BTREE_TREE_WALK_H
+
+#include <algorithm>
+#include <cstdint>
+
+#include "core/value_pool.h"
+#include "mub_array.h"
+
+namespace mub::bplus {
+
+// How many leaves ahead a walk over all of them fetches.
+constexpr int64_t kPrefetchLeaves = 8;
+
+template <class Child>
+Child *child_at(const mub_arrays &children, int64_t index) {
+  return record_of<Child>(children.items[index]);
+}
+
+template <class Entry>
+Entry *entry_at(const Entry &entry, int64_t index) {
+  return child_at<Entry>(entry.children, index);
+}
+
+// The index of a child; the count when it is none of these.
+inline int64_t position(const mub_arrays &children, const void *child) {
+  return std::find(children.items, children.items + children.count, word_of(child)) - children.items;
+}
+
+template <class Entry>
+bool is_last(const Entry &entry) {
+  const mub_arrays &siblings = entry.parent->children;
+  return siblings.items[siblings.count - 1] == word_of(&entry);
+}
+
+template <class Entry>
+Entry *sibling(const Entry &entry, int64_t distance) {
+  return entry_at(*entry.parent, position(entry.parent->children, &entry) + distance);
+}
+
+template <class Entry>
+Entry *first_leaf(const Entry &entry) {
+  auto *leaf = const_cast<Entry *>(&entry);
+  while (leaf->level > 0 && leaf->children.count > 0) leaf = entry_at(*leaf, 0);
+  return leaf;
+}
+
+template <class Entry>
+Entry *last_leaf(const Entry &entry) {
+  auto *leaf = const_cast<Entry *>(&entry);
+  while (leaf->level > 0 && leaf->children.count > 0) leaf = entry_at(*leaf, leaf->children.count - 1);
+  return leaf;
+}
+
+// The leaf behind another one; nullptr behind the last.
+template <class Entry>
+Entry *next_leaf(const Entry &leaf) {
+  const Entry *entry = &leaf;
+  while (entry->parent != nullptr && is_last(*entry)) entry = entry->parent;
+  return entry->parent == nullptr ? nullptr : first_leaf(*sibling(*entry, 1));
+}
+
+template <class Entry>
+Entry *previous_leaf(const Entry &leaf) {
+  const Entry *entry = &leaf;
+  while (entry->parent != nullptr && entry->parent->children.items[0] == word_of(entry)) {
+    entry = entry->parent;
+  }
+  return entry->parent == nullptr ? nullptr : last_leaf(*sibling(*entry, -1));
+}
+
+// The first entry of level 1 below an entry that is no leaf.
+template <class Entry>
+Entry *first_above_leaves(Entry &entry) {
+  Entry *above = &entry;
+  while (above->level > 1 && above->children.count > 0) above = entry_at(*above, 0);
+  return above;
+}
+
+// Fetches what a walk over the leaves will meet soon: a leaf, and of a nearer one the table.
+template <class Entry>
+void prefetch_leaves(const Entry &above, int64_t index) {
+  if (index + kPrefetchLeaves >= above.children.count) return;
+  __builtin_prefetch(entry_at(above, index + kPrefetchLeaves));
+  __builtin_prefetch(entry_at(above, index + kPrefetchLeaves / 2)->children.items);
+}
+
+// Calls `visit` with every entry below `top` and then with `top`: children before their parent, in key order. It may
+// return the entry's children to their pools, and the entry itself: what comes next is looked up before.
+template <class Entry, class Visit>
+void for_each_from_below(Entry &top, Visit visit) {
+  Entry *entry = first_above_leaves(top);
+  while (true) {
+    for (int64_t i = 0; entry->level == 1 && i < entry->children.count; ++i) {
+      prefetch_leaves(*entry, i);
+      visit(*entry_at(*entry, i));
+    }
+    if (entry == &top) break;
+    Entry *next = is_last(*entry) ? entry->parent : first_above_leaves(*sibling(*entry, 1));
+    visit(*entry);
+    entry = next;
+  }
+  visit(top);
+}
+
+// The entry behind another one in a walk that meets parents before their children and stays below `top`; nullptr at
+// its end. Leaves are left out unless `with_leaves`.
+template <class Entry>
+Entry *next_from_above(const Entry &entry, const Entry &top, bool with_leaves) {
+  if (entry.level > (with_leaves ? 0 : 1) && entry.children.count > 0) return entry_at(entry, 0);
+  const Entry *at = &entry;
+  while (at != &top && is_last(*at)) at = at->parent;
+  return at == &top ? nullptr : sibling(*at, 1);
+}
+
+// Where the last step of a walk from record to record stood: a leaf, or 0, and an index in it. They lie behind the
+// root's table of children; a new table has zeros there.
+template <class Tree>
+uint64_t *walk_note(const Tree &tree) {
+  return tree.root.children.items + tree.root.children.capacity;
+}
+
+template <class Tree>
+void forget_walk(const Tree &tree) {
+  if (tree.root.children.items != nullptr) walk_note(tree)[0] = 0;
+}
+
+}  // namespace mub::bplus
+
+#endif
