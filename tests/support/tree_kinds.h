@@ -242,8 +242,9 @@ class TreeModel {
     A::link(copy, copy.root, 0, nullptr, call<kNew>(copy));
     seen.clear();
     const bool failed = blows_in([&] { call<kClone>(tree_, nullptr, &copy, &users, note_clone); });
-    if (failed && nodes.size() > 1 && A::branches(copy.root) == A::branches({})) {
-      ASSERT_TRUE(copy.count == 0 && seen.empty() && copy.entries.live_count == 0 && copy.root.value == 0);
+    if (failed && A::branches(copy.root) == A::branches({})) {
+      const bool is_empty = copy.count == 0 && seen.empty() && copy.entries.live_count == 0;
+      ASSERT_TRUE((is_empty && copy.root.value == 0) || nodes.size() == 1);  // which may be a whole copy
       return;
     }
     // Values are translated, lost or shared.
