@@ -189,6 +189,10 @@ FIELD_AT(mub_bitree, 64, mub_pool *, value_pool);
 FIELD_AT(mub_bitree, 72, uint16_t, owns_value_pool);
 SIZE_IS(mub_bitree, 80);
 
+FIELD_AT(mub_bits, 0, uint8_t *, data);
+FIELD_AT(mub_bits, 8, uint32_t, size);
+SIZE_IS(mub_bits, 16);
+
 static int failures = 0;
 
 static void expect(int holds, const char *claim) {
