@@ -4,6 +4,7 @@
 
 #include "mub_array.h"
 #include "mub_base.h"
+#include "mub_bits.h"
 #include "mub_btree.h"
 #include "mub_char.h"
 #include "mub_hash.h"

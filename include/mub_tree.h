@@ -41,7 +41,7 @@ typedef struct mub_tree_entry {
 } mub_tree_entry;
 
 typedef struct mub_tree {
-  mub_tree_entry root; /* matches no search itself; its value is the caller's too */
+  mub_tree_entry root; /* paths and searches downward start below it; its value is the caller's too */
   int64_t count;       /* links made less links undone, not entries: removing a subtree undoes one */
   mub_pool *entry_pool;
   uint16_t owns_entry_pool; /* 1: made by mub_tree_init, released by mub_tree_term */

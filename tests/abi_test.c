@@ -261,6 +261,10 @@ FIELD_AT(mub_btreex, 112, uint16_t, owns_value_pool);
 FIELD_AT(mub_btreex, 116, uint32_t, key_type);
 SIZE_IS(mub_btreex, 120);
 
+FIELD_AT(mub_bits, 0, uint8_t *, data);
+FIELD_AT(mub_bits, 8, uint32_t, size);
+SIZE_IS(mub_bits, 16);
+
 static int failures = 0;
 
 static void expect(int holds, const char *claim) {

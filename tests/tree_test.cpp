@@ -10,7 +10,7 @@
 
 using namespace mub_test;
 using Entry = mub_tree_entry;
-using Branch = Node<Rings>;
+using Model = TreeModel<Rings>;
 
 namespace {
 
@@ -38,148 +38,186 @@ struct Path : mub_array {
   void append(uint64_t key) { mub_array_append(this, &key, sizeof key, 0); }
 };
 
-// The entry of the first node that has the key.
-template <class At>
-Entry *first_with(uint64_t key, At at, At end) {
-  at = std::find_if(at, end, [&](const Branch *node) { return key_of(node->value) == key; });
-  return at != end ? (*at)->entry : nullptr;
+// The first node in a range that has the key, or its end.
+size_t find(const Model &model, uint64_t key, size_t i, size_t end) {
+  while (i != end && key_of(model.nodes[i].value) != key) ++i;
+  return i;
 }
 
-std::vector<Branch *> ancestors(const Branch &node) {
-  std::vector<Branch *> nodes;
-  for (Branch *above = node.above; above != nullptr; above = above->above) nodes.push_back(above);
-  return nodes;
-}
-
-Keys index_path(const Branch &node) {
+// The indexes from a node up to the top.
+Keys path_from(const Model &model, size_t i) {
   Keys path;
-  for (const Branch *at = &node; at->above != nullptr; at = at->above) path.push_back(at->place() + 1);
+  for (; i > 0; i = model.above(i)) {
+    path.push_back(1);
+    for (size_t at = model.above(i) + 1; at != i; at = model.end_of(at)) ++path.back();
+  }
   path.push_back(1);
-  return {path.rbegin(), path.rend()};
+  return path;
 }
 
-// Document order, and searches in it, from an entry that is at or below the bound.
-void expect_order(TreeModel<Rings> &model) {
-  Branch *node = model.any();
-  const auto above = ancestors(*node);
-  Branch *bound = above.empty() ? node : above[model.random.word() % above.size()];
-  const Entry *stop = bound->above != nullptr || model.random.one_in(2) ? bound->entry : nullptr;
-  const auto all = bound->in_order();
-  const auto behind = std::find(all.begin(), all.end(), node) + 1;
-  const auto past = behind + (node->size() - 1);
-  ASSERT_EQ(mub_tree_entry_iter_next(stop, node->entry), behind == all.end() ? nullptr : (*behind)->entry);
-  ASSERT_EQ(mub_tree_entry_find_next(stop, node->entry), past == all.end() ? nullptr : (*past)->entry);
+// Searches from an entry that is at or below the bound.
+void expect_order(Model &model, size_t i, size_t j) {
+  size_t bound = i;
+  while (bound > 0 && !model.random.one_in(3)) bound = model.above(bound);
+  Entry *const entry = model.nodes[i].entry;
+  const Entry *stop = bound > 0 || model.random.one_in(2) ? model.nodes[bound].entry : nullptr;
+  const size_t end = model.end_of(bound);
+  const auto at = [&](size_t k) { return k != end ? model.nodes[k].entry : nullptr; };
+  EXPECT_EQ(mub_tree_entry_iter_next(stop, entry), at(i + 1));
+  EXPECT_EQ(mub_tree_entry_find_next(stop, entry), at(model.end_of(i)));
+  const uint64_t key = key_of(model.nodes[j].value);
+  EXPECT_EQ(mub_tree_entry_find(stop, entry, &key, 8, compare), at(find(model, key, i + 1, end)));
+  EXPECT_EQ(mub_tree_entry_find_x(stop, entry, kContext, &key, 8, compare_x),
+            at(find(model, key, i + 1, end)));
 
-  uint64_t key = model.random.word() % (model.last_key + 2);
-  Entry *found = first_with(key, behind, all.end());
-  ASSERT_EQ(mub_tree_entry_find(stop, node->entry, &key, 8, compare), found);
-  ASSERT_EQ(mub_tree_entry_find_x(stop, node->entry, kContext, &key, 8, compare_x), found);
-  key = key_of(bound->value);
-  const auto end = stop != nullptr ? std::find(above.begin(), above.end(), bound) : above.end();
-  found = first_with(key, above.begin(), end);
-  ASSERT_EQ(mub_tree_entry_find_parent(stop, node->entry, &key, 8, compare), found);
-  ASSERT_EQ(mub_tree_entry_find_parent_x(stop, node->entry, kContext, &key, 8, compare_x), found);
+  const Entry *found = nullptr;
+  for (size_t above = i; above > 0 && found == nullptr;) {
+    above = model.above(above);
+    if (model.nodes[above].entry == stop) break;
+    if (key_of(model.nodes[above].value) == key) found = model.nodes[above].entry;
+  }
+  EXPECT_EQ(mub_tree_entry_find_parent(stop, entry, &key, 8, compare), found);
+  EXPECT_EQ(mub_tree_entry_find_parent(stop, entry, &key, 8, nullptr), nullptr);
+  EXPECT_EQ(mub_tree_entry_find_parent_x(stop, entry, kContext, &key, 8, compare_x), found);
 }
 
-void expect_places(TreeModel<Rings> &model) {
-  const Branch *a = model.any(), *b = model.any();
-  const auto above = ancestors(*b);
-  ASSERT_EQ(mub_tree_entry_find_child(a->entry, b->entry), std::count(above.begin(), above.end(), a));
-  const Keys path = index_path(*a), other = index_path(*b);
-  const auto [x, y] = std::mismatch(path.begin(), path.end(), other.begin(), other.end());
-  const auto apart = x == path.end() || y == other.end() ? path.size() - other.size() : *x - *y;
-  ASSERT_EQ(mub_tree_entry_compare(a->entry, b->entry), static_cast<int>(apart));
-  ASSERT_EQ(mub_tree_entry_index(a->entry), static_cast<int64_t>(path.back()));
-  const auto siblings = a->above != nullptr ? Rings::branches(*a->above->entry) : std::vector{a->entry};
-  ASSERT_EQ(mub_tree_entry_next(a->entry), path.back() < siblings.size() ? siblings[path.back()] : nullptr);
-  ASSERT_EQ(mub_tree_entry_prev(a->entry), path.back() > 1 ? siblings[path.back() - 2] : nullptr);
-  const Entry *last = a->branches.empty() ? nullptr : a->branches.back()->entry;
-  ASSERT_EQ(mub_tree_entry_last(a->entry), last);
+void expect_places(Model &model, size_t i, size_t j) {
+  Entry *const a = model.nodes[i].entry, *const b = model.nodes[j].entry;
+  EXPECT_EQ(mub_tree_entry_find_child(a, b), i < j && j < model.end_of(i));
+  const Keys path = path_from(model, i), other = path_from(model, j);
+  const auto [x, y] = std::mismatch(path.rbegin(), path.rend(), other.rbegin(), other.rend());
+  const auto apart = x == path.rend() || y == other.rend() ? path.size() - other.size() : *x - *y;
+  EXPECT_EQ(mub_tree_entry_compare(a, b), static_cast<int>(apart));
 
-  mub_arrayt array;
+  mub_arrayt array, literal;
   mub_arrayt_init(&array);
-  for (const uint64_t word : other) mub_arrayt_append(&array, word);
-  const bool failed = model.blows_in([&] { mub_tree_entry_array(a->entry, &array); });
-  Keys words = failed ? Keys() : path;
-  words.insert(words.end(), other.begin(), other.end());
-  ASSERT_EQ(array.count, static_cast<int64_t>(words.size()));
-  for (size_t i = 0; i < words.size(); ++i) {
-    ASSERT_EQ(mub_arrayt_get_at(&array, static_cast<int64_t>(i)), words[i]);
+  mub_arrayt_init(&literal);
+  for (int repeats = 0; repeats < 2; ++repeats) {
+    if (model.blows_in([&] { mub_tree_entry_array(a, &array); })) break;
+    for (const uint64_t index : path) mub_arrayt_insert_at(&literal, 0, index);
+    EXPECT_EQ(array.capacity, literal.capacity);
+  }
+  EXPECT_EQ(array.count, literal.count);
+  for (int64_t at = 0; at < literal.count; ++at) {
+    EXPECT_EQ(mub_arrayt_get_at(&array, at), mub_arrayt_get_at(&literal, at));
   }
   mub_arrayt_term(&array);
+  mub_arrayt_term(&literal);
 }
 
-// A path of up to three keys from any entry, behind keys that it is to skip; the model grows as the tree does.
-void expect_paths(Tree<Rings> &tree, TreeModel<Rings> &model) {
-  Branch *reached = model.any();
-  Entry *const start = reached->entry;
+// A path of up to three keys, behind keys that it is to skip; the model grows as the tree does.
+void expect_paths(Tree<Rings> &tree, Model &model, size_t reached) {
+  Entry *const start = model.nodes[reached].entry;
   const int64_t skipped = model.random.below(3), steps = model.random.below(4);
   Path path;
   int64_t missing = 0;
+  fresh_key = 0;
   for (int64_t i = 0; i < skipped + steps; ++i) {
-    path.append(1 + model.random.word() % (model.last_key + 1));
-    const uint64_t key = *reinterpret_cast<uint64_t *>(path.keys.data + 8 * i);
+    path.append(fresh_key = 1 + model.random.word() % (model.last_key + 1));
     if (i < skipped) continue;
-    const auto all = reached->in_order();
-    const auto hit = std::find_if(all.begin() + 1, all.end(),
-                                  [&](const Branch *node) { return key_of(node->value) == key; });
-    if (hit != all.end() && missing == 0) {
-      reached = *hit;
-    } else {
-      ++missing;
-    }
+    const size_t end = model.end_of(reached), hit = find(model, fresh_key, reached + 1, end);
+    missing += missing > 0 || hit == end;
+    if (missing == 0) reached = hit;
   }
-  Entry *const target = steps > 0 && missing == 0 ? reached->entry : nullptr;
+  Entry *const target = steps > 0 && missing == 0 ? model.nodes[reached].entry : nullptr;
   ASSERT_EQ(mub_tree_find_x_t(start, skipped, &path, kContext, compare_x), target);
-  fresh_key = ++model.last_key;
+  EXPECT_EQ(mub_tree_insert_t(&tree, start, skipped, &path, fill, nullptr), nullptr);
+  model.last_key = std::max(model.last_key, fresh_key);
   seen.clear();
   Entry *end = nullptr;
   const bool failed = model.blows_in(
       [&] { end = mub_tree_insert_x_t(&tree, start, skipped, &path, kContext, fill, compare_x); });
+  const bool stays_found = missing < 2;
   // What was made hangs last below what was reached, one below the other, and its end alone has a value.
-  for (; missing > 0 && Rings::branches(*reached->entry).size() > reached->branches.size(); --missing) {
-    reached = model.adopt(*reached, reached->branches.size(), mub_tree_entry_last(reached->entry));
+  for (; missing > 0 && tree.count > model.links; --missing) {
+    const auto &above = model.nodes[reached];
+    reached = model.end_of(reached);
+    model.adopt(reached, {mub_tree_entry_last(above.entry), above.depth + 1, 0, 0});
   }
   ASSERT_TRUE(missing == 0 || failed);
-  ASSERT_EQ(end, steps > 0 && missing == 0 ? reached->entry : nullptr);
-  if (end != target) reached->value = end->value;
-  ASSERT_EQ(seen, reached->value != 0 && end != target ? Keys{end->value} : Keys());
-  ASSERT_TRUE(end == nullptr || end->value != 0 || failed || end == target);
-  model.live_values += static_cast<int64_t>(seen.size());
-}
-
-TEST(Tree, AgreesWithAModel) {
-  expect_agreement_with_a_model<Rings>(70, [](Tree<Rings> &tree, TreeModel<Rings> &model) {
-    ASSERT_NO_FATAL_FAILURE(expect_order(model));
-    ASSERT_NO_FATAL_FAILURE(expect_places(model));
-    ASSERT_NO_FATAL_FAILURE(expect_paths(tree, model));
-  });
-}
-
-TEST(Tree, MayBeAsDeepAndItsRingsAsLongAsMemoryAllows) {
-  expect_no_bound<Rings>(0, true);
-  expect_no_bound<Rings>(0, false);
-}
-
-TEST(Tree, FlagsOutlastPools) { expect_flags_to_outlast_pools<Rings>(); }
-
-TEST(Tree, AllFormsFollowThePathAndNoneWithoutAComparer) {
-  Tree<Rings> tree;
-  Path path;
-  for (fresh_key = 1; fresh_key < 3; ++fresh_key) {
-    path.append(fresh_key);
-    Entry *end = mub_tree_insert(&tree, &path, fill, compare);
-    Entry *const ends[] = {
-        mub_tree_insert_x(&tree, &path, kContext, fill, compare_x),
-        mub_tree_insert_t(&tree, &tree.root, 0, &path, fill, compare), mub_tree_find(&tree, &path, compare),
-        mub_tree_find_x(&tree, &path, kContext, compare_x), mub_tree_find_t(&tree.root, 0, &path, compare)};
-    EXPECT_EQ(std::count(ends, ends + 5, end), 5);
+  ASSERT_EQ(end, steps > 0 && missing == 0 ? model.nodes[reached].entry : nullptr);
+  if (end != target) {
+    model.nodes[reached].value = end->value;
+    model.live_values += end->value != 0;
+    EXPECT_EQ(seen, end->value != 0 ? Keys{end->value} : Keys());
+    EXPECT_TRUE(end->value != 0 || failed);
   }
-  path.append(3);
-  EXPECT_EQ(mub_tree_insert(&tree, &path, fill, nullptr), nullptr);
-  EXPECT_EQ(mub_tree_find_x(&tree, &path, kContext, nullptr), nullptr);
-  EXPECT_EQ(mub_tree_entry_find_parent(nullptr, tree.root.first_child, "", 0, nullptr), nullptr);
-  EXPECT_EQ(tree.count, 2);
+  // Keys on the way to the end are not stored, nor is any without a value.
+  if (!stays_found || failed) return;
+  EXPECT_EQ(mub_tree_insert_t(&tree, start, skipped, &path, fill, compare), end);
+  EXPECT_EQ(mub_tree_find_t(start, skipped, &path, compare), end);
+  if (start != &tree.root || skipped > 0) return;
+  EXPECT_EQ(mub_tree_find(&tree, &path, compare), end);
+  EXPECT_EQ(mub_tree_insert(&tree, &path, fill, compare), end);
+  EXPECT_EQ(mub_tree_find_x(&tree, &path, kContext, compare_x), end);
+  EXPECT_EQ(mub_tree_insert_x(&tree, &path, kContext, fill, compare_x), end);
+}
+
+template <class A>
+class Trees : public testing::Test {};
+using Kinds = testing::Types<Rings, Sides>;
+TYPED_TEST_SUITE(Trees, Kinds);
+
+TYPED_TEST(Trees, AgreeWithAModelAlsoWhenMemoryRunsOut) {
+  for (const uint64_t pools : {0u, 1u, 2u, 3u}) {
+    Tree<TypeParam> tree(pools % 2 == 0, pools < 2);
+    TreeModel<TypeParam> model(tree, 70 + pools);
+    for (int step = 0; step < 1000; ++step) {
+      ASSERT_NO_FATAL_FAILURE(model.step());
+      if constexpr (!TypeParam::kHasSides) {
+        expect_order(model, model.any(), model.any());
+        expect_places(model, model.any(), model.any());
+        ASSERT_NO_FATAL_FAILURE(expect_paths(tree, model, model.random.one_in(4) ? 0 : model.any()));
+      }
+      ASSERT_NO_FATAL_FAILURE(model.expect_same());
+    }
+  }
+}
+
+// A million entries: each hung on the one before, and all on the root or, of a binary tree, on a chain.
+TYPED_TEST(Trees, MayBeAsDeepAndTheirRingsAndChainsAsLongAsMemoryAllows) {
+  using A = TypeParam;
+  constexpr uint64_t kCount = 1000000;
+  for (const bool is_chain : {false, true}) {
+    Tree<A> tree(false), copy(false);
+    auto *above = &tree.root;
+    for (uint64_t i = 1; i <= kCount; ++i) {
+      auto *entry = call<kNew>(tree);
+      entry->value = i;
+      A::link(tree, *above, is_chain ? 2 : i % 2, nullptr, entry);
+      if (A::kHasSides || !is_chain) above = entry;
+    }
+    seen.clear();
+    call<kFree>(tree, call<kCloneEntry>(tree, &tree.root), note);
+    EXPECT_EQ(seen.size(), kCount);
+    EXPECT_EQ(seen.front(), A::kHasSides || !is_chain ? kCount : 1);
+    call<kClone>(tree, nullptr, &copy, nullptr, nullptr);
+    EXPECT_EQ(tree.entries.live_count + copy.entries.live_count, static_cast<int64_t>(2 * kCount));
+  }
+}
+
+// What init and term leave in the flags; and a tree without its pools makes do.
+TYPED_TEST(Trees, FlagsOutlastPools) {
+  using A = TypeParam;
+  for_every_allocation([](const Fuse &fuse) {
+    Tree<A> tree, copy;
+    call<kTerm>(tree);
+    fuse.blows_in([&] { call<kInit>(tree, 1, 1); });
+    const bool owned[] = {tree.entry_pool != nullptr, tree.value_pool != nullptr};
+    for (int terms = 0; terms < 2; ++terms) {
+      EXPECT_TRUE(tree.owns_entry_pool == owned[0] && tree.owns_value_pool == owned[1]);
+      A::link(tree, tree.root, 0, nullptr, call<kNew>(tree));
+      call<kTerm>(tree);
+      EXPECT_TRUE(tree.entry_pool == nullptr && tree.value_pool == nullptr);
+    }
+    A::link(copy, copy.root, 0, nullptr, call<kNew>(copy));
+    call<kClone>(copy, nullptr, &tree, nullptr, nullptr);
+    call<kClone>(copy, nullptr, &copy, nullptr, nullptr);
+    EXPECT_EQ(tree.count + copy.count, 1);
+    call<kClone>(tree, nullptr, &copy, nullptr, nullptr);
+    call<kFreeAll>(tree, note);
+    EXPECT_EQ(copy.count, 0);
+  });
 }
 
 TEST(Tree, LinksNothingToNothing) {
@@ -192,29 +230,15 @@ TEST(Tree, LinksNothingToNothing) {
     mub_tree_entry_remove(&tree, sibling);
   }
   EXPECT_TRUE(tree.count == 0 && tree.root.first_child == nullptr && child->parent == nullptr);
+  EXPECT_EQ(mub_tree_entry_next(child), mub_tree_entry_prev(child));
   mub_tree_entry_append(&tree, &tree.root, child);
-  for (Entry *entry : {child, static_cast<Entry *>(nullptr)}) mub_tree_entry_insert(&tree, child, entry);
+  mub_tree_entry_insert(&tree, child, nullptr);
   EXPECT_TRUE(tree.count == 1 && child->next == child);
 }
 
-TEST(Tree, SwapTakesTheChildrenAlong) {
-  Tree<Rings> a, b;
-  std::vector<Entry *> children;
-  for (int i = 0; i < 3; ++i) {
-    children.push_back(mub_tree_entry_new(&a));
-    mub_tree_entry_append(&a, &a.root, children.back());
-  }
-  a.root.value = 3;
-  mub_tree_entry_swap(&a.root, &b.root);
-  mub_tree_entry_swap(&b.root, &b.root);
-  EXPECT_TRUE(Rings::branches(a.root).empty() && b.root.value == 3);
-  EXPECT_EQ(Rings::branches(b.root), children);
-  for (const Entry *child : children) EXPECT_EQ(child->parent, &b.root);
-  b.root = {};
-}
-
-TEST(Tree, CloneLeavesOutWhatIsNoBlockOfThePool) {
-  Tree<Rings> tree, copy;
+// The children come along in a swap; a copy leaves out what is no block of the pool, with all below it.
+TEST(Tree, SwapsAndClonesWhatHangsOnTheRoot) {
+  Tree<Rings> tree, other, copy;
   Entry strangers[3] = {};
   for (Entry &stranger : strangers) {
     mub_tree_entry_append(&tree, &tree.root, &stranger);
@@ -224,6 +248,14 @@ TEST(Tree, CloneLeavesOutWhatIsNoBlockOfThePool) {
   mub_tree_clone(&tree, nullptr, &copy, nullptr, nullptr);
   EXPECT_EQ(Rings::branches(copy.root).size(), 2u);
   for (const Entry *entry : Rings::branches(copy.root)) EXPECT_EQ(entry->first_child, nullptr);
+
+  tree.root.value = 3;
+  const auto children = Rings::branches(tree.root);
+  mub_tree_entry_swap(&tree.root, &other.root);
+  mub_tree_entry_swap(&other.root, &other.root);
+  EXPECT_TRUE(tree.root.first_child == nullptr && other.root.value == 3);
+  EXPECT_EQ(Rings::branches(other.root), children);
+  for (const Entry *child : children) EXPECT_EQ(child->parent, &other.root);
 }
 
 TEST(Tree, ComparesRunsOfAnyLength) {
@@ -237,6 +269,76 @@ TEST(Tree, ComparesRunsOfAnyLength) {
     }
   }
   EXPECT_EQ(mub_tree_cmp(nullptr, -4, "", -4), 1);
+}
+
+mub_bitree_entry *add_new(Tree<Sides> &tree, mub_bitree_entry *entry, int direction) {
+  mub_bitree_entry *added = mub_bitree_entry_new(&tree);
+  mub_bitree_entry_add(&tree, entry, direction, added);
+  return added;
+}
+
+TEST(BinaryTree, AddReplacesTheLinkThatStands) {
+  Tree<Sides> tree;
+  mub_bitree_entry *head = add_new(tree, &tree.root, -1);
+  mub_bitree_entry *const replaced = add_new(tree, head, 0);
+  mub_bitree_entry *const equal = add_new(tree, head, 0);
+  EXPECT_TRUE(head->equal == equal && equal->equal == nullptr && equal->parent == &tree.root);
+  mub_bitree_entry_add(&tree, head, 1, nullptr);
+  mub_bitree_entry_add(&tree, nullptr, 1, replaced);
+  EXPECT_TRUE(tree.count == 3 && head->right == nullptr);
+}
+
+// Equals that were linked before their head have no parent yet.
+TEST(BinaryTree, NeedsNoParentsToBeWalked) {
+  Tree<Sides> tree(false), copy;
+  mub_bitree_entry *const head = mub_bitree_entry_new(&tree);
+  mub_bitree_entry *last = head;
+  for (uint64_t key = 1; key < 4; ++key, last = add_new(tree, last, 0)) {
+    last->value = tree.new_value(key);
+    add_new(tree, last, 1);
+  }
+  mub_bitree_entry_add(&tree, &tree.root, 1, head);
+  add_new(tree, &tree.root, 0);
+  mub_bitree_clone(&tree, nullptr, &copy, nullptr, nullptr);
+  EXPECT_EQ(last->parent, nullptr) << "the source is as it was";
+  for (Tree<Sides> *each : {&tree, &copy}) {
+    seen.clear();
+    mub_bitree_free_all(each, note_key_once);
+    EXPECT_EQ(seen, (Keys{3, 2, 1}));
+    EXPECT_EQ(each->entry_pool->live_count, 0);
+  }
+}
+
+TEST(BinaryTree, SwapTakesAlongWhatHangsOnEither) {
+  Tree<Sides> a, b;
+  mub_bitree_entry *const left = add_new(a, &a.root, -1);
+  mub_bitree_entry *const right = add_new(a, &a.root, 1);
+  mub_bitree_entry *const equals[] = {add_new(a, left, 0), add_new(a, right, 0), add_new(a, &a.root, 0)};
+  equals[2]->parent = left;  // will be set right
+  a.root.value = 4;
+  mub_bitree_entry_swap(&a.root, &b.root);
+  EXPECT_EQ(Sides::branches(a.root), Sides::branches({}));
+  EXPECT_EQ(Sides::branches(b.root), (std::vector<mub_bitree_entry *>{left, right, equals[2]}));
+  for (const mub_bitree_entry *entry : {left, right, equals[0], equals[1]}) EXPECT_EQ(entry->parent, &b.root);
+  EXPECT_TRUE(equals[2]->parent == nullptr && b.root.value == 4);
+}
+
+TEST(BinaryTree, CloneLinksBlocksOfThePoolAloneAndKeepsThePoolThatItHas) {
+  Tree<Sides> tree, shared(false), copy, bare;
+  mub_bitree_entry stranger = {};
+  mub_bitree_entry_add(&tree, &tree.root, 1, &stranger);
+  add_new(tree, &stranger, 1);
+  add_new(tree, &tree.root, -1);
+  mub_bitree_clone(&tree, nullptr, &copy, nullptr, nullptr);
+  EXPECT_TRUE(copy.root.left != nullptr && copy.root.right == nullptr);
+
+  add_new(shared, &shared.root, 0);
+  mub_bitree_clone(&shared, nullptr, &copy, nullptr, nullptr);
+  EXPECT_TRUE(copy.owns_entry_pool == 1 && copy.entry_pool->live_count == 1);
+  mub_bitree_term(&bare);
+  mub_bitree_clone(&shared, nullptr, &bare, nullptr, nullptr);
+  EXPECT_TRUE(bare.entry_pool == &shared.entries && bare.owns_entry_pool == 0 &&
+              shared.entries.live_count == 2);
 }
 
 }  // namespace

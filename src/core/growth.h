@@ -31,6 +31,9 @@ inline int64_t grown_pages(int64_t count, int64_t capacity) {
   return round_up_to_4(capacity + std::max<int64_t>(count / 2, 4));
 }
 
+// Bit sets grow by 1024 bytes, or to `wanted`. Near 2^32 bytes the sum wraps, and `wanted` is more.
+inline uint32_t grown_bit_bytes(uint32_t size, uint32_t wanted) { return std::max(size + 1024, wanted); }
+
 }  // namespace mub
 
 #endif

@@ -50,8 +50,9 @@ struct Sides {
   }
 
   // The copy keeps its pool, if it has one.
-  static void share_entry_pool(const Tree &source, Tree &copy, UserPools &) {
-    if (source.owns_entry_pool == 0 && copy.entry_pool == nullptr) copy.entry_pool = source.entry_pool;
+  static void share_entry_pool(const Tree &source, Tree &copy, UserPools &user) {
+    if (source.owns_entry_pool != 0 || copy.entry_pool != nullptr) return;
+    user.share(source.entry_pool, copy.entry_pool, copy.owns_entry_pool);
   }
 
  private:

@@ -1,5 +1,6 @@
 // mub_tree: the branches of an entry are the children on its ring; searches and paths through a caller's comparer.
 #include <cstddef>
+#include <utility>
 
 #include "arrays/byte_keys.h"
 #include "arrays/inline_slots.h"
@@ -146,18 +147,22 @@ Entry *insert(mub_tree &tree, Entry &start, int64_t depth, const mub_array &path
   return current;
 }
 
-// Before the words of the array come the indexes from the top to the entry.
+void reverse(mub_arrayt &array, int64_t begin, int64_t end) {
+  while (begin < --end) std::swap(words::word(array, begin++), words::word(array, end));
+}
+
+// The indexes are appended from the entry up, and come before the old words, from the top down, by turning all words
+// around and then the old ones again: the array grows as if each index were put before the others.
 void prepend_path(const Entry &entry, mub_arrayt &array) {
-  const int64_t length = rings::levels(entry);
-  const int64_t old_count = words::used(array);
-  int64_t count;
-  if (__builtin_add_overflow(old_count, length, &count) || !words::expand(array, count)) return;
-  for (int64_t i = old_count; i-- > 0;) words::word(array, i + length) = words::word(array, i);
-  int64_t level = length;
+  const int64_t old_count = array.count;
   for (const Entry *at = &entry; at != nullptr; at = at->parent) {
-    words::word(array, --level) = static_cast<uint64_t>(rings::index_of(*at));
+    if (!words::append(array, static_cast<uint64_t>(rings::index_of(*at)))) {
+      array.count = old_count;
+      return;
+    }
   }
-  array.count = count;
+  reverse(array, 0, array.count);
+  reverse(array, array.count - old_count, array.count);
 }
 
 }  // namespace

@@ -1,0 +1,76 @@
+#include "mub_bits.h"
+
+#include <cstddef>
+#include <cstring>
+
+#include "core/alloc.h"
+#include "core/growth.h"
+
+static_assert(sizeof(mub_bits) == 16 && offsetof(mub_bits, data) == 0 && offsetof(mub_bits, size) == 8);
+
+namespace mub {
+namespace {
+
+constexpr uint32_t mask(uint32_t position) { return position < 8 ? 0x80u >> position : 0; }
+
+constexpr uint32_t bit_in(uint32_t byte, uint32_t position) { return byte & mask(position); }
+
+constexpr uint8_t with_bit(uint32_t byte, uint32_t position, bool on) {
+  return static_cast<uint8_t>(on ? byte | mask(position) : byte & ~mask(position));
+}
+
+__attribute__((noinline)) bool grow(mub_bits &bits, uint32_t bytes) {
+  const uint32_t size = grown_bit_bytes(bits.size, bytes);
+  void *data = regrown(bits.data, bits.size, int64_t{size} + 1, 1);
+  if (data == nullptr) return false;
+  bits.data = static_cast<uint8_t *>(data);
+  bits.size = size;
+  return true;
+}
+
+bool expand(mub_bits &bits, uint32_t bytes) { return bits.size >= bytes || grow(bits, bytes); }
+
+void insert(mub_bits &bits, uint32_t bit, bool on) {
+  const uint32_t index = bit >> 3;
+  if (!expand(bits, index + 1) || bits.data == nullptr) return;
+  bits.data[index] = with_bit(bits.data[index], bit & 7, on);
+}
+
+uint32_t find(const mub_bits &bits, uint32_t bit) {
+  const uint32_t index = bit >> 3;
+  return bits.data != nullptr && index < bits.size ? bit_in(bits.data[index], bit & 7) : 0;
+}
+
+}  // namespace
+}  // namespace mub
+
+extern "C" {
+
+uint32_t mub_bits_get(uint32_t byte, uint32_t position) { return mub::bit_in(byte, position); }
+
+uint8_t mub_bits_set(uint32_t byte, uint32_t position, int on) {
+  return mub::with_bit(byte, position, on != 0);
+}
+
+mub_bits *mub_bits_init(mub_bits *bits) {
+  *bits = {};
+  return bits;
+}
+
+mub_bits *mub_bits_term(mub_bits *bits) {
+  mub::release(bits->data);
+  return mub_bits_init(bits);
+}
+
+int mub_bits_expand(mub_bits *bits, uint32_t bytes) { return mub::expand(*bits, bytes) ? 1 : 0; }
+
+void mub_bits_zero(mub_bits *bits) {
+  if (bits->data != nullptr) std::memset(bits->data, 0, bits->size);
+}
+
+void mub_bits_insert(mub_bits *bits, uint32_t bit, int on) { mub::insert(*bits, bit, on != 0); }
+
+uint32_t mub_bits_find(const mub_bits *bits, uint32_t bit) { return mub::find(*bits, bit); }
+
+void mub_bits_swap(mub_bits *bits, mub_stream *stream) { *stream = {bits->data, bits->size, bits->size}; }
+}
