@@ -86,6 +86,18 @@ void memory(benchmark::State &state, Fill fill) {
   }
 }
 
+// For what takes far less time than its preparation: a fixed number of runs, so that the preparation does not go on for
+// minutes.
+inline void add_runs(const std::string &workload, const std::string &who,
+                     void (*function)(benchmark::State &), const std::vector<int64_t> &sizes) {
+  for (const int64_t size : sizes) {
+    benchmark::RegisterBenchmark((workload + "/" + who).c_str(), function)
+        ->Arg(size)
+        ->Unit(benchmark::kMicrosecond)
+        ->Iterations(std::max<int64_t>(3, 1000000 / size));
+  }
+}
+
 template <class Function>
 void add_sizes(const std::string &workload, const std::string &who, Function function,
                const std::vector<int64_t> &sizes) {

@@ -198,7 +198,7 @@ void add_integers(const std::string &who) {
   add_sizes(
       "u64_insert_ascending", who, [](auto &state) { insert<Map>(state, ascending_integers); }, kSizes);
   add_sizes("u64_walk", who, walk<Map>, kSizes);
-  add_sizes("u64_release", who, release<Map>, kSizes);
+  mub_bench::add_runs("u64_release", who, release<Map>, kSizes);
   add_sizes("u64_memory", who, memory<Map>, kSizes);
 }
 

@@ -216,7 +216,7 @@ void add(const std::string &who) {
   add_sizes("map_hit", who, hit<Map>, {1000, 100000, 1000000});
   add_sizes("map_miss", who, miss<Map>, {1000, 100000, 1000000});
   add_sizes("map_clone", who, clone<Map>, {1000, 100000});
-  add_sizes("map_release", who, release<Map>, {1000, 100000, 1000000});
+  mub_bench::add_runs("map_release", who, release<Map>, {1000, 100000, 1000000});
   add_sizes("map_memory", who, memory<Map>, {1000, 100000, 1000000});
 }
 

@@ -127,13 +127,7 @@ void erase(benchmark::State &state) {
 template <class Map>
 void release(benchmark::State &state) {
   const Keys keys = random_numbers(state.range(0));
-  for (auto _ : state) {
-    state.PauseTiming();
-    auto map = filled<Map>(keys);
-    state.ResumeTiming();
-    map->clear();
-    benchmark::DoNotOptimize(map.get());
-  }
+  mub_bench::release(state, [&] { return filled<Map>(keys); });
 }
 
 template <class Map>
@@ -144,7 +138,7 @@ void add(const std::string &who) {
   mub_bench::add_sizes("hashx_hit_in_order", who, hit_in_order<Map>, sizes);
   mub_bench::add_sizes("hashx_hit_random", who, hit_random<Map>, sizes);
   mub_bench::add_sizes("hashx_erase", who, erase<Map>, sizes);
-  mub_bench::add_sizes("hashx_release", who, release<Map>, sizes);
+  mub_bench::add_runs("hashx_release", who, release<Map>, sizes);
 }
 
 [[maybe_unused]] const bool registered = [] {

@@ -40,7 +40,7 @@ bool corpus_has_file(const corpus *texts, const char *name) {
   return mub_hasht_find(&texts->files, key.words) != 0;
 }
 
-static mubdex_result read_bytes(mub_stream *bytes, FILE *file, progress_fn progress) {
+mubdex_result read_file(mub_stream *bytes, FILE *file, progress_fn progress) {
   const int64_t start = bytes->length;
   for (;;) {
     const int64_t length = bytes->length;
@@ -91,7 +91,7 @@ mubdex_result corpus_add(corpus *texts, const char *name, FILE *file, progress_f
   const file_key key = key_of(&status);
   if (mub_hasht_find(&texts->files, key.words)) return RESULT_OK;
   const int64_t start = texts->bytes.length;
-  const mubdex_result result = read_bytes(&texts->bytes, file, progress);
+  const mubdex_result result = read_file(&texts->bytes, file, progress);
   if (result != RESULT_OK) return result;
   end_last_line(&texts->bytes, start);
   return add_text(texts, name, &key) && cut_lines(texts, start) ? RESULT_OK : RESULT_NO_MEMORY;
@@ -110,12 +110,24 @@ mub_char corpus_line(const corpus *texts, int64_t line) {
   return (mub_char){(char *)texts->bytes.data + start, line_end(texts, line) - start};
 }
 
-bool corpus_append_line(const corpus *texts, int64_t line, mub_string *out) {
+/* The name of a line's text, and the number of the line in it, from 1. */
+static int64_t line_place(const corpus *texts, int64_t line, const char **name, int64_t *name_length) {
   uint64_t end;
+  const uint64_t text = mub_arrayx_get_at(&texts->line_ends, line, &end);
+  const uint64_t first_line = mub_array_get_at(&texts->texts, (int64_t)text, name, name_length);
+  return line - (int64_t)first_line + 1;
+}
+
+int64_t corpus_line_number(const corpus *texts, int64_t line) {
   const char *name;
   int64_t name_length;
-  const uint64_t text = mub_arrayx_get_at(&texts->line_ends, line, &end);
-  const uint64_t first_line = mub_array_get_at(&texts->texts, (int64_t)text, &name, &name_length);
+  return line_place(texts, line, &name, &name_length);
+}
+
+bool corpus_append_line(const corpus *texts, int64_t line, mub_string *out) {
+  const char *name;
+  int64_t name_length;
+  const int64_t number = line_place(texts, line, &name, &name_length);
   const mub_char content = corpus_line(texts, line);
   const int64_t marks_and_number = 3 + 20;
   /* With all the room made beforehand, no append can fail. */
@@ -124,7 +136,7 @@ bool corpus_append_line(const corpus *texts, int64_t line, mub_string *out) {
     mub_string_append(out, name, name_length);
     mub_string_append_char(out, ':');
   }
-  mub_string_append_long(out, line - (int64_t)first_line + 1);
+  mub_string_append_long(out, number);
   mub_string_append_char(out, ':');
   mub_string_append(out, content.data, content.length);
   mub_string_append_char(out, '\n');

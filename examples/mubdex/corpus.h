@@ -18,6 +18,9 @@ typedef struct corpus {
 /* Called now and then while a file is read, with the bytes read so far. */
 typedef void (*progress_fn)(int64_t bytes_read);
 
+/* Appends a file, from where it stands to its end. */
+mubdex_result read_file(mub_stream *bytes, FILE *file, progress_fn progress);
+
 bool corpus_init(corpus *texts);
 void corpus_term(corpus *texts);
 
@@ -30,6 +33,9 @@ bool corpus_has_file(const corpus *texts, const char *name);
 /* Lines are numbered from 0 through all texts. A view of one, without its newline, shares the bytes of the corpus. */
 int64_t corpus_line_count(const corpus *texts);
 mub_char corpus_line(const corpus *texts, int64_t line);
+
+/* The number of a line in its text, from 1. */
+int64_t corpus_line_number(const corpus *texts, int64_t line);
 
 /* Appends a line as grep -n shows it: the text's name when there are several, the number in its text, the line.
  * False when memory ran out. */

@@ -5,6 +5,7 @@ usage: mubdex_test.py MUBDEX
 
 import json
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -104,6 +105,57 @@ class Mubdex(unittest.TestCase):
                 self.assertEqual(lines.returncode, 0)
         self.assertEqual(run("--lines", "end", "-", text=b"no\nend").stdout, b"2:end\n")
 
+    def test_words_of_a_prefix_and_of_a_range_are_those_of_sort(self):
+        words = sorted(counted_by_coreutils(TEXT), key=lambda entry: entry[0].encode())
+
+        def expect(arguments, is_wanted):
+            output = run(*arguments, TEXT).stdout.decode().splitlines()
+            self.assertEqual([(word, int(count)) for count, word in map(str.split, output)],
+                             [entry for entry in words if is_wanted(entry[0])])
+
+        for prefix in "lic", "LIC", "zz", "a", "warranty", "":
+            expect(("--prefix", prefix), lambda word: word.startswith(prefix.lower()))
+        for first, last in ("a", "c"), ("free", "freedom"), ("m", "a"), ("", "b"), ("w", ""):
+            expect(("--range", first + ".." + last),
+                   lambda word: first <= word and (word <= last or word.startswith(last)))
+
+    def test_outline_shows_headings_below_one_another(self):
+        output = run("--outline", TEXT).stdout.decode().splitlines()
+        grep = subprocess.run(["grep", "-nE", r"^ *[0-9]+\. [A-Z]", TEXT], capture_output=True, check=True)
+        expected = [re.match(r"(\d+): *(\d+)\. (.*)", line).groups() for line in grep.stdout.decode().splitlines()]
+        self.assertEqual([tuple(line.split(None, 2)) for line in output], expected)
+
+        nested = b"1. One\n1.1 Part\n 1.1.2. Deep\n1.3 Last\n10.1 None above\n2 no dot\n2. small no\n12.\n1.2.3 Far"
+        self.assertEqual(run("--outline", "-", text=nested).stdout.decode(),
+                         "     1  1  One\n     2    1.1  Part\n     3      1.1.2  Deep\n     4    1.3  Last\n"
+                         "     5  10.1  None above\n     9  1.2.3  Far\n")
+
+    def test_queries_are_answered_as_grep_and_comm_do(self):
+        def lines(word):
+            grep = subprocess.run(["grep", "-inw", word, TEXT], capture_output=True, check=False)
+            return set(grep.stdout.splitlines(keepends=True))
+
+        with open(TEXT, "rb") as file:
+            every = {b"%d:%s" % (number, line) for number, line in enumerate(file, 1)}
+        free, software, gnu, the = map(lines, ("free", "software", "gnu", "the"))
+        for query, expected in (("free", free), ("free AND software", free & software),
+                                ("free Software", free & software), ("gnu OR free software", gnu | free & software),
+                                ("(gnu OR free) software", (gnu | free) & software),
+                                ("free AND software NOT gnu", free & software - gnu), ("NOT the", every - the),
+                                ("NOT NOT the", the), ("the NOT (free OR gnu)", the - (free | gnu)),
+                                ("((((free))))", free), ("nowhere", set()),
+                                ("free " * 5000, free), ("(" * 5000 + "free" + ")" * 5000, free)):
+            answer = run("--query", query, TEXT).stdout.splitlines(keepends=True)
+            self.assertEqual(answer, sorted(expected, key=lambda line: int(line.split(b":")[0])), query[:40])
+
+    def test_malformed_queries_are_refused_with_the_position_of_the_fault(self):
+        for query, column in ("", 1), ("free AND", 9), ("free AND OR gnu", 10), ("(free", 1), ("a (b (c)", 3), \
+                ("free)", 5), ("a 1", 3), ("NOT", 4), ("()", 2), ("AND a", 1), ("a & b", 3):
+            result = run("--query", query, TEXT)
+            self.assertEqual(result.returncode, 2)
+            self.assertEqual(result.stdout, b"")
+            self.assertIn(b"column %d:" % column, result.stderr)
+
     def test_load_gives_back_what_was_saved(self):
         path = self.path("text.idx")
         self.assertEqual(run("--save", path, TEXT).returncode, 0)
@@ -139,7 +191,7 @@ class Mubdex(unittest.TestCase):
 
     def test_wrong_usage(self):
         for arguments in ("--bogus",), ("--load",), ("-x",), ("--lines", "a b"), ("--lines", ""), \
-                ("--lines", "a", "--json"):
+                ("--lines", "a", "--json"), ("--query",), ("--range", "a.b"), ("--outline", "--query", "a"):
             result = run(*arguments)
             self.assertEqual(result.returncode, 2)
             self.assertIn(b"usage: mubdex", result.stderr)

@@ -3,6 +3,8 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "answers.h"
+
 enum { TOP_WORDS = 20 };
 
 typedef struct word_ref {
@@ -22,18 +24,8 @@ static int64_t top_count(const mub_arrays *by_count) {
 }
 
 static double bytes_per_word(const word_index *index) {
-  const int64_t vocabulary = index_vocabulary(index);
-  return vocabulary == 0 ? 0 : (double)index_bytes(index) / (double)vocabulary;
-}
-
-/* Right-aligned in a column: the padding goes in front of what was printed. */
-static void append_column(mub_string *out, uint64_t number, int64_t width) {
-  mub_string digits;
-  mub_string_init(&digits);
-  mub_string_append_long(&digits, (int64_t)number);
-  for (int64_t i = digits.length; i < width; i++) mub_string_append_char(out, ' ');
-  mub_string_append(out, digits.data, digits.length);
-  mub_string_term(&digits);
+  const int64_t words = index_vocabulary(index);
+  return words == 0 ? 0 : (double)index_bytes(index) / (double)words;
 }
 
 static void append_fixed(mub_string *out, double number) {
@@ -166,12 +158,4 @@ bool report_text(const word_index *index, const char *source, double seconds, mu
 
 bool report_json(const word_index *index, const char *source, double seconds, mub_string *out) {
   return report(index, source, seconds, out, write_json);
-}
-
-bool report_lines(const word_index *index, const corpus *texts, const char *word, mub_string *out) {
-  const word_stats *stats = index_find(index, word);
-  for (int64_t i = 0; stats != NULL && i < stats->lines.count; i++) {
-    if (!corpus_append_line(texts, (int64_t)mub_arrayt_get_at(&stats->lines, i), out)) return false;
-  }
-  return true;
 }

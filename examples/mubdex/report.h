@@ -9,7 +9,4 @@
 bool report_text(const word_index *index, const char *source, double seconds, mub_string *out);
 bool report_json(const word_index *index, const char *source, double seconds, mub_string *out);
 
-/* Fills `out` with the lines that hold a word. */
-bool report_lines(const word_index *index, const corpus *texts, const char *word, mub_string *out);
-
 #endif

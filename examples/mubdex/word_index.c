@@ -47,17 +47,28 @@ static bool is_word_byte(char c) {
   return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte >= 128;
 }
 
+int64_t word_at_start(const mub_char *text) {
+  int64_t length = 0;
+  while (length < text->length && is_word_byte(text->data[length])) length++;
+  return length;
+}
+
 /* Cuts the next word off the front of `rest`; false when there is none left. The views share the text's bytes. */
 static bool next_word(mub_char *rest, mub_char *word) {
   int64_t start = 0;
   while (start < rest->length && !is_word_byte(rest->data[start])) start++;
-  int64_t end = start;
-  while (end < rest->length && is_word_byte(rest->data[end])) end++;
-  word->data = rest->data + start;
-  word->length = end - start;
-  rest->data += end;
-  rest->length -= end;
+  rest->data += start;
+  rest->length -= start;
+  *word = (mub_char){rest->data, word_at_start(rest)};
+  rest->data += word->length;
+  rest->length -= word->length;
   return !mub_char_is_empty(word);
+}
+
+bool fold_word(const char *word, int64_t length, mub_string *folded) {
+  if (!mub_string_copy(folded, word, length)) return false;
+  mub_string_make_lower(folded);
+  return true;
 }
 
 /* Notes a line once, however often it holds the word. False when memory ran out. */
@@ -72,8 +83,7 @@ static bool add_line(mub_arrayt *lines, uint64_t line) {
 static bool add_words(word_index *index, mub_char rest, uint64_t line, mub_string *folded) {
   mub_char word;
   while (next_word(&rest, &word)) {
-    if (!mub_string_copy(folded, word.data, word.length)) return false;
-    mub_string_make_lower(folded);
+    if (!fold_word(word.data, word.length, folded)) return false;
     word_stats *stats = add_count(index, folded->data, folded->length, 1);
     if (stats == NULL || !add_line(&stats->lines, line)) return false;
   }
@@ -91,19 +101,11 @@ bool index_add_lines(word_index *index, const corpus *texts, int64_t first_line)
   return added;
 }
 
-bool index_is_word(const char *text) {
-  mub_char rest = {(char *)(uintptr_t)text, (int64_t)strlen(text)};
-  mub_char word;
-  const int64_t length = rest.length;
-  return next_word(&rest, &word) && word.length == length;
-}
-
-const word_stats *index_find(const word_index *index, const char *word) {
+const word_stats *index_find(const word_index *index, const char *word, int64_t length) {
   mub_string folded;
   mub_string_init(&folded);
-  mub_string_copy(&folded, word, -1);
-  mub_string_make_lower(&folded);
-  const uint64_t value = mub_hash_get(&index->words, folded.data, folded.length);
+  const bool is_folded = fold_word(word, length, &folded);
+  const uint64_t value = is_folded ? mub_hash_get(&index->words, folded.data, folded.length) : 0;
   mub_string_term(&folded);
   return stats_at(value);
 }

@@ -29,11 +29,14 @@ bool index_add(word_index *index, const char *word, int64_t length, uint64_t cou
  * whole. ASCII letters are folded to lower case. False when memory ran out. */
 bool index_add_lines(word_index *index, const corpus *texts, int64_t first_line);
 
-/* Whether a text is one word, as they are cut out of lines. */
-bool index_is_word(const char *text);
+/* The length of the word that a view begins with, 0 when it begins with none. */
+int64_t word_at_start(const mub_char *text);
+
+/* Makes `folded` the lower-case form of a word. False when memory ran out. */
+bool fold_word(const char *word, int64_t length, mub_string *folded);
 
 /* What is known of a word in any case of letters; NULL when it does not occur. */
-const word_stats *index_find(const word_index *index, const char *word);
+const word_stats *index_find(const word_index *index, const char *word, int64_t length);
 
 /* The number of different words, the entries of the longest chain, and the bytes that the table has allocated. */
 int64_t index_vocabulary(const word_index *index);
