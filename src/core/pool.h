@@ -79,6 +79,24 @@ inline void give(mub_pool *pool, void *block) {
   --pool->live_count;
 }
 
+// Calls `visit` with every block that was ever taken, free ones included, in the order of memory: several times faster
+// than following the links of a structure that fills the pool.
+template <class Block, class Visit>
+void for_each_block(const mub_pool &pool, Visit visit) {
+  for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
+    const int64_t used = chunk + 1 < pool.chunk_count ? pool.blocks_per_chunk : pool.chunk_used;
+    auto *blocks = static_cast<Block *>(pool.chunks[chunk]);
+    for (int64_t i = 0; i < used; ++i) visit(blocks[i]);
+  }
+}
+
+// Whether all live blocks are the `count` ones of a container that owns the pool: it may then change what lies in the
+// chunks without following its own links, given that its blocks on the free stack are harmless to the change.
+template <class Block>
+bool holds_only(const mub_pool *pool, uint16_t owned, int64_t count) {
+  return owned != 0 && pool->live_count == count && pool->block_size == int64_t{sizeof(Block)};
+}
+
 // Position in a sorted map of the chunk with the greatest base at or below `address`; -1 when there is none.
 inline int64_t find_chunk(const mub_pool_chunk *map, int64_t count, uint64_t address) {
   const mub_pool_chunk *above = std::upper_bound(

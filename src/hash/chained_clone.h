@@ -51,7 +51,7 @@ class Cloning {
     }
     const auto translate_next = [&](Entry &entry) { entry.next = pools_.entry(entry.next); };
     if (fills_its_pool<Kind>(source_)) {
-      for_each_block<Kind>(*copy_.entry_pool, translate_next);
+      pool::for_each_block<Entry>(*copy_.entry_pool, translate_next);
       return;
     }
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {

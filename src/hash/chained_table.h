@@ -158,19 +158,7 @@ void for_each(const TableOf<Kind> &table, Visit visit) {
 // blocks on the free stack have forgotten their keys.
 template <class Kind>
 bool fills_its_pool(const TableOf<Kind> &table) {
-  return table.owns_entry_pool != 0 && table.entry_pool->live_count == table.count &&
-         table.entry_pool->block_size == int64_t{sizeof(EntryOf<Kind>)};
-}
-
-// Calls `visit` with every block of such a pool, free ones included. One pass over memory in its order is several
-// times faster than following the chains.
-template <class Kind, class Visit>
-void for_each_block(const mub_pool &pool, Visit visit) {
-  for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
-    const int64_t used = chunk + 1 < pool.chunk_count ? pool.blocks_per_chunk : pool.chunk_used;
-    auto *entries = static_cast<EntryOf<Kind> *>(pool.chunks[chunk]);
-    for (int64_t i = 0; i < used; ++i) visit(entries[i]);
-  }
+  return pool::holds_only<EntryOf<Kind>>(table.entry_pool, table.owns_entry_pool, table.count);
 }
 
 template <class Kind>

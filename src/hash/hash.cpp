@@ -102,7 +102,7 @@ void ByteKeys::lower_offsets(Table &table, uint32_t offset, uint32_t length) {
     if (keys::moves_down(entry.key_offset, entry.key_length, offset)) entry.key_offset -= length;
   };
   if (chained::fills_its_pool<ByteKeys>(table)) {
-    chained::for_each_block<ByteKeys>(*table.entry_pool, lower);
+    pool::for_each_block<Entry>(*table.entry_pool, lower);
   } else {
     chained::for_each<ByteKeys>(table, lower);
   }
