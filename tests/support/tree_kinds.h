@@ -81,33 +81,8 @@ struct Sides {
   static std::vector<Entry *> branches(const Entry &entry) { return {entry.left, entry.right, entry.equal}; }
 };
 
-// Values are blocks that hold a key; 0 stands for the key 0.
-inline uint64_t &key_at(uint64_t value) { return *reinterpret_cast<uint64_t *>(value); }
-inline uint64_t key_of(uint64_t value) { return value == 0 ? 0 : key_at(value); }
-inline void note_key_once(uint64_t value) { note(std::exchange(key_at(value), 0)); }
-inline void note_clone(const mub_pool_chunk *, uint64_t source, mub_pool *, uint64_t copy, mub_pool *) {
-  seen.insert(seen.end(), {key_of(source), key_of(copy)});
-}
-
-// A tree with its pools, or with the test's, which share its scope.
 template <class A>
-struct Tree : A::Record {
-  explicit Tree(bool own_entries = true, bool own_values = true) {
-    A::init(this, own_entries, own_values);
-    if (!own_entries) this->entry_pool = &entries;
-    if (!own_values) this->value_pool = &values;
-    this->value_pool->block_size = sizeof(uint64_t);
-  }
-  ~Tree() { A::term(this); }
-
-  uint64_t new_value(uint64_t key) {
-    const auto value = reinterpret_cast<uintptr_t>(mub_pool_new(this->value_pool));
-    key_at(value) = key;
-    return value;
-  }
-
-  Pool entries{sizeof(typename A::Entry)}, values{sizeof(uint64_t)};
-};
+using Tree = Pooled<A>;
 
 template <class A>
 struct Node {
