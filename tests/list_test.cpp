@@ -47,6 +47,7 @@ void expect_same(List<A> &list, const Nodes<A> &nodes) {
     before = node.entry;
     by_serial.push_back(&node);
   }
+  ASSERT_EQ(read<kGetNext>(list, &position), KeyAndValue());
   ASSERT_TRUE(position == nullptr && list.tail == before);
   position = call<kTailPosition>(list);
   for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
@@ -308,6 +309,76 @@ TYPED_TEST(Lists, AgreeWithAModelAlsoWhenMemoryRunsOut) {
       ASSERT_NO_FATAL_FAILURE(model.expect_agreement()) << step;
     }
   }
+}
+
+TYPED_TEST(Lists, WalksThatReleaseLeaveTheListAsItIs) {
+  using A = TypeParam;
+  for (const bool owned : {true, false}) {
+    List<A> list(owned, owned);
+    for (const uint64_t value : {uint64_t{0}, list.new_value(5)})
+      call<kAddTail>(list, std::string_view("k"), value);
+    seen.clear();
+    call<kFreeAllEntry>(list, note_key_once);
+    EXPECT_EQ(seen, Words{5});
+    EXPECT_EQ(list.value_pool->live_count, owned ? 1 : 0);
+    EXPECT_EQ(list.entry_pool->live_count, owned ? 2 : 0);
+    EXPECT_TRUE(list.count == 2 && list.head != list.tail);
+    if (owned) call<kRemoveAllEntry>(list);
+    EXPECT_EQ(list.entry_pool->live_count, owned && A::kHasKeys ? 2 : 0);
+    list.head = nullptr;
+  }
+}
+
+TYPED_TEST(Lists, MakeDoWithThePoolsThatTheyGot) {
+  using A = TypeParam;
+  for_every_allocation([](const Fuse &fuse) {
+    typename A::Record list;
+    fuse.blows_in([&] { EXPECT_EQ(A::init(&list, 1, 1), &list); });
+    EXPECT_EQ(list.owns_entry_pool, list.entry_pool != nullptr ? 1 : 0);
+    EXPECT_EQ(list.owns_value_pool, list.value_pool != nullptr ? 1 : 0);
+    // Even a value pool that is there has no block size yet: the entry stands without a block.
+    EXPECT_EQ(std::apply(std::get<kAddTailNew>(A::kFunctions),
+                         std::tuple_cat(std::tuple(&list), A::passed("k"), std::tuple(mub_init_fn(note)))),
+              0u);
+    EXPECT_EQ(list.count, list.owns_entry_pool);
+    EXPECT_EQ(A::term(&list), &list);
+    EXPECT_TRUE(list.entry_pool == nullptr && list.value_pool == nullptr && list.head == nullptr);
+    EXPECT_EQ(list.count + list.owns_entry_pool + list.owns_value_pool, 0);
+  });
+}
+
+TEST(ListOfKeys, OffsetsHave32BitsAndFallBehindACutButThatOfAnEmptyKeyAtIt) {
+  List<Keyed> list;
+  mub_list_entry *made[4];
+  const char *keys[4] = {"aa", "bb", nullptr, "cc"};
+  for (size_t i = 0; i < 4; ++i) made[i] = mub_list_add_head(&list, keys[i], -1, 0);
+  EXPECT_EQ(mub_list_find(&list, nullptr, -1), made[2]);
+  mub_list_adjust_t(&list, 4, (int64_t{1} << 32) + 2);
+  mub_list_adjust_t(&list, 2, 1);
+  const uint32_t offsets[4] = {0, 1, 3, 1};
+  for (size_t i = 0; i < 4; ++i) EXPECT_EQ(made[i]->key_offset, offsets[i]) << i;
+  list.keys.length = 0xFFFFFFFE;
+  EXPECT_EQ(mub_list_add_tail(&list, "ab", 2, 1), nullptr);
+  EXPECT_EQ(list.count + list.entry_pool->live_count, 8);
+}
+
+TEST(ListOfKeys, ReadsItsOwnBytesAsAText) {
+  List<Keyed> list;
+  String text;
+  mub_list_add_tail(&list, " first ,, second ,\t", -1, 7);
+  mub_list_from_string(&list, ',', reinterpret_cast<char *>(list.keys.data), -1);
+  mub_list_from_string(&list, ',', nullptr, -1);
+  mub_list_remove_head(&list);
+  mub_list_to_string(&list, ';', &text);
+  EXPECT_EQ(text.text(), "first;;second");
+  EXPECT_EQ(list.keys.length, 11);
+}
+
+TEST(ListOfValues, NoComparerFindsNothing) {
+  List<Bare> list;
+  mub_lists_add_tail(&list, 1);
+  EXPECT_EQ(mub_lists_find(&list, 1, nullptr), mub_lists_find_x(&list, 1, 1, nullptr));
+  EXPECT_EQ(mub_lists_find(&list, 1, nullptr), nullptr);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <utility>
 
 #include "list/linked_chain.h"
 
@@ -34,57 +35,62 @@ namespace {
 
 using chain::End;
 
-// The block at an end, or a new one there, with room for one value more; nullptr when there is none.
-mub_listx_block *block_with_room(mub_listx &list, End end) {
-  mub_listx_block *block = chain::entry_at(list, end);
-  if (block != nullptr && held(*block) < kSlots) return block;
-  block = chain::take_entry(list);
+// Kept out of the way of the block that has room.
+__attribute__((noinline)) mub_listx_block *add_block(mub_listx &list, End end) {
+  mub_listx_block *block = chain::take_entry(list);
   if (block != nullptr) chain::link(list, chain::gap_at(list, end), *block);
   return block;
 }
 
-// A slot for a value more, still 0; nullptr when there is none.
-uint64_t *open_slot(mub_listx &list, End end) {
-  mub_listx_block *block = block_with_room(list, end);
+// A slot at an end for a value more, still 0; nullptr when there is none.
+template <End kEnd>
+uint64_t *open_slot(mub_listx &list) {
+  mub_listx_block *block = chain::entry_at(list, kEnd);
+  if (block == nullptr || held(*block) == kSlots) block = add_block(list, kEnd);
   if (block == nullptr) return nullptr;
   const int64_t count = held(*block);
-  uint64_t *slot = end == End::kHead ? block->values : block->values + count;
-  std::copy_backward(slot, block->values + count, block->values + count + 1);
+  uint64_t *slot = block->values + count;
+  if constexpr (kEnd == End::kHead) {
+    slot = block->values;
+    std::copy_backward(slot, slot + count, slot + count + 1);
+  }
   *slot = 0;
   block->count = count + 1;
   ++list.count;
   return slot;
 }
 
-mub_listx *add(mub_listx &list, End end, uint64_t value) {
-  uint64_t *slot = open_slot(list, end);
+template <End kEnd>
+mub_listx *add(mub_listx &list, uint64_t value) {
+  uint64_t *slot = open_slot<kEnd>(list);
   if (slot == nullptr) return nullptr;
   *slot = value;
   return &list;
 }
 
-uint64_t add_new(mub_listx &list, End end, mub_init_fn init) {
-  uint64_t *slot = open_slot(list, end);
+template <End kEnd>
+uint64_t add_new(mub_listx &list, mub_init_fn init) {
+  uint64_t *slot = open_slot<kEnd>(list);
   if (slot == nullptr) return 0;
   *slot = take_value(list.value_pool, init);
   return *slot;
 }
 
-uint64_t remove(mub_listx &list, End end) {
-  mub_listx_block *block = chain::entry_at(list, end);
+template <End kEnd>
+uint64_t remove(mub_listx &list) {
+  mub_listx_block *block = chain::entry_at(list, kEnd);
   const int64_t count = block != nullptr ? held(*block) : 0;
   if (count == 0) return 0;
-  uint64_t *slot = end == End::kHead ? block->values : block->values + count - 1;
-  const uint64_t value = *slot;
-  *slot = 0;
+  const int64_t rest = count - 1;
+  const uint64_t value = std::exchange(block->values[kEnd == End::kHead ? 0 : rest], 0);
   --list.count;
-  if (count == 1) {
+  block->count = rest;
+  if (rest == 0) {
     chain::unlink(list, *block);
     pool::give(list.entry_pool, block);
-    return value;
+  } else if constexpr (kEnd == End::kHead) {
+    std::copy(block->values + 1, block->values + count, block->values);
   }
-  std::copy(slot + 1, block->values + count, slot);
-  block->count = count - 1;
   return value;
 }
 
@@ -107,21 +113,21 @@ mub_listx *mub_listx_term(mub_listx *list) {
 
 mub_listx_block *mub_listx_entry_new(mub_listx *list) { return chain::take_entry(*list); }
 
-mub_listx *mub_listx_add_head(mub_listx *list, uint64_t value) { return add(*list, End::kHead, value); }
+mub_listx *mub_listx_add_head(mub_listx *list, uint64_t value) { return add<End::kHead>(*list, value); }
 
-mub_listx *mub_listx_add_tail(mub_listx *list, uint64_t value) { return add(*list, End::kTail, value); }
+mub_listx *mub_listx_add_tail(mub_listx *list, uint64_t value) { return add<End::kTail>(*list, value); }
 
 uint64_t mub_listx_add_head_new(mub_listx *list, mub_init_fn init) {
-  return add_new(*list, End::kHead, init);
+  return add_new<End::kHead>(*list, init);
 }
 
 uint64_t mub_listx_add_tail_new(mub_listx *list, mub_init_fn init) {
-  return add_new(*list, End::kTail, init);
+  return add_new<End::kTail>(*list, init);
 }
 
-uint64_t mub_listx_remove_head(mub_listx *list) { return remove(*list, End::kHead); }
+uint64_t mub_listx_remove_head(mub_listx *list) { return remove<End::kHead>(*list); }
 
-uint64_t mub_listx_remove_tail(mub_listx *list) { return remove(*list, End::kTail); }
+uint64_t mub_listx_remove_tail(mub_listx *list) { return remove<End::kTail>(*list); }
 
 mub_listx *mub_listx_remove_all(mub_listx *list) {
   chain::remove_all(*list);
