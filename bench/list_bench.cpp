@@ -1,11 +1,13 @@
 // Lists at their two ends, walked, searched and copied. The keyed list has texts of 8 to 24 bytes as keys.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <list>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "bench_support.h"
 #include "mub_list.h"
@@ -145,20 +147,13 @@ void fill(List &list, int64_t count) {
 }
 
 // And the release of the whole.
-template <class List>
-void add_tail(benchmark::State &state) {
+template <class List, bool kHead>
+void add(benchmark::State &state) {
   for (auto _ : state) {
     List list;
-    fill(list, state.range(0));
-    benchmark::DoNotOptimize(&list);
-  }
-}
-
-template <class List>
-void add_head(benchmark::State &state) {
-  for (auto _ : state) {
-    List list;
-    for (int64_t i = 0; i < state.range(0); ++i) list.add_head(static_cast<uint64_t>(i));
+    for (int64_t i = 0; i < state.range(0); ++i) {
+      kHead ? list.add_head(static_cast<uint64_t>(i)) : list.add_tail(static_cast<uint64_t>(i));
+    }
     benchmark::DoNotOptimize(&list);
   }
 }
@@ -176,24 +171,16 @@ void queue(benchmark::State &state) {
   }
 }
 
-// A thousand in at an end and out again.
-template <class List>
-void stack_at_tail(benchmark::State &state) {
+// A thousand in at one of the ends and out again.
+template <class List, bool kHead>
+void stack(benchmark::State &state) {
   List list;
   fill(list, state.range(0));
   for (auto _ : state) {
-    for (uint64_t i = 0; i < 1000; ++i) list.add_tail(i);
-    for (uint64_t i = 0; i < 1000; ++i) benchmark::DoNotOptimize(list.remove_tail());
-  }
-}
-
-template <class List>
-void stack_at_head(benchmark::State &state) {
-  List list;
-  fill(list, state.range(0));
-  for (auto _ : state) {
-    for (uint64_t i = 0; i < 1000; ++i) list.add_head(i);
-    for (uint64_t i = 0; i < 1000; ++i) benchmark::DoNotOptimize(list.remove_head());
+    for (uint64_t i = 0; i < 1000; ++i) kHead ? list.add_head(i) : list.add_tail(i);
+    for (uint64_t i = 0; i < 1000; ++i) {
+      benchmark::DoNotOptimize(kHead ? list.remove_head() : list.remove_tail());
+    }
   }
 }
 
@@ -226,16 +213,16 @@ const std::vector<int64_t> kSizes = {1000, 100000};
 
 template <class List>
 void add_ends(const std::string &kind, const char *who) {
-  mub_bench::add_sizes(kind + "_add_tail", who, add_tail<List>, kSizes);
-  mub_bench::add_sizes(kind + "_add_head", who, add_head<List>, kSizes);
+  mub_bench::add_sizes(kind + "_add_tail", who, add<List, false>, kSizes);
+  mub_bench::add_sizes(kind + "_add_head", who, add<List, true>, kSizes);
   mub_bench::add_sizes(kind + "_walk", who, walk<List>, kSizes);
 }
 
 template <class List>
 void add_queues(const std::string &kind, const char *who) {
   mub_bench::add_sizes(kind + "_queue", who, queue<List>, kSizes);
-  mub_bench::add_sizes(kind + "_stack_at_tail", who, stack_at_tail<List>, kSizes);
-  mub_bench::add_sizes(kind + "_stack_at_head", who, stack_at_head<List>, kSizes);
+  mub_bench::add_sizes(kind + "_stack_at_tail", who, stack<List, false>, kSizes);
+  mub_bench::add_sizes(kind + "_stack_at_head", who, stack<List, true>, kSizes);
 }
 
 template <class List>
