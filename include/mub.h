@@ -8,6 +8,7 @@
 #include "mub_btree.h"
 #include "mub_char.h"
 #include "mub_hash.h"
+#include "mub_list.h"
 #include "mub_mem.h"
 #include "mub_pool.h"
 #include "mub_stream.h"

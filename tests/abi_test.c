@@ -159,6 +159,52 @@ FIELD_AT(mub_hasht, 64, mub_pool *, value_pool);
 FIELD_AT(mub_hasht, 72, uint16_t, owns_value_pool);
 SIZE_IS(mub_hasht, 80);
 
+FIELD_AT(mub_list_entry, 0, mub_list_entry *, prev);
+FIELD_AT(mub_list_entry, 8, mub_list_entry *, next);
+FIELD_AT(mub_list_entry, 16, uint32_t, key_offset);
+FIELD_AT(mub_list_entry, 20, uint32_t, key_length);
+FIELD_AT(mub_list_entry, 24, uint64_t, value);
+SIZE_IS(mub_list_entry, 32);
+
+FIELD_AT(mub_list, 0, mub_list_entry *, head);
+FIELD_AT(mub_list, 8, mub_list_entry *, tail);
+FIELD_AT(mub_list, 16, int64_t, count);
+FIELD_AT(mub_list, 24, mub_stream, keys);
+FIELD_AT(mub_list, 48, mub_pool *, entry_pool);
+FIELD_AT(mub_list, 56, uint16_t, owns_entry_pool);
+FIELD_AT(mub_list, 64, mub_pool *, value_pool);
+FIELD_AT(mub_list, 72, uint16_t, owns_value_pool);
+SIZE_IS(mub_list, 80);
+
+FIELD_AT(mub_lists_entry, 0, mub_lists_entry *, prev);
+FIELD_AT(mub_lists_entry, 8, mub_lists_entry *, next);
+FIELD_AT(mub_lists_entry, 16, uint64_t, value);
+SIZE_IS(mub_lists_entry, 24);
+
+FIELD_AT(mub_lists, 0, mub_lists_entry *, head);
+FIELD_AT(mub_lists, 8, mub_lists_entry *, tail);
+FIELD_AT(mub_lists, 16, int64_t, count);
+FIELD_AT(mub_lists, 24, mub_pool *, entry_pool);
+FIELD_AT(mub_lists, 32, uint16_t, owns_entry_pool);
+FIELD_AT(mub_lists, 40, mub_pool *, value_pool);
+FIELD_AT(mub_lists, 48, uint16_t, owns_value_pool);
+SIZE_IS(mub_lists, 56);
+
+FIELD_AT(mub_listx_block, 0, mub_listx_block *, prev);
+FIELD_AT(mub_listx_block, 8, mub_listx_block *, next);
+FIELD_AT(mub_listx_block, 16, int64_t, count);
+FIELD_AT(mub_listx_block, 24, uint64_t, values[0]);
+SIZE_IS(mub_listx_block, 280);
+
+FIELD_AT(mub_listx, 0, mub_listx_block *, head);
+FIELD_AT(mub_listx, 8, mub_listx_block *, tail);
+FIELD_AT(mub_listx, 16, int64_t, count);
+FIELD_AT(mub_listx, 24, mub_pool *, entry_pool);
+FIELD_AT(mub_listx, 32, uint16_t, owns_entry_pool);
+FIELD_AT(mub_listx, 40, mub_pool *, value_pool);
+FIELD_AT(mub_listx, 48, uint16_t, owns_value_pool);
+SIZE_IS(mub_listx, 56);
+
 FIELD_AT(mub_tree_entry, 0, mub_tree_entry *, parent);
 FIELD_AT(mub_tree_entry, 8, mub_tree_entry *, first_child);
 FIELD_AT(mub_tree_entry, 16, mub_tree_entry *, prev);

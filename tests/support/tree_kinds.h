@@ -25,6 +25,8 @@ struct Rings {
   using Record = mub_tree;
   using Entry = mub_tree_entry;
   static constexpr bool kHasSides = false;
+  static constexpr auto init = mub_tree_init;
+  static constexpr auto term = mub_tree_term;
   static constexpr auto kFunctions =
       std::make_tuple(mub_tree_init, mub_tree_term, mub_tree_remove_all, mub_tree_free_all, mub_tree_clone,
                       mub_tree_clone_entry, mub_tree_entry_new, mub_tree_entry_remove_x, mub_tree_entry_free);
@@ -51,6 +53,8 @@ struct Sides {
   using Record = mub_bitree;
   using Entry = mub_bitree_entry;
   static constexpr bool kHasSides = true;
+  static constexpr auto init = mub_bitree_init;
+  static constexpr auto term = mub_bitree_term;
   static constexpr auto kFunctions = std::make_tuple(
       mub_bitree_init, mub_bitree_term, mub_bitree_remove_all, mub_bitree_free_all, mub_bitree_clone,
       mub_bitree_clone_entry, mub_bitree_entry_new, mub_bitree_entry_remove, mub_bitree_entry_free);
@@ -65,34 +69,14 @@ struct Sides {
   static std::vector<Entry *> branches(const Entry &entry) { return {entry.left, entry.right, entry.equal}; }
 };
 
-// Values are blocks that hold a key; 0 stands for the key 0.
-inline uint64_t &key_at(uint64_t value) { return *reinterpret_cast<uint64_t *>(value); }
-inline uint64_t key_of(uint64_t value) { return value == 0 ? 0 : key_at(value); }
-inline void note_key_once(uint64_t value) { note(std::exchange(key_at(value), 0)); }
-inline void note_clone(const mub_pool_chunk *, uint64_t source, mub_pool *, uint64_t copy, mub_pool *users) {
+inline void note_clone_with(const mub_pool_chunk *map, uint64_t source, mub_pool *from, uint64_t copy,
+                            mub_pool *users) {
   EXPECT_EQ(users->block_size, 3);
-  seen.insert(seen.end(), {key_of(source), key_of(copy)});
+  note_clone(map, source, from, copy, users);
 }
 
-// A tree with its pools, or with the test's, which share its scope.
 template <class A>
-struct Tree : A::Record {
-  explicit Tree(bool own_entries = true, bool own_values = true) {
-    std::get<kInit>(A::kFunctions)(this, own_entries, own_values);
-    if (!own_entries) this->entry_pool = &entries;
-    if (!own_values) this->value_pool = &values;
-    this->value_pool->block_size = sizeof(uint64_t);
-  }
-  ~Tree() { std::get<kTerm>(A::kFunctions)(this); }
-
-  uint64_t new_value(uint64_t key) {
-    const auto value = reinterpret_cast<uintptr_t>(mub_pool_new(this->value_pool));
-    key_at(value) = key;
-    return value;
-  }
-
-  Pool entries{sizeof(typename A::Entry)}, values{sizeof(uint64_t)};
-};
+using Tree = Pooled<A>;
 
 template <int kOperation, class A, class... Args>
 auto call(Tree<A> &tree, Args... args) {
@@ -241,7 +225,7 @@ class TreeModel {
     Tree<A> copy(random.one_in(2), random.one_in(2));
     A::link(copy, copy.root, 0, nullptr, call<kNew>(copy));
     seen.clear();
-    const bool failed = blows_in([&] { call<kClone>(tree_, nullptr, &copy, &users, note_clone); });
+    const bool failed = blows_in([&] { call<kClone>(tree_, nullptr, &copy, &users, note_clone_with); });
     if (failed && A::branches(copy.root) == A::branches({})) {
       const bool is_empty = copy.count == 0 && seen.empty() && copy.entries.live_count == 0;
       ASSERT_TRUE((is_empty && copy.root.value == 0) || nodes.size() == 1);  // which may be a whole copy

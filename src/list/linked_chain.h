@@ -1,0 +1,349 @@
+// The engine of the lists: pooled entries, linked both ways.
+//
+//   list   head ──► entry ◄──► entry ◄──► entry ◄── tail          prev of the head and next of the tail are null
+//
+// Invariants:
+//   1. head and tail are null together; from either, the links lead to the other.
+//   2. What one link leads to links back.
+//   3. `count` is the number of entries (of values, where an entry holds several).
+//   4. The key of every entry lies in the key storage, where there is one, which holds nothing else.
+//   5. Entries are blocks of the entry pool.
+//
+// A list takes part by specialising ChainPolicy where it has keys, or several values an entry.
+#ifndef MUB_LIST_LINKED_CHAIN_H
+#define MUB_LIST_LINKED_CHAIN_H
+
+#include <cstdint>
+#include <type_traits>
+
+#include "core/pool.h"
+#include "core/pool_twin.h"
+#include "core/value_pool.h"
+#include "mub_list.h"
+
+namespace mub {
+
+struct NoKey {};
+
+// What a list without keys does where others tend to them.
+template <class List>
+struct Keyless {
+  using Entry = std::remove_pointer_t<decltype(List::head)>;
+  using Key = NoKey;
+
+  static Key key_of(const List &, const Entry &) { return {}; }
+  // Fills the key fields of an entry; false when its bytes find no room.
+  static bool store_key(List &, Entry &, Key) { return true; }
+  // Takes the key of an entry out.
+  static void erase_key(List &, Entry &) {}
+  // The same for the entry whose key was stored last.
+  static void retract_key(List &, Entry &) {}
+  static void clear_keys(List &) {}
+  static void term_keys(List &) {}
+  static bool clone_keys(const List &, List &) { return true; }
+
+  static void release_values(List &list, const Entry &entry, mub_free_fn release_it) {
+    release_value(list.value_pool, list.owns_value_pool, entry.value, release_it);
+  }
+};
+
+template <class List>
+struct ChainPolicy : Keyless<List> {};
+
+namespace chain {
+
+template <class List>
+using EntryOf = typename ChainPolicy<List>::Entry;
+template <class List>
+using KeyOf = typename ChainPolicy<List>::Key;
+
+// ---- places
+
+enum class End { kHead, kTail };
+
+constexpr End opposite(End end) { return end == End::kHead ? End::kTail : End::kHead; }
+
+template <class List>
+EntryOf<List> *entry_at(const List &list, End end) {
+  return end == End::kHead ? list.head : list.tail;
+}
+
+// The neighbour on the way from an end to the other one.
+template <class Entry>
+Entry *behind(const Entry &entry, End start) {
+  return start == End::kHead ? entry.next : entry.prev;
+}
+
+// Where an entry can be linked: between two neighbours, either of which may be missing.
+template <class Entry>
+struct Gap {
+  Entry *before;
+  Entry *after;
+};
+
+template <class List>
+Gap<EntryOf<List>> gap_at(const List &list, End end) {
+  if (end == End::kHead) return {nullptr, list.head};
+  return {list.tail, nullptr};
+}
+
+// Beside nothing is outside of all.
+template <class List>
+Gap<EntryOf<List>> gap_before(const List &list, EntryOf<List> *position) {
+  if (position == nullptr) return gap_at(list, End::kHead);
+  return {position->prev, position};
+}
+
+template <class List>
+Gap<EntryOf<List>> gap_after(const List &list, EntryOf<List> *position) {
+  if (position == nullptr) return gap_at(list, End::kTail);
+  return {position, position->next};
+}
+
+// ---- links
+
+template <class List>
+void link(List &list, Gap<EntryOf<List>> gap, EntryOf<List> &entry) {
+  entry.prev = gap.before;
+  entry.next = gap.after;
+  (gap.before != nullptr ? gap.before->next : list.head) = &entry;
+  (gap.after != nullptr ? gap.after->prev : list.tail) = &entry;
+}
+
+template <class List>
+void unlink(List &list, const EntryOf<List> &entry) {
+  (entry.prev != nullptr ? entry.prev->next : list.head) = entry.next;
+  (entry.next != nullptr ? entry.next->prev : list.tail) = entry.prev;
+}
+
+// Calls `visit` with every entry, which it may release.
+template <class List, class Visit>
+void for_each(const List &list, Visit visit) {
+  EntryOf<List> *entry = list.head;
+  while (entry != nullptr) {
+    EntryOf<List> *next = entry->next;
+    visit(*entry);
+    entry = next;
+  }
+}
+
+template <class List, class Test>
+EntryOf<List> *find(const List &list, Test is_wanted) {
+  EntryOf<List> *entry = list.head;
+  while (entry != nullptr && !is_wanted(*entry)) entry = entry->next;
+  return entry;
+}
+
+// ---- adding
+
+template <class List>
+EntryOf<List> *take_entry(List &list) {
+  auto *entry = static_cast<EntryOf<List> *>(pool::take(list.entry_pool));
+  if (entry != nullptr) *entry = {};
+  return entry;
+}
+
+template <class List>
+EntryOf<List> *add(List &list, Gap<EntryOf<List>> gap, KeyOf<List> key, uint64_t value) {
+  EntryOf<List> *entry = take_entry(list);
+  if (entry == nullptr) return nullptr;
+  if (!ChainPolicy<List>::store_key(list, *entry, key)) {
+    pool::give(list.entry_pool, entry);
+    return nullptr;
+  }
+  entry->value = value;
+  link(list, gap, *entry);
+  ++list.count;
+  return entry;
+}
+
+// The entry stands even when there is no block for it.
+template <class List>
+uint64_t add_new(List &list, Gap<EntryOf<List>> gap, KeyOf<List> key, mub_init_fn init) {
+  EntryOf<List> *entry = add(list, gap, key, 0);
+  if (entry == nullptr) return 0;
+  entry->value = take_value(list.value_pool, init);
+  return entry->value;
+}
+
+// Takes a linked entry, of whose key nothing is left, off the list.
+template <class List>
+void drop(List &list, EntryOf<List> &entry) {
+  unlink(list, entry);
+  --list.count;
+  pool::give(list.entry_pool, &entry);
+}
+
+// Undoes the latest additions at an end, down to `count` entries.
+template <class List>
+void retract(List &list, End end, int64_t count) {
+  while (list.count > count) {
+    EntryOf<List> &latest = *entry_at(list, end);
+    ChainPolicy<List>::retract_key(list, latest);
+    drop(list, latest);
+  }
+}
+
+// Adds copies of another list's entries, in their order; all or none. The list may be its own source, whose entries
+// are then those that it has at the start.
+template <class List>
+void add_list(List &list, const List &source, End end) {
+  const int64_t old_count = list.count;
+  const int64_t added = source.count;
+  const End start = opposite(end);
+  const EntryOf<List> *entry = entry_at(source, start);
+  for (int64_t i = 0; entry != nullptr && i < added; ++i) {
+    const auto key = ChainPolicy<List>::key_of(source, *entry);
+    if (add(list, gap_at(list, end), key, entry->value) == nullptr) return retract(list, end, old_count);
+    entry = behind(*entry, start);
+  }
+}
+
+// ---- reading and removing
+
+template <class Entry>
+uint64_t value_or_0(const Entry *entry) {
+  return entry != nullptr ? entry->value : 0;
+}
+
+// The entry at a position, which moves on; nullptr stays.
+template <class Entry>
+Entry *step(Entry *&position, End start) {
+  Entry *entry = position;
+  if (entry != nullptr) position = behind(*entry, start);
+  return entry;
+}
+
+template <class List>
+uint64_t remove(List &list, EntryOf<List> *entry) {
+  if (entry == nullptr) return 0;
+  const uint64_t value = entry->value;
+  ChainPolicy<List>::erase_key(list, *entry);
+  drop(list, *entry);
+  return value;
+}
+
+// Unlike those at the ends, a removal at a position clears the value in the block.
+template <class List>
+uint64_t remove_at(List &list, EntryOf<List> *position) {
+  if (position == nullptr || list.head == nullptr) return 0;
+  const uint64_t value = position->value;
+  position->value = 0;
+  remove(list, position);
+  return value;
+}
+
+// ---- the whole list
+
+template <class List>
+void init(List &list, int own_entry_pool, int own_value_pool) {
+  list = {};
+  pool::create_owned_pools(list, sizeof(EntryOf<List>), own_entry_pool != 0, own_value_pool != 0);
+}
+
+template <class List>
+void forget_entries(List &list) {
+  list.head = nullptr;
+  list.tail = nullptr;
+  list.count = 0;
+}
+
+template <class List>
+void return_entries(List &list) {
+  for_each(list, [&](EntryOf<List> &entry) { pool::give(list.entry_pool, &entry); });
+}
+
+template <class List>
+void return_entries_to_caller(List &list) {
+  if (list.owns_entry_pool == 0) return_entries(list);
+}
+
+template <class List>
+void term(List &list) {
+  return_entries_to_caller(list);
+  ChainPolicy<List>::term_keys(list);
+  pool::destroy_owned(list.entry_pool, list.owns_entry_pool);
+  pool::destroy_owned(list.value_pool, list.owns_value_pool);
+  forget_entries(list);
+}
+
+// The blocks of an owned value pool stay.
+template <class List>
+void remove_all(List &list) {
+  return_entries_to_caller(list);
+  ChainPolicy<List>::clear_keys(list);
+  if (list.owns_entry_pool != 0 && list.entry_pool != nullptr) pool::empty(*list.entry_pool);
+  forget_entries(list);
+}
+
+// They go too.
+template <class List>
+void remove_all_with_values(List &list) {
+  remove_all(list);
+  pool::empty_owned_pools(list);
+}
+
+template <class List>
+void free_all_entry(List &list, mub_free_fn release_it) {
+  for_each(list, [&](EntryOf<List> &entry) {
+    ChainPolicy<List>::release_values(list, entry, release_it);
+    if (list.owns_entry_pool == 0) pool::give(list.entry_pool, &entry);
+  });
+}
+
+template <class List>
+void free_all(List &list, mub_free_fn release_it) {
+  const bool returns_values = list.owns_value_pool == 0 && list.value_pool != nullptr;
+  if (release_it != nullptr || list.owns_entry_pool == 0 || returns_values) free_all_entry(list, release_it);
+  ChainPolicy<List>::term_keys(list);
+  pool::empty_owned_pools(list);
+  forget_entries(list);
+}
+
+// ---- copies
+
+// Twins of entries of an owned pool lie in its copy already; others are fresh blocks. An entry that is no block of the
+// pool has no twin, and is left out.
+template <class List>
+bool copy_entries(const List &source, List &copy, PoolTwins &pools) {
+  const bool have_twins = pools.clones_entries();
+  for (const EntryOf<List> *entry = source.head; entry != nullptr; entry = entry->next) {
+    EntryOf<List> *twin = have_twins ? pools.entry(entry) : take_entry(copy);
+    if (twin == nullptr && !have_twins) return false;
+    if (twin == nullptr) continue;
+    *twin = *entry;
+    link(copy, gap_at(copy, End::kTail), *twin);
+  }
+  copy.count = source.count;
+  return true;
+}
+
+// False when memory runs out; what is in the copy then is for the caller to remove.
+template <class List>
+bool copy_content(const List &source, List &copy, UserPools &user) {
+  if (source.owns_entry_pool == 0) user.share(source.entry_pool, copy.entry_pool, copy.owns_entry_pool);
+  if (source.owns_value_pool == 0) user.share(source.value_pool, copy.value_pool, copy.owns_value_pool);
+  PoolTwins pools;
+  if (!ChainPolicy<List>::clone_keys(source, copy) || !pools.clone(source, copy, user)) return false;
+  if (!copy_entries(source, copy, pools)) return false;
+  if (source.owns_value_pool == 0) return true;
+  // Only when nothing can fail any more, so that the callback sees all entries or none.
+  for_each(copy, [&](EntryOf<List> &entry) {
+    const uint64_t source_value = entry.value;
+    entry.value = pools.value(source_value);
+    user.mend(source_value, entry.value);
+  });
+  return true;
+}
+
+template <class List>
+void clone(const List &source, List &copy, UserPools user) {
+  if (&source == &copy) return;
+  remove_all_with_values(copy);
+  if (!copy_content(source, copy, user)) remove_all_with_values(copy);
+}
+
+}  // namespace chain
+}  // namespace mub
+
+#endif

@@ -1,0 +1,233 @@
+// mub_list: entries with byte-string keys, whose bytes are kept in a stream.
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "core/bytes.h"
+#include "core/key_store.h"
+#include "core/text_pieces.h"
+#include "list/linked_chain.h"
+
+static_assert(sizeof(mub_list_entry) == 32 && offsetof(mub_list_entry, next) == 8 &&
+              offsetof(mub_list_entry, key_offset) == 16 && offsetof(mub_list_entry, key_length) == 20 &&
+              offsetof(mub_list_entry, value) == 24);
+static_assert(sizeof(mub_list) == 80 && offsetof(mub_list, tail) == 8 && offsetof(mub_list, count) == 16 &&
+              offsetof(mub_list, keys) == 24 && offsetof(mub_list, entry_pool) == 48 &&
+              offsetof(mub_list, owns_entry_pool) == 56 && offsetof(mub_list, value_pool) == 64 &&
+              offsetof(mub_list, owns_value_pool) == 72);
+
+namespace mub {
+
+struct ListKey {
+  const void *bytes;
+  int64_t length;
+};
+
+template <>
+struct ChainPolicy<mub_list> : Keyless<mub_list> {
+  using Key = ListKey;
+
+  static Key key_of(const mub_list &list, const Entry &entry) {
+    return {list.keys.data + entry.key_offset, entry.key_length};
+  }
+
+  static bool store_key(mub_list &list, Entry &entry, Key key) {
+    const int64_t offset = list.keys.length;
+    if (!keys::append(list.keys, key.bytes, key.length)) return false;
+    entry.key_offset = static_cast<uint32_t>(offset);
+    entry.key_length = static_cast<uint32_t>(list.keys.length - offset);
+    return true;
+  }
+
+  // Its own fields are cleared first: an empty key at offset 0 is one that no cut moves, on the free stack neither.
+  static void erase_key(mub_list &list, Entry &entry) {
+    const uint32_t offset = std::exchange(entry.key_offset, 0);
+    const uint32_t length = std::exchange(entry.key_length, 0);
+    if (length == 0) return;
+    keys::erase(list.keys, offset, length);
+    lower_offsets(list, offset, length);
+  }
+
+  static void retract_key(mub_list &list, Entry &entry) {
+    buffer::shrink(list.keys, entry.key_offset);
+    entry.key_offset = 0;
+    entry.key_length = 0;
+  }
+
+  static void clear_keys(mub_list &list) { buffer::shrink(list.keys, 0); }
+  static void term_keys(mub_list &list) { buffer::term(list.keys); }
+  static bool clone_keys(const mub_list &source, mub_list &copy) {
+    return buffer::clone(source.keys, copy.keys);
+  }
+
+  static void lower_offsets(mub_list &list, uint32_t offset, uint32_t length) {
+    const auto lower = [=](Entry &entry) {
+      if (keys::moves_down(entry.key_offset, entry.key_length, offset)) entry.key_offset -= length;
+    };
+    if (pool::holds_only<Entry>(list.entry_pool, list.owns_entry_pool, list.count)) {
+      pool::for_each_block<Entry>(*list.entry_pool, lower);
+    } else {
+      chain::for_each(list, lower);
+    }
+  }
+};
+
+namespace {
+
+using Policy = ChainPolicy<mub_list>;
+
+// The length rule of the public operations; no bytes are the empty key.
+ListKey measured_key(const void *key, int64_t length) {
+  return {key, key != nullptr ? measured(key, length) : 0};
+}
+
+uint64_t hand_out(const mub_list &list, const mub_list_entry *entry, const char **key, int64_t *length) {
+  const ListKey bytes = entry != nullptr ? Policy::key_of(list, *entry) : ListKey{nullptr, 0};
+  *key = static_cast<const char *>(bytes.bytes);
+  *length = bytes.length;
+  return chain::value_or_0(entry);
+}
+
+}  // namespace
+}  // namespace mub
+
+using namespace mub;
+using chain::End;
+
+extern "C" {
+
+mub_list *mub_list_init(mub_list *list, int own_entry_pool, int own_value_pool) {
+  chain::init(*list, own_entry_pool, own_value_pool);
+  return list;
+}
+
+mub_list *mub_list_term(mub_list *list) {
+  chain::term(*list);
+  return list;
+}
+
+void mub_list_swap(mub_list *a, mub_list *b) { std::swap(*a, *b); }
+
+mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_pool, mub_list *destination,
+                         mub_pool *destination_user_pool, mub_clone_fn callback) {
+  chain::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  return destination;
+}
+
+mub_list_entry *mub_list_entry_new(mub_list *list) { return chain::take_entry(*list); }
+
+mub_list_entry *mub_list_add_head(mub_list *list, const void *key, int64_t length, uint64_t value) {
+  return chain::add(*list, chain::gap_at(*list, End::kHead), measured_key(key, length), value);
+}
+
+mub_list_entry *mub_list_add_tail(mub_list *list, const void *key, int64_t length, uint64_t value) {
+  return chain::add(*list, chain::gap_at(*list, End::kTail), measured_key(key, length), value);
+}
+
+uint64_t mub_list_add_head_new(mub_list *list, const void *key, int64_t length, mub_init_fn init) {
+  return chain::add_new(*list, chain::gap_at(*list, End::kHead), measured_key(key, length), init);
+}
+
+uint64_t mub_list_add_tail_new(mub_list *list, const void *key, int64_t length, mub_init_fn init) {
+  return chain::add_new(*list, chain::gap_at(*list, End::kTail), measured_key(key, length), init);
+}
+
+void mub_list_add_head_list(mub_list *list, const mub_list *source) {
+  chain::add_list(*list, *source, End::kHead);
+}
+
+void mub_list_add_tail_list(mub_list *list, const mub_list *source) {
+  chain::add_list(*list, *source, End::kTail);
+}
+
+mub_list_entry *mub_list_insert_before(mub_list *list, mub_list_entry *position, const void *key,
+                                       int64_t length, uint64_t value) {
+  return chain::add(*list, chain::gap_before(*list, position), measured_key(key, length), value);
+}
+
+mub_list_entry *mub_list_insert_after(mub_list *list, mub_list_entry *position, const void *key,
+                                      int64_t length, uint64_t value) {
+  return chain::add(*list, chain::gap_after(*list, position), measured_key(key, length), value);
+}
+
+mub_list_entry *mub_list_get_head_position(const mub_list *list) { return list->head; }
+
+mub_list_entry *mub_list_get_tail_position(const mub_list *list) { return list->tail; }
+
+uint64_t mub_list_get_head(const mub_list *list, const char **key, int64_t *length) {
+  return hand_out(*list, list->head, key, length);
+}
+
+uint64_t mub_list_get_tail(const mub_list *list, const char **key, int64_t *length) {
+  return hand_out(*list, list->tail, key, length);
+}
+
+uint64_t mub_list_get_next(const mub_list *list, mub_list_entry **position, const char **key,
+                           int64_t *length) {
+  return hand_out(*list, chain::step(*position, End::kHead), key, length);
+}
+
+uint64_t mub_list_get_prev(const mub_list *list, mub_list_entry **position, const char **key,
+                           int64_t *length) {
+  return hand_out(*list, chain::step(*position, End::kTail), key, length);
+}
+
+uint64_t mub_list_get_at(const mub_list *list, const mub_list_entry *position, const char **key,
+                         int64_t *length) {
+  return hand_out(*list, position, key, length);
+}
+
+mub_list_entry *mub_list_find(const mub_list *list, const void *key, int64_t length) {
+  const ListKey wanted = measured_key(key, length);
+  return chain::find(*list, [&](const mub_list_entry &entry) {
+    const ListKey own = Policy::key_of(*list, entry);
+    return bytes::equal(own.bytes, own.length, wanted.bytes, wanted.length);
+  });
+}
+
+uint64_t mub_list_remove_head(mub_list *list) { return chain::remove(*list, list->head); }
+
+uint64_t mub_list_remove_tail(mub_list *list) { return chain::remove(*list, list->tail); }
+
+uint64_t mub_list_remove_at(mub_list *list, mub_list_entry *position) {
+  return chain::remove_at(*list, position);
+}
+
+mub_list *mub_list_remove_all(mub_list *list) {
+  chain::remove_all(*list);
+  return list;
+}
+
+void mub_list_free_all(mub_list *list, mub_free_fn release) { chain::free_all(*list, release); }
+
+void mub_list_remove_all_entry(mub_list *list) { chain::return_entries_to_caller(*list); }
+
+void mub_list_free_all_entry(mub_list *list, mub_free_fn release) { chain::free_all_entry(*list, release); }
+
+void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length) {
+  Policy::lower_offsets(*list, offset, static_cast<uint32_t>(length));
+}
+
+void mub_list_from_string(mub_list *list, int separator, const char *text, int64_t length) {
+  const int64_t text_length = measured(text, length);
+  // The text may be the list's own keys, which the first growth would release.
+  const PinnedBytes pinned = buffer::pinned(list->keys, text, text_length);
+  if (pinned.failed()) return;
+  const int64_t old_count = list->count;
+  const auto add = [list](const char *key, int64_t key_length) {
+    return chain::add(*list, chain::gap_at(*list, End::kTail), {key, key_length}, 0) != nullptr;
+  };
+  const auto *own_text = static_cast<const char *>(pinned.bytes());
+  if (!pieces::for_each(own_text, text_length, separator, add)) chain::retract(*list, End::kTail, old_count);
+}
+
+void mub_list_to_string(const mub_list *list, int separator, mub_string *string) {
+  const int64_t room = list->keys.length + std::max<int64_t>(list->count - 1, 0);
+  pieces::join(*string, room, separator, [list](auto visit) {
+    chain::for_each(*list, [&](const mub_list_entry &entry) {
+      const ListKey key = Policy::key_of(*list, entry);
+      visit(pieces::BytesText{key.bytes, key.length});
+    });
+  });
+}
+}

@@ -1,0 +1,146 @@
+// mub_listx: an unrolled list, whose entries are blocks of up to 32 values.
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
+#include "list/linked_chain.h"
+
+static_assert(sizeof(mub_listx_block) == 280 && offsetof(mub_listx_block, next) == 8 &&
+              offsetof(mub_listx_block, count) == 16 && offsetof(mub_listx_block, values) == 24);
+static_assert(sizeof(mub_listx) == 56 && offsetof(mub_listx, tail) == 8 && offsetof(mub_listx, count) == 16 &&
+              offsetof(mub_listx, entry_pool) == 24 && offsetof(mub_listx, owns_entry_pool) == 32 &&
+              offsetof(mub_listx, value_pool) == 40 && offsetof(mub_listx, owns_value_pool) == 48);
+
+namespace mub {
+namespace {
+
+constexpr int64_t kSlots = std::size(mub_listx_block{}.values);
+
+// The values that a block holds, whatever it states.
+int64_t held(const mub_listx_block &block) { return std::clamp<int64_t>(block.count, 0, kSlots); }
+
+}  // namespace
+
+template <>
+struct ChainPolicy<mub_listx> : Keyless<mub_listx> {
+  static void release_values(mub_listx &list, const Entry &block, mub_free_fn release_it) {
+    for (int64_t i = 0; i < held(block); ++i) {
+      release_value(list.value_pool, list.owns_value_pool, block.values[i], release_it);
+    }
+  }
+};
+
+namespace {
+
+using chain::End;
+
+// Kept out of the way of the block that has room.
+__attribute__((noinline)) mub_listx_block *add_block(mub_listx &list, End end) {
+  mub_listx_block *block = chain::take_entry(list);
+  if (block != nullptr) chain::link(list, chain::gap_at(list, end), *block);
+  return block;
+}
+
+// A slot at an end for a value more, still 0; nullptr when there is none.
+template <End kEnd>
+uint64_t *open_slot(mub_listx &list) {
+  mub_listx_block *block = chain::entry_at(list, kEnd);
+  if (block == nullptr || held(*block) == kSlots) block = add_block(list, kEnd);
+  if (block == nullptr) return nullptr;
+  const int64_t count = held(*block);
+  uint64_t *slot = block->values + count;
+  if constexpr (kEnd == End::kHead) {
+    slot = block->values;
+    std::copy_backward(slot, slot + count, slot + count + 1);
+  }
+  *slot = 0;
+  block->count = count + 1;
+  ++list.count;
+  return slot;
+}
+
+template <End kEnd>
+mub_listx *add(mub_listx &list, uint64_t value) {
+  uint64_t *slot = open_slot<kEnd>(list);
+  if (slot == nullptr) return nullptr;
+  *slot = value;
+  return &list;
+}
+
+template <End kEnd>
+uint64_t add_new(mub_listx &list, mub_init_fn init) {
+  uint64_t *slot = open_slot<kEnd>(list);
+  if (slot == nullptr) return 0;
+  *slot = take_value(list.value_pool, init);
+  return *slot;
+}
+
+template <End kEnd>
+uint64_t remove(mub_listx &list) {
+  mub_listx_block *block = chain::entry_at(list, kEnd);
+  const int64_t count = block != nullptr ? held(*block) : 0;
+  if (count == 0) return 0;
+  const int64_t rest = count - 1;
+  const uint64_t value = std::exchange(block->values[kEnd == End::kHead ? 0 : rest], 0);
+  --list.count;
+  block->count = rest;
+  if (rest == 0) {
+    chain::unlink(list, *block);
+    pool::give(list.entry_pool, block);
+  } else if constexpr (kEnd == End::kHead) {
+    std::copy(block->values + 1, block->values + count, block->values);
+  }
+  return value;
+}
+
+}  // namespace
+}  // namespace mub
+
+using namespace mub;
+
+extern "C" {
+
+mub_listx *mub_listx_init(mub_listx *list, int own_entry_pool, int own_value_pool) {
+  chain::init(*list, own_entry_pool, own_value_pool);
+  return list;
+}
+
+mub_listx *mub_listx_term(mub_listx *list) {
+  chain::term(*list);
+  return list;
+}
+
+mub_listx_block *mub_listx_entry_new(mub_listx *list) { return chain::take_entry(*list); }
+
+mub_listx *mub_listx_add_head(mub_listx *list, uint64_t value) { return add<End::kHead>(*list, value); }
+
+mub_listx *mub_listx_add_tail(mub_listx *list, uint64_t value) { return add<End::kTail>(*list, value); }
+
+uint64_t mub_listx_add_head_new(mub_listx *list, mub_init_fn init) {
+  return add_new<End::kHead>(*list, init);
+}
+
+uint64_t mub_listx_add_tail_new(mub_listx *list, mub_init_fn init) {
+  return add_new<End::kTail>(*list, init);
+}
+
+uint64_t mub_listx_remove_head(mub_listx *list) { return remove<End::kHead>(*list); }
+
+uint64_t mub_listx_remove_tail(mub_listx *list) { return remove<End::kTail>(*list); }
+
+mub_listx *mub_listx_remove_all(mub_listx *list) {
+  chain::remove_all(*list);
+  return list;
+}
+
+void mub_listx_free_all(mub_listx *list, mub_free_fn release) { chain::free_all(*list, release); }
+
+void mub_listx_remove_all_entry(mub_listx *list) { chain::return_entries_to_caller(*list); }
+
+void mub_listx_free_all_entry(mub_listx *list, mub_free_fn release) { chain::free_all_entry(*list, release); }
+
+void mub_listx_free_array(mub_listx *list, mub_listx_block *block, mub_free_fn release) {
+  ChainPolicy<mub_listx>::release_values(*list, *block, release);
+}
+}
