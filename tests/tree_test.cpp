@@ -259,11 +259,11 @@ TEST(Tree, SwapsAndClonesWhatHangsOnTheRoot) {
 }
 
 TEST(Tree, ComparesRunsOfAnyLength) {
-  const std::string a = "0123456789abcdef0123";
+  const std::string a = "0123456789abcdef0123456789ABCDEF0123456789abcdef";
   for (size_t i = 0; i < a.size(); ++i) {
     std::string b = a;
     b[i] ^= 1;
-    for (int64_t length = 0; length < 20; ++length) {
+    for (int64_t length = 0; length < 48; ++length) {
       EXPECT_EQ(mub_tree_cmp(a.data(), length, b.data(), length), length <= static_cast<int64_t>(i) ? 1 : 0);
       EXPECT_EQ(mub_tree_cmp(a.data(), length, a.data(), length + 1), 0);
     }
