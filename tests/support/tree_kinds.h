@@ -275,6 +275,9 @@ class TreeModel {
 
   void swap() {
     Tree<A> other;
+    if constexpr (A::kHasSides) {
+      if (tree_.root.equal != nullptr) tree_.root.equal->parent = &other.root;  // will be set right
+    }
     A::swap(&tree_.root, &other.root);
     expect_at(other.root, nullptr, 0, nodes.size());
     EXPECT_TRUE(A::branches(tree_.root) == A::branches({}) && tree_.root.value == 0);
