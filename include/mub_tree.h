@@ -200,8 +200,8 @@ MUB_API int64_t mub_tree_entry_index(const mub_tree_entry *entry);
 
 /* mub_tree_entry_array: put an entry's index path before the words of an array: the index of each entry on the way
  * down from the top, which counts as 1, to the entry. The root's path is [1].
- *   array   initialised; unchanged when memory runs out
- * Cost: O(depth + sum of the positions). */
+ *   array   initialised; its words are unchanged when memory runs out
+ * Cost: O(words + depth + sum of the positions). */
 MUB_API void mub_tree_entry_array(const mub_tree_entry *entry, mub_arrayt *array);
 
 /* mub_tree_entry_compare: order two entries of one tree as a document: by their index paths.

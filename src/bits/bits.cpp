@@ -19,7 +19,7 @@ constexpr uint8_t with_bit(uint32_t byte, uint32_t position, bool on) {
   return static_cast<uint8_t>(on ? byte | mask(position) : byte & ~mask(position));
 }
 
-__attribute__((noinline)) bool grow(mub_bits &bits, uint32_t bytes) {
+bool grow(mub_bits &bits, uint32_t bytes) {
   const uint32_t size = grown_bit_bytes(bits.size, bytes);
   void *data = regrown(bits.data, bits.size, int64_t{size} + 1, 1);
   if (data == nullptr) return false;
@@ -28,12 +28,19 @@ __attribute__((noinline)) bool grow(mub_bits &bits, uint32_t bytes) {
   return true;
 }
 
-bool expand(mub_bits &bits, uint32_t bytes) { return bits.size >= bytes || grow(bits, bytes); }
+void put(mub_bits &bits, uint32_t bit, bool on) {
+  uint8_t &byte = bits.data[bit >> 3];
+  byte = with_bit(byte, bit & 7, on);
+}
+
+// Apart, so that setting a bit that is there needs no stack.
+__attribute__((noinline)) void insert_growing(mub_bits &bits, uint32_t bit, bool on) {
+  if (grow(bits, (bit >> 3) + 1)) put(bits, bit, on);
+}
 
 void insert(mub_bits &bits, uint32_t bit, bool on) {
-  const uint32_t index = bit >> 3;
-  if (!expand(bits, index + 1) || bits.data == nullptr) return;
-  bits.data[index] = with_bit(bits.data[index], bit & 7, on);
+  if (bits.size <= bit >> 3) return insert_growing(bits, bit, on);
+  if (bits.data != nullptr) put(bits, bit, on);
 }
 
 uint32_t find(const mub_bits &bits, uint32_t bit) {
@@ -59,10 +66,13 @@ mub_bits *mub_bits_init(mub_bits *bits) {
 
 mub_bits *mub_bits_term(mub_bits *bits) {
   mub::release(bits->data);
-  return mub_bits_init(bits);
+  *bits = {};
+  return bits;
 }
 
-int mub_bits_expand(mub_bits *bits, uint32_t bytes) { return mub::expand(*bits, bytes) ? 1 : 0; }
+int mub_bits_expand(mub_bits *bits, uint32_t bytes) {
+  return bits->size >= bytes || mub::grow(*bits, bytes) ? 1 : 0;
+}
 
 void mub_bits_zero(mub_bits *bits) {
   if (bits->data != nullptr) std::memset(bits->data, 0, bits->size);
