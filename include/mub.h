@@ -10,5 +10,6 @@
 #include "mub_pool.h"
 #include "mub_stream.h"
 #include "mub_string.h"
+#include "mub_wchar.h"
 
 #endif
