@@ -37,11 +37,11 @@ TEST(Format, PrintsWholeIntoTheBufferThatItEstimates) {
   const std::string long_text(65536, 'x'), forty(40, 'y');
   const char *text = long_text.data(), *y = forty.data();
   expect_format(3 + 32, "%ld", 1234567890123L);
-  expect_format(8, "no signs");
+  expect_format(8, "no signs", 0);
   expect_format(4 + 65536 + 3, "%s%s", text, "abc");
   // Percent signs that print themselves are signs all the same, but measure nothing.
-  expect_format(2 + 32, "%%");
-  expect_format(3 + 64, "%%s");
+  expect_format(2 + 32, "%%", 0);
+  expect_format(3 + 64, "%%s", 0);
   expect_format(4 + 64 + 40, "%%%s", y);
   expect_format(5 + 32 + 40, "%s%%", y, 1);
   expect_format(6 + 64 + 40, "%s%5%s", y);
@@ -55,7 +55,7 @@ TEST(Format, PrintsWholeIntoTheBufferThatItEstimates) {
   expect_format(6 + 32, "%5000d", 7);
   expect_format(2 + 32, "%f", 1e308);
   // Only the runtime knows what these print, or whether they can be printed.
-  expect_format(4 + 32, "end%");
+  expect_format(4 + 32, "end%", 0);
   expect_format(5 + 96, "%9%%d", 1);
 }
 

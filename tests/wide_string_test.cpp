@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cfloat>
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
@@ -59,6 +60,14 @@ TEST(WideString, TakesNarrowTextsAsSignedBytes) {
   EXPECT_EQ(units, (Sequence{0xFFE9, 'z', 0x7F, 0xFF80, '!'}));
   mub_wchar_copy_str(&string, nullptr, 5);
   expect_content(string, "");
+  mub_wchar_append_long(&string, INT64_MIN);
+  mub_wchar_append_float(&string, -0.5f);
+  mub_wchar_append_double(&string, -DBL_MAX);
+  expect_content(string, std::to_string(INT64_MIN) + "-0.500000" + std::to_string(-DBL_MAX));
+  mub_wchar_copy_integer(&string, 7);
+  expect_content(string, "7");
+  mub_wchar_copy_double(&string, 1.25);
+  expect_content(string, "1.250000");
 }
 
 TEST(WideString, WidensItsOwnBytesOrNothing) {
