@@ -6,23 +6,40 @@
 #include <cstring>
 #include <cwchar>
 
+#include "core/number_text.h"
 #include "mub_string.h"
 #include "text/text_buffer.h"
 
 namespace mub {
 namespace {
 
-bool is_one_of(const char *characters, char c) { return c != 0 && std::strchr(characters, c) != nullptr; }
+// Switches, which become tests of bits, and no searches in lists of characters: most formats print little, and soon.
+bool is_flag_or_number(char c) {
+  switch (c) {
+    case '-':
+    case '+':
+    case ' ':
+    case '#':
+    case '\'':
+    case 'I':
+    case '.':
+    case '*':
+    case '$':
+      return true;
+    default:
+      return number::is_digit(c);
+  }
+}
 
 // One conversion of a format, from its percent sign on.
 struct Conversion {
   explicit Conversion(const char *percent) {
     const char *at = percent + 1;
-    for (; is_one_of("-+ #0'I123456789.*$", *at); ++at) {
+    for (; is_flag_or_number(*at); ++at) {
       stars += *at == '*';
       is_positional |= *at == '$';
     }
-    for (; is_one_of("hlLqjzZt", *at); ++at) {
+    for (; is_size(*at); ++at) {
       // As in "ll", which no other letter follows.
       is_doubled = size == *at;
       size = *at;
@@ -37,6 +54,23 @@ struct Conversion {
   bool is_doubled = false;
   char type;
   const char *end;
+
+ private:
+  static bool is_size(char c) {
+    switch (c) {
+      case 'h':
+      case 'l':
+      case 'L':
+      case 'q':
+      case 'j':
+      case 'z':
+      case 'Z':
+      case 't':
+        return true;
+      default:
+        return false;
+    }
+  }
 };
 
 // Walks the arguments of a format with their own types, as printf does.
@@ -59,56 +93,69 @@ class Arguments {
     is_lost_ = is_lost_ || conversion.is_positional;
     if (is_lost_) return;
     for (int i = 0; i < conversion.stars; ++i) (void)va_arg(list_, int);
-    if (is_one_of("diouxX", conversion.type)) {
-      skip_integer(conversion);
-    } else if (is_one_of("aAeEfFgG", conversion.type)) {
-      skip_floating(conversion.size);
-    } else if (is_one_of("cC", conversion.type)) {
-      (void)va_arg(list_, int);  // A wint_t is as wide.
-    } else if (is_one_of("sSpn", conversion.type)) {
-      (void)va_arg(list_, void *);
-    } else {
-      is_lost_ = !is_one_of("%m", conversion.type);
-    }
+    skip_value(conversion);
   }
 
  private:
-  static_assert(sizeof(wint_t) == sizeof(int));
+  void skip_value(const Conversion &conversion) {
+    switch (conversion.type) {
+      case '%':
+      case 'm':
+        return;
+      case 'd':
+      case 'i':
+      case 'o':
+      case 'u':
+      case 'x':
+      case 'X':
+        return skip_integer(conversion);
+      case 'a':
+      case 'A':
+      case 'e':
+      case 'E':
+      case 'f':
+      case 'F':
+      case 'g':
+      case 'G':
+        return skip_floating(conversion.size);
+      case 'c':
+      case 'C':
+        static_assert(sizeof(wint_t) == sizeof(int));
+        return skip_one<int>();
+      case 's':
+      case 'S':
+      case 'p':
+      case 'n':
+        return skip_one<void *>();
+      default:
+        is_lost_ = true;
+    }
+  }
 
   void skip_integer(const Conversion &conversion) {
     switch (conversion.size) {
       case 0:
       case 'h':
-        (void)va_arg(list_, int);
-        break;
+        return skip_one<int>();
       case 'l':
-        if (conversion.is_doubled) {
-          (void)va_arg(list_, long long);
-        } else {
-          (void)va_arg(list_, long);
-        }
-        break;
+        return conversion.is_doubled ? skip_one<long long>() : skip_one<long>();
       case 'z':
       case 'Z':
-        (void)va_arg(list_, size_t);
-        break;
+        return skip_one<size_t>();
       case 't':
-        (void)va_arg(list_, ptrdiff_t);
-        break;
+        return skip_one<ptrdiff_t>();
       case 'j':
-        (void)va_arg(list_, intmax_t);
-        break;
+        return skip_one<intmax_t>();
       default:
-        (void)va_arg(list_, long long);
+        return skip_one<long long>();
     }
   }
 
-  void skip_floating(char size) {
-    if (size == 'L') {
-      (void)va_arg(list_, long double);
-    } else {
-      (void)va_arg(list_, double);
-    }
+  void skip_floating(char size) { size == 'L' ? skip_one<long double>() : skip_one<double>(); }
+
+  template <class Argument>
+  void skip_one() {
+    (void)va_arg(list_, Argument);
   }
 
   va_list list_;
@@ -125,14 +172,15 @@ int64_t estimated_length(const char *format, va_list list) {
   int64_t estimate = measured(format, -1);
   const char *percent = std::strchr(format, '%');
   while (percent != nullptr && percent[1] != 0) {
-    const Conversion conversion(percent);
-    int64_t length = -1;
     if (percent[1] == 's') {
-      length = arguments.next_text();
-    } else {
-      arguments.skip(conversion);
+      const int64_t length = arguments.next_text();
+      estimate += length >= 0 ? length : kUnmeasured;
+      percent = std::strchr(percent + 2, '%');
+      continue;
     }
-    estimate += length >= 0 ? length : kUnmeasured;
+    const Conversion conversion(percent);
+    arguments.skip(conversion);
+    estimate += kUnmeasured;
     if (conversion.type == '%' && *conversion.end != 0) estimate += kUnmeasured;
     percent = std::strchr(conversion.end, '%');
   }
