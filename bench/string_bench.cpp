@@ -1,7 +1,8 @@
-// Strings: appending, numbers to text, searching.
+// Strings: appending, numbers to text, searching, formatting, replacing.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
@@ -95,12 +96,88 @@ void find_std(benchmark::State &state) {
   find(state, [](const std::string &text, const std::string &wanted) { return text.find(wanted); });
 }
 
+// Prints a line of a word and two numbers, n times.
+template <class Number, class Print>
+void format(benchmark::State &state, const char *line, Print print) {
+  const auto texts = pieces(state.range(0));
+  for (auto _ : state) {
+    Number number = 0;
+    for (const auto &text : texts) print(line, text.c_str(), number += 1, 1000);
+  }
+}
+
+template <class Number>
+void format_mub(benchmark::State &state, const char *line) {
+  mub_string string;
+  mub_string_init(&string);
+  format<Number>(state, line, [&string](const char *format, const char *text, Number part, int whole) {
+    mub_string_format(&string, format, text, part, whole);
+    benchmark::DoNotOptimize(string.data);
+  });
+  mub_string_term(&string);
+}
+
+template <class Number>
+void format_snprintf(benchmark::State &state, const char *line) {
+  char buffer[128];
+  format<Number>(state, line, [&buffer](const char *format, const char *text, Number part, int whole) {
+    benchmark::DoNotOptimize(std::snprintf(buffer, sizeof buffer, format, text, part, whole));
+    benchmark::DoNotOptimize(&buffer);
+  });
+}
+
+constexpr char kIntegers[] = "%s: %ld of %d\n";
+constexpr char kDecimals[] = "%s: %.2f of %d\n";
+void integers_mub(benchmark::State &state) { format_mub<long>(state, kIntegers); }
+void integers_snprintf(benchmark::State &state) { format_snprintf<long>(state, kIntegers); }
+void decimals_mub(benchmark::State &state) { format_mub<double>(state, kDecimals); }
+void decimals_snprintf(benchmark::State &state) { format_snprintf<double>(state, kDecimals); }
+
+// Every "ab" of a text of eight letters, one pair in 64, becomes longer. Both sides start with a copy of the text.
+void replace_mub(benchmark::State &state) {
+  const std::string text = mub_bench::random_text(state.range(0), 8, 8);
+  mub_string string;
+  mub_string_init(&string);
+  for (auto _ : state) {
+    mub_string_copy(&string, text.data(), static_cast<int64_t>(text.size()));
+    benchmark::DoNotOptimize(mub_string_replace(&string, "ab", "<ab>"));
+    benchmark::DoNotOptimize(string.data);
+  }
+  mub_string_term(&string);
+  state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+
+void replace_std(benchmark::State &state) {
+  const std::string text = mub_bench::random_text(state.range(0), 8, 8), from = "ab", to = "<ab>";
+  std::string string;
+  for (auto _ : state) {
+    string = text;
+    std::string built;
+    built.reserve(string.size());
+    size_t position = 0;
+    for (size_t hit; (hit = string.find(from, position)) != std::string::npos; position = hit + from.size()) {
+      built.append(string, position, hit - position);
+      built.append(to);
+    }
+    built.append(string, position);
+    string.swap(built);
+    benchmark::DoNotOptimize(string.data());
+  }
+  state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+
 [[maybe_unused]] const bool registered = [] {
   using mub_bench::add_sizes;
   add_sizes("string_append", "mub", append_mub, {1000, 100000});
   add_sizes("string_append", "std::string", append_std, {1000, 100000});
   add_sizes("integer_to_text", "mub", integer_mub, {1000});
   add_sizes("integer_to_text", "std::to_string", integer_std, {1000});
+  add_sizes("format_integers", "mub", integers_mub, {1000});
+  add_sizes("format_integers", "snprintf", integers_snprintf, {1000});
+  add_sizes("format_decimals", "mub", decimals_mub, {1000});
+  add_sizes("format_decimals", "snprintf", decimals_snprintf, {1000});
+  add_sizes("replace_all", "mub", replace_mub, {1000, 100000, 1000000});
+  add_sizes("replace_all", "std::string", replace_std, {1000, 100000, 1000000});
   add_sizes("find_4_bytes", "mub", find_mub, {64, 4096, 65536, 1 << 20});
   add_sizes("find_4_bytes", "memmem", find_memmem, {64, 4096, 65536, 1 << 20});
   add_sizes("find_4_bytes", "std::string::find", find_std, {64, 4096, 65536, 1 << 20});

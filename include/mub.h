@@ -14,5 +14,6 @@
 #include "mub_stream.h"
 #include "mub_string.h"
 #include "mub_tree.h"
+#include "mub_wchar.h"
 
 #endif

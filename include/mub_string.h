@@ -1,4 +1,4 @@
-/* mub_string.h: a growable string of bytes.
+/* mub_string.h: a growable string of bytes, and a view that moves over a text without copying it.
  *
  *   data ──► [ content ........ | 0 | spare ... ]      capacity + 1 bytes
  *              0                  length
@@ -13,11 +13,21 @@
  * appending is O(1) amortised. Past 2^31 - 1 bytes a buffer takes what is asked for and no more: expand such a string
  * first, or every few appends copy it. Functions that return nothing leave the string as it was when memory runs out.
  *
- * White space is tab, line feed, carriage return and space. */
+ * White space is tab, line feed, carriage return and space.
+ *
+ * A mub_stringx is a span of a text that somebody else owns. Its operations move the span and never the text, which
+ * they neither write nor terminate; nothing is allocated.
+ *
+ *   text ──► "  name =  value "
+ *                       ^~~~~        start = 10, length = 5
+ *
+ * Positions count from the start of the span. A view of a string holds as long as the string's buffer stays where it
+ * is. Whatever numbers a view is given, nothing is read of a span whose length is not above 0. */
 #ifndef MUB_STRING_H
 #define MUB_STRING_H
 
 #include "mub_base.h"
+#include "mub_char.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -169,6 +179,23 @@ MUB_API int64_t mub_string_replace_char(mub_string *string, int from, int to);
  * Returns how many there were; 0 when memory ran out, the string unchanged. */
 MUB_API int64_t mub_string_replace(mub_string *string, const char *from, const char *to);
 
+/* mub_string_match: replace the first occurrence of the NUL-terminated text `marker` by the first of the texts that
+ * follow, the second by the second, and so on, until either run out; otherwise as mub_string_replace.
+ *   marker   NULL and the empty text leave the string unchanged
+ *   ...      const char *: NUL-terminated texts, and a null pointer behind the last; they may hold the marker and may
+ *            lie in the string
+ * Out of memory the string stays unchanged. */
+MUB_API void mub_string_match(mub_string *string, const char *marker, ...);
+
+/* mub_string_format: make what printf prints the whole content; the content moves to a fresh buffer.
+ *   format   empty: empties the string
+ *   ...      as printf takes them; texts among them may lie in the string
+ * The buffer is made for the length of the format, that of each text given to a plain `%s`, and 32 for each other
+ * percent sign but one at the very end, and grown once more when the print is longer: so long texts given to
+ * conversions with a width, flags or a precision are printed twice.
+ * The string stays unchanged when memory runs out or printf fails. */
+MUB_API void mub_string_format(mub_string *string, const char *format, ...) MUB_PRINTF(2, 3);
+
 /* mub_string_insert: put `count` bytes of `text` before `position`.
  * Returns 0, nothing changed, when the position lies outside the content, there is nothing to insert or memory ran
  * out. */
@@ -206,6 +233,113 @@ MUB_API int mub_string_mid_string(const mub_string *string, int64_t start, int64
 
 /* mub_string_right_string: the same with the last `count` bytes. */
 MUB_API int mub_string_right_string(const mub_string *string, int64_t count, mub_string *out);
+
+typedef struct mub_stringx {
+  const char *text; /* what is viewed, never owned; NULL for an empty view */
+  int64_t start;    /* where the span begins */
+  int64_t length;   /* bytes in the span */
+} mub_stringx;
+
+/* mub_stringx_init: make an empty view. */
+MUB_API void mub_stringx_init(mub_stringx *view);
+
+/* mub_stringx_term: the same as mub_stringx_init; nothing is released. */
+MUB_API void mub_stringx_term(mub_stringx *view);
+
+/* mub_stringx_is_empty: whether a view has no text or the length 0. */
+MUB_API int mub_stringx_is_empty(const mub_stringx *view);
+
+/* mub_stringx_shrink: make the span empty, at the start of the text. */
+MUB_API void mub_stringx_shrink(mub_stringx *view);
+
+/* mub_stringx_copy: view what `other` views. */
+MUB_API void mub_stringx_copy(mub_stringx *view, const mub_stringx *other);
+
+/* mub_stringx_copy_string: view the content of a string. */
+MUB_API void mub_stringx_copy_string(mub_stringx *view, const mub_string *string);
+
+/* mub_stringx_copy_char: view the characters of a view; those of one with a negative length reach to the NUL. */
+MUB_API void mub_stringx_copy_char(mub_stringx *view, const mub_char *other);
+
+/* mub_stringx_swap: exchange two views. */
+MUB_API void mub_stringx_swap(mub_stringx *a, mub_stringx *b);
+
+/* mub_stringx_get_at: the byte at `index` of the span, as a signed char; -1 outside the span. */
+MUB_API int mub_stringx_get_at(const mub_stringx *view, int64_t index);
+
+/* mub_stringx_compare: order the span against a text, as mub_string_compare does. */
+MUB_API int mub_stringx_compare(const mub_stringx *view, const char *text, int64_t count);
+
+/* mub_stringx_icompare: the same without regard to letter case. */
+MUB_API int mub_stringx_icompare(const mub_stringx *view, const char *text, int64_t count);
+
+/* mub_stringx_find_char: the index of the first `character` (its low 8 bits), or -1. 0 is never found. */
+MUB_API int64_t mub_stringx_find_char(const mub_stringx *view, int character);
+
+/* mub_stringx_find_char_pos: the same at or behind index `start`; -1 when that lies outside the span. */
+MUB_API int64_t mub_stringx_find_char_pos(const mub_stringx *view, int character, int64_t start);
+
+/* mub_stringx_reverse_find: the index of the last `character` (its low 8 bits), or -1. 0 is never found. */
+MUB_API int64_t mub_stringx_reverse_find(const mub_stringx *view, int character);
+
+/* mub_stringx_find: the index of the first occurrence of a text, or -1; as mub_mem_str, NULs being bytes like any
+ * other. */
+MUB_API int64_t mub_stringx_find(const mub_stringx *view, const char *text, int64_t count);
+
+/* mub_stringx_find_pos: the same at or behind index `start`; -1 when that lies outside the span. */
+MUB_API int64_t mub_stringx_find_pos(const mub_stringx *view, const char *text, int64_t count, int64_t start);
+
+/* mub_stringx_is_long: whether the whole span is an integer: an optional '-' and one or more digits. */
+MUB_API int mub_stringx_is_long(const mub_stringx *view);
+
+/* mub_stringx_get_long: the integer that the span begins with, as mub_string_get_long reads it; 0 without one. */
+MUB_API int64_t mub_stringx_get_long(const mub_stringx *view);
+
+/* mub_stringx_is_float: whether the whole span is a decimal number: an optional '-', one or more digits, and
+ * optionally a point and more digits or none. */
+MUB_API int mub_stringx_is_float(const mub_stringx *view);
+
+/* mub_stringx_get_float: the decimal number that the span begins with, as mub_string_get_double reads it; 0.0 without
+ * one. */
+MUB_API double mub_stringx_get_float(const mub_stringx *view);
+
+/* mub_stringx_trim: narrow the span to what stands between white space, and between NULs at its back. A span with a
+ * NUL among its leading white space becomes empty; one that becomes empty keeps its start.
+ * Returns 1 when the span changed or is empty, 0 when it did not or there is no text. */
+MUB_API int mub_stringx_trim(mub_stringx *view);
+
+/* mub_stringx_left: keep the first `count` bytes of the span; a longer one, which is not empty, gets a negative
+ * `count` for its length, and is then not read any more. */
+MUB_API void mub_stringx_left(mub_stringx *view, int64_t count);
+
+/* mub_stringx_mid: move the start by `offset`, and keep `count` bytes from there, or as many as there are, none when
+ * the count is below 1. A negative offset does nothing, nor does any on an empty span. */
+MUB_API void mub_stringx_mid(mub_stringx *view, int64_t offset, int64_t count);
+
+/* mub_stringx_right: keep the last `count` bytes of the span. A count below 1 keeps none, and moves the start to
+ * where `count` bytes before the end lie: its end or behind it. */
+MUB_API void mub_stringx_right(mub_stringx *view, int64_t count);
+
+/* mub_stringx_left_string: make `out`, a view of the same text, view the first `count` bytes of the span, or as many
+ * as there are. A view of another text stays as it is, unless there is nothing to view: then the start of `view` is
+ * stored and the length 0, whatever the text. */
+MUB_API void mub_stringx_left_string(const mub_stringx *view, int64_t count, mub_stringx *out);
+
+/* mub_stringx_mid_string: the same for `count` bytes from `offset`, which also moves the start that is stored. */
+MUB_API void mub_stringx_mid_string(const mub_stringx *view, int64_t offset, int64_t count, mub_stringx *out);
+
+/* mub_stringx_right_string: the same for the last `count` bytes. */
+MUB_API void mub_stringx_right_string(const mub_stringx *view, int64_t count, mub_stringx *out);
+
+/* mub_stringx_left_char: make `out` view the first `count` bytes of the span, or as many as there are. What `out` had
+ * is not released. Without a text its data is NULL; otherwise it lies in the text even where the length is 0. */
+MUB_API void mub_stringx_left_char(const mub_stringx *view, int64_t count, mub_char *out);
+
+/* mub_stringx_mid_char: the same for `count` bytes from `offset`; nothing bounds the data where the length is 0. */
+MUB_API void mub_stringx_mid_char(const mub_stringx *view, int64_t offset, int64_t count, mub_char *out);
+
+/* mub_stringx_right_char: the same for the last `count` bytes; with a count below 1 the data is the span's start. */
+MUB_API void mub_stringx_right_char(const mub_stringx *view, int64_t count, mub_char *out);
 
 #ifdef __cplusplus
 }

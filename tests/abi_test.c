@@ -25,6 +25,16 @@ FIELD_AT(mub_string, 8, int64_t, length);
 FIELD_AT(mub_string, 16, int64_t, capacity);
 SIZE_IS(mub_string, 24);
 
+FIELD_AT(mub_stringx, 0, const char *, text);
+FIELD_AT(mub_stringx, 8, int64_t, start);
+FIELD_AT(mub_stringx, 16, int64_t, length);
+SIZE_IS(mub_stringx, 24);
+
+FIELD_AT(mub_wchar, 0, uint16_t *, data);
+FIELD_AT(mub_wchar, 8, int64_t, length);
+FIELD_AT(mub_wchar, 16, int64_t, capacity);
+SIZE_IS(mub_wchar, 24);
+
 FIELD_AT(mub_pool, 0, int64_t, block_size);
 FIELD_AT(mub_pool, 8, int64_t, blocks_per_chunk);
 FIELD_AT(mub_pool, 16, int64_t, live_count);
@@ -358,8 +368,12 @@ static void tables_and_blocks_reach_the_program(void) {
   mub_stream_swap_string(&stream, &text);
   expect(text.length == 6 && strcmp(text.data, "stone") == 0 && stream.data == NULL,
          "the block changed hands");
-  mub_string_term(&text);
   mub_stream_term(&stream);
+
+  mub_string_format(&text, "%.1f%% of %s", 2.5, "it");
+  mub_string_match(&text, " ", "-", (const char *)NULL);
+  expect(strcmp(text.data, "2.5%-of it") == 0, "arguments of any number arrive");
+  mub_string_term(&text);
 }
 
 int main(void) {

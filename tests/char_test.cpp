@@ -1,4 +1,5 @@
-// Views, and what views, strings and terminated texts share: trimming, comparing, searching, letters, numbers.
+// Views, and what they, strings of both kinds and terminated texts share: trimming, comparing, searching, letters,
+// numbers.
 #include "mub_char.h"
 
 #include <gtest/gtest.h>
@@ -19,14 +20,31 @@ namespace {
 using namespace std::string_literals;
 using mub_test::expect_content;
 using mub_test::Guarded;
+using mub_test::Narrow;
 using mub_test::Random;
 using mub_test::String;
+using mub_test::Units;
+using mub_test::Wide;
 
 // Views bytes that end right before an unreadable page.
 struct View : Guarded, mub_char {
   explicit View(std::string_view text) : Guarded(text), mub_char{Guarded::data(), size()} {}
   std::string text() const { return {mub_char::data, static_cast<size_t>(length)}; }
 };
+
+// The same for a view of a string, with more text before its span.
+struct Span : Guarded, mub_stringx {
+  explicit Span(const std::string &text)
+      : Guarded("##" + text), mub_stringx{Guarded::data(), 2, size() - 2} {}
+  std::string text() const { return {mub_stringx::text + start, static_cast<size_t>(length)}; }
+};
+
+template <class Kind>
+void expect_trimmed(const std::string &text, const std::string &trimmed) {
+  mub_test::Text<Kind> string(text);
+  EXPECT_EQ(Kind::trim(&string), trimmed != text) << text;
+  expect_content(string, trimmed);
+}
 
 void expect_trimmed_in_place(const std::string &text, int64_t length, const std::string &trimmed) {
   const Guarded bytes(text + '\0');
@@ -44,9 +62,12 @@ TEST(Text, IsTrimmedAlikeWhateverHoldsIt) {
     mub_char_trim(&view);
     EXPECT_EQ(view.text(), trimmed) << text;
     EXPECT_EQ(std::string(view.Guarded::data(), text.size()), text) << "no byte is written";
-    String string(text);
-    EXPECT_EQ(mub_string_trim(&string), trimmed != text) << text;
-    expect_content(string, trimmed);
+    Span span(text);
+    EXPECT_EQ(mub_stringx_trim(&span), trimmed != text || text.empty()) << text;
+    EXPECT_EQ(span.text(), trimmed) << text;
+    EXPECT_EQ(span.start, 2 + (trimmed.empty() ? 0 : static_cast<int64_t>(text.find(trimmed))));
+    expect_trimmed<Narrow>(text, trimmed);
+    expect_trimmed<Wide>(text, trimmed);
     const bool starts_with_nul = trimmed.empty() && text.find("\0a"s) != text.npos;
     expect_trimmed_in_place(text, view.size(), starts_with_nul ? text : trimmed);
   }
@@ -68,17 +89,26 @@ TEST(Text, IsComparedWithWhatEmptyMeansToEachSide) {
   for (const auto &row : kCases) {
     SCOPED_TRACE(::testing::Message() << row.content << " with " << row.count << " gives " << row.order);
     const View view(row.content);
+    const Span span(row.content);
     const String string(row.content);
+    EXPECT_EQ(mub_stringx_compare(&span, row.text, row.count), row.order);
+    EXPECT_EQ(mub_stringx_icompare(&span, row.text, row.count), row.folded);
     EXPECT_EQ(mub_char_compare(&view, row.text, row.count), row.order);
     EXPECT_EQ(mub_char_icompare(&view, row.text, row.count), row.folded);
     EXPECT_EQ(mub_string_compare(&string, row.text, row.count), row.order);
     EXPECT_EQ(mub_string_icompare(&string, row.text, row.count), row.folded);
+    if (row.count < 0) continue;
+    const mub_test::Text<Wide> wide(row.content);
+    const Units<Wide> units(row.text != nullptr ? row.text : "");
+    const uint16_t *text = row.text != nullptr ? units.data() : nullptr;
+    EXPECT_EQ(mub_wchar_compare(&wide, text, row.count), row.order);
+    EXPECT_EQ(mub_wchar_icompare(&wide, text, row.count), row.folded);
   }
   const View empty_view("");
   EXPECT_EQ(mub_char_compare(&empty_view, "", -1), -1) << "a string measures it, and finds it as empty";
 }
 
-// A text to be measured is looked for in a view as if counted, in a string as strstr does.
+// A text to be measured is looked for in a view as if counted, in a string as strstr does, in a wide one as wcsstr.
 TEST(Text, IsFoundFromItsStart) {
   const struct {
     const char *text;
@@ -88,24 +118,34 @@ TEST(Text, IsFoundFromItsStart) {
                 {"", -1, 10, -1, -1}, {"cx", 0, 0, 2, 2},      {"abdx", 4, 7, -1, -1},  {"a", 1, 10, -1, -1},
                 {"a", 1, -1, -1, -1}, {nullptr, 0, 0, -1, -1}, {nullptr, -1, 0, -1, -1}};
   const struct {
-    int unit;
+    int unit, excess;
     int64_t start, first, last;
-  } kUnits[] = {{'b', 2, 4, 8},   {'c' - 256, 0, 2, 5}, {'a' + 512, 4, 7, 7},   {256, 0, -1, -1},
-                {'d', 9, 9, 9},   {'a', 8, -1, 7},      {'d', 10, -1, 9},       {'a', -1, -1, 7},
-                {'x', 0, -1, -1}, {0, 0, -1, -1},       {'a', INT64_MAX, -1, 7}};
+  } kUnits[] = {{'b', 0, 2, 4, 8},   {'c', -1, 0, 2, 5}, {'a', 2, 4, 7, 7},         {0, 1, 0, -1, -1},
+                {'d', 0, 9, 9, 9},   {'a', 0, 8, -1, 7}, {'d', 0, 10, -1, 9},       {'a', 0, -1, -1, 7},
+                {'x', 0, 0, -1, -1}, {0, 0, 0, -1, -1},  {'a', 0, INT64_MAX, -1, 7}};
   const View view("abcabc\0abd"s);
+  const Span span("abcabc\0abd"s);
   const String string("abcabc\0abd"s);
+  const mub_test::Text<Wide> wide("abcabc\0abd"s);
   for (const auto &row : kTexts) {
     SCOPED_TRACE(::testing::Message() << row.count << " from " << row.start << " is at " << row.in_string);
     EXPECT_EQ(mub_char_find_pos(&view, row.text, row.count, row.start), row.in_view);
+    EXPECT_EQ(mub_stringx_find_pos(&span, row.text, row.count, row.start), row.in_view);
     EXPECT_EQ(mub_string_find_pos(&string, row.text, row.count, row.start), row.in_string);
+    if (row.count < 0 || row.text == nullptr) continue;
+    EXPECT_EQ(mub_wchar_find_pos(&wide, Units<Wide>(row.text).data(), row.count, row.start), row.in_string);
   }
   for (const auto &row : kUnits) {
     SCOPED_TRACE(::testing::Message() << "unit " << row.unit << " from " << row.start);
-    EXPECT_EQ(mub_char_find_char_pos(&view, row.unit, row.start), row.first);
-    EXPECT_EQ(mub_string_find_char_pos(&string, row.unit, row.start), row.first);
-    EXPECT_EQ(mub_char_reverse_find(&view, row.unit), row.last);
-    EXPECT_EQ(mub_string_reverse_find(&string, row.unit), row.last);
+    const int byte = row.unit + row.excess * Narrow::kUnits, unit = row.unit + row.excess * Wide::kUnits;
+    EXPECT_EQ(mub_char_find_char_pos(&view, byte, row.start), row.first);
+    EXPECT_EQ(mub_stringx_find_char_pos(&span, byte, row.start), row.first);
+    EXPECT_EQ(mub_string_find_char_pos(&string, byte, row.start), row.first);
+    EXPECT_EQ(mub_wchar_find_char_pos(&wide, unit, row.start), row.first);
+    EXPECT_EQ(mub_char_reverse_find(&view, byte), row.last);
+    EXPECT_EQ(mub_stringx_reverse_find(&span, byte), row.last);
+    EXPECT_EQ(mub_string_reverse_find(&string, byte), row.last);
+    EXPECT_EQ(mub_wchar_reverse_find(&wide, unit), row.last);
   }
   for (const int64_t far : {INT64_MIN, INT64_MAX}) {
     EXPECT_EQ(mub_char_find_pos(&view, "a", 1, far) + mub_string_find_pos(&string, "a", 1, far), -2);
@@ -113,6 +153,8 @@ TEST(Text, IsFoundFromItsStart) {
   }
   EXPECT_EQ(mub_char_find(&view, "abd", -1) + mub_string_find(&string, "abd", 3), 14);
   EXPECT_EQ(mub_char_find_char(&view, 'b') + mub_string_find_char(&string, 'b'), 2);
+  EXPECT_EQ(mub_stringx_find(&span, "abd", -1) + mub_stringx_find_char(&span, 'b'), 8);
+  EXPECT_EQ(mub_wchar_find(&wide, Units<Wide>("abd").data(), 3) + mub_wchar_find_char(&wide, 'b'), 8);
 }
 
 TEST(Text, ChangesItsLettersAlone) {
@@ -122,6 +164,12 @@ TEST(Text, ChangesItsLettersAlone) {
   expect_content(string, "AZ\xE9\0B@[`{"s);
   mub_char_make_upper(&view);
   EXPECT_EQ(view.text(), string.text());
+  // Of the wide ones those alone that a byte could be: the unit of 'q' only has a letter for its low half.
+  mub_test::Text<Wide> wide("aZ\xE9q\0b@[`{"s);
+  mub_wchar_make_upper(&wide);
+  expect_content(wide, "AZ\xE9q\0B@[`{"s);
+  mub_wchar_make_lower(&wide);
+  expect_content(wide, "az\xE9q\0b@[`{"s);
   mub_char_make_lower(&view);
   mub_string_make_lower(&string);
   EXPECT_EQ(view.text(), "az\xE9\0b@[`{"s);
@@ -218,14 +266,19 @@ TEST(Number, IsReadAsFarAsItGoes) {
       of_string = of_string + part;
     }
     const View view((is_negative ? "-" : "") + digits + (has_point ? "." : "") + fraction + rest);
+    const Span span(view.text());
     const String string(view.text().empty() ? "?" : view.text());
     SCOPED_TRACE(string.text());
     ASSERT_EQ(mub_char_is_long(&view), !digits.empty() && !has_point && rest.empty());
     ASSERT_EQ(mub_char_is_float(&view), !digits.empty() && rest.empty());
+    ASSERT_EQ(mub_stringx_is_long(&span), mub_char_is_long(&view));
+    ASSERT_EQ(mub_stringx_is_float(&span), mub_char_is_float(&view));
     ASSERT_EQ(mub_char_get_long(&view), static_cast<int64_t>(is_negative ? 0 - integer : integer));
+    ASSERT_EQ(mub_stringx_get_long(&span), mub_char_get_long(&view));
     ASSERT_EQ(mub_string_get_long(&string, 9), mub_char_get_long(&view));
     ASSERT_EQ(mub_char_get_float(&view), is_negative ? 0.0 - of_view : of_view);
     ASSERT_EQ(mub_string_get_double(&string, 9), is_negative ? 0.0 - of_string : of_string);
+    ASSERT_EQ(mub_stringx_get_float(&span), mub_string_get_double(&string, 9));
     ASSERT_EQ(mub_string_get_integer(&string, 9), static_cast<int>(std::strtol(string.data, nullptr, 10)));
     ASSERT_EQ(mub_string_get_float(&string, 9), static_cast<float>(std::strtod(string.data, nullptr)));
   }

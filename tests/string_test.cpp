@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <string>
+#include <type_traits>
 
+#include "mub_wchar.h"
 #include "support/fuse.h"
 #include "support/random.h"
 #include "support/strings.h"
@@ -13,18 +15,38 @@ namespace {
 
 using namespace std::string_literals;
 using mub_test::expect_content;
+using mub_test::Narrow;
 using mub_test::Random;
 using mub_test::String;
+using mub_test::Text;
+using mub_test::Units;
+using mub_test::Wide;
 
-// Replaces from left to right, up to the first NUL.
+// A wide text to be replaced has no count: it is looked for in steps of this many units, each of which counts for one.
+template <class Kind>
+constexpr size_t kStep = std::is_same_v<Kind, Wide> ? sizeof(wchar_t) / sizeof(uint16_t) : 1;
+
+// Replaces from left to right, up to the first character of 0.
+template <class Kind>
 int64_t replace_all(std::string &text, const std::string &from, const std::string &to) {
+  constexpr size_t step = kStep<Kind>;
+  const size_t replaced = from.size() / step, put = (to.size() + step - 1) / step;
   int64_t hits = 0;
-  for (size_t at = 0; (at = text.find(from, at)) < text.find('\0'); at += to.size(), ++hits)
-    text.replace(at, from.size(), to);
+  for (size_t at = 0; at < text.size();) {
+    if (text.compare(at, from.size(), from) == 0) {
+      text.replace(at, replaced, to, 0, put);
+      at += put;
+      ++hits;
+    } else if (text.compare(at, step, std::string(step, '\0')) == 0) {
+      break;
+    } else {
+      at += step;
+    }
+  }
   return hits;
 }
 
-// `count` bytes from `start`, or as many as there are; none where either lies outside.
+// `count` units from `start`, or as many as there are; none where either lies outside.
 std::string part(const std::string &text, int64_t start, int64_t count) {
   if (start < 0 || count < 1 || start >= static_cast<int64_t>(text.size())) return "";
   return text.substr(static_cast<size_t>(start), static_cast<size_t>(count));
@@ -35,82 +57,101 @@ struct Result {
 };
 
 // What a change works with: numbers in and out of bounds, and a text that now and then is the string's own.
+template <class Kind>
 struct Draw {
-  Draw(Random &random, const String &string) {
+  Draw(Random &random, const Text<Kind> &string) : units("") {
     constexpr int64_t kFar[] = {-1, INT64_MIN, INT64_MAX};
     at = random.one_in(16) ? kFar[random.below(3)] : random.below(string.length + 2);
     count = random.one_in(16) ? kFar[random.below(3)] : random.below(string.length + 2);
     text = random.text(random.one_in(10) ? random.below(600) : random.below(12), 4);
-    std::replace(text.begin(), text.end(), 'd', random.one_in(10) ? '\0' : 'c');
-    if (at < 0 || at > string.length || string.data == nullptr || !random.one_in(3)) return;
-    text = part(string.text(), at, random.below(string.length + 1));
-    own = string.data + at;
+    const char fourth = random.one_in(10) ? '\0' : 'r';
+    for (char &letter : text) letter = letter == 'd' ? fourth : static_cast<char>(letter + 'p' - 'a');
+    if (at >= 0 && at <= string.length && string.data != nullptr && random.one_in(3)) {
+      text = part(string.text(), at, random.below(string.length + 1));
+      own = string.data + at;
+    }
+    units = Units<Kind>(text);
   }
-  const char *source() const { return own != nullptr ? own : text.data(); }
-  int64_t size() const { return static_cast<int64_t>(text.size()); }
+  const typename Kind::Unit *source() const { return own != nullptr ? own : units.data(); }
+  int64_t size() const { return units.size(); }
 
   int64_t at, count;
   std::string text;
-  const char *own = nullptr;
+  Units<Kind> units;
+  const typename Kind::Unit *own = nullptr;
 };
 
 // Append, insert, update and delete: all replace a range by a text, empty as either may be.
-Result edit(String &string, std::string &model, const Draw &draw, int64_t kind) {
+template <class Kind>
+Result edit(Text<Kind> &string, std::string &model, const Draw<Kind> &draw, int64_t kind) {
   const int64_t at = kind == 0 ? string.length : draw.at, count = kind < 2 ? 0 : draw.count;
   const bool is_valid = at >= 0 && at <= string.length && count >= 0;
   if (is_valid) model.replace(static_cast<size_t>(at), static_cast<size_t>(count), kind < 3 ? draw.text : "");
   const int64_t size = draw.size();
-  if (kind == 0 && size == 1) mub_string_append_char(&string, draw.text[0] - 256);
-  if (kind == 0 && size != 1) mub_string_append(&string, draw.source(), size);
-  if (kind == 1) return {mub_string_insert(&string, at, draw.source(), size), is_valid && size > 0};
-  if (kind == 2) return {mub_string_update(&string, at, count, draw.source(), size), is_valid};
-  if (kind == 3 && at <= string.length) mub_string_delete(&string, at, count);
+  if (kind == 0 && size == 1) Kind::append_char(&string, draw.source()[0] - Kind::kUnits);
+  if (kind == 0 && size != 1) Kind::append(&string, draw.source(), size);
+  if (kind == 1) return {Kind::insert(&string, at, draw.source(), size), is_valid && size > 0};
+  if (kind == 2) return {Kind::update(&string, at, count, draw.source(), size), is_valid};
+  if (kind == 3 && at <= string.length) Kind::remove(&string, at, count);
   return {};
 }
 
-Result substitute(String &string, std::string &model, const Draw &draw, int64_t kind) {
-  if (kind == 0) return {mub_string_replace(&string, "ab", "cac"), replace_all(model, "ab", "cac")};
+template <class Kind>
+Result substitute(Text<Kind> &string, std::string &model, const Draw<Kind> &draw, int64_t kind) {
+  if (kind == 0) {
+    const Units<Kind> from("pq"), to("rpr");
+    return {Kind::replace(&string, from.data(), to.data()), replace_all<Kind>(model, "pq", "rpr")};
+  }
   if (kind == 1) {
     const char from = draw.text[0];
     const int64_t count = std::count(model.begin(), model.end(), from);
-    std::replace(model.begin(), model.end(), from, 'b');
-    return {mub_string_replace_char(&string, from + 256, 'b' - 256), count};
+    std::replace(model.begin(), model.end(), from, 'q');
+    return {Kind::replace_char(&string, Kind::unit(from) + Kind::kUnits, Kind::unit('q') - Kind::kUnits),
+            count};
   }
-  if (kind == 2) mub_string_append_integer(&string, draw.count);
+  if (kind == 2) Kind::append_integer(&string, draw.count);
   model = kind == 2 ? model + std::to_string(draw.count) : draw.text;
-  return kind == 2 ? Result() : Result{mub_string_copy(&string, draw.source(), draw.size()), 1};
+  if (kind == 3) Kind::copy(&string, draw.source(), draw.size());
+  return {};
 }
 
 // Cuts in place; or into another string, whose content the string then takes.
-Result cut(String &string, String &out, std::string &model, const Draw &draw, int64_t kind) {
+template <class Kind>
+Result cut(Text<Kind> &string, Text<Kind> &out, std::string &model, const Draw<Kind> &draw, int64_t kind) {
   int filled = 0;
-  if (kind == 0) mub_string_left(&string, draw.count);
-  if (kind == 1) mub_string_mid(&string, draw.at, draw.count);
-  if (kind == 2) mub_string_right(&string, draw.count);
-  if (kind == 3) filled = mub_string_left_string(&string, draw.count, &out);
-  if (kind == 4) filled = mub_string_mid_string(&string, draw.at, draw.count, &out);
-  if (kind == 5) filled = mub_string_right_string(&string, draw.count, &out);
-  if (kind == 6) filled = mub_string_clone(&string, &out) == 1 && out.capacity >= string.capacity;
+  if (kind == 0) Kind::left(&string, draw.count);
+  if (kind == 1) Kind::mid(&string, draw.at, draw.count);
+  if (kind == 2) Kind::right(&string, draw.count);
+  if (kind == 3) filled = Kind::left_into(&string, draw.count, &out);
+  if (kind == 4) filled = Kind::mid_into(&string, draw.at, draw.count, &out);
+  if (kind == 5) filled = Kind::right_into(&string, draw.count, &out);
+  if (kind == 6) filled = Kind::clone(&string, &out) == 1 && out.capacity >= string.capacity;
   const bool keeps_all = (kind == 0 && draw.count < 0) || (kind == 1 && draw.at < 0) || kind == 6;
   const auto size = static_cast<int64_t>(model.size());
   const int64_t starts[] = {0, draw.at, size - std::clamp<int64_t>(draw.count, 0, size)};
   if (!keeps_all) model = part(model, starts[kind % 3], draw.count);
-  if (filled == 1) mub_string_swap(&string, &out);
+  if (filled == 1) Kind::swap(&string, &out);
   return {filled, kind >= 3};
 }
 
+template <class Kind>
+class Strings : public ::testing::Test {};
+using Kinds = ::testing::Types<Narrow, Wide>;
+TYPED_TEST_SUITE(Strings, Kinds);
+
 // A change is refused whole when one of its allocations fails.
-TEST(String, AgreesWithAModel) {
+TYPED_TEST(Strings, AgreeWithAModel) {
+  using Kind = TypeParam;
   Random random(4);
-  String string;
+  Text<Kind> string;
   std::string model;
-  for (int step = 0; step < 40000 && !HasFatalFailure(); ++step) {
-    if (random.one_in(200)) mub_string_term(&string);
+  for (int step = 0; step < 30000 && !this->HasFatalFailure(); ++step) {
+    if (random.one_in(200)) Kind::term(&string);
     if (string.data == nullptr) model.clear();
     const std::string before = model;
-    const Draw draw(random, string);
+    const Draw<Kind> draw(random, string);
     const int64_t family = random.below(10), kind = random.below(family == 0 ? 7 : 4);
-    String out("old");
+    Text<Kind> out("old");
     Result result;
     const mub_test::Fuse fuse(random.below(8), static_cast<mub_test::Blow>(random.below(2)));
     const bool failed = fuse.blows_in([&] {
@@ -125,92 +166,120 @@ TEST(String, AgreesWithAModel) {
 }
 
 // step = length / 2 within 8 and 8 Mi; capacity = (capacity + step, or what is wanted) / 8 * 8 + 7.
-TEST(String, GrowsByHalfItsLength) {
+TYPED_TEST(Strings, GrowByHalfTheirLength) {
+  using Kind = TypeParam;
   const int64_t kCases[][4] = {
       {0, 0, 1, 15},         {0, 0, 16, 23},           {15, 15, -1, 15},
       {15, 15, 16, 23},      {15, 15, 200, 207},       {23, 23, 24, 39},
       {3, 1007, 1008, 1015}, {1007, 1007, 1008, 1511}, {20000007, 20000007, 20000008, 28388615}};
   for (const auto &[length, capacity, wanted, grown] : kCases) {
-    String string;
-    mub_string_expand(&string, capacity);
-    mub_string_shrink(&string, length);
-    EXPECT_EQ(mub_string_expand(&string, wanted), 1);
+    Text<Kind> string;
+    Kind::expand(&string, capacity);
+    Kind::shrink(&string, length);
+    EXPECT_EQ(Kind::expand(&string, wanted), 1);
     EXPECT_EQ(string.capacity, grown) << length << " " << wanted;
   }
 }
 
-TEST(String, RefusesSizesThatNoHeapHas) {
-  String string("kept");
+TYPED_TEST(Strings, RefuseSizesThatNoHeapHas) {
+  using Kind = TypeParam;
+  Text<Kind> string("kept");
+  const Units<Kind> x("x");
   for (const int64_t huge : {INT64_MAX, INT64_MAX - 7, INT64_MAX - 64, INT64_MAX / 2}) {
-    mub_string_append(&string, "x", huge);
-    EXPECT_EQ(mub_string_expand(&string, huge) + mub_string_copy(&string, "x", huge), 0);
-    EXPECT_EQ(mub_string_insert(&string, 1, "x", huge) + mub_string_update(&string, 1, 1, "x", huge), 0);
+    Kind::append(&string, x.data(), huge);
+    Kind::copy(&string, x.data(), huge);
+    EXPECT_EQ(Kind::expand(&string, huge) + Kind::insert(&string, 1, x.data(), huge), 0);
+    EXPECT_EQ(Kind::update(&string, 1, 1, x.data(), huge), 0);
   }
   expect_content(string, "kept");
 }
 
-TEST(String, SpareBytesAreWithinReach) {
-  String string("0123456789abcde");
-  mub_string_shrink(&string, 2);
-  mub_string_expand(&string, 16);  // takes the spare bytes along
-  for (const int64_t index : {-1, 22, 23}) mub_string_set_at(&string, index, 0x1E9);
-  const int64_t kBytes[][2] = {{-1, -1}, {0, '0'}, {2, 0}, {3, '3'}, {21, 0}, {22, 0xE9 - 256}, {23, -1}};
-  for (const auto &[index, byte] : kBytes) EXPECT_EQ(mub_string_get_at(&string, index), byte) << index;
+TYPED_TEST(Strings, HaveSpareUnitsWithinReach) {
+  using Kind = TypeParam;
+  Text<Kind> string("0123456789abcde");
+  Kind::shrink(&string, 2);
+  Kind::expand(&string, 16);  // takes the spare units along
+  for (const int64_t index : {-1, 22, 23}) Kind::set_at(&string, index, 0x6101E9);
+  const int64_t kUnits[][2] = {{-1, Kind::kNothing}, {0, '0'}, {2, 0}, {3, '3'}, {22, Kind::kStored},
+                               {23, Kind::kNothing}};
+  for (const auto &[index, unit] : kUnits) EXPECT_EQ(Kind::get_at(&string, index), unit) << index;
   const int64_t kRanges[][2] = {{3, 2}, {2, 22}, {-1, 2}, {1, INT64_MAX}, {1, -1}, {24, 0}, {INT64_MAX, 1}};
-  for (const auto &[position, count] : kRanges) mub_string_zero(&string, position, count);
-  mub_string_shrink(&string, INT64_MAX);
+  for (const auto &[position, count] : kRanges) Kind::zero(&string, position, count);
+  Kind::shrink(&string, INT64_MAX);
   expect_content(string, "01\0\0\00056789abcde\0\0\0\0\0\0\0\xE9"s);
-  mub_string_zero(&string, 1, 22);
-  mub_string_shrink(&string, -1);
+  Kind::zero(&string, 1, 22);
+  Kind::shrink(&string, -1);
   expect_content(string, "0" + std::string(22, '\0'));
-  mub_string_left(&string, 3);
-  mub_string_delete(&string, 9, 0);
+  Kind::left(&string, 3);
+  Kind::remove(&string, 9, 0);
   EXPECT_EQ(string.length, 9) << "a position behind the content lengthens it";
 }
 
-TEST(String, EndsWithItsLengthThoughTheTerminatorIsOverwritten) {
-  String string("abc");
-  mub_string_set_at(&string, 3, 'd');
-  EXPECT_EQ(mub_string_find(&string, "cd", -1), -1);
-  EXPECT_EQ(mub_string_replace(&string, "cd", "x"), 0);
-  mub_string_set_at(&string, 3, 'd');
-  mub_string_append(&string, "", 0);
-  expect_content(string, "abc");
+TYPED_TEST(Strings, EndWithTheirLengthThoughTheTerminatorIsOverwritten) {
+  using Kind = TypeParam;
+  Text<Kind> string("abcd");
+  const Units<Kind> behind("de"), x("x");
+  Kind::set_at(&string, 4, Kind::unit('e'));
+  EXPECT_EQ(Kind::find_pos(&string, behind.data(), 2, 0), -1);
+  EXPECT_EQ(Kind::replace(&string, behind.data(), x.data()), 0);
+  Kind::set_at(&string, 4, 'e');
+  Kind::append(&string, x.data(), 0);
+  expect_content(string, "abcd");
 }
 
-TEST(String, TakesNullAndItsOwnTextForWhatTheyMean) {
-  String string("a-b-");
+TYPED_TEST(Strings, TakeNullAndTheirOwnTextForWhatTheyMean) {
+  using Kind = TypeParam;
+  Text<Kind> string("0123456789abcde");
+  Kind::append(&string, string.data + string.capacity, 1);
+  expect_content(string, "0123456789abcde\0"s);
   for (const int64_t count : {-1, 1}) {
-    mub_string_append(&string, nullptr, count);
-    EXPECT_EQ(mub_string_insert(&string, 1, nullptr, count), 0);
-    EXPECT_EQ(mub_string_update(&string, 1, 2, nullptr, count), 0);
+    Kind::append(&string, nullptr, count);
+    EXPECT_EQ(Kind::insert(&string, 1, nullptr, count), 0);
+    EXPECT_EQ(Kind::update(&string, 1, 2, nullptr, count), 0);
   }
-  EXPECT_EQ(mub_string_replace(&string, nullptr, "x") + mub_string_replace(&string, "", "x"), 0);
-  EXPECT_EQ(mub_string_replace(&string, "-", string.data), 2);
-  expect_content(string, "aa-b-ba-b-");
-  EXPECT_EQ(mub_string_replace(&string, "-b", nullptr), 3);
-  expect_content(string, "aaa-");
-  EXPECT_EQ(mub_string_update(&string, 3, 1, nullptr, 0), 1);
-  EXPECT_EQ(mub_string_update(&string, 0, 2, "x", -1), 1);
-  EXPECT_EQ(mub_string_clone(&string, &string), 1);
-  mub_string_swap(&string, &string);
-  expect_content(string, "xa");
-  EXPECT_EQ(mub_string_copy(&string, nullptr, 3), 1);
+  EXPECT_EQ(Kind::update(&string, 1, 15, nullptr, 0), 1);
+  EXPECT_EQ(Kind::clone(&string, &string), 1);
+  Kind::swap(&string, &string);
+  expect_content(string, "0");
+  const Units<Kind> zero_nul("0"s + '\0');
+  EXPECT_EQ(Kind::replace(&string, nullptr, zero_nul.data()), 0);
+  EXPECT_EQ(Kind::replace(&string, zero_nul.data() + 1, zero_nul.data()), 0) << "an empty text";
+  expect_content(string, "0");
+  EXPECT_EQ(Kind::replace(&string, zero_nul.data(), nullptr), 1);
+  expect_content(string, "");
+  Kind::append_char(&string, 'x');
+  Kind::copy(&string, nullptr, 3);
   expect_content(string, "");
 }
 
-TEST(String, WithoutABufferIsEmpty) {
-  String string;
-  mub_string_shrink(&string, 5);
-  mub_string_zero(&string, 0, 1);
-  mub_string_set_at(&string, 0, 'x');
-  EXPECT_EQ(mub_string_trim(&string) + mub_string_compare(&string, "", -1), 0);
-  EXPECT_EQ(mub_string_copy(&string, nullptr, -1) + mub_string_update(&string, 0, 4, nullptr, 0), 2);
-  EXPECT_EQ(mub_string_find(&string, "", -1), -1);
-  EXPECT_TRUE(mub_string_is_empty(&string) && string.data == nullptr && string.length == 0);
-  mub_string_copy_char(&string, 'z' + 256);
+TYPED_TEST(Strings, WithoutABufferAreEmpty) {
+  using Kind = TypeParam;
+  Text<Kind> string;
+  const Units<Kind> nothing("");
+  Kind::shrink(&string, 5);
+  Kind::zero(&string, 0, 1);
+  Kind::set_at(&string, 0, 'x');
+  Kind::copy(&string, nullptr, -1);
+  EXPECT_EQ(Kind::trim(&string) + Kind::compare(&string, nothing.data(), -1), 0);
+  EXPECT_EQ(Kind::update(&string, 0, 4, nullptr, 0), 1);
+  EXPECT_EQ(Kind::find_pos(&string, nothing.data(), -1, 0), -1);
+  EXPECT_EQ(Kind::replace(&string, Units<Kind>("x").data(), nothing.data()), 0);
+  EXPECT_TRUE(Kind::is_empty(&string) && string.data == nullptr && string.length == 0);
+  Kind::copy_char(&string, 'z' + Kind::kUnits);
   expect_content(string, "z");
-  mub_string_copy_char(&string, 256);
+  Kind::copy_char(&string, Kind::kUnits);
+  expect_content(string, "");
+}
+
+TEST(String, TellsWhetherACopyWasMade) {
+  String string("a-b-");
+  EXPECT_EQ(mub_string_copy(&string, "x", INT64_MAX), 0);
+  EXPECT_EQ(mub_string_replace(&string, "-", string.data), 2) << "its own text";
+  expect_content(string, "aa-b-ba-b-");
+  EXPECT_EQ(mub_string_update(&string, 1, 9, "x", -1), 1);
+  EXPECT_EQ(mub_string_insert(&string, 1, "yz", -1), 1);
+  expect_content(string, "ayzx");
+  EXPECT_EQ(mub_string_copy(&string, nullptr, 3), 1);
   expect_content(string, "");
 }
 

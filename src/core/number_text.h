@@ -91,6 +91,11 @@ double parse_decimal(const char *text, int64_t length, TakeIn take_in) {
   return parts.negative ? 0.0 - value : value;
 }
 
+// As strings and their views have it.
+inline double parse_decimal(const char *text, int64_t length) {
+  return parse_decimal(text, length, [](double value, char code) { return value * 10.0 + (code - 48.0); });
+}
+
 struct PowersOfTen {
   uint64_t of[20] = {};  // 0 stands for the first, so that 0 has a digit too.
   constexpr PowersOfTen() {
@@ -111,6 +116,8 @@ inline int64_t digit_count(uint64_t magnitude) {
 // back from a buffer of their own they would wait for the narrow stores just made.
 class IntegerText {
  public:
+  static constexpr int64_t kMaxLength = 20;
+
   explicit IntegerText(int64_t value)
       : is_negative_(value < 0),
         magnitude_(is_negative_ ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value)),

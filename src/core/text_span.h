@@ -27,8 +27,9 @@ struct UnitOps<char> {
   static int64_t find(const char *data, int64_t count, const char *text, int64_t length) {
     return bytes::find(data, count, text, length);
   }
-  // Looks for a NUL-terminated text, and no further than the first NUL of the span.
-  static int64_t find_terminated(const char *data, int64_t count, const char *text) {
+  // Looks for a NUL-terminated text, and no further than the first NUL of the span; what its block holds behind the
+  // span does not matter.
+  static int64_t find_terminated(const char *data, int64_t count, int64_t /*room*/, const char *text) {
     const auto length = static_cast<int64_t>(std::strlen(text));
     if (length == 0) return 0;
     const int64_t found = bytes::find(data, count, text, length);

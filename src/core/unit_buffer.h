@@ -141,12 +141,16 @@ void zero(Record &record, int64_t offset, int64_t count) {
   std::memset(record.data + offset, 0, static_cast<size_t>(count) * sizeof(UnitOf<Record>));
 }
 
+// The terminator's unit is a part of the block like any other.
+template <class Record>
+uint64_t block_bytes(const Record &record) {
+  return record.data == nullptr ? 0 : (static_cast<uint64_t>(record.capacity) + 1) * kUnitBytes<Record>;
+}
+
 // `count` is not negative; doubled for wide units it still fits 64 unsigned bits.
 template <class Record>
 PinnedBytes pinned(const Record &record, const void *units, int64_t count) {
-  constexpr uint64_t unit_bytes = sizeof(UnitOf<Record>);
-  return {units, static_cast<uint64_t>(count) * unit_bytes, record.data,
-          static_cast<uint64_t>(record.capacity) * unit_bytes};
+  return {units, static_cast<uint64_t>(count) * kUnitBytes<Record>, record.data, block_bytes(record)};
 }
 
 // Makes `count` units the whole content; NULL units empty it.

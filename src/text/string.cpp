@@ -109,8 +109,7 @@ float mub_string_get_float(const mub_string *string, float otherwise) {
 
 double mub_string_get_double(const mub_string *string, double otherwise) {
   if (mub::buffer::is_empty(*string)) return otherwise;
-  return mub::number::parse_decimal(string->data, string->length,
-                                    [](double value, char code) { return value * 10.0 + (code - 48.0); });
+  return mub::number::parse_decimal(string->data, string->length);
 }
 
 int mub_string_get_at(const mub_string *string, int64_t index) {

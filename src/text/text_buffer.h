@@ -72,7 +72,9 @@ template <class Record>
 int64_t find(const Record &record, const UnitOf<Record> *text, int64_t count, int64_t start = 0) {
   if (count >= 0) return span::find(record.data, record.length, text, count, start);
   if (record.data == nullptr || text == nullptr || start < 0 || start >= record.length) return -1;
-  const int64_t found = OpsOf<Record>::find_terminated(record.data + start, record.length - start, text);
+  const int64_t room = record.capacity + 1 - start;
+  const int64_t found =
+      OpsOf<Record>::find_terminated(record.data + start, record.length - start, room, text);
   return span::shifted(found, start);
 }
 
@@ -103,6 +105,8 @@ bool build_substituted(const Record &record, const UnitOf<Record> *marker, int64
   if (!buffer::expand(built, record.length)) return false;
   int64_t position = 0;
   for (int64_t hit = find(record, marker, -1); hit >= 0; hit = find(record, marker, -1, position)) {
+    // A wide marker that was measured may reach behind the content.
+    if (hit > record.length - marker_length) break;
     const Piece<UnitOf<Record>> piece = next();
     if (piece.units == nullptr) break;
     if (!buffer::append(built, record.data + position, hit - position)) return false;
@@ -131,8 +135,7 @@ int64_t substitute(Record &record, const UnitOf<Record> *marker, Next next) {
 template <class Record>
 int64_t replace(Record &record, const UnitOf<Record> *from, const UnitOf<Record> *to) {
   static constexpr UnitOf<Record> kNothing[1] = {};
-  const UnitOf<Record> *units = to != nullptr ? to : kNothing;
-  const Piece<UnitOf<Record>> piece = {units, OpsOf<Record>::measured(units, -1)};
+  const Piece<UnitOf<Record>> piece = {to != nullptr ? to : kNothing, OpsOf<Record>::measured(to, -1)};
   return substitute(record, from, [piece] { return piece; });
 }
 

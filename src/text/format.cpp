@@ -1,0 +1,249 @@
+// The two functions with arguments of any number. Both build the new content beside the old one.
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <cwchar>
+
+#include "core/number_text.h"
+#include "mub_string.h"
+#include "text/text_buffer.h"
+
+namespace mub {
+namespace {
+
+// Switches, which become tests of bits, and no searches in lists of characters: most formats print little, and soon.
+bool is_flag_or_number(char c) {
+  switch (c) {
+    case '-':
+    case '+':
+    case ' ':
+    case '#':
+    case '\'':
+    case 'I':
+    case '.':
+    case '*':
+    case '$':
+      return true;
+    default:
+      return number::is_digit(c);
+  }
+}
+
+// One conversion of a format, from its percent sign on.
+struct Conversion {
+  explicit Conversion(const char *percent) {
+    const char *at = percent + 1;
+    for (; is_flag_or_number(*at); ++at) {
+      stars += *at == '*';
+      is_positional |= *at == '$';
+    }
+    for (; is_size(*at); ++at) {
+      // As in "ll", which no other letter follows.
+      is_doubled = size == *at;
+      size = *at;
+    }
+    type = *at;
+    end = type == 0 ? at : at + 1;
+  }
+
+  int stars = 0;  // Widths and precisions that are arguments of their own.
+  bool is_positional = false;
+  char size = 0;
+  bool is_doubled = false;
+  char type;
+  const char *end;
+
+ private:
+  static bool is_size(char c) {
+    switch (c) {
+      case 'h':
+      case 'l':
+      case 'L':
+      case 'q':
+      case 'j':
+      case 'z':
+      case 'Z':
+      case 't':
+        return true;
+      default:
+        return false;
+    }
+  }
+};
+
+// Walks the arguments of a format with their own types, as printf does.
+class Arguments {
+ public:
+  explicit Arguments(va_list list) { va_copy(list_, list); }
+  ~Arguments() { va_end(list_); }
+  Arguments(const Arguments &) = delete;
+  Arguments &operator=(const Arguments &) = delete;
+
+  // The length of a text that is the next argument, -1 when that is NULL or no longer known.
+  int64_t next_text() {
+    const char *text = is_lost_ ? nullptr : va_arg(list_, const char *);
+    return text == nullptr ? -1 : measured(text, -1);
+  }
+
+  // Steps over what a conversion takes. Positional arguments come in no order, and an unknown conversion takes nobody
+  // knows what: behind these, texts are not measured.
+  void skip(const Conversion &conversion) {
+    is_lost_ = is_lost_ || conversion.is_positional;
+    if (is_lost_) return;
+    for (int i = 0; i < conversion.stars; ++i) (void)va_arg(list_, int);
+    skip_value(conversion);
+  }
+
+ private:
+  void skip_value(const Conversion &conversion) {
+    switch (conversion.type) {
+      case '%':
+      case 'm':
+        return;
+      case 'd':
+      case 'i':
+      case 'o':
+      case 'u':
+      case 'x':
+      case 'X':
+        return skip_integer(conversion);
+      case 'a':
+      case 'A':
+      case 'e':
+      case 'E':
+      case 'f':
+      case 'F':
+      case 'g':
+      case 'G':
+        return skip_floating(conversion.size);
+      case 'c':
+      case 'C':
+        static_assert(sizeof(wint_t) == sizeof(int));
+        return skip_one<int>();
+      case 's':
+      case 'S':
+      case 'p':
+      case 'n':
+        return skip_one<void *>();
+      default:
+        is_lost_ = true;
+    }
+  }
+
+  void skip_integer(const Conversion &conversion) {
+    switch (conversion.size) {
+      case 0:
+      case 'h':
+        return skip_one<int>();
+      case 'l':
+        return conversion.is_doubled ? skip_one<long long>() : skip_one<long>();
+      case 'z':
+      case 'Z':
+        return skip_one<size_t>();
+      case 't':
+        return skip_one<ptrdiff_t>();
+      case 'j':
+        return skip_one<intmax_t>();
+      default:
+        return skip_one<long long>();
+    }
+  }
+
+  void skip_floating(char size) { size == 'L' ? skip_one<long double>() : skip_one<double>(); }
+
+  template <class Argument>
+  void skip_one() {
+    (void)va_arg(list_, Argument);
+  }
+
+  va_list list_;
+  bool is_lost_ = false;
+};
+
+// What is reserved for a conversion that is not measured.
+constexpr int64_t kUnmeasured = 32;
+
+// The length of the format, the text of every plain %s, and kUnmeasured for every other percent sign but one at the
+// very end; the second one of a "%%" is a sign like any other, though no text is measured for it.
+int64_t estimated_length(const char *format, va_list list) {
+  Arguments arguments(list);
+  int64_t estimate = measured(format, -1);
+  const char *percent = std::strchr(format, '%');
+  while (percent != nullptr && percent[1] != 0) {
+    if (percent[1] == 's') {
+      const int64_t length = arguments.next_text();
+      estimate += length >= 0 ? length : kUnmeasured;
+      percent = std::strchr(percent + 2, '%');
+      continue;
+    }
+    const Conversion conversion(percent);
+    arguments.skip(conversion);
+    estimate += kUnmeasured;
+    if (conversion.type == '%' && *conversion.end != 0) estimate += kUnmeasured;
+    percent = std::strchr(conversion.end, '%');
+  }
+  return estimate;
+}
+
+// Prints as much as there is room for, and gives the length of the whole, negative when the runtime cannot.
+int64_t print(mub_string &string, const char *format, va_list list) {
+  va_list arguments;
+  va_copy(arguments, list);
+  const int length = std::vsnprintf(string.data, static_cast<size_t>(string.capacity) + 1, format, arguments);
+  va_end(arguments);
+  return length;
+}
+
+// Fills an empty string; false when memory runs out or the runtime cannot print.
+bool print_whole(mub_string &string, const char *format, va_list list) {
+  if (!buffer::expand(string, estimated_length(format, list))) return false;
+  int64_t length = print(string, format, list);
+  if (length > string.capacity) {
+    if (!buffer::expand(string, length)) return false;
+    length = print(string, format, list);
+  }
+  // A conversion of wide text may fail the second time alone: the program's locale may change in between.
+  if (length < 0 || length > string.capacity) return false;
+  buffer::shrink(string, length);
+  return true;
+}
+
+void format_list(mub_string &string, const char *format, va_list list) {
+  if (*format == 0) return buffer::shrink(string, 0);
+  mub_string printed;
+  buffer::init(printed);
+  if (print_whole(printed, format, list)) buffer::swap(string, printed);
+  buffer::term(printed);
+}
+
+void match_list(mub_string &string, const char *marker, va_list list) {
+  va_list texts;
+  va_copy(texts, list);
+  text::substitute(string, marker, [&texts]() -> text::Piece<char> {
+    const char *text = va_arg(texts, const char *);
+    return {text, measured(text, -1)};
+  });
+  va_end(texts);
+}
+
+}  // namespace
+}  // namespace mub
+
+extern "C" {
+
+void mub_string_match(mub_string *string, const char *marker, ...) {
+  va_list texts;
+  va_start(texts, marker);
+  mub::match_list(*string, marker, texts);
+  va_end(texts);
+}
+
+void mub_string_format(mub_string *string, const char *format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  mub::format_list(*string, format, arguments);
+  va_end(arguments);
+}
+}

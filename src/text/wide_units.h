@@ -1,0 +1,109 @@
+// Units of 16 bits for the engine of the strings.
+//
+// A wide text without a count is one of the platform's wide characters, of 16 or of 32 bits: in the latter case a
+// character spans two units, and a text is measured and searched two units at a time. Texts are aligned for units
+// alone, so that characters are loaded as bytes.
+#ifndef MUB_TEXT_WIDE_UNITS_H
+#define MUB_TEXT_WIDE_UNITS_H
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+
+#include "core/bytes.h"
+#include "core/letter_case.h"
+#include "core/text_search.h"
+#include "core/text_span.h"
+#include "core/unit_buffer.h"
+#include "mub_wchar.h"
+
+namespace mub {
+
+template <>
+struct BufferTraits<mub_wchar> {
+  using Unit = uint16_t;
+  static constexpr bool kTerminated = true;
+};
+
+namespace wide {
+
+constexpr int64_t kCharUnits = sizeof(wchar_t) / sizeof(uint16_t);
+
+// The characters of a text that ends before its first 0, or where `max_count` of them have been seen.
+inline int64_t char_count(const uint16_t *text, int64_t max_count = INT64_MAX) {
+  int64_t count = 0;
+  while (count < max_count && bytes::load<wchar_t>(text + count * kCharUnits) != 0) ++count;
+  return count;
+}
+
+// The first index at which `length` words, at least one, occur among `count`; occurrences that begin within a word
+// are none.
+template <class Word>
+int64_t find_words(const uint16_t *data, int64_t count, const uint16_t *words, int64_t length) {
+  constexpr int64_t size = sizeof(Word);
+  const uint8_t *text = bytes::as_bytes(data);
+  for (int64_t i = 0; length <= count - i;) {
+    const int64_t found = bytes::find(text + i * size, (count - i) * size, words, length * size);
+    if (found < 0) return -1;
+    i += found / size;
+    if (found % size == 0) return i;
+    ++i;
+  }
+  return -1;
+}
+
+}  // namespace wide
+
+template <>
+struct UnitOps<uint16_t> {
+  static int64_t measured(const uint16_t *text, int64_t length) {
+    if (length >= 0) return length;
+    return text == nullptr ? 0 : wide::char_count(text);
+  }
+  static int lower(uint16_t unit) { return unit > 0xFF ? unit : std::tolower(unit); }
+  static int upper(uint16_t unit) { return unit > 0xFF ? unit : std::toupper(unit); }
+
+  static int64_t chr(const uint16_t *data, int64_t count, uint16_t unit) {
+    return wide::find_words<uint16_t>(data, count, &unit, 1);
+  }
+  static int64_t rchr(const uint16_t *data, int64_t count, uint16_t unit) {
+    int64_t i = std::max<int64_t>(count, 0) - 1;
+    while (i >= 0 && data[i] != unit) --i;
+    return i;
+  }
+  static int64_t find(const uint16_t *data, int64_t count, const uint16_t *text, int64_t length) {
+    return wide::find_words<uint16_t>(data, count, text, std::max<int64_t>(length, 1));
+  }
+  // Looks for a text of wide characters, no further than the first character of 0. A terminator of one unit may be
+  // half a character, so that the search ends with the `room` units of the block; but a hit begins in the span.
+  static int64_t find_terminated(const uint16_t *data, int64_t count, int64_t room, const uint16_t *text) {
+    const int64_t length = wide::char_count(text);
+    if (length == 0) return 0;
+    const int64_t found = wide::find_words<wchar_t>(data, room / wide::kCharUnits, text, length);
+    const int64_t index = found * wide::kCharUnits;
+    return found < 0 || index >= count || wide::char_count(data, found) < found ? -1 : index;
+  }
+
+  static int compare(const uint16_t *a, int64_t a_length, const uint16_t *b, int64_t b_length) {
+    constexpr int64_t size = sizeof(uint16_t);
+    const int64_t common = std::max<int64_t>(std::min(a_length, b_length), 0);
+    const int64_t i = bytes::first_difference(bytes::as_bytes(a), bytes::as_bytes(b), common * size) / size;
+    return i < common ? a[i] - b[i] : bytes::length_difference(a_length, b_length);
+  }
+  static int icompare(const uint16_t *a, int64_t a_length, const uint16_t *b, int64_t b_length) {
+    const int64_t common = std::min(a_length, b_length);
+    const Lowering lower_byte;
+    const auto folded = [lower_byte](uint16_t unit) {
+      return unit > 0xFF ? int{unit} : int{lower_byte(static_cast<uint8_t>(unit))};
+    };
+    for (int64_t i = 0; i < common; ++i) {
+      const int difference = folded(a[i]) - folded(b[i]);
+      if (difference != 0) return difference;
+    }
+    return bytes::length_difference(a_length, b_length);
+  }
+};
+
+}  // namespace mub
+
+#endif
