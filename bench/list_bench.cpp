@@ -29,6 +29,7 @@ class MubKeyed {
 
   void add_head(uint64_t value) { mub_list_add_head(&list_, key(value).data(), size(value), value); }
   void add_tail(uint64_t value) { mub_list_add_tail(&list_, key(value).data(), size(value), value); }
+  uint64_t remove_head() { return mub_list_remove_head(&list_); }
   uint64_t sum() {
     uint64_t sum = 0;
     for (auto *position = mub_list_get_head_position(&list_); position != nullptr;) {
@@ -51,6 +52,11 @@ class StdKeyed {
  public:
   void add_head(uint64_t value) { list_.emplace_front(key_at(value), value); }
   void add_tail(uint64_t value) { list_.emplace_back(key_at(value), value); }
+  uint64_t remove_head() {
+    const uint64_t value = list_.front().second;
+    list_.pop_front();
+    return value;
+  }
   uint64_t sum() {
     uint64_t sum = 0;
     for (const auto &[key, value] : list_) sum += value + key.size();
@@ -235,6 +241,8 @@ template <class List>
 void add_keyed(const char *who) {
   add_ends<List>("list_keyed", who);
   add_whole<List>("list_keyed", who);
+  // A removal meets all key bytes and offsets of the list, so that the sizes matter.
+  mub_bench::add_sizes("list_keyed_queue", who, queue<List>, {10, 100, 1000, 10000});
 }
 
 template <class List>

@@ -287,12 +287,12 @@ struct Model {
 
   void texts() {
     if constexpr (A::kHasKeys) {
-      // Behind the last separator is nothing, and so it may be missing.
-      const char text[] = "\ta, ,bb , c\n,";
+      // Up to the NUL, or ending with a separator, behind which then is nothing.
+      const char text[] = "\ta, ,bb , c\n,d";
       const int64_t length = random.one_in(2) ? -1 : int64_t{sizeof text} - 2;
-      if (!blows_in([&] { mub_list_from_string(&list, 0x700 | ',', text, length); })) {
-        adopt({{"a", 0}, {"", 0}, {"bb", 0}, {"c", 0}}, false);
-      }
+      std::vector<KeyAndValue> items = {{"a", 0}, {"", 0}, {"bb", 0}, {"c", 0}};
+      if (length < 0) items.push_back({"d", 0});
+      if (!blows_in([&] { mub_list_from_string(&list, 0x700 | ',', text, length); })) adopt(items, false);
       std::string joined;
       for (const Node<A> &node : nodes) joined += (joined.empty() ? "" : ";") + node.first;
       String out("before");
