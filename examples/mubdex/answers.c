@@ -2,14 +2,10 @@
 
 #include <string.h>
 
-/* The padding goes in front of what was printed. */
-void append_column(mub_string *out, uint64_t number, int64_t width) {
-  mub_string digits;
-  mub_string_init(&digits);
-  mub_string_append_long(&digits, (int64_t)number);
-  for (int64_t i = digits.length; i < width; i++) mub_string_append_char(out, ' ');
-  mub_string_append(out, digits.data, digits.length);
-  mub_string_term(&digits);
+bool append_line(mub_string *out, const mub_string *line) {
+  const int64_t length = out->length;
+  mub_string_append(out, line->data, line->length);
+  return !mub_string_is_empty(line) && out->length == length + line->length;
 }
 
 bool answer_word(const word_index *index, const corpus *texts, const char *word, mub_string *out) {
@@ -33,65 +29,60 @@ static bool is_behind(const mub_char *word, const mub_string *last) {
   return mub_mem_cmp(word->data, length, last->data, last->length) > 0;
 }
 
-static bool append_word(const mub_char *word, uint64_t count, mub_string *out) {
-  if (!mub_string_expand(out, out->length + word->length + 32)) return false;
-  append_column(out, count, 10);
-  mub_string_append(out, "  ", -1);
-  mub_string_append(out, word->data, word->length);
-  mub_string_append_char(out, '\n');
-  return true;
+void format_word(mub_string *line, const mub_char *word, uint64_t count) {
+  mub_string_format(line, "%10llu  %.*s\n", (unsigned long long)count, (int)word->length, word->data);
 }
 
 static bool append_words(const vocabulary *words, const mub_string *first, const mub_string *last,
-                         mub_string *out) {
+                         mub_string *line, mub_string *out) {
   for (const mub_btree_node *node = vocabulary_first(words, first); node != NULL;
        node = mub_btree_node_next(&words->words, node)) {
     const mub_char word = vocabulary_word(words, node);
     const word_stats *stats = (const word_stats *)(uintptr_t)node->value;
     if (is_behind(&word, last)) break;
-    if (!append_word(&word, stats->count, out)) return false;
+    format_word(line, &word, stats->count);
+    if (!append_line(out, line)) return false;
   }
   return true;
 }
 
 bool answer_words(const vocabulary *words, const mub_char *first, const mub_char *last, mub_string *out) {
-  mub_string from, through;
+  mub_string from, through, line;
   mub_string_init(&from);
   mub_string_init(&through);
+  mub_string_init(&line);
   const bool done = fold_word(first->data, first->length, &from) &&
                     fold_word(last->data, last->length, &through) &&
-                    append_words(words, &from, &through, out);
+                    append_words(words, &from, &through, &line, out);
+  mub_string_term(&line);
   mub_string_term(&through);
   mub_string_term(&from);
   return done;
 }
 
-static bool append_heading(const heading *content, int64_t depth, int64_t line_number, mub_string *out) {
-  const int64_t indent = 2 * (depth - 1);
-  if (!mub_string_expand(out, out->length + indent + content->number.length + content->title.length + 32))
-    return false;
-  append_column(out, (uint64_t)line_number, 6);
-  for (int64_t i = 0; i < indent + 2; i++) mub_string_append_char(out, ' ');
-  mub_string_append(out, content->number.data, content->number.length);
-  mub_string_append(out, "  ", -1);
-  mub_string_append(out, content->title.data, content->title.length);
-  mub_string_append_char(out, '\n');
-  return true;
-}
-
-static int64_t depth_of(const mub_tree_entry *entry) {
-  int64_t depth = 0;
+static int depth_of(const mub_tree_entry *entry) {
+  int depth = 0;
   for (; entry->parent != NULL; entry = entry->parent) depth++;
   return depth;
 }
 
-bool answer_outline(const outline *headings, const corpus *texts, mub_string *out) {
+static bool append_headings(const outline *headings, const corpus *texts, mub_string *line, mub_string *out) {
   const mub_tree_entry *root = &headings->headings.root;
   for (const mub_tree_entry *entry = mub_tree_entry_iter_next(root, root); entry != NULL;
        entry = mub_tree_entry_iter_next(root, entry)) {
     const heading *content = outline_heading(entry);
-    const int64_t number = corpus_line_number(texts, content->line);
-    if (!append_heading(content, depth_of(entry), number, out)) return false;
+    mub_string_format(line, "%6lld%*s%.*s  %.*s\n", (long long)corpus_line_number(texts, content->line),
+                      2 * depth_of(entry), "", (int)content->number.length, content->number.data,
+                      (int)content->title.length, content->title.data);
+    if (!append_line(out, line)) return false;
   }
   return true;
+}
+
+bool answer_outline(const outline *headings, const corpus *texts, mub_string *out) {
+  mub_string line;
+  mub_string_init(&line);
+  const bool done = append_headings(headings, texts, &line, out);
+  mub_string_term(&line);
+  return done;
 }

@@ -7,8 +7,11 @@
 #include "vocabulary.h"
 #include "word_index.h"
 
-/* Appends a number at the right of a column. */
-void append_column(mub_string *out, uint64_t number, int64_t width);
+/* Appends a line that was printed. False when memory ran out, also before, so that the line is empty. */
+bool append_line(mub_string *out, const mub_string *line);
+
+/* Makes `line` a count and its word. */
+void format_word(mub_string *line, const mub_char *word, uint64_t count);
 
 /* The lines that hold a word, and those that are set in `lines`. */
 bool answer_word(const word_index *index, const corpus *texts, const char *word, mub_string *out);

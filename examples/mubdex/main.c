@@ -10,61 +10,13 @@
 
 #include "answers.h"
 #include "corpus.h"
+#include "options.h"
 #include "query.h"
 #include "report.h"
 #include "word_index.h"
 
 /* Part of every Debian system. */
 static char default_text[] = "/usr/share/common-licenses/GPL-3";
-
-static const char USAGE[] =
-    "usage: mubdex [--json | --lines WORD | --prefix PREFIX | --range A..B | --outline | --query QUERY]\n"
-    "              [--load INDEX] [--save INDEX] [FILE...]\n"
-    "\n"
-    "Counts the words of the files, letters folded to lower case, and prints the most frequent ones.\n"
-    "A FILE of - is standard input; without a file the text is /usr/share/common-licenses/GPL-3. A file that "
-    "is\n"
-    "given twice, also by another name, is read once.\n"
-    "\n"
-    "  --json           print one JSON object\n"
-    "  --lines WORD     print the lines that hold the word, in any case of letters\n"
-    "  --prefix PREFIX  print the words that begin with it, in byte order\n"
-    "  --range A..B     print the words from A to B, and those that begin with B; either may be missing\n"
-    "  --outline        print the numbered headings\n"
-    "  --query QUERY    print the lines that answer it: words, AND, OR, NOT and parentheses, as in\n"
-    "                   'free AND (software OR program) NOT warranty'\n"
-    "  --save INDEX     write the counts to a file\n"
-    "  --load INDEX     start from saved counts, which know of no lines; then files are optional\n"
-    "  --help           print this\n"
-    "\n"
-    "Exit status: 0 done, 1 a file could not be read, written or trusted, 2 wrong usage.\n";
-
-enum { EXIT_DONE = 0, EXIT_FAILED = 1, EXIT_USAGE = 2 };
-
-/* What to print, and the option that asks for it. */
-typedef enum task {
-  TASK_REPORT,
-  TASK_JSON,
-  TASK_LINES,
-  TASK_PREFIX,
-  TASK_RANGE,
-  TASK_OUTLINE,
-  TASK_QUERY
-} task;
-
-static const char *const TASK_OPTIONS[] = {NULL,      "--json",    "--lines", "--prefix",
-                                           "--range", "--outline", "--query"};
-
-enum { TASKS = sizeof TASK_OPTIONS / sizeof TASK_OPTIONS[0] };
-
-typedef struct mubdex_options {
-  const char *load;
-  const char *save;
-  task task;
-  const char *argument; /* of the task, when it takes one */
-  char **files;
-  int file_count;
-} mubdex_options;
 
 /* What is read, and what is known of it. */
 typedef struct program {
@@ -136,11 +88,11 @@ static int load_index(word_index *index, const char *name) {
   return status;
 }
 
-static int write_bytes(const char *name, const mub_stream *bytes) {
+static int write_bytes(const program *state, const char *name, const void *bytes, int64_t count) {
+  if (corpus_has_file(&state->texts, name)) return fail(name, "this is one of the texts");
   FILE *file = fopen(name, "wb");
   if (file == NULL) return fail(name, strerror(errno));
-  const size_t length = (size_t)bytes->length;
-  const bool written = fwrite(bytes->data, 1, length, file) == length;
+  const bool written = fwrite(bytes, 1, (size_t)count, file) == (size_t)count;
   /* Buffered bytes may meet the full disk only now. */
   if (fclose(file) != 0 || !written) return fail(name, strerror(errno));
   return EXIT_DONE;
@@ -148,11 +100,23 @@ static int write_bytes(const char *name, const mub_stream *bytes) {
 
 static int save_index(const program *state, const char *name) {
   mub_stream bytes;
-  if (corpus_has_file(&state->texts, name)) return fail(name, "this is one of the texts");
   mub_stream_init(&bytes);
-  const bool saved = index_save(&state->index, &bytes);
-  const int status = saved ? write_bytes(name, &bytes) : fail(name, reason_of(RESULT_NO_MEMORY));
+  const int status = index_save(&state->index, &bytes) ? write_bytes(state, name, bytes.data, bytes.length)
+                                                       : fail(name, reason_of(RESULT_NO_MEMORY));
   mub_stream_term(&bytes);
+  return status;
+}
+
+static int save_utf16(const program *state, const char *name) {
+  vocabulary words;
+  mub_wchar text;
+  mub_wchar_init(&text);
+  const bool made =
+      vocabulary_init(&words) && vocabulary_fill(&words, &state->index) && vocabulary_utf16(&words, &text);
+  const int status = made ? write_bytes(state, name, text.data, text.length * (int64_t)sizeof *text.data)
+                          : fail(name, reason_of(RESULT_NO_MEMORY));
+  mub_wchar_term(&text);
+  vocabulary_term(&words);
   return status;
 }
 
@@ -193,31 +157,45 @@ static bool answer_query(program *state, mub_string *out) {
   return done;
 }
 
-static mub_char view_of(const char *text, int64_t length) {
-  return (mub_char){(char *)(uintptr_t)text, length};
+static mub_char view_of(const char *text) {
+  return (mub_char){(char *)(uintptr_t)text, (int64_t)strlen(text)};
+}
+
+/* Cuts "A..B" in two; false when it is no range. */
+static bool parse_range(const char *text, mub_char *first, mub_char *last) {
+  mub_stringx range;
+  const mub_char whole = view_of(text);
+  mub_stringx_init(&range);
+  mub_stringx_copy_char(&range, &whole);
+  const int64_t dots = mub_stringx_find(&range, "..", 2);
+  if (dots < 0) return false;
+  mub_stringx_left_char(&range, dots, first);
+  mub_stringx_mid_char(&range, dots + 2, whole.length - dots - 2, last);
+  return true;
 }
 
 static bool answer(program *state, const mubdex_options *options, double seconds, mub_string *out) {
   const char *source = options->file_count > 0 ? options->files[0] : options->load;
-  const char *argument = options->argument;
-  const int64_t length = argument == NULL ? 0 : (int64_t)strlen(argument);
-  const int64_t dots = options->task == TASK_RANGE ? mub_str_str(argument, "..") : 0;
+  const report_options report = {source, options->argument, seconds};
+  mub_char first, last;
   switch (options->task) {
     case TASK_JSON:
-      return report_json(&state->index, source, seconds, out);
+      return report_json(&state->index, &report, out);
+    case TASK_TEMPLATE:
+      return report_template(&state->index, &report, out);
     case TASK_LINES:
-      return answer_word(&state->index, &state->texts, argument, out);
+      return answer_word(&state->index, &state->texts, options->argument, out);
     case TASK_PREFIX:
-      return answer_range(state, view_of(argument, length), view_of(argument, length), out);
+      first = view_of(options->argument);
+      return answer_range(state, first, first, out);
     case TASK_RANGE:
-      return answer_range(state, view_of(argument, dots), view_of(argument + dots + 2, length - dots - 2),
-                          out);
+      return parse_range(options->argument, &first, &last) && answer_range(state, first, last, out);
     case TASK_OUTLINE:
       return answer_headings(state, out);
     case TASK_QUERY:
       return answer_query(state, out);
     default:
-      return report_text(&state->index, source, seconds, out);
+      return report_text(&state->index, &report, out);
   }
 }
 
@@ -239,80 +217,25 @@ static int run(program *state, const mubdex_options *options) {
   }
   if (status == EXIT_DONE) status = print_answer(state, options, seconds_since(&start));
   if (status == EXIT_DONE && options->save != NULL) status = save_index(state, options->save);
+  if (status == EXIT_DONE && options->utf16 != NULL) status = save_utf16(state, options->utf16);
   return status;
-}
-
-static int usage_error(const char *problem, const char *argument) {
-  fprintf(stderr, "mubdex: %s %s\n%s", problem, argument, USAGE);
-  return EXIT_USAGE;
-}
-
-/* Where an option's argument is stored; NULL when it takes none. */
-static const char **argument_of(const char *option, mubdex_options *options) {
-  if (strcmp(option, "--save") == 0) return &options->save;
-  if (strcmp(option, "--load") == 0) return &options->load;
-  const bool takes_none = strcmp(option, "--json") == 0 || strcmp(option, "--outline") == 0;
-  return options->task != TASK_REPORT && !takes_none ? &options->argument : NULL;
-}
-
-static task task_of(const char *option) {
-  for (int i = 1; i < TASKS; i++) {
-    if (strcmp(option, TASK_OPTIONS[i]) == 0) return (task)i;
-  }
-  return TASK_REPORT;
-}
-
-/* Takes the option at argv[i] in, and its argument; gives the index of the last, -1 for wrong usage. */
-static int parse_option(int argc, char **argv, int i, mubdex_options *options) {
-  const char *option = argv[i];
-  const task wanted = task_of(option);
-  const bool is_file = strcmp(option, "--save") == 0 || strcmp(option, "--load") == 0;
-  if (wanted == TASK_REPORT && !is_file) return -usage_error("unknown option", option);
-  if (wanted != TASK_REPORT && options->task != TASK_REPORT) {
-    return -usage_error("only one of these at a time:", option);
-  }
-  if (wanted != TASK_REPORT) options->task = wanted;
-  const char **argument = argument_of(option, options);
-  if (argument == NULL) return i;
-  if (i + 1 == argc) return -usage_error("something is missing after", option);
-  *argument = argv[i + 1];
-  return i + 1;
-}
-
-/* Sorts the arguments into options and files, the files moved to the front of argv. Returns EXIT_DONE, EXIT_USAGE,
- * or -1 when help was printed. */
-static int parse(int argc, char **argv, mubdex_options *options) {
-  bool only_files = false;
-  options->files = argv;
-  for (int i = 1; i < argc; i++) {
-    if (only_files || argv[i][0] != '-' || argv[i][1] == '\0') {
-      options->files[options->file_count++] = argv[i];
-    } else if (strcmp(argv[i], "--") == 0) {
-      only_files = true;
-    } else if (strcmp(argv[i], "--help") == 0) {
-      fputs(USAGE, stdout);
-      return -1;
-    } else if ((i = parse_option(argc, argv, i, options)) < 0) {
-      return EXIT_USAGE;
-    }
-  }
-  return EXIT_DONE;
 }
 
 /* Looks at the task's argument before any file is read. */
 static int check_argument(program *state, const mubdex_options *options) {
-  const mub_char argument = view_of(options->argument, 0);
+  const char *argument = options->argument;
+  mub_char first, last;
   if (options->task == TASK_LINES) {
-    const mub_char word = view_of(argument.data, (int64_t)strlen(argument.data));
+    const mub_char word = view_of(argument);
     if (word.length == 0 || word_at_start(&word) < word.length)
-      return usage_error("this is no word:", word.data);
+      return usage_error("this is no word:", argument);
   }
-  if (options->task == TASK_RANGE && mub_str_str(argument.data, "..") < 0) {
-    return usage_error("this is no range A..B:", argument.data);
+  if (options->task == TASK_RANGE && !parse_range(argument, &first, &last)) {
+    return usage_error("this is no range A..B:", argument);
   }
-  if (options->task != TASK_QUERY || query_parse(&state->query, argument.data)) return EXIT_DONE;
+  if (options->task != TASK_QUERY || query_parse(&state->query, argument)) return EXIT_DONE;
   if (state->query.expected == NULL) return fail("query", reason_of(RESULT_NO_MEMORY));
-  fprintf(stderr, "mubdex: %s\n%*s^ column %d: expected %s\n", argument.data, (int)state->query.fault + 7, "",
+  fprintf(stderr, "mubdex: %s\n%*s^ column %d: expected %s\n", argument, (int)state->query.fault + 7, "",
           (int)state->query.fault, state->query.expected);
   return EXIT_USAGE;
 }
@@ -324,9 +247,10 @@ static int start(program *state, const mubdex_options *options) {
 
 int main(int argc, char **argv) {
   char *default_files[] = {default_text};
-  mubdex_options options = {NULL, NULL, TASK_REPORT, NULL, NULL, 0};
-  const int parsed = parse(argc, argv, &options);
-  if (parsed != EXIT_DONE) return parsed < 0 ? EXIT_DONE : parsed;
+  mubdex_options options;
+  const int parsed = parse_options(argc, argv, &options);
+  if (parsed != EXIT_DONE) return parsed;
+  if (options.task == TASK_HELP) return print_usage(), EXIT_DONE;
   if (options.file_count == 0 && options.load == NULL) {
     options.files = default_files;
     options.file_count = 1;

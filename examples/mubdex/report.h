@@ -4,9 +4,16 @@
 
 #include "word_index.h"
 
-/* Fills `out` with a report for people or, as one JSON object, for programs. `source` names what was read. False
- * when memory ran out. */
-bool report_text(const word_index *index, const char *source, double seconds, mub_string *out);
-bool report_json(const word_index *index, const char *source, double seconds, mub_string *out);
+typedef struct report_options {
+  const char *source;  /* names what was read */
+  const char *pattern; /* of the lines of a template */
+  double seconds;
+} report_options;
+
+/* Fills `out`, which is empty, with a report for people, with one JSON object for programs, or with a line for each of
+ * the most frequent words made after a pattern. False when memory ran out. */
+bool report_text(const word_index *index, const report_options *options, mub_string *out);
+bool report_json(const word_index *index, const report_options *options, mub_string *out);
+bool report_template(const word_index *index, const report_options *options, mub_string *out);
 
 #endif

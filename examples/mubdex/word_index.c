@@ -26,6 +26,7 @@ const word_stats *entry_stats(const mub_hash_entry *entry) { return stats_at(ent
 /* A block may be a reused one, so all of it is set here. */
 static void clear_stats(uint64_t value) {
   stats_at(value)->count = 0;
+  stats_at(value)->line_count = 0;
   mub_arrayt_init(&stats_at(value)->lines);
 }
 
@@ -71,33 +72,54 @@ bool fold_word(const char *word, int64_t length, mub_string *folded) {
   return true;
 }
 
+/* While lines are read, which words they hold is noted in one list, which grows without moving what it has: the
+ * address of a word's stats, then the line. Afterwards each word's array is made once, in the size that it needs. */
+typedef struct line_notes {
+  mub_listx pairs;
+  mub_string folded; /* to fold words in; keeps its room from word to word */
+} line_notes;
+
 /* Notes a line once, however often it holds the word. False when memory ran out. */
-static bool add_line(mub_arrayt *lines, uint64_t line) {
-  const int64_t count = lines->count;
-  if (count > 0 && mub_arrayt_get_last(lines) == line) return true;
-  mub_arrayt_append(lines, line);
-  return lines->count > count;
+static bool note_line(line_notes *notes, word_stats *stats, uint64_t line) {
+  if (stats->line_count > 0 && stats->last_line == line) return true;
+  stats->line_count++;
+  stats->last_line = line;
+  return mub_listx_add_tail(&notes->pairs, (uint64_t)(uintptr_t)stats) != NULL &&
+         mub_listx_add_tail(&notes->pairs, line) != NULL;
 }
 
-/* `folded` is a string to fold words in, which keeps its room from word to word. */
-static bool add_words(word_index *index, mub_char rest, uint64_t line, mub_string *folded) {
+static bool add_words(word_index *index, mub_char rest, uint64_t line, line_notes *notes) {
   mub_char word;
   while (next_word(&rest, &word)) {
-    if (!fold_word(word.data, word.length, folded)) return false;
-    word_stats *stats = add_count(index, folded->data, folded->length, 1);
-    if (stats == NULL || !add_line(&stats->lines, line)) return false;
+    if (!fold_word(word.data, word.length, &notes->folded)) return false;
+    word_stats *stats = add_count(index, notes->folded.data, notes->folded.length, 1);
+    if (stats == NULL || !note_line(notes, stats, line)) return false;
+  }
+  return true;
+}
+
+static bool take_notes(const line_notes *notes) {
+  for (const mub_listx_block *block = notes->pairs.head; block != NULL; block = block->next) {
+    for (int64_t i = 0; i < block->count; i += 2) {
+      word_stats *stats = stats_at(block->values[i]);
+      if (!mub_arrayt_expand(&stats->lines, stats->line_count)) return false;
+      mub_arrayt_append(&stats->lines, block->values[i + 1]);
+    }
   }
   return true;
 }
 
 bool index_add_lines(word_index *index, const corpus *texts, int64_t first_line) {
-  mub_string folded;
-  mub_string_init(&folded);
-  bool added = true;
+  line_notes notes;
+  mub_string_init(&notes.folded);
+  mub_listx_init(&notes.pairs, 1, 0);
+  bool added = notes.pairs.entry_pool != NULL;
   for (int64_t line = first_line; added && line < corpus_line_count(texts); line++) {
-    added = add_words(index, corpus_line(texts, line), (uint64_t)line, &folded);
+    added = add_words(index, corpus_line(texts, line), (uint64_t)line, &notes);
   }
-  mub_string_term(&folded);
+  added = added && take_notes(&notes);
+  mub_listx_term(&notes.pairs);
+  mub_string_term(&notes.folded);
   return added;
 }
 

@@ -11,7 +11,9 @@
 /* What is known of a word; one block of the table's value pool each. */
 typedef struct word_stats {
   uint64_t count;
-  mub_arrayt lines; /* the lines that hold it, ascending; most words have few, which lie in the record */
+  int64_t line_count; /* lines that hold it, and the last of them */
+  uint64_t last_line;
+  mub_arrayt lines; /* those lines, ascending; most words have few, which lie in the record */
 } word_stats;
 
 typedef struct word_index {

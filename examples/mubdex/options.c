@@ -1,0 +1,97 @@
+#include "options.h"
+
+#include <stdbool.h>
+#include <stdio.h>
+#include <string.h>
+
+static const char USAGE[] =
+    "usage: mubdex [--json | --template TEXT | --lines WORD | --prefix PREFIX | --range A..B | --outline |\n"
+    "               --query QUERY] [--load INDEX] [--save INDEX] [--utf16 WORDS] [FILE...]\n"
+    "\n"
+    "Counts the words of the files, letters folded to lower case, and prints the most frequent ones.\n"
+    "A FILE of - is standard input; without a file the text is /usr/share/common-licenses/GPL-3. A file that "
+    "is\n"
+    "given twice, also by another name, is read once.\n"
+    "\n"
+    "  --json           print one JSON object\n"
+    "  --template TEXT  print it for each of the most frequent words, put in for its first question mark, "
+    "and their\n"
+    "                   counts for the second, as in 'word ? occurs ? times'\n"
+    "  --lines WORD     print the lines that hold the word, in any case of letters\n"
+    "  --prefix PREFIX  print the words that begin with it, in byte order\n"
+    "  --range A..B     print the words from A to B, and those that begin with B; either may be missing\n"
+    "  --outline        print the numbered headings\n"
+    "  --query QUERY    print the lines that answer it: words, AND, OR, NOT and parentheses, as in\n"
+    "                   'free AND (software OR program) NOT warranty'\n"
+    "  --save INDEX     write the counts to a file\n"
+    "  --load INDEX     start from saved counts, which know of no lines; then files are optional\n"
+    "  --utf16 WORDS    write the vocabulary in byte order to a file, a word a line in UTF-16\n"
+    "  --help           print this\n"
+    "\n"
+    "Exit status: 0 done, 1 a file could not be read, written or trusted, 2 wrong usage.\n";
+
+static const char *const TASK_OPTIONS[] = {
+    [TASK_HELP] = "--help",       [TASK_JSON] = "--json",     [TASK_TEMPLATE] = "--template",
+    [TASK_LINES] = "--lines",     [TASK_PREFIX] = "--prefix", [TASK_RANGE] = "--range",
+    [TASK_OUTLINE] = "--outline", [TASK_QUERY] = "--query",
+};
+
+enum { TASKS = sizeof TASK_OPTIONS / sizeof TASK_OPTIONS[0] };
+
+void print_usage(void) { fputs(USAGE, stdout); }
+
+int usage_error(const char *problem, const char *argument) {
+  fprintf(stderr, "mubdex: %s %s\n%s", problem, argument, USAGE);
+  return EXIT_USAGE;
+}
+
+static task task_of(const char *option) {
+  for (int i = 1; i < TASKS; i++) {
+    if (strcmp(option, TASK_OPTIONS[i]) == 0) return (task)i;
+  }
+  return TASK_REPORT;
+}
+
+static bool takes_argument(task wanted) {
+  return wanted != TASK_HELP && wanted != TASK_JSON && wanted != TASK_OUTLINE;
+}
+
+/* Where the name of an option's file is stored; NULL when the option takes none. */
+static const char **file_of(const char *option, mubdex_options *options) {
+  if (strcmp(option, "--load") == 0) return &options->load;
+  if (strcmp(option, "--save") == 0) return &options->save;
+  return strcmp(option, "--utf16") == 0 ? &options->utf16 : NULL;
+}
+
+/* Takes argv[*i] in, and its argument, which *i is moved to. */
+static int parse_option(int argc, char **argv, int *i, mubdex_options *options) {
+  const char *option = argv[*i];
+  const char **argument = file_of(option, options);
+  if (argument == NULL) {
+    const task wanted = task_of(option);
+    if (wanted == TASK_REPORT) return usage_error("unknown option", option);
+    if (options->task != TASK_REPORT) return usage_error("one thing at a time, not also", option);
+    options->task = wanted;
+    if (!takes_argument(wanted)) return EXIT_DONE;
+    argument = &options->argument;
+  }
+  if (++*i == argc) return usage_error("something is missing after", option);
+  *argument = argv[*i];
+  return EXIT_DONE;
+}
+
+int parse_options(int argc, char **argv, mubdex_options *options) {
+  bool only_files = false;
+  int status = EXIT_DONE;
+  *options = (mubdex_options){TASK_REPORT, NULL, NULL, NULL, NULL, argv, 0};
+  for (int i = 1; i < argc && status == EXIT_DONE; i++) {
+    if (only_files || argv[i][0] != '-' || argv[i][1] == '\0') {
+      options->files[options->file_count++] = argv[i];
+    } else if (strcmp(argv[i], "--") == 0) {
+      only_files = true;
+    } else {
+      status = parse_option(argc, argv, &i, options);
+    }
+  }
+  return status;
+}

@@ -1,0 +1,39 @@
+/* The command line of mubdex. */
+#ifndef MUBDEX_OPTIONS_H
+#define MUBDEX_OPTIONS_H
+
+enum { EXIT_DONE = 0, EXIT_FAILED = 1, EXIT_USAGE = 2 };
+
+/* What to print. */
+typedef enum task {
+  TASK_REPORT,
+  TASK_HELP,
+  TASK_JSON,
+  TASK_TEMPLATE,
+  TASK_LINES,
+  TASK_PREFIX,
+  TASK_RANGE,
+  TASK_OUTLINE,
+  TASK_QUERY
+} task;
+
+typedef struct mubdex_options {
+  task task;
+  const char *argument; /* of the task, when it takes one */
+  const char *load;     /* file names; NULL when not given */
+  const char *save;
+  const char *utf16;
+  char **files;
+  int file_count;
+} mubdex_options;
+
+/* Sorts the arguments into options and files; the files are moved to the front of argv. Returns EXIT_DONE, or
+ * EXIT_USAGE after saying what is wrong. */
+int parse_options(int argc, char **argv, mubdex_options *options);
+
+void print_usage(void);
+
+/* Says what is wrong with an argument, and the usage. Returns EXIT_USAGE. */
+int usage_error(const char *problem, const char *argument);
+
+#endif

@@ -1,0 +1,38 @@
+/* The vocabulary as UTF-16: a byte order mark, then a word a line. */
+#include "utf8.h"
+#include "vocabulary.h"
+
+static const int BYTE_ORDER_MARK = 0xFEFF;
+
+static void append_code_point(mub_wchar *out, uint32_t code) {
+  if (code < 0x10000) {
+    mub_wchar_append_char(out, (int)code);
+  } else {
+    mub_wchar_append_char(out, (int)(0xD800 + ((code - 0x10000) >> 10)));
+    mub_wchar_append_char(out, (int)(0xDC00 + ((code - 0x10000) & 0x3FF)));
+  }
+}
+
+/* A byte becomes one unit at most, so that with the room made beforehand no append can fail. */
+static bool append_word(mub_wchar *out, mub_char word) {
+  if (!mub_wchar_expand(out, out->length + word.length + 1)) return false;
+  while (word.length > 0) {
+    uint32_t code;
+    const int64_t size = utf8_decode(word.data, word.length, &code);
+    append_code_point(out, code);
+    word.data += size == 0 ? 1 : size;
+    word.length -= size == 0 ? 1 : size;
+  }
+  mub_wchar_append_char(out, '\n');
+  return true;
+}
+
+bool vocabulary_utf16(const vocabulary *v, mub_wchar *out) {
+  mub_wchar_copy_char(out, BYTE_ORDER_MARK);
+  if (mub_wchar_is_empty(out)) return false;
+  for (const mub_btree_node *node = mub_btree_node_first(&v->words); node != NULL;
+       node = mub_btree_node_next(&v->words, node)) {
+    if (!append_word(out, vocabulary_word(v, node))) return false;
+  }
+  return true;
+}
