@@ -156,6 +156,18 @@ class Mubdex(unittest.TestCase):
             self.assertEqual(result.stdout, b"")
             self.assertIn(b"column %d:" % column, result.stderr)
 
+    def test_template_and_utf16(self):
+        words = counted_by_coreutils(TEXT)
+        self.assertEqual(run("--template", "word ? occurs ? times, ?", TEXT).stdout.decode().splitlines(),
+                         [f"word {word} occurs {count} times, ?" for word, count in words[:20]])
+        self.assertEqual(run("--template", "", TEXT).stdout, b"\n" * 20)
+
+        path = self.path("words.txt")
+        text = "der größte 🂡 zog".encode() + b" \xff\xed\xa0\x80"
+        self.assertEqual(run("--utf16", path, "-", text=text).returncode, 0)
+        with open(path, "rb") as file:
+            self.assertEqual(file.read().decode("utf-16"), "der\ngrößte\nzog\n🂡\n\ufffd\ufffd\ufffd\ufffd\n")
+
     def test_load_gives_back_what_was_saved(self):
         path = self.path("text.idx")
         self.assertEqual(run("--save", path, TEXT).returncode, 0)
