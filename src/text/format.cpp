@@ -200,11 +200,8 @@ int64_t print(mub_string &string, const char *format, va_list list) {
 bool print_whole(mub_string &string, const char *format, va_list list) {
   if (!buffer::expand(string, estimated_length(format, list))) return false;
   int64_t length = print(string, format, list);
-  if (length > string.capacity) {
-    if (!buffer::expand(string, length)) return false;
-    length = print(string, format, list);
-  }
-  // A conversion of wide text may fail the second time alone: the program's locale may change in between.
+  if (length > string.capacity && buffer::expand(string, length)) length = print(string, format, list);
+  // Still too long where memory ran out.
   if (length < 0 || length > string.capacity) return false;
   buffer::shrink(string, length);
   return true;
