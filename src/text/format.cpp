@@ -76,14 +76,11 @@ struct Conversion {
 // Walks the arguments of a format with their own types, as printf does.
 class Arguments {
  public:
-  explicit Arguments(va_list list) { va_copy(list_, list); }
-  ~Arguments() { va_end(list_); }
-  Arguments(const Arguments &) = delete;
-  Arguments &operator=(const Arguments &) = delete;
+  explicit Arguments(va_list *list) : list_(list) {}
 
   // The length of a text that is the next argument, -1 when that is NULL or no longer known.
   int64_t next_text() {
-    const char *text = is_lost_ ? nullptr : va_arg(list_, const char *);
+    const char *text = is_lost_ ? nullptr : va_arg(*list_, const char *);
     return text == nullptr ? -1 : measured(text, -1);
   }
 
@@ -92,7 +89,7 @@ class Arguments {
   void skip(const Conversion &conversion) {
     is_lost_ = is_lost_ || conversion.is_positional;
     if (is_lost_) return;
-    for (int i = 0; i < conversion.stars; ++i) (void)va_arg(list_, int);
+    for (int i = 0; i < conversion.stars; ++i) skip_one<int>();
     skip_value(conversion);
   }
 
@@ -141,12 +138,11 @@ class Arguments {
         return conversion.is_doubled ? skip_one<long long>() : skip_one<long>();
       case 'z':
       case 'Z':
-        return skip_one<size_t>();
       case 't':
+        static_assert(sizeof(ptrdiff_t) == sizeof(size_t));
         return skip_one<ptrdiff_t>();
-      case 'j':
-        return skip_one<intmax_t>();
       default:
+        static_assert(sizeof(intmax_t) == sizeof(long long));
         return skip_one<long long>();
     }
   }
@@ -155,10 +151,10 @@ class Arguments {
 
   template <class Argument>
   void skip_one() {
-    (void)va_arg(list_, Argument);
+    (void)va_arg(*list_, Argument);
   }
 
-  va_list list_;
+  va_list *list_;
   bool is_lost_ = false;
 };
 
@@ -168,7 +164,9 @@ constexpr int64_t kUnmeasured = 32;
 // The length of the format, the text of every plain %s, and kUnmeasured for every other percent sign but one at the
 // very end; the second one of a "%%" is a sign like any other, though no text is measured for it.
 int64_t estimated_length(const char *format, va_list list) {
-  Arguments arguments(list);
+  va_list copy;
+  va_copy(copy, list);
+  Arguments arguments(&copy);
   int64_t estimate = measured(format, -1);
   const char *percent = std::strchr(format, '%');
   while (percent != nullptr && percent[1] != 0) {
@@ -184,6 +182,7 @@ int64_t estimated_length(const char *format, va_list list) {
     if (conversion.type == '%' && *conversion.end != 0) estimate += kUnmeasured;
     percent = std::strchr(conversion.end, '%');
   }
+  va_end(copy);
   return estimate;
 }
 
@@ -200,11 +199,8 @@ int64_t print(mub_string &string, const char *format, va_list list) {
 bool print_whole(mub_string &string, const char *format, va_list list) {
   if (!buffer::expand(string, estimated_length(format, list))) return false;
   int64_t length = print(string, format, list);
-  if (length > string.capacity) {
-    if (!buffer::expand(string, length)) return false;
-    length = print(string, format, list);
-  }
-  // A conversion of wide text may fail the second time alone: the program's locale may change in between.
+  if (length > string.capacity && buffer::expand(string, length)) length = print(string, format, list);
+  // Still too long where memory ran out.
   if (length < 0 || length > string.capacity) return false;
   buffer::shrink(string, length);
   return true;

@@ -12,14 +12,17 @@ namespace {
 
 using WideOps = UnitOps<uint16_t>;
 
-// Puts a narrow text at `start`, where it ends the content; its bytes are widened as signed ones.
+// A byte as a signed one.
+uint16_t widened(uint8_t byte) { return static_cast<uint16_t>(byte < 0x80 ? byte : 0xFF00 | byte); }
+
+// Puts a narrow text at `start`, where it ends the content.
 void put_widened(mub_wchar &string, int64_t start, const char *text, int64_t count) {
   int64_t length;
   if (__builtin_add_overflow(start, count, &length)) return;
   const PinnedBytes source(text, static_cast<uint64_t>(count), string.data, buffer::block_bytes(string));
   if (source.failed() || !buffer::expand(string, length)) return;
-  const auto *bytes = static_cast<const signed char *>(source.bytes());
-  for (int64_t i = 0; i < count; ++i) string.data[start + i] = static_cast<uint16_t>(bytes[i]);
+  const uint8_t *bytes = bytes::as_bytes(source.bytes());
+  for (int64_t i = 0; i < count; ++i) string.data[start + i] = widened(bytes[i]);
   buffer::shrink(string, length);
 }
 
