@@ -37,7 +37,7 @@ TEST(Bits, AgreeWithAModelAlsoWhenMemoryRunsOut) {
       if (!asks) mub_bits_insert(&bits, bit, on ? -256 : 0);
     });
     EXPECT_EQ(result, asks && !failed);
-    const size_t wanted = (bit / 8 + !asks) * 8;
+    const size_t wanted = size_t{8} * (bit / 8 + !asks);
     if (!failed && wanted > model.size()) model.resize(std::max(model.size() + 8192, wanted));
     if (!failed && !asks) model[bit] = on;
     if (random.one_in(500)) {
