@@ -192,7 +192,8 @@ MUB_API void mub_string_match(mub_string *string, const char *marker, ...);
  *   ...      as printf takes them; texts among them may lie in the string
  * The buffer is made for the length of the format, that of each text given to a plain `%s`, and 32 for each other
  * percent sign but one at the very end, and grown once more when the print is longer: so long texts given to
- * conversions with a width, flags or a precision are printed twice.
+ * conversions with a width, flags or a precision are printed twice. NULL and texts behind a positional or unknown
+ * conversion count as 32 too.
  * The string stays unchanged when memory runs out or printf fails. */
 MUB_API void mub_string_format(mub_string *string, const char *format, ...) MUB_PRINTF(2, 3);
 

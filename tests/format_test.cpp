@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "mub_string.h"
@@ -72,6 +73,11 @@ TEST(Format, TakesArgumentsWithTheirOwnTypesBeforeAText) {
   // More arguments of each sort than there are registers, which the texts then lie behind.
   expect_format(2 * 26 + 25 * 32 + 70, "%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%s", .1, 1, .2, 2,
                 .3, 3, .4, 4, .5, 5, .6, 6, .7, 7, .8, 8, .9, 9, 1., 10, 1.1, 11, 1.2, 12, 1.3, x);
+  // What is out of order is printed as it stands, and takes nothing; behind it no text is measured.
+  for (const char *format : {"%5-d%s", "%5*d%s", "%$d%s", "%llld%s", "%hld%s", "%y%s"}) {
+    expect_format(static_cast<int64_t>(std::strlen(format)) + 64, format, x);
+  }
+  expect_format(6 + 64, "%llf%s", 1.5L, x);
   // Positional arguments come in no order; none is measured.
   expect_format(9 + 64, "%2$s %1$d", 12, x);
   expect_format(12 + 64, "%1$s%2$*3$d", x, 7, 90);

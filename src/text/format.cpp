@@ -13,49 +13,53 @@
 namespace mub {
 namespace {
 
-// Switches, which become tests of bits, and no searches in lists of characters: most formats print little, and soon.
-bool is_flag_or_number(char c) {
-  switch (c) {
-    case '-':
-    case '+':
-    case ' ':
-    case '#':
-    case '\'':
-    case 'I':
-    case '.':
-    case '*':
-    case '$':
-      return true;
-    default:
-      return number::is_digit(c);
-  }
-}
-
-// One conversion of a format, from its percent sign on.
+// One conversion of a format, from its percent sign on: flags, a width, a precision, a size and a type. Whatever breaks
+// this order, a '$' too, is taken for the type, and is none: runtimes print such a sign as it stands, or fail.
 struct Conversion {
   explicit Conversion(const char *percent) {
     const char *at = percent + 1;
-    for (; is_flag_or_number(*at); ++at) {
-      stars += *at == '*';
-      is_positional |= *at == '$';
-    }
-    for (; is_size(*at); ++at) {
-      // As in "ll", which no other letter follows.
-      is_doubled = size == *at;
-      size = *at;
-    }
+    while (is_flag(*at)) ++at;
+    at = behind_number(at);
+    if (*at == '.') at = behind_number(at + 1);
+    if (is_size(*at)) size = *at++;
+    is_doubled = (size == 'h' || size == 'l') && *at == size;
+    if (is_doubled) ++at;
     type = *at;
     end = type == 0 ? at : at + 1;
   }
 
   int stars = 0;  // Widths and precisions that are arguments of their own.
-  bool is_positional = false;
   char size = 0;
-  bool is_doubled = false;
+  bool is_doubled;  // As in "ll".
   char type;
   const char *end;
 
  private:
+  const char *behind_number(const char *at) {
+    if (*at == '*') {
+      ++stars;
+      return at + 1;
+    }
+    while (number::is_digit(*at)) ++at;
+    return at;
+  }
+
+  // Switches, which become tests of bits, and no searches in lists of characters: most formats print little, and soon.
+  static bool is_flag(char c) {
+    switch (c) {
+      case '-':
+      case '+':
+      case ' ':
+      case '#':
+      case '0':
+      case '\'':
+      case 'I':
+        return true;
+      default:
+        return false;
+    }
+  }
+
   static bool is_size(char c) {
     switch (c) {
       case 'h':
@@ -87,7 +91,6 @@ class Arguments {
   // Steps over what a conversion takes. Positional arguments come in no order, and an unknown conversion takes nobody
   // knows what: behind these, texts are not measured.
   void skip(const Conversion &conversion) {
-    is_lost_ = is_lost_ || conversion.is_positional;
     if (is_lost_) return;
     for (int i = 0; i < conversion.stars; ++i) skip_one<int>();
     skip_value(conversion);
@@ -114,7 +117,7 @@ class Arguments {
       case 'F':
       case 'g':
       case 'G':
-        return skip_floating(conversion.size);
+        return skip_floating(conversion);
       case 'c':
       case 'C':
         static_assert(sizeof(wint_t) == sizeof(int));
@@ -147,7 +150,12 @@ class Arguments {
     }
   }
 
-  void skip_floating(char size) { size == 'L' ? skip_one<long double>() : skip_one<double>(); }
+  // Runtimes differ in what they take for other sizes.
+  void skip_floating(const Conversion &conversion) {
+    if (conversion.size == 'L') return skip_one<long double>();
+    is_lost_ = conversion.is_doubled || (conversion.size != 0 && conversion.size != 'l');
+    if (!is_lost_) skip_one<double>();
+  }
 
   template <class Argument>
   void skip_one() {
