@@ -182,7 +182,8 @@ MUB_API mub_list *mub_list_remove_all(mub_list *list);
 MUB_API void mub_list_free_all(mub_list *list, mub_free_fn release);
 
 /* mub_list_remove_all_entry: return every entry to a caller's entry pool; nothing happens with an owned one. Links and
- * counts are left as they are, and refer to blocks that are no longer the list's: start over with mub_list_init. */
+ * count are left as they are, and refer to blocks that are no longer the list's: set `head` and `tail` to NULL and
+ * `count` to 0 before anything else, mub_list_term included. */
 MUB_API void mub_list_remove_all_entry(mub_list *list);
 
 /* mub_list_free_all_entry: release every value that is not 0, its block going back to a caller's value pool, and return
@@ -338,9 +339,9 @@ MUB_API mub_lists *mub_lists_remove_all(mub_lists *list);
  *   release   called for every value that is not 0, from the head on; may be NULL */
 MUB_API void mub_lists_free_all(mub_lists *list, mub_free_fn release);
 
-/* mub_lists_remove_all_entry: return every entry to the entry pool, whoever owns it. Links and counts are left as they
- * are, and refer to blocks that are no longer the list's: start over with mub_lists_init, or end a list that owns its
- * pools with mub_lists_term. */
+/* mub_lists_remove_all_entry: return every entry to the entry pool, whoever owns it. Links and count are left as they
+ * are, and refer to blocks that are no longer the list's: set `head` and `tail` to NULL and `count` to 0 before anything
+ * else, mub_lists_term included. */
 MUB_API void mub_lists_remove_all_entry(mub_lists *list);
 
 /* mub_lists_free_all_entry: release every value that is not 0, its block going back to a caller's value pool, and return
@@ -420,7 +421,8 @@ MUB_API mub_listx *mub_listx_remove_all(mub_listx *list);
 MUB_API void mub_listx_free_all(mub_listx *list, mub_free_fn release);
 
 /* mub_listx_remove_all_entry: return every block to a caller's entry pool; nothing happens with an owned one. Links and
- * counts are left as they are, and refer to blocks that are no longer the list's: start over with mub_listx_init. */
+ * count are left as they are, and refer to blocks that are no longer the list's: set `head` and `tail` to NULL and
+ * `count` to 0 before anything else, mub_listx_term included. */
 MUB_API void mub_listx_remove_all_entry(mub_listx *list);
 
 /* mub_listx_free_all_entry: mub_listx_free_array for every block, then return it to a caller's entry pool. The rest is

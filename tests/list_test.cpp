@@ -422,6 +422,21 @@ TYPED_TEST(Lists, MakeDoWithThePoolsThatTheyGot) {
   EXPECT_EQ(list.count, 1);
 }
 
+TYPED_TEST(Lists, CloneValuesIntoAPoolThatIsNamedAsTheUsersToo) {
+  List<TypeParam> list, copy;
+  Pool user(8);
+  mub_pool_new(&user);
+  Words mended;
+  for (uint64_t key = 1; key <= 40; ++key) {
+    call<kAddTail>(list, std::string_view("k"), list.new_value(key));
+    mended.insert(mended.end(), {key, key});
+  }
+  seen.clear();
+  call<kClone>(list, &user, &copy, copy.value_pool, note_clone);
+  EXPECT_EQ(seen, mended);
+  EXPECT_EQ(copy.value_pool->live_count, 40);
+}
+
 TEST(ListOfKeys, OffsetsHave32BitsAndFallBehindACutButThatOfAnEmptyKeyAtIt) {
   List<Keyed> list;
   mub_list_entry *made[4];

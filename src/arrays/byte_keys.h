@@ -15,19 +15,6 @@
 
 namespace mub {
 
-struct ByteKey {
-  const uint8_t *bytes;
-  int64_t length;
-};
-
-// No bytes are the empty key, whatever their length.
-inline ByteKey raw_key(const void *key, int64_t length) {
-  return {static_cast<const uint8_t *>(key), key != nullptr ? length : std::min<int64_t>(length, 0)};
-}
-
-// A negative length ends at the first NUL.
-inline ByteKey measured_key(const void *key, int64_t length) { return raw_key(key, measured(key, length)); }
-
 inline int64_t key_end(const mub_array_entry &entry) { return int64_t{entry.key_offset} + entry.key_length; }
 
 inline ByteKey key_of(const mub_array &array, const mub_array_entry &entry) {

@@ -23,7 +23,7 @@ template <class Record>
 bool clone_content(const Record &source, Record &copy, UserPools &users) {
   const bool twins = owns_pool(source) && owns_pool(copy);
   PoolTwin twin;
-  if (!users.clone_beside(twins && users.are(source.pool, copy.pool))) return false;
+  if (!users.clone_beside(twins && users.fill(copy.pool))) return false;
   if (twins && !twin.clone(*source.pool, *copy.pool)) return false;
   if (!expand(copy, source.capacity) || !PolicyOf<Record>::clone_keys(source, copy)) return false;
   clone_slots(source, copy, twin, users);

@@ -79,10 +79,10 @@ class Cloning {
                          copy_.owns_entry_pool) &&
         records_.prepare(source_.node_pool, source_.owns_node_pool, copy_.node_pool, copy_.owns_node_pool) &&
         values_.prepare(source_.value_pool, source_.owns_value_pool, copy_.value_pool, copy_.owns_value_pool);
-    const bool already_cloned = (entries_.has_twins() && user.are(source_.entry_pool, copy_.entry_pool)) ||
-                                (records_.has_twins() && user.are(source_.node_pool, copy_.node_pool)) ||
-                                (values_.has_twins() && user.are(source_.value_pool, copy_.value_pool));
-    return cloned && user.clone_beside(already_cloned);
+    const bool is_filled = (entries_.has_twins() && user.fill(copy_.entry_pool)) ||
+                           (records_.has_twins() && user.fill(copy_.node_pool)) ||
+                           (values_.has_twins() && user.fill(copy_.value_pool));
+    return cloned && user.clone_beside(is_filled);
   }
 
   // Walks both trees side by side, parents first.

@@ -75,11 +75,7 @@ struct ByteKeys {
   }
 
   static bool store_key(Tree &tree, Record &record, Key key) {
-    const int64_t offset = tree.keys.length;
-    if (!keys::append(tree.keys, key.bytes, key.length)) return false;
-    record.key_offset = static_cast<uint32_t>(offset);
-    record.key_length = static_cast<uint32_t>(tree.keys.length - offset);
-    return true;
+    return keys::append_for(record, tree.keys, key);
   }
   template <class Item>
   static void forget_key(Item &item) {

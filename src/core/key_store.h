@@ -3,11 +3,28 @@
 #ifndef MUB_CORE_KEY_STORE_H
 #define MUB_CORE_KEY_STORE_H
 
+#include <algorithm>
 #include <cstdint>
 
+#include "core/bytes.h"
 #include "core/unit_buffer.h"
 
-namespace mub::keys {
+namespace mub {
+
+struct ByteKey {
+  const uint8_t *bytes;
+  int64_t length;
+};
+
+// No bytes are the empty key, whatever their length.
+inline ByteKey raw_key(const void *key, int64_t length) {
+  return {bytes::as_bytes(key), key != nullptr ? length : std::min<int64_t>(length, 0)};
+}
+
+// A negative length ends at the first NUL.
+inline ByteKey measured_key(const void *key, int64_t length) { return raw_key(key, measured(key, length)); }
+
+namespace keys {
 
 // Offsets have 32 bits: a store is never longer than this.
 constexpr int64_t kMaxBytes = 0xFFFFFFFF;
@@ -17,6 +34,16 @@ inline bool has_room(const mub_stream &store, int64_t length) { return length <=
 // Appends a key; false when its bytes find no room, the store then unchanged.
 inline bool append(mub_stream &store, const void *key, int64_t length) {
   return has_room(store, length) && buffer::append(store, key, length);
+}
+
+// The same, and makes a record refer to the key's bytes; unchanged without room.
+template <class Record>
+bool append_for(Record &record, mub_stream &store, const ByteKey &key) {
+  const int64_t offset = store.length;
+  if (!append(store, key.bytes, key.length)) return false;
+  record.key_offset = static_cast<uint32_t>(offset);
+  record.key_length = static_cast<uint32_t>(store.length - offset);
+  return true;
 }
 
 // Cuts `count` bytes out; a range that runs past the end is refused.
@@ -33,6 +60,7 @@ inline bool moves_down(uint32_t key_offset, uint32_t key_length, uint32_t offset
   return key_offset > offset || (key_offset == offset && key_length != 0);
 }
 
-}  // namespace mub::keys
+}  // namespace keys
+}  // namespace mub
 
 #endif

@@ -108,16 +108,15 @@ class UserPools {
   UserPools(mub_pool *source, mub_pool *destination, mub_clone_fn callback)
       : source_(source), destination_(destination), callback_(callback) {}
 
-  bool are(const mub_pool *source, const mub_pool *destination) const {
-    return source_ == source && destination_ == destination;
-  }
+  // Whether the copy would go into a pool of the container's clone.
+  bool fill(const mub_pool *destination) const { return destination_ == destination; }
 
-  // Clones the pool when there is one. A pool paired with itself is left alone, and so is a pair that the container
-  // has cloned itself. False when memory runs out.
-  bool clone_beside(bool already_cloned) {
+  // Clones the pool when there is one. A pool paired with itself is left alone, and nothing replaces what the container
+  // clones into the destination itself. False when memory runs out.
+  bool clone_beside(bool is_filled) {
     if (source_ == nullptr || destination_ == nullptr || callback_ == nullptr) return true;
     if (!twin_.map(*source_)) return false;
-    return source_ == destination_ || already_cloned || twin_.clone_to(*destination_);
+    return source_ == destination_ || is_filled || twin_.clone_to(*destination_);
   }
 
   // Lets a copy share a caller's pool. One of its own is given up for that, and then is no user's pool any more.
@@ -150,10 +149,9 @@ class PoolTwins {
                       owned(copy.value_pool, copy.owns_value_pool)};
     clones_entries_ = from[0] != nullptr && to[0] != nullptr;
     clones_values_ = from[1] != nullptr && to[1] != nullptr;
-    const bool already_cloned =
-        (clones_entries_ && user.are(from[0], to[0])) || (clones_values_ && user.are(from[1], to[1]));
+    const bool is_filled = (clones_entries_ && user.fill(to[0])) || (clones_values_ && user.fill(to[1]));
     return (!clones_entries_ || entries_.clone(*from[0], *to[0])) &&
-           (!clones_values_ || values_.clone(*from[1], *to[1])) && user.clone_beside(already_cloned);
+           (!clones_values_ || values_.clone(*from[1], *to[1])) && user.clone_beside(is_filled);
   }
 
   // Otherwise the entries are to be copied one by one.

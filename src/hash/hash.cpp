@@ -17,14 +17,6 @@ static_assert(offsetof(mub_hash, entry_pool) == 72 && offsetof(mub_hash, owns_en
 static_assert(offsetof(mub_hash, value_pool) == 88 && offsetof(mub_hash, owns_value_pool) == 96);
 static_assert(offsetof(mub_hash, nocase) == 98);
 
-struct ByteKey {
-  const void *bytes;
-  int64_t length;
-};
-
-// The length rule of the public operations.
-ByteKey measured_key(const void *key, int64_t length) { return {key, measured(key, length)}; }
-
 // Kept out of the way of the exact compare.
 __attribute__((noinline)) bool same_text(const uint8_t *stored, ByteKey key) {
   return bytes::icompare(stored, key.length, key.bytes, key.length) == 0;
@@ -55,12 +47,8 @@ struct ByteKeys {
   static void reserve_keys(Table &table, int64_t size_bytes) { buffer::expand(table.keys, size_bytes); }
 
   static bool store_key(Table &table, Entry &entry, uint64_t word, Key key) {
-    const int64_t offset = table.keys.length;
-    if (!keys::append(table.keys, key.bytes, key.length)) return false;
     entry.hash = static_cast<uint32_t>(word);
-    entry.key_offset = static_cast<uint32_t>(offset);
-    entry.key_length = static_cast<uint32_t>(key.length);
-    return true;
+    return keys::append_for(entry, table.keys, key);
   }
 
   static void erase_key(Table &table, Entry &entry) {
@@ -82,7 +70,7 @@ struct ByteKeys {
     PinnedKey(const Table &table, Key key)
         : pinned_(buffer::pinned(table.keys, key.bytes, key.length)), length_(key.length) {}
     bool failed() const { return pinned_.failed(); }
-    Key key() const { return {pinned_.bytes(), length_}; }
+    Key key() const { return {bytes::as_bytes(pinned_.bytes()), length_}; }
 
    private:
     PinnedBytes pinned_;
@@ -131,7 +119,8 @@ mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub
 
 uint64_t mub_hash_key(const void *key, int64_t length, int nocase) {
   const ByteKey measured = measured_key(key, length);
-  return nocase == 0 ? key_hash(key, measured.length) : key_hash_nocase(key, measured.length);
+  return nocase == 0 ? key_hash(measured.bytes, measured.length)
+                     : key_hash_nocase(measured.bytes, measured.length);
 }
 
 int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length) {
@@ -196,17 +185,17 @@ mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucket_io, co
 
 mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint32_t, const void *key, int64_t length,
                                    int *inserted_out) {
-  return chained::entry_new<ByteKeys>(*hash, bucket, {key, length}, *inserted_out);
+  return chained::entry_new<ByteKeys>(*hash, bucket, raw_key(key, length), *inserted_out);
 }
 
 mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket, uint32_t hash_value,
                                     const void *key, int64_t length) {
-  return chained::find_in<ByteKeys>(*hash, bucket, hash_value, {key, length});
+  return chained::find_in<ByteKeys>(*hash, bucket, hash_value, raw_key(key, length));
 }
 
 mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, uint32_t hash_value, const void *key,
                                       int64_t length) {
-  return chained::unlink<ByteKeys>(*hash, bucket, hash_value, {key, length});
+  return chained::unlink<ByteKeys>(*hash, bucket, hash_value, raw_key(key, length));
 }
 
 void mub_hash_expand(mub_hash *hash) { chained::expand<ByteKeys>(*hash); }
@@ -216,11 +205,11 @@ mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64_t lengt
 }
 
 mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length) {
-  return length < 0 ? nullptr : chained::find<ByteKeys>(*hash, {key, length});
+  return length < 0 ? nullptr : chained::find<ByteKeys>(*hash, raw_key(key, length));
 }
 
 mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length) {
-  return length < 0 ? nullptr : chained::detach<ByteKeys>(*hash, {key, length});
+  return length < 0 ? nullptr : chained::detach<ByteKeys>(*hash, raw_key(key, length));
 }
 
 void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length) {

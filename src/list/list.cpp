@@ -18,25 +18,16 @@ static_assert(sizeof(mub_list) == 80 && offsetof(mub_list, tail) == 8 && offseto
 
 namespace mub {
 
-struct ListKey {
-  const void *bytes;
-  int64_t length;
-};
-
 template <>
 struct ChainPolicy<mub_list> : Keyless<mub_list> {
-  using Key = ListKey;
+  using Key = ByteKey;
 
   static Key key_of(const mub_list &list, const Entry &entry) {
     return {list.keys.data + entry.key_offset, entry.key_length};
   }
 
   static bool store_key(mub_list &list, Entry &entry, Key key) {
-    const int64_t offset = list.keys.length;
-    if (!keys::append(list.keys, key.bytes, key.length)) return false;
-    entry.key_offset = static_cast<uint32_t>(offset);
-    entry.key_length = static_cast<uint32_t>(list.keys.length - offset);
-    return true;
+    return keys::append_for(entry, list.keys, key);
   }
 
   // Its own fields are cleared first: an empty key at offset 0 is one that no cut moves, on the free stack neither.
@@ -76,14 +67,9 @@ namespace {
 
 using Policy = ChainPolicy<mub_list>;
 
-// The length rule of the public operations; no bytes are the empty key.
-ListKey measured_key(const void *key, int64_t length) {
-  return {key, key != nullptr ? measured(key, length) : 0};
-}
-
 uint64_t hand_out(const mub_list &list, const mub_list_entry *entry, const char **key, int64_t *length) {
-  const ListKey bytes = entry != nullptr ? Policy::key_of(list, *entry) : ListKey{nullptr, 0};
-  *key = static_cast<const char *>(bytes.bytes);
+  const ByteKey bytes = entry != nullptr ? Policy::key_of(list, *entry) : ByteKey{nullptr, 0};
+  *key = reinterpret_cast<const char *>(bytes.bytes);
   *length = bytes.length;
   return chain::value_or_0(entry);
 }
@@ -178,9 +164,9 @@ uint64_t mub_list_get_at(const mub_list *list, const mub_list_entry *position, c
 }
 
 mub_list_entry *mub_list_find(const mub_list *list, const void *key, int64_t length) {
-  const ListKey wanted = measured_key(key, length);
+  const ByteKey wanted = measured_key(key, length);
   return chain::find(*list, [&](const mub_list_entry &entry) {
-    const ListKey own = Policy::key_of(*list, entry);
+    const ByteKey own = Policy::key_of(*list, entry);
     return bytes::equal(own.bytes, own.length, wanted.bytes, wanted.length);
   });
 }
@@ -215,7 +201,7 @@ void mub_list_from_string(mub_list *list, int separator, const char *text, int64
   if (pinned.failed()) return;
   const int64_t old_count = list->count;
   const auto add = [list](const char *key, int64_t key_length) {
-    return chain::add(*list, chain::gap_at(*list, End::kTail), {key, key_length}, 0) != nullptr;
+    return chain::add(*list, chain::gap_at(*list, End::kTail), raw_key(key, key_length), 0) != nullptr;
   };
   const auto *own_text = static_cast<const char *>(pinned.bytes());
   if (!pieces::for_each(own_text, text_length, separator, add)) chain::retract(*list, End::kTail, old_count);
@@ -225,7 +211,7 @@ void mub_list_to_string(const mub_list *list, int separator, mub_string *string)
   const int64_t room = list->keys.length + std::max<int64_t>(list->count - 1, 0);
   pieces::join(*string, room, separator, [list](auto visit) {
     chain::for_each(*list, [&](const mub_list_entry &entry) {
-      const ListKey key = Policy::key_of(*list, entry);
+      const ByteKey key = Policy::key_of(*list, entry);
       visit(pieces::BytesText{key.bytes, key.length});
     });
   });
