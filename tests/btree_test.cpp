@@ -169,6 +169,21 @@ TYPED_TEST(BTree, AnEntryThatCannotSplitIsSplitByTheNextInsertion) {
   }
 }
 
+// Over-full leaves and parents get wider tables, and split when there is memory.
+TYPED_TEST(BTree, GrowsOnWithSplitsThatFail) {
+  using A = TypeParam;
+  Random random(71);
+  Tree<A> tree;
+  const Model<A> model = model_of<A>(900);
+  for (const auto &item : model) {
+    for (int added = 0; added == 0;) {
+      const Fuse fuse(random.below(4), Blow::kOnce);
+      fuse.blows_in([&] { added = tree.call(A::insert, item.first, item.second); });
+    }
+  }
+  expect_same<A>(tree, model, Chain::kExact, INT64_MAX);
+}
+
 // ---- whole trees
 
 // Values here are blocks that hold the address of a word in the user's pool.
