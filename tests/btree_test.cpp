@@ -176,7 +176,8 @@ TYPED_TEST(BTree, GrowsOnWithSplitsThatFail) {
   Tree<A> tree;
   const Model<A> model = model_of<A>(900);
   for (const auto &item : model) {
-    for (int added = 0; added == 0;) {
+    int added = 0;
+    while (added == 0) {
       const Fuse fuse(random.below(4), Blow::kOnce);
       fuse.blows_in([&] { added = tree.call(A::insert, item.first, item.second); });
     }
