@@ -155,8 +155,8 @@ MUB_API mub_btree_node *mub_btree_node_last(const mub_btree *tree);
 
 /* mub_btree_node_next: step to the record behind another one, whatever was removed before.
  *   node   a record of the tree
- * Returns the record; NULL at the end. Cost: O(1) within a leaf, for one walk at a time: the tree remembers where the
- * last step stood. A step from elsewhere takes O(log n). */
+ * Returns the record; NULL at the end. Cost: O(log n); one walk at a time, whose last place the tree remembers, compares
+ * no keys. */
 MUB_API mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btree_node *node);
 
 /* mub_btree_node_prev: step to the record before another one, as mub_btree_node_next.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <iterator>
 #include <limits>
 #include <map>
@@ -74,55 +75,50 @@ Model<A> fill(Tree<A> &tree, int64_t count) {
 // drained; with every other mix memory runs out now and then.
 TYPED_TEST(BTree, AgreesWithAModelAlsoWhenMemoryRunsOut) {
   using A = TypeParam;
-  using Node = typename A::Node;
   for (int owned = 0; owned < 8; ++owned) {
     Random random(70 + static_cast<uint64_t>(owned));
     Tree<A> tree(owned);
     Model<A> model;
     Chain chain = Chain::kExact;
-    const int64_t most_children = owned % 2 == 0 ? INT64_MAX : 31;
+    const bool may_fail = owned % 2 == 0;
     const int64_t keys = 400;
     for (int64_t step = 0; step < 2 * keys || !model.empty(); ++step) {
       const int64_t number = owned % 3 == 0 ? random.below(keys) : owned % 3 == 1 ? step : 8 * keys - step;
       const auto key = A::key(number % keys);
-      const auto item = model.find(key);
-      const bool present = item != model.end();
-      const uint64_t stands = present ? item->second : 0;
+      const bool present = model.count(key) != 0;
+      const uint64_t stands = present ? model[key] : 0;
       const uint64_t value = random.one_in(4) ? 0 : random.word();
       ASSERT_EQ(tree.call(A::get, key), stands);
       ASSERT_EQ(tree.call(A::find, key), present ? 1 : 0);
       ASSERT_NO_FATAL_FAILURE(expect_nearest(tree, model, key));
-      const bool fails = owned % 2 == 0 && random.one_in(4);
-      const Fuse fuse(fails ? random.below(3) : INT64_MAX, random.one_in(2) ? Blow::kOnce : Blow::kForever);
       const int64_t choice = random.below(8);
-      int added = 0;
-      bool failed = false;
-      if (choice < (step < keys ? 4 : 1)) {
-        failed = fuse.blows_in([&] { added = tree.call(A::insert, key, value); });
-        if (added != 0) model.insert({key, value});
-      } else if (choice < (step < keys ? 6 : 2)) {
-        auto *node = reinterpret_cast<Node *>(&tree);
-        failed = fuse.blows_in([&] { added = tree.call(A::node_set, key, &node); });
-        ASSERT_EQ(node, tree.call(A::node_get, key));
-        ASSERT_EQ(node, tree.call(A::node_find, key));
-        if (added != 0) model.insert({key, 0});
+      if (choice < (step < keys ? 6 : 2)) {
+        const bool with_value = choice % 3 != 0;
+        auto *node = reinterpret_cast<typename A::Node *>(&tree);
+        const Fuse fuse(may_fail && random.one_in(4) ? random.below(3) : INT64_MAX,
+                        random.one_in(2) ? Blow::kOnce : Blow::kForever);
+        int added = 0;
+        const bool failed = fuse.blows_in([&] {
+          added = with_value ? tree.call(A::insert, key, value) : tree.call(A::node_set, key, &node);
+        });
+        ASSERT_TRUE(present ? added == 0 : failed || added == 1);
+        if (!with_value) {
+          ASSERT_EQ(node, tree.call(A::node_get, key));
+          ASSERT_EQ(node, tree.call(A::node_find, key));
+        }
+        if (added != 0) model.insert({key, with_value ? value : 0});
       } else if (choice == 6) {
         ASSERT_EQ(tree.call(A::update, key, value), stands);
-        if (present) item->second = value;
-        added = !present;
-      } else if (!model.empty()) {
-        const auto victim = std::next(model.begin(), random.below(static_cast<int64_t>(model.size())));
-        ASSERT_EQ(tree.call(A::remove, victim->first), victim->second);
+        if (present) model[key] = value;
+      } else {
+        const auto count = static_cast<int64_t>(model.size());
+        const auto victim = model.empty() ? key : std::next(model.begin(), random.below(count))->first;
+        ASSERT_EQ(tree.call(A::remove, victim), model.empty() ? 0 : model[victim]);
         model.erase(victim);
         chain = model.empty() ? Chain::kExact : Chain::kStale;
-        added = !present;
-      } else {
-        ASSERT_EQ(tree.call(A::remove, key), 0u);
-        added = !present;
+        ASSERT_EQ(tree.call(A::remove, victim), 0u);
       }
-      ASSERT_TRUE(failed || added == !present);
-      ASSERT_FALSE(added != 0 && present);
-      ASSERT_NO_FATAL_FAILURE(expect_same<A>(tree, model, chain, most_children));
+      ASSERT_NO_FATAL_FAILURE(expect_same<A>(tree, model, chain, may_fail ? INT64_MAX : 31));
     }
     EXPECT_EQ(tree.root.level, 0);
     EXPECT_EQ(tree.entry_pool->live_count + tree.node_pool->live_count, 0);
@@ -178,17 +174,15 @@ TYPED_TEST(BTree, GrowsOnWithSplitsThatFail) {
   using A = TypeParam;
   Random random(71);
   Tree<A> tree;
-  Model<A> model;
-  for (const auto &item : model_of<A>(900)) {
+  const Model<A> model = model_of<A>(900);
+  for (const auto &item : model) {
     int added = 0;
     while (added == 0) {
       const Fuse fuse(random.below(4), Blow::kOnce);
       fuse.blows_in([&] { added = tree.call(A::insert, item.first, item.second); });
     }
-    model.insert(item);
-    ASSERT_NO_FATAL_FAILURE(model.size() % 16 != 0 ? void()
-                                                   : expect_same<A>(tree, model, Chain::kExact, INT64_MAX));
   }
+  expect_same<A>(tree, model, Chain::kExact, INT64_MAX);
 }
 
 // ---- whole trees
@@ -299,9 +293,7 @@ TYPED_TEST(BTree, SwapExchangesContentsAndPools) {
   for (int owned = 0; owned < 8; ++owned) {
     for (const int64_t count : {0, 5, 60, 520}) {
       Tree<A> a(owned), b(7 - owned);
-      const Model<A> of_a = fill(a, count);
-      const Model<A> of_b = fill(b, 40);
-      A::node_next(&a, A::node_first(&b));  // a note of a step, and none
+      const Model<A> of_a = fill(a, count), of_b = fill(b, 40);
       A::swap(&a, &b);
       A::swap(&a, &a);
       expect_same<A>(a, of_b, Chain::kExact);
@@ -368,18 +360,21 @@ TYPED_TEST(BTree, MakesDoWithThePoolsThatItGot) {
 
 // ---- walks
 
-// Records, whole leaves and more vanish under the walk.
+// Records, whole leaves and more vanish under the walk; what it notes in the tree's unused bytes is spoilt.
 TYPED_TEST(BTree, WalksWhileRecordsAreRemoved) {
   using A = TypeParam;
   for (const int64_t run : {1, 20, 100}) {
     Tree<A> tree(0);
     Model<A> model = fill(tree, 600);
+    Random random(static_cast<uint64_t>(run));
     auto *node = A::node_first(&tree);
     typename A::Node *kept = nullptr;
     int64_t step = 0;
     for (auto item = model.begin(); item != model.end(); ++step) {
       ASSERT_EQ(A::key_of(tree, *node), item->first);
       ASSERT_EQ(A::node_prev(&tree, node), kept);
+      const uint64_t noise = random.word();
+      if (step % 3 == 0) std::memcpy(&tree.owns_entry_pool + 1, &noise, 6);
       auto *next = A::node_next(&tree, node);
       if (step % (run + 1) == run) {
         kept = node;
@@ -395,23 +390,34 @@ TYPED_TEST(BTree, WalksWhileRecordsAreRemoved) {
   }
 }
 
-// A block that was an entry, or was only borrowed, may hold anything: neither steps nor releases look at it.
-TYPED_TEST(BTree, LooksIntoNoEntryThatIsNotItsOwn) {
+// Blocks that a caller borrowed may hold anything, and parts may be made, split or emptied by themselves: their keys are
+// absent then, and no block is lost.
+TYPED_TEST(BTree, OddPartsAndForeignBlocksDoNoHarm) {
   using A = TypeParam;
   for (const int owned : {0, 3}) {
-    Tree<A> tree(owned);
-    Model<A> model = fill(tree, 100);
-    const auto *leaf = A::first_entry(&tree.root);
-    while (A::first_entry(&tree.root) == leaf) {
-      A::node_prev(&tree, A::node_next(&tree, A::node_first(&tree)));  // stands on the first record
-      tree.call(A::remove, model.begin()->first);
-      model.erase(model.begin());
+    for (int64_t levels = 0; levels < 4; ++levels) {
+      Tree<A> tree(owned);
+      const Model<A> model = fill(tree, 600);
+      void *block = std::memset(mub_pool_new(tree.entry_pool), 0x77, sizeof(typename A::Entry));
+      auto *entry = A::entry_new(&tree, 0);
+      A::remove_entry_t(&tree, entry);
+      entry = A::first_entry(&tree.root);
+      for (int64_t up = 0; up < levels && entry->parent != nullptr; ++up) entry = entry->parent;
+      if (levels == 3) {
+        for (int i = 0; i < 4; ++i) A::split(&tree, A::first_entry(&tree.root));
+        mub_pool_free(tree.entry_pool, block);
+        expect_same<A>(tree, model, Chain::kExact);
+        continue;
+      }
+      A::remove_all_entry(&tree, entry);
+      for (const auto &[key, value] : model) {
+        auto *node = tree.call(A::node_bfind, key);
+        for (int i = 0; i < 40 && node != nullptr; ++i) node = A::node_next(&tree, node);
+        if (tree.call(A::insert, key, value) == 1) tree.call(A::remove, key);
+      }
+      A::remove_all(&tree);
+      if (owned == 0) mub_pool_free(tree.entry_pool, block);
     }
-    void *block = mub_pool_new(tree.entry_pool);
-    std::memset(block, 0x77, sizeof(typename A::Entry));
-    EXPECT_EQ(A::key_of(tree, *A::node_next(&tree, A::node_first(&tree))), std::next(model.begin())->first);
-    mub_pool_free(tree.entry_pool, block);
-    expect_same<A>(tree, model, Chain::kStale);
   }
 }
 
@@ -485,23 +491,22 @@ TEST(BTreeOfBytes, KeysArePackedInTheOrderOfInsertion) {
 // Keys that lie in the tree's own bytes, which grow, and are cut, under them.
 TEST(BTreeOfBytes, TakesKeysFromItsOwnKeyBytes) {
   Bytes tree;
-  std::map<std::string, uint64_t> model = {{"seed", 1}};
-  mub_btree_insert(&tree, "seed", -1, 1);
+  Model<ByteTree> model = fill(tree, 1);
   Random random(77);
   for (uint64_t i = 2; i < 300; ++i) {
+    const std::string number = std::to_string(i);
+    ASSERT_EQ(mub_btree_insert(&tree, number.c_str(), -1, i), model.insert({number, i}).second ? 1 : 0);
     const int64_t from = random.below(tree.keys.length);
     const int64_t length = std::min<int64_t>(random.below(40), tree.keys.length - from);
     const std::string key(tree.keys.data + from, tree.keys.data + from + length);
     ASSERT_EQ(mub_btree_insert(&tree, tree.keys.data + from, length, i),
               model.insert({key, i}).second ? 1 : 0);
     if (random.one_in(4) && model.size() > 9) {
-      const auto *node = mub_btree_node_last(&tree);
-      const std::string last = ByteTree::key_of(tree, *node);
-      ASSERT_EQ(mub_btree_remove(&tree, tree.keys.data + node->key_offset, node->key_length), model[last]);
-      model.erase(last);
+      const auto *last = mub_btree_node_last(&tree);
+      ASSERT_EQ(mub_btree_remove(&tree, tree.keys.data + last->key_offset, last->key_length),
+                model.rbegin()->second);
+      model.erase(std::prev(model.end()));
     }
-    const std::string number = std::to_string(i);
-    ASSERT_EQ(mub_btree_insert(&tree, number.c_str(), -1, i), model.insert({number, i}).second ? 1 : 0);
     ASSERT_NO_FATAL_FAILURE(expect_same<ByteTree>(tree, model, Chain::kStale));
   }
   tree.keys.length = 0xFFFFFFFE;
@@ -522,23 +527,21 @@ int compare_entry(uint64_t tree, uint64_t entry, uint64_t key, uint64_t length) 
 
 void init_node(uint64_t node) { mub_btree_node_init(reinterpret_cast<mub_btree_node *>(node)); }
 
-// An insertion out of the exported parts, the pointer array's searches among them, agrees with the tree's own.
+// An insertion out of the exported parts, the pointer array's searches among them.
 TEST(BTreeOfBytes, IsMadeOfItsExportedParts) {
-  Bytes tree, own;
-  const auto address = [](const void *record) {
-    return static_cast<uint64_t>(reinterpret_cast<uintptr_t>(record));
-  };
+  Bytes tree;
+  Model<ByteTree> model;
+  const auto address = [](const void *record) { return uint64_t{reinterpret_cast<uintptr_t>(record)}; };
   const auto context = address(static_cast<mub_btree *>(&tree));
   for (int64_t i = 0; i < 600; ++i) {
     const std::string key = ByteTree::key((i * 77) % 600);
     const auto bytes = address(key.data());
-    const auto length = static_cast<int64_t>(key.size());
     mub_btree_entry *leaf = &tree.root;
     while (leaf->level > 0) {
       leaf = reinterpret_cast<mub_btree_entry *>(
           mub_arrays_bfind_x(&leaf->children, context, bytes, key.size(), compare_entry));
     }
-    ASSERT_EQ(leaf, mub_btree_find_t(&tree, &tree.root, key.data(), length));
+    ASSERT_EQ(leaf, tree.call_at(mub_btree_find_t, &tree.root, key));
     leaf->children.pool = tree.node_pool;
     uint64_t added = 0;
     const int index =
@@ -547,27 +550,20 @@ TEST(BTreeOfBytes, IsMadeOfItsExportedParts) {
     auto *node = reinterpret_cast<mub_btree_node *>(added);
     ++tree.count;
     node->key_offset = static_cast<uint32_t>(tree.keys.length);
-    node->key_length = static_cast<uint32_t>(length);
-    mub_stream_append(&tree.keys, key.data(), length);
-    node->value = 1;
+    node->key_length = static_cast<uint32_t>(key.size());
+    mub_stream_append(&tree.keys, key.data(), static_cast<int64_t>(key.size()));
     mub_btree_set_name(&tree, leaf);
     mub_btree_set_next(leaf, index);
     if (leaf->children.count > 31) mub_btree_split(&tree, leaf);
-    ASSERT_EQ(own.call(mub_btree_insert, key, 1u), 1);
+    model.insert({key, 0});
   }
-  Model<ByteTree> model;
-  for (int64_t i = 0; i < 600; ++i) model.insert({ByteTree::key(i), 1});
-  expect_same<ByteTree>(own, model, Chain::kExact);
   expect_same<ByteTree>(tree, model, Chain::kExact);
-  EXPECT_EQ(tree.entry_pool->live_count, own.entry_pool->live_count);
 
   // By hand: a leaf splits beside its parent, which does not hold the new half yet.
   mub_btree_entry *leaf = mub_btree_first_entry(&tree.root);
   const int64_t count = leaf->children.count;
   mub_btree_entry *upper = mub_btree_split_node(&tree, leaf);
   EXPECT_EQ(leaf->children.count, count / 2);
-  EXPECT_EQ(upper->children.count, count - count / 2);
-  EXPECT_EQ(upper->parent, leaf->parent);
   EXPECT_LT(mub_btree_entrys_compare(&tree, leaf, upper, 0), 0);
   mub_arrays_insert_at(&leaf->parent->children, 1, address(upper));
   expect_same<ByteTree>(tree, model, Chain::kExact);
@@ -578,23 +574,22 @@ TEST(BTreeOfBytes, IsMadeOfItsExportedParts) {
 
 // ---- numbers
 
-// The order of two keys under every type: bits, bits, and the result for each of the types 0 to 7.
+using Orders = std::vector<int>;
+
+// The results for each of the types 0 to 7, of keys without alignment.
+template <class Bits>
+Orders orders(int (*compare)(const void *, const void *, uint32_t), Bits a, Bits b) {
+  char bytes[1 + 2 * sizeof(Bits)] = {};
+  std::memcpy(bytes + 1, &a, sizeof a);
+  std::memcpy(bytes + 1 + sizeof a, &b, sizeof b);
+  Orders orders;
+  for (uint32_t type = 0; type < 8; ++type) orders.push_back(compare(bytes + 1, bytes + 1 + sizeof a, type));
+  return orders;
+}
+
 TEST(BTreeOfNumbers, KeysCompareByTheirType) {
-  const auto order32 = [](uint32_t a, uint32_t b) {
-    std::vector<int> orders;
-    alignas(8) char bytes[9] = {};
-    std::memcpy(bytes + 1, &a, 4);
-    std::memcpy(bytes + 5, &b, 4);
-    for (uint32_t type = 0; type < 8; ++type)
-      orders.push_back(mub_btreed_var_compare(bytes + 1, bytes + 5, type));
-    return orders;
-  };
-  const auto order64 = [](uint64_t a, uint64_t b) {
-    std::vector<int> orders;
-    for (uint32_t type = 0; type < 8; ++type) orders.push_back(mub_btreex_var_compare(&a, &b, type));
-    return orders;
-  };
-  using Orders = std::vector<int>;
+  const auto order32 = [](uint32_t a, uint32_t b) { return orders(mub_btreed_var_compare, a, b); };
+  const auto order64 = [](uint64_t a, uint64_t b) { return orders(mub_btreex_var_compare, a, b); };
   EXPECT_EQ(order32(1, 2), (Orders{0, -1, -1, 0, 0, -1, 0, 0}));
   EXPECT_EQ(order32(~0u, 0), (Orders{0, -1, 1, 0, 0, 0, 0, 0})) << "-1, 2^32 - 1 and no number against 0";
   EXPECT_EQ(order32(0x80000000, 0), (Orders{0, -1, 1, 0, 0, 0, 0, 0})) << "minus zero is zero";

@@ -6,9 +6,7 @@
 // Invariants:
 //   1. The table holds `capacity` slots; it is null when capacity is 0. A fresh slot is all zero; a spare one keeps
 //      what was left in it.
-//   2. A table has kTailSlots slots more behind the capacity, which are not the array's: fresh ones are zero, and a
-//      growth drops what is in them.
-//   3. count <= capacity, but for a clone that ran out of memory: it states the count of its source. So walks,
+//   2. count <= capacity, but for a clone that ran out of memory: it states the count of its source. So walks,
 //      searches and sorts end at used(), the smaller of the two, and a growth makes the stated slots real.
 //
 // A record takes part by specialising SlotPolicy:
@@ -61,10 +59,6 @@ struct NoKeyStream {
 };
 
 struct NoKey {};
-
-// Of bare items, for the B-trees: where a walk stands is noted behind the children of the root.
-template <class Record>
-constexpr int64_t kTailSlots = std::is_same_v<Record, mub_arrays> ? 2 : 0;
 
 template <>
 struct SlotPolicy<mub_arrays> : NoKeyStream<mub_arrays> {
@@ -121,7 +115,7 @@ template <class Record>
 __attribute__((noinline)) bool grow(Record &array, int64_t wanted) {
   if (wanted > kMaxUnits) return false;
   const int64_t capacity = grown_slots(array.count, array.capacity, wanted);
-  void *grown = regrown(table(array), array.capacity, capacity + kTailSlots<Record>, sizeof(SlotOf<Record>));
+  void *grown = regrown(table(array), array.capacity, capacity, sizeof(SlotOf<Record>));
   if (grown == nullptr) return false;
   table(array) = static_cast<SlotOf<Record> *>(grown);
   array.capacity = capacity;

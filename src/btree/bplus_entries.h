@@ -3,6 +3,7 @@
 #ifndef MUB_BTREE_BPLUS_ENTRIES_H
 #define MUB_BTREE_BPLUS_ENTRIES_H
 
+#include <algorithm>
 #include <cstdint>
 
 #include "arrays/slot_table.h"
@@ -187,7 +188,8 @@ EntryOf<Kind> *split_once(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
   if (!slots::expand(parent->children, parent->children.count + 1)) return nullptr;
   const EntryOf<Kind> *upper = split_off<Kind>(tree, entry);
   if (upper == nullptr) return nullptr;
-  insert_child(parent->children, position(parent->children, &entry) + 1, upper);
+  mub_arrays &siblings = parent->children;
+  insert_child(siblings, std::min(position(siblings, &entry) + 1, siblings.count), upper);
   return parent->children.count >= kOrder ? parent : nullptr;
 }
 

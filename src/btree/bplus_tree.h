@@ -24,8 +24,6 @@
 //   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is the entry
 //      pool. Live blocks of owned pools are the tree's and what the caller took there; a record on a free stack has no
 //      key (0, 0).
-//   9. The tail of the root's table of children holds where the last step of a walk stood: a leaf of the tree, or 0,
-//      and an index, which is checked before use. It is forgotten when a leaf may go or move.
 //
 // A kind of key takes part with a policy:
 //   Tree, Entry, Record, Key            the records, and a key as it is passed
@@ -97,10 +95,10 @@ void set_next(EntryOf<Kind> &leaf, int64_t index) {
   const int64_t count = leaf.children.count;
   if (count < 2) return;
   const auto last_of = [](const EntryOf<Kind> *entry) -> Record * {
-    return entry == nullptr ? nullptr : record_at<Kind>(*entry, entry->children.count - 1);
+    return has_children(entry) ? record_at<Kind>(*entry, entry->children.count - 1) : nullptr;
   };
   const auto first_of = [](const EntryOf<Kind> *entry) -> Record * {
-    return entry == nullptr ? nullptr : record_at<Kind>(*entry, 0);
+    return has_children(entry) ? record_at<Kind>(*entry, 0) : nullptr;
   };
   Record *record = record_at<Kind>(leaf, index);
   Record *prev = index > 0 ? record_at<Kind>(leaf, index - 1) : last_of(previous_leaf(leaf));
@@ -128,6 +126,7 @@ RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Ki
   inserted = false;
   if (place.spot.found) return place.record();
   EntryOf<Kind> &leaf = *place.leaf;
+  if (leaf.level > 0) return nullptr;  // emptied by itself
   leaf.children.pool = tree.node_pool;
   if (!slots::expand(leaf.children, leaf.children.count + 1)) return nullptr;
   RecordOf<Kind> *record = record_new<Kind>(tree, key);
@@ -212,11 +211,16 @@ uint64_t update(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t value) {
 
 // ---- removal
 
+template <class Entry>
+bool is_only_child(const Entry &entry) {
+  return entry.parent != nullptr && entry.parent->children.count == 1 && is_last(entry);
+}
+
 // The uppermost of the entries that go with `entry`: parents that have no other child.
 template <class Entry>
 Entry *top_of_removal(Entry &entry) {
   Entry *top = &entry;
-  while (top->parent != nullptr && top->parent->children.count < 2) top = top->parent;
+  while (is_only_child(*top)) top = top->parent;
   return top;
 }
 
@@ -224,13 +228,12 @@ template <class Kind>
 void remove_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
   EntryOf<Kind> *top = top_of_removal(entry);
   if (&entry == &tree.root) return;
-  forget_walk(tree);
   if (top == &tree.root) {
     top = entry_at(*top, 0);
     tree.root.children.count = 0;
     tree.root.level = 0;
     tree.root.children.pool = tree.node_pool;
-  } else {
+  } else if (top->parent != nullptr) {
     slots::remove_at(top->parent->children, position(top->parent->children, top));
     set_name<Kind>(tree, *top->parent);
   }

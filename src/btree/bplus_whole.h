@@ -31,7 +31,6 @@ void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_
 // with them.
 template <class Kind, class PartWith>
 void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with) {
-  forget_walk(tree);
   const auto give_records = [&](const EntryOf<Kind> &leaf) {
     for (int64_t i = 0; i < leaf.children.count; ++i) {
       RecordOf<Kind> *record = record_at<Kind>(leaf, i);
@@ -62,7 +61,6 @@ bool entries_fill_pool(const TreeOf<Kind> &tree) {
 // Tables in the order of memory: faster than along the tree, where each is a miss of the cache.
 template <class Kind>
 void release_tables(TreeOf<Kind> &tree) {
-  forget_walk(tree);
   pool::for_each_block<EntryOf<Kind>>(*tree.entry_pool,
                                       [](EntryOf<Kind> &entry) { slots::release_table(entry.children); });
   slots::release_table(tree.root.children);

@@ -50,9 +50,10 @@ Spot search(const mub_arrays &children, const Order &order) {
 }
 
 // Goes down to the only leaf that can hold the key, and searches it. A key above all others goes with the last children.
+// Entries that were emptied by themselves end it.
 template <class Record, class Entry, class Order>
 Spot descend(const Entry *&entry, const Order &order) {
-  while (entry->level > 0) {
+  while (entry->level > 0 && entry->children.count > 0) {
     const mub_arrays &children = entry->children;
     entry = entry_at(*entry, nearest(search<Entry>(children, order), children.count));
   }

@@ -1,11 +1,17 @@
 // Steps from record to record, right whatever was removed or cloned before.
 //
-// A record does not say which leaf it is in. So the tree notes where the last step stood, and the next one looks there
-// first; a note that does not hold the record, because the tree has changed or a walk begins, costs a search.
+// A record does not say which leaf it is in. So the tree notes the way from its root to where the last step stood, and
+// the next one follows it down, which compares no keys. Only a way that ends at the very record counts; any other, because
+// the tree has changed or a walk begins, costs a search. So a note may say anything, and nothing has to keep it true.
 #ifndef MUB_BTREE_RECORD_WALK_H
 #define MUB_BTREE_RECORD_WALK_H
 
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
 #include "btree/bplus_tree.h"
+#include "core/bytes.h"
 
 namespace mub::bplus {
 
@@ -21,43 +27,96 @@ RecordOf<Kind> *last_record(const TreeOf<Kind> &tree) {
   return leaf->children.count < 1 ? nullptr : record_at<Kind>(*leaf, leaf->children.count - 1);
 }
 
-// The leaf where the last step stood; nullptr without one. The root of a tree of one leaf is known and not noted.
-template <class Kind>
-EntryOf<Kind> *noted_leaf(const TreeOf<Kind> &tree) {
-  if (tree.root.children.items == nullptr) return nullptr;
-  return tree.root.level < 1 ? const_cast<EntryOf<Kind> *>(&tree.root)
-                             : record_of<EntryOf<Kind>>(walk_note(tree)[0]);
+// A way has the index of a child for every level, the one in the leaf lowest. Indexes of over-full entries and levels
+// above the highest are lost.
+constexpr int kIndexBits = 5;
+constexpr uint64_t kIndexMask = (1 << kIndexBits) - 1;
+constexpr int kHighestLevel = 8;
+
+// How many records ahead a walk fetches.
+constexpr uint64_t kPrefetchRecords = 8;
+
+// The note lies in the bytes behind owns_entry_pool, which no field uses. They are read and written with that flag, as one
+// word: a load of bytes that were stored in parts would wait for all that goes before.
+constexpr int kFlagBits = 16;
+constexpr int kWayBits = 64 - kFlagBits;
+constexpr int kWayShift = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? kFlagBits : 0;
+constexpr uint64_t kWayMask = ((uint64_t{1} << kWayBits) - 1) << kWayShift;
+static_assert((kHighestLevel + 1) * kIndexBits <= kWayBits);
+
+template <class Tree>
+const uint8_t *note_of(const Tree &tree) {
+  static_assert(offsetof(Tree, node_pool) - offsetof(Tree, owns_entry_pool) == sizeof(uint64_t));
+  return reinterpret_cast<const uint8_t *>(&tree) + offsetof(Tree, owns_entry_pool);
 }
 
-template <class Kind>
-RecordOf<Kind> *stand_at(const TreeOf<Kind> &tree, const EntryOf<Kind> &leaf, int64_t index) {
-  uint64_t *note = walk_note(tree);
-  note[0] = tree.root.level < 1 ? 0 : word_of(&leaf);
-  note[1] = static_cast<uint64_t>(index);
-  return record_at<Kind>(leaf, index);
+template <class Tree>
+uint64_t noted_way(const Tree &tree) {
+  return (bytes::load<uint64_t>(note_of(tree)) & kWayMask) >> kWayShift;
 }
 
-// One step within the noted leaf; nullptr when the note does not have the record, and at the leaf's end.
+template <class Tree>
+void note_way(const Tree &tree, uint64_t way) {
+  auto *note = const_cast<uint8_t *>(note_of(tree));
+  const uint64_t word = (bytes::load<uint64_t>(note) & ~kWayMask) | (way << kWayShift & kWayMask);
+  std::memcpy(note, &word, sizeof word);
+}
+
+template <class Entry>
+uint64_t way_to(const Entry &leaf, int64_t index) {
+  auto way = static_cast<uint64_t>(index);
+  const Entry *entry = &leaf;
+  for (int level = 1; level <= kHighestLevel && entry->parent != nullptr; ++level) {
+    way |= static_cast<uint64_t>(position(entry->parent->children, entry)) << level * kIndexBits;
+    entry = entry->parent;
+  }
+  return way;
+}
+
+// The leaf that a way leads to; nullptr when it leads nowhere.
+template <class Entry>
+const Entry *leaf_on(uint64_t way, const Entry &root) {
+  if (root.level > kHighestLevel) return nullptr;
+  const Entry *entry = &root;
+  for (int shift = root.level * kIndexBits; shift > 0; shift -= kIndexBits) {
+    const uint64_t index = way >> shift & kIndexMask;
+    if (index >= static_cast<uint64_t>(entry->children.count)) return nullptr;
+    entry = record_of<Entry>(entry->children.items[index]);
+  }
+  return entry;
+}
+
+// One step within the noted leaf; nullptr when the way does not end at the record, and at the leaf's end.
 template <class Kind, int kStep>
 RecordOf<Kind> *step_in_leaf(const TreeOf<Kind> &tree, const RecordOf<Kind> &record) {
-  const EntryOf<Kind> *leaf = noted_leaf<Kind>(tree);
+  const uint64_t way = noted_way(tree);
+  const EntryOf<Kind> *leaf = leaf_on(way, tree.root);
   if (leaf == nullptr) return nullptr;
-  uint64_t *note = walk_note(tree);
+  constexpr auto step = static_cast<uint64_t>(int64_t{kStep});
   const auto count = static_cast<uint64_t>(leaf->children.count);
-  const uint64_t index = note[1];
-  const uint64_t next = index + static_cast<uint64_t>(int64_t{kStep});  // wraps below 0
+  const uint64_t index = way & kIndexMask;
+  const uint64_t next = index + step;  // wraps below 0
   if (index >= count || next >= count || leaf->children.items[index] != word_of(&record)) return nullptr;
-  note[1] = next;
+  note_way(tree, way + step);
+  const uint64_t ahead = next + kPrefetchRecords * step;
+  if (ahead < count) __builtin_prefetch(record_of<void>(leaf->children.items[ahead]));
   return record_of<RecordOf<Kind>>(leaf->children.items[next]);
 }
 
 // Where a record is: elsewhere in the noted leaf, or wherever its key leads.
 template <class Kind>
 Place<Kind> place_of(const TreeOf<Kind> &tree, const RecordOf<Kind> &record) {
-  EntryOf<Kind> *leaf = noted_leaf<Kind>(tree);
+  const EntryOf<Kind> *leaf = leaf_on(noted_way(tree), tree.root);
   const int64_t index = leaf == nullptr ? 0 : position(leaf->children, &record);
-  if (leaf != nullptr && index < leaf->children.count) return {leaf, {index, true}};
+  if (leaf != nullptr && index < leaf->children.count)
+    return {const_cast<EntryOf<Kind> *>(leaf), {index, true}};
   return locate<Kind>(tree, tree.root, Kind::key_of(tree, record));
+}
+
+template <class Kind>
+RecordOf<Kind> *stand_at(const TreeOf<Kind> &tree, const EntryOf<Kind> &leaf, int64_t index) {
+  note_way(tree, way_to(leaf, index));
+  return record_at<Kind>(leaf, index);
 }
 
 template <int kStep, class Entry>
@@ -75,13 +134,22 @@ void prefetch_records(const Entry *leaf) {
   }
 }
 
+// The nearest leaf to one side that is not empty; only entries that were emptied by themselves are.
+template <int kStep, class Entry>
+const Entry *leaf_beside(const Entry *leaf) {
+  do {
+    leaf = neighbour<kStep>(leaf);
+  } while (leaf != nullptr && !has_children(leaf));
+  return leaf;
+}
+
 template <class Kind, int kStep>
 __attribute__((noinline)) RecordOf<Kind> *step_far(const TreeOf<Kind> &tree, const RecordOf<Kind> &record) {
   const Place<Kind> place = place_of<Kind>(tree, record);
   if (!place.spot.found) return nullptr;
   const int64_t index = place.spot.index + kStep;
   if (index >= 0 && index < place.leaf->children.count) return stand_at<Kind>(tree, *place.leaf, index);
-  const EntryOf<Kind> *leaf = neighbour<kStep>(place.leaf);
+  const EntryOf<Kind> *leaf = leaf_beside<kStep, EntryOf<Kind>>(place.leaf);
   if (leaf == nullptr) return nullptr;
   prefetch_records(neighbour<kStep>(leaf));
   return stand_at<Kind>(tree, *leaf, kStep > 0 ? 0 : leaf->children.count - 1);

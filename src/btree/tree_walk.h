@@ -30,6 +30,11 @@ inline int64_t position(const mub_arrays &children, const void *child) {
 }
 
 template <class Entry>
+bool has_children(const Entry *entry) {
+  return entry != nullptr && entry->children.count > 0;
+}
+
+template <class Entry>
 bool is_last(const Entry &entry) {
   const mub_arrays &siblings = entry.parent->children;
   return siblings.items[siblings.count - 1] == word_of(&entry);
@@ -113,18 +118,6 @@ Entry *next_from_above(const Entry &entry, const Entry &top, bool with_leaves) {
   const Entry *at = &entry;
   while (at != &top && is_last(*at)) at = at->parent;
   return at == &top ? nullptr : sibling(*at, 1);
-}
-
-// Where the last step of a walk from record to record stood: a leaf, or 0, and an index in it. They lie behind the
-// root's table of children; a new table has zeros there.
-template <class Tree>
-uint64_t *walk_note(const Tree &tree) {
-  return tree.root.children.items + tree.root.children.capacity;
-}
-
-template <class Tree>
-void forget_walk(const Tree &tree) {
-  if (tree.root.children.items != nullptr) walk_note(tree)[0] = 0;
 }
 
 }  // namespace mub::bplus

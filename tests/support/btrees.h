@@ -50,25 +50,20 @@ struct ByteTree {
   }
 
   static constexpr auto init = mub_btree_init;
-  static constexpr auto term = mub_btree_term;
   static constexpr auto insert = mub_btree_insert;
   static constexpr auto set = mub_btree_set;
   static constexpr auto get = mub_btree_get;
   static constexpr auto update = mub_btree_update;
   static constexpr auto find = mub_btree_find;
   static constexpr auto remove = mub_btree_remove;
-  static constexpr auto remove_all = mub_btree_remove_all;
+  static constexpr auto remove_all = mub_btree_remove_all, term = mub_btree_term;
   static constexpr auto free_all = mub_btree_free_all;
   static constexpr auto node_set = mub_btree_node_set;
-  static constexpr auto node_get = mub_btree_node_get;
-  static constexpr auto node_find = mub_btree_node_find;
-  static constexpr auto node_bfind = mub_btree_node_bfind;
-  static constexpr auto node_first = mub_btree_node_first;
-  static constexpr auto node_last = mub_btree_node_last;
-  static constexpr auto node_next = mub_btree_node_next;
-  static constexpr auto node_prev = mub_btree_node_prev;
-  static constexpr auto first_entry = mub_btree_first_entry;
-  static constexpr auto last_entry = mub_btree_last_entry;
+  static constexpr auto node_get = mub_btree_node_get, node_find = mub_btree_node_find,
+                        node_bfind = mub_btree_node_bfind;
+  static constexpr auto node_first = mub_btree_node_first, node_last = mub_btree_node_last;
+  static constexpr auto node_next = mub_btree_node_next, node_prev = mub_btree_node_prev;
+  static constexpr auto first_entry = mub_btree_first_entry, last_entry = mub_btree_last_entry;
   static constexpr auto swap = mub_btree_swap;
   static constexpr auto clone = mub_btree_clone;
   static constexpr auto clone_entry = mub_btree_clone_entry;
@@ -76,6 +71,9 @@ struct ByteTree {
   static constexpr auto set_name = mub_btree_set_name;
   static constexpr auto set_pool = mub_btree_set_pool;
   static constexpr auto entry_new = mub_btree_entry_new;
+  static constexpr auto split = mub_btree_split;
+  static constexpr auto remove_all_entry = mub_btree_remove_all_entry,
+                        remove_entry_t = mub_btree_remove_entry_t;
 };
 
 // Numbers that fill their width: small ones of both signs, ones that differ in their highest bits or lowest alone.
@@ -128,25 +126,20 @@ struct NumberTree {
 template <class Number, uint32_t kType>
 struct Tree32 : NumberTree<Number, mub_btreed, mub_btreed_entry, mub_btreed_node, kType> {
   static constexpr auto init = mub_btreed_init;
-  static constexpr auto term = mub_btreed_term;
   static constexpr auto insert = mub_btreed_insert;
   static constexpr auto set = mub_btreed_set;
   static constexpr auto get = mub_btreed_get;
   static constexpr auto update = mub_btreed_update;
   static constexpr auto find = mub_btreed_find;
   static constexpr auto remove = mub_btreed_remove;
-  static constexpr auto remove_all = mub_btreed_remove_all;
+  static constexpr auto remove_all = mub_btreed_remove_all, term = mub_btreed_term;
   static constexpr auto free_all = mub_btreed_free_all;
   static constexpr auto node_set = mub_btreed_node_set;
-  static constexpr auto node_get = mub_btreed_node_get;
-  static constexpr auto node_find = mub_btreed_node_find;
-  static constexpr auto node_bfind = mub_btreed_node_bfind;
-  static constexpr auto node_first = mub_btreed_node_first;
-  static constexpr auto node_last = mub_btreed_node_last;
-  static constexpr auto node_next = mub_btreed_node_next;
-  static constexpr auto node_prev = mub_btreed_node_prev;
-  static constexpr auto first_entry = mub_btreed_first_entry;
-  static constexpr auto last_entry = mub_btreed_last_entry;
+  static constexpr auto node_get = mub_btreed_node_get, node_find = mub_btreed_node_find,
+                        node_bfind = mub_btreed_node_bfind;
+  static constexpr auto node_first = mub_btreed_node_first, node_last = mub_btreed_node_last;
+  static constexpr auto node_next = mub_btreed_node_next, node_prev = mub_btreed_node_prev;
+  static constexpr auto first_entry = mub_btreed_first_entry, last_entry = mub_btreed_last_entry;
   static constexpr auto swap = mub_btreed_swap;
   static constexpr auto clone = mub_btreed_clone;
   static constexpr auto clone_entry = mub_btreed_clone_entry;
@@ -154,30 +147,28 @@ struct Tree32 : NumberTree<Number, mub_btreed, mub_btreed_entry, mub_btreed_node
   static constexpr auto set_name = mub_btreed_set_name;
   static constexpr auto set_pool = mub_btreed_set_pool;
   static constexpr auto entry_new = mub_btreed_entry_new;
+  static constexpr auto split = mub_btreed_split;
+  static constexpr auto remove_all_entry = mub_btreed_remove_all_entry,
+                        remove_entry_t = mub_btreed_remove_entry_t;
 };
 
 template <class Number, uint32_t kType>
 struct Tree64 : NumberTree<Number, mub_btreex, mub_btreex_entry, mub_btreex_node, kType> {
   static constexpr auto init = mub_btreex_init;
-  static constexpr auto term = mub_btreex_term;
   static constexpr auto insert = mub_btreex_insert;
   static constexpr auto set = mub_btreex_set;
   static constexpr auto get = mub_btreex_get;
   static constexpr auto update = mub_btreex_update;
   static constexpr auto find = mub_btreex_find;
   static constexpr auto remove = mub_btreex_remove;
-  static constexpr auto remove_all = mub_btreex_remove_all;
+  static constexpr auto remove_all = mub_btreex_remove_all, term = mub_btreex_term;
   static constexpr auto free_all = mub_btreex_free_all;
   static constexpr auto node_set = mub_btreex_node_set;
-  static constexpr auto node_get = mub_btreex_node_get;
-  static constexpr auto node_find = mub_btreex_node_find;
-  static constexpr auto node_bfind = mub_btreex_node_bfind;
-  static constexpr auto node_first = mub_btreex_node_first;
-  static constexpr auto node_last = mub_btreex_node_last;
-  static constexpr auto node_next = mub_btreex_node_next;
-  static constexpr auto node_prev = mub_btreex_node_prev;
-  static constexpr auto first_entry = mub_btreex_first_entry;
-  static constexpr auto last_entry = mub_btreex_last_entry;
+  static constexpr auto node_get = mub_btreex_node_get, node_find = mub_btreex_node_find,
+                        node_bfind = mub_btreex_node_bfind;
+  static constexpr auto node_first = mub_btreex_node_first, node_last = mub_btreex_node_last;
+  static constexpr auto node_next = mub_btreex_node_next, node_prev = mub_btreex_node_prev;
+  static constexpr auto first_entry = mub_btreex_first_entry, last_entry = mub_btreex_last_entry;
   static constexpr auto swap = mub_btreex_swap;
   static constexpr auto clone = mub_btreex_clone;
   static constexpr auto clone_entry = mub_btreex_clone_entry;
@@ -185,6 +176,9 @@ struct Tree64 : NumberTree<Number, mub_btreex, mub_btreex_entry, mub_btreex_node
   static constexpr auto set_name = mub_btreex_set_name;
   static constexpr auto set_pool = mub_btreex_set_pool;
   static constexpr auto entry_new = mub_btreex_entry_new;
+  static constexpr auto split = mub_btreex_split;
+  static constexpr auto remove_all_entry = mub_btreex_remove_all_entry,
+                        remove_entry_t = mub_btreex_remove_entry_t;
 };
 
 // A tree that is released at the end of its scope; the pools that it does not own are the test's.
