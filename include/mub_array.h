@@ -33,7 +33,32 @@
  *               block back if the pool is the caller's. Blocks of an owned pool go with the whole pool: `_free`,
  *               `_free_at` and `_free_all_entry` leave them live.
  * Clones.       A clone that runs out of memory is empty, but its `count` is that of its source; nothing reads
- *               beyond `capacity`, and the next growth makes those entries real, all zero. */
+ *               beyond `capacity`, and the next growth makes those entries real, all zero.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   array         the array
+ *   a, b          the two arrays
+ *   source        the array to copy from; stays as it is
+ *   destination   the array that gets the copies
+ *   index         a position, counted from 0
+ *   wanted        slots wanted in all
+ *   n             the new count
+ *   value         any word, 0 included
+ *   init          called with the new block; may be NULL
+ *   free          called with each value (in mub_arrays: item) that is released and is not 0; NULL: nothing is called
+ *   text          the text to take apart
+ *
+ * Failure, where a function does not say otherwise:
+ *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped, as told
+ *            at mub_pool_free
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _new          the block belongs to the value pool, and the new entry refers to it
+ *   _get_at       what the value stands for stays where it is
+ *   value, item   kept as a word: what it stands for stays the caller's
+ *   source        keys are copied; values are copied as words, so that both arrays refer to the same things
+ *   text          the pieces are copied
+ *   string        the text is the string's */
 #ifndef MUB_ARRAY_H
 #define MUB_ARRAY_H
 
@@ -46,7 +71,7 @@
 extern "C" {
 #endif
 
-/* ---- mub_array: entries with byte-string keys -------------------------------------------------------------------
+/* ---- mub_array: an array of entries with byte-string keys -----------------------------------------------------
  *
  * A key is `length` bytes at `key`; they are copied. A negative length means that the key ends at its first NUL,
  * except where a length is called exact. NULL is the empty key. Keys compare byte by byte as unsigned values; of
@@ -59,7 +84,20 @@ extern "C" {
  * an empty key, and refused elsewhere.
  *
  * Key pointers that operations hand out point into the key stream (NULL while it has no block). They are not
- * NUL-terminated, and invalid after the next operation that adds, changes or removes a key. */
+ * NUL-terminated, and invalid after the next operation that adds, changes or removes a key.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key      the key's bytes; NULL: the empty key
+ *   length   bytes of the key; negative: up to its first NUL
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_array_entry *          the entry lies in the array's table: valid until the array grows, or the entry is
+ *                              moved or removed
+ *   key                        the key's bytes are copied, or only compared
+ *   _get_at, _get_first, _get_last   the key that is handed out lies in the array's key stream; what the value stands
+ *                                    for stays where it is
+ *   _update_at, _set_at, _update   the previous value is handed over, not released
+ *   _find, _afind, _bfind      the value stays in the array */
 
 /* One slot. Its key fields are the array's; its value may be changed in place. */
 typedef struct mub_array_entry {
@@ -107,7 +145,7 @@ MUB_API void mub_array_swap(mub_array *a, mub_array *b);
  * When the source owns its pool, that is cloned block for block, every value is translated to its copy (to 0 when it
  * is no block of the pool), and `clone` is called for every entry, value 0 included. When it does not, values are
  * copied as they are, `clone` is not called, and the destination uses the source's pool, having given up its own.
- * `descending` is not copied. Returns the destination. */
+ * `descending` is not copied. Returns the destination; empty but for its `count` when memory ran out. */
 MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_pool, mub_array *destination,
                                    mub_pool *destination_pool, mub_clone_fn clone);
 
@@ -139,22 +177,22 @@ MUB_API mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t ind
 
 /* mub_array_get_at: the key and value of the slot at `index`.
  *   key, length   receive the key; NULL and 0 unless 0 <= index < capacity
- * Returns the value, or 0. */
+ * Returns the value; 0 unless 0 <= index < capacity. */
 MUB_API uint64_t mub_array_get_at(const mub_array *array, int64_t index, const char **key, int64_t *length);
 
 /* mub_array_get_first: the key and value of the first entry.
  *   key, length   receive the key; NULL and 0 in an empty array
- * Returns the value, or 0. */
+ * Returns the value; 0 in an empty array. */
 MUB_API uint64_t mub_array_get_first(const mub_array *array, const char **key, int64_t *length);
 
 /* mub_array_get_last: the key and value of the last entry.
  *   key, length   receive the key; NULL and 0 in an empty array
- * Returns the value, or 0. */
+ * Returns the value; 0 in an empty array. */
 MUB_API uint64_t mub_array_get_last(const mub_array *array, const char **key, int64_t *length);
 
 /* mub_array_set_at: replace the key and the value of the slot at `index`, wherever that leaves it in the order.
- * Returns the previous value. Refused, with 0, unless 0 <= index < capacity; when there is no room for the key; and
- * when the old key's bytes have left the stream (as they may in a slot that mub_array_shrink brought back).
+ * Returns the previous value; 0, nothing changed, unless 0 <= index < capacity, when there is no memory for the
+ * key, and when the old key's bytes have left the stream (as they may in a slot that mub_array_shrink brought back).
  * Cost: O(count) when the key's length changes. */
 MUB_API uint64_t mub_array_set_at(mub_array *array, int64_t index, const void *key, int64_t length,
                                   uint64_t value);
@@ -268,7 +306,7 @@ MUB_API void mub_array_to_string(const mub_array *array, int separator, mub_stri
  * "" and "b". Nothing is appended when memory for the entries runs out. */
 MUB_API void mub_array_from_string(mub_array *array, int separator, const char *text, int64_t length);
 
-/* ---- mub_arrayd: entries with 32-bit integer keys ---------------------------------------------------------------
+/* ---- mub_arrayd: an array of entries with 32-bit integer keys -------------------------------------------------
  *
  * A mub_array whose keys are integers, kept in the entries. Operations that say no more than the name of another one
  * do the same as that: with integer keys all insertions find room where they belong, and nothing is refused but for
@@ -276,7 +314,17 @@ MUB_API void mub_array_from_string(mub_array *array, int separator, const char *
  *
  * The sorted operations compare by the sign of the difference between two keys, wrapped around to 32 bits: to them
  * 0xFFFFFFFF is 1 below 0. The sorts compare keys as unsigned values, so that 0xFFFFFFFF comes last. Both agree as
- * long as all keys lie within 2^31 of each other. */
+ * long as all keys lie within 2^31 of each other.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   the key
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_arrayd_entry *         the entry lies in the array's table: valid until the array grows, or the entry is
+ *                              moved or removed
+ *   _get_at, _get_first, _get_last   the value stays in the array
+ *   _update_at, _set_at, _update   the previous value is handed over, not released
+ *   _find, _afind, _bfind      the value stays in the array */
 
 /* One slot. Its value may be changed in place; so may its key, where the order allows it. */
 typedef struct mub_arrayd_entry {
@@ -337,17 +385,17 @@ MUB_API mub_arrayd_entry *mub_arrayd_get_entry(const mub_arrayd *array, int64_t 
 
 /* mub_arrayd_get_at: the key and value of the slot at `index`.
  *   key   receives the key; 0 unless 0 <= index < capacity
- * Returns the value, or 0. */
+ * Returns the value; 0 unless 0 <= index < capacity. */
 MUB_API uint64_t mub_arrayd_get_at(const mub_arrayd *array, int64_t index, uint32_t *key);
 
 /* mub_arrayd_get_first: the key and value of the first entry.
  *   key   receives the key; 0 in an empty array
- * Returns the value, or 0. */
+ * Returns the value; 0 in an empty array. */
 MUB_API uint64_t mub_arrayd_get_first(const mub_arrayd *array, uint32_t *key);
 
 /* mub_arrayd_get_last: the key and value of the last entry.
  *   key   receives the key; 0 in an empty array
- * Returns the value, or 0. */
+ * Returns the value; 0 in an empty array. */
 MUB_API uint64_t mub_arrayd_get_last(const mub_arrayd *array, uint32_t *key);
 
 /* mub_arrayd_set_at: replace the key and the value of the slot at `index`, wherever that leaves it in the order.
@@ -363,8 +411,8 @@ MUB_API void mub_arrayd_insert_at(mub_arrayd *array, int64_t index, uint32_t key
 
 /* mub_arrayd_remove_at: remove the entry at `index`.
  *   key   receives the entry's key; 0 unless 0 <= index < count
- * Returns its value, which is not released, or 0. The key of a last entry that is removed is 0 in its spare slot.
- * Cost: O(count). */
+ * The key of a last entry that is removed is 0 in its spare slot.
+ * Returns its value, which is not released; 0 unless 0 <= index < count. Cost: O(count). */
 MUB_API uint64_t mub_arrayd_remove_at(mub_arrayd *array, int64_t index, uint32_t *key);
 
 /* mub_arrayd_free_at: remove the entry at `index` and release its value, the entry's key being 0 by then; does nothing
@@ -444,10 +492,20 @@ MUB_API void mub_arrayd_to_string(const mub_arrayd *array, int separator, mub_st
  * memory for the entries runs out. */
 MUB_API void mub_arrayd_from_string(mub_arrayd *array, int separator, const char *text, int64_t length);
 
-/* ---- mub_arrayx: entries with 64-bit integer keys ---------------------------------------------------------------
+/* ---- mub_arrayx: an array of entries with 64-bit integer keys -------------------------------------------------
  *
  * A mub_arrayd with 64-bit keys and without text forms. The differences of the sorted operations wrap around to 64
- * bits, and agree with the sorts as long as all keys lie within 2^63 of each other. */
+ * bits, and agree with the sorts as long as all keys lie within 2^63 of each other.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   the key
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_arrayx_entry *         the entry lies in the array's table: valid until the array grows, or the entry is
+ *                              moved or removed
+ *   _get_at, _get_first, _get_last   the value stays in the array
+ *   _update_at, _set_at, _update   the previous value is handed over, not released
+ *   _find, _afind, _bfind      the value stays in the array */
 
 typedef struct mub_arrayx_entry {
   uint64_t key;
@@ -585,7 +643,7 @@ MUB_API void mub_arrayx_qsort_x_p(mub_arrayx *array, mub_compare_fn compare);
 /* mub_arrayx_qsort_x_n: as mub_array_qsort_x_n. */
 MUB_API void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare);
 
-/* ---- mub_arrays: bare items -------------------------------------------------------------------------------------
+/* ---- mub_arrays: an array of bare items -----------------------------------------------------------------------
  *
  * An item is one 64-bit word: a pointer to a record of yours, a number, or a block of the item pool. The array never
  * looks into it: the sorted operations order items by the comparer that you pass, which is the same at every call.
@@ -594,7 +652,23 @@ MUB_API void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare);
  * as compare(context, item, key, extra). Without a comparer (NULL) insertions go to the end, and everything else
  * finds nothing.
  *
- * An item 0 is an empty slot to the releasing operations. */
+ * An item 0 is an empty slot to the releasing operations.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   item      any word
+ *   key       what to look for, handed to the comparer
+ *   context   handed to the comparer
+ *   extra     handed to the comparer
+ *   compare   orders a stored item against the key; NULL: nothing is found
+ *   free      called with each item that is released and is not 0; NULL: nothing is called
+ *
+ * Ownership, where a function does not say otherwise:
+ *   uint64_t *                 the slot lies in the array's table: valid until the array grows, or the item is moved
+ *                              or removed
+ *   _get_at, _get_first, _get_last   the item stays in the array
+ *   _update, _set_at           the previous item is handed over, not released
+ *   _find, _bfind              the item stays in the array
+ *   source                     items are copied as words, so that both arrays refer to the same things */
 
 typedef struct mub_arrays {
   uint64_t *items;     /* the table; NULL until the first growth */
@@ -632,7 +706,7 @@ MUB_API void mub_arrays_swap(mub_arrays *a, mub_arrays *b);
  * When the source owns its pool, that is cloned block for block, every item is translated to its copy (to 0 when it
  * is no block of the pool), and `clone` is called for every item, 0 included. When it does not, items are copied as
  * they are, `clone` is not called, and the destination uses the source's pool, having given up its own.
- * `descending` is not copied. Returns the destination. */
+ * `descending` is not copied. Returns the destination; empty but for its `count` when memory ran out. */
 MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_pool, mub_arrays *destination,
                                      mub_pool *destination_pool, mub_clone_fn clone);
 
@@ -790,7 +864,7 @@ MUB_API void mub_arrays_qsort_x_p(mub_arrays *array, uint64_t context, mub_compa
 /* mub_arrays_qsort_x_n: sort descending; the comparer as for mub_arrays_qsort_x. */
 MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compare_context_fn compare);
 
-/* ---- mub_arrayt: words, the first four of them in the record ----------------------------------------------------
+/* ---- mub_arrayt: an array of words, the first four of them in the record --------------------------------------
  *
  * A word is a number, signed or unsigned, or a pointer. Up to four of them take no memory beside the record; word i
  * is inline_items[i] for i < 4 and tail[i - 4] from there on. There are no values, pools or callbacks.
@@ -798,7 +872,19 @@ MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compa
  * Positions end at `count` here, not at the capacity. The sorted operations compare two words by the sign of the
  * difference of their low 32 bits, wrapped around to 32 bits: words that differ in higher bits alone are equal to
  * them. The sorts compare whole words as unsigned values. Both agree as long as all words are below 2^32 and within
- * 2^31 of each other. */
+ * 2^31 of each other.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   item    any word
+ *   key     what to look for: the low 32 bits of a word
+ *   items   the first of the words to sort
+ *   count   how many words there are; below 2 does nothing
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _get_at, _get_first, _get_last   the word stays in the array
+ *   items                      the words stay the caller's
+ *   source                     the words are copied
+ *   _remove_at                 the word is handed over */
 
 typedef struct mub_arrayt {
   uint64_t inline_items[4]; /* words 0 to 3; mub_arrayt_init leaves them as they are */
