@@ -53,12 +53,29 @@
  *            at mub_pool_free
  *
  * Ownership, where a function does not say otherwise:
- *   _new          the block belongs to the value pool, and the new entry refers to it
- *   _get_at       what the value stands for stays where it is
- *   value, item   kept as a word: what it stands for stays the caller's
- *   source        keys are copied; values are copied as words, so that both arrays refer to the same things
- *   text          the pieces are copied
- *   string        the text is the string's */
+ *   _init                      the record is the caller's; a pool made here is the array's, until `_term`
+ *   _term                      what the array owns is released; values and a caller's pools stay the caller's
+ *   _swap                      what one array owned is the other's
+ *   _clone                     the copy is the destination's; a caller's pool is shared by both, and values are then
+ *                              copied as words
+ *   _remove_all                the table is released, and an owned pool emptied; values are not released
+ *   _free_all                  each value (item) is handed to `free`, its block to a caller's pool; the table is
+ *                              released
+ *   _get_at, _get_first, _get_last   the value (item, word) stays in the array
+ *   _find, _afind, _bfind      the value (item) stays in the array
+ *   _set_at, _update_at, _update   the previous value (item) is handed over, not released; the new one is kept as a
+ *                                  word
+ *   _remove, _remove_at        the value (item, word) is handed over, not released
+ *   _free, _free_at            the value (item) is handed to `free`, its block to a caller's pool
+ *   _append_new, _insert_new   the block is one of the pool; the array refers to it, and so does the caller now
+ *   _free_all_entry            each value (item) is handed to `free`, its block to a caller's pool, though the array
+ *                              still holds it
+ *   _append_array              keys are copied; values (items, words) are copied as words, so that both arrays refer
+ *                              to the same things
+ *   _from_string               the pieces are copied
+ *   _to_string                 the text is the string's
+ *   _qsort_p, _qsort_n         entries (items, words) stay where they are, but for their order
+ *   value, item                kept as a word; what it stands for stays the caller's */
 #ifndef MUB_ARRAY_H
 #define MUB_ARRAY_H
 
@@ -93,11 +110,10 @@ extern "C" {
  * Ownership, where a function does not say otherwise:
  *   mub_array_entry *          the entry lies in the array's table: valid until the array grows, or the entry is
  *                              moved or removed
- *   key                        the key's bytes are copied, or only compared
- *   _get_at, _get_first, _get_last   the key that is handed out lies in the array's key stream; what the value stands
- *                                    for stays where it is
- *   _update_at, _set_at, _update   the previous value is handed over, not released
- *   _find, _afind, _bfind      the value stays in the array */
+ *   _get_at, _get_first, _get_last   the key that is handed out lies in the array's key stream, valid until a key is
+ *                                    added, changed or removed; the value stays in the array
+ *   _remove, _remove_at        the value is handed over, not released; the key's bytes are gone
+ *   key                        the bytes are copied, or only compared */
 
 /* One slot. Its key fields are the array's; its value may be changed in place. */
 typedef struct mub_array_entry {
@@ -320,11 +336,8 @@ MUB_API void mub_array_from_string(mub_array *array, int separator, const char *
  *   key   the key
  *
  * Ownership, where a function does not say otherwise:
- *   mub_arrayd_entry *         the entry lies in the array's table: valid until the array grows, or the entry is
- *                              moved or removed
- *   _get_at, _get_first, _get_last   the value stays in the array
- *   _update_at, _set_at, _update   the previous value is handed over, not released
- *   _find, _afind, _bfind      the value stays in the array */
+ *   mub_arrayd_entry *   the entry lies in the array's table: valid until the array grows, or the entry is moved or
+ *                        removed */
 
 /* One slot. Its value may be changed in place; so may its key, where the order allows it. */
 typedef struct mub_arrayd_entry {
@@ -501,11 +514,8 @@ MUB_API void mub_arrayd_from_string(mub_arrayd *array, int separator, const char
  *   key   the key
  *
  * Ownership, where a function does not say otherwise:
- *   mub_arrayx_entry *         the entry lies in the array's table: valid until the array grows, or the entry is
- *                              moved or removed
- *   _get_at, _get_first, _get_last   the value stays in the array
- *   _update_at, _set_at, _update   the previous value is handed over, not released
- *   _find, _afind, _bfind      the value stays in the array */
+ *   mub_arrayx_entry *   the entry lies in the array's table: valid until the array grows, or the entry is moved or
+ *                        removed */
 
 typedef struct mub_arrayx_entry {
   uint64_t key;
@@ -663,12 +673,7 @@ MUB_API void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare);
  *   free      called with each item that is released and is not 0; NULL: nothing is called
  *
  * Ownership, where a function does not say otherwise:
- *   uint64_t *                 the slot lies in the array's table: valid until the array grows, or the item is moved
- *                              or removed
- *   _get_at, _get_first, _get_last   the item stays in the array
- *   _update, _set_at           the previous item is handed over, not released
- *   _find, _bfind              the item stays in the array
- *   source                     items are copied as words, so that both arrays refer to the same things */
+ *   uint64_t *   the slot lies in the array's table: valid until the array grows, or the item is moved or removed */
 
 typedef struct mub_arrays {
   uint64_t *items;     /* the table; NULL until the first growth */
@@ -881,10 +886,9 @@ MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compa
  *   count   how many words there are; below 2 does nothing
  *
  * Ownership, where a function does not say otherwise:
- *   _get_at, _get_first, _get_last   the word stays in the array
- *   items                      the words stay the caller's
- *   source                     the words are copied
- *   _remove_at                 the word is handed over */
+ *   _init, _term, _remove_all   the record is the caller's; a tail is the array's, until it is released here
+ *   _clone                     the words are copied
+ *   _remove, _find             nothing is handed over */
 
 typedef struct mub_arrayt {
   uint64_t inline_items[4]; /* words 0 to 3; mub_arrayt_init leaves them as they are */

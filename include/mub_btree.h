@@ -42,11 +42,27 @@
  *            at mub_pool_free
  *
  * Ownership, where a function does not say otherwise:
+ *   _init                      the record is the caller's; a pool made here is the tree's, until `_term`
+ *   _term                      what the tree owns is released; values and a caller's pools stay the caller's
+ *   _swap                      what one tree owned is the other's
+ *   _clone                     the copy is the destination's; a caller's pool is shared by both, and values are then
+ *                              copied as words
+ *   _remove_all                entries and records are their pool's again; values are not released
+ *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
+ *                              entries and records are their pool's again
+ *   _remove_all_entry          what is below the entry is its pools' again, though the entry's fields still count it
+ *   _free_all_entry            as after `_remove_all_entry`, each value having been handed to `release`, its block to
+ *                              a caller's value pool
  *   _get                       the value stays in the tree
- *   _update                    the previous value is handed over, not released
- *   _set                       the block belongs to the value pool, and the record refers to it
- *   _entry_new, _split_entry, _split_node   the new entry is a block of the entry pool; nothing refers to it yet
- *   value                      kept as a word: what it stands for stays the caller's */
+ *   _update                    the previous value is handed over, not released; the new one is kept as a word
+ *   _set                       the value stays in the tree: a block of the value pool, or the word that stands
+ *   _remove                    the value is handed over, not released; the record is its pool's again
+ *   _entry_init                the table of children is the entry's
+ *   _entry_new, _split_entry, _split_node   the new entry is a block of the entry pool; its parent does not refer to
+ *                                           it yet
+ *   _remove_entry_t            the entry is its pool's again
+ *   _clone_entry               the copies are the destination's; values are copied as words
+ *   value                      kept as a word; what it stands for stays the caller's */
 #ifndef MUB_BTREE_H
 #define MUB_BTREE_H
 
@@ -71,9 +87,10 @@ extern "C" {
  *   length   bytes of the key; negative: up to its first NUL
  *
  * Ownership, where a function does not say otherwise:
- *   mub_btree_node *, node_out   the record is a block of the node pool, and the tree's until it is removed
- *   mub_btree_entry *          the entry is a block of the entry pool, or the root, and stays the tree's
- *   key                        the key's bytes are copied, or only compared */
+ *   mub_btree_node *    the record is a block of the node pool, and the tree's until it is removed
+ *   node_out            the record is a block of the node pool, and the tree's until it is removed
+ *   mub_btree_entry *   the entry is a block of the entry pool, or the root, and stays the tree's
+ *   key                 the bytes are copied, or only compared */
 
 /* One key with its value; it stays where it is until it is removed. */
 typedef struct mub_btree_node {
@@ -335,8 +352,9 @@ MUB_API int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry
  *   key   the key
  *
  * Ownership, where a function does not say otherwise:
- *   mub_btreed_node *, node_out   the record is a block of the node pool, and the tree's until it is removed
- *   mub_btreed_entry *         the entry is a block of the entry pool, or the root, and stays the tree's */
+ *   mub_btreed_node *    the record is a block of the node pool, and the tree's until it is removed
+ *   node_out             the record is a block of the node pool, and the tree's until it is removed
+ *   mub_btreed_entry *   the entry is a block of the entry pool, or the root, and stays the tree's */
 
 /* One key with its value; it stays where it is until it is removed. Its address is also that of its key. */
 typedef struct mub_btreed_node {
@@ -539,8 +557,9 @@ MUB_API int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_en
  *   key   the key
  *
  * Ownership, where a function does not say otherwise:
- *   mub_btreex_node *, node_out   the record is a block of the node pool, and the tree's until it is removed
- *   mub_btreex_entry *         the entry is a block of the entry pool, or the root, and stays the tree's */
+ *   mub_btreex_node *    the record is a block of the node pool, and the tree's until it is removed
+ *   node_out             the record is a block of the node pool, and the tree's until it is removed
+ *   mub_btreex_entry *   the entry is a block of the entry pool, or the root, and stays the tree's */
 
 /* One key with its value; it stays where it is until it is removed. Its address is also that of its key. */
 typedef struct mub_btreex_node {

@@ -28,11 +28,25 @@
  *            at mub_pool_free
  *
  * Ownership, where a function does not say otherwise:
+ *   _init               the record is the caller's; a pool made here is the table's, until `_term`
+ *   _term               what the table owns is released; values and a caller's pools stay the caller's
+ *   _swap               what one table owned is the other's
+ *   _clone              the copy is the destination's; a caller's pool is shared by both, and values are then copied
+ *                       as words
+ *   _remove_all         entries are their pool's again; values are not released
+ *   _free_all           each value is handed to the caller's function, its block to a caller's value pool; entries
+ *                       are their pool's again
+ *   _remove_all_entry   entries are their pool's again, though the table still refers to them; values are not
+ *                       released
+ *   _free_all_entry     as after `_remove_all_entry`, each value having been handed to `release`, its block to a
+ *                       caller's value pool
  *   _get                the value stays in the table
- *   _update             the previous value is handed over, not released
- *   _set                the block belongs to the value pool, and the entry refers to it
- *   _remove_all_entry   the blocks of the entries are the pool's again
- *   value               kept as a word: what it stands for stays the caller's */
+ *   _update             the previous value is handed over, not released; the new one is kept as a word
+ *   _set                the value stays in the table: a block of the value pool, or the word that stands
+ *   _remove             the value is handed over, not released; the entry is its pool's again
+ *   _free               the value is handed to `release`, its block to a caller's value pool; the entry is its pool's
+ *                       again
+ *   value               kept as a word; what it stands for stays the caller's */
 #ifndef MUB_HASH_H
 #define MUB_HASH_H
 
@@ -57,7 +71,8 @@ extern "C" {
  *
  * Ownership, where a function does not say otherwise:
  *   mub_hash_entry *   the entry is a block of the entry pool, and the table's until it is removed
- *   key                the key's bytes are copied, or only compared */
+ *   entry_out          the entry is a block of the entry pool, and the table's until it is removed
+ *   key                the bytes are copied, or only compared */
 
 /* One entry. Offsets into `keys` change when another key is removed. */
 typedef struct mub_hash_entry {
@@ -255,7 +270,8 @@ MUB_API void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length);
  *   key   the key
  *
  * Ownership, where a function does not say otherwise:
- *   mub_hashd_entry *   the entry is a block of the entry pool, and the table's until it is removed */
+ *   mub_hashd_entry *   the entry is a block of the entry pool, and the table's until it is removed
+ *   entry_out           the entry is a block of the entry pool, and the table's until it is removed */
 
 /* One entry; it stays where it is until it is removed. */
 typedef struct mub_hashd_entry {
@@ -391,7 +407,8 @@ MUB_API mub_hashd_entry *mub_hashd_remove_t(mub_hashd *table, uint32_t key);
  *   key   the key
  *
  * Ownership, where a function does not say otherwise:
- *   mub_hashx_entry *   the entry is a block of the entry pool, and the table's until it is removed */
+ *   mub_hashx_entry *   the entry is a block of the entry pool, and the table's until it is removed
+ *   entry_out           the entry is a block of the entry pool, and the table's until it is removed */
 
 /* One entry; it stays where it is until it is removed. */
 typedef struct mub_hashx_entry {
@@ -529,6 +546,8 @@ MUB_API mub_hashx_entry *mub_hashx_remove_t(mub_hashx *table, uint64_t key);
  *
  * Ownership, where a function does not say otherwise:
  *   mub_hasht_entry *   the entry is a block of the entry pool, and the table's until it is removed
+ *   entry_out           the entry is a block of the entry pool, and the table's until it is removed
+ *   _copy               the words are copied
  *   key                 the words are copied, or only compared */
 
 /* One entry; it stays where it is until it is removed. */

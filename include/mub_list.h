@@ -31,13 +31,31 @@
  *            at mub_pool_free
  *
  * Ownership, where a function does not say otherwise:
- *   _new                   the block belongs to the value pool, and the list refers to it
- *   _get_head, _get_tail   the value stays in the list
- *   _get_next, _get_prev   the value stays in the list
- *   _get_at                the value stays in the list
- *   value                  kept as a word: what it stands for stays the caller's
- *   text                   the pieces are copied
- *   string                 the text is the string's */
+ *   _init                      the record is the caller's; a pool made here is the list's, until `_term`
+ *   _term                      what the list owns is released; values and a caller's pools stay the caller's
+ *   _swap                      what one list owned is the other's
+ *   _clone                     the copy is the destination's; a caller's pool is shared by both, and values are then
+ *                              copied as words
+ *   _remove_all                entries are their pool's again; values are not released
+ *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
+ *                              entries are their pool's again
+ *   _remove_all_entry          with a caller's pool, entries are the pool's again, though the list still refers to
+ *                              them; values are not released
+ *   _free_all_entry            as after `_remove_all_entry`, each value having been handed to `release`, its block to
+ *                              a caller's value pool
+ *   _free_array                each value is handed to `release`, its block to a caller's value pool, though the
+ *                              block of the list still holds it
+ *   _entry_new                 the block is one of the entry pool, and the caller's to link or to give back
+ *   _add_head_new, _add_tail_new   the block is one of the value pool; the list refers to it, and so does the caller
+ *                                  now
+ *   _add_head_list, _add_tail_list   keys are copied; values are copied as words, so that both lists refer to the
+ *                                    same things
+ *   _get_head, _get_tail, _get_next, _get_prev, _get_at   the value stays in the list
+ *   _remove_head, _remove_tail, _remove_at   the value is handed over, not released; the entry is its pool's again
+ *   _find_at, _find            the entry is a block of the entry pool, and the list's until it is removed
+ *   _from_string               the pieces are copied
+ *   _to_string                 the text is the string's
+ *   value                      kept as a word; what it stands for stays the caller's */
 #ifndef MUB_LIST_H
 #define MUB_LIST_H
 
@@ -61,14 +79,10 @@ extern "C" {
  *   length   bytes of the key; negative: up to its first NUL
  *
  * Ownership, where a function does not say otherwise:
- *   mub_list_entry *       the entry is a block of the entry pool, and the list's until it is removed
- *   _get_head, _get_tail   the key lies in the list's `keys`, valid until an addition or a removal; the value stays
- *                          in the list
- *   _get_next, _get_prev   the key lies in the list's `keys`, valid until an addition or a removal; the value stays
- *                          in the list
- *   _get_at                the key lies in the list's `keys`, valid until an addition or a removal; the value stays
- *                          in the list
- *   key                    the key's bytes are copied, or only compared */
+ *   mub_list_entry *           the entry is a block of the entry pool, and the list's until it is removed
+ *   _get_head, _get_tail, _get_next, _get_prev, _get_at   the key that is handed out lies in the list's `keys`, valid
+ *                                                         until an addition or a removal; the value stays in the list
+ *   key                        the bytes are copied, or only compared */
 
 /* One entry. Offsets into `keys` change when another entry is removed. */
 typedef struct mub_list_entry {
@@ -254,7 +268,8 @@ MUB_API void mub_list_to_string(const mub_list *list, int separator, mub_string 
  *   key   handed to the comparer
  *
  * Ownership, where a function does not say otherwise:
- *   mub_lists_entry *   the entry is a block of the entry pool, and the list's until it is removed */
+ *   mub_lists_entry *    the entry is a block of the entry pool, and the list's until it is removed
+ *   _remove_all_entry    entries are their pool's again, though the list still refers to them; values are not released */
 
 typedef struct mub_lists_entry {
   struct mub_lists_entry *prev; /* NULL at the head */

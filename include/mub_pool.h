@@ -22,9 +22,15 @@
  *   iter             the iterator, from mub_pool_iter_new; NULL is a walk without blocks
  *
  * Ownership, where a function does not say otherwise:
- *   void *   the result is a block of the pool, valid until it is given back or the pool is emptied
- *   map      the chunk map stays the caller's
- *   blocks   the addresses are the caller's to keep */
+ *   void *          the result is a block of the pool, valid until it is given back or the pool is emptied
+ *   _term, _empty   all blocks are gone
+ *   _free           the block is the pool's again
+ *   _swap           the blocks of one pool are the other's
+ *   _clone          the copies of the chunks are the destination's
+ *   _umap           the chunk map is released
+ *   _iter_free      the iterator is released
+ *   _set_addr       the address is one in a block of the pool, valid until that is given back or the pool is emptied
+ *   map, blocks     stays the caller's */
 #ifndef MUB_POOL_H
 #define MUB_POOL_H
 

@@ -40,9 +40,11 @@
  *   memory   without memory the stream stays as it was
  *
  * Ownership, where a function does not say otherwise:
- *   bytes         the bytes are copied, or only read: none of them are kept by address
- *   string        the bytes are copied
- *   destination   the bytes are copied */
+ *   _term                      the block is released
+ *   _swap                      the block of one stream is the other's
+ *   _swap_string               the block of the stream is the string's, and the other way round
+ *   bytes                      copied, or only read: the address is not kept
+ *   string, source, destination   the bytes are copied */
 #ifndef MUB_STREAM_H
 #define MUB_STREAM_H
 

@@ -48,10 +48,11 @@
  *   memory   without memory the string stays as it was
  *
  * Ownership, where a function does not say otherwise:
- *   text          the text is copied, or only read: its address is not kept
- *   source        the bytes are copied
- *   destination   the bytes are copied
- *   out           the bytes are copied */
+ *   _term                      the buffer is released
+ *   _swap                      the buffer of one string is the other's
+ *   _replace, _match           the texts are copied
+ *   text                       copied, or only read: the address is not kept
+ *   source, destination, out   the bytes are copied */
 #ifndef MUB_STRING_H
 #define MUB_STRING_H
 
@@ -269,10 +270,13 @@ MUB_API int mub_string_right_string(const mub_string *string, int64_t count, mub
  * What the head of this header says of views holds for all of these.
  *
  * Ownership, where a function does not say otherwise:
- *   text     only read: its address is not kept
- *   other    the text stays its owner's; the view refers to it
- *   string   the text stays the string's; the view refers to it
- *   out      the text stays its owner's; `out` refers to it */
+ *   _term, _swap               the texts stay their owners'
+ *   _left_char, _mid_char, _right_char   the text stays its owner's; `out` refers to it, and what `out` had is not
+ *                                        released
+ *   text                       only read: its address is not kept
+ *   other                      the text stays its owner's; the view refers to it
+ *   string                     the text stays the string's; the view refers to it
+ *   out                        the text stays its owner's; `out` refers to it */
 
 typedef struct mub_stringx {
   const char *text; /* what is viewed, never owned; NULL for an empty view */

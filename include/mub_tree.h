@@ -28,7 +28,24 @@
  *
  * Failure, where a function does not say otherwise:
  *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped, as told
- *            at mub_pool_free */
+ *            at mub_pool_free
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _init                      the record is the caller's; a pool made here is the tree's, until `_term`
+ *   _term                      what the tree owns is released; values and a caller's pools stay the caller's
+ *   _swap                      what one tree owned is the other's
+ *   _clone                     the copy is the destination's; a caller's pool is shared by both, and values are then
+ *                              copied as words
+ *   _remove_all                entries are their pool's again; values are not released
+ *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
+ *                              entries are their pool's again
+ *   _clone_entry               the copies are blocks of the tree's entry pool, which the caller links; values are
+ *                              copied as words
+ *   _entry_new                 the block is one of the entry pool, and the caller's to link or to give back
+ *   _entry_append, _entry_insert, _entry_add   the tree refers to the entry, which stays where it is, from now on
+ *   _entry_remove_x            with a caller's pool, the entries are the pool's again, though links still lead to
+ *                              them; values are not released
+ *   _entry_swap, _set_parent   entries stay where they are */
 #ifndef MUB_TREE_H
 #define MUB_TREE_H
 
@@ -51,6 +68,10 @@ extern "C" {
  *
  * Ownership, where a function does not say otherwise:
  *   mub_tree_entry *   the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ *   _entry_remove      the tree no longer refers to the entry: it is the caller's, to link or to give back
+ *   _entry_free        each value is handed to `release`, its block to a caller's value pool; the entries as in
+ *                      mub_tree_entry_remove_x
+ *   _entry_array       the words are copied
  *   path               only read */
 
 typedef struct mub_tree_entry {
@@ -289,7 +310,10 @@ MUB_API mub_tree_entry *mub_tree_find_x_t(const mub_tree_entry *current, int64_t
  * The caller compares keys of its own, walks down by the fields and says on which side a new entry goes.
  *
  * Ownership, where a function does not say otherwise:
- *   mub_bitree_entry *   the entry is a block of the entry pool, or the root */
+ *   mub_bitree_entry *   the entry is a block of the entry pool, or the root
+ *   _entry_remove        the entries are the pool's again, though links still lead to them; values are not released
+ *   _entry_free          each value is handed to `release`, its block to a caller's value pool; with a caller's entry
+ *                        pool the entries are the pool's again */
 
 typedef struct mub_bitree_entry {
   struct mub_bitree_entry *parent; /* NULL in the root; on a chain of equals, the parent of its head */

@@ -36,10 +36,11 @@
  *   memory   without memory the string stays as it was
  *
  * Ownership, where a function does not say otherwise:
- *   text          the text is copied, or only read: its address is not kept
- *   source        the units are copied
- *   destination   the units are copied
- *   out           the units are copied */
+ *   _term                      the buffer is released
+ *   _swap                      the buffer of one string is the other's
+ *   _replace, _match           the texts are copied
+ *   text                       copied, or only read: the address is not kept
+ *   source, destination, out   the units are copied */
 #ifndef MUB_WCHAR_H
 #define MUB_WCHAR_H
 

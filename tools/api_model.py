@@ -31,7 +31,7 @@ REFERENCES = [
     re.compile(r"^(mub_\w+) (?:with|from|for)\b"),
     re.compile(r"\b(?:read )?as (mub_\w+) (?:does|reads)\b"),
 ]
-NOTHING_KEPT = "Nothing is handed over, and no address is kept."
+NOTHING_KEPT = "Nothing is handed over."
 SORTED = "Sorted use: the array is in the order that its `descending` field names."
 # A comment that is a noun phrase tells its result: "the index of …", "whether …", "1 when …".
 RESULT_PHRASE = re.compile(r"(the(?! same)|whether|1 when|bytes that)\b")
@@ -310,33 +310,41 @@ class Model:
         return text
 
     def ownership_of(self, name):
-        """What is said of it at the function, else by the rules of its header on results, operations and parameters."""
+        """By its header's rule for the operation, else what is said at the function, else by the header's rules for the
+        result's type and for the parameters."""
+        found = self.declared[name]
+        result, operation = self.result_rule(found), self.operation_rule(name)
+        if operation:
+            return said(result if result.startswith("the result is the record") else "", operation)
         for leaned_on in self.chain(name):
             doc = self.docs[leaned_on]
             told = [clause for sentence in doc.sentences for clause in sentence.split("; ") if OWNERSHIP.search(clause)]
-            told += [f"the result is {clause}" for clause in doc.returns.split("; ") if OWNERSHIP.search(clause)]
+            returned = self.own_returns(leaned_on).split("; ")
+            told += [f"the result is {clause}" for clause in returned if OWNERSHIP.search(clause)]
             told += [f"`{note}`: {text}" for note, text in doc.notes.items() if OWNERSHIP.search(text)]
             if told:
                 return said(*told)
-        return said(*dict.fromkeys(self.ownership_rules(name))) or NOTHING_KEPT
+        rules = [(parameter.name, self.listed("Ownership", found, parameter.name)) for parameter in found.parameters]
+        rules = [f"`{parameter}`: {rule}" for parameter, rule in rules if rule]
+        if is_pointer(found.type) and not result:
+            self.faults.append(f"{self.place(name)}: whose is the result?")
+        return said(result, *rules) or NOTHING_KEPT
 
-    def ownership_rules(self, name):
-        found = self.declared[name]
-        if is_pointer(found.type):
-            same = [parameter.name for parameter in found.parameters if parameter.type == found.type]
-            if same and pointee(found.type) == f"mub_{self.module_of(name)}":
-                yield f"the result is the record that was passed as `{same[-1]}`"
-            else:
-                yield self.listed("Ownership", found, found.type)
-        for operation in self.operations_listed(found):
-            if any(leaned_on.endswith(operation) for leaned_on in self.chain(name)):
-                yield self.listed("Ownership", found, operation)
-        for parameter in found.parameters:
-            yield self.listed("Ownership", found, parameter.name)
+    def result_rule(self, found):
+        if not is_pointer(found.type):
+            return ""
+        same = [parameter.name for parameter in found.parameters if parameter.type == found.type]
+        if same and pointee(found.type) == f"mub_{self.module_of(found.name)}":
+            return f"the result is the record that was passed as `{same[-1]}`"
+        return self.listed("Ownership", found, found.type)
 
-    def operations_listed(self, found):
-        for scope in self.scopes_over(found.position, found.path.name):
-            yield from (key for key in scope.listings.get("Ownership", {}) if key.startswith("_"))
+    def operation_rule(self, name):
+        for leaned_on in self.chain(name):
+            operation = leaned_on.removeprefix(f"mub_{self.module_of(leaned_on)}")
+            rule = self.listed("Ownership", self.declared[name], operation)
+            if rule:
+                return rule
+        return ""
 
     def chained(self, name, part):
         for leaned_on in self.chain(name):
