@@ -888,7 +888,8 @@ MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compa
  * Ownership, where a function does not say otherwise:
  *   _init, _term, _remove_all   the record is the caller's; a tail is the array's, until it is released here
  *   _clone                     the words are copied
- *   _remove, _find             nothing is handed over */
+ *   _remove, _find             nothing is handed over
+ *   _set_at                     kept as a word; what it stands for stays the caller's */
 
 typedef struct mub_arrayt {
   uint64_t inline_items[4]; /* words 0 to 3; mub_arrayt_init leaves them as they are */

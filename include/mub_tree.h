@@ -311,6 +311,8 @@ MUB_API mub_tree_entry *mub_tree_find_x_t(const mub_tree_entry *current, int64_t
  *
  * Ownership, where a function does not say otherwise:
  *   mub_bitree_entry *   the entry is a block of the entry pool, or the root
+ *   _clone               the copy is the destination's; a caller's value pool is shared by both, and values are then
+ *                        copied as words
  *   _entry_remove        the entries are the pool's again, though links still lead to them; values are not released
  *   _entry_free          each value is handed to `release`, its block to a caller's value pool; with a caller's entry
  *                        pool the entries are the pool's again */
