@@ -189,12 +189,29 @@ class Stringx(Text):
         return self.record["text"] + int(self.record["start"]), max(0, int(self.record["length"]))
 
 
+class Key(Text):
+    """A key of a container, as a record: of texts, front ends show only those of records in one line."""
+
+    @staticmethod
+    def make(keys, offset, length):
+        """A value of the type of the stream `keys`, with a capacity that no stream has."""
+        fields = int(keys["data"]) + offset, length, ~length
+        return gdb.Value(struct.pack(Layout.order + "Qqq", *fields), keys.type)
+
+    @staticmethod
+    def is_one(stream):
+        return int(stream["capacity"]) == ~int(stream["length"])
+
+    def span(self):
+        return self.record["data"], int(self.record["length"])
+
+
 class Stream(Text):
     """mub_stream: bytes that may be text."""
 
     def to_string(self):
         if self.text is None:
-            return damaged(self.record, self.damage)
+            return super().to_string()
         return f"mub_stream of {plural(int(self.record['length']), 'byte')}, room for {int(self.record['capacity'])}"
 
     def children(self):
@@ -203,6 +220,10 @@ class Stream(Text):
 
     def display_hint(self):
         return None
+
+
+def stream_or_key(record):
+    return Key(record) if Key.is_one(record) else Stream(record)
 
 
 # ---- containers ----
@@ -220,10 +241,9 @@ def is_big_endian():
     return "big endian" in gdb.execute("show endian", to_string=True)
 
 
-class Container:
-    """Base of all that holds values. A family says how its nodes are met; what a node shows is the same for all."""
+class Walked:
+    """Base of all that has links or tables to be followed. A family says how its nodes are met; what a node shows is the same for all."""
 
-    hint = "map"  # how GDB writes the children: by keys, by positions ("array"), by names (None)
     noun = "key"
     layout_suffix = "_entry"
 
@@ -278,24 +298,9 @@ class Container:
     def to_string(self):
         return self.summary() if self.damage is None else damaged(self.record, self.damage)
 
-    def children(self):
-        shown = itertools.chain.from_iterable(self.show(node) for node in self.walk())
-        position = 0
-        for position, child in enumerate(shown, 1):
-            yield str(position - 1), child
-        for fault in self.faults:
-            if self.hint == "map":
-                yield str(position), "<damaged>"
-                position += 1
-            yield str(position), f"<{fault}>"
-            position += 1
-
     def show(self, node):
         """What is shown of a node: key and value, or the value alone."""
         return self.shown_key(node), shown_word(node.value)
-
-    def display_hint(self):
-        return self.hint
 
     def check_parent(self, parent, address, entry):
         """The address of a root that is no variable is not known: 0."""
@@ -317,15 +322,14 @@ class Container:
         if self.kind in ("d", "x"):
             return gdb.Value(self.number(node))
         if self.kind == "t":
-            return "{%s}" % ", ".join(f"{word:#x}" for word in node[1:5])
+            key = struct.pack(Layout.order + "4I", *node[1:5])
+            return gdb.Value(key, gdb.lookup_type("unsigned int").array(3))
         try:
-            key = self.key_bytes(node)
+            self.key_bytes(node)
         except Damage as damage:
             self.faults.append(str(damage))
             return "<no key>"
-        if not key:
-            return '""'
-        return (self.record["keys"]["data"] + node.key_offset).lazy_string("", len(key))
+        return Key.make(self.record["keys"], node.key_offset, node.key_length)
 
     def number(self, node):
         return node.key
@@ -340,6 +344,27 @@ class Container:
             return self.key_bytes(node).decode(errors="replace")
         except Damage:
             return "<no key>"
+
+
+class Container(Walked):
+    """Base of all that shows what it holds. Front ends show the summary of the others alone, and not of these."""
+
+    hint = "map"  # how GDB writes the children: by keys, by positions ("array"), by names (None)
+
+    def children(self):
+        shown = itertools.chain.from_iterable(self.show(node) for node in self.walk())
+        position = 0
+        for position, child in enumerate(shown, 1):
+            yield str(position - 1), child
+        for fault in self.faults:
+            if self.hint == "map":
+                yield str(position), "<damaged>"
+                position += 1
+            yield str(position), f"<{fault}>"
+            position += 1
+
+    def display_hint(self):
+        return self.hint
 
 
 class Once:
@@ -585,7 +610,7 @@ class Lists(List):
 def block_values(address, block):
     if not 0 <= block.count <= 32:
         raise Damage(f"the block at {address:#x} has a count of {block.count}")
-    return words(address + LAYOUTS["mub_listx_block"].size, block.count)
+    yield from words(address + LAYOUTS["mub_listx_block"].size, block.count)
 
 
 class Listx(Lists):
@@ -759,7 +784,7 @@ class Bits(Container):
         return (gdb.Value(node),)
 
 
-class Pool(Container):
+class Pool(Walked):
     """mub_pool: counts alone. A node is (chunk, slot, address), for every block that was ever handed out."""
 
     def check_record(self):
@@ -776,12 +801,6 @@ class Pool(Container):
         return (f"mub_pool with {plural(self.field('live_count'), 'live block')} of "
                 f"{plural(self.field('block_size'), 'byte')}, {self.used('free')} free, "
                 f"in {plural(self.field('chunk_count'), 'chunk')} of {self.field('blocks_per_chunk')}")
-
-    def children(self):
-        return iter(())
-
-    def display_hint(self):
-        return None
 
     def used(self, group):
         """The blocks handed out of chunks, or the addresses on free pages."""
@@ -831,7 +850,7 @@ class Pool(Container):
 
 
 FAMILIES = {
-    "mub_stream": Stream, "mub_string": String, "mub_stringx": Stringx, "mub_char": Char, "mub_wchar": Wchar,
+    "mub_stream": stream_or_key, "mub_string": String, "mub_stringx": Stringx, "mub_char": Char, "mub_wchar": Wchar,
     "mub_pool": Pool, "mub_bits": Bits, "mub_tree": Tree, "mub_bitree": Bitree,
     "mub_array": Array, "mub_arrayd": Array, "mub_arrayx": Array, "mub_arrays": Arrays, "mub_arrayt": Arrayt,
     "mub_hash": Hash, "mub_hashd": Hash, "mub_hashx": Hash, "mub_hasht": Hash,
@@ -966,7 +985,7 @@ def draw_list(chain):
 
 def list_rows(chain, address, entry):
     if chain.name == "mub_listx":
-        return [[cell(word_text(value))] for value in block_values(address, entry)] or [[cell("empty")]]
+        return [[cell(word_text(value))] for value in chain.walk(block_values(address, entry))] or [[cell("empty")]]
     key = [cell(chain.label(entry))] if chain.name == "mub_list" else []
     return [key + [cell(word_text(entry.value))]]
 
@@ -1021,7 +1040,7 @@ def container_at(expression):
     if record.type.strip_typedefs().code == gdb.TYPE_CODE_PTR:
         record = record.dereference()
     family = FAMILIES.get(type_name(record.type))
-    if family is None or not issubclass(family, Container):
+    if family is None or not (isinstance(family, type) and issubclass(family, Walked)):
         raise gdb.GdbError(f"{expression} is no container of libmub, but a {record.type}")
     return family(record)
 

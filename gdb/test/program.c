@@ -2,6 +2,7 @@
  * that optimised code keeps it. */
 #include <mub.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 typedef struct everything {
@@ -40,7 +41,7 @@ static mub_list large_list;
 static mub_tree deep_tree;
 static int outside; /* its address is a value */
 
-/* The types of the nodes, for the test of the layouts; a program need not know them. */
+/* For the test of the layouts; a program need not know the types of the nodes. */
 typedef struct nodes {
   mub_array_entry array;
   mub_arrayd_entry arrayd;
@@ -64,7 +65,9 @@ typedef struct nodes {
 static nodes node_types;
 
 /* The places where the debugger stops. */
-__attribute__((noinline)) static void stop(const char *where) { __asm__ volatile("" ::"r"(where) : "memory"); }
+__attribute__((noinline)) static void stop(const char *where) {
+  __asm__ volatile("" ::"r"(where) : "memory");
+}
 
 static const char *const fruits[] = {"pear", "fig", "", "plum \"x\"", "m\xc3\xbcsli"};
 enum { LARGE = 3000, FRUITS = sizeof fruits / sizeof fruits[0] };
@@ -261,12 +264,19 @@ static void stop_with_bytes(const char *where, int byte) {
   stop(where);
 }
 
-int main(void) {
-  (void)node_types;
+/* No two fields of the nodes are alike. */
+static void fill_nodes(void) {
+  unsigned char *bytes = (unsigned char *)&node_types;
+  for (size_t i = 0; i < sizeof node_types; i++) bytes[i] = (unsigned char)(i * 37 + i / 256 + 11);
+}
+
+int main(int argc, char **argv) {
   (void)hash_pointer;
+  fill_nodes();
   fill(&filled);
   fill_large();
   stop("filled");
+  if (argc > 1 && strcmp(argv[1], "abort") == 0) abort(); /* for a core file */
   stop_with_bytes("zeroed", 0);
   stop_with_bytes("negative", 0xA5);
   stop_with_bytes("positive", 0x11);
