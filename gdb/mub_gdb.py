@@ -129,7 +129,7 @@ class Text:
         self.record = record
         try:
             self.text = self.make_text()
-        except Damage as damage:
+        except (Damage, gdb.error) as damage:
             self.text = None
             self.damage = damage
 
@@ -223,7 +223,10 @@ class Stream(Text):
 
 
 def stream_or_key(record):
-    return Key(record) if Key.is_one(record) else Stream(record)
+    try:
+        return Key(record) if Key.is_one(record) else Stream(record)
+    except gdb.error:  # no memory, or optimised out: told as of any stream
+        return Stream(record)
 
 
 # ---- containers ----
@@ -258,7 +261,7 @@ class Walked:
         self.damage = None  # what is wrong with the record itself: there is no walk then
         try:
             self.check_record()
-        except Damage as damage:
+        except (Damage, gdb.error) as damage:
             self.damage = damage
 
     def root_address(self):
@@ -283,7 +286,7 @@ class Walked:
         try:
             if self.damage is None:
                 yield from self.nodes() if nodes is None else nodes
-        except Damage as damage:
+        except (Damage, gdb.error) as damage:
             self.faults.append(str(damage))
 
     def count(self):
@@ -791,6 +794,8 @@ class Pool(Walked):
         for name in "block_size", "blocks_per_chunk", "live_count":
             if not 0 <= self.field(name) < 1 << 56:
                 raise Damage(f"{name} {self.field(name)}")
+        if self.field("block_size") == 0 and self.field("chunk_count") > 0:
+            raise Damage(f"block_size 0, but {plural(self.field('chunk_count'), 'chunk')}")
         for table, group in ("chunks", "chunk"), ("free_pages", "free"):
             count, capacity, used = (self.field(f"{group}_{name}") for name in ("count", "capacity", "used"))
             check_table(table, self.field(table), count, capacity, WORD.size)

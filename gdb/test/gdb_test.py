@@ -123,12 +123,13 @@ def answers(commands, *arguments):
             one_line = command.startswith("python\n") or command in ("run", "continue")
             lines.append(command if one_line else f"python\ntry: gdb.execute({command!r})\n"
                          "except gdb.error as error: print('error:', error)\nend")
+        lines.append(f"echo {mark}")  # what is behind it is no answer, but from the standard error
         script.write("\n".join(lines) + "\n")
         script.flush()
         output = gdb("-x", script.name, *arguments)
     parts = [part.strip() for part in output.split(mark)]
-    assert len(parts) == len(commands) + 1, output
-    return parts[1:]
+    assert len(parts) == len(commands) + 2, output
+    return parts[1:-1]
 
 
 def without_addresses(text):
