@@ -1,0 +1,357 @@
+"""The interface as a model: every function, record and callback with its documentation, resolved from the headers.
+
+A comment may lean on another one: on the function that it names ("as mub_hash_clone", "the same …"), on the listings of
+its header ("Parameters, where a function does not say otherwise:"), or on the function of the same operation in the
+module that its own is a variant of (mub_hash_insert for mub_hashd_insert). Here all that is put in.
+
+    model = load(root)                  # model.functions["mub_hash_insert"].parameters[0].doc …
+    model.faults                        # what the comments leave untold, one line each
+"""
+
+import re
+from functools import cached_property
+from pathlib import Path
+from typing import NamedTuple
+
+import headers
+
+# Modules whose functions are documented by those of another one, where they say less.
+VARIANT_OF = {
+    "arrayd": "array", "arrayx": "arrayd", "hashd": "hash", "hashx": "hash", "hasht": "hash",
+    "btreed": "btree", "btreex": "btreed", "lists": "list", "listx": "lists",
+    "wchar": "string", "stringx": "string", "bitree": "tree",
+}
+# Prefixes of names that have no module of their own.
+PART_OF = {"malloc": "mem", "free": "mem", "str": "mem"}
+
+REFERENCES = [
+    re.compile(r"^(?:sorted: )?as (mub_\w+)"),
+    re.compile(r"[,;:] (?:and |otherwise )?as (mub_\w+)"),
+    re.compile(r"\bthe same as (mub_\w+)"),
+    re.compile(r"^(mub_\w+) (?:with|from|for)\b"),
+    re.compile(r"\bas (mub_\w+) does\b"),
+]
+SORTED = "Sorted use: the array is in the order that its `descending` field names."
+# A comment that is a noun phrase tells its result: "the index of …", "whether …", "1 when …".
+RESULT_PHRASE = re.compile(r"(the|whether|1 when|bytes that)\b")
+FAILURE = re.compile(
+    r"(?:^|[;,:] (?:and |else )?)(?:also )?(0\.0|0|NULL|-1|empty)"
+    r"(?= (?:when|unless|for|at|in|outside|behind|before|without|beyond|below|otherwise)\b|, [^;]*?\b(?:when|unless|for)\b)"
+    r"(.*?)(?=[;,] (?:0\.0|0|NULL|-1|1|empty)\b(?! to)|\.?$)")
+OR_VALUE = re.compile(r", or (0\.0|0|NULL|-1)(?:[,.;]|$)")
+REFUSAL = re.compile(
+    r"\bmemory\b|cannot be allocated|[Dd]oes nothing|do nothing|changes? nothing|adds? nothing|[Nn]othing (is|happens|changes)"
+    r"|refused|left (alone|as it is)|stays? (empty|unchanged)|is dropped|keeps everything|the block is dropped")
+OWNERSHIP = re.compile(
+    r"released? (it )?with|\bwith (mub_\w*)?free\b|is the caller's|handed over|for the caller to|[Vv]alid until|are copied|\bcopied as"
+    r"|forgotten, not released|what it held is|not released|never owned|is released|neither linked|stays? the caller's|goes? back to"
+    r"|go back to|shared with the clone|same block|nothing is released|stays where it is until")
+
+
+class Parameter(NamedTuple):
+    name: str
+    type: str
+    direction: str  # in, out or inout
+    doc: str
+
+
+class Failure(NamedTuple):
+    value: str  # "0", "NULL", "-1" …, or "none"
+    doc: str
+
+
+class Function(NamedTuple):
+    name: str
+    module: str
+    header: str
+    line: int
+    declaration: str
+    summary: str
+    description: str
+    parameters: list
+    result_type: str
+    returns: str
+    failure: Failure
+    ownership: str
+    invalidates: str
+    cost: str
+    refers_to: str  # the function that the comment leans on, "" when it stands alone
+
+
+class Module(NamedTuple):
+    name: str
+    header: str
+    title: str
+    summary: str
+
+
+def capital(text):
+    """`text` as the beginning of a sentence; names and values stay as they are."""
+    return text if re.match(r"mub_|`|NULL|\d", text) else text[:1].upper() + text[1:]
+
+
+def full_stop(text):
+    return text if not text or text.endswith((".", ":", "!", "?")) else text + "."
+
+
+def said(*parts):
+    return " ".join(capital(full_stop(part)) for part in parts if part)
+
+
+def is_pointer(type_):
+    return type_.endswith("*")
+
+
+def pointee(type_):
+    return type_.removesuffix("*").strip()
+
+
+class Model:
+    def __init__(self, root):
+        self.root = Path(root)
+        self.declared, self.scopes, self.previous = {}, {}, {}
+        self.records, self.callbacks, self.objects = {}, {}, {}
+        self.faults = []
+        for path in headers.public_headers(root):
+            self.scopes[path.name] = headers.scopes_of(path)
+            self.records.update({record.name: record for record in headers.records_of(path)})
+            self.callbacks.update({found.name: found for found in headers.callbacks_of(path)})
+            before = None
+            for found in headers.declarations_of(path):
+                if found.parameters is None:
+                    self.objects[found.name] = found
+                    continue
+                self.declared[found.name] = found
+                self.previous[found.name] = before
+                before = found.name
+        self.docs = {name: headers.doc_of(found.comment, name) for name, found in self.declared.items()}
+
+    # ---- modules and scopes ----
+
+    def module_of(self, name):
+        word = name.removeprefix("mub_").split("_")[0]
+        return PART_OF.get(word, word)
+
+    def scopes_over(self, position, header):
+        """The scopes that hold at a position, the nearest first: each level ends those at and below it."""
+        open_scopes = []
+        for scope in self.scopes[header]:
+            if scope.position < position:
+                open_scopes = [other for other in open_scopes if other.level < scope.level] + [scope]
+        return open_scopes[::-1]
+
+    def listed(self, heading, found, key):
+        for scope in self.scopes_over(found.position, found.path.name):
+            if key in scope.listings.get(heading, {}):
+                return scope.listings[heading][key]
+        return ""
+
+    @cached_property
+    def modules(self):
+        modules = {}
+        for found in self.declared.values():
+            name = self.module_of(found.name)
+            if name not in modules:
+                modules[name] = self.described_module(name, found)
+        return modules
+
+    def described_module(self, name, found):
+        over = self.scopes_over(found.position, found.path.name)
+        section = next((scope for scope in over if scope.level == 1), None)
+        top = over[-1]
+        head = headers.sentences_of(headers.joined(top.paragraphs[0]).removeprefix(f"{found.path.name}: "))
+        title = section.title.removeprefix(f"mub_{name}").lstrip(": ") if section else head[0].rstrip(".")
+        texts = [headers.joined(paragraph) for paragraph in (section or top).paragraphs if is_prose(paragraph)]
+        texts = texts if section else [text.removeprefix(f"{found.path.name}: ") for text in texts]
+        return Module(name, found.path.name, capital(title), capital(" ".join(texts)) or said(*head))
+
+    # ---- references ----
+
+    def reference_of(self, name):
+        """The function whose comment this one's leans on."""
+        text = " ".join(self.docs[name].sentences)
+        if re.match(r"(sorted: )?the same\b(?! as mub_)", text):
+            before = self.previous[name]
+            while before and re.match(r"the same\b(?! as mub_)", " ".join(self.docs[before].sentences)):
+                before = self.previous[before]
+            return before or ""
+        for pattern in REFERENCES:
+            match = pattern.search(text)
+            if match and match.group(1) in self.declared and match.group(1) != name:
+                return match.group(1)
+        return ""
+
+    def counterpart_of(self, name):
+        module = self.module_of(name)
+        rest = name.removeprefix(f"mub_{module}")
+        while module in VARIANT_OF:
+            module = VARIANT_OF[module]
+            if f"mub_{module}{rest}" in self.declared:
+                return f"mub_{module}{rest}"
+        return ""
+
+    def chain(self, name):
+        """The function itself and those it leans on, one after another."""
+        names = []
+        while name and name not in names:
+            names.append(name)
+            name = self.reference_of(name)
+        return names
+
+    # ---- the parts of a function's documentation ----
+
+    def note_of(self, name, parameter, with_counterparts=True):
+        for leaned_on in self.chain(name):
+            note = self.docs[leaned_on].notes.get(parameter)
+            if note:
+                return note
+        return ""
+
+    def parameter_doc(self, name, parameter):
+        own = self.note_of(name, parameter) or self.listed("Parameters", self.declared[name], parameter)
+        if own:
+            return own
+        for other in [*self.chain(name)[1:], self.counterpart_of(name)]:
+            if other:
+                text = self.note_of(other, parameter) or self.listed("Parameters", self.declared[other], parameter)
+                if text:
+                    return text
+        return ""
+
+    def direction_of(self, name, parameter, doc):
+        kind = parameter.type
+        if not is_pointer(kind) or (pointee(kind).startswith("const ") and not is_pointer(pointee(kind))):
+            return "in"
+        if re.search(r"^in:.*\bout:", doc) or parameter.name.endswith("_io"):
+            return "inout"
+        if re.match(r"(out:|receives?\b)", doc) or parameter.name.endswith("_out"):
+            return "out"
+        if name.endswith("_init") or name == "mub_mem_zero":
+            return "out"
+        if pointee(kind) in ("char", "void") and "mub_mem" not in name and "str_trim" not in name:
+            return "in"
+        return "inout"
+
+    def parameters_of(self, name):
+        for parameter in self.declared[name].parameters:
+            doc = self.parameter_doc(name, parameter.name)
+            if not doc:
+                self.faults.append(f"{self.place(name)}: {parameter.name}: no text, not in a listing either")
+            yield Parameter(*parameter, self.direction_of(name, parameter, doc), capital(doc))
+        known = {parameter.name for parameter in self.declared[name].parameters}
+        for noted in self.docs[name].notes:
+            if noted not in known:
+                self.faults.append(f"{self.place(name)}: {noted}: a note, but no parameter")
+
+    def place(self, name):
+        found = self.declared[name]
+        return f"{found.path.relative_to(self.root)}:{found.line}: {name}"
+
+    def own_returns(self, name):
+        doc = self.docs[name]
+        if doc.returns or not doc.sentences:
+            return doc.returns
+        text = doc.sentences[0].removeprefix("sorted: ")
+        if not RESULT_PHRASE.match(text):
+            return ""
+        if text.startswith("whether "):
+            return f"1 when {text.removeprefix('whether ').rstrip('.')}, else 0."
+        return text
+
+    def returns_of(self, name):
+        if self.declared[name].type == "void":
+            return ""
+        for leaned_on in self.chain(name):
+            text = self.own_returns(leaned_on)
+            if text and self.declared[leaned_on].type != "void":
+                return text
+        self.faults.append(f"{self.place(name)}: no Returns")
+        return ""
+
+    def refusals(self, name):
+        for leaned_on in self.chain(name):
+            doc = self.docs[leaned_on]
+            told = [sentence for sentence in doc.sentences if REFUSAL.search(sentence)]
+            told += [f"`{note}`: {text}" for note, text in doc.notes.items() if "memory" in text]
+            if told:
+                return said(*told)
+        return ""
+
+    def failure_of(self, name, returns):
+        for match in FAILURE.finditer(returns):
+            value, doc = match.groups()
+            if value == "empty":
+                return Failure("none", f"The result is empty{doc}.")
+            return Failure(value, said(doc.lstrip(" ,")))
+        either = OR_VALUE.search(returns)
+        if either:
+            return Failure(either.group(1), "When there is none.")
+        told = self.refusals(name) or self.listed("Failure", self.declared[name], self.declared[name].type)
+        return Failure("none", told)
+
+    def ownership_of(self, name):
+        found = self.declared[name]
+        for leaned_on in self.chain(name):
+            doc = self.docs[leaned_on]
+            told = [sentence for sentence in doc.sentences if OWNERSHIP.search(sentence)]
+            told += ["The result is " + doc.returns] if OWNERSHIP.search(doc.returns) else []
+            told += [f"`{note}`: {text}" for note, text in doc.notes.items() if OWNERSHIP.search(text)]
+            if told:
+                return said(*told)
+        rules = []
+        if is_pointer(found.type):
+            if found.parameters and found.parameters[0].type == found.type:
+                rules.append("the result is the record that was passed")
+            else:
+                rules.append(self.listed("Ownership", found, found.type))
+        rules += [self.listed("Ownership", found, parameter.name) for parameter in found.parameters]
+        return said(*rules)
+
+    def chained(self, name, part):
+        for leaned_on in self.chain(name):
+            text = getattr(self.docs[leaned_on], part)
+            if text:
+                return text
+        return ""
+
+    def cost_of(self, name):
+        text = self.chained(name, "cost")
+        match = re.fullmatch(r"as (mub_\w+)\.", text)
+        return capital(self.cost_of(match.group(1)) if match else text)
+
+    def texts_of(self, name):
+        """(summary, description): what is said of the function, then of those that it leans on."""
+        sentences, reference = list(self.docs[name].sentences), self.reference_of(name)
+        sorted_use = sentences[0].startswith("sorted: ")
+        sentences[0] = sentences[0].removeprefix("sorted: ")
+        behind = [SORTED] if sorted_use else []
+        if reference:
+            sentences[0] = re.sub(r"^the same\b(?! as mub_)", f"as {reference},", sentences[0]).replace(",,", ",")
+            summary, description = self.texts_of(reference)
+            if re.fullmatch(r"as mub_\w+\.", sentences[0]):
+                return summary, " ".join(filter(None, [*sentences[1:], *behind, description]))
+            behind.append(f"{reference}: {summary} {description}".strip())
+        return said(sentences[0]), " ".join([*(capital(sentence) for sentence in sentences[1:]), *behind])
+
+    @cached_property
+    def functions(self):
+        return {name: self.function(name) for name in self.declared}
+
+    def function(self, name):
+        found = self.declared[name]
+        summary, description = self.texts_of(name)
+        returns = self.returns_of(name)
+        return Function(
+            name, self.module_of(name), found.path.name, found.line, found.code, summary, description,
+            list(self.parameters_of(name)), found.type, capital(returns), self.failure_of(name, returns),
+            self.ownership_of(name), capital(self.chained(name, "invalidates")), self.cost_of(name),
+            self.reference_of(name))
+
+
+def is_prose(paragraph):
+    """Not a drawing, a table or a list of terms."""
+    return all(re.match(r" \S", line) for line in paragraph)
+
+
+def load(root):
+    return Model(root)
