@@ -10,6 +10,7 @@
 
 #include "answers.h"
 #include "corpus.h"
+#include "dot.h"
 #include "options.h"
 #include "query.h"
 #include "report.h"
@@ -194,6 +195,8 @@ static bool answer(program *state, const mubdex_options *options, double seconds
       return answer_headings(state, out);
     case TASK_QUERY:
       return answer_query(state, out);
+    case TASK_DOT:
+      return dot_picture(options->argument)(&state->index, out);
     default:
       return report_text(&state->index, &report, out);
   }
@@ -232,6 +235,9 @@ static int check_argument(program *state, const mubdex_options *options) {
   }
   if (options->task == TASK_RANGE && !parse_range(argument, &first, &last)) {
     return usage_error("this is no range A..B:", argument);
+  }
+  if (options->task == TASK_DOT && dot_picture(argument) == NULL) {
+    return usage_error("there is no picture of", argument);
   }
   if (options->task != TASK_QUERY || query_parse(&state->query, argument)) return EXIT_DONE;
   if (state->query.expected == NULL) return fail("query", reason_of(RESULT_NO_MEMORY));

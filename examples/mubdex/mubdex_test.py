@@ -3,15 +3,19 @@
 usage: mubdex_test.py MUBDEX
 """
 
+import collections
 import json
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
+from xml.etree import ElementTree
 
 MUBDEX = os.path.abspath(sys.argv.pop(1))
+SVG = "{http://www.w3.org/2000/svg}"
 TEXT = "/usr/share/common-licenses/GPL-3"
 
 
@@ -168,6 +172,74 @@ class Mubdex(unittest.TestCase):
         with open(path, "rb") as file:
             self.assertEqual(file.read().decode("utf-16"), "der\ngrößte\nzog\n🂡\n\ufffd\ufffd\ufffd\ufffd\n")
 
+    def picture(self, name, text):
+        """The SVG that Graphviz makes: the texts of its nodes by their class, its title, the number of edges."""
+        dot = run("--dot", name, "-", text=text)
+        self.assertEqual((dot.returncode, dot.stderr), (0, b""))
+        svg = subprocess.run(["dot", "-Tsvg"], input=dot.stdout, capture_output=True, check=True)
+        self.assertEqual(svg.stderr, b"")
+        root = ElementTree.fromstring(svg.stdout)
+        groups = [group.get("class").split() for group in root.iter(SVG + "g")]
+        nodes = [(group.get("class").split()[1], [text.text for text in group.iter(SVG + "text")])
+                 for group in root.iter(SVG + "g") if "node " in group.get("class")]
+        title = "".join(text.text for text in root.iter(SVG + "text") if text.text.startswith("mub_"))
+        return nodes, title, sum("edge" in group for group in groups)
+
+    @unittest.skipUnless(shutil.which("dot"), "Graphviz is not here")
+    def test_pictures_show_every_word_once(self):
+        few = b"the pool hands out a block and the table keeps a bucket"
+        many = " ".join(f"{a}{b}" for a in "bcdfgk" for b in "aeiouy" for _ in range(1 + (a < b))).encode()
+        for text in few, many, b"", b"<a> & \xff\xfe gr\xc3\xb6\xc3\x9fe " + b"x" * 100:
+            counted = collections.Counter(re.findall(rb"[a-z\x80-\xff]+", text))
+            words = {word.decode(errors="replace") if len(word) < 20 else "x" * 16 + "\u2026": str(count)
+                     for word, count in counted.items()}
+            nodes, title, edges = self.picture("hash", text)
+            entries = [content for kind, content in nodes if kind == "entry"]
+            self.assertEqual(sorted(map(tuple, entries)), sorted(words.items()))
+            self.assertEqual(edges, len(words))  # each hangs on its bucket or on the entry before it
+            self.assertIn(f"{len(words)} entries", title)
+
+            nodes, title, edges = self.picture("btree", text)
+            leaves = [content[1:] for kind, content in nodes if kind == "leaf"]
+            shown = [(leaf[i], leaf[i + 1]) for leaf in leaves for i in range(0, len(leaf), 2)]
+            self.assertEqual(shown, sorted(words.items(), key=lambda word: word[0].encode()))
+            self.assertEqual(edges, len(nodes) - 1)
+            branches = [content[1:] for kind, content in nodes if kind == "branch"]
+            if branches:
+                self.assertEqual(branches, [[leaf[-2] for leaf in leaves]])
+
+            nodes, title, _ = self.picture("pool", text)
+            content = [text for _, texts in nodes for text in texts if "chunk" not in text]
+            frequent = {word for word, count in words.items() if count != "1"}
+            self.assertEqual(sorted(c for c in content if not c.startswith(("free ", "unused"))), sorted(frequent))
+            self.assertEqual(sorted((c for c in content if c.startswith("free ")), key=lambda c: int(c[5:])),
+                             [f"free {turn + 1}" for turn in range(len(words) - len(frequent))])
+            self.assertEqual(len(content) % 16, 0)
+            self.assertIn(f"{len(frequent)} live blocks", title)
+
+    @unittest.skipUnless(shutil.which("dot"), "Graphviz is not here")
+    def test_pictures_tell_what_they_leave_out(self):
+        with open(TEXT, "rb") as file:
+            text = file.read()
+        vocabulary = report(TEXT)["vocabulary"]
+        nodes, title, _ = self.picture("hash", text)
+        buckets = int(re.search(r"in (\d+) buckets", title)[1])
+        texts = [text for _, texts in nodes for text in texts]
+        self.assertIn(f"{vocabulary} entries", title)
+        self.assertIn(f"\u2026 {buckets - 64} more", texts)
+        nodes, title, _ = self.picture("btree", text)
+        self.assertIn(f"{vocabulary} records", title)
+        children = [texts[1:] for kind, texts in nodes if kind == "branch"]
+        shown = sum(len(texts) - texts[-1].endswith(" more") for texts in children)
+        left_out = sum(int(texts[-1].split()[1]) for texts in children if texts[-1].endswith(" more"))
+        entries = int(re.search(r"(\d+) entries", title)[1])
+        self.assertEqual(shown + left_out, entries)
+        self.assertEqual(len([kind for kind, _ in nodes if kind == "leaf"]), len(nodes) - len(children))
+        nodes, title, _ = self.picture("pool", text)
+        chunks = int(re.search(r"(\d+) chunks", title)[1])
+        self.assertEqual(chunks, -(-vocabulary // 16))
+        self.assertEqual(nodes[0][1][-1], f"\u2026 {chunks - 8} more")
+
     def test_load_gives_back_what_was_saved(self):
         path = self.path("text.idx")
         self.assertEqual(run("--save", path, TEXT).returncode, 0)
@@ -203,7 +275,7 @@ class Mubdex(unittest.TestCase):
 
     def test_wrong_usage(self):
         for arguments in ("--bogus",), ("--load",), ("-x",), ("--lines", "a b"), ("--lines", ""), \
-                ("--lines", "a", "--json"), ("--query",), ("--range", "a.b"), ("--outline", "--query", "a"):
+                ("--lines", "a", "--json"), ("--query",), ("--range", "a.b"), ("--dot", "heap"), ("--outline", "--query", "a"):
             result = run(*arguments)
             self.assertEqual(result.returncode, 2)
             self.assertIn(b"usage: mubdex", result.stderr)

@@ -6,7 +6,7 @@
 
 static const char USAGE[] =
     "usage: mubdex [--json | --template TEXT | --lines WORD | --prefix PREFIX | --range A..B | --outline |\n"
-    "               --query QUERY] [--load INDEX] [--save INDEX] [--utf16 WORDS] [FILE...]\n"
+    "               --query QUERY | --dot PICTURE] [--load INDEX] [--save INDEX] [--utf16 WORDS] [FILE...]\n"
     "\n"
     "Counts the words of the files, letters folded to lower case, and prints the most frequent ones.\n"
     "A FILE of - is standard input; without a file the text is /usr/share/common-licenses/GPL-3. A file that "
@@ -23,6 +23,11 @@ static const char USAGE[] =
     "  --outline        print the numbered headings\n"
     "  --query QUERY    print the lines that answer it: words, AND, OR, NOT and parentheses, as in\n"
     "                   'free AND (software OR program) NOT warranty'\n"
+    "  --dot PICTURE    print a picture of the memory for Graphviz, as in --dot hash | dot -Tsvg: hash, the "
+    "table\n"
+    "                   of the words; btree, the vocabulary in byte order; pool, its records when the words "
+    "that\n"
+    "                   occur once were removed\n"
     "  --save INDEX     write the counts to a file\n"
     "  --load INDEX     start from saved counts, which know of no lines; then files are optional\n"
     "  --utf16 WORDS    write the vocabulary in byte order to a file, a word a line in UTF-16\n"
@@ -33,7 +38,7 @@ static const char USAGE[] =
 static const char *const TASK_OPTIONS[] = {
     [TASK_HELP] = "--help",       [TASK_JSON] = "--json",     [TASK_TEMPLATE] = "--template",
     [TASK_LINES] = "--lines",     [TASK_PREFIX] = "--prefix", [TASK_RANGE] = "--range",
-    [TASK_OUTLINE] = "--outline", [TASK_QUERY] = "--query",
+    [TASK_OUTLINE] = "--outline", [TASK_QUERY] = "--query",   [TASK_DOT] = "--dot",
 };
 
 enum { TASKS = sizeof TASK_OPTIONS / sizeof TASK_OPTIONS[0] };

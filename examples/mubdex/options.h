@@ -14,7 +14,8 @@ typedef enum task {
   TASK_PREFIX,
   TASK_RANGE,
   TASK_OUTLINE,
-  TASK_QUERY
+  TASK_QUERY,
+  TASK_DOT
 } task;
 
 typedef struct mubdex_options {
