@@ -33,7 +33,49 @@
  *               block back if the pool is the caller's. Blocks of an owned pool go with the whole pool: `_free`,
  *               `_free_at` and `_free_all_entry` leave them live.
  * Clones.       A clone that runs out of memory is empty, but its `count` is that of its source; nothing reads
- *               beyond `capacity`, and the next growth makes those entries real, all zero. */
+ *               beyond `capacity`, and the next growth makes those entries real, all zero.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   array         the array
+ *   a, b          the two arrays
+ *   source        the array to copy from; stays as it is
+ *   destination   the array that gets the copies
+ *   index         a position, counted from 0
+ *   wanted        slots wanted in all
+ *   n             the new count
+ *   value         any word, 0 included
+ *   init          called with the new block; may be NULL
+ *   free          called with each value (in mub_arrays: item) that is released and is not 0; NULL: nothing is called
+ *   text          the text to take apart
+ *
+ * Failure, where a function does not say otherwise:
+ *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped, as told
+ *            at mub_pool_free
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _init                      the record is the caller's; a pool made here is the array's, until `_term`
+ *   _term                      what the array owns is released; values and a caller's pools stay the caller's
+ *   _swap                      what one array owned is the other's
+ *   _clone                     the copy is the destination's; a caller's pool is shared by both, and values are then
+ *                              copied as words
+ *   _remove_all                the table is released, and an owned pool emptied; values are not released
+ *   _free_all                  each value (item) is handed to `free`, its block to a caller's pool; the table is
+ *                              released
+ *   _get_at, _get_first, _get_last   the value (item, word) stays in the array
+ *   _find, _afind, _bfind      the value (item) stays in the array
+ *   _set_at, _update_at, _update   the previous value (item) is handed over, not released; the new one is kept as a
+ *                                  word
+ *   _remove, _remove_at        the value (item, word) is handed over, not released
+ *   _free, _free_at            the value (item) is handed to `free`, its block to a caller's pool
+ *   _append_new, _insert_new   the block is one of the pool; the array refers to it, and so does the caller now
+ *   _free_all_entry            each value (item) is handed to `free`, its block to a caller's pool, though the array
+ *                              still holds it
+ *   _append_array              keys are copied; values (items, words) are copied as words, so that both arrays refer
+ *                              to the same things
+ *   _from_string               the pieces are copied
+ *   _to_string                 the text is the string's
+ *   _qsort_p, _qsort_n         entries (items, words) stay where they are, but for their order
+ *   value, item                kept as a word; what it stands for stays the caller's */
 #ifndef MUB_ARRAY_H
 #define MUB_ARRAY_H
 
@@ -46,7 +88,7 @@
 extern "C" {
 #endif
 
-/* ---- mub_array: entries with byte-string keys -------------------------------------------------------------------
+/* ---- mub_array: an array of entries with byte-string keys -----------------------------------------------------
  *
  * A key is `length` bytes at `key`; they are copied. A negative length means that the key ends at its first NUL,
  * except where a length is called exact. NULL is the empty key. Keys compare byte by byte as unsigned values; of
@@ -59,7 +101,19 @@ extern "C" {
  * an empty key, and refused elsewhere.
  *
  * Key pointers that operations hand out point into the key stream (NULL while it has no block). They are not
- * NUL-terminated, and invalid after the next operation that adds, changes or removes a key. */
+ * NUL-terminated, and invalid after the next operation that adds, changes or removes a key.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key      the key's bytes; NULL: the empty key
+ *   length   bytes of the key; negative: up to its first NUL
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_array_entry *          the entry lies in the array's table: valid until the array grows, or the entry is
+ *                              moved or removed
+ *   _get_at, _get_first, _get_last   the key that is handed out lies in the array's key stream, valid until a key is
+ *                                    added, changed or removed; the value stays in the array
+ *   _remove, _remove_at        the value is handed over, not released; the key's bytes are gone
+ *   key                        the bytes are copied, or only compared */
 
 /* One slot. Its key fields are the array's; its value may be changed in place. */
 typedef struct mub_array_entry {
@@ -107,7 +161,7 @@ MUB_API void mub_array_swap(mub_array *a, mub_array *b);
  * When the source owns its pool, that is cloned block for block, every value is translated to its copy (to 0 when it
  * is no block of the pool), and `clone` is called for every entry, value 0 included. When it does not, values are
  * copied as they are, `clone` is not called, and the destination uses the source's pool, having given up its own.
- * `descending` is not copied. Returns the destination. */
+ * `descending` is not copied. Returns the destination; empty but for its `count` when memory ran out. */
 MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_pool, mub_array *destination,
                                    mub_pool *destination_pool, mub_clone_fn clone);
 
@@ -139,22 +193,22 @@ MUB_API mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t ind
 
 /* mub_array_get_at: the key and value of the slot at `index`.
  *   key, length   receive the key; NULL and 0 unless 0 <= index < capacity
- * Returns the value, or 0. */
+ * Returns the value; 0 unless 0 <= index < capacity. */
 MUB_API uint64_t mub_array_get_at(const mub_array *array, int64_t index, const char **key, int64_t *length);
 
 /* mub_array_get_first: the key and value of the first entry.
  *   key, length   receive the key; NULL and 0 in an empty array
- * Returns the value, or 0. */
+ * Returns the value; 0 in an empty array. */
 MUB_API uint64_t mub_array_get_first(const mub_array *array, const char **key, int64_t *length);
 
 /* mub_array_get_last: the key and value of the last entry.
  *   key, length   receive the key; NULL and 0 in an empty array
- * Returns the value, or 0. */
+ * Returns the value; 0 in an empty array. */
 MUB_API uint64_t mub_array_get_last(const mub_array *array, const char **key, int64_t *length);
 
 /* mub_array_set_at: replace the key and the value of the slot at `index`, wherever that leaves it in the order.
- * Returns the previous value. Refused, with 0, unless 0 <= index < capacity; when there is no room for the key; and
- * when the old key's bytes have left the stream (as they may in a slot that mub_array_shrink brought back).
+ * Returns the previous value; 0, nothing changed, unless 0 <= index < capacity, when there is no memory for the
+ * key, and when the old key's bytes have left the stream (as they may in a slot that mub_array_shrink brought back).
  * Cost: O(count) when the key's length changes. */
 MUB_API uint64_t mub_array_set_at(mub_array *array, int64_t index, const void *key, int64_t length,
                                   uint64_t value);
@@ -268,7 +322,7 @@ MUB_API void mub_array_to_string(const mub_array *array, int separator, mub_stri
  * "" and "b". Nothing is appended when memory for the entries runs out. */
 MUB_API void mub_array_from_string(mub_array *array, int separator, const char *text, int64_t length);
 
-/* ---- mub_arrayd: entries with 32-bit integer keys ---------------------------------------------------------------
+/* ---- mub_arrayd: an array of entries with 32-bit integer keys -------------------------------------------------
  *
  * A mub_array whose keys are integers, kept in the entries. Operations that say no more than the name of another one
  * do the same as that: with integer keys all insertions find room where they belong, and nothing is refused but for
@@ -276,7 +330,14 @@ MUB_API void mub_array_from_string(mub_array *array, int separator, const char *
  *
  * The sorted operations compare by the sign of the difference between two keys, wrapped around to 32 bits: to them
  * 0xFFFFFFFF is 1 below 0. The sorts compare keys as unsigned values, so that 0xFFFFFFFF comes last. Both agree as
- * long as all keys lie within 2^31 of each other. */
+ * long as all keys lie within 2^31 of each other.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   the key
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_arrayd_entry *   the entry lies in the array's table: valid until the array grows, or the entry is moved or
+ *                        removed */
 
 /* One slot. Its value may be changed in place; so may its key, where the order allows it. */
 typedef struct mub_arrayd_entry {
@@ -337,17 +398,17 @@ MUB_API mub_arrayd_entry *mub_arrayd_get_entry(const mub_arrayd *array, int64_t 
 
 /* mub_arrayd_get_at: the key and value of the slot at `index`.
  *   key   receives the key; 0 unless 0 <= index < capacity
- * Returns the value, or 0. */
+ * Returns the value; 0 unless 0 <= index < capacity. */
 MUB_API uint64_t mub_arrayd_get_at(const mub_arrayd *array, int64_t index, uint32_t *key);
 
 /* mub_arrayd_get_first: the key and value of the first entry.
  *   key   receives the key; 0 in an empty array
- * Returns the value, or 0. */
+ * Returns the value; 0 in an empty array. */
 MUB_API uint64_t mub_arrayd_get_first(const mub_arrayd *array, uint32_t *key);
 
 /* mub_arrayd_get_last: the key and value of the last entry.
  *   key   receives the key; 0 in an empty array
- * Returns the value, or 0. */
+ * Returns the value; 0 in an empty array. */
 MUB_API uint64_t mub_arrayd_get_last(const mub_arrayd *array, uint32_t *key);
 
 /* mub_arrayd_set_at: replace the key and the value of the slot at `index`, wherever that leaves it in the order.
@@ -363,8 +424,8 @@ MUB_API void mub_arrayd_insert_at(mub_arrayd *array, int64_t index, uint32_t key
 
 /* mub_arrayd_remove_at: remove the entry at `index`.
  *   key   receives the entry's key; 0 unless 0 <= index < count
- * Returns its value, which is not released, or 0. The key of a last entry that is removed is 0 in its spare slot.
- * Cost: O(count). */
+ * The key of a last entry that is removed is 0 in its spare slot.
+ * Returns its value, which is not released; 0 unless 0 <= index < count. Cost: O(count). */
 MUB_API uint64_t mub_arrayd_remove_at(mub_arrayd *array, int64_t index, uint32_t *key);
 
 /* mub_arrayd_free_at: remove the entry at `index` and release its value, the entry's key being 0 by then; does nothing
@@ -444,10 +505,17 @@ MUB_API void mub_arrayd_to_string(const mub_arrayd *array, int separator, mub_st
  * memory for the entries runs out. */
 MUB_API void mub_arrayd_from_string(mub_arrayd *array, int separator, const char *text, int64_t length);
 
-/* ---- mub_arrayx: entries with 64-bit integer keys ---------------------------------------------------------------
+/* ---- mub_arrayx: an array of entries with 64-bit integer keys -------------------------------------------------
  *
  * A mub_arrayd with 64-bit keys and without text forms. The differences of the sorted operations wrap around to 64
- * bits, and agree with the sorts as long as all keys lie within 2^63 of each other. */
+ * bits, and agree with the sorts as long as all keys lie within 2^63 of each other.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   the key
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_arrayx_entry *   the entry lies in the array's table: valid until the array grows, or the entry is moved or
+ *                        removed */
 
 typedef struct mub_arrayx_entry {
   uint64_t key;
@@ -585,7 +653,7 @@ MUB_API void mub_arrayx_qsort_x_p(mub_arrayx *array, mub_compare_fn compare);
 /* mub_arrayx_qsort_x_n: as mub_array_qsort_x_n. */
 MUB_API void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare);
 
-/* ---- mub_arrays: bare items -------------------------------------------------------------------------------------
+/* ---- mub_arrays: an array of bare items -----------------------------------------------------------------------
  *
  * An item is one 64-bit word: a pointer to a record of yours, a number, or a block of the item pool. The array never
  * looks into it: the sorted operations order items by the comparer that you pass, which is the same at every call.
@@ -594,7 +662,18 @@ MUB_API void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare);
  * as compare(context, item, key, extra). Without a comparer (NULL) insertions go to the end, and everything else
  * finds nothing.
  *
- * An item 0 is an empty slot to the releasing operations. */
+ * An item 0 is an empty slot to the releasing operations.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   item      any word
+ *   key       what to look for, handed to the comparer
+ *   context   handed to the comparer
+ *   extra     handed to the comparer
+ *   compare   orders a stored item against the key; NULL: nothing is found
+ *   free      called with each item that is released and is not 0; NULL: nothing is called
+ *
+ * Ownership, where a function does not say otherwise:
+ *   uint64_t *   the slot lies in the array's table: valid until the array grows, or the item is moved or removed */
 
 typedef struct mub_arrays {
   uint64_t *items;     /* the table; NULL until the first growth */
@@ -632,7 +711,7 @@ MUB_API void mub_arrays_swap(mub_arrays *a, mub_arrays *b);
  * When the source owns its pool, that is cloned block for block, every item is translated to its copy (to 0 when it
  * is no block of the pool), and `clone` is called for every item, 0 included. When it does not, items are copied as
  * they are, `clone` is not called, and the destination uses the source's pool, having given up its own.
- * `descending` is not copied. Returns the destination. */
+ * `descending` is not copied. Returns the destination; empty but for its `count` when memory ran out. */
 MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_pool, mub_arrays *destination,
                                      mub_pool *destination_pool, mub_clone_fn clone);
 
@@ -790,7 +869,7 @@ MUB_API void mub_arrays_qsort_x_p(mub_arrays *array, uint64_t context, mub_compa
 /* mub_arrays_qsort_x_n: sort descending; the comparer as for mub_arrays_qsort_x. */
 MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compare_context_fn compare);
 
-/* ---- mub_arrayt: words, the first four of them in the record ----------------------------------------------------
+/* ---- mub_arrayt: an array of words, the first four of them in the record --------------------------------------
  *
  * A word is a number, signed or unsigned, or a pointer. Up to four of them take no memory beside the record; word i
  * is inline_items[i] for i < 4 and tail[i - 4] from there on. There are no values, pools or callbacks.
@@ -798,7 +877,19 @@ MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compa
  * Positions end at `count` here, not at the capacity. The sorted operations compare two words by the sign of the
  * difference of their low 32 bits, wrapped around to 32 bits: words that differ in higher bits alone are equal to
  * them. The sorts compare whole words as unsigned values. Both agree as long as all words are below 2^32 and within
- * 2^31 of each other. */
+ * 2^31 of each other.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   item    any word
+ *   key     what to look for: the low 32 bits of a word
+ *   items   the first of the words to sort
+ *   count   how many words there are; below 2 does nothing
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _init, _term, _remove_all   the record is the caller's; a tail is the array's, until it is released here
+ *   _clone                     the words are copied
+ *   _remove, _find             nothing is handed over
+ *   _set_at                     kept as a word; what it stands for stays the caller's */
 
 typedef struct mub_arrayt {
   uint64_t inline_items[4]; /* words 0 to 3; mub_arrayt_init leaves them as they are */

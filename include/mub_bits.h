@@ -6,7 +6,13 @@
  *
  * Bit n lies in byte n >> 3, the first of its byte being the highest bit: position n & 7 has the mask 0x80 >> position.
  * Bits behind the end read as clear; setting or clearing one there grows the set, by 1024 bytes or to the byte needed,
- * if that is more. Growth moves the block, and new bytes are 0. Only mub_bits_term releases it. */
+ * if that is more. Growth moves the block, and new bytes are 0. Only mub_bits_term releases it.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   bits    the set
+ *   bit     the number of the bit, from 0
+ *   byte    the byte: its low 8 bits
+ *   bytes   the size wanted */
 #ifndef MUB_BITS_H
 #define MUB_BITS_H
 

@@ -23,7 +23,46 @@
  * Memory.  An insertion that runs out of memory is refused as a whole. Only a split may be missing: the entry then
  *          holds more than 31 children, and splits at the next insertion there.
  * Cost.    To find a key: O(log n). An insertion, too. Releasing a tree takes O(entries), however many records they
- *          hold, when it owns its pools. Nothing here recurses. */
+ *          hold, when it owns its pools. Nothing here recurses.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   tree                    the tree
+ *   a, b                    the two trees
+ *   entry                   an entry of the tree
+ *   leaf                    an entry of level 0
+ *   node                    a record of the tree
+ *   value                   any word, 0 included
+ *   source                  the tree to copy from; stays as it is
+ *   source_entry            the entry to copy from
+ *   destination             the tree to copy to
+ *   destination_user_pool   the initialised pool that becomes the copy of `source_user_pool`; else NULL
+ *
+ * Failure, where a function does not say otherwise:
+ *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped, as told
+ *            at mub_pool_free
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _init                      the record is the caller's; a pool made here is the tree's, until `_term`
+ *   _term                      what the tree owns is released; values and a caller's pools stay the caller's
+ *   _swap                      what one tree owned is the other's
+ *   _clone                     the copy is the destination's; a caller's pool is shared by both, and values are then
+ *                              copied as words
+ *   _remove_all                entries and records are their pool's again; values are not released
+ *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
+ *                              entries and records are their pool's again
+ *   _remove_all_entry          what is below the entry is its pools' again, though the entry's fields still count it
+ *   _free_all_entry            as after `_remove_all_entry`, each value having been handed to `release`, its block to
+ *                              a caller's value pool
+ *   _get                       the value stays in the tree
+ *   _update                    the previous value is handed over, not released; the new one is kept as a word
+ *   _set                       the value stays in the tree: a block of the value pool, or the word that stands
+ *   _remove                    the value is handed over, not released; the record is its pool's again
+ *   _entry_init                the table of children is the entry's
+ *   _entry_new, _split_entry, _split_node   the new entry is a block of the entry pool; its parent does not refer to
+ *                                           it yet
+ *   _remove_entry_t            the entry is its pool's again
+ *   _clone_entry               the copies are the destination's; values are copied as words
+ *   value                      kept as a word; what it stands for stays the caller's */
 #ifndef MUB_BTREE_H
 #define MUB_BTREE_H
 
@@ -36,12 +75,22 @@
 extern "C" {
 #endif
 
-/* ---- mub_btree: keys are byte strings -------------------------------------------------------------------------
+/* ---- mub_btree: an ordered map whose keys are byte strings ----------------------------------------------------
  *
  * A key is `length` bytes at `key`; a negative length means that it ends at its first NUL. A NULL key is the empty
  * key, which is a key like any other and comes before all others. Keys are copied; all keys of a tree take at most
  * 2^32 - 1 bytes. They compare byte by byte as unsigned values, of two that agree as far as both go the shorter is
- * first; with `nocase` every byte passes through tolower first. */
+ * first; with `nocase` every byte passes through tolower first.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key      the key's bytes; NULL: the empty key
+ *   length   bytes of the key; negative: up to its first NUL
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_btree_node *    the record is a block of the node pool, and the tree's until it is removed
+ *   node_out            the record is a block of the node pool, and the tree's until it is removed
+ *   mub_btree_entry *   the entry is a block of the entry pool, or the root, and stays the tree's
+ *   key                 the bytes are copied, or only compared */
 
 /* One key with its value; it stays where it is until it is removed. */
 typedef struct mub_btree_node {
@@ -129,7 +178,7 @@ MUB_API mub_btree *mub_btree_free_all(mub_btree *tree, mub_free_fn release);
 
 /* mub_btree_node_set: find the record of a key, or add it with value 0.
  *   node_out   receives the record; NULL when memory ran out. Fill its `value` in place
- * Returns 1 when the record is new, else 0. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_btree_node_set(mub_btree *tree, const void *key, int64_t length, mub_btree_node **node_out);
 
 /* mub_btree_node_get: find the record of a key.
@@ -205,13 +254,15 @@ MUB_API mub_btree_entry *mub_btree_entry_new(mub_btree *tree, int level);
 /* mub_btree_node_init: clear a record: key, links and value. */
 MUB_API void mub_btree_node_init(mub_btree_node *node);
 
-/* mub_btree_entry_compare: order an entry's key against a key; lengths are used as given.
+/* mub_btree_entry_compare: order an entry's key against a key.
+ *   length   bytes of the key, used as given
  * Returns a negative number, 0 or a positive one: the difference of the first bytes that differ, else of the
  * lengths. */
 MUB_API int mub_btree_entry_compare(const mub_btree *tree, const mub_btree_entry *entry, const void *key,
                                     int64_t length);
 
 /* mub_btree_entrys_compare: order an entry's key against another one's, as mub_btree_entry_compare.
+ *   a, b     the two entries
  *   unused   gives the function the shape of the others
  * Returns a negative number, 0 or a positive one. */
 MUB_API int mub_btree_entrys_compare(const mub_btree *tree, const mub_btree_entry *a,
@@ -260,7 +311,7 @@ MUB_API mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree
 /* mub_btree_insert_t: add a key to a leaf, with value 0, unless the leaf holds it.
  *   leaf       the one that mub_btree_find_t gives for the key
  *   node_out   receives the record, new or not; NULL when memory ran out
- * Returns 1 when the record is new, else 0. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const void *key, int64_t length,
                                mub_btree_node **node_out);
 
@@ -291,11 +342,19 @@ MUB_API void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, m
 MUB_API int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry *source_entry,
                                   mub_btree *destination, mub_btree_entry *destination_entry);
 
-/* ---- mub_btreed: keys are 32-bit numbers ----------------------------------------------------------------------
+/* ---- mub_btreed: an ordered map whose keys are 32-bit numbers -------------------------------------------------
  *
  * `key_type` says how the 32 bits of a key order; all other types make every key equal to every other, so that only the
  * first can be inserted. A floating-point key is passed as its bits. One that is not a number is equal to
- * whatever it is compared with. All else is as for mub_btree, without key bytes: a removal takes O(log n). */
+ * whatever it is compared with. All else is as for mub_btree, without key bytes: a removal takes O(log n).
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   the key
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_btreed_node *    the record is a block of the node pool, and the tree's until it is removed
+ *   node_out             the record is a block of the node pool, and the tree's until it is removed
+ *   mub_btreed_entry *   the entry is a block of the entry pool, or the root, and stays the tree's */
 
 /* One key with its value; it stays where it is until it is removed. Its address is also that of its key. */
 typedef struct mub_btreed_node {
@@ -337,7 +396,7 @@ MUB_API mub_btreed *mub_btreed_term(mub_btreed *tree);
 MUB_API int mub_btreed_insert(mub_btreed *tree, uint32_t key, uint64_t value);
 
 /* mub_btreed_set: find the value of a key, or add the key with a block of the value pool, as mub_btree_set.
- * Returns 1 when the key is new, else 0. */
+ * Returns 1 when the key is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_btreed_set(mub_btreed *tree, uint32_t key, uint64_t *value_out, mub_init_fn init);
 
 /* mub_btreed_get: look a value up.
@@ -363,7 +422,7 @@ MUB_API mub_btreed *mub_btreed_remove_all(mub_btreed *tree);
 MUB_API mub_btreed *mub_btreed_free_all(mub_btreed *tree, mub_free_fn release);
 
 /* mub_btreed_node_set: find the record of a key, or add it with value 0, as mub_btree_node_set.
- * Returns 1 when the record is new, else 0. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_btreed_node_set(mub_btreed *tree, uint32_t key, mub_btreed_node **node_out);
 
 /* mub_btreed_node_get: find the record of a key.
@@ -419,14 +478,17 @@ MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user
  * Returns -1, 0 or 1. */
 MUB_API int mub_btreed_var_compare(const void *a, const void *b, uint32_t key_type);
 
-/* mub_btreed_entry_compare: order an entry's key against the key at an address, as mub_btreed_var_compare. */
+/* mub_btreed_entry_compare: order an entry's key against the key at an address, as mub_btreed_var_compare.
+ *   key   the address of a key, which needs no alignment */
 MUB_API int mub_btreed_entry_compare(const mub_btreed_entry *entry, const void *key, uint32_t key_type);
 
-/* mub_btreed_entrys_compare: order an entry's key against another one's, as mub_btreed_var_compare. */
+/* mub_btreed_entrys_compare: order an entry's key against another one's, as mub_btreed_var_compare.
+ *   a, b   the two entries */
 MUB_API int mub_btreed_entrys_compare(const mub_btreed_entry *a, const mub_btreed_entry *b,
                                       uint32_t key_type);
 
-/* mub_btreed_node_compare: order a record's key against the key at an address, as mub_btreed_var_compare. */
+/* mub_btreed_node_compare: order a record's key against the key at an address, as mub_btreed_var_compare.
+ *   key   the address of a key, which needs no alignment */
 MUB_API int mub_btreed_node_compare(const mub_btreed_node *node, const void *key, uint32_t key_type);
 
 /* mub_btreed_entry_init: make a block an empty leaf, as mub_btree_entry_init. */
@@ -468,7 +530,7 @@ MUB_API mub_btreed_entry *mub_btreed_find_t(const mub_btreed *tree, const mub_bt
                                             uint32_t key);
 
 /* mub_btreed_insert_t: add a key to a leaf, with value 0, unless the leaf holds it, as mub_btree_insert_t.
- * Returns 1 when the record is new, else 0. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32_t key,
                                 mub_btreed_node **node_out);
 
@@ -487,9 +549,17 @@ MUB_API void mub_btreed_free_all_entry(mub_btreed *tree, mub_btreed_entry *entry
 MUB_API int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_entry *source_entry,
                                    mub_btreed *destination, mub_btreed_entry *destination_entry);
 
-/* ---- mub_btreex: keys are 64-bit numbers ----------------------------------------------------------------------
+/* ---- mub_btreex: an ordered map whose keys are 64-bit numbers -------------------------------------------------
  *
- * As mub_btreed, with keys of 64 bits. */
+ * As mub_btreed, with keys of 64 bits.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   the key
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_btreex_node *    the record is a block of the node pool, and the tree's until it is removed
+ *   node_out             the record is a block of the node pool, and the tree's until it is removed
+ *   mub_btreex_entry *   the entry is a block of the entry pool, or the root, and stays the tree's */
 
 /* One key with its value; it stays where it is until it is removed. Its address is also that of its key. */
 typedef struct mub_btreex_node {
@@ -531,7 +601,7 @@ MUB_API mub_btreex *mub_btreex_term(mub_btreex *tree);
 MUB_API int mub_btreex_insert(mub_btreex *tree, uint64_t key, uint64_t value);
 
 /* mub_btreex_set: find the value of a key, or add the key with a block of the value pool, as mub_btree_set.
- * Returns 1 when the key is new, else 0. */
+ * Returns 1 when the key is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_btreex_set(mub_btreex *tree, uint64_t key, uint64_t *value_out, mub_init_fn init);
 
 /* mub_btreex_get: look a value up.
@@ -557,7 +627,7 @@ MUB_API mub_btreex *mub_btreex_remove_all(mub_btreex *tree);
 MUB_API mub_btreex *mub_btreex_free_all(mub_btreex *tree, mub_free_fn release);
 
 /* mub_btreex_node_set: find the record of a key, or add it with value 0, as mub_btree_node_set.
- * Returns 1 when the record is new, else 0. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_btreex_node_set(mub_btreex *tree, uint64_t key, mub_btreex_node **node_out);
 
 /* mub_btreex_node_get: find the record of a key.
@@ -613,14 +683,17 @@ MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user
  * Returns -1, 0 or 1. */
 MUB_API int mub_btreex_var_compare(const void *a, const void *b, uint32_t key_type);
 
-/* mub_btreex_entry_compare: order an entry's key against the key at an address, as mub_btreex_var_compare. */
+/* mub_btreex_entry_compare: order an entry's key against the key at an address, as mub_btreex_var_compare.
+ *   key   the address of a key, which needs no alignment */
 MUB_API int mub_btreex_entry_compare(const mub_btreex_entry *entry, const void *key, uint32_t key_type);
 
-/* mub_btreex_entrys_compare: order an entry's key against another one's, as mub_btreex_var_compare. */
+/* mub_btreex_entrys_compare: order an entry's key against another one's, as mub_btreex_var_compare.
+ *   a, b   the two entries */
 MUB_API int mub_btreex_entrys_compare(const mub_btreex_entry *a, const mub_btreex_entry *b,
                                       uint32_t key_type);
 
-/* mub_btreex_node_compare: order a record's key against the key at an address, as mub_btreex_var_compare. */
+/* mub_btreex_node_compare: order a record's key against the key at an address, as mub_btreex_var_compare.
+ *   key   the address of a key, which needs no alignment */
 MUB_API int mub_btreex_node_compare(const mub_btreex_node *node, const void *key, uint32_t key_type);
 
 /* mub_btreex_entry_init: make a block an empty leaf, as mub_btree_entry_init. */
@@ -662,7 +735,7 @@ MUB_API mub_btreex_entry *mub_btreex_find_t(const mub_btreex *tree, const mub_bt
                                             uint64_t key);
 
 /* mub_btreex_insert_t: add a key to a leaf, with value 0, unless the leaf holds it, as mub_btree_insert_t.
- * Returns 1 when the record is new, else 0. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64_t key,
                                 mub_btreex_node **node_out);
 

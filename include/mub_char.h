@@ -9,7 +9,15 @@
  *
  * Numbers are read with grammars of their own, whatever the locale, and no white space, '+' or exponent:
  *
- *   integer   -? digit+                          decimal   -? digit+ ( '.' digit* )? */
+ *   integer   -? digit+                          decimal   -? digit+ ( '.' digit* )?
+ *
+ * Parameters, where a function does not say otherwise:
+ *   view        the view
+ *   text        the text to compare with or to look for; NULL is found nowhere
+ *   count       characters of `text`; negative: up to its NUL
+ *   length      characters; a negative one does nothing
+ *   character   what to look for: its low 8 bits
+ *   start       where the search begins, counted from 0 */
 #ifndef MUB_CHAR_H
 #define MUB_CHAR_H
 
@@ -89,7 +97,7 @@ MUB_API int mub_char_icompare(const mub_char *view, const char *text, int64_t co
 /* mub_char_find_char: the index of the first `character` (its low 8 bits), or -1. 0 is never found. */
 MUB_API int64_t mub_char_find_char(const mub_char *view, int character);
 
-/* mub_char_find_char_pos: the same at or behind index `start`; -1 when that lies outside the view. */
+/* mub_char_find_char_pos: the same at or behind index `start`; -1 when `start` lies outside the view. */
 MUB_API int64_t mub_char_find_char_pos(const mub_char *view, int character, int64_t start);
 
 /* mub_char_reverse_find: the index of the last `character` (its low 8 bits), or -1. 0 is never found. */
@@ -99,7 +107,7 @@ MUB_API int64_t mub_char_reverse_find(const mub_char *view, int character);
  *   count   its length; negative: up to the NUL; 0 looks for its first character, be it the NUL, as mub_mem_str does */
 MUB_API int64_t mub_char_find(const mub_char *view, const char *text, int64_t count);
 
-/* mub_char_find_pos: the same at or behind index `start`; -1 when that lies outside the view. */
+/* mub_char_find_pos: the same at or behind index `start`; -1 when `start` lies outside the view. */
 MUB_API int64_t mub_char_find_pos(const mub_char *view, const char *text, int64_t count, int64_t start);
 
 #ifdef __cplusplus

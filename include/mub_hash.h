@@ -14,7 +14,39 @@
  * `entry_pool`, its block size at least that of the table's entry record. Several tables may share a caller's pool.
  * Value pool. Wanted only by mub_hash_set, which gives every new entry a block of it. One made by mub_hash_init has
  * no block size yet: store the size of your values in `value_pool->block_size` before the first mub_hash_set.
- * Blocks of an owned value pool go with the whole pool; single blocks return to a caller's pool only. */
+ * Blocks of an owned value pool go with the whole pool; single blocks return to a caller's pool only.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   hash, table             the table
+ *   a, b                    the two tables
+ *   value                   any word, 0 included
+ *   bucket                  where to look: 0 to the number of buckets less 1
+ *   destination_user_pool   the initialised pool that becomes the copy of `source_user_pool`; else NULL
+ *
+ * Failure, where a function does not say otherwise:
+ *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped, as told
+ *            at mub_pool_free
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _init               the record is the caller's; a pool made here is the table's, until `_term`
+ *   _term               what the table owns is released; values and a caller's pools stay the caller's
+ *   _swap               what one table owned is the other's
+ *   _clone              the copy is the destination's; a caller's pool is shared by both, and values are then copied
+ *                       as words
+ *   _remove_all         entries are their pool's again; values are not released
+ *   _free_all           each value is handed to the caller's function, its block to a caller's value pool; entries
+ *                       are their pool's again
+ *   _remove_all_entry   entries are their pool's again, though the table still refers to them; values are not
+ *                       released
+ *   _free_all_entry     as after `_remove_all_entry`, each value having been handed to `release`, its block to a
+ *                       caller's value pool
+ *   _get                the value stays in the table
+ *   _update             the previous value is handed over, not released; the new one is kept as a word
+ *   _set                the value stays in the table: a block of the value pool, or the word that stands
+ *   _remove             the value is handed over, not released; the entry is its pool's again
+ *   _free               the value is handed to `release`, its block to a caller's value pool; the entry is its pool's
+ *                       again
+ *   value               kept as a word; what it stands for stays the caller's */
 #ifndef MUB_HASH_H
 #define MUB_HASH_H
 
@@ -27,11 +59,20 @@
 extern "C" {
 #endif
 
-/* ---- mub_hash: keys are byte strings --------------------------------------------------------------------------
+/* ---- mub_hash: a hash table whose keys are byte strings -------------------------------------------------------
  *
  * A key is `length` bytes at `key`; a negative length means that it ends at its first NUL, and a NULL key with a
  * negative length is the empty key, which is a key like any other. Keys are copied. Their hash is the CRC-32
- * register over CRC_TABLE, started at 0 and not inverted. */
+ * register over CRC_TABLE, started at 0 and not inverted.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key      the key's bytes; NULL with a negative length: the empty key
+ *   length   bytes of the key; negative: up to its first NUL
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_hash_entry *   the entry is a block of the entry pool, and the table's until it is removed
+ *   entry_out          the entry is a block of the entry pool, and the table's until it is removed
+ *   key                the bytes are copied, or only compared */
 
 /* One entry. Offsets into `keys` change when another key is removed. */
 typedef struct mub_hash_entry {
@@ -84,10 +125,12 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
 
 /* mub_hash_key: the hash of a key.
  *   nocase   not 0: each byte passes through tolower first
- * Returns 32 bits, zero-extended; 0 for the empty key. */
+ * Returns 32 bits, zero-extended; those of the empty key are 0. */
 MUB_API uint64_t mub_hash_key(const void *key, int64_t length, int nocase);
 
 /* mub_hash_cmp: tell whether two byte runs are equal; lengths are used as given.
+ *   a, b                 the first bytes of the runs
+ *   a_length, b_length   bytes
  * Returns 1 when they are, else 0. */
 MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
@@ -151,7 +194,7 @@ MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
 
 /* mub_hash_entry_set: find the entry of a key, or make it with value 0.
  *   entry_out   receives the entry; NULL when memory ran out. Fill its `value` in place
- * Returns 1 when the entry is new, else 0. The entry stays where it is until it is removed. */
+ * Returns 1 when the entry is new; 0 when the key was present or memory ran out. The entry stays where it is until it is removed. */
 MUB_API int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, mub_hash_entry **entry_out);
 
 /* mub_hash_entry_get: find the entry of a key.
@@ -172,7 +215,11 @@ MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucke
                                             const mub_hash_entry *entry);
 
 /* The layer below, for callers that compute buckets and hashes themselves. `bucket` must be below the bucket count;
- * lengths are used as given, and no negative one finds anything. */
+ * lengths are used as given, and no negative one finds anything.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   hash_value   the hash of the key, from mub_hash_key
+ *   length       bytes of the key, used as given: a negative length finds nothing */
 
 /* mub_hash_entry_new: find a key in a bucket, or link a block for it at the end of the chain. Stored hashes are not
  * looked at, and neither `hash_value` nor the key is stored: but for `next` the new block is as the pool gave it, and
@@ -214,10 +261,17 @@ MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64
  *   length   how many they were; the low 32 bits are used */
 MUB_API void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length);
 
-/* ---- mub_hashd: keys are 32-bit integers --------------------------------------------------------------------
+/* ---- mub_hashd: a hash table whose keys are 32-bit integers ---------------------------------------------------
  *
  * A key is its own hash: it lies in bucket key mod the number of buckets, so that consecutive keys fill consecutive
- * buckets. Negative keys are passed as their unsigned twins. All else is as for mub_hash. */
+ * buckets. Negative keys are passed as their unsigned twins. All else is as for mub_hash.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   the key
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_hashd_entry *   the entry is a block of the entry pool, and the table's until it is removed
+ *   entry_out           the entry is a block of the entry pool, and the table's until it is removed */
 
 /* One entry; it stays where it is until it is removed. */
 typedef struct mub_hashd_entry {
@@ -255,7 +309,7 @@ MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_use
 MUB_API uint32_t mub_hashd_key(uint32_t key);
 
 /* mub_hashd_set: find the entry of a key, or make it with a block of the value pool, as mub_hash_set.
- * Returns 1 when the entry is new, else 0. */
+ * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, mub_init_fn init);
 
 /* mub_hashd_get: look a value up.
@@ -297,7 +351,7 @@ MUB_API void mub_hashd_free_all_entry(mub_hashd *table, mub_free_fn release);
 
 /* mub_hashd_entry_set: find the entry of a key, or make it with value 0.
  *   entry_out   receives the entry; NULL when memory ran out
- * Returns 1 when the entry is new, else 0. */
+ * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_hashd_entry_set(mub_hashd *table, uint32_t key, mub_hashd_entry **entry_out);
 
 /* mub_hashd_entry_get: find the entry of a key.
@@ -345,9 +399,16 @@ MUB_API mub_hashd_entry *mub_hashd_find_t(const mub_hashd *table, uint32_t key);
  * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
 MUB_API mub_hashd_entry *mub_hashd_remove_t(mub_hashd *table, uint32_t key);
 
-/* ---- mub_hashx: keys are 64-bit integers --------------------------------------------------------------------
+/* ---- mub_hashx: a hash table whose keys are 64-bit integers ---------------------------------------------------
  *
- * A key is its own hash, as in mub_hashd: it lies in bucket key mod the number of buckets. All else is as for mub_hash. */
+ * A key is its own hash, as in mub_hashd: it lies in bucket key mod the number of buckets. All else is as for mub_hash.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   the key
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_hashx_entry *   the entry is a block of the entry pool, and the table's until it is removed
+ *   entry_out           the entry is a block of the entry pool, and the table's until it is removed */
 
 /* One entry; it stays where it is until it is removed. */
 typedef struct mub_hashx_entry {
@@ -385,7 +446,7 @@ MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_use
 MUB_API uint32_t mub_hashx_key(uint64_t key);
 
 /* mub_hashx_set: find the entry of a key, or make it with a block of the value pool, as mub_hash_set.
- * Returns 1 when the entry is new, else 0. */
+ * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, mub_init_fn init);
 
 /* mub_hashx_get: look a value up.
@@ -427,7 +488,7 @@ MUB_API void mub_hashx_free_all_entry(mub_hashx *table, mub_free_fn release);
 
 /* mub_hashx_entry_set: find the entry of a key, or make it with value 0.
  *   entry_out   receives the entry; NULL when memory ran out
- * Returns 1 when the entry is new, else 0. */
+ * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_hashx_entry_set(mub_hashx *table, uint64_t key, mub_hashx_entry **entry_out);
 
 /* mub_hashx_entry_get: find the entry of a key.
@@ -475,10 +536,19 @@ MUB_API mub_hashx_entry *mub_hashx_find_t(const mub_hashx *table, uint64_t key);
  * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
 MUB_API mub_hashx_entry *mub_hashx_remove_t(mub_hashx *table, uint64_t key);
 
-/* ---- mub_hasht: keys are 16 bytes, as four 32-bit words -----------------------------------------------------
+/* ---- mub_hasht: a hash table whose keys are 16 bytes, as four 32-bit words ------------------------------------
  *
  * A key is passed as a pointer to its words, which are copied; its hash is mub_hasht_key. There is no walk over the
- * entries. All else is as for mub_hash. */
+ * entries. All else is as for mub_hash.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   the four words of the key
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_hasht_entry *   the entry is a block of the entry pool, and the table's until it is removed
+ *   entry_out           the entry is a block of the entry pool, and the table's until it is removed
+ *   _copy               the words are copied
+ *   key                 the words are copied, or only compared */
 
 /* One entry; it stays where it is until it is removed. */
 typedef struct mub_hasht_entry {
@@ -516,15 +586,18 @@ MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_use
 MUB_API uint32_t mub_hasht_key(const uint32_t *key);
 
 /* mub_hasht_cmp: compare two keys.
+ *   a, b   the four words of each
  * Returns 0 when they are equal, else the difference of the first unequal words, word of a minus word of b, cut to a
  * signed 32-bit number: its sign is no order. */
 MUB_API int mub_hasht_cmp(const uint32_t *a, const uint32_t *b);
 
-/* mub_hasht_copy: copy the four words of a key. */
+/* mub_hasht_copy: copy the four words of a key.
+ *   destination   receives the words
+ *   source        the words */
 MUB_API void mub_hasht_copy(uint32_t *destination, const uint32_t *source);
 
 /* mub_hasht_set: find the entry of a key, or make it with a block of the value pool, as mub_hash_set.
- * Returns 1 when the entry is new, else 0. */
+ * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value_out, mub_init_fn init);
 
 /* mub_hasht_get: look a value up.
@@ -566,7 +639,7 @@ MUB_API void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release);
 
 /* mub_hasht_entry_set: find the entry of a key, or make it with value 0.
  *   entry_out   receives the entry; NULL when memory ran out
- * Returns 1 when the entry is new, else 0. */
+ * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
 MUB_API int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht_entry **entry_out);
 
 /* mub_hasht_entry_get: find the entry of a key.

@@ -15,7 +15,47 @@
  * size at least that of the list's entry (or block) record. Several lists may share a caller's pool.
  * Value pool. Wanted only by the `_new` functions, which give every new entry a block of it. One made by `_init` has no
  * block size yet: store the size of your values in `value_pool->block_size` before the first `_new`. Blocks of an owned
- * value pool go with the whole pool; single blocks return to a caller's pool only. */
+ * value pool go with the whole pool; single blocks return to a caller's pool only.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   list                    the list
+ *   a, b                    the two lists
+ *   value                   any word, 0 included
+ *   block                   a block of the list
+ *   context                 handed to the comparer
+ *   text                    the text to take apart
+ *   destination_user_pool   the initialised pool that becomes the copy of `source_user_pool`; else NULL
+ *
+ * Failure, where a function does not say otherwise:
+ *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped, as told
+ *            at mub_pool_free
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _init                      the record is the caller's; a pool made here is the list's, until `_term`
+ *   _term                      what the list owns is released; values and a caller's pools stay the caller's
+ *   _swap                      what one list owned is the other's
+ *   _clone                     the copy is the destination's; a caller's pool is shared by both, and values are then
+ *                              copied as words
+ *   _remove_all                entries are their pool's again; values are not released
+ *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
+ *                              entries are their pool's again
+ *   _remove_all_entry          with a caller's pool, entries are the pool's again, though the list still refers to
+ *                              them; values are not released
+ *   _free_all_entry            as after `_remove_all_entry`, each value having been handed to `release`, its block to
+ *                              a caller's value pool
+ *   _free_array                each value is handed to `release`, its block to a caller's value pool, though the
+ *                              block of the list still holds it
+ *   _entry_new                 the block is one of the entry pool, and the caller's to link or to give back
+ *   _add_head_new, _add_tail_new   the block is one of the value pool; the list refers to it, and so does the caller
+ *                                  now
+ *   _add_head_list, _add_tail_list   keys are copied; values are copied as words, so that both lists refer to the
+ *                                    same things
+ *   _get_head, _get_tail, _get_next, _get_prev, _get_at   the value stays in the list
+ *   _remove_head, _remove_tail, _remove_at   the value is handed over, not released; the entry is its pool's again
+ *   _find_at, _find            the entry is a block of the entry pool, and the list's until it is removed
+ *   _from_string               the pieces are copied
+ *   _to_string                 the text is the string's
+ *   value                      kept as a word; what it stands for stays the caller's */
 #ifndef MUB_LIST_H
 #define MUB_LIST_H
 
@@ -28,11 +68,21 @@
 extern "C" {
 #endif
 
-/* ---- mub_list: entries with keys -------------------------------------------------------------------------------
+/* ---- mub_list: a linked list of entries with keys -------------------------------------------------------------
  *
  * A key is `length` bytes at `key`; a negative length means that it ends at its first NUL, and a NULL key is the empty
  * key, which is a key like any other. Keys are copied. A key that is handed out is a pointer into `keys` and a length:
- * valid until an addition or a removal. */
+ * valid until an addition or a removal.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key      the key's bytes; NULL: the empty key
+ *   length   bytes of the key; negative: up to its first NUL
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_list_entry *           the entry is a block of the entry pool, and the list's until it is removed
+ *   _get_head, _get_tail, _get_next, _get_prev, _get_at   the key that is handed out lies in the list's `keys`, valid
+ *                                                         until an addition or a removal; the value stays in the list
+ *   key                        the bytes are copied, or only compared */
 
 /* One entry. Offsets into `keys` change when another entry is removed. */
 typedef struct mub_list_entry {
@@ -168,7 +218,8 @@ MUB_API uint64_t mub_list_remove_head(mub_list *list);
 MUB_API uint64_t mub_list_remove_tail(mub_list *list);
 
 /* mub_list_remove_at: the same with the entry at a position, whose block then has value 0.
- *   position   NULL: nothing happens, and the result is 0 */
+ *   position   NULL: nothing happens
+ * Returns the value; 0 at NULL. */
 MUB_API uint64_t mub_list_remove_at(mub_list *list, mub_list_entry *position);
 
 /* mub_list_remove_all: empty the list, which stays usable. Entries go back to a caller's pool, an owned entry pool is
@@ -193,7 +244,8 @@ MUB_API void mub_list_free_all_entry(mub_list *list, mub_free_fn release);
 
 /* mub_list_adjust_t: lower the key offsets that lie behind a cut in `keys`: those beyond `offset`, and that of a key
  * with bytes at `offset` itself.
- *   length   what they are lowered by; low 32 bits used
+ *   offset   where the bytes were cut out
+ *   length   what the offsets are lowered by; low 32 bits used
  * Cost: O(entries). */
 MUB_API void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length);
 
@@ -210,7 +262,14 @@ MUB_API void mub_list_from_string(mub_list *list, int separator, const char *tex
  * Empty keys at the front leave no separator: "", "", "a" give "a", while "x", "", "y" give "x,,y". */
 MUB_API void mub_list_to_string(const mub_list *list, int separator, mub_string *string);
 
-/* ---- mub_lists: bare values ------------------------------------------------------------------------------------ */
+/* ---- mub_lists: a linked list of bare values ------------------------------------------------------------------
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key   handed to the comparer
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_lists_entry *    the entry is a block of the entry pool, and the list's until it is removed
+ *   _remove_all_entry    entries are their pool's again, though the list still refers to them; values are not released */
 
 typedef struct mub_lists_entry {
   struct mub_lists_entry *prev; /* NULL at the head */
@@ -327,7 +386,8 @@ MUB_API uint64_t mub_lists_remove_head(mub_lists *list);
 MUB_API uint64_t mub_lists_remove_tail(mub_lists *list);
 
 /* mub_lists_remove_at: the same with the value at a position, whose block then has value 0.
- *   position   NULL: nothing happens, and the result is 0 */
+ *   position   NULL: nothing happens
+ * Returns the value; 0 at NULL. */
 MUB_API uint64_t mub_lists_remove_at(mub_lists *list, mub_lists_entry *position);
 
 /* mub_lists_remove_all: empty the list, which stays usable. Entries go back to a caller's pool, owned pools are emptied;
@@ -349,12 +409,15 @@ MUB_API void mub_lists_remove_all_entry(mub_lists *list);
  *   release   called for every value that is not 0, from the head on; may be NULL */
 MUB_API void mub_lists_free_all_entry(mub_lists *list, mub_free_fn release);
 
-/* ---- mub_listx: blocks of values -------------------------------------------------------------------------------
+/* ---- mub_listx: a linked list of blocks of values -------------------------------------------------------------
  *
  * Values come and go at the two ends alone. There are no positions: read the blocks themselves,
  *
  *   for (const mub_listx_block *block = list.head; block != NULL; block = block->next)
- *     for (int64_t i = 0; i < block->count; ++i) use(block->values[i]); */
+ *     for (int64_t i = 0; i < block->count; ++i) use(block->values[i]);
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_listx_block *   the block is one of the entry pool */
 
 typedef struct mub_listx_block {
   struct mub_listx_block *prev; /* NULL at the head */

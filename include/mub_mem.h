@@ -4,7 +4,16 @@
  *               written for a count below 1. NULL is accepted with such a count only.
  *   mub_str_*   work on text that ends with a NUL; NULL is accepted where a function says so.
  *
- * Searches give an index, -1 when there is no match. */
+ * Searches give an index, -1 when there is no match.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   destination          where the bytes go: room for `count` of them
+ *   source               the first of the bytes to copy
+ *   data                 the first of the bytes to search
+ *   count                bytes; below 1 there are none
+ *   byte                 what to look for: its low 8 bits
+ *   a, b                 the first of the bytes to compare
+ *   a_length, b_length   bytes at `a` and at `b`; below 1 there are none */
 #ifndef MUB_MEM_H
 #define MUB_MEM_H
 
@@ -56,10 +65,20 @@ MUB_API int mub_mem_cmp(const void *a, int64_t a_length, const void *b, int64_t 
 /* mub_mem_icmp: as mub_mem_cmp, with every byte passed through the runtime's tolower first. */
 MUB_API int mub_mem_icmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
+/* ---- mub_str: texts that end with a NUL -----------------------------------------------------------------------
+ *
+ * Parameters, where a function does not say otherwise:
+ *   string      the text to search; NULL has no characters
+ *   character   what to look for; converted to a char, as strchr does
+ *   haystack    the text to search; may be NULL
+ *   needle      the text to look for; may be NULL
+ *   a, b        the texts to compare; each may be NULL */
+
 /* mub_str_dup: replace an owned string by a copy of `length` characters and a NUL.
  *   string   address of the owned pointer, which may hold NULL; its block is released (with free) once the copy
  *            stands, so that `source` may lie in it
  *   source   NULL stores NULL; a text that is shorter than `length` is padded with NULs
+ *   length   characters to copy; negative: up to the NUL
  * Out of memory the old string stays. The block is the caller's, to be released with free. */
 MUB_API void mub_str_dup(char **string, const char *source, int64_t length);
 
@@ -79,10 +98,12 @@ MUB_API int64_t mub_str_rchr(const char *string, int character);
  * found at 0. */
 MUB_API int64_t mub_str_str(const char *haystack, const char *needle);
 
-/* mub_str_cmp: order two strings as strcmp does; NULL sorts first and equals NULL. */
+/* mub_str_cmp: order two strings as strcmp does; NULL sorts first and equals NULL.
+ * Returns a negative number, 0 or a positive one. */
 MUB_API int mub_str_cmp(const char *a, const char *b);
 
-/* mub_str_icmp: order two strings as strcasecmp does; NULL sorts first and equals NULL. */
+/* mub_str_icmp: order two strings as strcasecmp does; NULL sorts first and equals NULL.
+ * Returns a negative number, 0 or a positive one. */
 MUB_API int mub_str_icmp(const char *a, const char *b);
 
 #ifdef __cplusplus

@@ -10,7 +10,27 @@
  *
  * The owner sets `block_size` after mub_pool_init and before the first block, and changes neither it nor
  * `blocks_per_chunk` again but after mub_pool_empty. The pool does not check that a block given back is its own, or that it
- * is given back once. */
+ * is given back once.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   pool             the pool
+ *   a, b             the two pools
+ *   map              a chunk map, from mub_pool_map
+ *   count            elements of `map`, or addresses at `blocks`
+ *   blocks           the addresses of blocks
+ *   block, address   the address to look for
+ *   iter             the iterator, from mub_pool_iter_new; NULL is a walk without blocks
+ *
+ * Ownership, where a function does not say otherwise:
+ *   void *          the result is a block of the pool, valid until it is given back or the pool is emptied
+ *   _term, _empty   all blocks are gone
+ *   _free           the block is the pool's again
+ *   _swap           the blocks of one pool are the other's
+ *   _clone          the copies of the chunks are the destination's
+ *   _umap           the chunk map is released
+ *   _iter_free      the iterator is released
+ *   _set_addr       the address is one in a block of the pool, valid until that is given back or the pool is emptied
+ *   map, blocks     stays the caller's */
 #ifndef MUB_POOL_H
 #define MUB_POOL_H
 

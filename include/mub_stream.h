@@ -17,7 +17,34 @@
  *            negative position read as 0 and cannot be written.
  * Order:     fields are little-endian whatever the machine.
  *
- * A stream and a mub_string can exchange their blocks: both keep room for a terminator behind the capacity. */
+ * A stream and a mub_string can exchange their blocks: both keep room for a terminator behind the capacity.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   stream        the stream
+ *   a, b          the two streams
+ *   position      the cursor. in: where to read or write; out: behind that
+ *   value         the number to write or to measure
+ *   bytes         the first of the bytes
+ *   count         bytes; below 1 there are none
+ *   byte          its low 8 bits
+ *   index         counted from 0
+ *   start         where the search, or the part, begins: counted from 0
+ *   n             bytes
+ *   size          bytes
+ *   length        bytes
+ *   source        the stream to copy from; stays as it is
+ *   string        an initialised string
+ *   destination   an initialised stream or string, whose content is replaced
+ *
+ * Failure, where a function does not say otherwise:
+ *   memory   without memory the stream stays as it was
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _term                      the block is released
+ *   _swap                      the block of one stream is the other's
+ *   _swap_string               the block of the stream is the string's, and the other way round
+ *   bytes                      copied, or only read: the address is not kept
+ *   string, source, destination   the bytes are copied */
 #ifndef MUB_STREAM_H
 #define MUB_STREAM_H
 
@@ -89,22 +116,28 @@ MUB_API uint8_t mub_stream_get_at(const mub_stream *stream, int64_t index);
 /* mub_stream_set_at: store the low 8 bits of `byte` at `index`, if that is within the capacity; the length stays. */
 MUB_API void mub_stream_set_at(mub_stream *stream, int64_t index, int byte);
 
-/* mub_stream_get_byte: read 8 bits at the cursor. */
+/* mub_stream_get_byte: read 8 bits at the cursor.
+ * Returns the field as an unsigned number; 0 when it does not lie wholly inside the content. */
 MUB_API uint8_t mub_stream_get_byte(const mub_stream *stream, int64_t *position);
 
-/* mub_stream_get_word: read 16 bits at the cursor. */
+/* mub_stream_get_word: read 16 bits at the cursor.
+ * Returns the field as an unsigned number; 0 when it does not lie wholly inside the content. */
 MUB_API uint16_t mub_stream_get_word(const mub_stream *stream, int64_t *position);
 
-/* mub_stream_get_tword: read 24 bits at the cursor. */
+/* mub_stream_get_tword: read 24 bits at the cursor.
+ * Returns the field as an unsigned number; 0 when it does not lie wholly inside the content. */
 MUB_API uint32_t mub_stream_get_tword(const mub_stream *stream, int64_t *position);
 
-/* mub_stream_get_dword: read 32 bits at the cursor. */
+/* mub_stream_get_dword: read 32 bits at the cursor.
+ * Returns the field as an unsigned number; 0 when it does not lie wholly inside the content. */
 MUB_API uint32_t mub_stream_get_dword(const mub_stream *stream, int64_t *position);
 
-/* mub_stream_get_xword: read 48 bits at the cursor. */
+/* mub_stream_get_xword: read 48 bits at the cursor.
+ * Returns the field as an unsigned number; 0 when it does not lie wholly inside the content. */
 MUB_API uint64_t mub_stream_get_xword(const mub_stream *stream, int64_t *position);
 
-/* mub_stream_get_lword: read 64 bits at the cursor. */
+/* mub_stream_get_lword: read 64 bits at the cursor.
+ * Returns the field as a signed number; 0 when it does not lie wholly inside the content. */
 MUB_API int64_t mub_stream_get_lword(const mub_stream *stream, int64_t *position);
 
 /* mub_stream_set_byte: write the low 8 bits of `value` at the cursor. */
@@ -184,6 +217,7 @@ MUB_API int mub_stream_update(mub_stream *stream, int64_t position, int64_t old_
                               int64_t new_count);
 
 /* mub_stream_delete: remove `count` bytes at `position`. A range that runs past the content is refused whole.
+ *   position   counted from 0
  * Cost: linear in the bytes behind. */
 MUB_API void mub_stream_delete(mub_stream *stream, int64_t position, int64_t count);
 
@@ -236,8 +270,9 @@ MUB_API int mub_stream_deflate_word_length(uint32_t value);
  *   value   low 16 bits; bit 15 is lost: 0x8001 is read back as 1 */
 MUB_API void mub_stream_deflate_word(mub_stream *stream, int64_t *position, uint32_t value);
 
-/* mub_stream_inflate_word: read a packed word. At the end of the content the result is 0 and the position stays; of
- * a word that is cut short the missing byte is taken from the spare bytes (0 behind the capacity). */
+/* mub_stream_inflate_word: read a packed word. Of one that is cut short the missing byte is taken from the spare bytes
+ * (0 behind the capacity).
+ * Returns the number; 0 at the end of the content, where the position stays. */
 MUB_API uint16_t mub_stream_inflate_word(const mub_stream *stream, int64_t *position);
 
 /* mub_stream_deflate_dword_length: bytes that `value` packed takes, 1 to 4. */
@@ -247,7 +282,7 @@ MUB_API int mub_stream_deflate_dword_length(uint32_t value);
  *   value   bits 30 and 31 are lost */
 MUB_API void mub_stream_deflate_dword(mub_stream *stream, int64_t *position, uint32_t value);
 
-/* mub_stream_inflate_dword: read a packed dword; ends as in mub_stream_inflate_word. */
+/* mub_stream_inflate_dword: read a packed dword, as mub_stream_inflate_word. */
 MUB_API uint32_t mub_stream_inflate_dword(const mub_stream *stream, int64_t *position);
 
 /* mub_stream_deflate_lword_length: bytes that `value` packed takes, 1 to 9. */
@@ -258,15 +293,15 @@ MUB_API int mub_stream_deflate_lword_length(uint64_t value);
 MUB_API void mub_stream_deflate_lword(mub_stream *stream, int64_t *position, uint64_t value);
 
 /* mub_stream_inflate_lword: read a packed lword.
- * Returns -1 at the end of the content, the position unchanged, and -1 when the further bytes are cut short, the
- * position then being behind the first byte. A value of 64 ones reads as -1 too; the position tells the two apart. */
+ * Returns the number; -1 at the end of the content, the position unchanged, and when the further bytes are cut short,
+ * the position then being behind the first byte. A value of 64 ones reads as -1 too; the position tells the two apart. */
 MUB_API int64_t mub_stream_inflate_lword(const mub_stream *stream, int64_t *position);
 
 /* mub_stream_crc32: the standard CRC-32 (reflected, polynomial 0xEDB88320, all ones before and inverted after) of
- * `count` bytes; 0 for none. */
+ * `count` bytes, which is 0 for none. */
 MUB_API uint32_t mub_stream_crc32(const void *bytes, int64_t count);
 
-/* mub_stream_check: the exclusive or of `count` bytes, 0 to 255; 0 for none. */
+/* mub_stream_check: the exclusive or of `count` bytes, 0 to 255, which is 0 for none. */
 MUB_API int mub_stream_check(const void *bytes, int64_t count);
 
 /* CRC_TABLE: entry i is what the CRC-32 register i becomes after eight steps: (r >> 1) ^ (r & 1 ? 0xEDB88320 : 0). */

@@ -22,7 +22,37 @@
  *                       ^~~~~        start = 10, length = 5
  *
  * Positions count from the start of the span. A view of a string holds as long as the string's buffer stays where it
- * is. Whatever numbers a view is given, nothing is read of a span whose length is not above 0. */
+ * is. Whatever numbers a view is given, nothing is read of a span whose length is not above 0.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   string            the string
+ *   view              the view
+ *   a, b              the two strings, or the two views
+ *   capacity          bytes
+ *   length            bytes
+ *   text              the text; may lie in the string
+ *   count             bytes; of a text, negative: up to its NUL
+ *   old_count         bytes to replace
+ *   character         its low 8 bits
+ *   from, to          the bytes, of which the low 8 bits count
+ *   value             the number to write
+ *   position, index   counted from 0
+ *   start             where the search, or the part, begins: counted from 0
+ *   offset            bytes from the start of the span
+ *   source            the string to copy; stays as it is
+ *   destination       an initialised string, whose content is replaced
+ *   other             the view to take over
+ *   out               an initialised string or view, whose content is replaced
+ *
+ * Failure, where a function does not say otherwise:
+ *   memory   without memory the string stays as it was
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _term                      the buffer is released
+ *   _swap                      the buffer of one string is the other's
+ *   _replace, _match           the texts are copied
+ *   text                       copied, or only read: the address is not kept
+ *   source, destination, out   the bytes are copied */
 #ifndef MUB_STRING_H
 #define MUB_STRING_H
 
@@ -49,7 +79,7 @@ MUB_API void mub_string_term(mub_string *string);
 MUB_API int mub_string_is_empty(const mub_string *string);
 
 /* mub_string_expand: make room for `capacity` bytes of content; the content stays.
- * Returns 0 when memory ran out. */
+ * Returns 1; 0 when memory ran out. */
 MUB_API int mub_string_expand(mub_string *string, int64_t capacity);
 
 /* mub_string_shrink: set the length to `length`, or to the capacity when that is less, and write the terminator. A
@@ -65,11 +95,11 @@ MUB_API void mub_string_zero(mub_string *string, int64_t position, int64_t count
 MUB_API void mub_string_swap(mub_string *a, mub_string *b);
 
 /* mub_string_clone: make `destination` a copy of `source`, with room for at least the capacity of the source.
- * Returns 0 when memory ran out, the destination unchanged. */
+ * Returns 1; 0 when memory ran out, the destination unchanged. */
 MUB_API int mub_string_clone(const mub_string *source, mub_string *destination);
 
 /* mub_string_copy: make `count` bytes of `text` the whole content; NULL empties the string.
- * Returns 0 when memory ran out, the string unchanged. */
+ * Returns 1; 0 when memory ran out, the string unchanged. */
 MUB_API int mub_string_copy(mub_string *string, const char *text, int64_t count);
 
 /* mub_string_copy_char: make the low 8 bits of `character` the whole content; 0 empties the string. */
@@ -148,23 +178,23 @@ MUB_API int mub_string_icompare(const mub_string *string, const char *text, int6
 /* mub_string_find_char: the index of the first `character` (its low 8 bits), or -1. 0 is never found. */
 MUB_API int64_t mub_string_find_char(const mub_string *string, int character);
 
-/* mub_string_find_char_pos: the same at or behind index `start`; -1 when that lies outside the content. */
+/* mub_string_find_char_pos: the same at or behind index `start`; -1 when `start` lies outside the content. */
 MUB_API int64_t mub_string_find_char_pos(const mub_string *string, int character, int64_t start);
 
 /* mub_string_reverse_find: the index of the last `character` (its low 8 bits), or -1. 0 is never found. */
 MUB_API int64_t mub_string_reverse_find(const mub_string *string, int character);
 
-/* mub_string_find: the index of the first occurrence of `text`, or -1; nothing is found in an empty string.
+/* mub_string_find: the index of the first occurrence of `text`, or -1, also in an empty string.
  *   count   not negative: as mub_mem_str, so that 0 looks for the first byte of the text;
  *           negative: as strstr, so that an empty text is found at once and the search ends at the first NUL */
 MUB_API int64_t mub_string_find(const mub_string *string, const char *text, int64_t count);
 
-/* mub_string_find_pos: the same at or behind index `start`; -1 when that lies outside the content. */
+/* mub_string_find_pos: the same at or behind index `start`; -1 when `start` lies outside the content. */
 MUB_API int64_t mub_string_find_pos(const mub_string *string, const char *text, int64_t count, int64_t start);
 
 /* mub_string_trim: remove white space at both ends of the content, NULs at its back too. Content with a NUL among
  * its leading white space is removed whole.
- * Returns 1 when anything was removed. */
+ * Returns 1 when anything was removed, else 0. */
 MUB_API int mub_string_trim(mub_string *string);
 
 /* mub_string_replace_char: make every byte `from` of the content a `to` (their low 8 bits).
@@ -198,13 +228,13 @@ MUB_API void mub_string_match(mub_string *string, const char *marker, ...);
 MUB_API void mub_string_format(mub_string *string, const char *format, ...) MUB_PRINTF(2, 3);
 
 /* mub_string_insert: put `count` bytes of `text` before `position`.
- * Returns 0, nothing changed, when the position lies outside the content, there is nothing to insert or memory ran
+ * Returns 1; 0, nothing changed, when the position lies outside the content, there is nothing to insert or memory ran
  * out. */
 MUB_API int mub_string_insert(mub_string *string, int64_t position, const char *text, int64_t count);
 
 /* mub_string_update: replace `old_count` bytes at `position`, or as many as there are, by `count` bytes of `text`.
  *   text   NULL with a count of 0 deletes
- * Returns 0, nothing changed, when the position lies outside the content, `old_count` is negative, the text is NULL
+ * Returns 1; 0, nothing changed, when the position lies outside the content, `old_count` is negative, the text is NULL
  * with another count than 0, or memory ran out. */
 MUB_API int mub_string_update(mub_string *string, int64_t position, int64_t old_count, const char *text,
                               int64_t count);
@@ -226,7 +256,7 @@ MUB_API void mub_string_right(mub_string *string, int64_t count);
 
 /* mub_string_left_string: make the first `count` bytes of a string, or as many as there are, the content of `out`;
  * with a count below 1 none.
- * Returns 0 when memory ran out, `out` unchanged. */
+ * Returns 1; 0 when memory ran out, `out` unchanged. */
 MUB_API int mub_string_left_string(const mub_string *string, int64_t count, mub_string *out);
 
 /* mub_string_mid_string: the same with `count` bytes from `start`; none when either lies outside the content. */
@@ -234,6 +264,19 @@ MUB_API int mub_string_mid_string(const mub_string *string, int64_t start, int64
 
 /* mub_string_right_string: the same with the last `count` bytes. */
 MUB_API int mub_string_right_string(const mub_string *string, int64_t count, mub_string *out);
+
+/* ---- mub_stringx: a view of a span of a text that is owned elsewhere -----------------------------------------
+ *
+ * What the head of this header says of views holds for all of these.
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _term, _swap               the texts stay their owners'
+ *   _left_char, _mid_char, _right_char   the text stays its owner's; `out` refers to it, and what `out` had is not
+ *                                        released
+ *   text                       only read: its address is not kept
+ *   other                      the text stays its owner's; the view refers to it
+ *   string                     the text stays the string's; the view refers to it
+ *   out                        the text stays its owner's; `out` refers to it */
 
 typedef struct mub_stringx {
   const char *text; /* what is viewed, never owned; NULL for an empty view */
@@ -277,17 +320,17 @@ MUB_API int mub_stringx_icompare(const mub_stringx *view, const char *text, int6
 /* mub_stringx_find_char: the index of the first `character` (its low 8 bits), or -1. 0 is never found. */
 MUB_API int64_t mub_stringx_find_char(const mub_stringx *view, int character);
 
-/* mub_stringx_find_char_pos: the same at or behind index `start`; -1 when that lies outside the span. */
+/* mub_stringx_find_char_pos: the same at or behind index `start`; -1 when `start` lies outside the span. */
 MUB_API int64_t mub_stringx_find_char_pos(const mub_stringx *view, int character, int64_t start);
 
 /* mub_stringx_reverse_find: the index of the last `character` (its low 8 bits), or -1. 0 is never found. */
 MUB_API int64_t mub_stringx_reverse_find(const mub_stringx *view, int character);
 
-/* mub_stringx_find: the index of the first occurrence of a text, or -1; as mub_mem_str, NULs being bytes like any
+/* mub_stringx_find: the index of the first occurrence of a text, or -1. As in mub_mem_str, NULs are bytes like any
  * other. */
 MUB_API int64_t mub_stringx_find(const mub_stringx *view, const char *text, int64_t count);
 
-/* mub_stringx_find_pos: the same at or behind index `start`; -1 when that lies outside the span. */
+/* mub_stringx_find_pos: the same at or behind index `start`; -1 when `start` lies outside the span. */
 MUB_API int64_t mub_stringx_find_pos(const mub_stringx *view, const char *text, int64_t count, int64_t start);
 
 /* mub_stringx_is_long: whether the whole span is an integer: an optional '-' and one or more digits. */
@@ -306,7 +349,7 @@ MUB_API double mub_stringx_get_float(const mub_stringx *view);
 
 /* mub_stringx_trim: narrow the span to what stands between white space, and between NULs at its back. A span with a
  * NUL among its leading white space becomes empty; one that becomes empty keeps its start.
- * Returns 1 when the span changed or is empty, 0 when it did not or there is no text. */
+ * Returns 1 when the span changed or is empty, else 0; without a text, too. */
 MUB_API int mub_stringx_trim(mub_stringx *view);
 
 /* mub_stringx_left: keep the first `count` bytes of the span; a longer one, which is not empty, gets a negative
@@ -333,7 +376,8 @@ MUB_API void mub_stringx_mid_string(const mub_stringx *view, int64_t offset, int
 MUB_API void mub_stringx_right_string(const mub_stringx *view, int64_t count, mub_stringx *out);
 
 /* mub_stringx_left_char: make `out` view the first `count` bytes of the span, or as many as there are. What `out` had
- * is not released. Without a text its data is NULL; otherwise it lies in the text even where the length is 0. */
+ * is not released. Without a text its data is NULL; otherwise it lies in the text even where the length is 0.
+ *   out   receives the view */
 MUB_API void mub_stringx_left_char(const mub_stringx *view, int64_t count, mub_char *out);
 
 /* mub_stringx_mid_char: the same for `count` bytes from `offset`; nothing bounds the data where the length is 0. */

@@ -18,7 +18,34 @@
  * the caller's own memory, as long as no function that returns entries to a pool meets them.
  * Value pool. One made by `_init` has no block size yet: store the size of your values in `value_pool->block_size`.
  * Blocks of an owned value pool go with the whole pool; single blocks return to a caller's pool only.
- * Depth. Nothing recurses: a tree may be as deep, a ring or a chain as long, as memory allows. */
+ * Depth. Nothing recurses: a tree may be as deep, a ring or a chain as long, as memory allows.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   tree                    the tree
+ *   entry                   an entry
+ *   a, b                    the two entries
+ *   destination_user_pool   the initialised pool that becomes the copy of `source_user_pool`; else NULL
+ *
+ * Failure, where a function does not say otherwise:
+ *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped, as told
+ *            at mub_pool_free
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _init                      the record is the caller's; a pool made here is the tree's, until `_term`
+ *   _term                      what the tree owns is released; values and a caller's pools stay the caller's
+ *   _swap                      what one tree owned is the other's
+ *   _clone                     the copy is the destination's; a caller's pool is shared by both, and values are then
+ *                              copied as words
+ *   _remove_all                entries are their pool's again; values are not released
+ *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
+ *                              entries are their pool's again
+ *   _clone_entry               the copies are blocks of the tree's entry pool, which the caller links; values are
+ *                              copied as words
+ *   _entry_new                 the block is one of the entry pool, and the caller's to link or to give back
+ *   _entry_append, _entry_insert, _entry_add   the tree refers to the entry, which stays where it is, from now on
+ *   _entry_remove_x            with a caller's pool, the entries are the pool's again, though links still lead to
+ *                              them; values are not released
+ *   _entry_swap, _set_parent   entries stay where they are */
 #ifndef MUB_TREE_H
 #define MUB_TREE_H
 
@@ -30,7 +57,22 @@
 extern "C" {
 #endif
 
-/* ---- mub_tree ------------------------------------------------------------------------------------------------ */
+/* ---- mub_tree: entries with any number of children -------------------------------------------------------------
+ *
+ * Parameters, where a function does not say otherwise:
+ *   key       handed to the comparer, with its length
+ *   length    handed to the comparer
+ *   context   handed to the comparer
+ *   parent    the entry that gets a child
+ *   path      the keys of the steps
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_tree_entry *   the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ *   _entry_remove      the tree no longer refers to the entry: it is the caller's, to link or to give back
+ *   _entry_free        each value is handed to `release`, its block to a caller's value pool; the entries as in
+ *                      mub_tree_entry_remove_x
+ *   _entry_array       the words are copied
+ *   path               only read */
 
 typedef struct mub_tree_entry {
   struct mub_tree_entry *parent;      /* NULL in the root and in an entry that is not linked */
@@ -100,6 +142,8 @@ MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_p
 MUB_API mub_tree_entry *mub_tree_clone_entry(mub_tree *tree, const mub_tree_entry *source);
 
 /* mub_tree_cmp: tell whether two byte runs are equal; lengths are used as given.
+ *   a, b                 the first bytes of the runs
+ *   a_length, b_length   bytes
  * Returns 1 when they are, else 0. */
 MUB_API int mub_tree_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
@@ -191,7 +235,8 @@ MUB_API mub_tree_entry *mub_tree_entry_find_parent_x(const mub_tree_entry *stop,
                                                      mub_tree_compare_x_fn compare);
 
 /* mub_tree_entry_find_child: tell whether an entry is anywhere below another.
- * Returns 1 or 0; 0 for the entry itself. Cost: O(depth). */
+ *   ancestor   the one that may be above
+ * Returns 1 or 0, which is the answer for the entry itself, too. Cost: O(depth). */
 MUB_API int mub_tree_entry_find_child(const mub_tree_entry *ancestor, const mub_tree_entry *entry);
 
 /* mub_tree_entry_index: the position among the siblings.
@@ -250,7 +295,9 @@ MUB_API mub_tree_entry *mub_tree_find(const mub_tree *tree, const mub_array *pat
 MUB_API mub_tree_entry *mub_tree_find_x(const mub_tree *tree, const mub_array *path, uint64_t context,
                                         mub_tree_compare_x_fn compare);
 
-/* mub_tree_find_t: mub_tree_find from the middle of a path; `current` and `depth` as in mub_tree_insert_t. */
+/* mub_tree_find_t: mub_tree_find from the middle of a path.
+ *   current   where the path has led so far
+ *   depth     the steps taken: the index of the next key; at the path's end the result is NULL */
 MUB_API mub_tree_entry *mub_tree_find_t(const mub_tree_entry *current, int64_t depth, const mub_array *path,
                                         mub_tree_compare_fn compare);
 
@@ -258,9 +305,17 @@ MUB_API mub_tree_entry *mub_tree_find_t(const mub_tree_entry *current, int64_t d
 MUB_API mub_tree_entry *mub_tree_find_x_t(const mub_tree_entry *current, int64_t depth, const mub_array *path,
                                           uint64_t context, mub_tree_compare_x_fn compare);
 
-/* ---- mub_bitree ----------------------------------------------------------------------------------------------
+/* ---- mub_bitree: a binary tree of links alone -----------------------------------------------------------------
  *
- * The caller compares keys of its own, walks down by the fields and says on which side a new entry goes. */
+ * The caller compares keys of its own, walks down by the fields and says on which side a new entry goes.
+ *
+ * Ownership, where a function does not say otherwise:
+ *   mub_bitree_entry *   the entry is a block of the entry pool, or the root
+ *   _clone               the copy is the destination's; a caller's value pool is shared by both, and values are then
+ *                        copied as words
+ *   _entry_remove        the entries are the pool's again, though links still lead to them; values are not released
+ *   _entry_free          each value is handed to `release`, its block to a caller's value pool; with a caller's entry
+ *                        pool the entries are the pool's again */
 
 typedef struct mub_bitree_entry {
   struct mub_bitree_entry *parent; /* NULL in the root; on a chain of equals, the parent of its head */

@@ -10,7 +10,37 @@
  * runtime's wcslen ends it, at a wide character of 0, and wchar_t is platform-dependent. Where it has 32 bits, such a
  * text is measured in steps of two units, ends at two units of 0 (the first of which lies at an even index), and the
  * number of steps is taken for the number of units; searches for it, as by wcsstr, go through the string in steps of
- * two units too. Narrow texts end at their NUL. No text needs to be aligned for more than units. */
+ * two units too. Narrow texts end at their NUL. No text needs to be aligned for more than units.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   string               the string
+ *   a, b                 the two strings
+ *   capacity, length     units
+ *   text                 the text; may lie in the string
+ *   count                units, of a narrow text bytes; of a text, negative: up to its end
+ *   old_count            units to replace
+ *   unit                 its low 16 bits
+ *   from, to             the units, of which the low 16 bits count
+ *   value                the number to write
+ *   position, index      counted from 0
+ *   start                where the search, or the part, begins: counted from 0
+ *   source               the string to copy; stays as it is
+ *   destination          an initialised string, whose content is replaced
+ *   out                  an initialised string, whose content is replaced
+ *   units                the first of the units to search
+ *   needle               at least one unit
+ *   needle_length        units of `needle`
+ *   a_length, b_length   units at `a` and at `b`; below 1 there are none
+ *
+ * Failure, where a function does not say otherwise:
+ *   memory   without memory the string stays as it was
+ *
+ * Ownership, where a function does not say otherwise:
+ *   _term                      the buffer is released
+ *   _swap                      the buffer of one string is the other's
+ *   _replace, _match           the texts are copied
+ *   text                       copied, or only read: the address is not kept
+ *   source, destination, out   the units are copied */
 #ifndef MUB_WCHAR_H
 #define MUB_WCHAR_H
 
@@ -36,7 +66,7 @@ MUB_API void mub_wchar_term(mub_wchar *string);
 MUB_API int mub_wchar_is_empty(const mub_wchar *string);
 
 /* mub_wchar_expand: make room for `capacity` units of content; the content stays.
- * Returns 0 when memory ran out. */
+ * Returns 1; 0 when memory ran out. */
 MUB_API int mub_wchar_expand(mub_wchar *string, int64_t capacity);
 
 /* mub_wchar_shrink: set the length to `length`, or to the capacity when that is less, and write the terminator. A
@@ -52,7 +82,7 @@ MUB_API void mub_wchar_zero(mub_wchar *string, int64_t position, int64_t count);
 MUB_API void mub_wchar_swap(mub_wchar *a, mub_wchar *b);
 
 /* mub_wchar_clone: make `destination` a copy of `source`, with room for at least the capacity of the source.
- * Returns 0 when memory ran out, the destination unchanged. */
+ * Returns 1; 0 when memory ran out, the destination unchanged. */
 MUB_API int mub_wchar_clone(const mub_wchar *source, mub_wchar *destination);
 
 /* mub_wchar_copy: make `count` units of `text` the whole content; NULL empties the string. */
@@ -122,24 +152,24 @@ MUB_API int mub_wchar_icompare(const mub_wchar *string, const uint16_t *text, in
 /* mub_wchar_find_char: the index of the first `unit` (its low 16 bits), or -1. 0 is never found. */
 MUB_API int64_t mub_wchar_find_char(const mub_wchar *string, int unit);
 
-/* mub_wchar_find_char_pos: the same at or behind index `start`; -1 when that lies outside the content. */
+/* mub_wchar_find_char_pos: the same at or behind index `start`; -1 when `start` lies outside the content. */
 MUB_API int64_t mub_wchar_find_char_pos(const mub_wchar *string, int unit, int64_t start);
 
 /* mub_wchar_reverse_find: the index of the last `unit` (its low 16 bits), or -1. 0 is never found. */
 MUB_API int64_t mub_wchar_reverse_find(const mub_wchar *string, int unit);
 
-/* mub_wchar_find: the index of the first occurrence of `text`, or -1; nothing is found in an empty string.
+/* mub_wchar_find: the index of the first occurrence of `text`, or -1, also in an empty string.
  *   count   not negative: as mub_wchar_str; negative: as wcsstr, which finds an empty text at once and ends at the
  *           first wide character of 0; an occurrence begins in the content and ends in the buffer */
 MUB_API int64_t mub_wchar_find(const mub_wchar *string, const uint16_t *text, int64_t count);
 
-/* mub_wchar_find_pos: the same at or behind index `start`; -1 when that lies outside the content. */
+/* mub_wchar_find_pos: the same at or behind index `start`; -1 when `start` lies outside the content. */
 MUB_API int64_t mub_wchar_find_pos(const mub_wchar *string, const uint16_t *text, int64_t count,
                                    int64_t start);
 
 /* mub_wchar_trim: remove white space at both ends of the content, units of 0 at its back too. Content with a unit of
  * 0 among its leading white space is removed whole.
- * Returns 1 when anything was removed. */
+ * Returns 1 when anything was removed, else 0. */
 MUB_API int mub_wchar_trim(mub_wchar *string);
 
 /* mub_wchar_replace_char: make every unit `from` of the content a `to` (their low 16 bits).
@@ -156,14 +186,16 @@ MUB_API int64_t mub_wchar_replace_char(mub_wchar *string, int from, int to);
 MUB_API int64_t mub_wchar_replace(mub_wchar *string, const uint16_t *from, const uint16_t *to);
 
 /* mub_wchar_insert: put `count` units of `text` before `position`.
- * Returns 0, nothing changed, when the position lies outside the content, the count is below 1 (a negative one does
- * not measure the text), the text is NULL or memory ran out. */
+ *   count   units; a negative one does not measure the text
+ * Returns 1; 0, nothing changed, when the position lies outside the content, the count is below 1, the text is NULL or
+ * memory ran out. */
 MUB_API int mub_wchar_insert(mub_wchar *string, int64_t position, const uint16_t *text, int64_t count);
 
 /* mub_wchar_update: replace `old_count` units at `position`, or as many as there are, by `count` units of `text`.
- *   text   NULL with a count of 0 deletes
- * Returns 0, nothing changed, when the position lies outside the content, a count is negative (none measures the
- * text), the text is NULL with a count above 0, or memory ran out. */
+ *   text    NULL with a count of 0 deletes
+ *   count   units; a negative one does not measure the text
+ * Returns 1; 0, nothing changed, when the position lies outside the content, a count is negative, the text is NULL with
+ * a count above 0, or memory ran out. */
 MUB_API int mub_wchar_update(mub_wchar *string, int64_t position, int64_t old_count, const uint16_t *text,
                              int64_t count);
 
@@ -184,7 +216,7 @@ MUB_API void mub_wchar_right(mub_wchar *string, int64_t count);
 
 /* mub_wchar_left_wchar: make the first `count` units of a string, or as many as there are, the content of `out`; with
  * a count below 1 none.
- * Returns 0 when memory ran out, `out` unchanged. */
+ * Returns 1; 0 when memory ran out, `out` unchanged. */
 MUB_API int mub_wchar_left_wchar(const mub_wchar *string, int64_t count, mub_wchar *out);
 
 /* mub_wchar_mid_wchar: the same with `count` units from `start`; none when either lies outside the content. */
@@ -205,6 +237,7 @@ MUB_API int64_t mub_wchar_str(const uint16_t *units, int64_t length, const uint1
                               int64_t needle_length);
 
 /* mub_wchar_cmp: order two runs of units by value.
+ *   a, b   the first units of the runs
  * Returns the difference of the first two that are unequal, else that of the lengths cut to 32 bits. */
 MUB_API int mub_wchar_cmp(const uint16_t *a, int64_t a_length, const uint16_t *b, int64_t b_length);
 

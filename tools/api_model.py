@@ -29,19 +29,21 @@ REFERENCES = [
     re.compile(r"[,;:] (?:and |otherwise )?as (mub_\w+)"),
     re.compile(r"\bthe same as (mub_\w+)"),
     re.compile(r"^(mub_\w+) (?:with|from|for)\b"),
-    re.compile(r"\bas (mub_\w+) does\b"),
+    re.compile(r"\b(?:read )?as (mub_\w+) (?:does|reads)\b"),
 ]
+NOTHING_KEPT = "Nothing is handed over."
 SORTED = "Sorted use: the array is in the order that its `descending` field names."
 # A comment that is a noun phrase tells its result: "the index of …", "whether …", "1 when …".
-RESULT_PHRASE = re.compile(r"(the|whether|1 when|bytes that)\b")
+RESULT_PHRASE = re.compile(r"(the(?! same)|whether|1 when|bytes that)\b")
 FAILURE = re.compile(
     r"(?:^|[;,:] (?:and |else )?)(?:also )?(0\.0|0|NULL|-1|empty)"
-    r"(?= (?:when|unless|for|at|in|outside|behind|before|without|beyond|below|otherwise)\b|, [^;]*?\b(?:when|unless|for)\b)"
+    r"(?= (?:when|unless|for|at|in|outside|behind|before|without|but for)\b|, [^;]*?\b(?:when|unless|for)\b)"
     r"(.*?)(?=[;,] (?:0\.0|0|NULL|-1|1|empty)\b(?! to)|\.?$)")
-OR_VALUE = re.compile(r", or (0\.0|0|NULL|-1)(?:[,.;]|$)")
+OR_VALUE = re.compile(r", or (0\.0|0|NULL|-1)(?=[,.;]|$)(, also [^.;]*)?")
+MEMORY = re.compile(r"\b[Mm]emory\b|\b(?:can|could)(?:not)? be (?:allocated|had)\b")
 REFUSAL = re.compile(
-    r"\bmemory\b|cannot be allocated|[Dd]oes nothing|do nothing|changes? nothing|adds? nothing|[Nn]othing (is|happens|changes)"
-    r"|refused|left (alone|as it is)|stays? (empty|unchanged)|is dropped|keeps everything|the block is dropped")
+    r"[Dd](?:oes|o|oing) nothing|(?:changes?|adds?|appends|finds) nothing|[Nn]othing (?:happens(?! with)|changes|is changed|is appended)"
+    r"|refused|left (?:alone|as it is)|stays? (?:empty|unchanged|as it was)|is dropped|is ignored|keeps everything")
 OWNERSHIP = re.compile(
     r"released? (it )?with|\bwith (mub_\w*)?free\b|is the caller's|handed over|for the caller to|[Vv]alid until|are copied|\bcopied as"
     r"|forgotten, not released|what it held is|not released|never owned|is released|neither linked|stays? the caller's|goes? back to"
@@ -107,11 +109,12 @@ def pointee(type_):
 
 
 class Model:
-    def __init__(self, root):
+    def __init__(self, root, allocating=()):
         self.root = Path(root)
         self.declared, self.scopes, self.previous = {}, {}, {}
         self.records, self.callbacks, self.objects = {}, {}, {}
         self.faults = []
+        self.allocating = frozenset(allocating)
         for path in headers.public_headers(root):
             self.scopes[path.name] = headers.scopes_of(path)
             self.records.update({record.name: record for record in headers.records_of(path)})
@@ -176,7 +179,7 @@ class Model:
                 before = self.previous[before]
             return before or ""
         for pattern in REFERENCES:
-            match = pattern.search(text)
+            match = pattern.search(self.docs[name].sentences[0])
             if match and match.group(1) in self.declared and match.group(1) != name:
                 return match.group(1)
         return ""
@@ -220,15 +223,17 @@ class Model:
 
     def direction_of(self, name, parameter, doc):
         kind = parameter.type
-        if not is_pointer(kind) or (pointee(kind).startswith("const ") and not is_pointer(pointee(kind))):
+        target = pointee(kind)
+        if not is_pointer(kind) or target.endswith("const") or (target.startswith("const ") and "*" not in target):
             return "in"
-        if re.search(r"^in:.*\bout:", doc) or parameter.name.endswith("_io"):
+        if re.search(r"\bin:.*\bout:", doc) or parameter.name.endswith("_io"):
             return "inout"
-        if re.match(r"(out:|receives?\b)", doc) or parameter.name.endswith("_out"):
+        if re.match(r"(out:|receives?\b|initialised anew|room for|where the bytes go)", doc):
             return "out"
-        if name.endswith("_init") or name == "mub_mem_zero":
+        if parameter.name.endswith("_out") or name.endswith("_init"):
             return "out"
-        if pointee(kind) in ("char", "void") and "mub_mem" not in name and "str_trim" not in name:
+        # Blocks are handed over by address; what lies in them is nobody's business but their owner's.
+        if target == "void" and parameter.name != "source":
             return "in"
         return "inout"
 
@@ -249,14 +254,17 @@ class Model:
 
     def own_returns(self, name):
         doc = self.docs[name]
-        if doc.returns or not doc.sentences:
-            return doc.returns
-        text = doc.sentences[0].removeprefix("sorted: ")
-        if not RESULT_PHRASE.match(text):
-            return ""
-        if text.startswith("whether "):
-            return f"1 when {text.removeprefix('whether ').rstrip('.')}, else 0."
-        return text
+        text = doc.sentences[0].removeprefix("sorted: ") if doc.sentences else ""
+        if doc.returns:
+            # "remove the item at `index`. Returns it, …"
+            named = text if RESULT_PHRASE.match(text) else (re.search(r"\bthe \w+", text) or [""])[0]
+            return re.sub(r"^it\b", named.rstrip("."), doc.returns)
+        if RESULT_PHRASE.match(text):
+            return re.sub(r"^whether (.*)\.$", r"1 when \1, else 0.", text)
+        special = FAILURE.search(text)
+        if special and text.startswith("the same"):
+            return f"{self.returns_of(self.reference_of(name)).rstrip('.')}, also{special.group(2)}."
+        return ""
 
     def returns_of(self, name):
         if self.declared[name].type == "void":
@@ -265,47 +273,78 @@ class Model:
             text = self.own_returns(leaned_on)
             if text and self.declared[leaned_on].type != "void":
                 return text
-        self.faults.append(f"{self.place(name)}: no Returns")
         return ""
 
-    def refusals(self, name):
+    def told_of(self, name, pattern):
+        """The clauses and notes that match, of the function itself or else of the first one that it leans on."""
         for leaned_on in self.chain(name):
             doc = self.docs[leaned_on]
-            told = [sentence for sentence in doc.sentences if REFUSAL.search(sentence)]
-            told += [f"`{note}`: {text}" for note, text in doc.notes.items() if "memory" in text]
+            told = [clause for sentence in doc.sentences for clause in sentence.split("; ") if pattern.search(clause)]
+            told += [f"`{note}`: {text}" for note, text in doc.notes.items() if pattern.search(text)]
             if told:
                 return said(*told)
         return ""
 
     def failure_of(self, name, returns):
-        for match in FAILURE.finditer(returns):
-            value, doc = match.groups()
-            if value == "empty":
-                return Failure("none", f"The result is empty{doc}.")
-            return Failure(value, said(doc.lstrip(" ,")))
+        """What tells that nothing was found or done, and when; what happens without memory where that can be."""
+        value, doc = "none", ""
+        match = FAILURE.search(returns)
         either = OR_VALUE.search(returns)
-        if either:
-            return Failure(either.group(1), "When there is none.")
-        told = self.refusals(name) or self.listed("Failure", self.declared[name], self.declared[name].type)
-        return Failure("none", told)
+        if match and match.group(1) == "empty":
+            doc = f"The result is empty{match.group(2)}."
+        elif match and not re.search(r"_i?(cmp|compare)$", name):
+            value, doc = match.group(1), said(match.group(2).lstrip(" ,"))
+        elif either:
+            value, doc = either.group(1), said("when there is none" + (either.group(2) or ""))
+        else:
+            doc = self.told_of(name, REFUSAL)
+        if name in self.allocating and not MEMORY.search(doc):
+            doc = f"{doc} {self.without_memory(name, returns)}".strip()
+        return Failure(value, doc)
+
+    def without_memory(self, name, returns):
+        told = [f"the result is {clause}" for clause in returns.split("; ") if MEMORY.search(clause)]
+        text = said(*told) or self.told_of(name, MEMORY) or said(self.listed("Failure", self.declared[name], "memory"))
+        if not text:
+            self.faults.append(f"{self.place(name)}: may allocate, but what happens without memory is not told")
+        return text
 
     def ownership_of(self, name):
+        """By its header's rule for the operation, else what is said at the function, else by the header's rules for the
+        result's type and for the parameters."""
         found = self.declared[name]
+        result, operation = self.result_rule(found), self.operation_rule(name)
+        if operation:
+            return said(result if result.startswith("the result is the record") else "", operation)
         for leaned_on in self.chain(name):
             doc = self.docs[leaned_on]
-            told = [sentence for sentence in doc.sentences if OWNERSHIP.search(sentence)]
-            told += ["The result is " + doc.returns] if OWNERSHIP.search(doc.returns) else []
+            told = [clause for sentence in doc.sentences for clause in sentence.split("; ") if OWNERSHIP.search(clause)]
+            returned = self.own_returns(leaned_on).split("; ")
+            told += [f"the result is {clause}" for clause in returned if OWNERSHIP.search(clause)]
             told += [f"`{note}`: {text}" for note, text in doc.notes.items() if OWNERSHIP.search(text)]
             if told:
                 return said(*told)
-        rules = []
-        if is_pointer(found.type):
-            if found.parameters and found.parameters[0].type == found.type:
-                rules.append("the result is the record that was passed")
-            else:
-                rules.append(self.listed("Ownership", found, found.type))
-        rules += [self.listed("Ownership", found, parameter.name) for parameter in found.parameters]
-        return said(*rules)
+        rules = [(parameter.name, self.listed("Ownership", found, parameter.name)) for parameter in found.parameters]
+        rules = [f"`{parameter}`: {rule}" for parameter, rule in rules if rule]
+        if is_pointer(found.type) and not result:
+            self.faults.append(f"{self.place(name)}: whose is the result?")
+        return said(result, *rules) or NOTHING_KEPT
+
+    def result_rule(self, found):
+        if not is_pointer(found.type):
+            return ""
+        same = [parameter.name for parameter in found.parameters if parameter.type == found.type]
+        if same and pointee(found.type) == f"mub_{self.module_of(found.name)}":
+            return f"the result is the record that was passed as `{same[-1]}`"
+        return self.listed("Ownership", found, found.type)
+
+    def operation_rule(self, name):
+        for leaned_on in self.chain(name):
+            operation = leaned_on.removeprefix(f"mub_{self.module_of(leaned_on)}")
+            rule = self.listed("Ownership", self.declared[name], operation)
+            if rule:
+                return rule
+        return ""
 
     def chained(self, name, part):
         for leaned_on in self.chain(name):
@@ -341,6 +380,8 @@ class Model:
         found = self.declared[name]
         summary, description = self.texts_of(name)
         returns = self.returns_of(name)
+        if not returns and found.type != "void":
+            self.faults.append(f"{self.place(name)}: no Returns")
         return Function(
             name, self.module_of(name), found.path.name, found.line, found.code, summary, description,
             list(self.parameters_of(name)), found.type, capital(returns), self.failure_of(name, returns),
@@ -353,5 +394,6 @@ def is_prose(paragraph):
     return all(re.match(r" \S", line) for line in paragraph)
 
 
-def load(root):
-    return Model(root)
+def load(root, allocating=()):
+    """The model of the headers under `root`; `allocating`: the functions that may allocate, if that is known."""
+    return Model(root, allocating)
