@@ -75,7 +75,17 @@
  *   _from_string               the pieces are copied
  *   _to_string                 the text is the string's
  *   _qsort_p, _qsort_n         entries (items, words) stay where they are, but for their order
- *   value, item                kept as a word; what it stands for stays the caller's */
+ *   value, item                kept as a word; what it stands for stays the caller's
+ *
+ * Fields, where a record does not say otherwise:
+ *   key          the key
+ *   value        the caller's; may be changed in place
+ *   entries      the table; NULL until the first growth
+ *   count        entries in use
+ *   capacity     slots in the table
+ *   pool         the value pool; NULL, made by `_init`, or the caller's, written here
+ *   own_pool     1: made by `_init`, released by `_term`
+ *   descending   not 0: the order of the sorted operations is descending */
 #ifndef MUB_ARRAY_H
 #define MUB_ARRAY_H
 
@@ -517,6 +527,7 @@ MUB_API void mub_arrayd_from_string(mub_arrayd *array, int separator, const char
  *   mub_arrayx_entry *   the entry lies in the array's table: valid until the array grows, or the entry is moved or
  *                        removed */
 
+/* One slot, as mub_arrayd_entry. */
 typedef struct mub_arrayx_entry {
   uint64_t key;
   uint64_t value;

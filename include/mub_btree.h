@@ -62,7 +62,16 @@
  *                                           it yet
  *   _remove_entry_t            the entry is its pool's again
  *   _clone_entry               the copies are the destination's; values are copied as words
- *   value                      kept as a word; what it stands for stays the caller's */
+ *   value                      kept as a word; what it stands for stays the caller's
+ *
+ * Fields, where a record does not say otherwise:
+ *   root                              the top of the tree; a leaf while there are few keys
+ *   key                               the key
+ *   key_length                        bytes
+ *   next                              the record behind it; NULL at the greatest key
+ *   entry_pool                        where the entries come from; NULL when there is none
+ *   node_pool                         where the records come from; NULL when there is none
+ *   owns_node_pool, owns_value_pool   1: made by `_init`, released by `_term` */
 #ifndef MUB_BTREE_H
 #define MUB_BTREE_H
 

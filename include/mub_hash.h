@@ -46,7 +46,12 @@
  *   _remove             the value is handed over, not released; the entry is its pool's again
  *   _free               the value is handed to `release`, its block to a caller's value pool; the entry is its pool's
  *                       again
- *   value               kept as a word; what it stands for stays the caller's */
+ *   value               kept as a word; what it stands for stays the caller's
+ *
+ * Fields, where a record does not say otherwise:
+ *   key               the key
+ *   entry_pool        where the entries come from; NULL when there is none
+ *   owns_value_pool   1: made by `_init`, released by `_term` */
 #ifndef MUB_HASH_H
 #define MUB_HASH_H
 

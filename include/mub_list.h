@@ -55,7 +55,12 @@
  *   _find_at, _find            the entry is a block of the entry pool, and the list's until it is removed
  *   _from_string               the pieces are copied
  *   _to_string                 the text is the string's
- *   value                      kept as a word; what it stands for stays the caller's */
+ *   value                      kept as a word; what it stands for stays the caller's
+ *
+ * Fields, where a record does not say otherwise:
+ *   tail              NULL when the list is empty
+ *   entry_pool        where the entries come from; NULL when there is none
+ *   owns_value_pool   1: made by `_init`, released by `_term` */
 #ifndef MUB_LIST_H
 #define MUB_LIST_H
 
@@ -271,6 +276,7 @@ MUB_API void mub_list_to_string(const mub_list *list, int separator, mub_string 
  *   mub_lists_entry *    the entry is a block of the entry pool, and the list's until it is removed
  *   _remove_all_entry    entries are their pool's again, though the list still refers to them; values are not released */
 
+/* One entry; it stays where it is until it is removed. */
 typedef struct mub_lists_entry {
   struct mub_lists_entry *prev; /* NULL at the head */
   struct mub_lists_entry *next; /* NULL at the tail */
@@ -419,6 +425,7 @@ MUB_API void mub_lists_free_all_entry(mub_lists *list, mub_free_fn release);
  * Ownership, where a function does not say otherwise:
  *   mub_listx_block *   the block is one of the entry pool */
 
+/* One block of values. */
 typedef struct mub_listx_block {
   struct mub_listx_block *prev; /* NULL at the head */
   struct mub_listx_block *next; /* NULL at the tail */

@@ -68,7 +68,7 @@ typedef struct mub_pool_iter {
   int64_t chunk;      /* chunk of the block returned last */
   int64_t slot;       /* its place in the chunk, in blocks */
   void **free_blocks; /* the released blocks, sorted; NULL when there were none */
-  mub_pool *pool;
+  mub_pool *pool;     /* the pool that is walked */
 } mub_pool_iter;
 
 /* mub_pool_init: make the record an empty pool. Nothing is allocated; set `block_size` next.

@@ -45,7 +45,11 @@
  *   _entry_append, _entry_insert, _entry_add   the tree refers to the entry, which stays where it is, from now on
  *   _entry_remove_x            with a caller's pool, the entries are the pool's again, though links still lead to
  *                              them; values are not released
- *   _entry_swap, _set_parent   entries stay where they are */
+ *   _entry_swap, _set_parent   entries stay where they are
+ *
+ * Fields, where a record does not say otherwise:
+ *   entry_pool        where the entries come from; NULL when there is none
+ *   owns_value_pool   1: made by `_init`, released by `_term` */
 #ifndef MUB_TREE_H
 #define MUB_TREE_H
 
@@ -74,6 +78,7 @@ extern "C" {
  *   _entry_array       the words are copied
  *   path               only read */
 
+/* One entry; it stays where it is until it is released. */
 typedef struct mub_tree_entry {
   struct mub_tree_entry *parent;      /* NULL in the root and in an entry that is not linked */
   struct mub_tree_entry *first_child; /* NULL when there is none */
@@ -317,6 +322,7 @@ MUB_API mub_tree_entry *mub_tree_find_x_t(const mub_tree_entry *current, int64_t
  *   _entry_free          each value is handed to `release`, its block to a caller's value pool; with a caller's entry
  *                        pool the entries are the pool's again */
 
+/* One entry; it stays where it is until it is released. */
 typedef struct mub_bitree_entry {
   struct mub_bitree_entry *parent; /* NULL in the root; on a chain of equals, the parent of its head */
   struct mub_bitree_entry *equal;  /* the next entry that ranks equal, or NULL */

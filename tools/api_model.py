@@ -173,7 +173,7 @@ class Model:
     def reference_of(self, name):
         """The function whose comment this one's leans on."""
         text = " ".join(self.docs[name].sentences)
-        if re.match(r"(sorted: )?the same\b(?! as mub_)", text):
+        if re.match(r"the same\b(?! as mub_)", text):
             before = self.previous[name]
             while before and re.match(r"the same\b(?! as mub_)", " ".join(self.docs[before].sentences)):
                 before = self.previous[before]
@@ -371,6 +371,29 @@ class Model:
                 return summary, " ".join(filter(None, [*sentences[1:], *behind, description]))
             behind.append(f"{reference}: {summary} {description}".strip())
         return said(sentences[0]), " ".join([*(capital(sentence) for sentence in sentences[1:]), *behind])
+
+    # ---- records and callbacks ----
+
+    def field_doc(self, record, field):
+        doc = field.doc or self.listed("Fields", record, field.name)
+        if not doc:
+            self.faults.append(f"{record.path.relative_to(self.root)}: {record.name}.{field.name}: no text")
+        return capital(doc)
+
+    def record_summary(self, record):
+        """Its comment; without one, what its module is."""
+        module = self.modules.get(record.name.removeprefix("mub_"))
+        text = capital(record.doc) or (module.title + "." if module else "")
+        if not text:
+            self.faults.append(f"{record.path.relative_to(self.root)}: {record.name}: no text")
+        return text
+
+    def callback_doc(self, callback):
+        text = headers.joined(headers.lines_of(callback.comment)).removeprefix(f"{callback.name}:").strip()
+        if not text:
+            self.faults.append(f"{callback.path.relative_to(self.root)}: {callback.name}: no text")
+        names = list(self.callbacks)
+        return capital(re.sub(r"^the same\b", f"as {names[names.index(callback.name) - 1]},", text))
 
     @cached_property
     def functions(self):

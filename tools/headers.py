@@ -18,7 +18,7 @@ CALLBACK = re.compile(r"\btypedef\b([^;{}()]*)\(\*(\w+)\)\s*\(([^;]*)\);")
 FORMAT_ATTRIBUTE = re.compile(r"\bMUB_PRINTF\([^()]*\)")
 
 BANNER = re.compile(r"-{4} (.*?) -+$")
-LISTING = re.compile(r"(\w+), where a function does not say otherwise:$")
+LISTING = re.compile(r"(\w+), where a (?:function|record) does not say otherwise:$")
 # "   name, name   text": a note on parameters, or a line of a listing. Names are words, types or "...".
 NOTE = re.compile(r" {3}((?:[\w.]+(?: \*+)?)(?:, [\w.]+(?: \*+)?)*) {2,}(\S.*)$")
 SENTENCE_END = re.compile(r"(?<=[.:])\s+(?=(?:Returns|Invalidates:|Cost:)\s)|(?<=[.])\s+")

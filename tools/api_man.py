@@ -1,0 +1,143 @@
+"""Manual pages of the model: one of section 3 for each function, one of section 7 for each module."""
+
+import re
+import textwrap
+
+WIDTH = 78
+
+
+def escaped(text):
+    text = text.replace("\\", "\\e").replace("-", "\\-").replace("'", "\\(aq")
+    # Typewriter words are bold: names, values, what is typed.
+    text = re.sub(r"`([^`]*)`", r"\\fB\1\\fR", text)
+    return re.sub(r"(?<![\w\\])(mub_\w+)", r"\\fB\1\\fR", text).replace("\\fB\\fB", "\\fB").replace("\\fR\\fR", "\\fR")
+
+
+def filled(text):
+    """`text` as lines that no macro is taken for."""
+    lines = textwrap.wrap(escaped(text), WIDTH, break_long_words=False, break_on_hyphens=False)
+    return [f"\\&{line}" if line.startswith((".", "\\(aq")) else line for line in lines]
+
+
+def section(title, *texts):
+    lines = [f".SH {title}"]
+    for number, text in enumerate(text for text in texts if text):
+        lines += ([".PP"] if number else []) + filled(text)
+    return lines if len(lines) > 1 else []
+
+
+def terms(title, entries):
+    lines = [f".SH {title}"]
+    for term, text in entries:
+        lines += [".TP", f".B {escaped(term)}", *filled(text)]
+    return lines if entries else []
+
+
+def head(name, number, api):
+    # No date: the pages of one version are the same whenever they are made.
+    return [f'.TH {name.upper()} {number} "libmub {api["version"]}" "libmub {api["version"]}" "libmub"']
+
+
+def declared(declaration):
+    """A declaration as lines of a synopsis, its parameters below each other where one line cannot hold them."""
+    if len(declaration) <= WIDTH:
+        return [f".B {quoted(declaration)}"]
+    opening, _, parameters = declaration.partition("(")
+    parts = parameters.split(", ")
+    indent = " " * 4
+    return [f".B {quoted(opening + '(')}"] + [
+        f".B {quoted(indent + part + (',' if part != parts[-1] else ''))}" for part in parts]
+
+
+def quoted(text):
+    return '"' + text.replace("\\", "\\e").replace('"', '\\(dq').replace("-", "\\-") + '"'
+
+
+def references(names):
+    lines = [f".BR {name} ({number}){comma}" for (name, number), comma in zip(
+        names, [" ,"] * (len(names) - 1) + [""])]
+    return [".SH SEE ALSO", *lines]
+
+
+def failure_text(failure):
+    if failure["value"] == "none":
+        return failure["doc"]
+    return f"`{failure['value']}`: {failure['doc'][:1].lower()}{failure['doc'][1:]}"
+
+
+def neighbours(function, functions):
+    """What one reads next: the function that its comment leans on, and those declared around it."""
+    names = [other["name"] for other in functions if other["module"] == function["module"]]
+    place = names.index(function["name"])
+    near = [function["refers_to"], *names[max(place - 2, 0):place], *names[place + 1:place + 3]]
+    return [name for name in dict.fromkeys(near) if name]
+
+
+def function_page(function, api):
+    memory = ("May allocate memory." if function["may_allocate"] else
+              "Allocates no memory.") + " What callbacks do is not counted."
+    see = [(name, 3) for name in neighbours(function, api["functions"])] + [(f"mub_{function['module']}", 7)]
+    return [
+        *head(function["name"], 3, api),
+        ".SH NAME", f"{function['name']} \\- {escaped(plain(function['summary']))}",
+        ".SH SYNOPSIS", ".nf", f".B #include <{function['header']}>", ".PP", *declared(function["declaration"]), ".fi",
+        *section("DESCRIPTION", function["summary"], function["description"]),
+        *terms("PARAMETERS", [(f"{parameter['name']} ({parameter['direction']})", parameter["doc"] + ".")
+                              if not parameter["doc"].endswith(".") else
+                              (f"{parameter['name']} ({parameter['direction']})", parameter["doc"])
+                              for parameter in function["parameters"]]),
+        *section("RETURN VALUE", function["returns"]["doc"]),
+        *section("FAILURE", failure_text(function["failure"])),
+        *section("OWNERSHIP", function["ownership"]),
+        *section("INVALIDATES", function["invalidates"]),
+        *section("COST", function["cost"]),
+        *section("MEMORY", memory),
+        *references(see),
+    ]
+
+
+def plain(summary):
+    """A summary as the description of a NAME line."""
+    text = summary.rstrip(".")
+    return text if re.match(r"[A-Z]{2}|mub_", text) else text[:1].lower() + text[1:]
+
+
+def record_section(record):
+    lines = [f".SS {record['name']}", *filled(f"{record['summary']} {record['size']} bytes.")]
+    for field in record["fields"]:
+        lines += [".TP", f".B {quoted(field_declaration(field))}", *filled(field["doc"])]
+    return lines
+
+
+def field_declaration(field):
+    kind, bracket, bound = field["type"].partition("[")
+    return f"{kind}{'' if kind.endswith('*') else ' '}{field['name']}{bracket}{bound}"
+
+
+def module_page(module, api):
+    mine = [function for function in api["functions"] if function["module"] == module["name"]]
+    records = [record for record in api["records"] if record["module"] == module["name"]]
+    lines = [
+        *head(f"mub_{module['name']}", 7, api),
+        ".SH NAME", f"mub_{module['name']} \\- {escaped(plain(module['title']))}",
+        ".SH SYNOPSIS", f".B #include <{module['header']}>",
+        *section("DESCRIPTION", module["summary"]),
+    ]
+    if records:
+        lines += [".SH RECORDS"] + [line for record in records for line in record_section(record)]
+    lines += terms("FUNCTIONS", [(f"{function['name']}(3)", function["summary"]) for function in mine])
+    others = [(f"mub_{other['name']}", 7) for other in api["modules"]
+              if other["header"] == module["header"] and other != module]
+    return lines + (references(others) if others else [])
+
+
+def write_pages(api, directory):
+    for number, pages in ((3, [(function["name"], function_page(function, api)) for function in api["functions"]]),
+                          (7, [(f"mub_{module['name']}", module_page(module, api)) for module in api["modules"]])):
+        target = directory / f"man{number}"
+        target.mkdir(parents=True, exist_ok=True)
+        expected = {f"{name}.{number}" for name, _ in pages}
+        for stray in [path for path in target.iterdir() if path.name not in expected]:
+            stray.unlink()
+        for name, lines in pages:
+            (target / f"{name}.{number}").write_text("\n".join(lines) + "\n")
