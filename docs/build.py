@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Builds the HTML documentation: OUT/html, with everything that Doxygen reads in OUT/work.
+"""Builds the HTML documentation in PAGES; what Doxygen reads goes to WORK. What either holds is lost.
 
-    docs/build.py --out OUT --mubdex PROGRAM [--api mub-api.json]
+    docs/build.py --pages PAGES --work WORK --mubdex PROGRAM --library LIBMUB
 
 The headers' comments, resolved by tools/api_model.py, become the input of Doxygen; the pictures are drawn from live
 containers by mubdex; the index of the search box is made of Doxygen's tag file, so that it leads where the functions are.
@@ -22,6 +22,7 @@ sys.dont_write_bytecode = True
 ROOT = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT / "tools")]
 
+import api_calls  # noqa: E402
 import api_model  # noqa: E402
 from doxygen_headers import OVERALL, Writer  # noqa: E402
 from tidy import tidy  # noqa: E402
@@ -135,14 +136,13 @@ def places(tag_file):
     return found
 
 
-def search_index(model, tag_file, api):
-    """One row a function: name, module, URL, summary, and whether it may allocate (null: not known)."""
+def search_index(model, tag_file):
+    """One row a function: name, module, URL, summary, and whether it may allocate."""
     url = places(tag_file)
-    allocates = {f["name"]: f["may_allocate"] for f in api["functions"]} if api else {}
     missing = [name for name in model.functions if name not in url]
     if missing:
         sys.exit(f"docs/build.py: no place in the pages for {', '.join(missing)}")
-    return [[f.name, f.module, url[f.name], f.summary, allocates.get(f.name)] for f in model.functions.values()]
+    return [[f.name, f.module, url[f.name], f.summary, f.name in model.allocating] for f in model.functions.values()]
 
 
 # ---- all of it ----
@@ -169,17 +169,18 @@ def version():
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--out", type=Path, required=True)
+    parser.add_argument("--pages", type=Path, required=True)
+    parser.add_argument("--work", type=Path, required=True)
     parser.add_argument("--mubdex", required=True)
-    parser.add_argument("--api", type=Path)
+    parser.add_argument("--library", required=True)
     options = parser.parse_args()
-    work, pages = options.out / "work", options.out / "html"
+    work, pages = options.work, options.pages
     for directory in (work, pages):
         shutil.rmtree(directory, ignore_errors=True)
     (work / "input").mkdir(parents=True)
     pages.mkdir()
 
-    model = api_model.load(ROOT)
+    model = api_model.load(ROOT, api_calls.allocating(options.library))
     write_input(model, work, pages, options.mubdex)
     settings = {"MUB_ROOT": str(ROOT), "MUB_DOCS_WORK": str(work.resolve()), "MUB_VERSION": version()}
     subprocess.run(["doxygen", str(ROOT / "docs/Doxyfile")], env={**os.environ, **settings}, check=True)
@@ -189,8 +190,7 @@ def main():
     for path in pages.glob("*.html"):
         path.write_text(tidy(path.read_text()))
 
-    api = json.loads(options.api.read_text()) if options.api else None
-    rows = search_index(model, work / "mub.tag", api)
+    rows = search_index(model, work / "mub.tag")
     (pages / "api-index.js").write_text(
         "window.MUB_INDEX = [\n" + ",\n".join(json.dumps(row, ensure_ascii=False) for row in rows) + "\n];\n")
     shutil.copy(ROOT / "docs/search.js", pages)

@@ -2,6 +2,7 @@
 
 import re
 
+from api_model import capital
 from doxygen_text import Text, escaped
 
 OVERALL = "base"  # the module of what every header shares
@@ -12,7 +13,7 @@ def comment(*parts):
 
 
 def sentences(text):
-    return re.split(r"(?<=[.:]) ", text)
+    return re.split(r"(?<=\.) ", text)
 
 
 def unsaid(text, said):
@@ -27,9 +28,8 @@ class Writer:
         self.model, self.titles, self.notes = model, titles, notes
         self.text = Text([*model.functions, *model.records, *model.callbacks, *model.objects])
 
-    def module_of(self, name):
-        module = self.model.module_of(name)
-        return module if module in self.model.modules else OVERALL
+    def module_of(self, found):
+        return OVERALL if found.path.name == "mub_base.h" else self.model.module_of(found.name)
 
     # ---- one name ----
 
@@ -47,21 +47,13 @@ class Writer:
         return comment(*parts) + found.declaration + "\n"
 
     def record(self, found):
-        fields = "".join(f"  {field_code(field)} /**< {self.text.line(field.doc) or '&nbsp;'} */\n" for field in found.fields)
-        about = found.doc or self.record_title(found.name)
-        return comment("@brief " + self.text.line(about)) + f"typedef struct {found.name} {{\n{fields}}} {found.name};\n"
-
-    def record_title(self, name):
-        module = self.module_of(name)
-        if name != f"mub_{module}":
-            return f"One {name.split('_')[-1]}."
-        title = self.titles.get(module) or self.model.modules[module].title
-        return f"{title[:1].upper()}{title[1:]}."
+        fields = "".join(f"  {field_code(field)} /**< {self.text.line(self.model.field_doc(found, field))} */\n"
+                         for field in found.fields)
+        about = self.text.line(self.model.record_summary(found))
+        return comment(f"@brief {about}") + f"typedef struct {found.name} {{\n{fields}}} {found.name};\n"
 
     def callback(self, found):
-        about = re.sub(r"^/\*\s*\w+:\s*|\s*\*/$", "", found.comment)
-        about = " ".join(line.strip(" *") for line in about.splitlines())
-        return comment("@brief " + self.text.line(about[:1].upper() + about[1:])) + found.code + "\n"
+        return comment("@brief " + self.text.line(self.model.callback_doc(found))) + found.code + "\n"
 
     def object(self, found):
         about = re.sub(r"^/\*\s*\w+:\s*|\s*\*/$", "", found.comment)
@@ -107,8 +99,8 @@ class Writer:
         title = self.titles.get(name) or self.model.modules[name].title
         return (comment(f"@defgroup {name} mub_{name}: {title[:1].lower() + title[1:]}", self.description(name, header),
                         "@{")
-                + "".join(self.record(r) for r in self.model.records.values() if self.module_of(r.name) == name)
-                + "".join(self.callback(c) for c in self.model.callbacks.values() if self.module_of(c.name) == name)
+                + "".join(self.record(r) for r in self.model.records.values() if self.module_of(r) == name)
+                + "".join(self.callback(c) for c in self.model.callbacks.values() if self.module_of(c) == name)
                 + "".join(self.object(o) for o in self.model.objects.values() if o.path.name == header
                           and name == header.removeprefix("mub_").removesuffix(".h"))
                 + "".join(self.functions_with_scopes(name, header))
@@ -118,7 +110,7 @@ class Writer:
         head = without_name(self.model.scopes["mub_base.h"][0].paragraphs, "mub_base.h")
         return (comment(f"@defgroup {OVERALL} Rules that hold everywhere", "<code>\\#include \"mub_base.h\"</code>",
                         self.text.paragraphs(head), "@{")
-                + "".join(self.callback(c) for c in self.model.callbacks.values() if self.module_of(c.name) == OVERALL)
+                + "".join(self.callback(c) for c in self.model.callbacks.values() if self.module_of(c) == OVERALL)
                 + "/** @} */\n")
 
 
@@ -143,5 +135,5 @@ def heading_of(scope):
 
 
 def without_name(paragraphs, header):
-    first = [re.sub(rf"^ {re.escape(header)}: (.)", lambda m: " " + m.group(1).upper(), paragraphs[0][0]), *paragraphs[0][1:]]
-    return [first, *paragraphs[1:]]
+    first = capital(paragraphs[0][0].removeprefix(f" {header}: "))
+    return [[" " + first, *paragraphs[0][1:]], *paragraphs[1:]]

@@ -33,10 +33,17 @@ class Text:
         return "".join(f"<code>{self.linked(part, own)}</code>" if i % 2 else self.linked(part, own)
                        for i, part in enumerate(parts))
 
+    def led(self, text, own):
+        """Running text whose lead, if it has one, stands out."""
+        lead = LEAD.match(" " + text)
+        if not lead:
+            return self.line(text, own)
+        return f"<b>{lead.group().strip()}</b> {self.line(text[lead.end() - 1:], own)}"
+
     def paragraph(self, lines, own=""):
         """One paragraph of a header's comment: prose, a list of terms, or a drawing, which stays as it is."""
         if all(re.match(r" \S", line) for line in lines):
-            return "\n\n".join(self.line(" ".join(line.strip() for line in part), own) for part in led_parts(lines))
+            return "\n\n".join(self.led(" ".join(line.strip() for line in part), own) for part in led_parts(lines))
         terms = terms_of(lines)
         if not terms:
             return drawing(lines)
@@ -44,7 +51,8 @@ class Text:
         return "<dl class=\"terms\">" + "".join(items) + "</dl>"
 
     def paragraphs(self, paragraphs, own=""):
-        return "\n\n".join(self.paragraph(lines, own) for lines in paragraphs)
+        texts = [self.paragraph(lines, own) for lines in paragraphs]
+        return "\n\n".join(texts).replace("\n@endverbatim\n\n@verbatim\n", "\n\n")
 
 
 def escaped(text):

@@ -6,7 +6,8 @@
   const LEAST = 0.5; // similarity of a whole name that makes up for words that are nowhere
 
   const functions = window.MUB_INDEX.map(([name, module, url, summary, allocates]) => ({
-    name, module, url, summary, allocates,
+    name, module, url, allocates,
+    summary: summary.replaceAll("`", ""),
     words: name.replace(/^mub_/, "").split("_"),
     told: [...new Set(summary.toLowerCase().match(/[a-z0-9]{3,}/g) || [])],
   }));
@@ -150,7 +151,6 @@
   });
 
   for (const module of [...new Set(functions.map((f) => f.module))].sort()) byModule.add(new Option(module, module));
-  byAllocates.closest("label").hidden = functions.every((f) => f.allocates === null);
   input.form.hidden = false;
 
   // The contents at the side: open where there is room for them, and they tell where we are.

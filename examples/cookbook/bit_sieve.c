@@ -1,6 +1,7 @@
 /* The prime numbers below a bound, by a set of bits.
  *
- * The set has its whole size beforehand, which is where memory can run out; after that, setting a bit cannot fail. */
+ * The set has its whole size beforehand, which is where memory can run out; after that, setting a bit
+ * cannot fail. */
 #include <stdio.h>
 #include <stdlib.h>
 

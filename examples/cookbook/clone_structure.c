@@ -1,7 +1,8 @@
 /* Copy a structure of blocks that point at each other, and release either copy at once.
  *
- * People are blocks of the table's own value pool and point to towns, blocks of another pool. mub_hash_clone copies both
- * pools as they are; the callback moves the pointers of each person over to the copied towns. */
+ * People are blocks of the table's own value pool and point to towns, blocks of another pool.
+ * mub_hash_clone copies both pools as they are; the callback moves the pointers of each person over to the
+ * copied towns. */
 #include <stdio.h>
 #include <stdlib.h>
 

@@ -3,8 +3,8 @@
  *   length   32 bits, of the payload      payload   id (packed), name (16 bits of length, bytes)
  *   crc      32 bits, of the payload
  *
- * The payload has its final size before it is written: writers never grow a stream. A reader may read on whatever it
- * meets: beyond the content there are zeros, and a position beyond the length tells that something was missing. */
+ * The payload has its final size before it is written: writers never grow a stream. A reader may read on
+ * whatever it meets: what is missing reads as 0 or -1, and the position tells afterwards. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,7 +1,8 @@
 /* Keep one copy of each string, so that equal strings are equal numbers.
  *
- * The bytes lie packed in the keys of a hash table and the value of an entry is the string's number; an array leads
- * back from the number to the entry, which never moves. Comparing two interned strings compares two integers. */
+ * The bytes lie packed in the keys of a hash table and the value of an entry is the string's number; an
+ * array leads back from the number to the entry, which never moves. Comparing two interned strings
+ * compares two integers. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>

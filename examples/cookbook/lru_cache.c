@@ -1,7 +1,7 @@
 /* A cache that forgets what was not used for longest.
  *
- * A list keeps the items in the order of use, a hash table finds the place of a key in it. A place in a list stays valid
- * until it is removed, so the table can hold its address. */
+ * A list keeps the items in the order of use, a hash table finds the place of a key in it. A place in a
+ * list stays valid until it is removed, so the table can hold its address. */
 #include <stdio.h>
 #include <stdlib.h>
 

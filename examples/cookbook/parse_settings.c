@@ -1,7 +1,7 @@
 /* Read a text of settings without copying any of it.
  *
- * A mub_stringx is a span of a text that somebody else owns. Cutting a line off, splitting it and trimming it move spans
- * and allocate nothing, so there is nothing to fail and nothing to release. */
+ * A mub_stringx is a span of a text that somebody else owns. Cutting a line off, splitting it and trimming
+ * it move spans and allocate nothing, so there is nothing to fail and nothing to release. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,6 +1,7 @@
 /* Keep an ordered index, and list the keys of a range.
  *
- * mub_btreex_node_bfind gives a record near a key; from there the walk goes in key order, and stops behind the range. */
+ * mub_btreex_node_bfind gives a record near a key; from there the walk goes in key order, and stops behind
+ * the range. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>

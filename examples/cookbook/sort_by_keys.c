@@ -1,7 +1,7 @@
 /* Sort records by several keys, and by a different choice of keys at every call.
  *
- * The array holds addresses; the records stay where they are. The comparer's context carries the choice, so there is no
- * global variable and no comparer for each combination. */
+ * The array holds addresses; the records stay where they are. The comparer's context carries the choice,
+ * so there is no global variable and no comparer for each combination. */
 #include <stdio.h>
 #include <stdlib.h>
 

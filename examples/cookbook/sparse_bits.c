@@ -1,7 +1,8 @@
 /* Sets of widely scattered numbers, with union and intersection.
  *
- * A set is a hash table from a number's upper bits to a word of 64 bits, one for each of its lower six: numbers that lie
- * close together share an entry, and operations on sets work through 64 members at a time. */
+ * A set is a hash table from a number's upper bits to a word of 64 bits, one for each of its lower six:
+ * numbers that lie close together share an entry, and operations on sets work through 64 members at a
+ * time. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>

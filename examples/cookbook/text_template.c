@@ -1,7 +1,8 @@
 /* Fill a template in: {name} by the value of the name, from a dictionary.
  *
- * The text grows piece by piece in one string, whose room is there after the first letters: a string keeps its capacity
- * when it is emptied. Appending reports nothing, so room is made, and its absence met, beforehand. */
+ * The text grows piece by piece in one string, whose room is there after the first letters: a string keeps
+ * its capacity when it is emptied. Appending reports nothing, so room is made, and its absence met,
+ * beforehand. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>

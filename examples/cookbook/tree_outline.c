@@ -1,7 +1,7 @@
 /* Build an outline from paths, and print it indented.
  *
- * mub_tree stores no keys: the value of an entry is a block that holds what the program wants to know of it, here a view
- * of the title inside the path that brought it. */
+ * mub_tree stores no keys: the value of an entry is a block that holds what the program wants to know of
+ * it, here a view of the title inside the path that brought it. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>

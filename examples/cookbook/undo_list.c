@@ -1,7 +1,8 @@
 /* Undo and redo of edits to a text.
  *
- * Each edit remembers the bytes that it replaced. Undoing swaps those back in, which makes the same record the one that
- * redoes the edit: a position in the list, which stays valid whatever is added, is all the state there is. */
+ * Each edit remembers the bytes that it replaced. Undoing swaps those back in, which makes the same record
+ * the one that redoes the edit: a position in the list, which stays valid whatever is added, is all the
+ * state there is. */
 #include <stdio.h>
 #include <stdlib.h>
 

@@ -1,7 +1,8 @@
 /* Turn UTF-16 into UTF-8.
  *
- * mub_wchar holds 16-bit units and knows nothing of surrogates; this joins a pair to its character, and writes U+FFFD for
- * a surrogate that stands alone. Three bytes for each unit are always enough: with room for them, nothing can fail. */
+ * mub_wchar holds 16-bit units and knows nothing of surrogates; this joins a pair to its character, and
+ * writes U+FFFD for a surrogate that stands alone. Three bytes for each unit are always enough: with room
+ * for them, nothing can fail. */
 #include <stdio.h>
 #include <stdlib.h>
 

@@ -1,7 +1,7 @@
 /* Count words, and list the most frequent first.
  *
- * The count is the value of the word's entry, so that each word costs one look-up. Entries never move: an array of
- * their addresses is all that sorting takes. */
+ * The count is the value of the word's entry, so that each word costs one look-up. Entries never move: an
+ * array of their addresses is all that sorting takes. */
 #include <ctype.h>
 #include <stdio.h>
 #include <stdlib.h>
