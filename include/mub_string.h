@@ -15,15 +15,6 @@
  *
  * White space is tab, line feed, carriage return and space.
  *
- * A mub_stringx is a span of a text that somebody else owns. Its operations move the span and never the text, which
- * they neither write nor terminate; nothing is allocated.
- *
- *   text ──► "  name =  value "
- *                       ^~~~~        start = 10, length = 5
- *
- * Positions count from the start of the span. A view of a string holds as long as the string's buffer stays where it
- * is. Whatever numbers a view is given, nothing is read of a span whose length is not above 0.
- *
  * Parameters, where a function does not say otherwise:
  *   string            the string
  *   view              the view
@@ -267,7 +258,14 @@ MUB_API int mub_string_right_string(const mub_string *string, int64_t count, mub
 
 /* ---- mub_stringx: a view of a span of a text that is owned elsewhere -----------------------------------------
  *
- * What the head of this header says of views holds for all of these.
+ * A mub_stringx is a span of a text that somebody else owns. Its operations move the span and never the text, which
+ * they neither write nor terminate; nothing is allocated.
+ *
+ *   text ──► "  name =  value "
+ *                       ^~~~~        start = 10, length = 5
+ *
+ * Positions count from the start of the span. A view of a string holds as long as the string's buffer stays where it
+ * is. Whatever numbers a view is given, nothing is read of a span whose length is not above 0.
  *
  * Ownership, where a function does not say otherwise:
  *   _term, _swap               the texts stay their owners'

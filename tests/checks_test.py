@@ -48,6 +48,14 @@ class Tree(unittest.TestCase):
         (self.root / path).parent.mkdir(parents=True, exist_ok=True)
         (self.root / path).write_text(text)
 
+    def built(self, source=SOURCE, flags=("-Wl,-Bsymbolic-functions",), soname="libmub.so.1"):
+        self.write("src/a.c", source)
+        library = self.root / "libmub.so"
+        command = [CC, "-O1", "-shared", "-fPIC", f"-I{self.root}/include", self.root / "src/a.c", "-o", library]
+        command += [f"-Wl,--version-script={self.root}/src/mub.map", f"-Wl,-soname,{soname}", *flags]
+        subprocess.run(command, check=True)
+        return library
+
     def check(self, tool, *arguments):
         command = [sys.executable, TOOLS / tool, "--root", self.root, *arguments]
         return subprocess.run(command, capture_output=True, text=True)
@@ -63,14 +71,6 @@ class Tree(unittest.TestCase):
 
 
 class CheckApi(Tree):
-    def built(self, source=SOURCE, flags=("-Wl,-Bsymbolic-functions",), soname="libmub.so.1"):
-        self.write("src/a.c", source)
-        library = self.root / "libmub.so"
-        command = [CC, "-O1", "-shared", "-fPIC", f"-I{self.root}/include", self.root / "src/a.c", "-o", library]
-        command += [f"-Wl,--version-script={self.root}/src/mub.map", f"-Wl,-soname,{soname}", *flags]
-        subprocess.run(command, check=True)
-        return library
-
     def test_accepts_a_clean_library(self):
         self.assert_clean(self.check("check_api", self.built()))
 
@@ -119,6 +119,81 @@ class CheckApi(Tree):
             "puts: called",
             "mub_elsewhere: undefined, and not libc's")
         self.assert_clean(self.check("check_api", "--instrumented", library))
+
+
+DOCUMENTED = """/* mub_a.h: a module.
+ *
+ * Parameters, where a function does not say otherwise:
+ *   a   the record
+ *
+ * Ownership, where a function does not say otherwise:
+ *   char *   stays the record's */
+#define MUB_API __attribute__((visibility("default")))
+
+/* A record. */
+typedef struct mub_a {
+  int count; /* how many */
+} mub_a;
+
+/* mub_a_fn: called with each. */
+typedef int (*mub_a_fn)(int x);
+
+/* mub_a_get: look a name up.
+ *   key   what to look for
+ * Returns the name; NULL when there is none. */
+MUB_API char *mub_a_get(const mub_a *a, int key);
+
+/* mub_a_walk: call a function, as mub_a_get.
+ *   each   called
+ * Out of memory nothing happens. */
+MUB_API void mub_a_walk(mub_a *a, int key, mub_a_fn each);
+"""
+ALLOCATING = """
+#include <stdlib.h>
+#include "mub_a.h"
+static char *fresh(int size) { return malloc((size_t)size); }
+char *mub_a_get(const mub_a *a, int key) { return a->count > key ? "a" : 0; }
+void mub_a_walk(mub_a *a, int key, mub_a_fn each) { a->count = each(key) + (fresh(key) != 0); }
+"""
+
+
+class CheckApiDocs(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("src/mub.map", "MUB_1.0 {\n  global:\n    mub_a_get;\n    mub_a_walk;\n  local:\n    *;\n};\n")
+
+    def check_with(self, old="", new="", *arguments):
+        self.assertIn(old, DOCUMENTED)
+        self.write("include/mub_a.h", DOCUMENTED.replace(old, new))
+        return self.check("api_export.py", "check", *arguments)
+
+    def test_accepts_what_is_documented(self):
+        self.assert_clean(self.check_with())
+        self.assert_clean(self.check_with("", "", "--library", self.built(ALLOCATING)))
+
+    def test_reports_parameters_without_a_text_and_notes_without_a_parameter(self):
+        # mub_a_walk had its text from mub_a_get, which it refers to.
+        self.assert_reports(
+            self.check_with(" *   key   what", " *   kay   what"),
+            "mub_a_get: key: no text", "mub_a_get: kay: a note, but no parameter", "mub_a_walk: key: no text")
+        self.assert_reports(self.check_with(" *   a   the record\n", ""), "mub_a_get: a: no", "mub_a_walk: a: no")
+
+    def test_reports_results_without_a_text_or_an_owner(self):
+        self.assert_reports(self.check_with("Returns the name", "It is the name"), "mub_a_get: no Returns")
+        self.assert_reports(self.check_with(" *   char *   stays", " *   long   stays"), "mub_a_get: whose is the result?")
+
+    def test_reports_records_fields_and_callbacks_without_a_text(self):
+        self.assert_reports(self.check_with(" /* how many */", ""), "mub_a.count: no text")
+        self.assert_reports(self.check_with("called with each.", ""), "mub_a_fn: no text")
+
+    def test_reports_allocations_whose_failure_is_not_told(self):
+        self.write("include/mub_a.h", DOCUMENTED)
+        library = self.built(ALLOCATING)
+        self.assert_reports(
+            self.check_with("Out of memory nothing happens.", "Nothing more.", "--library", library),
+            "mub_a_walk: may allocate")
+        subprocess.run(["strip", library], check=True)
+        self.assert_reports(self.check_with("", "", "--library", library), "is stripped")
 
 
 class CheckLayers(Tree):

@@ -1,7 +1,9 @@
 """Manual pages of the model: one of section 3 for each function, one of section 7 for each module."""
 
+import os
 import re
 import textwrap
+import time
 
 WIDTH = 78
 
@@ -34,8 +36,13 @@ def terms(title, entries):
 
 
 def head(name, number, api):
-    # No date: the pages of one version are the same whenever they are made.
-    return [f'.TH {name.upper()} {number} "libmub {api["version"]}" "libmub {api["version"]}" "libmub"']
+    return [f'.TH {name.upper()} {number} {made_on()} "libmub {api["version"]}" libmub']
+
+
+def made_on():
+    """The day of the build; that of the sources where a build is to be repeatable."""
+    seconds = float(os.environ.get("SOURCE_DATE_EPOCH", time.time()))
+    return time.strftime("%Y-%m-%d", time.gmtime(seconds))
 
 
 def declared(declaration):
@@ -74,17 +81,16 @@ def neighbours(function, functions):
 
 
 def function_page(function, api):
-    memory = ("May allocate memory." if function["may_allocate"] else
-              "Allocates no memory.") + " What callbacks do is not counted."
+    memory = "May allocate memory." if function["may_allocate"] else "Allocates no memory."
+    if any(parameter["type"].endswith("_fn") for parameter in function["parameters"]):
+        memory += " What the callback does is not counted."
     see = [(name, 3) for name in neighbours(function, api["functions"])] + [(f"mub_{function['module']}", 7)]
     return [
         *head(function["name"], 3, api),
         ".SH NAME", f"{function['name']} \\- {escaped(plain(function['summary']))}",
         ".SH SYNOPSIS", ".nf", f".B #include <{function['header']}>", ".PP", *declared(function["declaration"]), ".fi",
         *section("DESCRIPTION", function["summary"], function["description"]),
-        *terms("PARAMETERS", [(f"{parameter['name']} ({parameter['direction']})", parameter["doc"] + ".")
-                              if not parameter["doc"].endswith(".") else
-                              (f"{parameter['name']} ({parameter['direction']})", parameter["doc"])
+        *terms("PARAMETERS", [(f"{parameter['name']} ({parameter['direction']})", sentence(parameter["doc"]))
                               for parameter in function["parameters"]]),
         *section("RETURN VALUE", function["returns"]["doc"]),
         *section("FAILURE", failure_text(function["failure"])),
@@ -94,6 +100,10 @@ def function_page(function, api):
         *section("MEMORY", memory),
         *references(see),
     ]
+
+
+def sentence(text):
+    return text if text.endswith(".") else text + "."
 
 
 def plain(summary):

@@ -1,0 +1,72 @@
+// libmub for Node.js: every record, callback and function is declared from mub-api.json; nothing is by hand.
+//
+//   const mub = load({ library: "libmub.so.1", api: "/usr/share/mub/mub-api.json" });
+//   const words = mub.make("mub_hash");
+//   mub.mub_hash_init(words, 1, 0);
+//
+// A record is memory outside of JavaScript, made with make() and passed by address; read() gives its fields. Pointers
+// to numbers take an array of one, [0], and put the result there. Texts and keys are Buffers, or strings where C says char.
+import { readFileSync } from "node:fs";
+import koffi from "koffi";
+
+const isPointer = (type) => type.endsWith("*");
+const target = (type) => type.slice(0, -1).trim().replace(/^const /, "");
+
+export function load({ library, api }) {
+  const description = JSON.parse(readFileSync(api, "utf8"));
+  const native = koffi.load(library ?? description.soname);
+  const records = new Map();
+  const callbacks = new Map();
+
+  // Records and callbacks refer to each other, so addresses are plain inside of them.
+  const stored = (type) => {
+    const [element, length] = type.match(/^([^[]*)(?:\[(\d+)\])?$/).slice(1);
+    const kind = isPointer(element) ? "void *" : records.get(element) ?? element;
+    return length === undefined ? kind : koffi.array(kind, Number(length));
+  };
+
+  // A record that another one holds comes first.
+  const declareRecord = (record) => {
+    if (records.has(record.name)) return;
+    const held = record.fields.map((field) => description.records.find(({ name }) => name === field.type));
+    held.filter(Boolean).forEach(declareRecord);
+    const type = koffi.struct(record.name, Object.fromEntries(record.fields.map(({ name, type }) => [name, stored(type)])));
+    if (koffi.sizeof(type) !== record.size) throw new Error(`${record.name}: not laid out as the library's`);
+    records.set(record.name, type);
+  };
+
+  const declareCallback = ({ name, declaration }) => {
+    const [, result, parameters] = declaration.match(/^typedef (.*?)\(\*\w+\)\((.*)\);$/);
+    const types = parameters.split(", ").map((parameter) => parameter.match(/^(.*?)\w+$/)[1].trim());
+    callbacks.set(name, koffi.proto(name, result.trim(), types.map((type) => (isPointer(type) ? "void *" : type))));
+  };
+
+  const passed = ({ type, direction }) => {
+    if (type === "...") return "...";
+    if (callbacks.has(type)) return koffi.pointer(callbacks.get(type));
+    if (!isPointer(type)) return type;
+    const pointee = target(type);
+    if (pointee === "char" && direction === "in") return "str";
+    if (pointee === "void" || pointee.endsWith("const") || records.has(pointee) || direction === "in") return "void *";
+    const pointer = koffi.pointer(isPointer(pointee) ? "void *" : pointee);
+    return direction === "out" ? koffi.out(pointer) : koffi.inout(pointer);
+  };
+
+  description.records.forEach(declareRecord);
+  description.callbacks.forEach(declareCallback);
+  const functions = description.functions.map(({ name, returns, parameters }) => [
+    name,
+    native.func(name, isPointer(returns.type) ? "void *" : returns.type, parameters.map(passed)),
+  ]);
+
+  return {
+    ...Object.fromEntries(functions),
+    description,
+    make: (name) => koffi.alloc(records.get(name), 1),
+    read: (address, name) => koffi.decode(address, records.get(name)),
+    bytes: (address, offset, length) => Buffer.from(koffi.decode(address, offset, koffi.array("uint8_t", length))),
+    // A callback lives until it is released: koffi.unregister(callback).
+    callback: (name, method) => koffi.register(method, koffi.pointer(callbacks.get(name))),
+    release: (callback) => koffi.unregister(callback),
+  };
+}

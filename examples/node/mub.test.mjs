@@ -1,0 +1,79 @@
+// Round trips through the library: MUB_LIBRARY and MUB_API name the installed files.
+import assert from "node:assert/strict";
+import test from "node:test";
+import { load } from "./mub.mjs";
+
+const mub = load({ library: process.env.MUB_LIBRARY, api: process.env.MUB_API });
+
+function withHash(use) {
+  const hash = mub.make("mub_hash");
+  mub.mub_hash_init(hash, 1, 0);
+  try {
+    return use(hash);
+  } finally {
+    mub.mub_hash_term(hash);
+  }
+}
+
+function* entries(hash) {
+  const bucket = [0];
+  let address = mub.mub_hash_entry_first(hash, bucket);
+  for (; address !== null; address = mub.mub_hash_entry_next(hash, bucket, address)) {
+    const { key_offset, key_length, value } = mub.read(address, "mub_hash_entry");
+    yield [mub.bytes(mub.read(hash, "mub_hash").keys.data, key_offset, key_length).toString(), Number(value)];
+  }
+}
+
+const insert = (hash, key, value) => mub.mub_hash_insert(hash, Buffer.from(key), key.length, value);
+
+test("every function of the description is there", () => {
+  assert.ok(mub.description.functions.length > 800);
+  for (const { name } of mub.description.functions) assert.equal(typeof mub[name], "function", name);
+});
+
+test("a hash table takes keys in, finds, lists and gives them back", () =>
+  withHash((hash) => {
+    const expected = new Map(Array.from({ length: 1000 }, (_, i) => [`key ${i}`, i + 1]));
+    for (const [key, value] of expected) assert.equal(insert(hash, key, value), 1);
+    assert.equal(insert(hash, "key 7", 99), 0);
+    assert.equal(Number(mub.read(hash, "mub_hash").count), expected.size);
+    assert.equal(Number(mub.mub_hash_get(hash, Buffer.from("key 7"), 5)), 8);
+    assert.deepEqual(new Map(entries(hash)), expected);
+    for (const key of ["key 0", "key 999"]) {
+      assert.equal(Number(mub.mub_hash_remove(hash, Buffer.from(key), key.length)), expected.get(key));
+      expected.delete(key);
+    }
+    assert.equal(mub.mub_hash_find(hash, Buffer.from("key 0"), 5), 0);
+    assert.deepEqual(new Map(entries(hash)), expected);
+  }));
+
+test("values of 64 bits come back whole", () =>
+  withHash((hash) => {
+    const value = 0xfedcba9876543210n;
+    insert(hash, "wide", value);
+    assert.equal(mub.mub_hash_get(hash, Buffer.from("wide"), 4), value);
+  }));
+
+test("the library calls back", () =>
+  withHash((hash) => {
+    [3, 1, 2].forEach((value) => insert(hash, `v${value}`, value));
+    const released = [];
+    const release = mub.callback("mub_free_fn", (value) => released.push(Number(value)));
+    mub.mub_hash_free_all(hash, release);
+    mub.release(release);
+    assert.deepEqual(released.sort(), [1, 2, 3]);
+    assert.equal(Number(mub.read(hash, "mub_hash").count), 0);
+  }));
+
+test("comparers sort, and pointers to numbers are filled", () => {
+  const array = mub.make("mub_arrayd");
+  mub.mub_arrayd_init(array, 0);
+  [30, 10, 20].forEach((value, key) => mub.mub_arrayd_append(array, key, value));
+  const compare = mub.callback("mub_compare_fn", (a, b) => Number(a) - Number(b));
+  mub.mub_arrayd_qsort_x(array, 1, compare);
+  mub.release(compare);
+  const key = [0];
+  assert.deepEqual([0, 1, 2].map((i) => [Number(mub.mub_arrayd_get_at(array, i, key)), key[0]]),
+    [[10, 1], [20, 2], [30, 0]]);
+  mub.mub_arrayd_term(array);
+});

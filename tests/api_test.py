@@ -1,0 +1,132 @@
+"""mub-api.json and the manual pages tell what the library is.
+
+    api_test.py MUB_API_JSON SCHEMA MAN_DIR ALLOCATION_PROBE
+
+Expected values are written down here; what is said of allocation is held against what allocation_probe.cpp counts.
+"""
+
+import json
+import subprocess
+import sys
+import unittest
+from collections import Counter
+from pathlib import Path
+
+PROBE = sys.argv.pop(4)
+MAN = Path(sys.argv.pop(3))
+SCHEMA = json.loads(Path(sys.argv.pop(2)).read_text())
+API = json.loads(Path(sys.argv.pop(1)).read_text())
+FUNCTIONS = {function["name"]: function for function in API["functions"]}
+RECORDS = {record["name"]: record for record in API["records"]}
+
+
+def parameter(function, name):
+    return next(found for found in FUNCTIONS[function]["parameters"] if found["name"] == name)
+
+
+class Json(unittest.TestCase):
+    def test_has_the_shape_that_the_schema_says(self):
+        try:
+            import jsonschema
+        except ImportError:
+            self.skipTest("no python3-jsonschema")
+        jsonschema.validate(API, SCHEMA)
+        broken = json.loads(json.dumps(API))
+        del broken["functions"][3]["failure"]["value"]
+        with self.assertRaises(jsonschema.ValidationError):
+            jsonschema.validate(broken, SCHEMA)
+
+    def test_names_types_that_it_describes(self):
+        known = {*RECORDS, *(callback["name"] for callback in API["callbacks"])}
+        known |= {"void", "char", "int", "float", "double", "...",
+                  *(f"{sign}int{bits}_t" for sign in ("", "u") for bits in (8, 16, 32, 64))}
+        types = [field["type"] for record in API["records"] for field in record["fields"]]
+        types += [found["type"] for function in API["functions"] for found in function["parameters"]]
+        types += [function["returns"]["type"] for function in API["functions"]]
+        self.assertEqual({word.strip() for text in types
+                          for word in text.replace("const", "").partition("[")[0].split("*")[:1]} - known, set())
+        modules = {module["name"] for module in API["modules"]}
+        self.assertEqual({found["module"] for found in API["functions"] + API["records"]} - modules, set())
+        self.assertEqual(max(Counter(function["name"] for function in API["functions"]).values()), 1)
+
+    def test_lays_records_out_as_the_compiler_does(self):
+        self.assertEqual((RECORDS["mub_hash"]["size"], RECORDS["mub_hash"]["alignment"]), (104, 8))
+        self.assertEqual((RECORDS["mub_stringx"]["size"], RECORDS["mub_pool"]["size"]), (24, 88))
+        block = {field["name"]: field for field in RECORDS["mub_listx_block"]["fields"]}
+        self.assertEqual((block["values"]["type"], block["values"]["offset"], block["values"]["size"]),
+                         ("uint64_t[32]", 24, 256))
+        for record in API["records"]:
+            end = 0
+            for field in record["fields"]:
+                self.assertLessEqual(end, field["offset"], f"{record['name']}.{field['name']}")
+                end = field["offset"] + field["size"]
+            self.assertLessEqual(end, record["size"])
+
+    def test_takes_a_comment_apart(self):
+        insert = FUNCTIONS["mub_hash_insert"]
+        self.assertEqual(insert["summary"], "Add a key with a value unless the key is present.")
+        self.assertEqual(insert["returns"], {
+            "type": "int", "doc": "1 when added; 0 when the key was present (its value stays) or memory ran out."})
+        self.assertEqual(insert["failure"]["value"], "0")
+        self.assertEqual(insert["invalidates"], "Bucket positions of a walk.")
+        self.assertEqual(insert["cost"], "O(1) expected; doubles the buckets now and then.")
+        self.assertEqual([found["name"] for found in insert["parameters"]], ["hash", "key", "length", "value"])
+
+    def test_puts_in_what_a_comment_leans_on(self):
+        find = FUNCTIONS["mub_arrayx_find_index"]  # "sorted: as mub_array_find_index."
+        self.assertEqual(find["summary"], "The index of a key.")
+        self.assertEqual((find["failure"]["value"], find["returns"]["doc"]),
+                         ("-1", "The index of a key; -1 when the key is not there."))
+        self.assertEqual(parameter("mub_hashx_free", "release")["doc"], parameter("mub_hash_free", "release")["doc"])
+        # "the same …" is the function before, or the one that this is the same as.
+        self.assertEqual(FUNCTIONS["mub_wchar_right_wchar"]["refers_to"], "mub_wchar_left_wchar")
+        self.assertEqual(FUNCTIONS["mub_char_find_pos"]["failure"]["value"], "-1")
+        # The nearest listing counts: keys are bytes in mub_hash, and given as they are in the layer below.
+        self.assertNotEqual(parameter("mub_hash_find", "length")["doc"], parameter("mub_hash_find_t", "length")["doc"])
+
+    def test_tells_directions(self):
+        for function, name, direction in (
+                ("mub_hash_init", "hash", "out"), ("mub_hash_insert", "hash", "inout"),
+                ("mub_hash_get", "hash", "in"), ("mub_hash_get", "key", "in"),
+                ("mub_hash_entry_set", "entry_out", "out"), ("mub_hash_entry_next", "bucket_io", "inout"),
+                ("mub_array_get_at", "length", "out"), ("mub_list_get_next", "position", "inout"),
+                ("mub_stream_get_word", "position", "inout"), ("mub_stream_get_buffer", "bytes", "out"),
+                ("mub_stream_get_buffer", "count", "inout"), ("mub_mem_copy", "destination", "out"),
+                ("mub_mem_copy", "source", "in"), ("mub_mem_move", "source", "inout"),
+                ("mub_pool_free", "block", "in"), ("mub_pool_empty_find", "blocks", "in"),
+                ("mub_pool_empty_array", "out", "out"), ("mub_hash_free", "release", "in"),
+                ("mub_str_dup", "string", "inout"), ("mub_string_format", "...", "in")):
+            self.assertEqual(parameter(function, name)["direction"], direction, f"{function}: {name}")
+
+    def test_tells_failures(self):
+        for function, value in (
+                ("mub_malloc", "NULL"), ("mub_hash_find", "none"), ("mub_hash_entry_first", "NULL"),
+                ("mub_mem_chr", "-1"), ("mub_mem_cmp", "none"), ("mub_string_append", "none"),
+                ("mub_string_get_at", "-1"), ("mub_array_insert_new", "-1"), ("mub_char_get_float", "0.0"),
+                ("mub_stream_inflate_lword", "-1"), ("mub_tree_entry_compare", "none"), ("mub_pool_set_addr", "NULL")):
+            self.assertEqual(FUNCTIONS[function]["failure"]["value"], value, function)
+        self.assertIn("memory", FUNCTIONS["mub_string_append"]["failure"]["doc"])
+
+    def test_says_who_allocates(self):
+        lines = subprocess.run([PROBE], check=True, capture_output=True, text=True).stdout.split("\n")
+        counted = dict(line.split() for line in lines if line)
+        self.assertEqual({name: str(int(FUNCTIONS[name]["may_allocate"])) for name in counted}, counted)
+        self.assertGreater(len(counted), 40)
+        self.assertGreater(list(counted.values()).count("0"), 20)
+
+
+class Pages(unittest.TestCase):
+    def test_are_one_a_function_and_one_a_module(self):
+        self.assertEqual({path.name for path in (MAN / "man3").iterdir()}, {f"{name}.3" for name in FUNCTIONS})
+        self.assertEqual({path.name for path in (MAN / "man7").iterdir()},
+                         {f"mub_{module['name']}.7" for module in API["modules"]})
+
+    def test_say_what_the_model_says(self):
+        page = (MAN / "man3/mub_hash_insert.3").read_text()
+        for text in ("mub_hash_insert \\- add a key with a value unless the key is present\n", ".B #include <mub_hash.h>",
+                     '"    const void *key,"', ".SH RETURN VALUE\n1 when added", ".BR mub_hash (7)\n"):
+            self.assertIn(text, page)
+
+
+if __name__ == "__main__":
+    unittest.main()
