@@ -1,0 +1,345 @@
+"""Runs GDB on a program that fills every container, and compares what it prints.
+
+usage: gdb_test.py [--instrumented] PROGRAM SHARED_LIBRARY BUILD_DIRECTORY
+       ends with 77 when GDB may trace no program here, and there is no core file to be had either
+"""
+
+import os
+import re
+import resource
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from xml.etree import ElementTree
+
+INSTRUMENTED = sys.argv[1] == "--instrumented" and bool(sys.argv.pop(1))
+PROGRAM, LIBRARY, BUILD = map(os.path.abspath, (sys.argv.pop(1) for _ in range(3)))
+SCRIPT = os.path.join(os.path.dirname(__file__), "..", "mub_gdb.py")
+SVG = "{http://www.w3.org/2000/svg}"
+SKIPPED = 77
+ENVIRONMENT = {**os.environ, "LC_ALL": "C.UTF-8", "ASAN_OPTIONS": "detect_leaks=0"}
+
+FILLED = {
+    "filled.stream": r'mub_stream of 4 bytes, room for 8 = {data = "ab\000c"}',
+    "filled.string": r'"said \"hello\"\n"',
+    "filled.stringx": '"value"',
+    "filled.character_view": '"name"',
+    "filled.wchar": '"g\u00fct"',
+    "filled.pool": "mub_pool with 17 live blocks of 24 bytes, 3 free, in 2 chunks of 16",
+    "filled.array": r'mub_array with 5 keys = {["pear"] = 0, ["fig"] = 1, [""] = 2, ["plum \"x\""] = 3, ["m' "\u00fc" r'sli"] = 4}',
+    "filled.arrayd": "mub_arrayd with 5 keys = {[4294967295] = 0, [4294967294] = 1, [4294967293] = 2, [4294967292] = 3, "
+                     "[4294967291] = 4}",
+    "filled.arrayx": "mub_arrayx with 5 keys = {[18446744073709551615] = 0, [18446744073709551614] = 1, "
+                     "[18446744073709551613] = 2, [18446744073709551612] = 3, [18446744073709551611] = 4}",
+    "filled.arrayt": "mub_arrayt with 6 words = {0, 1, 4, 9, 16, 25}",
+    "filled.arrays": "mub_arrays with 6 items = {0, 10, 20, 30, 40, 0xADDRESS <outside>}",
+    "filled.btree": r'mub_btree with 5 keys on 1 level = {[""] = 2, ["fig"] = 1, ["m' "\u00fc" r'sli"] = 4, ["pear"] = 0, '
+                    r'["plum \"x\""] = 3}',
+    "filled.btreed": "mub_btreed with 5 keys on 1 level = {[-2] = 4, [-1] = 3, [0] = 2, [1] = 1, [2] = 0}",
+    "filled.btreex": "mub_btreex with 5 keys on 1 level = {[-2.5] = 0, [-1.5] = 1, [-0.5] = 2, [0.5] = 3, [1.5] = 4}",
+    "filled.list": r'mub_list with 5 keys = {["pear"] = 0, ["fig"] = 1, [""] = 2, ["plum \"x\""] = 3, ["m' "\u00fc"
+                   r'sli"] = 4}',
+    "filled.lists": "mub_lists with 5 values = {0, 1, 2, 3, 4}",
+    "filled.listx": f"mub_listx with 35 values = {{{', '.join(map(str, range(35)))}}}",
+    "*filled.listx.tail": "mub_listx_block with 3 values, prev 0xADDRESS, next 0x0 = {32, 33, 34}",
+    "filled.tree": "mub_tree with 6 links = {1 = 10, 2 = 20, 2.1 = 21, 2.2 = 22, 2.2.1 = 221, 3 = 30}",
+    "filled.bitree": "mub_bitree with 5 links = {left = 30, left.right = 40, root = 50, equal = 51, equal.equal = 52, "
+                     "right = 70}",
+    "filled.bits": "mub_bits of 1024 bytes, 3 bits set = {0, 9, 8191}",
+    "*filled.list.head->next": "{prev = 0xADDRESS, next = 0xADDRESS, key_offset = 4, key_length = 3, value = 1}",
+}
+
+# In what order a table holds its keys is told by its buckets: the name, the entries.
+TABLES = {
+    "filled.hash": ("mub_hash", {'""': 2, '"pear"': 0, r'"plum \"x\""': 3, '"fig"': 1, '"m\u00fcsli"': 4}),
+    "*hash_pointer": ("mub_hash", {'""': 2, '"pear"': 0, r'"plum \"x\""': 3, '"fig"': 1, '"m\u00fcsli"': 4}),
+    "filled.hashd": ("mub_hashd", {str(2 * i): i for i in range(5)}),
+    "filled.hashx": ("mub_hashx", {str(i << 40): i for i in range(5)}),
+    "filled.hasht": ("mub_hasht", {"{%d, 10, 11, 12}" % i: i for i in range(5)}),
+}
+
+EMPTY = {
+    "stream": "mub_stream of 0 bytes, room for 0", "string": '""', "stringx": '""', "character_view": '""', "wchar": '""',
+    "array": "mub_array with 0 keys", "arrayd": "mub_arrayd with 0 keys", "arrayx": "mub_arrayx with 0 keys",
+    "arrayt": "mub_arrayt with 0 words", "arrays": "mub_arrays with 0 items",
+    "hash": "mub_hash with 0 keys in 0 buckets", "hashd": "mub_hashd with 0 keys in 0 buckets",
+    "hashx": "mub_hashx with 0 keys in 0 buckets", "hasht": "mub_hasht with 0 keys in 0 buckets",
+    "btree": "mub_btree with 0 keys", "btreed": "mub_btreed with 0 keys", "btreex": "mub_btreex with 0 keys",
+    "list": "mub_list with 0 keys", "lists": "mub_lists with 0 values", "listx": "mub_listx with 0 values",
+    "tree": "mub_tree with 0 links", "bitree": "mub_bitree with 0 links = {root = 0}",
+    "bits": "mub_bits of 0 bytes, 0 bits set",
+}
+
+# What the last stop has done to the containers, and what is told of it at the end of what is still there.
+DAMAGED = {
+    "array": "[<damaged>] = <the key at 15, 6 bytes, is not among the keys>}",
+    "hash": "[<damaged>] = <count is 6, but 5 are linked>}",
+    "hashd": "[2] = 1, [<damaged>] = <0xADDRESS is linked twice>}",
+    "btreed": "= {[-2] = 4, [<damaged>] = <no memory at 0x10>}",
+    "list": '["pear"] = 0, [<no key>] = 1, [""] = 2, ["plum \\"x\\""] = 3, ["m\u00fcsli"] = 4, '
+            "[<damaged>] = <the key at 1000, 3 bytes, is not among the keys>}",
+    "lists": "= {0, 1, 2, 3, 4, <prev of 0xADDRESS is 0xADDRESS, not 0xADDRESS>}",
+    "listx": "= {<the block at 0xADDRESS has a count of 1048576>}",
+    "tree": "3 = 30, damaged = <prev of 0xADDRESS is 0xADDRESS, not 0xADDRESS>, damaged = <0xADDRESS is linked twice>}",
+    "bitree": "= {left = 30, damaged = <0xADDRESS is linked twice>}",
+}
+
+LAYOUTS_AGREE = """python
+def stored(record, name):
+    if name.startswith("children_"): return record["children"][name[9:]]
+    return record["key"][int(name[4:])] if name.startswith("key_") and name[4:].isdigit() else record[name]
+for field in gdb.lookup_static_symbol("node_types").type.fields():
+    record = gdb.parse_and_eval("node_types." + field.name)
+    layout = LAYOUTS[str(record.type)]
+    read = layout.read(int(record.address))
+    wrong = [name for name in layout.names if getattr(read, name) != int(stored(record, name))]
+    print(field.name, layout.size + (256 if field.name == "listx" else 0) - record.type.sizeof, wrong)
+end"""
+
+
+def limit_files(megabytes=256):
+    """A core file that is too large ends as an error, not with a full disk."""
+    resource.setrlimit(resource.RLIMIT_FSIZE, (megabytes << 20, megabytes << 20))
+
+
+def gdb(*arguments):
+    """Runs GDB on commands in a batch, and gives what it prints."""
+    command = ["gdb", "-nx", "-batch", "-iex", "set debuginfod enabled off", *arguments]
+    result = subprocess.run(command, capture_output=True, env=ENVIRONMENT, check=False, timeout=120,
+                            preexec_fn=limit_files)
+    return (result.stdout + result.stderr).decode()
+
+
+def answers(commands, *arguments):
+    """[answer of each command]; the answers are told apart by marks between them."""
+    mark = "@@@@"
+    with tempfile.NamedTemporaryFile("w", suffix=".gdb") as script:
+        # A command that fails would end the script: errors are printed as answers.
+        lines = [f"source {SCRIPT}"]
+        for command in commands:
+            lines.append(f"echo {mark}")
+            one_line = command.startswith("python\n") or command in ("run", "continue")
+            lines.append(command if one_line else f"python\ntry: gdb.execute({command!r})\n"
+                         "except gdb.error as error: print('error:', error)\nend")
+        lines.append(f"echo {mark}")  # what is behind it is no answer, but from the standard error
+        script.write("\n".join(lines) + "\n")
+        script.flush()
+        output = gdb("-x", script.name, *arguments)
+    parts = [part.strip() for part in output.split(mark)]
+    assert len(parts) == len(commands) + 2, output
+    return parts[1:-1]
+
+
+def without_addresses(text):
+    return re.sub(r"0x[0-9a-f]{6,}", "0xADDRESS", re.sub(r"^\$\d+ = ", "", text))
+
+
+def stops(count):
+    """Commands that lead to the stop of that number."""
+    return ["break stop", "run"] + ["continue"] * (count - 1)
+
+
+def look(commands, stop=None, core=None):
+    before = stops(stop) if stop else []
+    target = [PROGRAM] + ([core] if core else [])
+    return [without_addresses(answer) for answer in answers(before + commands, *target)[len(before):]]
+
+
+def core_of_itself(directory):
+    """The core file of the aborted program, or None."""
+    shell = ["sh", "-c", 'ulimit -c 500000; "$0" abort', PROGRAM]
+    subprocess.run(shell, cwd=directory, env={**ENVIRONMENT, "ASAN_OPTIONS": "disable_coredump=0:detect_leaks=0"},
+                   capture_output=True, check=False)
+    cores = [name for name in os.listdir(directory) if name.startswith("core")]
+    return os.path.join(directory, cores[0]) if cores else None
+
+
+def may_trace():
+    output = gdb("-ex", "break stop", "-ex", "run", PROGRAM)
+    if "Breakpoint 1, stop" in output:
+        return True
+    if re.search("ptrace|Could not trace|Cannot.*trac", output):
+        return False
+    raise AssertionError("GDB does not reach the first stop: " + output)
+
+
+class Contents(unittest.TestCase):
+    """What holds for a live program as for a core file."""
+
+    core = None
+
+    def look(self, commands):
+        return look(commands, core=self.core) if self.core else look(commands, stop=1)
+
+    def test_containers_show_what_they_hold(self):
+        expressions = list(FILLED)
+        for expression, answer in zip(expressions, self.look(["print " + e for e in expressions])):
+            self.assertEqual(answer, FILLED[expression])
+
+    def test_tables_show_their_entries_in_the_order_of_buckets(self):
+        for (name, entries), answer in zip(TABLES.values(), self.look(["print " + e for e in TABLES])):
+            prefix = f"{name} with 5 keys in 4 buckets = {{"
+            self.assertTrue(answer.startswith(prefix), answer)
+            shown = re.findall(r"\[(.*?)\] = (\d+)", answer[len(prefix):])
+            self.assertEqual(dict(shown), {key: str(value) for key, value in entries.items()})
+            self.assertEqual(answer, prefix + ", ".join(f"[{key}] = {value}" for key, value in shown) + "}")
+            if name in ("mub_hashd", "mub_hashx"):
+                self.assertEqual(shown, sorted(shown, key=lambda entry: (int(entry[0]) % 4, entry[1])))
+
+    def test_large_containers_are_cut_and_whole(self):
+        formatted, _, hash_keys, tree, chain, deep, *intact = self.look(
+            ["print/x filled.arrayt", "set print elements 6", "print large_hash", "print large_btree", "print large_list",
+             "print deep_tree"] +
+            ["mub check " + name for name in ("large_hash", "large_btree", "large_list", "deep_tree", "filled.pool")])
+        self.assertRegex(hash_keys, r'^mub_hash with 3000 keys in 2048 buckets = \{(\["key 0\d"\.\.\.\] = \d+(, )?){3}\.\.\.\}$')
+        self.assertEqual(tree, 'mub_btree with 3000 keys on 3 levels = {["key 00"...] = 0, ["key 00"...] = 1, '
+                               '["key 00"...] = 2...}')
+        self.assertEqual(chain, tree.replace("mub_btree", "mub_list").replace(" on 3 levels", ""))
+        self.assertEqual(deep, "mub_tree with 3000 links = {1 = 1, 1.1 = 2, 1.1.1 = 3, 1.1.1.1 = 4, 1.1.1.1.1 = 5, "
+                               "1.1.1.1.1.1 = 6...}")
+        self.assertEqual(formatted, "mub_arrayt with 6 words = {0x0, 0x1, 0x4, 0x9, 0x10, 0x19}")
+        for answer in intact:
+            self.assertRegex(answer, ": intact$")
+
+    def test_layouts_are_those_of_the_compiler(self):
+        lines = self.look([LAYOUTS_AGREE])[0].splitlines()
+        self.assertEqual(len(lines), 18)
+        for line in lines:
+            self.assertRegex(line, r"^\w+ 0 \[\]$")
+
+
+@unittest.skipIf(INSTRUMENTED, "a core file with the shadow memory of a sanitizer fills the disk")
+class Core(Contents):
+    """The same of a core file."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.directory = tempfile.TemporaryDirectory()
+        cls.core = os.path.join(cls.directory.name, "core")
+        answers(["break stop", "run", f"generate-core-file {cls.core}"], PROGRAM)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.directory.cleanup()
+
+
+class Live(unittest.TestCase):
+    def test_records_without_content(self):
+        for stop in 2, 6:  # zero-filled, terminated
+            names = list(EMPTY)
+            for name, answer in zip(names, look(["print other." + name for name in names], stop)):
+                self.assertEqual(answer, EMPTY[name])
+            self.assertRegex(look(["print other.pool"], stop)[0], "^mub_pool with 0 live blocks of .* in 0 chunks of ")
+
+    def test_garbage_is_told_as_such(self):
+        names = list(EMPTY) + ["pool"]
+        for stop in 3, 4, 5:
+            for name, answer in zip(names, look(["print other." + name for name in names], stop)):
+                if (name, answer) != ("stringx", '""'):  # one of a length below 0 is empty
+                    self.assertRegex(answer, r"^mub_\w+ <damaged or not initialised: .*>$")
+
+    def test_damaged_links_neither_loop_nor_raise(self):
+        for name, answer in zip(DAMAGED, look(["print filled." + name for name in DAMAGED], 7)):
+            self.assertTrue(answer.endswith(DAMAGED[name]), answer)
+        for name, answer in zip(DAMAGED, look(["mub check filled." + name for name in DAMAGED], 7)):
+            self.assertRegex(answer, r": \d+ faults?$")
+        self.assertRegex(look(["mub check filled.pool"], 7)[0], "^0xADDRESS is on the free stack 2 times\n.*: 1 fault$")
+
+    @unittest.skipUnless(shutil.which("dot"), "Graphviz is not here")
+    def test_pictures(self):
+        names = ("hash", "hashd", "hashx", "hasht", "btree", "btreed", "btreex", "list", "lists", "listx", "tree", "bitree",
+                 "pool")
+        variables = ["filled." + name for name in names] + ["large_hash", "large_btree", "large_list", "deep_tree"]
+        with tempfile.TemporaryDirectory() as directory:
+            for stop in 1, 7:
+                self.assertEqual(set(look([f"mub dot {v} > {directory}/{v}.dot" for v in variables], stop)), {""})
+                pictures = {v: self.picture(f"{directory}/{v}.dot") for v in variables}
+                if stop == 7:
+                    continue
+                for variable, nodes, edges in ("filled.hash", 6, 5), ("filled.hasht", 6, 5), ("filled.btree", 1, 0), \
+                        ("filled.list", 7, 6), ("filled.listx", 4, 3), ("filled.tree", 7, 6), ("filled.bitree", 6, 5), \
+                        ("filled.pool", 1, 0), ("large_btree", 1 + 2 + 2 * 8, 2 + 2 * 8), ("large_list", 26, 25):
+                    self.assertEqual([len(part) for part in pictures[variable][:2]], [nodes, edges], variable)
+                for key in "pear", "fig", "m\u00fcsli":
+                    for name in "hash", "btree", "list":
+                        self.assertIn(key, pictures["filled." + name][2])
+                self.assertIn("\u2026 2976 more", pictures["large_list"][2])
+                self.assertEqual(sorted(t for t in pictures["filled.pool"][2] if t.startswith("free ")),
+                                 ["free 1", "free 2", "free 3"])
+                self.assertEqual(pictures["filled.pool"][2].count("live"), 17)
+                self.assertEqual(pictures["filled.pool"][2].count("unused"), 12)
+
+    def picture(self, path):
+        """(nodes, edges, texts) of what Graphviz draws."""
+        svg = subprocess.run(["dot", "-Tsvg", path], capture_output=True, check=True)
+        self.assertEqual(svg.stderr, b"")
+        groups = list(ElementTree.fromstring(svg.stdout).iter(SVG + "g"))
+        kinds = [group.get("class").split()[0] for group in groups]
+        texts = [text.text for text in groups[0].iter(SVG + "text")]
+        return kinds.count("node") * [0], kinds.count("edge") * [0], texts
+
+    def test_commands_say_what_is_wrong(self):
+        for command, answer in (("mub dot filled.array", "mub_array has none"), ("mub dot", "a container is needed"),
+                                ("mub check outside", "no container"), ("mub dot hash_pointer > /no/such/file", "No such file"),
+                                ("mub check nothing", 'No symbol "nothing"')):
+            self.assertIn(answer, look([command], 1)[0])
+        self.assertIn("mub dot VAR", look(["help mub"], 1)[0])
+        self.assertTrue(look(["mub dot hash_pointer"], 1)[0].startswith("digraph mub_hash {"))
+
+    def test_front_ends_get_maps_and_arrays(self):
+        commands = "\n".join(["-enable-pretty-printing", f'-interpreter-exec console "source {SCRIPT}"', "-break-insert stop",
+                              "-exec-run"]) + "\n"
+        asks = "\n".join(["-var-create list * filled.list", "-var-list-children --all-values list",
+                          "-var-create word * filled.arrayt", "-var-create text * filled.string",
+                          "-var-create pool * filled.pool", "-gdb-exit"]) + "\n"
+        with subprocess.Popen(["gdb", "-nx", "-i=mi", PROGRAM], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, env=ENVIRONMENT, text=True) as process:
+            process.stdin.write(commands)
+            process.stdin.flush()
+            for line in process.stdout:
+                if line.startswith("*stopped"):
+                    break
+            output = process.communicate(asks, timeout=60)[0]
+        self.assertRegex(output, r'name="list".*displayhint="map"')
+        self.assertRegex(output, r'child=.*value="\\"pear\\"".*value="0".*value="\\"fig\\"".*value="1".*value="\\"\\""')
+        self.assertRegex(output, r'name="word".*displayhint="array"')
+        self.assertRegex(output, r'name="text".*value="\\"said')
+        self.assertRegex(output, r'name="pool".*value="mub_pool with 17 live blocks')
+
+
+class Installed(unittest.TestCase):
+    @unittest.skipUnless(os.path.exists(os.path.join(BUILD, "gdb", "cmake_install.cmake")), "nothing is installed")
+    def test_the_shared_library_brings_the_printers(self):
+        with tempfile.TemporaryDirectory() as prefix:
+            prefix = os.path.realpath(prefix)
+            subprocess.run(["cmake", "--install", BUILD, "--component", "gdb", "--prefix", prefix], check=True,
+                           capture_output=True)
+            script, = (os.path.join(directory, name) for directory, _, names in os.walk(prefix) for name in names
+                       if name.endswith("-gdb.py"))
+            auto_load = os.path.join(prefix, "share/gdb/auto-load")
+            library = script[len(auto_load):-len("-gdb.py")]
+            self.assertEqual(os.path.basename(library), os.path.basename(LIBRARY))
+            os.makedirs(os.path.dirname(library))
+            shutil.copy(LIBRARY, library)
+            output = gdb("-iex", f"set auto-load scripts-directory {auto_load}", "-iex", f"add-auto-load-safe-path {prefix}",
+                         "-ex", "info pretty-printer", "-ex", "help mub", library)
+            self.assertIn("mub_hash", output)
+            self.assertIn("mub check VAR", output)
+
+
+def main():
+    if may_trace():
+        unittest.main()
+    with tempfile.TemporaryDirectory() as directory:
+        Contents.core = core_of_itself(directory)
+        if Contents.core is None:
+            print("skipped: GDB may trace no program here, and an aborted one leaves no core file")
+            sys.exit(SKIPPED)
+        print("GDB may trace no program here: only a core file is looked at")
+        unittest.main(defaultTest=["Contents", "Installed"])
+
+
+if __name__ == "__main__":
+    main()
