@@ -1,0 +1,283 @@
+#!/usr/bin/env python3
+"""Opens the built documentation in a headless Chromium, from its files, and uses it.
+
+    docs/browser_test.py HTML_DIRECTORY [--screenshots DIRECTORY]
+
+Needs Debian's chromium, chromium-driver and python3-selenium.
+"""
+
+import argparse
+import json
+import re
+import sys
+import tempfile
+import unittest
+from html.parser import HTMLParser
+from pathlib import Path
+from urllib.parse import unquote
+
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.select import Select
+
+ROOT = Path(__file__).resolve().parent.parent
+SWITCHES = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-sync",
+            "--disable-background-networking", "--disable-component-update", "--allow-file-access-from-files"]
+DESKTOP, PHONE = (1300, 1000), (390, 844)
+pages = None  # the directory, set by main
+driver = None
+
+
+class Page(HTMLParser):
+    """What a page links to, and where it can be linked to."""
+
+    def __init__(self, path):
+        super().__init__()
+        self.links, self.places = [], set()
+        self.feed(path.read_text())
+
+    def handle_starttag(self, tag, attributes):
+        for name, value in attributes:
+            if name in ("href", "src"):
+                self.links.append(value)
+            elif name in ("id", "name"):
+                self.places.add(value)
+
+
+def search_rows():
+    text = (pages / "api-index.js").read_text()
+    return json.loads(text[text.index("["):text.rindex(";")])
+
+
+def exported_functions():
+    names = re.findall(r"^    (\w+);$", (ROOT / "src/mub.map").read_text(), re.MULTILINE)
+    return [name for name in names if name.startswith("mub_")]
+
+
+class Links(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.parsed = {path.name: Page(path) for path in pages.glob("*.html")}
+
+    def fault_of(self, link, source):
+        if link.startswith(("data:", "http:", "https:")):
+            return None
+        name, _, place = unquote(link).partition("#")
+        name = name or source
+        if not (pages / name).is_file():
+            return f"{source}: no file for {link}"
+        if place and place not in self.parsed[name].places:
+            return f"{source}: no place for {link}"
+        return None
+
+    def test_every_link_leads_somewhere(self):
+        faults = [self.fault_of(link, source) for source, page in self.parsed.items() for link in page.links]
+        self.assertEqual([], [fault for fault in faults if fault])
+        self.assertGreater(len(faults), 5000)
+
+    def test_the_search_index_has_every_function_at_its_place(self):
+        rows = search_rows()
+        self.assertEqual(sorted(exported_functions()), sorted(row[0] for row in rows))
+        self.assertEqual([], [fault for fault in (self.fault_of(row[2], "api-index.js") for row in rows) if fault])
+        for name, _, url, *_ in rows:
+            page, place = url.split("#")
+            text = (pages / page).read_text()
+            title = text[text.index(f'id="{place}"'):][:400]
+            self.assertIn(f"</span>{name}()", title)
+
+    def test_a_function_names_the_programs_that_call_it(self):
+        calls = {}
+        for source in [*(ROOT / "examples/cookbook").glob("*.c"), *(ROOT / "examples/tutorial").glob("*.c")]:
+            for name in re.findall(r"\b(mub_\w+)\(", source.read_text()):
+                calls.setdefault(name, set()).add(f"{source.parent.name}/{source.name}")
+        self.assertGreater(len(calls), 80)
+        url = {row[0]: row[2] for row in search_rows()}
+        for name, sources in calls.items():
+            page, place = url[name].split("#")
+            section = (pages / page).read_text().split(f'id="{place}"', 1)[1].split('<h2 class="memtitle">', 2)[1]
+            for source in sources:
+                self.assertIn(source, section, name)
+
+
+class Browser(unittest.TestCase):
+    def setUp(self):
+        resize(DESKTOP)
+        self.open("index.html")
+
+    def tearDown(self):
+        self.assertEqual([], driver.get_log("browser"))
+
+    def open(self, name):
+        driver.get((pages / name).as_uri())
+        self.input = driver.find_element(By.ID, "search")
+
+    def ask(self, query):
+        self.input.send_keys(Keys.CONTROL, "a", Keys.NULL, Keys.DELETE, query)
+
+    def hits(self):
+        return [element.text for element in driver.find_elements(By.CSS_SELECTOR, "#hits code")]
+
+    def active(self):
+        option = driver.find_element(By.ID, self.input.get_attribute("aria-activedescendant"))
+        self.assertEqual("true", option.get_attribute("aria-selected"))
+        return option.find_element(By.TAG_NAME, "code").text
+
+    def choose(self, id_, value):
+        Select(driver.find_element(By.ID, id_)).select_by_value(value)
+
+    def count(self):
+        return int(driver.find_element(By.ID, "search-count").text.split()[0])
+
+    def panel_shown(self):
+        shown = driver.find_element(By.ID, "search-panel").is_displayed()
+        self.assertEqual(str(shown).lower(), self.input.get_attribute("aria-expanded"))
+        return shown
+
+    def test_misspelt_names_are_found(self):
+        for query, wanted in [
+                ("mub_hash_insret", "mub_hash_insert"), ("btree nod next", "mub_btree_node_next"),
+                ("strng replace", "mub_string_replace"), ("pool nwe", "mub_pool_new"), ("lists_ad_tail", "mub_lists_add_tail"),
+                ("strem crc", "mub_stream_crc32"), ("mub_arays_qsrot", "mub_arrays_qsort"), ("bits fnid", "mub_bits_find"),
+                ("hashx_entry_frist", "mub_hashx_entry_first"), ("wchra apend", "mub_wchar_append")]:
+            self.ask(query)
+            self.assertEqual(wanted, self.hits()[0], query)
+
+    def test_exact_names_come_first(self):
+        for name in exported_functions()[::80]:
+            self.ask(name)
+            self.assertEqual(name, self.hits()[0])
+
+    def test_words_of_summaries_are_found(self):
+        self.ask("packed lword")
+        self.assertIn("mub_stream_inflate_lword", self.hits()[:3])
+
+    def test_nonsense_finds_nothing(self):
+        self.ask("qqqqzzzz")
+        self.assertEqual([], self.hits())
+        self.assertEqual(0, self.count())
+
+    def test_filters_narrow_the_hits(self):
+        rows = search_rows()
+        self.ask("remove")
+        everywhere = self.count()
+        self.choose("search-module", "hash")
+        self.assertLess(self.count(), everywhere)
+        self.assertTrue(all(name.startswith("mub_hash_") for name in self.hits()))
+        self.ask("")
+        self.assertEqual(sum(row[1] == "hash" for row in rows), self.count())
+        for value, allocates in (("yes", True), ("no", False)):
+            self.choose("search-allocates", value)
+            wanted = sum(row[1] == "hash" and row[4] is allocates for row in rows)
+            self.assertEqual(wanted, self.count())
+            self.assertGreater(wanted, 0)
+
+    def test_the_keyboard_is_enough(self):
+        body = driver.find_element(By.TAG_NAME, "body")
+        body.send_keys("/")
+        self.assertEqual(self.input, driver.switch_to.active_element)
+        self.assertEqual("", self.input.get_attribute("value"))
+        self.input.send_keys("hash/inse")
+        first, second = self.hits()[:2]
+        self.assertEqual(first, self.active())
+        self.input.send_keys(Keys.ARROW_DOWN)
+        self.assertEqual(second, self.active())
+        self.input.send_keys(Keys.ARROW_UP, Keys.ARROW_UP)
+        self.assertEqual(self.hits()[-1], self.active())
+        self.input.send_keys(Keys.ESCAPE)
+        self.assertFalse(self.panel_shown())
+        body.send_keys("/")
+        self.ask("mub_pool_new")
+        self.input.send_keys(Keys.ENTER)
+        url = {row[0]: row[2] for row in search_rows()}["mub_pool_new"]
+        self.assertTrue(driver.current_url.endswith(url), driver.current_url)
+
+    def test_it_says_what_it_is(self):
+        self.ask("hash")
+        self.assertTrue(self.panel_shown())
+        self.assertEqual("combobox", self.input.get_attribute("role"))
+        self.assertEqual("Search functions", self.input.accessible_name)
+        count = driver.find_element(By.ID, "search-count")
+        self.assertEqual("polite", count.get_attribute("aria-live"))
+        for id_, name in (("search-module", "Module"), ("search-allocates", "May allocate")):
+            self.assertTrue(driver.find_element(By.ID, id_).accessible_name.startswith(name))
+        driver.find_element(By.CSS_SELECTOR, "nav.modules h2").click()
+        self.assertFalse(self.panel_shown())
+
+    def test_a_click_leads_there(self):
+        self.ask("mub_bits_find")
+        driver.find_element(By.CSS_SELECTOR, "#hits a").click()
+        self.assertIn("group__bits.html#", driver.current_url)
+
+    def test_no_page_is_wider_than_a_phone(self):
+        resize(PHONE)
+        for path in sorted(pages.glob("*.html")):
+            self.open(path.name)
+            width = driver.execute_script("return document.documentElement.scrollWidth")
+            self.assertLessEqual(width, PHONE[0], path.name)
+            self.assertEqual(1, len(driver.find_elements(By.TAG_NAME, "h1")), path.name)
+
+    def test_pictures_are_shown(self):
+        for module in ("hash", "btree", "pool"):
+            self.open(f"group__{module}.html")
+            picture = driver.find_element(By.CSS_SELECTOR, "figure img")
+            self.assertGreater(int(picture.get_attribute("naturalWidth")), 300)
+            self.assertTrue(picture.get_attribute("alt"))
+
+
+def resize(size):
+    driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
+                           {"width": size[0], "height": size[1], "deviceScaleFactor": 1, "mobile": size == PHONE})
+
+
+def take_screenshots(directory):
+    directory.mkdir(parents=True, exist_ok=True)
+    function = {row[0]: row[2] for row in search_rows()}["mub_hash_insert"]
+    for scheme in ("light", "dark"):
+        driver.execute_cdp_cmd("Emulation.setEmulatedMedia",
+                               {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        for size in (DESKTOP, PHONE):
+            resize(size)
+            for name, page in [("index", "index.html"), ("module", "group__hash.html"), ("function", function),
+                               ("tree", "group__btree.html"), ("tutorial", "tutorial.html"), ("cookbook", "cookbook.html"),
+                               ("recipe", "cookbook_2lru_cache_8c-example.html"), ("search", "index.html")]:
+                driver.get("about:blank")
+                driver.get(f"{pages.as_uri()}/{page}")
+                if name == "search":
+                    driver.find_element(By.ID, "search").send_keys("strng replace")
+                driver.save_screenshot(str(directory / f"{name}-{size[0]}-{scheme}.png"))
+
+
+def start(profile):
+    options = webdriver.ChromeOptions()
+    options.binary_location = "/usr/bin/chromium"
+    for switch in [*SWITCHES, f"--user-data-dir={profile}"]:
+        options.add_argument(switch)
+    options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+    browser = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+    browser.set_page_load_timeout(30)
+    return browser
+
+
+def main():
+    global pages, driver
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("pages", type=Path)
+    parser.add_argument("--screenshots", type=Path)
+    options = parser.parse_args()
+    pages = options.pages.resolve()
+    with tempfile.TemporaryDirectory() as profile:
+        driver = start(profile)
+        try:
+            if options.screenshots:
+                take_screenshots(options.screenshots)
+            else:
+                result = unittest.main(argv=sys.argv[:1], exit=False).result
+                sys.exit(0 if result.wasSuccessful() else 1)
+        finally:
+            driver.quit()
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,75 @@
+/* Write records as framed bytes with a checksum, and refuse them when they are damaged.
+ *
+ *   length   32 bits, of the payload      payload   id (packed), name (16 bits of length, bytes)
+ *   crc      32 bits, of the payload
+ *
+ * The payload has its final size before it is written: writers never grow a stream. A reader may read on
+ * whatever it meets: what is missing reads as 0 or -1, and the position tells afterwards. */
+#include <inttypes.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+#include "mub.h"
+
+static int write_record(mub_stream *file, uint64_t id, const mub_string *name) {
+  const int64_t payload = mub_stream_deflate_lword_length(id) + 2 + name->length;
+  const int64_t start = file->length;
+  if (name->length > UINT16_MAX || !mub_stream_expand(file, start + 8 + payload)) return 0;
+  mub_stream_shrink(file, start + 8 + payload); /* sets the length */
+  int64_t position = start + 8;
+  mub_stream_deflate_lword(file, &position, id);
+  mub_stream_set_string(file, &position, name);
+  position = start;
+  mub_stream_set_dword(file, &position, (uint32_t)payload);
+  mub_stream_set_dword(file, &position, mub_stream_crc32(file->data + start + 8, payload));
+  return 1;
+}
+
+/* 1 and the position behind the record, or 0. */
+static int read_record(const mub_stream *file, int64_t *position, uint64_t *id, mub_string *name) {
+  const int64_t payload = mub_stream_get_dword(file, position);
+  const uint32_t crc = mub_stream_get_dword(file, position);
+  const int64_t end = *position + payload;
+  if (end > file->length || mub_stream_crc32(file->data + *position, payload) != crc) return 0;
+  *id = (uint64_t)mub_stream_inflate_lword(file, position);
+  mub_stream_get_string(file, position, name);
+  return *position == end;
+}
+
+static void print_all(const char *title, const mub_stream *file) {
+  mub_string name;
+  mub_string_init(&name);
+  printf("%s, %" PRId64 " bytes\n", title, file->length);
+  for (int64_t position = 0; position < file->length;) {
+    const int64_t start = position;
+    uint64_t id;
+    if (!read_record(file, &position, &id, &name)) {
+      printf("  damaged at byte %" PRId64 "\n", start);
+      break;
+    }
+    printf("  %" PRIu64 " %s\n", id, name.data);
+  }
+  mub_string_term(&name);
+}
+
+int main(void) {
+  static const char *const names[] = {"bolt", "nut", "washer"};
+  static const uint64_t ids[] = {7, 90000, UINT64_MAX};
+  mub_stream file;
+  mub_string name;
+  mub_stream_init(&file);
+  mub_string_init(&name);
+  int done = 1;
+  for (int i = 0; done && i < 3; i++)
+    done = mub_string_copy(&name, names[i], -1) && write_record(&file, ids[i], &name);
+  if (done) {
+    print_all("as written", &file);
+    mub_stream_set_at(&file, 24, mub_stream_get_at(&file, 24) ^ 0x20);
+    print_all("one bit changed", &file);
+    mub_stream_left(&file, 20);
+    print_all("cut short", &file);
+  }
+  mub_string_term(&name);
+  mub_stream_term(&file);
+  return done ? EXIT_SUCCESS : EXIT_FAILURE;
+}

@@ -1,0 +1,49 @@
+/* Keep an ordered index, and list the keys of a range.
+ *
+ * mub_btreex_node_bfind gives a record near a key; from there the walk goes in key order, and stops behind
+ * the range. */
+#include <inttypes.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+#include "mub.h"
+
+typedef struct event {
+  int64_t minute; /* of the day */
+  const char *what;
+} event;
+
+static const event EVENTS[] = {
+    {8 * 60 + 30, "doors open"}, {13 * 60, "lunch"},     {9 * 60, "welcome"},
+    {10 * 60 + 45, "coffee"},    {17 * 60, "good-byes"}, {14 * 60 + 15, "workshops"},
+};
+
+/* The first record whose key is not below `key`; NULL when there is none. */
+static const mub_btreex_node *lower_bound(const mub_btreex *index, int64_t key) {
+  const mub_btreex_node *node = mub_btreex_node_bfind(index, (uint64_t)key);
+  if (node != NULL && (int64_t)node->key < key) node = mub_btreex_node_next(index, node);
+  return node;
+}
+
+static void print_range(const mub_btreex *index, int64_t from, int64_t to) {
+  printf("from %02d:%02d to %02d:%02d\n", (int)from / 60, (int)from % 60, (int)to / 60, (int)to % 60);
+  const mub_btreex_node *node = lower_bound(index, from);
+  for (; node != NULL && (int64_t)node->key < to; node = mub_btreex_node_next(index, node)) {
+    const event *entry = (const event *)(uintptr_t)node->value;
+    printf("  %02d:%02d %s\n", (int)entry->minute / 60, (int)entry->minute % 60, entry->what);
+  }
+}
+
+int main(void) {
+  mub_btreex by_minute; /* its keys are signed numbers until `key_type` says something else */
+  mub_btreex_init(&by_minute, 1, 1, 0);
+  int done = 1;
+  for (size_t i = 0; done && i < sizeof EVENTS / sizeof *EVENTS; i++)
+    done = mub_btreex_insert(&by_minute, (uint64_t)EVENTS[i].minute, (uintptr_t)&EVENTS[i]);
+  if (done) {
+    print_range(&by_minute, 9 * 60, 12 * 60);
+    print_range(&by_minute, 12 * 60, 24 * 60);
+  }
+  mub_btreex_term(&by_minute);
+  return done ? EXIT_SUCCESS : EXIT_FAILURE;
+}

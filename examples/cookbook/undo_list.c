@@ -1,0 +1,82 @@
+/* Undo and redo of edits to a text.
+ *
+ * Each edit remembers the bytes that it replaced. Undoing swaps those back in, which makes the same record
+ * the one that redoes the edit: a position in the list, which stays valid whatever is added, is all the
+ * state there is. */
+#include <stdio.h>
+#include <stdlib.h>
+
+#include "mub.h"
+
+typedef struct edit {
+  int64_t position;
+  int64_t length;   /* bytes that stand in the text now */
+  mub_string other; /* those that stood there before */
+} edit;
+
+typedef struct editor {
+  mub_string text;
+  mub_lists edits;       /* values: edits, blocks of the list's own pool */
+  mub_lists_entry *last; /* the edit done last; NULL when all are undone */
+} editor;
+
+static edit *edit_at(uint64_t value) { return (edit *)(uintptr_t)value; }
+
+static void release_edit(uint64_t value) { mub_string_term(&edit_at(value)->other); }
+
+static int toggle(mub_string *text, edit *change) {
+  mub_string standing;
+  mub_string_init(&standing);
+  const int64_t new_length = change->other.length;
+  const int done = mub_string_mid_string(text, change->position, change->length, &standing) &&
+                   mub_string_update(text, change->position, change->length,
+                                     change->other.data ? change->other.data : "", new_length);
+  if (done) change->length = new_length;
+  if (done) mub_string_swap(&change->other, &standing);
+  mub_string_term(&standing);
+  return done;
+}
+
+static void drop_redo(editor *e) {
+  while (e->edits.tail != e->last) release_edit(mub_lists_remove_tail(&e->edits));
+}
+
+static int replace(editor *e, int64_t position, int64_t length, const char *with) {
+  drop_redo(e);
+  const uint64_t value = mub_lists_add_tail_new(&e->edits, NULL);
+  if (value == 0) return 0;
+  *edit_at(value) = (edit){position, length, {NULL, 0, 0}};
+  if (!mub_string_copy(&edit_at(value)->other, with, -1) || !toggle(&e->text, edit_at(value))) {
+    drop_redo(e);
+    return 0;
+  }
+  e->last = e->edits.tail;
+  return printf("edit  %s\n", e->text.data) > 0;
+}
+
+static int undo(editor *e) {
+  if (e->last == NULL || !toggle(&e->text, edit_at(e->last->value))) return 0;
+  e->last = e->last->prev;
+  return printf("undo  %s\n", e->text.data) > 0;
+}
+
+static int redo(editor *e) {
+  mub_lists_entry *next = e->last != NULL ? e->last->next : e->edits.head;
+  if (next == NULL || !toggle(&e->text, edit_at(next->value))) return 0;
+  e->last = next;
+  return printf("redo  %s\n", e->text.data) > 0;
+}
+
+int main(void) {
+  editor e = {.last = NULL};
+  mub_string_init(&e.text);
+  mub_lists_init(&e.edits, 1, 1);
+  int done = e.edits.value_pool != NULL && mub_string_copy(&e.text, "a plain text", -1);
+  if (done) e.edits.value_pool->block_size = sizeof(edit);
+  done = done && replace(&e, 2, 5, "short") && replace(&e, 0, 1, "One") && undo(&e) && undo(&e) && redo(&e) &&
+         replace(&e, 8, 4, "story") && !redo(&e);
+  mub_lists_free_all(&e.edits, release_edit);
+  mub_lists_term(&e.edits);
+  mub_string_term(&e.text);
+  return done ? EXIT_SUCCESS : EXIT_FAILURE;
+}
