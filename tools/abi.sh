@@ -9,6 +9,7 @@ set_abi_library() {
   if [ $# -gt 0 ]; then
     abi_library=$1
   else
+    install_missing "${toolchain_packages[@]}"
     cmake --preset release -B build/abi -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$PWD/=" \
       -DMUB_BUILD_TESTS=OFF -DMUB_BUILD_BENCH=OFF -DMUB_BUILD_EXAMPLES=OFF -Wno-dev >&2
     cmake --build build/abi --parallel "$(nproc)" --target mub >&2

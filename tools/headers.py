@@ -49,9 +49,3 @@ def public_headers(root):
 
 def declarations(root):
     return [found for path in public_headers(root) for found in declarations_of(path)]
-
-
-def map_text(names):
-    """The linker's version script that exports `names` and nothing else."""
-    listed = "".join(f"    {name};\n" for name in sorted(set(names)))
-    return f"MUB_1.0 {{\n  global:\n{listed}  local:\n    *;\n}};\n"
