@@ -1,4 +1,4 @@
-# shellcheck shell=bash disable=SC2034 # used by the scripts that source this
+# shellcheck shell=bash disable=SC2034,SC2154 # used by the scripts that source this
 # What tools/check_abi and tools/update_abi share; sourced from the project's root after lib.sh.
 
 abi_description=abi/libmub.abi
