@@ -25,12 +25,13 @@ install_missing() {
 
 toolchain_packages=(build-essential cmake ninja-build)
 test_packages=(libgtest-dev python3)
-abi_packages=(abigail-tools)
-packaging_packages=(debhelper doxygen dpkg-dev fakeroot graphviz lintian pkg-config)
 clang_packages=(clang libclang-rt-14-dev)
 lint_packages=(clang-format clang-tidy shellcheck)
 bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-dev libdeflate-dev
   libisal-dev pkg-config python3)
+
+abi_packages=(abigail-tools)
+packaging_packages=(debhelper doxygen dpkg-dev fakeroot graphviz lintian pkg-config)
 
 # build_preset PRESET [ARGUMENT…]: configures and builds; the arguments go to the build.
 build_preset() {
