@@ -4,6 +4,7 @@
 """
 
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -32,6 +33,12 @@ const int MUB_TABLE[2] = {1, 2};
 int mub_one(int x) { return x; }
 int mub_two(int x) { return x + 1; }
 """
+VERSION = """
+#define MUB_VERSION_MAJOR 1
+#define MUB_VERSION_MINOR 0
+#define MUB_VERSION_PATCH 2
+#define MUB_VERSION "1.0.2"
+"""
 MAP = "MUB_1.0 {\n  global:\n    MUB_TABLE;\n    mub_one;\n    mub_two;\n  local:\n    *;\n};\n"
 
 
@@ -40,7 +47,10 @@ class Tree(unittest.TestCase):
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
         self.root = Path(directory.name)
-        self.write("include/mub.h", '#include "mub_a.h"\n')
+        self.write("include/mub.h", '#include "mub_a.h"\n#include "mub_base.h"\n')
+        self.write("include/mub_base.h", VERSION)
+        self.write("CMakeLists.txt", "project(mub VERSION 1.0.2 LANGUAGES C)\n")
+        self.write("debian/changelog", "libmub (1.0.2-1) unstable; urgency=medium\n")
         self.write("include/mub_a.h", HEADER)
         self.write("src/mub.map", MAP)
 
@@ -96,6 +106,32 @@ class CheckApi(Tree):
     def test_reports_a_header_that_mub_h_leaves_out(self):
         self.write("include/mub_b.h", "")
         self.assert_reports(self.check("check_api"), "include/mub_b.h: not included by mub.h")
+
+    def test_keeps_released_names_in_their_version(self):
+        later = VERSION.replace("MINOR 0", "MINOR 1").replace("1.0.2", "1.1.2")
+        self.write("include/mub_base.h", later)
+        self.write("CMakeLists.txt", "project(mub VERSION 1.1.2 LANGUAGES C)\n")
+        self.write("debian/changelog", "libmub (1.1.2-1) unstable; urgency=medium\n")
+        self.assert_clean(self.check("check_api", self.built()))
+        added = HEADER + "/* mub_three: three. */\nMUB_API int mub_three(void);\n"
+        self.write("include/mub_a.h", added.replace("MUB_API int mub_two", "int mub_two").replace("/* mub_two", "/* two"))
+        self.write("src/mub.map", MAP + "MUB_1.1 {\n  global:\n    mub_three;\n} MUB_1.0;\n")
+        source = SOURCE + "int mub_three(void) { return 3; }\n"
+        self.assert_reports(
+            self.check("check_api", self.built(source)),
+            "mub_two: in src/mub.map but not in the headers", "but not in the headers\n")
+        self.write("include/mub_a.h", added)
+        self.assert_clean(self.check("check_api", self.built(source)))
+        self.write("src/mub.map", MAP.replace("    mub_two", "    mub_three;\n    mub_two"))
+        library = self.built(source)
+        self.write("src/mub.map", MAP + "MUB_1.1 {\n  global:\n    mub_three;\n} MUB_1.0;\n")
+        self.assert_reports(self.check("check_api", library), "mub_three@@MUB_1.0: exported outside of MUB_1.1")
+
+    def test_reports_versions_that_differ(self):
+        self.write("CMakeLists.txt", "project(mub VERSION 1.0.1 LANGUAGES C)\n")
+        self.write("debian/changelog", "libmub (1.2.0-1) unstable; urgency=medium\n")
+        self.assert_reports(
+            self.check("check_api"), "CMakeLists.txt: tells version 1.0.1", "debian/changelog: tells version 1.2.0")
 
     def test_reports_a_wrong_soname(self):
         self.assert_reports(self.check("check_api", self.built(soname="libmub.so.2")), "SONAME")
@@ -222,6 +258,56 @@ class CheckLayers(Tree):
         for path in ("include/mub.h", "src/core/low.h", "src/hash/high.h"):
             (self.root / path).unlink()
         self.assert_reports(self.check("check_layers"), "no include found")
+
+
+@unittest.skipUnless(shutil.which("abidiff"), "needs abigail-tools")
+class CheckAbi(Tree):
+    SOURCE = """
+struct mub_r { int a; int *b; };
+typedef int (*mub_f)(int);
+const int MUB_TABLE[2] = {1, 2};
+int mub_two(int x) { return x + 1; }
+int mub_one(mub_f f, struct mub_r *r) { return f(1) + mub_two(*r->b); }
+"""
+    CHANGES = (  # each with what is said of it
+        ("int a; int *b;", "int *b; int a;", "offset changed from 0 to 64"),
+        ("int a;", "int c;", "name of 'mub_r::a' changed"),
+        ("mub_two(int x)", "mub_two(unsigned x)", "parameter 1 of type 'int' changed"),
+        ("(*mub_f)(int)", "(*mub_f)(long)", "parameter 1 of type 'int' changed"),
+        ("int mub_two", "static int mub_two", "1 Removed"),
+        ("MUB_TABLE[2]", "MUB_TABLE[3]", "size of symbol changed"),
+    )
+
+    def setUp(self):
+        super().setUp()
+        for tool in ("lib.sh", "abi.sh", "check_abi", "update_abi"):
+            self.write(f"tools/{tool}", (TOOLS / tool).read_text())
+        (self.root / "abi").mkdir()
+        subprocess.run(["bash", self.root / "tools/update_abi", self.built(self.SOURCE)], check=True)
+
+    def built(self, source, *flags):
+        self.write("a.c", source)
+        library = self.root / "libmub.so"
+        subprocess.run([CC, "-shared", "-fPIC", "-g", *flags, self.root / "a.c", "-o", library], check=True)
+        return library
+
+    def check_abi(self, source, *flags):
+        command = ["bash", self.root / "tools/check_abi", self.built(source, *flags)]
+        return subprocess.run(command, capture_output=True, text=True)
+
+    def test_accepts_additions_alone(self):
+        for source in (self.SOURCE, self.SOURCE + "int mub_three(void) { return 3; }\n"):
+            result = self.check_abi(source)
+            self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+        for before, after, said in self.CHANGES:
+            result = self.check_abi(self.SOURCE.replace(before, after))
+            self.assertEqual(result.returncode, 1, result.stdout + result.stderr)
+            self.assertIn(said, result.stdout)
+
+    def test_refuses_a_library_that_tells_no_types(self):
+        result = self.check_abi(self.SOURCE, "-g0")
+        self.assertEqual((result.returncode, result.stdout), (2, ""))
+        self.assertIn("no debug information", result.stderr)
 
 
 if __name__ == "__main__":

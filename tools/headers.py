@@ -250,9 +250,3 @@ def callbacks_of(path):
     for match in CALLBACK.finditer(code):
         declared = " ".join(text[match.start():match.end()].split())
         yield Callback(match.group(2), path, declared, comment_above(text, match.start()))
-
-
-def map_text(names):
-    """The linker's version script that exports `names` and nothing else."""
-    listed = "".join(f"    {name};\n" for name in sorted(set(names)))
-    return f"MUB_1.0 {{\n  global:\n{listed}  local:\n    *;\n}};\n"

@@ -33,6 +33,9 @@ lint_packages=(clang-format clang-tidy shellcheck)
 bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-dev libdeflate-dev
   libisal-dev pkg-config python3)
 
+abi_packages=(abigail-tools)
+packaging_packages=(debhelper doxygen dpkg-dev fakeroot graphviz lintian pkg-config)
+
 # build_preset PRESET [ARGUMENT…]: configures and builds; the arguments go to the build.
 build_preset() {
   local preset=$1

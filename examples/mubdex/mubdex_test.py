@@ -281,6 +281,13 @@ class Mubdex(unittest.TestCase):
             self.assertIn(b"usage: mubdex", result.stderr)
         self.assertEqual(run("--help").returncode, 0)
 
+    def test_manual_page_has_every_option(self):
+        with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "mubdex.1"), encoding="utf-8") as page:
+            told = set(re.findall(r"^\.It Fl \\-(\w+)", page.read(), re.MULTILINE))
+        options = set(re.findall(r"^  --(\w+)", run("--help").stdout.decode(), re.MULTILINE))
+        self.assertGreater(len(options), 5)
+        self.assertEqual(options - told, set())
+
 
 if __name__ == "__main__":
     unittest.main()
