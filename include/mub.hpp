@@ -1,0 +1,23 @@
+/* mub.hpp: libmub for C++17: owning types over the C records, in namespace mub.
+ *
+ *   mub::hash words;
+ *   if (!words.insert("the", 1)) …                       false: the key was there, or memory ran out
+ *   for (auto [key, value] : words) value += 1;          key is a std::string_view, value a reference
+ *   mub_hash_update(words.c(), "the", -1, 2);            c() is the record, for everything else
+ *
+ * mub_base.hpp has the rules that hold for all of them. */
+#ifndef MUB_HPP
+#define MUB_HPP
+
+#include "mub.h"
+#include "mub_array.hpp"
+#include "mub_base.hpp"
+#include "mub_bits.hpp"
+#include "mub_btree.hpp"
+#include "mub_hash.hpp"
+#include "mub_list.hpp"
+#include "mub_pool.hpp"
+#include "mub_text.hpp"
+#include "mub_tree.hpp"
+
+#endif

@@ -1,0 +1,493 @@
+/* mub_array.hpp: mub::array, mub::arrayd, mub::arrayx, mub::arrays and mub::arrayt, the arrays of mub_array.h.
+ *
+ *   mub::array    keys std::string_view      mub::arrays   bare items, ordered by your comparers
+ *   mub::arrayd   keys std::uint32_t         mub::arrayt   words, the first four of them in the record
+ *   mub::arrayx   keys std::uint64_t
+ *
+ * contains, get, find, insert, update, remove, find_index and nearest_index are for arrays that are kept sorted; append
+ * and the operations with an index are for those in any order, which sort() orders. Additions that return nothing do
+ * nothing when memory runs out: reserve() tells beforehand. Every addition, removal and sort invalidates iterators. */
+#ifndef MUB_ARRAY_HPP
+#define MUB_ARRAY_HPP
+
+#include "mub_array.h"
+#include "mub_base.hpp"
+
+namespace mub {
+inline namespace v1 {
+namespace detail {
+
+struct array_traits : byte_key {
+  using record = mub_array;
+  using entry = mub_array_entry;
+  static constexpr auto init = mub_array_init;
+  static constexpr auto term = mub_array_term;
+  static constexpr auto swap = mub_array_swap;
+  static constexpr auto clone = mub_array_clone;
+  static constexpr auto expand = mub_array_expand;
+  static constexpr auto shrink = mub_array_shrink;
+  static constexpr auto remove_all = mub_array_remove_all;
+  static constexpr auto free_all = mub_array_free_all;
+  static constexpr auto append = mub_array_append;
+  static constexpr auto append_new = mub_array_append_new;
+  static constexpr auto append_array = mub_array_append_array;
+  static constexpr auto get_entry = mub_array_get_entry;
+  static constexpr auto insert_at = mub_array_insert_at;
+  static constexpr auto free_at = mub_array_free_at;
+  static constexpr auto insert = mub_array_insert;
+  static constexpr auto get = mub_array_find;
+  static constexpr auto update = mub_array_update;
+  static constexpr auto remove = mub_array_remove;
+  static constexpr auto entry_insert = mub_array_entry_insert;
+  static constexpr auto entry_get = mub_array_entry_find;
+  static constexpr auto find_index = mub_array_find_index;
+  static constexpr auto afind_index = mub_array_afind_index;
+  static constexpr auto bfind_index = mub_array_bfind_index;
+  static constexpr auto qsort = mub_array_qsort;
+  static constexpr auto qsort_x = mub_array_qsort_x;
+  static int find(const record *array, const void *key, std::int64_t length) {
+    return mub_array_find_index(array, key, length) >= 0;
+  }
+  static std::uint64_t remove_at(record *array, std::int64_t index) {
+    return mub_array_remove_at(array, index);
+  }
+};
+
+struct arrayd_traits : integer_key<std::uint32_t> {
+  using record = mub_arrayd;
+  using entry = mub_arrayd_entry;
+  static constexpr auto init = mub_arrayd_init;
+  static constexpr auto term = mub_arrayd_term;
+  static constexpr auto swap = mub_arrayd_swap;
+  static constexpr auto clone = mub_arrayd_clone;
+  static constexpr auto expand = mub_arrayd_expand;
+  static constexpr auto shrink = mub_arrayd_shrink;
+  static constexpr auto remove_all = mub_arrayd_remove_all;
+  static constexpr auto free_all = mub_arrayd_free_all;
+  static constexpr auto append = mub_arrayd_append;
+  static constexpr auto append_new = mub_arrayd_append_new;
+  static constexpr auto append_array = mub_arrayd_append_array;
+  static constexpr auto get_entry = mub_arrayd_get_entry;
+  static constexpr auto insert_at = mub_arrayd_insert_at;
+  static constexpr auto free_at = mub_arrayd_free_at;
+  static constexpr auto insert = mub_arrayd_insert;
+  static constexpr auto get = mub_arrayd_find;
+  static constexpr auto update = mub_arrayd_update;
+  static constexpr auto remove = mub_arrayd_remove;
+  static constexpr auto entry_insert = mub_arrayd_entry_insert;
+  static constexpr auto entry_get = mub_arrayd_entry_find;
+  static constexpr auto find_index = mub_arrayd_find_index;
+  static constexpr auto afind_index = mub_arrayd_afind_index;
+  static constexpr auto bfind_index = mub_arrayd_bfind_index;
+  static constexpr auto qsort = mub_arrayd_qsort;
+  static constexpr auto qsort_x = mub_arrayd_qsort_x;
+  static int find(const record *array, key_type key) { return mub_arrayd_find_index(array, key) >= 0; }
+  static std::uint64_t remove_at(record *array, std::int64_t index) {
+    key_type key;
+    return mub_arrayd_remove_at(array, index, &key);
+  }
+};
+
+struct arrayx_traits : integer_key<std::uint64_t> {
+  using record = mub_arrayx;
+  using entry = mub_arrayx_entry;
+  static constexpr auto init = mub_arrayx_init;
+  static constexpr auto term = mub_arrayx_term;
+  static constexpr auto swap = mub_arrayx_swap;
+  static constexpr auto clone = mub_arrayx_clone;
+  static constexpr auto expand = mub_arrayx_expand;
+  static constexpr auto shrink = mub_arrayx_shrink;
+  static constexpr auto remove_all = mub_arrayx_remove_all;
+  static constexpr auto free_all = mub_arrayx_free_all;
+  static constexpr auto append = mub_arrayx_append;
+  static constexpr auto append_new = mub_arrayx_append_new;
+  static constexpr auto append_array = mub_arrayx_append_array;
+  static constexpr auto get_entry = mub_arrayx_get_entry;
+  static constexpr auto insert_at = mub_arrayx_insert_at;
+  static constexpr auto free_at = mub_arrayx_free_at;
+  static constexpr auto insert = mub_arrayx_insert;
+  static constexpr auto get = mub_arrayx_find;
+  static constexpr auto update = mub_arrayx_update;
+  static constexpr auto remove = mub_arrayx_remove;
+  static constexpr auto entry_insert = mub_arrayx_entry_insert;
+  static constexpr auto entry_get = mub_arrayx_entry_find;
+  static constexpr auto find_index = mub_arrayx_find_index;
+  static constexpr auto afind_index = mub_arrayx_afind_index;
+  static constexpr auto bfind_index = mub_arrayx_bfind_index;
+  static constexpr auto qsort = mub_arrayx_qsort;
+  static constexpr auto qsort_x = mub_arrayx_qsort_x;
+  static int find(const record *array, key_type key) { return mub_arrayx_find_index(array, key) >= 0; }
+  static std::uint64_t remove_at(record *array, std::int64_t index) {
+    key_type key;
+    return mub_arrayx_remove_at(array, index, &key);
+  }
+};
+
+// The arrays with a value pool. mub_array_swap and its like leave the pools where they are, and mub_arrays_swap does not.
+template <class Traits, bool kSwapsPools>
+struct array_life {
+  using record = typename Traits::record;
+  static void init(record *array, int with_pool) noexcept { Traits::init(array, with_pool); }
+  static void bare(record *array) noexcept { Traits::init(array, 0); }
+  static void release(record *array) noexcept { Traits::term(array); }
+  static void swap(record *a, record *b) noexcept {
+    Traits::swap(a, b);
+    std::swap(a->descending, b->descending);
+    if (kSwapsPools) return;
+    std::swap(a->pool, b->pool);
+    std::swap(a->own_pool, b->own_pool);
+  }
+};
+
+// A clone without the pool that its source has, or one that ran out of memory, is left empty.
+template <class Traits>
+void clone_array(const typename Traits::record *source, typename Traits::record *copy, mub_clone_fn mend) {
+  copy->descending = source->descending;
+  if (copy->own_pool != source->own_pool) return;
+  Traits::clone(source, nullptr, copy, nullptr, mend);
+  if (copy->count > copy->capacity) Traits::remove_all(copy);
+}
+
+// The count that the slots of the table bear out: a record that mub_array_clone left without memory has more.
+template <class Record>
+std::int64_t slots_in_use(const Record *array) noexcept {
+  return array->count < array->capacity ? array->count : array->capacity;
+}
+
+// A random access iterator by index: Access::at(record, index) is what it yields.
+template <class Access>
+class index_iterator
+    : public walker<index_iterator<Access>, typename Access::reference, std::random_access_iterator_tag> {
+ public:
+  using difference_type = std::ptrdiff_t;
+  using reference = typename Access::reference;
+
+  index_iterator() = default;
+  index_iterator(const typename Access::record *array, std::int64_t index) noexcept
+      : array_(array), index_(index) {}
+
+  reference operator*() const noexcept { return Access::at(array_, index_); }
+  reference operator[](difference_type n) const noexcept { return Access::at(array_, index_ + n); }
+  void step() noexcept { ++index_; }
+  void step_back() noexcept { --index_; }
+  std::int64_t place() const noexcept { return index_; }
+
+  index_iterator &operator+=(difference_type n) noexcept {
+    index_ += n;
+    return *this;
+  }
+  index_iterator &operator-=(difference_type n) noexcept { return *this += -n; }
+  friend index_iterator operator+(index_iterator it, difference_type n) noexcept { return it += n; }
+  friend index_iterator operator+(difference_type n, index_iterator it) noexcept { return it += n; }
+  friend index_iterator operator-(index_iterator it, difference_type n) noexcept { return it -= n; }
+  friend difference_type operator-(const index_iterator &a, const index_iterator &b) noexcept {
+    return a.index_ - b.index_;
+  }
+  friend bool operator<(const index_iterator &a, const index_iterator &b) noexcept {
+    return a.index_ < b.index_;
+  }
+  friend bool operator>(const index_iterator &a, const index_iterator &b) noexcept { return b < a; }
+  friend bool operator<=(const index_iterator &a, const index_iterator &b) noexcept { return !(b < a); }
+  friend bool operator>=(const index_iterator &a, const index_iterator &b) noexcept { return !(a < b); }
+
+ private:
+  const typename Access::record *array_ = nullptr;
+  std::int64_t index_ = 0;
+};
+
+template <class Traits, class Value>
+struct entry_access {
+  using record = typename Traits::record;
+  using reference = item<typename Traits::key_type, Value>;
+  static reference at(const record *array, std::int64_t index) noexcept {
+    auto *entry = array->entries + index;
+    return {Traits::key_of(array, entry), entry->value};
+  }
+};
+
+template <class Value>
+struct word_access {
+  using record = mub_arrayt;
+  using reference = Value &;
+  static reference at(const record *array, std::int64_t index) noexcept {
+    // The iterators of a const array yield const words alone.
+    return index < 4 ? const_cast<record *>(array)->inline_items[index] : array->tail[index - 4];
+  }
+};
+
+}  // namespace detail
+
+/* basic_array: entries with keys, as mub_array. */
+template <class Traits>
+class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits> {
+  using base = detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits>;
+
+ public:
+  using iterator = detail::index_iterator<detail::entry_access<Traits, std::uint64_t>>;
+  using const_iterator = detail::index_iterator<detail::entry_access<Traits, const std::uint64_t>>;
+  using base::c;
+  using typename base::entry_type;
+  using typename base::key_type;
+
+  /* The default: no value pool. */
+  basic_array() noexcept : base(std::in_place, 0) {}
+
+  /* With a value pool of its own. */
+  explicit basic_array(value_blocks values) noexcept : base(std::in_place, 1) {
+    detail::set_block_size(c()->pool, values.size);
+  }
+
+  /* With the caller's value pool. */
+  explicit basic_array(mub_pool *values) noexcept : basic_array() { c()->pool = values; }
+
+  /* clone: a copy; as mub_array_clone without pools of the caller's. */
+  [[nodiscard]] basic_array clone(mub_clone_fn mend = nullptr) const {
+    basic_array copy;
+    if (c()->own_pool != 0) copy = basic_array(value_blocks{0});
+    detail::clone_array<Traits>(c(), copy.c(), mend);
+    return copy;
+  }
+
+  /* reserve: make room for `wanted` entries in all; false when memory ran out. As mub_array_expand. */
+  [[nodiscard]] bool reserve(std::int64_t wanted) { return Traits::expand(c(), wanted) != 0; }
+
+  /* shrink: set the count, which may also rise up to the capacity; as mub_array_shrink. */
+  void shrink(std::int64_t n) { Traits::shrink(c(), n); }
+
+  /* append: add an entry at the end; as mub_array_append. */
+  void append(key_type key, std::uint64_t value) { Traits::call(Traits::append, c(), key, value); }
+
+  /* append: add copies of all entries of an array, which may be this one; as mub_array_append_array. */
+  void append(const basic_array &source) { Traits::append_array(c(), source.c()); }
+
+  /* append_new: add an entry at the end, its value a block of the value pool; as mub_array_append_new. */
+  std::uint64_t append_new(key_type key, mub_init_fn init = nullptr) {
+    return Traits::call(Traits::append_new, c(), key, init);
+  }
+
+  /* insert_at: add an entry before the one at an index; as mub_array_insert_at. */
+  void insert_at(std::int64_t index, key_type key, std::uint64_t value) {
+    Traits::call([index](auto *array, auto... rest) { Traits::insert_at(array, index, rest...); }, c(), key,
+                 value);
+  }
+
+  /* remove_at: remove the entry at an index and hand its value over; as mub_array_remove_at. */
+  std::uint64_t remove_at(std::int64_t index) { return Traits::remove_at(c(), index); }
+
+  /* free_at: remove the entry at an index and release its value; as mub_array_free_at. */
+  void free_at(std::int64_t index, mub_free_fn release) { Traits::free_at(c(), index, release); }
+
+  /* at: the slot at an index; nullptr outside the capacity. As mub_array_get_entry. */
+  entry_type *at(std::int64_t index) { return Traits::get_entry(c(), index); }
+  const entry_type *at(std::int64_t index) const { return Traits::get_entry(c(), index); }
+
+  /* operator[]: the entry at an index below size(). */
+  typename iterator::reference operator[](std::int64_t index) { return *iterator(c(), index); }
+  typename const_iterator::reference operator[](std::int64_t index) const {
+    return *const_iterator(c(), index);
+  }
+
+  /* emplace: the entry of a key, made with value 0 if need be; nullptr when that was refused. As
+   * mub_array_entry_insert. */
+  [[nodiscard]] entry_type *emplace(key_type key) { return Traits::call(Traits::entry_insert, c(), key); }
+
+  /* find_index: the index of a key; -1 when it is absent. As mub_array_find_index. */
+  std::int64_t find_index(key_type key) const { return Traits::call(Traits::find_index, c(), key); }
+
+  /* nearest_index: where a key is or belongs; -1 in an empty array. As mub_array_bfind_index. */
+  std::int64_t nearest_index(key_type key) const { return Traits::call(Traits::bfind_index, c(), key); }
+
+  /* scan_index: the index of the first entry with a key, in any order; -1 without one. As mub_array_afind_index. */
+  std::int64_t scan_index(key_type key) const { return Traits::call(Traits::afind_index, c(), key); }
+
+  /* sort: by key; as mub_array_qsort. */
+  void sort(bool ascending = true) { Traits::qsort(c(), ascending); }
+
+  /* sort: by value; as mub_array_qsort_x. */
+  void sort(mub_compare_fn compare, bool ascending = true) { Traits::qsort_x(c(), ascending, compare); }
+
+  /* begin: a walk in the order of the array. */
+  iterator begin() noexcept { return iterator(c(), 0); }
+  const_iterator begin() const noexcept { return const_iterator(c(), 0); }
+  iterator end() noexcept { return iterator(c(), detail::slots_in_use(c())); }
+  const_iterator end() const noexcept { return const_iterator(c(), detail::slots_in_use(c())); }
+};
+
+using array = basic_array<detail::array_traits>;
+using arrayd = basic_array<detail::arrayd_traits>;
+using arrayx = basic_array<detail::arrayx_traits>;
+
+namespace detail {
+
+struct arrays_traits {
+  using record = mub_arrays;
+  static constexpr auto init = mub_arrays_init;
+  static constexpr auto term = mub_arrays_term;
+  static constexpr auto swap = mub_arrays_swap;
+  static constexpr auto clone = mub_arrays_clone;
+  static constexpr auto remove_all = mub_arrays_remove_all;
+};
+
+struct arrayt_life {
+  using record = mub_arrayt;
+  static void init(record *array) noexcept { mub_arrayt_init(array); }
+  static void bare(record *array) noexcept { mub_arrayt_init(array); }
+  static void release(record *array) noexcept { mub_arrayt_term(array); }
+  static void swap(record *a, record *b) noexcept {
+    mub_arrayt_swap(a, b);
+    std::swap(a->descending, b->descending);
+  }
+};
+
+}  // namespace detail
+
+/* arrays: bare 64-bit items, as mub_arrays. Iterators are pointers. */
+class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_traits, true>> {
+  using base = detail::owner<arrays, detail::array_life<detail::arrays_traits, true>>;
+
+ public:
+  using value_type = std::uint64_t;
+  using iterator = std::uint64_t *;
+  using const_iterator = const std::uint64_t *;
+
+  /* The default: no item pool. */
+  arrays() noexcept : base(std::in_place, 0) {}
+
+  /* With an item pool of its own. */
+  explicit arrays(value_blocks items) noexcept : base(std::in_place, 1) {
+    detail::set_block_size(c()->pool, items.size);
+  }
+
+  /* clone: a copy; as mub_arrays_clone without pools of the caller's. */
+  [[nodiscard]] arrays clone(mub_clone_fn mend = nullptr) const {
+    arrays copy;
+    if (c()->own_pool != 0) copy = arrays(value_blocks{0});
+    detail::clone_array<detail::arrays_traits>(c(), copy.c(), mend);
+    return copy;
+  }
+
+  /* size, empty: the number of items, and whether there are none. */
+  std::int64_t size() const noexcept { return c()->count; }
+  [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+
+  /* reserve: make room for `wanted` items in all; false when memory ran out. As mub_arrays_expand. */
+  [[nodiscard]] bool reserve(std::int64_t wanted) { return mub_arrays_expand(c(), wanted) != 0; }
+
+  /* shrink: set the count, which may also rise up to the capacity; as mub_arrays_shrink. */
+  void shrink(std::int64_t n) { mub_arrays_shrink(c(), n); }
+
+  /* append: add an item at the end; as mub_arrays_append. */
+  void append(std::uint64_t item) { mub_arrays_append(c(), item); }
+
+  /* append: add all items of an array, which may be this one; as mub_arrays_append_array. */
+  void append(const arrays &source) { mub_arrays_append_array(c(), source.c()); }
+
+  /* append_new: add a block of the item pool at the end; as mub_arrays_append_new. */
+  std::uint64_t append_new(mub_init_fn init = nullptr) { return mub_arrays_append_new(c(), init); }
+
+  /* insert_at, remove_at: as mub_arrays_insert_at and mub_arrays_remove_at. */
+  void insert_at(std::int64_t index, std::uint64_t item) { mub_arrays_insert_at(c(), index, item); }
+  std::uint64_t remove_at(std::int64_t index) { return mub_arrays_remove_at(c(), index); }
+
+  /* insert: sorted: add an item unless an equal one is there; true when memory ran out, too. As mub_arrays_insert. */
+  [[nodiscard]] bool insert(std::uint64_t item, mub_compare_item_fn compare, std::uint64_t context = 0) {
+    return mub_arrays_insert(c(), item, context, compare) != 0;
+  }
+
+  /* find: sorted: the item equal to a key; 0 without one. As mub_arrays_find. */
+  std::uint64_t find(std::uint64_t key, mub_compare_item_fn compare, std::uint64_t context = 0) const {
+    return mub_arrays_find(c(), key, context, compare);
+  }
+
+  /* find_index: sorted: the index of the item equal to a key; -1 without one. As mub_arrays_find_index. */
+  std::int64_t find_index(std::uint64_t key, mub_compare_item_fn compare, std::uint64_t context = 0) const {
+    return mub_arrays_find_index(c(), key, context, compare);
+  }
+
+  /* remove: sorted: remove the item equal to a key and hand it over; 0 without one. As mub_arrays_remove. */
+  std::uint64_t remove(std::uint64_t key, mub_compare_item_fn compare, std::uint64_t context = 0) {
+    return mub_arrays_remove(c(), key, context, compare);
+  }
+
+  /* sort: as mub_arrays_qsort. */
+  void sort(mub_compare_item_fn compare, bool ascending = true) { mub_arrays_qsort(c(), ascending, compare); }
+
+  /* clear: remove all items, which are not looked at; as mub_arrays_remove_all. */
+  void clear() { mub_arrays_remove_all(c()); }
+
+  /* free_all: release every item that is not 0, then remove all; as mub_arrays_free_all. */
+  void free_all(mub_free_fn release) { mub_arrays_free_all(c(), release); }
+
+  /* operator[]: the item at an index below size(). */
+  std::uint64_t &operator[](std::int64_t index) noexcept { return c()->items[index]; }
+  const std::uint64_t &operator[](std::int64_t index) const noexcept { return c()->items[index]; }
+
+  /* begin: the items, in the order of the array. */
+  iterator begin() noexcept { return c()->items; }
+  const_iterator begin() const noexcept { return c()->items; }
+  iterator end() noexcept { return c()->items + detail::slots_in_use(c()); }
+  const_iterator end() const noexcept { return c()->items + detail::slots_in_use(c()); }
+};
+
+/* arrayt: 64-bit words, the first four without memory beside the record, as mub_arrayt. */
+class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
+ public:
+  using value_type = std::uint64_t;
+  using iterator = detail::index_iterator<detail::word_access<std::uint64_t>>;
+  using const_iterator = detail::index_iterator<detail::word_access<const std::uint64_t>>;
+
+  /* The default: empty. */
+  arrayt() noexcept : owner(std::in_place) {}
+
+  /* clone: a copy; as mub_arrayt_clone. */
+  [[nodiscard]] arrayt clone() const {
+    arrayt copy;
+    copy.c()->descending = c()->descending;
+    mub_arrayt_clone(c(), copy.c());
+    return copy;
+  }
+
+  /* size, empty: the number of words, and whether there are none. */
+  std::int64_t size() const noexcept { return c()->count; }
+  [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+
+  /* reserve: make room for `wanted` words in all; false when memory ran out. As mub_arrayt_expand. */
+  [[nodiscard]] bool reserve(std::int64_t wanted) { return mub_arrayt_expand(c(), wanted) != 0; }
+
+  /* append: add a word at the end; as mub_arrayt_append. */
+  void append(std::uint64_t word) { mub_arrayt_append(c(), word); }
+
+  /* append: add all words of an array, which may be this one; as mub_arrayt_append_array. */
+  void append(const arrayt &source) { mub_arrayt_append_array(c(), source.c()); }
+
+  /* insert_at, remove_at: as mub_arrayt_insert_at and mub_arrayt_remove_at. */
+  void insert_at(std::int64_t index, std::uint64_t word) { mub_arrayt_insert_at(c(), index, word); }
+  std::uint64_t remove_at(std::int64_t index) { return mub_arrayt_remove_at(c(), index); }
+
+  /* insert, contains, remove: sorted, by the low 32 bits; as mub_arrayt_insert, mub_arrayt_find and
+   * mub_arrayt_remove. */
+  [[nodiscard]] bool insert(std::uint64_t word) { return mub_arrayt_insert(c(), word) != 0; }
+  bool contains(std::uint32_t key) const { return mub_arrayt_find(c(), key) != 0; }
+  bool remove(std::uint32_t key) { return mub_arrayt_remove(c(), key) != 0; }
+
+  /* sort: by the whole words; as mub_arrayt_qsort. */
+  void sort(bool ascending = true, bool unique = false) { mub_arrayt_qsort(c(), ascending, unique); }
+
+  /* clear: remove all words; as mub_arrayt_remove_all. */
+  void clear() { mub_arrayt_remove_all(c()); }
+
+  /* operator[]: the word at an index below size(). */
+  std::uint64_t &operator[](std::int64_t index) noexcept { return *iterator(c(), index); }
+  const std::uint64_t &operator[](std::int64_t index) const noexcept { return *const_iterator(c(), index); }
+
+  /* begin: a walk in the order of the array. */
+  iterator begin() noexcept { return iterator(c(), 0); }
+  const_iterator begin() const noexcept { return const_iterator(c(), 0); }
+  iterator end() noexcept { return iterator(c(), size()); }
+  const_iterator end() const noexcept { return const_iterator(c(), size()); }
+};
+
+}  // namespace v1
+}  // namespace mub
+
+#endif

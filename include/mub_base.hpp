@@ -1,0 +1,313 @@
+/* mub_base.hpp: what the C++ headers of libmub share.
+ *
+ * A type of namespace mub owns one C record: it is initialised by the constructors and terminated by the destructor.
+ * Members call the C functions and allocate nothing beside them; "as mub_x_y" refers to their description in the C
+ * headers, and what mub_base.h says of all functions holds here too. Nothing throws, and everything works without
+ * exceptions and RTTI. Rules that hold for all types:
+ *
+ * Record.     c() is the record: pass it to the C functions that have no member here, read its fields, and set those
+ *             that are yours to set (`nocase`, `descending`, `key_type`).
+ * Copies.     Types move and do not copy; clone() makes a copy, which is empty when memory ran out. The settings
+ *             above are the copy's too.
+ * Moves.      Moving takes contents, pools and settings along. What was moved from is empty and without pools:
+ *             look-ups find nothing, insertions are refused; it can be destroyed and assigned to, and reset() makes it as
+ *             good as new.
+ *             Entries keep their addresses; the root of a tree does not.
+ * Keys.       Byte-string keys are std::string_view: any bytes, NULs included, of the length that the view has.
+ * Values.     64-bit words; to_word and to_pointer make them of pointers and back. The library never looks into them,
+ *             and no destructor does: free_all(release) releases what they own.
+ * Entries.    find() and the like return a pointer to the entry in the container, or nullptr; its `value` may be
+ *             changed in place.
+ * Iterators.  Those of keyed containers yield an item { key, value & } by value, for (auto [key, value] : table).
+ *             They are invalidated as the walks of the C interface are; through a const container values are const.
+ * Pools.      By default a container owns the pool of its entries and has none for values. value_blocks{n} gives it one
+ *             of n bytes each; pools of the caller's go to the constructors that take mub_pool pointers, outlive the
+ *             container, and get its entries back from the destructor. */
+#ifndef MUB_BASE_HPP
+#define MUB_BASE_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#include "mub_base.h"
+#include "mub_pool.h"
+#include "mub_stream.h"
+
+namespace mub {
+// Inline, so that no symbol of a program can meet one inside the static library.
+inline namespace v1 {
+
+/* to_word: the word that stands for a pointer. */
+inline std::uint64_t to_word(const void *pointer) noexcept {
+  return reinterpret_cast<std::uintptr_t>(pointer);
+}
+
+/* to_pointer: the pointer that a word stands for; 0 is nullptr. */
+template <class T>
+T *to_pointer(std::uint64_t word) noexcept {
+  return reinterpret_cast<T *>(static_cast<std::uintptr_t>(word));
+}
+
+/* value_blocks: asks a constructor for a value pool of the container's own, whose blocks have `size` bytes. */
+struct value_blocks {
+  std::int64_t size;
+};
+
+/* item: a key, and a reference to its value; what iterators of keyed containers yield. */
+template <class Key, class Value = std::uint64_t>
+struct item {
+  Key key;
+  Value &value;
+};
+
+/* emplaced: the entry of a key, nullptr when memory ran out, and whether it is new. */
+template <class Entry>
+struct emplaced {
+  Entry *entry;
+  bool inserted;
+};
+
+/* set_value: the value of a key, and whether the key is new. */
+struct set_value {
+  std::uint64_t value;
+  bool inserted;
+};
+
+namespace detail {
+
+/* owner: a record's life. `Life` has init(record, flags…) as the C function, release(record), and swap(record, record),
+ * which exchanges the settings too; kBare, called on a record, initialises it without pools. */
+template <class Derived, class Life>
+class owner {
+ public:
+  using record_type = typename Life::record;
+
+  owner(const owner &) = delete;
+  owner &operator=(const owner &) = delete;
+
+  /* c: the record, for the C functions. */
+  record_type *c() noexcept { return &record_; }
+  const record_type *c() const noexcept { return &record_; }
+
+  /* swap: exchange everything, settings included. */
+  void swap(Derived &other) noexcept { Life::swap(&record_, other.c()); }
+  friend void swap(Derived &a, Derived &b) noexcept { a.swap(b); }
+
+  /* reset: make it as the default constructor does. */
+  void reset() noexcept { static_cast<Derived &>(*this) = Derived(); }
+
+ protected:
+  template <class... Flags>
+  explicit owner(std::in_place_t, Flags... flags) noexcept {
+    Life::init(&record_, flags...);
+  }
+  owner(owner &&other) noexcept {
+    Life::bare(&record_);
+    Life::swap(&record_, &other.record_);
+  }
+  // By way of a third, so that assigning to itself keeps the contents.
+  owner &operator=(owner &&other) noexcept {
+    owner taken(std::move(other));
+    Life::swap(&record_, &taken.record_);
+    return *this;
+  }
+  ~owner() { Life::release(&record_); }
+
+ private:
+  record_type record_;
+};
+
+// The field of a record that the C swaps leave where it is: a pointer to the member, or nullptr.
+template <class Record, class Setting>
+void swap_setting(Record *a, Record *b, Setting setting) noexcept {
+  if constexpr (!std::is_null_pointer_v<Setting>) std::swap(a->*setting, b->*setting);
+}
+
+template <class Record, class Setting>
+void copy_setting(const Record *source, Record *copy, Setting setting) noexcept {
+  if constexpr (!std::is_null_pointer_v<Setting>) copy->*setting = source->*setting;
+}
+
+inline void set_block_size(mub_pool *pool, std::int64_t size) noexcept {
+  if (pool != nullptr) pool->block_size = size;
+}
+
+// Kinds of keys: how a C function takes them, and how an entry holds them.
+struct byte_key {
+  using key_type = std::string_view;
+
+  template <class Function, class Record, class... Rest>
+  static auto call(Function function, Record *record, key_type key, Rest... rest) {
+    return function(record, key.data(), static_cast<std::int64_t>(key.size()), rest...);
+  }
+  template <class Record, class Entry>
+  static key_type key_of(const Record *record, const Entry *entry) noexcept {
+    return {reinterpret_cast<const char *>(record->keys.data) + entry->key_offset, entry->key_length};
+  }
+};
+
+template <class Integer>
+struct integer_key {
+  using key_type = Integer;
+
+  template <class Function, class Record, class... Rest>
+  static auto call(Function function, Record *record, key_type key, Rest... rest) {
+    return function(record, key, rest...);
+  }
+  template <class Record, class Entry>
+  static key_type key_of(const Record *, const Entry *entry) noexcept {
+    return entry->key;
+  }
+};
+
+// What an iterator makes of its operator*, of step() and, when it goes both ways, of step_back(). Two are equal when
+// their place()s are.
+template <class Derived, class Reference, class Category>
+class walker {
+ public:
+  using iterator_category = Category;
+  using value_type = std::remove_cv_t<std::remove_reference_t<Reference>>;
+  using reference = Reference;
+  using difference_type = std::ptrdiff_t;
+  // Points at an item that the iterator made for it.
+  struct arrow {
+    value_type item;
+    const value_type *operator->() const noexcept { return std::addressof(item); }
+  };
+  using pointer =
+      std::conditional_t<std::is_reference_v<Reference>, std::remove_reference_t<Reference> *, arrow>;
+
+  pointer operator->() const {
+    if constexpr (std::is_reference_v<Reference>) {
+      return std::addressof(*self());
+    } else {
+      return {*self()};
+    }
+  }
+  Derived &operator++() {
+    self().step();
+    return self();
+  }
+  Derived operator++(int) {
+    Derived before = self();
+    self().step();
+    return before;
+  }
+  Derived &operator--() {
+    self().step_back();
+    return self();
+  }
+  Derived operator--(int) {
+    Derived before = self();
+    self().step_back();
+    return before;
+  }
+  friend bool operator==(const Derived &a, const Derived &b) noexcept { return a.place() == b.place(); }
+  friend bool operator!=(const Derived &a, const Derived &b) noexcept { return a.place() != b.place(); }
+
+ private:
+  // operator* of the iterator, not of this class.
+  Derived &self() noexcept { return static_cast<Derived &>(*this); }
+  const Derived &self() const noexcept { return static_cast<const Derived &>(*this); }
+};
+
+/* keyed: what hashes, B-trees and sorted arrays have in common. */
+template <class Derived, class Life, class Traits>
+class keyed : public owner<Derived, Life> {
+  using base = owner<Derived, Life>;
+
+ public:
+  using key_type = typename Traits::key_type;
+  using mapped_type = std::uint64_t;
+  using entry_type = typename Traits::entry;
+  using base::c;
+
+  /* size: the number of entries. */
+  std::int64_t size() const noexcept { return c()->count; }
+
+  /* empty: whether there are no entries. */
+  [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+
+  /* contains: whether a key is present; as mub_hash_find. */
+  bool contains(key_type key) const { return Traits::call(Traits::find, c(), key) != 0; }
+
+  /* get: the value of a key; 0 when it is absent. As mub_hash_get. */
+  mapped_type get(key_type key) const { return Traits::call(Traits::get, c(), key); }
+
+  /* find: the entry of a key; nullptr when it is absent. As mub_hash_entry_get. */
+  entry_type *find(key_type key) { return Traits::call(Traits::entry_get, c(), key); }
+  const entry_type *find(key_type key) const { return Traits::call(Traits::entry_get, c(), key); }
+
+  /* insert: add a key with a value unless the key is present; as mub_hash_insert, mub_btree_insert, or
+   * mub_array_insert, which tells less: it is true when memory ran out, too. */
+  [[nodiscard]] bool insert(key_type key, mapped_type value) {
+    return Traits::call(Traits::insert, c(), key, value) != 0;
+  }
+
+  /* update: replace the value of a key that is present. Returns the previous one; 0 when it is absent. */
+  mapped_type update(key_type key, mapped_type value) {
+    return Traits::call(Traits::update, c(), key, value);
+  }
+
+  /* remove: take a key out and hand its value over; 0 when it is absent. As mub_hash_remove. */
+  mapped_type remove(key_type key) { return Traits::call(Traits::remove, c(), key); }
+
+  /* clear: remove all entries; values are not looked at. As mub_hash_remove_all. */
+  void clear() { Traits::remove_all(c()); }
+
+  /* free_all: release every value that is not 0, then remove all entries. As mub_hash_free_all. */
+  void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
+
+ protected:
+  using base::base;
+};
+
+/* map: the same with entries in pools: hashes and B-trees. */
+template <class Derived, class Life, class Traits>
+class map : public keyed<Derived, Life, Traits> {
+  using base = keyed<Derived, Life, Traits>;
+
+ public:
+  using base::c;
+  using typename base::entry_type;
+  using typename base::key_type;
+
+  /* emplace: find the entry of a key, or make it with value 0; as mub_hash_entry_set.
+   *   if (auto [entry, inserted] = words.emplace("the"); entry != nullptr) ++entry->value; */
+  [[nodiscard]] emplaced<entry_type> emplace(key_type key) {
+    entry_type *entry = nullptr;
+    const bool inserted = Traits::call(Traits::entry_set, c(), key, &entry) != 0;
+    return {entry, inserted};
+  }
+
+  /* set: find the value of a key, or add the key with a block of the value pool; as mub_hash_set. */
+  [[nodiscard]] set_value set(key_type key, mub_init_fn init = nullptr) {
+    std::uint64_t value = 0;
+    const bool inserted = Traits::call(Traits::set, c(), key, &value, init) != 0;
+    return {value, inserted};
+  }
+
+ protected:
+  using base::base;
+
+  // A clone needs the pools that its source has: without them it stays empty.
+  static bool clone_to(const typename base::record_type *source, typename base::record_type *copy,
+                       mub_clone_fn mend) {
+    copy_setting(source, copy, Traits::setting);
+    if (copy->owns_entry_pool != source->owns_entry_pool || copy->owns_value_pool != source->owns_value_pool)
+      return false;
+    Traits::clone(source, nullptr, copy, nullptr, mend);
+    return true;
+  }
+};
+
+}  // namespace detail
+}  // namespace v1
+}  // namespace mub
+
+#endif

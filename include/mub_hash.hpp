@@ -1,0 +1,230 @@
+/* mub_hash.hpp: mub::hash, mub::hashd, mub::hashx and mub::hasht, the hash tables of mub_hash.h.
+ *
+ *   mub::hash    keys std::string_view      mub::hashx   keys std::uint64_t
+ *   mub::hashd   keys std::uint32_t         mub::hasht   keys std::array<std::uint32_t, 4> */
+#ifndef MUB_HASH_HPP
+#define MUB_HASH_HPP
+
+#include <array>
+
+#include "mub_base.hpp"
+#include "mub_hash.h"
+
+namespace mub {
+inline namespace v1 {
+namespace detail {
+
+struct hash_traits : byte_key {
+  using record = mub_hash;
+  using entry = mub_hash_entry;
+  static constexpr auto setting = &mub_hash::nocase;
+  static constexpr auto init = mub_hash_init;
+  static constexpr auto term = mub_hash_term;
+  static constexpr auto swap = mub_hash_swap;
+  static constexpr auto clone = mub_hash_clone;
+  static constexpr auto remove_all = mub_hash_remove_all;
+  static constexpr auto free_all = mub_hash_free_all;
+  static constexpr auto insert = mub_hash_insert;
+  static constexpr auto set = mub_hash_set;
+  static constexpr auto get = mub_hash_get;
+  static constexpr auto update = mub_hash_update;
+  static constexpr auto find = mub_hash_find;
+  static constexpr auto remove = mub_hash_remove;
+  static constexpr auto free = mub_hash_free;
+  static constexpr auto entry_set = mub_hash_entry_set;
+  static constexpr auto entry_get = mub_hash_entry_get;
+  static constexpr auto entry_first = mub_hash_entry_first;
+  static constexpr auto entry_next = mub_hash_entry_next;
+};
+
+struct hashd_traits : integer_key<std::uint32_t> {
+  using record = mub_hashd;
+  using entry = mub_hashd_entry;
+  static constexpr auto setting = nullptr;
+  static constexpr auto init = mub_hashd_init;
+  static constexpr auto term = mub_hashd_term;
+  static constexpr auto swap = mub_hashd_swap;
+  static constexpr auto clone = mub_hashd_clone;
+  static constexpr auto remove_all = mub_hashd_remove_all;
+  static constexpr auto free_all = mub_hashd_free_all;
+  static constexpr auto insert = mub_hashd_insert;
+  static constexpr auto set = mub_hashd_set;
+  static constexpr auto get = mub_hashd_get;
+  static constexpr auto update = mub_hashd_update;
+  static constexpr auto find = mub_hashd_find;
+  static constexpr auto remove = mub_hashd_remove;
+  static constexpr auto free = mub_hashd_free;
+  static constexpr auto entry_set = mub_hashd_entry_set;
+  static constexpr auto entry_get = mub_hashd_entry_get;
+  static constexpr auto entry_first = mub_hashd_entry_first;
+  static constexpr auto entry_next = mub_hashd_entry_next;
+};
+
+struct hashx_traits : integer_key<std::uint64_t> {
+  using record = mub_hashx;
+  using entry = mub_hashx_entry;
+  static constexpr auto setting = nullptr;
+  static constexpr auto init = mub_hashx_init;
+  static constexpr auto term = mub_hashx_term;
+  static constexpr auto swap = mub_hashx_swap;
+  static constexpr auto clone = mub_hashx_clone;
+  static constexpr auto remove_all = mub_hashx_remove_all;
+  static constexpr auto free_all = mub_hashx_free_all;
+  static constexpr auto insert = mub_hashx_insert;
+  static constexpr auto set = mub_hashx_set;
+  static constexpr auto get = mub_hashx_get;
+  static constexpr auto update = mub_hashx_update;
+  static constexpr auto find = mub_hashx_find;
+  static constexpr auto remove = mub_hashx_remove;
+  static constexpr auto free = mub_hashx_free;
+  static constexpr auto entry_set = mub_hashx_entry_set;
+  static constexpr auto entry_get = mub_hashx_entry_get;
+  static constexpr auto entry_first = mub_hashx_entry_first;
+  static constexpr auto entry_next = mub_hashx_entry_next;
+};
+
+struct hasht_traits {
+  using record = mub_hasht;
+  using entry = mub_hasht_entry;
+  using key_type = std::array<std::uint32_t, 4>;
+  static constexpr auto setting = nullptr;
+  static constexpr auto init = mub_hasht_init;
+  static constexpr auto term = mub_hasht_term;
+  static constexpr auto swap = mub_hasht_swap;
+  static constexpr auto clone = mub_hasht_clone;
+  static constexpr auto remove_all = mub_hasht_remove_all;
+  static constexpr auto free_all = mub_hasht_free_all;
+  static constexpr auto insert = mub_hasht_insert;
+  static constexpr auto set = mub_hasht_set;
+  static constexpr auto get = mub_hasht_get;
+  static constexpr auto update = mub_hasht_update;
+  static constexpr auto find = mub_hasht_find;
+  static constexpr auto remove = mub_hasht_remove;
+  static constexpr auto free = mub_hasht_free;
+  static constexpr auto entry_set = mub_hasht_entry_set;
+  static constexpr auto entry_get = mub_hasht_entry_get;
+
+  template <class Function, class Record, class... Rest>
+  static auto call(Function function, Record *record, const key_type &key, Rest... rest) {
+    return function(record, key.data(), rest...);
+  }
+  static key_type key_of(const record *, const entry *entry) noexcept {
+    return {entry->key[0], entry->key[1], entry->key[2], entry->key[3]};
+  }
+
+  // There is no C function for this walk: it goes over the chains in the order of the other tables'.
+  static entry *entry_first(const record *table, std::int64_t *bucket) noexcept {
+    *bucket = 0;
+    return first_from(table, bucket);
+  }
+  static entry *entry_next(const record *table, std::int64_t *bucket, const entry *entry) noexcept {
+    if (entry->next != nullptr) return entry->next;
+    ++*bucket;
+    return first_from(table, bucket);
+  }
+  static entry *first_from(const record *table, std::int64_t *bucket) noexcept {
+    for (; *bucket < table->buckets.count; ++*bucket) {
+      auto *head = to_pointer<entry>(table->buckets.items[*bucket]);
+      if (head != nullptr) return head;
+    }
+    return nullptr;
+  }
+};
+
+template <class Traits>
+struct hash_life {
+  using record = typename Traits::record;
+  static void init(record *table, int entries, int values) noexcept { Traits::init(table, entries, values); }
+  static void bare(record *table) noexcept { Traits::init(table, 0, 0); }
+  static void release(record *table) noexcept {
+    if (table->owns_entry_pool == 0) Traits::remove_all(table);  // else the pool goes, and they with it
+    Traits::term(table);
+  }
+  static void swap(record *a, record *b) noexcept {
+    Traits::swap(a, b);
+    swap_setting(a, b, Traits::setting);
+  }
+};
+
+// Goes bucket by bucket; the end has no entry.
+template <class Traits, class Value>
+class hash_iterator : public walker<hash_iterator<Traits, Value>, item<typename Traits::key_type, Value>,
+                                    std::forward_iterator_tag> {
+ public:
+  hash_iterator() = default;
+  explicit hash_iterator(const typename Traits::record *table) : table_(table) {
+    entry_ = Traits::entry_first(table, &bucket_);
+  }
+
+  item<typename Traits::key_type, Value> operator*() const {
+    return {Traits::key_of(table_, entry_), entry_->value};
+  }
+  void step() { entry_ = Traits::entry_next(table_, &bucket_, entry_); }
+  const void *place() const noexcept { return entry_; }
+
+ private:
+  const typename Traits::record *table_ = nullptr;
+  std::int64_t bucket_ = 0;
+  typename Traits::entry *entry_ = nullptr;
+};
+
+}  // namespace detail
+
+/* basic_hash: a hash table, as mub_hash. What is inserted behind an iterator it may or may not meet; removing the entry
+ * that it stands on ends it. */
+template <class Traits>
+class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Traits>, Traits> {
+  using base = detail::map<basic_hash<Traits>, detail::hash_life<Traits>, Traits>;
+
+ public:
+  using iterator = detail::hash_iterator<Traits, std::uint64_t>;
+  using const_iterator = detail::hash_iterator<Traits, const std::uint64_t>;
+  using base::c;
+  using typename base::key_type;
+
+  /* The default: an entry pool of its own. */
+  basic_hash() noexcept : basic_hash(true, false) {}
+
+  /* With pools of its own as told; as mub_hash_init. */
+  basic_hash(bool own_entry_pool, bool own_value_pool) noexcept
+      : base(std::in_place, own_entry_pool, own_value_pool) {}
+
+  /* With a value pool, too. */
+  explicit basic_hash(value_blocks values) noexcept : basic_hash(true, true) {
+    detail::set_block_size(c()->value_pool, values.size);
+  }
+
+  /* With the caller's pools. */
+  explicit basic_hash(mub_pool *entries, mub_pool *values = nullptr) noexcept : basic_hash(false, false) {
+    c()->entry_pool = entries;
+    c()->value_pool = values;
+  }
+
+  /* clone: a copy; as mub_hash_clone without pools of the caller's. */
+  [[nodiscard]] basic_hash clone(mub_clone_fn mend = nullptr) const {
+    basic_hash copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
+    base::clone_to(c(), copy.c(), mend);
+    return copy;
+  }
+
+  /* free: take a key out and release its value; as mub_hash_free. Returns whether it was there. */
+  bool free(key_type key, mub_free_fn release) {
+    return Traits::call(Traits::free, c(), key, release) != nullptr;
+  }
+
+  /* begin: a walk over all entries; as mub_hash_entry_first. */
+  iterator begin() { return iterator(c()); }
+  const_iterator begin() const { return const_iterator(c()); }
+  iterator end() noexcept { return {}; }
+  const_iterator end() const noexcept { return {}; }
+};
+
+using hash = basic_hash<detail::hash_traits>;
+using hashd = basic_hash<detail::hashd_traits>;
+using hashx = basic_hash<detail::hashx_traits>;
+using hasht = basic_hash<detail::hasht_traits>;
+
+}  // namespace v1
+}  // namespace mub
+
+#endif

@@ -1,0 +1,309 @@
+/* mub_list.hpp: mub::list, mub::lists and mub::listx, the linked lists of mub_list.h.
+ *
+ *   mub::list    for (auto [key, value] : list)      values with std::string_view keys
+ *   mub::lists   for (std::uint64_t &value : list)   bare values
+ *   mub::listx   for (std::uint64_t &value : list)   bare values, up to 32 in a block: no positions
+ *
+ * A position is the address of an entry, as in C; nullptr stands for the end that it is given for. */
+#ifndef MUB_LIST_HPP
+#define MUB_LIST_HPP
+
+#include "mub_base.hpp"
+#include "mub_list.h"
+
+namespace mub {
+inline namespace v1 {
+namespace detail {
+
+// Where a walk over single entries stands; that of a listx also has a place within the block.
+template <class Traits, class Value>
+class list_iterator : public walker<list_iterator<Traits, Value>, typename Traits::template reference<Value>,
+                                    std::bidirectional_iterator_tag> {
+ public:
+  using entry_type = typename Traits::entry;
+
+  list_iterator() = default;
+  list_iterator(const typename Traits::record *list, entry_type *entry) noexcept
+      : list_(list), entry_(entry) {}
+
+  typename Traits::template reference<Value> operator*() const noexcept {
+    return Traits::template at<Value>(list_, entry_);
+  }
+  void step() noexcept { entry_ = entry_->next; }
+  void step_back() noexcept { entry_ = entry_ == nullptr ? list_->tail : entry_->prev; }
+  const void *place() const noexcept { return entry_; }
+
+  /* position: the entry that the iterator stands on; nullptr at the end. */
+  entry_type *position() const noexcept { return entry_; }
+
+ private:
+  const typename Traits::record *list_ = nullptr;
+  entry_type *entry_ = nullptr;
+};
+
+template <class Record, class Value>
+class block_iterator
+    : public walker<block_iterator<Record, Value>, Value &, std::bidirectional_iterator_tag> {
+ public:
+  block_iterator() = default;
+  block_iterator(const Record *list, mub_listx_block *block) noexcept : list_(list), block_(block) {}
+
+  Value &operator*() const noexcept { return block_->values[index_]; }
+  void step() noexcept {
+    if (++index_ < block_->count) return;
+    block_ = block_->next;
+    index_ = 0;
+  }
+  void step_back() noexcept {
+    if (--index_ >= 0) return;
+    block_ = block_ == nullptr ? list_->tail : block_->prev;
+    index_ = block_->count - 1;
+  }
+  const void *place() const noexcept { return block_ == nullptr ? nullptr : &block_->values[index_]; }
+
+ private:
+  const Record *list_ = nullptr;
+  mub_listx_block *block_ = nullptr;
+  std::int64_t index_ = 0;
+};
+
+struct list_traits {
+  using record = mub_list;
+  using entry = mub_list_entry;
+  template <class Value>
+  using reference = item<std::string_view, Value>;
+  template <class Value>
+  using iterator = list_iterator<list_traits, Value>;
+  static constexpr auto init = mub_list_init;
+  static constexpr auto term = mub_list_term;
+  static constexpr auto swap = mub_list_swap;
+  static constexpr auto clone = mub_list_clone;
+  static constexpr auto remove_all = mub_list_remove_all;
+  static constexpr auto free_all = mub_list_free_all;
+  static constexpr auto remove_head = mub_list_remove_head;
+  static constexpr auto remove_tail = mub_list_remove_tail;
+  static constexpr auto remove_at = mub_list_remove_at;
+  static constexpr auto add_head_list = mub_list_add_head_list;
+  static constexpr auto add_tail_list = mub_list_add_tail_list;
+  template <class Value>
+  static reference<Value> at(const record *list, entry *entry) noexcept {
+    return {byte_key::key_of(list, entry), entry->value};
+  }
+};
+
+struct lists_traits {
+  using record = mub_lists;
+  using entry = mub_lists_entry;
+  template <class Value>
+  using reference = Value &;
+  template <class Value>
+  using iterator = list_iterator<lists_traits, Value>;
+  static constexpr auto init = mub_lists_init;
+  static constexpr auto term = mub_lists_term;
+  static constexpr auto swap = mub_lists_swap;
+  static constexpr auto clone = mub_lists_clone;
+  static constexpr auto remove_all = mub_lists_remove_all;
+  static constexpr auto free_all = mub_lists_free_all;
+  static constexpr auto remove_head = mub_lists_remove_head;
+  static constexpr auto remove_tail = mub_lists_remove_tail;
+  static constexpr auto remove_at = mub_lists_remove_at;
+  static constexpr auto add_head_list = mub_lists_add_head_list;
+  static constexpr auto add_tail_list = mub_lists_add_tail_list;
+  template <class Value>
+  static Value &at(const record *, entry *entry) noexcept {
+    return entry->value;
+  }
+};
+
+struct listx_traits {
+  using record = mub_listx;
+  using entry = mub_listx_block;
+  template <class Value>
+  using iterator = block_iterator<mub_listx, Value>;
+  static constexpr auto init = mub_listx_init;
+  static constexpr auto term = mub_listx_term;
+  // There is no C function for it; nothing points into the record.
+  static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
+  static constexpr auto remove_all = mub_listx_remove_all;
+  static constexpr auto free_all = mub_listx_free_all;
+  static constexpr auto remove_head = mub_listx_remove_head;
+  static constexpr auto remove_tail = mub_listx_remove_tail;
+};
+
+template <class Traits>
+struct list_life {
+  using record = typename Traits::record;
+  static void init(record *list, int entries, int values) noexcept { Traits::init(list, entries, values); }
+  static void bare(record *list) noexcept { Traits::init(list, 0, 0); }
+  static void release(record *list) noexcept { Traits::term(list); }
+  static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
+};
+
+/* linked: what the lists have in common. */
+template <class Derived, class Traits>
+class linked : public owner<Derived, list_life<Traits>> {
+  using base = owner<Derived, list_life<Traits>>;
+
+ public:
+  using iterator = typename Traits::template iterator<std::uint64_t>;
+  using const_iterator = typename Traits::template iterator<const std::uint64_t>;
+  using reverse_iterator = std::reverse_iterator<iterator>;
+  using const_reverse_iterator = std::reverse_iterator<const_iterator>;
+  using base::c;
+
+  /* The default: an entry pool of its own. */
+  linked() noexcept : linked(true, false) {}
+
+  /* With pools of its own as told; as mub_list_init. */
+  linked(bool own_entry_pool, bool own_value_pool) noexcept
+      : base(std::in_place, own_entry_pool, own_value_pool) {}
+
+  /* With a value pool, too. */
+  explicit linked(value_blocks values) noexcept : linked(true, true) {
+    set_block_size(c()->value_pool, values.size);
+  }
+
+  /* With the caller's pools. */
+  explicit linked(mub_pool *entries, mub_pool *values = nullptr) noexcept : linked(false, false) {
+    c()->entry_pool = entries;
+    c()->value_pool = values;
+  }
+
+  /* size, empty: the number of values, and whether there are none. */
+  std::int64_t size() const noexcept { return c()->count; }
+  [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+
+  /* pop_front, pop_back: take the first or the last value out and hand it over; 0 when there is none. As
+   * mub_list_remove_head and mub_list_remove_tail. */
+  std::uint64_t pop_front() { return Traits::remove_head(c()); }
+  std::uint64_t pop_back() { return Traits::remove_tail(c()); }
+
+  /* clear: remove all values, which are not looked at; as mub_list_remove_all. */
+  void clear() { Traits::remove_all(c()); }
+
+  /* free_all: release every value that is not 0, then remove all; as mub_list_free_all. */
+  void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
+
+  /* begin: a walk from the head; an iterator holds until the entry that it stands on is removed. */
+  iterator begin() noexcept { return iterator(c(), c()->head); }
+  const_iterator begin() const noexcept { return const_iterator(c(), c()->head); }
+  iterator end() noexcept { return iterator(c(), nullptr); }
+  const_iterator end() const noexcept { return const_iterator(c(), nullptr); }
+
+  /* rbegin: the same from the tail. */
+  reverse_iterator rbegin() noexcept { return reverse_iterator(end()); }
+  const_reverse_iterator rbegin() const noexcept { return const_reverse_iterator(end()); }
+  reverse_iterator rend() noexcept { return reverse_iterator(begin()); }
+  const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
+};
+
+/* positioned: the lists whose entries are positions. */
+template <class Derived, class Traits>
+class positioned : public linked<Derived, Traits> {
+ public:
+  using entry_type = typename Traits::entry;
+  using linked<Derived, Traits>::linked;
+  using linked<Derived, Traits>::c;
+
+  /* clone: a copy; as mub_list_clone without pools of the caller's. */
+  [[nodiscard]] Derived clone(mub_clone_fn mend = nullptr) const {
+    Derived copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
+    const bool has_pools = copy.c()->owns_entry_pool == c()->owns_entry_pool &&
+                           copy.c()->owns_value_pool == c()->owns_value_pool;
+    if (has_pools) Traits::clone(c(), nullptr, copy.c(), nullptr, mend);
+    return copy;
+  }
+
+  /* remove_at: take the entry at a position out and hand its value over; as mub_list_remove_at. */
+  std::uint64_t remove_at(entry_type *position) { return Traits::remove_at(c(), position); }
+
+  /* prepend, append: add copies of all entries of a list, which may be this one, all or none; as
+   * mub_list_add_head_list and mub_list_add_tail_list. */
+  void prepend(const Derived &source) { Traits::add_head_list(c(), source.c()); }
+  void append(const Derived &source) { Traits::add_tail_list(c(), source.c()); }
+
+  /* iterator_to: a walk from an entry of this list; the end for nullptr. */
+  typename positioned::iterator iterator_to(entry_type *entry) noexcept {
+    return typename positioned::iterator(c(), entry);
+  }
+};
+
+}  // namespace detail
+
+/* list: values with byte-string keys, as mub_list. Additions return the entry; nullptr when memory ran out. */
+class list : public detail::positioned<list, detail::list_traits> {
+ public:
+  using positioned::positioned;
+
+  /* push_front, push_back: as mub_list_add_head and mub_list_add_tail. */
+  [[nodiscard]] entry_type *push_front(std::string_view key, std::uint64_t value) {
+    return mub_list_add_head(c(), key.data(), length(key), value);
+  }
+  [[nodiscard]] entry_type *push_back(std::string_view key, std::uint64_t value) {
+    return mub_list_add_tail(c(), key.data(), length(key), value);
+  }
+
+  /* insert_before, insert_after: as mub_list_insert_before and mub_list_insert_after. */
+  [[nodiscard]] entry_type *insert_before(entry_type *position, std::string_view key, std::uint64_t value) {
+    return mub_list_insert_before(c(), position, key.data(), length(key), value);
+  }
+  [[nodiscard]] entry_type *insert_after(entry_type *position, std::string_view key, std::uint64_t value) {
+    return mub_list_insert_after(c(), position, key.data(), length(key), value);
+  }
+
+  /* find: the first entry with a key; nullptr without one. As mub_list_find. */
+  entry_type *find(std::string_view key) { return mub_list_find(c(), key.data(), length(key)); }
+  const entry_type *find(std::string_view key) const { return mub_list_find(c(), key.data(), length(key)); }
+
+ private:
+  static std::int64_t length(std::string_view key) noexcept { return static_cast<std::int64_t>(key.size()); }
+};
+
+/* lists: bare values, as mub_lists. Additions return the entry; nullptr when memory ran out. */
+class lists : public detail::positioned<lists, detail::lists_traits> {
+ public:
+  using positioned::positioned;
+
+  /* push_front, push_back: as mub_lists_add_head and mub_lists_add_tail. */
+  [[nodiscard]] entry_type *push_front(std::uint64_t value) { return mub_lists_add_head(c(), value); }
+  [[nodiscard]] entry_type *push_back(std::uint64_t value) { return mub_lists_add_tail(c(), value); }
+
+  /* insert_before, insert_after: as mub_lists_insert_before and mub_lists_insert_after. */
+  [[nodiscard]] entry_type *insert_before(entry_type *position, std::uint64_t value) {
+    return mub_lists_insert_before(c(), position, value);
+  }
+  [[nodiscard]] entry_type *insert_after(entry_type *position, std::uint64_t value) {
+    return mub_lists_insert_after(c(), position, value);
+  }
+
+  /* find: the first entry with a value; nullptr without one. As mub_lists_find_at. */
+  entry_type *find(std::uint64_t value) { return mub_lists_find_at(c(), value); }
+  const entry_type *find(std::uint64_t value) const { return mub_lists_find_at(c(), value); }
+};
+
+/* listx: bare values in blocks, as mub_listx. Every addition and removal invalidates iterators. */
+class listx : public detail::linked<listx, detail::listx_traits> {
+ public:
+  using linked::linked;
+
+  /* clone: a copy of the values as words, with an entry pool as this one has it; empty when memory ran out. */
+  [[nodiscard]] listx clone() const {
+    listx copy(c()->owns_entry_pool != 0, false);
+    if (c()->owns_entry_pool == 0) copy.c()->entry_pool = c()->entry_pool;
+    for (const std::uint64_t value : *this) {
+      if (copy.push_back(value)) continue;
+      copy.clear();
+      break;
+    }
+    return copy;
+  }
+
+  /* push_front, push_back: false when memory ran out; as mub_listx_add_head and mub_listx_add_tail. */
+  [[nodiscard]] bool push_front(std::uint64_t value) { return mub_listx_add_head(c(), value) != nullptr; }
+  [[nodiscard]] bool push_back(std::uint64_t value) { return mub_listx_add_tail(c(), value) != nullptr; }
+};
+
+}  // namespace v1
+}  // namespace mub
+
+#endif

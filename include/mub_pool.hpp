@@ -1,0 +1,93 @@
+/* mub_pool.hpp: mub::pool, the block pool of mub_pool.h.
+ *
+ *   mub::pool nodes(sizeof(node));
+ *   auto *n = static_cast<node *>(nodes.allocate());     zero-filled when fresh; no constructor runs
+ *   for (void *block : nodes.blocks()) … */
+#ifndef MUB_POOL_HPP
+#define MUB_POOL_HPP
+
+#include "mub_base.hpp"
+#include "mub_pool.h"
+
+namespace mub {
+inline namespace v1 {
+namespace detail {
+
+struct pool_life {
+  using record = mub_pool;
+  static void init(record *pool) noexcept { mub_pool_init(pool); }
+  static void bare(record *pool) noexcept { mub_pool_init(pool); }
+  static void release(record *pool) noexcept { mub_pool_term(pool); }
+  static void swap(record *a, record *b) noexcept { mub_pool_swap(a, b); }
+};
+
+}  // namespace detail
+
+/* live_blocks: a walk over the live blocks of a pool, which must not change until it ends. Made by pool::blocks; there
+ * is one walk at a time, which begin() starts again. */
+class live_blocks {
+ public:
+  class iterator : public detail::walker<iterator, void *, std::input_iterator_tag> {
+   public:
+    iterator() = default;
+    explicit iterator(mub_pool_iter *walk) : walk_(walk), block_(mub_pool_iter_first(walk)) {}
+    void *operator*() const noexcept { return block_; }
+    void step() { block_ = mub_pool_iter_next(walk_); }
+    const void *place() const noexcept { return block_; }
+
+   private:
+    mub_pool_iter *walk_ = nullptr;
+    void *block_ = nullptr;
+  };
+
+  explicit live_blocks(mub_pool *pool) noexcept : walk_(mub_pool_iter_new(pool)) {}
+  live_blocks(const live_blocks &) = delete;
+  live_blocks &operator=(const live_blocks &) = delete;
+  ~live_blocks() { mub_pool_iter_free(walk_); }
+
+  /* begin: the first block; chunk by chunk, in ascending order within each. */
+  iterator begin() const { return iterator(walk_); }
+  iterator end() const noexcept { return {}; }
+
+ private:
+  mub_pool_iter *walk_;
+};
+
+/* pool: blocks of one size, as mub_pool. The destructor releases them all. */
+class pool : public detail::owner<pool, detail::pool_life> {
+ public:
+  /* Blocks of `block_size` bytes; a pool without a size hands out nothing. */
+  explicit pool(std::int64_t block_size = 0) noexcept : owner(std::in_place) { c()->block_size = block_size; }
+
+  /* clone: a copy, byte for byte, its blocks in the same places of its chunks; empty when memory ran out. As
+   * mub_pool_clone: addresses that the blocks hold are those of the source's. */
+  [[nodiscard]] pool clone() const {
+    pool copy(c()->block_size);
+    mub_pool_chunk *map = mub_pool_map(c());
+    // Without the map the free blocks of the copy would be lost.
+    if (map != nullptr) mub_pool_clone(c(), map, copy.c());
+    mub_pool_umap(map);
+    return copy;
+  }
+
+  /* allocate: take a block; nullptr when memory ran out. As mub_pool_new. */
+  [[nodiscard]] void *allocate() { return mub_pool_new(c()); }
+
+  /* deallocate: give a block of this pool back; as mub_pool_free. */
+  void deallocate(void *block) { mub_pool_free(c(), block); }
+
+  /* size, empty: the number of live blocks, and whether there are none. */
+  std::int64_t size() const noexcept { return c()->live_count; }
+  [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+
+  /* clear: release all blocks; the block size stays. As mub_pool_empty. */
+  void clear() { mub_pool_empty(c()); }
+
+  /* blocks: a walk over the live blocks, without any when memory ran out; as mub_pool_iter_new. */
+  [[nodiscard]] live_blocks blocks() { return live_blocks(c()); }
+};
+
+}  // namespace v1
+}  // namespace mub
+
+#endif

@@ -1,0 +1,353 @@
+/* mub_text.hpp: mub::string, mub::wchar and mub::stream, the growable buffers of mub_string.h, mub_wchar.h and
+ * mub_stream.h, and mub::stringx, the view of mub_string.h.
+ *
+ *   mub::string    chars, NUL behind them            mub::stream    bytes, with a cursor for fields
+ *   mub::wchar     16-bit units, 0 behind them       mub::stringx   a span of a text that is owned elsewhere
+ *
+ * Texts are given as std::string_view, wide ones as std::u16string_view, and may lie in the buffer itself. Members that
+ * return nothing leave the buffer as it was when memory runs out: reserve() tells beforehand, or compare size().
+ * Whatever makes a buffer grow invalidates views and iterators. Printing takes the C functions, whose formats the
+ * compiler checks: mub_string_format(s.c(), "%d", n). */
+#ifndef MUB_TEXT_HPP
+#define MUB_TEXT_HPP
+
+#include "mub_base.hpp"
+#include "mub_stream.h"
+#include "mub_string.h"
+#include "mub_wchar.h"
+
+namespace mub {
+inline namespace v1 {
+namespace detail {
+
+// `view` is what texts are given and handed out as, `unit` what the record holds.
+struct string_traits {
+  using record = mub_string;
+  using unit = char;
+  using view = std::string_view;
+  static constexpr auto init = mub_string_init;
+  static constexpr auto term = mub_string_term;
+  static constexpr auto swap = mub_string_swap;
+  static constexpr auto clone = mub_string_clone;
+  static constexpr auto expand = mub_string_expand;
+  static constexpr auto shrink = mub_string_shrink;
+  static constexpr auto copy = mub_string_copy;
+  static constexpr auto append = mub_string_append;
+  static constexpr auto insert = mub_string_insert;
+  static constexpr auto update = mub_string_update;
+  static constexpr auto erase = mub_string_delete;
+  static constexpr auto left = mub_string_left;
+  static constexpr auto mid = mub_string_mid;
+  static constexpr auto right = mub_string_right;
+  static constexpr auto find_unit = mub_string_find_char_pos;
+};
+
+struct wchar_traits {
+  using record = mub_wchar;
+  using unit = std::uint16_t;
+  using view = std::u16string_view;
+  static constexpr auto init = mub_wchar_init;
+  static constexpr auto term = mub_wchar_term;
+  static constexpr auto swap = mub_wchar_swap;
+  static constexpr auto clone = mub_wchar_clone;
+  static constexpr auto expand = mub_wchar_expand;
+  static constexpr auto shrink = mub_wchar_shrink;
+  static constexpr auto copy = mub_wchar_copy;
+  static constexpr auto append = mub_wchar_append;
+  static constexpr auto insert = mub_wchar_insert;
+  static constexpr auto update = mub_wchar_update;
+  static constexpr auto erase = mub_wchar_delete;
+  static constexpr auto left = mub_wchar_left;
+  static constexpr auto mid = mub_wchar_mid;
+  static constexpr auto right = mub_wchar_right;
+  static constexpr auto find_unit = mub_wchar_find_char_pos;
+};
+
+struct stream_traits {
+  using record = mub_stream;
+  using unit = std::uint8_t;
+  using view = std::string_view;
+  static constexpr auto init = mub_stream_init;
+  static constexpr auto term = mub_stream_term;
+  static constexpr auto swap = mub_stream_swap;
+  static constexpr auto clone = mub_stream_clone;
+  static constexpr auto expand = mub_stream_expand;
+  static constexpr auto shrink = mub_stream_shrink;
+  static constexpr auto copy = mub_stream_copy;
+  static constexpr auto append = mub_stream_append;
+  static constexpr auto insert = mub_stream_insert;
+  static constexpr auto update = mub_stream_update;
+  static constexpr auto erase = mub_stream_delete;
+  static constexpr auto left = mub_stream_left;
+  static constexpr auto mid = mub_stream_mid;
+  static constexpr auto right = mub_stream_right;
+  static constexpr auto find_unit = mub_stream_find_pos;
+};
+
+template <class Traits>
+struct buffer_life {
+  using record = typename Traits::record;
+  static void init(record *buffer) noexcept { Traits::init(buffer); }
+  static void bare(record *buffer) noexcept { Traits::init(buffer); }
+  static void release(record *buffer) noexcept { Traits::term(buffer); }
+  static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
+};
+
+/* buffer: what the buffers have in common; sizes and positions count units. */
+template <class Derived, class Traits>
+class buffer : public owner<Derived, buffer_life<Traits>> {
+  using base = owner<Derived, buffer_life<Traits>>;
+
+ public:
+  using unit_type = typename Traits::unit;
+  using view_type = typename Traits::view;
+  using iterator = unit_type *;
+  using const_iterator = const unit_type *;
+  using base::c;
+
+  /* The default: empty. */
+  buffer() noexcept : base(std::in_place) {}
+
+  /* A copy of a text; empty when memory ran out. */
+  explicit buffer(view_type text) : buffer() { Traits::copy(c(), units(text), length(text)); }
+
+  /* clone: a copy, with the same capacity or more; as mub_string_clone. */
+  [[nodiscard]] Derived clone() const {
+    Derived copy;
+    Traits::clone(c(), copy.c());
+    return copy;
+  }
+
+  /* size, empty, capacity: units of content, whether there are none, and how many fit. */
+  std::int64_t size() const noexcept { return c()->length; }
+  [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+  std::int64_t capacity() const noexcept { return c()->capacity; }
+
+  /* data: the content; nullptr while nothing was ever stored. */
+  unit_type *data() noexcept { return c()->data; }
+  const unit_type *data() const noexcept { return c()->data; }
+
+  /* view: the content, until the buffer grows. */
+  view_type view() const noexcept {
+    return {reinterpret_cast<typename view_type::const_pointer>(c()->data),
+            static_cast<std::size_t>(c()->length)};
+  }
+  operator view_type() const noexcept { return view(); }
+
+  /* begin: the units of the content. */
+  iterator begin() noexcept { return c()->data; }
+  const_iterator begin() const noexcept { return c()->data; }
+  iterator end() noexcept { return c()->data + c()->length; }
+  const_iterator end() const noexcept { return c()->data + c()->length; }
+
+  /* reserve: make room for `capacity` units of content; false when memory ran out. As mub_string_expand. */
+  [[nodiscard]] bool reserve(std::int64_t capacity) { return Traits::expand(c(), capacity) != 0; }
+
+  /* shrink: set the length, which may also rise up to the capacity; as mub_string_shrink. */
+  void shrink(std::int64_t length) { Traits::shrink(c(), length); }
+
+  /* clear: set the length to 0. */
+  void clear() { Traits::shrink(c(), 0); }
+
+  /* append: put a text behind the content; as mub_string_append. */
+  void append(view_type text) { Traits::append(c(), units(text), length(text)); }
+
+  /* insert: put a text before a position. Returns false, nothing changed, when the position lies outside the content,
+   * the text is empty or memory ran out. As mub_string_insert. */
+  [[nodiscard]] bool insert(std::int64_t position, view_type text) {
+    return Traits::insert(c(), position, units(text), length(text)) != 0;
+  }
+
+  /* update: replace `count` units at a position by a text; false when nothing changed. As mub_string_update,
+   * mub_wchar_update or mub_stream_update. */
+  [[nodiscard]] bool update(std::int64_t position, std::int64_t count, view_type text) {
+    return Traits::update(c(), position, count, units(text), length(text)) != 0;
+  }
+
+  /* erase: remove `count` units at a position; as mub_string_delete, mub_wchar_delete or mub_stream_delete. */
+  void erase(std::int64_t position, std::int64_t count) { Traits::erase(c(), position, count); }
+
+  /* left, mid, right: keep a part of the content; as mub_string_left, mub_string_mid and mub_string_right. */
+  void left(std::int64_t count) { Traits::left(c(), count); }
+  void mid(std::int64_t start, std::int64_t count) { Traits::mid(c(), start, count); }
+  void right(std::int64_t count) { Traits::right(c(), count); }
+
+  /* find: the index of the first such unit at or behind `start`; -1 without one, 0 is never found. As
+   * mub_string_find_char_pos. */
+  std::int64_t find(unit_type unit, std::int64_t start = 0) const {
+    return Traits::find_unit(c(), unit, start);
+  }
+
+ protected:
+  static const unit_type *units(view_type text) noexcept {
+    return reinterpret_cast<const unit_type *>(text.data());
+  }
+  static std::int64_t length(view_type text) noexcept { return static_cast<std::int64_t>(text.size()); }
+};
+
+}  // namespace detail
+
+/* string: a growable string of bytes, as mub_string. */
+class string : public detail::buffer<string, detail::string_traits> {
+ public:
+  using buffer::buffer;
+  using buffer::find;
+
+  /* c_str: the content with a NUL behind it; never nullptr. */
+  const char *c_str() const noexcept { return c()->data != nullptr ? c()->data : ""; }
+
+  /* assign: make a text the whole content; false, nothing changed, when memory ran out. As mub_string_copy. */
+  [[nodiscard]] bool assign(std::string_view text) {
+    return mub_string_copy(c(), text.data(), length(text)) != 0;
+  }
+
+  /* append_char, append_integer, append_double: put a character or a printed number behind the content; as
+   * mub_string_append_char, mub_string_append_integer and mub_string_append_double. */
+  using buffer::append;
+  void append_char(char character) { mub_string_append_char(c(), character); }
+  void append_integer(std::int64_t value) { mub_string_append_integer(c(), value); }
+  void append_double(double value) { mub_string_append_double(c(), value); }
+
+  /* get_integer, get_double: the number that the content begins with; as mub_string_get_long and
+   * mub_string_get_double. */
+  std::int64_t get_integer(std::int64_t otherwise = 0) const { return mub_string_get_long(c(), otherwise); }
+  double get_double(double otherwise = 0) const { return mub_string_get_double(c(), otherwise); }
+
+  /* compare, icompare: order the content against a text; as mub_string_compare and mub_string_icompare. */
+  int compare(std::string_view text) const { return mub_string_compare(c(), text.data(), length(text)); }
+  int icompare(std::string_view text) const { return mub_string_icompare(c(), text.data(), length(text)); }
+
+  /* find: the index of the first occurrence of a text at or behind `start`; -1 without one. As
+   * mub_string_find_pos. */
+  std::int64_t find(std::string_view text, std::int64_t start = 0) const {
+    return mub_string_find_pos(c(), text.data(), length(text), start);
+  }
+
+  /* trim: remove white space at both ends; whether there was any. As mub_string_trim. */
+  bool trim() { return mub_string_trim(c()) != 0; }
+
+  /* make_lower, make_upper: as mub_string_make_lower and mub_string_make_upper. */
+  void make_lower() { mub_string_make_lower(c()); }
+  void make_upper() { mub_string_make_upper(c()); }
+
+  /* replace: replace every occurrence of a NUL-terminated text; how many there were. As mub_string_replace. */
+  std::int64_t replace(const char *from, const char *to) { return mub_string_replace(c(), from, to); }
+};
+
+/* wchar: a growable string of 16-bit units, as mub_wchar. */
+class wchar : public detail::buffer<wchar, detail::wchar_traits> {
+ public:
+  using buffer::buffer;
+
+  /* assign: make a text the whole content; as mub_wchar_copy. */
+  void assign(std::u16string_view text) { mub_wchar_copy(c(), units(text), length(text)); }
+
+  /* append: put a wide text, or a narrow one, widened, behind the content; as mub_wchar_append and
+   * mub_wchar_append_str. */
+  using buffer::append;
+  void append(std::string_view narrow) {
+    mub_wchar_append_str(c(), narrow.data(), static_cast<std::int64_t>(narrow.size()));
+  }
+  void append_integer(std::int64_t value) { mub_wchar_append_integer(c(), value); }
+
+  /* compare, icompare: order the content against a text; as mub_wchar_compare and mub_wchar_icompare. */
+  int compare(std::u16string_view text) const { return mub_wchar_compare(c(), units(text), length(text)); }
+  int icompare(std::u16string_view text) const { return mub_wchar_icompare(c(), units(text), length(text)); }
+
+  /* trim: remove white space at both ends; whether there was any. As mub_wchar_trim. */
+  bool trim() { return mub_wchar_trim(c()) != 0; }
+};
+
+/* stream: a growable byte buffer, as mub_stream. Fields are read and written at a position of yours, which moves on; they
+ * are little-endian, and writing never grows the stream: resize it first. */
+class stream : public detail::buffer<stream, detail::stream_traits> {
+ public:
+  using buffer::buffer;
+
+  /* assign: make bytes the whole content; as mub_stream_copy. */
+  void assign(std::string_view bytes) { mub_stream_copy(c(), bytes.data(), length(bytes)); }
+
+  /* resize: grow to at least `size` bytes and make that the length; false when memory ran out. As mub_stream_expand,
+   * then mub_stream_shrink: bytes that were spare are as they were left. */
+  [[nodiscard]] bool resize(std::int64_t size) {
+    if (!reserve(size)) return false;
+    shrink(size);
+    return true;
+  }
+
+  /* get_byte … get_lword: read 8, 16, 24, 32, 48 or 64 bits; as mub_stream_get_byte and so on. */
+  std::uint8_t get_byte(std::int64_t &position) const { return mub_stream_get_byte(c(), &position); }
+  std::uint16_t get_word(std::int64_t &position) const { return mub_stream_get_word(c(), &position); }
+  std::uint32_t get_tword(std::int64_t &position) const { return mub_stream_get_tword(c(), &position); }
+  std::uint32_t get_dword(std::int64_t &position) const { return mub_stream_get_dword(c(), &position); }
+  std::uint64_t get_xword(std::int64_t &position) const { return mub_stream_get_xword(c(), &position); }
+  std::int64_t get_lword(std::int64_t &position) const { return mub_stream_get_lword(c(), &position); }
+
+  /* set_byte … set_lword: write as many bits; as mub_stream_set_byte and so on. */
+  void set_byte(std::int64_t &position, std::uint32_t value) { mub_stream_set_byte(c(), &position, value); }
+  void set_word(std::int64_t &position, std::uint32_t value) { mub_stream_set_word(c(), &position, value); }
+  void set_tword(std::int64_t &position, std::uint32_t value) { mub_stream_set_tword(c(), &position, value); }
+  void set_dword(std::int64_t &position, std::uint32_t value) { mub_stream_set_dword(c(), &position, value); }
+  void set_xword(std::int64_t &position, std::uint64_t value) { mub_stream_set_xword(c(), &position, value); }
+  void set_lword(std::int64_t &position, std::int64_t value) { mub_stream_set_lword(c(), &position, value); }
+
+  /* crc32: that of the content; as mub_stream_crc32. */
+  std::uint32_t crc32() const { return mub_stream_crc32(c()->data, c()->length); }
+};
+
+/* stringx: a span of a text that is owned elsewhere, as mub_stringx; it is copied like a pointer. */
+class stringx {
+ public:
+  /* An empty view, or one of a whole text. */
+  stringx() noexcept { mub_stringx_init(&view_); }
+  stringx(std::string_view text) noexcept : view_{text.data(), 0, static_cast<std::int64_t>(text.size())} {}
+
+  /* c: the record, for the C functions. */
+  mub_stringx *c() noexcept { return &view_; }
+  const mub_stringx *c() const noexcept { return &view_; }
+
+  /* view: the span; empty when its length is not above 0. */
+  std::string_view view() const noexcept {
+    if (view_.text == nullptr || view_.length <= 0) return {};
+    return {view_.text + view_.start, static_cast<std::size_t>(view_.length)};
+  }
+  operator std::string_view() const noexcept { return view(); }
+
+  /* size, empty: the bytes of the span, and whether there are none. */
+  std::int64_t size() const noexcept { return view_.length; }
+  [[nodiscard]] bool empty() const noexcept { return view().empty(); }
+
+  /* trim: narrow the span to what stands between white space; as mub_stringx_trim. */
+  bool trim() { return mub_stringx_trim(&view_) != 0; }
+
+  /* left, mid, right: keep a part of the span; as mub_stringx_left, mub_stringx_mid and mub_stringx_right. */
+  void left(std::int64_t count) { mub_stringx_left(&view_, count); }
+  void mid(std::int64_t offset, std::int64_t count) { mub_stringx_mid(&view_, offset, count); }
+  void right(std::int64_t count) { mub_stringx_right(&view_, count); }
+
+  /* find: the index of a character or a text at or behind `start`; -1 without one. As mub_stringx_find_char_pos and
+   * mub_stringx_find_pos. */
+  std::int64_t find(char character, std::int64_t start = 0) const {
+    return mub_stringx_find_char_pos(&view_, character, start);
+  }
+  std::int64_t find(std::string_view text, std::int64_t start = 0) const {
+    return mub_stringx_find_pos(&view_, text.data(), static_cast<std::int64_t>(text.size()), start);
+  }
+
+  /* is_integer, get_integer: whether the whole span is an integer, and the one that it begins with; as
+   * mub_stringx_is_long and mub_stringx_get_long. */
+  bool is_integer() const { return mub_stringx_is_long(&view_) != 0; }
+  std::int64_t get_integer() const { return mub_stringx_get_long(&view_); }
+
+  /* is_decimal, get_decimal: the same for a decimal number; as mub_stringx_is_float and mub_stringx_get_float. */
+  bool is_decimal() const { return mub_stringx_is_float(&view_) != 0; }
+  double get_decimal() const { return mub_stringx_get_float(&view_); }
+
+ private:
+  mub_stringx view_;
+};
+
+}  // namespace v1
+}  // namespace mub
+
+#endif

@@ -1,0 +1,226 @@
+/* mub_tree.hpp: mub::tree and mub::bitree, the trees of links of mub_tree.h.
+ *
+ *   mub::tree outline;
+ *   auto *chapter = outline.append(outline.root(), 1);
+ *   for (mub_tree_entry &entry : outline) …                     all below the root, parents first
+ *   for (mub_tree_entry &entry : mub::children(chapter)) …      the children of one entry
+ *
+ * Moving or swapping a tree moves its root, which lies in the record; all other entries keep their addresses. */
+#ifndef MUB_TREE_HPP
+#define MUB_TREE_HPP
+
+#include "mub_array.hpp"
+#include "mub_base.hpp"
+#include "mub_tree.h"
+
+namespace mub {
+inline namespace v1 {
+namespace detail {
+
+struct tree_traits {
+  using record = mub_tree;
+  using entry = mub_tree_entry;
+  static constexpr auto init = mub_tree_init;
+  static constexpr auto term = mub_tree_term;
+  static constexpr auto clone = mub_tree_clone;
+  static constexpr auto remove_all = mub_tree_remove_all;
+  static constexpr auto free_all = mub_tree_free_all;
+  static constexpr auto entry_new = mub_tree_entry_new;
+  static constexpr auto entry_swap = mub_tree_entry_swap;
+};
+
+struct bitree_traits {
+  using record = mub_bitree;
+  using entry = mub_bitree_entry;
+  static constexpr auto init = mub_bitree_init;
+  static constexpr auto term = mub_bitree_term;
+  static constexpr auto clone = mub_bitree_clone;
+  static constexpr auto remove_all = mub_bitree_remove_all;
+  static constexpr auto free_all = mub_bitree_free_all;
+  static constexpr auto entry_new = mub_bitree_entry_new;
+  static constexpr auto entry_swap = mub_bitree_entry_swap;
+};
+
+template <class Traits>
+struct tree_life {
+  using record = typename Traits::record;
+  static void init(record *tree, int entries, int values) noexcept { Traits::init(tree, entries, values); }
+  static void bare(record *tree) noexcept { Traits::init(tree, 0, 0); }
+  static void release(record *tree) noexcept { Traits::term(tree); }
+  static void swap(record *a, record *b) noexcept {
+    Traits::entry_swap(&a->root, &b->root);
+    std::swap(a->count, b->count);
+    std::swap(a->entry_pool, b->entry_pool);
+    std::swap(a->owns_entry_pool, b->owns_entry_pool);
+    std::swap(a->value_pool, b->value_pool);
+    std::swap(a->owns_value_pool, b->owns_value_pool);
+  }
+};
+
+/* rooted: what the trees have in common. */
+template <class Derived, class Traits>
+class rooted : public owner<Derived, tree_life<Traits>> {
+  using base = owner<Derived, tree_life<Traits>>;
+
+ public:
+  using entry_type = typename Traits::entry;
+  using base::c;
+
+  /* The default: an entry pool of its own. */
+  rooted() noexcept : rooted(true, false) {}
+
+  /* With pools of its own as told; as mub_tree_init. */
+  rooted(bool own_entry_pool, bool own_value_pool) noexcept
+      : base(std::in_place, own_entry_pool, own_value_pool) {}
+
+  /* With a value pool, too. */
+  explicit rooted(value_blocks values) noexcept : rooted(true, true) {
+    set_block_size(c()->value_pool, values.size);
+  }
+
+  /* With the caller's pools. */
+  explicit rooted(mub_pool *entries, mub_pool *values = nullptr) noexcept : rooted(false, false) {
+    c()->entry_pool = entries;
+    c()->value_pool = values;
+  }
+
+  /* clone: a copy; as mub_tree_clone without pools of the caller's. */
+  [[nodiscard]] Derived clone(mub_clone_fn mend = nullptr) const {
+    Derived copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
+    const bool has_pools = copy.c()->owns_entry_pool == c()->owns_entry_pool &&
+                           copy.c()->owns_value_pool == c()->owns_value_pool;
+    if (has_pools) Traits::clone(c(), nullptr, copy.c(), nullptr, mend);
+    return copy;
+  }
+
+  /* root: the entry in the record, which is always there. */
+  entry_type *root() noexcept { return &c()->root; }
+  const entry_type *root() const noexcept { return &c()->root; }
+
+  /* links: links made less links undone; the record's `count`. */
+  std::int64_t links() const noexcept { return c()->count; }
+
+  /* make: an entry of the entry pool, cleared and not linked; nullptr when memory ran out. As mub_tree_entry_new. */
+  [[nodiscard]] entry_type *make() { return Traits::entry_new(c()); }
+
+  /* clear: remove all entries; values are not looked at. As mub_tree_remove_all. */
+  void clear() { Traits::remove_all(c()); }
+
+  /* free_all: release every value that is not 0, then remove all entries. As mub_tree_free_all. */
+  void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
+};
+
+// Goes through what is below an entry, parents first.
+template <class Entry>
+class document_iterator : public walker<document_iterator<Entry>, Entry &, std::forward_iterator_tag> {
+ public:
+  document_iterator() = default;
+  document_iterator(const mub_tree_entry *bound, mub_tree_entry *entry) noexcept
+      : bound_(bound), entry_(entry) {}
+  Entry &operator*() const noexcept { return *entry_; }
+  void step() { entry_ = mub_tree_entry_iter_next(bound_, entry_); }
+  const void *place() const noexcept { return entry_; }
+
+ private:
+  const mub_tree_entry *bound_ = nullptr;
+  mub_tree_entry *entry_ = nullptr;
+};
+
+// Goes along a ring of siblings; the end has no entry, and the step back from it leads to the last.
+template <class Entry>
+class sibling_iterator : public walker<sibling_iterator<Entry>, Entry &, std::bidirectional_iterator_tag> {
+ public:
+  sibling_iterator() = default;
+  sibling_iterator(Entry *parent, Entry *entry) noexcept : parent_(parent), entry_(entry) {}
+  Entry &operator*() const noexcept { return *entry_; }
+  void step() { entry_ = mub_tree_entry_next(entry_); }
+  void step_back() {
+    entry_ = entry_ == nullptr ? mub_tree_entry_last(parent_) : mub_tree_entry_prev(entry_);
+  }
+  const void *place() const noexcept { return entry_; }
+
+ private:
+  Entry *parent_ = nullptr;
+  Entry *entry_ = nullptr;
+};
+
+template <class Entry>
+struct sibling_range {
+  Entry *parent;
+  sibling_iterator<Entry> begin() const noexcept { return {parent, parent->first_child}; }
+  sibling_iterator<Entry> end() const noexcept { return {parent, nullptr}; }
+};
+
+}  // namespace detail
+
+/* children: the children of an entry, in their order. */
+inline detail::sibling_range<mub_tree_entry> children(mub_tree_entry *parent) noexcept { return {parent}; }
+inline detail::sibling_range<const mub_tree_entry> children(const mub_tree_entry *parent) noexcept {
+  return {parent};
+}
+
+/* tree: a general tree, as mub_tree. A walk over it holds until the entry that it stands on is unlinked. */
+class tree : public detail::rooted<tree, detail::tree_traits> {
+ public:
+  using iterator = detail::document_iterator<mub_tree_entry>;
+  using const_iterator = detail::document_iterator<const mub_tree_entry>;
+  using rooted::rooted;
+
+  /* append: link an entry as the last child of another; as mub_tree_entry_append. */
+  void append(mub_tree_entry *parent, mub_tree_entry *child) { mub_tree_entry_append(c(), parent, child); }
+
+  /* append: make an entry with a value and link it as the last child of another.
+   * Returns the entry; nullptr when memory ran out. */
+  mub_tree_entry *append(mub_tree_entry *parent, std::uint64_t value) {
+    mub_tree_entry *child = make();
+    if (child == nullptr) return nullptr;
+    child->value = value;
+    append(parent, child);
+    return child;
+  }
+
+  /* insert_before: link an entry right before another; as mub_tree_entry_insert. */
+  void insert_before(mub_tree_entry *sibling, mub_tree_entry *entry) {
+    mub_tree_entry_insert(c(), sibling, entry);
+  }
+
+  /* unlink: take an entry with all below it out; nothing is released. As mub_tree_entry_remove. */
+  void unlink(mub_tree_entry *entry) { mub_tree_entry_remove(c(), entry); }
+
+  /* insert: follow a path of keys, making what is missing; as mub_tree_insert. */
+  [[nodiscard]] mub_tree_entry *insert(const array &path, mub_tree_compare_fn compare,
+                                       mub_init_fn init = nullptr) {
+    return mub_tree_insert(c(), path.c(), init, compare);
+  }
+
+  /* find: follow a path of keys; nullptr when a step leads nowhere. As mub_tree_find. */
+  mub_tree_entry *find(const array &path, mub_tree_compare_fn compare) {
+    return mub_tree_find(c(), path.c(), compare);
+  }
+  const mub_tree_entry *find(const array &path, mub_tree_compare_fn compare) const {
+    return mub_tree_find(c(), path.c(), compare);
+  }
+
+  /* begin: a walk over all entries below the root, parents first; as mub_tree_entry_iter_next. */
+  iterator begin() { return iterator(root(), mub_tree_entry_iter_next(root(), root())); }
+  const_iterator begin() const { return const_iterator(root(), mub_tree_entry_iter_next(root(), root())); }
+  iterator end() noexcept { return {}; }
+  const_iterator end() const noexcept { return {}; }
+};
+
+/* bitree: a binary tree of links alone, as mub_bitree: walk it by the fields of its entries. */
+class bitree : public detail::rooted<bitree, detail::bitree_traits> {
+ public:
+  using rooted::rooted;
+
+  /* add: link an entry to another, below 0 as left child, above 0 as right child, 0 as next equal; as
+   * mub_bitree_entry_add. */
+  void add(mub_bitree_entry *entry, int direction, mub_bitree_entry *added) {
+    mub_bitree_entry_add(c(), entry, direction, added);
+  }
+};
+
+}  // namespace v1
+}  // namespace mub
+
+#endif
