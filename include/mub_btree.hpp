@@ -152,7 +152,7 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   /* The default: pools of its own for entries and records. */
   basic_btree() noexcept : basic_btree(true, true, false) {}
 
-  /* With pools of its own as told; as mub_btree_init. */
+  /* With pools of its own, or without; as mub_btree_init. */
   basic_btree(bool own_entry_pool, bool own_node_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_node_pool, own_value_pool) {}
 

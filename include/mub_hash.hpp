@@ -185,7 +185,7 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
   /* The default: an entry pool of its own. */
   basic_hash() noexcept : basic_hash(true, false) {}
 
-  /* With pools of its own as told; as mub_hash_init. */
+  /* With pools of its own, or without; as mub_hash_init. */
   basic_hash(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 

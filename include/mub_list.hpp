@@ -154,7 +154,7 @@ class linked : public owner<Derived, list_life<Traits>> {
   /* The default: an entry pool of its own. */
   linked() noexcept : linked(true, false) {}
 
-  /* With pools of its own as told; as mub_list_init. */
+  /* With pools of its own, or without; as mub_list_init. */
   linked(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 

@@ -27,8 +27,8 @@
  *   destination_user_pool   the initialised pool that becomes the copy of `source_user_pool`; else NULL
  *
  * Failure, where a function does not say otherwise:
- *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped, as told
- *            at mub_pool_free
+ *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped: see
+ *            mub_pool_free
  *
  * Ownership, where a function does not say otherwise:
  *   _init                      the record is the caller's; a pool made here is the tree's, until `_term`

@@ -69,7 +69,7 @@ class rooted : public owner<Derived, tree_life<Traits>> {
   /* The default: an entry pool of its own. */
   rooted() noexcept : rooted(true, false) {}
 
-  /* With pools of its own as told; as mub_tree_init. */
+  /* With pools of its own, or without; as mub_tree_init. */
   rooted(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
