@@ -29,7 +29,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <memory>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -177,14 +176,14 @@ class walker {
   // Points at an item that the iterator made for it.
   struct arrow {
     value_type item;
-    const value_type *operator->() const noexcept { return std::addressof(item); }
+    const value_type *operator->() const noexcept { return &item; }
   };
   using pointer =
       std::conditional_t<std::is_reference_v<Reference>, std::remove_reference_t<Reference> *, arrow>;
 
   pointer operator->() const {
     if constexpr (std::is_reference_v<Reference>) {
-      return std::addressof(*self());
+      return &*self();
     } else {
       return {*self()};
     }

@@ -221,6 +221,7 @@ TYPED_TEST(Owner, TellsOfEveryRefusalAndLosesNothing) {
     const Numbers found = held(copy);  // whole also where what failed was not needed
     if (!met || !found.empty()) expect_same(found, up_to(40), "copy");
     expect_same(held(source), up_to(40), "source");
+    if (found.empty() && add(copy, 7)) expect_same(held(copy), {7}, "empty copy, added to");
   });
 }
 
@@ -352,6 +353,22 @@ void expect_value_blocks_in(Map map) {
   released = 0;
   map.free_all(count);
   EXPECT_TRUE(map.empty() && released == 1);
+}
+
+template <class Container, class... Key>
+void expect_values_to_move(Container container, Key... key) {
+  const uint64_t value = container.append_new(key..., set_to_nine);
+  Container moved(std::move(container));
+  const Container copy = moved.clone(add_hundred);
+  EXPECT_EQ(*mub::to_pointer<uint64_t>(value), 9u);
+  moved.reset();
+  EXPECT_EQ(*mub::to_pointer<uint64_t>(number(*copy.begin())), 109u);
+}
+
+TEST(CppArrays, TakeTheBlocksOfValuesAlong) {
+  expect_values_to_move(mub::array(mub::value_blocks{8}), "key");
+  expect_values_to_move(mub::arrayd(mub::value_blocks{8}), 1u);
+  expect_values_to_move(mub::arrays(mub::value_blocks{8}));
 }
 
 TEST(CppMaps, KeepValuesInBlocksOfTheirOwn) {
