@@ -1,18 +1,17 @@
 /* mub_base.hpp: what the C++ headers of libmub share.
  *
  * A type of namespace mub owns one C record: it is initialised by the constructors and terminated by the destructor.
- * Members call the C functions and allocate nothing beside them; "as mub_x_y" refers to their description in the C
- * headers, and what mub_base.h says of all functions holds here too. Nothing throws, and everything works without
+ * Members call the C functions and allocate nothing beside them: "as mub_hash_insert" refers to the description
+ * in the C headers, and what mub_base.h says of all functions holds here too. Nothing throws, and everything works without
  * exceptions and RTTI. Rules that hold for all types:
  *
  * Record.     c() is the record: pass it to the C functions that have no member here, read its fields, and set those
  *             that are yours to set (`nocase`, `descending`, `key_type`).
  * Copies.     Types move and do not copy; clone() makes a copy, which is empty when memory ran out. The settings
  *             above are the copy's too.
- * Moves.      Moving takes contents, pools and settings along. What was moved from is empty and without pools:
- *             look-ups find nothing, insertions are refused; it can be destroyed and assigned to, and reset() makes it as
- *             good as new.
- *             Entries keep their addresses; the root of a tree does not.
+ * Moves.      Moving takes contents, pools and settings along; entries keep their addresses, but for the root of a tree,
+ *             which lies in the record. What was moved from is empty and without pools: look-ups find nothing, and a
+ *             container whose entries lie in a pool refuses insertions, until it is assigned to or reset().
  * Keys.       Byte-string keys are std::string_view: any bytes, NULs included, of the length that the view has.
  * Values.     64-bit words; to_word and to_pointer make them of pointers and back. The library never looks into them,
  *             and no destructor does: free_all(release) releases what they own.
@@ -22,14 +21,14 @@
  *             They are invalidated as the walks of the C interface are; through a const container values are const.
  * Pools.      By default a container owns the pool of its entries and has none for values. value_blocks{n} gives it one
  *             of n bytes each; pools of the caller's go to the constructors that take mub_pool pointers, outlive the
- *             container, and get its entries back from the destructor. */
+ *             container, and get its entries back from the destructor; so let mub_hash_remove_all_entry and its like
+ *             not give them back before. */
 #ifndef MUB_BASE_HPP
 #define MUB_BASE_HPP
 
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <memory>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -177,14 +176,14 @@ class walker {
   // Points at an item that the iterator made for it.
   struct arrow {
     value_type item;
-    const value_type *operator->() const noexcept { return std::addressof(item); }
+    const value_type *operator->() const noexcept { return &item; }
   };
   using pointer =
       std::conditional_t<std::is_reference_v<Reference>, std::remove_reference_t<Reference> *, arrow>;
 
   pointer operator->() const {
     if constexpr (std::is_reference_v<Reference>) {
-      return std::addressof(*self());
+      return &*self();
     } else {
       return {*self()};
     }

@@ -133,6 +133,14 @@ class CheckApi(Tree):
         self.assert_reports(
             self.check("check_api"), "CMakeLists.txt: tells version 1.0.1", "debian/changelog: tells version 1.2.0")
 
+    def test_reports_cxx_headers_that_are_left_out_or_name_what_is_not_there(self):
+        self.write("include/mub.hpp", '#include "mub_a.hpp"\n')
+        self.write("include/mub_a.hpp", "/* one: as mub_one and mub_won. */\n")
+        self.write("include/mub_b.hpp", "")
+        self.assert_reports(
+            self.check("check_api"),
+            "include/mub_a.hpp:1: mub_won: not in the C headers", "include/mub_b.hpp: not included by mub.hpp")
+
     def test_reports_a_wrong_soname(self):
         self.assert_reports(self.check("check_api", self.built(soname="libmub.so.2")), "SONAME")
 
@@ -245,8 +253,14 @@ class CheckLayers(Tree):
         self.write("src/core/x.cpp", '\n#include "hash/high.h"\n')
         self.write("src/text/x.cpp", '#include "../hash/high.h"\n#include <vector>\n#include "high.h"\n')
         self.write("include/mub_b.h", '#include "core/low.h"\n#include <string>\n')
+        self.write("include/mub_b.hpp", "#include <string_view>\n#include <vector>\n")
+        self.write("src/text/y.h", '#include "mub_b.hpp"\n')
+        self.write("include/mub_c.h", '#include "mub_b.hpp"\n')
         self.assert_reports(
             self.check("check_layers"),
+            "include/mub_b.hpp:2: includes vector",
+            "include/mub_c.h:1: includes mub_b.hpp",
+            "src/text/y.h:1: includes mub_b.hpp",
             "src/core/x.cpp:2: includes hash/high.h: core may not include hash",
             "src/text/x.cpp:1: includes ../hash/high.h",
             "src/text/x.cpp:2: includes vector",
