@@ -144,6 +144,12 @@ class Browser(unittest.TestCase):
             self.ask(query)
             self.assertEqual(wanted, self.hits()[0], query)
 
+    def test_single_misspelt_words_are_found_in_any_order(self):
+        for query, wanted in [("replce", "mub_string_replace"), ("nxet node btree", "mub_btree_node_next"),
+                              ("polynomail", "mub_stream_crc32"), ("relesed stack", "mub_pool_from_empty")]:
+            self.ask(query)
+            self.assertIn(wanted, self.hits()[:4], query)
+
     def test_exact_names_come_first(self):
         for name in exported_functions()[::80]:
             self.ask(name)

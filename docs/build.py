@@ -182,8 +182,12 @@ def main():
 
     model = api_model.load(ROOT, api_calls.allocating(options.library))
     write_input(model, work, pages, options.mubdex)
+    if model.faults:
+        print("\n".join(model.faults[:20]), file=sys.stderr)
+        sys.exit(f"docs/build.py: {len(model.faults)} things are not told in the headers")
     settings = {"MUB_ROOT": str(ROOT), "MUB_DOCS_WORK": str(work.resolve()), "MUB_VERSION": version()}
-    subprocess.run(["doxygen", str(ROOT / "docs/Doxyfile")], env={**os.environ, **settings}, check=True)
+    if subprocess.run(["doxygen", str(ROOT / "docs/Doxyfile")], env={**os.environ, **settings}).returncode != 0:
+        sys.exit("docs/build.py: Doxygen found faults in its input")
     shutil.copytree(work / "html", pages, dirs_exist_ok=True)
     for path in {path for pattern in LEFTOVERS for path in pages.glob(pattern)}:
         path.unlink()
@@ -194,9 +198,6 @@ def main():
     (pages / "api-index.js").write_text(
         "window.MUB_INDEX = [\n" + ",\n".join(json.dumps(row, ensure_ascii=False) for row in rows) + "\n];\n")
     shutil.copy(ROOT / "docs/search.js", pages)
-    if model.faults:
-        print("\n".join(model.faults[:20]), file=sys.stderr)
-        sys.exit(f"docs/build.py: {len(model.faults)} things are not told in the headers")
 
 
 if __name__ == "__main__":

@@ -36,9 +36,10 @@ static int read_record(const mub_stream *file, int64_t *position, uint64_t *id, 
   return *position == end;
 }
 
-static void print_all(const char *title, const mub_stream *file) {
+static int print_all(const char *title, const mub_stream *file) {
   mub_string name;
   mub_string_init(&name);
+  if (!mub_string_expand(&name, file->length)) return 0; /* room for any name: reading needs no more */
   printf("%s, %" PRId64 " bytes\n", title, file->length);
   for (int64_t position = 0; position < file->length;) {
     const int64_t start = position;
@@ -50,6 +51,7 @@ static void print_all(const char *title, const mub_stream *file) {
     printf("  %" PRIu64 " %s\n", id, name.data);
   }
   mub_string_term(&name);
+  return 1;
 }
 
 int main(void) {
@@ -62,13 +64,11 @@ int main(void) {
   int done = 1;
   for (int i = 0; done && i < 3; i++)
     done = mub_string_copy(&name, names[i], -1) && write_record(&file, ids[i], &name);
-  if (done) {
-    print_all("as written", &file);
-    mub_stream_set_at(&file, 24, mub_stream_get_at(&file, 24) ^ 0x20);
-    print_all("one bit changed", &file);
-    mub_stream_left(&file, 20);
-    print_all("cut short", &file);
-  }
+  done = done && print_all("as written", &file);
+  mub_stream_set_at(&file, 24, mub_stream_get_at(&file, 24) ^ 0x20);
+  done = done && print_all("one bit changed", &file);
+  mub_stream_left(&file, 20);
+  done = done && print_all("cut short", &file);
   mub_string_term(&name);
   mub_stream_term(&file);
   return done ? EXIT_SUCCESS : EXIT_FAILURE;
