@@ -56,7 +56,19 @@ def readme_page(modules):
         names = [f"[{name}](@ref {name})" if name in modules else name for name in match.group(1).split(", ")]
         return f"| {', '.join(names)} |"
     text = re.sub(r"^\| ([\w, ]+) \|(?= `)", row, (ROOT / "README.md").read_text(), flags=re.MULTILINE)
-    return text.replace("](docs/tutorial.md)", "](@ref tutorial)")
+    return re.sub(r"\]\(docs/(\w+)\.md\)", r"](@ref \1)", text)
+
+
+def guides():
+    """{name: title} of the pages that are written by hand, the tutorial first."""
+    paths = sorted((ROOT / "docs").glob("*.md"), key=lambda path: (path.stem != "tutorial", path.stem))
+    return {path.stem: re.match(r"# ([^{\n]*)", path.read_text()).group(1).strip() for path in paths}
+
+
+def guide_page(name):
+    """The page under its own name, whatever the directory is called."""
+    text = (ROOT / f"docs/{name}.md").read_text()
+    return re.sub(r"^# ([^{\n]*).*", rf"# \1 {{#{name}}}", text, count=1)
 
 
 # ---- the programs ----
@@ -106,8 +118,8 @@ def contents(modules):
     link = lambda url, name: f'<a href="$relpath^{url}">{name}</a>'
     listed = [names for names, _, _ in readme_rows()]
     listed += [[name] for name in modules if not any(name in names for names in listed)]
-    pages = [link("index.html", "Overview"), link("tutorial.html", "Tutorial"), link("cookbook.html", "Cookbook"),
-             link(f"group__{OVERALL}.html", "Rules")]
+    pages = [link("index.html", "Overview"), link("cookbook.html", "Cookbook"), link(f"group__{OVERALL}.html", "Rules")]
+    pages[1:1] = [link(f"{name}.html", title) for name, title in guides().items()]
     lines = [", ".join(link(f"group__{name}.html", name) for name in names if name in modules) for names in listed]
     item = lambda lines: "".join(f"<li>{line}</li>\n" for line in lines)
     return f"<ul>\n{item(pages)}</ul>\n<h2>Modules</h2>\n<ul>\n{item(lines)}</ul>"
@@ -157,7 +169,8 @@ def write_input(model, work, out, mubdex):
     (source / "examples.dox").write_text(cookbook_page(writer.text)
                                          + "".join(example_comment(p, writer.text) for p in programs()))
     (source / "README.md").write_text(readme_page(model.modules))
-    shutil.copy(ROOT / "docs/tutorial.md", source)
+    for name in guides():
+        (source / f"{name}.md").write_text(guide_page(name))
     header = (ROOT / "docs/header.html").read_text().replace("@MODULES@", contents(model.modules))
     (work / "header.html").write_text(header)
 
