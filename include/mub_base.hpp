@@ -132,6 +132,12 @@ void copy_setting(const Record *source, Record *copy, Setting setting) noexcept 
   if constexpr (!std::is_null_pointer_v<Setting>) copy->*setting = source->*setting;
 }
 
+// A copy for which no value pool could be made stays empty: its values would all become 0.
+template <class Traits>
+void clone_to(typename Traits::record *copy, const typename Traits::record *source, mub_clone_fn mend) {
+  if (copy->owns_value_pool == source->owns_value_pool) Traits::clone(source, nullptr, copy, nullptr, mend);
+}
+
 inline void set_block_size(mub_pool *pool, std::int64_t size) noexcept {
   if (pool != nullptr) pool->block_size = size;
 }
@@ -293,16 +299,6 @@ class map : public keyed<Derived, Life, Traits> {
 
  protected:
   using base::base;
-
-  // A clone needs the pools that its source has: without them it stays empty.
-  static bool clone_to(const typename base::record_type *source, typename base::record_type *copy,
-                       mub_clone_fn mend) {
-    copy_setting(source, copy, Traits::setting);
-    if (copy->owns_entry_pool != source->owns_entry_pool || copy->owns_value_pool != source->owns_value_pool)
-      return false;
-    Traits::clone(source, nullptr, copy, nullptr, mend);
-    return true;
-  }
 };
 
 }  // namespace detail

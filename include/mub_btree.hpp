@@ -172,7 +172,8 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   /* clone: a copy; as mub_btree_clone without pools of the caller's. */
   [[nodiscard]] basic_btree clone(mub_clone_fn mend = nullptr) const {
     basic_btree copy(c()->owns_entry_pool != 0, c()->owns_node_pool != 0, c()->owns_value_pool != 0);
-    if (copy.c()->owns_node_pool == c()->owns_node_pool) base::clone_to(c(), copy.c(), mend);
+    detail::copy_setting(c(), copy.c(), Traits::setting);
+    detail::clone_to<Traits>(copy.c(), c(), mend);
     return copy;
   }
 

@@ -203,7 +203,8 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
   /* clone: a copy; as mub_hash_clone without pools of the caller's. */
   [[nodiscard]] basic_hash clone(mub_clone_fn mend = nullptr) const {
     basic_hash copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
-    base::clone_to(c(), copy.c(), mend);
+    detail::copy_setting(c(), copy.c(), Traits::setting);
+    detail::clone_to<Traits>(copy.c(), c(), mend);
     return copy;
   }
 

@@ -208,9 +208,7 @@ class positioned : public linked<Derived, Traits> {
   /* clone: a copy; as mub_list_clone without pools of the caller's. */
   [[nodiscard]] Derived clone(mub_clone_fn mend = nullptr) const {
     Derived copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
-    const bool has_pools = copy.c()->owns_entry_pool == c()->owns_entry_pool &&
-                           copy.c()->owns_value_pool == c()->owns_value_pool;
-    if (has_pools) Traits::clone(c(), nullptr, copy.c(), nullptr, mend);
+    clone_to<Traits>(copy.c(), c(), mend);
     return copy;
   }
 
