@@ -197,7 +197,10 @@ ALLOCATING = """
 #include "mub_a.h"
 static char *fresh(int size) { return malloc((size_t)size); }
 char *mub_a_get(const mub_a *a, int key) { return a->count > key ? "a" : 0; }
-void mub_a_walk(mub_a *a, int key, mub_a_fn each) { a->count = each(key) + (fresh(key) != 0); }
+void mub_a_walk(mub_a *a, int key, mub_a_fn each) {
+  char *volatile block = fresh(key);
+  a->count = each(key) + (block != 0);
+}
 """
 
 
