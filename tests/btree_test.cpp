@@ -86,32 +86,17 @@ struct Model {
     ASSERT_EQ(tree.value_pool->live_count, std::count_if(content.begin(), content.end(), has_block));
   }
 
-  template <class Operation>
-  bool blows_in(Operation operation) {
-    const Fuse fuse(may_fail && random.one_in(4) ? random.below(3) : INT64_MAX,
-                    random.one_in(2) ? Blow::kOnce : Blow::kForever);
-    return fuse.blows_in(operation);
-  }
-  uint64_t new_value() {
-    const auto value = reinterpret_cast<uintptr_t>(mub_pool_new(tree.value_pool));
-    key_at(value) = ++last_value;
-    return value;
-  }
-  void return_block(uint64_t value) {
-    if (value != 0) mub_pool_free(tree.value_pool, reinterpret_cast<void *>(value));
-  }
-
   void add(const Key &drawn) {
     typename A::Passed passed = drawn;
     if (random.one_in(8)) passed = A::some_own_key(tree, random);
     const Key key(passed);
     const int64_t how = random.below(4);
     const bool present = content.count(key) != 0;
-    uint64_t value = how > 1 ? new_value() : 0;
+    uint64_t value = how > 1 ? new_value(tree, ++last_value) : 0;
     auto *node = reinterpret_cast<typename A::Node *>(&tree);
     int added = 0;
     seen.clear();
-    const bool failed = blows_in([&] {
+    const bool failed = random_fuse(random, may_fail && random.one_in(4) ? 3 : 0).blows_in([&] {
       if (how == 0) added = call<kNodeSet>(tree, passed, &node);
       if (how == 1) added = call<kSet>(tree, passed, &handed_out, note_before_handing_out);
       if (how > 1) added = call<kInsert>(tree, passed, value);
@@ -126,14 +111,14 @@ struct Model {
       if (added != 0 && value != 0) key_at(value) = ++last_value;
     }
     if (added != 0) content[key] = value;
-    if (added == 0 && how > 1) return_block(value);
+    if (added == 0 && how > 1) return_value(tree, value);
   }
   void update(const Key &key) {
-    const uint64_t value = random.one_in(4) ? 0 : new_value();
+    const uint64_t value = random.one_in(4) ? 0 : new_value(tree, ++last_value);
     const auto item = content.find(key);
     const bool present = item != content.end();
     ASSERT_EQ(call<kUpdate>(tree, key, value), present ? item->second : 0);
-    return_block(present ? std::exchange(item->second, value) : value);
+    return_value(tree, present ? std::exchange(item->second, value) : value);
   }
   // Some record, by the key in the tree's own bytes; or none.
   void remove(const Key &key) {
@@ -142,7 +127,7 @@ struct Model {
     const auto item = std::next(content.begin(), random.below(static_cast<int64_t>(content.size())));
     ASSERT_EQ(call<kRemove>(tree, A::key_of(tree, *call<kNodeGet>(tree, item->first))), item->second);
     ASSERT_EQ(call<kRemove>(tree, item->first), 0u);
-    return_block(item->second);
+    return_value(tree, item->second);
     content.erase(item);
     chain = content.empty() ? Chain::kExact : Chain::kStale;
   }
@@ -151,7 +136,7 @@ struct Model {
     Words released;
     for (const auto &item : content) {
       if (how == 0 && item.second != 0) released.push_back(key_of(item.second));
-      if (how == 2) return_block(item.second);
+      if (how == 2) return_value(tree, item.second);
     }
     seen.clear();
     how < 2 ? call<kFreeAll>(tree, how == 0 ? note_key_once : nullptr) : call<kRemoveAll>(tree);
@@ -171,9 +156,9 @@ struct Model {
     call<kInsert>(copy, A::key(300), uint64_t{0});
     int64_t count = -1;
     seen.clear();
-    const Fuse fuse(may_fail ? random.below(60) : INT64_MAX, random.one_in(2) ? Blow::kOnce : Blow::kForever);
-    const bool failed =
-        fuse.blows_in([&] { count = call<kClone>(tree, &user, &copy, &user_copy, note_clone); });
+    const bool failed = random_fuse(random, may_fail ? 60 : 0).blows_in([&] {
+      count = call<kClone>(tree, &user, &copy, &user_copy, note_clone);
+    });
     if (count == 0) {
       ASSERT_TRUE(failed || content.empty());
       ASSERT_EQ(seen, Words());
@@ -247,29 +232,6 @@ TYPED_TEST(BTree, SplitsAt32ChildrenIntoHalves) {
       ASSERT_EQ(A::key_of(tree, tree.root), content.rbegin()->first);
       ASSERT_NO_FATAL_FAILURE(count % 16 > 1 ? void() : expect_same(tree, content, Chain::kExact));
     }
-  }
-}
-
-// The first split, one beside a parent, and one that goes up to the root.
-TYPED_TEST(BTree, AnEntryThatCannotSplitIsSplitByTheNextInsertion) {
-  using A = TypeParam;
-  for (const int64_t before : {31, 47, 511}) {
-    for_every_allocation([&](const Fuse &fuse) {
-      Tree<A> tree;
-      Content<A> content = content_of<A>(before + 2);
-      const auto last = std::prev(content.end()), second_last = std::prev(last);
-      for (auto item = content.begin(); item != second_last; ++item)
-        call<kInsert>(tree, item->first, item->second);
-      int added = 0;
-      const bool failed =
-          fuse.blows_in([&] { added = call<kInsert>(tree, second_last->first, second_last->second); });
-      ASSERT_TRUE(failed || added == 1);
-      if (added == 0) content.erase(second_last);
-      ASSERT_EQ(call<kInsert>(tree, last->first, last->second), 1);
-      // A parent that could not split is over-full until another child comes.
-      expect_same(tree, content, Chain::kExact, failed ? 32 : 31);
-      EXPECT_TRUE(before == 511 || added == 0 || tree.entry_pool->live_count == (before + 2) / 16);
-    });
   }
 }
 

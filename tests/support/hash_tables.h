@@ -40,6 +40,7 @@ struct ByteTable : PassingBytes {
   using Entry = mub_hash_entry;
   using Key = std::string;
   using Passed = std::string_view;
+  static constexpr bool kHasWalk = true;
   static constexpr auto init = mub_hash_init;
   static constexpr auto term = mub_hash_term;
   static constexpr auto kFunctions = std::make_tuple(
@@ -79,6 +80,7 @@ struct IntegerTable : Passing {
   using Entry = EntryRecord;
   using Key = Integer;
   using Passed = Integer;
+  static constexpr bool kHasWalk = true;
 
   static Key key(int64_t n) {
     constexpr int kBits = 8 * sizeof(Integer);
@@ -124,6 +126,7 @@ struct Table128 : Passing {
   using Entry = mub_hasht_entry;
   using Key = FourWords;
   using Passed = FourWords;
+  static constexpr bool kHasWalk = false;
   static constexpr auto init = mub_hasht_init;
   static constexpr auto term = mub_hasht_term;
   static constexpr auto kFunctions =
