@@ -35,6 +35,10 @@ constexpr int kHighestLevel = 8;
 
 // How many records ahead a walk fetches.
 constexpr uint64_t kPrefetchRecords = 8;
+constexpr int64_t kWordsPerCacheLine = 8;
+
+// Trees of fewer levels stay in the caches, and a walk only loses by fetching ahead.
+constexpr int kLevelsInCache = 3;
 
 // The note lies in the bytes behind owns_entry_pool, which no field uses. They are read and written with that flag, as one
 // word: a load of bytes that were stored in parts would wait for all that goes before.
@@ -125,13 +129,24 @@ const Entry *neighbour(const Entry *leaf) {
   return kStep > 0 ? next_leaf(*leaf) : previous_leaf(*leaf);
 }
 
-// Fetches the records of a leaf that a walk comes to next.
-template <class Entry>
-void prefetch_records(const Entry *leaf) {
-  if (leaf == nullptr) return;
-  for (int64_t i = 0; i < leaf->children.count; ++i) {
-    __builtin_prefetch(record_of<void>(leaf->children.items[i]));
+// Fetches what a walk comes to next: the records of the leaf beside, the table of the one behind it, the entry of the third.
+// Each is found in what was fetched a leaf ago.
+template <int kStep, class Entry>
+void prefetch_beyond(const Entry &leaf) {
+  const Entry *second = neighbour<kStep>(&leaf);
+  if (second == nullptr) return;
+  for (int64_t i = 0; i < second->children.count; ++i) {
+    __builtin_prefetch(record_of<void>(second->children.items[i]));
   }
+  const Entry *third = neighbour<kStep>(second);
+  if (third == nullptr) return;
+  for (int64_t i = 0; i < third->children.count; i += kWordsPerCacheLine) {
+    __builtin_prefetch(third->children.items + i);
+  }
+  const Entry *fourth = neighbour<kStep>(third);
+  if (fourth == nullptr) return;
+  __builtin_prefetch(fourth);
+  __builtin_prefetch(&fourth->children.items);
 }
 
 // The nearest leaf to one side that is not empty; only entries that were emptied by themselves are.
@@ -151,7 +166,7 @@ __attribute__((noinline)) RecordOf<Kind> *step_far(const TreeOf<Kind> &tree, con
   if (index >= 0 && index < place.leaf->children.count) return stand_at<Kind>(tree, *place.leaf, index);
   const EntryOf<Kind> *leaf = leaf_beside<kStep, EntryOf<Kind>>(place.leaf);
   if (leaf == nullptr) return nullptr;
-  prefetch_records(neighbour<kStep>(leaf));
+  if (tree.root.level >= kLevelsInCache) prefetch_beyond<kStep>(*leaf);
   return stand_at<Kind>(tree, *leaf, kStep > 0 ? 0 : leaf->children.count - 1);
 }
 
