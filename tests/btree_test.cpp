@@ -263,6 +263,21 @@ TYPED_TEST(BTree, CloneEntryCopiesWhatIsBelowOrNothing) {
   });
 }
 
+TYPED_TEST(BTree, SwapExchangesContentsAndPools) {
+  using A = TypeParam;
+  for (int owned = 0; owned < 8; ++owned) {
+    for (const int64_t count : {0, 5, 520}) {
+      Tree<A> a(owned), b(7 - owned);
+      const Content<A> of_a = fill(a, count), of_b = fill(b, 40);
+      call<kSwap>(a, &b);
+      expect_same(a, of_b, Chain::kExact);
+      expect_same(b, of_a, Chain::kExact);
+      EXPECT_EQ(b.owns_entry_pool + 2 * b.owns_node_pool + 4 * b.owns_value_pool, owned);
+      for (auto *tree : {&a, &b}) call<kRemoveAll>(*tree);
+    }
+  }
+}
+
 TYPED_TEST(BTree, MakesDoWithThePoolsThatItGot) {
   using A = TypeParam;
   for_every_allocation([](const Fuse &fuse) {

@@ -276,6 +276,19 @@ TYPED_TEST(Hash, CloneGivesUpAPoolThatIsNamedAsTheUsersToo) {
   EXPECT_TRUE(copy.value_pool == &table.values && copy.owns_value_pool == 0);
 }
 
+TYPED_TEST(Hash, SwapExchangesContentsAndPools) {
+  using A = TypeParam;
+  Table<A> a(true, false), b(false, true);
+  typename Model<A>::Items of_a, of_b;
+  for (int64_t i = 0; i < 10; ++i) of_a.push_back({A::key(i), call<kInsert>(a, A::key(i), uint64_t{1})});
+  for (int64_t i = 9; i < 12; ++i) of_b.push_back({A::key(i), call<kInsert>(b, A::key(i), uint64_t{1})});
+  call<kSwap>(a, &b);
+  Model<A>::expect_same(a, of_b, 4);
+  Model<A>::expect_same(b, of_a, 8);
+  EXPECT_TRUE(a.entry_pool == &b.entries && a.owns_entry_pool == 0 && a.owns_value_pool == 1);
+  EXPECT_TRUE(b.value_pool == &a.values && b.owns_entry_pool == 1 && b.owns_value_pool == 0);
+}
+
 TYPED_TEST(Hash, MakesDoWithThePoolsThatItGot) {
   using A = TypeParam;
   for_every_allocation([](const Fuse &fuse) {
