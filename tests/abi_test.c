@@ -6,320 +6,104 @@
 
 #include "mub.h"
 
-#define SIZE_IS(record, bytes) _Static_assert(sizeof(record) == (bytes), "size of " #record)
-#define FIELD_AT(record, offset, type, field)                                           \
-  _Static_assert(offsetof(record, field) == (offset), "offset of " #record "." #field); \
-  _Static_assert(_Generic(&((record *)0)->field, type * : 1, default : 0), "type of " #record "." #field)
+/* The size of a record, and the offsets and types of its fields: of an array, of its first item and its last. */
+#define LAYOUT(record, bytes, ...)                                 \
+  do {                                                             \
+    typedef record Record;                                         \
+    _Static_assert(sizeof(Record) == (bytes), "size of " #record); \
+    (void)sizeof((size_t[]){__VA_ARGS__});                         \
+  } while (0)
+#define AT(offset, type, field) sizeof(char[offsetof(Record, field) == (offset) && IS(type, field) ? 1 : -1])
+#define IS(type, field) _Generic(&((Record *)0)->field, type * : 1, default : 0)
+/* Where containers of entries and their callers' values have their pools. */
+#define POOLS(offset)                                                              \
+  AT(offset, mub_pool *, entry_pool), AT((offset) + 8, uint16_t, owns_entry_pool), \
+      AT((offset) + 16, mub_pool *, value_pool), AT((offset) + 24, uint16_t, owns_value_pool)
 
-FIELD_AT(mub_char, 0, char *, data);
-FIELD_AT(mub_char, 8, int64_t, length);
-SIZE_IS(mub_char, 16);
-
-FIELD_AT(mub_stream, 0, uint8_t *, data);
-FIELD_AT(mub_stream, 8, int64_t, length);
-FIELD_AT(mub_stream, 16, int64_t, capacity);
-SIZE_IS(mub_stream, 24);
-
-FIELD_AT(mub_string, 0, char *, data);
-FIELD_AT(mub_string, 8, int64_t, length);
-FIELD_AT(mub_string, 16, int64_t, capacity);
-SIZE_IS(mub_string, 24);
-
-FIELD_AT(mub_stringx, 0, const char *, text);
-FIELD_AT(mub_stringx, 8, int64_t, start);
-FIELD_AT(mub_stringx, 16, int64_t, length);
-SIZE_IS(mub_stringx, 24);
-
-FIELD_AT(mub_wchar, 0, uint16_t *, data);
-FIELD_AT(mub_wchar, 8, int64_t, length);
-FIELD_AT(mub_wchar, 16, int64_t, capacity);
-SIZE_IS(mub_wchar, 24);
-
-FIELD_AT(mub_pool, 0, int64_t, block_size);
-FIELD_AT(mub_pool, 8, int64_t, blocks_per_chunk);
-FIELD_AT(mub_pool, 16, int64_t, live_count);
-FIELD_AT(mub_pool, 24, int64_t, chunk_used);
-FIELD_AT(mub_pool, 32, int64_t, chunk_count);
-FIELD_AT(mub_pool, 40, int64_t, chunk_capacity);
-FIELD_AT(mub_pool, 48, void **, chunks);
-FIELD_AT(mub_pool, 56, int64_t, free_used);
-FIELD_AT(mub_pool, 64, int64_t, free_count);
-FIELD_AT(mub_pool, 72, int64_t, free_capacity);
-FIELD_AT(mub_pool, 80, void **, free_pages);
-SIZE_IS(mub_pool, 88);
-
-FIELD_AT(mub_pool_chunk, 0, int64_t, index);
-FIELD_AT(mub_pool_chunk, 8, uint64_t, base);
-SIZE_IS(mub_pool_chunk, 16);
-
-FIELD_AT(mub_pool_iter, 0, int64_t, chunk);
-FIELD_AT(mub_pool_iter, 8, int64_t, slot);
-FIELD_AT(mub_pool_iter, 16, void **, free_blocks);
-FIELD_AT(mub_pool_iter, 24, mub_pool *, pool);
-SIZE_IS(mub_pool_iter, 32);
-
-FIELD_AT(mub_array_entry, 0, uint32_t, key_offset);
-FIELD_AT(mub_array_entry, 4, uint32_t, key_length);
-FIELD_AT(mub_array_entry, 8, uint64_t, value);
-SIZE_IS(mub_array_entry, 16);
-
-FIELD_AT(mub_array, 0, mub_array_entry *, entries);
-FIELD_AT(mub_array, 8, int64_t, count);
-FIELD_AT(mub_array, 16, int64_t, capacity);
-FIELD_AT(mub_array, 24, mub_stream, keys);
-FIELD_AT(mub_array, 48, mub_pool *, pool);
-FIELD_AT(mub_array, 56, uint16_t, own_pool);
-FIELD_AT(mub_array, 58, uint16_t, descending);
-SIZE_IS(mub_array, 64);
-
-FIELD_AT(mub_arrayd_entry, 0, uint32_t, key);
-FIELD_AT(mub_arrayd_entry, 8, uint64_t, value);
-SIZE_IS(mub_arrayd_entry, 16);
-
-FIELD_AT(mub_arrayd, 0, mub_arrayd_entry *, entries);
-FIELD_AT(mub_arrayd, 8, int64_t, count);
-FIELD_AT(mub_arrayd, 16, int64_t, capacity);
-FIELD_AT(mub_arrayd, 24, mub_pool *, pool);
-FIELD_AT(mub_arrayd, 32, uint16_t, own_pool);
-FIELD_AT(mub_arrayd, 34, uint16_t, descending);
-SIZE_IS(mub_arrayd, 40);
-
-FIELD_AT(mub_arrayx_entry, 0, uint64_t, key);
-FIELD_AT(mub_arrayx_entry, 8, uint64_t, value);
-SIZE_IS(mub_arrayx_entry, 16);
-
-FIELD_AT(mub_arrayx, 0, mub_arrayx_entry *, entries);
-FIELD_AT(mub_arrayx, 8, int64_t, count);
-FIELD_AT(mub_arrayx, 16, int64_t, capacity);
-FIELD_AT(mub_arrayx, 24, mub_pool *, pool);
-FIELD_AT(mub_arrayx, 32, uint16_t, own_pool);
-FIELD_AT(mub_arrayx, 34, uint16_t, descending);
-SIZE_IS(mub_arrayx, 40);
-
-FIELD_AT(mub_arrays, 0, uint64_t *, items);
-FIELD_AT(mub_arrays, 8, int64_t, count);
-FIELD_AT(mub_arrays, 16, int64_t, capacity);
-FIELD_AT(mub_arrays, 24, mub_pool *, pool);
-FIELD_AT(mub_arrays, 32, uint16_t, own_pool);
-FIELD_AT(mub_arrays, 34, uint16_t, descending);
-SIZE_IS(mub_arrays, 40);
-
-_Static_assert(sizeof(((mub_arrayt *)0)->inline_items) == 32, "four words in the record");
-FIELD_AT(mub_arrayt, 0, uint64_t, inline_items[0]);
-FIELD_AT(mub_arrayt, 32, uint64_t *, tail);
-FIELD_AT(mub_arrayt, 40, int64_t, count);
-FIELD_AT(mub_arrayt, 48, int64_t, capacity);
-FIELD_AT(mub_arrayt, 56, uint16_t, descending);
-SIZE_IS(mub_arrayt, 64);
-
-FIELD_AT(mub_hash_entry, 0, mub_hash_entry *, next);
-FIELD_AT(mub_hash_entry, 8, uint32_t, hash);
-FIELD_AT(mub_hash_entry, 12, uint32_t, key_offset);
-FIELD_AT(mub_hash_entry, 16, uint32_t, key_length);
-FIELD_AT(mub_hash_entry, 24, uint64_t, value);
-SIZE_IS(mub_hash_entry, 32);
-
-FIELD_AT(mub_hash, 0, mub_arrays, buckets);
-FIELD_AT(mub_hash, 40, int64_t, count);
-FIELD_AT(mub_hash, 48, mub_stream, keys);
-FIELD_AT(mub_hash, 72, mub_pool *, entry_pool);
-FIELD_AT(mub_hash, 80, uint16_t, owns_entry_pool);
-FIELD_AT(mub_hash, 88, mub_pool *, value_pool);
-FIELD_AT(mub_hash, 96, uint16_t, owns_value_pool);
-FIELD_AT(mub_hash, 98, int16_t, nocase);
-SIZE_IS(mub_hash, 104);
-
-FIELD_AT(mub_hashd_entry, 0, mub_hashd_entry *, next);
-FIELD_AT(mub_hashd_entry, 8, uint32_t, key);
-FIELD_AT(mub_hashd_entry, 16, uint64_t, value);
-SIZE_IS(mub_hashd_entry, 24);
-
-FIELD_AT(mub_hashd, 0, mub_arrays, buckets);
-FIELD_AT(mub_hashd, 40, int64_t, count);
-FIELD_AT(mub_hashd, 48, mub_pool *, entry_pool);
-FIELD_AT(mub_hashd, 56, uint16_t, owns_entry_pool);
-FIELD_AT(mub_hashd, 64, mub_pool *, value_pool);
-FIELD_AT(mub_hashd, 72, uint16_t, owns_value_pool);
-SIZE_IS(mub_hashd, 80);
-
-FIELD_AT(mub_hashx_entry, 0, mub_hashx_entry *, next);
-FIELD_AT(mub_hashx_entry, 8, uint64_t, key);
-FIELD_AT(mub_hashx_entry, 16, uint64_t, value);
-SIZE_IS(mub_hashx_entry, 24);
-
-FIELD_AT(mub_hashx, 0, mub_arrays, buckets);
-FIELD_AT(mub_hashx, 40, int64_t, count);
-FIELD_AT(mub_hashx, 48, mub_pool *, entry_pool);
-FIELD_AT(mub_hashx, 56, uint16_t, owns_entry_pool);
-FIELD_AT(mub_hashx, 64, mub_pool *, value_pool);
-FIELD_AT(mub_hashx, 72, uint16_t, owns_value_pool);
-SIZE_IS(mub_hashx, 80);
-
-FIELD_AT(mub_hasht_entry, 0, mub_hasht_entry *, next);
-_Static_assert(offsetof(mub_hasht_entry, key) == 8 && sizeof(((mub_hasht_entry *)0)->key) == 16,
-               "four words");
-FIELD_AT(mub_hasht_entry, 24, uint64_t, value);
-SIZE_IS(mub_hasht_entry, 32);
-
-FIELD_AT(mub_hasht, 0, mub_arrays, buckets);
-FIELD_AT(mub_hasht, 40, int64_t, count);
-FIELD_AT(mub_hasht, 48, mub_pool *, entry_pool);
-FIELD_AT(mub_hasht, 56, uint16_t, owns_entry_pool);
-FIELD_AT(mub_hasht, 64, mub_pool *, value_pool);
-FIELD_AT(mub_hasht, 72, uint16_t, owns_value_pool);
-SIZE_IS(mub_hasht, 80);
-
-FIELD_AT(mub_list_entry, 0, mub_list_entry *, prev);
-FIELD_AT(mub_list_entry, 8, mub_list_entry *, next);
-FIELD_AT(mub_list_entry, 16, uint32_t, key_offset);
-FIELD_AT(mub_list_entry, 20, uint32_t, key_length);
-FIELD_AT(mub_list_entry, 24, uint64_t, value);
-SIZE_IS(mub_list_entry, 32);
-
-FIELD_AT(mub_list, 0, mub_list_entry *, head);
-FIELD_AT(mub_list, 8, mub_list_entry *, tail);
-FIELD_AT(mub_list, 16, int64_t, count);
-FIELD_AT(mub_list, 24, mub_stream, keys);
-FIELD_AT(mub_list, 48, mub_pool *, entry_pool);
-FIELD_AT(mub_list, 56, uint16_t, owns_entry_pool);
-FIELD_AT(mub_list, 64, mub_pool *, value_pool);
-FIELD_AT(mub_list, 72, uint16_t, owns_value_pool);
-SIZE_IS(mub_list, 80);
-
-FIELD_AT(mub_lists_entry, 0, mub_lists_entry *, prev);
-FIELD_AT(mub_lists_entry, 8, mub_lists_entry *, next);
-FIELD_AT(mub_lists_entry, 16, uint64_t, value);
-SIZE_IS(mub_lists_entry, 24);
-
-FIELD_AT(mub_lists, 0, mub_lists_entry *, head);
-FIELD_AT(mub_lists, 8, mub_lists_entry *, tail);
-FIELD_AT(mub_lists, 16, int64_t, count);
-FIELD_AT(mub_lists, 24, mub_pool *, entry_pool);
-FIELD_AT(mub_lists, 32, uint16_t, owns_entry_pool);
-FIELD_AT(mub_lists, 40, mub_pool *, value_pool);
-FIELD_AT(mub_lists, 48, uint16_t, owns_value_pool);
-SIZE_IS(mub_lists, 56);
-
-FIELD_AT(mub_listx_block, 0, mub_listx_block *, prev);
-FIELD_AT(mub_listx_block, 8, mub_listx_block *, next);
-FIELD_AT(mub_listx_block, 16, int64_t, count);
-FIELD_AT(mub_listx_block, 24, uint64_t, values[0]);
-SIZE_IS(mub_listx_block, 280);
-
-FIELD_AT(mub_listx, 0, mub_listx_block *, head);
-FIELD_AT(mub_listx, 8, mub_listx_block *, tail);
-FIELD_AT(mub_listx, 16, int64_t, count);
-FIELD_AT(mub_listx, 24, mub_pool *, entry_pool);
-FIELD_AT(mub_listx, 32, uint16_t, owns_entry_pool);
-FIELD_AT(mub_listx, 40, mub_pool *, value_pool);
-FIELD_AT(mub_listx, 48, uint16_t, owns_value_pool);
-SIZE_IS(mub_listx, 56);
-
-FIELD_AT(mub_tree_entry, 0, mub_tree_entry *, parent);
-FIELD_AT(mub_tree_entry, 8, mub_tree_entry *, first_child);
-FIELD_AT(mub_tree_entry, 16, mub_tree_entry *, prev);
-FIELD_AT(mub_tree_entry, 24, mub_tree_entry *, next);
-FIELD_AT(mub_tree_entry, 32, uint64_t, value);
-SIZE_IS(mub_tree_entry, 40);
-
-FIELD_AT(mub_tree, 0, mub_tree_entry, root);
-FIELD_AT(mub_tree, 40, int64_t, count);
-FIELD_AT(mub_tree, 48, mub_pool *, entry_pool);
-FIELD_AT(mub_tree, 56, uint16_t, owns_entry_pool);
-FIELD_AT(mub_tree, 64, mub_pool *, value_pool);
-FIELD_AT(mub_tree, 72, uint16_t, owns_value_pool);
-SIZE_IS(mub_tree, 80);
-
-FIELD_AT(mub_bitree_entry, 0, mub_bitree_entry *, parent);
-FIELD_AT(mub_bitree_entry, 8, mub_bitree_entry *, equal);
-FIELD_AT(mub_bitree_entry, 16, mub_bitree_entry *, left);
-FIELD_AT(mub_bitree_entry, 24, mub_bitree_entry *, right);
-FIELD_AT(mub_bitree_entry, 32, uint64_t, value);
-SIZE_IS(mub_bitree_entry, 40);
-
-FIELD_AT(mub_bitree, 0, mub_bitree_entry, root);
-FIELD_AT(mub_bitree, 40, int64_t, count);
-FIELD_AT(mub_bitree, 48, mub_pool *, entry_pool);
-FIELD_AT(mub_bitree, 56, uint16_t, owns_entry_pool);
-FIELD_AT(mub_bitree, 64, mub_pool *, value_pool);
-FIELD_AT(mub_bitree, 72, uint16_t, owns_value_pool);
-SIZE_IS(mub_bitree, 80);
-
-FIELD_AT(mub_btree_node, 0, uint32_t, key_offset);
-FIELD_AT(mub_btree_node, 4, uint32_t, key_length);
-FIELD_AT(mub_btree_node, 8, mub_btree_node *, prev);
-FIELD_AT(mub_btree_node, 16, mub_btree_node *, next);
-FIELD_AT(mub_btree_node, 24, uint64_t, value);
-SIZE_IS(mub_btree_node, 32);
-
-FIELD_AT(mub_btree_entry, 0, uint32_t, key_offset);
-FIELD_AT(mub_btree_entry, 4, uint32_t, key_length);
-FIELD_AT(mub_btree_entry, 8, int16_t, level);
-FIELD_AT(mub_btree_entry, 16, mub_btree_entry *, parent);
-FIELD_AT(mub_btree_entry, 24, mub_arrays, children);
-SIZE_IS(mub_btree_entry, 64);
-
-FIELD_AT(mub_btree, 0, mub_btree_entry, root);
-FIELD_AT(mub_btree, 64, int64_t, count);
-FIELD_AT(mub_btree, 72, mub_stream, keys);
-FIELD_AT(mub_btree, 96, mub_pool *, entry_pool);
-FIELD_AT(mub_btree, 104, uint16_t, owns_entry_pool);
-FIELD_AT(mub_btree, 112, mub_pool *, node_pool);
-FIELD_AT(mub_btree, 120, uint16_t, owns_node_pool);
-FIELD_AT(mub_btree, 128, mub_pool *, value_pool);
-FIELD_AT(mub_btree, 136, uint16_t, owns_value_pool);
-FIELD_AT(mub_btree, 138, uint16_t, nocase);
-SIZE_IS(mub_btree, 144);
-
-FIELD_AT(mub_btreed_node, 0, uint32_t, key);
-FIELD_AT(mub_btreed_node, 8, mub_btreed_node *, prev);
-FIELD_AT(mub_btreed_node, 16, mub_btreed_node *, next);
-FIELD_AT(mub_btreed_node, 24, uint64_t, value);
-SIZE_IS(mub_btreed_node, 32);
-
-FIELD_AT(mub_btreed_entry, 0, uint32_t, key);
-FIELD_AT(mub_btreed_entry, 4, int16_t, level);
-FIELD_AT(mub_btreed_entry, 8, mub_btreed_entry *, parent);
-FIELD_AT(mub_btreed_entry, 16, mub_arrays, children);
-SIZE_IS(mub_btreed_entry, 56);
-
-FIELD_AT(mub_btreed, 0, mub_btreed_entry, root);
-FIELD_AT(mub_btreed, 56, int64_t, count);
-FIELD_AT(mub_btreed, 64, mub_pool *, entry_pool);
-FIELD_AT(mub_btreed, 72, uint16_t, owns_entry_pool);
-FIELD_AT(mub_btreed, 80, mub_pool *, node_pool);
-FIELD_AT(mub_btreed, 88, uint16_t, owns_node_pool);
-FIELD_AT(mub_btreed, 96, mub_pool *, value_pool);
-FIELD_AT(mub_btreed, 104, uint16_t, owns_value_pool);
-FIELD_AT(mub_btreed, 108, uint32_t, key_type);
-SIZE_IS(mub_btreed, 112);
-
-FIELD_AT(mub_btreex_node, 0, uint64_t, key);
-FIELD_AT(mub_btreex_node, 8, mub_btreex_node *, prev);
-FIELD_AT(mub_btreex_node, 16, mub_btreex_node *, next);
-FIELD_AT(mub_btreex_node, 24, uint64_t, value);
-SIZE_IS(mub_btreex_node, 32);
-
-FIELD_AT(mub_btreex_entry, 0, uint64_t, key);
-FIELD_AT(mub_btreex_entry, 8, int16_t, level);
-FIELD_AT(mub_btreex_entry, 16, mub_btreex_entry *, parent);
-FIELD_AT(mub_btreex_entry, 24, mub_arrays, children);
-SIZE_IS(mub_btreex_entry, 64);
-
-FIELD_AT(mub_btreex, 0, mub_btreex_entry, root);
-FIELD_AT(mub_btreex, 64, int64_t, count);
-FIELD_AT(mub_btreex, 72, mub_pool *, entry_pool);
-FIELD_AT(mub_btreex, 80, uint16_t, owns_entry_pool);
-FIELD_AT(mub_btreex, 88, mub_pool *, node_pool);
-FIELD_AT(mub_btreex, 96, uint16_t, owns_node_pool);
-FIELD_AT(mub_btreex, 104, mub_pool *, value_pool);
-FIELD_AT(mub_btreex, 112, uint16_t, owns_value_pool);
-FIELD_AT(mub_btreex, 116, uint32_t, key_type);
-SIZE_IS(mub_btreex, 120);
-
-FIELD_AT(mub_bits, 0, uint8_t *, data);
-FIELD_AT(mub_bits, 8, uint32_t, size);
-SIZE_IS(mub_bits, 16);
+static void records_are_laid_out_as_promised(void) {
+  LAYOUT(mub_char, 16, AT(0, char *, data), AT(8, int64_t, length));
+  LAYOUT(mub_stream, 24, AT(0, uint8_t *, data), AT(8, int64_t, length), AT(16, int64_t, capacity));
+  LAYOUT(mub_string, 24, AT(0, char *, data), AT(8, int64_t, length), AT(16, int64_t, capacity));
+  LAYOUT(mub_stringx, 24, AT(0, const char *, text), AT(8, int64_t, start), AT(16, int64_t, length));
+  LAYOUT(mub_wchar, 24, AT(0, uint16_t *, data), AT(8, int64_t, length), AT(16, int64_t, capacity));
+  LAYOUT(mub_pool, 88, AT(0, int64_t, block_size), AT(8, int64_t, blocks_per_chunk),
+         AT(16, int64_t, live_count), AT(24, int64_t, chunk_used), AT(32, int64_t, chunk_count),
+         AT(40, int64_t, chunk_capacity), AT(48, void **, chunks), AT(56, int64_t, free_used),
+         AT(64, int64_t, free_count), AT(72, int64_t, free_capacity), AT(80, void **, free_pages));
+  LAYOUT(mub_pool_chunk, 16, AT(0, int64_t, index), AT(8, uint64_t, base));
+  LAYOUT(mub_pool_iter, 32, AT(0, int64_t, chunk), AT(8, int64_t, slot), AT(16, void **, free_blocks),
+         AT(24, mub_pool *, pool));
+  LAYOUT(mub_array_entry, 16, AT(0, uint32_t, key_offset), AT(4, uint32_t, key_length),
+         AT(8, uint64_t, value));
+  LAYOUT(mub_array, 64, AT(0, mub_array_entry *, entries), AT(8, int64_t, count), AT(16, int64_t, capacity),
+         AT(24, mub_stream, keys), AT(48, mub_pool *, pool), AT(56, uint16_t, own_pool),
+         AT(58, uint16_t, descending));
+  LAYOUT(mub_arrayd_entry, 16, AT(0, uint32_t, key), AT(8, uint64_t, value));
+  LAYOUT(mub_arrayd, 40, AT(0, mub_arrayd_entry *, entries), AT(8, int64_t, count), AT(16, int64_t, capacity),
+         AT(24, mub_pool *, pool), AT(32, uint16_t, own_pool), AT(34, uint16_t, descending));
+  LAYOUT(mub_arrayx_entry, 16, AT(0, uint64_t, key), AT(8, uint64_t, value));
+  LAYOUT(mub_arrayx, 40, AT(0, mub_arrayx_entry *, entries), AT(8, int64_t, count), AT(16, int64_t, capacity),
+         AT(24, mub_pool *, pool), AT(32, uint16_t, own_pool), AT(34, uint16_t, descending));
+  LAYOUT(mub_arrays, 40, AT(0, uint64_t *, items), AT(8, int64_t, count), AT(16, int64_t, capacity),
+         AT(24, mub_pool *, pool), AT(32, uint16_t, own_pool), AT(34, uint16_t, descending));
+  LAYOUT(mub_arrayt, 64, AT(0, uint64_t, inline_items[0]), AT(24, uint64_t, inline_items[3]),
+         AT(32, uint64_t *, tail), AT(40, int64_t, count), AT(48, int64_t, capacity),
+         AT(56, uint16_t, descending));
+  LAYOUT(mub_hash_entry, 32, AT(0, mub_hash_entry *, next), AT(8, uint32_t, hash),
+         AT(12, uint32_t, key_offset), AT(16, uint32_t, key_length), AT(24, uint64_t, value));
+  LAYOUT(mub_hash, 104, AT(0, mub_arrays, buckets), AT(40, int64_t, count), AT(48, mub_stream, keys),
+         POOLS(72), AT(98, int16_t, nocase));
+  LAYOUT(mub_hashd_entry, 24, AT(0, mub_hashd_entry *, next), AT(8, uint32_t, key), AT(16, uint64_t, value));
+  LAYOUT(mub_hashd, 80, AT(0, mub_arrays, buckets), AT(40, int64_t, count), POOLS(48));
+  LAYOUT(mub_hashx_entry, 24, AT(0, mub_hashx_entry *, next), AT(8, uint64_t, key), AT(16, uint64_t, value));
+  LAYOUT(mub_hashx, 80, AT(0, mub_arrays, buckets), AT(40, int64_t, count), POOLS(48));
+  LAYOUT(mub_hasht_entry, 32, AT(0, mub_hasht_entry *, next), AT(8, uint32_t, key[0]),
+         AT(20, uint32_t, key[3]), AT(24, uint64_t, value));
+  LAYOUT(mub_hasht, 80, AT(0, mub_arrays, buckets), AT(40, int64_t, count), POOLS(48));
+  LAYOUT(mub_list_entry, 32, AT(0, mub_list_entry *, prev), AT(8, mub_list_entry *, next),
+         AT(16, uint32_t, key_offset), AT(20, uint32_t, key_length), AT(24, uint64_t, value));
+  LAYOUT(mub_list, 80, AT(0, mub_list_entry *, head), AT(8, mub_list_entry *, tail), AT(16, int64_t, count),
+         AT(24, mub_stream, keys), POOLS(48));
+  LAYOUT(mub_lists_entry, 24, AT(0, mub_lists_entry *, prev), AT(8, mub_lists_entry *, next),
+         AT(16, uint64_t, value));
+  LAYOUT(mub_lists, 56, AT(0, mub_lists_entry *, head), AT(8, mub_lists_entry *, tail),
+         AT(16, int64_t, count), POOLS(24));
+  LAYOUT(mub_listx_block, 280, AT(0, mub_listx_block *, prev), AT(8, mub_listx_block *, next),
+         AT(16, int64_t, count), AT(24, uint64_t, values[0]), AT(272, uint64_t, values[31]));
+  LAYOUT(mub_listx, 56, AT(0, mub_listx_block *, head), AT(8, mub_listx_block *, tail),
+         AT(16, int64_t, count), POOLS(24));
+  LAYOUT(mub_tree_entry, 40, AT(0, mub_tree_entry *, parent), AT(8, mub_tree_entry *, first_child),
+         AT(16, mub_tree_entry *, prev), AT(24, mub_tree_entry *, next), AT(32, uint64_t, value));
+  LAYOUT(mub_tree, 80, AT(0, mub_tree_entry, root), AT(40, int64_t, count), POOLS(48));
+  LAYOUT(mub_bitree_entry, 40, AT(0, mub_bitree_entry *, parent), AT(8, mub_bitree_entry *, equal),
+         AT(16, mub_bitree_entry *, left), AT(24, mub_bitree_entry *, right), AT(32, uint64_t, value));
+  LAYOUT(mub_bitree, 80, AT(0, mub_bitree_entry, root), AT(40, int64_t, count), POOLS(48));
+  LAYOUT(mub_btree_node, 32, AT(0, uint32_t, key_offset), AT(4, uint32_t, key_length),
+         AT(8, mub_btree_node *, prev), AT(16, mub_btree_node *, next), AT(24, uint64_t, value));
+  LAYOUT(mub_btree_entry, 64, AT(0, uint32_t, key_offset), AT(4, uint32_t, key_length), AT(8, int16_t, level),
+         AT(16, mub_btree_entry *, parent), AT(24, mub_arrays, children));
+  LAYOUT(mub_btree, 144, AT(0, mub_btree_entry, root), AT(64, int64_t, count), AT(72, mub_stream, keys),
+         AT(96, mub_pool *, entry_pool), AT(104, uint16_t, owns_entry_pool), AT(112, mub_pool *, node_pool),
+         AT(120, uint16_t, owns_node_pool), AT(128, mub_pool *, value_pool),
+         AT(136, uint16_t, owns_value_pool), AT(138, uint16_t, nocase));
+  LAYOUT(mub_btreed_node, 32, AT(0, uint32_t, key), AT(8, mub_btreed_node *, prev),
+         AT(16, mub_btreed_node *, next), AT(24, uint64_t, value));
+  LAYOUT(mub_btreed_entry, 56, AT(0, uint32_t, key), AT(4, int16_t, level), AT(8, mub_btreed_entry *, parent),
+         AT(16, mub_arrays, children));
+  LAYOUT(mub_btreed, 112, AT(0, mub_btreed_entry, root), AT(56, int64_t, count),
+         AT(64, mub_pool *, entry_pool), AT(72, uint16_t, owns_entry_pool), AT(80, mub_pool *, node_pool),
+         AT(88, uint16_t, owns_node_pool), AT(96, mub_pool *, value_pool), AT(104, uint16_t, owns_value_pool),
+         AT(108, uint32_t, key_type));
+  LAYOUT(mub_btreex_node, 32, AT(0, uint64_t, key), AT(8, mub_btreex_node *, prev),
+         AT(16, mub_btreex_node *, next), AT(24, uint64_t, value));
+  LAYOUT(mub_btreex_entry, 64, AT(0, uint64_t, key), AT(8, int16_t, level),
+         AT(16, mub_btreex_entry *, parent), AT(24, mub_arrays, children));
+  LAYOUT(mub_btreex, 120, AT(0, mub_btreex_entry, root), AT(64, int64_t, count),
+         AT(72, mub_pool *, entry_pool), AT(80, uint16_t, owns_entry_pool), AT(88, mub_pool *, node_pool),
+         AT(96, uint16_t, owns_node_pool), AT(104, mub_pool *, value_pool),
+         AT(112, uint16_t, owns_value_pool), AT(116, uint32_t, key_type));
+  LAYOUT(mub_bits, 16, AT(0, uint8_t *, data), AT(8, uint32_t, size));
+}
 
 static int failures = 0;
 
@@ -377,6 +161,7 @@ static void tables_and_blocks_reach_the_program(void) {
 }
 
 int main(void) {
+  records_are_laid_out_as_promised();
   tables_and_blocks_reach_the_program();
   fields_mean_the_same_on_both_sides();
   return failures == 0 ? 0 : 1;

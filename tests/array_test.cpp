@@ -219,7 +219,7 @@ TYPED_TEST(Arrays, AgreeWithAModelAlsoWhenMemoryRunsOut) {
 
     const auto noted = [&] { return seen.empty() ? 0 : seen[0]; };
     const auto run = [&](auto operation, auto... args) {
-      const Fuse fuse(random.below(4), random.one_in(2) ? Blow::kOnce : Blow::kForever);
+      const Fuse fuse = random_fuse(random, 4);
       failed = fuse.blows_in([&] {
         if constexpr (std::is_void_v<decltype(call<operation>(array, args...))>) {
           call<operation>(array, args...);

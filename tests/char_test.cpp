@@ -18,6 +18,8 @@
 namespace {
 
 using namespace std::string_literals;
+using namespace mub_test::text;
+using mub_test::call;
 using mub_test::expect_content;
 using mub_test::Guarded;
 using mub_test::Narrow;
@@ -42,7 +44,7 @@ struct Span : Guarded, mub_stringx {
 template <class Kind>
 void expect_trimmed(const std::string &text, const std::string &trimmed) {
   mub_test::Text<Kind> string(text);
-  EXPECT_EQ(Kind::trim(&string), trimmed != text) << text;
+  EXPECT_EQ(call<kTrim>(string), trimmed != text) << text;
   expect_content(string, trimmed);
 }
 

@@ -1,5 +1,5 @@
 // What mub_arrayd and mub_arrayx have beyond the other arrays: how integer keys are ordered, handed out and cleared,
-// and mub_arrayd's text forms.
+// and numbers as texts.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -118,81 +118,101 @@ TYPED_TEST(IntegerArrays, ShrinkWithoutATable) {
   EXPECT_EQ(copy.count, 0);
 }
 
-// ---- text forms
+// ---- text forms, which mub_arrayd and mub_arrayt have
 
-using Keys32 = Keys<Keyed32>;
+struct Keys32 : Scoped<Keyed32> {
+  static constexpr int64_t kEstimate = 5;  // characters that a number and its separator are taken to need
+  static constexpr auto to_string = mub_arrayd_to_string;
+  static constexpr auto from_string = mub_arrayd_from_string;
+  static int64_t number(uint64_t word) { return static_cast<uint32_t>(word); }
+  void append(uint64_t word) { mub_arrayd_append(this, static_cast<uint32_t>(word), 1); }
+  int64_t at(int64_t index) const { return entries[index].key; }
+  // Room for a text of so many bytes, but for fewer numbers.
+  void *table(int64_t bytes) { return mub_arrayd_expand(this, bytes / 16 + 1), entries; }
+};
 
-// The text and its capacity are those of making room for five characters a key and then appending one by one.
-TEST(IntegerText, WritesUnsignedKeys) {
+struct Words64 : mub_arrayt {
+  Words64() { mub_arrayt_init(this); }
+  ~Words64() { mub_arrayt_term(this); }
+  static constexpr int64_t kEstimate = 9;
+  static constexpr auto to_string = mub_arrayt_to_string;
+  static constexpr auto from_string = mub_arrayt_from_string;
+  static int64_t number(uint64_t word) { return static_cast<int64_t>(word); }
+  void append(uint64_t word) { mub_arrayt_append(this, word); }
+  int64_t at(int64_t index) const { return number(mub_arrayt_get_at(this, index)); }
+  // In the record's own words, or in the tail.
+  void *table(int64_t bytes) {
+    return bytes <= 32 ? inline_items : (mub_arrayt_expand(this, bytes / 8 + 5), tail);
+  }
+};
+
+template <class A>
+std::vector<int64_t> numbers_of(const A &array) {
+  std::vector<int64_t> numbers;
+  for (int64_t i = 0; i < array.count; ++i) numbers.push_back(array.at(i));
+  return numbers;
+}
+
+template <class A>
+class IntegerText : public ::testing::Test {};
+using Arrays = ::testing::Types<Keys32, Words64>;
+TYPED_TEST_SUITE(IntegerText, Arrays);
+
+// The text and its capacity are those of making room by an estimate and then appending one by one. And what was written
+// reads as the same numbers, also where the text lies in the table that is to grow; without memory nothing is taken.
+TYPED_TEST(IntegerText, IsWrittenAndReadWholeOrNotAtAll) {
+  using A = TypeParam;
   Random random(41);
-  for (int64_t count = 0; count < 100; ++count) {
-    Scoped<Keyed32> array;
-    String string("old"), expected("old");
+  for (const int64_t count : {0, 1, 2, 5, 13, 40, 150}) {
+    std::vector<int64_t> numbers;
+    A written;
+    String expected("old");
     mub_string_shrink(&expected, 0);
-    mub_string_expand(&expected, std::max<int64_t>(count * 5 - 1, 0));
+    mub_string_expand(&expected, std::max<int64_t>(count * A::kEstimate - 1, 0));
     for (int64_t i = 0; i < count; ++i) {
-      const uint32_t key = static_cast<uint32_t>(random.word()) >> (random.one_in(3) ? random.below(32) : 0);
-      mub_arrayd_append(&array, key, 1);
+      const uint64_t word = count != 40 ? random.word() % 10 : random.word() >> random.below(64);
+      written.append(word);
+      numbers.push_back(A::number(word));
       if (i > 0) mub_string_append_char(&expected, ',');
-      mub_string_append_integer(&expected, key);
+      mub_string_append_integer(&expected, numbers.back());
     }
-    mub_arrayd_to_string(&array, 0x500 | ',', &string);
-    expect_content(string, expected.text());
-    ASSERT_EQ(string.capacity, expected.capacity);
+    for_every_allocation([&](const Fuse &fuse) {
+      String string("old");
+      const char *old = string.data;
+      const bool failed = fuse.blows_in([&] { A::to_string(&written, 0x500 | ',', &string); });
+      expect_content(string, failed ? "old" : expected.text());
+      EXPECT_EQ(string.capacity, failed ? 15 : expected.capacity);
+      EXPECT_EQ(string.data == old, string.capacity == 15);
+    });
+    for_every_allocation([&](const Fuse &fuse) {
+      A array;
+      char *own = static_cast<char *>(array.table(expected.length));
+      const auto length = static_cast<int64_t>(expected.text().copy(own, 2000));
+      const bool failed = fuse.blows_in([&] { A::from_string(&array, 0x500 | ',', own, length); });
+      EXPECT_EQ(numbers_of(array), failed ? std::vector<int64_t>() : numbers);
+    });
   }
 }
 
-TEST(IntegerText, ReadsTrimmedPiecesAsLow32Bits) {
-  struct Text {
-    std::string text;
-    Keys32 keys;
-  };
-  for (const auto &[text, keys] : {Text{"10,2", {10, 2}},
-                                   {" 7 ,\t-1\n, ,", {7, 0xFFFFFFFF, 0}},
-                                   {",", {0}},
-                                   {"4294967297,12x,x", {1, 12, 0}},
-                                   {"", {}}}) {
-    Scoped<Keyed32> array;
-    mub_arrayd_append(&array, 99, 1);
-    mub_arrayd_from_string(&array, 0x700 | ',', text.data(), size_of(text));
-    Keys32 all = {99};
-    all.insert(all.end(), keys.begin(), keys.end());
-    EXPECT_EQ(keys_of(array), all) << text;
-    if (array.count > 1) {
-      EXPECT_EQ(array.entries[1].value, 0u);
-    }
-    mub_arrayd_from_string(&array, ',', "1", -1);
-    EXPECT_EQ(keys_of(array), all);
+TYPED_TEST(IntegerText, IsReadAsTrimmedPiecesWithAllTheirBits) {
+  using A = TypeParam;
+  const std::pair<std::string, std::vector<uint64_t>> kTexts[] = {
+      {"10,2", {10, 2}},
+      {" 7 ,\t-1\n, ,", {7, ~uint64_t{0}, 0}},
+      {",", {0}},
+      {"1, ", {1}},
+      {"4294967297,-2y,x,-9223372036854775808",
+       {(uint64_t{1} << 32) + 1, ~uint64_t{1}, 0, uint64_t{1} << 63}},
+      {"", {}}};
+  for (const auto &[text, words] : kTexts) {
+    A array;
+    array.append(99);
+    A::from_string(&array, 0x700 | ',', text.data(), size_of(text));
+    A::from_string(&array, ',', "1", -1);
+    std::vector<int64_t> numbers = {99};
+    for (const uint64_t word : words) numbers.push_back(A::number(word));
+    EXPECT_EQ(numbers_of(array), numbers) << text;
   }
-}
-
-TEST(IntegerText, ReadsATextInItsOwnTable) {
-  const std::string text = "1,2,3,4,5,6,7,8,9,10,11,12,13,14";
-  Scoped<Keyed32> array;
-  mub_arrayd_expand(&array, 4);
-  char *table = reinterpret_cast<char *>(array.entries);
-  text.copy(table, text.size());
-  mub_arrayd_from_string(&array, ',', table, size_of(text));
-  EXPECT_EQ(keys_of(array), (Keys32{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}));
-}
-
-TEST(IntegerText, IsTakenOverAndWrittenWholeOrNotAtAll) {
-  for_every_allocation([](const Fuse &fuse) {
-    Scoped<Keyed32> array;
-    mub_arrayd_append(&array, 99, 1);
-    const std::string text = "1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17";
-    const bool failed =
-        fuse.blows_in([&] { mub_arrayd_from_string(&array, ',', text.data(), size_of(text)); });
-    EXPECT_EQ(array.count, failed ? 1 : 18);
-  });
-  for_every_allocation([](const Fuse &fuse) {
-    Scoped<Keyed32> array;
-    for (int i = 0; i < 20; ++i) mub_arrayd_append(&array, 0xFFFFFFFF, 1);
-    String string(std::string(50, 'x'));
-    const bool failed = fuse.blows_in([&] { mub_arrayd_to_string(&array, ',', &string); });
-    EXPECT_EQ(string.text().substr(0, 13), failed ? std::string(13, 'x') : "4294967295,42");
-    EXPECT_EQ(string.length, failed ? 50 : 219);
-  });
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/calls.h"
 #include "support/fuse.h"
 #include "support/pools.h"
 #include "support/random.h"
@@ -39,14 +40,7 @@ struct KeyOut {
 
 using KeyAndValue = std::pair<std::string, uint64_t>;
 
-struct Passing {
-  template <class Arg>
-  static auto passed(Arg arg) {
-    return std::tuple(arg);
-  }
-};
-
-struct Keyed : Passing {
+struct Keyed : PassingBytes {
   using Record = mub_list;
   using Entry = mub_list_entry;
   static constexpr bool kHasKeys = true;
@@ -60,10 +54,7 @@ struct Keyed : Passing {
       mub_list_remove_at, mub_list_swap, mub_list_clone, mub_list_entry_new, mub_list_remove_all,
       mub_list_free_all, mub_list_remove_all_entry, mub_list_free_all_entry);
 
-  using Passing::passed;
-  static auto passed(std::string_view key) {
-    return std::tuple(key.data(), static_cast<int64_t>(key.size()));
-  }
+  using PassingBytes::passed;
   static auto passed(KeyOut out) { return std::tuple(out.key, out.length); }
 
   // Short ones, which often repeat, and long ones; now and then one that lies in the list's own bytes.
@@ -117,9 +108,8 @@ template <class A>
 using List = Pooled<A>;
 
 template <int kOperation, class A, class... Args>
-auto call(List<A> &list, Args... args) {
-  return std::apply(std::get<kOperation>(A::kFunctions),
-                    std::tuple_cat(std::tuple(&list), A::passed(args)...));
+auto call(List<A> &list, const Args &...args) {
+  return call_of<kOperation, A>(&list, args...);
 }
 
 template <int kOperation, class A, class... Args>
@@ -214,17 +204,7 @@ struct Model {
     ASSERT_EQ(A::find(&list, wanted), hit == nodes.end() ? nullptr : hit->entry);
   }
 
-  // Lets a few allocations of the operation through at most; true when one failed.
-  template <class Operation>
-  bool blows_in(Operation operation) {
-    return Fuse(random.below(12), random.one_in(2) ? Blow::kOnce : Blow::kForever).blows_in(operation);
-  }
-
   Place any_place() { return std::next(nodes.begin(), random.below(list.count + 1)); }
-
-  void return_block(uint64_t value) {
-    if (value != 0) mub_pool_free(list.value_pool, reinterpret_cast<void *>(value));
-  }
 
   void add() {
     const auto place = any_place();
@@ -233,10 +213,10 @@ struct Model {
     const bool makes_block = how >= kAddHeadNew;
     std::string storage;
     const std::string_view key = A::key(list, random, storage);
-    KeyAndValue item(key, makes_block || random.one_in(5) ? 0 : list.new_value(++last_key));
+    KeyAndValue item(key, makes_block || random.one_in(5) ? 0 : new_value(list, ++last_key));
     uint64_t block = 0;
     seen.clear();
-    const bool failed = blows_in([&] {
+    const bool failed = random_fuse(random, 12).blows_in([&] {
       if (how == kAddHead) entry = call<kAddHead>(list, key, item.second);
       if (how == kAddTail) entry = call<kAddTail>(list, key, item.second);
       if (how == kInsertBefore) entry = call<kInsertBefore>(list, position, key, item.second);
@@ -251,7 +231,7 @@ struct Model {
     // Without a block the entry stands all the same.
     if (makes_block && list.count > static_cast<int64_t>(nodes.size()))
       entry = at_head ? list.head : list.tail;
-    if (entry == nullptr) return return_block(item.second);
+    if (entry == nullptr) return return_value(list, item.second);
     const bool beside = (how == kInsertBefore || how == kInsertAfter) && position != nullptr;
     const auto end = at_head ? nodes.begin() : nodes.end();
     nodes.insert(!beside ? end : at_head ? place : std::next(place), {item, entry, ++serial});
@@ -268,7 +248,9 @@ struct Model {
     for (auto *position = source.head; position != nullptr;)
       items.push_back(read<kGetNext>(source, &position));
     const bool at_head = random.one_in(2);
-    if (blows_in([&] { at_head ? call<kAddHeadList>(list, &source) : call<kAddTailList>(list, &source); }))
+    if (random_fuse(random, 12).blows_in([&] {
+          at_head ? call<kAddHeadList>(list, &source) : call<kAddTailList>(list, &source);
+        }))
       return;
     if (at_head) std::reverse(items.begin(), items.end());
     adopt(items, at_head);
@@ -292,11 +274,13 @@ struct Model {
       const int64_t length = random.one_in(2) ? -1 : int64_t{sizeof text} - 2;
       std::vector<KeyAndValue> items = {{"a", 0}, {"", 0}, {"bb", 0}, {"c", 0}};
       if (length < 0) items.push_back({"d", 0});
-      if (!blows_in([&] { mub_list_from_string(&list, 0x700 | ',', text, length); })) adopt(items, false);
+      if (!random_fuse(random, 12).blows_in([&] { mub_list_from_string(&list, 0x700 | ',', text, length); }))
+        adopt(items, false);
       std::string joined;
       for (const Node<A> &node : nodes) joined += (joined.empty() ? "" : ";") + node.first;
       String out("before");
-      const bool failed = blows_in([&] { mub_list_to_string(&list, 0x700 | ';', &out); });
+      const bool failed =
+          random_fuse(random, 12).blows_in([&] { mub_list_to_string(&list, 0x700 | ';', &out); });
       expect_content(out, failed ? "before" : joined);
     }
   }
@@ -307,7 +291,7 @@ struct Model {
     const auto gone = how == kRemoveAt ? any_place() : end;
     Entry *position = gone == nodes.end() ? nullptr : gone->entry;
     uint64_t value = 0;
-    blows_in([&] {
+    random_fuse(random, 12).blows_in([&] {
       if (how == kRemoveHead) value = call<kRemoveHead>(list);
       if (how == kRemoveTail) value = call<kRemoveTail>(list);
       if (how == kRemoveAt) value = call<kRemoveAt>(list, position);
@@ -315,7 +299,7 @@ struct Model {
     ASSERT_EQ(value, position == nullptr ? 0 : gone->second);
     if (position == nullptr) return;
     ASSERT_TRUE(how != kRemoveAt || position->value == 0) << "cleared in the block that went back";
-    return_block(value);
+    return_value(list, value);
     nodes.erase(gone);
   }
 
@@ -340,7 +324,8 @@ struct Model {
     List<A> copy(random.one_in(2), random.one_in(2));
     call<kAddTailNew>(copy, std::string_view("old"), nullptr);
     seen.clear();
-    const bool failed = blows_in([&] { call<kClone>(list, nullptr, &copy, nullptr, note_clone); });
+    const bool failed =
+        random_fuse(random, 12).blows_in([&] { call<kClone>(list, nullptr, &copy, nullptr, note_clone); });
     const bool own_entries = list.owns_entry_pool != 0, own_values = list.owns_value_pool != 0;
     // Dropping what the copy held goes on without the room to note a returned block.
     if (failed && copy.count == 0 && !nodes.empty()) {
@@ -392,7 +377,7 @@ TYPED_TEST(Lists, ReleaseWithoutForgetting) {
   for (const bool owned : {true, false}) {
     List<A> list(owned, owned);
     call<kAddTail>(list, std::string_view("k"), uint64_t{0});
-    call<kAddTail>(list, std::string_view("k"), list.new_value(5));
+    call<kAddTail>(list, std::string_view("k"), new_value(list, 5));
     seen.clear();
     call<kFreeAllEntry>(list, note_key_once);
     EXPECT_EQ(seen, Words{5});
@@ -428,7 +413,7 @@ TYPED_TEST(Lists, CloneValuesIntoAPoolThatIsNamedAsTheUsersToo) {
   mub_pool_new(&user);
   Words mended;
   for (uint64_t key = 1; key <= 40; ++key) {
-    call<kAddTail>(list, std::string_view("k"), list.new_value(key));
+    call<kAddTail>(list, std::string_view("k"), new_value(list, key));
     mended.insert(mended.end(), {key, key});
   }
   seen.clear();

@@ -31,18 +31,18 @@ struct Model {
   int64_t live_values = 0;
 
   void add(bool head, bool makes_block) {
-    uint64_t value = makes_block || random.one_in(9) ? 0 : list.new_value(7);
+    uint64_t value = makes_block || random.one_in(9) ? 0 : new_value(list, 7);
     const int64_t old_count = list.count;
     const void *result = &list;
     seen.clear();
-    const bool failed = Fuse(random.below(5), random.one_in(2) ? Blow::kOnce : Blow::kForever).blows_in([&] {
+    const bool failed = random_fuse(random, 5).blows_in([&] {
       if (makes_block)
         value = head ? mub_listx_add_head_new(&list, note) : mub_listx_add_tail_new(&list, note);
       if (!makes_block) result = head ? mub_listx_add_head(&list, value) : mub_listx_add_tail(&list, value);
     });
     ASSERT_EQ(failed, makes_block ? value == 0 : result != &list);
     ASSERT_EQ(seen, Words(makes_block && !failed ? 1 : 0, value));
-    if (list.count == old_count) return return_block(value);
+    if (list.count == old_count) return return_value(list, value);
     values.insert(head ? values.begin() : values.end(), value);
     live_values += value != 0;
   }
@@ -51,7 +51,7 @@ struct Model {
     const uint64_t removed = head ? mub_listx_remove_head(&list) : mub_listx_remove_tail(&list);
     ASSERT_EQ(removed, values.empty() ? 0 : head ? values.front() : values.back());
     if (!values.empty()) values.erase(head ? values.begin() : values.end() - 1);
-    return_block(removed);
+    return_value(list, removed);
     live_values -= removed != 0;
   }
 
@@ -65,10 +65,6 @@ struct Model {
     ASSERT_EQ(seen, freed);
     values.clear();
     if (frees) live_values -= list.owns_value_pool != 0 ? live_values : static_cast<int64_t>(freed.size());
-  }
-
-  void return_block(uint64_t value) const {
-    if (value != 0) mub_pool_free(list.value_pool, reinterpret_cast<void *>(value));
   }
 
   // Every invariant of the list, and its walk.
@@ -106,7 +102,7 @@ TEST(UnrolledList, AgreesWithAModelAlsoWhenMemoryRunsOut) {
 TEST(UnrolledList, FillsABlockAndReleasesWithoutForgetting) {
   for (const bool owned : {true, false}) {
     List list(owned, owned);
-    for (int64_t i = 0; i < 40; ++i) mub_listx_add_tail(&list, i == 7 ? 0 : list.new_value(9));
+    for (int64_t i = 0; i < 40; ++i) mub_listx_add_tail(&list, i == 7 ? 0 : new_value(list, 9));
     EXPECT_TRUE(list.head->count == 32 && list.tail->count == 8);
     mub_listx_free_array(&list, list.head, nullptr);
     EXPECT_EQ(list.value_pool->live_count, owned ? 39 : 8);

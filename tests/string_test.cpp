@@ -14,6 +14,8 @@
 namespace {
 
 using namespace std::string_literals;
+using namespace mub_test::text;
+using mub_test::call;
 using mub_test::expect_content;
 using mub_test::Narrow;
 using mub_test::Random;
@@ -88,11 +90,11 @@ Result edit(Text<Kind> &string, std::string &model, const Draw<Kind> &draw, int6
   const bool is_valid = at >= 0 && at <= string.length && count >= 0;
   if (is_valid) model.replace(static_cast<size_t>(at), static_cast<size_t>(count), kind < 3 ? draw.text : "");
   const int64_t size = draw.size();
-  if (kind == 0 && size == 1) Kind::append_char(&string, draw.source()[0] - Kind::kUnits);
-  if (kind == 0 && size != 1) Kind::append(&string, draw.source(), size);
-  if (kind == 1) return {Kind::insert(&string, at, draw.source(), size), is_valid && size > 0};
-  if (kind == 2) return {Kind::update(&string, at, count, draw.source(), size), is_valid};
-  if (kind == 3 && at <= string.length) Kind::remove(&string, at, count);
+  if (kind == 0 && size == 1) call<kAppendChar>(string, draw.source()[0] - Kind::kUnits);
+  if (kind == 0 && size != 1) call<kAppend>(string, draw.source(), size);
+  if (kind == 1) return {call<kInsert>(string, at, draw.source(), size), is_valid && size > 0};
+  if (kind == 2) return {call<kUpdate>(string, at, count, draw.source(), size), is_valid};
+  if (kind == 3 && at <= string.length) call<kRemove>(string, at, count);
   return {};
 }
 
@@ -100,18 +102,18 @@ template <class Kind>
 Result substitute(Text<Kind> &string, std::string &model, const Draw<Kind> &draw, int64_t kind) {
   if (kind == 0) {
     const Units<Kind> from("pq"), to("rpr");
-    return {Kind::replace(&string, from.data(), to.data()), replace_all<Kind>(model, "pq", "rpr")};
+    return {call<kReplace>(string, from.data(), to.data()), replace_all<Kind>(model, "pq", "rpr")};
   }
   if (kind == 1) {
     const char from = draw.text[0];
     const int64_t count = std::count(model.begin(), model.end(), from);
     std::replace(model.begin(), model.end(), from, 'q');
-    return {Kind::replace_char(&string, Kind::unit(from) + Kind::kUnits, Kind::unit('q') - Kind::kUnits),
+    return {call<kReplaceChar>(string, Kind::unit(from) + Kind::kUnits, Kind::unit('q') - Kind::kUnits),
             count};
   }
-  if (kind == 2) Kind::append_integer(&string, draw.count);
+  if (kind == 2) call<kAppendInteger>(string, draw.count);
   model = kind == 2 ? model + std::to_string(draw.count) : draw.text;
-  if (kind == 3) Kind::copy(&string, draw.source(), draw.size());
+  if (kind == 3) call<kCopy>(string, draw.source(), draw.size());
   return {};
 }
 
@@ -119,18 +121,18 @@ Result substitute(Text<Kind> &string, std::string &model, const Draw<Kind> &draw
 template <class Kind>
 Result cut(Text<Kind> &string, Text<Kind> &out, std::string &model, const Draw<Kind> &draw, int64_t kind) {
   int filled = 0;
-  if (kind == 0) Kind::left(&string, draw.count);
-  if (kind == 1) Kind::mid(&string, draw.at, draw.count);
-  if (kind == 2) Kind::right(&string, draw.count);
-  if (kind == 3) filled = Kind::left_into(&string, draw.count, &out);
-  if (kind == 4) filled = Kind::mid_into(&string, draw.at, draw.count, &out);
-  if (kind == 5) filled = Kind::right_into(&string, draw.count, &out);
-  if (kind == 6) filled = Kind::clone(&string, &out) == 1 && out.capacity >= string.capacity;
+  if (kind == 0) call<kLeft>(string, draw.count);
+  if (kind == 1) call<kMid>(string, draw.at, draw.count);
+  if (kind == 2) call<kRight>(string, draw.count);
+  if (kind == 3) filled = call<kLeftInto>(string, draw.count, &out);
+  if (kind == 4) filled = call<kMidInto>(string, draw.at, draw.count, &out);
+  if (kind == 5) filled = call<kRightInto>(string, draw.count, &out);
+  if (kind == 6) filled = call<kClone>(string, &out) == 1 && out.capacity >= string.capacity;
   const bool keeps_all = (kind == 0 && draw.count < 0) || (kind == 1 && draw.at < 0) || kind == 6;
   const auto size = static_cast<int64_t>(model.size());
   const int64_t starts[] = {0, draw.at, size - std::clamp<int64_t>(draw.count, 0, size)};
   if (!keeps_all) model = part(model, starts[kind % 3], draw.count);
-  if (filled == 1) Kind::swap(&string, &out);
+  if (filled == 1) call<kSwap>(string, &out);
   return {filled, kind >= 3};
 }
 
@@ -146,15 +148,14 @@ TYPED_TEST(Strings, AgreeWithAModel) {
   Text<Kind> string;
   std::string model;
   for (int step = 0; step < 30000 && !this->HasFatalFailure(); ++step) {
-    if (random.one_in(200)) Kind::term(&string);
+    if (random.one_in(200)) call<kTerm>(string);
     if (string.data == nullptr) model.clear();
     const std::string before = model;
     const Draw<Kind> draw(random, string);
     const int64_t family = random.below(10), kind = random.below(family == 0 ? 7 : 4);
     Text<Kind> out("old");
     Result result;
-    const mub_test::Fuse fuse(random.below(8), static_cast<mub_test::Blow>(random.below(2)));
-    const bool failed = fuse.blows_in([&] {
+    const bool failed = mub_test::random_fuse(random, 8).blows_in([&] {
       result = family == 0  ? cut(string, out, model, draw, kind)
                : family < 4 ? substitute(string, model, draw, kind)
                             : edit(string, model, draw, kind);
@@ -174,9 +175,9 @@ TYPED_TEST(Strings, GrowByHalfTheirLength) {
       {3, 1007, 1008, 1015}, {1007, 1007, 1008, 1511}, {20000007, 20000007, 20000008, 28388615}};
   for (const auto &[length, capacity, wanted, grown] : kCases) {
     Text<Kind> string;
-    Kind::expand(&string, capacity);
-    Kind::shrink(&string, length);
-    EXPECT_EQ(Kind::expand(&string, wanted), 1);
+    call<kExpand>(string, capacity);
+    call<kShrink>(string, length);
+    EXPECT_EQ(call<kExpand>(string, wanted), 1);
     EXPECT_EQ(string.capacity, grown) << length << " " << wanted;
   }
 }
@@ -186,10 +187,10 @@ TYPED_TEST(Strings, RefuseSizesThatNoHeapHas) {
   Text<Kind> string("kept");
   const Units<Kind> x("x");
   for (const int64_t huge : {INT64_MAX, INT64_MAX - 7, INT64_MAX - 64, INT64_MAX / 2}) {
-    Kind::append(&string, x.data(), huge);
-    Kind::copy(&string, x.data(), huge);
-    EXPECT_EQ(Kind::expand(&string, huge) + Kind::insert(&string, 1, x.data(), huge), 0);
-    EXPECT_EQ(Kind::update(&string, 1, 1, x.data(), huge), 0);
+    call<kAppend>(string, x.data(), huge);
+    call<kCopy>(string, x.data(), huge);
+    EXPECT_EQ(call<kExpand>(string, huge) + call<kInsert>(string, 1, x.data(), huge), 0);
+    EXPECT_EQ(call<kUpdate>(string, 1, 1, x.data(), huge), 0);
   }
   expect_content(string, "kept");
 }
@@ -197,21 +198,21 @@ TYPED_TEST(Strings, RefuseSizesThatNoHeapHas) {
 TYPED_TEST(Strings, HaveSpareUnitsWithinReach) {
   using Kind = TypeParam;
   Text<Kind> string("0123456789abcde");
-  Kind::shrink(&string, 2);
-  Kind::expand(&string, 16);  // takes the spare units along
-  for (const int64_t index : {-1, 22, 23}) Kind::set_at(&string, index, 0x6101E9);
+  call<kShrink>(string, 2);
+  call<kExpand>(string, 16);  // takes the spare units along
+  for (const int64_t index : {-1, 22, 23}) call<kSetAt>(string, index, 0x6101E9);
   const int64_t kUnits[][2] = {{-1, Kind::kNothing}, {0, '0'}, {2, 0}, {3, '3'}, {22, Kind::kStored},
                                {23, Kind::kNothing}};
-  for (const auto &[index, unit] : kUnits) EXPECT_EQ(Kind::get_at(&string, index), unit) << index;
+  for (const auto &[index, unit] : kUnits) EXPECT_EQ(call<kGetAt>(string, index), unit) << index;
   const int64_t kRanges[][2] = {{3, 2}, {2, 22}, {-1, 2}, {1, INT64_MAX}, {1, -1}, {24, 0}, {INT64_MAX, 1}};
-  for (const auto &[position, count] : kRanges) Kind::zero(&string, position, count);
-  Kind::shrink(&string, INT64_MAX);
+  for (const auto &[position, count] : kRanges) call<kZero>(string, position, count);
+  call<kShrink>(string, INT64_MAX);
   expect_content(string, "01\0\0\00056789abcde\0\0\0\0\0\0\0\xE9"s);
-  Kind::zero(&string, 1, 22);
-  Kind::shrink(&string, -1);
+  call<kZero>(string, 1, 22);
+  call<kShrink>(string, -1);
   expect_content(string, "0" + std::string(22, '\0'));
-  Kind::left(&string, 3);
-  Kind::remove(&string, 9, 0);
+  call<kLeft>(string, 3);
+  call<kRemove>(string, 9, 0);
   EXPECT_EQ(string.length, 9) << "a position behind the content lengthens it";
 }
 
@@ -219,36 +220,36 @@ TYPED_TEST(Strings, EndWithTheirLengthThoughTheTerminatorIsOverwritten) {
   using Kind = TypeParam;
   Text<Kind> string("abcd");
   const Units<Kind> behind("de"), x("x");
-  Kind::set_at(&string, 4, Kind::unit('e'));
-  EXPECT_EQ(Kind::find_pos(&string, behind.data(), 2, 0), -1);
-  EXPECT_EQ(Kind::replace(&string, behind.data(), x.data()), 0);
-  Kind::set_at(&string, 4, 'e');
-  Kind::append(&string, x.data(), 0);
+  call<kSetAt>(string, 4, Kind::unit('e'));
+  EXPECT_EQ(call<kFindPos>(string, behind.data(), 2, 0), -1);
+  EXPECT_EQ(call<kReplace>(string, behind.data(), x.data()), 0);
+  call<kSetAt>(string, 4, 'e');
+  call<kAppend>(string, x.data(), 0);
   expect_content(string, "abcd");
 }
 
 TYPED_TEST(Strings, TakeNullAndTheirOwnTextForWhatTheyMean) {
   using Kind = TypeParam;
   Text<Kind> string("0123456789abcde");
-  Kind::append(&string, string.data + string.capacity, 1);
+  call<kAppend>(string, string.data + string.capacity, 1);
   expect_content(string, "0123456789abcde\0"s);
   for (const int64_t count : {-1, 1}) {
-    Kind::append(&string, nullptr, count);
-    EXPECT_EQ(Kind::insert(&string, 1, nullptr, count), 0);
-    EXPECT_EQ(Kind::update(&string, 1, 2, nullptr, count), 0);
+    call<kAppend>(string, nullptr, count);
+    EXPECT_EQ(call<kInsert>(string, 1, nullptr, count), 0);
+    EXPECT_EQ(call<kUpdate>(string, 1, 2, nullptr, count), 0);
   }
-  EXPECT_EQ(Kind::update(&string, 1, 15, nullptr, 0), 1);
-  EXPECT_EQ(Kind::clone(&string, &string), 1);
-  Kind::swap(&string, &string);
+  EXPECT_EQ(call<kUpdate>(string, 1, 15, nullptr, 0), 1);
+  EXPECT_EQ(call<kClone>(string, &string), 1);
+  call<kSwap>(string, &string);
   expect_content(string, "0");
   const Units<Kind> zero_nul("0"s + '\0');
-  EXPECT_EQ(Kind::replace(&string, nullptr, zero_nul.data()), 0);
-  EXPECT_EQ(Kind::replace(&string, zero_nul.data() + 1, zero_nul.data()), 0) << "an empty text";
+  EXPECT_EQ(call<kReplace>(string, nullptr, zero_nul.data()), 0);
+  EXPECT_EQ(call<kReplace>(string, zero_nul.data() + 1, zero_nul.data()), 0) << "an empty text";
   expect_content(string, "0");
-  EXPECT_EQ(Kind::replace(&string, zero_nul.data(), nullptr), 1);
+  EXPECT_EQ(call<kReplace>(string, zero_nul.data(), nullptr), 1);
   expect_content(string, "");
-  Kind::append_char(&string, 'x');
-  Kind::copy(&string, nullptr, 3);
+  call<kAppendChar>(string, 'x');
+  call<kCopy>(string, nullptr, 3);
   expect_content(string, "");
 }
 
@@ -256,18 +257,18 @@ TYPED_TEST(Strings, WithoutABufferAreEmpty) {
   using Kind = TypeParam;
   Text<Kind> string;
   const Units<Kind> nothing("");
-  Kind::shrink(&string, 5);
-  Kind::zero(&string, 0, 1);
-  Kind::set_at(&string, 0, 'x');
-  Kind::copy(&string, nullptr, -1);
-  EXPECT_EQ(Kind::trim(&string) + Kind::compare(&string, nothing.data(), -1), 0);
-  EXPECT_EQ(Kind::update(&string, 0, 4, nullptr, 0), 1);
-  EXPECT_EQ(Kind::find_pos(&string, nothing.data(), -1, 0), -1);
-  EXPECT_EQ(Kind::replace(&string, Units<Kind>("x").data(), nothing.data()), 0);
-  EXPECT_TRUE(Kind::is_empty(&string) && string.data == nullptr && string.length == 0);
-  Kind::copy_char(&string, 'z' + Kind::kUnits);
+  call<kShrink>(string, 5);
+  call<kZero>(string, 0, 1);
+  call<kSetAt>(string, 0, 'x');
+  call<kCopy>(string, nullptr, -1);
+  EXPECT_EQ(call<kTrim>(string) + call<kCompare>(string, nothing.data(), -1), 0);
+  EXPECT_EQ(call<kUpdate>(string, 0, 4, nullptr, 0), 1);
+  EXPECT_EQ(call<kFindPos>(string, nothing.data(), -1, 0), -1);
+  EXPECT_EQ(call<kReplace>(string, Units<Kind>("x").data(), nothing.data()), 0);
+  EXPECT_TRUE(call<kIsEmpty>(string) && string.data == nullptr && string.length == 0);
+  call<kCopyChar>(string, 'z' + Kind::kUnits);
   expect_content(string, "z");
-  Kind::copy_char(&string, Kind::kUnits);
+  call<kCopyChar>(string, Kind::kUnits);
   expect_content(string, "");
 }
 

@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <functional>
-#include <string>
 #include <utility>
 #include <vector>
 
 #include "mub_array.h"
 #include "support/fuse.h"
 #include "support/random.h"
-#include "support/strings.h"
 
 using namespace mub_test;
 using Words = std::vector<uint64_t>;
@@ -44,7 +42,7 @@ TEST(WordArray, AgreesWithAVectorAlsoWhenMemoryRunsOut) {
     bool inside = false, has = false, failed = false;
 
     const auto fused = [&](auto operation) {
-      const Fuse fuse(random.below(3), random.one_in(2) ? Blow::kOnce : Blow::kForever);
+      const Fuse fuse = random_fuse(random, 3);
       failed = fuse.blows_in(operation);
     };
     const auto add = [&](Words::iterator before, const Words &added) {
@@ -117,22 +115,6 @@ TEST(WordArray, AgreesWithAVectorAlsoWhenMemoryRunsOut) {
           model = words_of(array), capacity = array.capacity;
           EXPECT_EQ(model.back(), word);
         },
-        // The text's capacity is that of making room for nine characters a word and then appending one by one.
-        [&] {
-          if (count > 40) return;
-          String expected, string;
-          mub_string_expand(&expected, std::max<int64_t>(count * 9 - 1, 0));
-          for (const uint64_t each : model) {
-            if (expected.length > 0) mub_string_append_char(&expected, ',');
-            mub_string_append_integer(&expected, static_cast<int64_t>(each));
-          }
-          fused([&] { mub_arrayt_to_string(&array, 0x100 | ',', &string); });
-          expect_content(string, failed ? "" : expected.text());
-          EXPECT_EQ(string.capacity, failed ? 0 : expected.capacity);
-          fused([&] { mub_arrayt_from_string(&array, 0x100 | ',', expected.data, expected.length); });
-          for (const uint64_t each : failed ? Words() : Words(model)) add(model.end(), {each});
-          if (failed) capacity = array.capacity;
-        },
     };
     for (int step = 0; step < 3000; ++step) {
       // Within half of the range on both sides of 0, below bits that do not count in the order.
@@ -203,38 +185,6 @@ TEST(WordArray, KeepsSpareWordsAndClearsFreshOnes) {
   array.descending = 1;
   EXPECT_EQ(mub_arrayt_insert(&array, 0x780000001), 1);
   EXPECT_EQ(words_of(array), (Words{0x780000001, 1, 0x80000001}));
-}
-
-TEST(WordArray, ReadsTrimmedPiecesWithAllTheirBits) {
-  const std::pair<std::string, Words> texts[] = {
-      {"-1;4294967296;-9223372036854775808", {~uint64_t{0}, uint64_t{1} << 32, uint64_t{1} << 63}},
-      {" 1 ;;\tx;-2y; ", {1, 0, 0, ~uint64_t{1}}},
-      {";", {0}},
-      {"", {}}};
-  for (const auto &[text, words] : texts) {
-    Array array;
-    mub_arrayt_from_string(&array, ';', text.data(), static_cast<int64_t>(text.size()));
-    mub_arrayt_from_string(&array, ';', "1", -1);
-    EXPECT_EQ(words_of(array), words) << text;
-  }
-}
-
-// In the record, where words are overwritten, and in the tail, which is released; there it is longer than what is
-// copied without an allocation.
-TEST(WordArray, ReadsATextThatLiesInItsWords) {
-  for (const bool in_tail : {false, true}) {
-    std::string text;
-    Words words;
-    for (uint64_t i = 10; i < (in_tail ? 150 : 20); ++i) words.push_back(i), text += std::to_string(i) + ",";
-    for_every_allocation([&](const Fuse &fuse) {
-      Array array;
-      mub_arrayt_expand(&array, 80);
-      char *own = reinterpret_cast<char *>(in_tail ? array.tail : array.inline_items);
-      const auto length = static_cast<int64_t>(text.copy(own, text.size()));
-      const bool failed = fuse.blows_in([&] { mub_arrayt_from_string(&array, ',', own, length); });
-      EXPECT_EQ(words_of(array), failed ? Words() : words);
-    });
-  }
 }
 
 }  // namespace

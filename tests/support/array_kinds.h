@@ -16,11 +16,10 @@
 #include <vector>
 
 #include "mub_array.h"
+#include "support/calls.h"
 #include "support/random.h"
 
 namespace mub_test {
-
-inline int64_t size_of(std::string_view bytes) { return static_cast<int64_t>(bytes.size()); }
 
 // The operations, in the order of each kind's functions.
 enum Whole { kInit, kTerm, kExpand, kShrink, kSwap, kClone, kRemoveAll, kFreeAll, kAppendArray };
@@ -30,7 +29,7 @@ enum Found { kFind = kFree + 1, kFindIndex, kBfind, kBfindIndex };
 enum OfEntries { kAfind = kBfindIndex + 1, kAfindIndex, kEntryInsert, kEntryFind };
 enum OfIntegers { kGetAt = kEntryFind + 1, kRemoveKeyAt };
 
-struct ByteKeyed {
+struct ByteKeyed : PassingBytes {
   using Record = mub_array;
   using Key = std::string;
   using Passed = std::string_view;
@@ -44,15 +43,10 @@ struct ByteKeyed {
       mub_array_afind, mub_array_afind_index, mub_array_entry_insert, mub_array_entry_find);
 
   template <int kOperation, class... Args>
-  static auto call(Record *array, Args... args) {
-    return std::apply(std::get<kOperation>(kFunctions), std::tuple_cat(std::tuple(array), passed(args)...));
+  static auto call(Record *array, const Args &...args) {
+    return call_of<kOperation, ByteKeyed>(array, args...);
   }
-  template <class Arg>
-  static auto passed(Arg arg) {
-    return std::tuple(arg);
-  }
-  static auto passed(const Key &key) { return std::tuple(key.data(), size_of(key)); }
-  static auto passed(const Passed &key) { return std::tuple(key.data(), size_of(key)); }
+  using PassingBytes::passed;
   template <class Bytes>
   static auto passed(const std::pair<Bytes, uint64_t> &entry) {
     return std::tuple_cat(passed(entry.first), std::tuple(entry.second));
@@ -79,20 +73,19 @@ struct ByteKeyed {
 
 // Searches order integer keys by the sign of their wrapped difference.
 template <class RecordOfKind, class Bits, const auto &kTable>
-struct IntegerKeyed {
+struct IntegerKeyed : Passing {
   using Record = RecordOfKind;
   using Key = Bits;
   using Passed = Key;
   static constexpr bool kIsOrdered = true;
 
+  static constexpr const auto &kFunctions = kTable;
+
   template <int kOperation, class... Args>
-  static auto call(Record *array, Args... args) {
-    return std::apply(std::get<kOperation>(kTable), std::tuple_cat(std::tuple(array), passed(args)...));
+  static auto call(Record *array, const Args &...args) {
+    return call_of<kOperation, IntegerKeyed>(array, args...);
   }
-  template <class Arg>
-  static auto passed(Arg arg) {
-    return std::tuple(arg);
-  }
+  using Passing::passed;
   static auto passed(const std::pair<Key, uint64_t> &entry) { return std::tuple(entry.first, entry.second); }
 
   static int order(Key a, Key b) {

@@ -1,5 +1,5 @@
 // The B-trees behind one face, so that one suite tests them all: a kind names the records and functions of one tree and
-// makes keys that are hard on it. check() walks the invariants of the engine.
+// makes keys that are hard on it. expect_same checks the invariants of the engine.
 #ifndef MUB_TESTS_SUPPORT_BTREES_H
 #define MUB_TESTS_SUPPORT_BTREES_H
 
@@ -8,21 +8,41 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <limits>
+#include <map>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
 #include "mub_btree.h"
+#include "support/calls.h"
 #include "support/pools.h"
+#include "support/random.h"
 
 namespace mub_test {
 
-struct ByteTree {
+// The operations, in the order of each kind's functions.
+enum OfTree { kInit, kTerm, kRemoveAll, kFreeAll, kSwap, kClone, kCloneEntry };
+enum OfKey { kInsert = kCloneEntry + 1, kSet, kGet, kUpdate, kFind, kRemove };
+enum OfNode { kNodeSet = kRemove + 1, kNodeGet, kNodeFind, kNodeBfind };
+enum Walked { kNodeFirst = kNodeBfind + 1, kNodeLast, kNodeNext, kNodePrev };
+enum OfEntry { kFindT = kNodePrev + 1, kSetName, kSetPool, kEntryNew, kSplit };
+enum OfPart { kRemoveAllEntry = kSplit + 1, kRemoveEntryT };
+
+struct ByteTree : PassingBytes {
   using Record = mub_btree;
   using Entry = mub_btree_entry;
   using Node = mub_btree_node;
   using Key = std::string;
+  using Passed = std::string_view;
+  static constexpr auto kFunctions = std::make_tuple(
+      mub_btree_init, mub_btree_term, mub_btree_remove_all, mub_btree_free_all, mub_btree_swap,
+      mub_btree_clone, mub_btree_clone_entry, mub_btree_insert, mub_btree_set, mub_btree_get,
+      mub_btree_update, mub_btree_find, mub_btree_remove, mub_btree_node_set, mub_btree_node_get,
+      mub_btree_node_find, mub_btree_node_bfind, mub_btree_node_first, mub_btree_node_last,
+      mub_btree_node_next, mub_btree_node_prev, mub_btree_find_t, mub_btree_set_name, mub_btree_set_pool,
+      mub_btree_entry_new, mub_btree_split, mub_btree_remove_all_entry, mub_btree_remove_entry_t);
+  static constexpr auto first_entry = mub_btree_first_entry, last_entry = mub_btree_last_entry;
 
   // Among them the empty key, prefixes of others, bytes above 127 and pairs that differ in their first or last byte.
   static Key key(int64_t n) {
@@ -32,63 +52,67 @@ struct ByteTree {
     if (n % 4 == 1) return digits + "\xFF";
     return (n % 4 == 2 ? "a" : "\xE0") + std::string(20, '\0') + digits;
   }
+  // The key where it lies in the tree's own bytes, which may grow or be cut under it.
   template <class Item>
-  static Key key_of(const Record &tree, const Item &item) {
-    const auto *bytes = reinterpret_cast<const char *>(tree.keys.data);
-    return bytes == nullptr ? "" : Key(bytes + item.key_offset, item.key_length);
+  static Passed key_of(const Record &tree, const Item &item) {
+    if (tree.keys.data == nullptr) return "";
+    return {reinterpret_cast<const char *>(tree.keys.data) + item.key_offset, item.key_length};
+  }
+  // A part of these bytes, which may be the key of no record.
+  static Passed some_own_key(const Record &tree, Random &random) {
+    const std::string_view own(reinterpret_cast<const char *>(tree.keys.data),
+                               tree.keys.data == nullptr ? 0 : static_cast<size_t>(tree.keys.length));
+    return own.substr(random.word() % (own.size() + 1), random.word() % 40);
   }
   template <class Child>
   static bool shares_key(const Entry &entry, const Child &child) {
     return entry.key_offset == child.key_offset && entry.key_length == child.key_length;
   }
-  static bool has_no_key(const Node &node) { return node.key_offset == 0 && node.key_length == 0; }
   static void start(Record &) {}
-  // Calls with the key as the functions take it.
-  template <class Call>
-  static auto with(const Key &key, Call call) {
-    return call(key.data(), static_cast<int64_t>(key.size()));
-  }
+};
 
-  static constexpr auto init = mub_btree_init;
-  static constexpr auto insert = mub_btree_insert;
-  static constexpr auto set = mub_btree_set;
-  static constexpr auto get = mub_btree_get;
-  static constexpr auto update = mub_btree_update;
-  static constexpr auto find = mub_btree_find;
-  static constexpr auto remove = mub_btree_remove;
-  static constexpr auto remove_all = mub_btree_remove_all, term = mub_btree_term;
-  static constexpr auto free_all = mub_btree_free_all;
-  static constexpr auto node_set = mub_btree_node_set;
-  static constexpr auto node_get = mub_btree_node_get, node_find = mub_btree_node_find,
-                        node_bfind = mub_btree_node_bfind;
-  static constexpr auto node_first = mub_btree_node_first, node_last = mub_btree_node_last;
-  static constexpr auto node_next = mub_btree_node_next, node_prev = mub_btree_node_prev;
-  static constexpr auto first_entry = mub_btree_first_entry, last_entry = mub_btree_last_entry;
-  static constexpr auto swap = mub_btree_swap;
-  static constexpr auto clone = mub_btree_clone;
-  static constexpr auto clone_entry = mub_btree_clone_entry;
-  static constexpr auto find_t = mub_btree_find_t;
-  static constexpr auto set_name = mub_btree_set_name;
-  static constexpr auto set_pool = mub_btree_set_pool;
-  static constexpr auto entry_new = mub_btree_entry_new;
-  static constexpr auto split = mub_btree_split;
-  static constexpr auto remove_all_entry = mub_btree_remove_all_entry,
-                        remove_entry_t = mub_btree_remove_entry_t;
+struct Trees32 {
+  using Record = mub_btreed;
+  using Entry = mub_btreed_entry;
+  using Node = mub_btreed_node;
+  using Bits = uint32_t;
+  static constexpr auto kFunctions = std::make_tuple(
+      mub_btreed_init, mub_btreed_term, mub_btreed_remove_all, mub_btreed_free_all, mub_btreed_swap,
+      mub_btreed_clone, mub_btreed_clone_entry, mub_btreed_insert, mub_btreed_set, mub_btreed_get,
+      mub_btreed_update, mub_btreed_find, mub_btreed_remove, mub_btreed_node_set, mub_btreed_node_get,
+      mub_btreed_node_find, mub_btreed_node_bfind, mub_btreed_node_first, mub_btreed_node_last,
+      mub_btreed_node_next, mub_btreed_node_prev, mub_btreed_find_t, mub_btreed_set_name, mub_btreed_set_pool,
+      mub_btreed_entry_new, mub_btreed_split, mub_btreed_remove_all_entry, mub_btreed_remove_entry_t);
+  static constexpr auto first_entry = mub_btreed_first_entry, last_entry = mub_btreed_last_entry;
+};
+
+struct Trees64 {
+  using Record = mub_btreex;
+  using Entry = mub_btreex_entry;
+  using Node = mub_btreex_node;
+  using Bits = uint64_t;
+  static constexpr auto kFunctions = std::make_tuple(
+      mub_btreex_init, mub_btreex_term, mub_btreex_remove_all, mub_btreex_free_all, mub_btreex_swap,
+      mub_btreex_clone, mub_btreex_clone_entry, mub_btreex_insert, mub_btreex_set, mub_btreex_get,
+      mub_btreex_update, mub_btreex_find, mub_btreex_remove, mub_btreex_node_set, mub_btreex_node_get,
+      mub_btreex_node_find, mub_btreex_node_bfind, mub_btreex_node_first, mub_btreex_node_last,
+      mub_btreex_node_next, mub_btreex_node_prev, mub_btreex_find_t, mub_btreex_set_name, mub_btreex_set_pool,
+      mub_btreex_entry_new, mub_btreex_split, mub_btreex_remove_all_entry, mub_btreex_remove_entry_t);
+  static constexpr auto first_entry = mub_btreex_first_entry, last_entry = mub_btreex_last_entry;
 };
 
 // Numbers that fill their width: small ones of both signs, ones that differ in their highest bits or lowest alone.
-template <class Number, class RecordType, class EntryType, class NodeType, uint32_t kType>
-struct NumberTree {
-  using Record = RecordType;
-  using Entry = EntryType;
-  using Node = NodeType;
+template <class Trees, class Number, uint32_t kType>
+struct NumberTree : Trees, Passing {
   using Key = Number;
-  using Bits = std::conditional_t<sizeof(Number) == 4, uint32_t, uint64_t>;
+  using Passed = Number;
+  using typename Trees::Bits;
 
-  static Bits bits(Key key) {
+  using Passing::passed;
+  static auto passed(Key key) {
     Bits bits;
     std::memcpy(&bits, &key, sizeof bits);
-    return bits;
+    return std::tuple(bits);
   }
   static Key number(Bits bits) {
     Key key;
@@ -108,199 +132,97 @@ struct NumberTree {
     }
   }
   template <class Item>
-  static Key key_of(const Record &, const Item &item) {
+  static Key key_of(const typename Trees::Record &, const Item &item) {
     return number(item.key);
   }
+  static Key some_own_key(const typename Trees::Record &, Random &random) { return key(random.below(400)); }
   template <class Child>
-  static bool shares_key(const Entry &entry, const Child &child) {
+  static bool shares_key(const typename Trees::Entry &entry, const Child &child) {
     return entry.key == child.key;
   }
-  static bool has_no_key(const Node &node) { return node.key == 0; }
-  static void start(Record &tree) { tree.key_type = kType; }
-  template <class Call>
-  static auto with(Key key, Call call) {
-    return call(bits(key));
-  }
-};
-
-template <class Number, uint32_t kType>
-struct Tree32 : NumberTree<Number, mub_btreed, mub_btreed_entry, mub_btreed_node, kType> {
-  static constexpr auto init = mub_btreed_init;
-  static constexpr auto insert = mub_btreed_insert;
-  static constexpr auto set = mub_btreed_set;
-  static constexpr auto get = mub_btreed_get;
-  static constexpr auto update = mub_btreed_update;
-  static constexpr auto find = mub_btreed_find;
-  static constexpr auto remove = mub_btreed_remove;
-  static constexpr auto remove_all = mub_btreed_remove_all, term = mub_btreed_term;
-  static constexpr auto free_all = mub_btreed_free_all;
-  static constexpr auto node_set = mub_btreed_node_set;
-  static constexpr auto node_get = mub_btreed_node_get, node_find = mub_btreed_node_find,
-                        node_bfind = mub_btreed_node_bfind;
-  static constexpr auto node_first = mub_btreed_node_first, node_last = mub_btreed_node_last;
-  static constexpr auto node_next = mub_btreed_node_next, node_prev = mub_btreed_node_prev;
-  static constexpr auto first_entry = mub_btreed_first_entry, last_entry = mub_btreed_last_entry;
-  static constexpr auto swap = mub_btreed_swap;
-  static constexpr auto clone = mub_btreed_clone;
-  static constexpr auto clone_entry = mub_btreed_clone_entry;
-  static constexpr auto find_t = mub_btreed_find_t;
-  static constexpr auto set_name = mub_btreed_set_name;
-  static constexpr auto set_pool = mub_btreed_set_pool;
-  static constexpr auto entry_new = mub_btreed_entry_new;
-  static constexpr auto split = mub_btreed_split;
-  static constexpr auto remove_all_entry = mub_btreed_remove_all_entry,
-                        remove_entry_t = mub_btreed_remove_entry_t;
-};
-
-template <class Number, uint32_t kType>
-struct Tree64 : NumberTree<Number, mub_btreex, mub_btreex_entry, mub_btreex_node, kType> {
-  static constexpr auto init = mub_btreex_init;
-  static constexpr auto insert = mub_btreex_insert;
-  static constexpr auto set = mub_btreex_set;
-  static constexpr auto get = mub_btreex_get;
-  static constexpr auto update = mub_btreex_update;
-  static constexpr auto find = mub_btreex_find;
-  static constexpr auto remove = mub_btreex_remove;
-  static constexpr auto remove_all = mub_btreex_remove_all, term = mub_btreex_term;
-  static constexpr auto free_all = mub_btreex_free_all;
-  static constexpr auto node_set = mub_btreex_node_set;
-  static constexpr auto node_get = mub_btreex_node_get, node_find = mub_btreex_node_find,
-                        node_bfind = mub_btreex_node_bfind;
-  static constexpr auto node_first = mub_btreex_node_first, node_last = mub_btreex_node_last;
-  static constexpr auto node_next = mub_btreex_node_next, node_prev = mub_btreex_node_prev;
-  static constexpr auto first_entry = mub_btreex_first_entry, last_entry = mub_btreex_last_entry;
-  static constexpr auto swap = mub_btreex_swap;
-  static constexpr auto clone = mub_btreex_clone;
-  static constexpr auto clone_entry = mub_btreex_clone_entry;
-  static constexpr auto find_t = mub_btreex_find_t;
-  static constexpr auto set_name = mub_btreex_set_name;
-  static constexpr auto set_pool = mub_btreex_set_pool;
-  static constexpr auto entry_new = mub_btreex_entry_new;
-  static constexpr auto split = mub_btreex_split;
-  static constexpr auto remove_all_entry = mub_btreex_remove_all_entry,
-                        remove_entry_t = mub_btreex_remove_entry_t;
+  static void start(typename Trees::Record &tree) { tree.key_type = kType; }
 };
 
 // A tree that is released at the end of its scope; the pools that it does not own are the test's.
 template <class A>
 struct Tree : A::Record {
-  using Key = typename A::Key;
-  using Node = typename A::Node;
-  using Entry = typename A::Entry;
-
   // One bit each: owns its entry pool, its node pool, its value pool.
-  explicit Tree(int owned = 3) : entries(sizeof(Entry)), nodes(sizeof(Node)), values(16) {
-    A::init(this, owned & 1, owned & 2, owned & 4);
+  explicit Tree(int owned = 3) {
+    call_of<kInit, A>(this, owned & 1, owned & 2, owned & 4);
     A::start(*this);
     if ((owned & 1) == 0) this->entry_pool = &entries;
     if ((owned & 2) == 0) this->node_pool = &nodes;
     if ((owned & 4) == 0) this->value_pool = &values;
-    if (this->value_pool != nullptr) this->value_pool->block_size = 16;
+    this->value_pool->block_size = sizeof(uint64_t);
   }
   ~Tree() {
-    A::term(this);
+    call_of<kTerm, A>(this);
     EXPECT_EQ(entries.live_count + nodes.live_count, 0) << "blocks of the caller's pools are lost";
   }
 
-  template <class Function, class... Rest>
-  auto call(Function function, const Key &key, Rest... rest) {
-    return A::with(key, [&](auto... passed) { return function(this, passed..., rest...); });
-  }
-  template <class Function, class... Rest>
-  auto call_at(Function function, Entry *entry, const Key &key, Rest... rest) {
-    return A::with(key, [&](auto... passed) { return function(this, entry, passed..., rest...); });
-  }
-
-  Pool entries, nodes, values;
+  Pool entries{sizeof(typename A::Entry)}, nodes{sizeof(typename A::Node)}, values{sizeof(uint64_t)};
 };
+
+template <int kOperation, class A, class... Args>
+auto call(Tree<A> &tree, const Args &...args) {
+  return call_of<kOperation, A>(&tree, args...);
+}
+
+// What a tree holds.
+template <class A>
+using Content = std::map<typename A::Key, uint64_t>;
 
 enum class Chain { kExact, kStale };
 
-// The invariants of the engine, in its order; returns the records in key order.
+// The invariants of an entry and all below it: 1, 2, 3, 5 and 8 of the engine. Collects the records, and counts entries.
 template <class A>
-class Check {
- public:
-  using Entry = typename A::Entry;
-  using Node = typename A::Node;
-
-  Check(const typename A::Record &tree, int64_t most_children = 31)
-      : tree_(tree), most_children_(most_children) {
-    visit(&tree.root, nullptr);
+void read(const Tree<A> &tree, const typename A::Entry &entry, int64_t most_children,
+          std::vector<typename A::Node *> &nodes, int64_t &entries) {
+  const mub_arrays &children = entry.children;
+  const bool is_leaf = entry.level == 0;
+  const mub_pool *pool = is_leaf ? tree.node_pool : tree.entry_pool;
+  ASSERT_EQ(tree.count > 0 ? children.pool : pool, pool);
+  ASSERT_LE(children.count, std::min(most_children, children.capacity));
+  for (int64_t i = 0; i < children.count; ++i) {
+    const bool gives_name = i == children.count - 1 && entry.parent != nullptr;
+    if (is_leaf) {
+      nodes.push_back(reinterpret_cast<typename A::Node *>(children.items[i]));
+      ASSERT_TRUE(!gives_name || A::shares_key(entry, *nodes.back()));
+      continue;
+    }
+    const auto &below = *reinterpret_cast<const typename A::Entry *>(children.items[i]);
+    ++entries;
+    ASSERT_TRUE(below.parent == &entry && below.level == entry.level - 1 && below.children.count > 0);
+    ASSERT_TRUE(!gives_name || A::shares_key(entry, below));
+    ASSERT_NO_FATAL_FAILURE(read(tree, below, most_children, nodes, entries));
   }
+}
 
-  void run(Chain chain) const {
-    Node *last = nullptr;
-    for (Node *node : nodes_) {
-      if (last != nullptr) {
-        ASSERT_LT(A::key_of(tree_, *last), A::key_of(tree_, *node)) << "4. order";
-        expect_neighbours(last, node, chain);
-      }
-      last = node;
-    }
-    Node *first = nodes_.empty() ? nullptr : nodes_.front();
-    expect_neighbours(nullptr, first, chain);
-    expect_neighbours(last, nullptr, chain);
-    const auto count = static_cast<int64_t>(nodes_.size());
-    ASSERT_EQ(tree_.count, count) << "6. count";
-    ASSERT_EQ(tree_.owns_node_pool != 0 ? tree_.node_pool->live_count : count, count) << "8. pools";
-    ASSERT_EQ(tree_.owns_entry_pool != 0 ? tree_.entry_pool->live_count : entries_, entries_) << "8. pools";
-    ASSERT_EQ(A::node_first(&tree_), first);
-    ASSERT_EQ(A::node_last(&tree_), last);
-    for (size_t i = nodes_.size(); i-- > 1;)
-      ASSERT_EQ(A::node_prev(&tree_, nodes_[i]), nodes_[i - 1]) << "9. walk";
+// All invariants, the content and the walks.
+template <class A>
+void expect_same(Tree<A> &tree, const Content<A> &content, Chain chain, int64_t most_children = 31) {
+  std::vector<typename A::Node *> nodes = {nullptr};
+  int64_t entries = 0;
+  ASSERT_EQ(tree.root.parent, nullptr);
+  ASSERT_NO_FATAL_FAILURE(read(tree, tree.root, most_children, nodes, entries));
+  const auto count = static_cast<int64_t>(content.size());
+  ASSERT_EQ(tree.count, count);
+  ASSERT_EQ(static_cast<int64_t>(nodes.size()), count + 1);
+  ASSERT_EQ(tree.owns_node_pool != 0 ? tree.node_pool->live_count : count, count);
+  ASSERT_EQ(tree.owns_entry_pool != 0 ? tree.entry_pool->live_count : entries, entries);
+  nodes.push_back(nullptr);
+  const auto *node = &nodes[1];
+  for (const auto &[key, value] : content) {
+    ASSERT_EQ(A::key_of(tree, **node), key);
+    ASSERT_EQ((*node)->value, value);
+    ASSERT_TRUE(chain == Chain::kStale || ((*node)->prev == node[-1] && (*node)->next == node[1]));
+    ASSERT_EQ(call<kNodeNext>(tree, *node), node[1]);
+    ++node;
   }
-  const std::vector<Node *> &nodes() const { return nodes_; }
-
- private:
-  void expect_neighbours(Node *prev, Node *next, Chain chain) const {
-    if (chain == Chain::kExact && prev != nullptr) {
-      EXPECT_EQ(prev->next, next) << "7. chain";
-    }
-    if (chain == Chain::kExact && next != nullptr) {
-      EXPECT_EQ(next->prev, prev) << "7. chain";
-    }
-    if (prev != nullptr) {
-      EXPECT_EQ(A::node_next(&tree_, prev), next) << "9. walk";
-    }
-    if (prev == nullptr && next != nullptr) {
-      EXPECT_EQ(A::node_prev(&tree_, next), prev) << "9. walk";
-    }
-  }
-
-  void visit(const Entry *entry, const Entry *parent) {
-    const bool is_leaf = entry->level == 0;
-    ASSERT_TRUE(parent == nullptr || (entry->level == parent->level - 1 && entry->children.count > 0))
-        << "1. levels";
-    ASSERT_EQ(entry->parent, parent) << "2. parents";
-    ASSERT_LE(entry->children.count, std::min(most_children_, entry->children.capacity)) << "5. children";
-    const mub_pool *pool = is_leaf ? tree_.node_pool : tree_.entry_pool;
-    ASSERT_EQ(tree_.count > 0 ? entry->children.pool : pool, pool) << "8. pools";
-    for (int64_t i = 0; i < entry->children.count; ++i) {
-      const uint64_t child = entry->children.items[i];
-      const bool is_last = i == entry->children.count - 1;
-      if (is_leaf) {
-        nodes_.push_back(reinterpret_cast<Node *>(child));
-        if (is_last) expect_name(*entry, *nodes_.back());
-      } else {
-        const auto *below = reinterpret_cast<const Entry *>(child);
-        ++entries_;
-        ASSERT_NO_FATAL_FAILURE(visit(below, entry));
-        if (is_last) expect_name(*entry, *below);
-      }
-    }
-  }
-  template <class Child>
-  void expect_name(const Entry &entry, const Child &child) {
-    if (entry.parent != nullptr) {
-      EXPECT_TRUE(A::shares_key(entry, child)) << "3. names";
-    }
-  }
-
-  const typename A::Record &tree_;
-  const int64_t most_children_;
-  std::vector<Node *> nodes_;
-  int64_t entries_ = 0;
-};
+  ASSERT_EQ(call<kNodeLast>(tree), node[-1]);
+  for (--node; node != &nodes[0]; --node) ASSERT_EQ(call<kNodePrev>(tree, *node), node[-1]);
+  ASSERT_EQ(call<kNodeFirst>(tree), nodes[1]);
+}
 
 }  // namespace mub_test
 

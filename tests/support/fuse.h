@@ -10,6 +10,8 @@
 
 #include <cstdint>
 
+#include "support/random.h"
+
 namespace mub_test {
 
 enum class Blow { kOnce, kForever };
@@ -53,6 +55,11 @@ class Fuse {
   Blow blow_;
   mutable bool met_ = false;
 };
+
+// Lets up to `bound` - 1 allocations through, then fails one or all that follow; none when the bound is 0.
+inline Fuse random_fuse(Random &random, int64_t bound) {
+  return {bound == 0 ? INT64_MAX : random.below(bound), random.one_in(2) ? Blow::kOnce : Blow::kForever};
+}
 
 template <class Attempt>
 void for_every_allocation(Attempt attempt) {

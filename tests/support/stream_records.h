@@ -6,10 +6,9 @@
 #include <string>
 
 #include "mub_stream.h"
+#include "support/calls.h"
 
 namespace mub_test {
-
-inline int64_t size_of(const std::string &text) { return static_cast<int64_t>(text.size()); }
 
 struct Stream : mub_stream {
   explicit Stream(const std::string &text = {}) {

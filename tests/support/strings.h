@@ -7,14 +7,24 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "mub_string.h"
 #include "mub_wchar.h"
+#include "support/calls.h"
 
 namespace mub_test {
 
-struct Narrow {
+// The operations, in the order of each kind's functions.
+namespace text {
+enum Whole { kInit, kTerm, kIsEmpty, kExpand, kShrink, kZero, kSwap, kClone };
+enum Put { kCopy = kClone + 1, kCopyChar, kAppend, kAppendChar, kAppendInteger, kGetAt, kSetAt, kCompare };
+enum Edited { kFindPos = kCompare + 1, kTrim, kReplaceChar, kReplace, kInsert, kUpdate, kRemove };
+enum Cut { kLeft = kRemove + 1, kMid, kRight, kLeftInto, kMidInto, kRightInto };
+}  // namespace text
+
+struct Narrow : Passing {
   using Record = mub_string;
   using Unit = char;
   static constexpr int kUnits = 0x100;  // different ones
@@ -22,39 +32,17 @@ struct Narrow {
   static char byte(Unit unit) { return unit; }
   static constexpr int kNothing = -1;         // get_at outside the buffer
   static constexpr int kStored = 0xE9 - 256;  // get_at after storing 0x6101E9
-
-  static constexpr auto init = mub_string_init;
-  static constexpr auto term = mub_string_term;
-  static constexpr auto is_empty = mub_string_is_empty;
-  static constexpr auto expand = mub_string_expand;
-  static constexpr auto shrink = mub_string_shrink;
-  static constexpr auto zero = mub_string_zero;
-  static constexpr auto swap = mub_string_swap;
-  static constexpr auto clone = mub_string_clone;
-  static constexpr auto copy = mub_string_copy;
-  static constexpr auto copy_char = mub_string_copy_char;
-  static constexpr auto append = mub_string_append;
-  static constexpr auto append_char = mub_string_append_char;
-  static constexpr auto append_integer = mub_string_append_integer;
-  static constexpr auto get_at = mub_string_get_at;
-  static constexpr auto set_at = mub_string_set_at;
-  static constexpr auto compare = mub_string_compare;
-  static constexpr auto find_pos = mub_string_find_pos;
-  static constexpr auto trim = mub_string_trim;
-  static constexpr auto replace_char = mub_string_replace_char;
-  static constexpr auto replace = mub_string_replace;
-  static constexpr auto insert = mub_string_insert;
-  static constexpr auto update = mub_string_update;
-  static constexpr auto remove = mub_string_delete;
-  static constexpr auto left = mub_string_left;
-  static constexpr auto mid = mub_string_mid;
-  static constexpr auto right = mub_string_right;
-  static constexpr auto left_into = mub_string_left_string;
-  static constexpr auto mid_into = mub_string_mid_string;
-  static constexpr auto right_into = mub_string_right_string;
+  static constexpr auto kFunctions = std::make_tuple(
+      mub_string_init, mub_string_term, mub_string_is_empty, mub_string_expand, mub_string_shrink,
+      mub_string_zero, mub_string_swap, mub_string_clone, mub_string_copy, mub_string_copy_char,
+      mub_string_append, mub_string_append_char, mub_string_append_integer, mub_string_get_at,
+      mub_string_set_at, mub_string_compare, mub_string_find_pos, mub_string_trim, mub_string_replace_char,
+      mub_string_replace, mub_string_insert, mub_string_update, mub_string_delete, mub_string_left,
+      mub_string_mid, mub_string_right, mub_string_left_string, mub_string_mid_string,
+      mub_string_right_string);
 };
 
-struct Wide {
+struct Wide : Passing {
   using Record = mub_wchar;
   using Unit = uint16_t;
   static constexpr int kUnits = 0x10000;
@@ -66,36 +54,13 @@ struct Wide {
   static char byte(Unit unit) { return unit == Wide::unit('q') ? 'q' : static_cast<char>(unit); }
   static constexpr int kNothing = 0;
   static constexpr int kStored = 0x1E9;
-
-  static constexpr auto init = mub_wchar_init;
-  static constexpr auto term = mub_wchar_term;
-  static constexpr auto is_empty = mub_wchar_is_empty;
-  static constexpr auto expand = mub_wchar_expand;
-  static constexpr auto shrink = mub_wchar_shrink;
-  static constexpr auto zero = mub_wchar_zero;
-  static constexpr auto swap = mub_wchar_swap;
-  static constexpr auto clone = mub_wchar_clone;
-  static constexpr auto copy = mub_wchar_copy;
-  static constexpr auto copy_char = mub_wchar_copy_char;
-  static constexpr auto append = mub_wchar_append;
-  static constexpr auto append_char = mub_wchar_append_char;
-  static constexpr auto append_integer = mub_wchar_append_integer;
-  static constexpr auto get_at = mub_wchar_get_at;
-  static constexpr auto set_at = mub_wchar_set_at;
-  static constexpr auto compare = mub_wchar_compare;
-  static constexpr auto find_pos = mub_wchar_find_pos;
-  static constexpr auto trim = mub_wchar_trim;
-  static constexpr auto replace_char = mub_wchar_replace_char;
-  static constexpr auto replace = mub_wchar_replace;
-  static constexpr auto insert = mub_wchar_insert;
-  static constexpr auto update = mub_wchar_update;
-  static constexpr auto remove = mub_wchar_delete;
-  static constexpr auto left = mub_wchar_left;
-  static constexpr auto mid = mub_wchar_mid;
-  static constexpr auto right = mub_wchar_right;
-  static constexpr auto left_into = mub_wchar_left_wchar;
-  static constexpr auto mid_into = mub_wchar_mid_wchar;
-  static constexpr auto right_into = mub_wchar_right_wchar;
+  static constexpr auto kFunctions = std::make_tuple(
+      mub_wchar_init, mub_wchar_term, mub_wchar_is_empty, mub_wchar_expand, mub_wchar_shrink, mub_wchar_zero,
+      mub_wchar_swap, mub_wchar_clone, mub_wchar_copy, mub_wchar_copy_char, mub_wchar_append,
+      mub_wchar_append_char, mub_wchar_append_integer, mub_wchar_get_at, mub_wchar_set_at, mub_wchar_compare,
+      mub_wchar_find_pos, mub_wchar_trim, mub_wchar_replace_char, mub_wchar_replace, mub_wchar_insert,
+      mub_wchar_update, mub_wchar_delete, mub_wchar_left, mub_wchar_mid, mub_wchar_right,
+      mub_wchar_left_wchar, mub_wchar_mid_wchar, mub_wchar_right_wchar);
 };
 
 // The units that stand for a text, and a terminator, which takes two of 16 bits and begins at an even index.
@@ -117,12 +82,12 @@ class Units {
 template <class Kind>
 class Text : public Kind::Record {
  public:
-  Text() { Kind::init(this); }
+  Text() { call_of<text::kInit, Kind>(this); }
   explicit Text(const std::string &text) : Text() {
     const Units<Kind> units(text);
-    Kind::copy(this, units.data(), units.size());
+    call_of<text::kCopy, Kind>(this, units.data(), units.size());
   }
-  ~Text() { Kind::term(this); }
+  ~Text() { call_of<text::kTerm, Kind>(this); }
   Text(const Text &) = delete;
   Text &operator=(const Text &) = delete;
 
@@ -134,6 +99,11 @@ class Text : public Kind::Record {
 };
 
 using String = Text<Narrow>;
+
+template <int kOperation, class Kind, class... Args>
+auto call(Text<Kind> &string, const Args &...args) {
+  return call_of<kOperation, Kind>(&string, args...);
+}
 
 // The content, and what must hold of every string.
 template <class Kind>

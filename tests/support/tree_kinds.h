@@ -109,7 +109,7 @@ class TreeModel {
   };
 
   TreeModel(Tree<A> &tree, uint64_t salt) : random(salt), tree_(tree) {
-    tree.root.value = tree.new_value(++last_key);
+    tree.root.value = new_value(tree, ++last_key);
     nodes = {{&tree.root, 0, 0, tree.root.value}};
   }
 
@@ -144,11 +144,6 @@ class TreeModel {
     nodes.insert(nodes.begin() + static_cast<ptrdiff_t>(at), node);
     ++links, ++live_entries;
   }
-  // Lets a few allocations of the operation through at most; true when one failed.
-  template <class Operation>
-  bool blows_in(Operation operation) {
-    return Fuse(random.below(12), random.one_in(2) ? Blow::kOnce : Blow::kForever).blows_in(operation);
-  }
 
   Random random;
   std::vector<Node> nodes;
@@ -181,7 +176,7 @@ class TreeModel {
     Entry *entry = call<kNew>(tree_);
     ASSERT_TRUE(A::branches(*entry) == A::branches({}) && entry->parent == nullptr && entry->value == 0);
     A::link(tree_, *nodes[above].entry, side, sibling, entry);
-    if (!random.one_in(4)) entry->value = tree_.new_value(++last_key);
+    if (!random.one_in(4)) entry->value = new_value(tree_, ++last_key);
     live_values += entry->value != 0;
     adopt(at, {entry, nodes[above].depth + 1, side, entry->value});
   }
@@ -222,7 +217,8 @@ class TreeModel {
   void copy_entry() {
     const size_t i = any(), end = end_of(i);
     Entry *copy = nullptr;
-    const bool failed = blows_in([&] { copy = call<kCloneEntry>(tree_, nodes[i].entry); });
+    const bool failed =
+        random_fuse(random, 12).blows_in([&] { copy = call<kCloneEntry>(tree_, nodes[i].entry); });
     ASSERT_EQ(copy == nullptr, failed);
     if (failed) return;
     expect_at(*copy, nullptr, i, end);
@@ -236,7 +232,9 @@ class TreeModel {
     Tree<A> copy(random.one_in(2), random.one_in(2));
     A::link(copy, copy.root, 0, nullptr, call<kNew>(copy));
     seen.clear();
-    const bool failed = blows_in([&] { call<kClone>(tree_, nullptr, &copy, &users, note_clone_with); });
+    const bool failed = random_fuse(random, 12).blows_in([&] {
+      call<kClone>(tree_, nullptr, &copy, &users, note_clone_with);
+    });
     if (failed && A::branches(copy.root) == A::branches({})) {
       const bool is_empty = copy.count == 0 && seen.empty() && copy.entries.live_count == 0;
       ASSERT_TRUE((is_empty && copy.root.value == 0) || nodes.size() == 1);  // which may be a whole copy
