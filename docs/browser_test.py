@@ -117,7 +117,7 @@ class Browser(unittest.TestCase):
         self.input.send_keys(Keys.CONTROL, "a", Keys.NULL, Keys.DELETE, query)
 
     def hits(self):
-        return [element.text for element in driver.find_elements(By.CSS_SELECTOR, "#hits code")]
+        return [element.text for element in driver.find_elements(By.CSS_SELECTOR, "#hits a > code")]
 
     def active(self):
         option = driver.find_element(By.ID, self.input.get_attribute("aria-activedescendant"))

@@ -7,7 +7,7 @@
 
   const functions = window.MUB_INDEX.map(([name, module, url, summary, allocates]) => ({
     name, module, url, allocates,
-    summary: summary.replaceAll("`", ""),
+    summary,
     words: name.replace(/^mub_/, "").split("_"),
     told: [...new Set(summary.toLowerCase().match(/[a-z0-9]{3,}/g) || [])],
   }));
@@ -73,16 +73,21 @@
   const [byModule, byAllocates, count] = [element("search-module"), element("search-allocates"), element("search-count")];
   let active = -1;
 
+  function coded(text) {
+    const code = document.createElement("code");
+    code.textContent = text;
+    return code;
+  }
+
   function row(f, i) {
     const item = document.createElement("li");
     const link = document.createElement("a");
-    const name = document.createElement("code");
     const summary = document.createElement("span");
     Object.assign(item, {id: "hit-" + i, role: "option"});
     Object.assign(link, {href: f.url, tabIndex: -1});
-    name.textContent = f.name;
-    summary.textContent = f.summary;
-    link.append(name, " ", summary);
+    // What stands between back quotes is code.
+    summary.append(...f.summary.split("`").map((part, k) => (k % 2 ? coded(part) : part)));
+    link.append(coded(f.name), " ", summary);
     item.append(link);
     return item;
   }
