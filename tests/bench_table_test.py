@@ -47,11 +47,13 @@ class BenchTable(unittest.TestCase):
         rows = self.rows(
             run("fill/mub/10/iterations:3", 0, 1, items_per_second=1e8, bytes_per_entry=20),
             run("fill/glib/10/iterations:3", 1, 1, items_per_second=1e7, bytes_per_entry=30),
-            run("load/mub/10/manual_time", 2, 1), run("load/glib/10/manual_time", 3, 1, real_time=14))
+            run("load/mub/10/manual_time", 2, 1), run("load/glib/10/manual_time", 3, 1, real_time=14),
+            run("seek/mub/10", 4, 3000), run("seek/glib/10", 5, 1))
         self.assertEqual(rows, [
             ("fill", "10", "glib", "ns", "10", "100", "10.00"),
             ("fill", "10", "glib", "bytes", "20", "30", "1.50"),
-            ("load", "10", "glib", "ns", "7e+03", "1.4e+04", "2.00")])
+            ("load", "10", "glib", "ns", "7e+03", "1.4e+04", "2.00"),
+            ("seek", "10", "glib", "ns", "3e+03", "1", "0.00033")])
 
     def test_refuses_names_that_join_nothing(self):
         names = self.directory / "hash.list"

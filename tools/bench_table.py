@@ -106,7 +106,12 @@ def rows_of(samples):
                 mub, other = statistics.median(ours), statistics.median(theirs)
                 ratio = other / mub if mub else float("inf")
                 worst = max(spread(ours), spread(theirs))
-                yield [*name, peer, measure, f"{mub:.3g}", f"{other:.3g}", f"{ratio:.2f}", f"{worst:.0f}"]
+                yield [*name, peer, measure, f"{mub:.3g}", f"{other:.3g}", ratio_text(ratio), f"{worst:.0f}"]
+
+
+def ratio_text(ratio):
+    """Two decimals, more for what would be hardly anything then: the means are made of these."""
+    return f"{ratio:.2f}" if ratio >= 0.1 else f"{ratio:.2g}"
 
 
 def print_table(rows):
