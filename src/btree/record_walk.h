@@ -12,6 +12,7 @@
 
 #include "btree/bplus_tree.h"
 #include "core/bytes.h"
+#include "core/prefetch.h"
 
 namespace mub::bplus {
 
@@ -103,7 +104,7 @@ RecordOf<Kind> *step_in_leaf(const TreeOf<Kind> &tree, const RecordOf<Kind> &rec
   if (index >= count || next >= count || leaf->children.items[index] != word_of(&record)) return nullptr;
   note_way(tree, way + step);
   const uint64_t ahead = next + kPrefetchRecords * step;
-  if (ahead < count) __builtin_prefetch(record_of<void>(leaf->children.items[ahead]));
+  if (ahead < count) prefetch(record_of<void>(leaf->children.items[ahead]));
   return record_of<RecordOf<Kind>>(leaf->children.items[next]);
 }
 
@@ -136,17 +137,17 @@ void prefetch_beyond(const Entry &leaf) {
   const Entry *second = neighbour<kStep>(&leaf);
   if (second == nullptr) return;
   for (int64_t i = 0; i < second->children.count; ++i) {
-    __builtin_prefetch(record_of<void>(second->children.items[i]));
+    prefetch(record_of<void>(second->children.items[i]));
   }
   const Entry *third = neighbour<kStep>(second);
   if (third == nullptr) return;
   for (int64_t i = 0; i < third->children.count; i += kWordsPerCacheLine) {
-    __builtin_prefetch(third->children.items + i);
+    prefetch(third->children.items + i);
   }
   const Entry *fourth = neighbour<kStep>(third);
   if (fourth == nullptr) return;
-  __builtin_prefetch(fourth);
-  __builtin_prefetch(&fourth->children.items);
+  prefetch(fourth);
+  prefetch(&fourth->children.items);
 }
 
 // The nearest leaf to one side that is not empty; only entries that were emptied by themselves are.

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/prefetch.h"
 #include "core/value_pool.h"
 #include "mub_array.h"
 
@@ -88,8 +89,8 @@ Entry *first_above_leaves(Entry &entry) {
 template <class Entry>
 void prefetch_leaves(const Entry &above, int64_t index) {
   if (index + kPrefetchLeaves >= above.children.count) return;
-  __builtin_prefetch(entry_at(above, index + kPrefetchLeaves));
-  __builtin_prefetch(entry_at(above, index + kPrefetchLeaves / 2)->children.items);
+  prefetch(entry_at(above, index + kPrefetchLeaves));
+  prefetch(entry_at(above, index + kPrefetchLeaves / 2)->children.items);
 }
 
 // Calls `visit` with every entry below `top` and then with `top`: children before their parent, in key order. It may

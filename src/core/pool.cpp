@@ -8,6 +8,7 @@
 
 #include "core/alloc.h"
 #include "core/growth.h"
+#include "core/prefetch.h"
 #include "core/value_pool.h"
 
 namespace mub::pool {
@@ -42,7 +43,7 @@ void reset(const Table &table) {
 void release_pages(const Table &table) {
   for (int64_t i = 0; table.pages != nullptr && i < table.capacity; ++i) {
     // What the heap keeps beside a page is mostly in no cache any more.
-    if (i + kPrefetchPages < table.capacity) __builtin_prefetch(table.pages[i + kPrefetchPages]);
+    if (i + kPrefetchPages < table.capacity) prefetch(table.pages[i + kPrefetchPages]);
     release(table.pages[i]);
   }
   release(table.pages);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/prefetch.h"
 #include "mub_pool.h"
 
 namespace mub::pool {
@@ -79,11 +80,25 @@ inline void give(mub_pool *pool, void *block) {
   --pool->live_count;
 }
 
+// How far ahead a walk over the chunks fetches, and how much of a chunk: behind its start the processor foresees the rest.
+constexpr int64_t kPrefetchChunks = 8;
+constexpr uint64_t kPrefetchBytes = 1024;
+constexpr uint64_t kCacheLineBytes = 64;
+
+// Chunks lie apart, and where the next one starts no processor foresees.
+inline void prefetch_chunk(const mub_pool &pool, int64_t chunk) {
+  if (chunk >= pool.chunk_count) return;
+  const auto *blocks = static_cast<const char *>(pool.chunks[chunk]);
+  const uint64_t size_bytes = std::min(chunk_bytes(pool), kPrefetchBytes);
+  for (uint64_t at = 0; at < size_bytes; at += kCacheLineBytes) prefetch(blocks + at);
+}
+
 // Calls `visit` with every block that was ever taken, free ones included, in the order of memory: several times faster
 // than following the links of a structure that fills the pool.
 template <class Block, class Visit>
 void for_each_block(const mub_pool &pool, Visit visit) {
   for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
+    prefetch_chunk(pool, chunk + kPrefetchChunks);
     const int64_t used = chunk + 1 < pool.chunk_count ? pool.blocks_per_chunk : pool.chunk_used;
     auto *blocks = static_cast<Block *>(pool.chunks[chunk]);
     for (int64_t i = 0; i < used; ++i) visit(blocks[i]);

@@ -32,6 +32,7 @@
 
 #include "arrays/slot_table.h"
 #include "core/pool.h"
+#include "core/prefetch.h"
 #include "core/value_pool.h"
 #include "mub_hash.h"
 
@@ -65,9 +66,9 @@ EntryOf<Kind> *head(const TableOf<Kind> &table, int64_t bucket) {
 template <class Kind>
 void prefetch_chain(const mub_arrays &buckets, int64_t bucket) {
   if (bucket + kPrefetchBuckets >= buckets.count) return;
-  __builtin_prefetch(record_of<void>(buckets.items[bucket + kPrefetchBuckets]));
+  prefetch(record_of<void>(buckets.items[bucket + kPrefetchBuckets]));
   const auto *nearer = record_of<EntryOf<Kind>>(buckets.items[bucket + kPrefetchBuckets / 2]);
-  if (nearer != nullptr) __builtin_prefetch(nearer->next);
+  if (nearer != nullptr) prefetch(nearer->next);
 }
 
 // ---- chains

@@ -1,6 +1,7 @@
 // mub_bitree: the branches of an entry are its left child, its right child and its next equal.
 #include <cstddef>
 
+#include "core/prefetch.h"
 #include "tree/linked_tree.h"
 
 static_assert(sizeof(mub_bitree_entry) == 40 && offsetof(mub_bitree_entry, equal) == 8 &&
@@ -20,7 +21,7 @@ struct Sides {
 
   static Entry *first_branch(const Entry &entry) {
     if (entry.left == nullptr) return behind_left(entry);
-    __builtin_prefetch(entry.right);
+    prefetch(entry.right);
     return entry.left;
   }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/prefetch.h"
 #include "mub_tree.h"
 
 namespace mub::rings {
@@ -69,7 +70,7 @@ void for_each_child(const Entry &parent, Visit visit) {
 }
 
 // A walk comes to the sibling later, and the entries of a large tree lie all over memory.
-inline void prefetch_sibling(const Entry &entry) { __builtin_prefetch(entry.next); }
+inline void prefetch_sibling(const Entry &entry) { prefetch(entry.next); }
 
 // ---- document order
 

@@ -5,6 +5,7 @@
 #include "arrays/byte_keys.h"
 #include "arrays/inline_slots.h"
 #include "core/bytes.h"
+#include "core/prefetch.h"
 #include "tree/linked_tree.h"
 #include "tree/rings.h"
 
@@ -39,7 +40,7 @@ struct Rings {
     entry.first_child = nullptr;
     rings::for_each_child(source, [&](const Entry &child) {
       rings::prefetch_sibling(child);
-      __builtin_prefetch(child.first_child);  // met when the copy is entered
+      prefetch(child.first_child);  // met when the copy is entered
       Entry *copy = twin(child);
       if (copy != nullptr) rings::link_last(entry, *copy);
     });
