@@ -6,6 +6,7 @@
 #ifndef MUB_BTREE_RECORD_WALK_H
 #define MUB_BTREE_RECORD_WALK_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -35,7 +36,7 @@ constexpr uint64_t kIndexMask = (1 << kIndexBits) - 1;
 constexpr int kHighestLevel = 8;
 
 // How many records ahead a walk fetches.
-constexpr uint64_t kPrefetchRecords = 8;
+constexpr int64_t kPrefetchRecords = 8;
 constexpr int64_t kWordsPerCacheLine = 8;
 
 // Trees of fewer levels stay in the caches, and a walk only loses by fetching ahead.
@@ -103,7 +104,7 @@ RecordOf<Kind> *step_in_leaf(const TreeOf<Kind> &tree, const RecordOf<Kind> &rec
   const uint64_t next = index + step;  // wraps below 0
   if (index >= count || next >= count || leaf->children.items[index] != word_of(&record)) return nullptr;
   note_way(tree, way + step);
-  const uint64_t ahead = next + kPrefetchRecords * step;
+  const uint64_t ahead = next + uint64_t{kPrefetchRecords} * step;
   if (ahead < count) prefetch(record_of<void>(leaf->children.items[ahead]));
   return record_of<RecordOf<Kind>>(leaf->children.items[next]);
 }
@@ -130,14 +131,15 @@ const Entry *neighbour(const Entry *leaf) {
   return kStep > 0 ? next_leaf(*leaf) : previous_leaf(*leaf);
 }
 
-// Fetches what a walk comes to next: the records of the leaf beside, the table of the one behind it, the entry of the third.
-// Each is found in what was fetched a leaf ago.
+// Fetches what a walk comes to next: the first records of the leaf beside, the table of the one behind it, the entry of
+// the third. Each is found in what was fetched a leaf ago.
 template <int kStep, class Entry>
 void prefetch_beyond(const Entry &leaf) {
   const Entry *second = neighbour<kStep>(&leaf);
   if (second == nullptr) return;
-  for (int64_t i = 0; i < second->children.count; ++i) {
-    prefetch(record_of<void>(second->children.items[i]));
+  const int64_t count = second->children.count;
+  for (int64_t i = 0; i < std::min(count, kPrefetchRecords); ++i) {
+    prefetch(record_of<void>(second->children.items[kStep > 0 ? i : count - 1 - i]));
   }
   const Entry *third = neighbour<kStep>(second);
   if (third == nullptr) return;
