@@ -195,7 +195,7 @@ class Key(Text):
     @staticmethod
     def make(keys, offset, length):
         """A value of the type of the stream `keys`, with a capacity that no stream has."""
-        fields = int(keys["data"]) + offset, length, ~length
+        fields = (int(keys["data"]) + offset) % (1 << 64), length, ~length
         return gdb.Value(struct.pack(Layout.order + "Qqq", *fields), keys.type)
 
     @staticmethod
@@ -299,7 +299,10 @@ class Walked:
         return f"{self.name} with {plural(self.count(), self.noun)}{self.details()}"
 
     def to_string(self):
-        return self.summary() if self.damage is None else damaged(self.record, self.damage)
+        try:
+            return self.summary() if self.damage is None else damaged(self.record, self.damage)
+        except Damage as damage:  # a summary may read what lies between the ends that were looked at
+            return damaged(self.record, damage)
 
     def show(self, node):
         """What is shown of a node: key and value, or the value alone."""
@@ -845,8 +848,9 @@ class Pool(Walked):
         chunks = sorted(self.chunks())
         for block, times in collections.Counter(free).items():
             chunk = bisect.bisect_right(chunks, (block, 1 << 64)) - 1
-            offset, size = block - chunks[chunk][0], self.field("block_size")
-            if chunk < 0 or offset % size != 0 or offset // size >= chunks[chunk][1]:
+            base, used = chunks[chunk] if chunk >= 0 else (0, 0)
+            slot, rest = divmod(block - base, max(1, self.field("block_size")))
+            if rest != 0 or slot >= used:
                 self.faults.append(f"{block:#x} is on the free stack, but is no block of the pool")
             if times > 1:
                 self.faults.append(f"{block:#x} is on the free stack {times} times")
