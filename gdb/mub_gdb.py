@@ -16,6 +16,7 @@ import bisect
 import collections
 import html
 import itertools
+import os
 import re
 import struct
 
@@ -778,13 +779,14 @@ class Bits(Container):
         where = " of the first MiB" if size > self.counted_bytes else ""
         return f"mub_bits of {plural(size, 'byte')}, {plural(self.count(), 'bit')}{where} set"
 
-    def nodes(self, batch=4096):
+    def nodes(self, batch=1 << 16):
         data, size = self.field("data"), self.field("size")
         for start in range(0, size, batch):
-            for i, byte in enumerate(memory(data + start, min(batch, size - start)), start):
+            content = memory(data + start, min(batch, size - start))
+            for match in re.finditer(b"[^\0]", content):  # a set may be large and almost empty
                 for bit in range(8):
-                    if byte & 0x80 >> bit:
-                        yield 8 * i + bit
+                    if match.group()[0] & 0x80 >> bit:
+                        yield 8 * (start + match.start()) + bit
 
     def show(self, node):
         return (gdb.Value(node),)
@@ -1085,7 +1087,7 @@ how much is left out. As in: mub dot table > /tmp/t.dot, then: dot -Tsvg /tmp/t.
             if file is None:
                 gdb.write(text)
             else:
-                with open(file, "w", encoding="ascii") as out:
+                with open(os.path.expanduser(file), "w", encoding="ascii") as out:
                     out.write(text)
         except (Damage, OSError) as problem:
             raise gdb.GdbError(str(problem)) from None
