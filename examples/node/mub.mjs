@@ -5,7 +5,8 @@
 //   mub.mub_hash_init(words, 1, 0);
 //
 // A record is memory outside of JavaScript, made with make(), given back with free() and passed by address; read() gives
-// its fields. Pointers to numbers take an array of one, [0], and put the result there. Texts and keys are Buffers, or strings where C says char.
+// its fields. Pointers to numbers take an array of one, [0], and put the result there. Texts and keys are Buffers, or
+// strings where C says char.
 import { readFileSync } from "node:fs";
 import koffi from "koffi";
 
