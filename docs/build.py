@@ -25,6 +25,7 @@ sys.path[:0] = [str(ROOT / "tools")]
 import api_calls  # noqa: E402
 import api_model  # noqa: E402
 from doxygen_headers import OVERALL, Writer  # noqa: E402
+from symbol_map import version_text  # noqa: E402
 from tidy import tidy  # noqa: E402
 
 # Pictures: of which module, from which text, and what they show.
@@ -175,11 +176,6 @@ def write_input(model, work, out, mubdex):
     (work / "header.html").write_text(header)
 
 
-def version():
-    text = (ROOT / "include/mub_base.h").read_text()
-    return re.search(r'define MUB_VERSION "(.*)"', text).group(1)
-
-
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--pages", type=Path, required=True)
@@ -198,7 +194,7 @@ def main():
     if model.faults:
         print("\n".join(model.faults[:20]), file=sys.stderr)
         sys.exit(f"docs/build.py: {len(model.faults)} things are not told in the headers")
-    settings = {"MUB_ROOT": str(ROOT), "MUB_DOCS_WORK": str(work.resolve()), "MUB_VERSION": version()}
+    settings = {"MUB_ROOT": str(ROOT), "MUB_DOCS_WORK": str(work.resolve()), "MUB_VERSION": version_text(ROOT)}
     if subprocess.run(["doxygen", str(ROOT / "docs/Doxyfile")], env={**os.environ, **settings}).returncode != 0:
         sys.exit("docs/build.py: Doxygen found faults in its input")
     shutil.copytree(work / "html", pages, dirs_exist_ok=True)

@@ -56,9 +56,7 @@ class Writer:
         return comment("@brief " + self.text.line(self.model.callback_doc(found))) + found.code + "\n"
 
     def object(self, found):
-        about = re.sub(r"^/\*\s*\w+:\s*|\s*\*/$", "", found.comment)
-        about = " ".join(line.strip(" *") for line in about.splitlines())
-        return comment("@brief " + self.text.line(about[:1].upper() + about[1:])) + "extern " + found.code + "\n"
+        return comment("@brief " + self.text.line(self.model.object_doc(found))) + "extern " + found.code + "\n"
 
     # ---- one module ----
 
@@ -69,7 +67,7 @@ class Writer:
             if found.module != module:
                 continue
             position = self.model.declared[name].position
-            inner = [s for s in self.model.scopes_over(position, header) if s.level == 2 and s.paragraphs or s.title]
+            inner = [s for s in self.model.scopes_over(position, header) if (s.level == 2 and s.paragraphs) or s.title]
             scope = inner[0] if inner and inner[0].level == 2 else None
             if scope is not last:
                 yield "/** @} */\n" if open_group else ""

@@ -16,6 +16,7 @@ import bisect
 import collections
 import html
 import itertools
+import os
 import re
 import struct
 
@@ -195,7 +196,7 @@ class Key(Text):
     @staticmethod
     def make(keys, offset, length):
         """A value of the type of the stream `keys`, with a capacity that no stream has."""
-        fields = int(keys["data"]) + offset, length, ~length
+        fields = (int(keys["data"]) + offset) % (1 << 64), length, ~length
         return gdb.Value(struct.pack(Layout.order + "Qqq", *fields), keys.type)
 
     @staticmethod
@@ -299,7 +300,10 @@ class Walked:
         return f"{self.name} with {plural(self.count(), self.noun)}{self.details()}"
 
     def to_string(self):
-        return self.summary() if self.damage is None else damaged(self.record, self.damage)
+        try:
+            return self.summary() if self.damage is None else damaged(self.record, self.damage)
+        except Damage as damage:  # a summary may read what lies between the ends that were looked at
+            return damaged(self.record, damage)
 
     def show(self, node):
         """What is shown of a node: key and value, or the value alone."""
@@ -775,13 +779,14 @@ class Bits(Container):
         where = " of the first MiB" if size > self.counted_bytes else ""
         return f"mub_bits of {plural(size, 'byte')}, {plural(self.count(), 'bit')}{where} set"
 
-    def nodes(self, batch=4096):
+    def nodes(self, batch=1 << 16):
         data, size = self.field("data"), self.field("size")
         for start in range(0, size, batch):
-            for i, byte in enumerate(memory(data + start, min(batch, size - start)), start):
+            content = memory(data + start, min(batch, size - start))
+            for match in re.finditer(b"[^\0]", content):  # a set may be large and almost empty
                 for bit in range(8):
-                    if byte & 0x80 >> bit:
-                        yield 8 * i + bit
+                    if match.group()[0] & 0x80 >> bit:
+                        yield 8 * (start + match.start()) + bit
 
     def show(self, node):
         return (gdb.Value(node),)
@@ -845,8 +850,9 @@ class Pool(Walked):
         chunks = sorted(self.chunks())
         for block, times in collections.Counter(free).items():
             chunk = bisect.bisect_right(chunks, (block, 1 << 64)) - 1
-            offset, size = block - chunks[chunk][0], self.field("block_size")
-            if chunk < 0 or offset % size != 0 or offset // size >= chunks[chunk][1]:
+            base, used = chunks[chunk] if chunk >= 0 else (0, 0)
+            slot, rest = divmod(block - base, max(1, self.field("block_size")))
+            if rest != 0 or slot >= used:
                 self.faults.append(f"{block:#x} is on the free stack, but is no block of the pool")
             if times > 1:
                 self.faults.append(f"{block:#x} is on the free stack {times} times")
@@ -1081,7 +1087,7 @@ how much is left out. As in: mub dot table > /tmp/t.dot, then: dot -Tsvg /tmp/t.
             if file is None:
                 gdb.write(text)
             else:
-                with open(file, "w", encoding="ascii") as out:
+                with open(os.path.expanduser(file), "w", encoding="ascii") as out:
                     out.write(text)
         except (Damage, OSError) as problem:
             raise gdb.GdbError(str(problem)) from None

@@ -70,8 +70,8 @@
  *   _append_new, _insert_new   the block is one of the pool; the array refers to it, and so does the caller now
  *   _free_all_entry            each value (item) is handed to `free`, its block to a caller's pool, though the array
  *                              still holds it
- *   _append_array              keys are copied; values (items, words) are copied as words, so that both arrays refer
- *                              to the same things
+ *   _append_array              keys, where there are any, are copied; values (items, words) are copied as words, so
+ *                              that both arrays refer to the same things
  *   _from_string               the pieces are copied
  *   _to_string                 the text is the string's
  *   _qsort_p, _qsort_n         entries (items, words) stay where they are, but for their order
@@ -267,7 +267,7 @@ MUB_API void mub_array_free(mub_array *array, const void *key, int64_t length, m
 
 /* mub_array_entry_insert: sorted: the entry of a key, added with value 0 if the key is not there.
  *   length   exact, but that an empty array measures a negative one
- * Returns the entry, whose value can be filled in place; NULL when the insertion was refused. */
+ * Returns the entry, whose value can be filled in place; NULL when memory ran out or the insertion was refused. */
 MUB_API mub_array_entry *mub_array_entry_insert(mub_array *array, const void *key, int64_t length);
 
 /* mub_array_entry_find: sorted: the entry of a key.

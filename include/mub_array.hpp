@@ -154,6 +154,10 @@ std::int64_t slots_in_use(const Record *array) noexcept {
   return array->count < array->capacity ? array->count : array->capacity;
 }
 
+// For flags of sort(): a comparer of another type than the one wanted, or a lambda of one, would do for a bool.
+template <class Flag>
+using only_bool = std::enable_if_t<std::is_same_v<Flag, bool>, int>;
+
 // A random access iterator by index: Access::at(record, index) is what it yields.
 template <class Access>
 class index_iterator
@@ -301,7 +305,11 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   std::int64_t scan_index(key_type key) const { return Traits::call(Traits::afind_index, c(), key); }
 
   /* sort: by key; as mub_array_qsort. */
-  void sort(bool ascending = true) { Traits::qsort(c(), ascending); }
+  void sort() { sort(true); }
+  template <class Flag, detail::only_bool<Flag> = 0>
+  void sort(Flag ascending) {
+    Traits::qsort(c(), ascending);
+  }
 
   /* sort: by value; as mub_array_qsort_x. */
   void sort(mub_compare_fn compare, bool ascending = true) { Traits::qsort_x(c(), ascending, compare); }
@@ -471,7 +479,11 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
   bool remove(std::uint32_t key) { return mub_arrayt_remove(c(), key) != 0; }
 
   /* sort: by the whole words; as mub_arrayt_qsort. */
-  void sort(bool ascending = true, bool unique = false) { mub_arrayt_qsort(c(), ascending, unique); }
+  void sort() { sort(true); }
+  template <class Flag, detail::only_bool<Flag> = 0>
+  void sort(Flag ascending, bool unique = false) {
+    mub_arrayt_qsort(c(), ascending, unique);
+  }
 
   /* clear: remove all words; as mub_arrayt_remove_all. */
   void clear() { mub_arrayt_remove_all(c()); }

@@ -238,13 +238,13 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  *   source             unchanged
  *   source_user_pool   with `destination_user_pool` and `callback`: a pool that the values refer into, cloned too;
  *                      a pool given as both is shared; else NULL
- *   destination        initialised with the same flags; what it held is dropped; its `nocase` stays
+ *   destination        initialised with the same flags; what it held is dropped
  *   callback           called for every record in key order when the source owns its value pool; may be NULL
  * With owned pools, entries, records and value blocks keep their place in the copied pools and addresses are
  * translated; a value that is no block of the pool becomes 0, and so do all when the destination has no value pool of
  * its own. A caller's pool is shared with the clone: fresh blocks of it are filled as copies, values are copied as
  * words. A pool of the destination's own gives way to it. The links of the records keep pointing into the source: walk
- * a clone with mub_btree_node_next.
+ * a clone with mub_btree_node_next. The destination's `nocase` stays.
  * Returns the number of keys; 0 when memory ran out, the destination is empty then. Cost: O(keys). */
 MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub_btree *destination,
                                 mub_pool *destination_user_pool, mub_clone_fn callback);

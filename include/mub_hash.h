@@ -118,12 +118,12 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
  *   source             unchanged
  *   source_user_pool   with `destination_user_pool` and `callback`: a pool that the values refer into, cloned too;
  *                      a pool given as both is shared; else NULL
- *   destination        initialised with the same flags; what it held is dropped; its `nocase` stays
+ *   destination        initialised with the same flags; what it held is dropped
  *   callback           called for every entry, bucket by bucket, when the source owns its value pool; may be NULL
  * With owned pools, entries and value blocks keep their place in the copied pools and addresses are translated; a
  * value that is no block of the pool becomes 0, and so do all when the destination has no value pool of its own. A
  * caller's pool is shared with the clone: fresh entry blocks of it are filled as copies, values are copied as words.
- * A pool of the destination's own gives way to it.
+ * A pool of the destination's own gives way to it. The destination's `nocase` stays.
  * Returns the destination; empty when memory ran out. Cost: O(entries). */
 MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
                                  mub_pool *destination_user_pool, mub_clone_fn callback);

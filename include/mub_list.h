@@ -48,8 +48,8 @@
  *   _entry_new                 the block is one of the entry pool, and the caller's to link or to give back
  *   _add_head_new, _add_tail_new   the block is one of the value pool; the list refers to it, and so does the caller
  *                                  now
- *   _add_head_list, _add_tail_list   keys are copied; values are copied as words, so that both lists refer to the
- *                                    same things
+ *   _add_head_list, _add_tail_list   keys, where there are any, are copied; values are copied as words, so that both
+ *                                    lists refer to the same things
  *   _get_head, _get_tail, _get_next, _get_prev, _get_at   the value stays in the list
  *   _remove_head, _remove_tail, _remove_at   the value is handed over, not released; the entry is its pool's again
  *   _find_at, _find            the entry is a block of the entry pool, and the list's until it is removed

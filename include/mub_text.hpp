@@ -20,9 +20,11 @@ namespace mub {
 inline namespace v1 {
 namespace detail {
 
-// `view` is what texts are given and handed out as, `unit` what the record holds.
+// `view` is what texts are given and handed out as, `stored` what the record holds, and `unit` what it is seen as: wide
+// units as char16_t alone, because memory may not be used as two types of integers at once.
 struct string_traits {
   using record = mub_string;
+  using stored = char;
   using unit = char;
   using view = std::string_view;
   static constexpr auto init = mub_string_init;
@@ -44,7 +46,8 @@ struct string_traits {
 
 struct wchar_traits {
   using record = mub_wchar;
-  using unit = std::uint16_t;
+  using stored = std::uint16_t;
+  using unit = char16_t;
   using view = std::u16string_view;
   static constexpr auto init = mub_wchar_init;
   static constexpr auto term = mub_wchar_term;
@@ -65,6 +68,7 @@ struct wchar_traits {
 
 struct stream_traits {
   using record = mub_stream;
+  using stored = std::uint8_t;
   using unit = std::uint8_t;
   using view = std::string_view;
   static constexpr auto init = mub_stream_init;
@@ -124,8 +128,8 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
   std::int64_t capacity() const noexcept { return c()->capacity; }
 
   /* data: the content; nullptr while nothing was ever stored. */
-  unit_type *data() noexcept { return c()->data; }
-  const unit_type *data() const noexcept { return c()->data; }
+  unit_type *data() noexcept { return reinterpret_cast<unit_type *>(c()->data); }
+  const unit_type *data() const noexcept { return reinterpret_cast<const unit_type *>(c()->data); }
 
   /* view: the content, until the buffer grows. */
   view_type view() const noexcept {
@@ -135,10 +139,10 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
   operator view_type() const noexcept { return view(); }
 
   /* begin: the units of the content. */
-  iterator begin() noexcept { return c()->data; }
-  const_iterator begin() const noexcept { return c()->data; }
-  iterator end() noexcept { return c()->data + c()->length; }
-  const_iterator end() const noexcept { return c()->data + c()->length; }
+  iterator begin() noexcept { return data(); }
+  const_iterator begin() const noexcept { return data(); }
+  iterator end() noexcept { return data() + size(); }
+  const_iterator end() const noexcept { return data() + size(); }
 
   /* reserve: make room for `capacity` units of content; false when memory ran out. As mub_string_expand. */
   [[nodiscard]] bool reserve(std::int64_t capacity) { return Traits::expand(c(), capacity) != 0; }
@@ -179,8 +183,8 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
   }
 
  protected:
-  static const unit_type *units(view_type text) noexcept {
-    return reinterpret_cast<const unit_type *>(text.data());
+  static const typename Traits::stored *units(view_type text) noexcept {
+    return reinterpret_cast<const typename Traits::stored *>(text.data());
   }
   static std::int64_t length(view_type text) noexcept { return static_cast<std::int64_t>(text.size()); }
 };
@@ -203,7 +207,6 @@ class string : public detail::buffer<string, detail::string_traits> {
 
   /* append_char, append_integer, append_double: put a character or a printed number behind the content; as
    * mub_string_append_char, mub_string_append_integer and mub_string_append_double. */
-  using buffer::append;
   void append_char(char character) { mub_string_append_char(c(), character); }
   void append_integer(std::int64_t value) { mub_string_append_integer(c(), value); }
   void append_double(double value) { mub_string_append_double(c(), value); }

@@ -164,16 +164,16 @@ class tree : public detail::rooted<tree, detail::tree_traits> {
   using const_iterator = detail::document_iterator<const mub_tree_entry>;
   using rooted::rooted;
 
-  /* append: link an entry as the last child of another; as mub_tree_entry_append. */
-  void append(mub_tree_entry *parent, mub_tree_entry *child) { mub_tree_entry_append(c(), parent, child); }
+  /* link: link an entry as the last child of another; as mub_tree_entry_append. */
+  void link(mub_tree_entry *parent, mub_tree_entry *child) { mub_tree_entry_append(c(), parent, child); }
 
   /* append: make an entry with a value and link it as the last child of another.
    * Returns the entry; nullptr when memory ran out. */
-  mub_tree_entry *append(mub_tree_entry *parent, std::uint64_t value) {
+  [[nodiscard]] mub_tree_entry *append(mub_tree_entry *parent, std::uint64_t value) {
     mub_tree_entry *child = make();
     if (child == nullptr) return nullptr;
     child->value = value;
-    append(parent, child);
+    link(parent, child);
     return child;
   }
 

@@ -455,9 +455,8 @@ TEST(CppLists, TakePositionsAndWalkBothWays) {
 TEST(CppTree, WalksParentsBeforeChildrenAlsoAfterMoving) {
   mub::tree built;
   auto *a = built.append(built.root(), 1);
-  built.append(a, 2);
-  built.append(built.root(), 4);
-  built.append(a, 3);
+  auto *b = built.append(a, 2), *d = built.append(built.root(), 4), *c = built.append(a, 3);
+  ASSERT_TRUE(b != nullptr && c != nullptr && d != nullptr);
   const mub::tree tree = std::move(built);
   Numbers order;
   for (const mub_tree_entry &entry : tree) order.push_back(entry.value);

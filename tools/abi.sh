@@ -15,7 +15,8 @@ set_abi_library() {
     cmake --build build/abi --parallel "$(nproc)" --target mub >&2
     abi_library=build/abi/libmub.so
   fi
-  readelf -SW "$abi_library" | grep -q '\.debug_info' || {
+  # Read to its end: readelf would fail if grep went away before.
+  readelf -SW "$abi_library" | grep '\.debug_info' >/dev/null || {
     echo "$abi_library has no debug information, and so tells nothing but names: build it with -g" >&2
     exit 2
   }

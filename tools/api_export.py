@@ -11,7 +11,6 @@
 
 import argparse
 import json
-import re
 import sys
 from pathlib import Path
 
@@ -19,12 +18,7 @@ sys.dont_write_bytecode = True
 import api_calls  # noqa: E402
 import api_man  # noqa: E402
 import api_model  # noqa: E402
-import headers  # noqa: E402
-
-
-def version_of(root):
-    text = (root / "include/mub_base.h").read_text()
-    return re.search(r'#define MUB_VERSION "(.*)"', text).group(1)
+from symbol_map import version_text  # noqa: E402
 
 
 def probe_text(model):
@@ -52,7 +46,7 @@ def record_json(model, record, layout):
         offset, field_size = layout[f"{record.name}.{field.name}"]
         fields.append({"name": field.name, "type": field.type, "offset": offset, "size": field_size,
                        "doc": model.field_doc(record, field)})
-    # A record of a module, or of the longest one whose name its own begins with: mub_hash_entry of mub_hash.
+    # The first word of its name is its module: mub_hash_entry is of hash.
     word = record.name.removeprefix("mub_").split("_")[0]
     return {"name": record.name, "module": word, "size": size, "alignment": alignment,
             "summary": model.record_summary(record), "fields": fields}
@@ -70,7 +64,7 @@ def function_json(function, allocating):
 
 
 def interface_json(model, layout):
-    version = version_of(model.root)
+    version = version_text(model.root)
     return {
         "library": "mub", "version": version, "soname": f"libmub.so.{version.split('.')[0]}",
         "modules": [module._asdict() for module in model.modules.values()],
@@ -79,7 +73,7 @@ def interface_json(model, layout):
                       for found in model.callbacks.values()],
         "objects": [{"name": found.name, "type": f"{found.type}{found.code[found.code.index('['):-1]}",
                      "declaration": f"extern {found.code}",
-                     "doc": api_model.capital(headers.joined(headers.lines_of(found.comment)).partition(": ")[2])}
+                     "doc": model.object_doc(found)}
                     for found in model.objects.values()],
         "functions": [function_json(function, model.allocating) for function in model.functions.values()],
     }

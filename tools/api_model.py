@@ -203,7 +203,7 @@ class Model:
 
     # ---- the parts of a function's documentation ----
 
-    def note_of(self, name, parameter, with_counterparts=True):
+    def note_of(self, name, parameter):
         for leaned_on in self.chain(name):
             note = self.docs[leaned_on].notes.get(parameter)
             if note:
@@ -363,10 +363,10 @@ class Model:
         sentences, reference = list(self.docs[name].sentences), self.reference_of(name)
         sorted_use = sentences[0].startswith("sorted: ")
         sentences[0] = sentences[0].removeprefix("sorted: ")
-        behind = [SORTED] if sorted_use else []
+        summary, description = self.texts_of(reference) if reference else ("", "")
+        behind = [SORTED] if sorted_use and SORTED not in description else []
         if reference:
             sentences[0] = re.sub(r"^the same\b(?! as mub_)", f"as {reference},", sentences[0]).replace(",,", ",")
-            summary, description = self.texts_of(reference)
             if re.fullmatch(r"as mub_\w+\.", sentences[0]):
                 return summary, " ".join(filter(None, [*sentences[1:], *behind, description]))
             behind.append(f"{reference}: {summary} {description}".strip())
@@ -394,6 +394,9 @@ class Model:
             self.faults.append(f"{callback.path.relative_to(self.root)}: {callback.name}: no text")
         names = list(self.callbacks)
         return capital(re.sub(r"^the same\b", f"as {names[names.index(callback.name) - 1]},", text))
+
+    def object_doc(self, found):
+        return capital(headers.joined(headers.lines_of(found.comment)).removeprefix(f"{found.name}:").strip())
 
     @cached_property
     def functions(self):

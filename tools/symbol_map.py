@@ -18,6 +18,10 @@ def header_version(root):
     return tuple(int(parts[part]) for part in ("MAJOR", "MINOR", "PATCH"))
 
 
+def version_text(root):
+    return ".".join(map(str, header_version(root)))
+
+
 def map_nodes(root):
     """The names of each node of src/mub.map, in the order of the nodes."""
     path = Path(root) / "src/mub.map"

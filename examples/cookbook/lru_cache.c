@@ -33,32 +33,40 @@ static void cache_term(cache *c) {
   mub_hashx_term(&c->places);
 }
 
-/* The entry removed is the block that the addition takes: this needs no memory. */
-static item *to_head(cache *c, mub_lists_entry *place) {
-  const uint64_t value = mub_lists_remove_at(&c->order, place);
-  mub_lists_entry *head = mub_lists_add_head(&c->order, value);
-  mub_hashx_update(&c->places, item_at(value)->key, (uintptr_t)head);
-  return item_at(value);
+/* The item's place at the head; where it was when memory ran out. */
+static mub_lists_entry *to_head(cache *c, mub_lists_entry *place) {
+  mub_lists_entry *head = mub_lists_add_head(&c->order, place->value);
+  if (head == NULL) return place;
+  mub_lists_remove_at(&c->order, place);
+  mub_hashx_update(&c->places, item_at(head->value)->key, (uintptr_t)head);
+  return head;
 }
 
-static item *cache_find(cache *c, uint64_t key) {
+static const item *cache_find(cache *c, uint64_t key) {
   const uint64_t place = mub_hashx_get(&c->places, key);
-  return place != 0 ? to_head(c, (mub_lists_entry *)(uintptr_t)place) : NULL;
+  return place != 0 ? item_at(to_head(c, (mub_lists_entry *)(uintptr_t)place)->value) : NULL;
 }
 
-/* For a key that is not there. A full cache gives the block of its oldest item to the new one. */
-static int cache_add(cache *c, item added) {
-  uint64_t value;
-  if (c->order.count == ROOM) {
-    mub_hashx_remove(&c->places, item_at(mub_lists_get_tail(&c->order))->key);
-    value = mub_lists_remove_tail(&c->order);
-    mub_lists_add_head(&c->order, value);
-  } else {
-    value = mub_lists_add_head_new(&c->order, NULL);
-    if (value == 0) return 0;
-  }
-  *item_at(value) = added;
-  return mub_hashx_insert(&c->places, added.key, (uintptr_t)c->order.head);
+static mub_lists_entry *new_place(cache *c) {
+  item *fresh = mub_pool_new(c->order.value_pool);
+  mub_lists_entry *place = fresh != NULL ? mub_lists_add_head(&c->order, (uintptr_t)fresh) : NULL;
+  if (place == NULL) mub_pool_free(c->order.value_pool, fresh);
+  return place;
+}
+
+/* The place of the oldest item, without its key, for another item. */
+static mub_lists_entry *oldest_place(cache *c) {
+  mub_lists_entry *place = to_head(c, c->order.tail);
+  mub_hashx_remove(&c->places, item_at(place->value)->key);
+  return place;
+}
+
+/* For a key that is not there. Returns its item; NULL when memory ran out. */
+static const item *cache_add(cache *c, item added) {
+  mub_lists_entry *place = c->order.count < ROOM ? new_place(c) : oldest_place(c);
+  if (place == NULL) return NULL;
+  *item_at(place->value) = added;
+  return mub_hashx_insert(&c->places, added.key, (uintptr_t)place) ? item_at(place->value) : NULL;
 }
 
 int main(void) {
@@ -67,9 +75,10 @@ int main(void) {
   int done = cache_init(&squares);
   for (size_t i = 0; done && i < sizeof asked / sizeof *asked; i++) {
     const item *known = cache_find(&squares, asked[i]);
-    const char *how = known != NULL ? "known" : "computed";
-    if (known == NULL) done = cache_add(&squares, (item){asked[i], asked[i] * asked[i]});
-    if (done) printf("%d: %d, %s\n", (int)asked[i], (int)item_at(squares.order.head->value)->answer, how);
+    const item *square = known != NULL ? known : cache_add(&squares, (item){asked[i], asked[i] * asked[i]});
+    done = square != NULL;
+    if (done)
+      printf("%d: %d, %s\n", (int)asked[i], (int)square->answer, known != NULL ? "known" : "computed");
   }
   cache_term(&squares);
   return done ? EXIT_SUCCESS : EXIT_FAILURE;

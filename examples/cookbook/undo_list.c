@@ -37,16 +37,20 @@ static int toggle(mub_string *text, edit *change) {
   return done;
 }
 
+/* What is removed is handed over: its string and its block are released here. */
 static void drop_redo(editor *e) {
-  while (e->edits.tail != e->last) release_edit(mub_lists_remove_tail(&e->edits));
+  while (e->edits.tail != e->last) {
+    edit *dropped = edit_at(mub_lists_remove_tail(&e->edits));
+    if (dropped != NULL) mub_string_term(&dropped->other);
+    mub_pool_free(e->edits.value_pool, dropped);
+  }
 }
 
 static int replace(editor *e, int64_t position, int64_t length, const char *with) {
   drop_redo(e);
-  const uint64_t value = mub_lists_add_tail_new(&e->edits, NULL);
-  if (value == 0) return 0;
-  *edit_at(value) = (edit){position, length, {NULL, 0, 0}};
-  if (!mub_string_copy(&edit_at(value)->other, with, -1) || !toggle(&e->text, edit_at(value))) {
+  edit *added = edit_at(mub_lists_add_tail_new(&e->edits, NULL));
+  if (added != NULL) *added = (edit){position, length, {NULL, 0, 0}};
+  if (added == NULL || !mub_string_copy(&added->other, with, -1) || !toggle(&e->text, added)) {
     drop_redo(e);
     return 0;
   }

@@ -22,7 +22,10 @@ mub_arrayt *lines_of(std::uint64_t value) { return mub::to_pointer<mub_arrayt>(v
 bool note(mub::btree &index, std::string_view word, std::uint64_t line) {
   const auto [value, is_new] = index.set(word, [](std::uint64_t fresh) { mub_arrayt_init(lines_of(fresh)); });
   if (value == 0) return false;
-  if (is_new || mub_arrayt_get_last(lines_of(value)) != line) mub_arrayt_append(lines_of(value), line);
+  mub_arrayt *lines = lines_of(value);
+  if (!is_new && mub_arrayt_get_last(lines) == line) return true;
+  if (!mub_arrayt_expand(lines, lines->count + 1)) return false;  // appending itself would not tell
+  mub_arrayt_append(lines, line);
   return true;
 }
 
@@ -37,21 +40,26 @@ bool make_index(mub::btree &index, std::string_view text) {
   return true;
 }
 
-}  // namespace
-
-int main() {
-  mub::string text;
-  mub::btree index(mub::value_blocks{sizeof(mub_arrayt)});
-  index.c()->nocase = 1;  // "The" and "the" are one word, written as it came first
-  if (!read_all(stdin, text) || !make_index(index, text)) {
-    std::fputs("index: out of memory\n", stderr);
-    return 1;
-  }
+void print(const mub::btree &index) {
   for (auto [word, value] : index) {
     std::printf("%.*s", static_cast<int>(word.size()), word.data());
     for (std::int64_t i = 0; i < lines_of(value)->count; ++i)
       std::printf(" %" PRIu64, mub_arrayt_get_at(lines_of(value), i));
     std::puts("");
   }
+}
+
+}  // namespace
+
+int main() {
+  mub::string text;
+  mub::btree index(mub::value_blocks{sizeof(mub_arrayt)});
+  index.c()->nocase = 1;  // "The" and "the" are one word, written as it came first
+  const bool done = read_all(stdin, text) && make_index(index, text);
+  if (done)
+    print(index);
+  else
+    std::fputs("index: out of memory\n", stderr);
   index.free_all([](std::uint64_t value) { mub_arrayt_term(lines_of(value)); });  // the rest goes by itself
+  return done ? 0 : 1;
 }

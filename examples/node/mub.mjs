@@ -4,8 +4,9 @@
 //   const words = mub.make("mub_hash");
 //   mub.mub_hash_init(words, 1, 0);
 //
-// A record is memory outside of JavaScript, made with make() and passed by address; read() gives its fields. Pointers
-// to numbers take an array of one, [0], and put the result there. Texts and keys are Buffers, or strings where C says char.
+// A record is memory outside of JavaScript, made with make(), given back with free() and passed by address; read() gives
+// its fields. Pointers to numbers take an array of one, [0], and put the result there. Texts and keys are Buffers, or
+// strings where C says char.
 import { readFileSync } from "node:fs";
 import koffi from "koffi";
 
@@ -63,9 +64,10 @@ export function load({ library, api }) {
     ...Object.fromEntries(functions),
     description,
     make: (name) => koffi.alloc(records.get(name), 1),
+    free: (record) => koffi.free(record),
     read: (address, name) => koffi.decode(address, records.get(name)),
     bytes: (address, offset, length) => Buffer.from(koffi.decode(address, offset, koffi.array("uint8_t", length))),
-    // A callback lives until it is released: koffi.unregister(callback).
+    // A callback lives until it is released.
     callback: (name, method) => koffi.register(method, koffi.pointer(callbacks.get(name))),
     release: (callback) => koffi.unregister(callback),
   };

@@ -12,6 +12,7 @@ function withHash(use) {
     return use(hash);
   } finally {
     mub.mub_hash_term(hash);
+    mub.free(hash);
   }
 }
 
@@ -76,4 +77,5 @@ test("comparers sort, and pointers to numbers are filled", () => {
   assert.deepEqual([0, 1, 2].map((i) => [Number(mub.mub_arrayd_get_at(array, i, key)), key[0]]),
     [[10, 1], [20, 2], [30, 0]]);
   mub.mub_arrayd_term(array);
+  mub.free(array);
 });

@@ -246,6 +246,7 @@ class Live(unittest.TestCase):
         for name, answer in zip(DAMAGED, look(["mub check filled." + name for name in DAMAGED], 7)):
             self.assertRegex(answer, r": \d+ faults?$")
         self.assertRegex(look(["mub check filled.pool"], 7)[0], "^0xADDRESS is on the free stack 2 times\n.*: 1 fault$")
+        self.assertRegex(look(["mub check other.pool"], 7)[0], "^0xADDRESS is on the free stack, but is no block of the pool\n")
 
     @unittest.skipUnless(shutil.which("dot"), "Graphviz is not here")
     def test_pictures(self):

@@ -257,6 +257,8 @@ static void damage(everything *e) {
   mub_pool_free(&e->pool, (char *)e->pool.chunks[0] + 24);
   mub_pool_free(&e->pool, (char *)e->pool.chunks[0] + 24);
   e->array.keys.length = 3;
+  other.pool = e->pool;
+  other.pool.chunk_count = 0; /* the copy has released blocks, and no chunk that they could lie in */
 }
 
 static void stop_with_bytes(const char *where, int byte) {
