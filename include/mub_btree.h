@@ -19,7 +19,8 @@
  *          `_init` has no block size yet: store the size of your values in `value_pool->block_size` first.
  * Chain.   `prev` and `next` are exact as long as nothing was removed since the tree was last empty, and it is no
  *          clone: a removal leaves the links of the neighbours as they are, and those of a clone point into its
- *          source. Insertions never follow such a link. `_node_next` and `_node_prev` are right in every case.
+ *          source. Insertions never follow such a link. `_node_next` and `_node_prev` are right in every case, but
+ *          follow links that a caller has written over.
  * Memory.  An insertion that runs out of memory is refused as a whole. Only a split may be missing: the entry then
  *          holds more than 31 children, and splits at the next insertion there.
  * Cost.    To find a key: O(log n). An insertion, too. Releasing a tree takes O(entries), however many records they

@@ -268,9 +268,12 @@ TYPED_TEST(BTree, SwapExchangesContentsAndPools) {
   for (int owned = 0; owned < 8; ++owned) {
     for (const int64_t count : {0, 5, 520}) {
       Tree<A> a(owned), b(7 - owned);
-      const Content<A> of_a = fill(a, count), of_b = fill(b, 40);
+      const Content<A> of_a = fill(a, count);
+      Content<A> of_b = fill(b, 40);
+      of_b.erase(A::key(20));
+      call<kRemove>(b, A::key(20));
       call<kSwap>(a, &b);
-      expect_same(a, of_b, Chain::kExact);
+      expect_same(a, of_b, Chain::kStale);
       expect_same(b, of_a, Chain::kExact);
       EXPECT_EQ(b.owns_entry_pool + 2 * b.owns_node_pool + 4 * b.owns_value_pool, owned);
       for (auto *tree : {&a, &b}) call<kRemoveAll>(*tree);
@@ -296,7 +299,7 @@ TYPED_TEST(BTree, MakesDoWithThePoolsThatItGot) {
 
 // ---- walks
 
-// Records, whole leaves and more vanish under the walk; what it notes in the tree's unused bytes is spoilt.
+// Records, whole leaves and more vanish under the walk; what is noted in the tree's unused bytes is spoilt.
 TYPED_TEST(BTree, WalksWhileRecordsAreRemoved) {
   using A = TypeParam;
   for (const int64_t run : {1, 20, 100}) {
@@ -311,6 +314,7 @@ TYPED_TEST(BTree, WalksWhileRecordsAreRemoved) {
       ASSERT_EQ(call<kNodePrev>(tree, node), kept);
       const uint64_t noise = random.word();
       if (step % 3 == 0) std::memcpy(&tree.owns_entry_pool + 1, &noise, 6);
+      if (step % 4 == 0) std::memcpy(&tree.owns_node_pool + 1, &noise, 6);
       auto *next = call<kNodeNext>(tree, node);
       if (step % (run + 1) == run) {
         kept = node;
@@ -323,6 +327,27 @@ TYPED_TEST(BTree, WalksWhileRecordsAreRemoved) {
     }
     EXPECT_EQ(node, nullptr);
     expect_same(tree, content, Chain::kStale);
+  }
+}
+
+// The records of the first leaf go by hand; the links still lead to them.
+TYPED_TEST(BTree, WalksAfterRemovalsByHand) {
+  using A = TypeParam;
+  for (const bool with_leaf : {false, true}) {
+    Tree<A> tree(2);
+    const Content<A> content = fill(tree, 60);
+    auto *leaf = A::first_entry(&tree.root);
+    const int64_t removed = leaf->children.count;
+    with_leaf ? call<kRemoveEntryT>(tree, leaf) : call<kRemoveAllEntry>(tree, leaf);
+    const auto steps_to_first = [&] {
+      int64_t steps = 0;
+      auto *node = call<kNodeLast>(tree);
+      while ((node = call<kNodePrev>(tree, node)) != nullptr) ++steps;
+      return steps;
+    };
+    EXPECT_EQ(steps_to_first(), 59 - removed);
+    EXPECT_EQ(call<kInsert>(tree, content.begin()->first, 1u), 1);
+    EXPECT_EQ(steps_to_first(), 60 - removed);
   }
 }
 

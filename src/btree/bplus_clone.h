@@ -87,6 +87,7 @@ class Cloning {
 
   // Walks both trees side by side, parents first.
   bool copy_below(const Entry &source_top, Entry &copy_top) {
+    note_links(copy_, false);  // they lead into the source
     const Entry *from = &source_top;
     Entry *to = &copy_top;
     copy_top.level = source_top.level;

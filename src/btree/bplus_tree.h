@@ -20,7 +20,7 @@
 //   5. An entry has at most 31 children, but for one whose split found no memory.
 //   6. `count` is the number of records.
 //   7. Without removals since the tree was empty, and unless it is a clone, `prev` and `next` are the neighbours in key
-//      order. Otherwise a link may lead anywhere, and nothing follows it.
+//      order. Otherwise a link may lead anywhere, and nothing follows it: a note (tree_note.h) tells which.
 //   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is the entry
 //      pool. Live blocks of owned pools are the tree's and what the caller took there; a record on a free stack has no
 //      key (0, 0).
@@ -45,6 +45,7 @@
 #include "arrays/slot_table.h"
 #include "btree/bplus_entries.h"
 #include "btree/node_search.h"
+#include "btree/tree_note.h"
 #include "btree/tree_walk.h"
 #include "core/pool.h"
 #include "core/value_pool.h"
@@ -75,20 +76,18 @@ Place<Kind> locate(const TreeOf<Kind> &tree, const EntryOf<Kind> &from, KeyOf<Ki
   return Kind::with_order(tree, key, [&](const auto &order) { return locate_below<Kind>(from, order); });
 }
 
-// For insertions: keys that come in ascending order go behind the last one without a search.
-template <class Kind>
-Place<Kind> locate_new(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  return Kind::with_order(tree, key, [&](const auto &order) -> Place<Kind> {
-    EntryOf<Kind> *leaf = last_leaf(tree.root);
-    const int64_t count = leaf->children.count;
-    if (count > 0 && order(*record_at<Kind>(*leaf, count - 1)) < 0) return {leaf, {count, false}};
-    return locate_below<Kind>(tree.root, order);
-  });
-}
-
 // ---- insertion
 
-// Links a record between its neighbours, which are taken from the leaves: links may be stale.
+// Links a record with those beside it, either of which may be missing: old links may be stale.
+template <class Record>
+void link(Record *prev, Record &record, Record *next) {
+  record.prev = prev;
+  record.next = next;
+  if (prev != nullptr) prev->next = &record;
+  if (next != nullptr) next->prev = &record;
+}
+
+// Links a record between its neighbours, which are taken from the leaves.
 template <class Kind>
 void set_next(EntryOf<Kind> &leaf, int64_t index) {
   using Record = RecordOf<Kind>;
@@ -103,10 +102,7 @@ void set_next(EntryOf<Kind> &leaf, int64_t index) {
   Record *record = record_at<Kind>(leaf, index);
   Record *prev = index > 0 ? record_at<Kind>(leaf, index - 1) : last_of(previous_leaf(leaf));
   Record *next = index < count - 1 ? record_at<Kind>(leaf, index + 1) : first_of(next_leaf(leaf));
-  record->prev = prev;
-  record->next = next;
-  if (prev != nullptr) prev->next = record;
-  if (next != nullptr) next->prev = record;
+  link(prev, *record, next);
 }
 
 // A block of the node pool with the key; nullptr when either cannot be had.
@@ -120,6 +116,18 @@ RecordOf<Kind> *record_new(TreeOf<Kind> &tree, KeyOf<Kind> key) {
   return nullptr;
 }
 
+// Makes a record and a child of the leaf of it; nullptr when memory runs out.
+template <class Kind>
+inline RecordOf<Kind> *add_record(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, int64_t index, KeyOf<Kind> key) {
+  leaf.children.pool = tree.node_pool;
+  if (!slots::expand(leaf.children, leaf.children.count + 1)) return nullptr;
+  RecordOf<Kind> *record = record_new<Kind>(tree, key);
+  if (record == nullptr) return nullptr;
+  insert_child(leaf.children, index, record);
+  ++tree.count;
+  return record;
+}
+
 // Finds the record of a key or makes it; nullptr when it can be neither.
 template <class Kind>
 RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Kind> key, bool &inserted) {
@@ -127,23 +135,48 @@ RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Ki
   if (place.spot.found) return place.record();
   EntryOf<Kind> &leaf = *place.leaf;
   if (leaf.level > 0) return nullptr;  // emptied by itself
-  leaf.children.pool = tree.node_pool;
-  if (!slots::expand(leaf.children, leaf.children.count + 1)) return nullptr;
-  RecordOf<Kind> *record = record_new<Kind>(tree, key);
+  RecordOf<Kind> *record = add_record<Kind>(tree, leaf, place.spot.index, key);
   if (record == nullptr) return nullptr;
-  insert_child(leaf.children, place.spot.index, record);
-  ++tree.count;
   // Elsewhere the name is right, but for the root's, which is compared every time.
   if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name<Kind>(tree, leaf);
   set_next<Kind>(leaf, place.spot.index);
+  if (&leaf == &tree.root && leaf.children.count == 1) note_links(tree, true);
   if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
   inserted = true;
   return record;
 }
 
+// The same behind all records of the tree, of which `leaf` has the last: every name above changes, and the new record's
+// only neighbour is that one.
+template <class Kind>
+RecordOf<Kind> *append(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, bool &inserted) {
+  const int64_t count = leaf.children.count;
+  RecordOf<Kind> *record = add_record<Kind>(tree, leaf, count, key);
+  inserted = record != nullptr;
+  if (record == nullptr) return nullptr;
+  EntryOf<Kind> *entry = &leaf;
+  for (; entry->parent != nullptr; entry = entry->parent) Kind::copy_key(*entry, *record);
+  if (!Kind::has_name(tree, *entry, *record)) Kind::copy_key(*entry, *record);  // the root
+  link<RecordOf<Kind>>(record_at<Kind>(leaf, count - 1), *record, nullptr);
+  if (count + 1 >= kOrder) split<Kind>(tree, leaf);
+  return record;
+}
+
+// Whether a key belongs behind all records of the tree, of which `leaf` has the last.
+template <class Kind>
+bool is_behind_all(const TreeOf<Kind> &tree, const EntryOf<Kind> &leaf, KeyOf<Kind> key) {
+  const int64_t count = leaf.children.count;
+  if (count < 1) return false;
+  const RecordOf<Kind> &last = *record_at<Kind>(leaf, count - 1);
+  return Kind::with_order(tree, key, [&](const auto &order) { return order(last) < 0; });
+}
+
+// Keys that come in ascending order go behind the last one without a search.
 template <class Kind>
 RecordOf<Kind> *insert(TreeOf<Kind> &tree, KeyOf<Kind> key, bool &inserted) {
-  return insert_at<Kind>(tree, locate_new<Kind>(tree, key), key, inserted);
+  EntryOf<Kind> *last = last_leaf(tree.root);
+  if (is_behind_all<Kind>(tree, *last, key)) return append<Kind>(tree, *last, key, inserted);
+  return insert_at<Kind>(tree, locate<Kind>(tree, tree.root, key), key, inserted);
 }
 
 template <class Kind>
@@ -226,6 +259,7 @@ Entry *top_of_removal(Entry &entry) {
 
 template <class Kind>
 void remove_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
+  note_links(tree, false);
   EntryOf<Kind> *top = top_of_removal(entry);
   if (&entry == &tree.root) return;
   if (top == &tree.root) {
@@ -251,6 +285,7 @@ uint64_t remove(TreeOf<Kind> &tree, KeyOf<Kind> key) {
   RecordOf<Kind> *record = place.record();
   if (record == nullptr) return 0;
   const uint64_t value = record->value;
+  note_links(tree, false);
   slots::remove_at(place.leaf->children, place.spot.index);
   set_name<Kind>(tree, *place.leaf);
   if (place.leaf->children.count == 0) remove_entry<Kind>(tree, *place.leaf);

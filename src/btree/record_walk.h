@@ -1,18 +1,19 @@
 // Steps from record to record, right whatever was removed or cloned before.
 //
+// While the links of a tree hold, small trees are walked along them. In large ones they lead from one miss of the cache to
+// the next; there, and where links are stale, a walk goes along the leaves, whose tables tell ahead what to fetch.
+//
 // A record does not say which leaf it is in. So the tree notes the way from its root to where the last step stood, and
 // the next one follows it down, which compares no keys. Only a way that ends at the very record counts; any other, because
-// the tree has changed or a walk begins, costs a search. So a note may say anything, and nothing has to keep it true.
+// the tree has changed or a walk begins, costs a search. So a noted way may be any, and nothing has to keep it true.
 #ifndef MUB_BTREE_RECORD_WALK_H
 #define MUB_BTREE_RECORD_WALK_H
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "btree/bplus_tree.h"
-#include "core/bytes.h"
+#include "btree/tree_note.h"
 #include "core/prefetch.h"
 
 namespace mub::bplus {
@@ -29,44 +30,15 @@ RecordOf<Kind> *last_record(const TreeOf<Kind> &tree) {
   return leaf->children.count < 1 ? nullptr : record_at<Kind>(*leaf, leaf->children.count - 1);
 }
 
-// A way has the index of a child for every level, the one in the leaf lowest. Indexes of over-full entries and levels
-// above the highest are lost.
-constexpr int kIndexBits = 5;
-constexpr uint64_t kIndexMask = (1 << kIndexBits) - 1;
-constexpr int kHighestLevel = 8;
-
 // How many records ahead a walk fetches.
 constexpr int64_t kPrefetchRecords = 8;
 constexpr int64_t kWordsPerCacheLine = 8;
 
+// So many records, in the order of their keys, stay in the caches.
+constexpr int64_t kRecordsInCache = 0x2000;
+
 // Trees of fewer levels stay in the caches, and a walk only loses by fetching ahead.
 constexpr int kLevelsInCache = 3;
-
-// The note lies in the bytes behind owns_entry_pool, which no field uses. They are read and written with that flag, as one
-// word: a load of bytes that were stored in parts would wait for all that goes before.
-constexpr int kFlagBits = 16;
-constexpr int kWayBits = 64 - kFlagBits;
-constexpr int kWayShift = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? kFlagBits : 0;
-constexpr uint64_t kWayMask = ((uint64_t{1} << kWayBits) - 1) << kWayShift;
-static_assert((kHighestLevel + 1) * kIndexBits <= kWayBits);
-
-template <class Tree>
-const uint8_t *note_of(const Tree &tree) {
-  static_assert(offsetof(Tree, node_pool) - offsetof(Tree, owns_entry_pool) == sizeof(uint64_t));
-  return reinterpret_cast<const uint8_t *>(&tree) + offsetof(Tree, owns_entry_pool);
-}
-
-template <class Tree>
-uint64_t noted_way(const Tree &tree) {
-  return (bytes::load<uint64_t>(note_of(tree)) & kWayMask) >> kWayShift;
-}
-
-template <class Tree>
-void note_way(const Tree &tree, uint64_t way) {
-  auto *note = const_cast<uint8_t *>(note_of(tree));
-  const uint64_t word = (bytes::load<uint64_t>(note) & ~kWayMask) | (way << kWayShift & kWayMask);
-  std::memcpy(note, &word, sizeof word);
-}
 
 template <class Entry>
 uint64_t way_to(const Entry &leaf, int64_t index) {
@@ -175,6 +147,7 @@ __attribute__((noinline)) RecordOf<Kind> *step_far(const TreeOf<Kind> &tree, con
 
 template <class Kind, int kStep>
 RecordOf<Kind> *step(const TreeOf<Kind> &tree, const RecordOf<Kind> &record) {
+  if (tree.count <= kRecordsInCache && links_hold(tree)) return kStep > 0 ? record.next : record.prev;
   RecordOf<Kind> *next = step_in_leaf<Kind, kStep>(tree, record);
   return next != nullptr ? next : step_far<Kind, kStep>(tree, record);
 }
