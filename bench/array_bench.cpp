@@ -59,7 +59,7 @@ void find_mub(benchmark::State &state) {
   const auto texts = mub_bench::random_keys(state.range(0), 1);
   Array array(texts);
   mub_array_qsort(&array, 1);
-  const auto wanted = mub_bench::shuffled(texts);
+  const auto wanted = mub_bench::drawn(texts);
   for (auto _ : state) {
     uint64_t sum = 0;
     for (const auto &text : wanted) {
@@ -67,17 +67,19 @@ void find_mub(benchmark::State &state) {
     }
     benchmark::DoNotOptimize(sum);
   }
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
 }
 
 void find_std(benchmark::State &state) {
   auto texts = mub_bench::random_keys(state.range(0), 1);
-  const auto wanted = mub_bench::shuffled(texts);
+  const auto wanted = mub_bench::drawn(texts);
   std::sort(texts.begin(), texts.end());
   for (auto _ : state) {
     int64_t sum = 0;
     for (const auto &text : wanted) sum += std::lower_bound(texts.begin(), texts.end(), text) - texts.begin();
     benchmark::DoNotOptimize(sum);
   }
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
 }
 
 using Pairs = std::vector<std::pair<uint64_t, uint64_t>>;
@@ -127,17 +129,18 @@ void find_integers_mub(benchmark::State &state) {
   const Pairs pairs = random_pairs(state.range(0));
   Integers array(pairs);
   mub_arrayx_qsort(&array, 1);
-  const Pairs wanted = mub_bench::shuffled(pairs);
+  const Pairs wanted = mub_bench::drawn(pairs);
   for (auto _ : state) {
     uint64_t sum = 0;
     for (const auto &pair : wanted) sum += mub_arrayx_find(&array, pair.first);
     benchmark::DoNotOptimize(sum);
   }
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
 }
 
 void find_integers_std(benchmark::State &state) {
   Pairs pairs = random_pairs(state.range(0));
-  const Pairs wanted = mub_bench::shuffled(pairs);
+  const Pairs wanted = mub_bench::drawn(pairs);
   std::sort(pairs.begin(), pairs.end());
   for (auto _ : state) {
     uint64_t sum = 0;
@@ -146,6 +149,7 @@ void find_integers_std(benchmark::State &state) {
     }
     benchmark::DoNotOptimize(sum);
   }
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
 }
 
 [[maybe_unused]] const bool registered = [] {

@@ -52,6 +52,19 @@ std::vector<Item> shuffled(std::vector<Item> items) {
   return items;
 }
 
+// Enough look-ups that a small container's run is not learned by heart by the branch predictor.
+constexpr int64_t kLookups = 200000;
+
+// Items drawn at random, at least as many as there are.
+template <class Item>
+std::vector<Item> drawn(const std::vector<Item> &items) {
+  std::mt19937_64 random(42);
+  std::vector<Item> wanted;
+  const auto count = static_cast<int64_t>(items.size());
+  for (int64_t i = 0; i < std::max(kLookups, count); ++i) wanted.push_back(items[random() % items.size()]);
+  return wanted;
+}
+
 inline int64_t heap_bytes_in_use() {
   const struct mallinfo2 info = mallinfo2();
   return static_cast<int64_t>(info.uordblks + info.hblkhd);

@@ -145,11 +145,7 @@ void insert(benchmark::State &state, MakeKeys make_keys) {
 template <class Map, class Keys>
 void look_up(benchmark::State &state, const Keys &keys) {
   const auto map = filled<Map>(keys);
-  Keys wanted;
-  std::mt19937_64 random(42);
-  for (int64_t i = 0; i < std::max(kKeysInAll, state.range(0)); ++i) {
-    wanted.push_back(keys[random() % keys.size()]);
-  }
+  const Keys wanted = mub_bench::drawn(keys);
   for (auto _ : state) {
     uint64_t sum = 0;
     for (const auto &key : wanted) sum += map->get(key);

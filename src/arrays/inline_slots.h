@@ -17,6 +17,7 @@
 #include "arrays/sort.h"
 #include "core/alloc.h"
 #include "core/growth.h"
+#include "core/prefetch.h"
 #include "core/unit_buffer.h"
 #include "mub_array.h"
 
@@ -40,7 +41,7 @@ inline uint64_t &word(mub_arrayt &array, int64_t index) {
   return index < kInlineWords ? array.inline_items[index] : array.tail[index - kInlineWords];
 }
 
-inline uint64_t word(const mub_arrayt &array, int64_t index) {
+inline const uint64_t &word(const mub_arrayt &array, int64_t index) {
   assert(index < kInlineWords || array.tail != nullptr);
   return index < kInlineWords ? array.inline_items[index] : array.tail[index - kInlineWords];
 }
@@ -158,9 +159,10 @@ inline void swap(mub_arrayt &a, mub_arrayt &b) {
 
 // Words are compared by the sign of the wrapped difference of their low 32 bits.
 inline Spot find(const mub_arrayt &array, uint64_t key) {
-  return binary_search(used(array), array.descending != 0, [&array, key](int64_t i) {
-    return static_cast<int>(static_cast<uint32_t>(word(array, i) - key));
-  });
+  return binary_search_without_branches(
+      used(array), array.descending != 0,
+      [&](int64_t i) { return static_cast<int>(static_cast<uint32_t>(word(array, i) - key)); },
+      [&](int64_t i) { prefetch(&word(array, i)); });
 }
 
 // ---- sorting, by all bits as unsigned values

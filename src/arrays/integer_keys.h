@@ -31,12 +31,12 @@ struct SlotPolicy<mub_arrayx> : IntegerSlots<mub_arrayx, mub_arrayx_entry> {};
 // Entries against a searched key.
 template <class Integer>
 struct IntegerOrder {
+  static constexpr bool kHasNoBranches = true;
   Integer key;
 
   template <class Entry>
-  int operator()(const Entry &entry) const {
-    const auto difference = static_cast<std::make_signed_t<Integer>>(entry.key - key);
-    return difference < 0 ? -1 : difference != 0;
+  auto operator()(const Entry &entry) const {
+    return static_cast<std::make_signed_t<Integer>>(entry.key - key);
   }
 };
 template <class Integer>

@@ -1,5 +1,5 @@
-// The one binary search. Every probe shrinks the range, so a search with an inconsistent order ends as well, at an
-// arbitrary place inside the table.
+// The binary search, in two forms that probe the same slots. Every probe shrinks the range, so a search with an
+// inconsistent order ends as well, at an arbitrary place inside the table.
 #ifndef MUB_ARRAYS_SEARCH_H
 #define MUB_ARRAYS_SEARCH_H
 
@@ -37,6 +37,36 @@ Spot search_in_order(int64_t count, CompareAt compare_at) {
 template <class CompareAt>
 Spot binary_search(int64_t count, bool descending, CompareAt compare_at) {
   return descending ? search_in_order<true>(count, compare_at) : search_in_order<false>(count, compare_at);
+}
+
+// For orders that are the sign of a difference. Among keys that come at random, a branch on it is mispredicted every other
+// time; so here the sign is a mask that moves the bounds. As the processor then loads nothing ahead, `fetch` is called for
+// the slots about which the next probe but one will be.
+template <bool kDescending, class CompareAt, class Fetch>
+Spot search_without_branches(int64_t count, CompareAt compare_at, Fetch fetch) {
+  int64_t low = 0;
+  int64_t high = count - 1;
+  while (low <= high) {
+    const int64_t middle = (low + high) >> 1;
+    const int64_t eighth = (high - low) >> 3;
+    fetch(low + eighth);
+    fetch(low + 3 * eighth);
+    fetch(middle + eighth);
+    fetch(high - eighth);
+    const auto difference = compare_at(middle);
+    if (difference == 0) return {middle, true};
+    const int64_t is_less = difference >> (8 * sizeof difference - 1);
+    const int64_t goes_up = kDescending ? ~is_less : is_less;
+    low += (middle + 1 - low) & goes_up;
+    high += (middle - 1 - high) & ~goes_up;
+  }
+  return {low, false};
+}
+
+template <class CompareAt, class Fetch>
+Spot binary_search_without_branches(int64_t count, bool descending, CompareAt compare_at, Fetch fetch) {
+  return descending ? search_without_branches<true>(count, compare_at, fetch)
+                    : search_without_branches<false>(count, compare_at, fetch);
 }
 
 // The equal slot, else the one that the key would push up, else the last one; -1 in an empty table.

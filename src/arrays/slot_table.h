@@ -33,6 +33,7 @@
 #include "core/alloc.h"
 #include "core/growth.h"
 #include "core/pool.h"
+#include "core/prefetch.h"
 #include "core/unit_buffer.h"
 #include "core/value_pool.h"
 #include "mub_array.h"
@@ -320,7 +321,13 @@ void free_at(Record &array, int64_t index, mub_free_fn release_it) {
 template <class Record, class SlotOrder>
 Spot find(const Record &array, SlotOrder order) {
   const SlotOf<Record> *first = table(array);
-  return binary_search(used(array), array.descending != 0, [&](int64_t i) { return order(first[i]); });
+  const auto compare_at = [&](int64_t i) { return order(first[i]); };
+  if constexpr (SlotOrder::kHasNoBranches) {
+    return binary_search_without_branches(used(array), array.descending != 0, compare_at,
+                                          [first](int64_t i) { prefetch(first + i); });
+  } else {
+    return binary_search(used(array), array.descending != 0, compare_at);
+  }
 }
 
 template <class Record, class SlotOrder>
