@@ -60,6 +60,20 @@ TEST(Format, PrintsWholeIntoTheBufferThatItEstimates) {
   expect_format(5 + 96, "%9%%d", 1);
 }
 
+TEST(Format, PrintsPlainConversionsAsTheRuntimeDoes) {
+  for (const int64_t number :
+       {int64_t{0}, int64_t{9}, int64_t{-10}, int64_t{0x89ABCDEF}, INT64_MIN, INT64_MAX, int64_t{-1}}) {
+    const auto low = static_cast<int>(number);
+    const auto word = static_cast<uint64_t>(number);
+    expect_format(11 + 3 * 32, "%d, %i, %u.", low, low, static_cast<unsigned>(number));
+    expect_format(15 + 4 * 32, "%ld %lld %zd,%i", long{number}, static_cast<long long>(number),
+                  ssize_t{number}, low);
+    expect_format(14 + 3 * 32, "%lu %llu %zu", word, static_cast<unsigned long long>(word), size_t{word});
+    expect_format(8 + 2 * 32, "%hd %hhu", low, low);
+    expect_format(14 + 7 * 32 + 3, "%c<%s>%%%%%c%c", 'a' + low % 9, "tex", 0, 0xE4);
+  }
+}
+
 TEST(Format, TakesArgumentsWithTheirOwnTypesBeforeAText) {
   const std::string text(70, 'x');
   const char *x = text.data();

@@ -12,7 +12,7 @@ extern "C" {
 void mub_arrayd_to_string(const mub_arrayd *array, int separator, mub_string *string) {
   const int64_t count = slots::used(*array);
   pieces::join(*string, std::max<int64_t>(count * 5 - 1, 0), separator, [array, count](auto visit) {
-    for (int64_t i = 0; i < count; ++i) visit(number::IntegerText(array->entries[i].key));
+    for (int64_t i = 0; i < count; ++i) visit(number::IntegerText(int64_t{array->entries[i].key}));
   });
 }
 

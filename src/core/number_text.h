@@ -118,10 +118,12 @@ class IntegerText {
  public:
   static constexpr int64_t kMaxLength = 20;
 
+  explicit IntegerText(uint64_t magnitude, bool is_negative = false)
+      : is_negative_(is_negative),
+        magnitude_(magnitude),
+        length_(digit_count(magnitude) + (is_negative ? 1 : 0)) {}
   explicit IntegerText(int64_t value)
-      : is_negative_(value < 0),
-        magnitude_(is_negative_ ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value)),
-        length_(digit_count(magnitude_) + (is_negative_ ? 1 : 0)) {}
+      : IntegerText(value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value), value < 0) {}
 
   int64_t length() const { return length_; }
 
