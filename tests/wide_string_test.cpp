@@ -15,6 +15,7 @@
 #include "support/guarded.h"
 #include "support/random.h"
 #include "support/strings.h"
+#include "text/word_search.h"
 
 namespace {
 
@@ -157,6 +158,33 @@ TEST(WideUnits, AgreeWithTheStandardAlgorithms) {
     ASSERT_EQ(mub_wchar_cmp(left.units(), left.count(), right.units(), right.count()),
               differ ? *x - *y : lengths);
   }
+}
+
+// All patterns of up to 6 units and all texts of up to 9, of two sorts; each bit is one. Searches fall back on this one
+// where their hits keep beginning within units.
+TEST(WideUnits, AreFoundInLinearTime) {
+  const auto units_of = [](uint32_t bits, int64_t count) {
+    Sequence units;
+    for (int64_t i = 0; i < count; ++i) units.push_back(bits >> i & 1 ? 0x0100 : 0x0001);
+    return units;
+  };
+  for (int64_t length = 1; length <= 6; ++length) {
+    for (uint32_t pattern = 0; pattern < 1u << length; ++pattern) {
+      const Sequence wanted = units_of(pattern, length);
+      for (uint32_t bits = 1; bits < 1u << 10; ++bits) {
+        const int64_t count = 31 - __builtin_clz(bits);  // below the highest bit
+        const Sequence text = units_of(bits, count);
+        const auto hit = std::search(text.begin(), text.end(), wanted.begin(), wanted.end());
+        const int64_t found =
+            mub::wide::find_in_linear_time<uint16_t>({text.data(), count}, {wanted.data(), length});
+        ASSERT_EQ(found, hit == text.end() ? -1 : hit - text.begin()) << pattern << " in " << bits;
+      }
+    }
+  }
+  Sequence hostile(3000, 0x0100), ones(100, 0x0001);
+  hostile.insert(hostile.end(), ones.begin(), ones.end());
+  EXPECT_EQ(mub_wchar_str(hostile.data(), 3100, ones.data(), 100), 3000);
+  EXPECT_EQ(mub_wchar_str(hostile.data(), 3099, ones.data(), 100), -1);
 }
 
 TEST(WideUnits, AreComparedWithoutCaseUpTo255) {

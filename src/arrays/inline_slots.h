@@ -41,7 +41,7 @@ inline uint64_t &word(mub_arrayt &array, int64_t index) {
   return index < kInlineWords ? array.inline_items[index] : array.tail[index - kInlineWords];
 }
 
-inline const uint64_t &word(const mub_arrayt &array, int64_t index) {
+inline uint64_t word(const mub_arrayt &array, int64_t index) {
   assert(index < kInlineWords || array.tail != nullptr);
   return index < kInlineWords ? array.inline_items[index] : array.tail[index - kInlineWords];
 }
@@ -162,7 +162,9 @@ inline Spot find(const mub_arrayt &array, uint64_t key) {
   return binary_search_without_branches(
       used(array), array.descending != 0,
       [&](int64_t i) { return static_cast<int>(static_cast<uint32_t>(word(array, i) - key)); },
-      [&](int64_t i) { prefetch(&word(array, i)); });
+      [&](int64_t i) {
+        if (i >= kInlineWords) prefetch(array.tail + i - kInlineWords);
+      });
 }
 
 // ---- sorting, by all bits as unsigned values

@@ -290,7 +290,7 @@ int64_t print(mub_string &string, const char *format, va_list list) {
 // Fills an empty string; false when memory runs out or the runtime cannot print.
 bool print_whole(mub_string &string, const char *format, va_list list) {
   const Estimate estimated = estimate(format, list);
-  if (!buffer::expand(string, estimated.length)) return false;
+  if (!buffer::grow(string, estimated.length)) return false;
   int64_t length = estimated.is_plain ? print_plain(string.data, format, list) : print(string, format, list);
   if (length > string.capacity && buffer::expand(string, length)) length = print(string, format, list);
   // Still too long where memory ran out.

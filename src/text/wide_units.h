@@ -16,6 +16,7 @@
 #include "core/text_span.h"
 #include "core/unit_buffer.h"
 #include "mub_wchar.h"
+#include "text/word_search.h"
 
 namespace mub {
 
@@ -36,18 +37,25 @@ inline int64_t char_count(const uint16_t *text, int64_t max_count = INT64_MAX) {
   return count;
 }
 
-// The first index at which `length` words, at least one, occur among `count`; occurrences that begin within a word
-// are none.
+// The first index at which `length` words, at least one, occur among `count`. Occurrences that begin within a word are
+// none. Where they keep coming, each after a search of its own, the rest is left to the search for hostile texts.
 template <class Word>
 int64_t find_words(const uint16_t *data, int64_t count, const uint16_t *words, int64_t length) {
   constexpr int64_t size = sizeof(Word);
+  constexpr int64_t kPatience = 64;
   const uint8_t *text = bytes::as_bytes(data);
+  int64_t false_work = 0;
   for (int64_t i = 0; length <= count - i;) {
     const int64_t found = bytes::find(text + i * size, (count - i) * size, words, length * size);
     if (found < 0) return -1;
     i += found / size;
     if (found % size == 0) return i;
     ++i;
+    false_work += 1 + length;
+    if (false_work > kPatience * length + i) {
+      const int64_t rest = find_in_linear_time<Word>({text + i * size, count - i}, {words, length});
+      return rest < 0 ? -1 : i + rest;
+    }
   }
   return -1;
 }
