@@ -19,8 +19,8 @@
  *          `_init` has no block size yet: store the size of your values in `value_pool->block_size` first.
  * Chain.   `prev` and `next` are exact as long as nothing was removed since the tree was last empty, and it is no
  *          clone: a removal leaves the links of the neighbours as they are, and those of a clone point into its
- *          source. Insertions never follow such a link. `_node_next` and `_node_prev` are right in every case, but
- *          follow links that a caller has written over.
+ *          source. Insertions never follow such a link. `_node_next` and `_node_prev` are right whatever was removed, as
+ *          long as the caller leaves the links to the tree and copies the tree's record as a whole, if ever.
  * Memory.  An insertion that runs out of memory is refused as a whole. Only a split may be missing: the entry then
  *          holds more than 31 children, and splits at the next insertion there.
  * Cost.    To find a key: O(log n). An insertion, too. Releasing a tree takes O(entries), however many records they
@@ -299,7 +299,8 @@ MUB_API void mub_btree_set_next(mub_btree_entry *leaf, int64_t index);
 MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
 
 /* mub_btree_split_entry: move the upper half of an entry's children to a new entry of the same level and parent, which
- * the parent does not hold yet. Both take the keys of their last children.
+ * the parent does not hold yet. Both take the keys of their last children. Fewer than two children leave a half that has
+ * none and keeps its key: searches may end there.
  * Returns the new entry; NULL when memory ran out, nothing is moved then. */
 MUB_API mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry);
 

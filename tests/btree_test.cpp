@@ -330,24 +330,49 @@ TYPED_TEST(BTree, WalksWhileRecordsAreRemoved) {
   }
 }
 
-// The records of the first leaf go by hand; the links still lead to them.
-TYPED_TEST(BTree, WalksAfterRemovalsByHand) {
+// The records that a walk from either end meets.
+template <class A>
+std::pair<int64_t, int64_t> walked(Tree<A> &tree) {
+  std::pair<int64_t, int64_t> counts;
+  for (auto *node = call<kNodeFirst>(tree); node != nullptr; node = call<kNodeNext>(tree, node))
+    ++counts.first;
+  for (auto *node = call<kNodeLast>(tree); node != nullptr; node = call<kNodePrev>(tree, node))
+    ++counts.second;
+  return counts;
+}
+
+// A leaf loses its records, or half of them, or its place, by hand; the links do not tell.
+TYPED_TEST(BTree, WalksWhatPartsMadeByHandHaveLeft) {
   using A = TypeParam;
-  for (const bool with_leaf : {false, true}) {
+  using Counts = std::pair<int64_t, int64_t>;
+  for (const auto part : {kRemoveAllEntry, kRemoveEntryT, kSplitEntry}) {
     Tree<A> tree(2);
     const Content<A> content = fill(tree, 60);
     auto *leaf = A::first_entry(&tree.root);
-    const int64_t removed = leaf->children.count;
-    with_leaf ? call<kRemoveEntryT>(tree, leaf) : call<kRemoveAllEntry>(tree, leaf);
-    const auto steps_to_first = [&] {
-      int64_t steps = 0;
-      auto *node = call<kNodeLast>(tree);
-      while ((node = call<kNodePrev>(tree, node)) != nullptr) ++steps;
-      return steps;
-    };
-    EXPECT_EQ(steps_to_first(), 59 - removed);
+    int64_t left = 60 - leaf->children.count;
+    if (part == kRemoveAllEntry) call<kRemoveAllEntry>(tree, leaf);
+    if (part == kRemoveEntryT) call<kRemoveEntryT>(tree, leaf);
+    if (part == kSplitEntry) {
+      auto *upper = call<kSplitEntry>(tree, leaf);
+      left += leaf->children.count;
+      call<kRemoveAllEntry>(tree, upper);
+      mub_pool_free(tree.entry_pool, upper);
+    }
+    EXPECT_EQ(walked(tree).second, left);
+    if (part != kRemoveAllEntry) continue;
     EXPECT_EQ(call<kInsert>(tree, content.begin()->first, 1u), 1);
-    EXPECT_EQ(steps_to_first(), 60 - removed);
+    EXPECT_EQ(walked(tree), Counts(left + 1, left + 1));
+  }
+  // A record in a half that was empty is not linked with its neighbour.
+  const Content<A> keys = content_of<A>(2);
+  for (const bool is_emptied : {false, true}) {
+    Tree<A> tree;
+    call<kInsert>(tree, keys.rbegin()->first, 1u);
+    if (is_emptied) call<kRemoveAll>(tree);
+    call<kSplit>(tree, &tree.root);
+    for (const auto &[key, value] : keys)
+      call<kNodeGet>(tree, key) != nullptr || call<kInsert>(tree, key, value);
+    EXPECT_EQ(walked(tree).first, 2);
   }
 }
 
@@ -426,6 +451,15 @@ TEST(BTreeOfBytes, CaseFollowsTheFieldWhichStaysWithItsRecord) {
   mub_btree_swap(&tree, &exact);
   mub_btree_clone(&exact, nullptr, &tree, nullptr, nullptr);
   EXPECT_EQ(tree.nocase - exact.nocase, 1);
+}
+
+TEST(BTreeOfBytes, NamesOfEmptyHalvesStayInTheStore) {
+  Bytes tree;
+  for (const char *key : {"b", "c"}) mub_btree_insert(&tree, key, -1, 1);
+  mub_btree_split(&tree, &tree.root);
+  mub_btree_split(&tree, mub_btree_first_entry(&tree.root));
+  EXPECT_EQ(mub_btree_remove(&tree, "b", 1), 1u);
+  EXPECT_EQ(mub_btree_find(&tree, "a", 1), 0);
 }
 
 TEST(BTreeOfBytes, KeysArePackedInTheOrderOfInsertion) {

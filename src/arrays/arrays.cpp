@@ -13,7 +13,7 @@ namespace {
 
 // Stored items against a searched key, through a caller's comparer.
 struct ItemOrder {
-  static constexpr bool kHasNoBranches = false;
+  static constexpr bool kIsDifference = false;
   uint64_t key;
   uint64_t context;
   mub_compare_item_fn call;
@@ -23,7 +23,7 @@ struct ItemOrder {
 };
 
 struct ContextOrder {
-  static constexpr bool kHasNoBranches = false;
+  static constexpr bool kIsDifference = false;
   uint64_t context;
   uint64_t key;
   uint64_t extra;

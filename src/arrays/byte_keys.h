@@ -76,7 +76,7 @@ struct SlotPolicy<mub_array> {
 
 // Entries against a searched key, byte by byte as unsigned values, the shorter of two that agree first.
 struct ByteOrder {
-  static constexpr bool kHasNoBranches = false;
+  static constexpr bool kIsDifference = false;
   const mub_array &array;
   ByteKey key;
 

@@ -28,10 +28,10 @@ struct SlotPolicy<mub_arrayd> : IntegerSlots<mub_arrayd, mub_arrayd_entry> {};
 template <>
 struct SlotPolicy<mub_arrayx> : IntegerSlots<mub_arrayx, mub_arrayx_entry> {};
 
-// Entries against a searched key.
+// Entries against a searched key, by the sign of the difference.
 template <class Integer>
 struct IntegerOrder {
-  static constexpr bool kHasNoBranches = true;
+  static constexpr bool kIsDifference = true;
   Integer key;
 
   template <class Entry>

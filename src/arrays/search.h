@@ -41,7 +41,7 @@ Spot binary_search(int64_t count, bool descending, CompareAt compare_at) {
 
 // For orders that are the sign of a difference. Among keys that come at random, a branch on it is mispredicted every other
 // time; so here the sign is a mask that moves the bounds. As the processor then loads nothing ahead, `fetch` is called for
-// the slots about which the next probe but one will be.
+// the four slots near which the probe after the next will fall.
 template <bool kDescending, class CompareAt, class Fetch>
 Spot search_without_branches(int64_t count, CompareAt compare_at, Fetch fetch) {
   int64_t low = 0;

@@ -318,11 +318,12 @@ void free_at(Record &array, int64_t index, mub_free_fn release_it) {
 
 // ---- sorted arrays
 
+// An order says with kIsDifference whether its sign is all that it compares, and can be a mask.
 template <class Record, class SlotOrder>
 Spot find(const Record &array, SlotOrder order) {
   const SlotOf<Record> *first = table(array);
   const auto compare_at = [&](int64_t i) { return order(first[i]); };
-  if constexpr (SlotOrder::kHasNoBranches) {
+  if constexpr (SlotOrder::kIsDifference) {
     return binary_search_without_branches(used(array), array.descending != 0, compare_at,
                                           [first](int64_t i) { prefetch(first + i); });
   } else {

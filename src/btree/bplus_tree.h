@@ -20,7 +20,7 @@
 //   5. An entry has at most 31 children, but for one whose split found no memory.
 //   6. `count` is the number of records.
 //   7. Without removals since the tree was empty, and unless it is a clone, `prev` and `next` are the neighbours in key
-//      order. Otherwise a link may lead anywhere, and nothing follows it: a note (tree_note.h) tells which.
+//      order. Otherwise a link may lead anywhere, and nothing follows it: tree_note.h has what tells whether they hold.
 //   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is the entry
 //      pool. Live blocks of owned pools are the tree's and what the caller took there; a record on a free stack has no
 //      key (0, 0).
@@ -78,7 +78,7 @@ Place<Kind> locate(const TreeOf<Kind> &tree, const EntryOf<Kind> &from, KeyOf<Ki
 
 // ---- insertion
 
-// Links a record with those beside it, either of which may be missing: old links may be stale.
+// Links a record with those beside it, either of which may be missing. What their links were is not read.
 template <class Record>
 void link(Record *prev, Record &record, Record *next) {
   record.prev = prev;
@@ -140,7 +140,7 @@ RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Ki
   // Elsewhere the name is right, but for the root's, which is compared every time.
   if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name<Kind>(tree, leaf);
   set_next<Kind>(leaf, place.spot.index);
-  if (&leaf == &tree.root && leaf.children.count == 1) note_links(tree, true);
+  if (&leaf == &tree.root && leaf.children.count == 1) note_links(tree, true);  // the first of an empty tree
   if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
   inserted = true;
   return record;
@@ -156,9 +156,10 @@ RecordOf<Kind> *append(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key,
   if (record == nullptr) return nullptr;
   EntryOf<Kind> *entry = &leaf;
   for (; entry->parent != nullptr; entry = entry->parent) Kind::copy_key(*entry, *record);
-  if (!Kind::has_name(tree, *entry, *record)) Kind::copy_key(*entry, *record);  // the root
+  // The root may have the name at a stale offset, and keeps it.
+  if (!Kind::has_name(tree, *entry, *record)) Kind::copy_key(*entry, *record);
   link<RecordOf<Kind>>(record_at<Kind>(leaf, count - 1), *record, nullptr);
-  if (count + 1 >= kOrder) split<Kind>(tree, leaf);
+  if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
   return record;
 }
 
@@ -192,6 +193,19 @@ int node_set_in(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, Record
   bool inserted;
   record_out = insert_at<Kind>(tree, locate<Kind>(tree, leaf, key), key, inserted);
   return inserted ? 1 : 0;
+}
+
+// Splits for callers, who may split what is not full: halves may be empty, or hang on no parent.
+template <class Kind>
+EntryOf<Kind> *split_off_by_hand(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
+  note_links(tree, false);
+  return split_off<Kind>(tree, entry);
+}
+
+template <class Kind>
+void split_by_hand(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
+  note_links(tree, false);
+  split<Kind>(tree, entry);
 }
 
 template <class Kind>

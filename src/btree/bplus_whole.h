@@ -93,6 +93,7 @@ void reset(TreeOf<Kind> &tree) {
   tree.root.parent = nullptr;
   tree.root.children.pool = tree.node_pool;
   tree.count = 0;
+  note_links(tree, false);
 }
 
 // Empties the tree without a look at its values.
@@ -152,10 +153,11 @@ void swap_roots(EntryOf<Kind> &a, EntryOf<Kind> &b) {
 
 template <class Kind>
 void swap(TreeOf<Kind> &a, TreeOf<Kind> &b) {
+  const bool links_of_a = links_hold(a);
+  const bool links_of_b = links_hold(b);
   swap_roots<Kind>(a.root, b.root);
   Kind::swap_keys(a, b);
   std::swap(a.count, b.count);
-  swap_links(a, b);
   std::swap(a.entry_pool, b.entry_pool);
   std::swap(a.owns_entry_pool, b.owns_entry_pool);
   std::swap(a.node_pool, b.node_pool);
@@ -164,6 +166,8 @@ void swap(TreeOf<Kind> &a, TreeOf<Kind> &b) {
   std::swap(a.owns_value_pool, b.owns_value_pool);
   set_pool(a, a.root);
   set_pool(b, b.root);
+  note_links(a, links_of_b);
+  note_links(b, links_of_a);
 }
 
 }  // namespace mub::bplus

@@ -102,9 +102,7 @@ struct ByteKeys {
 };
 
 void ByteKeys::lower_offsets(Tree &tree, Entry &top, uint32_t offset, uint32_t length) {
-  const auto lower = [=](auto &item) {
-    if (keys::moves_down(item.key_offset, item.key_length, offset)) item.key_offset -= length;
-  };
+  const auto lower = [=](auto &item) { keys::lower_offset(item, offset, length); };
   for (Entry *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
     if (entry->level < 1) break;
     for (int64_t i = 0; i < entry->children.count; ++i) lower(*bplus::entry_at(*entry, i));
@@ -244,14 +242,16 @@ void mub_btree_set_next(mub_btree_entry *leaf, int64_t index) { bplus::set_next<
 void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry) { bplus::set_pool(*tree, *entry); }
 
 mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry) {
-  return bplus::split_off<ByteKeys>(*tree, *entry);
+  return bplus::split_off_by_hand<ByteKeys>(*tree, *entry);
 }
 
 mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *entry) {
-  return bplus::split_off<ByteKeys>(*tree, *entry);
+  return bplus::split_off_by_hand<ByteKeys>(*tree, *entry);
 }
 
-void mub_btree_split(mub_btree *tree, mub_btree_entry *entry) { bplus::split<ByteKeys>(*tree, *entry); }
+void mub_btree_split(mub_btree *tree, mub_btree_entry *entry) {
+  bplus::split_by_hand<ByteKeys>(*tree, *entry);
+}
 
 mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree_entry *entry, const void *key,
                                   int64_t length) {

@@ -142,14 +142,16 @@ void mub_btreed_set_next(mub_btreed_entry *leaf, int64_t index) { bplus::set_nex
 void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry) { bplus::set_pool(*tree, *entry); }
 
 mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_entry *entry) {
-  return bplus::split_off<Keys>(*tree, *entry);
+  return bplus::split_off_by_hand<Keys>(*tree, *entry);
 }
 
 mub_btreed_entry *mub_btreed_split_node(mub_btreed *tree, mub_btreed_entry *entry) {
-  return bplus::split_off<Keys>(*tree, *entry);
+  return bplus::split_off_by_hand<Keys>(*tree, *entry);
 }
 
-void mub_btreed_split(mub_btreed *tree, mub_btreed_entry *entry) { bplus::split<Keys>(*tree, *entry); }
+void mub_btreed_split(mub_btreed *tree, mub_btreed_entry *entry) {
+  bplus::split_by_hand<Keys>(*tree, *entry);
+}
 
 mub_btreed_entry *mub_btreed_find_t(const mub_btreed *tree, const mub_btreed_entry *entry, uint32_t key) {
   return bplus::locate<Keys>(*tree, *entry, key).leaf;

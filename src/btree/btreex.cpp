@@ -142,14 +142,16 @@ void mub_btreex_set_next(mub_btreex_entry *leaf, int64_t index) { bplus::set_nex
 void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry) { bplus::set_pool(*tree, *entry); }
 
 mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_entry *entry) {
-  return bplus::split_off<Keys>(*tree, *entry);
+  return bplus::split_off_by_hand<Keys>(*tree, *entry);
 }
 
 mub_btreex_entry *mub_btreex_split_node(mub_btreex *tree, mub_btreex_entry *entry) {
-  return bplus::split_off<Keys>(*tree, *entry);
+  return bplus::split_off_by_hand<Keys>(*tree, *entry);
 }
 
-void mub_btreex_split(mub_btreex *tree, mub_btreex_entry *entry) { bplus::split<Keys>(*tree, *entry); }
+void mub_btreex_split(mub_btreex *tree, mub_btreex_entry *entry) {
+  bplus::split_by_hand<Keys>(*tree, *entry);
+}
 
 mub_btreex_entry *mub_btreex_find_t(const mub_btreex *tree, const mub_btreex_entry *entry, uint64_t key) {
   return bplus::locate<Keys>(*tree, *entry, key).leaf;

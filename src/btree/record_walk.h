@@ -34,8 +34,9 @@ RecordOf<Kind> *last_record(const TreeOf<Kind> &tree) {
 constexpr int64_t kPrefetchRecords = 8;
 constexpr int64_t kWordsPerCacheLine = 8;
 
-// So many records, in the order of their keys, stay in the caches.
-constexpr int64_t kRecordsInCache = 0x2000;
+// Up to so many records, the links of each lead to what is still in a near cache. Above, a walk gains more from fetching
+// ahead than it loses on finding its place.
+constexpr int64_t kFewRecords = 0x2000;
 
 // Trees of fewer levels stay in the caches, and a walk only loses by fetching ahead.
 constexpr int kLevelsInCache = 3;
@@ -147,7 +148,7 @@ __attribute__((noinline)) RecordOf<Kind> *step_far(const TreeOf<Kind> &tree, con
 
 template <class Kind, int kStep>
 RecordOf<Kind> *step(const TreeOf<Kind> &tree, const RecordOf<Kind> &record) {
-  if (tree.count <= kRecordsInCache && links_hold(tree)) return kStep > 0 ? record.next : record.prev;
+  if (tree.count <= kFewRecords && links_hold(tree)) return kStep > 0 ? record.next : record.prev;
   RecordOf<Kind> *next = step_in_leaf<Kind, kStep>(tree, record);
   return next != nullptr ? next : step_far<Kind, kStep>(tree, record);
 }

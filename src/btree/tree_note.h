@@ -2,8 +2,8 @@
 //
 // The notes lie in bytes that no field uses, behind owns_entry_pool and owns_node_pool. Each is read and written with its
 // flag, as one word: a load of bytes that were stored in parts would wait for all that goes before. Neither has to be kept:
-// an assignment of records may leave such bytes out. So a way may be any; and links hold only where the seal is that of the
-// tree at its address, which no other bytes are.
+// who copies a record field by field leaves such bytes out. So a way may be any; and that the links hold is a seal made of
+// the tree's own address and its node pool, which other bytes are not.
 #ifndef MUB_BTREE_TREE_NOTE_H
 #define MUB_BTREE_TREE_NOTE_H
 
@@ -65,23 +65,20 @@ void note_way(const Tree &tree, uint64_t way) {
 
 // ---- the links
 
-// Whether nothing but insertions has happened since the tree was empty.
+template <class Tree>
+uint64_t seal_of(const Tree &tree) {
+  return word_of(&tree) + word_of(tree.node_pool);
+}
+
+// Whether nothing but insertions is known to have happened since the tree was empty.
 template <class Tree>
 bool links_hold(const Tree &tree) {
-  return ((word_with<LinksNote>(tree) ^ word_of(&tree) << kNoteShift) & kNoteMask) == 0;
+  return ((word_with<LinksNote>(tree) ^ seal_of(tree) << kNoteShift) & kNoteMask) == 0;
 }
 
 template <class Tree>
 void note_links(Tree &tree, bool hold) {
-  write_note<LinksNote>(tree, hold ? word_of(&tree) : 0);
-}
-
-// For trees that exchange all else.
-template <class Tree>
-void swap_links(Tree &a, Tree &b) {
-  const bool hold = links_hold(a);
-  note_links(a, links_hold(b));
-  note_links(b, hold);
+  write_note<LinksNote>(tree, hold ? seal_of(tree) : 0);
 }
 
 }  // namespace mub::bplus

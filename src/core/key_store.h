@@ -54,10 +54,14 @@ inline void erase(mub_stream &store, int64_t position, int64_t count) {
   buffer::shrink(store, store.length - count);
 }
 
-// Whether a key moves down when bytes at `offset` are cut out. An empty key has no bytes of its own: one that lies
-// exactly there stays.
-inline bool moves_down(uint32_t key_offset, uint32_t key_length, uint32_t offset) {
-  return key_offset > offset || (key_offset == offset && key_length != 0);
+// Moves a record's key down after `length` bytes at `offset` were cut out. An empty key has no bytes of its own: one that
+// lies exactly there stays. So does one that would leave the store: an entry without children may still be called by the
+// key that was cut.
+template <class Record>
+void lower_offset(Record &record, uint32_t offset, uint32_t length) {
+  const bool is_behind =
+      record.key_offset > offset || (record.key_offset == offset && record.key_length != 0);
+  if (is_behind && record.key_offset >= length) record.key_offset -= length;
 }
 
 }  // namespace keys

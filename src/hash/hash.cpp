@@ -86,9 +86,7 @@ struct ByteKeys {
 };
 
 void ByteKeys::lower_offsets(Table &table, uint32_t offset, uint32_t length) {
-  const auto lower = [=](Entry &entry) {
-    if (keys::moves_down(entry.key_offset, entry.key_length, offset)) entry.key_offset -= length;
-  };
+  const auto lower = [=](Entry &entry) { keys::lower_offset(entry, offset, length); };
   if (chained::fills_its_pool<ByteKeys>(table)) {
     pool::for_each_block<Entry>(*table.entry_pool, lower);
   } else {

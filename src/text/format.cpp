@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <type_traits>
 
 #include "core/number_text.h"
 #include "mub_string.h"
@@ -96,6 +97,26 @@ struct Conversion {
   }
 };
 
+// Calls `use` with a 0 of the type that an integer conversion takes.
+template <class Use>
+auto with_integer_type(const Conversion &conversion, Use use) {
+  switch (conversion.size) {
+    case 0:
+    case 'h':
+      return use(0);
+    case 'l':
+      return conversion.is_doubled ? use(0LL) : use(0L);
+    case 'z':
+    case 'Z':
+    case 't':
+      static_assert(sizeof(ptrdiff_t) == sizeof(size_t));
+      return use(ptrdiff_t{0});
+    default:
+      static_assert(sizeof(intmax_t) == sizeof(long long));
+      return use(0LL);
+  }
+}
+
 // Walks the arguments of a format with their own types, as printf does.
 class Arguments {
  public:
@@ -104,17 +125,16 @@ class Arguments {
   // NULL as well when it is no longer known.
   const char *next_text() { return is_lost_ ? nullptr : va_arg(*list_, const char *); }
 
-  // Those that plain conversions take.
+  // Behind plain conversions nothing is lost.
   int next_character() { return va_arg(*list_, int); }
   int64_t next_signed(const Conversion &conversion) {
-    if (conversion.size == 0) return va_arg(*list_, int);
-    if (conversion.size == 'z') return va_arg(*list_, ptrdiff_t);
-    return conversion.is_doubled ? va_arg(*list_, long long) : va_arg(*list_, long);
+    return with_integer_type(conversion,
+                             [this](auto zero) { return int64_t{va_arg(*list_, decltype(zero))}; });
   }
   uint64_t next_unsigned(const Conversion &conversion) {
-    if (conversion.size == 0) return va_arg(*list_, unsigned);
-    if (conversion.size == 'z') return va_arg(*list_, size_t);
-    return conversion.is_doubled ? va_arg(*list_, unsigned long long) : va_arg(*list_, unsigned long);
+    return with_integer_type(conversion, [this](auto zero) {
+      return uint64_t{va_arg(*list_, std::make_unsigned_t<decltype(zero)>)};
+    });
   }
 
   // Steps over what a conversion takes. Positional arguments come in no order, and an unknown conversion takes nobody
@@ -162,21 +182,7 @@ class Arguments {
   }
 
   void skip_integer(const Conversion &conversion) {
-    switch (conversion.size) {
-      case 0:
-      case 'h':
-        return skip_one<int>();
-      case 'l':
-        return conversion.is_doubled ? skip_one<long long>() : skip_one<long>();
-      case 'z':
-      case 'Z':
-      case 't':
-        static_assert(sizeof(ptrdiff_t) == sizeof(size_t));
-        return skip_one<ptrdiff_t>();
-      default:
-        static_assert(sizeof(intmax_t) == sizeof(long long));
-        return skip_one<long long>();
-    }
+    with_integer_type(conversion, [this](auto zero) { skip_one<decltype(zero)>(); });
   }
 
   // Runtimes differ in what they take for other sizes.
@@ -205,7 +211,8 @@ struct Estimate {
 };
 
 // The length of the format, the text of every plain %s, and kUnmeasured for every other percent sign but one at the
-// very end; the second one of a "%%" is a sign like any other, though no text is measured for it.
+// very end; the second one of a "%%" is a sign like any other, though no text is measured for it. The format is plain when
+// all its conversions are, and every text is there.
 Estimate estimate(const char *format, va_list list) {
   va_list copy;
   va_copy(copy, list);

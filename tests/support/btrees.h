@@ -27,7 +27,7 @@ enum OfKey { kInsert = kCloneEntry + 1, kSet, kGet, kUpdate, kFind, kRemove };
 enum OfNode { kNodeSet = kRemove + 1, kNodeGet, kNodeFind, kNodeBfind };
 enum Walked { kNodeFirst = kNodeBfind + 1, kNodeLast, kNodeNext, kNodePrev };
 enum OfEntry { kFindT = kNodePrev + 1, kSetName, kSetPool, kEntryNew, kSplit };
-enum OfPart { kRemoveAllEntry = kSplit + 1, kRemoveEntryT };
+enum OfPart { kRemoveAllEntry = kSplit + 1, kRemoveEntryT, kSplitEntry };
 
 struct ByteTree : PassingBytes {
   using Record = mub_btree;
@@ -35,13 +35,14 @@ struct ByteTree : PassingBytes {
   using Node = mub_btree_node;
   using Key = std::string;
   using Passed = std::string_view;
-  static constexpr auto kFunctions = std::make_tuple(
-      mub_btree_init, mub_btree_term, mub_btree_remove_all, mub_btree_free_all, mub_btree_swap,
-      mub_btree_clone, mub_btree_clone_entry, mub_btree_insert, mub_btree_set, mub_btree_get,
-      mub_btree_update, mub_btree_find, mub_btree_remove, mub_btree_node_set, mub_btree_node_get,
-      mub_btree_node_find, mub_btree_node_bfind, mub_btree_node_first, mub_btree_node_last,
-      mub_btree_node_next, mub_btree_node_prev, mub_btree_find_t, mub_btree_set_name, mub_btree_set_pool,
-      mub_btree_entry_new, mub_btree_split, mub_btree_remove_all_entry, mub_btree_remove_entry_t);
+  static constexpr auto kFunctions =
+      std::make_tuple(mub_btree_init, mub_btree_term, mub_btree_remove_all, mub_btree_free_all,
+                      mub_btree_swap, mub_btree_clone, mub_btree_clone_entry, mub_btree_insert, mub_btree_set,
+                      mub_btree_get, mub_btree_update, mub_btree_find, mub_btree_remove, mub_btree_node_set,
+                      mub_btree_node_get, mub_btree_node_find, mub_btree_node_bfind, mub_btree_node_first,
+                      mub_btree_node_last, mub_btree_node_next, mub_btree_node_prev, mub_btree_find_t,
+                      mub_btree_set_name, mub_btree_set_pool, mub_btree_entry_new, mub_btree_split,
+                      mub_btree_remove_all_entry, mub_btree_remove_entry_t, mub_btree_split_entry);
   static constexpr auto first_entry = mub_btree_first_entry, last_entry = mub_btree_last_entry;
 
   // Among them the empty key, prefixes of others, bytes above 127 and pairs that differ in their first or last byte.
@@ -82,7 +83,8 @@ struct Trees32 {
       mub_btreed_update, mub_btreed_find, mub_btreed_remove, mub_btreed_node_set, mub_btreed_node_get,
       mub_btreed_node_find, mub_btreed_node_bfind, mub_btreed_node_first, mub_btreed_node_last,
       mub_btreed_node_next, mub_btreed_node_prev, mub_btreed_find_t, mub_btreed_set_name, mub_btreed_set_pool,
-      mub_btreed_entry_new, mub_btreed_split, mub_btreed_remove_all_entry, mub_btreed_remove_entry_t);
+      mub_btreed_entry_new, mub_btreed_split, mub_btreed_remove_all_entry, mub_btreed_remove_entry_t,
+      mub_btreed_split_entry);
   static constexpr auto first_entry = mub_btreed_first_entry, last_entry = mub_btreed_last_entry;
 };
 
@@ -97,7 +99,8 @@ struct Trees64 {
       mub_btreex_update, mub_btreex_find, mub_btreex_remove, mub_btreex_node_set, mub_btreex_node_get,
       mub_btreex_node_find, mub_btreex_node_bfind, mub_btreex_node_first, mub_btreex_node_last,
       mub_btreex_node_next, mub_btreex_node_prev, mub_btreex_find_t, mub_btreex_set_name, mub_btreex_set_pool,
-      mub_btreex_entry_new, mub_btreex_split, mub_btreex_remove_all_entry, mub_btreex_remove_entry_t);
+      mub_btreex_entry_new, mub_btreex_split, mub_btreex_remove_all_entry, mub_btreex_remove_entry_t,
+      mub_btreex_split_entry);
   static constexpr auto first_entry = mub_btreex_first_entry, last_entry = mub_btreex_last_entry;
 };
 
