@@ -52,8 +52,8 @@ std::vector<Item> shuffled(std::vector<Item> items) {
   return items;
 }
 
-// Enough look-ups that a small container's run is not learned by heart by the branch predictor.
-constexpr int64_t kLookups = 200000;
+// Enough keys that a small container's run is not learned by heart by the branch predictor.
+constexpr int64_t kKeysInAll = 200000;
 
 // Items drawn at random, at least as many as there are.
 template <class Item>
@@ -61,7 +61,7 @@ std::vector<Item> drawn(const std::vector<Item> &items) {
   std::mt19937_64 random(42);
   std::vector<Item> wanted;
   const auto count = static_cast<int64_t>(items.size());
-  for (int64_t i = 0; i < std::max(kLookups, count); ++i) wanted.push_back(items[random() % items.size()]);
+  for (int64_t i = 0; i < std::max(kKeysInAll, count); ++i) wanted.push_back(items[random() % items.size()]);
   return wanted;
 }
 

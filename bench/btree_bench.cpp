@@ -112,9 +112,6 @@ Integers ascending_integers(int64_t count, uint64_t salt) {
   return keys;
 }
 
-// Enough keys that a small map's run is not learned by heart by the branch predictor.
-constexpr int64_t kKeysInAll = 200000;
-
 template <class Map, class Keys>
 std::unique_ptr<Map> filled(const Keys &keys) {
   auto map = std::make_unique<Map>();
@@ -127,7 +124,8 @@ std::unique_ptr<Map> filled(const Keys &keys) {
 template <class Map, class MakeKeys>
 void insert(benchmark::State &state, MakeKeys make_keys) {
   std::vector<decltype(make_keys(1, 1))> sets;
-  for (uint64_t salt = 0; salt == 0 || static_cast<int64_t>(salt) * state.range(0) < kKeysInAll; ++salt) {
+  for (uint64_t salt = 0; salt == 0 || static_cast<int64_t>(salt) * state.range(0) < mub_bench::kKeysInAll;
+       ++salt) {
     sets.push_back(make_keys(state.range(0), salt % 70));
   }
   size_t next = 0;

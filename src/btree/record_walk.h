@@ -32,7 +32,6 @@ RecordOf<Kind> *last_record(const TreeOf<Kind> &tree) {
 
 // How many records ahead a walk fetches.
 constexpr int64_t kPrefetchRecords = 8;
-constexpr int64_t kWordsPerCacheLine = 8;
 
 // Up to so many records, the links of each lead to what is still in a near cache. Above, a walk gains more from fetching
 // ahead than it loses on finding its place.
@@ -116,9 +115,7 @@ void prefetch_beyond(const Entry &leaf) {
   }
   const Entry *third = neighbour<kStep>(second);
   if (third == nullptr) return;
-  for (int64_t i = 0; i < third->children.count; i += kWordsPerCacheLine) {
-    prefetch(third->children.items + i);
-  }
+  prefetch(third->children.items, third->children.count * int64_t{sizeof(uint64_t)});
   const Entry *fourth = neighbour<kStep>(third);
   if (fourth == nullptr) return;
   prefetch(fourth);

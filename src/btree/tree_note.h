@@ -20,28 +20,16 @@ constexpr int kNoteBits = 64 - kFlagBits;
 constexpr int kNoteShift = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? kFlagBits : 0;
 constexpr uint64_t kNoteMask = ((uint64_t{1} << kNoteBits) - 1) << kNoteShift;
 
-// A note with the flag before it.
+// The flag, at its place in the record, and the note behind it.
 template <class Tree>
-struct WayNote {
-  static constexpr size_t kOffset = offsetof(Tree, owns_entry_pool);
-  static_assert(offsetof(Tree, node_pool) - kOffset == sizeof(uint64_t));
-};
-
-template <class Tree>
-struct LinksNote {
-  static constexpr size_t kOffset = offsetof(Tree, owns_node_pool);
-  static_assert(offsetof(Tree, value_pool) - kOffset == sizeof(uint64_t));
-};
-
-template <template <class> class Note, class Tree>
-uint64_t word_with(const Tree &tree) {
-  return bytes::load<uint64_t>(reinterpret_cast<const uint8_t *>(&tree) + Note<Tree>::kOffset);
+uint64_t word_with_note(const Tree &tree, size_t place) {
+  return bytes::load<uint64_t>(reinterpret_cast<const uint8_t *>(&tree) + place);
 }
 
-template <template <class> class Note, class Tree>
-void write_note(const Tree &tree, uint64_t bits) {
-  auto *place = const_cast<uint8_t *>(reinterpret_cast<const uint8_t *>(&tree)) + Note<Tree>::kOffset;
-  bytes::store(place, (word_with<Note>(tree) & ~kNoteMask) | (bits << kNoteShift & kNoteMask));
+template <class Tree>
+void write_note(const Tree &tree, size_t place, uint64_t bits) {
+  const uint64_t word = (word_with_note(tree, place) & ~kNoteMask) | (bits << kNoteShift & kNoteMask);
+  bytes::store(const_cast<uint8_t *>(reinterpret_cast<const uint8_t *>(&tree)) + place, word);
 }
 
 // ---- the way
@@ -54,16 +42,23 @@ constexpr int kHighestLevel = 8;
 static_assert((kHighestLevel + 1) * kIndexBits <= kNoteBits);
 
 template <class Tree>
+constexpr size_t kWayPlace = offsetof(Tree, owns_entry_pool);
+
+template <class Tree>
 uint64_t noted_way(const Tree &tree) {
-  return (word_with<WayNote>(tree) & kNoteMask) >> kNoteShift;
+  static_assert(offsetof(Tree, node_pool) - kWayPlace<Tree> == sizeof(uint64_t));
+  return (word_with_note(tree, kWayPlace<Tree>) & kNoteMask) >> kNoteShift;
 }
 
 template <class Tree>
 void note_way(const Tree &tree, uint64_t way) {
-  write_note<WayNote>(tree, way);
+  write_note(tree, kWayPlace<Tree>, way);
 }
 
 // ---- the links
+
+template <class Tree>
+constexpr size_t kSealPlace = offsetof(Tree, owns_node_pool);
 
 template <class Tree>
 uint64_t seal_of(const Tree &tree) {
@@ -73,12 +68,13 @@ uint64_t seal_of(const Tree &tree) {
 // Whether nothing but insertions is known to have happened since the tree was empty.
 template <class Tree>
 bool links_hold(const Tree &tree) {
-  return ((word_with<LinksNote>(tree) ^ seal_of(tree) << kNoteShift) & kNoteMask) == 0;
+  static_assert(offsetof(Tree, value_pool) - kSealPlace<Tree> == sizeof(uint64_t));
+  return ((word_with_note(tree, kSealPlace<Tree>) ^ seal_of(tree) << kNoteShift) & kNoteMask) == 0;
 }
 
 template <class Tree>
 void note_links(Tree &tree, bool hold) {
-  write_note<LinksNote>(tree, hold ? seal_of(tree) : 0);
+  write_note(tree, kSealPlace<Tree>, hold ? seal_of(tree) : 0);
 }
 
 }  // namespace mub::bplus

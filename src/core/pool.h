@@ -83,14 +83,11 @@ inline void give(mub_pool *pool, void *block) {
 // How far ahead a walk over the chunks fetches, and how much of a chunk: behind its start the processor foresees the rest.
 constexpr int64_t kPrefetchChunks = 8;
 constexpr uint64_t kPrefetchBytes = 1024;
-constexpr uint64_t kCacheLineBytes = 64;
 
 // Chunks lie apart, and where the next one starts no processor foresees.
 inline void prefetch_chunk(const mub_pool &pool, int64_t chunk) {
   if (chunk >= pool.chunk_count) return;
-  const auto *blocks = static_cast<const char *>(pool.chunks[chunk]);
-  const uint64_t size_bytes = std::min(chunk_bytes(pool), kPrefetchBytes);
-  for (uint64_t at = 0; at < size_bytes; at += kCacheLineBytes) prefetch(blocks + at);
+  prefetch(pool.chunks[chunk], static_cast<int64_t>(std::min(chunk_bytes(pool), kPrefetchBytes)));
 }
 
 // Calls `visit` with every block that was ever taken, free ones included, in the order of memory: several times faster
