@@ -164,6 +164,12 @@ class CheckApi(Tree):
             "mub_elsewhere: undefined, and not libc's")
         self.assert_clean(self.check("check_api", "--instrumented", library))
 
+    def test_reports_memory_that_does_not_come_from_malloc(self):
+        memory = "char *volatile block = realloc(calloc(1, 2), (size_t)x);"
+        source = "#include <stdlib.h>\n" + SOURCE.replace("return x;", f"{memory} return block != 0;")
+        self.assert_reports(self.check("check_api", self.built(source)), "calloc: called, but", "realloc: called, but")
+
+
 
 DOCUMENTED = """/* mub_a.h: a module.
  *

@@ -53,11 +53,9 @@ void release_pages(const Table &table) {
 bool expand(const Table &table) {
   if (table.capacity > table.count) return true;
   const int64_t capacity = grown_pages(table.count, table.capacity);
-  auto **pages = static_cast<void **>(allocate_zeroed(capacity, sizeof(void *)));
+  void *pages = regrown(table.pages, table.capacity, capacity, sizeof(void *));
   if (pages == nullptr) return false;
-  std::copy_n(table.pages, table.capacity, pages);
-  release(table.pages);
-  table.pages = pages;
+  table.pages = static_cast<void **>(pages);
   table.capacity = capacity;
   return true;
 }

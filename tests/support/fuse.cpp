@@ -50,12 +50,7 @@ extern "C" const char *__asan_default_options() { return "allocator_may_return_n
 extern "C" {
 
 void *__real_malloc(size_t size);
-void *__real_calloc(size_t count, size_t size);
-
 void *__wrap_malloc(size_t size);
-void *__wrap_calloc(size_t count, size_t size);
 
 void *__wrap_malloc(size_t size) { return refuses() ? nullptr : __real_malloc(size); }
-
-void *__wrap_calloc(size_t count, size_t size) { return refuses() ? nullptr : __real_calloc(count, size); }
 }
