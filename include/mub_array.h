@@ -107,8 +107,8 @@ extern "C" {
  * The empty key is a key like any other but for one thing: it cannot be inserted before an existing entry, only
  * appended. An insertion of the empty key before an entry is refused; mub_array_insert reports 1 even then.
  *
- * All keys of an array take at most 2^32 - 1 bytes. A key beyond that, like one that finds no memory, is appended as
- * an empty key, and refused elsewhere.
+ * All keys of an array take at most 2^32 - 1 bytes. A key beyond that, like one that finds no memory, is refused by the
+ * insertions, wherever it belongs, and the array stays as it was; the `_append` operations add it as an empty key.
  *
  * Key pointers that operations hand out point into the key stream (NULL while it has no block). They are not
  * NUL-terminated, and invalid after the next operation that adds, changes or removes a key.

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "mub_array.h"
 #include "support/array_kinds.h"
 #include "support/fuse.h"
+#include "support/pools.h"
 #include "support/strings.h"
 
 using namespace mub_test;
@@ -78,7 +80,7 @@ TEST(ByteArray, OffsetsEndAt32Bits) {
   EXPECT_EQ(array.content(), (Keys{"", "abc"}));
   mub_array_insert_at(&array, 1, "x", 1, 3);
   EXPECT_EQ(mub_array_set_at(&array, 1, "abcd", 4, 4), 0u);
-  EXPECT_EQ(mub_array_insert(&array, "aaa", 3, 3), 1);
+  for (const char *key : {"aaa", "zzz"}) EXPECT_EQ(mub_array_insert(&array, key, 3, 3), 1);
   mub_array_append_array(&array, &array);
   EXPECT_EQ(mub_array_set_at(&array, 1, "xyz", 3, 4), 2u);
   EXPECT_EQ(array.keys.length, 0xFFFFFFFF);
@@ -91,6 +93,47 @@ TEST(ByteArray, OffsetsEndAt32Bits) {
   EXPECT_EQ(array.entries[0].value, 5u);  // lengths that differ by 2^31 compare the other way round
   array.keys = {nullptr, 0, 0};
   munmap(map, kBytes);
+}
+
+// The key store is full, and the table has room.
+TEST(ByteArray, InsertionsWithoutRoomForTheKeyAddNothing) {
+  const std::string places[] = {"a", "ee", "z"};
+  for (int64_t size = 0; size < 6; size += 5) {
+    for (int operation = 0; operation < 4; ++operation) {
+      for (const std::string &place : places) {
+        for_every_allocation([&](const Fuse &fuse) {
+          Pool pool(8);
+          mub_pool_free(&pool, mub_pool_new(&pool));
+          ByteArray array(size == 0 ? Keys() : Keys{"bb", "cc", "dd", "ff", "gg"});
+          array.pool = &pool;
+          mub_stream_append(&array.keys, "unused unused", array.keys.capacity - array.keys.length);
+          Keys expected = array.content();
+          const std::string key = place + std::string(30, '.');
+          const auto at = std::lower_bound(expected.begin(), expected.end(), key);
+          const int64_t index = at - expected.begin();
+          uint64_t block = 1;
+          int64_t result = 0;
+          const bool failed = fuse.blows_in([&] {
+            if (operation == 0) result = mub_array_insert(&array, key.data(), size_of(key), 1);
+            if (operation == 1)
+              result = mub_array_insert_new(&array, key.data(), size_of(key), &block, nullptr);
+            if (operation == 2) result = mub_array_entry_insert(&array, key.data(), size_of(key)) != nullptr;
+            if (operation == 3) mub_array_insert_at(&array, index, key.data(), size_of(key), 1);
+          });
+          const int64_t done[] = {1, index, 1, 0};
+          const int64_t refused[] = {1, -1, 0, 0};
+          EXPECT_EQ(result, (failed ? refused : done)[operation]);
+          if (!failed) expected.insert(at, key);
+          EXPECT_EQ(array.content(), expected);
+          for (size_t i = 0; i < expected.size(); ++i) {
+            EXPECT_EQ(mub_array_find_index(&array, expected[i].c_str(), -1), static_cast<int64_t>(i));
+          }
+          EXPECT_EQ(pool.live_count, operation == 1 && !failed);
+          EXPECT_EQ(block == 0, operation == 1 && failed);
+        });
+      }
+    }
+  }
 }
 
 // ---- lengths, and the empty key

@@ -36,12 +36,12 @@ struct SlotPolicy<mub_array> {
   using Key = ByteKey;
   static constexpr auto kSlots = &mub_array::entries;
 
-  // Without room for its bytes the key is empty.
-  static void append_key(mub_array &array, Slot &entry, const Key &key) {
-    const int64_t offset = array.keys.length;
-    keys::append(array.keys, key.bytes, key.length);
-    entry.key_offset = static_cast<uint32_t>(offset);
-    entry.key_length = static_cast<uint32_t>(array.keys.length - offset);
+  static bool append_key(mub_array &array, Slot &entry, const Key &key) {
+    return keys::append_for(entry, array.keys, key);
+  }
+  static void append_empty_key(mub_array &array, Slot &entry) {
+    entry.key_offset = static_cast<uint32_t>(array.keys.length);
+    entry.key_length = 0;
   }
   // An empty key is refused: nothing would be inserted into the stream.
   static bool open_key(mub_array &array, const Slot &entry, const Key &key) {

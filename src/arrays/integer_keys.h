@@ -17,7 +17,10 @@ struct IntegerSlots : NoKeyStream<Record> {
   using Slot = Entry;
   using Key = decltype(Entry::key);
   static constexpr auto kSlots = &Record::entries;
-  static void append_key(Record &, Slot &entry, Key key) { entry.key = key; }
+  static bool append_key(Record &, Slot &entry, Key key) {
+    entry.key = key;
+    return true;
+  }
   static void place_key(Record &, Slot &entry, Key key) { entry.key = key; }
   static void cut_key(Record &, Slot &entry) { entry.key = 0; }
   static Key key_of(const Record &, const Slot &entry) { return entry.key; }

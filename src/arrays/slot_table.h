@@ -11,7 +11,8 @@
 //
 // A record takes part by specialising SlotPolicy:
 //   Slot, Key, kSlots          the entry, a key as it is passed, the table's field
-//   append_key(array, slot, key)     gives a slot behind all others its key
+//   append_key(array, slot, key)     gives a slot after all others its key; false, nothing changed, without room for it
+//   append_empty_key(array, slot)    gives it the empty key, for which there is always room
 //   open_key(array, slot, key)       makes room for a key before the slot's own; false when there is none
 //   place_key(array, slot, key)      then gives it to the slot, all slots (one more than count) having moved
 //   cut_key(array, slot)             takes the slot's key out
@@ -46,6 +47,8 @@ struct SlotPolicy;
 // For records that keep no key bytes outside their slots.
 template <class Record>
 struct NoKeyStream {
+  template <class Slot>
+  static void append_empty_key(Record &, Slot &) {}
   template <class Slot, class Key>
   static bool open_key(Record &, const Slot &, const Key &) {
     return true;
@@ -66,7 +69,7 @@ struct SlotPolicy<mub_arrays> : NoKeyStream<mub_arrays> {
   using Slot = uint64_t;
   using Key = NoKey;
   static constexpr auto kSlots = &mub_arrays::items;
-  static void append_key(mub_arrays &, Slot &, NoKey) {}
+  static bool append_key(mub_arrays &, Slot &, NoKey) { return true; }
   static void place_key(mub_arrays &, Slot &, NoKey) {}
   static void cut_key(mub_arrays &, Slot &) {}
   static NoKey key_of(const mub_arrays &, Slot) { return {}; }
@@ -224,25 +227,36 @@ uint64_t exchange_value(Slot *slot, uint64_t value) {
 
 // ---- adding; each returns the new slot, nullptr when it was refused
 
+// Without room for its key, the slot is added with the empty key.
 template <class Record>
 SlotOf<Record> *append(Record &array, const KeyOf<Record> &key, uint64_t value) {
   if (!expand(array, array.count + 1)) return nullptr;
   SlotOf<Record> *slot = table(array) + array.count;
-  PolicyOf<Record>::append_key(array, *slot, key);
+  if (!PolicyOf<Record>::append_key(array, *slot, key)) PolicyOf<Record>::append_empty_key(array, *slot);
   value_of(*slot) = value;
   ++array.count;
   return slot;
 }
 
+// Opens a slot with a key before the one at `index`, which is below the count.
 template <class Record>
-SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t value) {
-  if (index < 0) return nullptr;
-  if (index >= array.count) return append(array, key, value);
-  if (!expand(array, array.count + 1)) return nullptr;
+bool open_slot(Record &array, int64_t index, const KeyOf<Record> &key) {
   SlotOf<Record> *slot = table(array) + index;
-  if (!PolicyOf<Record>::open_key(array, *slot, key)) return nullptr;
+  if (!PolicyOf<Record>::open_key(array, *slot, key)) return false;
   buffer::move_units(slot + 1, slot, array.count - index);
   PolicyOf<Record>::place_key(array, *slot, key);
+  return true;
+}
+
+// Without room for its key, nothing is added: an empty key in its place would break the order.
+template <class Record>
+SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t value) {
+  if (index < 0 || !expand(array, array.count + 1)) return nullptr;
+  index = std::min(index, array.count);
+  SlotOf<Record> *slot = table(array) + index;
+  const bool has_key =
+      index < array.count ? open_slot(array, index, key) : PolicyOf<Record>::append_key(array, *slot, key);
+  if (!has_key) return nullptr;
   value_of(*slot) = value;
   ++array.count;
   return slot;
