@@ -217,9 +217,11 @@ MUB_API uint64_t mub_array_get_first(const mub_array *array, const char **key, i
 MUB_API uint64_t mub_array_get_last(const mub_array *array, const char **key, int64_t *length);
 
 /* mub_array_set_at: replace the key and the value of the slot at `index`, wherever that leaves it in the order.
+ * A slot past the count may name bytes past the end of the key stream: its key is replaced as mub_stream_update
+ * replaces a range that reaches past the length.
  * Returns the previous value; 0, nothing changed, unless 0 <= index < capacity, when there is no memory for the
- * key, and when the old key's bytes have left the stream (as they may in a slot that mub_array_shrink brought back).
- * Cost: O(count) when the key's length changes. */
+ * key, when the old key starts past the end of the stream, and when the old or the new key would not lie wholly in the
+ * stream's block. Cost: O(count) when the key's length changes. */
 MUB_API uint64_t mub_array_set_at(mub_array *array, int64_t index, const void *key, int64_t length,
                                   uint64_t value);
 

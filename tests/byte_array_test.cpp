@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "support/array_kinds.h"
 #include "support/fuse.h"
 #include "support/pools.h"
+#include "support/random.h"
 #include "support/strings.h"
 
 using namespace mub_test;
@@ -43,7 +45,9 @@ TEST(ByteArray, SpareSlotsKeepWhatLiesInThem) {
   EXPECT_EQ(mub_array_set_at(&array, 1, "2", 1, 9), 1u);
   EXPECT_EQ(array.stream(), "first2third");
   EXPECT_EQ(array.entries[2].key_offset, 11u);
-  EXPECT_EQ(mub_array_set_at(&array, 2, "new", 3, 9), 0u);  // its bytes have left the stream
+  // The old key lies past the stream's end, which all the same moves by the difference of the lengths.
+  EXPECT_EQ(mub_array_set_at(&array, 2, "new", 3, 9), 1u);
+  EXPECT_EQ(array.stream(), "first2thi");
   mub_array_shrink(&array, 2);
   EXPECT_EQ(array.content(), (Keys{"first", "2"}));
   mub_array_remove_all(&array);
@@ -93,6 +97,53 @@ TEST(ByteArray, OffsetsEndAt32Bits) {
   EXPECT_EQ(array.entries[0].value, 5u);  // lengths that differ by 2^31 compare the other way round
   array.keys = {nullptr, 0, 0};
   munmap(map, kBytes);
+}
+
+// The steps of mub_array_set_at on slots below and past the count, whose old keys may lie past the stream's end.
+TEST(ByteArray, ReplacesKeysAnywhereInTheBlock) {
+  for (uint64_t seed = 0; seed < 300; ++seed) {
+    Random random(1000 + seed);
+    ByteArray array;
+    for (int i = 0; i < 8; ++i) mub_array_append(&array, random.text(random.below(9)).c_str(), -1, 1);
+    mub_array_shrink(&array, random.below(9));
+    for (int step = 0; step < 20; ++step) {
+      if (random.one_in(4)) mub_stream_shrink(&array.keys, random.below(array.keys.capacity + 1));
+      const int64_t index = random.below(array.capacity);
+      const std::string key = random.text(random.below(random.one_in(8) ? 60 : 12));
+      std::vector<mub_array_entry> entries(array.entries, array.entries + array.capacity);
+      mub_array_entry &entry = entries[static_cast<size_t>(index)];
+      const int64_t at = entry.key_offset, old_end = at + entry.key_length;
+      const int64_t longer_by = size_of(key) - entry.key_length;
+      // Another stream takes the same steps.
+      mub_stream twin;
+      mub_stream_init(&twin);
+      mub_stream_expand(&twin, array.keys.capacity);
+      mub_stream_copy(&twin, array.keys.data, array.keys.capacity);
+      mub_stream_shrink(&twin, array.keys.length);
+      const mub_stream before = array.keys;
+      const bool done = old_end <= twin.capacity + (twin.data != nullptr) &&
+                        mub_stream_update(&twin, at, entry.key_length, key.data(), size_of(key)) != 0 &&
+                        at + size_of(key) <= twin.capacity + (twin.data != nullptr);
+      const uint64_t value = entry.value;
+      ASSERT_EQ(mub_array_set_at(&array, index, key.data(), size_of(key), 1 + value), done ? value : 0);
+      if (done) {
+        for (int64_t i = 0; longer_by != 0 && i < array.count; ++i) {
+          uint32_t &offset = entries[static_cast<size_t>(i)].key_offset;
+          if (offset >= old_end) offset += static_cast<uint32_t>(longer_by);
+        }
+        entry = {static_cast<uint32_t>(at), static_cast<uint32_t>(size_of(key)), 1 + value};
+        ASSERT_EQ(array.keys.length, twin.length);
+        ASSERT_EQ(array.keys.capacity, twin.capacity);
+        ASSERT_TRUE(twin.data == nullptr ||
+                    std::memcmp(array.keys.data, twin.data, static_cast<size_t>(twin.capacity)) == 0);
+      } else {
+        ASSERT_TRUE(before.data == array.keys.data && before.length == array.keys.length);
+      }
+      ASSERT_EQ(std::memcmp(entries.data(), array.entries, entries.size() * sizeof entries[0]), 0);
+      mub_stream_term(&twin);
+      ASSERT_TRUE(!done || ByteKeyed::entry(&array, index).first.size() == key.size());
+    }
+  }
 }
 
 // The key store is full, and the table has room.

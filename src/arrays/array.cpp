@@ -23,14 +23,23 @@ uint64_t hand_out(const mub_array &array, const mub_array_entry *entry, const ch
   return slots::value_or_0(entry);
 }
 
-// Replaces an entry's key. The key's old bytes have to lie in the stream: a spare slot may name bytes that left it.
+// The bytes of a stream's block once the stream has been given `length` bytes.
+int64_t block_bytes(const mub_stream &stream, int64_t length) {
+  if (length <= stream.capacity) return readable_end(stream);
+  return buffer::grown_capacity<mub_stream>(stream.length, stream.capacity, length) + 1;
+}
+
+// Replaces an entry's key. A spare slot may name bytes past the stream's length; the old and the new key only have to
+// lie in the stream's block.
 bool replace_key(mub_array &array, mub_array_entry &entry, const ByteKey &key) {
+  mub_stream &stream = array.keys;
   const int64_t old_end = key_end(entry);
-  if (old_end > array.keys.length || !keys::has_room(array.keys, key.length - entry.key_length)) return false;
-  if (!buffer::update(array.keys, entry.key_offset, entry.key_length, key.bytes, key.length)) return false;
+  const int64_t longer_by = key.length - entry.key_length;
+  if (!keys::has_room(stream, longer_by) || old_end > block_bytes(stream, stream.length)) return false;
+  if (old_end + longer_by > block_bytes(stream, stream.length + longer_by)) return false;
+  if (!buffer::update(stream, entry.key_offset, entry.key_length, key.bytes, key.length)) return false;
   const uint32_t offset = entry.key_offset;
-  const auto moved_by = static_cast<uint32_t>(key.length) - entry.key_length;
-  if (moved_by != 0) shift_keys(array, slots::used(array), old_end, moved_by);
+  if (longer_by != 0) shift_keys(array, slots::used(array), old_end, static_cast<uint32_t>(longer_by));
   entry.key_offset = offset;
   entry.key_length = static_cast<uint32_t>(key.length);
   return true;

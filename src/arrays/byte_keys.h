@@ -17,8 +17,11 @@ namespace mub {
 
 inline int64_t key_end(const mub_array_entry &entry) { return int64_t{entry.key_offset} + entry.key_length; }
 
+// A key may lie anywhere in the stream's block, which is one byte longer than the capacity.
+inline int64_t readable_end(const mub_stream &keys) { return keys.capacity + (keys.data != nullptr); }
+
 inline ByteKey key_of(const mub_array &array, const mub_array_entry &entry) {
-  if (key_end(entry) > array.keys.capacity) return {array.keys.data, 0};
+  if (key_end(entry) > readable_end(array.keys)) return {array.keys.data, 0};
   return {array.keys.data + entry.key_offset, entry.key_length};
 }
 
@@ -121,10 +124,10 @@ class ByteKeyOrder {
     int64_t length;
   };
   explicit ByteKeyOrder(const mub_array &array)
-      : data_(array.keys.data), capacity_(array.keys.capacity), skipped_(common_prefix(array)) {}
+      : data_(array.keys.data), readable_end_(readable_end(array.keys)), skipped_(common_prefix(array)) {}
 
   Key key(const mub_array_entry &entry) const {
-    if (key_end(entry) > capacity_) return {0, data_, 0};
+    if (key_end(entry) > readable_end_) return {0, data_, 0};
     const int64_t offset = entry.key_offset + skipped_;
     const int64_t length = entry.key_length - skipped_;
     return {head(offset, length), data_ + offset, length};
@@ -137,9 +140,9 @@ class ByteKeyOrder {
  private:
   uint64_t head(int64_t offset, int64_t length) const {
     // Differences of lengths are cut to 32 bits, also by the searches; heads would say otherwise.
-    if (capacity_ > INT32_MAX) return 0;
+    if (readable_end_ > INT32_MAX) return 0;
     uint64_t word = 0;
-    if (offset <= capacity_ - 8) {
+    if (offset <= readable_end_ - 8) {
       word = bytes::load<uint64_t>(data_ + offset);
     } else if (length > 0) {
       std::memcpy(&word, data_ + offset, static_cast<size_t>(std::min<int64_t>(length, 8)));
@@ -149,7 +152,7 @@ class ByteKeyOrder {
   }
 
   const uint8_t *data_;
-  int64_t capacity_;
+  int64_t readable_end_;
   int64_t skipped_;
 };
 
