@@ -248,7 +248,9 @@ MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, ui
  * Does nothing without buckets, or when memory runs out. */
 MUB_API void mub_hash_expand(mub_hash *hash);
 
-/* mub_hash_insert_t: find the entry of a key, or make it with value 0. A negative length is measured here too.
+/* mub_hash_insert_t: find the entry of a key, or make it with value 0. A negative length is measured here too. Keys are
+ * compared and stored hashes are not looked at: a key that was added before `nocase` changed is found all the same if its
+ * bucket is the one that it would have now.
  *   inserted_out   receives 1 when the entry is new, else 0
  * Returns the entry; NULL when memory ran out. */
 MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64_t length, int *inserted_out);

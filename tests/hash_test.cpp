@@ -329,6 +329,23 @@ TEST(HashOfBytes, CaseFollowsTheFieldWhichStaysWithItsRecord) {
   EXPECT_EQ(table.nocase - exact.nocase, 1);
 }
 
+// Key, key and keY share one bucket of 4, but no hash.
+TEST(HashOfBytes, InsertionsCompareKeysWhateverHashIsStored) {
+  Table<ByteTable> exact, folding;
+  mub_hash_entry *first = nullptr, *found = nullptr;
+  folding.nocase = 1;
+  EXPECT_EQ(mub_hash_entry_set(&exact, "Key", 3, &first), 1);
+  EXPECT_EQ(mub_hash_insert(&exact, "key", 3, 2), 1);
+  mub_hash_swap(&exact, &folding);
+  EXPECT_EQ(mub_hash_entry_set(&folding, "key", 3, &found), 0);
+  EXPECT_EQ(found, first) << "the first of the chain, though another has the hash";
+  EXPECT_EQ(mub_hash_insert(&folding, "keY", 3, 3), 0);
+  folding.nocase = 0;
+  first->hash ^= 4;
+  EXPECT_EQ(mub_hash_insert(&folding, "Key", 3, 3), 0);
+  EXPECT_EQ(folding.count, 2);
+}
+
 TEST(HashOfBytes, OffsetsHave32BitsAndFallBehindACutButThatOfAnEmptyKeyAtIt) {
   Table<ByteTable> table;
   mub_hash_entry *made[4];

@@ -15,8 +15,8 @@
 //   Table, Entry, Key     the records, and a key as it is passed
 //   kClearsNewEntries     whether entry_new, which stores no key, sets the value to 0
 //   word(table, key)      the word that chooses the bucket;  entry_word(entry) the same for a stored key
-//   same_key(table, entry, key)         whether the entry has the key
-//   matches(table, entry, word, key)    the same, after a test of the stored word where there is one
+//   same_key(table, entry, key)         whether the entry has the key: for insertions
+//   matches(table, entry, word, key)    the same, after a test of the stored word where there is one: for all else
 //   reserve_keys(table, bytes)          sets storage for key bytes aside, if it can
 //   store_key(table, entry, word, key)  fills the key fields of an entry; false when there is no room
 //   erase_key(table, entry)             cuts the key bytes of an unlinked entry out
@@ -118,10 +118,18 @@ EntryOf<Kind> *link_new(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *las
   return entry;
 }
 
+// Where an insertion looks: the first entry that has the key, whatever word is stored with it. A hash may have been stored
+// before `nocase` changed, and a key must not be added twice. Keys of other lengths are passed over without a look at
+// their bytes.
+template <class Kind>
+Place<EntryOf<Kind>> search_key(const TableOf<Kind> &table, int64_t bucket, KeyOf<Kind> key) {
+  return search<Kind>(table, bucket,
+                      [&](const EntryOf<Kind> &entry) { return Kind::same_key(table, entry, key); });
+}
+
 template <class Kind>
 EntryOf<Kind> *entry_new(TableOf<Kind> &table, int64_t bucket, KeyOf<Kind> key, int &inserted) {
-  const auto place = search<Kind>(
-      table, bucket, [&](const EntryOf<Kind> &entry) { return Kind::same_key(table, entry, key); });
+  const auto place = search_key<Kind>(table, bucket, key);
   inserted = 0;
   if (place.entry != nullptr) return place.entry;
   EntryOf<Kind> *entry = link_new<Kind>(table, bucket, place.before);
@@ -252,8 +260,7 @@ EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
   if (table.buckets.count < 1) return insert_first<Kind>(table, key, inserted);
   const uint64_t word = Kind::word(table, key);
   const int64_t bucket = bucket_of(table, word);
-  const auto place = search<Kind>(
-      table, bucket, [&](const EntryOf<Kind> &entry) { return Kind::matches(table, entry, word, key); });
+  const auto place = search_key<Kind>(table, bucket, key);
   if (place.entry != nullptr) return place.entry;
   EntryOf<Kind> *entry = append<Kind>(table, bucket, place.before, word, key);
   inserted = entry != nullptr ? 1 : 0;

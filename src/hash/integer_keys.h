@@ -16,7 +16,9 @@ struct IntegerKeys : KeysInEntries<TableRecord, EntryRecord, Integer> {
   static uint64_t word(const Table &, Integer key) { return key; }
   static uint64_t entry_word(const Entry &entry) { return entry.key; }
   static bool same_key(const Table &, const Entry &entry, Integer key) { return entry.key == key; }
-  static bool matches(const Table &, const Entry &entry, uint64_t, Integer key) { return entry.key == key; }
+  static bool matches(const Table &table, const Entry &entry, uint64_t, Integer key) {
+    return same_key(table, entry, key);
+  }
   static bool store_key(Table &, Entry &entry, uint64_t, Integer key) {
     entry.key = key;
     return true;
