@@ -250,7 +250,7 @@ MUB_API void mub_list_free_all_entry(mub_list *list, mub_free_fn release);
 /* mub_list_adjust_t: lower the key offsets that lie behind a cut in `keys`: those beyond `offset`, and that of a key
  * with bytes at `offset` itself.
  *   offset   where the bytes were cut out
- *   length   what the offsets are lowered by; low 32 bits used
+ *   length   what the offsets are lowered by, modulo 2^32; low 32 bits used
  * Cost: O(entries). */
 MUB_API void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length);
 

@@ -354,6 +354,9 @@ TEST(HashOfBytes, OffsetsHave32BitsAndFallBehindACutButThatOfAnEmptyKeyAtIt) {
   EXPECT_EQ(mub_hash_entry_get(&table, nullptr, -1), made[2]);
   mub_hash_adjust_t(&table, 4, (int64_t{1} << 32) + 2);
   mub_hash_adjust_t(&table, 2, 1);
+  mub_hash_adjust_t(&table, 1, 4);
+  EXPECT_EQ(made[1]->key_offset, 0xFFFFFFFDu);
+  mub_hash_adjust_t(&table, 1, -4);
   const uint32_t offsets[4] = {0, 1, 3, 1};
   for (size_t i = 0; i < 4; ++i) EXPECT_EQ(made[i]->key_offset, offsets[i]) << keys[i];
   table.keys.length = 0xFFFFFFFE;

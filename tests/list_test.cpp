@@ -430,6 +430,9 @@ TEST(ListOfKeys, OffsetsHave32BitsAndFallBehindACutButThatOfAnEmptyKeyAtIt) {
   EXPECT_EQ(mub_list_find(&list, nullptr, -1), made[2]);
   mub_list_adjust_t(&list, 4, (int64_t{1} << 32) + 2);
   mub_list_adjust_t(&list, 2, 1);
+  mub_list_adjust_t(&list, 1, 4);
+  EXPECT_EQ(made[1]->key_offset, 0xFFFFFFFDu);
+  mub_list_adjust_t(&list, 1, -4);
   const uint32_t offsets[4] = {0, 1, 3, 1};
   for (size_t i = 0; i < 4; ++i) EXPECT_EQ(made[i]->key_offset, offsets[i]) << i;
   list.keys.length = 0xFFFFFFFE;

@@ -54,14 +54,19 @@ inline void erase(mub_stream &store, int64_t position, int64_t count) {
   buffer::shrink(store, store.length - count);
 }
 
-// Moves a record's key down after `length` bytes at `offset` were cut out. An empty key has no bytes of its own: one that
-// lies exactly there stays. So does one that would leave the store: an entry without children may still be called by the
-// key that was cut.
+// Moves a record's key down after `length` bytes at `offset` were cut out; the difference has 32 bits. An empty key has no
+// bytes of its own: one that lies exactly there stays.
+template <class Record>
+void move_down(Record &record, uint32_t offset, uint32_t length) {
+  const bool is_after = record.key_offset > offset || (record.key_offset == offset && record.key_length != 0);
+  if (is_after) record.key_offset -= length;
+}
+
+// The same where a record may still be called by a key that was cut, and is compared: as an entry of a B-tree that a caller
+// left without children. An offset that would wrap stays, so that the name lies in the store.
 template <class Record>
 void lower_offset(Record &record, uint32_t offset, uint32_t length) {
-  const bool is_behind =
-      record.key_offset > offset || (record.key_offset == offset && record.key_length != 0);
-  if (is_behind && record.key_offset >= length) record.key_offset -= length;
+  if (record.key_offset >= length) move_down(record, offset, length);
 }
 
 }  // namespace keys

@@ -86,7 +86,7 @@ struct ByteKeys {
 };
 
 void ByteKeys::lower_offsets(Table &table, uint32_t offset, uint32_t length) {
-  const auto lower = [=](Entry &entry) { keys::lower_offset(entry, offset, length); };
+  const auto lower = [=](Entry &entry) { keys::move_down(entry, offset, length); };
   if (chained::fills_its_pool<ByteKeys>(table)) {
     pool::for_each_block<Entry>(*table.entry_pool, lower);
   } else {
