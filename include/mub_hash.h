@@ -259,13 +259,15 @@ MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64
  * Returns the entry; NULL when there is none. */
 MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length);
 
-/* mub_hash_remove_t: unlink the entry of a key and delete its key bytes. The count stays as it is.
+/* mub_hash_remove_t: unlink the entry of a key and delete its key bytes. The count stays as it is. The entry keeps its
+ * fields, whatever else is removed; count it down before its block is given back.
  * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
 MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length);
 
 /* mub_hash_adjust_t: lower the key offsets after key bytes were deleted from `keys`.
  *   offset   where they were: keys at or behind it move, an empty key only behind it
- *   length   how many they were; the low 32 bits are used */
+ *   length   how many they were; the low 32 bits are used, and offsets fall modulo 2^32
+ * Cost: O(entries): the chains are followed. */
 MUB_API void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length);
 
 /* ---- mub_hashd: a hash table whose keys are 32-bit integers ---------------------------------------------------

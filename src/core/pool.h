@@ -102,16 +102,35 @@ void for_each_block(const mub_pool &pool, Visit visit) {
   }
 }
 
-// Whether all live blocks are the `count` ones of a container that owns the pool: it may then change what lies in the
-// chunks without following its own links, given that its blocks on the free stack are harmless to the change.
-template <class Block>
-bool holds_only(const mub_pool *pool, uint16_t owned, int64_t count) {
-  return owned != 0 && pool->live_count == count && pool->block_size == int64_t{sizeof(Block)};
-}
-
 // The blocks that were carved from the chunks, be they live, free or dropped.
 inline int64_t blocks_ever_taken(const mub_pool &pool) {
   return pool.chunk_count < 1 ? 0 : (pool.chunk_count - 1) * pool.blocks_per_chunk + pool.chunk_used;
+}
+
+// The number of addresses on the free stack.
+inline int64_t free_blocks(const mub_pool &pool) {
+  return pool.free_count < 1 ? 0 : (pool.free_count - 1) * pool.blocks_per_chunk + pool.free_used;
+}
+
+// Calls `visit` with every block on the free stack.
+template <class Block, class Visit>
+void for_each_free_block(const mub_pool &pool, Visit visit) {
+  for (int64_t page = 0; page < pool.free_count; ++page) {
+    const int64_t used = page + 1 < pool.free_count ? pool.blocks_per_chunk : pool.free_used;
+    for (int64_t i = 0; i < used; ++i) {
+      auto *block = static_cast<Block *>(free_page(pool, page)[i]);
+      if (block != nullptr) visit(*block);
+    }
+  }
+}
+
+// Whether a container that owns the pool, and has `count` entries, has all live blocks: it may then change what lies in the
+// chunks without following its own links, given that its blocks on the free stack are harmless to the change. A block that a
+// caller popped off the free stack is not counted as live; so all blocks have to be accounted for.
+template <class Block>
+bool holds_only(const mub_pool *pool, uint16_t owned, int64_t count) {
+  return owned != 0 && pool->live_count == count && pool->block_size == int64_t{sizeof(Block)} &&
+         blocks_ever_taken(*pool) == count + free_blocks(*pool);
 }
 
 // Position in a sorted map of the chunk with the greatest base at or below `address`; -1 when there is none.
@@ -125,11 +144,6 @@ mub_pool_chunk *map(const mub_pool &pool);
 
 // Empties the destination and makes it a copy; false when memory runs out, the destination then empty.
 bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destination);
-
-// The number of addresses on the free stack.
-inline int64_t free_blocks(const mub_pool &pool) {
-  return pool.free_count < 1 ? 0 : (pool.free_count - 1) * pool.blocks_per_chunk + pool.free_used;
-}
 
 }  // namespace mub::pool
 

@@ -50,7 +50,7 @@ class Cloning {
       copy_.buckets.items[bucket] = pools_.entry_word(source_.buckets.items[bucket]);
     }
     const auto translate_next = [&](Entry &entry) { entry.next = pools_.entry(entry.next); };
-    if (fills_its_pool<Kind>(source_)) {
+    if (fills_its_pool<Kind>(source_, 0)) {
       pool::for_each_block<Entry>(*copy_.entry_pool, translate_next);
       return;
     }

@@ -163,11 +163,28 @@ void for_each(const TableOf<Kind> &table, Visit visit) {
   }
 }
 
-// Whether every live block of the entry pool is an entry of the table, which then owns all that lies in the chunks:
-// blocks on the free stack have forgotten their keys.
+// The number of entries in the chains, from a pass over the pool: each is led to by one bucket or by one other entry. Blocks
+// outside of the chains lead nowhere, as removals leave them, or are counted too.
 template <class Kind>
-bool fills_its_pool(const TableOf<Kind> &table) {
-  return pool::holds_only<EntryOf<Kind>>(table.entry_pool, table.owns_entry_pool, table.count);
+int64_t count_linked(const TableOf<Kind> &table) {
+  using Entry = EntryOf<Kind>;
+  int64_t linked = table.buckets.count -
+                   std::count(table.buckets.items, table.buckets.items + table.buckets.count, uint64_t{0});
+  const auto follower = [](const Entry &entry) { return entry.next != nullptr ? 1 : 0; };
+  pool::for_each_block<const Entry>(*table.entry_pool,
+                                    [&](const Entry &entry) { linked += follower(entry); });
+  pool::for_each_free_block<const Entry>(*table.entry_pool,
+                                         [&](const Entry &entry) { linked -= follower(entry); });
+  return linked;
+}
+
+// Whether every live block of the entry pool is in a chain, but for `unlinked` entries that were just taken out: a pass over
+// the pool then changes nothing that a caller holds. `count` alone does not tell: it includes the entries that a caller has
+// unlinked and not yet counted down. Those that the caller still holds have no next, which count_linked() sees.
+template <class Kind>
+bool fills_its_pool(const TableOf<Kind> &table, int64_t unlinked) {
+  return pool::holds_only<EntryOf<Kind>>(table.entry_pool, table.owns_entry_pool, table.count) &&
+         count_linked<Kind>(table) == table.count - unlinked;
 }
 
 template <class Kind>

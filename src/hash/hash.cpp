@@ -55,7 +55,7 @@ struct ByteKeys {
     if (entry.key_length == 0) return;
     const uint32_t offset = entry.key_offset;
     keys::erase(table.keys, offset, entry.key_length);
-    lower_offsets(table, offset, entry.key_length);
+    lower_offsets_after_removal(table, offset, entry.key_length);
     entry.key_offset = offset;  // a pass over the pool has met the unlinked entry too
   }
 
@@ -83,15 +83,19 @@ struct ByteKeys {
   static bool clone_keys(const Table &source, Table &copy) { return buffer::clone(source.keys, copy.keys); }
 
   static void lower_offsets(Table &table, uint32_t offset, uint32_t length);
+  static void lower_offsets_after_removal(Table &table, uint32_t offset, uint32_t length);
 };
 
 void ByteKeys::lower_offsets(Table &table, uint32_t offset, uint32_t length) {
-  const auto lower = [=](Entry &entry) { keys::move_down(entry, offset, length); };
-  if (chained::fills_its_pool<ByteKeys>(table)) {
-    pool::for_each_block<Entry>(*table.entry_pool, lower);
-  } else {
-    chained::for_each<ByteKeys>(table, lower);
-  }
+  chained::for_each<ByteKeys>(table, [=](Entry &entry) { keys::move_down(entry, offset, length); });
+}
+
+// With one entry just unlinked. Two passes over the pool, the first to see that it may be done, take a fraction of the time
+// that following the chains takes.
+void ByteKeys::lower_offsets_after_removal(Table &table, uint32_t offset, uint32_t length) {
+  if (!chained::fills_its_pool<ByteKeys>(table, 1)) return lower_offsets(table, offset, length);
+  pool::for_each_block<Entry>(*table.entry_pool,
+                              [=](Entry &entry) { keys::move_down(entry, offset, length); });
 }
 
 }  // namespace
