@@ -150,7 +150,7 @@ MUB_API mub_list_entry *mub_list_add_head(mub_list *list, const void *key, int64
 MUB_API mub_list_entry *mub_list_add_tail(mub_list *list, const void *key, int64_t length, uint64_t value);
 
 /* mub_list_add_head_new: add an entry before all others, its value a block of the value pool.
- *   init   called with the block before the entry, already linked, receives it; may be NULL
+ *   init   called with the block before the entry is linked and counted; may be NULL
  * Returns the block; 0 when memory ran out. When only the block cannot be had, the entry is added with value 0. */
 MUB_API uint64_t mub_list_add_head_new(mub_list *list, const void *key, int64_t length, mub_init_fn init);
 
@@ -320,7 +320,7 @@ MUB_API mub_lists_entry *mub_lists_add_head(mub_lists *list, uint64_t value);
 MUB_API mub_lists_entry *mub_lists_add_tail(mub_lists *list, uint64_t value);
 
 /* mub_lists_add_head_new: add a block of the value pool before all others.
- *   init   called with the block before the entry, already linked, receives it; may be NULL
+ *   init   called with the block before the entry is linked and counted; may be NULL
  * Returns the block; 0 when memory ran out. When only the block cannot be had, 0 is added. */
 MUB_API uint64_t mub_lists_add_head_new(mub_lists *list, mub_init_fn init);
 
@@ -465,7 +465,7 @@ MUB_API mub_listx *mub_listx_add_head(mub_listx *list, uint64_t value);
 MUB_API mub_listx *mub_listx_add_tail(mub_listx *list, uint64_t value);
 
 /* mub_listx_add_head_new: add a block of the value pool before all others, as mub_listx_add_head adds a value.
- *   init   called with the block before the list, which has a 0 in its place, receives it; may be NULL
+ *   init   called with the block before it is added and counted; may be NULL
  * Returns the block; 0 when memory ran out. When only the block of the value pool cannot be had, 0 is added. */
 MUB_API uint64_t mub_listx_add_head_new(mub_listx *list, mub_init_fn init);
 

@@ -422,6 +422,27 @@ TYPED_TEST(Lists, CloneValuesIntoAPoolThatIsNamedAsTheUsersToo) {
   EXPECT_EQ(copy.value_pool->live_count, 40);
 }
 
+// The head, the tail and the count that an initialiser sees.
+uint64_t watched;
+template <class A>
+void watch(uint64_t block) {
+  const auto &list = *reinterpret_cast<typename A::Record *>(watched);
+  seen = {block, key_of(list.head == nullptr ? 0 : list.head->value),
+          key_of(list.tail == nullptr ? 0 : list.tail->value), static_cast<uint64_t>(list.count)};
+}
+
+TYPED_TEST(Lists, InitialisersRunBeforeTheEntryIsLinked) {
+  using A = TypeParam;
+  List<A> list;
+  watched = reinterpret_cast<uintptr_t>(&list);
+  const uint64_t first = call<kAddTailNew>(list, std::string_view("a"), watch<A>);
+  EXPECT_EQ(seen, (Words{first, 0, 0, 0}));
+  key_at(first) = 5;
+  const uint64_t second = call<kAddHeadNew>(list, std::string_view("b"), watch<A>);
+  EXPECT_EQ(seen, (Words{second, 5, 5, 1}));
+  EXPECT_EQ(list.head->value, second);
+}
+
 TEST(ListOfKeys, OffsetsHave32BitsAndFallBehindACutButThatOfAnEmptyKeyAtIt) {
   List<Keyed> list;
   mub_list_entry *made[4];

@@ -130,4 +130,24 @@ TEST(UnrolledList, ReadsNoSlotThatABlockDoesNotHave) {
   EXPECT_EQ(list.head->count, 31);
 }
 
+// A block that is not yet filled is not linked either.
+List *watched;
+void watch(uint64_t) {
+  seen.push_back(static_cast<uint64_t>(watched->count));
+  for (const mub_listx_block *block = watched->head; block != nullptr; block = block->next) {
+    seen.push_back(static_cast<uint64_t>(block->count));
+  }
+}
+
+TEST(UnrolledList, InitialisersRunBeforeTheValueIsStored) {
+  List list;
+  watched = &list;
+  seen.clear();
+  mub_listx_add_tail_new(&list, watch);
+  for (uint64_t i = 0; i < 31; ++i) mub_listx_add_tail(&list, i);
+  mub_listx_add_head_new(&list, watch);
+  mub_listx_add_head_new(&list, watch);
+  EXPECT_EQ(seen, (Words{0, 32, 32, 33, 1, 32}));
+}
+
 }  // namespace

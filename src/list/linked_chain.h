@@ -143,27 +143,37 @@ EntryOf<List> *take_entry(List &list) {
   return entry;
 }
 
+// An entry with its key, not yet linked; nullptr when memory runs out.
+template <class List>
+EntryOf<List> *take_entry_with(List &list, KeyOf<List> key) {
+  EntryOf<List> *entry = take_entry(list);
+  if (entry == nullptr || ChainPolicy<List>::store_key(list, *entry, key)) return entry;
+  pool::give(list.entry_pool, entry);
+  return nullptr;
+}
+
+template <class List>
+void link_new(List &list, Gap<EntryOf<List>> gap, EntryOf<List> &entry, uint64_t value) {
+  entry.value = value;
+  link(list, gap, entry);
+  ++list.count;
+}
+
 template <class List>
 EntryOf<List> *add(List &list, Gap<EntryOf<List>> gap, KeyOf<List> key, uint64_t value) {
-  EntryOf<List> *entry = take_entry(list);
-  if (entry == nullptr) return nullptr;
-  if (!ChainPolicy<List>::store_key(list, *entry, key)) {
-    pool::give(list.entry_pool, entry);
-    return nullptr;
-  }
-  entry->value = value;
-  link(list, gap, *entry);
-  ++list.count;
+  EntryOf<List> *entry = take_entry_with(list, key);
+  if (entry != nullptr) link_new(list, gap, *entry, value);
   return entry;
 }
 
-// The entry stands even when there is no block for it.
+// The entry is added even when there is no block for it. The initialiser finds the list as it was, but for the key bytes.
 template <class List>
 uint64_t add_new(List &list, Gap<EntryOf<List>> gap, KeyOf<List> key, mub_init_fn init) {
-  EntryOf<List> *entry = add(list, gap, key, 0);
+  EntryOf<List> *entry = take_entry_with(list, key);
   if (entry == nullptr) return 0;
-  entry->value = take_value(list.value_pool, init);
-  return entry->value;
+  const uint64_t value = take_value(list.value_pool, init);
+  link_new(list, gap, *entry, value);
+  return value;
 }
 
 // Takes a linked entry, of whose key nothing is left, off the list.

@@ -35,45 +35,43 @@ namespace {
 
 using chain::End;
 
-// Kept out of the way of the block that has room.
-__attribute__((noinline)) mub_listx_block *add_block(mub_listx &list, End end) {
-  mub_listx_block *block = chain::take_entry(list);
-  if (block != nullptr) chain::link(list, chain::gap_at(list, end), *block);
-  return block;
+// The block at an end where a value more has room: the one that is linked there, or a new one, not yet linked.
+template <End kEnd>
+mub_listx_block *block_with_room(mub_listx &list) {
+  mub_listx_block *block = chain::entry_at(list, kEnd);
+  return block != nullptr && held(*block) < kSlots ? block : chain::take_entry(list);
 }
 
-// A slot at an end for a value more, still 0; nullptr when there is none.
 template <End kEnd>
-uint64_t *open_slot(mub_listx &list) {
-  mub_listx_block *block = chain::entry_at(list, kEnd);
-  if (block == nullptr || held(*block) == kSlots) block = add_block(list, kEnd);
-  if (block == nullptr) return nullptr;
-  const int64_t count = held(*block);
-  uint64_t *slot = block->values + count;
+void put(mub_listx &list, mub_listx_block &block, uint64_t value) {
+  if (&block != chain::entry_at(list, kEnd)) chain::link(list, chain::gap_at(list, kEnd), block);
+  const int64_t count = held(block);
+  uint64_t *slot = block.values + count;
   if constexpr (kEnd == End::kHead) {
-    slot = block->values;
+    slot = block.values;
     std::copy_backward(slot, slot + count, slot + count + 1);
   }
-  *slot = 0;
-  block->count = count + 1;
+  *slot = value;
+  block.count = count + 1;
   ++list.count;
-  return slot;
 }
 
 template <End kEnd>
 mub_listx *add(mub_listx &list, uint64_t value) {
-  uint64_t *slot = open_slot<kEnd>(list);
-  if (slot == nullptr) return nullptr;
-  *slot = value;
+  mub_listx_block *block = block_with_room<kEnd>(list);
+  if (block == nullptr) return nullptr;
+  put<kEnd>(list, *block, value);
   return &list;
 }
 
+// The initialiser finds the list as it was.
 template <End kEnd>
 uint64_t add_new(mub_listx &list, mub_init_fn init) {
-  uint64_t *slot = open_slot<kEnd>(list);
-  if (slot == nullptr) return 0;
-  *slot = take_value(list.value_pool, init);
-  return *slot;
+  mub_listx_block *block = block_with_room<kEnd>(list);
+  if (block == nullptr) return 0;
+  const uint64_t value = take_value(list.value_pool, init);
+  put<kEnd>(list, *block, value);
+  return value;
 }
 
 template <End kEnd>
