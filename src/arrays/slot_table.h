@@ -33,6 +33,7 @@
 #include "arrays/sort.h"
 #include "core/alloc.h"
 #include "core/growth.h"
+#include "core/no_key.h"
 #include "core/pool.h"
 #include "core/prefetch.h"
 #include "core/unit_buffer.h"
@@ -61,8 +62,6 @@ struct NoKeyStream {
   static void term_keys(Record &) {}
   static void swap_rest(Record &, Record &) {}
 };
-
-struct NoKey {};
 
 template <>
 struct SlotPolicy<mub_arrays> : NoKeyStream<mub_arrays> {

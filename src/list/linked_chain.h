@@ -16,14 +16,13 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "core/no_key.h"
 #include "core/pool.h"
 #include "core/pool_twin.h"
 #include "core/value_pool.h"
 #include "mub_list.h"
 
 namespace mub {
-
-struct NoKey {};
 
 // What a list without keys does where others tend to them.
 template <class List>
