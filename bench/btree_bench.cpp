@@ -35,8 +35,18 @@ class MubIntegers {
   uint64_t get(uint64_t key) const { return mub_btreex_get(&tree_, key); }
   uint64_t sum() const {
     uint64_t sum = 0;
-    for (auto *node = mub_btreex_node_first(&tree_); node != nullptr;
-         node = mub_btreex_node_next(&tree_, node)) {
+    mub_btreex_cursor at;
+    for (auto *node = mub_btreex_cursor_first(&at, &tree_); node != nullptr;
+         node = mub_btreex_cursor_next(&at)) {
+      sum += node->value;
+    }
+    return sum;
+  }
+  uint64_t sum_backwards() const {
+    uint64_t sum = 0;
+    mub_btreex_cursor at;
+    for (auto *node = mub_btreex_cursor_last(&at, &tree_); node != nullptr;
+         node = mub_btreex_cursor_prev(&at)) {
       sum += node->value;
     }
     return sum;
@@ -89,6 +99,11 @@ class Peer {
   uint64_t sum() const {
     uint64_t sum = 0;
     for (const auto &item : map_) sum += item.second;
+    return sum;
+  }
+  uint64_t sum_backwards() const {
+    uint64_t sum = 0;
+    for (auto item = map_.rbegin(); item != map_.rend(); ++item) sum += item->second;
     return sum;
   }
   void clear() { map_ = Map(); }
@@ -170,6 +185,13 @@ void walk(benchmark::State &state) {
 }
 
 template <class Map>
+void walk_backwards(benchmark::State &state) {
+  const auto map = filled<Map>(random_integers(state.range(0), 1));
+  for (auto _ : state) benchmark::DoNotOptimize(map->sum_backwards());
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+template <class Map>
 void release(benchmark::State &state) {
   const Integers keys = random_integers(state.range(0), 1);
   mub_bench::release(state, [&] { return filled<Map>(keys); });
@@ -182,6 +204,7 @@ void memory(benchmark::State &state) {
 }
 
 const std::vector<int64_t> kSizes = {1000, 100000, 1000000};
+const std::vector<int64_t> kWalkSizes = {100, 1000, 8000, 100000, 1000000};
 
 template <class Map>
 void add_integers(const std::string &who) {
@@ -191,7 +214,8 @@ void add_integers(const std::string &who) {
       "u64_insert_random", who, [](auto &state) { insert<Map>(state, random_integers); }, kSizes);
   add_sizes(
       "u64_insert_ascending", who, [](auto &state) { insert<Map>(state, ascending_integers); }, kSizes);
-  add_sizes("u64_walk", who, walk<Map>, kSizes);
+  add_sizes("u64_walk", who, walk<Map>, kWalkSizes);
+  add_sizes("u64_walk_backwards", who, walk_backwards<Map>, kWalkSizes);
   mub_bench::add_runs("u64_release", who, release<Map>, kSizes);
   add_sizes("u64_memory", who, memory<Map>, kSizes);
 }

@@ -566,6 +566,40 @@ class Btree(Container):
         return struct.unpack("<" + form, struct.pack("<" + stored, node.key))[0]
 
 
+class Cursor(Container):
+    """mub_btree_cursor, mub_btreed_cursor, mub_btreex_cursor: the record where a walk is."""
+
+    def check_record(self):
+        if not is_readable(self.field("tree")):
+            raise Damage(f"no tree at {self.field('tree'):#x}")
+        self.tree = Btree(self.record["tree"].dereference())
+        if self.tree.damage is not None:
+            raise self.tree.damage
+        self.index, self.leaf = self.field("index"), None
+        if self.field("leaf") != 0:
+            self.leaf = self.tree.layout.read(self.field("leaf"))
+            self.tree.check_entry(self.leaf)
+            if not -1 <= self.index <= self.leaf.children_count:
+                raise Damage(f"index {self.index} in a leaf of {self.leaf.children_count}")
+
+    def summary(self):
+        if self.leaf is None:
+            return f"{self.name} of an empty tree"
+        if self.index < 0:
+            return f"{self.name} before the first record"
+        if self.index == self.leaf.children_count:
+            return f"{self.name} after the last record"
+        return f"{self.name} at {self.index} in a leaf of {plural(self.leaf.children_count, 'record')}"
+
+    def nodes(self):
+        if self.leaf is not None and self.index >= 0:
+            for _, record in itertools.islice(self.tree.records(self.leaf), self.index, self.index + 1):
+                yield record
+
+    def show(self, node):
+        return self.tree.show(node)
+
+
 class List(Container):
     """mub_list: keys and values. A node is an entry."""
 
@@ -866,6 +900,7 @@ FAMILIES = {
     "mub_array": Array, "mub_arrayd": Array, "mub_arrayx": Array, "mub_arrays": Arrays, "mub_arrayt": Arrayt,
     "mub_hash": Hash, "mub_hashd": Hash, "mub_hashx": Hash, "mub_hasht": Hash,
     "mub_btree": Btree, "mub_btreed": Btree, "mub_btreex": Btree,
+    "mub_btree_cursor": Cursor, "mub_btreed_cursor": Cursor, "mub_btreex_cursor": Cursor,
     "mub_list": List, "mub_lists": Lists, "mub_listx": Listx, "mub_listx_block": ListxBlock,
 }
 

@@ -1,7 +1,8 @@
 /* mub_btree.h: ordered maps as B+-trees of order 32: mub_btree with byte strings as keys, mub_btreed with 32-bit
  * numbers, mub_btreex with 64-bit numbers.
  *
- *                    root  level 1  key "plum"          an entry is a node of the tree; its key is that of its
+ *                    root  level 1  key "plum"          an entry is a node of the tree; its key is that of
+ *                    its
  *                     │ children                        last child, the greatest below it
  *          ┌──────────┴──────────┐
  *      level 0  key "fig"    level 0  key "plum"        entries of level 0 are the leaves: blocks of entry_pool
@@ -19,8 +20,12 @@
  *          `_init` has no block size yet: store the size of your values in `value_pool->block_size` first.
  * Chain.   `prev` and `next` are exact as long as nothing was removed since the tree was last empty, and it is no
  *          clone: a removal leaves the links of the neighbours as they are, and those of a clone point into its
- *          source. Insertions never follow such a link. `_node_next` and `_node_prev` are right whatever was removed, as
- *          long as the caller leaves the links to the tree and copies the tree's record as a whole, if ever.
+ *          source. Insertions never follow such a link.
+ * Cursors. A cursor walks the records in key order, whatever was removed or cloned before. It is a plain
+ *          record of the caller's, with nothing to release; a step compares no keys and takes O(1) on
+ *          average. It is valid until a key is added or removed, or the tree is emptied, swapped, cloned
+ *          into or released: then seek again. Any number of cursors may walk one tree, also in several
+ *          threads while nobody changes it.
  * Memory.  An insertion that runs out of memory is refused as a whole. Only a split may be missing: the entry then
  *          holds more than 31 children, and splits at the next insertion there.
  * Cost.    To find a key: O(log n). An insertion, too. Releasing a tree takes O(entries), however many records they
@@ -135,25 +140,34 @@ typedef struct mub_btree {
   uint16_t nocase; /* not 0: keys that differ only in case are equal; set it before the first insertion */
 } mub_btree;
 
+/* A place in the walk over a tree, or outside its ends; see "Cursors" above. */
+typedef struct mub_btree_cursor {
+  const mub_btree *tree; /* the one that it walks */
+  mub_btree_entry *leaf; /* NULL in an empty tree */
+  int64_t index; /* in the leaf; -1: before the first record of the tree; the leaf's count: after the last */
+} mub_btree_cursor;
+
 /* mub_btree_init: make the record an empty tree, `nocase` 0; its root has room for 32 children.
  *   own_entry_pool, own_node_pool, own_value_pool   not 0: make a pool that the tree owns
  * A pool record that cannot be allocated leaves its field NULL and its flag 0. Returns the tree. */
 MUB_API mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_node_pool, int own_value_pool);
 
-/* mub_btree_term: release everything that the tree owns; entries and records go back to a caller's pools. Values are
- * not looked at, `nocase` stays. Returns the tree. */
+/* mub_btree_term: release everything that the tree owns; entries and records go back to a caller's pools.
+ * Values are not looked at, `nocase` stays. Returns the tree. Invalidates: the tree's cursors. */
 MUB_API mub_btree *mub_btree_term(mub_btree *tree);
 
 /* mub_btree_insert: add a key with a value unless the key is present.
  *   value   any word, 0 included
- * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out. */
+ * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out. Invalidates: the
+ * tree's cursors. */
 MUB_API int mub_btree_insert(mub_btree *tree, const void *key, int64_t length, uint64_t value);
 
 /* mub_btree_set: find the value of a key, or add the key with a block of the value pool.
  *   value_out   receives the value: the new block (0 when there is none), or the value that stands
- *   init        called with the new block, which the record already holds and `value_out` not yet; may be NULL
- * Returns 1 when the key is new, also when only its block could not be had; 0 when the key was present, or when memory
- * ran out (then *value_out is 0). */
+ *   init        called with the new block, which the record already holds and `value_out` not yet; may be
+ *               NULL
+ * Returns 1 when the key is new, also when only its block could not be had; 0 when the key was present, or
+ * when memory ran out (then *value_out is 0). Invalidates: the tree's cursors. */
 MUB_API int mub_btree_set(mub_btree *tree, const void *key, int64_t length, uint64_t *value_out,
                           mub_init_fn init);
 
@@ -170,25 +184,28 @@ MUB_API uint64_t mub_btree_update(mub_btree *tree, const void *key, int64_t leng
 MUB_API int mub_btree_find(const mub_btree *tree, const void *key, int64_t length);
 
 /* mub_btree_remove: take a key out. Its value is handed over, not released.
- * Returns the value; 0 when the key is absent. Invalidates: key offsets, and the links of the neighbours.
- * Cost: O(keys): the key's bytes are cut out of `keys` and the offsets behind them lowered. With a node pool of its
- * own the tree does that in one pass over memory. */
+ * Returns the value; 0 when the key is absent. Invalidates: the tree's cursors, key offsets, and the links
+ * of the neighbours.
+ * Cost: O(keys): the key's bytes are cut out of `keys` and the offsets behind them lowered. With a node
+ * pool of its own the tree does that in one pass over memory. */
 MUB_API uint64_t mub_btree_remove(mub_btree *tree, const void *key, int64_t length);
 
-/* mub_btree_remove_all: empty the tree; it stays usable. Entries and records go back to a caller's pools, owned pools
- * are emptied, values are not looked at; the block of `keys` is kept, the root's table of children is not.
- * Returns the tree. */
+/* mub_btree_remove_all: empty the tree; it stays usable. Entries and records go back to a caller's pools,
+ * owned pools are emptied, values are not looked at; the block of `keys` is kept, the root's table of
+ * children is not.
+ * Returns the tree. Invalidates: the tree's cursors. */
 MUB_API mub_btree *mub_btree_remove_all(mub_btree *tree);
 
-/* mub_btree_free_all: the same after every value that is not 0 was released, its block going back to a caller's value
- * pool; the block of `keys` is released too.
+/* mub_btree_free_all: the same after every value that is not 0 was released, its block going back to a
+ * caller's value pool; the block of `keys` is released too.
  *   release   called for every value that is not 0, in key order; may be NULL
- * Returns the tree. */
+ * Returns the tree. Invalidates: the tree's cursors. */
 MUB_API mub_btree *mub_btree_free_all(mub_btree *tree, mub_free_fn release);
 
 /* mub_btree_node_set: find the record of a key, or add it with value 0.
  *   node_out   receives the record; NULL when memory ran out. Fill its `value` in place
- * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. Invalidates: the tree's
+ * cursors. */
 MUB_API int mub_btree_node_set(mub_btree *tree, const void *key, int64_t length, mub_btree_node **node_out);
 
 /* mub_btree_node_get: find the record of a key.
@@ -212,16 +229,50 @@ MUB_API mub_btree_node *mub_btree_node_first(const mub_btree *tree);
  * Returns the record; NULL when the tree is empty. */
 MUB_API mub_btree_node *mub_btree_node_last(const mub_btree *tree);
 
-/* mub_btree_node_next: step to the record behind another one, whatever was removed before.
+/* mub_btree_node_next: find the record after another one, whatever was removed before. For a walk, a cursor
+ * is faster.
  *   node   a record of the tree
- * Returns the record; NULL at the end. Cost: O(log n); one walk at a time, whose last place the tree remembers, compares
- * no keys. */
+ * Returns the record; NULL at the end. Cost: O(log n). */
 MUB_API mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btree_node *node);
 
-/* mub_btree_node_prev: step to the record before another one, as mub_btree_node_next.
+/* mub_btree_node_prev: find the record before another one, as mub_btree_node_next.
  *   node   a record of the tree
  * Returns the record; NULL at the beginning. */
 MUB_API mub_btree_node *mub_btree_node_prev(const mub_btree *tree, const mub_btree_node *node);
+
+/* mub_btree_cursor_first: start a walk at the record with the least key.
+ *   cursor   overwritten
+ * Returns the record; NULL when the tree is empty. */
+MUB_API mub_btree_node *mub_btree_cursor_first(mub_btree_cursor *cursor, const mub_btree *tree);
+
+/* mub_btree_cursor_last: start a walk at the record with the greatest key.
+ *   cursor   overwritten
+ * Returns the record; NULL when the tree is empty. */
+MUB_API mub_btree_node *mub_btree_cursor_last(mub_btree_cursor *cursor, const mub_btree *tree);
+
+/* mub_btree_cursor_seek: start a walk at the first record whose key is not below a key.
+ *   cursor   overwritten
+ * Returns the record; NULL when all keys are below, the cursor is after the last record then. Cost: O(log
+ * n). */
+MUB_API mub_btree_node *mub_btree_cursor_seek(mub_btree_cursor *cursor, const mub_btree *tree,
+                                              const void *key, int64_t length);
+
+/* mub_btree_cursor_next: step to the next record in key order. From before the first record the step leads
+ * to the first.
+ *   cursor   of a tree that was not changed since the cursor was set
+ * Returns the record; NULL after the last one, where the cursor stays. Cost: O(1) on average. */
+MUB_API mub_btree_node *mub_btree_cursor_next(mub_btree_cursor *cursor);
+
+/* mub_btree_cursor_prev: step to the previous record in key order. From after the last record the step leads
+ * to the last.
+ *   cursor   of a tree that was not changed since the cursor was set
+ * Returns the record; NULL before the first one, where the cursor stays. Cost: O(1) on average. */
+MUB_API mub_btree_node *mub_btree_cursor_prev(mub_btree_cursor *cursor);
+
+/* mub_btree_cursor_node: get the record where a cursor is.
+ *   cursor   of a tree that was not changed since the cursor was set
+ * Returns the record; NULL before the first record and after the last one. */
+MUB_API mub_btree_node *mub_btree_cursor_node(const mub_btree_cursor *cursor);
 
 /* mub_btree_first_entry: follow first children down.
  *   entry   of any level
@@ -232,21 +283,24 @@ MUB_API mub_btree_entry *mub_btree_first_entry(const mub_btree_entry *entry);
  * Returns the last leaf below the entry. */
 MUB_API mub_btree_entry *mub_btree_last_entry(const mub_btree_entry *entry);
 
-/* mub_btree_swap: exchange two trees, pools and their ownership included; `nocase` stays with its record. */
+/* mub_btree_swap: exchange two trees, pools and their ownership included; `nocase` stays with its record.
+ * Invalidates: the cursors of both trees. */
 MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
 
 /* mub_btree_clone: copy a tree.
  *   source             unchanged
- *   source_user_pool   with `destination_user_pool` and `callback`: a pool that the values refer into, cloned too;
- *                      a pool given as both is shared; else NULL
+ *   source_user_pool   with `destination_user_pool` and `callback`: a pool that the values refer into,
+ *                      cloned too; a pool given as both is shared; else NULL
  *   destination        initialised with the same flags; what it held is dropped
- *   callback           called for every record in key order when the source owns its value pool; may be NULL
- * With owned pools, entries, records and value blocks keep their place in the copied pools and addresses are
- * translated; a value that is no block of the pool becomes 0, and so do all when the destination has no value pool of
- * its own. A caller's pool is shared with the clone: fresh blocks of it are filled as copies, values are copied as
- * words. A pool of the destination's own gives way to it. The links of the records keep pointing into the source: walk
- * a clone with mub_btree_node_next. The destination's `nocase` stays.
- * Returns the number of keys; 0 when memory ran out, the destination is empty then. Cost: O(keys). */
+ *   callback           called for every record in key order when the source owns its value pool; may be
+ *                      NULL
+ * With owned pools, entries, records and value blocks keep their place in the copied pools and addresses
+ * are translated; a value that is no block of the pool becomes 0, and so do all when the destination has no
+ * value pool of its own. A caller's pool is shared with the clone: fresh blocks of it are filled as copies,
+ * values are copied as words. A pool of the destination's own gives way to it. The links of the records
+ * keep pointing into the source: walk a clone with mub_btree_node_next. The destination's `nocase` stays.
+ * Returns the number of keys; 0 when memory ran out, the destination is empty then. Invalidates: the
+ * cursors of the destination. Cost: O(keys). */
 MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub_btree *destination,
                                 mub_pool *destination_user_pool, mub_clone_fn callback);
 
@@ -289,8 +343,9 @@ MUB_API void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry);
 /* mub_btree_set_parent: point the children of an entry of level 1 or more at it. */
 MUB_API void mub_btree_set_parent(mub_btree_entry *entry);
 
-/* mub_btree_set_next: link a record of a leaf between its neighbours, which are found in the leaves; the old links are
- * not followed. A record alone in its leaf is left as it is.
+/* mub_btree_set_next: link a record of a leaf with the one after it in the leaf and that one's `prev`; the
+ * last record with the one before it and that one's `next`. These links are followed as they are, and must
+ * not be stale. A record alone in its leaf is left as it is.
  *   index   the record's place in the leaf */
 MUB_API void mub_btree_set_next(mub_btree_entry *leaf, int64_t index);
 
@@ -298,19 +353,19 @@ MUB_API void mub_btree_set_next(mub_btree_entry *leaf, int64_t index);
  * and in all entries below that one which are no leaves. */
 MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
 
-/* mub_btree_split_entry: move the upper half of an entry's children to a new entry of the same level and parent, which
- * the parent does not hold yet. Both take the keys of their last children. Fewer than two children leave a half that has
- * none and keeps its key: searches may end there.
- * Returns the new entry; NULL when memory ran out, nothing is moved then. */
+/* mub_btree_split_entry: move the upper half of an entry's children to a new entry of the same level and
+ * parent, which the parent does not hold yet. Both take the keys of their last children. Fewer than two
+ * children leave a half that has none and keeps its key: searches may end there.
+ * Returns the new entry; NULL when memory ran out, nothing is moved then. Invalidates: the tree's cursors. */
 MUB_API mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry);
 
 /* mub_btree_split_node: the same for a leaf.
- * Returns the new leaf; NULL when memory ran out. */
+ * Returns the new leaf; NULL when memory ran out. Invalidates: the tree's cursors. */
 MUB_API mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *entry);
 
-/* mub_btree_split: split an entry and put the new half behind it in the parent, splitting that in turn when it then
- * holds more than 31; split the root by moving its children to two new entries below it. An entry for whose split
- * memory runs out stays as it is. */
+/* mub_btree_split: split an entry and put the new half behind it in the parent, splitting that in turn when
+ * it then holds more than 31; split the root by moving its children to two new entries below it. An entry
+ * for whose split memory runs out stays as it is. Invalidates: the tree's cursors. */
 MUB_API void mub_btree_split(mub_btree *tree, mub_btree_entry *entry);
 
 /* mub_btree_find_t: descend to the leaf that holds a key or would hold it.
@@ -322,7 +377,8 @@ MUB_API mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree
 /* mub_btree_insert_t: add a key to a leaf, with value 0, unless the leaf holds it.
  *   leaf       the one that mub_btree_find_t gives for the key
  *   node_out   receives the record, new or not; NULL when memory ran out
- * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. Invalidates: the tree's
+ * cursors. */
 MUB_API int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const void *key, int64_t length,
                                mub_btree_node **node_out);
 
@@ -332,24 +388,27 @@ MUB_API int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const voi
  *   length   how many they were */
 MUB_API void mub_btree_adjust_t(mub_btree *tree, mub_btree_entry *entry, uint32_t offset, uint32_t length);
 
-/* mub_btree_remove_entry_t: take an empty entry out of its parent and return it to the entry pool, with the parents
- * that it leaves empty. The root stays; emptied, it is a leaf again. */
+/* mub_btree_remove_entry_t: take an empty entry out of its parent and return it to the entry pool, with the
+ * parents that it leaves empty. The root stays; emptied, it is a leaf again. Invalidates: the tree's
+ * cursors. */
 MUB_API void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry);
 
-/* mub_btree_remove_all_entry: release the tables of children of an entry and of all below it; records and the entries
- * below it go back to a caller's pools. Count, keys and levels are left as they are. */
+/* mub_btree_remove_all_entry: release the tables of children of an entry and of all below it; records and
+ * the entries below it go back to a caller's pools. Count, keys and levels are left as they are.
+ * Invalidates: the tree's cursors. */
 MUB_API void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry);
 
-/* mub_btree_free_all_entry: the same, each value that is not 0 being released first, its block going back to a
- * caller's value pool.
- *   release   called for every value that is not 0; may be NULL */
+/* mub_btree_free_all_entry: the same, each value that is not 0 being released first, its block going back
+ * to a caller's value pool.
+ *   release   called for every value that is not 0; may be NULL
+ * Invalidates: the tree's cursors. */
 MUB_API void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, mub_free_fn release);
 
-/* mub_btree_clone_entry: copy what is below an entry of one tree under an empty one of another, in fresh blocks of the
- * pools of that tree. Values are copied as words, links as they are, keys as offsets: the destination's `keys` has to hold
- * the same bytes. Its count stays.
+/* mub_btree_clone_entry: copy what is below an entry of one tree under an empty one of another, in fresh
+ * blocks of the pools of that tree. Values are copied as words, links as they are, keys as offsets: the
+ * destination's `keys` has to hold the same bytes. Its count stays.
  *   destination_entry   without children; takes the level and the key
- * Returns 1; 0 when memory ran out, the entry is empty then. */
+ * Returns 1; 0 when memory ran out, the entry is empty then. Invalidates: the cursors of the destination. */
 MUB_API int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry *source_entry,
                                   mub_btree *destination, mub_btree_entry *destination_entry);
 
@@ -395,19 +454,29 @@ typedef struct mub_btreed {
   uint32_t key_type; /* 1 signed, 2 unsigned, 5 floating point; set it before the first insertion */
 } mub_btreed;
 
+/* A place in the walk over a tree, or outside its ends; see "Cursors" above. */
+typedef struct mub_btreed_cursor {
+  const mub_btreed *tree; /* the one that it walks */
+  mub_btreed_entry *leaf; /* NULL in an empty tree */
+  int64_t index; /* in the leaf; -1: before the first record of the tree; the leaf's count: after the last */
+} mub_btreed_cursor;
+
 /* mub_btreed_init: make the record an empty tree of signed keys, `key_type` 1, as mub_btree_init. Returns the tree. */
 MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int own_entry_pool, int own_node_pool,
                                     int own_value_pool);
 
-/* mub_btreed_term: release everything that the tree owns, as mub_btree_term. Returns the tree. */
+/* mub_btreed_term: release everything that the tree owns, as mub_btree_term. Returns the tree. Invalidates:
+ * the tree's cursors. */
 MUB_API mub_btreed *mub_btreed_term(mub_btreed *tree);
 
 /* mub_btreed_insert: add a key with a value unless the key is present.
- * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out. */
+ * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out. Invalidates: the
+ * tree's cursors. */
 MUB_API int mub_btreed_insert(mub_btreed *tree, uint32_t key, uint64_t value);
 
 /* mub_btreed_set: find the value of a key, or add the key with a block of the value pool, as mub_btree_set.
- * Returns 1 when the key is new; 0 when the key was present or memory ran out. */
+ * Returns 1 when the key is new; 0 when the key was present or memory ran out. Invalidates: the tree's
+ * cursors. */
 MUB_API int mub_btreed_set(mub_btreed *tree, uint32_t key, uint64_t *value_out, mub_init_fn init);
 
 /* mub_btreed_get: look a value up.
@@ -423,17 +492,21 @@ MUB_API uint64_t mub_btreed_update(mub_btreed *tree, uint32_t key, uint64_t valu
 MUB_API int mub_btreed_find(const mub_btreed *tree, uint32_t key);
 
 /* mub_btreed_remove: take a key out. Its value is handed over, not released.
- * Returns the value; 0 when the key is absent. Invalidates: the links of the neighbours. */
+ * Returns the value; 0 when the key is absent. Invalidates: the tree's cursors, the links of the
+ * neighbours. */
 MUB_API uint64_t mub_btreed_remove(mub_btreed *tree, uint32_t key);
 
-/* mub_btreed_remove_all: empty the tree, as mub_btree_remove_all. Returns the tree. */
+/* mub_btreed_remove_all: empty the tree, as mub_btree_remove_all. Returns the tree. Invalidates: the tree's
+ * cursors. */
 MUB_API mub_btreed *mub_btreed_remove_all(mub_btreed *tree);
 
-/* mub_btreed_free_all: empty the tree and release its values, as mub_btree_free_all. Returns the tree. */
+/* mub_btreed_free_all: empty the tree and release its values, as mub_btree_free_all. Returns the tree.
+ * Invalidates: the tree's cursors. */
 MUB_API mub_btreed *mub_btreed_free_all(mub_btreed *tree, mub_free_fn release);
 
 /* mub_btreed_node_set: find the record of a key, or add it with value 0, as mub_btree_node_set.
- * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. Invalidates: the tree's
+ * cursors. */
 MUB_API int mub_btreed_node_set(mub_btreed *tree, uint32_t key, mub_btreed_node **node_out);
 
 /* mub_btreed_node_get: find the record of a key.
@@ -456,13 +529,39 @@ MUB_API mub_btreed_node *mub_btreed_node_first(const mub_btreed *tree);
  * Returns the record; NULL when the tree is empty. */
 MUB_API mub_btreed_node *mub_btreed_node_last(const mub_btreed *tree);
 
-/* mub_btreed_node_next: step to the record behind another one, as mub_btree_node_next.
+/* mub_btreed_node_next: find the record after another one, as mub_btree_node_next.
  * Returns the record; NULL at the end. */
 MUB_API mub_btreed_node *mub_btreed_node_next(const mub_btreed *tree, const mub_btreed_node *node);
 
-/* mub_btreed_node_prev: step to the record before another one, as mub_btree_node_next.
+/* mub_btreed_node_prev: find the record before another one, as mub_btree_node_next.
  * Returns the record; NULL at the beginning. */
 MUB_API mub_btreed_node *mub_btreed_node_prev(const mub_btreed *tree, const mub_btreed_node *node);
+
+/* mub_btreed_cursor_first: start a walk at the record with the least key, as mub_btree_cursor_first.
+ * Returns the record; NULL when the tree is empty. */
+MUB_API mub_btreed_node *mub_btreed_cursor_first(mub_btreed_cursor *cursor, const mub_btreed *tree);
+
+/* mub_btreed_cursor_last: start a walk at the record with the greatest key, as mub_btree_cursor_last.
+ * Returns the record; NULL when the tree is empty. */
+MUB_API mub_btreed_node *mub_btreed_cursor_last(mub_btreed_cursor *cursor, const mub_btreed *tree);
+
+/* mub_btreed_cursor_seek: start a walk at the first record whose key is not below a key, as
+ * mub_btree_cursor_seek.
+ * Returns the record; NULL when all keys are below. */
+MUB_API mub_btreed_node *mub_btreed_cursor_seek(mub_btreed_cursor *cursor, const mub_btreed *tree,
+                                                uint32_t key);
+
+/* mub_btreed_cursor_next: step to the next record in key order, as mub_btree_cursor_next.
+ * Returns the record; NULL after the last one. */
+MUB_API mub_btreed_node *mub_btreed_cursor_next(mub_btreed_cursor *cursor);
+
+/* mub_btreed_cursor_prev: step to the previous record in key order, as mub_btree_cursor_prev.
+ * Returns the record; NULL before the first one. */
+MUB_API mub_btreed_node *mub_btreed_cursor_prev(mub_btreed_cursor *cursor);
+
+/* mub_btreed_cursor_node: get the record where a cursor is, as mub_btree_cursor_node.
+ * Returns the record; NULL before the first record and after the last one. */
+MUB_API mub_btreed_node *mub_btreed_cursor_node(const mub_btreed_cursor *cursor);
 
 /* mub_btreed_first_entry: follow first children down.
  * Returns the first leaf below the entry; the entry itself when it is a leaf. */
@@ -472,11 +571,13 @@ MUB_API mub_btreed_entry *mub_btreed_first_entry(const mub_btreed_entry *entry);
  * Returns the last leaf below the entry. */
 MUB_API mub_btreed_entry *mub_btreed_last_entry(const mub_btreed_entry *entry);
 
-/* mub_btreed_swap: exchange two trees, pools and their ownership included; `key_type` stays with its record. */
+/* mub_btreed_swap: exchange two trees, pools and their ownership included; `key_type` stays with its
+ * record. Invalidates: the cursors of both trees. */
 MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
 
 /* mub_btreed_clone: copy a tree, as mub_btree_clone; the destination's `key_type` stays.
- * Returns the number of keys; 0 when memory ran out, the destination is empty then. Cost: O(keys). */
+ * Returns the number of keys; 0 when memory ran out, the destination is empty then. Invalidates: the
+ * cursors of the destination. Cost: O(keys). */
 MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user_pool,
                                  mub_btreed *destination, mub_pool *destination_user_pool,
                                  mub_clone_fn callback);
@@ -518,21 +619,22 @@ MUB_API void mub_btreed_set_name(const mub_btreed *tree, mub_btreed_entry *entry
 /* mub_btreed_set_parent: point the children of an entry of level 1 or more at it. */
 MUB_API void mub_btreed_set_parent(mub_btreed_entry *entry);
 
-/* mub_btreed_set_next: link a record of a leaf between its neighbours, as mub_btree_set_next. */
+/* mub_btreed_set_next: link a record of a leaf with its neighbours in the leaf, as mub_btree_set_next. */
 MUB_API void mub_btreed_set_next(mub_btreed_entry *leaf, int64_t index);
 
 /* mub_btreed_set_pool: name the tree's pools in an entry, as mub_btree_set_pool. */
 MUB_API void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry);
 
-/* mub_btreed_split_entry: move the upper half of an entry's children to a new entry, as mub_btree_split_entry.
- * Returns the new entry; NULL when memory ran out. */
+/* mub_btreed_split_entry: move the upper half of an entry's children to a new entry, as
+ * mub_btree_split_entry.
+ * Returns the new entry; NULL when memory ran out. Invalidates: the tree's cursors. */
 MUB_API mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_entry *entry);
 
 /* mub_btreed_split_node: the same for a leaf.
- * Returns the new leaf; NULL when memory ran out. */
+ * Returns the new leaf; NULL when memory ran out. Invalidates: the tree's cursors. */
 MUB_API mub_btreed_entry *mub_btreed_split_node(mub_btreed *tree, mub_btreed_entry *entry);
 
-/* mub_btreed_split: split an entry within its tree, as mub_btree_split. */
+/* mub_btreed_split: split an entry within its tree, as mub_btree_split. Invalidates: the tree's cursors. */
 MUB_API void mub_btreed_split(mub_btreed *tree, mub_btreed_entry *entry);
 
 /* mub_btreed_find_t: descend to the leaf that holds a key or would hold it.
@@ -541,22 +643,26 @@ MUB_API mub_btreed_entry *mub_btreed_find_t(const mub_btreed *tree, const mub_bt
                                             uint32_t key);
 
 /* mub_btreed_insert_t: add a key to a leaf, with value 0, unless the leaf holds it, as mub_btree_insert_t.
- * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. Invalidates: the tree's
+ * cursors. */
 MUB_API int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32_t key,
                                 mub_btreed_node **node_out);
 
-/* mub_btreed_remove_entry_t: take an empty entry out of its parent, as mub_btree_remove_entry_t. */
+/* mub_btreed_remove_entry_t: take an empty entry out of its parent, as mub_btree_remove_entry_t.
+ * Invalidates: the tree's cursors. */
 MUB_API void mub_btreed_remove_entry_t(mub_btreed *tree, mub_btreed_entry *entry);
 
-/* mub_btreed_remove_all_entry: release what is below an entry, as mub_btree_remove_all_entry. */
+/* mub_btreed_remove_all_entry: release what is below an entry, as mub_btree_remove_all_entry. Invalidates:
+ * the tree's cursors. */
 MUB_API void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *entry);
 
-/* mub_btreed_free_all_entry: release what is below an entry and its values, as mub_btree_free_all_entry. */
+/* mub_btreed_free_all_entry: release what is below an entry and its values, as mub_btree_free_all_entry.
+ * Invalidates: the tree's cursors. */
 MUB_API void mub_btreed_free_all_entry(mub_btreed *tree, mub_btreed_entry *entry, mub_free_fn release);
 
 /* mub_btreed_clone_entry: copy what is below an entry of one tree under an empty one of another, as
  * mub_btree_clone_entry.
- * Returns 1; 0 when memory ran out, the entry is empty then. */
+ * Returns 1; 0 when memory ran out, the entry is empty then. Invalidates: the cursors of the destination. */
 MUB_API int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_entry *source_entry,
                                    mub_btreed *destination, mub_btreed_entry *destination_entry);
 
@@ -600,19 +706,29 @@ typedef struct mub_btreex {
   uint32_t key_type; /* 3 signed, 4 unsigned, 6 floating point; set it before the first insertion */
 } mub_btreex;
 
+/* A place in the walk over a tree, or outside its ends; see "Cursors" above. */
+typedef struct mub_btreex_cursor {
+  const mub_btreex *tree; /* the one that it walks */
+  mub_btreex_entry *leaf; /* NULL in an empty tree */
+  int64_t index; /* in the leaf; -1: before the first record of the tree; the leaf's count: after the last */
+} mub_btreex_cursor;
+
 /* mub_btreex_init: make the record an empty tree of signed keys, `key_type` 3, as mub_btree_init. Returns the tree. */
 MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int own_entry_pool, int own_node_pool,
                                     int own_value_pool);
 
-/* mub_btreex_term: release everything that the tree owns, as mub_btree_term. Returns the tree. */
+/* mub_btreex_term: release everything that the tree owns, as mub_btree_term. Returns the tree. Invalidates:
+ * the tree's cursors. */
 MUB_API mub_btreex *mub_btreex_term(mub_btreex *tree);
 
 /* mub_btreex_insert: add a key with a value unless the key is present.
- * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out. */
+ * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out. Invalidates: the
+ * tree's cursors. */
 MUB_API int mub_btreex_insert(mub_btreex *tree, uint64_t key, uint64_t value);
 
 /* mub_btreex_set: find the value of a key, or add the key with a block of the value pool, as mub_btree_set.
- * Returns 1 when the key is new; 0 when the key was present or memory ran out. */
+ * Returns 1 when the key is new; 0 when the key was present or memory ran out. Invalidates: the tree's
+ * cursors. */
 MUB_API int mub_btreex_set(mub_btreex *tree, uint64_t key, uint64_t *value_out, mub_init_fn init);
 
 /* mub_btreex_get: look a value up.
@@ -628,17 +744,21 @@ MUB_API uint64_t mub_btreex_update(mub_btreex *tree, uint64_t key, uint64_t valu
 MUB_API int mub_btreex_find(const mub_btreex *tree, uint64_t key);
 
 /* mub_btreex_remove: take a key out. Its value is handed over, not released.
- * Returns the value; 0 when the key is absent. Invalidates: the links of the neighbours. */
+ * Returns the value; 0 when the key is absent. Invalidates: the tree's cursors, the links of the
+ * neighbours. */
 MUB_API uint64_t mub_btreex_remove(mub_btreex *tree, uint64_t key);
 
-/* mub_btreex_remove_all: empty the tree, as mub_btree_remove_all. Returns the tree. */
+/* mub_btreex_remove_all: empty the tree, as mub_btree_remove_all. Returns the tree. Invalidates: the tree's
+ * cursors. */
 MUB_API mub_btreex *mub_btreex_remove_all(mub_btreex *tree);
 
-/* mub_btreex_free_all: empty the tree and release its values, as mub_btree_free_all. Returns the tree. */
+/* mub_btreex_free_all: empty the tree and release its values, as mub_btree_free_all. Returns the tree.
+ * Invalidates: the tree's cursors. */
 MUB_API mub_btreex *mub_btreex_free_all(mub_btreex *tree, mub_free_fn release);
 
 /* mub_btreex_node_set: find the record of a key, or add it with value 0, as mub_btree_node_set.
- * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. Invalidates: the tree's
+ * cursors. */
 MUB_API int mub_btreex_node_set(mub_btreex *tree, uint64_t key, mub_btreex_node **node_out);
 
 /* mub_btreex_node_get: find the record of a key.
@@ -661,13 +781,39 @@ MUB_API mub_btreex_node *mub_btreex_node_first(const mub_btreex *tree);
  * Returns the record; NULL when the tree is empty. */
 MUB_API mub_btreex_node *mub_btreex_node_last(const mub_btreex *tree);
 
-/* mub_btreex_node_next: step to the record behind another one, as mub_btree_node_next.
+/* mub_btreex_node_next: find the record after another one, as mub_btree_node_next.
  * Returns the record; NULL at the end. */
 MUB_API mub_btreex_node *mub_btreex_node_next(const mub_btreex *tree, const mub_btreex_node *node);
 
-/* mub_btreex_node_prev: step to the record before another one, as mub_btree_node_next.
+/* mub_btreex_node_prev: find the record before another one, as mub_btree_node_next.
  * Returns the record; NULL at the beginning. */
 MUB_API mub_btreex_node *mub_btreex_node_prev(const mub_btreex *tree, const mub_btreex_node *node);
+
+/* mub_btreex_cursor_first: start a walk at the record with the least key, as mub_btree_cursor_first.
+ * Returns the record; NULL when the tree is empty. */
+MUB_API mub_btreex_node *mub_btreex_cursor_first(mub_btreex_cursor *cursor, const mub_btreex *tree);
+
+/* mub_btreex_cursor_last: start a walk at the record with the greatest key, as mub_btree_cursor_last.
+ * Returns the record; NULL when the tree is empty. */
+MUB_API mub_btreex_node *mub_btreex_cursor_last(mub_btreex_cursor *cursor, const mub_btreex *tree);
+
+/* mub_btreex_cursor_seek: start a walk at the first record whose key is not below a key, as
+ * mub_btree_cursor_seek.
+ * Returns the record; NULL when all keys are below. */
+MUB_API mub_btreex_node *mub_btreex_cursor_seek(mub_btreex_cursor *cursor, const mub_btreex *tree,
+                                                uint64_t key);
+
+/* mub_btreex_cursor_next: step to the next record in key order, as mub_btree_cursor_next.
+ * Returns the record; NULL after the last one. */
+MUB_API mub_btreex_node *mub_btreex_cursor_next(mub_btreex_cursor *cursor);
+
+/* mub_btreex_cursor_prev: step to the previous record in key order, as mub_btree_cursor_prev.
+ * Returns the record; NULL before the first one. */
+MUB_API mub_btreex_node *mub_btreex_cursor_prev(mub_btreex_cursor *cursor);
+
+/* mub_btreex_cursor_node: get the record where a cursor is, as mub_btree_cursor_node.
+ * Returns the record; NULL before the first record and after the last one. */
+MUB_API mub_btreex_node *mub_btreex_cursor_node(const mub_btreex_cursor *cursor);
 
 /* mub_btreex_first_entry: follow first children down.
  * Returns the first leaf below the entry; the entry itself when it is a leaf. */
@@ -677,11 +823,13 @@ MUB_API mub_btreex_entry *mub_btreex_first_entry(const mub_btreex_entry *entry);
  * Returns the last leaf below the entry. */
 MUB_API mub_btreex_entry *mub_btreex_last_entry(const mub_btreex_entry *entry);
 
-/* mub_btreex_swap: exchange two trees, pools and their ownership included; `key_type` stays with its record. */
+/* mub_btreex_swap: exchange two trees, pools and their ownership included; `key_type` stays with its
+ * record. Invalidates: the cursors of both trees. */
 MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
 
 /* mub_btreex_clone: copy a tree, as mub_btree_clone; the destination's `key_type` stays.
- * Returns the number of keys; 0 when memory ran out, the destination is empty then. Cost: O(keys). */
+ * Returns the number of keys; 0 when memory ran out, the destination is empty then. Invalidates: the
+ * cursors of the destination. Cost: O(keys). */
 MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user_pool,
                                  mub_btreex *destination, mub_pool *destination_user_pool,
                                  mub_clone_fn callback);
@@ -723,21 +871,22 @@ MUB_API void mub_btreex_set_name(const mub_btreex *tree, mub_btreex_entry *entry
 /* mub_btreex_set_parent: point the children of an entry of level 1 or more at it. */
 MUB_API void mub_btreex_set_parent(mub_btreex_entry *entry);
 
-/* mub_btreex_set_next: link a record of a leaf between its neighbours, as mub_btree_set_next. */
+/* mub_btreex_set_next: link a record of a leaf with its neighbours in the leaf, as mub_btree_set_next. */
 MUB_API void mub_btreex_set_next(mub_btreex_entry *leaf, int64_t index);
 
 /* mub_btreex_set_pool: name the tree's pools in an entry, as mub_btree_set_pool. */
 MUB_API void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry);
 
-/* mub_btreex_split_entry: move the upper half of an entry's children to a new entry, as mub_btree_split_entry.
- * Returns the new entry; NULL when memory ran out. */
+/* mub_btreex_split_entry: move the upper half of an entry's children to a new entry, as
+ * mub_btree_split_entry.
+ * Returns the new entry; NULL when memory ran out. Invalidates: the tree's cursors. */
 MUB_API mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_entry *entry);
 
 /* mub_btreex_split_node: the same for a leaf.
- * Returns the new leaf; NULL when memory ran out. */
+ * Returns the new leaf; NULL when memory ran out. Invalidates: the tree's cursors. */
 MUB_API mub_btreex_entry *mub_btreex_split_node(mub_btreex *tree, mub_btreex_entry *entry);
 
-/* mub_btreex_split: split an entry within its tree, as mub_btree_split. */
+/* mub_btreex_split: split an entry within its tree, as mub_btree_split. Invalidates: the tree's cursors. */
 MUB_API void mub_btreex_split(mub_btreex *tree, mub_btreex_entry *entry);
 
 /* mub_btreex_find_t: descend to the leaf that holds a key or would hold it.
@@ -746,22 +895,26 @@ MUB_API mub_btreex_entry *mub_btreex_find_t(const mub_btreex *tree, const mub_bt
                                             uint64_t key);
 
 /* mub_btreex_insert_t: add a key to a leaf, with value 0, unless the leaf holds it, as mub_btree_insert_t.
- * Returns 1 when the record is new; 0 when the key was present or memory ran out. */
+ * Returns 1 when the record is new; 0 when the key was present or memory ran out. Invalidates: the tree's
+ * cursors. */
 MUB_API int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64_t key,
                                 mub_btreex_node **node_out);
 
-/* mub_btreex_remove_entry_t: take an empty entry out of its parent, as mub_btree_remove_entry_t. */
+/* mub_btreex_remove_entry_t: take an empty entry out of its parent, as mub_btree_remove_entry_t.
+ * Invalidates: the tree's cursors. */
 MUB_API void mub_btreex_remove_entry_t(mub_btreex *tree, mub_btreex_entry *entry);
 
-/* mub_btreex_remove_all_entry: release what is below an entry, as mub_btree_remove_all_entry. */
+/* mub_btreex_remove_all_entry: release what is below an entry, as mub_btree_remove_all_entry. Invalidates:
+ * the tree's cursors. */
 MUB_API void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *entry);
 
-/* mub_btreex_free_all_entry: release what is below an entry and its values, as mub_btree_free_all_entry. */
+/* mub_btreex_free_all_entry: release what is below an entry and its values, as mub_btree_free_all_entry.
+ * Invalidates: the tree's cursors. */
 MUB_API void mub_btreex_free_all_entry(mub_btreex *tree, mub_btreex_entry *entry, mub_free_fn release);
 
 /* mub_btreex_clone_entry: copy what is below an entry of one tree under an empty one of another, as
  * mub_btree_clone_entry.
- * Returns 1; 0 when memory ran out, the entry is empty then. */
+ * Returns 1; 0 when memory ran out, the entry is empty then. Invalidates: the cursors of the destination. */
 MUB_API int mub_btreex_clone_entry(const mub_btreex *source, const mub_btreex_entry *source_entry,
                                    mub_btreex *destination, mub_btreex_entry *destination_entry);
 

@@ -16,6 +16,7 @@ namespace detail {
 struct btree_traits : byte_key {
   using record = mub_btree;
   using entry = mub_btree_node;
+  using cursor = mub_btree_cursor;
   static constexpr auto setting = &mub_btree::nocase;
   static constexpr auto init = mub_btree_init;
   static constexpr auto term = mub_btree_term;
@@ -32,18 +33,19 @@ struct btree_traits : byte_key {
   static constexpr auto entry_set = mub_btree_node_set;
   static constexpr auto entry_get = mub_btree_node_get;
   static constexpr auto nearest = mub_btree_node_bfind;
-  static constexpr auto first = mub_btree_node_first;
-  static constexpr auto last = mub_btree_node_last;
-  static constexpr auto next = mub_btree_node_next;
-  static constexpr auto prev = mub_btree_node_prev;
-  static int compare(const record *tree, const entry *node, key_type key) {
-    return mub_btree_node_compare(tree, node, key.data(), static_cast<std::int64_t>(key.size()));
+  static constexpr auto first = mub_btree_cursor_first;
+  static constexpr auto last = mub_btree_cursor_last;
+  static constexpr auto next = mub_btree_cursor_next;
+  static constexpr auto prev = mub_btree_cursor_prev;
+  static entry *seek(cursor *place, const record *tree, key_type key) {
+    return mub_btree_cursor_seek(place, tree, key.data(), static_cast<std::int64_t>(key.size()));
   }
 };
 
 struct btreed_traits : integer_key<std::uint32_t> {
   using record = mub_btreed;
   using entry = mub_btreed_node;
+  using cursor = mub_btreed_cursor;
   static constexpr auto setting = &mub_btreed::key_type;
   static constexpr auto init = mub_btreed_init;
   static constexpr auto term = mub_btreed_term;
@@ -60,18 +62,19 @@ struct btreed_traits : integer_key<std::uint32_t> {
   static constexpr auto entry_set = mub_btreed_node_set;
   static constexpr auto entry_get = mub_btreed_node_get;
   static constexpr auto nearest = mub_btreed_node_bfind;
-  static constexpr auto first = mub_btreed_node_first;
-  static constexpr auto last = mub_btreed_node_last;
-  static constexpr auto next = mub_btreed_node_next;
-  static constexpr auto prev = mub_btreed_node_prev;
-  static int compare(const record *tree, const entry *node, key_type key) {
-    return mub_btreed_node_compare(node, &key, tree->key_type);
+  static constexpr auto first = mub_btreed_cursor_first;
+  static constexpr auto last = mub_btreed_cursor_last;
+  static constexpr auto next = mub_btreed_cursor_next;
+  static constexpr auto prev = mub_btreed_cursor_prev;
+  static entry *seek(cursor *place, const record *tree, key_type key) {
+    return mub_btreed_cursor_seek(place, tree, key);
   }
 };
 
 struct btreex_traits : integer_key<std::uint64_t> {
   using record = mub_btreex;
   using entry = mub_btreex_node;
+  using cursor = mub_btreex_cursor;
   static constexpr auto setting = &mub_btreex::key_type;
   static constexpr auto init = mub_btreex_init;
   static constexpr auto term = mub_btreex_term;
@@ -88,12 +91,12 @@ struct btreex_traits : integer_key<std::uint64_t> {
   static constexpr auto entry_set = mub_btreex_node_set;
   static constexpr auto entry_get = mub_btreex_node_get;
   static constexpr auto nearest = mub_btreex_node_bfind;
-  static constexpr auto first = mub_btreex_node_first;
-  static constexpr auto last = mub_btreex_node_last;
-  static constexpr auto next = mub_btreex_node_next;
-  static constexpr auto prev = mub_btreex_node_prev;
-  static int compare(const record *tree, const entry *node, key_type key) {
-    return mub_btreex_node_compare(node, &key, tree->key_type);
+  static constexpr auto first = mub_btreex_cursor_first;
+  static constexpr auto last = mub_btreex_cursor_last;
+  static constexpr auto next = mub_btreex_cursor_next;
+  static constexpr auto prev = mub_btreex_cursor_prev;
+  static entry *seek(cursor *place, const record *tree, key_type key) {
+    return mub_btreex_cursor_seek(place, tree, key);
   }
 };
 
@@ -116,26 +119,46 @@ template <class Traits, class Value>
 class btree_iterator : public walker<btree_iterator<Traits, Value>, item<typename Traits::key_type, Value>,
                                      std::bidirectional_iterator_tag> {
  public:
+  using record = typename Traits::record;
+  using entry = typename Traits::entry;
+
   btree_iterator() = default;
-  btree_iterator(const typename Traits::record *tree, typename Traits::entry *node) noexcept
-      : tree_(tree), node_(node) {}
+  // The end.
+  explicit btree_iterator(const record *tree) noexcept { cursor_.tree = tree; }
+
+  static btree_iterator first(const record *tree) {
+    btree_iterator it;
+    it.node_ = Traits::first(&it.cursor_, tree);
+    return it;
+  }
+  static btree_iterator from(const record *tree, typename Traits::key_type key) {
+    btree_iterator it;
+    it.node_ = Traits::seek(&it.cursor_, tree, key);
+    return it;
+  }
+  static btree_iterator at(const record *tree, const entry *node) {
+    return node == nullptr ? btree_iterator(tree) : from(tree, Traits::key_of(tree, node));
+  }
 
   item<typename Traits::key_type, Value> operator*() const {
-    return {Traits::key_of(tree_, node_), node_->value};
+    return {Traits::key_of(cursor_.tree, node_), node_->value};
   }
-  void step() { node_ = Traits::next(tree_, node_); }
-  void step_back() { node_ = node_ == nullptr ? Traits::last(tree_) : Traits::prev(tree_, node_); }
+  void step() { node_ = Traits::next(&cursor_); }
+  void step_back() {
+    node_ = node_ == nullptr ? Traits::last(&cursor_, cursor_.tree) : Traits::prev(&cursor_);
+  }
   const void *place() const noexcept { return node_; }
 
  private:
-  const typename Traits::record *tree_ = nullptr;
-  typename Traits::entry *node_ = nullptr;
+  typename Traits::cursor cursor_ = {};
+  entry *node_ = nullptr;
 };
 
 }  // namespace detail
 
 /* basic_btree: an ordered map, as mub_btree; its entries are the records, mub_btree_node. Moving a tree allocates the
- * small table that the root of an empty one has. An iterator is invalidated when its key is removed. */
+ * small table that the root of an empty one has. Iterators hold a cursor: they are valid until the tree
+ * changes. */
 template <class Traits>
 class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits> {
   using base = detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits>;
@@ -178,37 +201,29 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   }
 
   /* nearest: a record near a key; the end in an empty tree. As mub_btree_node_bfind. */
-  iterator nearest(key_type key) { return iterator(c(), Traits::call(Traits::nearest, c(), key)); }
+  iterator nearest(key_type key) { return iterator_to(Traits::call(Traits::nearest, c(), key)); }
   const_iterator nearest(key_type key) const {
-    return const_iterator(c(), Traits::call(Traits::nearest, c(), key));
+    return const_iterator::at(c(), Traits::call(Traits::nearest, c(), key));
   }
 
   /* lower_bound: the first record whose key is not below a key; the end when there is none. */
-  iterator lower_bound(key_type key) { return iterator(c(), first_from(key)); }
-  const_iterator lower_bound(key_type key) const { return const_iterator(c(), first_from(key)); }
+  iterator lower_bound(key_type key) { return iterator::from(c(), key); }
+  const_iterator lower_bound(key_type key) const { return const_iterator::from(c(), key); }
 
   /* iterator_to: a walk from a record of this tree; the end for nullptr. */
-  iterator iterator_to(entry_type *node) noexcept { return iterator(c(), node); }
+  iterator iterator_to(entry_type *node) { return iterator::at(c(), node); }
 
-  /* begin: a walk over all records in key order; as mub_btree_node_first and mub_btree_node_next. */
-  iterator begin() { return iterator(c(), Traits::first(c())); }
-  const_iterator begin() const { return const_iterator(c(), Traits::first(c())); }
-  iterator end() noexcept { return iterator(c(), nullptr); }
-  const_iterator end() const noexcept { return const_iterator(c(), nullptr); }
+  /* begin: a walk over all records in key order; as mub_btree_cursor_first and mub_btree_cursor_next. */
+  iterator begin() { return iterator::first(c()); }
+  const_iterator begin() const { return const_iterator::first(c()); }
+  iterator end() noexcept { return iterator(c()); }
+  const_iterator end() const noexcept { return const_iterator(c()); }
 
   /* rbegin: the same from the greatest key on. */
   reverse_iterator rbegin() { return reverse_iterator(end()); }
   const_reverse_iterator rbegin() const { return const_reverse_iterator(end()); }
   reverse_iterator rend() { return reverse_iterator(begin()); }
   const_reverse_iterator rend() const { return const_reverse_iterator(begin()); }
-
- private:
-  entry_type *first_from(key_type key) const {
-    entry_type *node = Traits::call(Traits::nearest, c(), key);
-    // The nearest one is below the key only where the key's leaf ends.
-    while (node != nullptr && Traits::compare(c(), node, key) < 0) node = Traits::next(c(), node);
-    return node;
-  }
 };
 
 using btree = basic_btree<detail::btree_traits>;

@@ -86,6 +86,8 @@ static void records_are_laid_out_as_promised(void) {
          AT(96, mub_pool *, entry_pool), AT(104, uint16_t, owns_entry_pool), AT(112, mub_pool *, node_pool),
          AT(120, uint16_t, owns_node_pool), AT(128, mub_pool *, value_pool),
          AT(136, uint16_t, owns_value_pool), AT(138, uint16_t, nocase));
+  LAYOUT(mub_btree_cursor, 24, AT(0, const mub_btree *, tree), AT(8, mub_btree_entry *, leaf),
+         AT(16, int64_t, index));
   LAYOUT(mub_btreed_node, 32, AT(0, uint32_t, key), AT(8, mub_btreed_node *, prev),
          AT(16, mub_btreed_node *, next), AT(24, uint64_t, value));
   LAYOUT(mub_btreed_entry, 56, AT(0, uint32_t, key), AT(4, int16_t, level), AT(8, mub_btreed_entry *, parent),
@@ -94,6 +96,8 @@ static void records_are_laid_out_as_promised(void) {
          AT(64, mub_pool *, entry_pool), AT(72, uint16_t, owns_entry_pool), AT(80, mub_pool *, node_pool),
          AT(88, uint16_t, owns_node_pool), AT(96, mub_pool *, value_pool), AT(104, uint16_t, owns_value_pool),
          AT(108, uint32_t, key_type));
+  LAYOUT(mub_btreed_cursor, 24, AT(0, const mub_btreed *, tree), AT(8, mub_btreed_entry *, leaf),
+         AT(16, int64_t, index));
   LAYOUT(mub_btreex_node, 32, AT(0, uint64_t, key), AT(8, mub_btreex_node *, prev),
          AT(16, mub_btreex_node *, next), AT(24, uint64_t, value));
   LAYOUT(mub_btreex_entry, 64, AT(0, uint64_t, key), AT(8, int16_t, level),
@@ -102,6 +106,8 @@ static void records_are_laid_out_as_promised(void) {
          AT(72, mub_pool *, entry_pool), AT(80, uint16_t, owns_entry_pool), AT(88, mub_pool *, node_pool),
          AT(96, uint16_t, owns_node_pool), AT(104, mub_pool *, value_pool),
          AT(112, uint16_t, owns_value_pool), AT(116, uint32_t, key_type));
+  LAYOUT(mub_btreex_cursor, 24, AT(0, const mub_btreex *, tree), AT(8, mub_btreex_entry *, leaf),
+         AT(16, int64_t, index));
   LAYOUT(mub_bits, 16, AT(0, uint8_t *, data), AT(8, uint32_t, size));
 }
 

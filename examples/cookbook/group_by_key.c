@@ -37,8 +37,9 @@ static int add(mub_btree *groups, const sale *sold) {
 }
 
 static void print(const mub_btree *groups) {
-  for (const mub_btree_node *node = mub_btree_node_first(groups); node;
-       node = mub_btree_node_next(groups, node)) {
+  mub_btree_cursor at;
+  for (const mub_btree_node *node = mub_btree_cursor_first(&at, groups); node;
+       node = mub_btree_cursor_next(&at)) {
     const group *of_town = group_at(node->value);
     printf("%-6.*s %d sales, %3d in all, %3d the largest\n", (int)node->key_length,
            groups->keys.data + node->key_offset, of_town->count, of_town->total, of_town->largest);

@@ -1,7 +1,7 @@
 /* Keep an ordered index, and list the keys of a range.
  *
- * mub_btreex_node_bfind gives a record near a key; from there the walk goes in key order, and stops behind
- * the range. */
+ * mub_btreex_cursor_seek gives the first record whose key is not below the start of the range; from there
+ * the cursor goes in key order up to the end of the range. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -18,17 +18,11 @@ static const event EVENTS[] = {
     {10 * 60 + 45, "coffee"},    {17 * 60, "good-byes"}, {14 * 60 + 15, "workshops"},
 };
 
-/* The first record whose key is not below `key`; NULL when there is none. */
-static const mub_btreex_node *lower_bound(const mub_btreex *index, int64_t key) {
-  const mub_btreex_node *node = mub_btreex_node_bfind(index, (uint64_t)key);
-  if (node != NULL && (int64_t)node->key < key) node = mub_btreex_node_next(index, node);
-  return node;
-}
-
 static void print_range(const mub_btreex *index, int64_t from, int64_t to) {
   printf("from %02d:%02d to %02d:%02d\n", (int)from / 60, (int)from % 60, (int)to / 60, (int)to % 60);
-  const mub_btreex_node *node = lower_bound(index, from);
-  for (; node != NULL && (int64_t)node->key < to; node = mub_btreex_node_next(index, node)) {
+  mub_btreex_cursor at;
+  const mub_btreex_node *node = mub_btreex_cursor_seek(&at, index, (uint64_t)from);
+  for (; node != NULL && (int64_t)node->key < to; node = mub_btreex_cursor_next(&at)) {
     const event *entry = (const event *)(uintptr_t)node->value;
     printf("  %02d:%02d %s\n", (int)entry->minute / 60, (int)entry->minute % 60, entry->what);
   }

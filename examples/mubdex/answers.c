@@ -23,8 +23,8 @@ bool answer_lines(const mub_bits *lines, const corpus *texts, mub_string *out) {
   return true;
 }
 
-/* Whether a word lies behind the words that begin with `last`. */
-static bool is_behind(const mub_char *word, const mub_string *last) {
+/* Whether a word comes after the words that begin with `last`. */
+static bool is_past(const mub_char *word, const mub_string *last) {
   const int64_t length = word->length < last->length ? word->length : last->length;
   return mub_mem_cmp(word->data, length, last->data, last->length) > 0;
 }
@@ -35,11 +35,12 @@ void format_word(mub_string *line, const mub_char *word, uint64_t count) {
 
 static bool append_words(const vocabulary *words, const mub_string *first, const mub_string *last,
                          mub_string *line, mub_string *out) {
-  for (const mub_btree_node *node = vocabulary_first(words, first); node != NULL;
-       node = mub_btree_node_next(&words->words, node)) {
+  mub_btree_cursor at;
+  for (const mub_btree_node *node = mub_btree_cursor_seek(&at, &words->words, first->data, first->length);
+       node != NULL; node = mub_btree_cursor_next(&at)) {
     const mub_char word = vocabulary_word(words, node);
     const word_stats *stats = (const word_stats *)(uintptr_t)node->value;
-    if (is_behind(&word, last)) break;
+    if (is_past(&word, last)) break;
     format_word(line, &word, stats->count);
     if (!append_line(out, line)) return false;
   }

@@ -21,14 +21,3 @@ bool vocabulary_fill(vocabulary *v, const word_index *index) {
 mub_char vocabulary_word(const vocabulary *v, const mub_btree_node *node) {
   return (mub_char){(char *)v->words.keys.data + node->key_offset, node->key_length};
 }
-
-/* What is nearest to a word may also be the one before it. */
-const mub_btree_node *vocabulary_first(const vocabulary *v, const mub_string *from) {
-  const mub_btree_node *node = mub_btree_node_bfind(&v->words, from->data, from->length);
-  while (node != NULL) {
-    const mub_char word = vocabulary_word(v, node);
-    if (mub_mem_cmp(word.data, word.length, from->data, from->length) >= 0) break;
-    node = mub_btree_node_next(&v->words, node);
-  }
-  return node;
-}

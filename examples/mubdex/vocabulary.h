@@ -14,9 +14,6 @@ void vocabulary_term(vocabulary *v);
 /* Takes in all words of an index. False when memory ran out. */
 bool vocabulary_fill(vocabulary *v, const word_index *index);
 
-/* The first word from `from` on; NULL when there is none. */
-const mub_btree_node *vocabulary_first(const vocabulary *v, const mub_string *from);
-
 /* The word of a record, as a view that shares its bytes. */
 mub_char vocabulary_word(const vocabulary *v, const mub_btree_node *node);
 

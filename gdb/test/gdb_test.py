@@ -39,6 +39,10 @@ FILLED = {
                     r'["plum \"x\""] = 3}',
     "filled.btreed": "mub_btreed with 5 keys on 1 level = {[-2] = 4, [-1] = 3, [0] = 2, [1] = 1, [2] = 0}",
     "filled.btreex": "mub_btreex with 5 keys on 1 level = {[-2.5] = 0, [-1.5] = 1, [-0.5] = 2, [0.5] = 3, [1.5] = 4}",
+    "cursor": "mub_btreed_cursor at 1 in a leaf of 5 records = {[-1] = 3}",
+    "cursor_at_end": "mub_btree_cursor after the last record",
+    "cursor_without_leaf": "mub_btreex_cursor of an empty tree",
+    "damaged_cursor": "mub_btreex_cursor <damaged or not initialised: index 6 in a leaf of 5>",
     "filled.list": r'mub_list with 5 keys = {["pear"] = 0, ["fig"] = 1, [""] = 2, ["plum \"x\""] = 3, ["m' "\u00fc"
                    r'sli"] = 4}',
     "filled.lists": "mub_lists with 5 values = {0, 1, 2, 3, 4}",

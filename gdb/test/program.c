@@ -39,6 +39,10 @@ static mub_hash large_hash;
 static mub_btree large_btree;
 static mub_list large_list;
 static mub_tree deep_tree;
+/* Not static: they are only read by the debugger. */
+mub_btreed_cursor cursor;
+mub_btree_cursor cursor_at_end;
+mub_btreex_cursor cursor_without_leaf, damaged_cursor;
 static int outside; /* its address is a value */
 
 /* For the test of the layouts; a program need not know the types of the nodes. */
@@ -139,6 +143,14 @@ static void fill_btrees(everything *e) {
   }
 }
 
+static void set_cursors(const everything *e) {
+  mub_btreed_cursor_seek(&cursor, &e->btreed, (uint32_t)-1);
+  mub_btree_cursor_last(&cursor_at_end, &e->btree);
+  mub_btree_cursor_next(&cursor_at_end);
+  cursor_without_leaf.tree = &e->btreex;
+  damaged_cursor = (mub_btreex_cursor){&e->btreex, &((everything *)e)->btreex.root, 6};
+}
+
 static void fill_lists(everything *e) {
   mub_list_init(&e->list, 1, 0);
   mub_lists_init(&e->lists, 1, 0);
@@ -194,6 +206,7 @@ static void fill(everything *e) {
   fill_arrays(e);
   fill_hashes(e);
   fill_btrees(e);
+  set_cursors(e);
   fill_lists(e);
   fill_trees(e);
   fill_bits(&e->bits);

@@ -50,6 +50,7 @@ class Cloning {
   bool run(UserPools &user) {
     share_callers_pools(user);
     if (!Kind::clone_keys(source_, copy_) || !clone_pools(user)) return false;
+    if (!slots::expand(copy_.root.children, kOrder)) return false;  // as an initialised root has
     if (!copy_below(source_.root, copy_.root)) return false;
     copy_.count = source_.count;
     if (source_.owns_value_pool != 0) translate_values(user);
@@ -87,7 +88,6 @@ class Cloning {
 
   // Walks both trees side by side, parents first.
   bool copy_below(const Entry &source_top, Entry &copy_top) {
-    note_links(copy_, false);  // they lead into the source
     const Entry *from = &source_top;
     Entry *to = &copy_top;
     copy_top.level = source_top.level;
@@ -129,14 +129,14 @@ class Cloning {
 
   void translate_values(const UserPools &user) {
     const Entry *to = first_leaf(copy_.root);
-    for (const Entry *from = first_leaf(source_.root); from != nullptr; from = next_leaf(*from)) {
+    for (const Entry *from = first_leaf(source_.root); from != nullptr; from = neighbour<1>(*from)) {
       for (int64_t i = 0; i < from->children.count; ++i) {
         const uint64_t value = record_at<Kind>(*from, i)->value;
         Record *record = record_at<Kind>(*to, i);
         record->value = values_.translate(value);
         user.mend(value, record->value);
       }
-      to = next_leaf(*to);
+      to = neighbour<1>(*to);
     }
   }
 

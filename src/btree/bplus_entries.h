@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "arrays/slot_table.h"
+#include "btree/node_search.h"
 #include "btree/tree_walk.h"
 #include "core/pool.h"
 #include "core/value_pool.h"
@@ -24,6 +25,8 @@ template <class Kind>
 using RecordOf = typename Kind::Record;
 template <class Kind>
 using KeyOf = typename Kind::Key;
+template <class Kind>
+using CursorOf = typename Kind::Cursor;
 
 template <class Kind>
 RecordOf<Kind> *record_at(const EntryOf<Kind> &leaf, int64_t index) {
@@ -177,6 +180,18 @@ void split_root(TreeOf<Kind> &tree, EntryOf<Kind> &root) {
   Kind::copy_key(root, *upper);
 }
 
+// Where the upper half of an entry goes among the children of the parent: after the entry, or by its key
+// when the parent does not list the entry.
+template <class Kind>
+int64_t index_of_upper(const TreeOf<Kind> &tree, const EntryOf<Kind> &parent, const EntryOf<Kind> &entry,
+                       const EntryOf<Kind> &upper) {
+  const mub_arrays &siblings = parent.children;
+  const int64_t index = position(siblings, &entry);
+  if (index < siblings.count) return index + 1;
+  return Kind::with_order(tree, Kind::key_of(tree, upper),
+                          [&](const auto &order) { return search<EntryOf<Kind>>(siblings, order).index; });
+}
+
 // Splits one entry, if memory allows; returns the parent when that now has to be split in turn.
 template <class Kind>
 EntryOf<Kind> *split_once(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
@@ -188,8 +203,7 @@ EntryOf<Kind> *split_once(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
   if (!slots::expand(parent->children, parent->children.count + 1)) return nullptr;
   const EntryOf<Kind> *upper = split_off<Kind>(tree, entry);
   if (upper == nullptr) return nullptr;
-  mub_arrays &siblings = parent->children;
-  insert_child(siblings, std::min(position(siblings, &entry) + 1, siblings.count), upper);
+  insert_child(parent->children, index_of_upper<Kind>(tree, *parent, entry, *upper), upper);
   return parent->children.count >= kOrder ? parent : nullptr;
 }
 

@@ -14,22 +14,23 @@
 //   1. Children of an entry of level L are entries of level L - 1, of a leaf (level 0) records. An entry other than the
 //      root has a child; the root may be an empty leaf.
 //   2. The parent of an entry is the one that has it as a child; the root has none.
-//   3. The key of an entry other than the root is that of its last child. It refers to the same key bytes. The root's
-//      is, too, but its offset is not mended by removals: it is compared when names are set, and not searched.
+//   3. The key of an entry other than the root is that of its last child. It refers to the same key bytes.
+//      So does the root's, but removals do not update its offset: it is compared when names are set, and not
+//      searched.
 //   4. The keys of the records ascend from leaf to leaf; no two are equal.
 //   5. An entry has at most 31 children, but for one whose split found no memory.
 //   6. `count` is the number of records.
 //   7. Without removals since the tree was empty, and unless it is a clone, `prev` and `next` are the neighbours in key
-//      order. Otherwise a link may lead anywhere, and nothing follows it: tree_note.h has what tells whether they hold.
+//      order. Otherwise a link may lead anywhere. Nothing but set_next follows one.
 //   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is the entry
 //      pool. Live blocks of owned pools are the tree's and what the caller took there; a record on a free stack has no
 //      key (0, 0).
 //
 // A kind of key takes part with a policy:
-//   Tree, Entry, Record, Key            the records, and a key as it is passed
+//   Tree, Entry, Record, Cursor, Key    the records, and a key as it is passed
 //   with_order(tree, key, use)          calls `use` with an order: order(child) compares the key of an entry or a
 //                                       record with the searched key
-//   key_of(tree, record)                the key of a record, as it is passed
+//   key_of(tree, entry or record)       its key, as it is passed
 //   has_name(tree, entry, child)        whether the entry has the key of the child
 //   copy_key(entry, child)              gives it that key
 //   store_key(tree, record, key)        gives a new record its key; false when there is no room
@@ -45,7 +46,6 @@
 #include "arrays/slot_table.h"
 #include "btree/bplus_entries.h"
 #include "btree/node_search.h"
-#include "btree/tree_note.h"
 #include "btree/tree_walk.h"
 #include "core/pool.h"
 #include "core/value_pool.h"
@@ -87,22 +87,37 @@ void link(Record *prev, Record &record, Record *next) {
   if (next != nullptr) next->prev = &record;
 }
 
-// Links a record between its neighbours, which are taken from the leaves.
+// The record of a leaf's neighbour that is nearest to the leaf; nullptr when there is none.
+template <class Kind, int kStep>
+RecordOf<Kind> *record_beside(const EntryOf<Kind> &leaf) {
+  const EntryOf<Kind> *beside = neighbour<kStep>(leaf);
+  if (!has_children(beside)) return nullptr;
+  return record_at<Kind>(*beside, kStep > 0 ? 0 : beside->children.count - 1);
+}
+
+// Links a new record between its neighbours, which are taken from the leaves: links may be stale.
+template <class Kind>
+void link_in_leaf(EntryOf<Kind> &leaf, int64_t index) {
+  const int64_t last = leaf.children.count - 1;
+  RecordOf<Kind> *prev = index > 0 ? record_at<Kind>(leaf, index - 1) : record_beside<Kind, -1>(leaf);
+  RecordOf<Kind> *next = index < last ? record_at<Kind>(leaf, index + 1) : record_beside<Kind, 1>(leaf);
+  link(prev, *record_at<Kind>(leaf, index), next);
+}
+
+// Links a record of a leaf before the one after it, or after the one before it when it is the last, by the
+// links that these have. A record alone in its leaf is left as it is.
 template <class Kind>
 void set_next(EntryOf<Kind> &leaf, int64_t index) {
-  using Record = RecordOf<Kind>;
-  const int64_t count = leaf.children.count;
-  if (count < 2) return;
-  const auto last_of = [](const EntryOf<Kind> *entry) -> Record * {
-    return has_children(entry) ? record_at<Kind>(*entry, entry->children.count - 1) : nullptr;
-  };
-  const auto first_of = [](const EntryOf<Kind> *entry) -> Record * {
-    return has_children(entry) ? record_at<Kind>(*entry, 0) : nullptr;
-  };
-  Record *record = record_at<Kind>(leaf, index);
-  Record *prev = index > 0 ? record_at<Kind>(leaf, index - 1) : last_of(previous_leaf(leaf));
-  Record *next = index < count - 1 ? record_at<Kind>(leaf, index + 1) : first_of(next_leaf(leaf));
-  link(prev, *record, next);
+  const int64_t last = leaf.children.count - 1;
+  if (last < 1) return;
+  RecordOf<Kind> &record = *record_at<Kind>(leaf, index);
+  if (index < last) {
+    RecordOf<Kind> *next = record_at<Kind>(leaf, index + 1);
+    link(next->prev, record, next);
+  } else {
+    RecordOf<Kind> *prev = record_at<Kind>(leaf, last - 1);
+    link(prev, record, prev->next);
+  }
 }
 
 // A block of the node pool with the key; nullptr when either cannot be had.
@@ -139,25 +154,20 @@ RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Ki
   if (record == nullptr) return nullptr;
   // Elsewhere the name is right, but for the root's, which is compared every time.
   if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name<Kind>(tree, leaf);
-  set_next<Kind>(leaf, place.spot.index);
-  if (&leaf == &tree.root && leaf.children.count == 1) note_links(tree, true);  // the first of an empty tree
+  link_in_leaf<Kind>(leaf, place.spot.index);
   if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
   inserted = true;
   return record;
 }
 
-// The same behind all records of the tree, of which `leaf` has the last: every name above changes, and the new record's
-// only neighbour is that one.
+// The same after all records of the tree, of which `leaf` has the last: the only neighbour of the new one.
 template <class Kind>
 RecordOf<Kind> *append(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, bool &inserted) {
   const int64_t count = leaf.children.count;
   RecordOf<Kind> *record = add_record<Kind>(tree, leaf, count, key);
   inserted = record != nullptr;
   if (record == nullptr) return nullptr;
-  EntryOf<Kind> *entry = &leaf;
-  for (; entry->parent != nullptr; entry = entry->parent) Kind::copy_key(*entry, *record);
-  // The root may have the name at a stale offset, and keeps it.
-  if (!Kind::has_name(tree, *entry, *record)) Kind::copy_key(*entry, *record);
+  set_name<Kind>(tree, leaf);
   link<RecordOf<Kind>>(record_at<Kind>(leaf, count - 1), *record, nullptr);
   if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
   return record;
@@ -193,19 +203,6 @@ int node_set_in(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, Record
   bool inserted;
   record_out = insert_at<Kind>(tree, locate<Kind>(tree, leaf, key), key, inserted);
   return inserted ? 1 : 0;
-}
-
-// Splits for callers, who may split what is not full: halves may be empty, or hang on no parent.
-template <class Kind>
-EntryOf<Kind> *split_off_by_hand(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
-  note_links(tree, false);
-  return split_off<Kind>(tree, entry);
-}
-
-template <class Kind>
-void split_by_hand(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
-  note_links(tree, false);
-  split<Kind>(tree, entry);
 }
 
 template <class Kind>
@@ -273,7 +270,6 @@ Entry *top_of_removal(Entry &entry) {
 
 template <class Kind>
 void remove_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
-  note_links(tree, false);
   EntryOf<Kind> *top = top_of_removal(entry);
   if (&entry == &tree.root) return;
   if (top == &tree.root) {
@@ -299,7 +295,6 @@ uint64_t remove(TreeOf<Kind> &tree, KeyOf<Kind> key) {
   RecordOf<Kind> *record = place.record();
   if (record == nullptr) return 0;
   const uint64_t value = record->value;
-  note_links(tree, false);
   slots::remove_at(place.leaf->children, place.spot.index);
   set_name<Kind>(tree, *place.leaf);
   if (place.leaf->children.count == 0) remove_entry<Kind>(tree, *place.leaf);

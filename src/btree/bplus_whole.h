@@ -31,7 +31,6 @@ void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_
 // with them.
 template <class Kind, class PartWith>
 void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with) {
-  note_links(tree, false);
   const auto give_records = [&](const EntryOf<Kind> &leaf) {
     for (int64_t i = 0; i < leaf.children.count; ++i) {
       RecordOf<Kind> *record = record_at<Kind>(leaf, i);
@@ -93,7 +92,6 @@ void reset(TreeOf<Kind> &tree) {
   tree.root.parent = nullptr;
   tree.root.children.pool = tree.node_pool;
   tree.count = 0;
-  note_links(tree, false);
 }
 
 // Empties the tree without a look at its values.
@@ -153,8 +151,6 @@ void swap_roots(EntryOf<Kind> &a, EntryOf<Kind> &b) {
 
 template <class Kind>
 void swap(TreeOf<Kind> &a, TreeOf<Kind> &b) {
-  const bool links_of_a = links_hold(a);
-  const bool links_of_b = links_hold(b);
   swap_roots<Kind>(a.root, b.root);
   Kind::swap_keys(a, b);
   std::swap(a.count, b.count);
@@ -166,8 +162,6 @@ void swap(TreeOf<Kind> &a, TreeOf<Kind> &b) {
   std::swap(a.owns_value_pool, b.owns_value_pool);
   set_pool(a, a.root);
   set_pool(b, b.root);
-  note_links(a, links_of_b);
-  note_links(b, links_of_a);
 }
 
 }  // namespace mub::bplus

@@ -3,7 +3,7 @@
 #include "arrays/byte_keys.h"
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
-#include "btree/record_walk.h"
+#include "btree/tree_cursor.h"
 #include "core/bytes.h"
 #include "core/key_store.h"
 
@@ -22,12 +22,15 @@ static_assert(offsetof(mub_btree, entry_pool) == 96 && offsetof(mub_btree, owns_
 static_assert(offsetof(mub_btree, node_pool) == 112 && offsetof(mub_btree, owns_node_pool) == 120);
 static_assert(offsetof(mub_btree, value_pool) == 128 && offsetof(mub_btree, owns_value_pool) == 136);
 static_assert(offsetof(mub_btree, nocase) == 138);
+static_assert(sizeof(mub_btree_cursor) == 24 && offsetof(mub_btree_cursor, leaf) == 8 &&
+              offsetof(mub_btree_cursor, index) == 16);
 
 // Byte-string keys in the tree's key stream.
 struct ByteKeys {
   using Tree = mub_btree;
   using Entry = mub_btree_entry;
   using Record = mub_btree_node;
+  using Cursor = mub_btree_cursor;
   using Key = ByteKey;
 
   template <bool kFoldsCase>
@@ -35,23 +38,32 @@ struct ByteKeys {
     static constexpr bool kByQuarters = false;
     template <class Child>
     int operator()(const Child &child) const {
-      const uint8_t *own = data + child.key_offset;
-      if constexpr (kFoldsCase) return bytes::icompare(own, child.key_length, key.bytes, key.length);
-      return bytes::order(own, child.key_length, key.bytes, key.length);
+      const Key own = key_in(keys, child);
+      if constexpr (kFoldsCase) return bytes::icompare(own.bytes, own.length, key.bytes, key.length);
+      return bytes::order(own.bytes, own.length, key.bytes, key.length);
     }
-    const uint8_t *data;
+    const mub_stream &keys;
     Key key;
   };
 
   template <class Use>
   static auto with_order(const Tree &tree, Key key, Use use) {
-    if (tree.nocase != 0) return use(Order<true>{tree.keys.data, key});
-    return use(Order<false>{tree.keys.data, key});
+    if (tree.nocase != 0) return use(Order<true>{tree.keys, key});
+    return use(Order<false>{tree.keys, key});
   }
 
+  static Key key_in(const mub_stream &keys, const Record &record) {
+    return {keys.data + record.key_offset, record.key_length};
+  }
+  // An entry without children keeps the name of a record that is gone, and a removal may then lower its
+  // offset below 0: a name that leaves the block of the stream reads as empty.
+  static Key key_in(const mub_stream &keys, const Entry &entry) {
+    if (int64_t{entry.key_offset} + entry.key_length > keys.capacity) return {keys.data, 0};
+    return {keys.data + entry.key_offset, entry.key_length};
+  }
   template <class Item>
   static Key key_of(const Tree &tree, const Item &item) {
-    return {tree.keys.data + item.key_offset, item.key_length};
+    return key_in(tree.keys, item);
   }
 
   template <class Item>
@@ -61,12 +73,14 @@ struct ByteKeys {
                             : bytes::compare(own.bytes, own.length, key.bytes, key.length);
   }
 
-  // Different keys have different bytes; only the root's offset may name the same key at another place. It then lies
-  // within the capacity of the stream, where it once was right.
+  // An entry whose name has the bytes of the child's key keeps its offset, which may differ from the child's.
   template <class Child>
   static bool has_name(const Tree &tree, const Entry &entry, const Child &child) {
-    if (entry.key_offset == child.key_offset && entry.key_length == child.key_length) return true;
-    return entry.parent == nullptr && compare(tree, entry, key_of(tree, child)) == 0;
+    if (entry.key_length != child.key_length) return false;
+    if (entry.key_offset == child.key_offset) return true;
+    const Key name = key_of(tree, entry), key = key_of(tree, child);
+    if (tree.nocase != 0) return bytes::icompare(name.bytes, name.length, key.bytes, key.length) == 0;
+    return bytes::equal(name.bytes, name.length, key.bytes, key.length);
   }
   template <class Child>
   static void copy_key(Entry &entry, const Child &child) {
@@ -112,7 +126,7 @@ void ByteKeys::lower_offsets(Tree &tree, Entry &top, uint32_t offset, uint32_t l
     return;
   }
   const Entry *last = bplus::last_leaf(top);
-  for (const Entry *leaf = bplus::first_leaf(top);; leaf = bplus::next_leaf(*leaf)) {
+  for (const Entry *leaf = bplus::first_leaf(top); leaf != nullptr; leaf = bplus::neighbour<1>(*leaf)) {
     for (int64_t i = 0; i < leaf->children.count; ++i) lower(*bplus::record_at<ByteKeys>(*leaf, i));
     if (leaf == last) return;
   }
@@ -197,6 +211,31 @@ mub_btree_node *mub_btree_node_prev(const mub_btree *tree, const mub_btree_node 
   return bplus::step<ByteKeys, -1>(*tree, *node);
 }
 
+mub_btree_node *mub_btree_cursor_first(mub_btree_cursor *cursor, const mub_btree *tree) {
+  return bplus::cursor_start<ByteKeys, 1>(*cursor, *tree);
+}
+
+mub_btree_node *mub_btree_cursor_last(mub_btree_cursor *cursor, const mub_btree *tree) {
+  return bplus::cursor_start<ByteKeys, -1>(*cursor, *tree);
+}
+
+mub_btree_node *mub_btree_cursor_seek(mub_btree_cursor *cursor, const mub_btree *tree, const void *key,
+                                      int64_t length) {
+  return bplus::cursor_seek<ByteKeys>(*cursor, *tree, measured_key(key, length));
+}
+
+mub_btree_node *mub_btree_cursor_next(mub_btree_cursor *cursor) {
+  return bplus::cursor_step<ByteKeys, 1>(*cursor);
+}
+
+mub_btree_node *mub_btree_cursor_prev(mub_btree_cursor *cursor) {
+  return bplus::cursor_step<ByteKeys, -1>(*cursor);
+}
+
+mub_btree_node *mub_btree_cursor_node(const mub_btree_cursor *cursor) {
+  return bplus::cursor_record<ByteKeys>(*cursor);
+}
+
 mub_btree_entry *mub_btree_first_entry(const mub_btree_entry *entry) { return bplus::first_leaf(*entry); }
 
 mub_btree_entry *mub_btree_last_entry(const mub_btree_entry *entry) { return bplus::last_leaf(*entry); }
@@ -242,16 +281,14 @@ void mub_btree_set_next(mub_btree_entry *leaf, int64_t index) { bplus::set_next<
 void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry) { bplus::set_pool(*tree, *entry); }
 
 mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry) {
-  return bplus::split_off_by_hand<ByteKeys>(*tree, *entry);
+  return bplus::split_off<ByteKeys>(*tree, *entry);
 }
 
 mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *entry) {
-  return bplus::split_off_by_hand<ByteKeys>(*tree, *entry);
+  return bplus::split_off<ByteKeys>(*tree, *entry);
 }
 
-void mub_btree_split(mub_btree *tree, mub_btree_entry *entry) {
-  bplus::split_by_hand<ByteKeys>(*tree, *entry);
-}
+void mub_btree_split(mub_btree *tree, mub_btree_entry *entry) { bplus::split<ByteKeys>(*tree, *entry); }
 
 mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree_entry *entry, const void *key,
                                   int64_t length) {

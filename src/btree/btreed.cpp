@@ -3,12 +3,13 @@
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/number_keys.h"
-#include "btree/record_walk.h"
+#include "btree/tree_cursor.h"
 
 namespace mub {
 namespace {
 
-using Keys = bplus::NumberKeys<mub_btreed, mub_btreed_entry, mub_btreed_node, bplus::Numbers32>;
+using Keys =
+    bplus::NumberKeys<mub_btreed, mub_btreed_entry, mub_btreed_node, mub_btreed_cursor, bplus::Numbers32>;
 
 static_assert(sizeof(mub_btreed_node) == 32 && offsetof(mub_btreed_node, key) == 0);
 static_assert(offsetof(mub_btreed_node, prev) == 8 && offsetof(mub_btreed_node, next) == 16 &&
@@ -20,6 +21,8 @@ static_assert(offsetof(mub_btreed, entry_pool) == 64 && offsetof(mub_btreed, own
 static_assert(offsetof(mub_btreed, node_pool) == 80 && offsetof(mub_btreed, owns_node_pool) == 88);
 static_assert(offsetof(mub_btreed, value_pool) == 96 && offsetof(mub_btreed, owns_value_pool) == 104);
 static_assert(offsetof(mub_btreed, key_type) == 108);
+static_assert(sizeof(mub_btreed_cursor) == 24 && offsetof(mub_btreed_cursor, leaf) == 8 &&
+              offsetof(mub_btreed_cursor, index) == 16);
 
 }  // namespace
 }  // namespace mub
@@ -96,6 +99,30 @@ mub_btreed_node *mub_btreed_node_prev(const mub_btreed *tree, const mub_btreed_n
   return bplus::step<Keys, -1>(*tree, *node);
 }
 
+mub_btreed_node *mub_btreed_cursor_first(mub_btreed_cursor *cursor, const mub_btreed *tree) {
+  return bplus::cursor_start<Keys, 1>(*cursor, *tree);
+}
+
+mub_btreed_node *mub_btreed_cursor_last(mub_btreed_cursor *cursor, const mub_btreed *tree) {
+  return bplus::cursor_start<Keys, -1>(*cursor, *tree);
+}
+
+mub_btreed_node *mub_btreed_cursor_seek(mub_btreed_cursor *cursor, const mub_btreed *tree, uint32_t key) {
+  return bplus::cursor_seek<Keys>(*cursor, *tree, key);
+}
+
+mub_btreed_node *mub_btreed_cursor_next(mub_btreed_cursor *cursor) {
+  return bplus::cursor_step<Keys, 1>(*cursor);
+}
+
+mub_btreed_node *mub_btreed_cursor_prev(mub_btreed_cursor *cursor) {
+  return bplus::cursor_step<Keys, -1>(*cursor);
+}
+
+mub_btreed_node *mub_btreed_cursor_node(const mub_btreed_cursor *cursor) {
+  return bplus::cursor_record<Keys>(*cursor);
+}
+
 mub_btreed_entry *mub_btreed_first_entry(const mub_btreed_entry *entry) { return bplus::first_leaf(*entry); }
 
 mub_btreed_entry *mub_btreed_last_entry(const mub_btreed_entry *entry) { return bplus::last_leaf(*entry); }
@@ -142,16 +169,14 @@ void mub_btreed_set_next(mub_btreed_entry *leaf, int64_t index) { bplus::set_nex
 void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry) { bplus::set_pool(*tree, *entry); }
 
 mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_entry *entry) {
-  return bplus::split_off_by_hand<Keys>(*tree, *entry);
+  return bplus::split_off<Keys>(*tree, *entry);
 }
 
 mub_btreed_entry *mub_btreed_split_node(mub_btreed *tree, mub_btreed_entry *entry) {
-  return bplus::split_off_by_hand<Keys>(*tree, *entry);
+  return bplus::split_off<Keys>(*tree, *entry);
 }
 
-void mub_btreed_split(mub_btreed *tree, mub_btreed_entry *entry) {
-  bplus::split_by_hand<Keys>(*tree, *entry);
-}
+void mub_btreed_split(mub_btreed *tree, mub_btreed_entry *entry) { bplus::split<Keys>(*tree, *entry); }
 
 mub_btreed_entry *mub_btreed_find_t(const mub_btreed *tree, const mub_btreed_entry *entry, uint32_t key) {
   return bplus::locate<Keys>(*tree, *entry, key).leaf;

@@ -3,12 +3,13 @@
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/number_keys.h"
-#include "btree/record_walk.h"
+#include "btree/tree_cursor.h"
 
 namespace mub {
 namespace {
 
-using Keys = bplus::NumberKeys<mub_btreex, mub_btreex_entry, mub_btreex_node, bplus::Numbers64>;
+using Keys =
+    bplus::NumberKeys<mub_btreex, mub_btreex_entry, mub_btreex_node, mub_btreex_cursor, bplus::Numbers64>;
 
 static_assert(sizeof(mub_btreex_node) == 32 && offsetof(mub_btreex_node, key) == 0);
 static_assert(offsetof(mub_btreex_node, prev) == 8 && offsetof(mub_btreex_node, next) == 16 &&
@@ -20,6 +21,8 @@ static_assert(offsetof(mub_btreex, entry_pool) == 72 && offsetof(mub_btreex, own
 static_assert(offsetof(mub_btreex, node_pool) == 88 && offsetof(mub_btreex, owns_node_pool) == 96);
 static_assert(offsetof(mub_btreex, value_pool) == 104 && offsetof(mub_btreex, owns_value_pool) == 112);
 static_assert(offsetof(mub_btreex, key_type) == 116);
+static_assert(sizeof(mub_btreex_cursor) == 24 && offsetof(mub_btreex_cursor, leaf) == 8 &&
+              offsetof(mub_btreex_cursor, index) == 16);
 
 }  // namespace
 }  // namespace mub
@@ -96,6 +99,30 @@ mub_btreex_node *mub_btreex_node_prev(const mub_btreex *tree, const mub_btreex_n
   return bplus::step<Keys, -1>(*tree, *node);
 }
 
+mub_btreex_node *mub_btreex_cursor_first(mub_btreex_cursor *cursor, const mub_btreex *tree) {
+  return bplus::cursor_start<Keys, 1>(*cursor, *tree);
+}
+
+mub_btreex_node *mub_btreex_cursor_last(mub_btreex_cursor *cursor, const mub_btreex *tree) {
+  return bplus::cursor_start<Keys, -1>(*cursor, *tree);
+}
+
+mub_btreex_node *mub_btreex_cursor_seek(mub_btreex_cursor *cursor, const mub_btreex *tree, uint64_t key) {
+  return bplus::cursor_seek<Keys>(*cursor, *tree, key);
+}
+
+mub_btreex_node *mub_btreex_cursor_next(mub_btreex_cursor *cursor) {
+  return bplus::cursor_step<Keys, 1>(*cursor);
+}
+
+mub_btreex_node *mub_btreex_cursor_prev(mub_btreex_cursor *cursor) {
+  return bplus::cursor_step<Keys, -1>(*cursor);
+}
+
+mub_btreex_node *mub_btreex_cursor_node(const mub_btreex_cursor *cursor) {
+  return bplus::cursor_record<Keys>(*cursor);
+}
+
 mub_btreex_entry *mub_btreex_first_entry(const mub_btreex_entry *entry) { return bplus::first_leaf(*entry); }
 
 mub_btreex_entry *mub_btreex_last_entry(const mub_btreex_entry *entry) { return bplus::last_leaf(*entry); }
@@ -142,16 +169,14 @@ void mub_btreex_set_next(mub_btreex_entry *leaf, int64_t index) { bplus::set_nex
 void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry) { bplus::set_pool(*tree, *entry); }
 
 mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_entry *entry) {
-  return bplus::split_off_by_hand<Keys>(*tree, *entry);
+  return bplus::split_off<Keys>(*tree, *entry);
 }
 
 mub_btreex_entry *mub_btreex_split_node(mub_btreex *tree, mub_btreex_entry *entry) {
-  return bplus::split_off_by_hand<Keys>(*tree, *entry);
+  return bplus::split_off<Keys>(*tree, *entry);
 }
 
-void mub_btreex_split(mub_btreex *tree, mub_btreex_entry *entry) {
-  bplus::split_by_hand<Keys>(*tree, *entry);
-}
+void mub_btreex_split(mub_btreex *tree, mub_btreex_entry *entry) { bplus::split<Keys>(*tree, *entry); }
 
 mub_btreex_entry *mub_btreex_find_t(const mub_btreex *tree, const mub_btreex_entry *entry, uint64_t key) {
   return bplus::locate<Keys>(*tree, *entry, key).leaf;

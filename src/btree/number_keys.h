@@ -88,11 +88,12 @@ auto with_comparison(typename Numbers::Bits key, uint32_t key_type, Use use) {
   }
 }
 
-template <class TreeRecord, class EntryRecord, class NodeRecord, class Numbers>
+template <class TreeRecord, class EntryRecord, class NodeRecord, class CursorRecord, class Numbers>
 struct NumberKeys {
   using Tree = TreeRecord;
   using Entry = EntryRecord;
   using Record = NodeRecord;
+  using Cursor = CursorRecord;
   using Key = typename Numbers::Bits;
 
   template <class Use>
@@ -112,7 +113,10 @@ struct NumberKeys {
                                     [a](const auto &order) { return order(bytes::load<Key>(a)); });
   }
 
-  static Key key_of(const Tree &, const Record &record) { return record.key; }
+  template <class Item>
+  static Key key_of(const Tree &, const Item &item) {
+    return item.key;
+  }
   template <class Child>
   static bool has_name(const Tree &, const Entry &entry, const Child &child) {
     return entry.key == child.key;

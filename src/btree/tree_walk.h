@@ -60,21 +60,20 @@ Entry *last_leaf(const Entry &entry) {
   return leaf;
 }
 
-// The leaf behind another one; nullptr behind the last.
-template <class Entry>
-Entry *next_leaf(const Entry &leaf) {
-  const Entry *entry = &leaf;
-  while (entry->parent != nullptr && is_last(*entry)) entry = entry->parent;
-  return entry->parent == nullptr ? nullptr : first_leaf(*sibling(*entry, 1));
-}
-
-template <class Entry>
-Entry *previous_leaf(const Entry &leaf) {
-  const Entry *entry = &leaf;
-  while (entry->parent != nullptr && entry->parent->children.items[0] == word_of(entry)) {
-    entry = entry->parent;
+// The leaf after another one, or before it when kStep is -1. nullptr at the end of the tree, and for a leaf
+// that its parent does not list: the upper half of a split that is not part of the tree yet.
+template <int kStep, class Entry>
+Entry *neighbour(const Entry &leaf) {
+  for (const Entry *entry = &leaf; entry->parent != nullptr; entry = entry->parent) {
+    const mub_arrays &siblings = entry->parent->children;
+    const int64_t index = position(siblings, entry);
+    if (index == siblings.count) return nullptr;
+    const int64_t beside = index + kStep;
+    if (beside < 0 || beside == siblings.count) continue;
+    const Entry &below = *child_at<Entry>(siblings, beside);
+    return kStep > 0 ? first_leaf(below) : last_leaf(below);
   }
-  return entry->parent == nullptr ? nullptr : last_leaf(*sibling(*entry, -1));
+  return nullptr;
 }
 
 // The first entry of level 1 below an entry that is no leaf.

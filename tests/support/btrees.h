@@ -27,22 +27,33 @@ enum OfKey { kInsert = kCloneEntry + 1, kSet, kGet, kUpdate, kFind, kRemove };
 enum OfNode { kNodeSet = kRemove + 1, kNodeGet, kNodeFind, kNodeBfind };
 enum Walked { kNodeFirst = kNodeBfind + 1, kNodeLast, kNodeNext, kNodePrev };
 enum OfEntry { kFindT = kNodePrev + 1, kSetName, kSetPool, kEntryNew, kSplit };
-enum OfPart { kRemoveAllEntry = kSplit + 1, kRemoveEntryT, kSplitEntry };
+enum OfPart { kRemoveAllEntry = kSplit + 1, kRemoveEntryT, kSplitEntry, kSplitNode, kInsertT, kSetNext };
+enum OfCursor {
+  kCursorFirst = kSetNext + 1,
+  kCursorLast,
+  kCursorSeek,
+  kCursorNext,
+  kCursorPrev,
+  kCursorNode
+};
 
 struct ByteTree : PassingBytes {
   using Record = mub_btree;
   using Entry = mub_btree_entry;
   using Node = mub_btree_node;
+  using Cursor = mub_btree_cursor;
   using Key = std::string;
   using Passed = std::string_view;
-  static constexpr auto kFunctions =
-      std::make_tuple(mub_btree_init, mub_btree_term, mub_btree_remove_all, mub_btree_free_all,
-                      mub_btree_swap, mub_btree_clone, mub_btree_clone_entry, mub_btree_insert, mub_btree_set,
-                      mub_btree_get, mub_btree_update, mub_btree_find, mub_btree_remove, mub_btree_node_set,
-                      mub_btree_node_get, mub_btree_node_find, mub_btree_node_bfind, mub_btree_node_first,
-                      mub_btree_node_last, mub_btree_node_next, mub_btree_node_prev, mub_btree_find_t,
-                      mub_btree_set_name, mub_btree_set_pool, mub_btree_entry_new, mub_btree_split,
-                      mub_btree_remove_all_entry, mub_btree_remove_entry_t, mub_btree_split_entry);
+  static constexpr auto kFunctions = std::make_tuple(
+      mub_btree_init, mub_btree_term, mub_btree_remove_all, mub_btree_free_all, mub_btree_swap,
+      mub_btree_clone, mub_btree_clone_entry, mub_btree_insert, mub_btree_set, mub_btree_get,
+      mub_btree_update, mub_btree_find, mub_btree_remove, mub_btree_node_set, mub_btree_node_get,
+      mub_btree_node_find, mub_btree_node_bfind, mub_btree_node_first, mub_btree_node_last,
+      mub_btree_node_next, mub_btree_node_prev, mub_btree_find_t, mub_btree_set_name, mub_btree_set_pool,
+      mub_btree_entry_new, mub_btree_split, mub_btree_remove_all_entry, mub_btree_remove_entry_t,
+      mub_btree_split_entry, mub_btree_split_node, mub_btree_insert_t, mub_btree_set_next,
+      mub_btree_cursor_first, mub_btree_cursor_last, mub_btree_cursor_seek, mub_btree_cursor_next,
+      mub_btree_cursor_prev, mub_btree_cursor_node);
   static constexpr auto first_entry = mub_btree_first_entry, last_entry = mub_btree_last_entry;
 
   // Among them the empty key, prefixes of others, bytes above 127 and pairs that differ in their first or last byte.
@@ -76,6 +87,7 @@ struct Trees32 {
   using Record = mub_btreed;
   using Entry = mub_btreed_entry;
   using Node = mub_btreed_node;
+  using Cursor = mub_btreed_cursor;
   using Bits = uint32_t;
   static constexpr auto kFunctions = std::make_tuple(
       mub_btreed_init, mub_btreed_term, mub_btreed_remove_all, mub_btreed_free_all, mub_btreed_swap,
@@ -84,7 +96,9 @@ struct Trees32 {
       mub_btreed_node_find, mub_btreed_node_bfind, mub_btreed_node_first, mub_btreed_node_last,
       mub_btreed_node_next, mub_btreed_node_prev, mub_btreed_find_t, mub_btreed_set_name, mub_btreed_set_pool,
       mub_btreed_entry_new, mub_btreed_split, mub_btreed_remove_all_entry, mub_btreed_remove_entry_t,
-      mub_btreed_split_entry);
+      mub_btreed_split_entry, mub_btreed_split_node, mub_btreed_insert_t, mub_btreed_set_next,
+      mub_btreed_cursor_first, mub_btreed_cursor_last, mub_btreed_cursor_seek, mub_btreed_cursor_next,
+      mub_btreed_cursor_prev, mub_btreed_cursor_node);
   static constexpr auto first_entry = mub_btreed_first_entry, last_entry = mub_btreed_last_entry;
 };
 
@@ -92,6 +106,7 @@ struct Trees64 {
   using Record = mub_btreex;
   using Entry = mub_btreex_entry;
   using Node = mub_btreex_node;
+  using Cursor = mub_btreex_cursor;
   using Bits = uint64_t;
   static constexpr auto kFunctions = std::make_tuple(
       mub_btreex_init, mub_btreex_term, mub_btreex_remove_all, mub_btreex_free_all, mub_btreex_swap,
@@ -100,7 +115,9 @@ struct Trees64 {
       mub_btreex_node_find, mub_btreex_node_bfind, mub_btreex_node_first, mub_btreex_node_last,
       mub_btreex_node_next, mub_btreex_node_prev, mub_btreex_find_t, mub_btreex_set_name, mub_btreex_set_pool,
       mub_btreex_entry_new, mub_btreex_split, mub_btreex_remove_all_entry, mub_btreex_remove_entry_t,
-      mub_btreex_split_entry);
+      mub_btreex_split_entry, mub_btreex_split_node, mub_btreex_insert_t, mub_btreex_set_next,
+      mub_btreex_cursor_first, mub_btreex_cursor_last, mub_btreex_cursor_seek, mub_btreex_cursor_next,
+      mub_btreex_cursor_prev, mub_btreex_cursor_node);
   static constexpr auto first_entry = mub_btreex_first_entry, last_entry = mub_btreex_last_entry;
 };
 
@@ -201,6 +218,27 @@ void read(const Tree<A> &tree, const typename A::Entry &entry, int64_t most_chil
   }
 }
 
+// Walks with a cursor from every record to both sides, past the ends and back.
+template <class A>
+void expect_cursor_walks(Tree<A> &tree, const std::vector<typename A::Node *> &nodes) {
+  typename A::Cursor at;
+  const auto last = static_cast<int64_t>(nodes.size()) - 1;
+  auto *node = call_of<kCursorFirst, A>(&at, &tree);
+  for (int64_t i = 1; i <= last; ++i, node = call_of<kCursorNext, A>(&at)) {
+    ASSERT_EQ(node, nodes[static_cast<size_t>(i)]);
+    ASSERT_EQ((call_of<kCursorNode, A>(&at)), node);
+  }
+  ASSERT_EQ((call_of<kCursorNext, A>(&at)), nullptr);
+  for (int64_t i = last - 1; i >= 0; --i) {
+    ASSERT_EQ((call_of<kCursorPrev, A>(&at)), nodes[static_cast<size_t>(i)]);
+  }
+  ASSERT_EQ((call_of<kCursorPrev, A>(&at)), nullptr);
+  ASSERT_EQ((call_of<kCursorNode, A>(&at)), nullptr);
+  ASSERT_EQ((call_of<kCursorNext, A>(&at)), nodes[1]);
+  ASSERT_EQ((call_of<kCursorLast, A>(&at, &tree)), nodes[static_cast<size_t>(last) - 1]);
+  ASSERT_TRUE(at.tree == &tree && (at.leaf == nullptr) == (last == 1));
+}
+
 // All invariants, the content and the walks.
 template <class A>
 void expect_same(Tree<A> &tree, const Content<A> &content, Chain chain, int64_t most_children = 31) {
@@ -214,6 +252,7 @@ void expect_same(Tree<A> &tree, const Content<A> &content, Chain chain, int64_t 
   ASSERT_EQ(tree.owns_node_pool != 0 ? tree.node_pool->live_count : count, count);
   ASSERT_EQ(tree.owns_entry_pool != 0 ? tree.entry_pool->live_count : entries, entries);
   nodes.push_back(nullptr);
+  ASSERT_NO_FATAL_FAILURE(expect_cursor_walks(tree, nodes));
   const auto *node = &nodes[1];
   for (const auto &[key, value] : content) {
     ASSERT_EQ(A::key_of(tree, **node), key);

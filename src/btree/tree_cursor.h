@@ -1,0 +1,144 @@
+// Walks over the records of a B+-tree in key order.
+//
+// A cursor names a leaf and an index in its table of children. A step within the leaf is an index; a step to the next leaf
+// goes up by the parents as far as needed and down again, in O(log n) at worst and a few loads on average. The links of
+// the records are not followed: removals and clones leave them stale, and each of them is a cache miss that could not be
+// fetched ahead, where the tables of the leaves name all records in advance.
+//
+// A cursor that a function here has left is in one of these states:
+//   on a record           0 <= index < leaf->children.count
+//   before the first one  leaf is the first one that has records, index is -1
+//   after the last one    leaf is the last one that has records, index is its count
+//   in an empty tree      leaf is null, index is 0
+#ifndef MUB_BTREE_TREE_CURSOR_H
+#define MUB_BTREE_TREE_CURSOR_H
+
+#include <algorithm>
+#include <cstdint>
+
+#include "btree/bplus_tree.h"
+#include "core/prefetch.h"
+
+namespace mub::bplus {
+
+// How many records ahead a walk fetches.
+constexpr int64_t kPrefetchRecords = 8;
+
+// Trees of fewer levels stay in the caches, and a walk only loses by fetching ahead of the leaf.
+constexpr int kLevelsInCache = 3;
+
+template <class Kind>
+RecordOf<Kind> *first_record(const TreeOf<Kind> &tree) {
+  const EntryOf<Kind> *leaf = first_leaf(tree.root);
+  return has_children(leaf) ? record_at<Kind>(*leaf, 0) : nullptr;
+}
+
+template <class Kind>
+RecordOf<Kind> *last_record(const TreeOf<Kind> &tree) {
+  const EntryOf<Kind> *leaf = last_leaf(tree.root);
+  return has_children(leaf) ? record_at<Kind>(*leaf, leaf->children.count - 1) : nullptr;
+}
+
+// The nearest leaf to one side that has records. Only callers who emptied a leaf through its table of children, or split
+// one that had fewer than two records, leave one without.
+template <int kStep, class Entry>
+Entry *leaf_beside(const Entry *leaf) {
+  Entry *beside = neighbour<kStep>(*leaf);
+  while (beside != nullptr && !has_children(beside)) beside = neighbour<kStep>(*beside);
+  return beside;
+}
+
+// Fetches what a walk comes to next: the first records of the leaf beside, the table of the one after it, the entry of
+// the third. Each is found in what was fetched a leaf ago.
+template <int kStep, class Entry>
+void prefetch_beyond(const Entry &leaf) {
+  const Entry *second = neighbour<kStep>(leaf);
+  if (second == nullptr) return;
+  const int64_t count = second->children.count;
+  for (int64_t i = 0; i < std::min(count, kPrefetchRecords); ++i) {
+    prefetch(record_of<void>(second->children.items[kStep > 0 ? i : count - 1 - i]));
+  }
+  const Entry *third = neighbour<kStep>(*second);
+  if (third == nullptr) return;
+  prefetch(third->children.items, third->children.count * int64_t{sizeof(uint64_t)});
+  const Entry *fourth = neighbour<kStep>(*third);
+  if (fourth == nullptr) return;
+  prefetch(fourth);
+  prefetch(&fourth->children.items);
+}
+
+template <class Kind>
+RecordOf<Kind> *cursor_record(const CursorOf<Kind> &cursor) {
+  if (cursor.leaf == nullptr) return nullptr;
+  const bool is_on_record = cursor.index >= 0 && cursor.index < cursor.leaf->children.count;
+  return is_on_record ? record_at<Kind>(*cursor.leaf, cursor.index) : nullptr;
+}
+
+// Goes to the outermost record of a leaf that has some, coming from the side that kStep leads away from.
+template <class Kind, int kStep>
+RecordOf<Kind> *enter_leaf(CursorOf<Kind> &cursor, EntryOf<Kind> &leaf) {
+  cursor.leaf = &leaf;
+  cursor.index = kStep > 0 ? 0 : leaf.children.count - 1;
+  if (cursor.tree->root.level >= kLevelsInCache) prefetch_beyond<kStep>(leaf);
+  return record_at<Kind>(leaf, cursor.index);
+}
+
+// Leaves the cursor's leaf; past the tree's end it stays there, outside.
+template <class Kind, int kStep>
+__attribute__((noinline)) RecordOf<Kind> *step_out(CursorOf<Kind> &cursor) {
+  EntryOf<Kind> *leaf = leaf_beside<kStep>(cursor.leaf);
+  if (leaf != nullptr) return enter_leaf<Kind, kStep>(cursor, *leaf);
+  cursor.index = kStep > 0 ? cursor.leaf->children.count : -1;
+  return nullptr;
+}
+
+template <class Kind, int kStep>
+RecordOf<Kind> *cursor_step(CursorOf<Kind> &cursor) {
+  if (cursor.leaf == nullptr) return nullptr;
+  const mub_arrays &records = cursor.leaf->children;
+  const int64_t index = cursor.index + kStep;
+  // Unsigned, so that one compare sees either end.
+  if (static_cast<uint64_t>(index) >= static_cast<uint64_t>(records.count))
+    return step_out<Kind, kStep>(cursor);
+  cursor.index = index;
+  const int64_t ahead = index + kPrefetchRecords * kStep;
+  if (static_cast<uint64_t>(ahead) < static_cast<uint64_t>(records.count)) {
+    prefetch(record_of<void>(records.items[ahead]));
+  }
+  return child_at<RecordOf<Kind>>(records, index);
+}
+
+// Puts the cursor on the first record of the tree, or on the last one when kStep leads down.
+template <class Kind, int kStep>
+RecordOf<Kind> *cursor_start(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree) {
+  EntryOf<Kind> *leaf = kStep > 0 ? first_leaf(tree.root) : last_leaf(tree.root);
+  if (!has_children(leaf)) leaf = leaf_beside<kStep>(leaf);
+  cursor = {&tree, nullptr, 0};
+  return leaf == nullptr ? nullptr : enter_leaf<Kind, kStep>(cursor, *leaf);
+}
+
+template <class Kind>
+RecordOf<Kind> *cursor_seek(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree, KeyOf<Kind> key) {
+  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
+  cursor = {&tree, place.leaf, place.spot.index};
+  if (place.spot.index < place.leaf->children.count) return record_at<Kind>(*place.leaf, place.spot.index);
+  // The key is above all records of its leaf, which is the last one, unless a caller has changed the tree.
+  if (RecordOf<Kind> *record = step_out<Kind, 1>(cursor)) return record;
+  if (has_children(cursor.leaf)) return nullptr;
+  cursor_start<Kind, -1>(cursor, tree);
+  if (cursor.leaf != nullptr) ++cursor.index;
+  return nullptr;
+}
+
+// A step from a record alone: where it is has to be searched by its key.
+template <class Kind, int kStep>
+RecordOf<Kind> *step(const TreeOf<Kind> &tree, const RecordOf<Kind> &record) {
+  const Place<Kind> place = locate<Kind>(tree, tree.root, Kind::key_of(tree, record));
+  if (!place.spot.found) return nullptr;
+  CursorOf<Kind> cursor = {&tree, place.leaf, place.spot.index};
+  return cursor_step<Kind, kStep>(cursor);
+}
+
+}  // namespace mub::bplus
+
+#endif
