@@ -298,7 +298,7 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  * are translated; a value that is no block of the pool becomes 0, and so do all when the destination has no
  * value pool of its own. A caller's pool is shared with the clone: fresh blocks of it are filled as copies,
  * values are copied as words. A pool of the destination's own gives way to it. The links of the records
- * keep pointing into the source: walk a clone with mub_btree_node_next. The destination's `nocase` stays.
+ * keep pointing into the source: walk a clone with a cursor. The destination's `nocase` stays.
  * Returns the number of keys; 0 when memory ran out, the destination is empty then. Invalidates: the
  * cursors of the destination. Cost: O(keys). */
 MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub_btree *destination,

@@ -143,12 +143,12 @@ static void fill_btrees(everything *e) {
   }
 }
 
-static void set_cursors(const everything *e) {
+static void set_cursors(everything *e) {
   mub_btreed_cursor_seek(&cursor, &e->btreed, (uint32_t)-1);
   mub_btree_cursor_last(&cursor_at_end, &e->btree);
   mub_btree_cursor_next(&cursor_at_end);
   cursor_without_leaf.tree = &e->btreex;
-  damaged_cursor = (mub_btreex_cursor){&e->btreex, &((everything *)e)->btreex.root, 6};
+  damaged_cursor = (mub_btreex_cursor){&e->btreex, &e->btreex.root, 6};
 }
 
 static void fill_lists(everything *e) {

@@ -116,7 +116,7 @@ struct ByteKeys {
 };
 
 void ByteKeys::lower_offsets(Tree &tree, Entry &top, uint32_t offset, uint32_t length) {
-  const auto lower = [=](auto &item) { keys::lower_offset(item, offset, length); };
+  const auto lower = [=](auto &item) { keys::move_down(item, offset, length); };
   for (Entry *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
     if (entry->level < 1) break;
     for (int64_t i = 0; i < entry->children.count; ++i) lower(*bplus::entry_at(*entry, i));

@@ -62,13 +62,6 @@ void move_down(Record &record, uint32_t offset, uint32_t length) {
   if (is_after) record.key_offset -= length;
 }
 
-// The same where a record may still be called by a key that was cut, and is compared: as an entry of a B-tree that a caller
-// left without children. An offset that would wrap stays, so that the name lies in the store.
-template <class Record>
-void lower_offset(Record &record, uint32_t offset, uint32_t length) {
-  if (record.key_offset >= length) move_down(record, offset, length);
-}
-
 }  // namespace keys
 }  // namespace mub
 
