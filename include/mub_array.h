@@ -220,8 +220,9 @@ MUB_API uint64_t mub_array_get_last(const mub_array *array, const char **key, in
  * A slot past the count may name bytes past the end of the key stream: its key is replaced as mub_stream_update
  * replaces a range that reaches past the length.
  * Returns the previous value; 0, nothing changed, unless 0 <= index < capacity, when there is no memory for the
- * key, when the old key starts past the end of the stream, and when the old or the new key would not lie wholly in the
- * stream's block. Cost: O(count) when the key's length changes. */
+ * key, when the old key starts past the end of the stream, when the old or the new key would not lie wholly in the
+ * stream's block, and when the stream's length would fall below 0 or exceed 2^32 - 1 bytes. Cost: O(count) when
+ * the key's length changes. */
 MUB_API uint64_t mub_array_set_at(mub_array *array, int64_t index, const void *key, int64_t length,
                                   uint64_t value);
 

@@ -167,8 +167,8 @@ MUB_API int mub_hash_find(const mub_hash *hash, const void *key, int64_t length)
 
 /* mub_hash_remove: take a key out. Its value is handed over, not released.
  * Returns the value; 0 when the key is absent. Invalidates: key offsets of the entries behind it.
- * Cost: O(entries): the key's bytes are cut out of `keys` and the offsets behind them lowered. With an entry pool of
- * its own the table does that in one pass over memory. */
+ * Cost: O(entries): the key's bytes are cut out of `keys` and the offsets after them lowered. With an entry pool of
+ * its own that holds nothing else the table does that in passes over memory, and not along the chains. */
 MUB_API uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length);
 
 /* mub_hash_free: take a key out and release its value.
@@ -240,7 +240,8 @@ MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket
                                             const void *key, int64_t length);
 
 /* mub_hash_entry_remove: find a key in a bucket and unlink its entry. Key bytes and count are left as they are.
- * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
+ * Returns the entry, its `next` NULL, for the caller to count down and to return to the entry pool, as after
+ * mub_hash_remove_t; NULL when there is none. */
 MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, uint32_t hash_value,
                                               const void *key, int64_t length);
 
@@ -260,7 +261,8 @@ MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64
 MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length);
 
 /* mub_hash_remove_t: unlink the entry of a key and delete its key bytes. The count stays as it is. The entry keeps its
- * fields, whatever else is removed; count it down before its block is given back.
+ * fields, whatever else is removed. Leave its `next` NULL until it is counted down; do that before its block is given
+ * back.
  * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
 MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length);
 

@@ -35,7 +35,8 @@ bool replace_key(mub_array &array, mub_array_entry &entry, const ByteKey &key) {
   mub_stream &stream = array.keys;
   const int64_t old_end = key_end(entry);
   const int64_t longer_by = key.length - entry.key_length;
-  if (!keys::has_room(stream, longer_by) || old_end > block_bytes(stream, stream.length)) return false;
+  if (key.length > keys::kMaxBytes || !keys::has_room(stream, longer_by)) return false;
+  if (old_end > block_bytes(stream, stream.length)) return false;
   if (old_end + longer_by > block_bytes(stream, stream.length + longer_by)) return false;
   if (!buffer::update(stream, entry.key_offset, entry.key_length, key.bytes, key.length)) return false;
   const uint32_t offset = entry.key_offset;

@@ -326,7 +326,8 @@ void free_at(Record &array, int64_t index, mub_free_fn release_it) {
   SlotOf<Record> *slot = table(array) + index;
   PolicyOf<Record>::cut_key(array, *slot);
   release_value(array.pool, array.own_pool, value_of(*slot), release_it);
-  close_slot(array, slot);
+  // The releaser must not change the array; should it have, the table may have moved, or have no such slot any more.
+  if (index < used(array)) close_slot(array, table(array) + index);
 }
 
 // ---- sorted arrays

@@ -21,7 +21,6 @@
 //   store_key(table, entry, word, key)  fills the key fields of an entry; false when there is no room
 //   erase_key(table, entry)             cuts the key bytes of an unlinked entry out
 //   PinnedKey(table, key)               holds a key while the key storage may move
-//   forget_key(entry)                   makes an entry harmless on the free stack
 //   clear_keys, term_keys, swap_keys, clone_keys   the key storage of the whole table
 #ifndef MUB_HASH_CHAINED_TABLE_H
 #define MUB_HASH_CHAINED_TABLE_H
@@ -118,9 +117,8 @@ EntryOf<Kind> *link_new(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *las
   return entry;
 }
 
-// Where an insertion looks: the first entry that has the key, whatever word is stored with it. A hash may have been stored
-// before `nocase` changed, and a key must not be added twice. Keys of other lengths are passed over without a look at
-// their bytes.
+// Where an insertion looks: the first entry of the bucket that has the key, whatever hash is stored with it, as that may
+// date from before `nocase` changed. Keys of other lengths are passed over without a look at their bytes.
 template <class Kind>
 Place<EntryOf<Kind>> search_key(const TableOf<Kind> &table, int64_t bucket, KeyOf<Kind> key) {
   return search<Kind>(table, bucket,
@@ -163,8 +161,8 @@ void for_each(const TableOf<Kind> &table, Visit visit) {
   }
 }
 
-// The number of entries in the chains, from a pass over the pool: each is led to by one bucket or by one other entry. Blocks
-// outside of the chains lead nowhere, as removals leave them, or are counted too.
+// The number of entries in the chains, from a pass over the pool: each is the first of a bucket or the next of another
+// entry. Entries that a caller has unlinked have no next, and what blocks on the free stack hold is not counted.
 template <class Kind>
 int64_t count_linked(const TableOf<Kind> &table) {
   using Entry = EntryOf<Kind>;
@@ -178,31 +176,26 @@ int64_t count_linked(const TableOf<Kind> &table) {
   return linked;
 }
 
-// Whether every live block of the entry pool is in a chain, but for `unlinked` entries that were just taken out: a pass over
-// the pool then changes nothing that a caller holds. `count` alone does not tell: it includes the entries that a caller has
-// unlinked and not yet counted down. Those that the caller still holds have no next, which count_linked() sees.
+// Whether every live block of the entry pool is in a chain, but for `unlinked` entries that were just taken out: a pass
+// over the pool then changes nothing that a caller holds. `count` alone does not say so: it includes the entries that a
+// caller has unlinked and not yet counted down.
 template <class Kind>
 bool fills_its_pool(const TableOf<Kind> &table, int64_t unlinked) {
   return pool::holds_only<EntryOf<Kind>>(table.entry_pool, table.owns_entry_pool, table.count) &&
          count_linked<Kind>(table) == table.count - unlinked;
 }
 
-template <class Kind>
-void return_entry(TableOf<Kind> &table, EntryOf<Kind> &entry) {
-  Kind::forget_key(entry);
-  pool::give(table.entry_pool, &entry);
-}
-
 // ---- growth
 
-// Deals the chain of an old bucket out to itself and to its twin `old_count` above. One bit of the word decides, by
-// an index and not by a branch, which would be mispredicted every other time.
+// Divides the chain of an old bucket between itself and the bucket `old_count` above. An index chooses, and not a branch,
+// which would be mispredicted every other time. An entry whose word is not of this bucket goes to the upper one.
 template <class Kind>
 void split(mub_arrays &buckets, int64_t bucket, int64_t old_count) {
   EntryOf<Kind> *first[2] = {nullptr, nullptr};
   EntryOf<Kind> **end[2] = {&first[0], &first[1]};
   for (auto *entry = record_of<EntryOf<Kind>>(buckets.items[bucket]); entry != nullptr; entry = entry->next) {
-    const int side = (Kind::entry_word(*entry) & static_cast<uint64_t>(old_count)) != 0 ? 1 : 0;
+    const uint64_t word = Kind::entry_word(*entry) & static_cast<uint64_t>(2 * old_count - 1);
+    const int side = word != static_cast<uint64_t>(bucket) ? 1 : 0;
     *end[side] = entry;
     end[side] = &entry->next;
   }
@@ -249,7 +242,7 @@ EntryOf<Kind> *append(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last,
   auto *entry = static_cast<EntryOf<Kind> *>(pool::take(table.entry_pool));
   if (entry == nullptr) return nullptr;
   if (!Kind::store_key(table, *entry, word, key)) {
-    return_entry<Kind>(table, *entry);
+    pool::give(table.entry_pool, entry);
     return nullptr;
   }
   entry->next = nullptr;
@@ -332,7 +325,7 @@ bool remove(TableOf<Kind> &table, KeyOf<Kind> key, PartWith part_with) {
   if (entry == nullptr) return false;
   --table.count;
   part_with(entry->value);
-  return_entry<Kind>(table, *entry);
+  pool::give(table.entry_pool, entry);
   return true;
 }
 
@@ -410,7 +403,7 @@ void swap(TableOf<Kind> &a, TableOf<Kind> &b) {
 
 template <class Kind>
 void remove_all_entry(TableOf<Kind> &table) {
-  for_each<Kind>(table, [&](EntryOf<Kind> &entry) { return_entry<Kind>(table, entry); });
+  for_each<Kind>(table, [&](EntryOf<Kind> &entry) { pool::give(table.entry_pool, &entry); });
 }
 
 template <class Kind>
@@ -426,7 +419,7 @@ template <class Kind>
 void free_all_entry(TableOf<Kind> &table, mub_free_fn release_it) {
   for_each<Kind>(table, [&](EntryOf<Kind> &entry) {
     release_value(table.value_pool, table.owns_value_pool, entry.value, release_it);
-    if (table.owns_entry_pool == 0) return_entry<Kind>(table, entry);
+    if (table.owns_entry_pool == 0) pool::give(table.entry_pool, &entry);
   });
 }
 

@@ -23,7 +23,6 @@ struct KeysInEntries {
 
   static void reserve_keys(Table &, int64_t) {}
   static void erase_key(Table &, Entry &) {}
-  static void forget_key(Entry &) {}
   static void clear_keys(Table &) {}
   static void term_keys(Table &) {}
   static void swap_keys(Table &, Table &) {}

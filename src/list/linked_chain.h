@@ -167,11 +167,11 @@ EntryOf<List> *add(List &list, Gap<EntryOf<List>> gap, KeyOf<List> key, uint64_t
 
 // The entry is added even when there is no block for it. The initialiser finds the list as it was, but for the key bytes.
 template <class List>
-uint64_t add_new(List &list, Gap<EntryOf<List>> gap, KeyOf<List> key, mub_init_fn init) {
+uint64_t add_new(List &list, End end, KeyOf<List> key, mub_init_fn init) {
   EntryOf<List> *entry = take_entry_with(list, key);
   if (entry == nullptr) return 0;
   const uint64_t value = take_value(list.value_pool, init);
-  link_new(list, gap, *entry, value);
+  link_new(list, gap_at(list, end), *entry, value);
   return value;
 }
 

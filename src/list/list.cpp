@@ -109,11 +109,11 @@ mub_list_entry *mub_list_add_tail(mub_list *list, const void *key, int64_t lengt
 }
 
 uint64_t mub_list_add_head_new(mub_list *list, const void *key, int64_t length, mub_init_fn init) {
-  return chain::add_new(*list, chain::gap_at(*list, End::kHead), measured_key(key, length), init);
+  return chain::add_new(*list, End::kHead, measured_key(key, length), init);
 }
 
 uint64_t mub_list_add_tail_new(mub_list *list, const void *key, int64_t length, mub_init_fn init) {
-  return chain::add_new(*list, chain::gap_at(*list, End::kTail), measured_key(key, length), init);
+  return chain::add_new(*list, End::kTail, measured_key(key, length), init);
 }
 
 void mub_list_add_head_list(mub_list *list, const mub_list *source) {

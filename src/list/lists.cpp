@@ -44,11 +44,11 @@ mub_lists_entry *mub_lists_add_tail(mub_lists *list, uint64_t value) {
 }
 
 uint64_t mub_lists_add_head_new(mub_lists *list, mub_init_fn init) {
-  return chain::add_new(*list, chain::gap_at(*list, End::kHead), {}, init);
+  return chain::add_new(*list, End::kHead, {}, init);
 }
 
 uint64_t mub_lists_add_tail_new(mub_lists *list, mub_init_fn init) {
-  return chain::add_new(*list, chain::gap_at(*list, End::kTail), {}, init);
+  return chain::add_new(*list, End::kTail, {}, init);
 }
 
 void mub_lists_add_head_list(mub_lists *list, const mub_lists *source) {

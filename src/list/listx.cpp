@@ -64,12 +64,15 @@ mub_listx *add(mub_listx &list, uint64_t value) {
   return &list;
 }
 
-// The initialiser finds the list as it was.
+// The initialiser finds the list as it was. It must not change it; should it have, the block may be full or gone.
 template <End kEnd>
 uint64_t add_new(mub_listx &list, mub_init_fn init) {
   mub_listx_block *block = block_with_room<kEnd>(list);
   if (block == nullptr) return 0;
+  const int64_t count = list.count;
   const uint64_t value = take_value(list.value_pool, init);
+  if (list.count != count) block = block_with_room<kEnd>(list);
+  if (block == nullptr) return 0;
   put<kEnd>(list, *block, value);
   return value;
 }
