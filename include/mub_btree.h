@@ -56,7 +56,9 @@
  *   _remove_all                entries and records are their pool's again; values are not released
  *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
  *                              entries and records are their pool's again
- *   _remove_all_entry          what is below the entry is its pools' again, though the entry's fields still count it
+ *   _remove_all_entry          what is below the entry goes back to a caller's pools; what lies in owned
+ *   pools stays
+ *                              there until they are emptied
  *   _free_all_entry            as after `_remove_all_entry`, each value having been handed to `release`, its block to
  *                              a caller's value pool
  *   _get                       the value stays in the tree
@@ -109,8 +111,7 @@ extern "C" {
 
 /* One key with its value; it stays where it is until it is removed. */
 typedef struct mub_btree_node {
-  uint32_t
-      key_offset; /* where the key's bytes start in the tree's `keys`; changes when another key is removed */
+  uint32_t key_offset;         /* of the key's bytes in `keys`; changes when another key is removed */
   uint32_t key_length;         /* bytes */
   struct mub_btree_node *prev; /* the record before it; NULL at the least key. See "Chain" above */
   struct mub_btree_node *next; /* the record behind it; NULL at the greatest key */
@@ -119,8 +120,7 @@ typedef struct mub_btree_node {
 
 /* One node of the tree. */
 typedef struct mub_btree_entry {
-  uint32_t
-      key_offset; /* the key of the last child; the root's may be out of date in its offset, and is not searched */
+  uint32_t key_offset; /* the key of the last child; the root's may be out of date, and is not searched */
   uint32_t key_length;
   int16_t level; /* 0: a leaf, its children are records; else they are entries one level lower */
   struct mub_btree_entry *parent; /* NULL for the root */
@@ -365,7 +365,8 @@ MUB_API mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *
 
 /* mub_btree_split: split an entry and put the new half behind it in the parent, splitting that in turn when
  * it then holds more than 31; split the root by moving its children to two new entries below it. An entry
- * for whose split memory runs out stays as it is. Invalidates: the tree's cursors. */
+ * for whose split memory runs out stays as it is. As after mub_btree_split_entry, fewer than two children
+ * leave an empty half. Invalidates: the tree's cursors. */
 MUB_API void mub_btree_split(mub_btree *tree, mub_btree_entry *entry);
 
 /* mub_btree_find_t: descend to the leaf that holds a key or would hold it.

@@ -159,7 +159,8 @@ template <class Kind>
 bool clone_entry(const TreeOf<Kind> &source, const EntryOf<Kind> &from, TreeOf<Kind> &copy,
                  EntryOf<Kind> &to) {
   if (Cloning<Kind>(source, copy).run_in_fresh_blocks(from, to)) return true;
-  remove_all_entry<Kind>(copy, to);
+  empty_from<Kind>(
+      copy, to, [](const RecordOf<Kind> &) {}, Blocks::kGoBack);
   Kind::forget_key(to);
   to.level = 0;
   return false;

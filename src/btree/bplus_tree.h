@@ -87,11 +87,11 @@ void link(Record *prev, Record &record, Record *next) {
   if (next != nullptr) next->prev = &record;
 }
 
-// The record of a leaf's neighbour that is nearest to the leaf; nullptr when there is none.
+// The record next to a leaf on one side; nullptr when there is none.
 template <class Kind, int kStep>
 RecordOf<Kind> *record_beside(const EntryOf<Kind> &leaf) {
-  const EntryOf<Kind> *beside = neighbour<kStep>(leaf);
-  if (!has_children(beside)) return nullptr;
+  const EntryOf<Kind> *beside = leaf_beside<kStep>(&leaf);
+  if (beside == nullptr) return nullptr;
   return record_at<Kind>(*beside, kStep > 0 ? 0 : beside->children.count - 1);
 }
 
@@ -232,13 +232,6 @@ int set(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t &value_out, mub_init_fn in
 template <class Kind>
 RecordOf<Kind> *find(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
   return locate<Kind>(tree, tree.root, key).record();
-}
-
-template <class Kind>
-RecordOf<Kind> *find_nearest(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
-  const int64_t index = nearest(place.spot, place.leaf->children.count);
-  return index < 0 ? nullptr : record_at<Kind>(*place.leaf, index);
 }
 
 template <class Kind>

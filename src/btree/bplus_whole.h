@@ -27,21 +27,26 @@ void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_
 
 // ---- emptying
 
+enum class Blocks { kStayInOwnedPools, kGoBack };
+
 // Releases every table of children from `top` down; `part_with` gets every record first. What lies in owned pools goes
-// with them.
+// with them, unless it is to go back block by block.
 template <class Kind, class PartWith>
-void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with) {
+void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with,
+                Blocks blocks = Blocks::kStayInOwnedPools) {
+  const bool gives_records = tree.owns_node_pool == 0 || blocks == Blocks::kGoBack;
+  const bool gives_entries = tree.owns_entry_pool == 0 || blocks == Blocks::kGoBack;
   const auto give_records = [&](const EntryOf<Kind> &leaf) {
     for (int64_t i = 0; i < leaf.children.count; ++i) {
       RecordOf<Kind> *record = record_at<Kind>(leaf, i);
       part_with(*record);
-      if (tree.owns_node_pool == 0) pool::give(tree.node_pool, record);
+      if (gives_records) pool::give(tree.node_pool, record);
     }
   };
   for_each_from_below(top, [&](EntryOf<Kind> &entry) {
     if (entry.level < 1) give_records(entry);
     slots::release_table(entry.children);
-    if (&entry != &top && tree.owns_entry_pool == 0) pool::give(tree.entry_pool, &entry);
+    if (&entry != &top && gives_entries) pool::give(tree.entry_pool, &entry);
   });
 }
 

@@ -52,14 +52,12 @@ struct ByteKeys {
     return use(Order<false>{tree.keys, key});
   }
 
-  static Key key_in(const mub_stream &keys, const Record &record) {
-    return {keys.data + record.key_offset, record.key_length};
-  }
-  // An entry without children keeps the name of a record that is gone, and a removal may then lower its
-  // offset below 0: a name that leaves the block of the stream reads as empty.
-  static Key key_in(const mub_stream &keys, const Entry &entry) {
-    if (int64_t{entry.key_offset} + entry.key_length > keys.capacity) return {keys.data, 0};
-    return {keys.data + entry.key_offset, entry.key_length};
+  // Records that a caller has put outside of the tree, and names of entries without children, are not
+  // updated by removals: a key that leaves the block of the stream reads as empty.
+  template <class Item>
+  static Key key_in(const mub_stream &keys, const Item &item) {
+    if (int64_t{item.key_offset} + item.key_length > keys.capacity) return {keys.data, 0};
+    return {keys.data + item.key_offset, item.key_length};
   }
   template <class Item>
   static Key key_of(const Tree &tree, const Item &item) {
@@ -103,7 +101,7 @@ struct ByteKeys {
     forget_key(record);
     if (length == 0) return;
     keys::erase(tree.keys, offset, length);
-    lower_offsets(tree, tree.root, offset, length);
+    lower_all_offsets(tree, offset, length);
   }
 
   static void init_keys(Tree &) {}
@@ -112,24 +110,41 @@ struct ByteKeys {
   static void swap_keys(Tree &a, Tree &b) { buffer::swap(a.keys, b.keys); }
   static bool clone_keys(const Tree &source, Tree &copy) { return buffer::clone(source.keys, copy.keys); }
 
-  static void lower_offsets(Tree &tree, Entry &top, uint32_t offset, uint32_t length);
+  // Below `top`; after a removal in the whole tree.
+  static void lower_offsets(Entry &top, uint32_t offset, uint32_t length);
+  static void lower_all_offsets(Tree &tree, uint32_t offset, uint32_t length);
 };
 
-void ByteKeys::lower_offsets(Tree &tree, Entry &top, uint32_t offset, uint32_t length) {
-  const auto lower = [=](auto &item) { keys::move_down(item, offset, length); };
-  for (Entry *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
+// Of the entries below `top`.
+void lower_names(mub_btree_entry &top, uint32_t offset, uint32_t length) {
+  for (auto *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
     if (entry->level < 1) break;
-    for (int64_t i = 0; i < entry->children.count; ++i) lower(*bplus::entry_at(*entry, i));
+    for (int64_t i = 0; i < entry->children.count; ++i) {
+      keys::move_down(*bplus::entry_at(*entry, i), offset, length);
+    }
   }
-  if (&top == &tree.root && pool::holds_only<Record>(tree.node_pool, tree.owns_node_pool, tree.count)) {
-    pool::for_each_block<Record>(*tree.node_pool, lower);
-    return;
-  }
+}
+
+void ByteKeys::lower_offsets(Entry &top, uint32_t offset, uint32_t length) {
+  lower_names(top, offset, length);
   const Entry *last = bplus::last_leaf(top);
   for (const Entry *leaf = bplus::first_leaf(top); leaf != nullptr; leaf = bplus::neighbour<1>(*leaf)) {
-    for (int64_t i = 0; i < leaf->children.count; ++i) lower(*bplus::record_at<ByteKeys>(*leaf, i));
+    for (int64_t i = 0; i < leaf->children.count; ++i) {
+      keys::move_down(*bplus::record_at<ByteKeys>(*leaf, i), offset, length);
+    }
     if (leaf == last) return;
   }
+}
+
+// In the order of memory where all records lie in a pool of the tree's own: several times faster than along
+// the leaves.
+void ByteKeys::lower_all_offsets(Tree &tree, uint32_t offset, uint32_t length) {
+  if (!pool::holds_only<Record>(tree.node_pool, tree.owns_node_pool, tree.count)) {
+    return lower_offsets(tree.root, offset, length);
+  }
+  lower_names(tree.root, offset, length);
+  pool::for_each_block<Record>(*tree.node_pool,
+                               [=](Record &record) { keys::move_down(record, offset, length); });
 }
 
 }  // namespace
@@ -300,8 +315,8 @@ int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const void *key, 
   return bplus::node_set_in<ByteKeys>(*tree, *leaf, measured_key(key, length), *node_out);
 }
 
-void mub_btree_adjust_t(mub_btree *tree, mub_btree_entry *entry, uint32_t offset, uint32_t length) {
-  ByteKeys::lower_offsets(*tree, *entry, offset, length);
+void mub_btree_adjust_t(mub_btree *, mub_btree_entry *entry, uint32_t offset, uint32_t length) {
+  ByteKeys::lower_offsets(*entry, offset, length);
 }
 
 void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry) {

@@ -27,25 +27,23 @@ constexpr int64_t kPrefetchRecords = 8;
 // Trees of fewer levels stay in the caches, and a walk only loses by fetching ahead of the leaf.
 constexpr int kLevelsInCache = 3;
 
+// The first leaf that has records, or the last one; nullptr in an empty tree.
+template <int kStep, class Entry>
+Entry *outermost_leaf(const Entry &root) {
+  Entry *leaf = kStep > 0 ? first_leaf(root) : last_leaf(root);
+  return has_children(leaf) ? leaf : leaf_beside<kStep>(leaf);
+}
+
 template <class Kind>
 RecordOf<Kind> *first_record(const TreeOf<Kind> &tree) {
-  const EntryOf<Kind> *leaf = first_leaf(tree.root);
-  return has_children(leaf) ? record_at<Kind>(*leaf, 0) : nullptr;
+  const EntryOf<Kind> *leaf = outermost_leaf<1>(tree.root);
+  return leaf == nullptr ? nullptr : record_at<Kind>(*leaf, 0);
 }
 
 template <class Kind>
 RecordOf<Kind> *last_record(const TreeOf<Kind> &tree) {
-  const EntryOf<Kind> *leaf = last_leaf(tree.root);
-  return has_children(leaf) ? record_at<Kind>(*leaf, leaf->children.count - 1) : nullptr;
-}
-
-// The nearest leaf to one side that has records. Only callers who emptied a leaf through its table of children, or split
-// one that had fewer than two records, leave one without.
-template <int kStep, class Entry>
-Entry *leaf_beside(const Entry *leaf) {
-  Entry *beside = neighbour<kStep>(*leaf);
-  while (beside != nullptr && !has_children(beside)) beside = neighbour<kStep>(*beside);
-  return beside;
+  const EntryOf<Kind> *leaf = outermost_leaf<-1>(tree.root);
+  return leaf == nullptr ? nullptr : record_at<Kind>(*leaf, leaf->children.count - 1);
 }
 
 // Fetches what a walk comes to next: the first records of the leaf beside, the table of the one after it, the entry of
@@ -111,8 +109,7 @@ RecordOf<Kind> *cursor_step(CursorOf<Kind> &cursor) {
 // Puts the cursor on the first record of the tree, or on the last one when kStep leads down.
 template <class Kind, int kStep>
 RecordOf<Kind> *cursor_start(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree) {
-  EntryOf<Kind> *leaf = kStep > 0 ? first_leaf(tree.root) : last_leaf(tree.root);
-  if (!has_children(leaf)) leaf = leaf_beside<kStep>(leaf);
+  EntryOf<Kind> *leaf = outermost_leaf<kStep>(tree.root);
   cursor = {&tree, nullptr, 0};
   return leaf == nullptr ? nullptr : enter_leaf<Kind, kStep>(cursor, *leaf);
 }
@@ -130,13 +127,24 @@ RecordOf<Kind> *cursor_seek(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree, Ke
   return nullptr;
 }
 
+// The record of a key or the nearest one: the first above it in the leaf that would hold it, else that
+// leaf's last. Where the leaf has no records, those of its neighbours are the nearest.
+template <class Kind>
+RecordOf<Kind> *find_nearest(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
+  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
+  const int64_t count = place.leaf->children.count;
+  if (count > 0) return record_at<Kind>(*place.leaf, nearest(place.spot, count));
+  CursorOf<Kind> cursor;
+  RecordOf<Kind> *above = cursor_seek<Kind>(cursor, tree, key);
+  return above != nullptr ? above : cursor_step<Kind, -1>(cursor);
+}
+
 // A step from a record alone: where it is has to be searched by its key.
 template <class Kind, int kStep>
 RecordOf<Kind> *step(const TreeOf<Kind> &tree, const RecordOf<Kind> &record) {
-  const Place<Kind> place = locate<Kind>(tree, tree.root, Kind::key_of(tree, record));
-  if (!place.spot.found) return nullptr;
-  CursorOf<Kind> cursor = {&tree, place.leaf, place.spot.index};
-  return cursor_step<Kind, kStep>(cursor);
+  CursorOf<Kind> cursor;
+  const RecordOf<Kind> *found = cursor_seek<Kind>(cursor, tree, Kind::key_of(tree, record));
+  return found == &record ? cursor_step<Kind, kStep>(cursor) : nullptr;
 }
 
 }  // namespace mub::bplus

@@ -76,6 +76,15 @@ Entry *neighbour(const Entry &leaf) {
   return nullptr;
 }
 
+// The nearest leaf to one side that has records. Only callers who emptied a leaf through its table of
+// children, or split one that had fewer than two records, leave one without.
+template <int kStep, class Entry>
+Entry *leaf_beside(const Entry *leaf) {
+  Entry *beside = neighbour<kStep>(*leaf);
+  while (beside != nullptr && !has_children(beside)) beside = neighbour<kStep>(*beside);
+  return beside;
+}
+
 // The first entry of level 1 below an entry that is no leaf.
 template <class Entry>
 Entry *first_above_leaves(Entry &entry) {
