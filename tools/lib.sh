@@ -31,6 +31,7 @@ clang_packages=(clang libclang-rt-14-dev)
 api_packages=(mandoc man-db nodejs npm python3-jsonschema)
 lint_packages=(clang-format clang-tidy shellcheck)
 size_packages=(cloc)
+mutation_packages=(python3-clang-14)
 bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-dev libdeflate-dev
   libisal-dev pkg-config python3)
 
