@@ -2,8 +2,7 @@
  * numbers, mub_btreex with 64-bit numbers.
  *
  *                    root  level 1  key "plum"          an entry is a node of the tree; its key is that of
- *                    its
- *                     │ children                        last child, the greatest below it
+ *                     │ children                        its last child, the greatest below it
  *          ┌──────────┴──────────┐
  *      level 0  key "fig"    level 0  key "plum"        entries of level 0 are the leaves: blocks of entry_pool
  *          │ children            │ children
@@ -56,9 +55,8 @@
  *   _remove_all                entries and records are their pool's again; values are not released
  *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
  *                              entries and records are their pool's again
- *   _remove_all_entry          what is below the entry goes back to a caller's pools; what lies in owned
- *   pools stays
- *                              there until they are emptied
+ *   _remove_all_entry          what is below the entry goes back to a caller's pools; what lies in owned pools
+ *                              stays there until they are emptied
  *   _free_all_entry            as after `_remove_all_entry`, each value having been handed to `release`, its block to
  *                              a caller's value pool
  *   _get                       the value stays in the tree
@@ -355,7 +353,8 @@ MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
 
 /* mub_btree_split_entry: move the upper half of an entry's children to a new entry of the same level and
  * parent, which the parent does not hold yet. Both take the keys of their last children. Fewer than two
- * children leave a half that has none and keeps its key: searches may end there.
+ * children leave a half that has none and keeps its key: searches may end there, those of
+ * mub_btree_cursor_seek and mub_btree_node_next too.
  * Returns the new entry; NULL when memory ran out, nothing is moved then. Invalidates: the tree's cursors. */
 MUB_API mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry);
 

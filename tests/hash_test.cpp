@@ -307,6 +307,17 @@ TYPED_TEST(Hash, MakesDoWithThePoolsThatItGot) {
 
 // ---- byte-string keys only
 
+// Offsets fall without a test; a key whose bytes would lie outside the store is none that can be found.
+TEST(HashOfBytes, KeysWhoseOffsetsWrapAreNotRead) {
+  Table<ByteTable> table;
+  mub_hash_entry *entry = nullptr;
+  mub_hash_entry_set(&table, "abc", 3, &entry);
+  mub_hash_adjust_t(&table, 0, 1000);
+  EXPECT_EQ(entry->key_offset, 0u - 1000u);
+  EXPECT_EQ(mub_hash_find(&table, "abc", 3), 0);
+  EXPECT_EQ(mub_hash_insert(&table, "abc", 3, 1), 1);
+}
+
 TEST(HashOfBytes, HashIsTheRegisterFromZero) {
   const std::string bytes = "Bytes [of] \xE9\xFF @ZAza`{ and more than a word";
   std::string lower = bytes;

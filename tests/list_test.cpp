@@ -461,6 +461,18 @@ TEST(ListOfKeys, OffsetsHave32BitsAndFallBehindACutButThatOfAnEmptyKeyAtIt) {
   EXPECT_EQ(list.count + list.entry_pool->live_count, 8);
 }
 
+// Offsets fall without a test; a key whose bytes would lie outside the store reads as empty.
+TEST(ListOfKeys, KeysWhoseOffsetsWrapAreNotRead) {
+  mub_list list;
+  mub_list_init(&list, 1, 0);
+  const auto *entry = mub_list_add_tail(&list, "abc", 3, 7);
+  mub_list_adjust_t(&list, 0, 1000);
+  EXPECT_EQ(entry->key_offset, 0u - 1000u);
+  EXPECT_EQ(mub_list_find(&list, "abc", 3), nullptr);
+  EXPECT_EQ(mub_list_find(&list, "", 0), entry);
+  mub_list_term(&list);
+}
+
 TEST(ListOfKeys, ReadsItsOwnBytesAsAText) {
   List<Keyed> list;
   String text;

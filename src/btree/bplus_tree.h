@@ -23,8 +23,7 @@
 //   7. Without removals since the tree was empty, and unless it is a clone, `prev` and `next` are the neighbours in key
 //      order. Otherwise a link may lead anywhere. Nothing but set_next follows one.
 //   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is the entry
-//      pool. Live blocks of owned pools are the tree's and what the caller took there; a record on a free stack has no
-//      key (0, 0).
+//      pool. Live blocks of owned pools are the tree's and what the caller took there.
 //
 // A kind of key takes part with a policy:
 //   Tree, Entry, Record, Cursor, Key    the records, and a key as it is passed

@@ -38,11 +38,11 @@ struct ByteKeys {
     static constexpr bool kByQuarters = false;
     template <class Child>
     int operator()(const Child &child) const {
-      const Key own = key_in(keys, child);
+      const Key own = keys::key_of(store, child);
       if constexpr (kFoldsCase) return bytes::icompare(own.bytes, own.length, key.bytes, key.length);
       return bytes::order(own.bytes, own.length, key.bytes, key.length);
     }
-    const mub_stream &keys;
+    const mub_stream &store;
     Key key;
   };
 
@@ -52,16 +52,9 @@ struct ByteKeys {
     return use(Order<false>{tree.keys, key});
   }
 
-  // Records that a caller has put outside of the tree, and names of entries without children, are not
-  // updated by removals: a key that leaves the block of the stream reads as empty.
-  template <class Item>
-  static Key key_in(const mub_stream &keys, const Item &item) {
-    if (int64_t{item.key_offset} + item.key_length > keys.capacity) return {keys.data, 0};
-    return {keys.data + item.key_offset, item.key_length};
-  }
   template <class Item>
   static Key key_of(const Tree &tree, const Item &item) {
-    return key_in(tree.keys, item);
+    return keys::key_of(tree.keys, item);
   }
 
   template <class Item>

@@ -46,6 +46,13 @@ bool append_for(Record &record, mub_stream &store, const ByteKey &key) {
   return true;
 }
 
+// A record's key. The low layer can move an offset out of the store, and below 0: such a key reads as empty.
+template <class Record>
+ByteKey key_of(const mub_stream &store, const Record &record) {
+  if (int64_t{record.key_offset} + record.key_length > store.capacity) return {store.data, 0};
+  return {store.data + record.key_offset, record.key_length};
+}
+
 // Cuts `count` bytes out; a range that runs past the end is refused.
 inline void erase(mub_stream &store, int64_t position, int64_t count) {
   const int64_t tail = store.length - position - count;

@@ -36,8 +36,9 @@ struct ByteKeys {
 
   static bool same_key(const Table &table, const Entry &entry, Key key) {
     if (entry.key_length != key.length) return false;
-    const uint8_t *stored = table.keys.data + entry.key_offset;
-    return table.nocase == 0 ? bytes::equal(stored, key.bytes, key.length) : same_text(stored, key);
+    const ByteKey own = keys::key_of(table.keys, entry);
+    if (own.length != key.length) return false;
+    return table.nocase == 0 ? bytes::equal(own.bytes, key.bytes, key.length) : same_text(own.bytes, key);
   }
   static bool matches(const Table &table, const Entry &entry, uint64_t word, Key key) {
     return entry.hash == word && same_key(table, entry, key);

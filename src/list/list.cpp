@@ -22,9 +22,7 @@ template <>
 struct ChainPolicy<mub_list> : Keyless<mub_list> {
   using Key = ByteKey;
 
-  static Key key_of(const mub_list &list, const Entry &entry) {
-    return {list.keys.data + entry.key_offset, entry.key_length};
-  }
+  static Key key_of(const mub_list &list, const Entry &entry) { return keys::key_of(list.keys, entry); }
 
   static bool store_key(mub_list &list, Entry &entry, Key key) {
     return keys::append_for(entry, list.keys, key);
