@@ -1,0 +1,132 @@
+// What runs programs: a world of records of one family, of each kind several, and the steps that a program takes in it.
+//
+// A step is an exported function with the roles of its parameters: step<op::insert, Self<R>, Key<R>, Value<R>>(world, f)
+// lets each role draw its arguments, calls f, and hands the roles and the result to check(), which a family overloads
+// for its operations. Then every record of the world is compared with its model. steps.py writes the steps.
+//
+// A role is a struct with
+//   Role(World &)        draws it
+//   arguments()          a tuple of what the function takes for it
+//   fits                 false when there is nothing to draw: the step is left out then
+#ifndef MUB_TESTS_INTERPRETER_MACHINE_H
+#define MUB_TESTS_INTERPRETER_MACHINE_H
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <vector>
+
+#include "interpreter/program.h"
+#include "support/fuse.h"
+
+namespace mub_test {
+
+// The result of a function that has none.
+struct None {};
+
+// What a driver does to the allocations of a run: in step `step` those after `allowed` are refused.
+struct Refusals {
+  int64_t step = -1;
+  int64_t allowed = 0;
+  Blow blow = Blow::kOnce;
+};
+
+// What every world has.
+struct World {
+  World(Program drawn, Refusals refused) : program(drawn), refusals(refused) {}
+
+  // Calls a function of the library; under the fuse when it is this step's turn.
+  template <class Call>
+  auto call(Call call_it) {
+    failed = false;
+    if (steps != refusals.step) return call_it();
+    arm_fuse(refusals.allowed, refusals.blow);
+    if constexpr (std::is_void_v<decltype(call_it())>) {
+      call_it();
+      end_refusals();
+    } else {
+      auto result = call_it();
+      end_refusals();
+      return result;
+    }
+  }
+  void end_refusals() {
+    failed = disarm_fuse();
+    was_refused |= failed;
+  }
+
+  Program program;
+  Refusals refusals;
+  int64_t steps = 0;
+  bool failed = false;       // an allocation of the last call was refused
+  bool was_refused = false;  // one was in some call of the run
+};
+
+// An exported function as a step of a world; how often it was reached.
+template <class W>
+struct Step {
+  const char *name;
+  void (*take)(W &);
+  int64_t reached = 0;
+};
+
+// Roles, drawn one after another.
+template <class... Roles>
+struct RoleList {
+  template <class W>
+  explicit RoleList(W &) {}
+  template <class Use, class... Drawn>
+  auto with(Use use, Drawn &...drawn) {
+    return use(drawn...);
+  }
+};
+template <class First, class... Rest>
+struct RoleList<First, Rest...> {
+  template <class W>
+  explicit RoleList(W &world) : first(world), rest(world) {}
+  // Calls `use` with all of them.
+  template <class Use, class... Drawn>
+  auto with(Use use, Drawn &...drawn) {
+    return rest.with(use, drawn..., first);
+  }
+  First first;
+  RoleList<Rest...> rest;
+};
+
+template <class Op, class... Roles, class W, class Result, class... Params>
+void step(W &world, Result (*function)(Params...)) {
+  RoleList<Roles...> roles(world);
+  roles.with([&](auto &...role) {
+    if (!(role.fits && ...)) return;
+    const auto call = [&] { return std::apply(function, std::tuple_cat(role.arguments()...)); };
+    if constexpr (std::is_void_v<Result>) {
+      world.call(call);
+      check(Op{}, world, role..., None{});
+    } else {
+      const Result result = world.call(call);
+      check(Op{}, world, role..., result);
+    }
+  });
+}
+
+// Runs a program to its end, or to the first difference.
+template <class W>
+void run(W &world, std::vector<Step<W>> &steps) {
+  while (!world.program.is_at_end() && !::testing::Test::HasFatalFailure()) {
+    Step<W> &next = steps[static_cast<size_t>(world.program.below(static_cast<int64_t>(steps.size())))];
+    SCOPED_TRACE(::testing::Message() << "step " << world.steps << ", " << next.name);
+    ++next.reached;
+    next.take(world);
+    world.compare();
+    ++world.steps;
+    if (::testing::Test::HasFailure()) return;
+  }
+}
+
+}  // namespace mub_test
+
+#endif

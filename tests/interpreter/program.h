@@ -1,0 +1,68 @@
+// A program is a run of bytes; whoever interprets it takes its choices from it, one after another. Any bytes are a
+// program: choices are reduced to what there is to choose from, and past the end all are 0.
+#ifndef MUB_TESTS_INTERPRETER_PROGRAM_H
+#define MUB_TESTS_INTERPRETER_PROGRAM_H
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <string>
+
+namespace mub_test {
+
+class Program {
+ public:
+  Program(const uint8_t *bytes, size_t size) : next_(bytes), end_(bytes + size) {}
+
+  bool is_at_end() const { return next_ == end_; }
+  uint8_t byte() { return next_ == end_ ? 0 : *next_++; }
+  // A number from 0 to `bound` - 1.
+  int64_t below(int64_t bound) {
+    const uint64_t drawn = bound <= 256 ? byte() : uint64_t{byte()} << 8 | byte();
+    return static_cast<int64_t>(drawn % static_cast<uint64_t>(bound));
+  }
+  bool one_in(int64_t n) { return below(n) == n - 1; }
+
+  uint64_t word() {
+    uint64_t word = 0;
+    for (int i = 0; i < 8; ++i) word = word << 8 | byte();
+    return word;
+  }
+
+  // A number around `bound` or another one at which code may change its mind.
+  int64_t near(int64_t bound) {
+    constexpr int64_t kFar[] = {std::numeric_limits<int64_t>::min(),
+                                std::numeric_limits<int64_t>::max(),
+                                INT32_MIN,
+                                INT32_MAX,
+                                int64_t{UINT32_MAX},
+                                int64_t{UINT32_MAX} + 1,
+                                -1,
+                                0};
+    switch (below(4)) {
+      case 0:
+        return bound + below(5) - 2;
+      case 1:
+        return kFar[below(std::size(kFar))];
+      default:
+        return bound > 0 ? below(bound) : below(3) - 1;
+    }
+  }
+
+  // Up to `longest` bytes out of the first letters of an alphabet that may be small, which makes for many repeats.
+  std::string text(int64_t longest) {
+    const int64_t letters = byte() % 4 == 0 ? 200 : 2;
+    std::string text(static_cast<size_t>(below(longest + 1)), '\0');
+    for (char &letter : text) letter = static_cast<char>('a' + below(letters));
+    return text;
+  }
+
+ private:
+  const uint8_t *next_;
+  const uint8_t *end_;
+};
+
+}  // namespace mub_test
+
+#endif

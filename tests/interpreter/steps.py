@@ -1,0 +1,80 @@
+#!/usr/bin/env python3
+"""steps.py SOURCES OUT RECORD…: writes the steps of some records' functions, from the public headers.
+
+Each function becomes step<op::OPERATION, ROLE…>: what a parameter's type and name say chooses its role. Operations for which
+one of SOURCES, joined by commas, has a by_hand draw their arguments there. A function with a parameter that has no role and
+no by_hand is an error here; one that no program reaches is found by the test.
+"""
+
+import re
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "tools"))
+sys.dont_write_bytecode = True
+import headers  # noqa: E402
+
+# (type, name): the role; %s is the record. The first that matches counts, and takes as many parameters as it has parts.
+ROLES = [
+    ("%r \\* destination", "Destination<%s>"),
+    ("(const )?%r \\* .*", "Self<%s>"),
+    ("const void \\* key;int64_t length", "Key<%s>"),
+    ("(uint32_t|uint64_t|const uint32_t \\*) key", "Key<%s>"),
+    ("uint64_t value", "Value<%s>"),
+    ("uint64_t \\* value_out", "Out<uint64_t>"),
+    ("int \\* inserted_out", "Out<int>"),
+    ("mub_\\w+ \\*\\* (node|entry)_out", "NodeOut<%s>"),
+    ("const mub_\\w+_node \\* node", "Node<%s>"),
+    ("int64_t \\* bucket_out", "Out<int64_t>"),
+    ("mub_init_fn .*", "Init"),
+    ("mub_free_fn .*", "Free"),
+    ("mub_clone_fn .*", "Cloner"),
+    ("mub_pool \\* source_user_pool", "UserPool<0>"),
+    ("mub_pool \\* destination_user_pool", "UserPool<1>"),
+    ("(const )?mub_\\w+_cursor \\* cursor", "Cursor<%s>"),
+]
+
+
+def roles_of(function, record):
+    left = [f"{parameter.type} {parameter.name}" for parameter in function.parameters]
+    roles = []
+    while left:
+        for pattern, role in ROLES:
+            parts = pattern.replace("%r", record).split(";")
+            if len(parts) <= len(left) and all(re.fullmatch(part, one) for part, one in zip(parts, left)):
+                if role == "Self<%s>" and roles and roles[0].startswith("Self"):
+                    role = "Peer<%s>"
+                roles.append(role.replace("%s", record))
+                left = left[len(parts):]
+                break
+        else:
+            sys.exit(f"{function.name}: no role for `{left[0]}`, and no by_hand")
+    return roles
+
+
+def main(sources, out, *records):
+    texts = "".join(Path(source).read_text() for source in sources.split(","))
+    by_hand = set(re.findall(r"by_hand\(op::(\w+)_\b", texts))
+    operations, lines = set(), []
+    for record in records:
+        lines.append(f"template <>\nStepsOf<{record}> steps_of<{record}>() {{\n  return {{")
+        for function in headers.declarations(ROOT):
+            name = function.name
+            if function.parameters is None or not name.startswith(record + "_"):
+                continue
+            operation = name.removeprefix(record + "_")
+            operations.add(operation)
+            if operation in by_hand:
+                body = f"by_hand(op::{operation}_(), world, {name});"
+            else:
+                body = f"step<op::{operation}_, {', '.join(roles_of(function, record))}>(world, {name});"
+            lines.append(f'    {{"{name}", [](WorldOf<{record}> &world) {{ {body} }}}},')
+        lines.append("  };\n}")
+    # The underscore keeps operations apart from keywords and macros.
+    tags = "".join(f"struct {operation}_ {{}};\n" for operation in sorted(operations))
+    Path(out + "_ops.inc").write_text(f"namespace mub_test::op {{\n{tags}}}\n")
+    Path(out + "_steps.inc").write_text("\n".join(lines) + "\n")
+
+
+main(*sys.argv[1:])
