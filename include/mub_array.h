@@ -107,8 +107,9 @@ extern "C" {
  * The empty key is a key like any other but for one thing: it cannot be inserted before an existing entry, only
  * appended. An insertion of the empty key before an entry is refused; mub_array_insert reports 1 even then.
  *
- * All keys of an array take at most 2^32 - 1 bytes. A key beyond that, like one that finds no memory, is refused by the
- * insertions, wherever it belongs, and the array stays as it was; the `_append` operations add it as an empty key.
+ * All keys of an array take at most 2^32 - 1 bytes. A key beyond that, like one that finds no memory, is
+ * refused by the insertions, wherever it belongs, and the array stays as it was; the `_append` operations
+ * add it as an empty key.
  *
  * Key pointers that operations hand out point into the key stream (NULL while it has no block). They are not
  * NUL-terminated, and invalid after the next operation that adds, changes or removes a key.
@@ -217,12 +218,12 @@ MUB_API uint64_t mub_array_get_first(const mub_array *array, const char **key, i
 MUB_API uint64_t mub_array_get_last(const mub_array *array, const char **key, int64_t *length);
 
 /* mub_array_set_at: replace the key and the value of the slot at `index`, wherever that leaves it in the order.
- * A slot past the count may name bytes past the end of the key stream: its key is replaced as mub_stream_update
- * replaces a range that reaches past the length.
+ * A slot past the count may name bytes past the end of the key stream: its key is replaced as
+ * mub_stream_update replaces a range that reaches past the length.
  * Returns the previous value; 0, nothing changed, unless 0 <= index < capacity, when there is no memory for the
- * key, when the old key starts past the end of the stream, when the old or the new key would not lie wholly in the
- * stream's block, and when the stream's length would fall below 0 or exceed 2^32 - 1 bytes. Cost: O(count) when
- * the key's length changes. */
+ * key, when the old key starts past the end of the stream, when the old or the new key would not lie wholly
+ * in the stream's block, and when the stream's length would fall below 0 or exceed 2^32 - 1 bytes. Cost:
+ * O(count) when the key's length changes. */
 MUB_API uint64_t mub_array_set_at(mub_array *array, int64_t index, const void *key, int64_t length,
                                   uint64_t value);
 

@@ -5,9 +5,9 @@
  * Records.    Every container is a plain struct that the caller owns: on the stack, in a heap block or inside
  *             another struct. Its address goes to the module's `_init` before use and to `_term` afterwards.
  *             A record is not NULL.
- * Threads.    Different records are independent. Any number of threads may read one record (call functions that take
- *             it as const) while nobody changes it; a change needs exclusive access. Records that share a pool count
- *             as one for changes.
+ * Threads.    Different records are independent. Any number of threads may read one record (call functions
+ *             that take it as const) while nobody changes it; a change needs exclusive access. Records that
+ *             share a pool count as one for changes.
  * Lengths.    Lengths, counts, indexes and positions are int64_t; -1 means that there is none. A negative length
  *             passed with a text means that the text ends at its first NUL. Other negative counts are refused:
  *             they copy, clear, check and delete nothing.

@@ -55,8 +55,8 @@
  *   _remove_all                entries and records are their pool's again; values are not released
  *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
  *                              entries and records are their pool's again
- *   _remove_all_entry          what is below the entry goes back to a caller's pools; what lies in owned pools
- *                              stays there until they are emptied
+ *   _remove_all_entry          what is below the entry goes back to a caller's pools; what lies in owned
+ *                              pools stays there until they are emptied
  *   _free_all_entry            as after `_remove_all_entry`, each value having been handed to `release`, its block to
  *                              a caller's value pool
  *   _get                       the value stays in the tree

@@ -167,8 +167,9 @@ MUB_API int mub_hash_find(const mub_hash *hash, const void *key, int64_t length)
 
 /* mub_hash_remove: take a key out. Its value is handed over, not released.
  * Returns the value; 0 when the key is absent. Invalidates: key offsets of the entries behind it.
- * Cost: O(entries): the key's bytes are cut out of `keys` and the offsets after them lowered. With an entry pool of
- * its own that holds nothing else the table does that in passes over memory, and not along the chains. */
+ * Cost: O(entries): the key's bytes are cut out of `keys` and the offsets after them lowered. With an entry
+ * pool of its own that holds nothing else the table does that in passes over memory, and not along the
+ * chains. */
 MUB_API uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length);
 
 /* mub_hash_free: take a key out and release its value.
@@ -249,9 +250,9 @@ MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, ui
  * Does nothing without buckets, or when memory runs out. */
 MUB_API void mub_hash_expand(mub_hash *hash);
 
-/* mub_hash_insert_t: find the entry of a key, or make it with value 0. A negative length is measured here too. Keys are
- * compared and stored hashes are not looked at: a key that was added before `nocase` changed is found all the same if its
- * bucket is the one that it would have now.
+/* mub_hash_insert_t: find the entry of a key, or make it with value 0. A negative length is measured here
+ * too. Keys are compared and stored hashes are not looked at: a key that was added before `nocase` changed
+ * is found all the same if its bucket is the one that it would have now.
  *   inserted_out   receives 1 when the entry is new, else 0
  * Returns the entry; NULL when memory ran out. */
 MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64_t length, int *inserted_out);
@@ -260,9 +261,9 @@ MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64
  * Returns the entry; NULL when there is none. */
 MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length);
 
-/* mub_hash_remove_t: unlink the entry of a key and delete its key bytes. The count stays as it is. The entry keeps its
- * fields, whatever else is removed. Leave its `next` NULL until it is counted down; do that before its block is given
- * back.
+/* mub_hash_remove_t: unlink the entry of a key and delete its key bytes. The count stays as it is. The entry
+ * keeps its fields, whatever else is removed. Leave its `next` NULL until it is counted down; do that before
+ * its block is given back.
  * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
 MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length);
 

@@ -66,8 +66,8 @@ struct Model {
     }
     return {-1, insertion};
   }
-  // When memory ran out, `reached` tells whether for the table, which refuses the call, or for the key's bytes, which
-  // appends an empty key and refuses insertions.
+  // When memory ran out, `reached` tells whether for the table, which refuses the call, or for the key's
+  // bytes, which appends an empty key and refuses insertions.
   bool insert_at(int64_t index, Entry entry, bool failed, int64_t reached, bool appends = false) {
     if (index < 0 || (failed && reached <= count)) return false;
     expand(count + 1);

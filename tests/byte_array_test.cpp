@@ -99,7 +99,8 @@ TEST(ByteArray, OffsetsEndAt32Bits) {
   munmap(map, kBytes);
 }
 
-// The steps of mub_array_set_at on slots below and past the count, whose old keys may lie past the stream's end.
+// The steps of mub_array_set_at on slots below and past the count, whose old keys may lie past the stream's
+// end.
 TEST(ByteArray, ReplacesKeysAnywhereInTheBlock) {
   for (uint64_t seed = 0; seed < 300; ++seed) {
     Random random(1000 + seed);

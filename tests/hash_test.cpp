@@ -166,8 +166,8 @@ TEST(HashOfBytes, LowLayerTakesBucketsAndHashesAsGiven) {
   EXPECT_EQ(table.count + table.keys.length, 1 + 5) << "counts and key bytes are the caller's to keep";
 }
 
-// The table's count is that of its live blocks, which are not all in its chains. What lies on the free stack may have any
-// link: two entries were linked by the test before it gave them back.
+// The table's count is that of its live blocks, which are not all in its chains. What lies on the free stack
+// may have any link: two entries were linked by the test before it gave them back.
 TEST(HashOfBytes, RemovalsLeaveWhatIsNotInTheChains) {
   for (const bool by_key : {true, false}) {
     Table<ByteTable> table;

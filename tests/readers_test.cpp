@@ -1,8 +1,9 @@
 // What takes a record as const only reads, so that any number of threads may do it at once.
 //
-// A sample is a filled record and its copy, with all their memory in an arena; read_all calls every function of its
-// kind that takes a const record (readers_test.py sees that none is left out). One test makes the arena read-only, so
-// that a write faults; the other reads from two threads, for the build with ThreadSanitizer.
+// A sample is a filled record and its copy, with all their memory in an arena; read_all calls every function
+// of its kind that takes a const record (readers_test.py sees that none is left out). One test makes the
+// arena read-only, so that a write faults; the other reads from two threads, for the build with
+// ThreadSanitizer.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -63,8 +64,8 @@ struct Positions {
 
 // ---- samples
 //
-// A kind has functions to initialise, release, copy, add the n-th key or item with a value, and remove the n-th key or
-// any item; kLookups are those called with a key.
+// A kind has functions to initialise, release, copy, add the n-th key or item with a value, and remove the
+// n-th key or any item; kLookups are those called with a key.
 
 enum { kInit, kTerm, kClone, kPut, kDrop };
 

@@ -29,8 +29,8 @@ int64_t block_bytes(const mub_stream &stream, int64_t length) {
   return buffer::grown_capacity<mub_stream>(stream.length, stream.capacity, length) + 1;
 }
 
-// Replaces an entry's key. A spare slot may name bytes past the stream's length; the old and the new key only have to
-// lie in the stream's block.
+// Replaces an entry's key. A spare slot may name bytes past the stream's length; the old and the new key
+// only have to lie in the stream's block.
 bool replace_key(mub_array &array, mub_array_entry &entry, const ByteKey &key) {
   mub_stream &stream = array.keys;
   const int64_t old_end = key_end(entry);

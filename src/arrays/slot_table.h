@@ -11,7 +11,7 @@
 //
 // A record takes part by specialising SlotPolicy:
 //   Slot, Key, kSlots          the entry, a key as it is passed, the table's field
-//   append_key(array, slot, key)     gives a slot after all others its key; false, nothing changed, without room for it
+//   append_key(array, slot, key)     gives a slot after all others its key; without room false, nothing changed
 //   append_empty_key(array, slot)    gives it the empty key, for which there is always room
 //   open_key(array, slot, key)       makes room for a key before the slot's own; false when there is none
 //   place_key(array, slot, key)      then gives it to the slot, all slots (one more than count) having moved
@@ -326,7 +326,8 @@ void free_at(Record &array, int64_t index, mub_free_fn release_it) {
   SlotOf<Record> *slot = table(array) + index;
   PolicyOf<Record>::cut_key(array, *slot);
   release_value(array.pool, array.own_pool, value_of(*slot), release_it);
-  // The releaser must not change the array; should it have, the table may have moved, or have no such slot any more.
+  // The releaser must not change the array; should it have, the table may have moved, or have no such slot
+  // any more.
   if (index < used(array)) close_slot(array, table(array) + index);
 }
 

@@ -1,9 +1,10 @@
 // Walks over the records of a B+-tree in key order.
 //
-// A cursor names a leaf and an index in its table of children. A step within the leaf is an index; a step to the next leaf
-// goes up by the parents as far as needed and down again, in O(log n) at worst and a few loads on average. The links of
-// the records are not followed: removals and clones leave them stale, and each of them is a cache miss that could not be
-// fetched ahead, where the tables of the leaves name all records in advance.
+// A cursor names a leaf and an index in its table of children. A step within the leaf is an index; a step to
+// the next leaf goes up by the parents as far as needed and down again, in O(log n) at worst and a few loads
+// on average. The links of the records are not followed: removals and clones leave them stale, and each of
+// them is a cache miss that could not be fetched ahead, where the tables of the leaves name all records in
+// advance.
 //
 // A cursor that a function here has left is in one of these states:
 //   on a record           0 <= index < leaf->children.count
@@ -46,8 +47,8 @@ RecordOf<Kind> *last_record(const TreeOf<Kind> &tree) {
   return leaf == nullptr ? nullptr : record_at<Kind>(*leaf, leaf->children.count - 1);
 }
 
-// Fetches what a walk comes to next: the first records of the leaf beside, the table of the one after it, the entry of
-// the third. Each is found in what was fetched a leaf ago.
+// Fetches what a walk comes to next: the first records of the leaf beside, the table of the one after it,
+// the entry of the third. Each is found in what was fetched a leaf ago.
 template <int kStep, class Entry>
 void prefetch_beyond(const Entry &leaf) {
   const Entry *second = neighbour<kStep>(leaf);

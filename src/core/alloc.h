@@ -1,5 +1,6 @@
-// The library's only door to the heap: sizes are checked here, so that no caller multiplies or adds unchecked. All
-// memory comes from malloc, which programs and tests may replace; besides mub_malloc nothing else calls it.
+// The library's only door to the heap: sizes are checked here, so that no caller multiplies or adds
+// unchecked. All memory comes from malloc, which programs and tests may replace; besides mub_malloc nothing
+// else calls it.
 #ifndef MUB_CORE_ALLOC_H
 #define MUB_CORE_ALLOC_H
 
@@ -22,9 +23,9 @@ inline void *allocate(int64_t count, int64_t unit_bytes) {
   return std::malloc(static_cast<size_t>(size_bytes));
 }
 
-// The same, zero-filled. Compilers make one call of calloc out of malloc and memset. The empty statement hides from
-// them where the block comes from; unlike -fno-builtin-malloc it also holds in link-time optimisation and under the
-// flags of a project that compiles these sources itself.
+// The same, zero-filled. Compilers make one call of calloc out of malloc and memset. The empty statement
+// hides from them where the block comes from; unlike -fno-builtin-malloc it also holds in link-time
+// optimisation and under the flags of a project that compiles these sources itself.
 inline void *allocate_zeroed(int64_t count, int64_t unit_bytes) {
   void *block = allocate(count, unit_bytes);
   __asm__("" : "+r"(block));

@@ -61,8 +61,8 @@ inline void erase(mub_stream &store, int64_t position, int64_t count) {
   buffer::shrink(store, store.length - count);
 }
 
-// Moves a record's key down after `length` bytes at `offset` were cut out; the difference has 32 bits. An empty key has no
-// bytes of its own: one that lies exactly there stays.
+// Moves a record's key down after `length` bytes at `offset` were cut out; the difference has 32 bits. An
+// empty key has no bytes of its own: one that lies exactly there stays.
 template <class Record>
 void move_down(Record &record, uint32_t offset, uint32_t length) {
   const bool is_after = record.key_offset > offset || (record.key_offset == offset && record.key_length != 0);

@@ -124,9 +124,10 @@ void for_each_free_block(const mub_pool &pool, Visit visit) {
   }
 }
 
-// Whether a container that owns the pool, and has `count` entries, has all live blocks: it may then change what lies in the
-// chunks without following its own links, given that its blocks on the free stack are harmless to the change. A block that a
-// caller popped off the free stack is not counted as live; so all blocks have to be accounted for.
+// Whether a container that owns the pool, and has `count` entries, has all live blocks: it may then change
+// what lies in the chunks without following its own links, given that its blocks on the free stack are
+// harmless to the change. A block that a caller popped off the free stack is not counted as live; so all
+// blocks have to be accounted for.
 template <class Block>
 bool holds_only(const mub_pool *pool, uint16_t owned, int64_t count) {
   return owned != 0 && pool->live_count == count && pool->block_size == int64_t{sizeof(Block)} &&

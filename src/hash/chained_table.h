@@ -16,7 +16,7 @@
 //   kClearsNewEntries     whether entry_new, which stores no key, sets the value to 0
 //   word(table, key)      the word that chooses the bucket;  entry_word(entry) the same for a stored key
 //   same_key(table, entry, key)         whether the entry has the key: for insertions
-//   matches(table, entry, word, key)    the same, after a test of the stored word where there is one: for all else
+//   matches(table, entry, word, key)    the same, after a test of the stored word: for all else
 //   reserve_keys(table, bytes)          sets storage for key bytes aside, if it can
 //   store_key(table, entry, word, key)  fills the key fields of an entry; false when there is no room
 //   erase_key(table, entry)             cuts the key bytes of an unlinked entry out
@@ -117,8 +117,9 @@ EntryOf<Kind> *link_new(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *las
   return entry;
 }
 
-// Where an insertion looks: the first entry of the bucket that has the key, whatever hash is stored with it, as that may
-// date from before `nocase` changed. Keys of other lengths are passed over without a look at their bytes.
+// Where an insertion looks: the first entry of the bucket that has the key, whatever hash is stored with it,
+// as that may date from before `nocase` changed. Keys of other lengths are passed over without a look at
+// their bytes.
 template <class Kind>
 Place<EntryOf<Kind>> search_key(const TableOf<Kind> &table, int64_t bucket, KeyOf<Kind> key) {
   return search<Kind>(table, bucket,
@@ -161,8 +162,9 @@ void for_each(const TableOf<Kind> &table, Visit visit) {
   }
 }
 
-// The number of entries in the chains, from a pass over the pool: each is the first of a bucket or the next of another
-// entry. Entries that a caller has unlinked have no next, and what blocks on the free stack hold is not counted.
+// The number of entries in the chains, from a pass over the pool: each is the first of a bucket or the next
+// of another entry. Entries that a caller has unlinked have no next, and what blocks on the free stack hold
+// is not counted.
 template <class Kind>
 int64_t count_linked(const TableOf<Kind> &table) {
   using Entry = EntryOf<Kind>;
@@ -176,9 +178,9 @@ int64_t count_linked(const TableOf<Kind> &table) {
   return linked;
 }
 
-// Whether every live block of the entry pool is in a chain, but for `unlinked` entries that were just taken out: a pass
-// over the pool then changes nothing that a caller holds. `count` alone does not say so: it includes the entries that a
-// caller has unlinked and not yet counted down.
+// Whether every live block of the entry pool is in a chain, but for `unlinked` entries that were just taken
+// out: a pass over the pool then changes nothing that a caller holds. `count` alone does not say so: it
+// includes the entries that a caller has unlinked and not yet counted down.
 template <class Kind>
 bool fills_its_pool(const TableOf<Kind> &table, int64_t unlinked) {
   return pool::holds_only<EntryOf<Kind>>(table.entry_pool, table.owns_entry_pool, table.count) &&
@@ -187,8 +189,9 @@ bool fills_its_pool(const TableOf<Kind> &table, int64_t unlinked) {
 
 // ---- growth
 
-// Divides the chain of an old bucket between itself and the bucket `old_count` above. An index chooses, and not a branch,
-// which would be mispredicted every other time. An entry whose word is not of this bucket goes to the upper one.
+// Divides the chain of an old bucket between itself and the bucket `old_count` above. An index chooses, and
+// not a branch, which would be mispredicted every other time. An entry whose word is not of this bucket goes
+// to the upper one.
 template <class Kind>
 void split(mub_arrays &buckets, int64_t bucket, int64_t old_count) {
   EntryOf<Kind> *first[2] = {nullptr, nullptr};

@@ -85,8 +85,8 @@ void ByteKeys::lower_offsets(Table &table, uint32_t offset, uint32_t length) {
   chained::for_each<ByteKeys>(table, [=](Entry &entry) { keys::move_down(entry, offset, length); });
 }
 
-// With one entry just unlinked. Two passes over the pool, the first to see that it may be done, take a fraction of the
-// time that following the chains takes.
+// With one entry just unlinked. Two passes over the pool, the first to see that it may be done, take a
+// fraction of the time that following the chains takes.
 void ByteKeys::lower_offsets_after_removal(Table &table, uint32_t offset, uint32_t length) {
   if (!chained::fills_its_pool<ByteKeys>(table, 1)) return lower_offsets(table, offset, length);
   pool::for_each_block<Entry>(*table.entry_pool,

@@ -165,7 +165,8 @@ EntryOf<List> *add(List &list, Gap<EntryOf<List>> gap, KeyOf<List> key, uint64_t
   return entry;
 }
 
-// The entry is added even when there is no block for it. The initialiser finds the list as it was, but for the key bytes.
+// The entry is added even when there is no block for it. The initialiser finds the list as it was, but for
+// the key bytes.
 template <class List>
 uint64_t add_new(List &list, End end, KeyOf<List> key, mub_init_fn init) {
   EntryOf<List> *entry = take_entry_with(list, key);

@@ -35,7 +35,8 @@ namespace {
 
 using chain::End;
 
-// The block at an end where a value more has room: the one that is linked there, or a new one, not yet linked.
+// The block at an end where a value more has room: the one that is linked there, or a new one, not yet
+// linked.
 template <End kEnd>
 mub_listx_block *block_with_room(mub_listx &list) {
   mub_listx_block *block = chain::entry_at(list, kEnd);
@@ -64,7 +65,8 @@ mub_listx *add(mub_listx &list, uint64_t value) {
   return &list;
 }
 
-// The initialiser finds the list as it was. It must not change it; should it have, the block may be full or gone.
+// The initialiser finds the list as it was. It must not change it; should it have, the block may be full or
+// gone.
 template <End kEnd>
 uint64_t add_new(mub_listx &list, mub_init_fn init) {
   mub_listx_block *block = block_with_room<kEnd>(list);

@@ -1,5 +1,5 @@
-// What runs the programs of a family: seeded runs, and the sweep over all allocations. A family's source includes this
-// after its kinds, and the generated steps after this.
+// What runs the programs of a family: seeded runs, and the sweep over all allocations. A family's source
+// includes this after its kinds, and the generated steps after this.
 #ifndef MUB_TESTS_INTERPRETER_DRIVERS_H
 #define MUB_TESTS_INTERPRETER_DRIVERS_H
 
@@ -58,7 +58,8 @@ TYPED_TEST_P(Programs, AgreeWithTheModel) {
     EXPECT_GT(step.reached, 0) << step.name << " is reached by no program";
 }
 
-// Each allocation of each step is refused, alone or with all that follow; the program then goes on to its end.
+// Each allocation of each step is refused, alone or with all that follow; the program then goes on to its
+// end.
 TYPED_TEST_P(Programs, SurviveRefusedAllocations) {
   std::mt19937_64 engine(run_seed() + 1);
   for (int i = 0; i < 4 && !this->HasFailure(); ++i) {

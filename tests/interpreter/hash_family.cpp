@@ -228,7 +228,8 @@ void check(op::find_t_, WorldOf<R> &, Self<R> &self, Key<R> &key, E *result) {
   expect_node<R>(self.slot, result,
                  is_measured(key) ? self.slot.content.end() : self.slot.content.find(key.text));
 }
-// The entry keeps its fields while it is held, whatever else is removed; then it is counted down and given back.
+// The entry keeps its fields while it is held, whatever else is removed; then it is counted down and given
+// back.
 template <class R, class E>
 void check(op::remove_t_, WorldOf<R> &world, Self<R> &self, Key<R> &key, E *result) {
   const auto item = is_measured(key) ? self.slot.content.end() : self.slot.content.find(key.text);

@@ -1,8 +1,10 @@
-// What runs programs: a world of records of one family, of each kind several, and the steps that a program takes in it.
+// What runs programs: a world of records of one family, of each kind several, and the steps that a program
+// takes in it.
 //
-// A step is an exported function with the roles of its parameters: step<op::insert, Self<R>, Key<R>, Value<R>>(world, f)
-// lets each role draw its arguments, calls f, and hands the roles and the result to check(), which a family overloads
-// for its operations. Then every record of the world is compared with its model. steps.py writes the steps.
+// A step is an exported function with the roles of its parameters: step<op::insert, Self<R>, Key<R>,
+// Value<R>>(world, f) lets each role draw its arguments, calls f, and hands the roles and the result to
+// check(), which a family overloads for its operations. Then every record of the world is compared with its
+// model. steps.py writes the steps.
 //
 // A role is a struct with
 //   Role(World &)        draws it

@@ -32,8 +32,9 @@ inline std::string_view stored_keys(const mub_stream &keys) {
   return {reinterpret_cast<const char *>(keys.data), static_cast<size_t>(keys.length)};
 }
 
-// Byte strings: from a few letters, the empty one and prefixes of others among them, in both cases and with NULs; with an
-// explicit length, up to their NUL, as NULL, or as a part of the keys that a record of the world has, which may move.
+// Byte strings: from a few letters, the empty one and prefixes of others among them, in both cases and with
+// NULs; with an explicit length, up to their NUL, as NULL, or as a part of the keys that a record of the
+// world has, which may move.
 template <class World>
 struct ByteKeyArgument {
   explicit ByteKeyArgument(World &world) {
@@ -78,7 +79,8 @@ struct ByteKeyArgument {
   std::string bytes, text;
 };
 
-// Numbers that fill their width: small ones of both signs, ones that differ in their highest bits or lowest alone.
+// Numbers that fill their width: small ones of both signs, ones that differ in their highest bits or lowest
+// alone.
 template <class Integer>
 Integer hard_number(int64_t n) {
   constexpr int kBits = 8 * sizeof(Integer);

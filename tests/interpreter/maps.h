@@ -1,7 +1,9 @@
-// Hash tables and B-trees as programs drive them: worlds of three records of a kind, with a std::map as the model of each.
+// Hash tables and B-trees as programs drive them: worlds of three records of a kind, with a std::map as the
+// model of each.
 //
-// A kind says how its keys are drawn, passed and ordered, and how its content is read by the public fields alone, which
-// checks the invariants of the engine on the way. hash_family.cpp and btree_family.cpp have the kinds.
+// A kind says how its keys are drawn, passed and ordered, and how its content is read by the public fields
+// alone, which checks the invariants of the engine on the way. hash_family.cpp and btree_family.cpp have the
+// kinds.
 #ifndef MUB_TESTS_INTERPRETER_MAPS_H
 #define MUB_TESTS_INTERPRETER_MAPS_H
 
@@ -49,8 +51,8 @@ struct WorldOf : World {
     entries.block_size = Kind<R>::kEntryBytes;
     nodes.block_size = Kind<R>::kNodeBytes;
     values.block_size = users[0].block_size = users[1].block_size = sizeof(uint64_t);
-    // Two records have the same order, so that there is something to swap with and to clone to; the third has another
-    // one, and perhaps plain words for values.
+    // Two records have the same order, so that there is something to swap with and to clone to; the third
+    // has another one, and perhaps plain words for values.
     const int settings = program.byte() | program.byte() << 8;
     for (int i = 0; i < kSlots; ++i) {
       slots[i].owned = settings >> (3 * i) & 7;
@@ -355,8 +357,8 @@ void check(op::swap_, WorldOf<R> &, Self<R> &self, Peer<R> &peer, None) {
   std::swap(self.slot.owned, peer.slot.owned);
 }
 
-// The copy has the keys; values that are blocks of the source's own pool are copied, others shared: these are given up at
-// once, as only one of the two may end them.
+// The copy has the keys; values that are blocks of the source's own pool are copied, others shared: these
+// are given up at once, as only one of the two may end them.
 template <class R, class Result>
 void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &, Destination<R> &copy, UserPool<1> &,
            Cloner &cloner, Result) {

@@ -1,5 +1,5 @@
-// A program is a run of bytes; whoever interprets it takes its choices from it, one after another. Any bytes are a
-// program: choices are reduced to what there is to choose from, and past the end all are 0.
+// A program is a run of bytes; whoever interprets it takes its choices from it, one after another. Any bytes
+// are a program: choices are reduced to what there is to choose from, and past the end all are 0.
 #ifndef MUB_TESTS_INTERPRETER_PROGRAM_H
 #define MUB_TESTS_INTERPRETER_PROGRAM_H
 
@@ -50,7 +50,8 @@ class Program {
     }
   }
 
-  // Up to `longest` bytes out of the first letters of an alphabet that may be small, which makes for many repeats.
+  // Up to `longest` bytes out of the first letters of an alphabet that may be small, which makes for many
+  // repeats.
   std::string text(int64_t longest) {
     const int64_t letters = byte() % 4 == 0 ? 200 : 2;
     std::string text(static_cast<size_t>(below(longest + 1)), '\0');

@@ -1,4 +1,5 @@
-// An arena: what the library allocates while it is open lies in one mapping, which can then be made read-only.
+// An arena: what the library allocates while it is open lies in one mapping, which can then be made
+// read-only.
 #ifndef MUB_TESTS_SUPPORT_ARENA_H
 #define MUB_TESTS_SUPPORT_ARENA_H
 

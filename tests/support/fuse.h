@@ -1,7 +1,8 @@
 // The allocation fuse: makes chosen allocations of the code under test fail.
 //
-// The tests are linked with --wrap=malloc, so every allocation of the library passes here. The fuse is armed for one
-// operation at a time; the test's own containers allocate through operator new, which it does not see.
+// The tests are linked with --wrap=malloc, so every allocation of the library passes here. The fuse is armed
+// for one operation at a time; the test's own containers allocate through operator new, which it does not
+// see.
 #ifndef MUB_TESTS_SUPPORT_FUSE_H
 #define MUB_TESTS_SUPPORT_FUSE_H
 
