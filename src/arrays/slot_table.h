@@ -11,7 +11,7 @@
 //
 // A record takes part by specialising SlotPolicy:
 //   Slot, Key, kSlots          the entry, a key as it is passed, the table's field
-//   append_key(array, slot, key)     gives a slot after all others its key; without room false, nothing changed
+//   append_key(array, slot, key)     gives a slot after all others its key; false, without room
 //   append_empty_key(array, slot)    gives it the empty key, for which there is always room
 //   open_key(array, slot, key)       makes room for a key before the slot's own; false when there is none
 //   place_key(array, slot, key)      then gives it to the slot, all slots (one more than count) having moved
