@@ -1,10 +1,17 @@
-// What runs the programs of a family: seeded runs, and the sweep over all allocations. A family's source
-// includes this after its kinds, and the generated steps after this.
+// What runs the programs of a family. A family's source includes this after its kinds, and the generated steps
+// after this.
+//   - Seeded runs, in which every function has its turn. Where MUB_PROGRAM_TRACES names a file, a line for each
+//     kind goes there, which is the same on every machine for the same seed.
+//   - The sweep over all allocations.
+//   - With MUB_TWO_READERS, in a build with ThreadSanitizer, runs in which two threads read.
+//   - With MUB_FUZZER, the entry point of libFuzzer, whose programs begin with the number of a kind.
 #ifndef MUB_TESTS_INTERPRETER_DRIVERS_H
 #define MUB_TESTS_INTERPRETER_DRIVERS_H
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <fstream>
 #include <random>
 
 #include "interpreter/machine.h"
@@ -31,58 +38,108 @@ template <class R>
 struct Runner {
   StepsOf<R> steps = steps_of<R>();
 
-  // Runs a program; true when an allocation was refused.
-  bool run(const Bytes &bytes, Refusals refusals = {}, int64_t *taken = nullptr) {
-    WorldOf<R> world(Program(bytes.data(), bytes.size()), refusals);
+  // What a run has come to.
+  struct Outcome {
+    int64_t steps;
+    bool was_refused;  // an allocation was
+    uint64_t trace;
+  };
+  Outcome run(const uint8_t *bytes, size_t size, Refusals refusals = {}, Readers readers = Readers::kOne) {
+    WorldOf<R> world(Program(bytes, size), refusals);
+    world.readers = readers;
     mub_test::run(world, steps);
-    if (taken != nullptr) *taken = world.steps;
-    return world.was_refused;
+    return {world.steps, world.was_refused, world.trace};
+  }
+  Outcome run(const Bytes &bytes, Refusals refusals = {}, Readers readers = Readers::kOne) {
+    return run(bytes.data(), bytes.size(), refusals, readers);
   }
 };
+
+#if defined(MUB_FUZZER)
+
+template <class... Rs>
+void run_one(const uint8_t *bytes, size_t size) {
+  using Run = void (*)(const uint8_t *, size_t);
+  static constexpr Run kRuns[] = {[](const uint8_t *program, size_t length) {
+    static Runner<Rs> runner;
+    runner.run(program, length);
+  }...};
+  if (size > 0) kRuns[bytes[0] % std::size(kRuns)](bytes + 1, size - 1);
+}
+
+#define MUB_FAMILY(NAME, ...)                                                \
+  extern "C" int LLVMFuzzerInitialize(int *, char ***) {                     \
+    GTEST_FLAG_SET(break_on_failure, true);                                  \
+    return 0;                                                                \
+  }                                                                          \
+  extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) { \
+    run_one<__VA_ARGS__>(bytes, size);                                       \
+    return 0;                                                                \
+  }
+
+#else
 
 template <class R>
 class Programs : public ::testing::Test {
  protected:
   Runner<R> runner;
+
+  void run_many(int count, Readers readers, uint64_t &trace) {
+    std::mt19937_64 engine(run_seed());
+    for (int i = 0; i < count && !this->HasFailure(); ++i) {
+      SCOPED_TRACE(::testing::Message() << "program " << i);
+      trace = trace * 31 + runner.run(random_bytes(engine, size_t{1} << (4 + i % 10)), {}, readers).trace;
+    }
+  }
 };
 TYPED_TEST_SUITE_P(Programs);
 
-// Random programs of many lengths, in which every function has its turn.
+#if defined(MUB_TWO_READERS)
+
+TYPED_TEST_P(Programs, AgreeWithTheModelWhileTwoThreadsRead) {
+  uint64_t trace = 0;
+  this->run_many(30, Readers::kTwo, trace);
+}
+REGISTER_TYPED_TEST_SUITE_P(Programs, AgreeWithTheModelWhileTwoThreadsRead);
+
+#else
+
 TYPED_TEST_P(Programs, AgreeWithTheModel) {
-  std::mt19937_64 engine(run_seed());
-  for (int i = 0; i < 100 && !this->HasFailure(); ++i) {
-    SCOPED_TRACE(::testing::Message() << "program " << i);
-    this->runner.run(random_bytes(engine, size_t{1} << (4 + i % 10)));
-  }
+  uint64_t trace = 0;
+  this->run_many(100, Readers::kOne, trace);
   for (const auto &step : this->runner.steps)
     EXPECT_GT(step.reached, 0) << step.name << " is reached by no program";
+  if (const char *traces = std::getenv("MUB_PROGRAM_TRACES"))
+    std::ofstream(traces, std::ios::app) << this->runner.steps[0].name << ' ' << trace << '\n';
 }
 
 // Each allocation of each step is refused, alone or with all that follow; the program then goes on to its
 // end.
 TYPED_TEST_P(Programs, SurviveRefusedAllocations) {
   std::mt19937_64 engine(run_seed() + 1);
-  for (int i = 0; i < 4 && !this->HasFailure(); ++i) {
+  for (int i = 0; i < 4; ++i) {
     const Bytes bytes = random_bytes(engine, 250);
-    int64_t steps = 0;
-    this->runner.run(bytes, {}, &steps);
-    for (Refusals refusals; refusals.step < steps && !this->HasFailure(); ++refusals.step) {
-      for (refusals.blow = Blow::kOnce;; refusals.blow = Blow::kForever) {
-        refusals.allowed = 0;
-        while (this->runner.run(bytes, refusals) && !this->HasFailure()) ++refusals.allowed;
-        if (refusals.blow == Blow::kForever) break;
+    const int64_t steps = this->runner.run(bytes).steps;
+    for (const Blow blow : {Blow::kOnce, Blow::kForever}) {
+      for (int64_t step = 0; step < steps; ++step) {
+        Refusals refusals{step, 0, blow};
+        while (this->runner.run(bytes, refusals).was_refused) ++refusals.allowed;
+        if (this->HasFailure()) return;
       }
     }
   }
 }
-
 REGISTER_TYPED_TEST_SUITE_P(Programs, AgreeWithTheModel, SurviveRefusedAllocations);
 
-}  // namespace mub_test
+#endif
 
 // The kinds of a family.
 #define MUB_FAMILY(NAME, ...)                        \
   using NAME##Kinds = ::testing::Types<__VA_ARGS__>; \
   INSTANTIATE_TYPED_TEST_SUITE_P(NAME, Programs, NAME##Kinds);
+
+#endif
+
+}  // namespace mub_test
 
 #endif

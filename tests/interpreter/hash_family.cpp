@@ -20,7 +20,7 @@ uint32_t bitwise_register(std::string_view bytes) {
 
 // What the four kinds share.
 template <class R, class E>
-struct HashKind {
+struct HashKind : MapKind {
   using Node = E;
   static constexpr bool kHasNodePool = false;
   static constexpr bool kIsOrdered = false;
@@ -57,14 +57,14 @@ struct HashKind {
       }
     }
     ASSERT_EQ(table.count, static_cast<int64_t>(content.size()));
-    ASSERT_TRUE(slot.splits_failed || table.count == 0 || table.count < 2 * buckets);
-    ASSERT_TRUE((slot.owned & 1) == 0 || table.entry_pool->live_count == table.count);
+    ASSERT_TRUE(table.count == 0 || table.count < 2 * buckets);
+    ASSERT_TRUE(!slot.owns_entries() || table.entry_pool->live_count == table.count);
   }
   static void read(const Slot<R> &slot, Content &content) {
     read_chains(slot, content, [](const E &) {});
   }
   static void read_copy(const Slot<R> &copy, const Content &source, Content &content) {
-    Slot<R> as_source{copy.record, source, owned_by(copy.record), false};
+    Slot<R> as_source{copy.record, source, owned_by(copy.record)};
     if (copy.record.count > 0) Kind<R>::read(as_source, content);
   }
 };
@@ -200,7 +200,7 @@ void check(op::free_, WorldOf<R> &, Self<R> &self, Key<R> &key, Free &release, R
   EXPECT_EQ(result, is_present ? &self.slot.record : nullptr);
   EXPECT_EQ(seen, is_present && release.is_given ? std::vector{item->second.value} : std::vector<uint64_t>());
   if (!is_present) return;
-  if (self.slot.has_values && (self.slot.owned & 4) != 0 && item->second.value != 0) ++self.slot.blocks_left;
+  if (self.slot.owns_values() && item->second.value != 0) ++self.slot.blocks_left;
   self.slot.content.erase(item);
 }
 template <class R>
@@ -323,7 +323,7 @@ void drop_chains(Slot<R> &slot) {
   R &table = slot.record;
   mub_arrays_remove_all(&table.buckets);
   if constexpr (std::is_same_v<R, mub_hash>) mub_stream_shrink(&table.keys, 0);
-  if ((slot.owned & 1) != 0) mub_pool_empty(table.entry_pool);
+  if (slot.owns_entries()) mub_pool_empty(table.entry_pool);
   table.count = 0;
   slot.content.clear();
 }
@@ -332,7 +332,7 @@ void by_hand(op::remove_all_entry_, WorldOf<R> &world, F remove_all_entry) {
   Self<R> self(world);
   for (const auto &[key, item] : self.slot.content) world.give_back(self.slot, item.value);
   remove_all_entry(&self.slot.record);
-  EXPECT_TRUE((self.slot.owned & 1) == 0 || self.slot.record.entry_pool->live_count == 0);
+  EXPECT_TRUE(!self.slot.owns_entries() || self.slot.record.entry_pool->live_count == 0);
   drop_chains(self.slot);
 }
 template <class R, class F>

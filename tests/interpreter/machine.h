@@ -17,7 +17,7 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
+#include <thread>
 #include <tuple>
 #include <type_traits>
 #include <vector>
@@ -36,6 +36,9 @@ struct Refusals {
   int64_t allowed = 0;
   Blow blow = Blow::kOnce;
 };
+
+// Who reads: the test alone, or another thread at the same time, which a build with ThreadSanitizer watches.
+enum class Readers { kOne, kTwo };
 
 // What every world has.
 struct World {
@@ -60,9 +63,13 @@ struct World {
     failed = disarm_fuse();
     was_refused |= failed;
   }
+  // Takes a number into what the run has come to, which is the same on every machine.
+  void mix(int64_t number) { trace = (trace ^ static_cast<uint64_t>(number)) * 0x100000001B3u; }
 
   Program program;
   Refusals refusals;
+  Readers readers = Readers::kOne;
+  uint64_t trace = 0xCBF29CE484222325u;
   int64_t steps = 0;
   bool failed = false;       // an allocation of the last call was refused
   bool was_refused = false;  // one was in some call of the run
@@ -99,17 +106,43 @@ struct RoleList<First, Rest...> {
   RoleList<Rest...> rest;
 };
 
+// A step only reads when its function takes its record, the first parameter, as const, and no role stands for
+// another record that it writes.
+template <class Role>
+inline constexpr bool kIsWritten = false;
+template <class First, class...>
+inline constexpr bool kTakesConst = std::is_const_v<std::remove_pointer_t<First>>;
+
+// A thread that ends with its scope.
+struct Thread : std::thread {
+  using std::thread::thread;
+  ~Thread() {
+    if (joinable()) join();
+  }
+};
+
 template <class Op, class... Roles, class W, class Result, class... Params>
 void step(W &world, Result (*function)(Params...)) {
+  const auto apply = [&](auto &...role) { return std::apply(function, std::tuple_cat(role.arguments()...)); };
+  std::optional<RoleList<Roles...>> others;  // the second reader has results of its own
+  if constexpr (kTakesConst<Params...> && !(kIsWritten<Roles> || ...)) {
+    const Program start = world.program;
+    if (world.readers == Readers::kTwo) others.emplace(world);
+    world.program = start;
+  }
   RoleList<Roles...> roles(world);
   roles.with([&](auto &...role) {
     if (!(role.fits && ...)) return;
-    const auto call = [&] { return std::apply(function, std::tuple_cat(role.arguments()...)); };
+    const auto call = [&] {
+      const Thread reader = others ? Thread([&] { others->with(apply); }) : Thread();
+      return apply(role...);
+    };
     if constexpr (std::is_void_v<Result>) {
       world.call(call);
       check(Op{}, world, role..., None{});
     } else {
       const Result result = world.call(call);
+      if constexpr (std::is_signed_v<Result>) world.mix(static_cast<int64_t>(result));
       check(Op{}, world, role..., result);
     }
   });

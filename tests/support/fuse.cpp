@@ -4,11 +4,12 @@
 
 namespace {
 
-bool armed = false;
-bool met = false;
-int64_t allowed_left = 0;
-int64_t allocations = 0;
-mub_test::Blow blow_mode = mub_test::Blow::kOnce;
+// Each thread has a fuse.
+thread_local bool armed = false;
+thread_local bool met = false;
+thread_local int64_t allowed_left = 0;
+thread_local int64_t allocations = 0;
+thread_local mub_test::Blow blow_mode = mub_test::Blow::kOnce;
 
 bool refuses() {
   ++allocations;

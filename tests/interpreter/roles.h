@@ -1,0 +1,57 @@
+// The roles that every family has: out values and callbacks.
+#ifndef MUB_TESTS_INTERPRETER_ROLES_H
+#define MUB_TESTS_INTERPRETER_ROLES_H
+
+#include <memory>
+#include <tuple>
+#include <type_traits>
+#include <vector>
+
+#include "interpreter/machine.h"
+#include "mub.h"
+
+namespace mub_test {
+
+// What the callbacks of the last call saw; a callback has no context of its own.
+inline std::vector<uint64_t> seen;
+inline void note(uint64_t value) { seen.push_back(value); }
+// An initialiser also notes what the caller's out value is while it runs.
+inline const uint64_t *out_value;
+inline uint64_t out_value_seen;
+inline void note_init(uint64_t value) {
+  out_value_seen = *out_value;
+  note(value);
+}
+inline void note_clone(const mub_pool_chunk *, uint64_t source, mub_pool *, uint64_t copy, mub_pool *) {
+  seen.push_back(source);
+  seen.push_back(copy);
+}
+
+template <class T>
+struct Out {
+  template <class W>
+  explicit Out(W &) : value(std::make_unique<T>(T{77})) {
+    if constexpr (std::is_same_v<T, uint64_t>) out_value = value.get();
+  }
+  auto arguments() const { return std::tuple(value.get()); }
+  static constexpr bool fits = true;
+  std::unique_ptr<T> value;
+};
+// A callback that notes what it is called with, or none.
+template <class Function, Function kNote>
+struct Callback {
+  template <class W>
+  explicit Callback(W &world) : is_given(!world.program.one_in(4)) {
+    seen.clear();
+  }
+  auto arguments() const { return std::tuple(is_given ? kNote : Function{nullptr}); }
+  static constexpr bool fits = true;
+  bool is_given;
+};
+using Init = Callback<mub_init_fn, note_init>;
+using Free = Callback<mub_free_fn, note>;
+using Cloner = Callback<mub_clone_fn, note_clone>;
+
+}  // namespace mub_test
+
+#endif
