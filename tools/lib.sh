@@ -1,7 +1,7 @@
 # shellcheck shell=bash disable=SC2034 # the lists are used by the scripts that source this
 # Shared by the scripts beside it; sourced from the project's root.
 
-say() { printf '\n== %s\n' "$*"; }
+say() { printf '\n== %s [after %d s]\n' "$*" "$SECONDS"; }
 
 as_root() {
   if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
@@ -31,6 +31,7 @@ clang_packages=(clang libclang-rt-14-dev)
 api_packages=(mandoc man-db nodejs npm python3-jsonschema)
 lint_packages=(clang-format clang-tidy shellcheck)
 size_packages=(cloc)
+coverage_packages=(gcovr)
 mutation_packages=(python3-clang-14)
 bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-dev libdeflate-dev
   libisal-dev pkg-config python3)
