@@ -6,14 +6,17 @@
 
 #include "mub.h"
 
-/* The size of a record, and the offsets and types of its fields: of an array, of its first item and its last. */
-#define LAYOUT(record, bytes, ...)                                 \
-  do {                                                             \
-    typedef record Record;                                         \
-    _Static_assert(sizeof(Record) == (bytes), "size of " #record); \
-    (void)sizeof((size_t[]){__VA_ARGS__});                         \
+/* The size of a record, and the offsets and types of its fields: of an array, of its first item and its last. Sizes and
+ * offsets are promised for pointers of 8 bytes. */
+#define LAYOUT(record, bytes, ...)                                           \
+  do {                                                                       \
+    typedef record Record;                                                   \
+    _Static_assert(PROMISED(sizeof(Record) == (bytes)), "size of " #record); \
+    (void)sizeof((size_t[]){__VA_ARGS__});                                   \
   } while (0)
-#define AT(offset, type, field) sizeof(char[offsetof(Record, field) == (offset) && IS(type, field) ? 1 : -1])
+#define AT(offset, type, field) \
+  sizeof(char[PROMISED(offsetof(Record, field) == (offset)) && IS(type, field) ? 1 : -1])
+#define PROMISED(layout) (sizeof(void *) != 8 || (layout))
 #define IS(type, field) _Generic(&((Record *)0)->field, type * : 1, default : 0)
 /* Where containers of entries and their callers' values have their pools. */
 #define POOLS(offset)                                                              \

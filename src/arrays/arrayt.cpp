@@ -3,12 +3,14 @@
 #include <cstddef>
 
 #include "arrays/inline_slots.h"
+#include "core/layout.h"
 #include "core/pinned_bytes.h"
 #include "core/text_pieces.h"
 
-static_assert(sizeof(mub_arrayt) == 64 && offsetof(mub_arrayt, tail) == 32 &&
-              offsetof(mub_arrayt, count) == 40 && offsetof(mub_arrayt, capacity) == 48 &&
-              offsetof(mub_arrayt, descending) == 56);
+static_assert(mub::laid_out(sizeof(mub_arrayt) == 64 && offsetof(mub_arrayt, tail) == 32 &&
+                            offsetof(mub_arrayt, count) == 40 && offsetof(mub_arrayt, capacity) == 48 &&
+                            offsetof(mub_arrayt, descending) == 56),
+              "layout of mub_arrayt");
 
 using namespace mub;
 

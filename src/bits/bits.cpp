@@ -5,8 +5,11 @@
 
 #include "core/alloc.h"
 #include "core/growth.h"
+#include "core/layout.h"
 
-static_assert(sizeof(mub_bits) == 16 && offsetof(mub_bits, data) == 0 && offsetof(mub_bits, size) == 8);
+static_assert(mub::laid_out(sizeof(mub_bits) == 16 && offsetof(mub_bits, data) == 0 &&
+                            offsetof(mub_bits, size) == 8),
+              "layout of mub_bits");
 
 namespace mub {
 namespace {

@@ -1,4 +1,5 @@
 #include "core/pool.h"
+#include "core/layout.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -225,11 +226,14 @@ namespace {
 
 using namespace mub;
 
-static_assert(sizeof(mub_pool) == 88 && offsetof(mub_pool, live_count) == 16);
-static_assert(offsetof(mub_pool, chunk_used) == 24 && offsetof(mub_pool, chunks) == 48);
-static_assert(offsetof(mub_pool, free_used) == 56 && offsetof(mub_pool, free_pages) == 80);
-static_assert(sizeof(mub_pool_chunk) == 16 && offsetof(mub_pool_chunk, base) == 8);
-static_assert(sizeof(mub_pool_iter) == 32 && offsetof(mub_pool_iter, free_blocks) == 16);
+static_assert(laid_out(sizeof(mub_pool) == 88 && offsetof(mub_pool, live_count) == 16 &&
+                       offsetof(mub_pool, chunk_used) == 24 && offsetof(mub_pool, chunks) == 48 &&
+                       offsetof(mub_pool, free_used) == 56 && offsetof(mub_pool, free_pages) == 80),
+              "layout of mub_pool");
+static_assert(laid_out(sizeof(mub_pool_chunk) == 16 && offsetof(mub_pool_chunk, base) == 8),
+              "layout of mub_pool_chunk");
+static_assert(laid_out(sizeof(mub_pool_iter) == 32 && offsetof(mub_pool_iter, free_blocks) == 16),
+              "layout of mub_pool_iter");
 
 // Moves to the next slot in use; false behind the last one.
 bool advance(mub_pool_iter &iter) {

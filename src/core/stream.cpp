@@ -5,16 +5,16 @@
 
 #include "core/bytes.h"
 #include "core/cursor.h"
+#include "core/layout.h"
 #include "core/text_span.h"
 #include "core/unit_buffer.h"
 
 namespace mub {
 namespace {
 
-static_assert(sizeof(mub_stream) == 24);
-static_assert(offsetof(mub_stream, data) == 0);
-static_assert(offsetof(mub_stream, length) == 8);
-static_assert(offsetof(mub_stream, capacity) == 16);
+static_assert(laid_out(sizeof(mub_stream) == 24 && offsetof(mub_stream, data) == 0 &&
+                       offsetof(mub_stream, length) == 8 && offsetof(mub_stream, capacity) == 16),
+              "layout of mub_stream");
 
 // Stores what fits before the stream's length; `bytes` may lie in the stream.
 void write_clipped(mub_stream &stream, int64_t at, const void *bytes, int64_t count) {

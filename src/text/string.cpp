@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "core/layout.h"
 #include "core/number_text.h"
 #include "text/text_buffer.h"
 
@@ -23,8 +24,9 @@ void put_integer(mub_string &string, int64_t start, int64_t value) {
 }  // namespace
 }  // namespace mub
 
-static_assert(sizeof(mub_string) == 24 && offsetof(mub_string, data) == 0 &&
-              offsetof(mub_string, length) == 8 && offsetof(mub_string, capacity) == 16);
+static_assert(mub::laid_out(sizeof(mub_string) == 24 && offsetof(mub_string, data) == 0 &&
+                            offsetof(mub_string, length) == 8 && offsetof(mub_string, capacity) == 16),
+              "layout of mub_string");
 
 extern "C" {
 
