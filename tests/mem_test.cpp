@@ -9,6 +9,7 @@
 
 #include "core/bytes.h"
 #include "core/text_search.h"
+#include "mub.h"
 #include "support/fuse.h"
 #include "support/guarded.h"
 #include "support/random.h"
@@ -51,11 +52,13 @@ TEST(Mem, CopiesAndMovesForwardAtEveryDistance) {
 
 // 4 GiB apart, ranges count as near each other: the low halves of the addresses decide.
 TEST(Mem, DistanceIsThatOfTheLowAddressHalves) {
-  constexpr size_t kSpan = (size_t{1} << 32) + 4096;
+  constexpr uint64_t kDistance = uint64_t{1} << 32;
+  if (kDistance > SIZE_MAX) GTEST_SKIP() << "addresses have no upper half";
+  constexpr auto kSpan = static_cast<size_t>(kDistance + 4096);
   constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
   void *map = mmap(nullptr, kSpan, PROT_READ | PROT_WRITE, kFlags, -1, 0);
   if (map == MAP_FAILED) GTEST_SKIP() << "no room for 4 GiB of addresses";
-  char *low = static_cast<char *>(map), *high = low + (size_t{1} << 32);
+  char *low = static_cast<char *>(map), *high = low + static_cast<size_t>(kDistance);
   std::copy_n("near and far", 12, low);
   mub_mem_move(high + 7, low, 12);
   EXPECT_EQ(std::string(low, 12), "near and far");
@@ -82,10 +85,28 @@ TEST(Mem, CountsBelowOneAreEmptyRanges) {
   EXPECT_EQ(mub_mem_icmp("", 0, "", INT64_C(1) << 31), INT32_MIN);
 }
 
+// Cut to the width of an address, each of these sizes would be a small one.
+TEST(Mem, SizesThatNoAddressReachesAreRefused) {
+  constexpr uint64_t kAll = SIZE_MAX;
+  if (kAll == UINT64_MAX) GTEST_SKIP() << "an address has as many bits as a size";
+  const auto many = [](uint64_t unit_bytes) { return static_cast<int64_t>(kAll / unit_bytes + 17); };
+  mub_stream bytes = {nullptr, 0, 0};
+  mub_arrays items = {nullptr, 0, 0, nullptr, 0, 0};
+  mub_pool pool;
+  mub_pool_init(&pool);
+  pool.block_size = many(16);
+  EXPECT_EQ(mub_malloc(kAll + 17), nullptr);
+  EXPECT_EQ(mub_stream_expand(&bytes, many(1)), 0);
+  EXPECT_EQ(mub_arrays_expand(&items, many(8)), 0);
+  EXPECT_EQ(mub_pool_new(&pool), nullptr);
+  mub_pool_term(&pool);
+}
+
 // By what this machine searches best with, and by what others use, each asked within its limits.
 void expect_first(const std::string &data, const std::string &pattern) {
   const Guarded text(data), wanted(pattern);
-  const auto expected = static_cast<int64_t>(data.find(pattern));  // npos is -1
+  const size_t found = data.find(pattern);
+  const int64_t expected = found == std::string::npos ? -1 : static_cast<int64_t>(found);
   ASSERT_EQ(mub_mem_str(text.data(), text.size(), wanted.data(), wanted.size()), expected);
   const int64_t starts = text.size() - wanted.size() + 1;
   if (wanted.size() < 2 || starts < 1) return;

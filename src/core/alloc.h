@@ -11,15 +11,11 @@
 
 namespace mub {
 
-inline bool fits_63_bits(int64_t count, int64_t unit_bytes, int64_t *size_bytes) {
-  return count >= 0 && unit_bytes >= 0 && !__builtin_mul_overflow(count, unit_bytes, size_bytes);
-}
-
-// Room for `count` units of `unit_bytes`, its content undefined; nullptr when the size is negative, does not fit
-// 63 bits, or memory runs out.
+// Room for `count` units of `unit_bytes`, its content undefined; nullptr when the size is negative, is more than the
+// machine can address, or memory runs out.
 inline void *allocate(int64_t count, int64_t unit_bytes) {
-  int64_t size_bytes;
-  if (!fits_63_bits(count, unit_bytes, &size_bytes)) return nullptr;
+  ptrdiff_t size_bytes;
+  if (count < 0 || unit_bytes < 0 || __builtin_mul_overflow(count, unit_bytes, &size_bytes)) return nullptr;
   return std::malloc(static_cast<size_t>(size_bytes));
 }
 

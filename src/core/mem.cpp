@@ -62,7 +62,7 @@ void clear_vacated(const void *destination, void *source, int64_t count) {
 
 extern "C" {
 
-void *mub_malloc(uint64_t size) { return std::malloc(size); }
+void *mub_malloc(uint64_t size) { return size > SIZE_MAX ? nullptr : std::malloc(static_cast<size_t>(size)); }
 
 void mub_free(void *block) { std::free(block); }
 

@@ -24,7 +24,7 @@ class PinnedBytes {
       : bytes_(bytes) {
     if (buffer_bytes == 0 || size_bytes == 0 || !overlaps(bytes, size_bytes, buffer, buffer_bytes)) return;
     copy_ = size_bytes <= sizeof local_ ? local_ : allocate(static_cast<int64_t>(size_bytes), 1);
-    if (copy_ != nullptr) std::memcpy(copy_, bytes, size_bytes);
+    if (copy_ != nullptr) std::memcpy(copy_, bytes, static_cast<size_t>(size_bytes));
     failed_ = copy_ == nullptr;
     bytes_ = copy_;
   }

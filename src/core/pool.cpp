@@ -193,7 +193,7 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
   const uint64_t size_bytes = chunk_bytes(source);
 
   const auto copy_chunk = [size_bytes](const void *chunk, void *copy) {
-    std::memcpy(copy, chunk, size_bytes);
+    std::memcpy(copy, chunk, static_cast<size_t>(size_bytes));
   };
   const auto translated = [&](const void *block) -> void * {
     const uint64_t address = word_of(block);
