@@ -8,12 +8,16 @@
 #define MUB_CORE_NUMBER_TEXT_H
 
 #include <algorithm>
+#include <cfloat>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 
 namespace mub {
 namespace number {
+
+static_assert(FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD == 1,
+              "every step is to be rounded to a double: 32-bit x86 wants -msse2 -mfpmath=sse");
 
 inline bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
