@@ -1,7 +1,6 @@
 // mub_listx: an unrolled list, whose entries are blocks of up to 32 values.
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
 #include <utility>
 
 #include "core/layout.h"
@@ -21,7 +20,7 @@ static_assert(mub::laid_out(sizeof(mub_listx) == 56 && offsetof(mub_listx, tail)
 namespace mub {
 namespace {
 
-constexpr int64_t kSlots = std::size(mub_listx_block{}.values);
+constexpr int64_t kSlots = sizeof mub_listx_block{}.values / sizeof(uint64_t);
 
 // The values that a block holds, whatever it states.
 int64_t held(const mub_listx_block &block) { return std::clamp<int64_t>(block.count, 0, kSlots); }
