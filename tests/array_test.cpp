@@ -20,7 +20,11 @@ namespace {
 
 template <class Word>
 uint64_t word_of(Word word) {
-  return (uint64_t)word;  // a number or a pointer
+  if constexpr (std::is_pointer_v<Word>) {
+    return reinterpret_cast<uintptr_t>(word);
+  } else {
+    return static_cast<uint64_t>(word);
+  }
 }
 
 template <class A>

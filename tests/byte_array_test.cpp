@@ -74,8 +74,10 @@ TEST(ByteArray, KeysThatLeftTheirBlockReadAsEmpty) {
 // A stream of 4 GiB, of which only the ends are ever touched.
 TEST(ByteArray, OffsetsEndAt32Bits) {
   constexpr int64_t kBytes = (int64_t{1} << 32) + 64;
+  if (static_cast<uint64_t>(kBytes) > SIZE_MAX) GTEST_SKIP() << "no such stream fits into memory";
+  constexpr auto kMapped = static_cast<size_t>(kBytes);
   void *map =
-      mmap(nullptr, kBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+      mmap(nullptr, kMapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (map == MAP_FAILED) GTEST_SKIP() << "no address space for 4 GiB";
   ByteArray array;
   array.keys = {static_cast<uint8_t *>(map), 0xFFFFFFFF - 3, kBytes - 8};
@@ -96,7 +98,7 @@ TEST(ByteArray, OffsetsEndAt32Bits) {
   mub_array_qsort(&array, 1);
   EXPECT_EQ(array.entries[0].value, 5u);  // lengths that differ by 2^31 compare the other way round
   array.keys = {nullptr, 0, 0};
-  munmap(map, kBytes);
+  munmap(map, kMapped);
 }
 
 // The steps of mub_array_set_at on slots below and past the count, whose old keys may lie past the stream's

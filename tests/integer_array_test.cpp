@@ -128,7 +128,9 @@ struct Keys32 : Scoped<Keyed32> {
   void append(uint64_t word) { mub_arrayd_append(this, static_cast<uint32_t>(word), 1); }
   int64_t at(int64_t index) const { return entries[index].key; }
   // Room for a text of so many bytes, but for fewer numbers.
-  void *table(int64_t bytes) { return mub_arrayd_expand(this, bytes / 16 + 1), entries; }
+  void *table(int64_t bytes) {
+    return mub_arrayd_expand(this, bytes / int64_t{sizeof *entries} + 1), entries;
+  }
 };
 
 struct Words64 : mub_arrayt {

@@ -76,9 +76,11 @@ TEST(WideString, WidensItsOwnBytesOrNothing) {
     mub_test::for_every_allocation([count](const mub_test::Fuse &fuse) {
       Text string(std::string(160, 'z'));
       const char *own = reinterpret_cast<const char *>(string.data);
+      char unit[2];
+      std::memcpy(unit, own, sizeof unit);
       const bool failed = fuse.blows_in([&] { mub_wchar_append_str(&string, own, count); });
       std::string added;
-      for (int64_t i = 0; i < count; ++i) added += i % 2 == 0 ? 'z' : '\0';
+      for (int64_t i = 0; i < count; ++i) added += unit[i % 2];
       expect_content(string, std::string(160, 'z') + (failed ? "" : added));
     });
   }
@@ -97,7 +99,7 @@ TEST(WideString, MeasuresAndFindsTextsWithoutACountAsTheRuntimeDoes) {
     mub_wchar_copy(&string, content.data(), static_cast<int64_t>(content.size()));
     mub_wchar_shrink(&string, 1 + random.below(string.length));  // leaves units behind the terminator
     Sequence needle = random_units(random, random.below(4));
-    needle.resize(needle.size() + kStep + needle.size() % kStep + random.word() % 2);
+    needle.resize(needle.size() + kStep + needle.size() % kStep + static_cast<size_t>(random.below(2)));
     const GuardedUnits text(needle);
     const std::wstring wanted = characters(text.units(), text.count());
     const int64_t start = random.below(string.length);

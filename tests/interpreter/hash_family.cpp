@@ -300,9 +300,11 @@ void by_hand(op::entry_remove_, WorldOf<R> &world, E *(*remove)(R *, int64_t, Ar
   const auto bucket = static_cast<int64_t>(Kind<R>::word_of(self.slot.record, *removed)) &
                       (self.slot.record.buckets.count - 1);
   // Back to the end of its chain, where it now is the youngest.
-  uint64_t *end = self.slot.record.buckets.items + bucket;
-  while (*end != 0) end = reinterpret_cast<uint64_t *>(&reinterpret_cast<E *>(*end)->next);
-  *end = reinterpret_cast<uintptr_t>(removed);
+  uint64_t &first = self.slot.record.buckets.items[bucket];
+  E *last = reinterpret_cast<E *>(first);
+  while (last != nullptr && last->next != nullptr) last = last->next;
+  if (last != nullptr) last->next = removed;
+  if (last == nullptr) first = reinterpret_cast<uintptr_t>(removed);
   self.slot.content[key.text].sequence = ++world.next_sequence;
 }
 template <class R, class... Args, class E>
