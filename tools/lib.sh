@@ -25,6 +25,7 @@ install_missing() {
 
 toolchain_packages=(build-essential cmake ninja-build)
 test_packages=(libgtest-dev python3 graphviz gdb)
+cross_packages=(googletest qemu-user)
 docs_packages=(doxygen graphviz python3)
 browser_packages=(chromium chromium-driver python3-selenium fonts-dejavu-core)
 clang_packages=(clang libclang-rt-14-dev)
