@@ -154,14 +154,6 @@ struct Value {
   static constexpr bool fits = true;
   uint64_t word;
 };
-template <int kIndex>
-struct UserPool {
-  template <class W>
-  explicit UserPool(W &world) : pool(world.program.one_in(2) ? &world.users[kIndex] : nullptr) {}
-  auto arguments() const { return std::tuple(pool); }
-  static constexpr bool fits = true;
-  mub_pool *pool;
-};
 
 }  // namespace mub_test
 

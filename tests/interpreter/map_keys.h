@@ -32,6 +32,15 @@ inline std::string_view stored_keys(const mub_stream &keys) {
   return {reinterpret_cast<const char *>(keys.data), static_cast<size_t>(keys.length)};
 }
 
+template <class R>
+auto folds_case(const R &record, int) -> decltype(record.nocase != 0) {
+  return record.nocase != 0;
+}
+template <class R>
+bool folds_case(const R &, char) {
+  return false;
+}
+
 // Byte strings: from a few letters, the empty one and prefixes of others among them, in both cases and with
 // NULs; with an explicit length, up to their NUL, as NULL, or as a part of the keys that a record of the
 // world has, which may move.
@@ -59,7 +68,7 @@ struct ByteKeyArgument {
         length = -1;
       }
     }
-    text = world.self == nullptr || world.self->record.nocase == 0 ? bytes : lowered(bytes);
+    text = world.self == nullptr || !folds_case(world.self->record, 0) ? bytes : lowered(bytes);
   }
   ByteKeyArgument(const ByteKeyArgument &) = delete;
   auto arguments() const { return std::tuple(static_cast<const void *>(data), length); }

@@ -14,6 +14,7 @@ namespace mub_test {
 
 // What the callbacks of the last call saw; a callback has no context of its own.
 inline std::vector<uint64_t> seen;
+inline bool is_callback_given;
 inline void note(uint64_t value) { seen.push_back(value); }
 // An initialiser also notes what the caller's out value is while it runs.
 inline const uint64_t *out_value;
@@ -42,6 +43,7 @@ template <class Function, Function kNote>
 struct Callback {
   template <class W>
   explicit Callback(W &world) : is_given(!world.program.one_in(4)) {
+    is_callback_given = is_given;
     seen.clear();
   }
   auto arguments() const { return std::tuple(is_given ? kNote : Function{nullptr}); }
@@ -51,6 +53,15 @@ struct Callback {
 using Init = Callback<mub_init_fn, note_init>;
 using Free = Callback<mub_free_fn, note>;
 using Cloner = Callback<mub_clone_fn, note_clone>;
+// A pool beside the containers that a clone may take along, or none.
+template <int kIndex>
+struct UserPool {
+  template <class W>
+  explicit UserPool(W &world) : pool(world.program.one_in(2) ? &world.users[kIndex] : nullptr) {}
+  auto arguments() const { return std::tuple(pool); }
+  static constexpr bool fits = true;
+  mub_pool *pool;
+};
 
 }  // namespace mub_test
 

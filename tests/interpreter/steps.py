@@ -15,14 +15,21 @@ sys.path.insert(0, str(ROOT / "tools"))
 sys.dont_write_bytecode = True
 import headers  # noqa: E402
 
-# (type, name): the role; %s is the record. The first that matches counts, and takes as many parameters as it has parts.
+# (type, name): the role; %s is the record, %n the name. The first that matches counts, and takes as many parameters as it has parts.
 ROLES = [
     ("%r \\* destination", "Destination<%s>"),
     ("(const )?%r \\* .*", "Self<%s>"),
     ("const void \\* key;int64_t length", "Key<%s>"),
     ("(uint32_t|uint64_t|const uint32_t \\*) key", "Key<%s>"),
-    ("uint64_t value", "Value<%s>"),
-    ("uint64_t \\* value_out", "Out<uint64_t>"),
+    ("uint64_t (value|item)", "Value<%s>"),
+    ("uint64_t \\* (value_out|value|item)", "Out<uint64_t>"),
+    ("const char \\*\\* key;int64_t \\* length", "KeyOut<%s>"),
+    ("uint(32|64)_t \\* key", "KeyOut<%s>"),
+    ("(int64_t (index|wanted|n)|int (ascending|unique|separator)|uint64_t (context|extra)|mub_compare_\\w*fn compare)",
+     "Drawn<&WorldOf<%s>::draw_%n>"),
+    ("const char \\* text;int64_t length", "Pieces<%s>"),
+    ("mub_string \\* string", "Joined<%s>"),
+    ("uint64_t \\* items;int64_t count", "Words"),
     ("int \\* inserted_out", "Out<int>"),
     ("mub_\\w+ \\*\\* (node|entry)_out", "NodeOut<%s>"),
     ("const mub_\\w+_node \\* node", "Node<%s>"),
@@ -30,8 +37,8 @@ ROLES = [
     ("mub_init_fn .*", "Init"),
     ("mub_free_fn .*", "Free"),
     ("mub_clone_fn .*", "Cloner"),
-    ("mub_pool \\* source_user_pool", "UserPool<0>"),
-    ("mub_pool \\* destination_user_pool", "UserPool<1>"),
+    ("mub_pool \\* source(_user)?_pool", "UserPool<0>"),
+    ("mub_pool \\* destination(_user)?_pool", "UserPool<1>"),
     ("(const )?mub_\\w+_cursor \\* cursor", "Cursor<%s>"),
 ]
 
@@ -43,14 +50,20 @@ def roles_of(function, record):
         for pattern, role in ROLES:
             parts = pattern.replace("%r", record).split(";")
             if len(parts) <= len(left) and all(re.fullmatch(part, one) for part, one in zip(parts, left)):
-                if role == "Self<%s>" and roles and roles[0].startswith("Self"):
-                    role = "Peer<%s>"
-                roles.append(role.replace("%s", record))
+                if role in ("Self<%s>", "Destination<%s>"):
+                    role = role.replace("Self", "Peer") if roles else "Self<%s>"
+                roles.append(role.replace("%s", record).replace("%n", left[0].split()[-1]))
                 left = left[len(parts):]
                 break
         else:
             sys.exit(f"{function.name}: no role for `{left[0]}`, and no by_hand")
     return roles
+
+
+def base_of(operation, operations):
+    """With a context comparer, or as an index, an operation is expected to do what it does without."""
+    without = re.sub("_x|_index", "", operation)
+    return f" : {without}_" if without != operation and without in operations else ""
 
 
 def main(sources, out, *records):
@@ -72,7 +85,7 @@ def main(sources, out, *records):
             lines.append(f'    {{"{name}", [](WorldOf<{record}> &world) {{ {body} }}}},')
         lines.append("  };\n}")
     # The underscore keeps operations apart from keywords and macros.
-    tags = "".join(f"struct {operation}_ {{}};\n" for operation in sorted(operations))
+    tags = "".join(f"struct {operation}_{base_of(operation, operations)} {{}};\n" for operation in sorted(operations))
     Path(out + "_ops.inc").write_text(f"namespace mub_test::op {{\n{tags}}}\n")
     Path(out + "_steps.inc").write_text("\n".join(lines) + "\n")
 
