@@ -38,20 +38,16 @@ struct AnyComparer {
   operator mub_compare_context_fn() const { return order == nullptr ? nullptr : compare_in_context; }
 };
 
-// ---- models and kinds
+// ---- models
 
-// A slot. Keys are bytes or numbers; bare items are their own keys.
+// A slot. Keys are bytes or numbers; bare items and words are their own keys.
 struct Item {
   std::string bytes = {};
   uint64_t number = 0;
   uint64_t value = 0;
+  auto key() const { return std::tie(bytes, number); }
   auto fields() const { return std::tie(bytes, number, value); }
-  int compare_key(const Item &other) const {
-    const int sign = bytes.compare(other.bytes);
-    return sign != 0 || number == other.number ? sign : number < other.number ? -1 : 1;
-  }
 };
-
 struct Table {
   std::vector<Item> slots = {};
   int64_t count = 0;  // an incomplete clone states more than there is
@@ -67,124 +63,6 @@ struct Table {
     if (capacity() < wanted) resize((grown + 3) / 4 * 4);
   }
 };
-
-template <auto kDraw>
-struct Drawn;
-template <class W, class T, T (W::*kDraw)()>
-struct Drawn<kDraw> {
-  explicit Drawn(W &world) : word((world.*kDraw)()) {}
-  auto arguments() const { return std::tuple(word); }
-  static constexpr bool fits = true;
-  T word;
-};
-
-template <class R>
-struct WorldOf;
-template <class R>
-struct Kind;
-
-// Numbers are passed as Key, compare by the sign of a Difference, and are written as Number.
-template <class R, class K, class Difference, class N>
-struct NumberKind {
-  using Sign = Difference;
-  using Key = K;
-  using KeyOuts = std::tuple<>;
-  static constexpr bool kHasPool = true, kIsBare = true, kShrinksAlways = true;
-  static constexpr int64_t kLeast = 0;
-  static KeyOuts outs(const R &, int64_t, const Item &) { return {}; }
-  static std::string piece(const Item &item) { return std::to_string(static_cast<N>(item.number)); }
-  static Item parsed(const std::string &piece) {
-    const auto number = static_cast<uint64_t>(static_cast<N>(std::strtoll(piece.c_str(), nullptr, 10)));
-    return {"", number, Kind<R>::kIsBare ? number : 0};
-  }
-  static constexpr bool is_reached(const R &array, int64_t index) {
-    return index >= 0 && index < array.capacity;
-  }
-};
-
-template <>
-struct Kind<mub_array> : NumberKind<mub_array, uint64_t, int64_t, int64_t> {
-  using KeyOuts = std::tuple<const char *, int64_t>;
-  static constexpr bool kIsBare = false, kShrinksAlways = false;
-  static constexpr auto init = mub_array_init;
-  static constexpr auto term = mub_array_term;
-  // The bytes of spare slots are left open.
-  static Item read(const mub_array &array, int64_t index) {
-    const mub_array_entry &entry = array.entries[index];
-    if (index >= array.count) return {"", 0, entry.value};
-    return {std::string(stored_keys(array.keys).substr(entry.key_offset, entry.key_length)), 0, entry.value};
-  }
-  static KeyOuts outs(const mub_array &array, int64_t index, const Item &) {
-    if (index < 0 || array.keys.data == nullptr) return {nullptr, 0};
-    return {stored_keys(array.keys).data() + array.entries[index].key_offset,
-            array.entries[index].key_length};
-  }
-  static std::string piece(const Item &item) { return item.bytes; }
-  static Item parsed(const std::string &piece) { return {piece}; }
-};
-template <class R, class K, class Difference>
-struct IntegerKind : NumberKind<R, K, Difference, K> {
-  using KeyOuts = std::tuple<K>;
-  static constexpr bool kIsBare = false;
-  static Item read(const R &array, int64_t index) {
-    return {"", array.entries[index].key, array.entries[index].value};
-  }
-  static KeyOuts outs(const R &, int64_t, const Item &item) { return {static_cast<K>(item.number)}; }
-};
-template <>
-struct Kind<mub_arrayd> : IntegerKind<mub_arrayd, uint32_t, int32_t> {
-  static constexpr auto init = mub_arrayd_init;
-  static constexpr auto term = mub_arrayd_term;
-};
-template <>
-struct Kind<mub_arrayx> : IntegerKind<mub_arrayx, uint64_t, int64_t> {
-  static constexpr auto init = mub_arrayx_init;
-  static constexpr auto term = mub_arrayx_term;
-};
-template <>
-struct Kind<mub_arrays> : NumberKind<mub_arrays, uint64_t, int64_t, int64_t> {
-  static constexpr bool kShrinksAlways = false;
-  static constexpr auto init = mub_arrays_init;
-  static constexpr auto term = mub_arrays_term;
-  static Item read(const mub_arrays &array, int64_t index) {
-    return {"", array.items[index], array.items[index]};
-  }
-};
-template <>
-struct Kind<mub_arrayt> : NumberKind<mub_arrayt, uint32_t, int32_t, int64_t> {
-  static constexpr bool kHasPool = false;
-  static constexpr int64_t kLeast = 4;
-  static void init(mub_arrayt *array, int) {
-    std::fill_n(array->inline_items, 4, 0);
-    mub_arrayt_init(array);
-  }
-  static bool is_reached(const mub_arrayt &array, int64_t index) { return index >= 0 && index < array.count; }
-  static constexpr auto term = mub_arrayt_term;
-  static Item read(const mub_arrayt &array, int64_t index) {
-    const uint64_t word = index < 4 ? array.inline_items[index] : array.tail[index - 4];
-    return {"", word, word};
-  }
-};
-
-template <class R>
-auto *slots_of(const R &array) {
-  if constexpr (Kind<R>::kIsBare) {
-    return array.items;
-  } else {
-    return array.entries;
-  }
-}
-// The copy that a block has in the clone of its pool; 0 of what is no block.
-inline uint64_t copied_block(const mub_pool &pool, const mub_pool &copy, uint64_t block) {
-  for (int64_t i = 0; i < pool.chunk_count; ++i) {
-    const uint64_t offset = block - reinterpret_cast<uintptr_t>(pool.chunks[i]);
-    const auto bytes = static_cast<uint64_t>(pool.blocks_per_chunk * pool.block_size);
-    if (offset < bytes) return reinterpret_cast<uintptr_t>(copy.chunks[i]) + offset;
-  }
-  return 0;
-}
-
-// ---- worlds
 
 // The sort, written out on indexes: what it compares and where it puts equal entries can be relied on. Recursion
 // stands in for the stack.
@@ -225,98 +103,148 @@ void sort_by_steps(Rows &rows, int64_t lo, int64_t hi, const Compare &compare) {
   sort_by_steps(rows, a, hi, compare);
   if (left_last) sort_by_steps(rows, lo, b, compare);
 }
-enum class Pool { kNone, kOfCaller, kOwn };
+
+// ---- kinds
+
+template <class R>
+inline constexpr bool kHasBytes = std::is_same_v<R, mub_array>;
+template <class R>
+inline constexpr bool kIsItems = std::is_same_v<R, mub_arrays>;
+template <class R>
+inline constexpr bool kIsWords = std::is_same_v<R, mub_arrayt>;
+template <class R>
+inline constexpr bool kIsBare = kIsItems<R> || kIsWords<R>;
+// Keys that are numbers compare by the sign of a difference of this width.
+template <class R>
+using Difference = std::conditional_t<std::is_same_v<R, mub_arrayd> || kIsWords<R>, int32_t, int64_t>;
+
+inline void init(mub_array *array, int pool) { mub_array_init(array, pool); }
+inline void init(mub_arrayd *array, int pool) { mub_arrayd_init(array, pool); }
+inline void init(mub_arrayx *array, int pool) { mub_arrayx_init(array, pool); }
+inline void init(mub_arrays *array, int pool) { mub_arrays_init(array, pool); }
+inline void init(mub_arrayt *array, int) { mub_arrayt_init(array); }
+inline void term(mub_array *array) { mub_array_term(array); }
+inline void term(mub_arrayd *array) { mub_arrayd_term(array); }
+inline void term(mub_arrayx *array) { mub_arrayx_term(array); }
+inline void term(mub_arrays *array) { mub_arrays_term(array); }
+inline void term(mub_arrayt *array) { mub_arrayt_term(array); }
+
+// A slot as it is; the bytes of spare ones are left open.
+template <class R>
+Item read(const R &array, int64_t index) {
+  if constexpr (kIsWords<R>) {
+    const uint64_t word = index < 4 ? array.inline_items[index] : array.tail[index - 4];
+    return {"", word, word};
+  } else if constexpr (kIsItems<R>) {
+    return {"", array.items[index], array.items[index]};
+  } else if constexpr (kHasBytes<R>) {
+    const auto &[offset, length, value] = array.entries[index];
+    return {index < array.count ? std::string(stored_keys(array.keys).substr(offset, length)) : "", 0, value};
+  } else {
+    return {"", array.entries[index].key, array.entries[index].value};
+  }
+}
+// The copy that a block has in the clone of its pool; 0 of what is no block.
+inline uint64_t copied_block(const mub_pool &pool, const mub_pool &copy, uint64_t block) {
+  for (int64_t i = 0; i < pool.chunk_count; ++i) {
+    const uint64_t offset = block - reinterpret_cast<uintptr_t>(pool.chunks[i]);
+    const auto bytes = static_cast<uint64_t>(pool.blocks_per_chunk * pool.block_size);
+    if (offset < bytes) return reinterpret_cast<uintptr_t>(copy.chunks[i]) + offset;
+  }
+  return 0;
+}
+
+// ---- worlds
 
 template <class R>
 struct Slot {
   R record;
   Table table = {};
-  Pool pool = Pool::kNone;
-  int64_t blocks = 0;  // taken from its own pool
-
-  const mub_pool *own_pool() const {
-    if constexpr (Kind<R>::kHasPool) return record.own_pool != 0 ? record.pool : nullptr;
-    return nullptr;
-  }
+  mub_pool *pool = nullptr;  // its own, the world's or none
+  int64_t blocks = 0;        // taken from its own
 };
+template <class R>
+struct KeyOut;
 
 template <class R>
 struct WorldOf : World {
-  using Kind = mub_test::Kind<R>;
+  using Number = std::make_unsigned_t<Difference<R>>;
   static constexpr int kSlots = 3;
+  static constexpr int64_t kLeast = kIsWords<R> ? 4 : 0;
 
   WorldOf(Program drawn, Refusals refused) : World(drawn, refused) {
     for (mub_pool *each : {&pool, &users[0], &users[1]}) mub_pool_init(each);
-    for (mub_pool *each : {&pool, &users[0], &users[1]}) each->block_size = 8;
+    pool.block_size = users[0].block_size = users[1].block_size = 8;
     for (auto &slot : slots) start(slot);
   }
   ~WorldOf() {
-    for (auto &slot : slots) Kind::term(&slot.record);
+    for (auto &slot : slots) term(&slot.record);
     for (mub_pool *each : {&pool, &users[0], &users[1]}) mub_pool_term(each);
   }
-
+  bool owns_pool(const Slot<R> &slot) const { return slot.pool != nullptr && slot.pool != &pool; }
   void start(Slot<R> &slot) {
     const int64_t settings = program.below(6);
     slot = {};
-    if (Kind::kHasPool) slot.pool = static_cast<Pool>(settings % 3);
-    call([&] { Kind::init(&slot.record, slot.pool == Pool::kOwn ? 7 : 0); });
+    std::memset(&slot.record, kIsWords<R> ? 0 : 0xA5, sizeof slot.record);
+    call([&] { init(&slot.record, settings % 3 == 2 ? 7 : 0); });
     EXPECT_EQ(slot.record.descending, 0);
     slot.record.descending = settings < 3 ? 0 : 7;
-    slot.table.resize(Kind::kLeast);
-    if constexpr (Kind::kHasPool) {
-      if (failed) slot.pool = Pool::kNone;
-      if (slot.pool == Pool::kOfCaller) slot.record.pool = &pool;
-      if (slot.pool == Pool::kOwn) slot.record.pool->block_size = 8;
+    slot.table.resize(kLeast);
+    if constexpr (!kIsWords<R>) {
+      EXPECT_TRUE(failed || (settings % 3 == 2) == (slot.record.pool != nullptr));
+      if (settings % 3 == 1) slot.record.pool = &pool;
+      slot.pool = slot.record.pool;
+      if (owns_pool(slot)) slot.pool->block_size = 8;
     }
   }
-
-  void begin(Slot<R> &slot) {
-    self = &slot;
+  R *draw_self() {
+    self = &slots[program.below(kSlots)];
+    peer = nullptr;
+    key_out = nullptr;
     item = {};
     has_comparer = is_measured = is_unique = false;
-    peer = nullptr;
-    outs = nullptr;
     order = nullptr;
     context = extra = 0;
     seen.clear();
     // Where there is no out value, initialisers see the count.
-    out_value = reinterpret_cast<const uint64_t *>(&slot.record.count);
-    if constexpr (std::is_same_v<R, mub_array>) has_key_block = slot.record.keys.data != nullptr;
+    out_value = reinterpret_cast<const uint64_t *>(&self->record.count);
+    return &self->record;
   }
   void compare() {
-    for (auto &slot : slots) {
-      if (&slot != self && &slot != peer) continue;
-      const R &record = slot.record;
-      Table &table = slot.table;
+    for (auto *slot : {self, peer}) {
+      if (slot == nullptr) continue;
+      const R &record = slot->record;
+      Table &table = slot->table;
       mix(record.count);
       ASSERT_EQ(record.count, table.count);
       // A step that was refused something may have reserved slots, and written to spare ones.
       if (failed) table.resize(record.capacity);
       ASSERT_EQ(record.capacity, table.capacity());
-      int64_t bytes = 0;
+      size_t bytes = 0;
       for (int64_t i = 0; i < table.capacity(); ++i) {
-        const Item own = Kind::read(record, i);
+        const Item own = read(record, i);
         if (i >= table.used()) table[i].bytes.clear();
         if (i >= table.used() && failed) table[i] = own;
         ASSERT_TRUE(table[i].fields() == own.fields()) << "slot " << i;
-        bytes += static_cast<int64_t>(own.bytes.size());
+        bytes += own.bytes.size();
       }
-      if constexpr (std::is_same_v<R, mub_array>) {
-        ASSERT_EQ(record.keys.length, bytes) << "bytes of no key";
-      }
-      if constexpr (Kind::kHasPool) {
-        ASSERT_EQ(record.own_pool, slot.pool == Pool::kOwn);
-        ASSERT_EQ(record.pool == nullptr, slot.pool == Pool::kNone);
-        ASSERT_TRUE(slot.own_pool() == nullptr || slot.own_pool()->live_count == slot.blocks);
+      ASSERT_EQ(bytes, key_bytes(record)) << "bytes of no key";
+      if constexpr (!kIsWords<R>) {
+        ASSERT_TRUE(record.pool == slot->pool && record.own_pool == owns_pool(*slot));
+        ASSERT_TRUE(!owns_pool(*slot) || slot->pool->live_count == slot->blocks);
       }
     }
     ASSERT_EQ(pool.live_count, blocks);
+  }
+  static size_t key_bytes(const R &record) {
+    if constexpr (kHasBytes<R>) return stored_keys(record.keys).size();
+    return 0;
   }
 
   int64_t draw_index() {
     index = program.near(program.one_in(4) ? self->record.capacity : self->record.count);
     // What the keys of spare slots refer to is left open.
-    if (std::is_same_v<R, mub_array> && index >= self->table.count) index = INT64_MAX;
+    if (kHasBytes<R> && index >= self->table.count) index = INT64_MAX;
     return index;
   }
   // Some slots, or more than there can be.
@@ -328,23 +256,22 @@ struct WorldOf : World {
   int64_t draw_n() { return draw_wanted(); }
   uint64_t draw_value() {
     item.value = static_cast<uint64_t>(program.below(64));
-    if constexpr (!Kind::kHasPool)
-      item.value = hard_number<uint32_t>(program.below(40)) | item.value >> 5 << 63;
-    if (Kind::kIsBare) item.number = item.value;
+    if (kIsWords<R>) item.value = hard_number<uint32_t>(program.below(40)) | item.value >> 5 << 63;
+    if (kIsBare<R>) item.number = item.value;
     return item.value;
   }
   uint64_t draw_item() { return draw_value(); }
-  typename Kind::Key draw_key() {
-    item.number = Kind::kHasPool && Kind::kIsBare ? static_cast<uint64_t>(program.below(64))
-                                                  : hard_number<typename Kind::Key>(program.below(40));
-    if (self->table.used() > 0 && program.one_in(2))
-      item.number = self->table[program.below(self->table.used())].number;
-    return static_cast<typename Kind::Key>(item.number);
+  Number draw_key() {
+    item.number =
+        kIsItems<R> ? static_cast<uint64_t>(program.below(64)) : hard_number<Number>(program.below(40));
+    const int64_t used = self->table.used();
+    if (used > 0 && program.one_in(2)) item.number = self->table[program.below(used)].number;
+    return static_cast<Number>(item.number);
   }
   uint64_t draw_context() { return context = 0xC0FFEE; }
   uint64_t draw_extra() { return extra = 0xFACE; }
-  int draw_ascending() { return is_ascending = program.one_in(2), is_ascending ? 7 : 0; }
-  int draw_unique() { return is_unique = program.one_in(2), is_unique ? 7 : 0; }
+  int draw_ascending() { return (is_ascending = program.one_in(2)) ? 7 : 0; }
+  int draw_unique() { return (is_unique = program.one_in(2)) ? 7 : 0; }
   int draw_separator() { return program.one_in(2) ? ',' : 0x700 | ','; }
   AnyComparer draw_compare() {
     static constexpr decltype(order) kOrders[] = {nullptr, by_rank, by_rank, by_whim};
@@ -355,21 +282,15 @@ struct WorldOf : World {
 
   // ---- what is expected of a step, and put into the model
 
-  struct Found {
-    int64_t hit;
-    int64_t gap;
-  };
   // The slot that a search finds, or -1, and where a new one belongs.
-  Found search() {
+  std::pair<int64_t, int64_t> search() {
     Table &table = self->table;
     if (has_comparer && order == nullptr) return {-1, table.count};
     std::vector<int> signs;
     for (int64_t i = 0; i < table.used(); ++i) {
-      const Item &own = table[i];
-      const auto difference = static_cast<typename Kind::Sign>(own.number - item.number);
-      int sign = own.bytes.compare(item.bytes);
-      if (sign == 0)
-        sign = has_comparer ? order(own.value, item.number) : difference < 0 ? -1 : difference > 0;
+      const auto difference = static_cast<Difference<R>>(table[i].number - item.number);
+      int sign = has_comparer ? order(table[i].value, item.number) : table[i].bytes.compare(item.bytes);
+      if (!has_comparer && !kHasBytes<R>) sign = difference < 0 ? -1 : difference > 0;
       signs.push_back(sign == 0 ? 0 : (sign < 0) == (self->record.descending == 0) ? -1 : 1);
     }
     int64_t low = 0, high = table.used() - 1;
@@ -386,63 +307,59 @@ struct WorldOf : World {
     return {-1, low};
   }
   bool is_refused() const { return failed && self->record.count == self->table.count; }
-  // Adds the drawn item at an index as the record has it; false when that was refused.
-  bool add(int64_t at, bool is_appended = false) {
+  // Adds the drawn item at an index as the record has it; -1 when that was refused.
+  int64_t add(int64_t at, bool is_appended = false) {
     Table &table = self->table;
-    if (at < 0 || is_refused()) return false;
-    table.expand(table.count + 1, Kind::kLeast);
+    if (at < 0 || is_refused()) return -1;
+    table.expand(table.count + 1, kLeast);
     at = std::min(at, table.count);
-    if constexpr (std::is_same_v<R, mub_array>) {
-      // The empty key comes after all others, and stands for one that finds no room there.
-      if (at < table.count && item.bytes.empty()) return false;
-      if (is_appended && failed && self->record.entries[at].key_length == 0) item.bytes.clear();
-    }
+    // The empty key comes after all others, and stands for one that finds no room there.
+    if (kHasBytes<R> && at < table.count && item.bytes.empty()) return -1;
+    if (is_appended && failed && read(self->record, at).bytes.empty()) item.bytes.clear();
     table.slots.erase(table.slots.begin() + table.count++);
     table.slots.insert(table.slots.begin() + at, item);
-    return true;
+    return at;
   }
   // The same with a block that was taken for it, or 0.
-  bool add_block(int64_t at, uint64_t block, bool is_appended = false) {
+  int64_t add_block(int64_t at, uint64_t block, bool is_appended = false) {
     item.value = block;
-    if (Kind::kIsBare) item.number = block;
-    if (!add(at, is_appended)) return false;
-    EXPECT_TRUE((block != 0) == (self->pool != Pool::kNone) || failed);
+    if (kIsBare<R>) item.number = block;
+    at = add(at, is_appended);
+    if (at < 0) return at;
+    EXPECT_TRUE((block != 0) == (self->pool != nullptr) || failed);
     EXPECT_EQ(seen, block != 0 && is_callback_given ? std::vector{block} : std::vector<uint64_t>());
-    if (block != 0) ++(self->pool == Pool::kOwn ? self->blocks : blocks);
-    return true;
+    if (block != 0) ++(owns_pool(*self) ? self->blocks : blocks);
+    return at;
   }
   void expect_released(std::vector<uint64_t> values) {
     values.erase(std::remove(values.begin(), values.end(), 0u), values.end());
-    if (self->pool == Pool::kOfCaller) blocks -= static_cast<int64_t>(values.size());
+    if (self->pool == &pool) blocks -= static_cast<int64_t>(values.size());
     EXPECT_EQ(seen, is_callback_given ? values : std::vector<uint64_t>());
   }
   uint64_t cut(int64_t at) {
     Table &table = self->table;
     if (at < 0) return 0;
     const uint64_t value = table[at].value;
-    if (!std::is_same_v<R, mub_arrays>) table[at] = {"", 0, Kind::kHasPool ? value : 0};
-    const auto gap = table.slots.begin() + at;
-    std::copy(gap + 1, table.slots.begin() + table.used(), gap);
+    if (!kIsItems<R>) table[at] = {"", 0, kIsWords<R> ? 0 : value};
+    std::copy(table.slots.begin() + at + 1, table.slots.begin() + table.used(), table.slots.begin() + at);
     table.count = table.used() - 1;
     return value;
   }
   uint64_t exchange(int64_t at) {
     if (at < 0) return 0;
-    if (Kind::kIsBare) self->table[at].number = item.value;
+    if (kIsBare<R>) self->table[at].number = item.value;
     return std::exchange(self->table[at].value, item.value);
-  }
-  void expect_outs(int64_t at) {
-    if (outs == nullptr) return;
-    EXPECT_TRUE(*outs == Kind::outs(self->record, at, at < 0 ? Item() : self->table[at]));
   }
 
   int64_t live_index() { return self->table.live(index); }
-  int64_t position(op::get_entry_) { return Kind::is_reached(self->record, index) ? index : -1; }
-  int64_t position(op::get_at_) { return position(op::get_entry_()); }
+  int64_t position(op::get_at_) {
+    return kIsWords<R> || index >= self->table.capacity() ? live_index() : std::max<int64_t>(index, -1);
+  }
+  int64_t position(op::get_entry_) { return position(op::get_at_()); }
   int64_t position(op::get_first_) { return self->table.live(0); }
   int64_t position(op::get_last_) { return self->table.live(self->table.count - 1); }
-  int64_t position(op::find_) { return search().hit; }
-  int64_t position(op::entry_find_) { return is_measured ? -1 : search().hit; }
+  int64_t position(op::find_) { return search().first; }
+  int64_t position(op::entry_find_) { return is_measured ? -1 : search().first; }
   int64_t position(op::bfind_) {
     const auto [hit, gap] = search();
     if (has_comparer && order == nullptr) return -1;
@@ -450,28 +367,31 @@ struct WorldOf : World {
   }
   int64_t position(op::afind_) {
     int64_t at = 0;
-    while (at < self->table.used() && item.compare_key(self->table[at]) != 0) ++at;
+    while (at < self->table.used() && item.key() != self->table[at].key()) ++at;
     return self->table.live(at);
   }
   template <class Op, class Result>
   auto expect(Op op, Result result) -> decltype(position(op), void()) {
     const int64_t at = position(op);
-    expect_outs(at);
-    if constexpr (std::is_pointer_v<Result>) {
-      EXPECT_EQ(result, at < 0 ? nullptr : slots_of(self->record) + at);
-    } else if constexpr (std::is_same_v<Result, int>) {
-      EXPECT_EQ(result, at >= 0);
-    } else if constexpr (std::is_signed_v<Result>) {
-      EXPECT_EQ(result, at);
+    if (key_out != nullptr) key_out->expect(self->record, at, at < 0 ? Item() : self->table[at]);
+    expect_at(at, result);
+  }
+  void expect_at(int64_t at, int result) { EXPECT_EQ(result, at >= 0); }
+  void expect_at(int64_t at, int64_t result) { EXPECT_EQ(result, at); }
+  void expect_at(int64_t at, uint64_t result) { EXPECT_EQ(result, at < 0 ? 0 : self->table[at].value); }
+  template <class E>
+  void expect_at(int64_t at, E *result) {
+    if constexpr (kIsItems<R>) {
+      EXPECT_EQ(result, at < 0 ? nullptr : self->record.items + at);
     } else {
-      EXPECT_EQ(result, at < 0 ? 0 : self->table[at].value);
+      EXPECT_EQ(result, at < 0 ? nullptr : self->record.entries + at);
     }
   }
 
   void expect(op::append_, None) { add(self->table.count, true); }
   void expect(op::append_new_, uint64_t result) {
     const auto count = static_cast<uint64_t>(self->table.count);
-    EXPECT_TRUE(add_block(self->table.count, result, true) || result == 0);
+    EXPECT_TRUE(add_block(self->table.count, result, true) >= 0 || result == 0);
     EXPECT_TRUE(seen.empty() || out_value_seen == count) << "added before it is initialised";
   }
   void expect(op::insert_at_, None) { add(is_measured ? -1 : index); }
@@ -483,56 +403,64 @@ struct WorldOf : World {
   void expect(op::insert_new_, int result) {
     const auto [hit, gap] = search();
     const uint64_t out = *out_value;
-    if (hit >= 0) {
-      EXPECT_TRUE(result == -1 && seen.empty() && out == self->table[hit].value);
-    } else {
-      EXPECT_EQ(result, add_block(gap, out) ? gap : -1);
-      EXPECT_TRUE(result >= 0 ? seen.empty() || out_value_seen == out : out == 0);
-    }
+    EXPECT_EQ(result, add_block(gap, out));
+    EXPECT_TRUE(hit < 0 || seen.empty());
+    EXPECT_TRUE(result >= 0 ? seen.empty() || out_value_seen == out
+                            : out == (hit < 0 ? 0 : self->table[hit].value));
   }
   template <class E>
   void expect(op::entry_insert_, E *result) {
-    auto [hit, gap] = search();
-    if (is_measured && self->table.count > 0) {
-      hit = -1;
-    } else if (hit < 0) {
-      hit = add(gap) ? gap : -1;
-    }
-    EXPECT_EQ(result, hit < 0 ? nullptr : slots_of(self->record) + hit);
+    const auto [hit, gap] = search();
+    if (is_measured && self->table.count > 0) return expect_at(-1, result);
+    expect_at(hit >= 0 ? hit : add(gap), result);
   }
   void expect(op::append_array_, None) {
     Table &table = self->table;
     const int64_t count = table.count, added = peer->table.used();
     if (is_refused()) return;
-    table.expand(count + added, Kind::kLeast);
+    table.expand(count + added, kLeast);
     for (int64_t i = 0; i < added; ++i) table[count + i] = peer->table[i];
     table.count += added;
   }
   void expect(op::from_string_, None) {
     for (size_t start = 0, end; start < text.size() && !is_refused(); start = end + 1) {
       end = std::min(text.find(',', start), text.size());
-      mub_char piece;
-      mub_char_init(&piece);
-      piece.data = &text[start];
-      piece.length = static_cast<int64_t>(end - start);
+      mub_char piece = {&text[start], static_cast<int64_t>(end - start)};
       mub_char_trim(&piece);
       if (end == text.size() && piece.length == 0) break;
-      item = Kind::parsed(std::string(piece.data, static_cast<size_t>(piece.length)));
+      item.bytes.assign(piece.data, static_cast<size_t>(piece.length));
+      if (!kHasBytes<R>) {
+        const auto number =
+            static_cast<uint64_t>(std::strtoll(std::exchange(item.bytes, "").c_str(), nullptr, 10));
+        item.number = kIsWords<R> ? number : static_cast<Number>(number);
+        item.value = kIsWords<R> ? number : 0;
+      }
       add(self->table.count, true);
     }
+  }
+  void expect(op::to_string_, None) {
+    std::string expected = failed ? "old" : "";
+    for (int64_t i = 0; i < self->table.used() && !failed; ++i) {
+      const Item &own = self->table[i];
+      const std::string number =
+          kIsWords<R> ? std::to_string(static_cast<int64_t>(own.number)) : std::to_string(own.number);
+      expected += (expected.empty() ? "" : ",") + (kHasBytes<R> ? own.bytes : number);
+    }
+    EXPECT_EQ(std::string(joined->data, static_cast<size_t>(joined->length)), expected);
   }
 
   template <class Result>
   void expect(op::remove_, Result result) {
-    const int64_t hit = search().hit;
+    const int64_t hit = search().first;
     const uint64_t value = cut(hit);
-    EXPECT_EQ(result, static_cast<Result>(std::is_signed_v<Result> ? hit >= 0 : value));
+    EXPECT_EQ(result, static_cast<Result>(kIsWords<R> ? hit >= 0 : value));
   }
   void expect(op::remove_at_, uint64_t result) {
-    expect_outs(live_index());
-    EXPECT_EQ(result, cut(live_index()));
+    const int64_t at = live_index();
+    if (key_out != nullptr) key_out->expect(self->record, at, at < 0 ? Item() : self->table[at]);
+    EXPECT_EQ(result, cut(at));
   }
-  void expect(op::free_, None) { expect_released({cut(search().hit)}); }
+  void expect(op::free_, None) { expect_released({cut(search().first)}); }
   void expect(op::free_at_, None) { expect_released({cut(live_index())}); }
   void expect(op::free_all_entry_, None) {
     std::vector<uint64_t> values;
@@ -540,112 +468,88 @@ struct WorldOf : World {
     expect_released(values);
   }
   template <class Result>
-  void expect(op::free_all_, Result) {
+  void expect(op::free_all_, Result result) {
     expect(op::free_all_entry_(), None());
-    if constexpr (std::is_same_v<R, mub_array>) {
-      EXPECT_EQ(self->record.keys.data, nullptr);
-    }
-    self->table = {};
-    self->blocks = 0;
+    expect(op::remove_all_(), result);
   }
   template <class Result>
   void expect(op::remove_all_, Result) {
-    if constexpr (std::is_same_v<R, mub_array>) {
-      EXPECT_EQ(self->record.keys.data != nullptr, has_key_block);
-    }
     self->table = {};
     self->blocks = 0;
   }
   template <class Result>
   void expect(op::set_at_, Result result) {
     const int64_t at = failed ? -1 : position(op::get_at_());
-    if (at >= 0 && !Kind::kIsBare) self->table[at] = {item.bytes, item.number, self->table[at].value};
+    if (at >= 0) std::tie(self->table[at].bytes, self->table[at].number) = item.key();
     const uint64_t before = exchange(at);
-    if constexpr (!std::is_same_v<Result, None>) {
-      EXPECT_EQ(result, before);
-    }
+    EXPECT_TRUE(is_same(result, before));
   }
+  static bool is_same(None, uint64_t) { return true; }
+  static bool is_same(uint64_t result, uint64_t expected) { return result == expected; }
   void expect(op::update_at_, uint64_t result) { EXPECT_EQ(result, exchange(position(op::get_at_()))); }
-  void expect(op::update_, uint64_t result) { EXPECT_EQ(result, exchange(search().hit)); }
+  void expect(op::update_, uint64_t result) { EXPECT_EQ(result, exchange(search().first)); }
 
   void expect(op::expand_, int result) {
     EXPECT_EQ(result, index <= self->table.capacity() || (index < 1000 && !failed));
-    self->table.expand(result == 1 ? index : 0, Kind::kLeast);
+    self->table.expand(result == 1 ? index : 0, kLeast);
   }
   void expect(op::shrink_, None) {
     Table &table = self->table;
-    if (index < 0 || (table.capacity() == 0 && !Kind::kShrinksAlways)) return;
-    const int64_t count = std::min(index, table.capacity());
-    ASSERT_EQ(self->record.count, count);
+    if (index < 0 || (table.capacity() == 0 && (kHasBytes<R> || kIsItems<R>))) return;
+    const int64_t before = std::exchange(table.count, std::min(index, table.capacity()));
+    ASSERT_EQ(self->record.count, table.count);
     // What the keys of spare slots refer to is left open.
-    if (std::is_same_v<R, mub_array>) {
-      self->record.count = table.count;
-    } else {
-      table.count = count;
-    }
+    if (kHasBytes<R>) self->record.count = table.count = before;
   }
   void expect(op::swap_, None) {
     std::swap(self->table, peer->table);
-    if (!std::is_same_v<R, mub_arrays>) return;
+    if (!kIsItems<R>) return;
     std::swap(self->pool, peer->pool);
     std::swap(self->blocks, peer->blocks);
   }
   template <class Result>
   void expect(op::clone_, Result) {
-    if (self == peer || (failed && !Kind::kHasPool)) return;
-    const bool is_owner = self->pool == Pool::kOwn, has_copies = is_owner && peer->pool == Pool::kOwn;
-    if (!is_owner) peer->pool = self->pool;
-    peer->blocks = has_copies ? peer->own_pool()->live_count : 0;
+    if (self == peer || (failed && kIsWords<R>)) return;
+    const bool owns = owns_pool(*self), has_copies = owns && owns_pool(*peer);
+    if (!owns) peer->pool = self->pool;
+    peer->blocks = has_copies ? peer->pool->live_count : 0;
     Table &copy = peer->table;
-    copy.expand(self->table.capacity(), Kind::kLeast);
+    copy.expand(self->table.capacity(), kLeast);
     copy.count = self->table.count;
     if (failed && peer->record.capacity == 0) return copy.slots.clear();
     EXPECT_EQ(peer->blocks, has_copies ? self->blocks : 0);
     std::vector<uint64_t> values;
     for (int64_t i = 0; i < self->table.used(); ++i) {
-      copy[i] = item = self->table[i];
-      if (!is_owner) continue;
-      item.value = has_copies ? copied_block(*self->own_pool(), *peer->own_pool(), item.value) : 0;
-      values.insert(values.end(), {copy[i].value, item.value});
-      std::swap(self, peer);
-      exchange(i);
-      std::swap(self, peer);
+      const uint64_t value = self->table[i].value;
+      copy[i] = self->table[i];
+      if (!owns) continue;
+      copy[i].value = has_copies ? copied_block(*self->pool, *peer->pool, value) : 0;
+      if (kIsBare<R>) copy[i].number = copy[i].value;
+      values.insert(values.end(), {value, copy[i].value});
     }
     EXPECT_EQ(seen, is_callback_given ? values : std::vector<uint64_t>());
   }
+  void expect(op::length_, int64_t result) { EXPECT_EQ(result, 8 * self->table.count); }
 
-  void expect(op::qsort_, None) {
+  void expect(op::qsort_, None) { expect_sorted(is_ascending); }
+  void expect(op::qsort_p_, None) { expect_sorted(true); }
+  void expect(op::qsort_n_, None) { expect_sorted(false); }
+  void expect_sorted(bool is_upward) {
     Table &table = self->table;
     if (failed || (has_comparer && order == nullptr)) return;
     std::vector<Item> items(table.slots.begin(), table.slots.begin() + table.used());
     const auto compared = std::exchange(seen, {});
-    sort_by_steps(items, 0, table.used() - 1, [this](const Item &a, const Item &b) {
+    sort_by_steps(items, 0, table.used() - 1, [&](const Item &a, const Item &b) {
       if (has_comparer) seen.insert(seen.end(), {a.value, b.value});
-      const int sign = has_comparer ? order(a.value, b.value) : a.compare_key(b);
-      return sign == 0 ? 0 : (sign < 0) == is_ascending ? -1 : 1;
+      const int sign = has_comparer ? order(a.value, b.value) : (a.key() > b.key()) - (a.key() < b.key());
+      return sign == 0 ? 0 : (sign < 0) == is_upward ? -1 : 1;
     });
     EXPECT_EQ(compared, seen);
     const auto is_equal = [](const Item &a, const Item &b) { return a.value == b.value; };
     if (is_unique) items.erase(std::unique(items.begin(), items.end(), is_equal), items.end());
     std::copy(items.begin(), items.end(), table.slots.begin());
-    table.count = is_unique ? static_cast<int64_t>(items.size()) : table.count;
+    if (is_unique) table.count = static_cast<int64_t>(items.size());
   }
-  void expect(op::qsort_p_, None) {
-    is_ascending = true;
-    expect(op::qsort_(), None());
-  }
-  void expect(op::qsort_n_, None) {
-    is_ascending = false;
-    expect(op::qsort_(), None());
-  }
-  // The text, in a block that grew as pieces were appended.
-  void expect(op::to_string_, None) {
-    std::string expected = failed ? "old" : "";
-    for (int64_t i = 0; i < self->table.used() && !failed; ++i)
-      expected += (expected.empty() ? "" : ",") + Kind::piece(self->table[i]);
-    EXPECT_EQ(std::string(joined->data, static_cast<size_t>(joined->length)), expected);
-  }
-  void expect(op::length_, int64_t result) { EXPECT_EQ(result, 8 * self->table.count); }
 
   Slot<R> slots[kSlots];
   mub_pool pool, users[2];
@@ -654,16 +558,29 @@ struct WorldOf : World {
   // What this step has drawn.
   Slot<R> *self = nullptr, *peer = nullptr;
   Item item = {};
-  bool is_measured = false;  // the key's length is negative
   int64_t index = 0;
-  bool is_ascending = false, is_unique = false, has_comparer = false, has_key_block = false;
-  const typename Kind::KeyOuts *outs = nullptr;
+  bool is_measured = false;  // the key's length is negative
+  bool is_ascending = false, is_unique = false, has_comparer = false;
+  const KeyOut<R> *key_out = nullptr;
   std::string text;
   mub_string *joined = nullptr;
 };
 
 // ---- roles
 
+template <auto kDraw>
+struct Drawn;
+template <class W, class T, T (W::*kDraw)()>
+struct Drawn<kDraw> {
+  explicit Drawn(W &world) : word((world.*kDraw)()) {}
+  auto arguments() const { return std::tuple(word); }
+  static constexpr bool fits = true;
+  T word;
+};
+template <class R>
+using Self = Drawn<&WorldOf<R>::draw_self>;
+template <class R>
+using Value = Drawn<&WorldOf<R>::draw_value>;
 template <class R>
 struct Key : Drawn<&WorldOf<R>::draw_key> {
   using Drawn<&WorldOf<R>::draw_key>::Drawn;
@@ -682,41 +599,44 @@ struct Key<mub_array> : ByteKeyArgument<WorldOf<mub_array>> {
   }
   static constexpr bool fits = true;
 };
-template <class R>
-struct Self {
-  explicit Self(WorldOf<R> &world) {
-    world.begin(world.slots[world.program.below(WorldOf<R>::kSlots)]);
-    record = &world.self->record;
-  }
-  auto arguments() const { return std::tuple(record); }
-  static constexpr bool fits = true;
-  R *record;
-};
 // Any record, this one included.
 template <class R>
 struct Peer {
-  explicit Peer(WorldOf<R> &world) : slot(&world.slots[world.program.below(WorldOf<R>::kSlots)]) {
-    world.peer = slot;
-    fits = slot->table.count + world.self->table.count < 200;
+  explicit Peer(WorldOf<R> &world) {
+    world.peer = &world.slots[world.program.below(WorldOf<R>::kSlots)];
+    record = &world.peer->record;
+    fits = world.peer->table.count + world.self->table.count < 200;
   }
-  auto arguments() const { return std::tuple(&slot->record); }
-  Slot<R> *slot;
+  auto arguments() const { return std::tuple(record); }
+  R *record;
   bool fits;
 };
 template <class R>
-struct Destination : Peer<R> {
-  using Peer<R>::Peer;
-};
+inline constexpr bool kIsWritten<Peer<R>> = true;
 template <class R>
-inline constexpr bool kIsWritten<Destination<R>> = true;
+using Destination = Peer<R>;
 template <class R>
 struct KeyOut {
-  explicit KeyOut(WorldOf<R> &world) { world.outs = &outs; }
+  explicit KeyOut(WorldOf<R> &world) { world.key_out = this; }
   auto arguments() {
-    return std::apply([](auto &...out) { return std::tuple(&out...); }, outs);
+    if constexpr (kHasBytes<R>) {
+      return std::tuple(&data, &length);
+    } else {
+      return std::tuple(&number);
+    }
+  }
+  void expect(const R &record, int64_t index, const Item &item) const {
+    if constexpr (kHasBytes<R>) {
+      ASSERT_EQ(data == nullptr, index < 0 || record.keys.data == nullptr);
+      EXPECT_TRUE(item.bytes == (data == nullptr ? "" : std::string(data, static_cast<size_t>(length))));
+    } else {
+      EXPECT_EQ(number, item.number);
+    }
   }
   static constexpr bool fits = true;
-  typename Kind<R>::KeyOuts outs;
+  typename WorldOf<R>::Number number = 77;
+  const char *data = "not set";
+  int64_t length = 77;
 };
 // A text to be split, which may be the array's own keys.
 template <class R>
@@ -726,7 +646,7 @@ struct Pieces {
     for (int64_t left = program.below(program.one_in(4) ? 100 : 12); left > 0; --left)
       drawn += ",, \t\n019-ax"[program.below(11)];
     text = drawn;
-    if constexpr (std::is_same_v<R, mub_array>) {
+    if constexpr (kHasBytes<R>) {
       if (program.one_in(4)) text = stored_keys(world.self->record.keys);
     }
     world.text = text;
@@ -750,11 +670,10 @@ struct Joined {
   static constexpr bool fits = true;
   mub_string string;
 };
-
 // Words anywhere.
 struct Words {
   explicit Words(WorldOf<mub_arrayt> &world) {
-    world.begin(world.slots[0]);
+    world.draw_self();
     for (int64_t left = world.program.below(40); left > 0; --left) drawn.push_back(world.draw_value());
     words = drawn;
   }
@@ -762,38 +681,36 @@ struct Words {
   static constexpr bool fits = true;
   std::vector<uint64_t> drawn, words;
 };
-template <class R>
-using Value = Drawn<&WorldOf<R>::draw_value>;
 
 template <class R, class F>
 void by_hand(op::init_, WorldOf<R> &world, F) {
-  const Self<R> self(world);
-  Kind<R>::term(self.record);
-  EXPECT_EQ(self.record->count, 0);
-  EXPECT_EQ(self.record->capacity, Kind<R>::kLeast);
+  R *record = world.draw_self();
+  term(record);
+  EXPECT_TRUE(record->count == 0 && record->capacity == WorldOf<R>::kLeast);
   world.start(*world.self);
 }
 template <class R, class F>
-void by_hand(op::term_, WorldOf<R> &world, F term) {
-  by_hand(op::init_(), world, term);
+void by_hand(op::term_, WorldOf<R> &world, F end) {
+  by_hand(op::init_(), world, end);
 }
 // One, or many at once.
 template <class R, class F>
 void by_hand(op::append_, WorldOf<R> &world, F append) {
   int64_t left = world.program.one_in(4) ? world.program.below(40) : 1;
   do {
-    if constexpr (Kind<R>::kIsBare) {
+    if constexpr (kIsBare<R>) {
       step<op::append_, Self<R>, Value<R>>(world, append);
     } else {
       step<op::append_, Self<R>, Key<R>, Value<R>>(world, append);
     }
-  } while (--left > 0 && !world.failed);
+    ASSERT_NO_FATAL_FAILURE(world.compare());
+  } while (--left > 0);
 }
+
 template <class Op, class R, class... Rest>
 void check(Op op, WorldOf<R> &world, Self<R> &, Rest &&...rest) {
   world.expect(op, std::get<sizeof...(rest) - 1>(std::tie(rest...)));
 }
-
 template <class Op>
 void check(Op, WorldOf<mub_arrayt> &, Words &words, None) {
   std::sort(words.drawn.begin(), words.drawn.end());
