@@ -586,8 +586,8 @@ struct Key : Drawn<&WorldOf<R>::draw_key> {
   using Drawn<&WorldOf<R>::draw_key>::Drawn;
 };
 template <>
-struct Key<mub_array> : ByteKeyArgument<WorldOf<mub_array>> {
-  explicit Key(WorldOf<mub_array> &world) : ByteKeyArgument(world) {
+struct Key<mub_array> : ByteKey<mub_array> {
+  explicit Key(WorldOf<mub_array> &world) : ByteKey(world) {
     Table &table = world.self->table;
     if (table.used() > 0 && world.program.one_in(2)) {
       bytes = table[world.program.below(table.used())].bytes;

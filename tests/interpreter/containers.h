@@ -5,7 +5,7 @@
 //   Content                            the model of a record
 //   kEntryBytes, kNodeBytes            the sizes of its blocks; kHasNodePool says whether there are nodes
 //   init(record *, owned, has_values)  makes one; `owned` has a bit for each pool: entries, nodes, values
-//   set_order(record *, which)         gives it one of two orders, where there are orders
+//   set_order(record *, which)         gives it one of the orders 0 to 3, where there are orders
 //   free_all(record *, release), term(record *)
 //   compare(slot, blocks)              checks a record, and counts the value blocks that it holds
 #ifndef MUB_TESTS_INTERPRETER_CONTAINERS_H
@@ -50,6 +50,7 @@ struct WorldOf : World {
     // Two records have the same order, so that there is something to swap with and to clone to; the third
     // has another one, and perhaps plain words for values.
     const int settings = program.byte() | program.byte() << 8;
+    orders = settings >> 10 & 2;
     for (int i = 0; i < kSlots; ++i) {
       slots[i].owned = settings >> (3 * i) & 7;
       slots[i].has_values = i < 2 || (settings >> 9 & 1) != 0;
@@ -74,7 +75,7 @@ struct WorldOf : World {
     }
     if (slot.has_values && !slot.owns_values()) slot.record.value_pool = &values;
     if (slot.record.value_pool != nullptr) slot.record.value_pool->block_size = sizeof(uint64_t);
-    Kind<R>::set_order(&slot.record, &slot == &slots[2] ? 1 : 0);
+    Kind<R>::set_order(&slot.record, (&slot == &slots[2] ? 1 : 0) + orders);
   }
   void end(Slot<R> &slot) {
     Kind<R>::free_all(&slot.record, nullptr);
@@ -116,6 +117,7 @@ struct WorldOf : World {
   mub_pool entries, nodes, values, users[2];
   Slot<R> *self = nullptr;  // of this step
   int64_t next_sequence = 0;
+  int orders = 0;  // 0 or 2: with the next one, those of this world
 };
 
 template <class R>

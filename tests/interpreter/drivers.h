@@ -20,8 +20,6 @@
 namespace mub_test {
 
 template <class R>
-struct WorldOf;
-template <class R>
 using StepsOf = std::vector<Step<WorldOf<R>>>;
 template <class R>
 StepsOf<R> steps_of();
@@ -98,7 +96,7 @@ TYPED_TEST_SUITE_P(Programs);
 
 TYPED_TEST_P(Programs, AgreeWithTheModelWhileTwoThreadsRead) {
   uint64_t trace = 0;
-  this->run_many(30, Readers::kTwo, trace);
+  this->run_many(10, Readers::kTwo, trace);
 }
 REGISTER_TYPED_TEST_SUITE_P(Programs, AgreeWithTheModelWhileTwoThreadsRead);
 
@@ -106,7 +104,7 @@ REGISTER_TYPED_TEST_SUITE_P(Programs, AgreeWithTheModelWhileTwoThreadsRead);
 
 TYPED_TEST_P(Programs, AgreeWithTheModel) {
   uint64_t trace = 0;
-  this->run_many(100, Readers::kOne, trace);
+  this->run_many(50, Readers::kOne, trace);
   for (const auto &step : this->runner.steps)
     EXPECT_GT(step.reached, 0) << step.name << " is reached by no program";
   if (const char *traces = std::getenv("MUB_PROGRAM_TRACES"))
@@ -117,7 +115,7 @@ TYPED_TEST_P(Programs, AgreeWithTheModel) {
 // end.
 TYPED_TEST_P(Programs, SurviveRefusedAllocations) {
   std::mt19937_64 engine(run_seed() + 1);
-  for (int i = 0; i < 4; ++i) {
+  for (int i = 0; i < 2; ++i) {
     const Bytes bytes = random_bytes(engine, 250);
     const int64_t steps = this->runner.run(bytes).steps;
     for (const Blow blow : {Blow::kOnce, Blow::kForever}) {

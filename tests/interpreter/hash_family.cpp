@@ -1,43 +1,39 @@
 // Hash tables under programs: see maps.h.
 #include "hash_ops.inc"
-#include "interpreter/map_keys.h"
 #include "interpreter/maps.h"
 
 namespace mub_test {
 namespace {
 
-// The CRC register from its definition, bit by bit, started at 0.
-uint32_t bitwise_register(std::string_view bytes) {
+// The CRC register from its definition, bit by bit, started at 0. The same keys are asked for time and again.
+uint32_t bitwise_register(const std::string &bytes) {
+  static std::map<std::string, uint32_t> known;
+  const auto [found, is_new] = known.emplace(bytes, 0);
+  if (!is_new) return found->second;
   uint32_t crc = 0;
   for (const char c : bytes) {
     crc ^= static_cast<uint8_t>(c);
     for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320u : 0);
   }
-  return crc;
+  return found->second = crc;
 }
 
 }  // namespace
 
 // What the four kinds share.
 template <class R, class E>
-struct HashKind : MapKind {
-  using Node = E;
+struct HashKind : MapKind<R, E> {
   static constexpr bool kHasNodePool = false;
   static constexpr bool kIsOrdered = false;
   static constexpr bool kHandsOutFirst = true;  // the out value has the block before its initialiser runs
   static constexpr int64_t kEntryBytes = sizeof(E);
   static constexpr int64_t kNodeBytes = 8;
 
-  template <class F>
-  static void init_with(F init, R *record, int owned) {
-    init(record, owned & 1, owned & 4);
-  }
   static int owned_by(const R &record) { return record.owns_entry_pool | record.owns_value_pool << 2; }
 
-  // Invariants 1 to 4 of the engine. `has_key(entry)` checks what a kind keeps beside.
-  template <class HasKey>
-  static void read_chains(const Slot<R> &slot, Content &content, HasKey has_key) {
-    const R &table = slot.record;
+  // Invariants 1 to 4 of the engine.
+  static void read(const R &table, const Content &expected, Content &content) {
+    std::vector<const E *> entries;
     const int64_t buckets = table.buckets.count;
     ASSERT_TRUE(buckets == 0 ||
                 (buckets >= 4 && (buckets & (buckets - 1)) == 0 && buckets <= table.buckets.capacity));
@@ -45,151 +41,107 @@ struct HashKind : MapKind {
       int64_t last = 0;
       for (auto *entry = reinterpret_cast<const E *>(table.buckets.items[bucket]); entry != nullptr;
            entry = entry->next) {
+        entries.push_back(entry);
         const std::string text = Kind<R>::text_of(table, *entry);
-        const auto expected = slot.content.find(text);
-        ASSERT_TRUE(expected != slot.content.end()) << "a key that was not added";
-        ASSERT_EQ(Kind<R>::word_of(table, *entry) & static_cast<uint64_t>(buckets - 1),
-                  static_cast<uint64_t>(bucket));
-        ASSERT_LT(last, expected->second.sequence) << "chains hold the oldest first";
-        last = expected->second.sequence;
+        const auto item = expected.find(text);
+        ASSERT_TRUE(item != expected.end()) << "a key that was not added";
+        ASSERT_EQ(bucket_of(table, Kind<R>::word_of(table, *entry)), bucket);
+        ASSERT_LT(last, item->second.sequence) << "chains hold the oldest first";
+        last = item->second.sequence;
         ASSERT_TRUE(content.insert({text, {Kind<R>::bytes_of(table, *entry), entry->value, last}}).second);
-        ASSERT_NO_FATAL_FAILURE(has_key(*entry));
       }
     }
+    ASSERT_NO_FATAL_FAILURE(Kind<R>::compare_keys(table, entries));
     ASSERT_EQ(table.count, static_cast<int64_t>(content.size()));
-    ASSERT_TRUE(table.count == 0 || table.count < 2 * buckets);
-    ASSERT_TRUE(!slot.owns_entries() || table.entry_pool->live_count == table.count);
+    content.fits = table.count == 0 || table.count < 2 * buckets;
+    ASSERT_TRUE(table.owns_entry_pool == 0 || table.entry_pool->live_count == table.count);
   }
-  static void read(const Slot<R> &slot, Content &content) {
-    read_chains(slot, content, [](const E &) {});
-  }
-  static void read_copy(const Slot<R> &copy, const Content &source, Content &content) {
-    Slot<R> as_source{copy.record, source, owned_by(copy.record)};
-    if (copy.record.count > 0) Kind<R>::read(as_source, content);
+  static int64_t bucket_of(const R &table, uint64_t word) {
+    return static_cast<int64_t>(word & static_cast<uint64_t>(table.buckets.count - 1));
   }
 };
 
 template <>
-struct Kind<mub_hash> : HashKind<mub_hash, mub_hash_entry> {
-  using Record = mub_hash;
-  using KeyArgument = ByteKeyArgument<WorldOf<mub_hash>>;
-  static constexpr auto free_all = mub_hash_free_all;
-  static constexpr auto remove_all = mub_hash_remove_all;
-  static constexpr auto term = mub_hash_term;
-  static constexpr auto remove = mub_hash_remove;
-  static constexpr auto next = mub_hash_entry_next;
-  static void init(Record *table, int owned, bool has_values) {
-    mub_hash_init(table, owned & 1, has_values ? owned & 4 : 0);
-  }
-  static void set_order(Record *table, int which) { table->nocase = static_cast<int16_t>(which); }
-
-  static std::string bytes_of(const Record &table, const Node &entry) {
-    return std::string(stored_keys(table.keys).substr(entry.key_offset, entry.key_length));
-  }
-  static std::string text_of(const Record &table, const Node &entry) {
-    return table.nocase == 0 ? bytes_of(table, entry) : lowered(bytes_of(table, entry));
-  }
-  static uint64_t word_of(const Record &table, const Node &entry) {
+struct Kind<mub_hash> : HashKind<mub_hash, mub_hash_entry>, ByteKeyKind<mub_hash> {
+  using ByteKeyKind<mub_hash>::compare_keys;
+  static uint64_t word_of(const mub_hash &table, const mub_hash_entry &entry) {
     EXPECT_EQ(entry.hash, bitwise_register(text_of(table, entry)));
     return entry.hash;
   }
-  // The key store has the bytes of the live keys, and nothing else.
-  static void read(const Slot<Record> &slot, Content &content) {
-    std::map<uint32_t, uint32_t> parts;
-    const auto has_key = [&](const Node &entry) {
-      if (entry.key_length != 0) parts[entry.key_offset] = entry.key_length;
-    };
-    ASSERT_NO_FATAL_FAILURE(read_chains(slot, content, has_key));
-    int64_t end = 0;
-    for (const auto &[offset, length] : parts) {
-      ASSERT_EQ(offset, end);
-      end += length;
-    }
-    ASSERT_EQ(end, slot.record.keys.length);
+  // What the low layer gets for a key: the bucket, and what says which key it is.
+  static auto low_arguments(const mub_hash &table, const ByteKey<mub_hash> &key) {
+    const uint32_t word = bitwise_register(key.text);
+    return std::tuple_cat(std::tuple(bucket_of(table, word), word), key.arguments());
   }
+  // A negative length finds nothing in this layer.
+  static bool is_measured(const ByteKey<mub_hash> &key) { return key.length < 0; }
+  static uint64_t register_of(const ByteKey<mub_hash> &key) { return bitwise_register(key.text); }
 };
 
-template <class R, class E, class Integer>
-struct IntegerHashKind : HashKind<R, E> {
+// Keys of words that lie in their entries.
+template <class R, class E, class Integer, size_t kWords>
+struct WordsHashKind : HashKind<R, E> {
+  using Words = std::array<Integer, kWords>;
   struct KeyArgument {
-    explicit KeyArgument(WorldOf<R> &world) : key(hard_number<Integer>(world.program.below(160))) {
-      bytes = text = big_endian(key);
+    explicit KeyArgument(WorldOf<R> &world) : KeyArgument(world, world.program.below(kDrawnKeys)) {}
+    KeyArgument(WorldOf<R> &, int64_t number) {
+      if constexpr (kWords == 1) {
+        words = {hard_number<Integer>(number)};
+      } else {
+        // All words but one are alike; the keys of a group differ in one of the four places.
+        words.fill(number % 8 < 4 ? 0 : ~Integer{0});
+        words[static_cast<size_t>(number) % kWords] = static_cast<Integer>(number / 8 + 1);
+      }
+      bytes = text = text_of_words(words);
     }
-    auto arguments() const { return std::tuple(key); }
-    const void *stored() const { return &key; }
-    std::array<Integer, 1> words_of() const { return {key}; }
-    Integer key;
+    auto arguments() const {
+      if constexpr (kWords == 1) {
+        return std::tuple(words[0]);
+      } else {
+        return std::tuple(words.data());
+      }
+    }
+    Words words;
     std::string bytes, text;
   };
   static void set_order(R *, int) {}
-  static std::string bytes_of(const R &, const E &entry) { return big_endian(entry.key); }
-  static std::string text_of(const R &, const E &entry) { return big_endian(entry.key); }
-  static uint64_t word_of(const R &, const E &entry) { return entry.key; }
-};
-
-template <>
-struct Kind<mub_hashd> : IntegerHashKind<mub_hashd, mub_hashd_entry, uint32_t> {
-  static constexpr auto free_all = mub_hashd_free_all;
-  static constexpr auto remove_all = mub_hashd_remove_all;
-  static constexpr auto term = mub_hashd_term;
-  static constexpr auto remove = mub_hashd_remove;
-  static constexpr auto next = mub_hashd_entry_next;
-  static void init(mub_hashd *table, int owned, bool has_values) {
-    mub_hashd_init(table, owned & 1, has_values ? owned & 4 : 0);
+  static std::string text_of_words(const Words &words) {
+    std::string text;
+    for (const Integer word : words) text += big_endian(word);
+    return text;
   }
-};
-
-template <>
-struct Kind<mub_hashx> : IntegerHashKind<mub_hashx, mub_hashx_entry, uint64_t> {
-  static constexpr auto free_all = mub_hashx_free_all;
-  static constexpr auto remove_all = mub_hashx_remove_all;
-  static constexpr auto term = mub_hashx_term;
-  static constexpr auto remove = mub_hashx_remove;
-  static constexpr auto next = mub_hashx_entry_next;
-  static void init(mub_hashx *table, int owned, bool has_values) {
-    mub_hashx_init(table, owned & 1, has_values ? owned & 4 : 0);
-  }
-};
-
-template <>
-struct Kind<mub_hasht> : HashKind<mub_hasht, mub_hasht_entry> {
-  struct KeyArgument {
-    explicit KeyArgument(WorldOf<mub_hasht> &world) {
-      // Three words are alike; the keys of a group differ in one of the four places.
-      const int64_t n = world.program.below(160);
-      words.fill(n % 8 < 4 ? 0 : ~0u);
-      words[static_cast<size_t>(n % 4)] = static_cast<uint32_t>(n / 8 + 1);
-      for (const uint32_t word : words) text += big_endian(word);
-      bytes = text;
-    }
-    auto arguments() const { return std::tuple(words.data()); }
-    const void *stored() const { return words.data(); }
-    std::array<uint32_t, 4> words_of() const { return words; }
-    std::array<uint32_t, 4> words;
-    std::string bytes, text;
-  };
-  static constexpr auto free_all = mub_hasht_free_all;
-  static constexpr auto remove_all = mub_hasht_remove_all;
-  static constexpr auto term = mub_hasht_term;
-  static constexpr auto remove = mub_hasht_remove;
-  static void init(mub_hasht *table, int owned, bool has_values) {
-    mub_hasht_init(table, owned & 1, has_values ? owned & 4 : 0);
-  }
-  static void set_order(mub_hasht *, int) {}
-  static std::string bytes_of(const mub_hasht &, const Node &entry) {
+  static uint64_t register_of_words(const Words &words) {
     std::string bytes;
-    for (const uint32_t word : entry.key) bytes += big_endian(word);
-    return bytes;
-  }
-  static std::string text_of(const mub_hasht &table, const Node &entry) { return bytes_of(table, entry); }
-  static uint64_t word_of(const mub_hasht &, const Node &entry) {
-    std::string bytes;
-    for (const uint32_t word : entry.key) {
-      for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(word >> shift);
+    for (const Integer word : words) {
+      const std::string reversed = big_endian(word);
+      bytes.append(reversed.rbegin(), reversed.rend());
     }
     return bitwise_register(bytes);
   }
+  static Words words_of(const E &entry) {
+    Words words;
+    std::memcpy(words.data(), &entry.key, sizeof words);
+    return words;
+  }
+  static std::string bytes_of(const R &, const E &entry) { return text_of_words(words_of(entry)); }
+  static std::string text_of(const R &, const E &entry) { return text_of_words(words_of(entry)); }
+  static uint64_t word_of_words(const Words &words) {
+    return kWords == 1 ? words[0] : register_of_words(words);
+  }
+  static uint64_t word_of(const R &, const E &entry) { return word_of_words(words_of(entry)); }
+  static auto low_arguments(const R &table, const KeyArgument &key) {
+    const int64_t bucket = HashKind<R, E>::bucket_of(table, word_of_words(key.words));
+    return std::tuple_cat(std::tuple(bucket), key.arguments());
+  }
+  static bool is_measured(const KeyArgument &) { return false; }
+  static uint64_t register_of(const KeyArgument &key) { return register_of_words(key.words); }
 };
+template <>
+struct Kind<mub_hashd> : WordsHashKind<mub_hashd, mub_hashd_entry, uint32_t, 1> {};
+template <>
+struct Kind<mub_hashx> : WordsHashKind<mub_hashx, mub_hashx_entry, uint64_t, 1> {};
+template <>
+struct Kind<mub_hasht> : WordsHashKind<mub_hasht, mub_hasht_entry, uint32_t, 4> {};
 
 // ---- operations of hash tables alone
 
@@ -205,41 +157,30 @@ void check(op::free_, WorldOf<R> &, Self<R> &self, Key<R> &key, Free &release, R
 }
 template <class R>
 void check(op::expand_, WorldOf<R> &, Self<R> &, None) {}
-template <class R>
-void check(op::entry_set_, WorldOf<R> &world, Self<R> &self, Key<R> &key, NodeOut<R> &out, int result) {
-  check_node_set(world, self.slot, key, *out.node, result);
-}
 template <class R, class E>
 void check(op::insert_t_, WorldOf<R> &world, Self<R> &self, Key<R> &key, Out<int> &inserted, E *result) {
   check_node_set(world, self.slot, key, result, *inserted.value);
 }
-template <class R, class E>
-void check(op::entry_get_, WorldOf<R> &, Self<R> &self, Key<R> &key, E *result) {
-  expect_node<R>(self.slot, result, self.slot.content.find(key.text));
-}
-// A negative length finds nothing in this layer.
-inline bool is_measured(const Key<mub_hash> &key) { return key.length < 0; }
 template <class R>
-bool is_measured(const Key<R> &) {
-  return false;
+Content::const_iterator found_low(const Slot<R> &slot, const Key<R> &key) {
+  return Kind<R>::is_measured(key) ? slot.content.end() : slot.content.find(key.text);
 }
 template <class R, class E>
 void check(op::find_t_, WorldOf<R> &, Self<R> &self, Key<R> &key, E *result) {
-  expect_node<R>(self.slot, result,
-                 is_measured(key) ? self.slot.content.end() : self.slot.content.find(key.text));
+  expect_node<R>(self.slot, result, found_low(self.slot, key));
 }
 // The entry keeps its fields while it is held, whatever else is removed; then it is counted down and given
 // back.
 template <class R, class E>
 void check(op::remove_t_, WorldOf<R> &world, Self<R> &self, Key<R> &key, E *result) {
-  const auto item = is_measured(key) ? self.slot.content.end() : self.slot.content.find(key.text);
+  const auto item = found_low(self.slot, key);
   ASSERT_EQ(result == nullptr, item == self.slot.content.end());
   if (result == nullptr) return;
   const E held = *result;
   EXPECT_EQ(held.next, nullptr);
   EXPECT_EQ(held.value, item->second.value);
   self.slot.content.erase(item);
-  step<op::remove_, Self<R>, Key<R>>(world, Kind<R>::remove);
+  by_hand(op::remove_(), world, Functions<R>::remove_);
   EXPECT_EQ(std::memcmp(result, &held, sizeof held), 0);
   world.give_back(self.slot, held.value);
   --self.slot.record.count;
@@ -250,7 +191,7 @@ template <class R, class E>
 void check(op::entry_first_, WorldOf<R> &, Self<R> &self, Out<int64_t> &bucket, E *result) {
   Content met;
   for (E *entry = result; entry != nullptr;
-       entry = Kind<R>::next(&self.slot.record, bucket.value.get(), entry)) {
+       entry = Functions<R>::entry_next_(&self.slot.record, bucket.value.get(), entry)) {
     ASSERT_TRUE(met.insert({Kind<R>::text_of(self.slot.record, *entry), {}}).second);
   }
   EXPECT_EQ(met.size(), self.slot.content.size());
@@ -264,108 +205,74 @@ void by_hand(op::entry_next_, WorldOf<R> &world, F next) {
   EXPECT_EQ(next(&self.slot.record, &bucket, &last), nullptr);
   EXPECT_EQ(bucket, self.slot.record.buckets.count - 1);
 }
-// Calls a function of the low layer with the bucket that a key has.
-template <class F, class... Outs>
-auto call_low(F function, mub_hash &table, const Key<mub_hash> &key, Outs... outs) {
-  const uint32_t hash = bitwise_register(key.text);
-  return function(&table, hash % table.buckets.count, hash, key.data, key.length, outs...);
-}
-template <class R, class F, class... Outs>
-auto call_low(F function, R &table, const Key<R> &key, Outs... outs) {
-  typename Kind<R>::Node entry = {};
-  std::memcpy(&entry.key, key.stored(), sizeof entry.key);
-  const auto bucket =
-      static_cast<int64_t>(Kind<R>::word_of(table, entry) % static_cast<uint64_t>(table.buckets.count));
-  return std::apply([&](auto passed) { return function(&table, bucket, passed, outs...); }, key.arguments());
-}
-
-// With the bucket and the hash that a key has, the low layer agrees with the rest.
-template <class R, class... Args, class E>
-void by_hand(op::entry_find_, WorldOf<R> &world, E *(*find)(const R *, int64_t, Args...)) {
+// With the bucket and the hash that a key has, the low layer agrees with the rest. The caller would count a
+// new entry and store its key: only one that is there is asked for. One that is removed goes back to the end
+// of its chain, where it now is the youngest.
+template <class R, class F>
+void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_>, WorldOf<R> &world, F) {
   Self<R> self(world);
   Key<R> key(world);
-  if (self.slot.record.buckets.count < 1 || is_measured(key)) return;
-  E *found = call_low(find, self.slot.record, key);
-  expect_node<R>(self.slot, found, self.slot.content.find(key.text));
-}
-template <class R, class... Args, class E>
-void by_hand(op::entry_remove_, WorldOf<R> &world, E *(*remove)(R *, int64_t, Args...)) {
-  Self<R> self(world);
-  Key<R> key(world);
-  if (self.slot.record.buckets.count < 1 || is_measured(key)) return;
-  E *removed = call_low(remove, self.slot.record, key);
-  expect_node<R>(self.slot, removed, self.slot.content.find(key.text));
-  if (removed == nullptr) return;
-  EXPECT_EQ(removed->next, nullptr);
-  const auto bucket = static_cast<int64_t>(Kind<R>::word_of(self.slot.record, *removed)) &
-                      (self.slot.record.buckets.count - 1);
-  // Back to the end of its chain, where it now is the youngest.
-  uint64_t &first = self.slot.record.buckets.items[bucket];
-  E *last = reinterpret_cast<E *>(first);
-  while (last != nullptr && last->next != nullptr) last = last->next;
-  if (last != nullptr) last->next = removed;
-  if (last == nullptr) first = reinterpret_cast<uintptr_t>(removed);
-  self.slot.content[key.text].sequence = ++world.next_sequence;
-}
-template <class R, class... Args, class E>
-void by_hand(op::entry_new_, WorldOf<R> &world, E *(*make)(R *, int64_t, Args...)) {
-  Self<R> self(world);
-  Key<R> key(world);
-  if (self.slot.record.buckets.count < 1 || is_measured(key) || self.slot.content.count(key.text) == 0)
-    return;
+  R &table = self.slot.record;
+  if (table.buckets.count < 1 || Kind<R>::is_measured(key)) return;
+  const auto arguments = std::tuple_cat(std::tuple(&table), Kind<R>::low_arguments(table, key));
+  const auto item = self.slot.content.find(key.text);
+  auto *found = std::apply(Functions<R>::entry_find_, arguments);
+  expect_node<R>(self.slot, found, item);
+  if (found == nullptr) return;
   int inserted = 7;
-  E *found = call_low(make, self.slot.record, key, &inserted);
-  expect_node<R>(self.slot, found, self.slot.content.find(key.text));
+  EXPECT_EQ(std::apply(Functions<R>::entry_new_, std::tuple_cat(arguments, std::tuple(&inserted))), found);
   EXPECT_EQ(inserted, 0);
+  EXPECT_EQ(std::apply(Functions<R>::entry_remove_, arguments), found);
+  EXPECT_EQ(found->next, nullptr);
+  uint64_t &first = table.buckets.items[std::get<1>(arguments)];
+  auto *last = reinterpret_cast<decltype(found)>(static_cast<uintptr_t>(first));
+  while (last != nullptr && last->next != nullptr) last = last->next;
+  if (last != nullptr) last->next = found;
+  if (last == nullptr) first = reinterpret_cast<uintptr_t>(found);
+  item->second.sequence = ++world.next_sequence;
 }
 
 // What is left of a table whose entries went back to their pool is put in order as an emptying does it.
-template <class R>
-void drop_chains(Slot<R> &slot) {
-  R &table = slot.record;
+template <class R, class F>
+void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_>, WorldOf<R> &world, F empty) {
+  Self<R> self(world);
+  R &table = self.slot.record;
+  if constexpr (std::is_invocable_v<F, R *, mub_free_fn>) {
+    const Free release(world);
+    empty(&table, std::get<0>(release.arguments()));
+    expect_released(self.slot, self.slot.content, release, false);
+  } else {
+    for (const auto &[key, item] : self.slot.content) world.give_back(self.slot, item.value);
+    empty(&table);
+    EXPECT_TRUE(!self.slot.owns_entries() || table.entry_pool->live_count == 0);
+  }
+  EXPECT_EQ(table.count, static_cast<int64_t>(self.slot.content.size()));
   mub_arrays_remove_all(&table.buckets);
   if constexpr (std::is_same_v<R, mub_hash>) mub_stream_shrink(&table.keys, 0);
-  if (slot.owns_entries()) mub_pool_empty(table.entry_pool);
+  if (self.slot.owns_entries()) mub_pool_empty(table.entry_pool);
   table.count = 0;
-  slot.content.clear();
+  self.slot.content = {};
 }
-template <class R, class F>
-void by_hand(op::remove_all_entry_, WorldOf<R> &world, F remove_all_entry) {
-  Self<R> self(world);
-  for (const auto &[key, item] : self.slot.content) world.give_back(self.slot, item.value);
-  remove_all_entry(&self.slot.record);
-  EXPECT_TRUE(!self.slot.owns_entries() || self.slot.record.entry_pool->live_count == 0);
-  drop_chains(self.slot);
-}
-template <class R, class F>
-void by_hand(op::free_all_entry_, WorldOf<R> &world, F free_all_entry) {
-  Self<R> self(world);
-  Free release(world);
-  free_all_entry(&self.slot.record, std::get<0>(release.arguments()));
-  expect_released(self.slot, self.slot.content, release, false);
-  drop_chains(self.slot);
-}
-// Nothing lies after the last key.
 template <class F>
 void by_hand(op::adjust_t_, WorldOf<mub_hash> &world, F adjust) {
   Self<mub_hash> self(world);
-  adjust(&self.slot.record, static_cast<uint32_t>(self.slot.record.keys.length), world.program.near(100));
+  mub_hash &table = self.slot.record;
+  std::vector<Offset> offsets;
+  for (int64_t bucket = 0; bucket < table.buckets.count; ++bucket) {
+    auto *entry = reinterpret_cast<mub_hash_entry *>(table.buckets.items[bucket]);
+    for (; entry != nullptr; entry = entry->next) offsets.push_back({&entry->key_offset, entry->key_length});
+  }
+  expect_lowered(world.program, table.keys, offsets,
+                 [&](uint32_t offset, int64_t length) { adjust(&table, offset, length); });
 }
 template <class R, class F>
 void by_hand(op::key_, WorldOf<R> &world, F hash_of) {
-  world.self = &world.slots[world.program.one_in(2) ? 2 : 0];
-  Key<R> key(world);
+  const Self<R> self(world);
+  const Key<R> key(world);
   if constexpr (std::is_same_v<R, mub_hash>) {
-    const int nocase = world.self->record.nocase;
-    EXPECT_EQ(hash_of(key.data, key.length, nocase), bitwise_register(key.text));
+    EXPECT_EQ(hash_of(key.data, key.length, self.slot.record.nocase), Kind<R>::register_of(key));
   } else {
-    typename Kind<R>::Node entry = {};
-    std::memcpy(&entry.key, key.stored(), sizeof entry.key);
-    std::string bytes;
-    for (const auto word : key.words_of()) {
-      for (unsigned shift = 0; shift < 8 * sizeof word; shift += 8) bytes += static_cast<char>(word >> shift);
-    }
-    EXPECT_EQ(std::apply(hash_of, key.arguments()), bitwise_register(bytes));
+    EXPECT_EQ(std::apply(hash_of, key.arguments()), Kind<R>::register_of(key));
   }
 }
 template <class F>
@@ -382,7 +289,7 @@ void by_hand(op::copy_, WorldOf<mub_hasht> &world, F copy) {
 }
 template <class F>
 void by_hand(op::cmp_, WorldOf<mub_hash> &world, F compare) {
-  world.self = &world.slots[0];
+  const Self<mub_hash> self(world);
   Key<mub_hash> a(world), b(world);
   EXPECT_EQ(compare(a.bytes.data(), static_cast<int64_t>(a.bytes.size()), b.bytes.data(),
                     static_cast<int64_t>(b.bytes.size())),

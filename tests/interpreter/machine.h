@@ -27,6 +27,10 @@
 
 namespace mub_test {
 
+// A family's world of records of a kind.
+template <class R>
+struct WorldOf;
+
 // The result of a function that has none.
 struct None {};
 

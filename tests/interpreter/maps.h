@@ -10,6 +10,7 @@
 #include <map>
 
 #include "interpreter/containers.h"
+#include "interpreter/map_keys.h"
 
 namespace mub_test {
 
@@ -20,20 +21,36 @@ struct Item {
   int64_t sequence = 0;  // later additions have greater ones
 };
 struct Content : std::map<std::string, Item> {
-  // The neighbours that a node of a B-tree names are those that it has.
+  // What is sure of a record, or found in it: a tree's links and the key of its root are right; a table has
+  // enough buckets, and no entry of a tree too many children.
   bool links_are_exact = true;
+  bool fits = true;
 };
 
 // What the kinds of maps share.
+template <class R, class N>
 struct MapKind {
   using Content = mub_test::Content;
+  using Node = N;
+  static constexpr auto free_all = Functions<R>::free_all_;
+  static constexpr auto term = Functions<R>::term_;
+  static void init(R *record, int owned, bool has_values) {
+    const int own_values = has_values ? owned & 4 : 0;
+    if constexpr (Kind<R>::kHasNodePool) {
+      Functions<R>::init_(record, owned & 1, owned & 2, own_values);
+    } else {
+      Functions<R>::init_(record, owned & 1, own_values);
+    }
+  }
+  static void compare_keys(const R &, const std::vector<const N *> &) {}
 
-  template <class R>
   static void compare(const Slot<R> &slot, int64_t &blocks) {
     Content read;
-    ASSERT_NO_FATAL_FAILURE(Kind<R>::read(slot, read));
+    ASSERT_NO_FATAL_FAILURE(Kind<R>::read(slot.record, slot.content, read));
+    ASSERT_TRUE(read.links_are_exact || !slot.content.links_are_exact);
+    ASSERT_TRUE(read.fits || !slot.content.fits);
     ASSERT_EQ(read.size(), slot.content.size());
-    for (auto a = read.begin(), b = slot.content.begin(); a != read.end(); ++a, ++b) {
+    for (auto a = read.cbegin(), b = slot.content.cbegin(); a != read.end(); ++a, ++b) {
       ASSERT_EQ(a->first, b->first);
       ASSERT_EQ(a->second.bytes, b->second.bytes);
       ASSERT_EQ(a->second.value, b->second.value);
@@ -46,7 +63,7 @@ struct MapKind {
 
 template <class R>
 struct Key : Kind<R>::KeyArgument {
-  explicit Key(WorldOf<R> &world) : Kind<R>::KeyArgument(world) {}
+  using Kind<R>::KeyArgument::KeyArgument;
   static constexpr bool fits = true;
 };
 template <class R>
@@ -56,6 +73,23 @@ struct NodeOut {
   static constexpr bool fits = true;
   std::unique_ptr<typename Kind<R>::Node *> node;
 };
+
+// Calls `use` with a key, or with each of a run of them that ascends or descends.
+template <class R, class Use>
+void with_keys(WorldOf<R> &world, Use use) {
+  const int64_t stride = 4 * world.program.below(12) - 4;
+  if (stride > 4) {
+    Key<R> key(world);
+    return use(key);
+  }
+  int64_t number = world.program.below(kKeysOfRuns);
+  for (int64_t left = world.program.below(64); left >= 0; --left) {
+    Key<R> key(world, number);
+    use(key);
+    number = (number + (stride == 0 ? 1 : stride) + kKeysOfRuns) % kKeysOfRuns;
+  }
+}
+
 // ---- operations
 
 template <class R>
@@ -64,6 +98,13 @@ uint64_t value_or_0(const Slot<R> &slot, const std::string &key) {
   return item == slot.content.end() ? 0 : item->second.value;
 }
 
+// The operations that one by_hand is for.
+template <class... Ops>
+struct OneOf {
+  template <class Op, class = std::enable_if_t<(std::is_same_v<Op, Ops> || ...)>>
+  OneOf(Op) {}
+};
+
 // Puts what a call has added into the model; a refused call has added nothing.
 template <class R>
 bool expect_added(WorldOf<R> &world, Slot<R> &slot, const Key<R> &key, int result) {
@@ -71,13 +112,20 @@ bool expect_added(WorldOf<R> &world, Slot<R> &slot, const Key<R> &key, int resul
   EXPECT_TRUE(is_present ? result == 0 : world.failed || result == 1);
   if (result != 1) return false;
   slot.content[key.text] = {key.bytes, 0, ++world.next_sequence};
+  slot.content.fits &= !world.failed;
   return true;
 }
 
-template <class R>
-void check(op::insert_, WorldOf<R> &world, Self<R> &self, Key<R> &key, Value<R> &value, int result) {
-  if (!expect_added(world, self.slot, key, result)) return world.give_back(self.slot, value.word);
-  self.slot.content[key.text].value = value.word;
+template <class R, class F>
+void by_hand(op::insert_, WorldOf<R> &world, F insert) {
+  Self<R> self(world);
+  with_keys(world, [&](Key<R> &key) {
+    const Value<R> value(world);
+    const auto arguments = std::tuple_cat(self.arguments(), key.arguments(), value.arguments());
+    const int result = world.call([&] { return std::apply(insert, arguments); });
+    if (!expect_added(world, self.slot, key, result)) return world.give_back(self.slot, value.word);
+    self.slot.content[key.text].value = value.word;
+  });
 }
 
 template <class R>
@@ -111,13 +159,18 @@ void check(op::update_, WorldOf<R> &world, Self<R> &self, Key<R> &key, Value<R> 
   EXPECT_EQ(result, is_present ? item->second.value : 0);
   world.give_back(self.slot, is_present ? std::exchange(item->second.value, value.word) : value.word);
 }
-template <class R>
-void check(op::remove_, WorldOf<R> &world, Self<R> &self, Key<R> &key, uint64_t result) {
-  EXPECT_EQ(result, value_or_0(self.slot, key.text));
-  world.give_back(self.slot, result);
+template <class R, class F>
+void by_hand(op::remove_, WorldOf<R> &world, F remove) {
+  Self<R> self(world);
   Content &content = self.slot.content;
-  content.links_are_exact &= content.erase(key.text) == 0;
-  content.links_are_exact |= content.empty();
+  with_keys(world, [&](Key<R> &key) {
+    const uint64_t value = value_or_0(self.slot, key.text);
+    const auto arguments = std::tuple_cat(self.arguments(), key.arguments());
+    EXPECT_EQ(world.call([&] { return std::apply(remove, arguments); }), value);
+    world.give_back(self.slot, value);
+    content.links_are_exact &= content.erase(key.text) == 0;
+    content.links_are_exact |= content.empty();
+  });
 }
 
 // What the releasing operations are to hand over, in the order of the keys or in any.
@@ -141,33 +194,53 @@ void check(op::free_all_, WorldOf<R> &, Self<R> &self, Free &release, Result) {
   expect_released(self.slot, self.slot.content, release, Kind<R>::kIsOrdered);
   self.slot.forget_all();
 }
-// Values are not looked at: those in a pool of the world's are released beforehand.
+// Values in a pool of the world's are released before what does not look at values.
+template <class R>
+void give_back_all(WorldOf<R> &world, const Slot<R> &slot, const Content &content) {
+  if (slot.owns_values()) return;
+  for (const auto &[key, item] : content) world.give_back(slot, item.value);
+}
 template <class R, class F>
 void by_hand(op::remove_all_, WorldOf<R> &world, F remove_all) {
   Self<R> self(world);
-  if (!self.slot.owns_values()) {
-    for (const auto &[key, item] : self.slot.content) world.give_back(self.slot, item.value);
-  }
-  world.call([&] { remove_all(&self.slot.record); });
+  give_back_all(world, self.slot, self.slot.content);
+  remove_all(&self.slot.record);
   self.slot.forget_all();
 }
+// The record makes do with the pools that it got: without one for the values, which has no block size yet.
 template <class R, class F>
-void by_hand(op::init_, WorldOf<R> &world, F init) {
+void by_hand(op::init_, WorldOf<R> &world, F) {
   R record;
   const auto owned = static_cast<int>(world.program.below(8));
-  world.call([&] { Kind<R>::init_with(init, &record, owned); });
-  EXPECT_TRUE(world.failed ||
-              (record.owns_entry_pool == (owned & 1) && record.owns_value_pool == owned >> 2));
+  world.call([&] { Kind<R>::init(&record, owned, true); });
+  EXPECT_TRUE(world.failed || Kind<R>::owned_by(record) == (owned & (Kind<R>::kHasNodePool ? 7 : 5)));
   EXPECT_EQ(record.entry_pool != nullptr, record.owns_entry_pool == 1);
   EXPECT_EQ(record.value_pool != nullptr, record.owns_value_pool == 1);
   EXPECT_EQ(record.count, 0);
+  world.self = &world.slots[0];
+  Key<R> key(world);
+  const Out<uint64_t> out(world);
+  const auto arguments = std::tuple_cat(std::tuple(&record), key.arguments(), out.arguments());
+  const int has_nodes = Kind<R>::owned_by(record) >> (Kind<R>::kHasNodePool ? 1 : 0) & 1;
+  EXPECT_EQ(std::apply(Functions<R>::set_, std::tuple_cat(arguments, std::tuple(&note))), has_nodes);
+  EXPECT_EQ(*out.value, 0u);
   Kind<R>::term(&record);
 }
 template <class R, class F>
-void by_hand(op::term_, WorldOf<R> &world, F) {
+void by_hand(op::term_, WorldOf<R> &world, F term) {
   Self<R> self(world);
-  world.end(self.slot);
-  EXPECT_TRUE((self.slot.owned & 1) == 0 || self.slot.record.entry_pool == nullptr);
+  R &record = self.slot.record;
+  give_back_all(world, self.slot, self.slot.content);
+  // A table leaves its entries in a pool of the world's.
+  if constexpr (!Kind<R>::kHasNodePool) {
+    if (!self.slot.owns_entries()) Functions<R>::remove_all_entry_(&record);
+  }
+  term(&record);
+  EXPECT_EQ(record.count, 0);
+  EXPECT_TRUE(!self.slot.owns_entries() || record.entry_pool == nullptr);
+  EXPECT_TRUE(!self.slot.owns_values() || record.value_pool == nullptr);
+  EXPECT_EQ(Kind<R>::owned_by(record), 0);
+  self.slot.forget_all();
   world.start(self.slot);
 }
 
@@ -183,10 +256,13 @@ void check(op::swap_, WorldOf<R> &, Self<R> &self, Peer<R> &peer, None) {
 // are given up at once, as only one of the two may end them.
 template <class R, class Result>
 void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &, Destination<R> &copy, UserPool<1> &,
-           Cloner &cloner, Result) {
+           Cloner &cloner, Result result) {
   if (&self.slot == &copy.slot) return;
   Content read;
-  ASSERT_NO_FATAL_FAILURE(Kind<R>::read_copy(copy.slot, self.slot.content, read));
+  ASSERT_NO_FATAL_FAILURE(Kind<R>::read(copy.slot.record, self.slot.content, read));
+  if constexpr (std::is_integral_v<Result>) {
+    EXPECT_EQ(result, copy.slot.record.count);
+  }
   if (world.failed && read.empty()) {
     EXPECT_TRUE(seen.empty());
     // What pools of its own the copy has given up by then is not specified.
@@ -200,7 +276,7 @@ void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &, Destinat
   copy.slot.owned &= self.slot.owned;
   EXPECT_EQ(Kind<R>::owned_by(copy.slot.record), copy.slot.owned & Kind<R>::owned_by(self.slot.record));
   EXPECT_EQ(seen.size(), cloner.is_given && owns_values ? 2 * read.size() : 0);
-  for (auto a = read.begin(), b = self.slot.content.begin(); a != read.end(); ++a, ++b) {
+  for (auto a = read.cbegin(), b = self.slot.content.cbegin(); a != read.end(); ++a, ++b) {
     ASSERT_EQ(a->first, b->first);
     ASSERT_EQ(a->second.bytes, b->second.bytes);
     const uint64_t copied = a->second.value, value = b->second.value;
@@ -212,10 +288,9 @@ void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &, Destinat
   }
   copy.slot.blocks_left = keeps_values ? self.slot.blocks_left : 0;
   if (owns_values || !self.slot.has_values) {
-    read.links_are_exact = read.empty();
     copy.slot.content = std::move(read);
   } else {
-    Kind<R>::remove_all(&copy.slot.record);
+    Functions<R>::remove_all_(&copy.slot.record);
   }
 }
 
@@ -228,11 +303,22 @@ void expect_node(const Slot<R> &slot, const typename Kind<R>::Node *node, Conten
   ASSERT_EQ(node->value, item->second.value);
 }
 
+// The functions that find the node of a key.
+template <class Op, class R, class N>
+void check(Op, WorldOf<R> &, Self<R> &self, Key<R> &key, N *result) {
+  expect_node<R>(self.slot, result, self.slot.content.find(key.text));
+}
 template <class R>
 void check_node_set(WorldOf<R> &world, Slot<R> &slot, Key<R> &key, const typename Kind<R>::Node *node,
                     int result) {
   expect_added(world, slot, key, result);
   expect_node<R>(slot, node, slot.content.find(key.text));
+}
+
+// The functions that add a key, or find its node.
+template <class Op, class R>
+void check(Op, WorldOf<R> &world, Self<R> &self, Key<R> &key, NodeOut<R> &out, int result) {
+  check_node_set(world, self.slot, key, *out.node, result);
 }
 
 }  // namespace mub_test

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """steps.py SOURCES OUT RECORD…: writes the steps of some records' functions, from the public headers.
 
-Each function becomes step<op::OPERATION, ROLE…>: what a parameter's type and name say chooses its role. Operations for which
-one of SOURCES, joined by commas, has a by_hand draw their arguments there. A function with a parameter that has no role and
-no by_hand is an error here; one that no program reaches is found by the test.
+Each function becomes step<op::OPERATION, ROLE…>: what a parameter's type and name say chooses its role. Operations that
+one of SOURCES, joined by commas, names in the parameters of a by_hand draw their arguments there. A function with a parameter that has no role and
+no by_hand is an error here; one that no program reaches is found by the test. Functions<RECORD>::OPERATION_ names the function.
 """
 
 import re
@@ -40,6 +40,7 @@ ROLES = [
     ("mub_pool \\* source(_user)?_pool", "UserPool<0>"),
     ("mub_pool \\* destination(_user)?_pool", "UserPool<1>"),
     ("(const )?mub_\\w+_cursor \\* cursor", "Cursor<%s>"),
+    ("(const )?mub_btree\\w*_entry \\* entry", "Entry<%s>"),
 ]
 
 
@@ -68,9 +69,10 @@ def base_of(operation, operations):
 
 def main(sources, out, *records):
     texts = "".join(Path(source).read_text() for source in sources.split(","))
-    by_hand = set(re.findall(r"by_hand\(op::(\w+)_\b", texts))
-    operations, lines = set(), []
+    by_hand = set(re.findall(r"op::(\w+)_\b", " ".join(re.findall(r"by_hand\([^()]*", texts))))
+    operations, tables, lines = set(), [], []
     for record in records:
+        tables.append(f"template <>\nstruct Functions<{record}> {{")
         lines.append(f"template <>\nStepsOf<{record}> steps_of<{record}>() {{\n  return {{")
         for function in headers.declarations(ROOT):
             name = function.name
@@ -78,15 +80,18 @@ def main(sources, out, *records):
                 continue
             operation = name.removeprefix(record + "_")
             operations.add(operation)
+            tables.append(f"  static constexpr auto {operation}_ = {name};")
             if operation in by_hand:
                 body = f"by_hand(op::{operation}_(), world, {name});"
             else:
                 body = f"step<op::{operation}_, {', '.join(roles_of(function, record))}>(world, {name});"
             lines.append(f'    {{"{name}", [](WorldOf<{record}> &world) {{ {body} }}}},')
+        tables.append("};")
         lines.append("  };\n}")
     # The underscore keeps operations apart from keywords and macros.
     tags = "".join(f"struct {operation}_{base_of(operation, operations)} {{}};\n" for operation in sorted(operations))
-    Path(out + "_ops.inc").write_text(f"namespace mub_test::op {{\n{tags}}}\n")
+    functions = "\n".join(['#include "mub.h"', "namespace mub_test {", "template <class R>\nstruct Functions;", *tables, "}"])
+    Path(out + "_ops.inc").write_text(f"namespace mub_test::op {{\n{tags}}}\n{functions}\n")
     Path(out + "_steps.inc").write_text("\n".join(lines) + "\n")
 
 
