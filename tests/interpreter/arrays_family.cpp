@@ -8,6 +8,16 @@
 
 namespace mub_test {
 
+// role const char \*\* key;int64_t \* length = KeyOut<%s>
+// role uint(32|64)_t \* key = KeyOut<%s>
+// role int64_t (index|wanted|n) = Drawn<&WorldOf<%s>::draw_%n>
+// role int (ascending|unique|separator) = Drawn<&WorldOf<%s>::draw_%n>
+// role uint64_t (context|extra) = Drawn<&WorldOf<%s>::draw_%n>
+// role mub_compare_\w*fn compare = Drawn<&WorldOf<%s>::draw_%n>
+// role const char \* text;int64_t length = Pieces<%s>
+// role mub_string \* string = Joined<%s>
+// role uint64_t \* items;int64_t count = Words
+
 // ---- comparers, for which all blocks are alike
 
 inline uint64_t rank_of(uint64_t value) { return std::min<uint64_t>(value, 40); }

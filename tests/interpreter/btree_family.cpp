@@ -4,6 +4,8 @@
 
 namespace mub_test {
 
+// role (const )?mub_btree\w*_entry \* entry = Entry<%s>
+
 template <class Child>
 std::vector<Child *> children_of(const mub_arrays &children) {
   std::vector<Child *> all;

@@ -124,6 +124,7 @@ template <class R>
 struct Self {
   explicit Self(WorldOf<R> &world) : slot(world.slots[world.program.below(WorldOf<R>::kSlots)]) {
     world.self = &slot;
+    out_value = reinterpret_cast<const uint64_t *>(&slot.record.count);
   }
   auto arguments() const { return std::tuple(&slot.record); }
   static constexpr bool fits = true;

@@ -155,6 +155,7 @@ void step(W &world, Result (*function)(Params...)) {
 // Runs a program to its end, or to the first difference.
 template <class W>
 void run(W &world, std::vector<Step<W>> &steps) {
+  world.compare();
   while (!world.program.is_at_end() && !::testing::Test::HasFatalFailure()) {
     Step<W> &next = steps[static_cast<size_t>(world.program.below(static_cast<int64_t>(steps.size())))];
     SCOPED_TRACE(::testing::Message() << "step " << world.steps << ", " << next.name);

@@ -16,7 +16,7 @@ namespace mub_test {
 inline std::vector<uint64_t> seen;
 inline bool is_callback_given;
 inline void note(uint64_t value) { seen.push_back(value); }
-// An initialiser also notes what the caller's out value is while it runs.
+// An initialiser also notes what the caller's out value is while it runs, or else the record's count.
 inline const uint64_t *out_value;
 inline uint64_t out_value_seen;
 inline void note_init(uint64_t value) {

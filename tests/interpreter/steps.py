@@ -15,32 +15,25 @@ sys.path.insert(0, str(ROOT / "tools"))
 sys.dont_write_bytecode = True
 import headers  # noqa: E402
 
-# (type, name): the role; %s is the record, %n the name. The first that matches counts, and takes as many parameters as it has parts.
+# (type, name): the role; %s is the record, %t and %n type and name. The first that matches counts, and takes as many parameters as
+# it has parts.
 ROLES = [
-    ("%r \\* destination", "Destination<%s>"),
-    ("(const )?%r \\* .*", "Self<%s>"),
-    ("const void \\* key;int64_t length", "Key<%s>"),
-    ("(uint32_t|uint64_t|const uint32_t \\*) key", "Key<%s>"),
-    ("uint64_t (value|item)", "Value<%s>"),
-    ("uint64_t \\* (value_out|value|item)", "Out<uint64_t>"),
-    ("const char \\*\\* key;int64_t \\* length", "KeyOut<%s>"),
-    ("uint(32|64)_t \\* key", "KeyOut<%s>"),
-    ("(int64_t (index|wanted|n)|int (ascending|unique|separator)|uint64_t (context|extra)|mub_compare_\\w*fn compare)",
-     "Drawn<&WorldOf<%s>::draw_%n>"),
-    ("const char \\* text;int64_t length", "Pieces<%s>"),
-    ("mub_string \\* string", "Joined<%s>"),
-    ("uint64_t \\* items;int64_t count", "Words"),
-    ("int \\* inserted_out", "Out<int>"),
-    ("mub_\\w+ \\*\\* (node|entry)_out", "NodeOut<%s>"),
-    ("const mub_\\w+_node \\* node", "Node<%s>"),
-    ("int64_t \\* bucket_out", "Out<int64_t>"),
-    ("mub_init_fn .*", "Init"),
-    ("mub_free_fn .*", "Free"),
-    ("mub_clone_fn .*", "Cloner"),
-    ("mub_pool \\* source(_user)?_pool", "UserPool<0>"),
-    ("mub_pool \\* destination(_user)?_pool", "UserPool<1>"),
-    ("(const )?mub_\\w+_cursor \\* cursor", "Cursor<%s>"),
-    ("(const )?mub_btree\\w*_entry \\* entry", "Entry<%s>"),
+    (r"%r \* destination", "Destination<%s>"),
+    (r"(const )?%r \* .*", "Self<%s>"),
+    (r"const void \* key;int64_t length", "Key<%s>"),
+    (r"(uint32_t|uint64_t|const uint32_t \*) key", "Key<%s>"),
+    (r"uint64_t (value|item)", "Value<%s>"),
+    (r"uint64_t \* (value_out|value|item)", "Out<uint64_t>"),
+    (r"int \* inserted_out", "Out<int>"),
+    (r"mub_\w+ \*\* (node|entry)_out", "NodeOut<%s>"),
+    (r"const mub_\w+_node \* node", "Node<%s>"),
+    (r"int64_t \* bucket_out", "Out<int64_t>"),
+    (r"mub_init_fn .*", "Init"),
+    (r"mub_free_fn .*", "Free"),
+    (r"mub_clone_fn .*", "Cloner"),
+    (r"mub_pool \* source(_user)?_pool", "UserPool<0>"),
+    (r"mub_pool \* destination(_user)?_pool", "UserPool<1>"),
+    (r"(const )?mub_\w+_cursor \* cursor", "Cursor<%s>"),
 ]
 
 
@@ -53,7 +46,7 @@ def roles_of(function, record):
             if len(parts) <= len(left) and all(re.fullmatch(part, one) for part, one in zip(parts, left)):
                 if role in ("Self<%s>", "Destination<%s>"):
                     role = role.replace("Self", "Peer") if roles else "Self<%s>"
-                roles.append(role.replace("%s", record).replace("%n", left[0].split()[-1]))
+                roles.append(role.replace("%s", record).replace("%n", left[0].split()[-1]).replace("%t", left[0].split()[0]))
                 left = left[len(parts):]
                 break
         else:
@@ -69,6 +62,7 @@ def base_of(operation, operations):
 
 def main(sources, out, *records):
     texts = "".join(Path(source).read_text() for source in sources.split(","))
+    ROLES[:0] = re.findall(r"^// role (.+) = (.+)$", texts, re.MULTILINE)
     by_hand = set(re.findall(r"op::(\w+)_\b", " ".join(re.findall(r"by_hand\([^()]*", texts))))
     operations, tables, lines = set(), [], []
     for record in records:
@@ -89,9 +83,10 @@ def main(sources, out, *records):
         tables.append("};")
         lines.append("  };\n}")
     # The underscore keeps operations apart from keywords and macros.
-    tags = "".join(f"struct {operation}_{base_of(operation, operations)} {{}};\n" for operation in sorted(operations))
+    tags = "".join(f'struct {operation}_{base_of(operation, operations)} {{\n'
+                   f'  static constexpr std::string_view kName = "{operation}";\n}};\n' for operation in sorted(operations))
     functions = "\n".join(['#include "mub.h"', "namespace mub_test {", "template <class R>\nstruct Functions;", *tables, "}"])
-    Path(out + "_ops.inc").write_text(f"namespace mub_test::op {{\n{tags}}}\n{functions}\n")
+    Path(out + "_ops.inc").write_text(f"#include <string_view>\n\nnamespace mub_test::op {{\n{tags}}}\n{functions}\n")
     Path(out + "_steps.inc").write_text("\n".join(lines) + "\n")
 
 
