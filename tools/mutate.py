@@ -32,7 +32,7 @@ OWN_TESTS = {
     "tree": r"tree.*",
     "btree": r"btree.*",
     "list": r"list.*",
-    "text": r"(string|wide_string|format).*",
+    "text": r"text.*",
     "bits": r"bits.*",
 }
 SETTINGS = ["-DMUB_BUILD_BENCH=OFF", "-DMUB_BUILD_EXAMPLES=OFF", "-DMUB_BUILD_API=OFF", "-DMUB_WERROR=OFF"]

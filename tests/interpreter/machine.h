@@ -146,7 +146,8 @@ void step(W &world, Result (*function)(Params...)) {
       check(Op{}, world, role..., None{});
     } else {
       const Result result = world.call(call);
-      if constexpr (std::is_signed_v<Result>) world.mix(static_cast<int64_t>(result));
+      if constexpr (std::is_integral_v<Result> && std::is_signed_v<Result>)
+        world.mix(static_cast<int64_t>(result));
       check(Op{}, world, role..., result);
     }
   });

@@ -53,5 +53,7 @@ extern "C" {
 void *__real_malloc(size_t size);
 void *__wrap_malloc(size_t size);
 
-void *__wrap_malloc(size_t size) { return refuses() ? nullptr : __real_malloc(size); }
+void *__wrap_malloc(size_t size) {
+  return refuses() || uint64_t{size} >> 40 != 0 ? nullptr : __real_malloc(size);
+}
 }
