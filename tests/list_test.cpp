@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "interpreter/roles.h"
 #include "support/pools.h"
 
 using namespace mub_test;

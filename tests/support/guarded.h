@@ -1,5 +1,5 @@
-// Bytes that end right before an unreadable page: an over-read of one byte faults in every build, also where the
-// sanitizer does not look (vector loads, libc).
+// Bytes that end right before an unreadable page, or begin right after one: an over-read of one byte faults in
+// every build, also where the sanitizer does not look (vector loads, libc).
 #ifndef MUB_TESTS_SUPPORT_GUARDED_H
 #define MUB_TESTS_SUPPORT_GUARDED_H
 
@@ -15,7 +15,7 @@ namespace mub_test {
 
 class Guarded {
  public:
-  explicit Guarded(std::string_view bytes) : size_(bytes.size()) {
+  explicit Guarded(std::string_view bytes, bool at_start = false) : size_(bytes.size()) {
     const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     mapped_ = (size_ + page - 1) / page * page + 2 * page;
     map_ = static_cast<char *>(
@@ -23,7 +23,7 @@ class Guarded {
     // One page before and one behind are closed.
     mprotect(map_, page, PROT_NONE);
     mprotect(map_ + mapped_ - page, page, PROT_NONE);
-    data_ = map_ + mapped_ - page - size_;
+    data_ = at_start ? map_ + page : map_ + mapped_ - page - size_;
     if (size_ > 0) std::memcpy(data_, bytes.data(), size_);
   }
   ~Guarded() { munmap(map_, mapped_); }

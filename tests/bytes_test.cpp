@@ -1,0 +1,233 @@
+// What programs of bytes do not show: formats byte for byte, sizes beyond a test's heap, far addresses, CRC-32 in
+// every variant.
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+
+#include "core/crc32.h"
+#include "core/crc32_variants.h"
+#include "core/growth.h"
+#include "mub_array.h"
+#include "mub_char.h"
+#include "mub_mem.h"
+#include "mub_pool.h"
+#include "mub_stream.h"
+#include "support/guarded.h"
+#include "support/random.h"
+
+namespace mub_test {
+namespace {
+
+TEST(Growth, FollowsTheLengthUpTo8Mi) {
+  const int64_t kCases[][4] = {{1000, 1000, 1001, 1500},
+                               {0xFFFFFD, 0xFFFFFD, 0xFFFFFE, 0xFFFFFD + 0x7FFFFE},
+                               {0x2000000, 0x2000000, 0x2000001, 0x2800000},
+                               {0x7FFFFFF0, 0x7FFFFFF0, 0x7FFFFFF1, 0x7FFFFFFF},
+                               {0x80000000, 0x80000000, 0x80000001, 0x80000001}};
+  for (const auto &[length, capacity, wanted, grown] : kCases)
+    EXPECT_EQ(mub::grown_units(length, capacity, wanted), grown);
+}
+
+// Cut to the width of an address, each of these sizes would be a small one.
+TEST(Sizes, ThatNoAddressReachesAreRefused) {
+  constexpr uint64_t kAll = SIZE_MAX;
+  if (kAll == UINT64_MAX) GTEST_SKIP() << "an address has as many bits as a size";
+  const auto many = [](uint64_t unit_bytes) { return static_cast<int64_t>(kAll / unit_bytes + 17); };
+  mub_stream bytes = {nullptr, 0, 0};
+  mub_arrays items = {nullptr, 0, 0, nullptr, 0, 0};
+  mub_pool pool;
+  mub_pool_init(&pool);
+  pool.block_size = many(16);
+  EXPECT_EQ(mub_malloc(kAll + 17), nullptr);
+  EXPECT_EQ(mub_stream_expand(&bytes, many(1)), 0);
+  EXPECT_EQ(mub_arrays_expand(&items, many(8)), 0);
+  EXPECT_EQ(mub_pool_new(&pool), nullptr);
+  mub_pool_term(&pool);
+}
+
+// Cut short, too, at the end of a block after which a page follows that cannot be read.
+template <class Value, class Result>
+void expect_packed(void write(mub_stream *, int64_t *, Value), Result read(const mub_stream *, int64_t *),
+                   Value value, const std::string &bytes) {
+  uint8_t written[9];
+  mub_stream room = {written, 9, 9};
+  int64_t position = 0;
+  write(&room, &position, value);
+  EXPECT_EQ(std::string(reinterpret_cast<char *>(written), static_cast<size_t>(position)), bytes) << value;
+  for (size_t there = 0; there <= bytes.size(); ++there) {
+    const Guarded block(bytes.substr(0, there));
+    const mub_stream cut = {block.bytes(), block.size(), block.size()};
+    const auto result = static_cast<Value>(read(&cut, &(position = 0)));
+    EXPECT_EQ(result == value, there == bytes.size()) << value;
+  }
+}
+
+TEST(PackedIntegers, HaveTheirBytesAndAreReadNoFurtherThanTheirBlock) {
+  expect_packed(mub_stream_deflate_word, mub_stream_inflate_word, 1000u, "\x83\xE8");
+  expect_packed(mub_stream_deflate_dword, mub_stream_inflate_dword, 0x12345678u, "\xD2\x34\x56\x78");
+  const auto expect_lword = [](uint64_t value, const std::string &bytes) {
+    expect_packed(mub_stream_deflate_lword, mub_stream_inflate_lword, value, bytes);
+  };
+  expect_lword(0x1234567, "\xE1\x23\x67\x45");
+  expect_lword(0x123456789ABCD, "\xFD\x45\x23\xCD\xAB\x89\x67");
+  expect_lword(0x123456789ABCDE, "\xFE\x12\x56\x34\xDE\xBC\x9A\x78");
+  expect_lword(0x123456789ABCDEF0, "\xFF\xF0\xDE\xBC\x9A\x78\x56\x34\x12");
+}
+
+TEST(StreamBlocks, AStringsLengthIsCutTo16Bits) {
+  std::string body(65538, 'x'), room(70000, '.');
+  const mub_string text = {body.data(), 65538, 65538};
+  mub_stream stream = {reinterpret_cast<uint8_t *>(room.data()), 70000, 70000};
+  int64_t position = 0;
+  EXPECT_EQ(mub_stream_set_string(&stream, &position, &text), 65540);
+  EXPECT_EQ(room, std::string("\x02\0", 2) + body + std::string(70000 - 65540, '.'));
+}
+
+TEST(Mem, CountsBelowOneAreEmptyRanges) {
+  std::string text = "untouched bytes";
+  for (const int64_t count : {INT64_C(0), INT64_C(-1), INT64_MIN}) {
+    mub_mem_zero(&text[0], count);
+    mub_mem_copy(&text[0], &text[12], count);
+    mub_mem_move(&text[0], &text[12], count);
+    EXPECT_EQ(
+        mub_mem_chr("u", count, 'u') + mub_mem_rchr("u", count, 'u') + mub_mem_str("u", count, "u", count),
+        -3);
+    EXPECT_EQ(mub_mem_icmp("a", count, "b", count), 0);
+    EXPECT_EQ(mub_mem_str("abcb", 4, "bx", count), 1) << "the first byte alone";
+  }
+  EXPECT_EQ(text, "untouched bytes");
+  EXPECT_EQ(mub_mem_cmp("", 0, "", INT64_C(1) << 32), 0) << "differences are cut to 32 bits";
+}
+
+// Only measuring reads a view whose length is negative, and no function reads one without data.
+TEST(Char, UnmeasuredAndEmptyViewsAreNotRead) {
+  char text[] = "12 ";
+  mub_char views[] = {{text, -1}, {text, INT64_MIN}, {nullptr, 0}, {nullptr, 3}};
+  for (mub_char &view : views) {
+    mub_char_make_upper(&view);
+    EXPECT_EQ(mub_char_is_long(&view) + mub_char_is_float(&view) + mub_char_get_long(&view), 0);
+    EXPECT_EQ(mub_char_get_float(&view), 0.0);
+    EXPECT_EQ(
+        mub_char_find_char(&view, '1') + mub_char_reverse_find(&view, '1') + mub_char_find(&view, "1", 1),
+        -3);
+  }
+  EXPECT_EQ(mub_char_compare(&views[0], "12", 2), -3) << "the lengths alone";
+  EXPECT_EQ(mub_char_length(&views[0]), 3);
+  mub_char_shrink(&views[0], -1);
+  mub_char_copy(&views[0], "other", -1);
+  EXPECT_TRUE(views[0].data == text && views[0].length == 3);
+  mub_char_shrink(&views[0], 5);
+  EXPECT_EQ(views[0].length, 5);
+  mub_char_trim(&views[1]);
+  EXPECT_EQ(views[1].length + mub_char_is_empty(&views[0]), 0);
+  mub_char_shrink(&views[2], 5);
+  mub_char_copy(&views[2], nullptr, 3);
+  mub_char_copy(&views[2], "x", INT64_MAX);
+  EXPECT_TRUE(mub_char_is_empty(&views[2]) && views[2].length == 0);
+  EXPECT_EQ(mub_char_length(mub_char_init(&views[1])) + mub_char_is_empty(&views[3]), 1);
+  char *string = static_cast<char *>(mub_malloc(1));
+  *string = 0;
+  mub_str_dup(&string, "never", INT64_MAX);
+  EXPECT_STREQ(string, "");
+  mub_free(string);
+  mub_str_trim(nullptr, 4);
+}
+
+// 4 GiB apart, ranges count as near each other: the low halves of the addresses decide.
+TEST(Mem, DistanceIsThatOfTheLowAddressHalves) {
+  constexpr size_t kSpan = (size_t{1} << 32) + 4096;
+  void *map =
+      mmap(nullptr, kSpan, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (map == MAP_FAILED) GTEST_SKIP() << "no room for 4 GiB of addresses";
+  char *low = static_cast<char *>(map), *high = low + (size_t{1} << 32);
+  std::copy_n("near and far", 12, low);
+  mub_mem_move(high + 7, low, 12);
+  EXPECT_EQ(std::string(low, 12), "near and far");
+  mub_mem_move(high + 8, low, 12);
+  EXPECT_EQ(std::string(low, 12), std::string(12, '\0'));
+  munmap(map, kSpan);
+}
+
+TEST(Pool, FindsChunksExactlyButInTheMapByTheLow32Bits) {
+  const auto at = [](int64_t address) { return reinterpret_cast<void *>(address); };
+  void *chunks[] = {at(0x100001000), at(0x900002000), at(0x100000000)};
+  mub_pool pool = {};
+  pool.chunks = chunks;
+  pool.chunk_count = 3;
+  mub_pool_chunk *map = mub_pool_map(&pool);
+  // An address, its chunk and offset, and what bfind makes of it among the first two.
+  const int64_t places[][4] = {{0xFFFFFFFF, -1, 77, -1}, {0x100000FFF, 2, 0xFFF, 0},
+                               {0x100001000, 0, 0, 1},   {0x900001000, 0, 0x800000000, 1},
+                               {0x900002008, 1, 8, 1},   {0, -1, 77, 0}};
+  for (const auto &[address, chunk, offset, position] : places) {
+    int64_t found = 77;
+    EXPECT_EQ(mub_pool_get_addr(&pool, nullptr, at(address), &found), -1);
+    EXPECT_EQ(mub_pool_get_addr(&pool, map, at(address), &found), chunk);
+    EXPECT_EQ(found, offset);
+    EXPECT_EQ(mub_pool_bfind(map, 2, at(address)), position);
+  }
+  EXPECT_EQ(mub_pool_bfind(map, 0, nullptr), -1);
+  mub_pool_umap(map);
+  pool = {};
+  mub_pool_init(&pool);
+  for (const int64_t size_bytes : {INT64_C(-8), INT64_MAX / 2}) {
+    pool.block_size = size_bytes;
+    EXPECT_EQ(mub_pool_new(&pool), nullptr);
+  }
+  mub_pool_term(&pool);
+}
+
+uint32_t after_byte(uint32_t crc, uint8_t byte) {
+  crc ^= byte;
+  for (int bit = 0; bit < 8; ++bit) crc = (crc & 1) != 0 ? crc >> 1 ^ 0xEDB88320 : crc >> 1;
+  return crc;
+}
+
+// Runs of every length at the start of a page, a few bytes later, and at its end.
+template <class Run>
+void expect_agreement(uint32_t ones, Run run) {
+  const std::string text = Random(1).text(4096, 256);
+  const Guarded page(text);
+  for (const int64_t offset : {0, 1, 2, 3, 7, 8, 15, 16, 31, 63, 64, -1}) {
+    uint32_t expected = ones;
+    for (int64_t length = 1; length <= 3000; ++length) {
+      const uint8_t *bytes = page.bytes() + (offset < 0 ? page.size() - length : offset);
+      if (offset < 0) expected = ones;
+      for (int64_t i = offset < 0 ? 0 : length - 1; i < length; ++i)
+        expected = after_byte(expected, bytes[i]);
+      ASSERT_EQ(run(bytes, length), expected ^ ones) << length << " bytes at " << offset;
+    }
+  }
+}
+
+TEST(Crc32, EveryVariantAgreesForEveryLengthAndAlignment) {
+  for (const mub::crc::Variant &variant : mub::crc::kVariants) {
+    if (!variant.supported()) continue;
+    for (const uint32_t ones : {0u, UINT32_MAX}) {
+      SCOPED_TRACE(testing::Message() << variant.name << ", start " << ones);
+      expect_agreement(ones, [&](auto *bytes, int64_t length) { return variant.run(ones, bytes, length); });
+    }
+  }
+  expect_agreement(UINT32_MAX, mub_stream_crc32);
+  expect_agreement(0, mub::key_hash);
+  for (uint32_t byte = 0; byte < 256; ++byte) EXPECT_EQ(CRC_TABLE[byte], after_byte(byte, 0)) << byte;
+  EXPECT_EQ(mub_stream_crc32("123456789", 9), 0xCBF43926);
+}
+
+TEST(Crc32, OfKeysWithoutCaseIsThatOfTheLoweredKey) {
+  const std::string text = Random(4).text(400, 256);
+  const Guarded page(text);
+  std::string lowered;
+  for (int64_t length = 0; length <= 400; ++length) {
+    const char *bytes = page.data() + 400 - length;
+    if (length > 0)
+      lowered.insert(lowered.begin(), static_cast<char>(std::tolower(static_cast<uint8_t>(*bytes))));
+    EXPECT_EQ(mub::key_hash_nocase(bytes, length), mub::key_hash(lowered.data(), length)) << length;
+  }
+}
+
+}  // namespace
+}  // namespace mub_test
