@@ -3,8 +3,9 @@
 
     docs/build.py --pages PAGES --work WORK --mubdex PROGRAM --library LIBMUB
 
-The headers' comments, resolved by tools/api_model.py, become the input of Doxygen; the pictures are drawn from live
-containers by mubdex; the index of the search box is made of Doxygen's tag file, so that it leads where the functions are.
+Doxygen reads the public headers, and what is written here beside them: the README, the guides, the programs, and pictures
+drawn by mubdex from live containers. The index of the search box is made from Doxygen's tag file, so that it leads where
+the functions are.
 """
 
 import argparse
@@ -23,17 +24,18 @@ ROOT = Path(__file__).resolve().parent.parent
 sys.path[:0] = [str(ROOT / "tools")]
 
 import api_calls  # noqa: E402
-import api_model  # noqa: E402
-from doxygen_headers import OVERALL, Writer  # noqa: E402
+import api_reader  # noqa: E402
 from symbol_map import version_text  # noqa: E402
 from tidy import tidy  # noqa: E402
 
 # Pictures: of which module, from which text, and what they show.
 PICTURES = {
-    "hash": ("few.txt", "A live table: entries hang from the bucket of their hash, the oldest first."),
-    "btree": ("many.txt", "A live tree: the records lie in the leaves in key order; above them, the greatest key of each."),
-    "pool": ("many.txt", "A live pool after every other word went: released blocks wait in the order of their reuse."),
+    "hash": ("few.txt", "A live table: each bucket has the chain of its entries, the oldest first."),
+    "btree": ("many.txt", "A live tree: the leaves hold the records in key order; above them, the greatest key of each."),
+    "pool": ("many.txt", "A live pool after every other word was removed: released blocks in the order of their reuse."),
 }
+# What Markdown and Doxygen would take for markup in a plain text.
+SPECIAL = re.compile(r"[\\@#%*~|\[\]<>&_]")
 # What Doxygen writes beside the pages and nothing refers to.
 LEFTOVERS = ["*.png", "doxygen.*", "jquery.js", "dynsections.js", "tabs.css", "menu*.js", "nav_*", "annotated.html",
              "classes.html", "functions*.html", "globals*.html", "files.html", "dir_*.html", "modules.html", "pages.html",
@@ -46,11 +48,6 @@ def readme_rows():
     return [(names.split(", "), header, text) for names, header, text in rows]
 
 
-def titles():
-    """What the README says of a module that has a row to itself."""
-    return {names[0]: re.sub(r"^`mub_\w+`: ", "", text) for names, _, text in readme_rows() if len(names) == 1}
-
-
 def readme_page(modules):
     """The README as the main page, with the names of modules and functions leading to their pages."""
     def row(match):
@@ -61,7 +58,7 @@ def readme_page(modules):
 
 
 def guides():
-    """{name: title} of the pages that are written by hand, the tutorial first."""
+    """{name: title} of the pages in docs/, the tutorial first."""
     paths = sorted((ROOT / "docs").glob("*.md"), key=lambda path: (path.stem != "tutorial", path.stem))
     return {path.stem: re.match(r"# ([^{\n]*)", path.read_text()).group(1).strip() for path in paths}
 
@@ -93,17 +90,28 @@ def example_url(source):
     return f"{name}-example.html"
 
 
-def example_comment(source, text):
+def escaped(lines):
+    return SPECIAL.sub(lambda match: "\\" + match.group(), " ".join(" ".join(lines).split()))
+
+
+def marked_up(paragraph):
+    """Prose, or a table or drawing, which stays as it is."""
+    if all(re.match(r" \S", line) for line in paragraph):
+        return escaped(paragraph)
+    return "@verbatim\n" + "\n".join(line[1:] for line in paragraph) + "\n@endverbatim"
+
+
+def example_comment(source):
     expected = source.with_suffix(".txt")
     printed = f"It prints:\n@verbatim\n{expected.read_text()}@endverbatim" if expected.exists() else ""
-    about = text.paragraphs(opening(source))
+    about = "\n\n".join(marked_up(paragraph) for paragraph in opening(source))
     return f"/**\n@example {source.parent.name}/{source.name}\n{about}\n\n{printed}\n*/\n"
 
 
-def cookbook_page(text):
+def cookbook_page():
     items = []
     for source in sorted((ROOT / "examples" / "cookbook").glob("*.c")):
-        title = text.line(" ".join(" ".join(opening(source)[0]).split()))
+        title = html.escape(" ".join(" ".join(opening(source)[0]).split()))
         items.append(f'<dt><a href="{example_url(source)}">{source.stem.replace("_", " ")}</a></dt><dd>{title}</dd>')
     return ("/**\n@page cookbook Cookbook\n\nShort whole programs, each the model of one use; what they print is compared "
             "at every test run. The page of a function names those that call it.\n\n"
@@ -114,12 +122,27 @@ def cookbook_page(text):
 
 # ---- what surrounds the pages ----
 
+def header_group(header):
+    return header.removeprefix("mub_").replace(".", "_")
+
+
+def module_heads(modules):
+    """What comes before a module's own description: its header, and where that is described as a whole."""
+    for module in modules:
+        header, siblings = module["header"], [other for other in modules if other["header"] == module["header"]]
+        include = f'<code>\\#include \"{header}\"</code>'.replace('\\"', '"')
+        if len(siblings) > 1:
+            include += (f'; see @ref {header_group(header)} "{header}" for what its modules share, and for a table of '
+                        'what the operations return.')
+        yield f'/**\n@addtogroup {module["name"]}\n@details {include}\n*/\n'
+
+
 def contents(modules):
     """The links at the side: the pages, then the modules, those of a header in one line."""
     link = lambda url, name: f'<a href="$relpath^{url}">{name}</a>'
     listed = [names for names, _, _ in readme_rows()]
     listed += [[name] for name in modules if not any(name in names for names in listed)]
-    pages = [link("index.html", "Overview"), link("cookbook.html", "Cookbook"), link(f"group__{OVERALL}.html", "Rules")]
+    pages = [link("index.html", "Overview"), link("cookbook.html", "Cookbook"), link("group__base.html", "Rules")]
     pages[1:1] = [link(f"{name}.html", title) for name, title in guides().items()]
     lines = [", ".join(link(f"group__{name}.html", name) for name in names if name in modules) for names in listed]
     item = lambda lines: "".join(f"<li>{line}</li>\n" for line in lines)
@@ -131,8 +154,8 @@ def drawn(module, out, mubdex):
     dot = subprocess.run([mubdex, "--dot", module, ROOT / "docs/pictures" / text], check=True, capture_output=True).stdout
     svg = subprocess.run(["dot", "-Tsvg"], input=dot, check=True, capture_output=True).stdout
     (out / f"{module}.svg").write_bytes(svg)
-    return (f'\n@htmlonly<figure><img src="{module}.svg" alt="{html.escape(caption)}">'
-            f"<figcaption>{html.escape(caption)}</figcaption></figure>@endhtmlonly\n")
+    return (f'/**\n@addtogroup {module}\n@details @htmlonly<figure><img src="{module}.svg" alt="{html.escape(caption)}">'
+            f"<figcaption>{html.escape(caption)}</figcaption></figure>@endhtmlonly\n*/\n")
 
 
 # ---- the index of the search box ----
@@ -149,30 +172,27 @@ def places(tag_file):
     return found
 
 
-def search_index(model, tag_file):
+def search_index(functions, tag_file):
     """One row a function: name, module, URL, summary, and whether it may allocate."""
     url = places(tag_file)
-    missing = [name for name in model.functions if name not in url]
+    missing = [function["name"] for function in functions if function["name"] not in url]
     if missing:
         sys.exit(f"docs/build.py: no place in the pages for {', '.join(missing)}")
-    return [[f.name, f.module, url[f.name], f.summary, f.name in model.allocating] for f in model.functions.values()]
+    return [[function["name"], function["module"], url[function["name"]], function["summary"], function["may_allocate"]]
+            for function in functions]
 
 
 # ---- all of it ----
 
-def write_input(model, work, out, mubdex):
-    notes = {module: drawn(module, out, mubdex) for module in PICTURES}
-    writer = Writer(model, titles(), notes)
-    source = work / "input"
-    (source / "base.h").write_text(writer.overall())
-    for module in model.modules.values():
-        (source / f"{module.name}.h").write_text(writer.module(module.name, module.header))
-    (source / "examples.dox").write_text(cookbook_page(writer.text)
-                                         + "".join(example_comment(p, writer.text) for p in programs()))
-    (source / "README.md").write_text(readme_page(model.modules))
+def write_input(modules, work, out, mubdex):
+    source, names = work / "input", [module["name"] for module in modules]
+    (source / "modules.dox").write_text("".join(module_heads(modules)))
+    (source / "pictures.dox").write_text("".join(drawn(module, out, mubdex) for module in PICTURES))
+    (source / "examples.dox").write_text(cookbook_page() + "".join(example_comment(path) for path in programs()))
+    (source / "README.md").write_text(readme_page(names))
     for name in guides():
         (source / f"{name}.md").write_text(guide_page(name))
-    header = (ROOT / "docs/header.html").read_text().replace("@MODULES@", contents(model.modules))
+    header = (ROOT / "docs/header.html").read_text().replace("@MODULES@", contents(names))
     (work / "header.html").write_text(header)
 
 
@@ -189,13 +209,15 @@ def main():
     (work / "input").mkdir(parents=True)
     pages.mkdir()
 
-    model = api_model.load(ROOT, api_calls.allocating(options.library))
-    write_input(model, work, pages, options.mubdex)
-    if model.faults:
-        print("\n".join(model.faults[:20]), file=sys.stderr)
-        sys.exit(f"docs/build.py: {len(model.faults)} things are not told in the headers")
-    settings = {"MUB_ROOT": str(ROOT), "MUB_DOCS_WORK": str(work.resolve()), "MUB_VERSION": version_text(ROOT)}
-    if subprocess.run(["doxygen", str(ROOT / "docs/Doxyfile")], env={**os.environ, **settings}).returncode != 0:
+    try:
+        interface = api_reader.read(ROOT, strict=True)
+    except RuntimeError as fault:
+        sys.exit(f"docs/build.py: {fault}")
+    api_reader.add_allocations(interface, api_calls.allocating(options.library))
+    write_input(interface["modules"], work, pages, options.mubdex)
+    settings = {"MUB_ROOT": str(ROOT), "MUB_DOCS_WORK": str(work.resolve()), "MUB_VERSION": version_text(ROOT),
+                "MUB_WARN_AS_ERROR": "FAIL_ON_WARNINGS"}
+    if subprocess.run(["doxygen", "docs/Doxyfile"], cwd=ROOT, env={**os.environ, **settings}).returncode != 0:
         sys.exit("docs/build.py: Doxygen found faults in its input")
     shutil.copytree(work / "html", pages, dirs_exist_ok=True)
     for path in {path for pattern in LEFTOVERS for path in pages.glob(pattern)}:
@@ -203,7 +225,7 @@ def main():
     for path in pages.glob("*.html"):
         path.write_text(tidy(path.read_text()))
 
-    rows = search_index(model, work / "mub.tag")
+    rows = search_index(interface["functions"], work / "mub.tag")
     (pages / "api-index.js").write_text(
         "window.MUB_INDEX = [\n" + ",\n".join(json.dumps(row, ensure_ascii=False) for row in rows) + "\n];\n")
     shutil.copy(ROOT / "docs/search.js", pages)

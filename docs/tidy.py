@@ -5,6 +5,8 @@ import re
 REPLACEMENTS = [(re.compile(pattern, re.DOTALL), text) for pattern, text in [
     (r'&#160;?\s*<a href="[^"]*">More\.\.\.</a><br />|\s*<a href="[^"]*">More\.\.\.</a><br />', ""),
     (r"<(/?)h1>", r"<\1h2>"),  # sections: the title alone is the page's first heading
+    (r'<div class="headertitle"><div class="title">([^<]*)<div class="ingroups">(.*?)</div></div></div>',
+     r'<h1>\1</h1><p class="ingroups">Part of \2</p>'),
     (r'<div class="headertitle"><div class="title">(.*?)</div></div>', r"<h1>\1</h1>"),
     (r'<div class="summary">.*?</div>', ""),
     (r'<a name="details" id="details"></a><h2 class="groupheader">Detailed Description</h2>', ""),

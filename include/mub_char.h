@@ -1,23 +1,31 @@
-/* mub_char.h: a counted view of characters, which parsers narrow field by field without copying.
+/**
+ * @defgroup char mub_char: a counted view of characters that parsers narrow without copying
  *
- *   "  name =  value "
- *             ^~~~~~~       data = the first ^, length = 7; after mub_char_trim data = the v, length = 5
+ * A counted view of characters, which parsers narrow field by field without copying.
  *
- * A view has no terminator and no capacity. Its bytes belong to whoever made them; only mub_char_copy allocates.
- * A negative length stands for a text that is not measured yet: mub_char_length measures it, every other function
- * takes it as it is and reads nothing. White space is tab, line feed, carriage return and space.
+ *     "  name =  value "
+ *               ^~~~~~~       data = the first ^, length = 7; after mub_char_trim data = the v, length = 5
  *
- * Numbers are read with grammars of their own, whatever the locale, and no white space, '+' or exponent:
+ * A view has no terminator and no capacity. Its bytes belong to whoever made them; only mub_char_copy()
+ * allocates. A negative length stands for a text that is not measured yet: mub_char_length() measures it,
+ * every other function takes it as it is and reads nothing. White space is tab, line feed, carriage return
+ * and space.
  *
- *   integer   -? digit+                          decimal   -? digit+ ( '.' digit* )?
+ * Numbers are read with grammars of their own, whatever the locale, and without white space, '+' or exponent:
  *
- * Parameters, where a function does not say otherwise:
- *   view        the view
- *   text        the text to compare with or to look for; NULL is found nowhere
- *   count       characters of `text`; negative: up to its NUL
- *   length      characters; a negative one does nothing
- *   character   what to look for: its low 8 bits
- *   start       where the search begins, counted from 0 */
+ *     integer   -? digit+                          decimal   -? digit+ ( '.' digit* )?
+ *
+ * What the everyday operations return:
+ *
+ * | operation                                 | found      | not found, or empty | out of memory        |
+ * | ----------------------------------------- | ---------- | ------------------- | -------------------- |
+ * | `_find…`, mub_char_reverse_find()         | the index  | -1                  |                      |
+ * | mub_char_get_long(), mub_char_get_float() | the number | 0, 0.0              |                      |
+ * | mub_char_is_long(), mub_char_is_float()   | 1          | 0                   |                      |
+ * | mub_char_copy()                           |            |                     | the view stays empty |
+ *
+ * @{
+ */
 #ifndef MUB_CHAR_H
 #define MUB_CHAR_H
 
@@ -27,88 +35,258 @@
 extern "C" {
 #endif
 
+/** A counted view of characters, which parsers narrow field by field without copying. */
 typedef struct mub_char {
-  char *data;     /* the first character; NULL for none; owned only when mub_char_copy filled the view */
-  int64_t length; /* characters in the view; negative: not measured yet */
+  char *data;     /**< the first character; NULL for none; owned only if mub_char_copy() filled the view */
+  int64_t length; /**< characters in the view; negative: not measured yet */
 } mub_char;
 
-/* mub_char_init: make an empty view.
- * Returns the view. */
+/**
+ * Makes an empty view.
+ *
+ * @param[out] view  the view
+ * @return the view
+ * @owner the record is the caller's
+ * @invalidates nothing
+ */
 MUB_API mub_char *mub_char_init(mub_char *view);
 
-/* mub_char_term: release (with free) the characters of a view that mub_char_copy filled and no trimming moved, and
- * make it empty. A view of other characters is made empty with mub_char_init.
- * Returns the view. */
+/**
+ * Releases the characters, with free, of a view that mub_char_copy() filled and no trimming moved, and makes
+ * it empty.
+ *
+ * Empty a view of other characters with mub_char_init().
+ *
+ * @param[in,out] view  the view
+ * @return the view
+ * @owner the characters are released
+ * @invalidates pointers to the characters
+ */
 MUB_API mub_char *mub_char_term(mub_char *view);
 
-/* mub_char_trim: narrow a view to what stands between leading and trailing white space; NULs at its back go too. No
- * byte is moved or written. A view with a NUL among its leading white space becomes empty, and so does one that is
- * not measured. */
+/**
+ * Narrows a view to what is between leading and trailing white space, and between NULs at its end.
+ *
+ * No byte is moved or written. A view with a NUL among its leading white space becomes empty, and so does one
+ * that is not measured.
+ *
+ * @param[in,out] view  the view
+ * @invalidates nothing
+ * @cost O(length)
+ */
 MUB_API void mub_char_trim(mub_char *view);
 
-/* mub_char_shrink: set the length of a view that has data, to anything not negative; there is no upper bound, so
- * the caller vouches for the characters. */
+/**
+ * Sets the length of a view that has data, to anything that is not negative.
+ *
+ * There is no upper bound: the caller is responsible for the characters.
+ *
+ * @param[in,out] view  the view
+ * @param[in] length    characters; a negative length does nothing
+ * @invalidates nothing
+ */
 MUB_API void mub_char_shrink(mub_char *view, int64_t length);
 
-/* mub_char_is_empty: whether a view has no data or the length 0. */
+/**
+ * Checks whether a view has no data or the length 0.
+ *
+ * @param[in] view  the view
+ * @return 1 if it is empty, else 0
+ */
 MUB_API int mub_char_is_empty(const mub_char *view);
 
-/* mub_char_length: the length of a view; a negative one is first replaced by the length of the NUL-terminated text
- * (0 without data). */
+/**
+ * Gets the length of a view.
+ *
+ * A negative one is first replaced by the length of the text up to its NUL, or by 0 without data.
+ *
+ * @param[in,out] view  the view
+ * @return the length
+ * @invalidates nothing
+ * @cost O(1); O(characters) to measure
+ */
 MUB_API int64_t mub_char_length(mub_char *view);
 
-/* mub_char_make_lower: pass every character through the runtime's tolower, in place. */
+/**
+ * Passes every character through the runtime's tolower, in place.
+ *
+ * @param[in,out] view  the view
+ * @invalidates nothing
+ * @cost O(length)
+ */
 MUB_API void mub_char_make_lower(mub_char *view);
 
-/* mub_char_make_upper: pass every character through the runtime's toupper, in place. */
+/**
+ * Passes every character through the runtime's toupper, in place.
+ *
+ * @param[in,out] view  the view
+ * @invalidates nothing
+ * @cost O(length)
+ */
 MUB_API void mub_char_make_upper(mub_char *view);
 
-/* mub_char_copy: fill an empty view with a copy of `count` characters of `text` and a NUL behind them.
- *   view    a view that has data is left as it is
- *   text    NULL does nothing
- *   count   negative: up to the NUL
- * Out of memory the view stays empty. The copy is released with mub_char_term. */
+/**
+ * Fills an empty view with a copy of a text and a NUL after it.
+ *
+ * @param[in,out] view  a view that has data is unchanged
+ * @param[in] text      the text; NULL does nothing
+ * @param[in] count     characters of the text; negative: up to its NUL
+ * @failure the view stays empty if memory runs out
+ * @owner the copy is the view's; release it with mub_char_term()
+ * @invalidates nothing
+ * @cost O(count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API void mub_char_copy(mub_char *view, const char *text, int64_t count);
 
-/* mub_char_is_long: whether the whole view is an integer. */
+/**
+ * Checks whether the whole view is an integer.
+ *
+ * @param[in] view  the view
+ * @return 1 if it is, else 0
+ * @cost O(length)
+ */
 MUB_API int mub_char_is_long(const mub_char *view);
 
-/* mub_char_get_long: the integer that the view begins with, 0 when there is none. Values wrap around at 64 bits. */
+/**
+ * Reads the integer that the view begins with.
+ *
+ * Values wrap around at 64 bits.
+ *
+ * @param[in] view  the view
+ * @return the number
+ * @failure 0 if there is none
+ * @cost O(digits)
+ */
 MUB_API int64_t mub_char_get_long(const mub_char *view);
 
-/* mub_char_is_float: whether the whole view is a decimal number. */
+/**
+ * Checks whether the whole view is a decimal number.
+ *
+ * @param[in] view  the view
+ * @return 1 if it is, else 0
+ * @cost O(length)
+ */
 MUB_API int mub_char_is_float(const mub_char *view);
 
-/* mub_char_get_float: the decimal number that the view begins with, 0.0 when there is none.
- * A digit before the point makes the value (value * 10.0 + its character code) - 48.0; the k-th digit behind the
- * point adds the digit divided by 10.0 k times over. Both round at every step. */
+/**
+ * Reads the decimal number that the view begins with.
+ *
+ * A digit before the point makes the value `(value * 10.0 + character code) - 48.0`; the k-th digit after the
+ * point adds the digit divided by 10.0 k times in turn. Both round at every step.
+ *
+ * @param[in] view  the view
+ * @return the number
+ * @failure 0.0 if there is none
+ * @cost O(digits)
+ */
 MUB_API double mub_char_get_float(const mub_char *view);
 
-/* mub_char_compare: order a view against a text as mub_mem_cmp does.
- *   text    NULL and a count of 0 sort before every view that is not empty
- *   count   negative: up to the NUL
- * An empty view sorts before every text that is not NULL and whose count is not 0, -1 included: that of an empty
- * text too. Two that are empty are equal. */
+/**
+ * Orders a view against a text as mub_mem_cmp() does.
+ *
+ * An empty view sorts before every text that is not NULL and whose count is not 0, -1 included: before an
+ * empty text too. Two that are empty are equal.
+ *
+ * @param[in] view   the view
+ * @param[in] text   the text; NULL and a count of 0 sort before every view that is not empty
+ * @param[in] count  characters of the text; negative: up to its NUL
+ * @return a negative number, 0 or a positive one
+ * @cost O(count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int mub_char_compare(const mub_char *view, const char *text, int64_t count);
 
-/* mub_char_icompare: as mub_char_compare, without regard to letter case, as mub_mem_icmp does. */
+/**
+ * Orders a view against a text as mub_mem_icmp() does, without regard to case.
+ *
+ * An empty view sorts before every text that is not NULL and whose count is not 0, -1 included: before an
+ * empty text too. Two that are empty are equal.
+ *
+ * @param[in] view   the view
+ * @param[in] text   the text; NULL and a count of 0 sort before every view that is not empty
+ * @param[in] count  characters of the text; negative: up to its NUL
+ * @return a negative number, 0 or a positive one
+ * @cost O(count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int mub_char_icompare(const mub_char *view, const char *text, int64_t count);
 
-/* mub_char_find_char: the index of the first `character` (its low 8 bits), or -1. 0 is never found. */
+/**
+ * Finds the first occurrence of a character.
+ *
+ * 0 is never found.
+ *
+ * @param[in] view       the view
+ * @param[in] character  the character to find; its low 8 bits are used
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(length)
+ */
 MUB_API int64_t mub_char_find_char(const mub_char *view, int character);
 
-/* mub_char_find_char_pos: the same at or behind index `start`; -1 when `start` lies outside the view. */
+/**
+ * Finds the first occurrence of a character at or after index `start`.
+ *
+ * 0 is never found.
+ *
+ * @param[in] view       the view
+ * @param[in] character  the character to find; its low 8 bits are used
+ * @param[in] start      where to begin, counted from 0
+ * @return its index
+ * @failure -1 if there is none, or if `start` lies outside the view
+ * @cost O(length)
+ */
 MUB_API int64_t mub_char_find_char_pos(const mub_char *view, int character, int64_t start);
 
-/* mub_char_reverse_find: the index of the last `character` (its low 8 bits), or -1. 0 is never found. */
+/**
+ * Finds the last occurrence of a character.
+ *
+ * 0 is never found.
+ *
+ * @param[in] view       the view
+ * @param[in] character  the character to find; its low 8 bits are used
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(length)
+ */
 MUB_API int64_t mub_char_reverse_find(const mub_char *view, int character);
 
-/* mub_char_find: the index of the first occurrence of a text, or -1.
- *   count   its length; negative: up to the NUL; 0 looks for its first character, be it the NUL, as mub_mem_str does */
+/**
+ * Finds the first occurrence of a text.
+ *
+ * @param[in] view   the view
+ * @param[in] text   the text to find; NULL is not found
+ * @param[in] count  characters of the text; negative: up to its NUL; 0 looks for its first character, even if
+ *                   that is the NUL, as mub_mem_str() does
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(length + count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int64_t mub_char_find(const mub_char *view, const char *text, int64_t count);
 
-/* mub_char_find_pos: the same at or behind index `start`; -1 when `start` lies outside the view. */
+/**
+ * Finds the first occurrence of a text at or after index `start`.
+ *
+ * @param[in] view   the view
+ * @param[in] text   the text to find; NULL is not found
+ * @param[in] count  characters of the text; negative: up to its NUL; 0 looks for its first character, even if
+ *                   that is the NUL, as mub_mem_str() does
+ * @param[in] start  where to begin, counted from 0
+ * @return its index
+ * @failure -1 if there is none, or if `start` lies outside the view
+ * @cost O(length + count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int64_t mub_char_find_pos(const mub_char *view, const char *text, int64_t count, int64_t start);
+
+/** @} */
 
 #ifdef __cplusplus
 }

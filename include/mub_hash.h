@@ -1,57 +1,44 @@
-/* mub_hash.h: chained hash tables: mub_hash with byte strings as keys, mub_hashd with 32-bit integers, mub_hashx with
+/**
+ * @defgroup hash_h mub_hash.h: hash tables
+ *
+ * Chained hash tables: mub_hash with byte strings as keys, mub_hashd with 32-bit integers, mub_hashx with
  * 64-bit integers, mub_hasht with 16 bytes.
  *
- *   buckets.items ──► [0] ──► entry ──► entry ──► NULL        entries: blocks of entry_pool
- *                     [1] ──► NULL                            value of an entry: a word, or a block of value_pool
- *                     [2] ──► entry ──► NULL                  keys (mub_hash): the bytes of all keys, packed
- *                     …
+ *     buckets.items ──► [0] ──► entry ──► entry ──► NULL    entries: blocks of entry_pool
+ *                       [1] ──► NULL                        value: a word, or a block of value_pool
+ *                       [2] ──► entry ──► NULL              keys (mub_hash): the bytes of all keys, packed
+ *                       …
  *
- * A table starts without buckets; the first insertion makes 4, and an insertion that brings the average to two
- * entries a bucket doubles them. New entries go to the end of their chain. Only mub_hash_remove_all and
- * mub_hash_free_all take buckets away.
+ * A table starts without buckets. The first insertion makes 4, and an insertion that brings the average to
+ * two entries per bucket doubles them. New entries go to the end of their chain. Only `_remove_all` and
+ * `_free_all` release buckets.
  *
- * Entry pool. A table needs one before its first insertion: made by mub_hash_init, or the caller's, written into
- * `entry_pool`, its block size at least that of the table's entry record. Several tables may share a caller's pool.
- * Value pool. Wanted only by mub_hash_set, which gives every new entry a block of it. One made by mub_hash_init has
- * no block size yet: store the size of your values in `value_pool->block_size` before the first mub_hash_set.
- * Blocks of an owned value pool go with the whole pool; single blocks return to a caller's pool only.
+ * **Entry pool.** A table needs one before its first insertion: made by `_init`, or an external one, written
+ * into `entry_pool`, with a block size of at least that of the table's entry record. Several tables may share
+ * an external pool.
  *
- * Parameters, where a function does not say otherwise:
- *   hash, table             the table
- *   a, b                    the two tables
- *   value                   any word, 0 included
- *   bucket                  where to look: 0 to the number of buckets less 1
- *   destination_user_pool   the initialised pool that becomes the copy of `source_user_pool`; else NULL
+ * **Value pool.** Only `_set` needs one; it gives every new entry a block of it. A pool made by `_init` has
+ * no block size yet: store the size of your values in `value_pool->block_size` before the first `_set`.
+ * Blocks of an owned value pool are released with the whole pool; single blocks go back to an external pool
+ * only.
  *
- * Failure, where a function does not say otherwise:
- *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped: see
- *            mub_pool_free
+ * What the everyday operations return:
  *
- * Ownership, where a function does not say otherwise:
- *   _init               the record is the caller's; a pool made here is the table's, until `_term`
- *   _term               what the table owns is released; values and a caller's pools stay the caller's
- *   _swap               what one table owned is the other's
- *   _clone              the copy is the destination's; a caller's pool is shared by both, and values are then copied
- *                       as words
- *   _remove_all         entries are their pool's again; values are not released
- *   _free_all           each value is handed to the caller's function, its block to a caller's value pool; entries
- *                       are their pool's again
- *   _remove_all_entry   entries are their pool's again, though the table still refers to them; values are not
- *                       released
- *   _free_all_entry     as after `_remove_all_entry`, each value having been handed to `release`, its block to a
- *                       caller's value pool
- *   _get                the value stays in the table
- *   _update             the previous value is handed over, not released; the new one is kept as a word
- *   _set                the value stays in the table: a block of the value pool, or the word that stands
- *   _remove             the value is handed over, not released; the entry is its pool's again
- *   _free               the value is handed to `release`, its block to a caller's value pool; the entry is its pool's
- *                       again
- *   value               kept as a word; what it stands for stays the caller's
+ * | operation    | key present                  | key absent             | out of memory           |
+ * | ------------ | ---------------------------- | ---------------------- | ----------------------- |
+ * | `_insert`    | 0, value unchanged           | 1, added               | 0                       |
+ * | `_set`       | 0, `*value_out` is the value | 1, `*value_out` is new | 0, `*value_out` is 0    |
+ * | `_entry_set` | 0, `*entry_out` is the entry | 1, `*entry_out` is new | 0, `*entry_out` is NULL |
+ * | `_get`       | the value                    | 0                      |                         |
+ * | `_find`      | 1                            | 0                      |                         |
+ * | `_update`    | the previous value           | 0, not added           |                         |
+ * | `_remove`    | the value, not released      | 0                      |                         |
+ * | `_free`      | the table                    | NULL                   |                         |
+ * | `_entry_get` | the entry                    | NULL                   |                         |
+ * | `_clone`     |                              |                        | the destination, empty  |
  *
- * Fields, where a record does not say otherwise:
- *   key               the key
- *   entry_pool        where the entries come from; NULL when there is none
- *   owns_value_pool   1: made by `_init`, released by `_term` */
+ * @{
+ */
 #ifndef MUB_HASH_H
 #define MUB_HASH_H
 
@@ -64,631 +51,1865 @@
 extern "C" {
 #endif
 
-/* ---- mub_hash: a hash table whose keys are byte strings -------------------------------------------------------
+/**
+ * @defgroup hash mub_hash: a chained hash table from byte strings to 64-bit values
  *
- * A key is `length` bytes at `key`; a negative length means that it ends at its first NUL, and a NULL key with a
- * negative length is the empty key, which is a key like any other. Keys are copied. Their hash is the CRC-32
- * register over CRC_TABLE, started at 0 and not inverted.
+ * A hash table whose keys are byte strings. A key is `length` bytes at `key`; a negative length means that it
+ * ends at its first NUL, and a NULL key with a negative length is the empty key, which is a key like any
+ * other. Keys are copied. Their hash is the CRC-32 register over `CRC_TABLE`, started at 0 and not inverted.
  *
- * Parameters, where a function does not say otherwise:
- *   key      the key's bytes; NULL with a negative length: the empty key
- *   length   bytes of the key; negative: up to its first NUL
- *
- * Ownership, where a function does not say otherwise:
- *   mub_hash_entry *   the entry is a block of the entry pool, and the table's until it is removed
- *   entry_out          the entry is a block of the entry pool, and the table's until it is removed
- *   key                the bytes are copied, or only compared */
+ * @{
+ */
 
-/* One entry. Offsets into `keys` change when another key is removed. */
+/**
+ * One entry.
+ *
+ * Offsets into the key stream change when another key is removed. It stays where it is until it is removed.
+ */
 typedef struct mub_hash_entry {
-  struct mub_hash_entry *next; /* next in the chain; NULL at its end */
-  uint32_t hash;               /* mub_hash_key of the key */
-  uint32_t key_offset;         /* where the key's bytes start in the table's `keys` */
-  uint32_t key_length;         /* bytes */
-  uint64_t value;              /* the caller's; may be changed in place */
+  struct mub_hash_entry *next; /**< the next entry in the chain; NULL at its end */
+  uint32_t hash;               /**< the hash of the key, from mub_hash_key() */
+  uint32_t key_offset;         /**< where the key's bytes start in the key stream */
+  uint32_t key_length;         /**< bytes of the key */
+  uint64_t value;              /**< the caller's; may be changed in place */
 } mub_hash_entry;
 
+/** A hash table whose keys are byte strings. */
 typedef struct mub_hash {
-  mub_arrays
-      buckets; /* `items` are the chain heads, `count` is the number of buckets: 0, or 4 times a power of 2 */
-  int64_t count;   /* entries in the table */
-  mub_stream keys; /* the bytes of the live keys in the order of insertion; together at most 2^32 - 1 */
+  /** `items` are the chain heads; `count` is the number of buckets: 0, or 4 times a power of 2 */
+  mub_arrays buckets;
+  /** entries in the table */
+  int64_t count;
+  /** the key stream: the bytes of the live keys in the order of insertion; at most 2^32 - 1 */
+  mub_stream keys;
+  /** where the entries come from; NULL if there is none */
   mub_pool *entry_pool;
-  uint16_t owns_entry_pool; /* 1: made by mub_hash_init, released by mub_hash_term */
-  mub_pool *value_pool;     /* NULL when there is none */
+  /** 1: made by `_init`, released by `_term` */
+  uint16_t owns_entry_pool;
+  /** where value blocks come from; NULL if there is none */
+  mub_pool *value_pool;
+  /** 1: made by `_init`, released by `_term` */
   uint16_t owns_value_pool;
-  int16_t
-      nocase; /* not 0: keys that differ only in ASCII case are equal; set it before the first insertion */
+  /** not 0: keys that differ only in ASCII case are equal; set it before the first insertion */
+  int16_t nocase;
 } mub_hash;
 
-/* mub_hash_init: make the record an empty table, `nocase` 0.
- *   with_entry_pool, with_value_pool   not 0: make a pool that the table owns
- * A pool record that cannot be allocated leaves its field NULL and its flag 0. Returns the table. */
+/**
+ * Makes the record an empty table with `nocase` 0.
+ *
+ * @param[out] hash            the table
+ * @param[in] with_entry_pool  not 0: make an entry pool that the table owns
+ * @param[in] with_value_pool  not 0: make a value pool that the table owns
+ * @return the table
+ * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
+ * @owner the record is the caller's; the pools made here belong to the table until mub_hash_term()
+ * @invalidates nothing
+ */
 MUB_API mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_value_pool);
 
-/* mub_hash_term: release everything that the table owns. Values are not looked at, entries in a caller's entry pool
- * stay allocated there (mub_hash_remove_all first gives them back), `nocase` stays.
- * Cost: one release a chunk of the pools. */
+/**
+ * Releases everything that the table owns.
+ *
+ * Values are not visited. Entries in an external entry pool stay allocated there; mub_hash_remove_all()
+ * returns them first. `nocase` is unchanged.
+ *
+ * @param[in,out] hash  the table
+ * @owner what the table owns is released; values and external pools stay the caller's
+ * @invalidates all entries, and pointers to keys
+ * @cost one release per chunk of the pools
+ */
 MUB_API void mub_hash_term(mub_hash *hash);
 
-/* mub_hash_swap: exchange two tables, pools and their ownership included; `nocase` stays with its record. */
+/**
+ * Exchanges two tables with their pools.
+ *
+ * `nocase` stays with its record.
+ *
+ * @param[in,out] a  one table
+ * @param[in,out] b  the other table
+ * @owner what one table owned now belongs to the other
+ * @invalidates walks of both tables
+ */
 MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
 
-/* mub_hash_clone: copy a table.
- *   source             unchanged
- *   source_user_pool   with `destination_user_pool` and `callback`: a pool that the values refer into, cloned too;
- *                      a pool given as both is shared; else NULL
- *   destination        initialised with the same flags; what it held is dropped
- *   callback           called for every entry, bucket by bucket, when the source owns its value pool; may be NULL
- * With owned pools, entries and value blocks keep their place in the copied pools and addresses are translated; a
- * value that is no block of the pool becomes 0, and so do all when the destination has no value pool of its own. A
- * caller's pool is shared with the clone: fresh entry blocks of it are filled as copies, values are copied as words.
- * A pool of the destination's own gives way to it. The destination's `nocase` stays.
- * Returns the destination; empty when memory ran out. Cost: O(entries). */
+/**
+ * Copies a table.
+ *
+ * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
+ * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
+ * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
+ * it, values are copied as words, and the destination gives up its own pool. The destination's `nocase` is
+ * unchanged. `source_user_pool` and `destination_user_pool` are given together with `callback`, or both are
+ * NULL.
+ *
+ * @param[in] source                     the table to copy; it does not change
+ * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
+ *                                       there is none
+ * @param[in,out] destination            an initialised table with the same flags; its old contents are
+ *                                       dropped
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       the same pool to share it; NULL if there is none
+ * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
+ *                                       value pool; NULL: not called
+ * @return the destination
+ * @failure none; the destination is empty if memory runs out
+ * @owner the copy belongs to the destination; an external pool is shared by both tables
+ * @invalidates all entries of the destination, and pointers to its keys
+ * @cost O(entries)
+ * @nullable source_user_pool, destination_user_pool, callback
+ */
 MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
                                  mub_pool *destination_user_pool, mub_clone_fn callback);
 
-/* mub_hash_key: the hash of a key.
- *   nocase   not 0: each byte passes through tolower first
- * Returns 32 bits, zero-extended; those of the empty key are 0. */
+/**
+ * Computes the hash of a key: the CRC-32 register over `CRC_TABLE`, started at 0 and not inverted.
+ *
+ * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length  bytes of the key; negative: up to its first NUL
+ * @param[in] nocase  not 0: each byte passes through tolower first
+ * @return the 32 bits of the hash; 0 for the empty key
+ * @cost O(length)
+ * @bounds key[length]
+ * @nullable key
+ * @level low
+ */
 MUB_API uint64_t mub_hash_key(const void *key, int64_t length, int nocase);
 
-/* mub_hash_cmp: tell whether two byte runs are equal; lengths are used as given.
- *   a, b                 the first bytes of the runs
- *   a_length, b_length   bytes
- * Returns 1 when they are, else 0. */
+/**
+ * Checks whether two byte ranges are equal.
+ *
+ * Lengths are used as given.
+ *
+ * @param[in] a         the first range
+ * @param[in] a_length  bytes of `a`
+ * @param[in] b         the second range
+ * @param[in] b_length  bytes of `b`
+ * @return 1 if they are equal, else 0
+ * @cost O(length)
+ * @bounds a[a_length], b[b_length]
+ * @level low
+ */
 MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
-/* mub_hash_set: find the entry of a key, or make it with a block of the value pool.
- *   value_out   receives the value: the new block (0 when there is none), or the value that stands
- *   init        called with the new block, which `value_out` and the entry already hold; may be NULL
- * Returns 1 when the entry is new, also when only its block could not be had; 0 when the key was present, or when
- * memory ran out (then *value_out is 0). Cost: as mub_hash_insert. */
+/**
+ * Finds the entry of a key, or adds one with a block of the value pool.
+ *
+ * @param[in,out] hash    the table
+ * @param[in] key         the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length      bytes of the key; negative: up to its first NUL
+ * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
+ * @param[in] init        called with the new block, which `value_out` and the entry already hold; NULL: not
+ *                        called
+ * @return 1 if the entry is new, even if no value block could be allocated for it
+ * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
+ * @owner the value stays in the table: a block of the value pool, or the word already stored
+ * @invalidates the bucket position of a running walk, and pointers to keys
+ * @cost O(1) expected; doubles the buckets now and then
+ * @bounds key[length]
+ * @nullable key, init
+ */
 MUB_API int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64_t *value_out,
                          mub_init_fn init);
 
-/* mub_hash_get: look a value up. A stored 0 reads like a missing key; mub_hash_find tells them apart.
- * Returns the value, 0 when the key is absent. Cost: O(1) expected. */
+/**
+ * Looks up the value of a key.
+ *
+ * @param[in] hash    the table
+ * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length  bytes of the key; negative: up to its first NUL
+ * @return the value
+ * @failure 0 if the key is absent; use mub_hash_find() to distinguish a stored 0 from a missing key
+ * @owner the value stays in the table
+ * @cost O(1) expected
+ * @bounds key[length]
+ * @nullable key
+ */
 MUB_API uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t length);
 
-/* mub_hash_insert: add a key with a value unless the key is present.
- *   value   any word, 0 included
- * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out.
- * Invalidates: bucket positions of a walk. Cost: O(1) expected; doubles the buckets now and then. */
+/**
+ * Adds a key with a value unless the key is present.
+ *
+ * @param[in,out] hash  the table
+ * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length    bytes of the key; negative: up to its first NUL
+ * @param[in] value     any word, 0 included
+ * @return 1 if added
+ * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
+ * @owner the value is kept as it is; what it refers to stays the caller's
+ * @invalidates the bucket position of a running walk, and pointers to keys
+ * @cost O(1) expected; doubles the buckets now and then
+ * @bounds key[length]
+ * @nullable key
+ */
 MUB_API int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uint64_t value);
 
-/* mub_hash_update: replace the value of a key that is present.
- * Returns the previous value; 0 when the key is absent, and nothing is made. Cost: O(1) expected. */
+/**
+ * Replaces the value of a key that is present.
+ *
+ * An absent key is not added.
+ *
+ * @param[in,out] hash  the table
+ * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length    bytes of the key; negative: up to its first NUL
+ * @param[in] value     any word, 0 included
+ * @return the previous value
+ * @failure 0 if the key is absent
+ * @owner the previous value is returned and not released; the new one is kept as it is
+ * @invalidates nothing
+ * @cost O(1) expected
+ * @bounds key[length]
+ * @nullable key
+ */
 MUB_API uint64_t mub_hash_update(mub_hash *hash, const void *key, int64_t length, uint64_t value);
 
-/* mub_hash_find: tell whether a key is present.
- * Returns 1 or 0. Cost: O(1) expected. */
+/**
+ * Checks whether a key is present.
+ *
+ * @param[in] hash    the table
+ * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length  bytes of the key; negative: up to its first NUL
+ * @return 1 if it is, else 0
+ * @cost O(1) expected
+ * @bounds key[length]
+ * @nullable key
+ */
 MUB_API int mub_hash_find(const mub_hash *hash, const void *key, int64_t length);
 
-/* mub_hash_remove: take a key out. Its value is handed over, not released.
- * Returns the value; 0 when the key is absent. Invalidates: key offsets of the entries behind it.
- * Cost: O(entries): the key's bytes are cut out of `keys` and the offsets after them lowered. With an entry
- * pool of its own that holds nothing else the table does that in passes over memory, and not along the
- * chains. */
+/**
+ * Removes a key and returns its value, which is not released.
+ *
+ * @param[in,out] hash  the table
+ * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length    bytes of the key; negative: up to its first NUL
+ * @return the value
+ * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ *   mub_pool_free()
+ * @owner the value is returned and not released; the entry goes back to its pool
+ * @invalidates the entry of the key, the key offsets of the entries after it, and pointers to keys
+ * @cost O(entries): the key's bytes are cut out of the key stream and the offsets after them lowered; in one
+ *   pass over memory if the table's own entry pool holds nothing else, else along the chains
+ * @bounds key[length]
+ * @nullable key
+ */
 MUB_API uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length);
 
-/* mub_hash_free: take a key out and release its value.
- *   release   called with the value, 0 included, after the entry is unlinked; may be NULL
- * The value's block goes back to a caller's value pool; in an owned one it stays allocated until the pool goes.
- * Returns the table; NULL when the key is absent. Cost: as mub_hash_remove. */
+/**
+ * Removes a key and releases its value.
+ *
+ * The value's block goes back to an external value pool; in an owned one it stays allocated until the pool is
+ * emptied.
+ *
+ * @param[in,out] hash  the table
+ * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length    bytes of the key; negative: up to its first NUL
+ * @param[in] release   called with the value, 0 included, after the entry is unlinked; NULL: not called
+ * @return the table
+ * @failure NULL if the key is absent; a block for which the pool's free stack finds no memory is not reused:
+ *   see mub_pool_free()
+ * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
+ *   its pool
+ * @invalidates the entry of the key, the key offsets of the entries after it, and pointers to keys
+ * @cost as mub_hash_remove()
+ * @bounds key[length]
+ * @nullable key, release
+ */
 MUB_API mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length, mub_free_fn release);
 
-/* mub_hash_remove_all: empty the table; it has no buckets then and stays usable. Entries go back to a caller's pool,
- * owned pools are emptied, values are not looked at; the block of `keys` is kept. */
+/**
+ * Empties the table, which then has no buckets and can be used again.
+ *
+ * Entries go back to an external pool, owned pools are emptied, and values are not visited. The block of the
+ * key stream is kept.
+ *
+ * @param[in,out] hash  the table
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool; values are not released
+ * @invalidates all entries, and pointers to keys
+ * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
+ */
 MUB_API void mub_hash_remove_all(mub_hash *hash);
 
-/* mub_hash_free_all: the same after mub_hash_free_all_entry has released the values; the block of `keys` is released
- * too.
- *   release   called for every value that is not 0; may be NULL */
+/**
+ * Releases every value that is not 0, then empties the table like mub_hash_remove_all().
+ *
+ * The block of the key stream is released too.
+ *
+ * @param[in,out] hash  the table
+ * @param[in] release   called with every value that is not 0; NULL: not called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
+ *   their pool
+ * @invalidates all entries, and pointers to keys
+ * @cost O(entries)
+ * @nullable release
+ */
 MUB_API void mub_hash_free_all(mub_hash *hash, mub_free_fn release);
 
-/* mub_hash_remove_all_entry: return every entry block to the entry pool, whoever owns it. Buckets and counts are
- * left as they are, and refer to blocks that are no longer the table's. End the table next with mub_hash_term: with a
- * caller's pool, emptying it would return the blocks a second time. */
+/**
+ * Returns every entry block to the entry pool, owned or external.
+ *
+ * Buckets and counts stay as they are and refer to blocks that the table no longer owns: call mub_hash_term()
+ * next. With an external pool, emptying the table would return the blocks a second time.
+ *
+ * @param[in,out] hash  the table
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool, although the table still refers to them; values are not released
+ * @invalidates all entries
+ * @cost O(entries)
+ * @level low
+ */
 MUB_API void mub_hash_remove_all_entry(mub_hash *hash);
 
-/* mub_hash_free_all_entry: release every value that is not 0, its block going back to a caller's value pool, and
- * return the entry blocks to a caller's entry pool. Buckets and counts are left as they are: end the table next, as
- * after mub_hash_remove_all_entry.
- *   release   called for every value that is not 0; may be NULL */
+/**
+ * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
+ *
+ * The values' blocks go back to an external value pool. Buckets and counts stay as they are: call
+ * mub_hash_term() next, as after mub_hash_remove_all_entry().
+ *
+ * @param[in,out] hash  the table
+ * @param[in] release   called with every value that is not 0; NULL: not called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
+ *   an external entry pool, although the table still refers to them
+ * @invalidates all entries, if their pool is external
+ * @cost O(entries)
+ * @nullable release
+ * @level low
+ */
 MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
 
-/* mub_hash_entry_set: find the entry of a key, or make it with value 0.
- *   entry_out   receives the entry; NULL when memory ran out. Fill its `value` in place
- * Returns 1 when the entry is new; 0 when the key was present or memory ran out. The entry stays where it is until it is removed. */
+/**
+ * Finds the entry of a key, or adds one with value 0.
+ *
+ * Set its `value` in place; the entry does not move until it is removed.
+ *
+ * @param[in,out] hash    the table
+ * @param[in] key         the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length      bytes of the key; negative: up to its first NUL
+ * @param[out] entry_out  receives the entry; NULL if memory ran out
+ * @return 1 if the entry is new
+ * @failure 0 if the key was present, or if memory ran out
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates the bucket position of a running walk, and pointers to keys
+ * @cost O(1) expected; doubles the buckets now and then
+ * @bounds key[length]
+ * @nullable key
+ */
 MUB_API int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, mub_hash_entry **entry_out);
 
-/* mub_hash_entry_get: find the entry of a key.
- * Returns the entry; NULL when the key is absent. */
+/**
+ * Finds the entry of a key.
+ *
+ * @param[in] hash    the table
+ * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length  bytes of the key; negative: up to its first NUL
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) expected
+ * @bounds key[length]
+ * @nullable key
+ */
 MUB_API mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key, int64_t length);
 
-/* mub_hash_entry_first: start a walk: bucket by bucket, oldest first within a chain. Insertions may change that
- * order, and removing the entry that the walk stands on ends it.
- *   bucket_out   receives the bucket, for mub_hash_entry_next
- * Returns the first entry; NULL when the table is empty. */
+/**
+ * Starts a walk over the entries: bucket by bucket, the oldest entry first within a chain.
+ *
+ * Insertions may change that order, and removing the current entry ends the walk.
+ *
+ * @param[in] hash         the table
+ * @param[out] bucket_out  receives the bucket, for mub_hash_entry_next()
+ * @return the first entry
+ * @failure NULL if the table is empty
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(buckets) in the worst case
+ */
 MUB_API mub_hash_entry *mub_hash_entry_first(const mub_hash *hash, int64_t *bucket_out);
 
-/* mub_hash_entry_next: step to the next entry.
- *   bucket_io   as left by the call before; unchanged at the end
- *   entry       the entry returned by the call before
- * Returns the entry; NULL at the end. */
+/**
+ * Steps to the next entry.
+ *
+ * @param[in] hash           the table
+ * @param[in,out] bucket_io  the bucket, as the previous call left it; unchanged at the end
+ * @param[in] entry          the entry that the previous call returned
+ * @return the next entry
+ * @failure NULL at the end
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) on average
+ */
 MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucket_io,
                                             const mub_hash_entry *entry);
 
-/* The layer below, for callers that compute buckets and hashes themselves. `bucket` must be below the bucket count;
- * lengths are used as given, and no negative one finds anything.
+/**
+ * Finds a key in a bucket, or links a new block at the end of the chain.
  *
- * Parameters, where a function does not say otherwise:
- *   hash_value   the hash of the key, from mub_hash_key
- *   length       bytes of the key, used as given: a negative length finds nothing */
-
-/* mub_hash_entry_new: find a key in a bucket, or link a block for it at the end of the chain. Stored hashes are not
- * looked at, and neither `hash_value` nor the key is stored: but for `next` the new block is as the pool gave it, and
- * the caller fills it and counts it.
- *   inserted_out   receives 1 when the block is new, else 0
- * Returns the entry; NULL when no block could be had. */
+ * Stored hashes are not compared, and neither `hash_value` nor the key is stored: apart from `next`, the new
+ * block is as the pool returned it. The caller fills it in and counts it.
+ *
+ * @param[in,out] hash       the table
+ * @param[in] bucket         where to look: 0 to the number of buckets less 1
+ * @param[in] hash_value     the hash of the key, from mub_hash_key()
+ * @param[in] key            the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length         bytes of the key, used as given; a negative length finds nothing
+ * @param[out] inserted_out  receives 1 if the block is new, else 0
+ * @return the entry
+ * @failure NULL if no block can be allocated
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates nothing
+ * @cost O(entries in the bucket)
+ * @bounds key[length]
+ * @nullable key
+ * @level low
+ */
 MUB_API mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint32_t hash_value,
                                            const void *key, int64_t length, int *inserted_out);
 
-/* mub_hash_entry_find: find a key in a bucket: the first entry with this hash and this key.
- * Returns the entry; NULL when there is none. */
+/**
+ * Finds a key in a bucket: the first entry with this hash and this key.
+ *
+ * @param[in] hash        the table
+ * @param[in] bucket      where to look: 0 to the number of buckets less 1
+ * @param[in] hash_value  the hash of the key, from mub_hash_key()
+ * @param[in] key         the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length      bytes of the key, used as given; a negative length finds nothing
+ * @return the entry
+ * @failure NULL if there is none
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(entries in the bucket)
+ * @bounds key[length]
+ * @nullable key
+ * @level low
+ */
 MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket, uint32_t hash_value,
                                             const void *key, int64_t length);
 
-/* mub_hash_entry_remove: find a key in a bucket and unlink its entry. Key bytes and count are left as they are.
- * Returns the entry, its `next` NULL, for the caller to count down and to return to the entry pool, as after
- * mub_hash_remove_t; NULL when there is none. */
+/**
+ * Finds a key in a bucket and unlinks its entry.
+ *
+ * Key bytes and count are unchanged.
+ *
+ * @param[in,out] hash    the table
+ * @param[in] bucket      where to look: 0 to the number of buckets less 1
+ * @param[in] hash_value  the hash of the key, from mub_hash_key()
+ * @param[in] key         the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length      bytes of the key, used as given; a negative length finds nothing
+ * @return the entry, its `next` NULL
+ * @failure NULL if there is none
+ * @owner the caller lowers the count and returns the entry to the entry pool
+ * @invalidates a walk that stands on the entry
+ * @cost O(entries in the bucket)
+ * @bounds key[length]
+ * @nullable key
+ * @level low
+ */
 MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, uint32_t hash_value,
                                               const void *key, int64_t length);
 
-/* mub_hash_expand: double the buckets and reserve 32 bytes of key storage for each old one. Chains keep their order.
- * Does nothing without buckets, or when memory runs out. */
+/**
+ * Doubles the buckets and reserves 32 bytes of key storage for each old one.
+ *
+ * Chains keep their order. Does nothing without buckets.
+ *
+ * @param[in,out] hash  the table
+ * @failure the table is unchanged if memory runs out
+ * @invalidates the bucket position of a running walk, and pointers to keys
+ * @cost O(entries)
+ * @level low
+ */
 MUB_API void mub_hash_expand(mub_hash *hash);
 
-/* mub_hash_insert_t: find the entry of a key, or make it with value 0. A negative length is measured here
- * too. Keys are compared and stored hashes are not looked at: a key that was added before `nocase` changed
- * is found all the same if its bucket is the one that it would have now.
- *   inserted_out   receives 1 when the entry is new, else 0
- * Returns the entry; NULL when memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with value 0.
+ *
+ * Keys are compared and stored hashes are not: a key added before `nocase` changed is still found if its
+ * bucket is the one that it would have now.
+ *
+ * @param[in,out] hash       the table
+ * @param[in] key            the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length         bytes of the key; negative: up to its first NUL
+ * @param[out] inserted_out  receives 1 if the entry is new, else 0
+ * @return the entry
+ * @failure NULL if memory ran out
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates the bucket position of a running walk, and pointers to keys
+ * @cost O(1) expected; doubles the buckets now and then
+ * @bounds key[length]
+ * @nullable key
+ * @level low
+ */
 MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64_t length, int *inserted_out);
 
-/* mub_hash_find_t: find the entry of a key.
- * Returns the entry; NULL when there is none. */
+/**
+ * Finds the entry of a key.
+ *
+ * @param[in] hash    the table
+ * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length  bytes of the key, used as given; a negative length finds nothing
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) expected
+ * @bounds key[length]
+ * @nullable key
+ * @level low
+ */
 MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length);
 
-/* mub_hash_remove_t: unlink the entry of a key and delete its key bytes. The count stays as it is. The entry
- * keeps its fields, whatever else is removed. Leave its `next` NULL until it is counted down; do that before
- * its block is given back.
- * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
+/**
+ * Unlinks the entry of a key and deletes its key bytes.
+ *
+ * The count is unchanged. The entry keeps its fields, whatever else is removed. Leave its `next` NULL until
+ * the count is lowered, and lower the count before returning the block.
+ *
+ * @param[in,out] hash  the table
+ * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] length    bytes of the key, used as given; a negative length finds nothing
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the caller lowers the count and returns the entry to the entry pool
+ * @invalidates the key offsets of the entries after it, and pointers to keys
+ * @cost O(entries)
+ * @bounds key[length]
+ * @nullable key
+ * @level low
+ */
 MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length);
 
-/* mub_hash_adjust_t: lower the key offsets after key bytes were deleted from `keys`.
- *   offset   where they were: keys at or behind it move, an empty key only behind it
- *   length   how many they were; the low 32 bits are used, and offsets fall modulo 2^32
- * Cost: O(entries): the chains are followed. */
+/**
+ * Lowers the key offsets after key bytes were deleted from the key stream.
+ *
+ * @param[in,out] hash  the table
+ * @param[in] offset    where the bytes were: keys at or after it move, an empty key only after it
+ * @param[in] length    how many there were; the low 32 bits are used, and offsets wrap modulo 2^32
+ * @invalidates nothing
+ * @cost O(entries): follows the chains
+ * @level low
+ */
 MUB_API void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length);
 
-/* ---- mub_hashd: a hash table whose keys are 32-bit integers ---------------------------------------------------
- *
- * A key is its own hash: it lies in bucket key mod the number of buckets, so that consecutive keys fill consecutive
- * buckets. Negative keys are passed as their unsigned twins. All else is as for mub_hash.
- *
- * Parameters, where a function does not say otherwise:
- *   key   the key
- *
- * Ownership, where a function does not say otherwise:
- *   mub_hashd_entry *   the entry is a block of the entry pool, and the table's until it is removed
- *   entry_out           the entry is a block of the entry pool, and the table's until it is removed */
+/** @} */
 
-/* One entry; it stays where it is until it is removed. */
+/**
+ * @defgroup hashd mub_hashd: a chained hash table from 32-bit integers to 64-bit values
+ *
+ * A hash table whose keys are 32-bit integers. A key is its own hash: it lies in bucket key mod the number of
+ * buckets, so that consecutive keys fill consecutive buckets. Negative keys are passed as the unsigned
+ * numbers of the same bits.
+ *
+ * @{
+ */
+
+/** One entry; it stays where it is until it is removed. */
 typedef struct mub_hashd_entry {
-  struct mub_hashd_entry *next; /* next in the chain; NULL at its end */
-  uint32_t key;
-  uint64_t value; /* the caller's; may be changed in place */
+  struct mub_hashd_entry *next; /**< the next entry in the chain; NULL at its end */
+  uint32_t key;                 /**< the key */
+  uint64_t value;               /**< the caller's; may be changed in place */
 } mub_hashd_entry;
 
+/** A hash table whose keys are 32-bit integers. */
 typedef struct mub_hashd {
-  mub_arrays buckets; /* chain heads and their number, as in mub_hash */
-  int64_t count;      /* entries in the table */
+  /** `items` are the chain heads; `count` is the number of buckets: 0, or 4 times a power of 2 */
+  mub_arrays buckets;
+  /** entries in the table */
+  int64_t count;
+  /** where the entries come from; NULL if there is none */
   mub_pool *entry_pool;
-  uint16_t owns_entry_pool; /* 1: made by mub_hashd_init, released by mub_hashd_term */
-  mub_pool *value_pool;     /* NULL when there is none */
+  /** 1: made by `_init`, released by `_term` */
+  uint16_t owns_entry_pool;
+  /** where value blocks come from; NULL if there is none */
+  mub_pool *value_pool;
+  /** 1: made by `_init`, released by `_term` */
   uint16_t owns_value_pool;
 } mub_hashd;
 
-/* mub_hashd_init: make the record an empty table, as mub_hash_init. Returns the table. */
+/**
+ * Makes the record an empty table.
+ *
+ * @param[out] table           the table
+ * @param[in] with_entry_pool  not 0: make an entry pool that the table owns
+ * @param[in] with_value_pool  not 0: make a value pool that the table owns
+ * @return the table
+ * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
+ * @owner the record is the caller's; the pools made here belong to the table until mub_hashd_term()
+ * @invalidates nothing
+ */
 MUB_API mub_hashd *mub_hashd_init(mub_hashd *table, int with_entry_pool, int with_value_pool);
 
-/* mub_hashd_term: release everything that the table owns, as mub_hash_term. */
+/**
+ * Releases everything that the table owns.
+ *
+ * Values are not visited. Entries in an external entry pool stay allocated there; mub_hashd_remove_all()
+ * returns them first.
+ *
+ * @param[in,out] table  the table
+ * @owner what the table owns is released; values and external pools stay the caller's
+ * @invalidates all entries
+ * @cost one release per chunk of the pools
+ */
 MUB_API void mub_hashd_term(mub_hashd *table);
 
-/* mub_hashd_swap: exchange two tables, pools and their ownership included. */
+/**
+ * Exchanges two tables with their pools.
+ *
+ * @param[in,out] a  one table
+ * @param[in,out] b  the other table
+ * @owner what one table owned now belongs to the other
+ * @invalidates walks of both tables
+ */
 MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
 
-/* mub_hashd_clone: copy a table, as mub_hash_clone. Returns the destination; empty when memory ran out.
- * Cost: O(entries). */
+/**
+ * Copies a table.
+ *
+ * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
+ * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
+ * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
+ * it, values are copied as words, and the destination gives up its own pool. `source_user_pool` and
+ * `destination_user_pool` are given together with `callback`, or both are NULL.
+ *
+ * @param[in] source                     the table to copy; it does not change
+ * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
+ *                                       there is none
+ * @param[in,out] destination            an initialised table with the same flags; its old contents are
+ *                                       dropped
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       the same pool to share it; NULL if there is none
+ * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
+ *                                       value pool; NULL: not called
+ * @return the destination
+ * @failure none; the destination is empty if memory runs out
+ * @owner the copy belongs to the destination; an external pool is shared by both tables
+ * @invalidates all entries of the destination
+ * @cost O(entries)
+ * @nullable source_user_pool, destination_user_pool, callback
+ */
 MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_user_pool,
                                    mub_hashd *destination, mub_pool *destination_user_pool,
                                    mub_clone_fn callback);
 
-/* mub_hashd_key: the CRC register of mub_hash_key over the key's 4 bytes, least significant first. The table does not
- * use it; it is for callers who want their keys mixed. */
+/**
+ * Computes a CRC hash of a key: the CRC-32 register of mub_hash_key() over the key's 4 bytes, least
+ * significant first.
+ *
+ * The table does not use it; it is for callers who want their keys mixed.
+ *
+ * @param[in] key  the key
+ * @return the hash
+ * @level low
+ */
 MUB_API uint32_t mub_hashd_key(uint32_t key);
 
-/* mub_hashd_set: find the entry of a key, or make it with a block of the value pool, as mub_hash_set.
- * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with a block of the value pool.
+ *
+ * @param[in,out] table   the table
+ * @param[in] key         the key
+ * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
+ * @param[in] init        called with the new block, which `value_out` and the entry already hold; NULL: not
+ *                        called
+ * @return 1 if the entry is new, even if no value block could be allocated for it
+ * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
+ * @owner the value stays in the table: a block of the value pool, or the word already stored
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ * @nullable init
+ */
 MUB_API int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, mub_init_fn init);
 
-/* mub_hashd_get: look a value up.
- * Returns the value, 0 when the key is absent. Cost: O(1) expected. */
+/**
+ * Looks up the value of a key.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the key
+ * @return the value
+ * @failure 0 if the key is absent; use mub_hashd_find() to distinguish a stored 0 from a missing key
+ * @owner the value stays in the table
+ * @cost O(1) expected
+ */
 MUB_API uint64_t mub_hashd_get(const mub_hashd *table, uint32_t key);
 
-/* mub_hashd_insert: add a key with a value unless the key is present.
- * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out.
- * Invalidates: bucket positions of a walk. Cost: O(1) expected; doubles the buckets now and then. */
+/**
+ * Adds a key with a value unless the key is present.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @param[in] value      any word, 0 included
+ * @return 1 if added
+ * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
+ * @owner the value is kept as it is; what it refers to stays the caller's
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ */
 MUB_API int mub_hashd_insert(mub_hashd *table, uint32_t key, uint64_t value);
 
-/* mub_hashd_update: replace the value of a key that is present.
- * Returns the previous value; 0 when the key is absent, and nothing is made. */
+/**
+ * Replaces the value of a key that is present.
+ *
+ * An absent key is not added.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @param[in] value      any word, 0 included
+ * @return the previous value
+ * @failure 0 if the key is absent
+ * @owner the previous value is returned and not released; the new one is kept as it is
+ * @invalidates nothing
+ * @cost O(1) expected
+ */
 MUB_API uint64_t mub_hashd_update(mub_hashd *table, uint32_t key, uint64_t value);
 
-/* mub_hashd_find: tell whether a key is present.
- * Returns 1 or 0. */
+/**
+ * Checks whether a key is present.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the key
+ * @return 1 if it is, else 0
+ * @cost O(1) expected
+ */
 MUB_API int mub_hashd_find(const mub_hashd *table, uint32_t key);
 
-/* mub_hashd_remove: take a key out. Its value is handed over, not released.
- * Returns the value; 0 when the key is absent. Cost: O(1) expected. */
+/**
+ * Removes a key and returns its value, which is not released.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @return the value
+ * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ *   mub_pool_free()
+ * @owner the value is returned and not released; the entry goes back to its pool
+ * @invalidates the entry of the key
+ * @cost O(1) expected
+ */
 MUB_API uint64_t mub_hashd_remove(mub_hashd *table, uint32_t key);
 
-/* mub_hashd_free: take a key out and release its value, as mub_hash_free.
- * Returns the table; NULL when the key is absent. Cost: O(1) expected. */
+/**
+ * Removes a key and releases its value.
+ *
+ * The value's block goes back to an external value pool; in an owned one it stays allocated until the pool is
+ * emptied.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
+ * @return the table
+ * @failure NULL if the key is absent; a block for which the pool's free stack finds no memory is not reused:
+ *   see mub_pool_free()
+ * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
+ *   its pool
+ * @invalidates the entry of the key
+ * @cost O(1) expected
+ * @nullable release
+ */
 MUB_API mub_hashd *mub_hashd_free(mub_hashd *table, uint32_t key, mub_free_fn release);
 
-/* mub_hashd_remove_all: empty the table, as mub_hash_remove_all. */
+/**
+ * Empties the table, which then has no buckets and can be used again.
+ *
+ * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ *
+ * @param[in,out] table  the table
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool; values are not released
+ * @invalidates all entries
+ * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
+ */
 MUB_API void mub_hashd_remove_all(mub_hashd *table);
 
-/* mub_hashd_free_all: empty the table and release its values, as mub_hash_free_all. */
+/**
+ * Releases every value that is not 0, then empties the table like mub_hashd_remove_all().
+ *
+ * @param[in,out] table  the table
+ * @param[in] release    called with every value that is not 0; NULL: not called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
+ *   their pool
+ * @invalidates all entries
+ * @cost O(entries)
+ * @nullable release
+ */
 MUB_API void mub_hashd_free_all(mub_hashd *table, mub_free_fn release);
 
-/* mub_hashd_remove_all_entry: return every entry block to the entry pool, as mub_hash_remove_all_entry. */
+/**
+ * Returns every entry block to the entry pool, owned or external.
+ *
+ * Buckets and counts stay as they are and refer to blocks that the table no longer owns: call
+ * mub_hashd_term() next. With an external pool, emptying the table would return the blocks a second time.
+ *
+ * @param[in,out] table  the table
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool, although the table still refers to them; values are not released
+ * @invalidates all entries
+ * @cost O(entries)
+ * @level low
+ */
 MUB_API void mub_hashd_remove_all_entry(mub_hashd *table);
 
-/* mub_hashd_free_all_entry: release every value that is not 0, as mub_hash_free_all_entry. */
+/**
+ * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
+ *
+ * The values' blocks go back to an external value pool. Buckets and counts stay as they are: call
+ * mub_hashd_term() next, as after mub_hashd_remove_all_entry().
+ *
+ * @param[in,out] table  the table
+ * @param[in] release    called with every value that is not 0; NULL: not called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
+ *   an external entry pool, although the table still refers to them
+ * @invalidates all entries, if their pool is external
+ * @cost O(entries)
+ * @nullable release
+ * @level low
+ */
 MUB_API void mub_hashd_free_all_entry(mub_hashd *table, mub_free_fn release);
 
-/* mub_hashd_entry_set: find the entry of a key, or make it with value 0.
- *   entry_out   receives the entry; NULL when memory ran out
- * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with value 0.
+ *
+ * Set its `value` in place; the entry does not move until it is removed.
+ *
+ * @param[in,out] table   the table
+ * @param[in] key         the key
+ * @param[out] entry_out  receives the entry; NULL if memory ran out
+ * @return 1 if the entry is new
+ * @failure 0 if the key was present, or if memory ran out
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ */
 MUB_API int mub_hashd_entry_set(mub_hashd *table, uint32_t key, mub_hashd_entry **entry_out);
 
-/* mub_hashd_entry_get: find the entry of a key.
- * Returns the entry; NULL when the key is absent. */
+/**
+ * Finds the entry of a key.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the key
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) expected
+ */
 MUB_API mub_hashd_entry *mub_hashd_entry_get(const mub_hashd *table, uint32_t key);
 
-/* mub_hashd_entry_first: start a walk, as mub_hash_entry_first.
- * Returns the first entry; NULL when the table is empty. */
+/**
+ * Starts a walk over the entries: bucket by bucket, the oldest entry first within a chain.
+ *
+ * Insertions may change that order, and removing the current entry ends the walk.
+ *
+ * @param[in] table        the table
+ * @param[out] bucket_out  receives the bucket, for mub_hashd_entry_next()
+ * @return the first entry
+ * @failure NULL if the table is empty
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(buckets) in the worst case
+ */
 MUB_API mub_hashd_entry *mub_hashd_entry_first(const mub_hashd *table, int64_t *bucket_out);
 
-/* mub_hashd_entry_next: step to the next entry, as mub_hash_entry_next.
- * Returns the entry; NULL at the end. */
+/**
+ * Steps to the next entry.
+ *
+ * @param[in] table          the table
+ * @param[in,out] bucket_io  the bucket, as the previous call left it; unchanged at the end
+ * @param[in] entry          the entry that the previous call returned
+ * @return the next entry
+ * @failure NULL at the end
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) on average
+ */
 MUB_API mub_hashd_entry *mub_hashd_entry_next(const mub_hashd *table, int64_t *bucket_io,
                                               const mub_hashd_entry *entry);
 
-/* mub_hashd_entry_new: find a key in a bucket, or link a block for it at the end of the chain, `next` NULL and
- * `value` 0. The key is not stored: filling it in and counting the entry is the caller's.
- *   inserted_out   receives 1 when the block is new, else 0
- * Returns the entry; NULL when no block could be had. */
+/**
+ * Finds a key in a bucket, or links a new block at the end of the chain, `next` NULL and `value` 0.
+ *
+ * The key is not stored: the caller fills it in and counts the entry.
+ *
+ * @param[in,out] table      the table
+ * @param[in] bucket         where to look: 0 to the number of buckets less 1
+ * @param[in] key            the key
+ * @param[out] inserted_out  receives 1 if the block is new, else 0
+ * @return the entry
+ * @failure NULL if no block can be allocated
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates nothing
+ * @cost O(entries in the bucket)
+ * @level low
+ */
 MUB_API mub_hashd_entry *mub_hashd_entry_new(mub_hashd *table, int64_t bucket, uint32_t key,
                                              int *inserted_out);
 
-/* mub_hashd_entry_find: find a key in a bucket.
- * Returns the entry; NULL when there is none. */
+/**
+ * Finds a key in a bucket.
+ *
+ * @param[in] table   the table
+ * @param[in] bucket  where to look: 0 to the number of buckets less 1
+ * @param[in] key     the key
+ * @return the entry
+ * @failure NULL if there is none
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(entries in the bucket)
+ * @level low
+ */
 MUB_API mub_hashd_entry *mub_hashd_entry_find(const mub_hashd *table, int64_t bucket, uint32_t key);
 
-/* mub_hashd_entry_remove: find a key in a bucket and unlink its entry. The count stays as it is.
- * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
+/**
+ * Finds a key in a bucket and unlinks its entry.
+ *
+ * The count is unchanged.
+ *
+ * @param[in,out] table  the table
+ * @param[in] bucket     where to look: 0 to the number of buckets less 1
+ * @param[in] key        the key
+ * @return the entry, its `next` NULL
+ * @failure NULL if there is none
+ * @owner the caller lowers the count and returns the entry to the entry pool
+ * @invalidates a walk that stands on the entry
+ * @cost O(entries in the bucket)
+ * @level low
+ */
 MUB_API mub_hashd_entry *mub_hashd_entry_remove(mub_hashd *table, int64_t bucket, uint32_t key);
 
-/* mub_hashd_expand: double the buckets. Chains keep their order.
- * Does nothing without buckets, or when memory runs out. */
+/**
+ * Doubles the buckets.
+ *
+ * Chains keep their order. Does nothing without buckets.
+ *
+ * @param[in,out] table  the table
+ * @failure the table is unchanged if memory runs out
+ * @invalidates the bucket position of a running walk
+ * @cost O(entries)
+ * @level low
+ */
 MUB_API void mub_hashd_expand(mub_hashd *table);
 
-/* mub_hashd_insert_t: find the entry of a key, or make it with value 0.
- *   inserted_out   receives 1 when the entry is new, else 0
- * Returns the entry; NULL when memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with value 0.
+ *
+ * @param[in,out] table      the table
+ * @param[in] key            the key
+ * @param[out] inserted_out  receives 1 if the entry is new, else 0
+ * @return the entry
+ * @failure NULL if memory ran out
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ * @level low
+ */
 MUB_API mub_hashd_entry *mub_hashd_insert_t(mub_hashd *table, uint32_t key, int *inserted_out);
 
-/* mub_hashd_find_t: find the entry of a key.
- * Returns the entry; NULL when there is none. */
+/**
+ * Finds the entry of a key.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the key
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) expected
+ * @level low
+ */
 MUB_API mub_hashd_entry *mub_hashd_find_t(const mub_hashd *table, uint32_t key);
 
-/* mub_hashd_remove_t: unlink the entry of a key. The count stays as it is.
- * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
+/**
+ * Unlinks the entry of a key.
+ *
+ * The count is unchanged.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the caller lowers the count and returns the entry to the entry pool
+ * @invalidates a walk that stands on the entry
+ * @cost O(1) expected
+ * @level low
+ */
 MUB_API mub_hashd_entry *mub_hashd_remove_t(mub_hashd *table, uint32_t key);
 
-/* ---- mub_hashx: a hash table whose keys are 64-bit integers ---------------------------------------------------
- *
- * A key is its own hash, as in mub_hashd: it lies in bucket key mod the number of buckets. All else is as for mub_hash.
- *
- * Parameters, where a function does not say otherwise:
- *   key   the key
- *
- * Ownership, where a function does not say otherwise:
- *   mub_hashx_entry *   the entry is a block of the entry pool, and the table's until it is removed
- *   entry_out           the entry is a block of the entry pool, and the table's until it is removed */
+/** @} */
 
-/* One entry; it stays where it is until it is removed. */
+/**
+ * @defgroup hashx mub_hashx: a chained hash table from 64-bit integers to 64-bit values
+ *
+ * A hash table whose keys are 64-bit integers. A key is its own hash, as in mub_hashd: it lies in bucket key
+ * mod the number of buckets.
+ *
+ * @{
+ */
+
+/** One entry; it stays where it is until it is removed. */
 typedef struct mub_hashx_entry {
-  struct mub_hashx_entry *next; /* next in the chain; NULL at its end */
-  uint64_t key;
-  uint64_t value; /* the caller's; may be changed in place */
+  struct mub_hashx_entry *next; /**< the next entry in the chain; NULL at its end */
+  uint64_t key;                 /**< the key */
+  uint64_t value;               /**< the caller's; may be changed in place */
 } mub_hashx_entry;
 
+/** A hash table whose keys are 64-bit integers. */
 typedef struct mub_hashx {
-  mub_arrays buckets; /* chain heads and their number, as in mub_hash */
-  int64_t count;      /* entries in the table */
+  /** `items` are the chain heads; `count` is the number of buckets: 0, or 4 times a power of 2 */
+  mub_arrays buckets;
+  /** entries in the table */
+  int64_t count;
+  /** where the entries come from; NULL if there is none */
   mub_pool *entry_pool;
-  uint16_t owns_entry_pool; /* 1: made by mub_hashx_init, released by mub_hashx_term */
-  mub_pool *value_pool;     /* NULL when there is none */
+  /** 1: made by `_init`, released by `_term` */
+  uint16_t owns_entry_pool;
+  /** where value blocks come from; NULL if there is none */
+  mub_pool *value_pool;
+  /** 1: made by `_init`, released by `_term` */
   uint16_t owns_value_pool;
 } mub_hashx;
 
-/* mub_hashx_init: make the record an empty table, as mub_hash_init. Returns the table. */
+/**
+ * Makes the record an empty table.
+ *
+ * @param[out] table           the table
+ * @param[in] with_entry_pool  not 0: make an entry pool that the table owns
+ * @param[in] with_value_pool  not 0: make a value pool that the table owns
+ * @return the table
+ * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
+ * @owner the record is the caller's; the pools made here belong to the table until mub_hashx_term()
+ * @invalidates nothing
+ */
 MUB_API mub_hashx *mub_hashx_init(mub_hashx *table, int with_entry_pool, int with_value_pool);
 
-/* mub_hashx_term: release everything that the table owns, as mub_hash_term. */
+/**
+ * Releases everything that the table owns.
+ *
+ * Values are not visited. Entries in an external entry pool stay allocated there; mub_hashx_remove_all()
+ * returns them first.
+ *
+ * @param[in,out] table  the table
+ * @owner what the table owns is released; values and external pools stay the caller's
+ * @invalidates all entries
+ * @cost one release per chunk of the pools
+ */
 MUB_API void mub_hashx_term(mub_hashx *table);
 
-/* mub_hashx_swap: exchange two tables, pools and their ownership included. */
+/**
+ * Exchanges two tables with their pools.
+ *
+ * @param[in,out] a  one table
+ * @param[in,out] b  the other table
+ * @owner what one table owned now belongs to the other
+ * @invalidates walks of both tables
+ */
 MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
 
-/* mub_hashx_clone: copy a table, as mub_hash_clone. Returns the destination; empty when memory ran out.
- * Cost: O(entries). */
+/**
+ * Copies a table.
+ *
+ * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
+ * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
+ * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
+ * it, values are copied as words, and the destination gives up its own pool. `source_user_pool` and
+ * `destination_user_pool` are given together with `callback`, or both are NULL.
+ *
+ * @param[in] source                     the table to copy; it does not change
+ * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
+ *                                       there is none
+ * @param[in,out] destination            an initialised table with the same flags; its old contents are
+ *                                       dropped
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       the same pool to share it; NULL if there is none
+ * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
+ *                                       value pool; NULL: not called
+ * @return the destination
+ * @failure none; the destination is empty if memory runs out
+ * @owner the copy belongs to the destination; an external pool is shared by both tables
+ * @invalidates all entries of the destination
+ * @cost O(entries)
+ * @nullable source_user_pool, destination_user_pool, callback
+ */
 MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_user_pool,
                                    mub_hashx *destination, mub_pool *destination_user_pool,
                                    mub_clone_fn callback);
 
-/* mub_hashx_key: the CRC register of mub_hash_key over the key's 8 bytes, least significant first. The table does not
- * use it; it is for callers who want their keys mixed. */
+/**
+ * Computes a CRC hash of a key: the CRC-32 register of mub_hash_key() over the key's 8 bytes, least
+ * significant first.
+ *
+ * The table does not use it; it is for callers who want their keys mixed.
+ *
+ * @param[in] key  the key
+ * @return the hash
+ * @level low
+ */
 MUB_API uint32_t mub_hashx_key(uint64_t key);
 
-/* mub_hashx_set: find the entry of a key, or make it with a block of the value pool, as mub_hash_set.
- * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with a block of the value pool.
+ *
+ * @param[in,out] table   the table
+ * @param[in] key         the key
+ * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
+ * @param[in] init        called with the new block, which `value_out` and the entry already hold; NULL: not
+ *                        called
+ * @return 1 if the entry is new, even if no value block could be allocated for it
+ * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
+ * @owner the value stays in the table: a block of the value pool, or the word already stored
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ * @nullable init
+ */
 MUB_API int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, mub_init_fn init);
 
-/* mub_hashx_get: look a value up.
- * Returns the value, 0 when the key is absent. Cost: O(1) expected. */
+/**
+ * Looks up the value of a key.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the key
+ * @return the value
+ * @failure 0 if the key is absent; use mub_hashx_find() to distinguish a stored 0 from a missing key
+ * @owner the value stays in the table
+ * @cost O(1) expected
+ */
 MUB_API uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key);
 
-/* mub_hashx_insert: add a key with a value unless the key is present.
- * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out.
- * Invalidates: bucket positions of a walk. Cost: O(1) expected; doubles the buckets now and then. */
+/**
+ * Adds a key with a value unless the key is present.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @param[in] value      any word, 0 included
+ * @return 1 if added
+ * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
+ * @owner the value is kept as it is; what it refers to stays the caller's
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ */
 MUB_API int mub_hashx_insert(mub_hashx *table, uint64_t key, uint64_t value);
 
-/* mub_hashx_update: replace the value of a key that is present.
- * Returns the previous value; 0 when the key is absent, and nothing is made. */
+/**
+ * Replaces the value of a key that is present.
+ *
+ * An absent key is not added.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @param[in] value      any word, 0 included
+ * @return the previous value
+ * @failure 0 if the key is absent
+ * @owner the previous value is returned and not released; the new one is kept as it is
+ * @invalidates nothing
+ * @cost O(1) expected
+ */
 MUB_API uint64_t mub_hashx_update(mub_hashx *table, uint64_t key, uint64_t value);
 
-/* mub_hashx_find: tell whether a key is present.
- * Returns 1 or 0. */
+/**
+ * Checks whether a key is present.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the key
+ * @return 1 if it is, else 0
+ * @cost O(1) expected
+ */
 MUB_API int mub_hashx_find(const mub_hashx *table, uint64_t key);
 
-/* mub_hashx_remove: take a key out. Its value is handed over, not released.
- * Returns the value; 0 when the key is absent. Cost: O(1) expected. */
+/**
+ * Removes a key and returns its value, which is not released.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @return the value
+ * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ *   mub_pool_free()
+ * @owner the value is returned and not released; the entry goes back to its pool
+ * @invalidates the entry of the key
+ * @cost O(1) expected
+ */
 MUB_API uint64_t mub_hashx_remove(mub_hashx *table, uint64_t key);
 
-/* mub_hashx_free: take a key out and release its value, as mub_hash_free.
- * Returns the table; NULL when the key is absent. Cost: O(1) expected. */
+/**
+ * Removes a key and releases its value.
+ *
+ * The value's block goes back to an external value pool; in an owned one it stays allocated until the pool is
+ * emptied.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
+ * @return the table
+ * @failure NULL if the key is absent; a block for which the pool's free stack finds no memory is not reused:
+ *   see mub_pool_free()
+ * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
+ *   its pool
+ * @invalidates the entry of the key
+ * @cost O(1) expected
+ * @nullable release
+ */
 MUB_API mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn release);
 
-/* mub_hashx_remove_all: empty the table, as mub_hash_remove_all. */
+/**
+ * Empties the table, which then has no buckets and can be used again.
+ *
+ * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ *
+ * @param[in,out] table  the table
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool; values are not released
+ * @invalidates all entries
+ * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
+ */
 MUB_API void mub_hashx_remove_all(mub_hashx *table);
 
-/* mub_hashx_free_all: empty the table and release its values, as mub_hash_free_all. */
+/**
+ * Releases every value that is not 0, then empties the table like mub_hashx_remove_all().
+ *
+ * @param[in,out] table  the table
+ * @param[in] release    called with every value that is not 0; NULL: not called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
+ *   their pool
+ * @invalidates all entries
+ * @cost O(entries)
+ * @nullable release
+ */
 MUB_API void mub_hashx_free_all(mub_hashx *table, mub_free_fn release);
 
-/* mub_hashx_remove_all_entry: return every entry block to the entry pool, as mub_hash_remove_all_entry. */
+/**
+ * Returns every entry block to the entry pool, owned or external.
+ *
+ * Buckets and counts stay as they are and refer to blocks that the table no longer owns: call
+ * mub_hashx_term() next. With an external pool, emptying the table would return the blocks a second time.
+ *
+ * @param[in,out] table  the table
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool, although the table still refers to them; values are not released
+ * @invalidates all entries
+ * @cost O(entries)
+ * @level low
+ */
 MUB_API void mub_hashx_remove_all_entry(mub_hashx *table);
 
-/* mub_hashx_free_all_entry: release every value that is not 0, as mub_hash_free_all_entry. */
+/**
+ * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
+ *
+ * The values' blocks go back to an external value pool. Buckets and counts stay as they are: call
+ * mub_hashx_term() next, as after mub_hashx_remove_all_entry().
+ *
+ * @param[in,out] table  the table
+ * @param[in] release    called with every value that is not 0; NULL: not called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
+ *   an external entry pool, although the table still refers to them
+ * @invalidates all entries, if their pool is external
+ * @cost O(entries)
+ * @nullable release
+ * @level low
+ */
 MUB_API void mub_hashx_free_all_entry(mub_hashx *table, mub_free_fn release);
 
-/* mub_hashx_entry_set: find the entry of a key, or make it with value 0.
- *   entry_out   receives the entry; NULL when memory ran out
- * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with value 0.
+ *
+ * Set its `value` in place; the entry does not move until it is removed.
+ *
+ * @param[in,out] table   the table
+ * @param[in] key         the key
+ * @param[out] entry_out  receives the entry; NULL if memory ran out
+ * @return 1 if the entry is new
+ * @failure 0 if the key was present, or if memory ran out
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ */
 MUB_API int mub_hashx_entry_set(mub_hashx *table, uint64_t key, mub_hashx_entry **entry_out);
 
-/* mub_hashx_entry_get: find the entry of a key.
- * Returns the entry; NULL when the key is absent. */
+/**
+ * Finds the entry of a key.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the key
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) expected
+ */
 MUB_API mub_hashx_entry *mub_hashx_entry_get(const mub_hashx *table, uint64_t key);
 
-/* mub_hashx_entry_first: start a walk, as mub_hash_entry_first.
- * Returns the first entry; NULL when the table is empty. */
+/**
+ * Starts a walk over the entries: bucket by bucket, the oldest entry first within a chain.
+ *
+ * Insertions may change that order, and removing the current entry ends the walk.
+ *
+ * @param[in] table        the table
+ * @param[out] bucket_out  receives the bucket, for mub_hashx_entry_next()
+ * @return the first entry
+ * @failure NULL if the table is empty
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(buckets) in the worst case
+ */
 MUB_API mub_hashx_entry *mub_hashx_entry_first(const mub_hashx *table, int64_t *bucket_out);
 
-/* mub_hashx_entry_next: step to the next entry, as mub_hash_entry_next.
- * Returns the entry; NULL at the end. */
+/**
+ * Steps to the next entry.
+ *
+ * @param[in] table          the table
+ * @param[in,out] bucket_io  the bucket, as the previous call left it; unchanged at the end
+ * @param[in] entry          the entry that the previous call returned
+ * @return the next entry
+ * @failure NULL at the end
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) on average
+ */
 MUB_API mub_hashx_entry *mub_hashx_entry_next(const mub_hashx *table, int64_t *bucket_io,
                                               const mub_hashx_entry *entry);
 
-/* mub_hashx_entry_new: find a key in a bucket, or link a block for it at the end of the chain, `next` NULL and
- * `value` 0. The key is not stored: filling it in and counting the entry is the caller's.
- *   inserted_out   receives 1 when the block is new, else 0
- * Returns the entry; NULL when no block could be had. */
+/**
+ * Finds a key in a bucket, or links a new block at the end of the chain, `next` NULL and `value` 0.
+ *
+ * The key is not stored: the caller fills it in and counts the entry.
+ *
+ * @param[in,out] table      the table
+ * @param[in] bucket         where to look: 0 to the number of buckets less 1
+ * @param[in] key            the key
+ * @param[out] inserted_out  receives 1 if the block is new, else 0
+ * @return the entry
+ * @failure NULL if no block can be allocated
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates nothing
+ * @cost O(entries in the bucket)
+ * @level low
+ */
 MUB_API mub_hashx_entry *mub_hashx_entry_new(mub_hashx *table, int64_t bucket, uint64_t key,
                                              int *inserted_out);
 
-/* mub_hashx_entry_find: find a key in a bucket.
- * Returns the entry; NULL when there is none. */
+/**
+ * Finds a key in a bucket.
+ *
+ * @param[in] table   the table
+ * @param[in] bucket  where to look: 0 to the number of buckets less 1
+ * @param[in] key     the key
+ * @return the entry
+ * @failure NULL if there is none
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(entries in the bucket)
+ * @level low
+ */
 MUB_API mub_hashx_entry *mub_hashx_entry_find(const mub_hashx *table, int64_t bucket, uint64_t key);
 
-/* mub_hashx_entry_remove: find a key in a bucket and unlink its entry. The count stays as it is.
- * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
+/**
+ * Finds a key in a bucket and unlinks its entry.
+ *
+ * The count is unchanged.
+ *
+ * @param[in,out] table  the table
+ * @param[in] bucket     where to look: 0 to the number of buckets less 1
+ * @param[in] key        the key
+ * @return the entry, its `next` NULL
+ * @failure NULL if there is none
+ * @owner the caller lowers the count and returns the entry to the entry pool
+ * @invalidates a walk that stands on the entry
+ * @cost O(entries in the bucket)
+ * @level low
+ */
 MUB_API mub_hashx_entry *mub_hashx_entry_remove(mub_hashx *table, int64_t bucket, uint64_t key);
 
-/* mub_hashx_expand: double the buckets. Chains keep their order.
- * Does nothing without buckets, or when memory runs out. */
+/**
+ * Doubles the buckets.
+ *
+ * Chains keep their order. Does nothing without buckets.
+ *
+ * @param[in,out] table  the table
+ * @failure the table is unchanged if memory runs out
+ * @invalidates the bucket position of a running walk
+ * @cost O(entries)
+ * @level low
+ */
 MUB_API void mub_hashx_expand(mub_hashx *table);
 
-/* mub_hashx_insert_t: find the entry of a key, or make it with value 0.
- *   inserted_out   receives 1 when the entry is new, else 0
- * Returns the entry; NULL when memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with value 0.
+ *
+ * @param[in,out] table      the table
+ * @param[in] key            the key
+ * @param[out] inserted_out  receives 1 if the entry is new, else 0
+ * @return the entry
+ * @failure NULL if memory ran out
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ * @level low
+ */
 MUB_API mub_hashx_entry *mub_hashx_insert_t(mub_hashx *table, uint64_t key, int *inserted_out);
 
-/* mub_hashx_find_t: find the entry of a key.
- * Returns the entry; NULL when there is none. */
+/**
+ * Finds the entry of a key.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the key
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) expected
+ * @level low
+ */
 MUB_API mub_hashx_entry *mub_hashx_find_t(const mub_hashx *table, uint64_t key);
 
-/* mub_hashx_remove_t: unlink the entry of a key. The count stays as it is.
- * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
+/**
+ * Unlinks the entry of a key.
+ *
+ * The count is unchanged.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the key
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the caller lowers the count and returns the entry to the entry pool
+ * @invalidates a walk that stands on the entry
+ * @cost O(1) expected
+ * @level low
+ */
 MUB_API mub_hashx_entry *mub_hashx_remove_t(mub_hashx *table, uint64_t key);
 
-/* ---- mub_hasht: a hash table whose keys are 16 bytes, as four 32-bit words ------------------------------------
- *
- * A key is passed as a pointer to its words, which are copied; its hash is mub_hasht_key. There is no walk over the
- * entries. All else is as for mub_hash.
- *
- * Parameters, where a function does not say otherwise:
- *   key   the four words of the key
- *
- * Ownership, where a function does not say otherwise:
- *   mub_hasht_entry *   the entry is a block of the entry pool, and the table's until it is removed
- *   entry_out           the entry is a block of the entry pool, and the table's until it is removed
- *   _copy               the words are copied
- *   key                 the words are copied, or only compared */
+/** @} */
 
-/* One entry; it stays where it is until it is removed. */
+/**
+ * @defgroup hasht mub_hasht: a chained hash table from 16-byte keys to 64-bit values
+ *
+ * A hash table whose keys are 16 bytes, as four 32-bit words. A key is passed as a pointer to its words,
+ * which are copied; its hash is mub_hasht_key(). There is no walk over the entries.
+ *
+ * @{
+ */
+
+/** One entry; it stays where it is until it is removed. */
 typedef struct mub_hasht_entry {
-  struct mub_hasht_entry *next; /* next in the chain; NULL at its end */
-  uint32_t key[4];
-  uint64_t value; /* the caller's; may be changed in place */
+  struct mub_hasht_entry *next; /**< the next entry in the chain; NULL at its end */
+  uint32_t key[4];              /**< the key */
+  uint64_t value;               /**< the caller's; may be changed in place */
 } mub_hasht_entry;
 
+/** A hash table whose keys are 16 bytes, as four 32-bit words. */
 typedef struct mub_hasht {
-  mub_arrays buckets; /* chain heads and their number, as in mub_hash */
-  int64_t count;      /* entries in the table */
+  /** `items` are the chain heads; `count` is the number of buckets: 0, or 4 times a power of 2 */
+  mub_arrays buckets;
+  /** entries in the table */
+  int64_t count;
+  /** where the entries come from; NULL if there is none */
   mub_pool *entry_pool;
-  uint16_t owns_entry_pool; /* 1: made by mub_hasht_init, released by mub_hasht_term */
-  mub_pool *value_pool;     /* NULL when there is none */
+  /** 1: made by `_init`, released by `_term` */
+  uint16_t owns_entry_pool;
+  /** where value blocks come from; NULL if there is none */
+  mub_pool *value_pool;
+  /** 1: made by `_init`, released by `_term` */
   uint16_t owns_value_pool;
 } mub_hasht;
 
-/* mub_hasht_init: make the record an empty table, as mub_hash_init. Returns the table. */
+/**
+ * Makes the record an empty table.
+ *
+ * @param[out] table           the table
+ * @param[in] with_entry_pool  not 0: make an entry pool that the table owns
+ * @param[in] with_value_pool  not 0: make a value pool that the table owns
+ * @return the table
+ * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
+ * @owner the record is the caller's; the pools made here belong to the table until mub_hasht_term()
+ * @invalidates nothing
+ */
 MUB_API mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int with_value_pool);
 
-/* mub_hasht_term: release everything that the table owns, as mub_hash_term. */
+/**
+ * Releases everything that the table owns.
+ *
+ * Values are not visited. Entries in an external entry pool stay allocated there; mub_hasht_remove_all()
+ * returns them first.
+ *
+ * @param[in,out] table  the table
+ * @owner what the table owns is released; values and external pools stay the caller's
+ * @invalidates all entries
+ * @cost one release per chunk of the pools
+ */
 MUB_API void mub_hasht_term(mub_hasht *table);
 
-/* mub_hasht_swap: exchange two tables, pools and their ownership included. */
+/**
+ * Exchanges two tables with their pools.
+ *
+ * @param[in,out] a  one table
+ * @param[in,out] b  the other table
+ * @owner what one table owned now belongs to the other
+ * @invalidates walks of both tables
+ */
 MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
 
-/* mub_hasht_clone: copy a table, as mub_hash_clone. Returns the destination; empty when memory ran out.
- * Cost: O(entries). */
+/**
+ * Copies a table.
+ *
+ * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
+ * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
+ * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
+ * it, values are copied as words, and the destination gives up its own pool. `source_user_pool` and
+ * `destination_user_pool` are given together with `callback`, or both are NULL.
+ *
+ * @param[in] source                     the table to copy; it does not change
+ * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
+ *                                       there is none
+ * @param[in,out] destination            an initialised table with the same flags; its old contents are
+ *                                       dropped
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       the same pool to share it; NULL if there is none
+ * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
+ *                                       value pool; NULL: not called
+ * @return the destination
+ * @failure none; the destination is empty if memory runs out
+ * @owner the copy belongs to the destination; an external pool is shared by both tables
+ * @invalidates all entries of the destination
+ * @cost O(entries)
+ * @nullable source_user_pool, destination_user_pool, callback
+ */
 MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool,
                                    mub_hasht *destination, mub_pool *destination_user_pool,
                                    mub_clone_fn callback);
 
-/* mub_hasht_key: the hash of a key: the CRC register of mub_hash_key over its 16 bytes, word by word, least significant
- * byte first. */
+/**
+ * Computes the hash of a key: the CRC-32 register of mub_hash_key() over its 16 bytes, word by word, least
+ * significant byte first.
+ *
+ * @param[in] key  the four words of the key, which are copied
+ * @return the hash
+ * @bounds key[4]
+ * @level low
+ */
 MUB_API uint32_t mub_hasht_key(const uint32_t *key);
 
-/* mub_hasht_cmp: compare two keys.
- *   a, b   the four words of each
- * Returns 0 when they are equal, else the difference of the first unequal words, word of a minus word of b, cut to a
- * signed 32-bit number: its sign is no order. */
+/**
+ * Compares two keys.
+ *
+ * @param[in] a  the four words of one key
+ * @param[in] b  the four words of the other
+ * @return 0 if they are equal, else the difference of the first unequal words, word of `a` minus word of `b`,
+ *   cut to a signed 32-bit number: its sign is no order
+ * @bounds a[4], b[4]
+ * @level low
+ */
 MUB_API int mub_hasht_cmp(const uint32_t *a, const uint32_t *b);
 
-/* mub_hasht_copy: copy the four words of a key.
- *   destination   receives the words
- *   source        the words */
+/**
+ * Copies the four words of a key.
+ *
+ * @param[out] destination  receives the words
+ * @param[in] source        the words to copy
+ * @invalidates nothing
+ * @bounds destination[4], source[4]
+ * @level low
+ */
 MUB_API void mub_hasht_copy(uint32_t *destination, const uint32_t *source);
 
-/* mub_hasht_set: find the entry of a key, or make it with a block of the value pool, as mub_hash_set.
- * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with a block of the value pool.
+ *
+ * @param[in,out] table   the table
+ * @param[in] key         the four words of the key, which are copied
+ * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
+ * @param[in] init        called with the new block, which `value_out` and the entry already hold; NULL: not
+ *                        called
+ * @return 1 if the entry is new, even if no value block could be allocated for it
+ * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
+ * @owner the value stays in the table: a block of the value pool, or the word already stored
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ * @bounds key[4]
+ * @nullable init
+ */
 MUB_API int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value_out, mub_init_fn init);
 
-/* mub_hasht_get: look a value up.
- * Returns the value, 0 when the key is absent. Cost: O(1) expected. */
+/**
+ * Looks up the value of a key.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the four words of the key, which are copied
+ * @return the value
+ * @failure 0 if the key is absent; use mub_hasht_find() to distinguish a stored 0 from a missing key
+ * @owner the value stays in the table
+ * @cost O(1) expected
+ * @bounds key[4]
+ */
 MUB_API uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key);
 
-/* mub_hasht_insert: add a key with a value unless the key is present.
- * Returns 1 when added; 0 when the key was present (its value stays) or memory ran out.
- * Invalidates: bucket positions of a walk. Cost: O(1) expected; doubles the buckets now and then. */
+/**
+ * Adds a key with a value unless the key is present.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the four words of the key, which are copied
+ * @param[in] value      any word, 0 included
+ * @return 1 if added
+ * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
+ * @owner the value is kept as it is; what it refers to stays the caller's
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ * @bounds key[4]
+ */
 MUB_API int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t value);
 
-/* mub_hasht_update: replace the value of a key that is present.
- * Returns the previous value; 0 when the key is absent, and nothing is made. */
+/**
+ * Replaces the value of a key that is present.
+ *
+ * An absent key is not added.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the four words of the key, which are copied
+ * @param[in] value      any word, 0 included
+ * @return the previous value
+ * @failure 0 if the key is absent
+ * @owner the previous value is returned and not released; the new one is kept as it is
+ * @invalidates nothing
+ * @cost O(1) expected
+ * @bounds key[4]
+ */
 MUB_API uint64_t mub_hasht_update(mub_hasht *table, const uint32_t *key, uint64_t value);
 
-/* mub_hasht_find: tell whether a key is present.
- * Returns 1 or 0. */
+/**
+ * Checks whether a key is present.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the four words of the key, which are copied
+ * @return 1 if it is, else 0
+ * @cost O(1) expected
+ * @bounds key[4]
+ */
 MUB_API int mub_hasht_find(const mub_hasht *table, const uint32_t *key);
 
-/* mub_hasht_remove: take a key out. Its value is handed over, not released.
- * Returns the value; 0 when the key is absent. Cost: O(1) expected. */
+/**
+ * Removes a key and returns its value, which is not released.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the four words of the key, which are copied
+ * @return the value
+ * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ *   mub_pool_free()
+ * @owner the value is returned and not released; the entry goes back to its pool
+ * @invalidates the entry of the key
+ * @cost O(1) expected
+ * @bounds key[4]
+ */
 MUB_API uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key);
 
-/* mub_hasht_free: take a key out and release its value, as mub_hash_free.
- * Returns the table; NULL when the key is absent. Cost: O(1) expected. */
+/**
+ * Removes a key and releases its value.
+ *
+ * The value's block goes back to an external value pool; in an owned one it stays allocated until the pool is
+ * emptied.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the four words of the key, which are copied
+ * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
+ * @return the table
+ * @failure NULL if the key is absent; a block for which the pool's free stack finds no memory is not reused:
+ *   see mub_pool_free()
+ * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
+ *   its pool
+ * @invalidates the entry of the key
+ * @cost O(1) expected
+ * @bounds key[4]
+ * @nullable release
+ */
 MUB_API mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_free_fn release);
 
-/* mub_hasht_remove_all: empty the table, as mub_hash_remove_all. */
+/**
+ * Empties the table, which then has no buckets and can be used again.
+ *
+ * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ *
+ * @param[in,out] table  the table
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool; values are not released
+ * @invalidates all entries
+ * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
+ */
 MUB_API void mub_hasht_remove_all(mub_hasht *table);
 
-/* mub_hasht_free_all: empty the table and release its values, as mub_hash_free_all. */
+/**
+ * Releases every value that is not 0, then empties the table like mub_hasht_remove_all().
+ *
+ * @param[in,out] table  the table
+ * @param[in] release    called with every value that is not 0; NULL: not called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
+ *   their pool
+ * @invalidates all entries
+ * @cost O(entries)
+ * @nullable release
+ */
 MUB_API void mub_hasht_free_all(mub_hasht *table, mub_free_fn release);
 
-/* mub_hasht_remove_all_entry: return every entry block to the entry pool, as mub_hash_remove_all_entry. */
+/**
+ * Returns every entry block to the entry pool, owned or external.
+ *
+ * Buckets and counts stay as they are and refer to blocks that the table no longer owns: call
+ * mub_hasht_term() next. With an external pool, emptying the table would return the blocks a second time.
+ *
+ * @param[in,out] table  the table
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool, although the table still refers to them; values are not released
+ * @invalidates all entries
+ * @cost O(entries)
+ * @level low
+ */
 MUB_API void mub_hasht_remove_all_entry(mub_hasht *table);
 
-/* mub_hasht_free_all_entry: release every value that is not 0, as mub_hash_free_all_entry. */
+/**
+ * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
+ *
+ * The values' blocks go back to an external value pool. Buckets and counts stay as they are: call
+ * mub_hasht_term() next, as after mub_hasht_remove_all_entry().
+ *
+ * @param[in,out] table  the table
+ * @param[in] release    called with every value that is not 0; NULL: not called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
+ *   an external entry pool, although the table still refers to them
+ * @invalidates all entries, if their pool is external
+ * @cost O(entries)
+ * @nullable release
+ * @level low
+ */
 MUB_API void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release);
 
-/* mub_hasht_entry_set: find the entry of a key, or make it with value 0.
- *   entry_out   receives the entry; NULL when memory ran out
- * Returns 1 when the entry is new; 0 when the key was present or memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with value 0.
+ *
+ * Set its `value` in place; the entry does not move until it is removed.
+ *
+ * @param[in,out] table   the table
+ * @param[in] key         the four words of the key, which are copied
+ * @param[out] entry_out  receives the entry; NULL if memory ran out
+ * @return 1 if the entry is new
+ * @failure 0 if the key was present, or if memory ran out
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ * @bounds key[4]
+ */
 MUB_API int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht_entry **entry_out);
 
-/* mub_hasht_entry_get: find the entry of a key.
- * Returns the entry; NULL when the key is absent. */
+/**
+ * Finds the entry of a key.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the four words of the key, which are copied
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) expected
+ * @bounds key[4]
+ */
 MUB_API mub_hasht_entry *mub_hasht_entry_get(const mub_hasht *table, const uint32_t *key);
 
-/* mub_hasht_entry_new: find a key in a bucket, or link a block for it at the end of the chain, `next` NULL and
- * `value` 0. The key is not stored: filling it in and counting the entry is the caller's.
- *   inserted_out   receives 1 when the block is new, else 0
- * Returns the entry; NULL when no block could be had. */
+/**
+ * Finds a key in a bucket, or links a new block at the end of the chain, `next` NULL and `value` 0.
+ *
+ * The key is not stored: the caller fills it in and counts the entry.
+ *
+ * @param[in,out] table      the table
+ * @param[in] bucket         where to look: 0 to the number of buckets less 1
+ * @param[in] key            the four words of the key, which are copied
+ * @param[out] inserted_out  receives 1 if the block is new, else 0
+ * @return the entry
+ * @failure NULL if no block can be allocated
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates nothing
+ * @cost O(entries in the bucket)
+ * @bounds key[4]
+ * @level low
+ */
 MUB_API mub_hasht_entry *mub_hasht_entry_new(mub_hasht *table, int64_t bucket, const uint32_t *key,
                                              int *inserted_out);
 
-/* mub_hasht_entry_find: find a key in a bucket.
- * Returns the entry; NULL when there is none. */
+/**
+ * Finds a key in a bucket.
+ *
+ * @param[in] table   the table
+ * @param[in] bucket  where to look: 0 to the number of buckets less 1
+ * @param[in] key     the four words of the key, which are copied
+ * @return the entry
+ * @failure NULL if there is none
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(entries in the bucket)
+ * @bounds key[4]
+ * @level low
+ */
 MUB_API mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bucket, const uint32_t *key);
 
-/* mub_hasht_entry_remove: find a key in a bucket and unlink its entry. The count stays as it is.
- * Returns the entry, its `next` NULL, for the caller to return to the entry pool; NULL when there is none. */
+/**
+ * Finds a key in a bucket and unlinks its entry.
+ *
+ * The count is unchanged.
+ *
+ * @param[in,out] table  the table
+ * @param[in] bucket     where to look: 0 to the number of buckets less 1
+ * @param[in] key        the four words of the key, which are copied
+ * @return the entry, its `next` NULL
+ * @failure NULL if there is none
+ * @owner the caller lowers the count and returns the entry to the entry pool
+ * @invalidates a walk that stands on the entry
+ * @cost O(entries in the bucket)
+ * @bounds key[4]
+ * @level low
+ */
 MUB_API mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket, const uint32_t *key);
 
-/* mub_hasht_expand: double the buckets. Chains keep their order.
- * Does nothing without buckets, or when memory runs out. */
+/**
+ * Doubles the buckets.
+ *
+ * Chains keep their order. Does nothing without buckets.
+ *
+ * @param[in,out] table  the table
+ * @failure the table is unchanged if memory runs out
+ * @invalidates the bucket position of a running walk
+ * @cost O(entries)
+ * @level low
+ */
 MUB_API void mub_hasht_expand(mub_hasht *table);
 
-/* mub_hasht_insert_t: find the entry of a key, or make it with value 0.
- *   inserted_out   receives 1 when the entry is new, else 0
- * Returns the entry; NULL when memory ran out. */
+/**
+ * Finds the entry of a key, or adds one with value 0.
+ *
+ * @param[in,out] table      the table
+ * @param[in] key            the four words of the key, which are copied
+ * @param[out] inserted_out  receives 1 if the entry is new, else 0
+ * @return the entry
+ * @failure NULL if memory ran out
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
+ * @bounds key[4]
+ * @level low
+ */
 MUB_API mub_hasht_entry *mub_hasht_insert_t(mub_hasht *table, const uint32_t *key, int *inserted_out);
 
-/* mub_hasht_find_t: find the entry of a key.
- * Returns the entry; NULL when there is none. */
+/**
+ * Finds the entry of a key.
+ *
+ * @param[in] table  the table
+ * @param[in] key    the four words of the key, which are copied
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the entry is a block of the entry pool and belongs to the table until it is removed
+ * @cost O(1) expected
+ * @bounds key[4]
+ * @level low
+ */
 MUB_API mub_hasht_entry *mub_hasht_find_t(const mub_hasht *table, const uint32_t *key);
 
-/* mub_hasht_remove_t: unlink the entry of a key. The count stays as it is.
- * Returns the entry, for the caller to count down and to return to the entry pool; NULL when there is none. */
+/**
+ * Unlinks the entry of a key.
+ *
+ * The count is unchanged.
+ *
+ * @param[in,out] table  the table
+ * @param[in] key        the four words of the key, which are copied
+ * @return the entry
+ * @failure NULL if the key is absent
+ * @owner the caller lowers the count and returns the entry to the entry pool
+ * @invalidates a walk that stands on the entry
+ * @cost O(1) expected
+ * @bounds key[4]
+ * @level low
+ */
 MUB_API mub_hasht_entry *mub_hasht_remove_t(mub_hasht *table, const uint32_t *key);
+
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -1,19 +1,23 @@
-/* mub_mem.h: the heap pair, counted bytes and NUL-terminated strings.
+/**
+ * @defgroup mem mub_mem: counted bytes and NUL-terminated strings: copy, move, search, compare
  *
- *   mub_mem_*   work on a pointer and a count of bytes. Bytes compare as unsigned values; nothing is read or
- *               written for a count below 1. NULL is accepted with such a count only.
- *   mub_str_*   work on text that ends with a NUL; NULL is accepted where a function says so.
+ * The heap pair, counted bytes and NUL-terminated strings.
  *
- * Searches give an index, -1 when there is no match.
+ * The functions `mub_mem_…` work on a pointer and a count of bytes. Bytes compare as unsigned values; nothing
+ * is read or written for a count below 1. NULL is accepted with such a count only. The functions `mub_str_…`
+ * work on text that ends with a NUL; NULL is accepted where a function says so.
  *
- * Parameters, where a function does not say otherwise:
- *   destination          where the bytes go: room for `count` of them
- *   source               the first of the bytes to copy
- *   data                 the first of the bytes to search
- *   count                bytes; below 1 there are none
- *   byte                 what to look for: its low 8 bits
- *   a, b                 the first of the bytes to compare
- *   a_length, b_length   bytes at `a` and at `b`; below 1 there are none */
+ * What the operations return:
+ *
+ * | operation               | found      | not found       | out of memory        |
+ * | ----------------------- | ---------- | --------------- | -------------------- |
+ * | `_chr`, `_rchr`, `_str` | the index  | -1              |                      |
+ * | `_cmp`, `_icmp`         | 0 if equal | the sign orders |                      |
+ * | mub_malloc()            |            |                 | NULL                 |
+ * | mub_str_dup()           |            |                 | the old string stays |
+ *
+ * @{
+ */
 #ifndef MUB_MEM_H
 #define MUB_MEM_H
 
@@ -23,88 +27,248 @@
 extern "C" {
 #endif
 
-/* mub_malloc: exactly the runtime's malloc.
- *   size   bytes
- * Returns the block, to be released with mub_free or free; NULL when memory ran out. */
+/**
+ * Allocates memory; exactly the runtime's malloc.
+ *
+ * @param[in] size  bytes wanted
+ * @return the block
+ * @failure NULL if memory ran out
+ * @owner the block is the caller's; release it with mub_free() or free
+ */
 MUB_API void *mub_malloc(uint64_t size);
 
-/* mub_free: exactly the runtime's free.
- *   block   from mub_malloc or handed over by the library; NULL is harmless */
+/**
+ * Releases memory; exactly the runtime's free.
+ *
+ * @param[in] block  a block from mub_malloc() or one that the library returned to the caller; NULL is
+ *                   harmless
+ * @owner the block is released
+ * @invalidates the block
+ * @nullable block
+ */
 MUB_API void mub_free(void *block);
 
-/* mub_mem_zero: set `count` bytes to 0. */
+/**
+ * Sets bytes to 0.
+ *
+ * @param[out] destination  where the bytes go; NULL only with a count below 1
+ * @param[in] count         how many bytes; below 1 there are none
+ * @invalidates nothing
+ * @cost O(count)
+ * @bounds destination[count]
+ * @nullable destination
+ */
 MUB_API void mub_mem_zero(void *destination, int64_t count);
 
-/* mub_mem_copy: copy `count` bytes forward, from low addresses to high, 8 bytes at a time.
- * The ranges may overlap. A destination that lies 8 bytes or more above its source inside the source range receives
- * the first `destination - source` bytes repeated over its whole length; this fills memory with a pattern. Every
- * other overlap, and any distance of 7 bytes or less, copies as memmove does. The distance is taken on the low
- * 32 bits of the addresses, as a signed number. */
+/**
+ * Copies bytes forward, from low addresses to high, 8 bytes at a time.
+ *
+ * The ranges may overlap. A destination that lies 8 bytes or more above its source inside the source range
+ * receives the first `destination - source` bytes repeated over its whole length; this fills memory with a
+ * pattern. Every other overlap, and any distance of 7 bytes or less, copies as memmove does. The distance is
+ * taken on the low 32 bits of the addresses, as a signed number.
+ *
+ * @param[out] destination  where the bytes go; NULL only with a count below 1
+ * @param[in] source        the bytes to copy; NULL only with a count below 1
+ * @param[in] count         how many bytes; below 1 there are none
+ * @invalidates nothing
+ * @cost O(count)
+ * @bounds destination[count], source[count]
+ * @nullable destination, source
+ */
 MUB_API void mub_mem_copy(void *destination, const void *source, int64_t count);
 
-/* mub_mem_move: copy as mub_mem_copy does, then clear the bytes of the source that are not part of the destination.
- * At a distance of 7 bytes or less nothing is cleared: the source is left as memmove leaves it. */
+/**
+ * Copies bytes as mub_mem_copy() does, then clears the bytes of the source that are not part of the
+ * destination.
+ *
+ * At a distance of 7 bytes or less nothing is cleared: the source is left as memmove leaves it.
+ *
+ * @param[out] destination  where the bytes go; NULL only with a count below 1
+ * @param[in,out] source    the bytes to move; NULL only with a count below 1
+ * @param[in] count         how many bytes; below 1 there are none
+ * @invalidates nothing
+ * @cost O(count)
+ * @bounds destination[count], source[count]
+ * @nullable destination, source
+ */
 MUB_API void mub_mem_move(void *destination, void *source, int64_t count);
 
-/* mub_mem_chr: the index of the first byte equal to `byte` (its low 8 bits), or -1. */
+/**
+ * Finds the first occurrence of a byte.
+ *
+ * @param[in] data   the bytes to search; NULL only with a count below 1
+ * @param[in] count  how many bytes; below 1 there are none
+ * @param[in] byte   the byte to find; its low 8 bits are used
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(count)
+ * @bounds data[count]
+ * @nullable data
+ */
 MUB_API int64_t mub_mem_chr(const void *data, int64_t count, int byte);
 
-/* mub_mem_rchr: the index of the last byte equal to `byte` (its low 8 bits), or -1. */
+/**
+ * Finds the last occurrence of a byte.
+ *
+ * @param[in] data   the bytes to search; NULL only with a count below 1
+ * @param[in] count  how many bytes; below 1 there are none
+ * @param[in] byte   the byte to find; its low 8 bits are used
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(count)
+ * @bounds data[count]
+ * @nullable data
+ */
 MUB_API int64_t mub_mem_rchr(const void *data, int64_t count, int byte);
 
-/* mub_mem_str: the index of the first occurrence of a byte pattern, or -1.
- *   pattern          at least one byte, which is always read
- *   pattern_length   1 and less look for the first byte of the pattern alone */
+/**
+ * Finds the first occurrence of a byte pattern.
+ *
+ * @param[in] data            the bytes to search; NULL only with a count below 1
+ * @param[in] count           how many bytes; below 1 there are none
+ * @param[in] pattern         at least one byte, which is always read
+ * @param[in] pattern_length  bytes of the pattern; 1 or less looks for its first byte alone
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(count + pattern_length)
+ * @bounds data[count], pattern[pattern_length]
+ * @nullable data
+ */
 MUB_API int64_t mub_mem_str(const void *data, int64_t count, const void *pattern, int64_t pattern_length);
 
-/* mub_mem_cmp: order two byte ranges.
- * Returns the difference of the first two bytes that differ, a's minus b's; when there are none the difference of
- * the lengths, cut to 32 bits, so that a range sorts before what it is a prefix of. */
+/**
+ * Orders two byte ranges.
+ *
+ * @param[in] a         the first range; NULL only with a length below 1
+ * @param[in] a_length  bytes of `a`; below 1 there are none
+ * @param[in] b         the second range; NULL only with a length below 1
+ * @param[in] b_length  bytes of `b`; below 1 there are none
+ * @return the difference of the first two bytes that differ, that of `a` minus that of `b`; if there are
+ *   none, the difference of the lengths, cut to 32 bits, so that a range sorts before what it is a prefix of
+ * @cost O(count)
+ * @bounds a[a_length], b[b_length]
+ * @nullable a, b
+ */
 MUB_API int mub_mem_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
-/* mub_mem_icmp: as mub_mem_cmp, with every byte passed through the runtime's tolower first. */
+/**
+ * Orders two byte ranges, with every byte passed through the runtime's tolower first.
+ *
+ * @param[in] a         the first range; NULL only with a length below 1
+ * @param[in] a_length  bytes of `a`; below 1 there are none
+ * @param[in] b         the second range; NULL only with a length below 1
+ * @param[in] b_length  bytes of `b`; below 1 there are none
+ * @return the difference of the first two bytes that differ, that of `a` minus that of `b`; if there are
+ *   none, the difference of the lengths, cut to 32 bits, so that a range sorts before what it is a prefix of
+ * @cost O(count)
+ * @bounds a[a_length], b[b_length]
+ * @nullable a, b
+ */
 MUB_API int mub_mem_icmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
-/* ---- mub_str: texts that end with a NUL -----------------------------------------------------------------------
+/**
+ * Replaces an owned string by a copy of a text and a NUL.
  *
- * Parameters, where a function does not say otherwise:
- *   string      the text to search; NULL has no characters
- *   character   what to look for; converted to a char, as strchr does
- *   haystack    the text to search; may be NULL
- *   needle      the text to look for; may be NULL
- *   a, b        the texts to compare; each may be NULL */
-
-/* mub_str_dup: replace an owned string by a copy of `length` characters and a NUL.
- *   string   address of the owned pointer, which may hold NULL; its block is released (with free) once the copy
- *            stands, so that `source` may lie in it
- *   source   NULL stores NULL; a text that is shorter than `length` is padded with NULs
- *   length   characters to copy; negative: up to the NUL
- * Out of memory the old string stays. The block is the caller's, to be released with free. */
+ * The old block is released, with free, after the copy is made, so that `source` may lie in it.
+ *
+ * @param[in,out] string  the address of the owned pointer, which may hold NULL
+ * @param[in] source      the text to copy; NULL stores NULL; a text shorter than `length` is padded with NULs
+ * @param[in] length      characters to copy; negative: up to the NUL
+ * @failure the old string stays if memory runs out
+ * @owner the new block is the caller's; release it with free
+ * @invalidates the old string
+ * @cost O(length)
+ * @bounds source[length]
+ * @nullable source
+ */
 MUB_API void mub_str_dup(char **string, const char *source, int64_t length);
 
-/* mub_str_trim: remove tabs, line feeds, carriage returns and spaces at both ends of a string, NULs at its back too.
- *   string   changed in place and terminated when anything is removed; NULL does nothing
- *   length   its length; 0 and negative ones make the string empty instead of trimming it
- * A NUL among the leading white space leaves the string unchanged. */
+/**
+ * Removes white space at both ends of a string, and NULs at its end: tabs, line feeds, carriage returns and
+ * spaces.
+ *
+ * A NUL among the leading white space leaves the string unchanged.
+ *
+ * @param[in,out] string  the string, changed in place and terminated if anything is removed; NULL does
+ *                        nothing
+ * @param[in] length      its length; 0 or less empties the string instead of trimming it
+ * @invalidates nothing
+ * @cost O(length)
+ * @bounds string[length]
+ * @nullable string
+ */
 MUB_API void mub_str_trim(char *string, int64_t length);
 
-/* mub_str_chr: the index of the first `character`, or -1, also for a NULL string. 0 finds the terminator. */
+/**
+ * Finds the first occurrence of a character.
+ *
+ * 0 finds the terminator.
+ *
+ * @param[in] string     the text to search, ending with a NUL; NULL has no characters
+ * @param[in] character  the character to find, converted to a char as by strchr
+ * @return its index
+ * @failure -1 if there is none, or if the string is NULL
+ * @cost O(length)
+ * @nullable string
+ */
 MUB_API int64_t mub_str_chr(const char *string, int character);
 
-/* mub_str_rchr: the index of the last `character`, or -1, also for a NULL string. 0 finds the terminator. */
+/**
+ * Finds the last occurrence of a character.
+ *
+ * 0 finds the terminator.
+ *
+ * @param[in] string     the text to search, ending with a NUL; NULL has no characters
+ * @param[in] character  the character to find, converted to a char as by strchr
+ * @return its index
+ * @failure -1 if there is none, or if the string is NULL
+ * @cost O(length)
+ * @nullable string
+ */
 MUB_API int64_t mub_str_rchr(const char *string, int character);
 
-/* mub_str_str: the index of the first occurrence of `needle`, or -1, also when either is NULL. An empty needle is
- * found at 0. */
+/**
+ * Finds the first occurrence of a text.
+ *
+ * An empty one is found at 0.
+ *
+ * @param[in] haystack  the text to search, ending with a NUL
+ * @param[in] needle    the text to find, ending with a NUL
+ * @return its index
+ * @failure -1 if there is none, or if either text is NULL
+ * @cost O(length) of both texts
+ * @nullable haystack, needle
+ */
 MUB_API int64_t mub_str_str(const char *haystack, const char *needle);
 
-/* mub_str_cmp: order two strings as strcmp does; NULL sorts first and equals NULL.
- * Returns a negative number, 0 or a positive one. */
+/**
+ * Orders two strings as strcmp does.
+ *
+ * NULL sorts first and equals NULL.
+ *
+ * @param[in] a  one text, ending with a NUL
+ * @param[in] b  the other text, ending with a NUL
+ * @return a negative number, 0 or a positive one
+ * @cost O(length)
+ * @nullable a, b
+ */
 MUB_API int mub_str_cmp(const char *a, const char *b);
 
-/* mub_str_icmp: order two strings as strcasecmp does; NULL sorts first and equals NULL.
- * Returns a negative number, 0 or a positive one. */
+/**
+ * Orders two strings as strcasecmp does.
+ *
+ * NULL sorts first and equals NULL.
+ *
+ * @param[in] a  one text, ending with a NUL
+ * @param[in] b  the other text, ending with a NUL
+ * @return a negative number, 0 or a positive one
+ * @cost O(length)
+ * @nullable a, b
+ */
 MUB_API int mub_str_icmp(const char *a, const char *b);
+
+/** @} */
 
 #ifdef __cplusplus
 }

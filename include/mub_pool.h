@@ -1,36 +1,36 @@
-/* mub_pool.h: fixed-size blocks, carved from zero-filled chunks and reused last in, first out.
+/**
+ * @defgroup pool mub_pool: fixed-size blocks that never move, released all at once
  *
- *   chunks ──► chunk 0 [block][block] … [block]          free_pages ──► page 0 [address] … [address]
- *              chunk 1 [block][block]  (unused)                         page 1 [address]
- *                                    ▲ chunk_used                                      ▲ free_used
+ * Fixed-size blocks, carved from zero-filled chunks and reused last in, first out.
  *
- * Blocks never move. Chunks and pages stay allocated until mub_pool_empty, which releases them all at once: that is
- * how a whole structure of nodes goes in a few calls. A pool, and every address kept in its blocks, can be copied by
- * address translation: mub_pool_map, mub_pool_clone, then mub_pool_get_addr and mub_pool_set_addr for each address.
+ *     chunks ──► chunk 0 [block][block] … [block]          free_pages ──► page 0 [address] … [address]
+ *                chunk 1 [block][block]  (unused)                         page 1 [address]
+ *                                      ▲ chunk_used                                      ▲ free_used
  *
- * The owner sets `block_size` after mub_pool_init and before the first block, and changes neither it nor
- * `blocks_per_chunk` again but after mub_pool_empty. The pool does not check that a block given back is its own, or that it
- * is given back once.
+ * Blocks never move. Chunks and pages stay allocated until mub_pool_empty(), which releases them all at once:
+ * that is how a whole structure of nodes is released in a few calls. A pool, and every address kept in its
+ * blocks, can be copied by address translation: mub_pool_map(), mub_pool_clone(), then mub_pool_get_addr()
+ * and mub_pool_set_addr() for each address.
  *
- * Parameters, where a function does not say otherwise:
- *   pool             the pool
- *   a, b             the two pools
- *   map              a chunk map, from mub_pool_map
- *   count            elements of `map`, or addresses at `blocks`
- *   blocks           the addresses of blocks
- *   block, address   the address to look for
- *   iter             the iterator, from mub_pool_iter_new; NULL is a walk without blocks
+ * The owner sets `block_size` after mub_pool_init() and before the first block, and changes neither it nor
+ * `blocks_per_chunk` again except after mub_pool_empty(). The pool does not check that a returned block is
+ * its own, or that it is returned once.
  *
- * Ownership, where a function does not say otherwise:
- *   void *          the result is a block of the pool, valid until it is given back or the pool is emptied
- *   _term, _empty   all blocks are gone
- *   _free           the block is the pool's again
- *   _swap           the blocks of one pool are the other's
- *   _clone          the copies of the chunks are the destination's
- *   _umap           the chunk map is released
- *   _iter_free      the iterator is released
- *   _set_addr       the address is one in a block of the pool, valid until that is given back or the pool is emptied
- *   map, blocks     stays the caller's */
+ * What the everyday operations return:
+ *
+ * | operation             | present                | absent                    | out of memory     |
+ * | --------------------- | ---------------------- | ------------------------- | ----------------- |
+ * | mub_pool_new()        | a block                | NULL without a block size | NULL              |
+ * | mub_pool_map()        | the chunk map          | NULL without chunks       | NULL              |
+ * | mub_pool_get_addr()   | the index of the chunk | -1                        |                   |
+ * | mub_pool_set_addr()   | the address            | NULL                      |                   |
+ * | mub_pool_iter_new()   | an iterator            |                           | NULL              |
+ * | mub_pool_iter_first() | a block                | NULL                      |                   |
+ * | mub_pool_iter_next()  | a block                | NULL                      |                   |
+ * | mub_pool_clone()      |                        |                           | the copy is empty |
+ *
+ * @{
+ */
 #ifndef MUB_POOL_H
 #define MUB_POOL_H
 
@@ -40,153 +40,348 @@
 extern "C" {
 #endif
 
+/** Fixed-size blocks, carved from zero-filled chunks and reused last in, first out. */
 struct mub_pool {
-  int64_t block_size; /* bytes per block; 0: the pool hands out nothing */
-  int64_t
-      blocks_per_chunk; /* also addresses per free page; the first take or release raises it to at least 16 */
-  int64_t live_count;   /* blocks handed out and not given back */
-
-  int64_t chunk_used;     /* blocks taken from the last chunk in use; -1: no chunk is in use */
-  int64_t chunk_count;    /* chunks in use */
-  int64_t chunk_capacity; /* slots of the table; those behind chunk_count are NULL or hold spare chunks */
-  void **chunks;          /* the chunk table; NULL until the first chunk */
-
-  int64_t free_used;     /* addresses in the last free page; -1: no page is in use */
-  int64_t free_count;    /* free pages in use; all but the last are full */
-  int64_t free_capacity; /* slots of the table; those behind free_count are NULL or hold spare pages */
-  void **free_pages;     /* the stack of released blocks; NULL until the first release */
+  /** bytes per block; 0: the pool gives no blocks */
+  int64_t block_size;
+  /** also addresses per free page; the first use of either raises it to at least 16 */
+  int64_t blocks_per_chunk;
+  /** blocks taken and not returned */
+  int64_t live_count;
+  /** blocks taken from the last chunk in use; -1: no chunk is in use */
+  int64_t chunk_used;
+  /** chunks in use */
+  int64_t chunk_count;
+  /** slots of the table; those after `chunk_count` are NULL or hold spare chunks */
+  int64_t chunk_capacity;
+  /** the chunk table; NULL until the first chunk */
+  void **chunks;
+  /** addresses in the last free page; -1: no page is in use */
+  int64_t free_used;
+  /** free pages in use; all but the last are full */
+  int64_t free_count;
+  /** slots of the table; those after `free_count` are NULL or hold spare pages */
+  int64_t free_capacity;
+  /** the stack of released blocks; NULL until the first release */
+  void **free_pages;
 };
 
-/* One chunk of a chunk map, which is sorted by base address. */
+/** One chunk of a chunk map, which is sorted by address. */
 struct mub_pool_chunk {
-  int64_t index; /* position in the pool's chunk table */
-  uint64_t base; /* address of its first block */
+  int64_t index; /**< position in the pool's chunk table */
+  uint64_t base; /**< the address of its first block */
 };
 
-/* A walk over the live blocks of a pool; made by mub_pool_iter_new. */
+/** A walk over the live blocks of a pool; made by mub_pool_iter_new. */
 typedef struct mub_pool_iter {
-  int64_t chunk;      /* chunk of the block returned last */
-  int64_t slot;       /* its place in the chunk, in blocks */
-  void **free_blocks; /* the released blocks, sorted; NULL when there were none */
-  mub_pool *pool;     /* the pool that is walked */
+  int64_t chunk;      /**< chunk of the block returned last */
+  int64_t slot;       /**< its place in the chunk, in blocks */
+  void **free_blocks; /**< the released blocks, sorted; NULL if there were none */
+  mub_pool *pool;     /**< the pool that is walked */
 } mub_pool_iter;
 
-/* mub_pool_init: make the record an empty pool. Nothing is allocated; set `block_size` next.
- *   pool   its old content is not looked at */
+/**
+ * Makes the record an empty pool.
+ *
+ * Nothing is allocated; set `block_size` next.
+ *
+ * @param[out] pool  its old contents are ignored
+ * @owner the record is the caller's
+ * @invalidates nothing
+ */
 MUB_API void mub_pool_init(mub_pool *pool);
 
-/* mub_pool_term: release everything; the same as mub_pool_empty. The record itself is its owner's to release. */
+/**
+ * Releases all memory of the pool; the same as mub_pool_empty().
+ *
+ * The record itself belongs to the caller.
+ *
+ * @param[in,out] pool  the pool
+ * @owner all blocks are released
+ * @invalidates all blocks
+ * @cost one release per chunk and page, whatever the number of blocks
+ */
 MUB_API void mub_pool_term(mub_pool *pool);
 
-/* mub_pool_empty: release every chunk and page, and with them every block. `block_size` and `blocks_per_chunk`
- * stay, so the pool can be used again at once.
- * Invalidates: all its blocks. Cost: one release a chunk and a page, whatever the number of blocks. */
+/**
+ * Releases every chunk and page, and with them every block.
+ *
+ * `block_size` and `blocks_per_chunk` are unchanged, so the pool can be used again at once.
+ *
+ * @param[in,out] pool  the pool
+ * @owner all blocks are released
+ * @invalidates all blocks
+ * @cost one release per chunk and page, whatever the number of blocks
+ */
 MUB_API void mub_pool_empty(mub_pool *pool);
 
-/* mub_pool_new: take a block: the one released last, else a fresh one.
- * Returns the block, zero-filled when fresh and as it was left when reused; NULL when `block_size` is 0 or memory
- * ran out. Cost: O(1), one allocation a chunk. */
+/**
+ * Takes a block: the one released last, else a fresh one.
+ *
+ * @param[in,out] pool  the pool
+ * @return the block, filled with zeros if it is fresh and as it was left if it is reused
+ * @failure NULL if `block_size` is 0 or memory ran out
+ * @owner the block belongs to the pool's user until it is returned or the pool is emptied
+ * @invalidates a chunk map of the pool, if it needed another chunk
+ * @cost O(1); one allocation per chunk
+ */
 MUB_API void *mub_pool_new(mub_pool *pool);
 
-/* mub_pool_free: give a block back, to be handed out again next.
- *   block   from this pool; NULL is ignored
- * When there is no memory for another page of the free stack, the block is dropped: it is not handed out again, goes
- * with its chunk, and is met by walks until then. */
+/**
+ * Returns a block, which becomes the next one to be reused.
+ *
+ * @param[in,out] pool  the pool
+ * @param[in] block     a block of this pool; NULL is ignored
+ * @failure if there is no memory for another page of the free stack, the block is dropped: it is not reused,
+ *   is released with its chunk, and is met by walks until then
+ * @owner the block goes back to the pool
+ * @invalidates the block
+ * @nullable block
+ */
 MUB_API void mub_pool_free(mub_pool *pool, void *block);
 
-/* mub_pool_expand: make room for one more page or chunk in a table (by half its count, at least 4, in multiples of
- * 4). Memory running out leaves the group as it was.
- *   group   address of the pool's `chunk_used` or `free_used`: the first of the four fields of that table */
+/**
+ * Makes room for one more page or chunk in a table: by half its count, at least 4, in multiples of 4.
+ *
+ * @param[in,out] group  the address of the pool's `chunk_used` or `free_used`: the first of the four fields
+ *                       of that table
+ * @failure the table is unchanged if memory runs out
+ * @invalidates nothing
+ * @cost O(slots of the table)
+ * @level low
+ */
 MUB_API void mub_pool_expand(int64_t *group);
 
-/* mub_pool_from_empty: pop the block released last off the free stack. `live_count` stays: mub_pool_new counts.
- * Returns the block; NULL when the stack is empty. */
+/**
+ * Pops the block released last off the free stack.
+ *
+ * `live_count` is unchanged; mub_pool_new() is the one that counts.
+ *
+ * @param[in,out] pool  the pool
+ * @return the block
+ * @failure NULL if the stack is empty
+ * @owner the block belongs to the caller until it is returned or the pool is emptied
+ * @invalidates nothing
+ * @level low
+ */
 MUB_API void *mub_pool_from_empty(mub_pool *pool);
 
-/* mub_pool_swap: exchange two pools, blocks and all. Blocks keep their addresses. */
+/**
+ * Exchanges two pools.
+ *
+ * Blocks keep their addresses.
+ *
+ * @param[in,out] a  one pool
+ * @param[in,out] b  the other pool
+ * @owner the blocks of one pool now belong to the other
+ * @invalidates chunk maps and iterators of both pools
+ */
 MUB_API void mub_pool_swap(mub_pool *a, mub_pool *b);
 
-/* mub_pool_map: the chunk map: the chunks in use by ascending address, for mub_pool_get_addr.
- * Returns a heap array of `chunk_count` elements, to be released with mub_pool_umap; NULL when the pool has no chunk
- * table or memory ran out. Valid until the pool takes another chunk or is emptied. */
+/**
+ * Builds a chunk map: the chunks in use by ascending address, for mub_pool_get_addr().
+ *
+ * @param[in] pool  the pool
+ * @return a heap array of `chunk_count` elements, valid until the pool takes another chunk or is emptied
+ * @failure NULL if the pool has no chunk table or memory ran out
+ * @owner the map is the caller's; release it with mub_pool_umap()
+ * @cost O(chunks log chunks)
+ */
 MUB_API mub_pool_chunk *mub_pool_map(const mub_pool *pool);
 
-/* mub_pool_umap: release a chunk map.
- *   map   from mub_pool_map; NULL is ignored */
+/**
+ * Releases a chunk map.
+ *
+ * @param[in,out] map  a map from mub_pool_map(); NULL is ignored
+ * @owner the chunk map is released
+ * @invalidates the map
+ * @nullable map
+ */
 MUB_API void mub_pool_umap(mub_pool_chunk *map);
 
-/* mub_pool_get_addr: translate an address into a chunk and an offset, which are the same in a clone of the pool.
- *   map      the chunk map of `pool`; NULL finds nothing
- *   block    any address in a chunk; the end of the chunk is not tested
- *   offset   receives the distance in bytes from the chunk's base; unchanged when nothing is found
- * Returns the index in the chunk table; -1 when the address is NULL or below every chunk. Cost: O(log chunks). */
+/**
+ * Translates an address into a chunk and an offset, which are the same in a clone of the pool.
+ *
+ * @param[in] pool     the pool
+ * @param[in] map      the chunk map of `pool`; NULL finds nothing
+ * @param[in] block    any address in a chunk; the end of the chunk is not checked; NULL is not found
+ * @param[out] offset  receives the distance in bytes from the start of the chunk; unchanged if nothing is
+ *                     found
+ * @return the index in the chunk table
+ * @failure -1 if the address is NULL or below every chunk
+ * @cost O(log chunks)
+ * @nullable map, block
+ */
 MUB_API int mub_pool_get_addr(const mub_pool *pool, const mub_pool_chunk *map, const void *block,
                               int64_t *offset);
 
-/* mub_pool_set_addr: translate a chunk and an offset back into an address.
- *   chunk    an index in the chunk table, not tested against its end; negative: none
- *   offset   bytes from the chunk's base
- * Returns the address; NULL for a negative index. */
+/**
+ * Translates a chunk and an offset back into an address.
+ *
+ * @param[in] pool    the pool
+ * @param[in] chunk   an index in the chunk table, not checked against its end; negative: none
+ * @param[in] offset  bytes from the start of the chunk
+ * @return the address
+ * @failure NULL for a negative index
+ * @owner the address lies in a block of the pool, valid until that is returned or the pool is emptied
+ */
 MUB_API void *mub_pool_set_addr(const mub_pool *pool, int chunk, int64_t offset);
 
-/* mub_pool_clone: copy a pool, chunk by chunk and byte for byte, its free stack translated. Addresses that the
- * blocks hold are copied as they are: translate them afterwards.
- *   source        unchanged
- *   map           the chunk map of `source`; without it (NULL) the copy's free stack holds no blocks
- *   destination   emptied first; stays empty when memory runs out
- * Cost: one allocation and one copy a chunk. */
+/**
+ * Copies a pool, chunk by chunk and byte for byte, and translates its free stack.
+ *
+ * Addresses stored in the blocks are copied as they are: translate them afterwards.
+ *
+ * @param[in] source           the pool to copy; it does not change
+ * @param[in] map              the chunk map of `source`; with NULL, the copy's free stack holds no blocks
+ * @param[in,out] destination  an initialised pool, which is emptied first
+ * @failure the destination is empty if memory runs out
+ * @owner the copies of the chunks belong to the destination
+ * @invalidates all blocks of the destination
+ * @cost one allocation and one copy per chunk
+ * @nullable map
+ */
 MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, mub_pool *destination);
 
-/* mub_pool_compare: the qsort comparer of chunk maps: by base address.
- *   a, b   addresses of two mub_pool_chunk
- * Returns -1, 0 or 1. */
+/**
+ * Orders two elements of a chunk map by address, for qsort.
+ *
+ * @param[in] a  the address of a mub_pool_chunk
+ * @param[in] b  the address of another
+ * @return -1, 0 or 1
+ * @level low
+ */
 MUB_API int mub_pool_compare(const void *a, const void *b);
 
-/* mub_pool_sort: sort a chunk map by base address.
- *   count   elements; below 1 does nothing */
+/**
+ * Sorts a chunk map by address.
+ *
+ * @param[in,out] map  the map
+ * @param[in] count    elements; below 1 does nothing
+ * @invalidates nothing
+ * @cost O(count log count)
+ * @bounds map[count]
+ * @level low
+ */
 MUB_API void mub_pool_sort(mub_pool_chunk *map, int64_t count);
 
-/* mub_pool_bfind: find the chunk with the greatest base at or below an address.
- *   map     sorted, `count` elements
- * Only the low 32 bits of the distances are compared: exact while the chunks and the address lie within 2 GiB of
- * one another. mub_pool_get_addr has no such limit.
- * Returns the position in the map; -1 when there is none. Cost: O(log count). */
+/**
+ * Finds the chunk with the greatest address at or below an address.
+ *
+ * Only the low 32 bits of the distances are compared, which is exact while the chunks and the address lie
+ * within 2 GiB of each other. mub_pool_get_addr() has no such limit.
+ *
+ * @param[in] map      a sorted map
+ * @param[in] count    its elements
+ * @param[in] address  the address to look for, NULL included
+ * @return the position in the map
+ * @failure -1 if there is none
+ * @cost O(log count)
+ * @bounds map[count]
+ * @nullable address
+ * @level low
+ */
 MUB_API int mub_pool_bfind(const mub_pool_chunk *map, int64_t count, const void *address);
 
-/* mub_pool_empty_compare: the qsort and bsearch comparer of free blocks: by address.
- *   a, b   addresses of two block addresses
- * Returns -1, 0 or 1. */
+/**
+ * Orders two free blocks by address, for qsort and bsearch.
+ *
+ * @param[in] a  the address of a block address
+ * @param[in] b  the address of another
+ * @return -1, 0 or 1
+ * @level low
+ */
 MUB_API int mub_pool_empty_compare(const void *a, const void *b);
 
-/* mub_pool_empty_sort: sort block addresses.
- *   count   elements; below 1 does nothing */
+/**
+ * Sorts block addresses.
+ *
+ * @param[in,out] blocks  the addresses
+ * @param[in] count       how many there are; below 1 does nothing
+ * @invalidates nothing
+ * @cost O(count log count)
+ * @bounds blocks[count]
+ * @level low
+ */
 MUB_API void mub_pool_empty_sort(void **blocks, int64_t count);
 
-/* mub_pool_empty_find: tell whether a block is among sorted block addresses.
- *   blocks   sorted, `count` elements; NULL holds nothing
- * Returns 1 when it is, else 0. Cost: O(log count). */
+/**
+ * Checks whether a block is among sorted block addresses.
+ *
+ * @param[in] blocks  the sorted addresses; NULL holds none
+ * @param[in] count   how many there are
+ * @param[in] block   the block to look for; NULL is not found
+ * @return 1 if it is, else 0
+ * @cost O(log count)
+ * @bounds blocks[count]
+ * @nullable blocks, block
+ * @level low
+ */
 MUB_API int mub_pool_empty_find(void *const *blocks, int64_t count, const void *block);
 
-/* mub_pool_empty_array: copy the addresses on the free stack and sort them.
- *   out   room for (free_count - 1) * blocks_per_chunk + free_used addresses */
+/**
+ * Copies the addresses on the free stack and sorts them.
+ *
+ * @param[in] pool  the pool
+ * @param[out] out  room for `(free_count - 1) * blocks_per_chunk + free_used` addresses
+ * @invalidates nothing
+ * @cost O(addresses log addresses)
+ * @level low
+ */
 MUB_API void mub_pool_empty_array(const mub_pool *pool, void **out);
 
-/* mub_pool_iter_new: prepare a walk over the live blocks. The pool must not change until the walk ends.
- * Returns the iterator, to be released with mub_pool_iter_free; NULL when memory ran out (which the other iterator
- * functions accept as a walk without blocks). Cost: sorts the released blocks. */
+/**
+ * Prepares a walk over the live blocks.
+ *
+ * The pool must not change until the walk ends.
+ *
+ * @param[in,out] pool  the pool
+ * @return the iterator
+ * @failure NULL if memory ran out; the other iterator functions accept it and return no blocks
+ * @owner the iterator is the caller's; release it with mub_pool_iter_free()
+ * @invalidates nothing
+ * @cost O(r log r) for r released blocks
+ * @threads only reads the pool, like a function that takes it as const
+ */
 MUB_API mub_pool_iter *mub_pool_iter_new(mub_pool *pool);
 
-/* mub_pool_iter_free: release an iterator.
- *   iter   NULL is ignored */
+/**
+ * Releases an iterator.
+ *
+ * @param[in,out] iter  the iterator; NULL is ignored
+ * @owner the iterator is released
+ * @invalidates the iterator
+ * @nullable iter
+ */
 MUB_API void mub_pool_iter_free(mub_pool_iter *iter);
 
-/* mub_pool_iter_first: start the walk, or start it again.
- * Returns the first live block, NULL when there is none. */
+/**
+ * Starts the walk, or starts it again.
+ *
+ * @param[in,out] iter  the iterator, from mub_pool_iter_new(); NULL walks over no blocks
+ * @return the first live block
+ * @failure NULL if there is none
+ * @owner the block stays its user's
+ * @invalidates nothing
+ * @cost O(log r) for each block passed over, of r released blocks
+ * @nullable iter
+ */
 MUB_API void *mub_pool_iter_first(mub_pool_iter *iter);
 
-/* mub_pool_iter_next: step to the next live block: chunk by chunk, in ascending order within each.
- * Returns the block; NULL at the end. Cost: O(log released blocks). */
+/**
+ * Steps to the next live block: chunk by chunk, in ascending order within each.
+ *
+ * @param[in,out] iter  the iterator, from mub_pool_iter_new(); NULL walks over no blocks
+ * @return the block
+ * @failure NULL at the end
+ * @owner the block stays its user's
+ * @invalidates nothing
+ * @cost O(log r) for each block passed over, of r released blocks
+ * @nullable iter
+ */
 MUB_API void *mub_pool_iter_next(mub_pool_iter *iter);
+
+/** @} */
 
 #ifdef __cplusplus
 }

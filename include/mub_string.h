@@ -1,49 +1,39 @@
-/* mub_string.h: a growable string of bytes, and a view that moves over a text without copying it.
+/**
+ * @defgroup string_h mub_string.h: strings
  *
- *   data ──► [ content ........ | 0 | spare ... ]      capacity + 1 bytes
- *              0                  length
+ * A growable string of bytes, and a view of a text that is not copied.
  *
- * The content is followed by a NUL, so that `data` can be handed to whatever takes a NUL-terminated text; its length
- * is kept beside it, so that the content may hold NULs. A string whose `data` is NULL is empty, and every function
- * accepts it.
+ *     data ──► [ content ........ | 0 | spare ... ]      capacity + 1 bytes
+ *                0                  length
  *
- * Texts are given with a count of bytes; a negative one means that the text ends at its NUL. A text may lie in the
- * string that it goes into. Whatever makes a string grow invalidates pointers into it. Growth is by half the length,
- * at least 8 bytes and at most 8 MiB, and rounded up so that the block, terminator included, is a multiple of 8;
- * appending is O(1) amortised. Past 2^31 - 1 bytes a buffer takes what is asked for and no more: expand such a string
- * first, or every few appends copy it. Functions that return nothing leave the string as it was when memory runs out.
+ * The content is followed by a NUL, so that `data` can be passed to whatever takes a NUL-terminated text; its
+ * length is kept beside it, so that the content may hold NULs. A string whose `data` is NULL is empty, and
+ * every function accepts it.
+ *
+ * Texts are given with a count of bytes; a negative one means that the text ends at its NUL. A text may lie
+ * in the string that it goes into. Whatever makes a string grow invalidates pointers into it. Growth is by
+ * half the length, at least 8 bytes and at most 8 MiB, and rounded up so that the block, terminator included,
+ * is a multiple of 8; appending is O(1) amortised. Past 2^31 - 1 bytes a buffer takes what is asked for and
+ * no more: expand such a string first, or every few appends copy it. Functions that return nothing leave the
+ * string as it was if memory runs out.
  *
  * White space is tab, line feed, carriage return and space.
  *
- * Parameters, where a function does not say otherwise:
- *   string            the string
- *   view              the view
- *   a, b              the two strings, or the two views
- *   capacity          bytes
- *   length            bytes
- *   text              the text; may lie in the string
- *   count             bytes; of a text, negative: up to its NUL
- *   old_count         bytes to replace
- *   character         its low 8 bits
- *   from, to          the bytes, of which the low 8 bits count
- *   value             the number to write
- *   position, index   counted from 0
- *   start             where the search, or the part, begins: counted from 0
- *   offset            bytes from the start of the span
- *   source            the string to copy; stays as it is
- *   destination       an initialised string, whose content is replaced
- *   other             the view to take over
- *   out               an initialised string or view, whose content is replaced
+ * What the everyday operations return:
  *
- * Failure, where a function does not say otherwise:
- *   memory   without memory the string stays as it was
+ * | operation                                  | found, done           | not found, refused | out of memory |
+ * | ------------------------------------------ | --------------------- | ------------------ | ------------- |
+ * | `_copy`, `_clone`                          | 1                     |                    | 0, unchanged  |
+ * | `_append…`, `_copy_…`, `_format`, `_match` |                       |                    | unchanged     |
+ * | `_insert`, `_update`                       | 1                     | 0, unchanged       | 0, unchanged  |
+ * | `_replace`                                 | how many              | 0                  | 0, unchanged  |
+ * | `_find…`, `_reverse_find`                  | the index             | -1                 |               |
+ * | `_get_at`                                  | the byte, signed      | -1                 |               |
+ * | `_get_long`, `_get_double`                 | the number            | 0, 0.0             |               |
+ * | `_trim`                                    | 1 if anything changed | 0                  |               |
  *
- * Ownership, where a function does not say otherwise:
- *   _term                      the buffer is released
- *   _swap                      the buffer of one string is the other's
- *   _replace, _match           the texts are copied
- *   text                       copied, or only read: the address is not kept
- *   source, destination, out   the bytes are copied */
+ * @{
+ */
 #ifndef MUB_STRING_H
 #define MUB_STRING_H
 
@@ -54,335 +44,1044 @@
 extern "C" {
 #endif
 
+/**
+ * @defgroup string mub_string: a growable string with its length kept and a NUL after it
+ *
+ * A growable string of bytes.
+ *
+ * @{
+ */
+
+/** A growable string of bytes, with a NUL after its content. */
 typedef struct mub_string {
-  char *data;       /* capacity + 1 bytes, or NULL while nothing was ever allocated; data[length] is 0 */
-  int64_t length;   /* bytes of content, at most capacity */
-  int64_t capacity; /* bytes of content that fit */
+  /** `capacity + 1` bytes, or NULL while nothing was ever allocated; `data[length]` is 0 */
+  char *data;
+  /** bytes of content, at most capacity */
+  int64_t length;
+  /** bytes of content that fit */
+  int64_t capacity;
 } mub_string;
 
-/* mub_string_init: make an empty string; allocates nothing. */
+/**
+ * Makes the record an empty string; nothing is allocated.
+ *
+ * @param[out] string  the string
+ * @owner the record is the caller's
+ * @invalidates nothing
+ */
 MUB_API void mub_string_init(mub_string *string);
 
-/* mub_string_term: release the buffer and make the string empty. */
+/**
+ * Releases the buffer and makes the string empty.
+ *
+ * @param[in,out] string  the string
+ * @owner the buffer is released
+ * @invalidates pointers into the buffer
+ */
 MUB_API void mub_string_term(mub_string *string);
 
-/* mub_string_is_empty: whether there is no content. */
+/**
+ * Checks whether there is no content.
+ *
+ * @param[in] string  the string
+ * @return 1 if the string is empty, else 0
+ */
 MUB_API int mub_string_is_empty(const mub_string *string);
 
-/* mub_string_expand: make room for `capacity` bytes of content; the content stays.
- * Returns 1; 0 when memory ran out. */
+/**
+ * Makes room for `capacity` bytes of content.
+ *
+ * The content is unchanged.
+ *
+ * @param[in,out] string  the string
+ * @param[in] capacity    bytes wanted
+ * @return 1 if there is room
+ * @failure 0 if memory ran out
+ * @invalidates pointers into the buffer, if it grows
+ * @cost O(length) if it grows
+ */
 MUB_API int mub_string_expand(mub_string *string, int64_t capacity);
 
-/* mub_string_shrink: set the length to `length`, or to the capacity when that is less, and write the terminator. A
- * length above the current one exposes what lies there. A negative one does nothing, nor does a string without a
- * buffer. */
+/**
+ * Sets the length to `length`, or to the capacity if that is less, and writes the terminator.
+ *
+ * A length above the current one exposes what lies there. Does nothing for a negative length, or for a string
+ * without a buffer.
+ *
+ * @param[in,out] string  the string
+ * @param[in] length      the new length in bytes
+ * @invalidates nothing
+ */
 MUB_API void mub_string_shrink(mub_string *string, int64_t length);
 
-/* mub_string_zero: fill `count` bytes from `position` with 0, anywhere within the capacity; a range that does not
- * lie in it is left alone. The length stays. */
+/**
+ * Fills a range with 0, anywhere within the capacity.
+ *
+ * Does nothing unless the whole range lies there. The length is unchanged.
+ *
+ * @param[in,out] string  the string
+ * @param[in] position    a position, counted from 0
+ * @param[in] count       bytes to fill
+ * @invalidates nothing
+ * @cost O(count)
+ */
 MUB_API void mub_string_zero(mub_string *string, int64_t position, int64_t count);
 
-/* mub_string_swap: exchange two strings, buffers and all. */
+/**
+ * Exchanges two strings with their buffers.
+ *
+ * @param[in,out] a  one string
+ * @param[in,out] b  the other string
+ * @owner the buffer of one string now belongs to the other
+ * @invalidates nothing
+ */
 MUB_API void mub_string_swap(mub_string *a, mub_string *b);
 
-/* mub_string_clone: make `destination` a copy of `source`, with room for at least the capacity of the source.
- * Returns 1; 0 when memory ran out, the destination unchanged. */
+/**
+ * Makes the destination a copy of the source, with room for at least the capacity of the source.
+ *
+ * @param[in] source           the string to copy; it does not change
+ * @param[in,out] destination  an initialised string, whose content is replaced
+ * @return 1
+ * @failure 0 if memory ran out; the destination is unchanged
+ * @owner the bytes are copied
+ * @invalidates pointers into the buffer of the destination
+ * @cost O(length)
+ */
 MUB_API int mub_string_clone(const mub_string *source, mub_string *destination);
 
-/* mub_string_copy: make `count` bytes of `text` the whole content; NULL empties the string.
- * Returns 1; 0 when memory ran out, the string unchanged. */
+/**
+ * Makes a text the whole content.
+ *
+ * @param[in,out] string  the string
+ * @param[in] text        the text; may lie in the string itself; NULL empties the string
+ * @param[in] count       bytes of the text; negative: up to its NUL
+ * @return 1
+ * @failure 0 if memory ran out; the string is unchanged
+ * @owner the text is copied
+ * @invalidates pointers into the buffer
+ * @cost O(count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int mub_string_copy(mub_string *string, const char *text, int64_t count);
 
-/* mub_string_copy_char: make the low 8 bits of `character` the whole content; 0 empties the string. */
+/**
+ * Makes a byte the whole content; 0 empties the string.
+ *
+ * @param[in,out] string  the string
+ * @param[in] character   the byte; its low 8 bits are used
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ */
 MUB_API void mub_string_copy_char(mub_string *string, int character);
 
-/* mub_string_copy_integer: make the decimal digits of `value` the whole content. */
+/**
+ * Makes the decimal digits of a number the whole content.
+ *
+ * @param[in,out] string  the string
+ * @param[in] value       the number to write
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ */
 MUB_API void mub_string_copy_integer(mub_string *string, int64_t value);
 
-/* mub_string_copy_long: the same as mub_string_copy_integer. */
+/**
+ * Makes the decimal digits of a number the whole content.
+ *
+ * The same as mub_string_copy_integer().
+ *
+ * @param[in,out] string  the string
+ * @param[in] value       the number to write
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ */
 MUB_API void mub_string_copy_long(mub_string *string, int64_t value);
 
-/* mub_string_copy_float: make `value`, printed with printf's %f, the whole content. */
+/**
+ * Makes a number, printed with printf's `%f`, the whole content.
+ *
+ * @param[in,out] string  the string
+ * @param[in] value       the number to write
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ */
 MUB_API void mub_string_copy_float(mub_string *string, float value);
 
-/* mub_string_copy_double: the same for a double; the longest takes 317 bytes. */
+/**
+ * Makes a number, printed with printf's `%f`, the whole content.
+ *
+ * The longest takes 317 bytes.
+ *
+ * @param[in,out] string  the string
+ * @param[in] value       the number to write
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ */
 MUB_API void mub_string_copy_double(mub_string *string, double value);
 
-/* mub_string_append: put `count` bytes of `text` behind the content; NULL does nothing. */
+/**
+ * Appends a text to the content.
+ *
+ * @param[in,out] string  the string
+ * @param[in] text        the text; may lie in the string itself; NULL appends nothing
+ * @param[in] count       bytes of the text; negative: up to its NUL
+ * @failure the string is unchanged if memory runs out
+ * @owner the text is copied
+ * @invalidates pointers into the buffer
+ * @cost O(count) amortised
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API void mub_string_append(mub_string *string, const char *text, int64_t count);
 
-/* mub_string_append_char: put the low 8 bits of `character` behind the content; 0 is appended like any other. */
+/**
+ * Appends a byte to the content; 0 is appended like any other.
+ *
+ * @param[in,out] string  the string
+ * @param[in] character   the byte; its low 8 bits are used
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ * @cost O(1) amortised
+ */
 MUB_API void mub_string_append_char(mub_string *string, int character);
 
-/* mub_string_append_integer: put the decimal digits of `value` behind the content. */
+/**
+ * Appends the decimal digits of a number to the content.
+ *
+ * @param[in,out] string  the string
+ * @param[in] value       the number to write
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ * @cost O(1) amortised
+ */
 MUB_API void mub_string_append_integer(mub_string *string, int64_t value);
 
-/* mub_string_append_long: the same as mub_string_append_integer. */
+/**
+ * Appends the decimal digits of a number to the content.
+ *
+ * The same as mub_string_append_integer().
+ *
+ * @param[in,out] string  the string
+ * @param[in] value       the number to write
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ * @cost O(1) amortised
+ */
 MUB_API void mub_string_append_long(mub_string *string, int64_t value);
 
-/* mub_string_append_float: put `value`, printed with printf's %f, behind the content. */
+/**
+ * Appends a number, printed with printf's `%f`, to the content.
+ *
+ * @param[in,out] string  the string
+ * @param[in] value       the number to write
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ * @cost O(1) amortised
+ */
 MUB_API void mub_string_append_float(mub_string *string, float value);
 
-/* mub_string_append_double: the same for a double. */
+/**
+ * Appends a number, printed with printf's `%f`, to the content.
+ *
+ * @param[in,out] string  the string
+ * @param[in] value       the number to write
+ * @failure the string is unchanged if memory runs out
+ * @invalidates pointers into the buffer
+ * @cost O(1) amortised
+ */
 MUB_API void mub_string_append_double(mub_string *string, double value);
 
-/* mub_string_get_integer: the content read by strtol in base 10 and cut to 32 bits.
- *   otherwise   the result for an empty string */
+/**
+ * Reads the content as strtol does in base 10.
+ *
+ * @param[in] string     the string
+ * @param[in] otherwise  the result for an empty string
+ * @return the number, cut to 32 bits
+ * @cost O(digits)
+ */
 MUB_API int64_t mub_string_get_integer(const mub_string *string, int64_t otherwise);
 
-/* mub_string_get_long: the integer that the content begins with: an optional '-' and digits, no white space and no
- * '+'. It wraps around at 64 bits; 0 when there are no digits.
- *   otherwise   the result for an empty string */
+/**
+ * Reads the integer that the content begins with: an optional '-' and digits, without white space or '+'.
+ *
+ * It wraps around at 64 bits.
+ *
+ * @param[in] string     the string
+ * @param[in] otherwise  the result for an empty string
+ * @return the number; `otherwise` for an empty string
+ * @failure 0 if the content does not begin with one
+ * @cost O(digits)
+ */
 MUB_API int64_t mub_string_get_long(const mub_string *string, int64_t otherwise);
 
-/* mub_string_get_float: the content read by strtod, narrowed.
- *   otherwise   the result for an empty string */
+/**
+ * Reads the content as strtod does.
+ *
+ * @param[in] string     the string
+ * @param[in] otherwise  the result for an empty string
+ * @return the number, narrowed to float
+ * @cost O(digits)
+ */
 MUB_API float mub_string_get_float(const mub_string *string, float otherwise);
 
-/* mub_string_get_double: the decimal number that the content begins with: an optional '-', digits, and optionally a
- * point and more digits; no white space, '+' or exponent, and no locale. 0.0 when it begins with none.
- * A digit before the point makes the value value * 10.0 + (its character code - 48.0); the k-th digit behind the
- * point adds the digit divided by 10.0 k times over. Both round at every step.
- *   otherwise   the result for an empty string */
+/**
+ * Reads the decimal number that the content begins with: an optional '-', digits, and optionally a point and
+ * more digits, without white space, '+' or exponent, whatever the locale.
+ *
+ * A digit before the point makes the value `value * 10.0 + (character code - 48.0)`; the k-th digit after the
+ * point adds the digit divided by 10.0 k times in turn. Both round at every step.
+ *
+ * @param[in] string     the string
+ * @param[in] otherwise  the result for an empty string
+ * @return the number; `otherwise` for an empty string
+ * @failure 0.0 if the content does not begin with one
+ * @cost O(digits)
+ */
 MUB_API double mub_string_get_double(const mub_string *string, double otherwise);
 
-/* mub_string_get_at: the byte at `index`, as a signed char; -1 outside the capacity (not the length: the terminator
- * and the bytes behind it can be read). */
+/**
+ * Reads the byte at `index`.
+ *
+ * The terminator and the spare bytes can be read too.
+ *
+ * @param[in] string  the string
+ * @param[in] index   a position, counted from 0
+ * @return the byte, as a signed char
+ * @failure -1 unless `0 <= index < capacity`
+ */
 MUB_API int mub_string_get_at(const mub_string *string, int64_t index);
 
-/* mub_string_set_at: store a byte at `index` when that lies within the capacity; the length stays. */
+/**
+ * Stores a byte at `index` if that lies within the capacity.
+ *
+ * The length is unchanged.
+ *
+ * @param[in,out] string  the string
+ * @param[in] index       a position, counted from 0
+ * @param[in] character   the byte; its low 8 bits are used
+ * @invalidates nothing
+ */
 MUB_API void mub_string_set_at(mub_string *string, int64_t index, int character);
 
-/* mub_string_make_lower: pass every byte of the content through the runtime's tolower. */
+/**
+ * Passes every byte of the content through the runtime's tolower.
+ *
+ * @param[in,out] string  the string
+ * @invalidates nothing
+ * @cost O(length)
+ */
 MUB_API void mub_string_make_lower(mub_string *string);
 
-/* mub_string_make_upper: pass every byte of the content through the runtime's toupper. */
+/**
+ * Passes every byte of the content through the runtime's toupper.
+ *
+ * @param[in,out] string  the string
+ * @invalidates nothing
+ * @cost O(length)
+ */
 MUB_API void mub_string_make_upper(mub_string *string);
 
-/* mub_string_compare: order the content against a text as mub_mem_cmp does. NULL and a count of 0 sort before every
- * content (1); empty content sorts before every text that is not empty (-1). */
+/**
+ * Orders the content against a text, as mub_mem_cmp() does.
+ *
+ * NULL and a count of 0 sort before every content (result 1); empty content sorts before every text that is
+ * not empty (result -1).
+ *
+ * @param[in] string  the string
+ * @param[in] text    the text to compare with; NULL has no content
+ * @param[in] count   bytes of the text; negative: up to its NUL
+ * @return a negative number, 0 or a positive one
+ * @cost O(count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int mub_string_compare(const mub_string *string, const char *text, int64_t count);
 
-/* mub_string_icompare: as mub_string_compare, without regard to letter case, as mub_mem_icmp does. */
+/**
+ * Orders the content against a text, without regard to case, as mub_mem_icmp() does.
+ *
+ * NULL and a count of 0 sort before every content (result 1); empty content sorts before every text that is
+ * not empty (result -1).
+ *
+ * @param[in] string  the string
+ * @param[in] text    the text to compare with; NULL has no content
+ * @param[in] count   bytes of the text; negative: up to its NUL
+ * @return a negative number, 0 or a positive one
+ * @cost O(count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int mub_string_icompare(const mub_string *string, const char *text, int64_t count);
 
-/* mub_string_find_char: the index of the first `character` (its low 8 bits), or -1. 0 is never found. */
+/**
+ * Finds the first occurrence of a byte.
+ *
+ * 0 is never found.
+ *
+ * @param[in] string     the string
+ * @param[in] character  the byte; its low 8 bits are used
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(length)
+ */
 MUB_API int64_t mub_string_find_char(const mub_string *string, int character);
 
-/* mub_string_find_char_pos: the same at or behind index `start`; -1 when `start` lies outside the content. */
+/**
+ * Finds the first occurrence of a byte at or after index `start`.
+ *
+ * 0 is never found.
+ *
+ * @param[in] string     the string
+ * @param[in] character  the byte; its low 8 bits are used
+ * @param[in] start      where to begin, counted from 0
+ * @return its index
+ * @failure -1 if there is none, or if `start` lies outside the content
+ * @cost O(length)
+ */
 MUB_API int64_t mub_string_find_char_pos(const mub_string *string, int character, int64_t start);
 
-/* mub_string_reverse_find: the index of the last `character` (its low 8 bits), or -1. 0 is never found. */
+/**
+ * Finds the last occurrence of a byte.
+ *
+ * 0 is never found.
+ *
+ * @param[in] string     the string
+ * @param[in] character  the byte; its low 8 bits are used
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(length)
+ */
 MUB_API int64_t mub_string_reverse_find(const mub_string *string, int character);
 
-/* mub_string_find: the index of the first occurrence of `text`, or -1, also in an empty string.
- *   count   not negative: as mub_mem_str, so that 0 looks for the first byte of the text;
- *           negative: as strstr, so that an empty text is found at once and the search ends at the first NUL */
+/**
+ * Finds the first occurrence of a text.
+ *
+ * @param[in] string  the string
+ * @param[in] text    the text to find; NULL is not found
+ * @param[in] count   bytes of the text, as in mub_mem_str(), so that 0 looks for the first byte of the text;
+ *                    negative: as strstr, so that an empty text is found at once and the search ends at the
+ *                    first NUL
+ * @return its index
+ * @failure -1 if there is none, also in an empty string
+ * @cost O(length + count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int64_t mub_string_find(const mub_string *string, const char *text, int64_t count);
 
-/* mub_string_find_pos: the same at or behind index `start`; -1 when `start` lies outside the content. */
+/**
+ * Finds the first occurrence of a text at or after index `start`.
+ *
+ * @param[in] string  the string
+ * @param[in] text    the text to find; NULL is not found
+ * @param[in] count   bytes of the text, as in mub_mem_str(), so that 0 looks for the first byte of the text;
+ *                    negative: as strstr, so that an empty text is found at once and the search ends at the
+ *                    first NUL
+ * @param[in] start   where to begin, counted from 0
+ * @return its index
+ * @failure -1 if there is none, or if `start` lies outside the content
+ * @cost O(length + count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int64_t mub_string_find_pos(const mub_string *string, const char *text, int64_t count, int64_t start);
 
-/* mub_string_trim: remove white space at both ends of the content, NULs at its back too. Content with a NUL among
- * its leading white space is removed whole.
- * Returns 1 when anything was removed, else 0. */
+/**
+ * Removes white space at both ends of the content, and NULs at its end.
+ *
+ * If there is a NUL among the leading white space, the whole content is removed.
+ *
+ * @param[in,out] string  the string
+ * @return 1 if anything was removed, else 0
+ * @invalidates nothing
+ * @cost O(length)
+ */
 MUB_API int mub_string_trim(mub_string *string);
 
-/* mub_string_replace_char: make every byte `from` of the content a `to` (their low 8 bits).
- * Returns how many there were. */
+/**
+ * Replaces every byte `from` of the content by `to`.
+ *
+ * @param[in,out] string  the string
+ * @param[in] from        the byte to replace; its low 8 bits are used
+ * @param[in] to          the new byte; its low 8 bits are used
+ * @return how many there were
+ * @invalidates nothing
+ * @cost O(length)
+ */
 MUB_API int64_t mub_string_replace_char(mub_string *string, int from, int to);
 
-/* mub_string_replace: replace every occurrence of the NUL-terminated text `from` by `to`, left to right; occurrences
- * do not overlap, and the search ends at the first NUL of the content. The content moves to a fresh buffer even when
- * there is none.
- *   from   NULL and the empty text leave the string unchanged
- *   to     NULL deletes
- * Returns how many there were; 0 when memory ran out, the string unchanged. */
+/**
+ * Replaces every occurrence of a text by another, left to right.
+ *
+ * Occurrences do not overlap, and the search ends at the first NUL of the content. The content moves to a
+ * fresh buffer even if there is no occurrence.
+ *
+ * @param[in,out] string  the string
+ * @param[in] from        the text to replace, ending with a NUL; NULL and the empty text leave the string
+ *                        unchanged
+ * @param[in] to          the new text, ending with a NUL; NULL deletes
+ * @return how many there were
+ * @failure 0 if memory ran out; the string is unchanged
+ * @owner both texts are copied
+ * @invalidates pointers into the buffer
+ * @cost O(length)
+ * @nullable from, to
+ */
 MUB_API int64_t mub_string_replace(mub_string *string, const char *from, const char *to);
 
-/* mub_string_match: replace the first occurrence of the NUL-terminated text `marker` by the first of the texts that
- * follow, the second by the second, and so on, until either run out; otherwise as mub_string_replace.
- *   marker   NULL and the empty text leave the string unchanged
- *   ...      const char *: NUL-terminated texts, and a null pointer behind the last; they may hold the marker and may
- *            lie in the string
- * Out of memory the string stays unchanged. */
+/**
+ * Replaces the first occurrence of a marker by the first of the texts that follow, the second by the second,
+ * and so on, until either run out.
+ *
+ * Otherwise as mub_string_replace().
+ *
+ * @param[in,out] string  the string
+ * @param[in] marker      the text to replace, ending with a NUL; NULL and the empty text leave the string
+ *                        unchanged
+ * @param ...             texts of type `const char *` that end with a NUL, then a null pointer; they may
+ *                        contain the marker and may lie in the string
+ * @failure the string is unchanged if memory runs out
+ * @owner the texts are copied
+ * @invalidates pointers into the buffer
+ * @cost O(length)
+ * @nullable marker
+ */
 MUB_API void mub_string_match(mub_string *string, const char *marker, ...);
 
-/* mub_string_format: make what printf prints the whole content; the content moves to a fresh buffer.
- *   format   empty: empties the string
- *   ...      as printf takes them; texts among them may lie in the string
- * The buffer is made for the length of the format, that of each text given to a plain `%s`, and 32 for each other
- * percent sign but one at the very end, and grown once more when the print is longer: so long texts given to
- * conversions with a width, flags or a precision are printed twice. NULL and texts behind a positional or unknown
- * conversion count as 32 too.
- * The string stays unchanged when memory runs out or printf fails. */
+/**
+ * Makes what printf prints the whole content, in a fresh buffer.
+ *
+ * The buffer is sized for the length of the format, the length of each text given to a plain `%s`, and 32
+ * bytes for each other percent sign except one at the very end, and it grows once more if the output is
+ * longer: so long texts given to conversions with a width, flags or a precision are printed twice. NULL, and
+ * texts for a positional or unknown conversion, count as 32 too.
+ *
+ * @param[in,out] string  the string
+ * @param[in] format      a printf format; an empty one empties the string
+ * @param ...             the arguments, as printf takes them; texts among them may lie in the string
+ * @failure the string is unchanged if memory runs out or printf fails
+ * @owner the texts are copied
+ * @invalidates pointers into the buffer
+ * @cost O(bytes printed)
+ */
 MUB_API void mub_string_format(mub_string *string, const char *format, ...) MUB_PRINTF(2, 3);
 
-/* mub_string_insert: put `count` bytes of `text` before `position`.
- * Returns 1; 0, nothing changed, when the position lies outside the content, there is nothing to insert or memory ran
- * out. */
+/**
+ * Inserts a text before `position`.
+ *
+ * @param[in,out] string  the string
+ * @param[in] position    a position, counted from 0
+ * @param[in] text        the text; may lie in the string itself; NULL inserts nothing
+ * @param[in] count       bytes of the text; negative: up to its NUL
+ * @return 1 if inserted
+ * @failure 0, and nothing changes, if the position lies outside the content, there is nothing to insert or
+ *   memory ran out
+ * @owner the text is copied
+ * @invalidates pointers into the buffer
+ * @cost O(length + count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int mub_string_insert(mub_string *string, int64_t position, const char *text, int64_t count);
 
-/* mub_string_update: replace `old_count` bytes at `position`, or as many as there are, by `count` bytes of `text`.
- *   text   NULL with a count of 0 deletes
- * Returns 1; 0, nothing changed, when the position lies outside the content, `old_count` is negative, the text is NULL
- * with another count than 0, or memory ran out. */
+/**
+ * Replaces a range by a text.
+ *
+ * @param[in,out] string  the string
+ * @param[in] position    a position, counted from 0
+ * @param[in] old_count   bytes to replace, or as many as there are
+ * @param[in] text        the text; NULL with a count of 0 deletes
+ * @param[in] count       bytes of the text; negative: up to its NUL
+ * @return 1 if replaced
+ * @failure 0, and nothing changes, if the position lies outside the content, `old_count` is negative, the
+ *   text is NULL with a count other than 0, or memory ran out
+ * @owner the text is copied
+ * @invalidates pointers into the buffer
+ * @cost O(length + count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int mub_string_update(mub_string *string, int64_t position, int64_t old_count, const char *text,
                               int64_t count);
 
-/* mub_string_delete: remove `count` bytes at `position`, or as many as there are.
- * A position behind the content sets the length to it as mub_string_shrink does, and so lengthens the content.
- * Negative arguments do nothing. */
+/**
+ * Removes a range.
+ *
+ * A position after the content sets the length to it as mub_string_shrink() does, and so lengthens the
+ * content. Negative arguments do nothing.
+ *
+ * @param[in,out] string  the string
+ * @param[in] position    a position, counted from 0
+ * @param[in] count       bytes to remove, or as many as there are
+ * @invalidates nothing
+ * @cost O(length)
+ */
 MUB_API void mub_string_delete(mub_string *string, int64_t position, int64_t count);
 
-/* mub_string_left: keep the first `count` bytes; a negative count keeps everything. */
+/**
+ * Keeps the first `count` bytes; a negative count keeps everything.
+ *
+ * @param[in,out] string  the string
+ * @param[in] count       bytes to keep
+ * @invalidates nothing
+ */
 MUB_API void mub_string_left(mub_string *string, int64_t count);
 
-/* mub_string_mid: keep `count` bytes from `start`, or as many as there are, none when `start` lies behind the
- * content or the count is below 1; a negative start keeps everything. */
+/**
+ * Keeps `count` bytes from `start`, or as many as there are; none if `start` lies after the content or the
+ * count is below 1.
+ *
+ * A negative start keeps everything.
+ *
+ * @param[in,out] string  the string
+ * @param[in] start       where to begin, counted from 0
+ * @param[in] count       bytes to keep
+ * @failure the string is unchanged if memory runs out
+ * @invalidates nothing
+ * @cost O(count)
+ */
 MUB_API void mub_string_mid(mub_string *string, int64_t start, int64_t count);
 
-/* mub_string_right: keep the last `count` bytes, none when the count is below 1. */
+/**
+ * Keeps the last `count` bytes; none if the count is below 1.
+ *
+ * @param[in,out] string  the string
+ * @param[in] count       bytes to keep
+ * @failure the string is unchanged if memory runs out
+ * @invalidates nothing
+ * @cost O(count)
+ */
 MUB_API void mub_string_right(mub_string *string, int64_t count);
 
-/* mub_string_left_string: make the first `count` bytes of a string, or as many as there are, the content of `out`;
- * with a count below 1 none.
- * Returns 1; 0 when memory ran out, `out` unchanged. */
+/**
+ * Makes the first `count` bytes of a string, or as many as there are, the content of another; with a count
+ * below 1 none.
+ *
+ * @param[in] string   the string
+ * @param[in] count    bytes to copy
+ * @param[in,out] out  an initialised string, whose content is replaced
+ * @return 1
+ * @failure 0 if memory ran out; `out` is unchanged
+ * @owner the bytes are copied
+ * @invalidates pointers into the buffer of `out`
+ * @cost O(count)
+ */
 MUB_API int mub_string_left_string(const mub_string *string, int64_t count, mub_string *out);
 
-/* mub_string_mid_string: the same with `count` bytes from `start`; none when either lies outside the content. */
+/**
+ * Makes `count` bytes from `start`, or as many as there are, the content of another string; none if the count
+ * is below 1 or `start` lies outside the content.
+ *
+ * @param[in] string   the string
+ * @param[in] start    where to begin, counted from 0
+ * @param[in] count    bytes to copy
+ * @param[in,out] out  an initialised string, whose content is replaced
+ * @return 1
+ * @failure 0 if memory ran out; `out` is unchanged
+ * @owner the bytes are copied
+ * @invalidates pointers into the buffer of `out`
+ * @cost O(count)
+ */
 MUB_API int mub_string_mid_string(const mub_string *string, int64_t start, int64_t count, mub_string *out);
 
-/* mub_string_right_string: the same with the last `count` bytes. */
+/**
+ * Makes the last `count` bytes of a string, or as many as there are, the content of another; with a count
+ * below 1 none.
+ *
+ * @param[in] string   the string
+ * @param[in] count    bytes to copy
+ * @param[in,out] out  an initialised string, whose content is replaced
+ * @return 1
+ * @failure 0 if memory ran out; `out` is unchanged
+ * @owner the bytes are copied
+ * @invalidates pointers into the buffer of `out`
+ * @cost O(count)
+ */
 MUB_API int mub_string_right_string(const mub_string *string, int64_t count, mub_string *out);
 
-/* ---- mub_stringx: a view of a span of a text that is owned elsewhere -----------------------------------------
- *
- * A mub_stringx is a span of a text that somebody else owns. Its operations move the span and never the text, which
- * they neither write nor terminate; nothing is allocated.
- *
- *   text ──► "  name =  value "
- *                       ^~~~~        start = 10, length = 5
- *
- * Positions count from the start of the span. A view of a string holds as long as the string's buffer stays where it
- * is. Whatever numbers a view is given, nothing is read of a span whose length is not above 0.
- *
- * Ownership, where a function does not say otherwise:
- *   _term, _swap               the texts stay their owners'
- *   _left_char, _mid_char, _right_char   the text stays its owner's; `out` refers to it, and what `out` had is not
- *                                        released
- *   text                       only read: its address is not kept
- *   other                      the text stays its owner's; the view refers to it
- *   string                     the text stays the string's; the view refers to it
- *   out                        the text stays its owner's; `out` refers to it */
+/** @} */
 
+/**
+ * @defgroup stringx mub_stringx: a view of a span of a text that is owned elsewhere
+ *
+ * A mub_stringx is a span of a text that somebody else owns. Its operations move the span and never the text,
+ * which they neither write nor terminate; nothing is allocated.
+ *
+ *     text ──► "  name =  value "
+ *                         ^~~~~        start = 10, length = 5
+ *
+ * Positions count from the start of the span. A view of a string is valid as long as the string's buffer
+ * stays where it is. Whatever numbers a view is given, nothing is read of a span whose length is not above 0.
+ *
+ * @{
+ */
+
+/** A view of a span of a text that is owned elsewhere. */
 typedef struct mub_stringx {
-  const char *text; /* what is viewed, never owned; NULL for an empty view */
-  int64_t start;    /* where the span begins */
-  int64_t length;   /* bytes in the span */
+  const char *text; /**< the viewed text, never owned; NULL for an empty view */
+  int64_t start;    /**< where the span begins */
+  int64_t length;   /**< bytes in the span */
 } mub_stringx;
 
-/* mub_stringx_init: make an empty view. */
+/**
+ * Makes an empty view.
+ *
+ * @param[out] view  the view
+ * @owner the record is the caller's
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_init(mub_stringx *view);
 
-/* mub_stringx_term: the same as mub_stringx_init; nothing is released. */
+/**
+ * Makes an empty view; the same as mub_stringx_init().
+ *
+ * Nothing is released.
+ *
+ * @param[in,out] view  the view
+ * @owner the text stays its owner's
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_term(mub_stringx *view);
 
-/* mub_stringx_is_empty: whether a view has no text or the length 0. */
+/**
+ * Checks whether a view has no text or the length 0.
+ *
+ * @param[in] view  the view
+ * @return 1 if it is empty, else 0
+ */
 MUB_API int mub_stringx_is_empty(const mub_stringx *view);
 
-/* mub_stringx_shrink: make the span empty, at the start of the text. */
+/**
+ * Makes the span empty, at the start of the text.
+ *
+ * @param[in,out] view  the view
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_shrink(mub_stringx *view);
 
-/* mub_stringx_copy: view what `other` views. */
+/**
+ * Views what another view views.
+ *
+ * @param[in,out] view  the view
+ * @param[in] other     the view to take over
+ * @owner the text stays its owner's; both views refer to it
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_copy(mub_stringx *view, const mub_stringx *other);
 
-/* mub_stringx_copy_string: view the content of a string. */
+/**
+ * Views the content of a string.
+ *
+ * @param[in,out] view  the view
+ * @param[in] string    the string to view
+ * @owner the text stays the string's; the view refers to it
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_copy_string(mub_stringx *view, const mub_string *string);
 
-/* mub_stringx_copy_char: view the characters of a view; those of one with a negative length reach to the NUL. */
+/**
+ * Views the characters of a mub_char; if its length is negative, they reach to the NUL.
+ *
+ * @param[in,out] view  the view
+ * @param[in] other     the view to take over
+ * @owner the text stays its owner's; the view refers to it
+ * @invalidates nothing
+ * @cost O(1); O(characters) for a negative length
+ */
 MUB_API void mub_stringx_copy_char(mub_stringx *view, const mub_char *other);
 
-/* mub_stringx_swap: exchange two views. */
+/**
+ * Exchanges two views.
+ *
+ * @param[in,out] a  one view
+ * @param[in,out] b  the other view
+ * @owner the texts stay their owners'
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_swap(mub_stringx *a, mub_stringx *b);
 
-/* mub_stringx_get_at: the byte at `index` of the span, as a signed char; -1 outside the span. */
+/**
+ * Reads the byte at `index` of the span.
+ *
+ * @param[in] view   the view
+ * @param[in] index  a position, counted from the start of the span
+ * @return the byte, as a signed char
+ * @failure -1 outside the span
+ */
 MUB_API int mub_stringx_get_at(const mub_stringx *view, int64_t index);
 
-/* mub_stringx_compare: order the span against a text, as mub_string_compare does. */
+/**
+ * Orders the span against a text, as mub_string_compare() does.
+ *
+ * @param[in] view   the view
+ * @param[in] text   the text to compare with; NULL has no content
+ * @param[in] count  bytes of the text; negative: up to its NUL
+ * @return a negative number, 0 or a positive one
+ * @cost O(count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int mub_stringx_compare(const mub_stringx *view, const char *text, int64_t count);
 
-/* mub_stringx_icompare: the same without regard to letter case. */
+/**
+ * Orders the span against a text, without regard to case, as mub_string_icompare() does.
+ *
+ * @param[in] view   the view
+ * @param[in] text   the text to compare with; NULL has no content
+ * @param[in] count  bytes of the text; negative: up to its NUL
+ * @return a negative number, 0 or a positive one
+ * @cost O(count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int mub_stringx_icompare(const mub_stringx *view, const char *text, int64_t count);
 
-/* mub_stringx_find_char: the index of the first `character` (its low 8 bits), or -1. 0 is never found. */
+/**
+ * Finds the first occurrence of a byte.
+ *
+ * 0 is never found.
+ *
+ * @param[in] view       the view
+ * @param[in] character  the byte; its low 8 bits are used
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(length)
+ */
 MUB_API int64_t mub_stringx_find_char(const mub_stringx *view, int character);
 
-/* mub_stringx_find_char_pos: the same at or behind index `start`; -1 when `start` lies outside the span. */
+/**
+ * Finds the first occurrence of a byte at or after index `start`.
+ *
+ * 0 is never found.
+ *
+ * @param[in] view       the view
+ * @param[in] character  the byte; its low 8 bits are used
+ * @param[in] start      where to begin, counted from the start of the span
+ * @return its index
+ * @failure -1 if there is none, or if `start` lies outside the span
+ * @cost O(length)
+ */
 MUB_API int64_t mub_stringx_find_char_pos(const mub_stringx *view, int character, int64_t start);
 
-/* mub_stringx_reverse_find: the index of the last `character` (its low 8 bits), or -1. 0 is never found. */
+/**
+ * Finds the last occurrence of a byte.
+ *
+ * 0 is never found.
+ *
+ * @param[in] view       the view
+ * @param[in] character  the byte; its low 8 bits are used
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(length)
+ */
 MUB_API int64_t mub_stringx_reverse_find(const mub_stringx *view, int character);
 
-/* mub_stringx_find: the index of the first occurrence of a text, or -1. As in mub_mem_str, NULs are bytes like any
- * other. */
+/**
+ * Finds the first occurrence of a text.
+ *
+ * As in mub_mem_str(), NULs are bytes like any other.
+ *
+ * @param[in] view   the view
+ * @param[in] text   the text to find; NULL is not found
+ * @param[in] count  bytes of the text; negative: up to its NUL
+ * @return its index
+ * @failure -1 if there is none
+ * @cost O(length + count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int64_t mub_stringx_find(const mub_stringx *view, const char *text, int64_t count);
 
-/* mub_stringx_find_pos: the same at or behind index `start`; -1 when `start` lies outside the span. */
+/**
+ * Finds the first occurrence of a text at or after index `start`.
+ *
+ * As in mub_mem_str(), NULs are bytes like any other.
+ *
+ * @param[in] view   the view
+ * @param[in] text   the text to find; NULL is not found
+ * @param[in] count  bytes of the text; negative: up to its NUL
+ * @param[in] start  where to begin, counted from the start of the span
+ * @return its index
+ * @failure -1 if there is none, or if `start` lies outside the span
+ * @cost O(length + count)
+ * @bounds text[count]
+ * @nullable text
+ */
 MUB_API int64_t mub_stringx_find_pos(const mub_stringx *view, const char *text, int64_t count, int64_t start);
 
-/* mub_stringx_is_long: whether the whole span is an integer: an optional '-' and one or more digits. */
+/**
+ * Checks whether the whole span is an integer: an optional '-' and one or more digits.
+ *
+ * @param[in] view  the view
+ * @return 1 if it is, else 0
+ * @cost O(length)
+ */
 MUB_API int mub_stringx_is_long(const mub_stringx *view);
 
-/* mub_stringx_get_long: the integer that the span begins with, as mub_string_get_long reads it; 0 without one. */
+/**
+ * Reads the integer that the span begins with, as mub_string_get_long() does.
+ *
+ * @param[in] view  the view
+ * @return the number
+ * @failure 0 if there is none
+ * @cost O(digits)
+ */
 MUB_API int64_t mub_stringx_get_long(const mub_stringx *view);
 
-/* mub_stringx_is_float: whether the whole span is a decimal number: an optional '-', one or more digits, and
- * optionally a point and more digits or none. */
+/**
+ * Checks whether the whole span is a decimal number: an optional '-', one or more digits, and optionally a
+ * point and more digits or none.
+ *
+ * @param[in] view  the view
+ * @return 1 if it is, else 0
+ * @cost O(length)
+ */
 MUB_API int mub_stringx_is_float(const mub_stringx *view);
 
-/* mub_stringx_get_float: the decimal number that the span begins with, as mub_string_get_double reads it; 0.0 without
- * one. */
+/**
+ * Reads the decimal number that the span begins with, as mub_string_get_double() does.
+ *
+ * @param[in] view  the view
+ * @return the number
+ * @failure 0.0 if there is none
+ * @cost O(digits)
+ */
 MUB_API double mub_stringx_get_float(const mub_stringx *view);
 
-/* mub_stringx_trim: narrow the span to what stands between white space, and between NULs at its back. A span with a
- * NUL among its leading white space becomes empty; one that becomes empty keeps its start.
- * Returns 1 when the span changed or is empty, else 0; without a text, too. */
+/**
+ * Removes white space at both ends of the span, and NULs at its end.
+ *
+ * A span with a NUL among its leading white space becomes empty. A span that becomes empty keeps its start.
+ *
+ * @param[in,out] view  the view
+ * @return 1 if the span changed or is empty; else 0, also without a text
+ * @invalidates nothing
+ * @cost O(length)
+ */
 MUB_API int mub_stringx_trim(mub_stringx *view);
 
-/* mub_stringx_left: keep the first `count` bytes of the span; a longer one, which is not empty, gets a negative
- * `count` for its length, and is then not read any more. */
+/**
+ * Keeps the first `count` bytes of the span.
+ *
+ * A negative count becomes the length of a span that is not empty, which is then not read any more.
+ *
+ * @param[in,out] view  the view
+ * @param[in] count     bytes to keep
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_left(mub_stringx *view, int64_t count);
 
-/* mub_stringx_mid: move the start by `offset`, and keep `count` bytes from there, or as many as there are, none when
- * the count is below 1. A negative offset does nothing, nor does any on an empty span. */
+/**
+ * Moves the start by `offset` and keeps `count` bytes from there, or as many as there are; none if the count
+ * is below 1.
+ *
+ * Does nothing for a negative offset or an empty span.
+ *
+ * @param[in,out] view  the view
+ * @param[in] offset    bytes from the start of the span
+ * @param[in] count     bytes to keep
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_mid(mub_stringx *view, int64_t offset, int64_t count);
 
-/* mub_stringx_right: keep the last `count` bytes of the span. A count below 1 keeps none, and moves the start to
- * where `count` bytes before the end lie: its end or behind it. */
+/**
+ * Keeps the last `count` bytes of the span.
+ *
+ * A count below 1 keeps none and moves the start to `count` bytes before the end: to the end or past it.
+ *
+ * @param[in,out] view  the view
+ * @param[in] count     bytes to keep
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_right(mub_stringx *view, int64_t count);
 
-/* mub_stringx_left_string: make `out`, a view of the same text, view the first `count` bytes of the span, or as many
- * as there are. A view of another text stays as it is, unless there is nothing to view: then the start of `view` is
- * stored and the length 0, whatever the text. */
+/**
+ * Makes `out`, a view of the same text, view the first `count` bytes of the span, or as many as there are.
+ *
+ * A view of another text is unchanged, unless there is nothing to view: then the start of `view` and the
+ * length 0 are stored, whatever the text.
+ *
+ * @param[in] view     the view
+ * @param[in] count    bytes to view
+ * @param[in,out] out  receives the view
+ * @owner the text stays its owner's; `out` refers to it
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_left_string(const mub_stringx *view, int64_t count, mub_stringx *out);
 
-/* mub_stringx_mid_string: the same for `count` bytes from `offset`, which also moves the start that is stored. */
+/**
+ * Makes `out`, a view of the same text, view `count` bytes from `offset`, or as many as there are.
+ *
+ * A view of another text is unchanged, unless there is nothing to view: then the start of `view`, moved by
+ * `offset`, and the length 0 are stored, whatever the text.
+ *
+ * @param[in] view     the view
+ * @param[in] offset   bytes from the start of the span
+ * @param[in] count    bytes to view
+ * @param[in,out] out  receives the view
+ * @owner the text stays its owner's; `out` refers to it
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_mid_string(const mub_stringx *view, int64_t offset, int64_t count, mub_stringx *out);
 
-/* mub_stringx_right_string: the same for the last `count` bytes. */
+/**
+ * Makes `out`, a view of the same text, view the last `count` bytes of the span, or as many as there are.
+ *
+ * A view of another text is unchanged, unless there is nothing to view: then the start of `view` and the
+ * length 0 are stored, whatever the text.
+ *
+ * @param[in] view     the view
+ * @param[in] count    bytes to view
+ * @param[in,out] out  receives the view
+ * @owner the text stays its owner's; `out` refers to it
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_right_string(const mub_stringx *view, int64_t count, mub_stringx *out);
 
-/* mub_stringx_left_char: make `out` view the first `count` bytes of the span, or as many as there are. What `out` had
- * is not released. Without a text its data is NULL; otherwise it lies in the text even where the length is 0.
- *   out   receives the view */
+/**
+ * Makes `out` view the first `count` bytes of the span, or as many as there are.
+ *
+ * Without a text its data is NULL; otherwise the data lies in the text even if the length is 0.
+ *
+ * @param[in] view   the view
+ * @param[in] count  bytes to view
+ * @param[out] out   receives the view
+ * @owner the text stays its owner's; `out` refers to it, and its old data is not released
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_left_char(const mub_stringx *view, int64_t count, mub_char *out);
 
-/* mub_stringx_mid_char: the same for `count` bytes from `offset`; nothing bounds the data where the length is 0. */
+/**
+ * Makes `out` view `count` bytes of the span from `offset`, or as many as there are.
+ *
+ * Without a text its data is NULL. If the length is 0, the data may lie outside the text.
+ *
+ * @param[in] view    the view
+ * @param[in] offset  bytes from the start of the span
+ * @param[in] count   bytes to view
+ * @param[out] out    receives the view
+ * @owner the text stays its owner's; `out` refers to it, and its old data is not released
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_mid_char(const mub_stringx *view, int64_t offset, int64_t count, mub_char *out);
 
-/* mub_stringx_right_char: the same for the last `count` bytes; with a count below 1 the data is the span's start. */
+/**
+ * Makes `out` view the last `count` bytes of the span, or as many as there are.
+ *
+ * Without a text its data is NULL; otherwise the data lies in the text even if the length is 0: with a count
+ * below 1 it is the start of the span.
+ *
+ * @param[in] view   the view
+ * @param[in] count  bytes to view
+ * @param[out] out   receives the view
+ * @owner the text stays its owner's; `out` refers to it, and its old data is not released
+ * @invalidates nothing
+ */
 MUB_API void mub_stringx_right_char(const mub_stringx *view, int64_t count, mub_char *out);
+
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }

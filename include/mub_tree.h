@@ -1,55 +1,48 @@
-/* mub_tree.h: mub_tree, a general tree whose entries have any number of ordered children, and mub_bitree, a bare binary
- * tree.
+/**
+ * @defgroup tree_h mub_tree.h: trees
  *
- *   mub_tree: the children of an entry are a ring         mub_bitree: equals hang on a chain
+ * mub_tree, a general tree whose entries have any number of ordered children, and mub_bitree, a binary tree
+ * of links.
  *
- *     root                                                    root ──equal──► e ──equal──► NULL
- *      │ first_child                                      left │ │ right
- *      ▼                                                       ▼ ▼
- *   ┌► a ◄──► b ◄──► c ◄┐                                      a b
- *   └───────────────────┘  prev of the first is the last
+ *     mub_tree: the children of an entry are a ring         mub_bitree: equals are on a chain
  *
- * The root lies in the tree's record: the record's address is that of the root, which is never released. Neither tree
- * stores keys. In a mub_tree, entries are found by a caller's comparer; where an entry of a mub_bitree belongs, the
- * caller says.
+ *       root                                                    root ──equal──► e ──equal──► NULL
+ *        │ first_child                                      left │ │ right
+ *        ▼                                                       ▼ ▼
+ *     ┌► a ◄──► b ◄──► c ◄┐                                      a b
+ *     └───────────────────┘  prev of the first is the last
  *
- * Entry pool. Needed by the functions that make entries: made by `_init`, or the caller's, written into `entry_pool`,
- * its block size at least that of the entry record. Several trees may share a caller's pool. Entries may also lie in
- * the caller's own memory, as long as no function that returns entries to a pool meets them.
- * Value pool. One made by `_init` has no block size yet: store the size of your values in `value_pool->block_size`.
- * Blocks of an owned value pool go with the whole pool; single blocks return to a caller's pool only.
- * Depth. Nothing recurses: a tree may be as deep, a ring or a chain as long, as memory allows.
+ * The root lies in the tree's record: the record's address is that of the root, which is never released.
+ * Neither tree stores keys. In a mub_tree, entries are found by a comparer of the caller's; where an entry of
+ * a mub_bitree belongs, the caller says.
  *
- * Parameters, where a function does not say otherwise:
- *   tree                    the tree
- *   entry                   an entry
- *   a, b                    the two entries
- *   destination_user_pool   the initialised pool that becomes the copy of `source_user_pool`; else NULL
+ * **Entry pool.** The functions that make entries need one: made by `_init`, or an external one, written into
+ * `entry_pool`, with a block size of at least that of the entry record. Several trees may share an external
+ * pool. Entries may also lie in the caller's own memory, as long as no function that returns entries to a
+ * pool meets them.
  *
- * Failure, where a function does not say otherwise:
- *   memory   no memory is needed: a block given back for which its pool's free stack has no room is dropped: see
- *            mub_pool_free
+ * **Value pool.** A pool made by `_init` has no block size yet: store the size of your values in
+ * `value_pool->block_size`. Blocks of an owned value pool are released with the whole pool; single blocks go
+ * back to an external pool only.
  *
- * Ownership, where a function does not say otherwise:
- *   _init                      the record is the caller's; a pool made here is the tree's, until `_term`
- *   _term                      what the tree owns is released; values and a caller's pools stay the caller's
- *   _swap                      what one tree owned is the other's
- *   _clone                     the copy is the destination's; a caller's pool is shared by both, and values are then
- *                              copied as words
- *   _remove_all                entries are their pool's again; values are not released
- *   _free_all                  each value is handed to the caller's function, its block to a caller's value pool;
- *                              entries are their pool's again
- *   _clone_entry               the copies are blocks of the tree's entry pool, which the caller links; values are
- *                              copied as words
- *   _entry_new                 the block is one of the entry pool, and the caller's to link or to give back
- *   _entry_append, _entry_insert, _entry_add   the tree refers to the entry, which stays where it is, from now on
- *   _entry_remove_x            with a caller's pool, the entries are the pool's again, though links still lead to
- *                              them; values are not released
- *   _entry_swap, _set_parent   entries stay where they are
+ * **Depth.** Nothing recurses: a tree may be as deep, and a ring or a chain as long, as memory allows.
  *
- * Fields, where a record does not say otherwise:
- *   entry_pool        where the entries come from; NULL when there is none
- *   owns_value_pool   1: made by `_init`, released by `_term` */
+ * What the everyday operations return:
+ *
+ * | operation                    | entry present        | entry absent            | out of memory          |
+ * | ---------------------------- | -------------------- | ----------------------- | ---------------------- |
+ * | mub_tree_insert()            | the entry            | a new entry             | NULL                   |
+ * | mub_tree_find()              | the entry            | NULL                    |                        |
+ * | mub_tree_entry_find()        | the entry            | NULL                    |                        |
+ * | mub_tree_entry_find_parent() | the entry            | NULL                    |                        |
+ * | mub_tree_entry_find_child()  | 1                    | 0                       |                        |
+ * | mub_tree_entry_last()        | the entry            | NULL                    |                        |
+ * | `_entry_new`                 |                      | a new entry, not linked | NULL                   |
+ * | `_clone_entry`               | the copy, not linked |                         | NULL                   |
+ * | `_clone`                     |                      |                         | the destination, empty |
+ *
+ * @{
+ */
 #ifndef MUB_TREE_H
 #define MUB_TREE_H
 
@@ -61,361 +54,890 @@
 extern "C" {
 #endif
 
-/* ---- mub_tree: entries with any number of children -------------------------------------------------------------
+/**
+ * @defgroup tree mub_tree: a general tree, its children in rings, found by a path of keys
  *
- * Parameters, where a function does not say otherwise:
- *   key       handed to the comparer, with its length
- *   length    handed to the comparer
- *   context   handed to the comparer
- *   parent    the entry that gets a child
- *   path      the keys of the steps
+ * A tree of entries with any number of children.
  *
- * Ownership, where a function does not say otherwise:
- *   mub_tree_entry *   the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
- *   _entry_remove      the tree no longer refers to the entry: it is the caller's, to link or to give back
- *   _entry_free        each value is handed to `release`, its block to a caller's value pool; the entries as in
- *                      mub_tree_entry_remove_x
- *   _entry_array       the words are copied
- *   path               only read */
+ * A path is an array of keys, one per step. A step goes to the first entry that matches its key, in document
+ * order, anywhere below the entry reached before: a child, a grandchild or deeper. So after inserting [a, b],
+ * the path [b] leads to that b, too.
+ *
+ * @{
+ */
 
-/* One entry; it stays where it is until it is released. */
+/** One entry; it stays where it is until it is released. */
 typedef struct mub_tree_entry {
-  struct mub_tree_entry *parent;      /* NULL in the root and in an entry that is not linked */
-  struct mub_tree_entry *first_child; /* NULL when there is none */
-  struct mub_tree_entry *prev;        /* the sibling before; of the first, the last */
-  struct mub_tree_entry *next;        /* the sibling behind; of the last, the first */
-  uint64_t value;                     /* the caller's; may be changed in place */
+  /** the entry above; NULL in the root and in an entry that is not linked */
+  struct mub_tree_entry *parent;
+  /** its first child; NULL if there is none */
+  struct mub_tree_entry *first_child;
+  /** the previous sibling; of the first, the last */
+  struct mub_tree_entry *prev;
+  /** the next sibling; of the last, the first */
+  struct mub_tree_entry *next;
+  /** the caller's; may be changed in place */
+  uint64_t value;
 } mub_tree_entry;
 
+/** Entries with any number of children. */
 typedef struct mub_tree {
-  mub_tree_entry root; /* paths and searches downward start below it; its value is the caller's too */
-  int64_t count;       /* links made less links undone, not entries: removing a subtree undoes one */
-  mub_pool *entry_pool;
-  uint16_t owns_entry_pool; /* 1: made by mub_tree_init, released by mub_tree_term */
-  mub_pool *value_pool;     /* NULL when there is none */
-  uint16_t owns_value_pool;
+  mub_tree_entry root;      /**< paths and searches downward start below it; its value is the caller's too */
+  int64_t count;            /**< links made minus links undone, not entries: removing a subtree undoes one */
+  mub_pool *entry_pool;     /**< where the entries come from; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: made by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< where value blocks come from; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: made by `_init`, released by `_term` */
 } mub_tree;
 
-/* mub_tree_compare_fn: 0 when the entry matches the key. Entries that mub_tree_insert made on the way to the last one
- * have value 0. */
+/**
+ * Checks whether an entry matches a key.
+ *
+ * Entries that mub_tree_insert() made before the last one of a path have value 0.
+ *
+ * @param[in] entry   the entry
+ * @param[in] key     the key
+ * @param[in] length  its bytes, as the caller or the path has them
+ * @return 0 if the entry matches
+ * @bounds key[length]
+ * @nullable key
+ */
 typedef int (*mub_tree_compare_fn)(const mub_tree_entry *entry, const void *key, int64_t length);
 
-/* mub_tree_compare_x_fn: the same for the `_x` functions, which hand the caller's context through. */
+/**
+ * Checks whether an entry matches a key in the `_x` functions, which pass the caller's context.
+ *
+ * Entries that mub_tree_insert_x() made before the last one of a path have value 0.
+ *
+ * @param[in] entry    the entry
+ * @param[in] context  the caller's context
+ * @param[in] key      the key
+ * @param[in] length   its bytes, as the caller or the path has them
+ * @return 0 if the entry matches
+ * @bounds key[length]
+ * @nullable key
+ */
 typedef int (*mub_tree_compare_x_fn)(const mub_tree_entry *entry, uint64_t context, const void *key,
                                      int64_t length);
 
-/* mub_tree_init: make the record a tree of a root alone.
- *   own_entry_pool, own_value_pool   not 0: make a pool that the tree owns
- * A pool record that cannot be allocated leaves its field NULL and its flag 0. Returns the tree. */
+/**
+ * Makes the record a tree of a root alone.
+ *
+ * @param[out] tree           the tree
+ * @param[in] own_entry_pool  not 0: make an entry pool that the tree owns
+ * @param[in] own_value_pool  not 0: make a value pool that the tree owns
+ * @return the tree
+ * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
+ * @owner the record is the caller's; the pools made here belong to the tree until mub_tree_term()
+ * @invalidates nothing
+ */
 MUB_API mub_tree *mub_tree_init(mub_tree *tree, int own_entry_pool, int own_value_pool);
 
-/* mub_tree_term: release the pools that the tree owns, their fields then NULL and their flags as they were, and return
- * entries to a caller's entry pool. Values are not looked at. Returns the tree, which is empty.
- * Cost: one release a chunk; with a caller's entry pool O(entries). */
+/**
+ * Releases the pools that the tree owns and returns entries to an external entry pool.
+ *
+ * The fields of owned pools are then NULL, their flags as they were. Values are not visited. The tree is
+ * empty.
+ *
+ * @param[in,out] tree  the tree
+ * @return the tree
+ * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner what the tree owns is released; values and external pools stay the caller's
+ * @invalidates all entries but the root
+ * @cost one release per chunk; O(entries) with an external entry pool
+ */
 MUB_API mub_tree *mub_tree_term(mub_tree *tree);
 
-/* mub_tree_remove_all: empty the tree. Entries go back to a caller's pool, owned pools are emptied, values are not
- * looked at. Returns the tree. Cost: as mub_tree_term. */
+/**
+ * Empties the tree.
+ *
+ * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ *
+ * @param[in,out] tree  the tree
+ * @return the tree
+ * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool; values are not released
+ * @invalidates all entries but the root
+ * @cost one release per chunk; O(entries) with an external entry pool
+ */
 MUB_API mub_tree *mub_tree_remove_all(mub_tree *tree);
 
-/* mub_tree_free_all: the same after releasing every value that is not 0, the root's included; value blocks go back to
- * a caller's value pool.
- *   release   called for every such value, children before their parents; may be NULL
- * Returns the tree. Cost: O(entries). */
+/**
+ * Releases every value that is not 0, the root's included, then empties the tree.
+ *
+ * The values' blocks go back to an external value pool.
+ *
+ * @param[in,out] tree  the tree
+ * @param[in] release   called with every value that is not 0, children before their parents; NULL: not called
+ * @return the tree
+ * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
+ *   their pool
+ * @invalidates all entries but the root
+ * @cost O(entries)
+ * @nullable release
+ */
 MUB_API mub_tree *mub_tree_free_all(mub_tree *tree, mub_free_fn release);
 
-/* mub_tree_clone: copy a tree.
- *   source             unchanged
- *   source_user_pool   with `destination_user_pool` and `callback`: a pool that the values refer into, cloned too;
- *                      a pool given as both is shared; else NULL
- *   destination        initialised with the same flags; what it held is dropped
- *   callback           called for every entry, the root and value 0 included, parents before their children, when the
- *                      source owns its value pool; may be NULL
- * With owned pools, entries and value blocks keep their place in the copied pools and addresses are translated; a
- * value that is no block of the pool becomes 0, and so do all when the destination has no value pool of its own. An
- * entry that is no block of the entry pool is left out with all below it. A caller's pool is shared with the clone:
- * fresh entry blocks of it are filled as copies, values are copied as words. A pool of the destination's own gives way
- * to it.
- * Returns the destination; empty when memory ran out. Cost: O(entries). */
+/**
+ * Copies a tree.
+ *
+ * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
+ * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
+ * has no value pool of its own. An entry that is no block of the entry pool is left out, with all below it.
+ * An external pool is shared with the clone: it gets fresh entry blocks from it, values are copied as words,
+ * and the destination gives up its own pool. `source_user_pool` and `destination_user_pool` are given
+ * together with `callback`, or both are NULL.
+ *
+ * @param[in] source                     the tree to copy; it does not change
+ * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
+ *                                       there is none
+ * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       the same pool to share it; NULL if there is none
+ * @param[in] callback                   called for every entry, the root and value 0 included, parents before
+ *                                       their children, if the source owns its value pool; NULL: not called
+ * @return the destination
+ * @failure none; the destination is empty if memory runs out
+ * @owner the copy belongs to the destination; an external pool is shared by both trees
+ * @invalidates all entries of the destination but the root
+ * @cost O(entries)
+ * @nullable source_user_pool, destination_user_pool, callback
+ */
 MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_pool, mub_tree *destination,
                                  mub_pool *destination_user_pool, mub_clone_fn callback);
 
-/* mub_tree_clone_entry: copy an entry and all below it into fresh blocks of a tree's entry pool.
- *   tree     gets the copy; its `count` rises by the links within
- *   source   of this tree or any other; unchanged. Values are copied as words
- * Returns the copy, not linked; NULL when memory ran out. Cost: O(entries copied). */
+/**
+ * Copies an entry and all below it into fresh blocks of a tree's entry pool.
+ *
+ * Values are copied as words.
+ *
+ * @param[in,out] tree  the tree that gets the copy; its `count` rises by the links within
+ * @param[in] source    an entry of this tree or of any other
+ * @return the copy, not linked
+ * @failure NULL if memory ran out
+ * @owner the copies are blocks of the tree's entry pool, for the caller to link; values are copied as words
+ * @invalidates nothing
+ * @cost O(entries copied)
+ * @level low
+ */
 MUB_API mub_tree_entry *mub_tree_clone_entry(mub_tree *tree, const mub_tree_entry *source);
 
-/* mub_tree_cmp: tell whether two byte runs are equal; lengths are used as given.
- *   a, b                 the first bytes of the runs
- *   a_length, b_length   bytes
- * Returns 1 when they are, else 0. */
+/**
+ * Checks whether two byte ranges are equal.
+ *
+ * Lengths are used as given.
+ *
+ * @param[in] a         the first range
+ * @param[in] a_length  bytes of `a`
+ * @param[in] b         the second range
+ * @param[in] b_length  bytes of `b`
+ * @return 1 if they are equal, else 0
+ * @cost O(length)
+ * @bounds a[a_length], b[b_length]
+ * @level low
+ */
 MUB_API int mub_tree_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
-/* mub_tree_set_parent: make the entry the parent of all children on its ring, after its content was moved here. */
+/**
+ * Makes the entry the parent of all children on its ring, after its content was moved here.
+ *
+ * @param[in,out] entry  an entry
+ * @invalidates nothing
+ * @cost O(children)
+ * @level low
+ */
 MUB_API void mub_tree_set_parent(mub_tree_entry *entry);
 
-/* ---- entries ------------------------------------------------------------------------------------------------- */
-
-/* mub_tree_entry_init: clear the five fields. */
+/**
+ * Clears the five fields of an entry.
+ *
+ * @param[out] entry  an entry
+ * @invalidates nothing
+ * @level low
+ */
 MUB_API void mub_tree_entry_init(mub_tree_entry *entry);
 
-/* mub_tree_entry_new: take a block of the entry pool.
- * Returns the entry, cleared and neither linked nor counted; NULL when none can be had. */
+/**
+ * Takes a block of the entry pool.
+ *
+ * @param[in,out] tree  the tree
+ * @return the entry, cleared and neither linked nor counted
+ * @failure NULL if there is none
+ * @owner the block belongs to the entry pool, and is the caller's to link or to return
+ * @invalidates nothing
+ */
 MUB_API mub_tree_entry *mub_tree_entry_new(mub_tree *tree);
 
-/* mub_tree_entry_append: link an entry as the last child of another. NULL as either changes nothing.
- *   child   not linked, with or without children of its own */
+/**
+ * Links an entry as the last child of another.
+ *
+ * @param[in,out] tree    the tree
+ * @param[in,out] parent  the entry that gets a child; with NULL nothing changes
+ * @param[in,out] child   an entry that is not linked, with or without children of its own; with NULL nothing
+ *                        changes
+ * @owner the tree refers to the entry, which stays where it is
+ * @invalidates nothing
+ * @nullable parent, child
+ */
 MUB_API void mub_tree_entry_append(mub_tree *tree, mub_tree_entry *parent, mub_tree_entry *child);
 
-/* mub_tree_entry_insert: link an entry right before another.
- *   sibling   NULL, or an entry without a parent: nothing changes
- *   entry     not linked; NULL changes nothing */
+/**
+ * Links an entry right before another.
+ *
+ * @param[in,out] tree     the tree
+ * @param[in,out] sibling  the other entry; with NULL, or an entry without a parent, nothing changes
+ * @param[in,out] entry    an entry that is not linked; with NULL nothing changes
+ * @owner the tree refers to the entry, which stays where it is
+ * @invalidates nothing
+ * @nullable sibling, entry
+ */
 MUB_API void mub_tree_entry_insert(mub_tree *tree, mub_tree_entry *sibling, mub_tree_entry *entry);
 
-/* mub_tree_entry_remove: unlink an entry with all below it; nothing is released. `count` falls by 1.
- *   entry   NULL, or without a parent: nothing changes */
+/**
+ * Unlinks an entry with all below it.
+ *
+ * Nothing is released, and `count` falls by 1.
+ *
+ * @param[in,out] tree   the tree
+ * @param[in,out] entry  the entry; with NULL, or an entry without a parent, nothing changes
+ * @owner the tree no longer refers to the entry: it is the caller's, to link or to return
+ * @invalidates nothing
+ * @nullable entry
+ */
 MUB_API void mub_tree_entry_remove(mub_tree *tree, mub_tree_entry *entry);
 
-/* mub_tree_entry_remove_x: return an entry and all below it to a caller's entry pool; nothing happens with an owned
- * one. Links and `count` stay, so unlink the entry first. Below the root, the root stays, with a link to what has
- * gone: clear its `first_child`. Cost: O(entries below). */
+/**
+ * Returns an entry and all below it to an external entry pool; nothing happens with an owned one.
+ *
+ * Links and `count` stay as they are, so unlink the entry first. If the entry is the root, the root stays and
+ * still links to its former children: clear its `first_child`.
+ *
+ * @param[in,out] tree   the tree
+ * @param[in,out] entry  an entry
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to an external pool, although links still lead to them; values are not released
+ * @invalidates the entry and those below it, if their pool is external
+ * @cost O(entries below)
+ * @level low
+ */
 MUB_API void mub_tree_entry_remove_x(mub_tree *tree, mub_tree_entry *entry);
 
-/* mub_tree_entry_free: the same after releasing every value that is not 0. Value blocks go back to a caller's value
- * pool, whoever owns the entry pool; the entries keep their values' words.
- *   release   called for every such value, children before their parents; may be NULL */
+/**
+ * Releases every value of an entry and all below it that is not 0, then does the same as
+ * mub_tree_entry_remove_x().
+ *
+ * The values' blocks go back to an external value pool, whoever owns the entry pool. The entries keep the
+ * words of their values.
+ *
+ * @param[in,out] tree   the tree
+ * @param[in,out] entry  an entry
+ * @param[in] release    called with every value that is not 0, children before their parents; NULL: not
+ *                       called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool; entries as for
+ *   mub_tree_entry_remove_x()
+ * @invalidates the values; the entry and those below it, if their pool is external
+ * @cost O(entries below)
+ * @nullable release
+ */
 MUB_API void mub_tree_entry_free(mub_tree *tree, mub_tree_entry *entry, mub_free_fn release);
 
-/* mub_tree_entry_swap: exchange the five fields of two entries, then make each the parent of the children that it got.
- * For entries without a parent: the siblings and the parent of a linked one would not learn of it. */
+/**
+ * Exchanges the five fields of two entries, then makes each the parent of its new children.
+ *
+ * For entries without a parent: the siblings and the parent of a linked entry are not updated.
+ *
+ * @param[in,out] a  one entry
+ * @param[in,out] b  the other entry
+ * @owner both entries stay where they are
+ * @invalidates nothing
+ * @cost O(children)
+ * @level low
+ */
 MUB_API void mub_tree_entry_swap(mub_tree_entry *a, mub_tree_entry *b);
 
-/* mub_tree_entry_last: the last child.
- * Returns it; NULL when there is none. */
+/**
+ * Gets the last child.
+ *
+ * @param[in] entry  an entry
+ * @return the child
+ * @failure NULL if there is none
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ */
 MUB_API mub_tree_entry *mub_tree_entry_last(const mub_tree_entry *entry);
 
-/* mub_tree_entry_next: the sibling behind.
- * Returns it; NULL behind the last and without a parent. */
+/**
+ * Gets the next sibling.
+ *
+ * @param[in] entry  an entry
+ * @return the sibling
+ * @failure NULL after the last and without a parent
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ */
 MUB_API mub_tree_entry *mub_tree_entry_next(const mub_tree_entry *entry);
 
-/* mub_tree_entry_prev: the sibling before.
- * Returns it; NULL before the first and without a parent. */
+/**
+ * Gets the previous sibling.
+ *
+ * @param[in] entry  an entry
+ * @return the sibling
+ * @failure NULL before the first and without a parent
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ */
 MUB_API mub_tree_entry *mub_tree_entry_prev(const mub_tree_entry *entry);
 
-/* mub_tree_entry_iter_next: step to the next entry in document order: parents first, then their children in turn.
- *   bound   the walk stays below it; NULL: below the top
- * Returns the first child, else what mub_tree_entry_find_next gives; NULL at the end. */
+/**
+ * Steps to the next entry in document order.
+ *
+ * In document order an entry comes before its children, and siblings come in turn.
+ *
+ * @param[in] bound  the search stays below this entry; NULL: below the top
+ * @param[in] entry  an entry
+ * @return the first child, else what mub_tree_entry_find_next() gives
+ * @failure NULL at the end
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(1) on average
+ * @nullable bound
+ */
 MUB_API mub_tree_entry *mub_tree_entry_iter_next(const mub_tree_entry *bound, const mub_tree_entry *entry);
 
-/* mub_tree_entry_find_next: the same, past all that is below the entry.
- * Returns the sibling behind the entry, or behind the nearest ancestor that has one; NULL when `bound` or the top is
- * reached before. */
+/**
+ * Steps to the next entry in document order, skipping all below the entry.
+ *
+ * In document order an entry comes before its children, and siblings come in turn.
+ *
+ * @param[in] bound  the search stays below this entry; NULL: below the top
+ * @param[in] entry  an entry
+ * @return the next sibling of the entry, or of its nearest ancestor that has one
+ * @failure NULL if `bound` or the top is reached first
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(depth)
+ * @nullable bound
+ */
 MUB_API mub_tree_entry *mub_tree_entry_find_next(const mub_tree_entry *bound, const mub_tree_entry *entry);
 
-/* mub_tree_entry_find: search in document order, from behind `start` to the end of what is below `bound`.
- *   bound     `start` itself, to search what is below it; or an ancestor, to go on behind it; NULL: the top
- *   start     not compared itself
- *   compare   NULL finds nothing
- * Returns the first entry that matches; NULL when there is none. Cost: O(entries met). */
+/**
+ * Searches in document order, from after `start` to the end of what is below `bound`.
+ *
+ * In document order an entry comes before its children, and siblings come in turn.
+ *
+ * @param[in] bound    `start` itself, to search below it; or an ancestor, to continue after it; NULL: the top
+ * @param[in] start    where to begin; not compared itself
+ * @param[in] key      the key to look for; passed to the comparer
+ * @param[in] length   the length of the key; passed to the comparer
+ * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
+ * @return the first entry that matches
+ * @failure NULL if there is none
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(entries visited)
+ * @bounds key[length]
+ * @nullable bound, key, compare
+ */
 MUB_API mub_tree_entry *mub_tree_entry_find(const mub_tree_entry *bound, const mub_tree_entry *start,
                                             const void *key, int64_t length, mub_tree_compare_fn compare);
 
-/* mub_tree_entry_find_x: mub_tree_entry_find with a context for the comparer. */
+/**
+ * Searches in document order, from after `start` to the end of what is below `bound`.
+ *
+ * In document order an entry comes before its children, and siblings come in turn.
+ *
+ * @param[in] bound    `start` itself, to search below it; or an ancestor, to continue after it; NULL: the top
+ * @param[in] start    where to begin; not compared itself
+ * @param[in] context  any word; passed to the comparer before the key
+ * @param[in] key      the key to look for; passed to the comparer
+ * @param[in] length   the length of the key; passed to the comparer
+ * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
+ * @return the first entry that matches
+ * @failure NULL if there is none
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(entries visited)
+ * @bounds key[length]
+ * @nullable bound, key, compare
+ */
 MUB_API mub_tree_entry *mub_tree_entry_find_x(const mub_tree_entry *bound, const mub_tree_entry *start,
                                               uint64_t context, const void *key, int64_t length,
                                               mub_tree_compare_x_fn compare);
 
-/* mub_tree_entry_find_parent: search the ancestors of an entry, upward.
- *   stop      the first ancestor that is not compared any more; NULL: go on to the root, which is compared
- *   compare   NULL finds nothing
- * Returns the nearest that matches; NULL when there is none. */
+/**
+ * Searches the ancestors of an entry, upward.
+ *
+ * @param[in] stop     the first ancestor that is not compared any more; NULL: go on to the root, which is
+ *                     compared
+ * @param[in] entry    an entry
+ * @param[in] key      the key to look for; passed to the comparer
+ * @param[in] length   the length of the key; passed to the comparer
+ * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
+ * @return the nearest ancestor that matches
+ * @failure NULL if there is none
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(depth)
+ * @bounds key[length]
+ * @nullable stop, key, compare
+ */
 MUB_API mub_tree_entry *mub_tree_entry_find_parent(const mub_tree_entry *stop, const mub_tree_entry *entry,
                                                    const void *key, int64_t length,
                                                    mub_tree_compare_fn compare);
 
-/* mub_tree_entry_find_parent_x: mub_tree_entry_find_parent with a context for the comparer. */
+/**
+ * Searches the ancestors of an entry, upward.
+ *
+ * @param[in] stop     the first ancestor that is not compared any more; NULL: go on to the root, which is
+ *                     compared
+ * @param[in] entry    an entry
+ * @param[in] context  any word; passed to the comparer before the key
+ * @param[in] key      the key to look for; passed to the comparer
+ * @param[in] length   the length of the key; passed to the comparer
+ * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
+ * @return the nearest ancestor that matches
+ * @failure NULL if there is none
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(depth)
+ * @bounds key[length]
+ * @nullable stop, key, compare
+ */
 MUB_API mub_tree_entry *mub_tree_entry_find_parent_x(const mub_tree_entry *stop, const mub_tree_entry *entry,
                                                      uint64_t context, const void *key, int64_t length,
                                                      mub_tree_compare_x_fn compare);
 
-/* mub_tree_entry_find_child: tell whether an entry is anywhere below another.
- *   ancestor   the one that may be above
- * Returns 1 or 0, which is the answer for the entry itself, too. Cost: O(depth). */
+/**
+ * Checks whether an entry is anywhere below another, or the same.
+ *
+ * @param[in] ancestor  the entry that may be above
+ * @param[in] entry     an entry
+ * @return 1 if it is, else 0
+ * @cost O(depth)
+ */
 MUB_API int mub_tree_entry_find_child(const mub_tree_entry *ancestor, const mub_tree_entry *entry);
 
-/* mub_tree_entry_index: the position among the siblings.
- * Returns it, from 1 on; 1 without a parent. Cost: O(position). */
+/**
+ * Computes the position of an entry among its siblings.
+ *
+ * @param[in] entry  an entry
+ * @return the position, counted from 1; 1 without a parent
+ * @cost O(position)
+ */
 MUB_API int64_t mub_tree_entry_index(const mub_tree_entry *entry);
 
-/* mub_tree_entry_array: put an entry's index path before the words of an array: the index of each entry on the way
- * down from the top, which counts as 1, to the entry. The root's path is [1].
- *   array   initialised; its words are unchanged when memory runs out
- * Cost: O(words + depth + sum of the positions). */
+/**
+ * Inserts an entry's index path before the words of an array: the index of each entry from the top, which
+ * counts as 1, down to the entry.
+ *
+ * The path of the root is [1].
+ *
+ * @param[in] entry      an entry
+ * @param[in,out] array  an initialised array
+ * @failure the array is unchanged if memory runs out
+ * @owner the words are copied
+ * @invalidates pointers to words of the array
+ * @cost O(words + depth + sum of the positions)
+ */
 MUB_API void mub_tree_entry_array(const mub_tree_entry *entry, mub_arrayt *array);
 
-/* mub_tree_entry_compare: order two entries of one tree as a document: by their index paths.
- * Returns the difference of the first indexes that differ; else of the depths: an ancestor comes first; 0 for an entry
- * and itself. Cost: O(depth + sum of the positions). */
+/**
+ * Orders two entries of one tree as in a document: by their index paths.
+ *
+ * @param[in] a  one entry
+ * @param[in] b  the other entry
+ * @return the difference of the first indexes that differ, else of the depths: an ancestor comes first; 0 for
+ *   the same entry
+ * @cost O(depth + sum of the positions)
+ */
 MUB_API int mub_tree_entry_compare(const mub_tree_entry *a, const mub_tree_entry *b);
 
-/* ---- paths ---------------------------------------------------------------------------------------------------
+/**
+ * Follows a path, and appends an entry to the one reached wherever no entry matches.
  *
- * A path is an array of keys, one a step. A step leads to the first entry that matches its key, in document order,
- * anywhere below the entry reached before: a child, a grandchild or deeper. So after inserting [a, b], the path [b]
- * leads to that b, too. */
-
-/* mub_tree_insert: follow a path, appending an entry to the one reached wherever no entry matches.
- *   init      called with the block of the value pool that a new last entry gets; may be NULL. Entries made before the
- *             last get no value, nor does any without a value pool
- *   compare   NULL: nothing happens
- * Returns the entry at the end, found or new; NULL for an empty path, and when memory ran out: entries made before then
- * stay. */
+ * @param[in,out] tree  the tree
+ * @param[in] path      the keys of the steps; only read
+ * @param[in] init      called with the block of the value pool that a new last entry gets; NULL: not called.
+ *                      Entries made before the last get no value, nor does any without a value pool
+ * @param[in] compare   checks whether an entry matches a key; with NULL nothing happens
+ * @return the entry at the end of the path, found or new
+ * @failure NULL for an empty path, and if memory ran out; entries made before that stay
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @invalidates nothing
+ * @cost O(entries visited)
+ * @nullable init, compare
+ */
 MUB_API mub_tree_entry *mub_tree_insert(mub_tree *tree, const mub_array *path, mub_init_fn init,
                                         mub_tree_compare_fn compare);
 
-/* mub_tree_insert_x: mub_tree_insert with a context for the comparer. */
+/**
+ * Follows a path, and appends an entry to the one reached wherever no entry matches.
+ *
+ * @param[in,out] tree  the tree
+ * @param[in] path      the keys of the steps; only read
+ * @param[in] context   any word; passed to the comparer before the key
+ * @param[in] init      called with the block of the value pool that a new last entry gets; NULL: not called.
+ *                      Entries made before the last get no value, nor does any without a value pool
+ * @param[in] compare   checks whether an entry matches a key; with NULL nothing happens
+ * @return the entry at the end of the path, found or new
+ * @failure NULL for an empty path, and if memory ran out; entries made before that stay
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @invalidates nothing
+ * @cost O(entries visited)
+ * @nullable init, compare
+ */
 MUB_API mub_tree_entry *mub_tree_insert_x(mub_tree *tree, const mub_array *path, uint64_t context,
                                           mub_init_fn init, mub_tree_compare_x_fn compare);
 
-/* mub_tree_insert_t: mub_tree_insert from the middle of a path.
- *   current   where the path has led so far
- *   depth     the steps taken: the index of the next key, not below 0; at the path's end the result is NULL */
+/**
+ * Follows a path from its middle, and appends an entry to the one reached wherever no entry matches.
+ *
+ * @param[in,out] tree     the tree
+ * @param[in,out] current  the entry that the path has reached so far
+ * @param[in] depth        the number of steps taken, which is the index of the next key, not below 0; at the
+ *                         end of the path the result is NULL
+ * @param[in] path         the keys of the steps; only read
+ * @param[in] init         called with the block of the value pool that a new last entry gets; NULL: not
+ *                         called. Entries made before the last get no value, nor does any without a value
+ *                         pool
+ * @param[in] compare      checks whether an entry matches a key; with NULL nothing happens
+ * @return the entry at the end of the path, found or new
+ * @failure NULL at the end of the path, and if memory ran out; entries made before that stay
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @invalidates nothing
+ * @cost O(entries visited)
+ * @nullable init, compare
+ * @level low
+ */
 MUB_API mub_tree_entry *mub_tree_insert_t(mub_tree *tree, mub_tree_entry *current, int64_t depth,
                                           const mub_array *path, mub_init_fn init,
                                           mub_tree_compare_fn compare);
 
-/* mub_tree_insert_x_t: mub_tree_insert_t with a context for the comparer. */
+/**
+ * Follows a path from its middle, and appends an entry to the one reached wherever no entry matches.
+ *
+ * @param[in,out] tree     the tree
+ * @param[in,out] current  the entry that the path has reached so far
+ * @param[in] depth        the number of steps taken, which is the index of the next key, not below 0; at the
+ *                         end of the path the result is NULL
+ * @param[in] path         the keys of the steps; only read
+ * @param[in] context      any word; passed to the comparer before the key
+ * @param[in] init         called with the block of the value pool that a new last entry gets; NULL: not
+ *                         called. Entries made before the last get no value, nor does any without a value
+ *                         pool
+ * @param[in] compare      checks whether an entry matches a key; with NULL nothing happens
+ * @return the entry at the end of the path, found or new
+ * @failure NULL at the end of the path, and if memory ran out; entries made before that stay
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @invalidates nothing
+ * @cost O(entries visited)
+ * @nullable init, compare
+ * @level low
+ */
 MUB_API mub_tree_entry *mub_tree_insert_x_t(mub_tree *tree, mub_tree_entry *current, int64_t depth,
                                             const mub_array *path, uint64_t context, mub_init_fn init,
                                             mub_tree_compare_x_fn compare);
 
-/* mub_tree_find: follow a path.
- *   compare   NULL finds nothing
- * Returns the entry at its end; NULL when a step leads nowhere or the path is empty. */
+/**
+ * Follows a path.
+ *
+ * @param[in] tree     the tree
+ * @param[in] path     the keys of the steps; only read
+ * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
+ * @return the entry at its end
+ * @failure NULL if no entry matches a step or the path is empty
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(entries visited)
+ * @nullable compare
+ */
 MUB_API mub_tree_entry *mub_tree_find(const mub_tree *tree, const mub_array *path,
                                       mub_tree_compare_fn compare);
 
-/* mub_tree_find_x: mub_tree_find with a context for the comparer. */
+/**
+ * Follows a path.
+ *
+ * @param[in] tree     the tree
+ * @param[in] path     the keys of the steps; only read
+ * @param[in] context  any word; passed to the comparer before the key
+ * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
+ * @return the entry at its end
+ * @failure NULL if no entry matches a step or the path is empty
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(entries visited)
+ * @nullable compare
+ */
 MUB_API mub_tree_entry *mub_tree_find_x(const mub_tree *tree, const mub_array *path, uint64_t context,
                                         mub_tree_compare_x_fn compare);
 
-/* mub_tree_find_t: mub_tree_find from the middle of a path.
- *   current   where the path has led so far
- *   depth     the steps taken: the index of the next key; at the path's end the result is NULL */
+/**
+ * Follows a path from its middle.
+ *
+ * @param[in] current  the entry that the path has reached so far
+ * @param[in] depth    the number of steps taken, which is the index of the next key; at the end of the path
+ *                     the result is NULL
+ * @param[in] path     the keys of the steps; only read
+ * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
+ * @return the entry at its end
+ * @failure NULL if no entry matches a step or the path is at its end
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(entries visited)
+ * @nullable compare
+ * @level low
+ */
 MUB_API mub_tree_entry *mub_tree_find_t(const mub_tree_entry *current, int64_t depth, const mub_array *path,
                                         mub_tree_compare_fn compare);
 
-/* mub_tree_find_x_t: mub_tree_find_t with a context for the comparer. */
+/**
+ * Follows a path from its middle.
+ *
+ * @param[in] current  the entry that the path has reached so far
+ * @param[in] depth    the number of steps taken, which is the index of the next key; at the end of the path
+ *                     the result is NULL
+ * @param[in] path     the keys of the steps; only read
+ * @param[in] context  any word; passed to the comparer before the key
+ * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
+ * @return the entry at its end
+ * @failure NULL if no entry matches a step or the path is at its end
+ * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @cost O(entries visited)
+ * @nullable compare
+ * @level low
+ */
 MUB_API mub_tree_entry *mub_tree_find_x_t(const mub_tree_entry *current, int64_t depth, const mub_array *path,
                                           uint64_t context, mub_tree_compare_x_fn compare);
 
-/* ---- mub_bitree: a binary tree of links alone -----------------------------------------------------------------
- *
- * The caller compares keys of its own, walks down by the fields and says on which side a new entry goes.
- *
- * Ownership, where a function does not say otherwise:
- *   mub_bitree_entry *   the entry is a block of the entry pool, or the root
- *   _clone               the copy is the destination's; a caller's value pool is shared by both, and values are then
- *                        copied as words
- *   _entry_remove        the entries are the pool's again, though links still lead to them; values are not released
- *   _entry_free          each value is handed to `release`, its block to a caller's value pool; with a caller's entry
- *                        pool the entries are the pool's again */
+/** @} */
 
-/* One entry; it stays where it is until it is released. */
+/**
+ * @defgroup bitree mub_bitree: a binary tree of links, with chains of equals
+ *
+ * A binary tree of links. The caller compares keys of its own, walks down by the fields and says on which
+ * side a new entry goes.
+ *
+ * @{
+ */
+
+/** One entry; it stays where it is until it is released. */
 typedef struct mub_bitree_entry {
-  struct mub_bitree_entry *parent; /* NULL in the root; on a chain of equals, the parent of its head */
-  struct mub_bitree_entry *equal;  /* the next entry that ranks equal, or NULL */
-  struct mub_bitree_entry *left;   /* ranks lower, or NULL */
-  struct mub_bitree_entry *right;  /* ranks higher, or NULL */
-  uint64_t value;                  /* the caller's; may be changed in place */
+  struct mub_bitree_entry *parent; /**< NULL in the root; on a chain of equals, the parent of its head */
+  struct mub_bitree_entry *equal;  /**< the next entry that ranks equal, or NULL */
+  struct mub_bitree_entry *left;   /**< ranks lower, or NULL */
+  struct mub_bitree_entry *right;  /**< ranks higher, or NULL */
+  uint64_t value;                  /**< the caller's; may be changed in place */
 } mub_bitree_entry;
 
+/** A binary tree of links. */
 typedef struct mub_bitree {
-  mub_bitree_entry root; /* an entry like any other, but for its place in the record */
-  int64_t count;         /* links made by mub_bitree_entry_add */
-  mub_pool *entry_pool;
-  uint16_t owns_entry_pool; /* 1: made by mub_bitree_init, released by mub_bitree_term */
-  mub_pool *value_pool;     /* NULL when there is none */
-  uint16_t owns_value_pool;
+  mub_bitree_entry root;    /**< an entry like any other, except for its place in the record */
+  int64_t count;            /**< links made by mub_bitree_entry_add() */
+  mub_pool *entry_pool;     /**< where the entries come from; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: made by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< where value blocks come from; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: made by `_init`, released by `_term` */
 } mub_bitree;
 
-/* mub_bitree_init: make the record a tree of a root alone.
- *   own_entry_pool, own_value_pool   not 0: make a pool that the tree owns
- * A pool record that cannot be allocated leaves its field NULL and its flag 0. Returns the tree. */
+/**
+ * Makes the record a tree of a root alone.
+ *
+ * @param[out] tree           the tree
+ * @param[in] own_entry_pool  not 0: make an entry pool that the tree owns
+ * @param[in] own_value_pool  not 0: make a value pool that the tree owns
+ * @return the tree
+ * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
+ * @owner the record is the caller's; the pools made here belong to the tree until mub_bitree_term()
+ * @invalidates nothing
+ */
 MUB_API mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int own_value_pool);
 
-/* mub_bitree_term: release the pools that the tree owns, their fields then NULL and their flags as they were, and
- * return entries to a caller's entry pool. Values are not looked at. Returns the tree, which is empty.
- * Cost: one release a chunk; with a caller's entry pool O(entries). */
+/**
+ * Releases the pools that the tree owns and returns entries to an external entry pool.
+ *
+ * The fields of owned pools are then NULL, their flags as they were. Values are not visited. The tree is
+ * empty.
+ *
+ * @param[in,out] tree  the tree
+ * @return the tree
+ * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner what the tree owns is released; values and external pools stay the caller's
+ * @invalidates all entries but the root
+ * @cost one release per chunk; O(entries) with an external entry pool
+ */
 MUB_API mub_bitree *mub_bitree_term(mub_bitree *tree);
 
-/* mub_bitree_remove_all: empty the tree. Entries go back to a caller's pool, owned pools are emptied, values are not
- * looked at. Returns the tree. Cost: as mub_bitree_term. */
+/**
+ * Empties the tree.
+ *
+ * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ *
+ * @param[in,out] tree  the tree
+ * @return the tree
+ * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to their pool; values are not released
+ * @invalidates all entries but the root
+ * @cost one release per chunk; O(entries) with an external entry pool
+ */
 MUB_API mub_bitree *mub_bitree_remove_all(mub_bitree *tree);
 
-/* mub_bitree_free_all: the same after releasing every value that is not 0, the root's included; value blocks go back
- * to a caller's value pool.
- *   release   called once for every such value, in the order of mub_bitree_entry_remove; may be NULL
- * Returns the tree. Cost: O(entries). */
+/**
+ * Releases every value that is not 0, the root's included, then empties the tree.
+ *
+ * The values' blocks go back to an external value pool.
+ *
+ * @param[in,out] tree  the tree
+ * @param[in] release   called once with every value that is not 0, in the order of mub_bitree_entry_remove();
+ *                      NULL: not called
+ * @return the tree
+ * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
+ *   their pool
+ * @invalidates all entries but the root
+ * @cost O(entries)
+ * @nullable release
+ */
 MUB_API mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release);
 
-/* mub_bitree_clone: copy a tree.
- *   source             unchanged
- *   source_user_pool   with `destination_user_pool` and `callback`: a pool that the values refer into, cloned too;
- *                      a pool given as both is shared; else NULL
- *   destination        initialised with the same flags; what it held is dropped
- *   callback           called once for every entry, the root and value 0 included, when the source owns its value
- *                      pool: for an entry, then what is on its left, on its right, and its equals; may be NULL
- * With owned pools, entries and value blocks keep their place in the copied pools and addresses are translated; a
- * value that is no block of the pool becomes 0, and so do all when the destination has no value pool of its own. A
- * link to what is no block of the entry pool becomes NULL. Unless both own their entry pools, the copies are fresh
- * blocks of the destination's; one without a pool shares that of the source. A caller's value pool is shared, values
- * are then copied as words, and a value pool of the destination's own gives way.
- * Returns the destination; empty when memory ran out. Cost: O(entries). */
+/**
+ * Copies a tree.
+ *
+ * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
+ * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
+ * has no value pool of its own. A link to what is no block of the entry pool becomes NULL. Unless both own
+ * their entry pools, the copies are fresh blocks of the destination's; a destination without a pool shares
+ * that of the source. An external value pool is shared, values are then copied as words, and the destination
+ * gives up its own value pool. `source_user_pool` and `destination_user_pool` are given together with
+ * `callback`, or both are NULL.
+ *
+ * @param[in] source                     the tree to copy; it does not change
+ * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
+ *                                       there is none
+ * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       the same pool to share it; NULL if there is none
+ * @param[in] callback                   called once for every entry, the root and value 0 included, if the
+ *                                       source owns its value pool: for an entry, then for its left side, its
+ *                                       right side and its equals; NULL: not called
+ * @return the destination
+ * @failure none; the destination is empty if memory runs out
+ * @owner the copy belongs to the destination; an external value pool is shared by both trees
+ * @invalidates all entries of the destination but the root
+ * @cost O(entries)
+ * @nullable source_user_pool, destination_user_pool, callback
+ */
 MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_user_pool,
                                      mub_bitree *destination, mub_pool *destination_user_pool,
                                      mub_clone_fn callback);
 
-/* mub_bitree_clone_entry: copy an entry and all that hangs on it, its equals included, into fresh blocks of a tree's
- * entry pool.
- *   tree     gets the copy; its `count` rises by the links within
- *   source   of this tree or any other; unchanged. Values are copied as words
- * Returns the copy, its `parent` NULL; NULL when memory ran out. Cost: O(entries copied). */
+/**
+ * Copies an entry and everything linked from it, its equals included, into fresh blocks of a tree's entry
+ * pool.
+ *
+ * Values are copied as words.
+ *
+ * @param[in,out] tree  the tree that gets the copy; its `count` rises by the links within
+ * @param[in] source    an entry of this tree or of any other
+ * @return the copy, its `parent` NULL
+ * @failure NULL if memory ran out
+ * @owner the copies are blocks of the tree's entry pool, for the caller to link; values are copied as words
+ * @invalidates nothing
+ * @cost O(entries copied)
+ * @level low
+ */
 MUB_API mub_bitree_entry *mub_bitree_clone_entry(mub_bitree *tree, const mub_bitree_entry *source);
 
-/* mub_bitree_set_parent: make the entry the parent of its left and its right child and of their equals, and give its
- * own equals its own parent, after its content was moved here. Cost: O(equals). */
+/**
+ * Makes the entry the parent of its left and right children and their equals, and gives its own equals its
+ * own parent, after its content was moved here.
+ *
+ * @param[in,out] entry  an entry
+ * @invalidates nothing
+ * @cost O(equals)
+ * @level low
+ */
 MUB_API void mub_bitree_set_parent(mub_bitree_entry *entry);
 
-/* mub_bitree_entry_init: clear the five fields. */
+/**
+ * Clears the five fields of an entry.
+ *
+ * @param[out] entry  an entry
+ * @invalidates nothing
+ * @level low
+ */
 MUB_API void mub_bitree_entry_init(mub_bitree_entry *entry);
 
-/* mub_bitree_entry_new: take a block of the entry pool.
- * Returns the entry, cleared and neither linked nor counted; NULL when none can be had. */
+/**
+ * Takes a block of the entry pool.
+ *
+ * @param[in,out] tree  the tree
+ * @return the entry, cleared and neither linked nor counted
+ * @failure NULL if there is none
+ * @owner the block belongs to the entry pool, and is the caller's to link or to return
+ * @invalidates nothing
+ */
 MUB_API mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree);
 
-/* mub_bitree_entry_add: link an entry to another. What was linked there before is no longer reachable from it: add an
- * equal entry to the last one of the chain.
- *   direction   below 0: as left child; above 0: as right child; 0: as next equal, with the other's parent
- *   added       NULL, as `entry`, changes nothing
- * Returns the tree. */
+/**
+ * Links an entry to another.
+ *
+ * What was linked there before can no longer be reached from it: add an equal entry to the last one of the
+ * chain.
+ *
+ * @param[in,out] tree   the tree
+ * @param[in,out] entry  the entry to link to; with NULL nothing changes
+ * @param[in] direction  below 0: as left child; above 0: as right child; 0: as next equal, with the other's
+ *                       parent
+ * @param[in,out] added  the entry to link; with NULL nothing changes
+ * @return the tree
+ * @owner the tree refers to the entry, which stays where it is
+ * @invalidates nothing
+ * @nullable entry, added
+ */
 MUB_API mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *entry, int direction,
                                          mub_bitree_entry *added);
 
-/* mub_bitree_entry_swap: exchange the five fields of two entries, then mub_bitree_set_parent for both. Links of others
- * to the two stay. */
+/**
+ * Exchanges the five fields of two entries, then calls mub_bitree_set_parent() for both.
+ *
+ * Links from other entries to the two are unchanged.
+ *
+ * @param[in,out] a  one entry
+ * @param[in,out] b  the other entry
+ * @owner both entries stay where they are
+ * @invalidates nothing
+ * @cost O(equals)
+ * @level low
+ */
 MUB_API void mub_bitree_entry_swap(mub_bitree_entry *a, mub_bitree_entry *b);
 
-/* mub_bitree_entry_remove: return what is on the left, on the right, the equals, and then the entry itself, each in
- * that order, to the entry pool, whoever owns it. The root itself stays. Links and `count` stay: clear the link to the
- * entry, in the root those that it holds. Cost: O(entries met). */
+/**
+ * Returns the left side, the right side, the equals and then the entry itself, each in that order, to the
+ * entry pool, owned or external.
+ *
+ * The root itself stays. Links and `count` are unchanged: clear the link to the entry, or the links of the
+ * root.
+ *
+ * @param[in,out] tree   the tree
+ * @param[in,out] entry  an entry
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner entries go back to the pool, although links still lead to them; values are not released
+ * @invalidates the entry and those linked from it
+ * @cost O(entries visited)
+ */
 MUB_API void mub_bitree_entry_remove(mub_bitree *tree, mub_bitree_entry *entry);
 
-/* mub_bitree_entry_free: release, in the same order, every value that is not 0, its block going back to a caller's
- * value pool, and return the entries to a caller's entry pool; with an owned one they stay, with their values' words.
- *   release   called for every such value; may be NULL */
+/**
+ * Releases every value that is not 0, in the order of mub_bitree_entry_remove().
+ *
+ * The values' blocks go back to an external value pool. Entries go back to an external entry pool; in an
+ * owned one they stay, with the words of their values.
+ *
+ * @param[in,out] tree   the tree
+ * @param[in,out] entry  an entry
+ * @param[in] release    called once with every value that is not 0, in the order of
+ *                       mub_bitree_entry_remove(); NULL: not called
+ * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
+ *   an external pool
+ * @invalidates the values; the entry and those linked from it, if their pool is external
+ * @cost O(entries visited)
+ * @nullable release
+ */
 MUB_API void mub_bitree_entry_free(mub_bitree *tree, mub_bitree_entry *entry, mub_free_fn release);
+
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Writes what bindings and manuals are made of, from the public headers and the built library.
 
-    tools/api_export.py probe                                       a C program that prints the layout of the records
-    tools/api_export.py json --library LIB --layout FILE OUTPUT     mub-api.json
-    tools/api_export.py man MUB_API_JSON DIRECTORY                  the manual pages, in man3/ and man7/
-    tools/api_export.py check [--library LIB]                       reports what the comments leave untold
+    tools/api_export.py read INTERFACE                                       what Doxygen reads in the headers
+    tools/api_export.py probe INTERFACE                                      a C program that prints the records' layout
+    tools/api_export.py json INTERFACE --library LIB --layout FILE OUTPUT    mub-api.json
+    tools/api_export.py man MUB_API_JSON DIRECTORY                           the manual pages, in man3/ and man7/
+    tools/api_export.py check [--library LIB]                                reports what the tags leave open
 
 `--root DIR` reads the headers of another tree. A fault is one line; the result is then 1, and nothing is written.
 """
@@ -17,19 +18,27 @@ from pathlib import Path
 sys.dont_write_bytecode = True
 import api_calls  # noqa: E402
 import api_man  # noqa: E402
-import api_model  # noqa: E402
+import api_reader  # noqa: E402
 from symbol_map import version_text  # noqa: E402
 
 
-def probe_text(model):
+def loaded(path):
+    return json.loads(Path(path).read_text())
+
+
+def write_json(value, path):
+    Path(path).write_text(json.dumps(value, indent=1, ensure_ascii=False) + "\n")
+
+
+def probe_text(interface):
     """Prints one line a record, "name size alignment", and one a field, "name.field offset size"."""
     lines = ["#include <stddef.h>", "#include <stdio.h>", '#include "mub.h"', "", "int main(void) {"]
-    for record in model.records.values():
-        name = record.name
+    for record in interface["records"]:
+        name = record["name"]
         lines.append(f'  printf("{name} %zu %zu\\n", sizeof({name}), _Alignof({name}));')
-        for field in record.fields:
-            place = f"offsetof({name}, {field.name}), sizeof((({name} *)0)->{field.name})"
-            lines.append(f'  printf("{name}.{field.name} %zu %zu\\n", {place});')
+        for field in (field["name"] for field in record["fields"]):
+            place = f"offsetof({name}, {field}), sizeof((({name} *)0)->{field})"
+            lines.append(f'  printf("{name}.{field} %zu %zu\\n", {place});')
     return "\n".join([*lines, "  return 0;", "}", ""])
 
 
@@ -39,91 +48,65 @@ def layout_of(path):
     return {name: (int(first), int(second)) for name, first, second in lines}
 
 
-def record_json(model, record, layout):
-    size, alignment = layout[record.name]
-    fields = []
-    for field in record.fields:
-        offset, field_size = layout[f"{record.name}.{field.name}"]
-        fields.append({"name": field.name, "type": field.type, "offset": offset, "size": field_size,
-                       "doc": model.field_doc(record, field)})
-    # The first word of its name is its module: mub_hash_entry is of hash.
-    word = record.name.removeprefix("mub_").split("_")[0]
-    return {"name": record.name, "module": word, "size": size, "alignment": alignment,
-            "summary": model.record_summary(record), "fields": fields}
+def add_layout(record, layout):
+    record["size"], record["alignment"] = layout[record["name"]]
+    for field in record["fields"]:
+        field["offset"], field["size"] = layout[f"{record['name']}.{field['name']}"]
 
 
-def function_json(function, allocating):
-    return {
-        "name": function.name, "module": function.module, "header": function.header, "line": function.line,
-        "declaration": function.declaration, "summary": function.summary, "description": function.description,
-        "parameters": [parameter._asdict() for parameter in function.parameters],
-        "returns": {"type": function.result_type, "doc": function.returns},
-        "failure": function.failure._asdict(), "ownership": function.ownership, "invalidates": function.invalidates,
-        "cost": function.cost, "refers_to": function.refers_to, "may_allocate": function.name in allocating,
-    }
+def public(value):
+    """`value` without what the reader keeps for the checks."""
+    if isinstance(value, dict):
+        return {key: public(part) for key, part in value.items() if not key.startswith("_")}
+    return [public(part) for part in value] if isinstance(value, list) else value
 
 
-def interface_json(model, layout):
-    version = version_text(model.root)
-    return {
-        "library": "mub", "version": version, "soname": f"libmub.so.{version.split('.')[0]}",
-        "modules": [module._asdict() for module in model.modules.values()],
-        "records": [record_json(model, record, layout) for record in model.records.values()],
-        "callbacks": [{"name": found.name, "declaration": found.code, "doc": model.callback_doc(found)}
-                      for found in model.callbacks.values()],
-        "objects": [{"name": found.name, "type": f"{found.type}{found.code[found.code.index('['):-1]}",
-                     "declaration": f"extern {found.code}",
-                     "doc": model.object_doc(found)}
-                    for found in model.objects.values()],
-        "functions": [function_json(function, model.allocating) for function in model.functions.values()],
-    }
+def interface_json(interface, root, layout):
+    for record in interface["records"]:
+        add_layout(record, layout)
+    version = version_text(root)
+    return {"library": "mub", "version": version, "soname": f"libmub.so.{version.split('.')[0]}", **public(interface)}
 
 
-def faults_of(model):
-    """All that cannot be told of the interface; asking for every text finds it."""
-    model.functions  # noqa: B018
-    for record in model.records.values():
-        model.record_summary(record)
-        for field in record.fields:
-            model.field_doc(record, field)
-    for callback in model.callbacks.values():
-        model.callback_doc(callback)
-    return model.faults
-
-
-def model_of(arguments):
-    allocating = api_calls.allocating(arguments.library) if arguments.library else ()
-    return api_model.load(arguments.root, allocating)
+def checked(interface, library):
+    """Adds what the machine code says, and prints the faults; whether there is none."""
+    api_reader.add_allocations(interface, api_calls.allocating(library) if library else ())
+    found = list(api_reader.faults(interface))
+    print("".join(f"{fault}\n" for fault in found), end="")
+    return not found
 
 
 def run(arguments):
-    if arguments.command == "man":
-        api_man.write_pages(json.loads(Path(arguments.json).read_text()), Path(arguments.directory))
-        return 0
-    model = model_of(arguments)
-    if arguments.command == "probe":
-        print(probe_text(model), end="")
-        return 0
-    faults = faults_of(model)
-    print("".join(f"{fault}\n" for fault in faults), end="")
-    if not faults and arguments.command == "json":
-        text = json.dumps(interface_json(model, layout_of(arguments.layout)), indent=1, ensure_ascii=False)
-        Path(arguments.output).write_text(text + "\n")
-    return 1 if faults else 0
+    command = arguments.command
+    if command == "read":
+        write_json(api_reader.read(arguments.root, strict=False), arguments.interface)
+    elif command == "probe":
+        print(probe_text(loaded(arguments.interface)), end="")
+    elif command == "man":
+        api_man.write_pages(loaded(arguments.json), Path(arguments.directory))
+    elif command == "check":
+        return 0 if checked(api_reader.read(arguments.root, strict=True), arguments.library) else 1
+    else:
+        interface = loaded(arguments.interface)
+        if not checked(interface, arguments.library):
+            return 1
+        write_json(interface_json(interface, arguments.root, layout_of(arguments.layout)), arguments.output)
+    return 0
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--root", type=Path, default=Path(__file__).resolve().parent.parent)
-    parser.set_defaults(library=None)
     commands = parser.add_subparsers(dest="command", required=True)
-    commands.add_parser("probe")
+    for name in ("read", "probe", "json"):
+        command = commands.add_parser(name)
+        command.add_argument("interface")
+        if name == "json":
+            command.add_argument("--library", required=True)
+            command.add_argument("--layout", required=True)
+            command.add_argument("output")
     checking = commands.add_parser("check")
     checking.add_argument("--library")
-    exporting = commands.add_parser("json")
-    exporting.add_argument("--library", required=True)
-    exporting.add_argument("--layout", required=True)
-    exporting.add_argument("output")
     writing = commands.add_parser("man")
     writing.add_argument("json")
     writing.add_argument("directory")

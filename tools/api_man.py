@@ -69,41 +69,62 @@ def references(names):
 def failure_text(failure):
     if failure["value"] == "none":
         return failure["doc"]
-    return f"`{failure['value']}`: {failure['doc'][:1].lower()}{failure['doc'][1:]}"
+    return f"`{failure['value']}` {failure['doc']}".strip()
 
 
 def neighbours(function, functions):
-    """What one reads next: the function that its comment leans on, and those declared around it."""
+    """What one reads next: the functions that its text names, and those declared around it."""
+    known = {other["name"] for other in functions} - {function["name"]}
+    texts = [value for value in function.values() if isinstance(value, str)]
+    named = [name for name in re.findall(r"\b(mub_\w+)\(\)", " ".join(texts)) if name in known]
     names = [other["name"] for other in functions if other["module"] == function["module"]]
     place = names.index(function["name"])
-    near = [function["refers_to"], *names[max(place - 2, 0):place], *names[place + 1:place + 3]]
-    return [name for name in dict.fromkeys(near) if name]
+    return list(dict.fromkeys([*named, *names[max(place - 2, 0):place], *names[place + 1:place + 3]]))
 
 
-def function_page(function, api):
+def memory_of(function):
     memory = "May allocate memory." if function["may_allocate"] else "Allocates no memory."
     if any(parameter["type"].endswith("_fn") for parameter in function["parameters"]):
         memory += " What the callback does is not counted."
+    return memory
+
+
+def parameter_text(parameter):
+    text = sentence(parameter["doc"])
+    if parameter["length"]:
+        text += f" An array: `{parameter['name']}[{parameter['length']}]`."
+    if parameter["nullable"]:
+        text += " May be NULL."
+    return text
+
+
+def function_page(function, api):
     see = [(name, 3) for name in neighbours(function, api["functions"])] + [(f"mub_{function['module']}", 7)]
+    low = "A building block of the everyday functions." if function["level"] == "low" else ""
     return [
         *head(function["name"], 3, api),
         ".SH NAME", f"{function['name']} \\- {escaped(plain(function['summary']))}",
         ".SH SYNOPSIS", ".nf", f".B #include <{function['header']}>", ".PP", *declared(function["declaration"]), ".fi",
-        *section("DESCRIPTION", function["summary"], function["description"]),
-        *terms("PARAMETERS", [(f"{parameter['name']} ({parameter['direction']})", sentence(parameter["doc"]))
+        *section("DESCRIPTION", function["summary"], function["description"], low),
+        *terms("PARAMETERS", [(f"{parameter['name']} ({parameter['direction']})", parameter_text(parameter))
                               for parameter in function["parameters"]]),
-        *section("RETURN VALUE", function["returns"]["doc"]),
-        *section("FAILURE", failure_text(function["failure"])),
-        *section("OWNERSHIP", function["ownership"]),
-        *section("INVALIDATES", function["invalidates"]),
-        *section("COST", function["cost"]),
-        *section("MEMORY", memory),
+        *section("RETURN VALUE", sentence(function["returns"]["doc"])),
+        *section("FAILURE", sentence(failure_text(function["failure"]))),
+        *section("OWNERSHIP", sentence(function["ownership"])),
+        *section("INVALIDATES", sentence(function["invalidates"])),
+        *section("COST", sentence(function["cost"] or "constant")),
+        *section("MEMORY", memory_of(function)),
+        *section("THREADS", sentence(function["threads"])),
         *references(see),
     ]
 
 
 def sentence(text):
-    return text if text.endswith(".") else text + "."
+    """`text` as a sentence; names and values at its beginning stay as they are."""
+    if not text:
+        return ""
+    first = text if re.match(r"mub_|`|NULL|[a-z]+_|O\(", text) else text[:1].upper() + text[1:]
+    return first if first.endswith((".", "!", "?")) else first + "."
 
 
 def plain(summary):
@@ -115,8 +136,17 @@ def plain(summary):
 def record_section(record):
     lines = [f".SS {record['name']}", *filled(f"{record['summary']} {record['size']} bytes.")]
     for field in record["fields"]:
-        lines += [".TP", f".B {quoted(field_declaration(field))}", *filled(field["doc"])]
+        lines += [".TP", f".B {quoted(field_declaration(field))}", *filled(sentence(field["doc"]))]
     return lines
+
+
+def results(rows):
+    """The table of results, for tbl."""
+    if not rows:
+        return []
+    cell = lambda text: f"T{{\n{chr(10).join(filled(text)) or chr(92) + '&'}\nT}}"
+    formats = ["lb " * len(rows[0]), "lx " * len(rows[0]) + "."]
+    return [".SH RESULTS", ".TS", "allbox;", *formats, *("\t".join(cell(text) for text in row) for row in rows), ".TE"]
 
 
 def field_declaration(field):
@@ -128,10 +158,12 @@ def module_page(module, api):
     mine = [function for function in api["functions"] if function["module"] == module["name"]]
     records = [record for record in api["records"] if record["module"] == module["name"]]
     lines = [
+        *(["'\\\" t"] if module["results"] else []),
         *head(f"mub_{module['name']}", 7, api),
         ".SH NAME", f"mub_{module['name']} \\- {escaped(plain(module['title']))}",
         ".SH SYNOPSIS", f".B #include <{module['header']}>",
-        *section("DESCRIPTION", module["summary"]),
+        *section("DESCRIPTION", module["summary"], *module["description"].split("\n")),
+        *results(module["results"]),
     ]
     if records:
         lines += [".SH RECORDS"] + [line for record in records for line in record_section(record)]

@@ -24,12 +24,12 @@ install_missing() {
 }
 
 toolchain_packages=(build-essential cmake ninja-build)
-test_packages=(libgtest-dev python3 graphviz gdb)
+test_packages=(libgtest-dev python3 doxygen graphviz gdb)
 cross_packages=(googletest qemu-user)
 docs_packages=(doxygen graphviz python3)
 browser_packages=(chromium chromium-driver python3-selenium fonts-dejavu-core)
 clang_packages=(clang libclang-rt-14-dev)
-api_packages=(mandoc man-db nodejs npm python3-jsonschema)
+api_packages=(doxygen mandoc man-db nodejs npm python3-jsonschema)
 lint_packages=(clang-format clang-tidy shellcheck)
 size_packages=(cloc)
 coverage_packages=(gcovr)

@@ -2,7 +2,7 @@
 
     api_test.py MUB_API_JSON SCHEMA MAN_DIR ALLOCATION_PROBE
 
-Expected values are written down here; what is said of allocation is held against what allocation_probe.cpp counts.
+Expected values are written down here; `may_allocate` is compared with what allocation_probe.cpp counts.
 """
 
 import json
@@ -18,6 +18,7 @@ SCHEMA = json.loads(Path(sys.argv.pop(2)).read_text())
 API = json.loads(Path(sys.argv.pop(1)).read_text())
 FUNCTIONS = {function["name"]: function for function in API["functions"]}
 RECORDS = {record["name"]: record for record in API["records"]}
+CALLBACKS = {callback["name"]: callback for callback in API["callbacks"]}
 
 
 def parameter(function, name):
@@ -37,7 +38,7 @@ class Json(unittest.TestCase):
             jsonschema.validate(broken, SCHEMA)
 
     def test_names_types_that_it_describes(self):
-        known = {*RECORDS, *(callback["name"] for callback in API["callbacks"])}
+        known = {*RECORDS, *CALLBACKS}
         known |= {"void", "char", "int", "float", "double", "...",
                   *(f"{sign}int{bits}_t" for sign in ("", "u") for bits in (8, 16, 32, 64))}
         types = [field["type"] for record in API["records"] for field in record["fields"]]
@@ -64,25 +65,31 @@ class Json(unittest.TestCase):
 
     def test_takes_a_comment_apart(self):
         insert = FUNCTIONS["mub_hash_insert"]
-        self.assertEqual(insert["summary"], "Add a key with a value unless the key is present.")
-        self.assertEqual(insert["returns"], {
-            "type": "int", "doc": "1 when added; 0 when the key was present (its value stays) or memory ran out."})
+        self.assertEqual(insert["summary"], "Adds a key with a value unless the key is present.")
+        self.assertEqual(insert["returns"], {"type": "int", "doc": "1 if added"})
         self.assertEqual(insert["failure"]["value"], "0")
-        self.assertEqual(insert["invalidates"], "Bucket positions of a walk.")
-        self.assertEqual(insert["cost"], "O(1) expected; doubles the buckets now and then.")
+        self.assertEqual(insert["invalidates"], "the bucket position of a running walk, and pointers to keys")
+        self.assertEqual(insert["cost"], "O(1) expected; doubles the buckets now and then")
         self.assertEqual([found["name"] for found in insert["parameters"]], ["hash", "key", "length", "value"])
+        self.assertEqual((insert["level"], FUNCTIONS["mub_hash_insert_t"]["level"]), ("everyday", "low"))
+        self.assertIn("like a function that takes it as const", FUNCTIONS["mub_pool_iter_new"]["threads"])
 
-    def test_puts_in_what_a_comment_leans_on(self):
-        find = FUNCTIONS["mub_arrayx_find_index"]  # "sorted: as mub_array_find_index."
-        self.assertEqual(find["summary"], "The index of a key.")
-        self.assertEqual((find["failure"]["value"], find["returns"]["doc"]),
-                         ("-1", "The index of a key; -1 when the key is not there."))
-        self.assertEqual(parameter("mub_hashx_free", "release")["doc"], parameter("mub_hash_free", "release")["doc"])
-        # "the same …" is the function before, or the one that this is the same as.
-        self.assertEqual(FUNCTIONS["mub_wchar_right_wchar"]["refers_to"], "mub_wchar_left_wchar")
-        self.assertEqual(FUNCTIONS["mub_char_find_pos"]["failure"]["value"], "-1")
-        # The nearest listing counts: keys are bytes in mub_hash, and given as they are in the layer below.
-        self.assertNotEqual(parameter("mub_hash_find", "length")["doc"], parameter("mub_hash_find_t", "length")["doc"])
+    def test_tells_callbacks(self):
+        compare = CALLBACKS["mub_tree_compare_fn"]
+        self.assertEqual(compare["declaration"], "typedef int (*mub_tree_compare_fn)(const mub_tree_entry *entry, "
+                         "const void *key, int64_t length);")
+        self.assertEqual([(found["name"], found["type"], found["length"], found["nullable"])
+                          for found in compare["parameters"]],
+                         [("entry", "const mub_tree_entry *", None, False), ("key", "const void *", "length", True),
+                          ("length", "int64_t", None, False)])
+        self.assertEqual(compare["returns"], {"type": "int", "doc": "0 if the entry matches"})
+        self.assertEqual(CALLBACKS["mub_free_fn"]["returns"]["type"], "void")
+
+    def test_tells_the_results_of_a_family(self):
+        results = {module["name"]: module["results"] for module in API["modules"]}
+        self.assertIn(["`_find`", "1", "0", ""], results["hashd"])
+        self.assertEqual({len(row) for table in results.values() for row in table}, {4})
+        self.assertEqual([name for name, table in results.items() if len(table) < 4], [])
 
     def test_tells_directions(self):
         for function, name, direction in (
@@ -98,12 +105,22 @@ class Json(unittest.TestCase):
                 ("mub_str_dup", "string", "inout"), ("mub_string_format", "...", "in")):
             self.assertEqual(parameter(function, name)["direction"], direction, f"{function}: {name}")
 
+    def test_tells_lengths_and_null(self):
+        for function, name, length, nullable in (
+                ("mub_hash_find", "key", "length", True), ("mub_hasht_find", "key", "4", False),
+                ("mub_hash_cmp", "b", "b_length", False), ("mub_array_get_at", "key", "length", False),
+                ("mub_hash_free", "release", None, True), ("mub_arrayt_qsort_p", "items", "count", False),
+                ("mub_wchar_cmp", "a", "a_length", False), ("mub_stream_update", "bytes", "new_count", True)):
+            found = parameter(function, name)
+            self.assertEqual((found["length"], found["nullable"]), (length, nullable), f"{function}: {name}")
+
     def test_tells_failures(self):
         for function, value in (
                 ("mub_malloc", "NULL"), ("mub_hash_find", "none"), ("mub_hash_entry_first", "NULL"),
                 ("mub_mem_chr", "-1"), ("mub_mem_cmp", "none"), ("mub_string_append", "none"),
                 ("mub_string_get_at", "-1"), ("mub_array_insert_new", "-1"), ("mub_char_get_float", "0.0"),
-                ("mub_stream_inflate_lword", "-1"), ("mub_tree_entry_compare", "none"), ("mub_pool_set_addr", "NULL")):
+                ("mub_stream_inflate_lword", "-1"), ("mub_tree_entry_compare", "none"), ("mub_pool_set_addr", "NULL"),
+                ("mub_hash_clone", "none"), ("mub_btreed_cursor_next", "NULL")):
             self.assertEqual(FUNCTIONS[function]["failure"]["value"], value, function)
         self.assertIn("memory", FUNCTIONS["mub_string_append"]["failure"]["doc"])
 
@@ -123,8 +140,8 @@ class Pages(unittest.TestCase):
 
     def test_say_what_the_model_says(self):
         page = (MAN / "man3/mub_hash_insert.3").read_text()
-        for text in ("mub_hash_insert \\- add a key with a value unless the key is present\n", ".B #include <mub_hash.h>",
-                     '"    const void *key,"', ".SH RETURN VALUE\n1 when added", ".BR mub_hash (7)\n"):
+        for text in ("mub_hash_insert \\- adds a key with a value unless the key is present\n", ".B #include <mub_hash.h>",
+                     '"    const void *key,"', "length]\\fR. May be NULL.", ".SH RETURN VALUE\n1 if added", ".BR mub_hash (7)\n"):
             self.assertIn(text, page)
 
 

@@ -16,15 +16,16 @@ CC = os.environ.get("CC", "cc")
 
 HEADER = """
 #define MUB_API __attribute__((visibility("default")))
-/* mub_one: one. */
+/** One. */
 MUB_API int mub_one(int x);
 
-/* mub_two: two
- * and more. */
+/**
+ * Two.
+ */
 MUB_API int mub_two(
     int x);
 
-/* MUB_TABLE: an object. */
+/** An object. */
 extern MUB_API const int MUB_TABLE[2];
 """
 SOURCE = """
@@ -98,10 +99,10 @@ class CheckApi(Tree):
             "mub_three: in src/mub.map but not in the headers", "not as tools/update_map writes it",
             "but not in the headers\n")
 
-    def test_reports_comments_that_are_missing_or_name_something_else(self):
-        header = HEADER.replace("mub_one: one", "mub_won: one")
+    def test_reports_comments_that_are_missing_or_no_documentation(self):
+        header = HEADER.replace("/** One", "/* One")
         self.write("include/mub_a.h", header.replace("MUB_API int mub_two", "int a;\nMUB_API int mub_two"))
-        self.assert_reports(self.check("check_api"), "a.h:4: no comment '/* mub_one:", "a.h:9: no comment '/* mub_two:")
+        self.assert_reports(self.check("check_api"), "a.h:4: mub_one: no /**", "a.h:10: mub_two: no /**")
 
     def test_reports_a_header_that_mub_h_leaves_out(self):
         self.write("include/mub_b.h", "")
@@ -113,8 +114,8 @@ class CheckApi(Tree):
         self.write("CMakeLists.txt", "project(mub VERSION 1.1.2 LANGUAGES C)\n")
         self.write("debian/changelog", "libmub (1.1.2-1) unstable; urgency=medium\n")
         self.assert_clean(self.check("check_api", self.built()))
-        added = HEADER + "/* mub_three: three. */\nMUB_API int mub_three(void);\n"
-        self.write("include/mub_a.h", added.replace("MUB_API int mub_two", "int mub_two").replace("/* mub_two", "/* two"))
+        added = HEADER + "/** Three. */\nMUB_API int mub_three(void);\n"
+        self.write("include/mub_a.h", added.replace("MUB_API int mub_two", "int mub_two"))
         self.write("src/mub.map", MAP + "MUB_1.1 {\n  global:\n    mub_three;\n} MUB_1.0;\n")
         source = SOURCE + "int mub_three(void) { return 3; }\n"
         self.assert_reports(
@@ -171,82 +172,151 @@ class CheckApi(Tree):
 
 
 
-DOCUMENTED = """/* mub_a.h: a module.
+DOCUMENTED = """/**
+ * @defgroup a mub_a: a module
  *
- * Parameters, where a function does not say otherwise:
- *   a   the record
+ * A module.
  *
- * Ownership, where a function does not say otherwise:
- *   char *   stays the record's */
+ * | operation | present  | absent | out of memory |
+ * | --------- | -------- | ------ | ------------- |
+ * | `_get`    | the name | NULL   |               |
+ *
+ * @{
+ */
+#include "mub_base.h"
+/** Exported. */
 #define MUB_API __attribute__((visibility("default")))
 
-/* A record. */
+/** A record. */
 typedef struct mub_a {
-  int count; /* how many */
+  int count; /**< how many */
 } mub_a;
 
-/* mub_a_fn: called with each. */
+/**
+ * Called with each.
+ *
+ * @param[in] x  a number
+ * @return anything
+ */
 typedef int (*mub_a_fn)(int x);
 
-/* mub_a_get: look a name up.
- *   key   what to look for
- * Returns the name; NULL when there is none. */
+/**
+ * Looks a name up.
+ *
+ * @param[in] a    the record
+ * @param[in] key  what to look for
+ * @return the name
+ * @failure NULL if there is none
+ * @owner stays the record's
+ */
 MUB_API char *mub_a_get(const mub_a *a, int key);
 
-/* mub_a_walk: call a function, as mub_a_get.
- *   each   called
- * Out of memory nothing happens. */
-MUB_API void mub_a_walk(mub_a *a, int key, mub_a_fn each);
+/**
+ * Calls a function for some words.
+ *
+ * @param[in,out] a     the record
+ * @param[in] words     the words
+ * @param[in] count     how many there are
+ * @param[in] each      called with each; NULL: nothing happens
+ * @failure nothing happens if memory runs out
+ * @invalidates nothing
+ * @bounds words[count]
+ * @nullable each
+ * @level low
+ */
+MUB_API void mub_a_walk(mub_a *a, const int *words, int count, mub_a_fn each);
+
+/** @} */
 """
 ALLOCATING = """
 #include <stdlib.h>
 #include "mub_a.h"
 static char *fresh(int size) { return malloc((size_t)size); }
 char *mub_a_get(const mub_a *a, int key) { return a->count > key ? "a" : 0; }
-void mub_a_walk(mub_a *a, int key, mub_a_fn each) {
-  char *volatile block = fresh(key);
-  a->count = each(key) + (block != 0);
+void mub_a_walk(mub_a *a, const int *words, int count, mub_a_fn each) {
+  char *volatile block = fresh(count);
+  a->count = each(words[0]) + (block != 0);
 }
 """
 
 
+@unittest.skipUnless(shutil.which("doxygen"), "needs doxygen")
 class CheckApiDocs(Tree):
     def setUp(self):
         super().setUp()
+        self.write("include/mub_base.h", "")
         self.write("src/mub.map", "MUB_1.0 {\n  global:\n    mub_a_get;\n    mub_a_walk;\n  local:\n    *;\n};\n")
 
-    def check_with(self, old="", new="", *arguments):
-        self.assertIn(old, DOCUMENTED)
-        self.write("include/mub_a.h", DOCUMENTED.replace(old, new))
-        return self.check("api_export.py", "check", *arguments)
+    def assert_faults(self, changes, *arguments):
+        """Each change of the header brings the fault behind it, and no other."""
+        for old, new, *faults in changes:
+            self.assertIn(old, DOCUMENTED)
+            self.write("include/mub_a.h", DOCUMENTED.replace(old, new))
+            self.assert_reports(self.check("api_export.py", "check", *arguments), *faults)
 
     def test_accepts_what_is_documented(self):
-        self.assert_clean(self.check_with())
-        self.assert_clean(self.check_with("", "", "--library", self.built(ALLOCATING)))
+        self.write("include/mub_a.h", DOCUMENTED)
+        self.assert_clean(self.check("api_export.py", "check"))
+        self.assert_clean(self.check("api_export.py", "check", "--library", self.built(ALLOCATING)))
 
-    def test_reports_parameters_without_a_text_and_notes_without_a_parameter(self):
-        # mub_a_walk had its text from mub_a_get, which it refers to.
-        self.assert_reports(
-            self.check_with(" *   key   what", " *   kay   what"),
-            "mub_a_get: key: no text", "mub_a_get: kay: a note, but no parameter", "mub_a_walk: key: no text")
-        self.assert_reports(self.check_with(" *   a   the record\n", ""), "mub_a_get: a: no", "mub_a_walk: a: no")
+    def test_reports_parameters_and_results_that_do_not_fit_the_declaration(self):
+        self.assert_faults([
+            (" * @param[in] key  what to look for\n", "", "parameter of mub_a_get", "parameter 'key'"),
+            ("@param[in] key  what", "@param[out] key  what", "mub_a_get: @param key: out, but no pointer"),
+            ("@param[in] words ", "@param[out] words ", "mub_a_walk: @param words: out, but const"),
+            (" * @return the name\n", "", "mub_a_get: @return is missing"),
+            (" * @return anything\n", "", "mub_a_fn: @return is missing"),
+            (" * @param[in] x  a number\n", "", "mub_a_fn: no @param x")])
 
-    def test_reports_results_without_a_text_or_an_owner(self):
-        self.assert_reports(self.check_with("Returns the name", "It is the name"), "mub_a_get: no Returns")
-        self.assert_reports(self.check_with(" *   char *   stays", " *   long   stays"), "mub_a_get: whose is the result?")
+    def test_reports_tags_that_are_unknown_missing_or_wrong(self):
+        self.assert_faults([
+            ("@failure NULL", "@falure NULL", "unknown command '@falure'"),
+            ("@param[in] key  what", "@param[in] kay  what", "argument 'kay' of command @param is not found",
+             "parameter of mub_a_get", "parameter 'key'"),
+            ("NULL if there is none", "when there is none", "@failure when there is none: does not begin with a value"),
+            ("NULL if there is none", "0 if there is none", "@failure 0: no value of char *"),
+            (" * @owner stays the record's\n", "", "mub_a_get: returns a pointer, but has no @owner"),
+            (" * @invalidates nothing\n", "", "mub_a_walk: changes a record, but has no @invalidates"),
+            ("words[count]", "words", "@bounds words: not as NAME[LENGTH]"),
+            ("words[count]", "count[words]", "@bounds count: no pointer", "@bounds count: no length words"),
+            ("@nullable each", "@nullable count", "@nullable count: no pointer of that name"),
+            ("@level low", "@level lower", "@level lower: not one of low")])
 
-    def test_reports_records_fields_and_callbacks_without_a_text(self):
-        self.assert_reports(self.check_with(" /* how many */", ""), "mub_a.count: no text")
-        self.assert_reports(self.check_with("called with each.", ""), "mub_a_fn: no text")
+    def test_reports_names_without_documentation(self):
+        self.assert_faults([
+            (" /**< how many */", "", "Member count (variable) of struct mub_a is not documented"),
+            ("/** A record. */\n", "", "Compound mub_a is not documented")])
 
-    def test_reports_allocations_whose_failure_is_not_told(self):
+    def test_reports_allocations_whose_failure_is_not_documented(self):
         self.write("include/mub_a.h", DOCUMENTED)
         library = self.built(ALLOCATING)
-        self.assert_reports(
-            self.check_with("Out of memory nothing happens.", "Nothing more.", "--library", library),
-            "mub_a_walk: may allocate")
+        without = (" * @failure nothing happens if memory runs out\n", "")
+        self.assert_faults([(*without, "mub_a_walk: may allocate, but has no @failure")], "--library", library)
         subprocess.run(["strip", library], check=True)
-        self.assert_reports(self.check_with("", "", "--library", library), "is stripped")
+        self.assert_faults([("", "", "is stripped")], "--library", library)
+
+
+@unittest.skipUnless(shutil.which("clang"), "needs clang")
+class CheckHeaders(Tree):
+    def setUp(self):
+        super().setUp()
+        for path in ("tools/check_headers", "docs/interface.doxy"):
+            self.write(path, (TOOLS.parent / path).read_text())
+        self.write("include/mub.hpp", '#include "mub.h"\n')
+        self.write("include/mub_base.h", VERSION + "typedef int mub_any;\n")  # C has no empty units
+
+    def check_headers(self, header):
+        self.write("include/mub_a.h", "#pragma once\n" + header)
+        result = subprocess.run(["bash", self.root / "tools/check_headers", "clang"], capture_output=True, text=True)
+        return result.returncode, result.stderr
+
+    def test_reports_what_clang_warns_of(self):
+        self.assertEqual(self.check_headers(DOCUMENTED), (0, ""))
+        for old, new, said in ((" int key);", " int key", "expected"), ("@failure NULL", "@falure NULL", "@falure"),
+                               ("@param[in] key", "@param[in] kay", "parameter 'kay' not found")):
+            code, text = self.check_headers(DOCUMENTED.replace(old, new))
+            self.assertEqual(code, 1)
+            self.assertIn(said, text)
 
 
 class CheckLayers(Tree):
