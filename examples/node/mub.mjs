@@ -1,10 +1,10 @@
-// libmub for Node.js: every record, callback and function is declared from mub-api.json; nothing is by hand.
+// libmub for Node.js: every record, callback and function is declared from mub-api.json.
 //
 //   const mub = load({ library: "libmub.so.1", api: "/usr/share/mub/mub-api.json" });
 //   const words = mub.make("mub_hash");
 //   mub.mub_hash_init(words, 1, 0);
 //
-// A record is memory outside of JavaScript, made with make(), given back with free() and passed by address; read() gives
+// A record is memory outside of JavaScript, made with make(), released with free() and passed by address; read() gives
 // its fields. Pointers to numbers take an array of one, [0], and put the result there. Texts and keys are Buffers, or
 // strings where C says char.
 import { readFileSync } from "node:fs";
@@ -26,7 +26,7 @@ export function load({ library, api }) {
     return length === undefined ? kind : koffi.array(kind, Number(length));
   };
 
-  // A record that another one holds comes first.
+  // A record that another one contains comes first.
   const declareRecord = (record) => {
     if (records.has(record.name)) return;
     const held = record.fields.map((field) => description.records.find(({ name }) => name === field.type));
@@ -36,10 +36,9 @@ export function load({ library, api }) {
     records.set(record.name, type);
   };
 
-  const declareCallback = ({ name, declaration }) => {
-    const [, result, parameters] = declaration.match(/^typedef (.*?)\(\*\w+\)\((.*)\);$/);
-    const types = parameters.split(", ").map((parameter) => parameter.match(/^(.*?)\w+$/)[1].trim());
-    callbacks.set(name, koffi.proto(name, result.trim(), types.map((type) => (isPointer(type) ? "void *" : type))));
+  const declareCallback = ({ name, returns, parameters }) => {
+    const types = parameters.map(({ type }) => (isPointer(type) ? "void *" : type));
+    callbacks.set(name, koffi.proto(name, returns.type, types));
   };
 
   const passed = ({ type, direction }) => {
@@ -53,12 +52,21 @@ export function load({ library, api }) {
     return direction === "out" ? koffi.out(pointer) : koffi.inout(pointer);
   };
 
+  // What must be there is: a null address would end the process.
+  const checked = ({ name, parameters }, call) => (...values) => {
+    const required = ({ type, nullable }) => (isPointer(type) || callbacks.has(type)) && !nullable;
+    const missing = parameters.find((parameter, i) => values[i] === null && required(parameter));
+    if (missing) throw new TypeError(`${name}: ${missing.name} may not be null`);
+    return call(...values);
+  };
+
   description.records.forEach(declareRecord);
   description.callbacks.forEach(declareCallback);
-  const functions = description.functions.map(({ name, returns, parameters }) => [
-    name,
-    native.func(name, isPointer(returns.type) ? "void *" : returns.type, parameters.map(passed)),
-  ]);
+  const functions = description.functions.map((found) => {
+    const { name, returns, parameters } = found;
+    const call = native.func(name, isPointer(returns.type) ? "void *" : returns.type, parameters.map(passed));
+    return [name, checked(found, call)];
+  });
 
   return {
     ...Object.fromEntries(functions),

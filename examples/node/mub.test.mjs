@@ -32,7 +32,7 @@ test("every function of the description is there", () => {
   for (const { name } of mub.description.functions) assert.equal(typeof mub[name], "function", name);
 });
 
-test("a hash table takes keys in, finds, lists and gives them back", () =>
+test("a hash table stores, finds, lists and removes keys", () =>
   withHash((hash) => {
     const expected = new Map(Array.from({ length: 1000 }, (_, i) => [`key ${i}`, i + 1]));
     for (const [key, value] of expected) assert.equal(insert(hash, key, value), 1);
@@ -46,6 +46,14 @@ test("a hash table takes keys in, finds, lists and gives them back", () =>
     }
     assert.equal(mub.mub_hash_find(hash, Buffer.from("key 0"), 5), 0);
     assert.deepEqual(new Map(entries(hash)), expected);
+  }));
+
+test("null is refused where the library needs an address, and passed where it may be missing", () =>
+  withHash((hash) => {
+    assert.throws(() => mub.mub_hash_get(null, Buffer.from("key"), 3), /mub_hash_get: hash may not be null/);
+    assert.equal(mub.mub_hash_insert(hash, null, 0, 1), 1);
+    assert.equal(mub.mub_hash_find(hash, Buffer.from(""), 0), 1);
+    mub.mub_hash_free(hash, null, 0, null);
   }));
 
 test("values of 64 bits come back whole", () =>
