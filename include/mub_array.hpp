@@ -1,12 +1,14 @@
-/* mub_array.hpp: mub::array, mub::arrayd, mub::arrayx, mub::arrays and mub::arrayt, the arrays of mub_array.h.
+/* mub_array.hpp: mub::array, mub::arrayd, mub::arrayx, mub::arrays and mub::arrayt, the arrays of
+ * mub_array.h.
  *
  *   mub::array    keys std::string_view      mub::arrays   bare items, ordered by your comparers
  *   mub::arrayd   keys std::uint32_t         mub::arrayt   words, the first four of them in the record
  *   mub::arrayx   keys std::uint64_t
  *
- * contains, get, find, insert, update, remove, find_index and nearest_index are for arrays that are kept sorted; append
- * and the operations with an index are for those in any order, which sort() orders. Additions that return nothing do
- * nothing when memory runs out: reserve() tells beforehand. Every addition, removal and sort invalidates iterators. */
+ * contains, get, find, insert, update, remove, find_index and nearest_index are for arrays that are kept
+ * sorted; append and the operations with an index are for those in any order, which sort() orders. Additions
+ * that return nothing do nothing if memory runs out: call reserve() first to learn whether there is enough.
+ * Every addition, removal and sort invalidates iterators. */
 #ifndef MUB_ARRAY_HPP
 #define MUB_ARRAY_HPP
 
@@ -123,7 +125,8 @@ struct arrayx_traits : integer_key<std::uint64_t> {
   }
 };
 
-// The arrays with a value pool. mub_array_swap and its like leave the pools where they are, and mub_arrays_swap does not.
+// The arrays with a value pool. mub_array_swap and its like leave the pools where they are; mub_arrays_swap
+// exchanges them.
 template <class Traits, bool kSwapsPools>
 struct array_life {
   using record = typename Traits::record;
@@ -141,20 +144,20 @@ struct array_life {
 
 // A clone without the pool that its source has, or one that ran out of memory, is left empty.
 template <class Traits>
-void clone_array(const typename Traits::record *source, typename Traits::record *copy, mub_clone_fn mend) {
+void clone_array(const typename Traits::record *source, typename Traits::record *copy, mub_clone_fn adjust) {
   copy->descending = source->descending;
   if (copy->own_pool != source->own_pool) return;
-  Traits::clone(source, nullptr, copy, nullptr, mend);
+  Traits::clone(source, nullptr, copy, nullptr, adjust);
   if (copy->count > copy->capacity) Traits::remove_all(copy);
 }
 
-// The count that the slots of the table bear out: a record that mub_array_clone left without memory has more.
+// The entries that have slots: a record that mub_array_clone left without memory has a greater count.
 template <class Record>
 std::int64_t slots_in_use(const Record *array) noexcept {
   return array->count < array->capacity ? array->count : array->capacity;
 }
 
-// For flags of sort(): a comparer of another type than the one wanted, or a lambda of one, would do for a bool.
+// For the flag of sort(): a comparer of the wrong type, or a lambda, would convert to bool.
 template <class Flag>
 using only_bool = std::enable_if_t<std::is_same_v<Flag, bool>, int>;
 
@@ -221,7 +224,7 @@ struct word_access {
 
 }  // namespace detail
 
-/* basic_array: entries with keys, as mub_array. */
+/** Entries with keys; see mub_array. */
 template <class Traits>
 class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits> {
   using base = detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits>;
@@ -233,88 +236,92 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   using typename base::entry_type;
   using typename base::key_type;
 
-  /* The default: no value pool. */
+  /** Makes an empty array without a value pool. */
   basic_array() noexcept : base(std::in_place, 0) {}
 
-  /* With a value pool of its own. */
+  /** With a value pool of its own. */
   explicit basic_array(value_blocks values) noexcept : base(std::in_place, 1) {
     detail::set_block_size(c()->pool, values.size);
   }
 
-  /* With the caller's value pool. */
+  /** With an external value pool. */
   explicit basic_array(mub_pool *values) noexcept : basic_array() { c()->pool = values; }
 
-  /* clone: a copy; as mub_array_clone without pools of the caller's. */
-  [[nodiscard]] basic_array clone(mub_clone_fn mend = nullptr) const {
+  /** A copy, made by mub_array_clone() without external pools. */
+  [[nodiscard]] basic_array clone(mub_clone_fn adjust = nullptr) const {
     basic_array copy;
     if (c()->own_pool != 0) copy = basic_array(value_blocks{0});
-    detail::clone_array<Traits>(c(), copy.c(), mend);
+    detail::clone_array<Traits>(c(), copy.c(), adjust);
     return copy;
   }
 
-  /* reserve: make room for `wanted` entries in all; false when memory ran out. As mub_array_expand. */
+  /** Makes room for `wanted` entries in total; false if memory ran out. See mub_array_expand(). */
   [[nodiscard]] bool reserve(std::int64_t wanted) { return Traits::expand(c(), wanted) != 0; }
 
-  /* shrink: set the count, which may also rise up to the capacity; as mub_array_shrink. */
+  /** Sets the count, which may also rise up to the capacity; see mub_array_shrink(). */
   void shrink(std::int64_t n) { Traits::shrink(c(), n); }
 
-  /* append: add an entry at the end; as mub_array_append. */
+  /** Adds an entry at the end; see mub_array_append(). */
   void append(key_type key, std::uint64_t value) { Traits::call(Traits::append, c(), key, value); }
 
-  /* append: add copies of all entries of an array, which may be this one; as mub_array_append_array. */
+  /** Adds copies of all entries of an array, which may be this one; see mub_array_append_array(). */
   void append(const basic_array &source) { Traits::append_array(c(), source.c()); }
 
-  /* append_new: add an entry at the end, its value a block of the value pool; as mub_array_append_new. */
+  /** Adds an entry at the end, its value a block of the value pool; see mub_array_append_new(). */
   std::uint64_t append_new(key_type key, mub_init_fn init = nullptr) {
     return Traits::call(Traits::append_new, c(), key, init);
   }
 
-  /* insert_at: add an entry before the one at an index; as mub_array_insert_at. */
+  /** Adds an entry before the one at an index; see mub_array_insert_at(). */
   void insert_at(std::int64_t index, key_type key, std::uint64_t value) {
     Traits::call([index](auto *array, auto... rest) { Traits::insert_at(array, index, rest...); }, c(), key,
                  value);
   }
 
-  /* remove_at: remove the entry at an index and hand its value over; as mub_array_remove_at. */
+  /** Removes the entry at an index and returns its value; see mub_array_remove_at(). */
   std::uint64_t remove_at(std::int64_t index) { return Traits::remove_at(c(), index); }
 
-  /* free_at: remove the entry at an index and release its value; as mub_array_free_at. */
+  /** Removes the entry at an index and releases its value; see mub_array_free_at(). */
   void free_at(std::int64_t index, mub_free_fn release) { Traits::free_at(c(), index, release); }
 
-  /* at: the slot at an index; nullptr outside the capacity. As mub_array_get_entry. */
+  /** The slot at an index; nullptr outside the capacity. See mub_array_get_entry(). */
   entry_type *at(std::int64_t index) { return Traits::get_entry(c(), index); }
   const entry_type *at(std::int64_t index) const { return Traits::get_entry(c(), index); }
 
-  /* operator[]: the entry at an index below size(). */
+  /** The entry at an index below size(). */
   typename iterator::reference operator[](std::int64_t index) { return *iterator(c(), index); }
   typename const_iterator::reference operator[](std::int64_t index) const {
     return *const_iterator(c(), index);
   }
 
-  /* emplace: the entry of a key, made with value 0 if need be; nullptr when that was refused. As
-   * mub_array_entry_insert. */
+  /**
+   * The entry of a key, added with value 0 if the key is absent; nullptr if that was refused. See
+   * mub_array_entry_insert().
+   */
   [[nodiscard]] entry_type *emplace(key_type key) { return Traits::call(Traits::entry_insert, c(), key); }
 
-  /* find_index: the index of a key; -1 when it is absent. As mub_array_find_index. */
+  /** The index of a key; -1 if it is absent. See mub_array_find_index(). */
   std::int64_t find_index(key_type key) const { return Traits::call(Traits::find_index, c(), key); }
 
-  /* nearest_index: where a key is or belongs; -1 in an empty array. As mub_array_bfind_index. */
+  /** Where a key is or belongs; -1 in an empty array. See mub_array_bfind_index(). */
   std::int64_t nearest_index(key_type key) const { return Traits::call(Traits::bfind_index, c(), key); }
 
-  /* scan_index: the index of the first entry with a key, in any order; -1 without one. As mub_array_afind_index. */
+  /**
+   * The index of the first entry with a key, in any order; -1 if there is none. See mub_array_afind_index().
+   */
   std::int64_t scan_index(key_type key) const { return Traits::call(Traits::afind_index, c(), key); }
 
-  /* sort: by key; as mub_array_qsort. */
+  /** Sorts by key; see mub_array_qsort(). */
   void sort() { sort(true); }
   template <class Flag, detail::only_bool<Flag> = 0>
   void sort(Flag ascending) {
     Traits::qsort(c(), ascending);
   }
 
-  /* sort: by value; as mub_array_qsort_x. */
+  /** Sorts by value; see mub_array_qsort_x(). */
   void sort(mub_compare_fn compare, bool ascending = true) { Traits::qsort_x(c(), ascending, compare); }
 
-  /* begin: a walk in the order of the array. */
+  /** A walk in the order of the array. */
   iterator begin() noexcept { return iterator(c(), 0); }
   const_iterator begin() const noexcept { return const_iterator(c(), 0); }
   iterator end() noexcept { return iterator(c(), detail::slots_in_use(c())); }
@@ -349,7 +356,7 @@ struct arrayt_life {
 
 }  // namespace detail
 
-/* arrays: bare 64-bit items, as mub_arrays. Iterators are pointers. */
+/** Bare 64-bit items; see mub_arrays. Iterators are pointers. */
 class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_traits, true>> {
   using base = detail::owner<arrays, detail::array_life<detail::arrays_traits, true>>;
 
@@ -358,96 +365,105 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   using iterator = std::uint64_t *;
   using const_iterator = const std::uint64_t *;
 
-  /* The default: no item pool. */
+  /** Makes an empty array without an item pool. */
   arrays() noexcept : base(std::in_place, 0) {}
 
-  /* With an item pool of its own. */
+  /** With an item pool of its own. */
   explicit arrays(value_blocks items) noexcept : base(std::in_place, 1) {
     detail::set_block_size(c()->pool, items.size);
   }
 
-  /* clone: a copy; as mub_arrays_clone without pools of the caller's. */
-  [[nodiscard]] arrays clone(mub_clone_fn mend = nullptr) const {
+  /** A copy, made by mub_arrays_clone() without external pools. */
+  [[nodiscard]] arrays clone(mub_clone_fn adjust = nullptr) const {
     arrays copy;
     if (c()->own_pool != 0) copy = arrays(value_blocks{0});
-    detail::clone_array<detail::arrays_traits>(c(), copy.c(), mend);
+    detail::clone_array<detail::arrays_traits>(c(), copy.c(), adjust);
     return copy;
   }
 
-  /* size, empty: the number of items, and whether there are none. */
+  /** The number of items, and whether there are none. */
   std::int64_t size() const noexcept { return c()->count; }
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
-  /* reserve: make room for `wanted` items in all; false when memory ran out. As mub_arrays_expand. */
+  /** Makes room for `wanted` items in total; false if memory ran out. See mub_arrays_expand(). */
   [[nodiscard]] bool reserve(std::int64_t wanted) { return mub_arrays_expand(c(), wanted) != 0; }
 
-  /* shrink: set the count, which may also rise up to the capacity; as mub_arrays_shrink. */
+  /** Sets the count, which may also rise up to the capacity; see mub_arrays_shrink(). */
   void shrink(std::int64_t n) { mub_arrays_shrink(c(), n); }
 
-  /* append: add an item at the end; as mub_arrays_append. */
+  /** Adds an item at the end; see mub_arrays_append(). */
   void append(std::uint64_t item) { mub_arrays_append(c(), item); }
 
-  /* append: add all items of an array, which may be this one; as mub_arrays_append_array. */
+  /** Adds all items of an array, which may be this one; see mub_arrays_append_array(). */
   void append(const arrays &source) { mub_arrays_append_array(c(), source.c()); }
 
-  /* append_new: add a block of the item pool at the end; as mub_arrays_append_new. */
+  /** Adds a block of the item pool at the end; see mub_arrays_append_new(). */
   std::uint64_t append_new(mub_init_fn init = nullptr) { return mub_arrays_append_new(c(), init); }
 
-  /* insert_at, remove_at: as mub_arrays_insert_at and mub_arrays_remove_at. */
+  /** Insert or remove an item at an index; see mub_arrays_insert_at() and mub_arrays_remove_at(). */
   void insert_at(std::int64_t index, std::uint64_t item) { mub_arrays_insert_at(c(), index, item); }
   std::uint64_t remove_at(std::int64_t index) { return mub_arrays_remove_at(c(), index); }
 
-  /* insert: sorted: add an item unless an equal one is there; true when memory ran out, too. As mub_arrays_insert. */
+  /**
+   * Adds an item to a sorted array unless an equal one is present; also true if memory ran out. See
+   * mub_arrays_insert().
+   */
   [[nodiscard]] bool insert(std::uint64_t item, mub_compare_item_fn compare, std::uint64_t context = 0) {
     return mub_arrays_insert(c(), item, context, compare) != 0;
   }
 
-  /* find: sorted: the item equal to a key; 0 without one. As mub_arrays_find. */
+  /** The item of a sorted array that is equal to a key; 0 if there is none. See mub_arrays_find(). */
   std::uint64_t find(std::uint64_t key, mub_compare_item_fn compare, std::uint64_t context = 0) const {
     return mub_arrays_find(c(), key, context, compare);
   }
 
-  /* find_index: sorted: the index of the item equal to a key; -1 without one. As mub_arrays_find_index. */
+  /**
+   * The index of the item of a sorted array that is equal to a key; -1 if there is none. See
+   * mub_arrays_find_index().
+   */
   std::int64_t find_index(std::uint64_t key, mub_compare_item_fn compare, std::uint64_t context = 0) const {
     return mub_arrays_find_index(c(), key, context, compare);
   }
 
-  /* remove: sorted: remove the item equal to a key and hand it over; 0 without one. As mub_arrays_remove. */
+  /**
+   * Removes the item equal to a key from a sorted array and returns it; 0 if there is none. See
+   * mub_arrays_remove().
+   */
   std::uint64_t remove(std::uint64_t key, mub_compare_item_fn compare, std::uint64_t context = 0) {
     return mub_arrays_remove(c(), key, context, compare);
   }
 
-  /* sort: as mub_arrays_qsort. */
+  /** Sorts the items; see mub_arrays_qsort(). */
   void sort(mub_compare_item_fn compare, bool ascending = true) { mub_arrays_qsort(c(), ascending, compare); }
 
-  /* clear: remove all items, which are not looked at; as mub_arrays_remove_all. */
+  /** Removes all items, which are not visited; see mub_arrays_remove_all(). */
   void clear() { mub_arrays_remove_all(c()); }
 
-  /* free_all: release every item that is not 0, then remove all; as mub_arrays_free_all. */
+  /** Releases every item that is not 0, then removes all; see mub_arrays_free_all(). */
   void free_all(mub_free_fn release) { mub_arrays_free_all(c(), release); }
 
-  /* operator[]: the item at an index below size(). */
+  /** The item at an index below size(). */
   std::uint64_t &operator[](std::int64_t index) noexcept { return c()->items[index]; }
   const std::uint64_t &operator[](std::int64_t index) const noexcept { return c()->items[index]; }
 
-  /* begin: the items, in the order of the array. */
+  /** The items, in the order of the array. */
   iterator begin() noexcept { return c()->items; }
   const_iterator begin() const noexcept { return c()->items; }
   iterator end() noexcept { return c()->items + detail::slots_in_use(c()); }
   const_iterator end() const noexcept { return c()->items + detail::slots_in_use(c()); }
 };
 
-/* arrayt: 64-bit words, the first four without memory beside the record, as mub_arrayt. */
+/** 64-bit words, the first four without memory beside the record; see mub_arrayt. */
 class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
  public:
   using value_type = std::uint64_t;
   using iterator = detail::index_iterator<detail::word_access<std::uint64_t>>;
   using const_iterator = detail::index_iterator<detail::word_access<const std::uint64_t>>;
 
-  /* The default: empty. */
+  /** Makes an empty one. */
   arrayt() noexcept : owner(std::in_place) {}
 
-  /* clone: a copy; as mub_arrayt_clone. */
+  /** A copy; see mub_arrayt_clone(). */
   [[nodiscard]] arrayt clone() const {
     arrayt copy;
     copy.c()->descending = c()->descending;
@@ -455,44 +471,46 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
     return copy;
   }
 
-  /* size, empty: the number of words, and whether there are none. */
+  /** The number of words, and whether there are none. */
   std::int64_t size() const noexcept { return c()->count; }
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
-  /* reserve: make room for `wanted` words in all; false when memory ran out. As mub_arrayt_expand. */
+  /** Makes room for `wanted` words in total; false if memory ran out. See mub_arrayt_expand(). */
   [[nodiscard]] bool reserve(std::int64_t wanted) { return mub_arrayt_expand(c(), wanted) != 0; }
 
-  /* append: add a word at the end; as mub_arrayt_append. */
+  /** Adds a word at the end; see mub_arrayt_append(). */
   void append(std::uint64_t word) { mub_arrayt_append(c(), word); }
 
-  /* append: add all words of an array, which may be this one; as mub_arrayt_append_array. */
+  /** Adds all words of an array, which may be this one; see mub_arrayt_append_array(). */
   void append(const arrayt &source) { mub_arrayt_append_array(c(), source.c()); }
 
-  /* insert_at, remove_at: as mub_arrayt_insert_at and mub_arrayt_remove_at. */
+  /** Insert or remove a word at an index; see mub_arrayt_insert_at() and mub_arrayt_remove_at(). */
   void insert_at(std::int64_t index, std::uint64_t word) { mub_arrayt_insert_at(c(), index, word); }
   std::uint64_t remove_at(std::int64_t index) { return mub_arrayt_remove_at(c(), index); }
 
-  /* insert, contains, remove: sorted, by the low 32 bits; as mub_arrayt_insert, mub_arrayt_find and
-   * mub_arrayt_remove. */
+  /**
+   * For sorted arrays, by the low 32 bits of the words; see mub_arrayt_insert(), mub_arrayt_find() and
+   * mub_arrayt_remove().
+   */
   [[nodiscard]] bool insert(std::uint64_t word) { return mub_arrayt_insert(c(), word) != 0; }
   bool contains(std::uint32_t key) const { return mub_arrayt_find(c(), key) != 0; }
   bool remove(std::uint32_t key) { return mub_arrayt_remove(c(), key) != 0; }
 
-  /* sort: by the whole words; as mub_arrayt_qsort. */
+  /** Sorts by the whole words; see mub_arrayt_qsort(). */
   void sort() { sort(true); }
   template <class Flag, detail::only_bool<Flag> = 0>
   void sort(Flag ascending, bool unique = false) {
     mub_arrayt_qsort(c(), ascending, unique);
   }
 
-  /* clear: remove all words; as mub_arrayt_remove_all. */
+  /** Removes all words; see mub_arrayt_remove_all(). */
   void clear() { mub_arrayt_remove_all(c()); }
 
-  /* operator[]: the word at an index below size(). */
+  /** The word at an index below size(). */
   std::uint64_t &operator[](std::int64_t index) noexcept { return *iterator(c(), index); }
   const std::uint64_t &operator[](std::int64_t index) const noexcept { return *const_iterator(c(), index); }
 
-  /* begin: a walk in the order of the array. */
+  /** A walk in the order of the array. */
   iterator begin() noexcept { return iterator(c(), 0); }
   const_iterator begin() const noexcept { return const_iterator(c(), 0); }
   iterator end() noexcept { return iterator(c(), size()); }

@@ -1,28 +1,30 @@
 /* mub_base.hpp: what the C++ headers of libmub share.
  *
- * A type of namespace mub owns one C record: it is initialised by the constructors and terminated by the destructor.
- * Members call the C functions and allocate nothing beside them: "as mub_hash_insert" refers to the description
- * in the C headers, and what mub_base.h says of all functions holds here too. Nothing throws, and everything works without
- * exceptions and RTTI. Rules that hold for all types:
+ * A type of namespace mub owns one C record: the constructors initialise it and the destructor terminates it.
+ * Members call the C functions and allocate nothing besides: "see mub_hash_insert()" refers to the
+ * description in the C headers, and the rules of mub_base.h hold here too. Nothing throws, and everything
+ * works without exceptions and RTTI. Rules that hold for all types:
  *
- * Record.     c() is the record: pass it to the C functions that have no member here, read its fields, and set those
- *             that are yours to set (`nocase`, `descending`, `key_type`).
- * Copies.     Types move and do not copy; clone() makes a copy, which is empty when memory ran out. The settings
- *             above are the copy's too.
- * Moves.      Moving takes contents, pools and settings along; entries keep their addresses, but for the root of a tree,
- *             which lies in the record. What was moved from is empty and without pools: look-ups find nothing, and a
- *             container whose entries lie in a pool refuses insertions, until it is assigned to or reset().
- * Keys.       Byte-string keys are std::string_view: any bytes, NULs included, of the length that the view has.
- * Values.     64-bit words; to_word and to_pointer make them of pointers and back. The library never looks into them,
- *             and no destructor does: free_all(release) releases what they own.
- * Entries.    find() and the like return a pointer to the entry in the container, or nullptr; its `value` may be
- *             changed in place.
- * Iterators.  Those of keyed containers yield an item { key, value & } by value, for (auto [key, value] : table).
- *             They are invalidated as the walks of the C interface are; through a const container values are const.
- * Pools.      By default a container owns the pool of its entries and has none for values. value_blocks{n} gives it one
- *             of n bytes each; pools of the caller's go to the constructors that take mub_pool pointers, outlive the
- *             container, and get its entries back from the destructor; so let mub_hash_remove_all_entry and its like
- *             not give them back before. */
+ * Record.     c() is the record: pass it to the C functions that have no member here, read its fields, and
+ *             set those that are yours to set (`nocase`, `descending`, `key_type`).
+ * Copies.     Types move and do not copy; clone() makes a copy, which is empty if memory ran out. The copy
+ *             has the settings above too.
+ * Moves.      Moving takes contents, pools and settings along; entries keep their addresses, except for the
+ *             root of a tree, which lies in the record. A moved-from object is empty and without pools:
+ *             look-ups find nothing, and a container whose entries lie in a pool refuses insertions, until it
+ *             is assigned to or reset().
+ * Keys.       Byte-string keys are std::string_view: any bytes, NULs included, of the length of the view.
+ * Values.     64-bit words; to_word and to_pointer convert pointers. The library never interprets them, and
+ *             no destructor does: free_all(release) releases what they own.
+ * Entries.    find() and the like return a pointer to the entry in the container, or nullptr; its `value` may
+ *             be changed in place.
+ * Iterators.  Those of keyed containers yield an item { key, value & } by value: for (auto [key, value] :
+ *             table). They are invalidated as the walks of the C interface are; through a const container
+ *             values are const.
+ * Pools.      By default a container owns the pool of its entries and has none for values. value_blocks{n}
+ *             gives it one with blocks of n bytes. External pools are passed to the constructors that take
+ *             mub_pool pointers; they must outlive the container, whose destructor returns its entries to
+ *             them. So do not return the entries before, as mub_hash_remove_all_entry() does. */
 #ifndef MUB_BASE_HPP
 #define MUB_BASE_HPP
 
@@ -41,37 +43,37 @@ namespace mub {
 // Inline, so that no symbol of a program can meet one inside the static library.
 inline namespace v1 {
 
-/* to_word: the word that stands for a pointer. */
+/** The word that stands for a pointer. */
 inline std::uint64_t to_word(const void *pointer) noexcept {
   return reinterpret_cast<std::uintptr_t>(pointer);
 }
 
-/* to_pointer: the pointer that a word stands for; 0 is nullptr. */
+/** The pointer that a word stands for; 0 is nullptr. */
 template <class T>
 T *to_pointer(std::uint64_t word) noexcept {
   return reinterpret_cast<T *>(static_cast<std::uintptr_t>(word));
 }
 
-/* value_blocks: asks a constructor for a value pool of the container's own, whose blocks have `size` bytes. */
+/** Asks a constructor for a value pool of the container's own, whose blocks have `size` bytes. */
 struct value_blocks {
   std::int64_t size;
 };
 
-/* item: a key, and a reference to its value; what iterators of keyed containers yield. */
+/** A key, and a reference to its value; what iterators of keyed containers yield. */
 template <class Key, class Value = std::uint64_t>
 struct item {
   Key key;
   Value &value;
 };
 
-/* emplaced: the entry of a key, nullptr when memory ran out, and whether it is new. */
+/** The entry of a key, nullptr if memory ran out, and whether it is new. */
 template <class Entry>
 struct emplaced {
   Entry *entry;
   bool inserted;
 };
 
-/* set_value: the value of a key, and whether the key is new. */
+/** The value of a key, and whether the key is new. */
 struct set_value {
   std::uint64_t value;
   bool inserted;
@@ -79,8 +81,10 @@ struct set_value {
 
 namespace detail {
 
-/* owner: a record's life. `Life` has init(record, flags…) as the C function, release(record), and swap(record, record),
- * which exchanges the settings too; kBare, called on a record, initialises it without pools. */
+/**
+ * A record's life. `Life` has init(record, flags…) as the C function, release(record), and swap(record,
+ * record), which exchanges the settings too; kBare, called on a record, initialises it without pools.
+ */
 template <class Derived, class Life>
 class owner {
  public:
@@ -89,15 +93,15 @@ class owner {
   owner(const owner &) = delete;
   owner &operator=(const owner &) = delete;
 
-  /* c: the record, for the C functions. */
+  /** The record, for the C functions. */
   record_type *c() noexcept { return &record_; }
   const record_type *c() const noexcept { return &record_; }
 
-  /* swap: exchange everything, settings included. */
+  /** Exchanges everything, settings included. */
   void swap(Derived &other) noexcept { Life::swap(&record_, other.c()); }
   friend void swap(Derived &a, Derived &b) noexcept { a.swap(b); }
 
-  /* reset: make it as the default constructor does. */
+  /** Makes it as the default constructor does. */
   void reset() noexcept { static_cast<Derived &>(*this) = Derived(); }
 
  protected:
@@ -134,8 +138,8 @@ void copy_setting(const Record *source, Record *copy, Setting setting) noexcept 
 
 // A copy for which no value pool could be made stays empty: its values would all become 0.
 template <class Traits>
-void clone_to(typename Traits::record *copy, const typename Traits::record *source, mub_clone_fn mend) {
-  if (copy->owns_value_pool == source->owns_value_pool) Traits::clone(source, nullptr, copy, nullptr, mend);
+void clone_to(typename Traits::record *copy, const typename Traits::record *source, mub_clone_fn adjust) {
+  if (copy->owns_value_pool == source->owns_value_pool) Traits::clone(source, nullptr, copy, nullptr, adjust);
 }
 
 inline void set_block_size(mub_pool *pool, std::int64_t size) noexcept {
@@ -170,8 +174,8 @@ struct integer_key {
   }
 };
 
-// What an iterator makes of its operator*, of step() and, when it goes both ways, of step_back(). Two are equal when
-// their place()s are.
+// The operators that an iterator gets from its operator*, from step() and, if it goes both ways, from
+// step_back(). Two are equal if their place()s are.
 template <class Derived, class Reference, class Category>
 class walker {
  public:
@@ -221,7 +225,7 @@ class walker {
   const Derived &self() const noexcept { return static_cast<const Derived &>(*this); }
 };
 
-/* keyed: what hashes, B-trees and sorted arrays have in common. */
+/** What hash tables, B-trees and sorted arrays have in common. */
 template <class Derived, class Life, class Traits>
 class keyed : public owner<Derived, Life> {
   using base = owner<Derived, Life>;
@@ -232,47 +236,52 @@ class keyed : public owner<Derived, Life> {
   using entry_type = typename Traits::entry;
   using base::c;
 
-  /* size: the number of entries. */
+  /** The number of entries. */
   std::int64_t size() const noexcept { return c()->count; }
 
-  /* empty: whether there are no entries. */
+  /** Whether there are no entries. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
-  /* contains: whether a key is present; as mub_hash_find. */
+  /** Whether a key is present; see mub_hash_find(). */
   bool contains(key_type key) const { return Traits::call(Traits::find, c(), key) != 0; }
 
-  /* get: the value of a key; 0 when it is absent. As mub_hash_get. */
+  /** The value of a key; 0 if it is absent. See mub_hash_get(). */
   mapped_type get(key_type key) const { return Traits::call(Traits::get, c(), key); }
 
-  /* find: the entry of a key; nullptr when it is absent. As mub_hash_entry_get. */
+  /** The entry of a key; nullptr if it is absent. See mub_hash_entry_get(). */
   entry_type *find(key_type key) { return Traits::call(Traits::entry_get, c(), key); }
   const entry_type *find(key_type key) const { return Traits::call(Traits::entry_get, c(), key); }
 
-  /* insert: add a key with a value unless the key is present; as mub_hash_insert, mub_btree_insert, or
-   * mub_array_insert, which tells less: it is true when memory ran out, too. */
+  /**
+   * Adds a key with a value unless the key is present; see mub_hash_insert(), mub_btree_insert() and
+   * mub_array_insert(). In arrays the result is also true if memory ran out.
+   */
   [[nodiscard]] bool insert(key_type key, mapped_type value) {
     return Traits::call(Traits::insert, c(), key, value) != 0;
   }
 
-  /* update: replace the value of a key that is present. Returns the previous one; 0 when it is absent. */
+  /** Replaces the value of a key that is present. Returns the previous one; 0 if it is absent. */
   mapped_type update(key_type key, mapped_type value) {
     return Traits::call(Traits::update, c(), key, value);
   }
 
-  /* remove: take a key out and hand its value over; 0 when it is absent. As mub_hash_remove. */
+  /**
+   * Removes a key and returns its value, which is not released; 0 if the key is absent. See
+   * mub_hash_remove().
+   */
   mapped_type remove(key_type key) { return Traits::call(Traits::remove, c(), key); }
 
-  /* clear: remove all entries; values are not looked at. As mub_hash_remove_all. */
+  /** Removes all entries; values are not visited. See mub_hash_remove_all(). */
   void clear() { Traits::remove_all(c()); }
 
-  /* free_all: release every value that is not 0, then remove all entries. As mub_hash_free_all. */
+  /** Releases every value that is not 0, then removes all entries. See mub_hash_free_all(). */
   void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
 
  protected:
   using base::base;
 };
 
-/* map: the same with entries in pools: hashes and B-trees. */
+/** What hash tables and B-trees have in common: their entries are in pools. */
 template <class Derived, class Life, class Traits>
 class map : public keyed<Derived, Life, Traits> {
   using base = keyed<Derived, Life, Traits>;
@@ -282,15 +291,18 @@ class map : public keyed<Derived, Life, Traits> {
   using typename base::entry_type;
   using typename base::key_type;
 
-  /* emplace: find the entry of a key, or make it with value 0; as mub_hash_entry_set.
-   *   if (auto [entry, inserted] = words.emplace("the"); entry != nullptr) ++entry->value; */
+  /**
+   * Finds the entry of a key, or adds one with value 0; see mub_hash_entry_set().
+   *
+   *     if (auto [entry, inserted] = words.emplace("the"); entry != nullptr) ++entry->value;
+   */
   [[nodiscard]] emplaced<entry_type> emplace(key_type key) {
     entry_type *entry = nullptr;
     const bool inserted = Traits::call(Traits::entry_set, c(), key, &entry) != 0;
     return {entry, inserted};
   }
 
-  /* set: find the value of a key, or add the key with a block of the value pool; as mub_hash_set. */
+  /** Finds the value of a key, or adds the key with a block of the value pool; see mub_hash_set(). */
   [[nodiscard]] set_value set(key_type key, mub_init_fn init = nullptr) {
     std::uint64_t value = 0;
     const bool inserted = Traits::call(Traits::set, c(), key, &value, init) != 0;

@@ -22,32 +22,35 @@ struct bits_life {
 
 }  // namespace detail
 
-/* bits: a set of bits, numbered from 0, as mub_bits. */
+/** A set of bits, numbered from 0; see mub_bits. */
 class bits : public detail::owner<bits, detail::bits_life> {
  public:
-  /* The default: empty. */
+  /** Makes an empty one. */
   bits() noexcept : owner(std::in_place) {}
 
-  /* clone: a copy; empty when memory ran out. */
+  /** A copy; empty if memory ran out. */
   [[nodiscard]] bits clone() const {
     bits copy;
     if (c()->size != 0 && copy.reserve(c()->size)) std::memcpy(copy.c()->data, c()->data, c()->size);
     return copy;
   }
 
-  /* size_bytes: the bytes of bits, 8 to each; those behind are clear. */
+  /** The size in bytes, of 8 bits each; bits beyond it are clear. */
   std::uint32_t size_bytes() const noexcept { return c()->size; }
 
-  /* reserve: grow to at least `bytes` bytes; false when memory ran out. As mub_bits_expand. */
+  /** Grows to at least `bytes` bytes; false if memory ran out. See mub_bits_expand(). */
   [[nodiscard]] bool reserve(std::uint32_t bytes) { return mub_bits_expand(c(), bytes) != 0; }
 
-  /* test: whether a bit is set; as mub_bits_find. */
+  /** Whether a bit is set; see mub_bits_find(). */
   bool test(std::uint32_t bit) const { return mub_bits_find(c(), bit) != 0; }
 
-  /* set: set or clear a bit. Nothing changes when memory ran out: reserve() tells beforehand. As mub_bits_insert. */
+  /**
+   * Sets or clears a bit. Nothing changes if memory runs out: call reserve() first to learn whether there is
+   * enough. See mub_bits_insert().
+   */
   void set(std::uint32_t bit, bool on = true) { mub_bits_insert(c(), bit, on); }
 
-  /* clear: clear all bits; as mub_bits_zero. */
+  /** Clears all bits; see mub_bits_zero(). */
   void clear() { mub_bits_zero(c()); }
 };
 

@@ -156,9 +156,11 @@ class btree_iterator : public walker<btree_iterator<Traits, Value>, item<typenam
 
 }  // namespace detail
 
-/* basic_btree: an ordered map, as mub_btree; its entries are the records, mub_btree_node. Moving a tree allocates the
+/**
+ * An ordered map; see mub_btree. Its entries are the records, mub_btree_node. Moving a tree allocates the
  * small table that the root of an empty one has. Iterators hold a cursor: they are valid until the tree
- * changes. */
+ * changes.
+ */
 template <class Traits>
 class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits> {
   using base = detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits>;
@@ -172,19 +174,19 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   using typename base::entry_type;
   using typename base::key_type;
 
-  /* The default: pools of its own for entries and records. */
+  /** With pools of its own for entries and records. */
   basic_btree() noexcept : basic_btree(true, true, false) {}
 
-  /* With pools of its own, or without; as mub_btree_init. */
+  /** With pools of its own, or without; see mub_btree_init(). */
   basic_btree(bool own_entry_pool, bool own_node_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_node_pool, own_value_pool) {}
 
-  /* With a value pool, too. */
+  /** With a value pool, too. */
   explicit basic_btree(value_blocks values) noexcept : basic_btree(true, true, true) {
     detail::set_block_size(c()->value_pool, values.size);
   }
 
-  /* With the caller's pools. */
+  /** With external pools. */
   basic_btree(mub_pool *entries, mub_pool *nodes, mub_pool *values = nullptr) noexcept
       : basic_btree(false, false, false) {
     c()->entry_pool = entries;
@@ -192,34 +194,34 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
     c()->value_pool = values;
   }
 
-  /* clone: a copy; as mub_btree_clone without pools of the caller's. */
-  [[nodiscard]] basic_btree clone(mub_clone_fn mend = nullptr) const {
+  /** A copy, made by mub_btree_clone() without external pools. */
+  [[nodiscard]] basic_btree clone(mub_clone_fn adjust = nullptr) const {
     basic_btree copy(c()->owns_entry_pool != 0, c()->owns_node_pool != 0, c()->owns_value_pool != 0);
     detail::copy_setting(c(), copy.c(), Traits::setting);
-    detail::clone_to<Traits>(copy.c(), c(), mend);
+    detail::clone_to<Traits>(copy.c(), c(), adjust);
     return copy;
   }
 
-  /* nearest: a record near a key; the end in an empty tree. As mub_btree_node_bfind. */
+  /** A record near a key; the end in an empty tree. See mub_btree_node_bfind(). */
   iterator nearest(key_type key) { return iterator_to(Traits::call(Traits::nearest, c(), key)); }
   const_iterator nearest(key_type key) const {
     return const_iterator::at(c(), Traits::call(Traits::nearest, c(), key));
   }
 
-  /* lower_bound: the first record whose key is not below a key; the end when there is none. */
+  /** The first record whose key is not below a key; the end if there is none. */
   iterator lower_bound(key_type key) { return iterator::from(c(), key); }
   const_iterator lower_bound(key_type key) const { return const_iterator::from(c(), key); }
 
-  /* iterator_to: a walk from a record of this tree; the end for nullptr. */
+  /** A walk from a record of this tree; the end for nullptr. */
   iterator iterator_to(entry_type *node) { return iterator::at(c(), node); }
 
-  /* begin: a walk over all records in key order; as mub_btree_cursor_first and mub_btree_cursor_next. */
+  /** A walk over all records in key order; see mub_btree_cursor_first() and mub_btree_cursor_next(). */
   iterator begin() { return iterator::first(c()); }
   const_iterator begin() const { return const_iterator::first(c()); }
   iterator end() noexcept { return iterator(c()); }
   const_iterator end() const noexcept { return const_iterator(c()); }
 
-  /* rbegin: the same from the greatest key on. */
+  /** A walk over all records, from the greatest key down. */
   reverse_iterator rbegin() { return reverse_iterator(end()); }
   const_reverse_iterator rbegin() const { return const_reverse_iterator(end()); }
   reverse_iterator rend() { return reverse_iterator(begin()); }

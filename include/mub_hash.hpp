@@ -170,8 +170,10 @@ class hash_iterator : public walker<hash_iterator<Traits, Value>, item<typename 
 
 }  // namespace detail
 
-/* basic_hash: a hash table, as mub_hash. What is inserted behind an iterator it may or may not meet; removing the entry
- * that it stands on ends it. */
+/**
+ * A hash table; see mub_hash. An iterator may or may not visit entries that are inserted after it was made;
+ * removing its entry invalidates it.
+ */
 template <class Traits>
 class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Traits>, Traits> {
   using base = detail::map<basic_hash<Traits>, detail::hash_life<Traits>, Traits>;
@@ -182,38 +184,38 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
   using base::c;
   using typename base::key_type;
 
-  /* The default: an entry pool of its own. */
+  /** With an entry pool of its own. */
   basic_hash() noexcept : basic_hash(true, false) {}
 
-  /* With pools of its own, or without; as mub_hash_init. */
+  /** With pools of its own, or without; see mub_hash_init(). */
   basic_hash(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
-  /* With a value pool, too. */
+  /** With a value pool, too. */
   explicit basic_hash(value_blocks values) noexcept : basic_hash(true, true) {
     detail::set_block_size(c()->value_pool, values.size);
   }
 
-  /* With the caller's pools. */
+  /** With external pools. */
   explicit basic_hash(mub_pool *entries, mub_pool *values = nullptr) noexcept : basic_hash(false, false) {
     c()->entry_pool = entries;
     c()->value_pool = values;
   }
 
-  /* clone: a copy; as mub_hash_clone without pools of the caller's. */
-  [[nodiscard]] basic_hash clone(mub_clone_fn mend = nullptr) const {
+  /** A copy, made by mub_hash_clone() without external pools. */
+  [[nodiscard]] basic_hash clone(mub_clone_fn adjust = nullptr) const {
     basic_hash copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
     detail::copy_setting(c(), copy.c(), Traits::setting);
-    detail::clone_to<Traits>(copy.c(), c(), mend);
+    detail::clone_to<Traits>(copy.c(), c(), adjust);
     return copy;
   }
 
-  /* free: take a key out and release its value; as mub_hash_free. Returns whether it was there. */
+  /** Removes a key and releases its value; see mub_hash_free(). Returns whether the key was present. */
   bool free(key_type key, mub_free_fn release) {
     return Traits::call(Traits::free, c(), key, release) != nullptr;
   }
 
-  /* begin: a walk over all entries; as mub_hash_entry_first. */
+  /** A walk over all entries; see mub_hash_entry_first(). */
   iterator begin() { return iterator(c()); }
   const_iterator begin() const { return const_iterator(c()); }
   iterator end() noexcept { return {}; }

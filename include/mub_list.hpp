@@ -4,7 +4,7 @@
  *   mub::lists   for (std::uint64_t &value : list)   bare values
  *   mub::listx   for (std::uint64_t &value : list)   bare values, up to 32 in a block: no positions
  *
- * A position is the address of an entry, as in C; nullptr stands for the end that it is given for. */
+ * A position is the address of an entry, as in C; nullptr means the respective end of the list. */
 #ifndef MUB_LIST_HPP
 #define MUB_LIST_HPP
 
@@ -15,7 +15,7 @@ namespace mub {
 inline namespace v1 {
 namespace detail {
 
-// Where a walk over single entries stands; that of a listx also has a place within the block.
+// A position in a walk over single entries; that of a listx also has an index within the block.
 template <class Traits, class Value>
 class list_iterator : public walker<list_iterator<Traits, Value>, typename Traits::template reference<Value>,
                                     std::bidirectional_iterator_tag> {
@@ -33,7 +33,7 @@ class list_iterator : public walker<list_iterator<Traits, Value>, typename Trait
   void step_back() noexcept { entry_ = entry_ == nullptr ? list_->tail : entry_->prev; }
   const void *place() const noexcept { return entry_; }
 
-  /* position: the entry that the iterator stands on; nullptr at the end. */
+  /** The entry of the iterator; nullptr at the end. */
   entry_type *position() const noexcept { return entry_; }
 
  private:
@@ -139,7 +139,7 @@ struct list_life {
   static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
 };
 
-/* linked: what the lists have in common. */
+/** What the lists have in common. */
 template <class Derived, class Traits>
 class linked : public owner<Derived, list_life<Traits>> {
   using base = owner<Derived, list_life<Traits>>;
@@ -151,53 +151,55 @@ class linked : public owner<Derived, list_life<Traits>> {
   using const_reverse_iterator = std::reverse_iterator<const_iterator>;
   using base::c;
 
-  /* The default: an entry pool of its own. */
+  /** With an entry pool of its own. */
   linked() noexcept : linked(true, false) {}
 
-  /* With pools of its own, or without; as mub_list_init. */
+  /** With pools of its own, or without; see mub_list_init(). */
   linked(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
-  /* With a value pool, too. */
+  /** With a value pool, too. */
   explicit linked(value_blocks values) noexcept : linked(true, true) {
     set_block_size(c()->value_pool, values.size);
   }
 
-  /* With the caller's pools. */
+  /** With external pools. */
   explicit linked(mub_pool *entries, mub_pool *values = nullptr) noexcept : linked(false, false) {
     c()->entry_pool = entries;
     c()->value_pool = values;
   }
 
-  /* size, empty: the number of values, and whether there are none. */
+  /** The number of values, and whether there are none. */
   std::int64_t size() const noexcept { return c()->count; }
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
-  /* pop_front, pop_back: take the first or the last value out and hand it over; 0 when there is none. As
-   * mub_list_remove_head and mub_list_remove_tail. */
+  /**
+   * Remove the first or the last value and return it; 0 if there is none. See mub_list_remove_head() and
+   * mub_list_remove_tail().
+   */
   std::uint64_t pop_front() { return Traits::remove_head(c()); }
   std::uint64_t pop_back() { return Traits::remove_tail(c()); }
 
-  /* clear: remove all values, which are not looked at; as mub_list_remove_all. */
+  /** Removes all values, which are not visited; see mub_list_remove_all(). */
   void clear() { Traits::remove_all(c()); }
 
-  /* free_all: release every value that is not 0, then remove all; as mub_list_free_all. */
+  /** Releases every value that is not 0, then removes all; see mub_list_free_all(). */
   void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
 
-  /* begin: a walk from the head; an iterator holds until the entry that it stands on is removed. */
+  /** A walk from the head. An iterator is valid until its entry is removed. */
   iterator begin() noexcept { return iterator(c(), c()->head); }
   const_iterator begin() const noexcept { return const_iterator(c(), c()->head); }
   iterator end() noexcept { return iterator(c(), nullptr); }
   const_iterator end() const noexcept { return const_iterator(c(), nullptr); }
 
-  /* rbegin: the same from the tail. */
+  /** A walk from the tail. */
   reverse_iterator rbegin() noexcept { return reverse_iterator(end()); }
   const_reverse_iterator rbegin() const noexcept { return const_reverse_iterator(end()); }
   reverse_iterator rend() noexcept { return reverse_iterator(begin()); }
   const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
 };
 
-/* positioned: the lists whose entries are positions. */
+/** The lists whose entries are positions. */
 template <class Derived, class Traits>
 class positioned : public linked<Derived, Traits> {
  public:
@@ -205,22 +207,24 @@ class positioned : public linked<Derived, Traits> {
   using linked<Derived, Traits>::linked;
   using linked<Derived, Traits>::c;
 
-  /* clone: a copy; as mub_list_clone without pools of the caller's. */
-  [[nodiscard]] Derived clone(mub_clone_fn mend = nullptr) const {
+  /** A copy, made by mub_list_clone() without external pools. */
+  [[nodiscard]] Derived clone(mub_clone_fn adjust = nullptr) const {
     Derived copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
-    clone_to<Traits>(copy.c(), c(), mend);
+    clone_to<Traits>(copy.c(), c(), adjust);
     return copy;
   }
 
-  /* remove_at: take the entry at a position out and hand its value over; as mub_list_remove_at. */
+  /** Removes the entry at a position and returns its value; see mub_list_remove_at(). */
   std::uint64_t remove_at(entry_type *position) { return Traits::remove_at(c(), position); }
 
-  /* prepend, append: add copies of all entries of a list, which may be this one, all or none; as
-   * mub_list_add_head_list and mub_list_add_tail_list. */
+  /**
+   * Add copies of all entries of a list, which may be this one, all or none; see mub_list_add_head_list() and
+   * mub_list_add_tail_list().
+   */
   void prepend(const Derived &source) { Traits::add_head_list(c(), source.c()); }
   void append(const Derived &source) { Traits::add_tail_list(c(), source.c()); }
 
-  /* iterator_to: a walk from an entry of this list; the end for nullptr. */
+  /** A walk from an entry of this list; the end for nullptr. */
   typename positioned::iterator iterator_to(entry_type *entry) noexcept {
     return typename positioned::iterator(c(), entry);
   }
@@ -228,12 +232,12 @@ class positioned : public linked<Derived, Traits> {
 
 }  // namespace detail
 
-/* list: values with byte-string keys, as mub_list. Additions return the entry; nullptr when memory ran out. */
+/** Values with byte-string keys; see mub_list. Additions return the entry; nullptr if memory ran out. */
 class list : public detail::positioned<list, detail::list_traits> {
  public:
   using positioned::positioned;
 
-  /* push_front, push_back: as mub_list_add_head and mub_list_add_tail. */
+  /** Add an entry at the head or the tail; see mub_list_add_head() and mub_list_add_tail(). */
   [[nodiscard]] entry_type *push_front(std::string_view key, std::uint64_t value) {
     return mub_list_add_head(c(), key.data(), length(key), value);
   }
@@ -241,7 +245,7 @@ class list : public detail::positioned<list, detail::list_traits> {
     return mub_list_add_tail(c(), key.data(), length(key), value);
   }
 
-  /* insert_before, insert_after: as mub_list_insert_before and mub_list_insert_after. */
+  /** Add an entry beside another; see mub_list_insert_before() and mub_list_insert_after(). */
   [[nodiscard]] entry_type *insert_before(entry_type *position, std::string_view key, std::uint64_t value) {
     return mub_list_insert_before(c(), position, key.data(), length(key), value);
   }
@@ -249,7 +253,7 @@ class list : public detail::positioned<list, detail::list_traits> {
     return mub_list_insert_after(c(), position, key.data(), length(key), value);
   }
 
-  /* find: the first entry with a key; nullptr without one. As mub_list_find. */
+  /** The first entry with a key; nullptr if there is none. See mub_list_find(). */
   entry_type *find(std::string_view key) { return mub_list_find(c(), key.data(), length(key)); }
   const entry_type *find(std::string_view key) const { return mub_list_find(c(), key.data(), length(key)); }
 
@@ -257,16 +261,16 @@ class list : public detail::positioned<list, detail::list_traits> {
   static std::int64_t length(std::string_view key) noexcept { return static_cast<std::int64_t>(key.size()); }
 };
 
-/* lists: bare values, as mub_lists. Additions return the entry; nullptr when memory ran out. */
+/** Bare values; see mub_lists. Additions return the entry; nullptr if memory ran out. */
 class lists : public detail::positioned<lists, detail::lists_traits> {
  public:
   using positioned::positioned;
 
-  /* push_front, push_back: as mub_lists_add_head and mub_lists_add_tail. */
+  /** Add a value at the head or the tail; see mub_lists_add_head() and mub_lists_add_tail(). */
   [[nodiscard]] entry_type *push_front(std::uint64_t value) { return mub_lists_add_head(c(), value); }
   [[nodiscard]] entry_type *push_back(std::uint64_t value) { return mub_lists_add_tail(c(), value); }
 
-  /* insert_before, insert_after: as mub_lists_insert_before and mub_lists_insert_after. */
+  /** Add a value beside another; see mub_lists_insert_before() and mub_lists_insert_after(). */
   [[nodiscard]] entry_type *insert_before(entry_type *position, std::uint64_t value) {
     return mub_lists_insert_before(c(), position, value);
   }
@@ -274,17 +278,17 @@ class lists : public detail::positioned<lists, detail::lists_traits> {
     return mub_lists_insert_after(c(), position, value);
   }
 
-  /* find: the first entry with a value; nullptr without one. As mub_lists_find_at. */
+  /** The first entry with a value; nullptr if there is none. See mub_lists_find_at(). */
   entry_type *find(std::uint64_t value) { return mub_lists_find_at(c(), value); }
   const entry_type *find(std::uint64_t value) const { return mub_lists_find_at(c(), value); }
 };
 
-/* listx: bare values in blocks, as mub_listx. Every addition and removal invalidates iterators. */
+/** Bare values in blocks; see mub_listx. Every addition and removal invalidates iterators. */
 class listx : public detail::linked<listx, detail::listx_traits> {
  public:
   using linked::linked;
 
-  /* clone: a copy of the values as words, with an entry pool as this one has it; empty when memory ran out. */
+  /** A copy of the values as words, with an entry pool as this one has it; empty if memory ran out. */
   [[nodiscard]] listx clone() const {
     listx copy(c()->owns_entry_pool != 0, false);
     if (c()->owns_entry_pool == 0) copy.c()->entry_pool = c()->entry_pool;
@@ -296,7 +300,10 @@ class listx : public detail::linked<listx, detail::listx_traits> {
     return copy;
   }
 
-  /* push_front, push_back: false when memory ran out; as mub_listx_add_head and mub_listx_add_tail. */
+  /**
+   * Add a value at the head or the tail; false if memory ran out; see mub_listx_add_head() and
+   * mub_listx_add_tail().
+   */
   [[nodiscard]] bool push_front(std::uint64_t value) { return mub_listx_add_head(c(), value) != nullptr; }
   [[nodiscard]] bool push_back(std::uint64_t value) { return mub_listx_add_tail(c(), value) != nullptr; }
 };

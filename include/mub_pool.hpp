@@ -23,8 +23,10 @@ struct pool_life {
 
 }  // namespace detail
 
-/* live_blocks: a walk over the live blocks of a pool, which must not change until it ends. Made by pool::blocks; there
- * is one walk at a time, which begin() starts again. */
+/**
+ * A walk over the live blocks of a pool, which must not change until it ends. Made by pool::blocks; there is
+ * one walk at a time, which begin() starts again.
+ */
 class live_blocks {
  public:
   class iterator : public detail::walker<iterator, void *, std::input_iterator_tag> {
@@ -45,7 +47,7 @@ class live_blocks {
   live_blocks &operator=(const live_blocks &) = delete;
   ~live_blocks() { mub_pool_iter_free(walk_); }
 
-  /* begin: the first block; chunk by chunk, in ascending order within each. */
+  /** The first block; chunk by chunk, in ascending order within each. */
   iterator begin() const { return iterator(walk_); }
   iterator end() const noexcept { return {}; }
 
@@ -53,14 +55,16 @@ class live_blocks {
   mub_pool_iter *walk_;
 };
 
-/* pool: blocks of one size, as mub_pool. The destructor releases them all. */
+/** Blocks of one size; see mub_pool. The destructor releases them all. */
 class pool : public detail::owner<pool, detail::pool_life> {
  public:
-  /* Blocks of `block_size` bytes; a pool without a size hands out nothing. */
+  /** With blocks of `block_size` bytes; a pool without a size gives no blocks. */
   explicit pool(std::int64_t block_size = 0) noexcept : owner(std::in_place) { c()->block_size = block_size; }
 
-  /* clone: a copy, byte for byte, its blocks in the same places of its chunks; empty when memory ran out. As
-   * mub_pool_clone: addresses that the blocks hold are those of the source's. */
+  /**
+   * A copy, byte for byte, its blocks in the same places of its chunks; empty if memory ran out. See
+   * mub_pool_clone(): addresses in the blocks still point into the source.
+   */
   [[nodiscard]] pool clone() const {
     pool copy(c()->block_size);
     mub_pool_chunk *map = mub_pool_map(c());
@@ -70,20 +74,20 @@ class pool : public detail::owner<pool, detail::pool_life> {
     return copy;
   }
 
-  /* allocate: take a block; nullptr when memory ran out. As mub_pool_new. */
+  /** Takes a block; nullptr if memory ran out. See mub_pool_new(). */
   [[nodiscard]] void *allocate() { return mub_pool_new(c()); }
 
-  /* deallocate: give a block of this pool back; as mub_pool_free. */
+  /** Returns a block to this pool; see mub_pool_free(). */
   void deallocate(void *block) { mub_pool_free(c(), block); }
 
-  /* size, empty: the number of live blocks, and whether there are none. */
+  /** The number of live blocks, and whether there are none. */
   std::int64_t size() const noexcept { return c()->live_count; }
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
-  /* clear: release all blocks; the block size stays. As mub_pool_empty. */
+  /** Releases all blocks; the block size stays. See mub_pool_empty(). */
   void clear() { mub_pool_empty(c()); }
 
-  /* blocks: a walk over the live blocks, without any when memory ran out; as mub_pool_iter_new. */
+  /** A walk over the live blocks, without any if memory ran out; see mub_pool_iter_new(). */
   [[nodiscard]] live_blocks blocks() { return live_blocks(c()); }
 };
 

@@ -1,13 +1,13 @@
-/* mub_text.hpp: mub::string, mub::wchar and mub::stream, the growable buffers of mub_string.h, mub_wchar.h and
- * mub_stream.h, and mub::stringx, the view of mub_string.h.
+/* mub_text.hpp: mub::string, mub::wchar and mub::stream, the growable buffers of mub_string.h, mub_wchar.h
+ * and mub_stream.h, and mub::stringx, the view of mub_string.h.
  *
- *   mub::string    chars, NUL behind them            mub::stream    bytes, with a cursor for fields
- *   mub::wchar     16-bit units, 0 behind them       mub::stringx   a span of a text that is owned elsewhere
+ *   mub::string    chars, NUL after them             mub::stream    bytes, with a cursor for fields
+ *   mub::wchar     16-bit units, 0 after them        mub::stringx   a span of a text that is owned elsewhere
  *
- * Texts are given as std::string_view, wide ones as std::u16string_view, and may lie in the buffer itself. Members that
- * return nothing leave the buffer as it was when memory runs out: reserve() tells beforehand, or compare size().
- * Whatever makes a buffer grow invalidates views and iterators. Printing takes the C functions, whose formats the
- * compiler checks: mub_string_format(s.c(), "%d", n). */
+ * Texts are given as std::string_view, wide ones as std::u16string_view, and may lie in the buffer itself.
+ * Members that return nothing leave the buffer as it was if memory runs out: call reserve() first, or compare
+ * size(). Whatever makes a buffer grow invalidates views and iterators. For printing, use the C functions,
+ * whose formats the compiler checks: mub_string_format(s.c(), "%d", n). */
 #ifndef MUB_TEXT_HPP
 #define MUB_TEXT_HPP
 
@@ -20,8 +20,9 @@ namespace mub {
 inline namespace v1 {
 namespace detail {
 
-// `view` is what texts are given and handed out as, `stored` what the record holds, and `unit` what it is seen as: wide
-// units as char16_t alone, because memory may not be used as two types of integers at once.
+// `view` is the type of texts that members take and return, `stored` the type in the record, and `unit` the
+// one that members use: wide units as char16_t alone, because memory may not be used as two types of integers
+// at once.
 struct string_traits {
   using record = mub_string;
   using stored = char;
@@ -97,7 +98,7 @@ struct buffer_life {
   static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
 };
 
-/* buffer: what the buffers have in common; sizes and positions count units. */
+/** What the buffers have in common; sizes and positions count units. */
 template <class Derived, class Traits>
 class buffer : public owner<Derived, buffer_life<Traits>> {
   using base = owner<Derived, buffer_life<Traits>>;
@@ -109,75 +110,83 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
   using const_iterator = const unit_type *;
   using base::c;
 
-  /* The default: empty. */
+  /** Makes an empty one. */
   buffer() noexcept : base(std::in_place) {}
 
-  /* A copy of a text; empty when memory ran out. */
+  /** A copy of a text; empty if memory ran out. */
   explicit buffer(view_type text) : buffer() { Traits::copy(c(), units(text), length(text)); }
 
-  /* clone: a copy, with the same capacity or more; as mub_string_clone. */
+  /** A copy, with the same capacity or more; see mub_string_clone(). */
   [[nodiscard]] Derived clone() const {
     Derived copy;
     Traits::clone(c(), copy.c());
     return copy;
   }
 
-  /* size, empty, capacity: units of content, whether there are none, and how many fit. */
+  /** Units of content, whether there are none, and how many fit. */
   std::int64_t size() const noexcept { return c()->length; }
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
   std::int64_t capacity() const noexcept { return c()->capacity; }
 
-  /* data: the content; nullptr while nothing was ever stored. */
+  /** The content; nullptr while nothing was ever stored. */
   unit_type *data() noexcept { return reinterpret_cast<unit_type *>(c()->data); }
   const unit_type *data() const noexcept { return reinterpret_cast<const unit_type *>(c()->data); }
 
-  /* view: the content, until the buffer grows. */
+  /** The content, until the buffer grows. */
   view_type view() const noexcept {
     return {reinterpret_cast<typename view_type::const_pointer>(c()->data),
             static_cast<std::size_t>(c()->length)};
   }
   operator view_type() const noexcept { return view(); }
 
-  /* begin: the units of the content. */
+  /** The units of the content. */
   iterator begin() noexcept { return data(); }
   const_iterator begin() const noexcept { return data(); }
   iterator end() noexcept { return data() + size(); }
   const_iterator end() const noexcept { return data() + size(); }
 
-  /* reserve: make room for `capacity` units of content; false when memory ran out. As mub_string_expand. */
+  /** Makes room for `capacity` units of content; false if memory ran out. See mub_string_expand(). */
   [[nodiscard]] bool reserve(std::int64_t capacity) { return Traits::expand(c(), capacity) != 0; }
 
-  /* shrink: set the length, which may also rise up to the capacity; as mub_string_shrink. */
+  /** Sets the length, which may also rise up to the capacity; see mub_string_shrink(). */
   void shrink(std::int64_t length) { Traits::shrink(c(), length); }
 
-  /* clear: set the length to 0. */
+  /** Sets the length to 0. */
   void clear() { Traits::shrink(c(), 0); }
 
-  /* append: put a text behind the content; as mub_string_append. */
+  /** Appends a text to the content; see mub_string_append(). */
   void append(view_type text) { Traits::append(c(), units(text), length(text)); }
 
-  /* insert: put a text before a position. Returns false, nothing changed, when the position lies outside the content,
-   * the text is empty or memory ran out. As mub_string_insert. */
+  /**
+   * Inserts a text before a position. Returns false, nothing changed, if the position lies outside the
+   * content, the text is empty or memory ran out. See mub_string_insert().
+   */
   [[nodiscard]] bool insert(std::int64_t position, view_type text) {
     return Traits::insert(c(), position, units(text), length(text)) != 0;
   }
 
-  /* update: replace `count` units at a position by a text; false when nothing changed. As mub_string_update,
-   * mub_wchar_update or mub_stream_update. */
+  /**
+   * Replaces `count` units at a position by a text; false if nothing changed. See mub_string_update(),
+   * mub_wchar_update() or mub_stream_update().
+   */
   [[nodiscard]] bool update(std::int64_t position, std::int64_t count, view_type text) {
     return Traits::update(c(), position, count, units(text), length(text)) != 0;
   }
 
-  /* erase: remove `count` units at a position; as mub_string_delete, mub_wchar_delete or mub_stream_delete. */
+  /**
+   * Removes `count` units at a position; see mub_string_delete(), mub_wchar_delete() or mub_stream_delete().
+   */
   void erase(std::int64_t position, std::int64_t count) { Traits::erase(c(), position, count); }
 
-  /* left, mid, right: keep a part of the content; as mub_string_left, mub_string_mid and mub_string_right. */
+  /** Keep a part of the content; see mub_string_left(), mub_string_mid() and mub_string_right(). */
   void left(std::int64_t count) { Traits::left(c(), count); }
   void mid(std::int64_t start, std::int64_t count) { Traits::mid(c(), start, count); }
   void right(std::int64_t count) { Traits::right(c(), count); }
 
-  /* find: the index of the first such unit at or behind `start`; -1 without one, 0 is never found. As
-   * mub_string_find_char_pos. */
+  /**
+   * The index of the first such unit at or after `start`; -1 if there is none. 0 is never found. See
+   * mub_string_find_char_pos().
+   */
   std::int64_t find(unit_type unit, std::int64_t start = 0) const {
     return Traits::find_unit(c(), unit, start);
   }
@@ -191,94 +200,106 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
 
 }  // namespace detail
 
-/* string: a growable string of bytes, as mub_string. */
+/** A growable string of bytes; see mub_string. */
 class string : public detail::buffer<string, detail::string_traits> {
  public:
   using buffer::buffer;
   using buffer::find;
 
-  /* c_str: the content with a NUL behind it; never nullptr. */
+  /** The content with a NUL after it; never nullptr. */
   const char *c_str() const noexcept { return c()->data != nullptr ? c()->data : ""; }
 
-  /* assign: make a text the whole content; false, nothing changed, when memory ran out. As mub_string_copy. */
+  /** Makes a text the whole content; false, nothing changed, if memory ran out. See mub_string_copy(). */
   [[nodiscard]] bool assign(std::string_view text) {
     return mub_string_copy(c(), text.data(), length(text)) != 0;
   }
 
-  /* append_char, append_integer, append_double: put a character or a printed number behind the content; as
-   * mub_string_append_char, mub_string_append_integer and mub_string_append_double. */
+  /**
+   * Append a character or a printed number to the content; see mub_string_append_char(),
+   * mub_string_append_integer() and mub_string_append_double().
+   */
   void append_char(char character) { mub_string_append_char(c(), character); }
   void append_integer(std::int64_t value) { mub_string_append_integer(c(), value); }
   void append_double(double value) { mub_string_append_double(c(), value); }
 
-  /* get_integer, get_double: the number that the content begins with; as mub_string_get_long and
-   * mub_string_get_double. */
+  /** The number that the content begins with; see mub_string_get_long() and mub_string_get_double(). */
   std::int64_t get_integer(std::int64_t otherwise = 0) const { return mub_string_get_long(c(), otherwise); }
   double get_double(double otherwise = 0) const { return mub_string_get_double(c(), otherwise); }
 
-  /* compare, icompare: order the content against a text; as mub_string_compare and mub_string_icompare. */
+  /** Order the content against a text; see mub_string_compare() and mub_string_icompare(). */
   int compare(std::string_view text) const { return mub_string_compare(c(), text.data(), length(text)); }
   int icompare(std::string_view text) const { return mub_string_icompare(c(), text.data(), length(text)); }
 
-  /* find: the index of the first occurrence of a text at or behind `start`; -1 without one. As
-   * mub_string_find_pos. */
+  /**
+   * The index of the first occurrence of a text at or after `start`; -1 if there is none. See
+   * mub_string_find_pos().
+   */
   std::int64_t find(std::string_view text, std::int64_t start = 0) const {
     return mub_string_find_pos(c(), text.data(), length(text), start);
   }
 
-  /* trim: remove white space at both ends; whether there was any. As mub_string_trim. */
+  /** Removes white space at both ends. Returns whether there was any; see mub_string_trim(). */
   bool trim() { return mub_string_trim(c()) != 0; }
 
-  /* make_lower, make_upper: as mub_string_make_lower and mub_string_make_upper. */
+  /** Change the case of every byte; see mub_string_make_lower() and mub_string_make_upper(). */
   void make_lower() { mub_string_make_lower(c()); }
   void make_upper() { mub_string_make_upper(c()); }
 
-  /* replace: replace every occurrence of a NUL-terminated text; how many there were. As mub_string_replace. */
+  /**
+   * Replaces every occurrence of a NUL-terminated text. Returns how many there were; see
+   * mub_string_replace().
+   */
   std::int64_t replace(const char *from, const char *to) { return mub_string_replace(c(), from, to); }
 };
 
-/* wchar: a growable string of 16-bit units, as mub_wchar. */
+/** A growable string of 16-bit units; see mub_wchar. */
 class wchar : public detail::buffer<wchar, detail::wchar_traits> {
  public:
   using buffer::buffer;
 
-  /* assign: make a text the whole content; as mub_wchar_copy. */
+  /** Makes a text the whole content; see mub_wchar_copy(). */
   void assign(std::u16string_view text) { mub_wchar_copy(c(), units(text), length(text)); }
 
-  /* append: put a wide text, or a narrow one, widened, behind the content; as mub_wchar_append and
-   * mub_wchar_append_str. */
+  /**
+   * Appends a wide text, or a narrow one, widened, to the content; see mub_wchar_append() and
+   * mub_wchar_append_str().
+   */
   using buffer::append;
   void append(std::string_view narrow) {
     mub_wchar_append_str(c(), narrow.data(), static_cast<std::int64_t>(narrow.size()));
   }
   void append_integer(std::int64_t value) { mub_wchar_append_integer(c(), value); }
 
-  /* compare, icompare: order the content against a text; as mub_wchar_compare and mub_wchar_icompare. */
+  /** Order the content against a text; see mub_wchar_compare() and mub_wchar_icompare(). */
   int compare(std::u16string_view text) const { return mub_wchar_compare(c(), units(text), length(text)); }
   int icompare(std::u16string_view text) const { return mub_wchar_icompare(c(), units(text), length(text)); }
 
-  /* trim: remove white space at both ends; whether there was any. As mub_wchar_trim. */
+  /** Removes white space at both ends. Returns whether there was any; see mub_wchar_trim(). */
   bool trim() { return mub_wchar_trim(c()) != 0; }
 };
 
-/* stream: a growable byte buffer, as mub_stream. Fields are read and written at a position of yours, which moves on; they
- * are little-endian, and writing never grows the stream: resize it first. */
+/**
+ * A growable byte buffer; see mub_stream. Fields are read and written at a position that you keep and that
+ * moves on. They are little-endian, and writing never grows the stream: resize it first.
+ */
 class stream : public detail::buffer<stream, detail::stream_traits> {
  public:
   using buffer::buffer;
 
-  /* assign: make bytes the whole content; as mub_stream_copy. */
+  /** Makes bytes the whole content; see mub_stream_copy(). */
   void assign(std::string_view bytes) { mub_stream_copy(c(), bytes.data(), length(bytes)); }
 
-  /* resize: grow to at least `size` bytes and make that the length; false when memory ran out. As mub_stream_expand,
-   * then mub_stream_shrink: bytes that were spare are as they were left. */
+  /**
+   * Grows to at least `size` bytes and makes that the length; false if memory ran out. See
+   * mub_stream_expand() and mub_stream_shrink(): former spare bytes keep their content.
+   */
   [[nodiscard]] bool resize(std::int64_t size) {
     if (!reserve(size)) return false;
     shrink(size);
     return true;
   }
 
-  /* get_byte … get_lword: read 8, 16, 24, 32, 48 or 64 bits; as mub_stream_get_byte and so on. */
+  /** Read 8, 16, 24, 32, 48 or 64 bits; see mub_stream_get_byte() and so on. */
   std::uint8_t get_byte(std::int64_t &position) const { return mub_stream_get_byte(c(), &position); }
   std::uint16_t get_word(std::int64_t &position) const { return mub_stream_get_word(c(), &position); }
   std::uint32_t get_tword(std::int64_t &position) const { return mub_stream_get_tword(c(), &position); }
@@ -286,7 +307,7 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
   std::uint64_t get_xword(std::int64_t &position) const { return mub_stream_get_xword(c(), &position); }
   std::int64_t get_lword(std::int64_t &position) const { return mub_stream_get_lword(c(), &position); }
 
-  /* set_byte … set_lword: write as many bits; as mub_stream_set_byte and so on. */
+  /** Write as many bits; see mub_stream_set_byte() and so on. */
   void set_byte(std::int64_t &position, std::uint32_t value) { mub_stream_set_byte(c(), &position, value); }
   void set_word(std::int64_t &position, std::uint32_t value) { mub_stream_set_word(c(), &position, value); }
   void set_tword(std::int64_t &position, std::uint32_t value) { mub_stream_set_tword(c(), &position, value); }
@@ -294,42 +315,44 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
   void set_xword(std::int64_t &position, std::uint64_t value) { mub_stream_set_xword(c(), &position, value); }
   void set_lword(std::int64_t &position, std::int64_t value) { mub_stream_set_lword(c(), &position, value); }
 
-  /* crc32: that of the content; as mub_stream_crc32. */
+  /** The CRC-32 of the content; see mub_stream_crc32(). */
   std::uint32_t crc32() const { return mub_stream_crc32(c()->data, c()->length); }
 };
 
-/* stringx: a span of a text that is owned elsewhere, as mub_stringx; it is copied like a pointer. */
+/** A span of a text that is owned elsewhere; see mub_stringx. It is copied like a pointer. */
 class stringx {
  public:
-  /* An empty view, or one of a whole text. */
+  /** An empty view, or one of a whole text. */
   stringx() noexcept { mub_stringx_init(&view_); }
   stringx(std::string_view text) noexcept : view_{text.data(), 0, static_cast<std::int64_t>(text.size())} {}
 
-  /* c: the record, for the C functions. */
+  /** The record, for the C functions. */
   mub_stringx *c() noexcept { return &view_; }
   const mub_stringx *c() const noexcept { return &view_; }
 
-  /* view: the span; empty when its length is not above 0. */
+  /** The span; empty when its length is not above 0. */
   std::string_view view() const noexcept {
     if (view_.text == nullptr || view_.length <= 0) return {};
     return {view_.text + view_.start, static_cast<std::size_t>(view_.length)};
   }
   operator std::string_view() const noexcept { return view(); }
 
-  /* size, empty: the bytes of the span, and whether there are none. */
+  /** The bytes of the span, and whether there are none. */
   std::int64_t size() const noexcept { return view_.length; }
   [[nodiscard]] bool empty() const noexcept { return view().empty(); }
 
-  /* trim: narrow the span to what stands between white space; as mub_stringx_trim. */
+  /** Removes white space at both ends of the span; see mub_stringx_trim(). */
   bool trim() { return mub_stringx_trim(&view_) != 0; }
 
-  /* left, mid, right: keep a part of the span; as mub_stringx_left, mub_stringx_mid and mub_stringx_right. */
+  /** Keep a part of the span; see mub_stringx_left(), mub_stringx_mid() and mub_stringx_right(). */
   void left(std::int64_t count) { mub_stringx_left(&view_, count); }
   void mid(std::int64_t offset, std::int64_t count) { mub_stringx_mid(&view_, offset, count); }
   void right(std::int64_t count) { mub_stringx_right(&view_, count); }
 
-  /* find: the index of a character or a text at or behind `start`; -1 without one. As mub_stringx_find_char_pos and
-   * mub_stringx_find_pos. */
+  /**
+   * The index of a character or a text at or after `start`; -1 if there is none. See
+   * mub_stringx_find_char_pos() and mub_stringx_find_pos().
+   */
   std::int64_t find(char character, std::int64_t start = 0) const {
     return mub_stringx_find_char_pos(&view_, character, start);
   }
@@ -337,12 +360,17 @@ class stringx {
     return mub_stringx_find_pos(&view_, text.data(), static_cast<std::int64_t>(text.size()), start);
   }
 
-  /* is_integer, get_integer: whether the whole span is an integer, and the one that it begins with; as
-   * mub_stringx_is_long and mub_stringx_get_long. */
+  /**
+   * Whether the whole span is an integer, and the one that it begins with; see mub_stringx_is_long() and
+   * mub_stringx_get_long().
+   */
   bool is_integer() const { return mub_stringx_is_long(&view_) != 0; }
   std::int64_t get_integer() const { return mub_stringx_get_long(&view_); }
 
-  /* is_decimal, get_decimal: the same for a decimal number; as mub_stringx_is_float and mub_stringx_get_float. */
+  /**
+   * Whether the whole span is a decimal number, and the one that it begins with; see mub_stringx_is_float()
+   * and mub_stringx_get_float().
+   */
   bool is_decimal() const { return mub_stringx_is_float(&view_) != 0; }
   double get_decimal() const { return mub_stringx_get_float(&view_); }
 

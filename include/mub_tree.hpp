@@ -5,7 +5,8 @@
  *   for (mub_tree_entry &entry : outline) …                     all below the root, parents first
  *   for (mub_tree_entry &entry : mub::children(chapter)) …      the children of one entry
  *
- * Moving or swapping a tree moves its root, which lies in the record; all other entries keep their addresses. */
+ * Moving or swapping a tree moves its root, which lies in the record; all other entries keep their
+ * addresses. */
 #ifndef MUB_TREE_HPP
 #define MUB_TREE_HPP
 
@@ -57,7 +58,7 @@ struct tree_life {
   }
 };
 
-/* rooted: what the trees have in common. */
+/** What the trees have in common. */
 template <class Derived, class Traits>
 class rooted : public owner<Derived, tree_life<Traits>> {
   using base = owner<Derived, tree_life<Traits>>;
@@ -66,45 +67,47 @@ class rooted : public owner<Derived, tree_life<Traits>> {
   using entry_type = typename Traits::entry;
   using base::c;
 
-  /* The default: an entry pool of its own. */
+  /** With an entry pool of its own. */
   rooted() noexcept : rooted(true, false) {}
 
-  /* With pools of its own, or without; as mub_tree_init. */
+  /** With pools of its own, or without; see mub_tree_init(). */
   rooted(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
-  /* With a value pool, too. */
+  /** With a value pool, too. */
   explicit rooted(value_blocks values) noexcept : rooted(true, true) {
     set_block_size(c()->value_pool, values.size);
   }
 
-  /* With the caller's pools. */
+  /** With external pools. */
   explicit rooted(mub_pool *entries, mub_pool *values = nullptr) noexcept : rooted(false, false) {
     c()->entry_pool = entries;
     c()->value_pool = values;
   }
 
-  /* clone: a copy; as mub_tree_clone without pools of the caller's. */
-  [[nodiscard]] Derived clone(mub_clone_fn mend = nullptr) const {
+  /** A copy, made by mub_tree_clone() without external pools. */
+  [[nodiscard]] Derived clone(mub_clone_fn adjust = nullptr) const {
     Derived copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
-    clone_to<Traits>(copy.c(), c(), mend);
+    clone_to<Traits>(copy.c(), c(), adjust);
     return copy;
   }
 
-  /* root: the entry in the record, which is always there. */
+  /** The entry in the record, which is always there. */
   entry_type *root() noexcept { return &c()->root; }
   const entry_type *root() const noexcept { return &c()->root; }
 
-  /* links: links made less links undone; the record's `count`. */
+  /** Links made minus links undone; the record's `count`. */
   std::int64_t links() const noexcept { return c()->count; }
 
-  /* make: an entry of the entry pool, cleared and not linked; nullptr when memory ran out. As mub_tree_entry_new. */
+  /**
+   * An entry of the entry pool, cleared and not linked; nullptr if memory ran out. See mub_tree_entry_new().
+   */
   [[nodiscard]] entry_type *make() { return Traits::entry_new(c()); }
 
-  /* clear: remove all entries; values are not looked at. As mub_tree_remove_all. */
+  /** Removes all entries; values are not visited. See mub_tree_remove_all(). */
   void clear() { Traits::remove_all(c()); }
 
-  /* free_all: release every value that is not 0, then remove all entries. As mub_tree_free_all. */
+  /** Releases every value that is not 0, then removes all entries. See mub_tree_free_all(). */
   void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
 };
 
@@ -151,24 +154,26 @@ struct sibling_range {
 
 }  // namespace detail
 
-/* children: the children of an entry, in their order. */
+/** The children of an entry, in their order. */
 inline detail::sibling_range<mub_tree_entry> children(mub_tree_entry *parent) noexcept { return {parent}; }
 inline detail::sibling_range<const mub_tree_entry> children(const mub_tree_entry *parent) noexcept {
   return {parent};
 }
 
-/* tree: a general tree, as mub_tree. A walk over it holds until the entry that it stands on is unlinked. */
+/** A general tree; see mub_tree. An iterator is valid until its entry is unlinked. */
 class tree : public detail::rooted<tree, detail::tree_traits> {
  public:
   using iterator = detail::document_iterator<mub_tree_entry>;
   using const_iterator = detail::document_iterator<const mub_tree_entry>;
   using rooted::rooted;
 
-  /* link: link an entry as the last child of another; as mub_tree_entry_append. */
+  /** Links an entry as the last child of another; see mub_tree_entry_append(). */
   void link(mub_tree_entry *parent, mub_tree_entry *child) { mub_tree_entry_append(c(), parent, child); }
 
-  /* append: make an entry with a value and link it as the last child of another.
-   * Returns the entry; nullptr when memory ran out. */
+  /**
+   * Makes an entry with a value and links it as the last child of another. Returns the entry; nullptr if
+   * memory ran out.
+   */
   [[nodiscard]] mub_tree_entry *append(mub_tree_entry *parent, std::uint64_t value) {
     mub_tree_entry *child = make();
     if (child == nullptr) return nullptr;
@@ -177,21 +182,21 @@ class tree : public detail::rooted<tree, detail::tree_traits> {
     return child;
   }
 
-  /* insert_before: link an entry right before another; as mub_tree_entry_insert. */
+  /** Links an entry right before another; see mub_tree_entry_insert(). */
   void insert_before(mub_tree_entry *sibling, mub_tree_entry *entry) {
     mub_tree_entry_insert(c(), sibling, entry);
   }
 
-  /* unlink: take an entry with all below it out; nothing is released. As mub_tree_entry_remove. */
+  /** Unlinks an entry with all below it; nothing is released. See mub_tree_entry_remove(). */
   void unlink(mub_tree_entry *entry) { mub_tree_entry_remove(c(), entry); }
 
-  /* insert: follow a path of keys, making what is missing; as mub_tree_insert. */
+  /** Follows a path of keys, adding what is missing; see mub_tree_insert(). */
   [[nodiscard]] mub_tree_entry *insert(const array &path, mub_tree_compare_fn compare,
                                        mub_init_fn init = nullptr) {
     return mub_tree_insert(c(), path.c(), init, compare);
   }
 
-  /* find: follow a path of keys; nullptr when a step leads nowhere. As mub_tree_find. */
+  /** Follows a path of keys; nullptr if no entry matches a step. See mub_tree_find(). */
   mub_tree_entry *find(const array &path, mub_tree_compare_fn compare) {
     return mub_tree_find(c(), path.c(), compare);
   }
@@ -199,20 +204,22 @@ class tree : public detail::rooted<tree, detail::tree_traits> {
     return mub_tree_find(c(), path.c(), compare);
   }
 
-  /* begin: a walk over all entries below the root, parents first; as mub_tree_entry_iter_next. */
+  /** A walk over all entries below the root, parents first; see mub_tree_entry_iter_next(). */
   iterator begin() { return iterator(root(), mub_tree_entry_iter_next(root(), root())); }
   const_iterator begin() const { return const_iterator(root(), mub_tree_entry_iter_next(root(), root())); }
   iterator end() noexcept { return {}; }
   const_iterator end() const noexcept { return {}; }
 };
 
-/* bitree: a binary tree of links alone, as mub_bitree: walk it by the fields of its entries. */
+/** A binary tree of links; see mub_bitree. Walk it by the fields of its entries. */
 class bitree : public detail::rooted<bitree, detail::bitree_traits> {
  public:
   using rooted::rooted;
 
-  /* add: link an entry to another, below 0 as left child, above 0 as right child, 0 as next equal; as
-   * mub_bitree_entry_add. */
+  /**
+   * Links an entry to another, below 0 as left child, above 0 as right child, 0 as next equal; see
+   * mub_bitree_entry_add().
+   */
   void add(mub_bitree_entry *entry, int direction, mub_bitree_entry *added) {
     mub_bitree_entry_add(c(), entry, direction, added);
   }
