@@ -144,9 +144,11 @@ def results(rows):
     """The table of results, for tbl."""
     if not rows:
         return []
-    cell = lambda text: f"T{{\n{chr(10).join(filled(text)) or chr(92) + '&'}\nT}}"
-    formats = ["lb " * len(rows[0]), "lx " * len(rows[0]) + "."]
-    return [".SH RESULTS", ".TS", "allbox;", *formats, *("\t".join(cell(text) for text in row) for row in rows), ".TE"]
+    # The names are as wide as they are; what they return shares the rest, too narrow to be adjusted to both sides.
+    block = lambda text: f"T{{\n.ad l\n{chr(10).join(filled(text)) or chr(92) + '&'}\nT}}"
+    lines = ["\t".join([escaped(name), *map(block, texts)]) for name, *texts in rows]
+    formats = ["lb " * len(rows[0]), "l " + "lx " * (len(rows[0]) - 1) + "."]
+    return [".SH RESULTS", ".TS", "allbox;", *formats, *lines, ".TE"]
 
 
 def field_declaration(field):
