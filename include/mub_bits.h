@@ -9,8 +9,8 @@
  *
  * Bit n lies in byte n >> 3, the first of its byte being the highest bit: position n & 7 has the mask 0x80 >>
  * position. Bits beyond the end read as clear; setting or clearing one there grows the set, by 1024 bytes or
- * to the byte needed if that is more. Growth moves the block, and new bytes are 0. Only mub_bits_term()
- * releases it.
+ * to the byte needed if that is more. Growth moves the block, and new bytes are 0. The set never shrinks;
+ * mub_bits_term() releases the block.
  *
  * What the everyday operations return:
  *
@@ -18,7 +18,7 @@
  * | ----------------- | ---------------------- | --------------------------- | --------------- |
  * | mub_bits_find()   | its mask, 0x80 to 0x01 | 0                           |                 |
  * | mub_bits_insert() |                        |                             | nothing changes |
- * | mub_bits_expand() |                        |                             | 0; else 1       |
+ * | mub_bits_expand() |                        |                             | 0               |
  *
  * @{
  */
@@ -82,9 +82,9 @@ MUB_API mub_bits *mub_bits_term(mub_bits *bits);
  *
  * @param[in,out] bits  the set
  * @param[in] bytes     the wanted size
- * @return 1, at once if the size suffices
+ * @return 1 if the set has at least `bytes` bytes now
  * @failure 0 if memory ran out
- * @invalidates pointers into the block
+ * @invalidates pointers into the block, if the set grows
  * @cost O(size) if it grows
  */
 MUB_API int mub_bits_expand(mub_bits *bits, uint32_t bytes);
@@ -108,9 +108,10 @@ MUB_API void mub_bits_zero(mub_bits *bits);
  * @param[in,out] bits  the set
  * @param[in] bit       the number of the bit, from 0
  * @param[in] on        not 0 sets the bit, 0 clears it
- * @failure nothing changes if memory runs out; call mub_bits_expand() first to learn whether there is enough
- * @invalidates pointers into the block
- * @cost O(1); O(size) if the set grows
+ * @failure nothing changes if memory runs out, and no result says so; call mub_bits_expand() first to find
+ *   out
+ * @invalidates pointers into the block, if the set grows
+ * @cost O(1); O(size) if it grows
  */
 MUB_API void mub_bits_insert(mub_bits *bits, uint32_t bit, int on);
 
@@ -126,11 +127,12 @@ MUB_API uint32_t mub_bits_find(const mub_bits *bits, uint32_t bit);
 /**
  * Gives a stream the set's block; length and capacity of the stream become the size of the set.
  *
- * Nothing is moved in the other direction: the set keeps its fields, so both records have the same block.
+ * Nothing is exchanged, despite the name: the set keeps its fields, and both records then have the same
+ * block.
  *
  * @param[in,out] bits    the set; clear it with mub_bits_init(), or the stream with mub_stream_init(), before
  *                        the other is used
- * @param[in,out] stream  receives the block; its old block is forgotten and not released
+ * @param[in,out] stream  receives the block; its old block is not released
  * @owner the block belongs to whichever of the two records is kept; the stream's old block is not released
  * @invalidates nothing
  */

@@ -16,7 +16,7 @@ struct bits_life {
   static void init(record *bits) noexcept { mub_bits_init(bits); }
   static void bare(record *bits) noexcept { mub_bits_init(bits); }
   static void release(record *bits) noexcept { mub_bits_term(bits); }
-  // mub_bits_swap hands a block to a stream.
+  // mub_bits_swap() exchanges nothing: it gives the block to a stream.
   static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
 };
 
@@ -25,7 +25,7 @@ struct bits_life {
 /** A set of bits, numbered from 0; see mub_bits. */
 class bits : public detail::owner<bits, detail::bits_life> {
  public:
-  /** Makes an empty one. */
+  /** Makes an empty set. */
   bits() noexcept : owner(std::in_place) {}
 
   /** A copy; empty if memory ran out. */
@@ -35,7 +35,7 @@ class bits : public detail::owner<bits, detail::bits_life> {
     return copy;
   }
 
-  /** The size in bytes, of 8 bits each; bits beyond it are clear. */
+  /** The size in bytes of 8 bits each; bits beyond it read as clear. */
   std::uint32_t size_bytes() const noexcept { return c()->size; }
 
   /** Grows to at least `bytes` bytes; false if memory ran out. See mub_bits_expand(). */
@@ -45,8 +45,8 @@ class bits : public detail::owner<bits, detail::bits_life> {
   bool test(std::uint32_t bit) const { return mub_bits_find(c(), bit) != 0; }
 
   /**
-   * Sets or clears a bit. Nothing changes if memory runs out: call reserve() first to learn whether there is
-   * enough. See mub_bits_insert().
+   * Sets or clears a bit. Nothing changes if memory runs out: call reserve() first to find out. See
+   * mub_bits_insert().
    */
   void set(std::uint32_t bit, bool on = true) { mub_bits_insert(c(), bit, on); }
 

@@ -12,9 +12,9 @@
  * blocks, can be copied by address translation: mub_pool_map(), mub_pool_clone(), then mub_pool_get_addr()
  * and mub_pool_set_addr() for each address.
  *
- * The owner sets `block_size` after mub_pool_init() and before the first block, and changes neither it nor
- * `blocks_per_chunk` again except after mub_pool_empty(). The pool does not check that a returned block is
- * its own, or that it is returned once.
+ * The owner sets `block_size` after mub_pool_init() and before the first block is taken, and changes it and
+ * `blocks_per_chunk` later only after mub_pool_empty(). The pool does not check that a returned block is its
+ * own, or that it is returned only once.
  *
  * What the everyday operations return:
  *
@@ -44,7 +44,7 @@ extern "C" {
 struct mub_pool {
   /** bytes per block; 0: the pool gives no blocks */
   int64_t block_size;
-  /** also addresses per free page; the first use of either raises it to at least 16 */
+  /** blocks per chunk, addresses per page; the first block taken or returned raises it to at least 16 */
   int64_t blocks_per_chunk;
   /** blocks taken and not returned */
   int64_t live_count;
@@ -54,7 +54,7 @@ struct mub_pool {
   int64_t chunk_count;
   /** slots of the table; those after `chunk_count` are NULL or hold spare chunks */
   int64_t chunk_capacity;
-  /** the chunk table; NULL until the first chunk */
+  /** the chunk table; NULL until a chunk is needed */
   void **chunks;
   /** addresses in the last free page; -1: no page is in use */
   int64_t free_used;
@@ -62,7 +62,7 @@ struct mub_pool {
   int64_t free_count;
   /** slots of the table; those after `free_count` are NULL or hold spare pages */
   int64_t free_capacity;
-  /** the stack of released blocks; NULL until the first release */
+  /** the table of free pages, the stack of released blocks; NULL until the first release */
   void **free_pages;
 };
 
@@ -72,7 +72,7 @@ struct mub_pool_chunk {
   uint64_t base; /**< the address of its first block */
 };
 
-/** A walk over the live blocks of a pool; made by mub_pool_iter_new. */
+/** A walk over the live blocks of a pool; made by mub_pool_iter_new(). */
 typedef struct mub_pool_iter {
   int64_t chunk;      /**< chunk of the block returned last */
   int64_t slot;       /**< its place in the chunk, in blocks */
@@ -98,7 +98,7 @@ MUB_API void mub_pool_init(mub_pool *pool);
  *
  * @param[in,out] pool  the pool
  * @owner all blocks are released
- * @invalidates all blocks
+ * @invalidates all blocks, chunk maps and iterators
  * @cost one release per chunk and page, whatever the number of blocks
  */
 MUB_API void mub_pool_term(mub_pool *pool);
@@ -110,7 +110,7 @@ MUB_API void mub_pool_term(mub_pool *pool);
  *
  * @param[in,out] pool  the pool
  * @owner all blocks are released
- * @invalidates all blocks
+ * @invalidates all blocks, chunk maps and iterators
  * @cost one release per chunk and page, whatever the number of blocks
  */
 MUB_API void mub_pool_empty(mub_pool *pool);
@@ -122,7 +122,7 @@ MUB_API void mub_pool_empty(mub_pool *pool);
  * @return the block, filled with zeros if it is fresh and as it was left if it is reused
  * @failure NULL if `block_size` is 0 or memory ran out
  * @owner the block belongs to the pool's user until it is returned or the pool is emptied
- * @invalidates a chunk map of the pool, if it needed another chunk
+ * @invalidates iterators of the pool, and its chunk maps if it takes another chunk
  * @cost O(1); one allocation per chunk
  */
 MUB_API void *mub_pool_new(mub_pool *pool);
@@ -133,20 +133,21 @@ MUB_API void *mub_pool_new(mub_pool *pool);
  * @param[in,out] pool  the pool
  * @param[in] block     a block of this pool; NULL is ignored
  * @failure if there is no memory for another page of the free stack, the block is dropped: it is not reused,
- *   is released with its chunk, and is met by walks until then
+ *   it is released with its chunk, and iterators return it until then
  * @owner the block goes back to the pool
- * @invalidates the block
+ * @invalidates the block, and iterators of the pool
  * @nullable block
  */
 MUB_API void mub_pool_free(mub_pool *pool, void *block);
 
 /**
- * Makes room for one more page or chunk in a table: by half its count, at least 4, in multiples of 4.
+ * Makes room for one more chunk or page in a table: a full one grows by half its count, at least 4, to a
+ * multiple of 4.
  *
  * @param[in,out] group  the address of the pool's `chunk_used` or `free_used`: the first of the four fields
  *                       of that table
  * @failure the table is unchanged if memory runs out
- * @invalidates nothing
+ * @invalidates addresses of the table's slots
  * @cost O(slots of the table)
  * @level low
  */
@@ -161,7 +162,7 @@ MUB_API void mub_pool_expand(int64_t *group);
  * @return the block
  * @failure NULL if the stack is empty
  * @owner the block belongs to the caller until it is returned or the pool is emptied
- * @invalidates nothing
+ * @invalidates iterators of the pool
  * @level low
  */
 MUB_API void *mub_pool_from_empty(mub_pool *pool);
@@ -183,7 +184,7 @@ MUB_API void mub_pool_swap(mub_pool *a, mub_pool *b);
  *
  * @param[in] pool  the pool
  * @return a heap array of `chunk_count` elements, valid until the pool takes another chunk or is emptied
- * @failure NULL if the pool has no chunk table or memory ran out
+ * @failure NULL if the pool has no chunk table, or if memory ran out
  * @owner the map is the caller's; release it with mub_pool_umap()
  * @cost O(chunks log chunks)
  */
@@ -204,11 +205,11 @@ MUB_API void mub_pool_umap(mub_pool_chunk *map);
  *
  * @param[in] pool     the pool
  * @param[in] map      the chunk map of `pool`; NULL finds nothing
- * @param[in] block    any address in a chunk; the end of the chunk is not checked; NULL is not found
+ * @param[in] block    any address in a chunk, whose end is not checked; NULL is not found
  * @param[out] offset  receives the distance in bytes from the start of the chunk; unchanged if nothing is
  *                     found
  * @return the index in the chunk table
- * @failure -1 if the address is NULL or below every chunk
+ * @failure -1 if the address is NULL or below every chunk, or if `map` is NULL
  * @cost O(log chunks)
  * @nullable map, block
  */
@@ -219,7 +220,7 @@ MUB_API int mub_pool_get_addr(const mub_pool *pool, const mub_pool_chunk *map, c
  * Translates a chunk and an offset back into an address.
  *
  * @param[in] pool    the pool
- * @param[in] chunk   an index in the chunk table, not checked against its end; negative: none
+ * @param[in] chunk   an index in the chunk table; too large a one is not detected
  * @param[in] offset  bytes from the start of the chunk
  * @return the address
  * @failure NULL for a negative index
@@ -233,12 +234,13 @@ MUB_API void *mub_pool_set_addr(const mub_pool *pool, int chunk, int64_t offset)
  * Addresses stored in the blocks are copied as they are: translate them afterwards.
  *
  * @param[in] source           the pool to copy; it does not change
- * @param[in] map              the chunk map of `source`; with NULL, the copy's free stack holds no blocks
+ * @param[in] map              the chunk map of `source`; with NULL, the copy reuses none of the released
+ *                             blocks, and iterators return them
  * @param[in,out] destination  an initialised pool, which is emptied first
  * @failure the destination is empty if memory runs out
  * @owner the copies of the chunks belong to the destination
- * @invalidates all blocks of the destination
- * @cost one allocation and one copy per chunk
+ * @invalidates all blocks, chunk maps and iterators of the destination
+ * @cost one allocation and one copy per chunk and page; O(log chunks) per released block
  * @nullable map
  */
 MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, mub_pool *destination);
@@ -248,7 +250,7 @@ MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, m
  *
  * @param[in] a  the address of a mub_pool_chunk
  * @param[in] b  the address of another
- * @return -1, 0 or 1
+ * @return -1, 0 or 1 if the first address is below, equal to or above the second
  * @level low
  */
 MUB_API int mub_pool_compare(const void *a, const void *b);
@@ -288,7 +290,7 @@ MUB_API int mub_pool_bfind(const mub_pool_chunk *map, int64_t count, const void 
  *
  * @param[in] a  the address of a block address
  * @param[in] b  the address of another
- * @return -1, 0 or 1
+ * @return -1, 0 or 1 if the first address is below, equal to or above the second
  * @level low
  */
 MUB_API int mub_pool_empty_compare(const void *a, const void *b);
@@ -323,7 +325,8 @@ MUB_API int mub_pool_empty_find(void *const *blocks, int64_t count, const void *
  * Copies the addresses on the free stack and sorts them.
  *
  * @param[in] pool  the pool
- * @param[out] out  room for `(free_count - 1) * blocks_per_chunk + free_used` addresses
+ * @param[out] out  room for `(free_count - 1) * blocks_per_chunk + free_used` addresses; nothing is stored if
+ *                  `free_count` is 0
  * @invalidates nothing
  * @cost O(addresses log addresses)
  * @level low

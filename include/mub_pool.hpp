@@ -1,7 +1,7 @@
 /* mub_pool.hpp: mub::pool, the block pool of mub_pool.h.
  *
  *   mub::pool nodes(sizeof(node));
- *   auto *n = static_cast<node *>(nodes.allocate());     zero-filled when fresh; no constructor runs
+ *   auto *n = static_cast<node *>(nodes.allocate());     zero-filled if fresh; no constructor runs
  *   for (void *block : nodes.blocks()) … */
 #ifndef MUB_POOL_HPP
 #define MUB_POOL_HPP
@@ -24,8 +24,8 @@ struct pool_life {
 }  // namespace detail
 
 /**
- * A walk over the live blocks of a pool, which must not change until it ends. Made by pool::blocks; there is
- * one walk at a time, which begin() starts again.
+ * A walk over the live blocks of a pool, which must not change until it ends. Made by pool::blocks(). An
+ * object holds one walk, which begin() restarts: older iterators of the object are then invalid.
  */
 class live_blocks {
  public:
@@ -58,7 +58,7 @@ class live_blocks {
 /** Blocks of one size; see mub_pool. The destructor releases them all. */
 class pool : public detail::owner<pool, detail::pool_life> {
  public:
-  /** With blocks of `block_size` bytes; a pool without a size gives no blocks. */
+  /** With blocks of `block_size` bytes; a pool of size 0 gives no blocks. */
   explicit pool(std::int64_t block_size = 0) noexcept : owner(std::in_place) { c()->block_size = block_size; }
 
   /**
@@ -74,7 +74,7 @@ class pool : public detail::owner<pool, detail::pool_life> {
     return copy;
   }
 
-  /** Takes a block; nullptr if memory ran out. See mub_pool_new(). */
+  /** Takes a block; nullptr if the block size is 0 or memory ran out. See mub_pool_new(). */
   [[nodiscard]] void *allocate() { return mub_pool_new(c()); }
 
   /** Returns a block to this pool; see mub_pool_free(). */
@@ -87,7 +87,7 @@ class pool : public detail::owner<pool, detail::pool_life> {
   /** Releases all blocks; the block size stays. See mub_pool_empty(). */
   void clear() { mub_pool_empty(c()); }
 
-  /** A walk over the live blocks, without any if memory ran out; see mub_pool_iter_new(). */
+  /** A walk over the live blocks; over none if memory ran out. See mub_pool_iter_new(). */
   [[nodiscard]] live_blocks blocks() { return live_blocks(c()); }
 };
 
