@@ -7,9 +7,9 @@
  *               ^~~~~~~       data = the first ^, length = 7; after mub_char_trim data = the v, length = 5
  *
  * A view has no terminator and no capacity. Its bytes belong to whoever made them; only mub_char_copy()
- * allocates. A negative length stands for a text that is not measured yet: mub_char_length() measures it,
- * every other function takes it as it is and reads nothing. White space is tab, line feed, carriage return
- * and space.
+ * allocates. A negative length stands for a text that is not measured yet: mub_char_length() and
+ * mub_stringx_copy_char() measure it, and every other function reads nothing through such a view. White space
+ * is tab, line feed, carriage return and space.
  *
  * Numbers are read with grammars of their own, whatever the locale, and without white space, '+' or exponent:
  *
@@ -65,7 +65,7 @@ MUB_API mub_char *mub_char_init(mub_char *view);
 MUB_API mub_char *mub_char_term(mub_char *view);
 
 /**
- * Narrows a view to what is between leading and trailing white space, and between NULs at its end.
+ * Narrows a view by the white space at both ends, and by NULs at its end.
  *
  * No byte is moved or written. A view with a NUL among its leading white space becomes empty, and so does one
  * that is not measured.
@@ -98,7 +98,7 @@ MUB_API int mub_char_is_empty(const mub_char *view);
 /**
  * Gets the length of a view.
  *
- * A negative one is first replaced by the length of the text up to its NUL, or by 0 without data.
+ * A negative length is first replaced by the length of the text up to its NUL, or by 0 without data.
  *
  * @param[in,out] view  the view
  * @return the length
@@ -141,7 +141,7 @@ MUB_API void mub_char_make_upper(mub_char *view);
 MUB_API void mub_char_copy(mub_char *view, const char *text, int64_t count);
 
 /**
- * Checks whether the whole view is an integer.
+ * Checks whether the whole view is an integer: an optional '-' and one or more digits.
  *
  * @param[in] view  the view
  * @return 1 if it is, else 0
@@ -150,9 +150,9 @@ MUB_API void mub_char_copy(mub_char *view, const char *text, int64_t count);
 MUB_API int mub_char_is_long(const mub_char *view);
 
 /**
- * Reads the integer that the view begins with.
+ * Reads the integer that the view begins with: an optional '-' and digits, without white space or '+'.
  *
- * Values wrap around at 64 bits.
+ * The number wraps around at 64 bits.
  *
  * @param[in] view  the view
  * @return the number
@@ -162,7 +162,8 @@ MUB_API int mub_char_is_long(const mub_char *view);
 MUB_API int64_t mub_char_get_long(const mub_char *view);
 
 /**
- * Checks whether the whole view is a decimal number.
+ * Checks whether the whole view is a decimal number: an optional '-', one or more digits, and optionally a
+ * point and more digits or none.
  *
  * @param[in] view  the view
  * @return 1 if it is, else 0
@@ -171,7 +172,8 @@ MUB_API int64_t mub_char_get_long(const mub_char *view);
 MUB_API int mub_char_is_float(const mub_char *view);
 
 /**
- * Reads the decimal number that the view begins with.
+ * Reads the decimal number that the view begins with: an optional '-', digits, and optionally a point and
+ * more digits.
  *
  * A digit before the point makes the value `(value * 10.0 + character code) - 48.0`; the k-th digit after the
  * point adds the digit divided by 10.0 k times in turn. Both round at every step.
@@ -186,8 +188,8 @@ MUB_API double mub_char_get_float(const mub_char *view);
 /**
  * Orders a view against a text as mub_mem_cmp() does.
  *
- * An empty view sorts before every text that is not NULL and whose count is not 0, -1 included: before an
- * empty text too. Two that are empty are equal.
+ * An empty view equals NULL and a count of 0, and sorts before every other text: with a negative count even
+ * before the empty text.
  *
  * @param[in] view   the view
  * @param[in] text   the text; NULL and a count of 0 sort before every view that is not empty
@@ -202,8 +204,8 @@ MUB_API int mub_char_compare(const mub_char *view, const char *text, int64_t cou
 /**
  * Orders a view against a text as mub_mem_icmp() does, without regard to case.
  *
- * An empty view sorts before every text that is not NULL and whose count is not 0, -1 included: before an
- * empty text too. Two that are empty are equal.
+ * An empty view equals NULL and a count of 0, and sorts before every other text: with a negative count even
+ * before the empty text.
  *
  * @param[in] view   the view
  * @param[in] text   the text; NULL and a count of 0 sort before every view that is not empty
@@ -260,8 +262,8 @@ MUB_API int64_t mub_char_reverse_find(const mub_char *view, int character);
  *
  * @param[in] view   the view
  * @param[in] text   the text to find; NULL is not found
- * @param[in] count  characters of the text; negative: up to its NUL; 0 looks for its first character, even if
- *                   that is the NUL, as mub_mem_str() does
+ * @param[in] count  characters of the text; negative: up to its NUL; for an empty text its first character
+ *                   is searched for, even if that is the NUL, as by mub_mem_str()
  * @return its index
  * @failure -1 if there is none
  * @cost O(length + count)
@@ -275,8 +277,8 @@ MUB_API int64_t mub_char_find(const mub_char *view, const char *text, int64_t co
  *
  * @param[in] view   the view
  * @param[in] text   the text to find; NULL is not found
- * @param[in] count  characters of the text; negative: up to its NUL; 0 looks for its first character, even if
- *                   that is the NUL, as mub_mem_str() does
+ * @param[in] count  characters of the text; negative: up to its NUL; for an empty text its first character
+ *                   is searched for, even if that is the NUL, as by mub_mem_str()
  * @param[in] start  where to begin, counted from 0
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the view

@@ -63,10 +63,10 @@ MUB_API void mub_mem_zero(void *destination, int64_t count);
 /**
  * Copies bytes forward, from low addresses to high, 8 bytes at a time.
  *
- * The ranges may overlap. A destination that lies 8 bytes or more above its source inside the source range
- * receives the first `destination - source` bytes repeated over its whole length; this fills memory with a
- * pattern. Every other overlap, and any distance of 7 bytes or less, copies as memmove does. The distance is
- * taken on the low 32 bits of the addresses, as a signed number.
+ * The ranges may overlap. A destination that begins inside the source range, 8 bytes or more above the
+ * source, receives the first `destination - source` bytes repeated over its whole length; this fills memory
+ * with a pattern. Every other overlap, and any distance of 7 bytes or less, copies as memmove does. The
+ * distance is that of the low 32 bits of the addresses, as a signed number.
  *
  * @param[out] destination  where the bytes go; NULL only with a count below 1
  * @param[in] source        the bytes to copy; NULL only with a count below 1
@@ -168,7 +168,7 @@ MUB_API int mub_mem_cmp(const void *a, int64_t a_length, const void *b, int64_t 
 MUB_API int mub_mem_icmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
 /**
- * Replaces an owned string by a copy of a text and a NUL.
+ * Replaces an owned string by a copy of a text, with a NUL after it.
  *
  * The old block is released, with free, after the copy is made, so that `source` may lie in it.
  *
@@ -185,10 +185,10 @@ MUB_API int mub_mem_icmp(const void *a, int64_t a_length, const void *b, int64_t
 MUB_API void mub_str_dup(char **string, const char *source, int64_t length);
 
 /**
- * Removes white space at both ends of a string, and NULs at its end: tabs, line feeds, carriage returns and
- * spaces.
+ * Removes white space at both ends of a string, and NULs at its end.
  *
- * A NUL among the leading white space leaves the string unchanged.
+ * White space is tab, line feed, carriage return and space. A NUL among the leading white space leaves the
+ * string unchanged.
  *
  * @param[in,out] string  the string, changed in place and terminated if anything is removed; NULL does
  *                        nothing

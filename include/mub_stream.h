@@ -7,19 +7,19 @@
  *     data ──► [ content ................ | spare ........... ]
  *                0                  length            capacity
  *
- * **Growth.** Operations that say "grows" enlarge the block to what they need, or by half the length if that
- * is more (at least 8, at most 8 MiB at a time, and not past 2 GiB), rounded up to a multiple of 8. Growth
- * moves the block: every pointer into it is then invalid, while positions stay valid. Nothing but
- * mub_stream_term() ever shrinks the block.
+ * **Growth.** Operations that say "grows" enlarge the block if they need more: to what they need, or by half
+ * the length if that is more (at least 8 bytes, at most 8 MiB at a time, and not past 2 GiB), rounded up to a
+ * multiple of 8. Growth moves the block: every pointer into it is then invalid, while positions stay valid.
+ * The block never shrinks; mub_stream_term() releases it.
  *
  * **Spare bytes.** Bytes after the length are 0 in a fresh block and keep their old content when the length
  * is cut. Indexes are bounded by the capacity, the cursor by the length.
  *
- * **Cursor.** A position that the caller keeps and whose address each operation takes. A field that does not
- * lie wholly inside the content reads as 0, and is not written at all; unless documented otherwise the
- * position moves on in both cases, so that a position above the length shows a reader that the data was cut
- * short. Writers size the stream first, with mub_stream_expand() and mub_stream_shrink(): writing never grows
- * it. Bytes at a negative position read as 0 and cannot be written.
+ * **Cursor.** The caller keeps a position, whose address each operation takes. A field that does not lie
+ * wholly inside the content reads as 0, and is not written at all; unless documented otherwise the position
+ * moves on in both cases, so that a position above the length shows a reader that the data was cut short.
+ * Writers size the stream first, with mub_stream_expand() and mub_stream_shrink(): writing never grows it.
+ * Bytes at a negative position read as 0 and cannot be written.
  *
  * **Byte order.** Fields are little-endian whatever the machine.
  *
@@ -28,10 +28,11 @@
  *
  *     word    15 bits   1 or 2 bytes   0xxxxxxx, 1xxxxxxx then 8 bits
  *     dword   30 bits   1 to 4 bytes   how many bytes follow in 2 bits, then the value, highest byte first
- *     lword   64 bits   1 to 9 bytes   as many leading ones as bytes follow, then up to 7 bits and these
+ *     lword   64 bits   1 to 9 bytes   a leading 1 for each byte that follows, then the value's highest bits
  *
- * Of the n further bytes of an lword, n = 1 + 2 + 4 or 8 is split into groups in that order, the first group
- * holding the highest bits, each group little-endian: 0x123456789ABCDE is FE 12 56 34 DE BC 9A 78.
+ * The bytes that follow in an lword form groups of 1, 2 and 4 bytes, in this order and each at most once, or
+ * one group of 8. The first group holds the highest bits, and each group is little-endian: 0x123456789ABCDE
+ * is FE 12 56 34 DE BC 9A 78.
  *
  * A stream and a mub_string can exchange their blocks: both keep room for a terminator after the capacity.
  *
@@ -39,13 +40,14 @@
  *
  * | operation                                | present    | absent, or outside the content | out of memory |
  * | ---------------------------------------- | ---------- | ------------------------------ | ------------- |
- * | mub_stream_append(), mub_stream_copy()   |            |                                | unchanged     |
+ * | `_append`, `_copy`, `_clone`             |            |                                | unchanged     |
  * | mub_stream_insert(), mub_stream_update() | 1          | 0, unchanged                   | 0, unchanged  |
  * | mub_stream_find(), mub_stream_find_pos() | the index  | -1                             |               |
  * | `_get_byte` to `_get_lword`              | the number | 0, the position moves on       |               |
+ * | `_inflate_word`, `_inflate_dword`        | the number | 0                              |               |
  * | mub_stream_inflate_lword()               | the number | -1                             |               |
  * | `_left_string`, `_left_stream` …         | 1          | 1, empty                       | 0, unchanged  |
- * | mub_stream_expand()                      | 1          |                                | 0             |
+ * | mub_stream_expand()                      | 1          |                                | 0, unchanged  |
  *
  * @{
  */
@@ -98,11 +100,11 @@ MUB_API int mub_stream_is_empty(const mub_stream *stream);
 /**
  * Clears a range.
  *
- * Does nothing unless it lies within the capacity (not the length).
+ * Does nothing unless the range lies within the capacity. The length is unchanged.
  *
  * @param[in,out] stream  the stream
  * @param[in] offset      where the range begins
- * @param[in] count       its bytes
+ * @param[in] count       how many bytes; below 1 there are none
  * @invalidates nothing
  * @cost O(count)
  */
@@ -115,10 +117,10 @@ MUB_API void mub_stream_zero(mub_stream *stream, int64_t offset, int64_t count);
  *
  * @param[in,out] stream  the stream
  * @param[in] size        bytes wanted
- * @return 1, at once if the capacity suffices
- * @failure 0 if memory ran out
+ * @return 1 if there is room
+ * @failure 0 if memory ran out; the stream is unchanged
  * @invalidates pointers into the block, if it grows
- * @cost O(length) if it grows
+ * @cost O(size) if it grows
  */
 MUB_API int mub_stream_expand(mub_stream *stream, int64_t size);
 
@@ -147,7 +149,8 @@ MUB_API void mub_stream_swap(mub_stream *a, mub_stream *b);
 /**
  * Exchanges a stream and a string with their blocks.
  *
- * No terminator is added: the string ends where the next byte of the stream is 0.
+ * No terminator is added: a NUL follows the content of the string only if the byte after the stream's content
+ * is 0. mub_string_shrink() with the length of the string adds one.
  *
  * @param[in,out] stream  the stream
  * @param[in,out] string  an initialised string
@@ -166,12 +169,12 @@ MUB_API void mub_stream_swap_string(mub_stream *stream, mub_string *string);
  * @failure the destination is unchanged if memory runs out
  * @owner the bytes are copied
  * @invalidates pointers into the block of the destination
- * @cost O(length)
+ * @cost O(capacity of the source)
  */
 MUB_API void mub_stream_clone(const mub_stream *source, mub_stream *destination);
 
 /**
- * Copies a stream into a string, which grows to at least the capacity of the source.
+ * Makes a record a string with a copy of the stream's content, and at least the capacity of the source.
  *
  * @param[in] source        the stream to copy from; it does not change
  * @param[out] destination  initialised here: what it held is not released
@@ -179,7 +182,7 @@ MUB_API void mub_stream_clone(const mub_stream *source, mub_stream *destination)
  * @failure 0 if memory ran out; the string is then empty
  * @owner the bytes are copied
  * @invalidates nothing
- * @cost O(length)
+ * @cost O(capacity of the source)
  */
 MUB_API int mub_stream_clone_string(const mub_stream *source, mub_string *destination);
 
@@ -216,7 +219,7 @@ MUB_API void mub_stream_append(mub_stream *stream, const void *bytes, int64_t co
 /**
  * Reads the byte at `index`.
  *
- * Spare bytes can be read too.
+ * Spare bytes, between the length and the capacity, can be read too.
  *
  * @param[in] stream  the stream
  * @param[in] index   a position, counted from 0
@@ -334,7 +337,7 @@ MUB_API void mub_stream_set_word(mub_stream *stream, int64_t *position, uint32_t
 MUB_API void mub_stream_set_tword(mub_stream *stream, int64_t *position, uint32_t value);
 
 /**
- * Writes 32 bits of a number at the cursor, little-endian.
+ * Writes a number of 32 bits at the cursor, little-endian.
  *
  * A field that does not lie wholly inside the content is not written; the position moves on nevertheless.
  *
@@ -358,7 +361,7 @@ MUB_API void mub_stream_set_dword(mub_stream *stream, int64_t *position, uint32_
 MUB_API void mub_stream_set_xword(mub_stream *stream, int64_t *position, uint64_t value);
 
 /**
- * Writes 64 bits of a number at the cursor, little-endian.
+ * Writes a number of 64 bits at the cursor, little-endian.
  *
  * A field that does not lie wholly inside the content is not written; the position moves on nevertheless.
  *
@@ -372,8 +375,8 @@ MUB_API void mub_stream_set_lword(mub_stream *stream, int64_t *position, int64_t
 /**
  * Writes a string as its length (16 bits) and its bytes.
  *
- * Bytes past the stream's length are dropped; the position moves on by 2 and the string's full length
- * nevertheless.
+ * What does not fit before the stream's length is dropped; the position moves on by 2 and the string's full
+ * length nevertheless.
  *
  * @param[in,out] stream    the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
@@ -389,12 +392,12 @@ MUB_API int64_t mub_stream_set_string(mub_stream *stream, int64_t *position, con
 /**
  * Reads what mub_stream_set_string() wrote into a string, replacing its content.
  *
- * The position moves on by 2 and the recorded length.
+ * The position moves on by 2 and the recorded length, which is 0 if it does not lie inside the content.
  *
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
- * @param[in,out] string    an initialised string, which grows; gets no more than the bytes before the
- *                          stream's length
+ * @param[in,out] string    an initialised string, which grows; receives no byte from past the stream's
+ *                          length, and is emptied if there are none before it
  * @return the new position
  * @failure none; the string is unchanged if memory runs out
  * @owner the bytes are copied
@@ -406,7 +409,8 @@ MUB_API int64_t mub_stream_get_string(const mub_stream *stream, int64_t *positio
 /**
  * Writes a stream as its length (32 bits) and its bytes.
  *
- * Bytes past the stream's length are dropped; the position moves on by 4 and the full length nevertheless.
+ * What does not fit before the stream's length is dropped; the position moves on by 4 and the full length of
+ * `source` nevertheless.
  *
  * @param[in,out] stream    the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
@@ -421,12 +425,12 @@ MUB_API int64_t mub_stream_set_stream(mub_stream *stream, int64_t *position, con
 /**
  * Reads what mub_stream_set_stream() wrote into another stream, replacing its content.
  *
- * The position moves on by 4 and the recorded length.
+ * The position moves on by 4 and the recorded length, which is 0 if it does not lie inside the content.
  *
  * @param[in] stream           the stream
  * @param[in,out] position     the cursor; in: where the field begins; out: where the next one does
- * @param[in,out] destination  an initialised stream, which grows; gets no more than the bytes before the
- *                             stream's length; may be `stream` itself
+ * @param[in,out] destination  an initialised stream, which grows; receives no byte from past the stream's
+ *                             length, and is emptied if there are none before it; may be `stream` itself
  * @return the new position
  * @failure none; the destination is unchanged if memory runs out
  * @owner the bytes are copied
@@ -438,12 +442,12 @@ MUB_API int64_t mub_stream_get_stream(const mub_stream *stream, int64_t *positio
 /**
  * Writes bytes at the cursor, without a length before them.
  *
- * Bytes past the stream's length are dropped; the position moves on by `count`.
+ * What does not fit before the stream's length is dropped; the position moves by `count` in any case.
  *
  * @param[in,out] stream    the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
- * @param[in] bytes         the first of the bytes; NULL writes nothing
- * @param[in] count         how many bytes; below 1 there are none
+ * @param[in] bytes         the first of the bytes, which may lie in the stream itself; NULL writes nothing
+ * @param[in] count         how many bytes; below 1 nothing is written
  * @owner the bytes are copied
  * @invalidates nothing
  * @cost O(count)
@@ -455,15 +459,16 @@ MUB_API void mub_stream_set_buffer(mub_stream *stream, int64_t *position, const 
 /**
  * Finds bytes at the cursor, without copying.
  *
- * The position moves on by the count wanted.
+ * The position moves by the count wanted in any case.
  *
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
  * @param[out] bytes        receives the address of the first byte, inside the stream's block; NULL if the
  *                          cursor is outside the content
- * @param[in,out] count     in: bytes wanted; out: bytes there, 0 if there are none
+ * @param[in,out] count     in: bytes wanted; out: how many of them there are, 0 if the cursor is outside the
+ *                          content; a negative count is not changed inside it
  * @return the new position
- * @owner the bytes belong to the stream; the address is valid until the stream grows
+ * @owner the bytes belong to the stream; the address is valid until the block moves
  * @bounds bytes[count]
  */
 MUB_API int64_t mub_stream_get_buffer(const mub_stream *stream, int64_t *position, uint8_t **bytes,
@@ -504,8 +509,8 @@ MUB_API int64_t mub_stream_find_pos(const mub_stream *stream, int byte, int64_t 
  * @param[in] bytes       the first of the bytes, which may lie in the stream itself; NULL inserts nothing
  * @param[in] count       how many bytes; negative: up to the first NUL
  * @return 1 if inserted
- * @failure 0, and the stream is unchanged, for a position outside, if there is nothing to insert, or if
- *   memory ran out
+ * @failure 0, and the stream is unchanged, if the position is negative or above the length, there is nothing
+ *   to insert, or memory ran out
  * @owner the bytes are copied
  * @invalidates pointers into the block
  * @cost O(bytes after the position + count)
@@ -520,13 +525,14 @@ MUB_API int mub_stream_insert(mub_stream *stream, int64_t position, const void *
  * @param[in,out] stream  the stream
  * @param[in] position    where the range begins: 0 to the length
  * @param[in] old_count   bytes to replace; may reach past the content: the length changes by the difference
- *                        of the counts in any case, and of the new bytes those are kept that lie within the
- *                        longer of the old and the new length
- * @param[in] bytes       the new bytes; NULL only with a `new_count` of 0
+ *                        of the counts in any case, and new bytes past both the old and the new length are
+ *                        dropped
+ * @param[in] bytes       the new bytes, which may lie in the stream itself; NULL only with a `new_count` of 0
  * @param[in] new_count   how many new bytes; negative: up to the first NUL
  * @return 1 if replaced
- * @failure 0, and the stream is unchanged, for a negative count or missing bytes, for a position outside, for
- *   a length that would become negative, or if memory ran out
+ * @failure 0, and the stream is unchanged, if the position is negative or above the length, `old_count` is
+ *   negative, the bytes are NULL with a count other than 0, the length would become negative, or memory
+ *   ran out
  * @owner the bytes are copied
  * @invalidates pointers into the block
  * @cost O(bytes after the position + new_count)
@@ -550,7 +556,7 @@ MUB_API int mub_stream_update(mub_stream *stream, int64_t position, int64_t old_
 MUB_API void mub_stream_delete(mub_stream *stream, int64_t position, int64_t count);
 
 /**
- * Keeps the first `n` bytes.
+ * Keeps the first `n` bytes, or as many as there are.
  *
  * A negative `n` changes nothing.
  *
@@ -561,32 +567,34 @@ MUB_API void mub_stream_delete(mub_stream *stream, int64_t position, int64_t cou
 MUB_API void mub_stream_left(mub_stream *stream, int64_t n);
 
 /**
- * Keeps the last `n` bytes; none if `n` is below 1.
+ * Keeps the last `n` bytes, or as many as there are; none if `n` is below 1.
  *
  * @param[in,out] stream  the stream
  * @param[in] n           how many bytes
- * @failure the stream is unchanged if memory runs out
+ * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(n)
  */
 MUB_API void mub_stream_right(mub_stream *stream, int64_t n);
 
 /**
- * Keeps up to `n` bytes from `start` on; none if `n` is below 1 or `start` is not inside the content.
+ * Keeps up to `n` bytes from `start` on; none if `n` is below 1 or `start` is not below the length.
  *
  * A negative `start` changes nothing.
  *
  * @param[in,out] stream  the stream
  * @param[in] start       where to begin, counted from 0
  * @param[in] n           how many bytes
- * @failure the stream is unchanged if memory runs out
+ * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(n)
  */
 MUB_API void mub_stream_mid(mub_stream *stream, int64_t start, int64_t n);
 
 /**
- * Copies the first `n` bytes, or all, into a string, replacing its content; `n` below 1 empties it.
+ * Copies the first `n` bytes, or as many as there are, into a string, replacing its content.
+ *
+ * It becomes empty if `n` is below 1.
  *
  * @param[in] source           the stream to copy from; it does not change
  * @param[in] n                how many bytes
@@ -600,7 +608,9 @@ MUB_API void mub_stream_mid(mub_stream *stream, int64_t start, int64_t n);
 MUB_API int mub_stream_left_string(const mub_stream *source, int64_t n, mub_string *destination);
 
 /**
- * Copies the first `n` bytes, or all, into a stream, replacing its content; `n` below 1 empties it.
+ * Copies the first `n` bytes, or as many as there are, into a stream, replacing its content.
+ *
+ * It becomes empty if `n` is below 1.
  *
  * @param[in] source           the stream to copy from; it does not change
  * @param[in] n                how many bytes
@@ -614,7 +624,9 @@ MUB_API int mub_stream_left_string(const mub_stream *source, int64_t n, mub_stri
 MUB_API int mub_stream_left_stream(const mub_stream *source, int64_t n, mub_stream *destination);
 
 /**
- * Copies the last `n` bytes, or all, into a string, replacing its content; `n` below 1 empties it.
+ * Copies the last `n` bytes, or as many as there are, into a string, replacing its content.
+ *
+ * It becomes empty if `n` is below 1.
  *
  * @param[in] source           the stream to copy from; it does not change
  * @param[in] n                how many bytes
@@ -628,7 +640,9 @@ MUB_API int mub_stream_left_stream(const mub_stream *source, int64_t n, mub_stre
 MUB_API int mub_stream_right_string(const mub_stream *source, int64_t n, mub_string *destination);
 
 /**
- * Copies the last `n` bytes, or all, into a stream, replacing its content; `n` below 1 empties it.
+ * Copies the last `n` bytes, or as many as there are, into a stream, replacing its content.
+ *
+ * It becomes empty if `n` is below 1.
  *
  * @param[in] source           the stream to copy from; it does not change
  * @param[in] n                how many bytes
@@ -651,9 +665,9 @@ MUB_API int mub_stream_right_stream(const mub_stream *source, int64_t n, mub_str
  * @param[in] n                how many bytes
  * @param[in,out] destination  an initialised string, which grows
  * @return 1
- * @failure 0 if memory ran out; the destination is unchanged
+ * @failure 0 if memory ran out; the string is unchanged
  * @owner the bytes are copied
- * @invalidates pointers into the block of the destination
+ * @invalidates pointers into the buffer of the string
  * @cost O(n)
  */
 MUB_API int mub_stream_mid_string(const mub_stream *source, int64_t start, int64_t n,
@@ -688,7 +702,7 @@ MUB_API int mub_stream_deflate_word_length(uint32_t value);
 /**
  * Writes a number as a packed word at the cursor.
  *
- * If it does not fit, the position moves on nevertheless.
+ * If it does not fit inside the content, nothing is written; the position moves on nevertheless.
  *
  * @param[in,out] stream    the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
@@ -701,17 +715,18 @@ MUB_API void mub_stream_deflate_word(mub_stream *stream, int64_t *position, uint
 /**
  * Reads a packed word at the cursor.
  *
- * If it is cut short, the missing bytes are taken from the spare bytes, or are 0 past the capacity.
+ * If it is cut short by the end of the content, the missing bytes are taken from the spare bytes, or are 0
+ * past the capacity.
  *
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
  * @return the number
- * @failure 0 at the end of the content, where the position stays
+ * @failure 0 at the end of the content or past it, where the position stays
  */
 MUB_API uint16_t mub_stream_inflate_word(const mub_stream *stream, int64_t *position);
 
 /**
- * Computes how many bytes a number take as a packed dword.
+ * Computes how many bytes a number takes as a packed dword.
  *
  * @param[in] value  the number to measure
  * @return 1 to 4
@@ -721,7 +736,7 @@ MUB_API int mub_stream_deflate_dword_length(uint32_t value);
 /**
  * Writes a number as a packed dword at the cursor.
  *
- * If it does not fit, the position moves on nevertheless.
+ * If it does not fit inside the content, nothing is written; the position moves on nevertheless.
  *
  * @param[in,out] stream    the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
@@ -733,17 +748,18 @@ MUB_API void mub_stream_deflate_dword(mub_stream *stream, int64_t *position, uin
 /**
  * Reads a packed dword at the cursor.
  *
- * If it is cut short, the missing bytes are taken from the spare bytes, or are 0 past the capacity.
+ * If it is cut short by the end of the content, the missing bytes are taken from the spare bytes, or are 0
+ * past the capacity.
  *
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
  * @return the number
- * @failure 0 at the end of the content, where the position stays
+ * @failure 0 at the end of the content or past it, where the position stays
  */
 MUB_API uint32_t mub_stream_inflate_dword(const mub_stream *stream, int64_t *position);
 
 /**
- * Computes how many bytes a number take as a packed lword.
+ * Computes how many bytes a number takes as a packed lword.
  *
  * @param[in] value  the number to measure
  * @return 1 to 9
@@ -753,7 +769,7 @@ MUB_API int mub_stream_deflate_lword_length(uint64_t value);
 /**
  * Writes a number as a packed lword at the cursor.
  *
- * If it does not fit, the position stays.
+ * If it does not fit inside the content, nothing is written and the position stays.
  *
  * @param[in,out] stream    the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
@@ -765,36 +781,39 @@ MUB_API void mub_stream_deflate_lword(mub_stream *stream, int64_t *position, uin
 /**
  * Reads a packed lword at the cursor.
  *
- * A value of 64 ones reads as -1 too; the position distinguishes the two.
+ * A value of 64 ones reads as -1 too, but moves the position on by 9.
  *
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
  * @return the number
- * @failure -1 at the end of the content, where the position stays, or if the further bytes are cut short; the
- *   position is then after the first byte
+ * @failure -1 at the end of the content or past it, where the position stays, or if the further bytes are cut
+ *   short; the position is then after the first byte
  */
 MUB_API int64_t mub_stream_inflate_lword(const mub_stream *stream, int64_t *position);
 
 /**
- * Computes the standard CRC-32 of bytes: reflected, polynomial 0xEDB88320, all ones before and inverted
- * after.
+ * Computes the standard CRC-32 of bytes: reflected, with the polynomial 0xEDB88320.
  *
- * @param[in] bytes  the first of the bytes
+ * The register begins with all ones and is inverted at the end.
+ *
+ * @param[in] bytes  the first of the bytes; NULL has none
  * @param[in] count  how many bytes; below 1 there are none
  * @return the checksum; 0 for no bytes
  * @cost O(count)
  * @bounds bytes[count]
+ * @nullable bytes
  */
 MUB_API uint32_t mub_stream_crc32(const void *bytes, int64_t count);
 
 /**
  * Computes the exclusive or of bytes.
  *
- * @param[in] bytes  the first of the bytes
+ * @param[in] bytes  the first of the bytes; NULL has none
  * @param[in] count  how many bytes; below 1 there are none
  * @return 0 to 255; 0 for no bytes
  * @cost O(count)
  * @bounds bytes[count]
+ * @nullable bytes
  */
 MUB_API int mub_stream_check(const void *bytes, int64_t count);
 

@@ -23,7 +23,8 @@
  *
  * | operation                                  | found, done           | not found, refused | out of memory |
  * | ------------------------------------------ | --------------------- | ------------------ | ------------- |
- * | `_copy`, `_clone`                          | 1                     |                    | 0, unchanged  |
+ * | `_copy`, `_clone`, `_expand`               | 1                     |                    | 0, unchanged  |
+ * | `_left_string` and so on                   | 1                     | 1, empty           | 0, unchanged  |
  * | `_append…`, `_copy_…`, `_format`, `_match` |                       |                    | unchanged     |
  * | `_insert`, `_update`                       | 1                     | 0, unchanged       | 0, unchanged  |
  * | `_replace`                                 | how many              | 0                  | 0, unchanged  |
@@ -96,9 +97,9 @@ MUB_API int mub_string_is_empty(const mub_string *string);
  * @param[in,out] string  the string
  * @param[in] capacity    bytes wanted
  * @return 1 if there is room
- * @failure 0 if memory ran out
+ * @failure 0 if memory ran out; the string is unchanged
  * @invalidates pointers into the buffer, if it grows
- * @cost O(length) if it grows
+ * @cost O(capacity) if it grows
  */
 MUB_API int mub_string_expand(mub_string *string, int64_t capacity);
 
@@ -115,9 +116,9 @@ MUB_API int mub_string_expand(mub_string *string, int64_t capacity);
 MUB_API void mub_string_shrink(mub_string *string, int64_t length);
 
 /**
- * Fills a range with 0, anywhere within the capacity.
+ * Fills a range with 0.
  *
- * Does nothing unless the whole range lies there. The length is unchanged.
+ * Does nothing unless the whole range lies within the capacity. The length is unchanged.
  *
  * @param[in,out] string  the string
  * @param[in] position    a position, counted from 0
@@ -146,7 +147,7 @@ MUB_API void mub_string_swap(mub_string *a, mub_string *b);
  * @failure 0 if memory ran out; the destination is unchanged
  * @owner the bytes are copied
  * @invalidates pointers into the buffer of the destination
- * @cost O(length)
+ * @cost O(capacity of the source)
  */
 MUB_API int mub_string_clone(const mub_string *source, mub_string *destination);
 
@@ -293,11 +294,12 @@ MUB_API void mub_string_append_float(mub_string *string, float value);
 MUB_API void mub_string_append_double(mub_string *string, double value);
 
 /**
- * Reads the content as strtol does in base 10.
+ * Reads the number that the content begins with, as strtol does in base 10.
  *
  * @param[in] string     the string
  * @param[in] otherwise  the result for an empty string
- * @return the number, cut to 32 bits
+ * @return the number, cut to 32 bits; `otherwise` for an empty string
+ * @failure 0 if the content does not begin with one
  * @cost O(digits)
  */
 MUB_API int64_t mub_string_get_integer(const mub_string *string, int64_t otherwise);
@@ -305,7 +307,7 @@ MUB_API int64_t mub_string_get_integer(const mub_string *string, int64_t otherwi
 /**
  * Reads the integer that the content begins with: an optional '-' and digits, without white space or '+'.
  *
- * It wraps around at 64 bits.
+ * The number wraps around at 64 bits.
  *
  * @param[in] string     the string
  * @param[in] otherwise  the result for an empty string
@@ -316,21 +318,23 @@ MUB_API int64_t mub_string_get_integer(const mub_string *string, int64_t otherwi
 MUB_API int64_t mub_string_get_long(const mub_string *string, int64_t otherwise);
 
 /**
- * Reads the content as strtod does.
+ * Reads the number that the content begins with, as strtod does.
  *
  * @param[in] string     the string
  * @param[in] otherwise  the result for an empty string
- * @return the number, narrowed to float
+ * @return the number, narrowed to float; `otherwise` for an empty string
+ * @failure 0.0 if the content does not begin with one
  * @cost O(digits)
  */
 MUB_API float mub_string_get_float(const mub_string *string, float otherwise);
 
 /**
  * Reads the decimal number that the content begins with: an optional '-', digits, and optionally a point and
- * more digits, without white space, '+' or exponent, whatever the locale.
+ * more digits.
  *
- * A digit before the point makes the value `value * 10.0 + (character code - 48.0)`; the k-th digit after the
- * point adds the digit divided by 10.0 k times in turn. Both round at every step.
+ * White space, '+' and exponents are not accepted, and the locale does not matter. A digit before the point
+ * makes the value `value * 10.0 + (character code - 48.0)`; the k-th digit after the point adds the digit
+ * divided by 10.0 k times in turn. Both round at every step.
  *
  * @param[in] string     the string
  * @param[in] otherwise  the result for an empty string
@@ -343,7 +347,7 @@ MUB_API double mub_string_get_double(const mub_string *string, double otherwise)
 /**
  * Reads the byte at `index`.
  *
- * The terminator and the spare bytes can be read too.
+ * Below the capacity, the terminator and the spare bytes can be read too.
  *
  * @param[in] string  the string
  * @param[in] index   a position, counted from 0
@@ -385,8 +389,8 @@ MUB_API void mub_string_make_upper(mub_string *string);
 /**
  * Orders the content against a text, as mub_mem_cmp() does.
  *
- * NULL and a count of 0 sort before every content (result 1); empty content sorts before every text that is
- * not empty (result -1).
+ * NULL and a count of 0 sort before content that is not empty (result 1). Empty content equals them and an
+ * empty text, and sorts before any other text (result -1).
  *
  * @param[in] string  the string
  * @param[in] text    the text to compare with; NULL has no content
@@ -401,8 +405,8 @@ MUB_API int mub_string_compare(const mub_string *string, const char *text, int64
 /**
  * Orders the content against a text, without regard to case, as mub_mem_icmp() does.
  *
- * NULL and a count of 0 sort before every content (result 1); empty content sorts before every text that is
- * not empty (result -1).
+ * NULL and a count of 0 sort before content that is not empty (result 1). Empty content equals them and an
+ * empty text, and sorts before any other text (result -1).
  *
  * @param[in] string  the string
  * @param[in] text    the text to compare with; NULL has no content
@@ -463,7 +467,7 @@ MUB_API int64_t mub_string_reverse_find(const mub_string *string, int character)
  *                    negative: as strstr, so that an empty text is found at once and the search ends at the
  *                    first NUL
  * @return its index
- * @failure -1 if there is none, also in an empty string
+ * @failure -1 if there is none, and always in an empty string
  * @cost O(length + count)
  * @bounds text[count]
  * @nullable text
@@ -505,7 +509,7 @@ MUB_API int mub_string_trim(mub_string *string);
  * @param[in,out] string  the string
  * @param[in] from        the byte to replace; its low 8 bits are used
  * @param[in] to          the new byte; its low 8 bits are used
- * @return how many there were
+ * @return how many were replaced
  * @invalidates nothing
  * @cost O(length)
  */
@@ -521,11 +525,11 @@ MUB_API int64_t mub_string_replace_char(mub_string *string, int from, int to);
  * @param[in] from        the text to replace, ending with a NUL; NULL and the empty text leave the string
  *                        unchanged
  * @param[in] to          the new text, ending with a NUL; NULL deletes
- * @return how many there were
+ * @return how many were replaced
  * @failure 0 if memory ran out; the string is unchanged
  * @owner both texts are copied
  * @invalidates pointers into the buffer
- * @cost O(length)
+ * @cost O(length), of the old and of the new content
  * @nullable from, to
  */
 MUB_API int64_t mub_string_replace(mub_string *string, const char *from, const char *to);
@@ -534,7 +538,7 @@ MUB_API int64_t mub_string_replace(mub_string *string, const char *from, const c
  * Replaces the first occurrence of a marker by the first of the texts that follow, the second by the second,
  * and so on, until either run out.
  *
- * Otherwise as mub_string_replace().
+ * Otherwise as mub_string_replace(): further occurrences stay as they are.
  *
  * @param[in,out] string  the string
  * @param[in] marker      the text to replace, ending with a NUL; NULL and the empty text leave the string
@@ -544,7 +548,7 @@ MUB_API int64_t mub_string_replace(mub_string *string, const char *from, const c
  * @failure the string is unchanged if memory runs out
  * @owner the texts are copied
  * @invalidates pointers into the buffer
- * @cost O(length)
+ * @cost O(length), of the old and of the new content
  * @nullable marker
  */
 MUB_API void mub_string_match(mub_string *string, const char *marker, ...);
@@ -553,9 +557,10 @@ MUB_API void mub_string_match(mub_string *string, const char *marker, ...);
  * Makes what printf prints the whole content, in a fresh buffer.
  *
  * The buffer is sized for the length of the format, the length of each text given to a plain `%s`, and 32
- * bytes for each other percent sign except one at the very end, and it grows once more if the output is
- * longer: so long texts given to conversions with a width, flags or a precision are printed twice. NULL, and
- * texts for a positional or unknown conversion, count as 32 too.
+ * bytes for each other percent sign except one at the very end. If the output is longer, the buffer grows
+ * once more and the output is printed again, as happens for long texts given to conversions with a width,
+ * flags or a precision. NULL counts as 32 too, and so do texts for and after a positional or unknown
+ * conversion.
  *
  * @param[in,out] string  the string
  * @param[in] format      a printf format; an empty one empties the string
@@ -571,12 +576,12 @@ MUB_API void mub_string_format(mub_string *string, const char *format, ...) MUB_
  * Inserts a text before `position`.
  *
  * @param[in,out] string  the string
- * @param[in] position    a position, counted from 0
+ * @param[in] position    where to insert: 0 to the length
  * @param[in] text        the text; may lie in the string itself; NULL inserts nothing
  * @param[in] count       bytes of the text; negative: up to its NUL
  * @return 1 if inserted
- * @failure 0, and nothing changes, if the position lies outside the content, there is nothing to insert or
- *   memory ran out
+ * @failure 0, and nothing changes, if the position is negative or above the length, there is nothing to
+ *   insert, or memory ran out
  * @owner the text is copied
  * @invalidates pointers into the buffer
  * @cost O(length + count)
@@ -589,13 +594,13 @@ MUB_API int mub_string_insert(mub_string *string, int64_t position, const char *
  * Replaces a range by a text.
  *
  * @param[in,out] string  the string
- * @param[in] position    a position, counted from 0
+ * @param[in] position    where the range begins: 0 to the length
  * @param[in] old_count   bytes to replace, or as many as there are
- * @param[in] text        the text; NULL with a count of 0 deletes
+ * @param[in] text        the text; may lie in the string itself; NULL with a count of 0 deletes
  * @param[in] count       bytes of the text; negative: up to its NUL
  * @return 1 if replaced
- * @failure 0, and nothing changes, if the position lies outside the content, `old_count` is negative, the
- *   text is NULL with a count other than 0, or memory ran out
+ * @failure 0, and nothing changes, if the position is negative or above the length, `old_count` is negative,
+ *   the text is NULL with a count other than 0, or memory ran out
  * @owner the text is copied
  * @invalidates pointers into the buffer
  * @cost O(length + count)
@@ -608,11 +613,11 @@ MUB_API int mub_string_update(mub_string *string, int64_t position, int64_t old_
 /**
  * Removes a range.
  *
- * A position after the content sets the length to it as mub_string_shrink() does, and so lengthens the
- * content. Negative arguments do nothing.
+ * A position above the length becomes the new length, as by mub_string_shrink(): the content is lengthened,
+ * up to the capacity. Negative arguments do nothing.
  *
  * @param[in,out] string  the string
- * @param[in] position    a position, counted from 0
+ * @param[in] position    where the range begins, counted from 0
  * @param[in] count       bytes to remove, or as many as there are
  * @invalidates nothing
  * @cost O(length)
@@ -620,7 +625,7 @@ MUB_API int mub_string_update(mub_string *string, int64_t position, int64_t old_
 MUB_API void mub_string_delete(mub_string *string, int64_t position, int64_t count);
 
 /**
- * Keeps the first `count` bytes; a negative count keeps everything.
+ * Keeps the first `count` bytes, or as many as there are; a negative count keeps everything.
  *
  * @param[in,out] string  the string
  * @param[in] count       bytes to keep
@@ -629,7 +634,7 @@ MUB_API void mub_string_delete(mub_string *string, int64_t position, int64_t cou
 MUB_API void mub_string_left(mub_string *string, int64_t count);
 
 /**
- * Keeps `count` bytes from `start`, or as many as there are; none if `start` lies after the content or the
+ * Keeps `count` bytes from `start`, or as many as there are; none if `start` is not below the length or the
  * count is below 1.
  *
  * A negative start keeps everything.
@@ -637,30 +642,30 @@ MUB_API void mub_string_left(mub_string *string, int64_t count);
  * @param[in,out] string  the string
  * @param[in] start       where to begin, counted from 0
  * @param[in] count       bytes to keep
- * @failure the string is unchanged if memory runs out
+ * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(count)
  */
 MUB_API void mub_string_mid(mub_string *string, int64_t start, int64_t count);
 
 /**
- * Keeps the last `count` bytes; none if the count is below 1.
+ * Keeps the last `count` bytes, or as many as there are; none if the count is below 1.
  *
  * @param[in,out] string  the string
  * @param[in] count       bytes to keep
- * @failure the string is unchanged if memory runs out
+ * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(count)
  */
 MUB_API void mub_string_right(mub_string *string, int64_t count);
 
 /**
- * Makes the first `count` bytes of a string, or as many as there are, the content of another; with a count
- * below 1 none.
+ * Makes the first `count` bytes of a string, or as many as there are, the content of another; none if the
+ * count is below 1.
  *
  * @param[in] string   the string
  * @param[in] count    bytes to copy
- * @param[in,out] out  an initialised string, whose content is replaced
+ * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
  * @owner the bytes are copied
@@ -676,7 +681,7 @@ MUB_API int mub_string_left_string(const mub_string *string, int64_t count, mub_
  * @param[in] string   the string
  * @param[in] start    where to begin, counted from 0
  * @param[in] count    bytes to copy
- * @param[in,out] out  an initialised string, whose content is replaced
+ * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
  * @owner the bytes are copied
@@ -686,12 +691,12 @@ MUB_API int mub_string_left_string(const mub_string *string, int64_t count, mub_
 MUB_API int mub_string_mid_string(const mub_string *string, int64_t start, int64_t count, mub_string *out);
 
 /**
- * Makes the last `count` bytes of a string, or as many as there are, the content of another; with a count
- * below 1 none.
+ * Makes the last `count` bytes of a string, or as many as there are, the content of another; none if the
+ * count is below 1.
  *
  * @param[in] string   the string
  * @param[in] count    bytes to copy
- * @param[in,out] out  an initialised string, whose content is replaced
+ * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
  * @owner the bytes are copied
@@ -705,14 +710,14 @@ MUB_API int mub_string_right_string(const mub_string *string, int64_t count, mub
 /**
  * @defgroup stringx mub_stringx: a view of a span of a text that is owned elsewhere
  *
- * A mub_stringx is a span of a text that somebody else owns. Its operations move the span and never the text,
+ * A mub_stringx is a span of a text that is owned elsewhere. Its operations move the span and never the text,
  * which they neither write nor terminate; nothing is allocated.
  *
  *     text ──► "  name =  value "
  *                         ^~~~~        start = 10, length = 5
  *
  * Positions count from the start of the span. A view of a string is valid as long as the string's buffer
- * stays where it is. Whatever numbers a view is given, nothing is read of a span whose length is not above 0.
+ * stays where it is. Nothing is read through a view whose length is below 1.
  *
  * @{
  */
@@ -753,7 +758,7 @@ MUB_API void mub_stringx_term(mub_stringx *view);
 MUB_API int mub_stringx_is_empty(const mub_stringx *view);
 
 /**
- * Makes the span empty, at the start of the text.
+ * Makes the span empty and moves it to the start of the text.
  *
  * @param[in,out] view  the view
  * @invalidates nothing
@@ -955,16 +960,17 @@ MUB_API double mub_stringx_get_float(const mub_stringx *view);
  * A span with a NUL among its leading white space becomes empty. A span that becomes empty keeps its start.
  *
  * @param[in,out] view  the view
- * @return 1 if the span changed or is empty; else 0, also without a text
+ * @return 1 if the span changed, or if there is a text and the span is empty; else 0
  * @invalidates nothing
  * @cost O(length)
  */
 MUB_API int mub_stringx_trim(mub_stringx *view);
 
 /**
- * Keeps the first `count` bytes of the span.
+ * Keeps the first `count` bytes of the span, or as many as there are.
  *
- * A negative count becomes the length of a span that is not empty, which is then not read any more.
+ * A negative count is stored as the length of a span that is not empty; nothing is read through the view
+ * then.
  *
  * @param[in,out] view  the view
  * @param[in] count     bytes to keep
@@ -974,7 +980,7 @@ MUB_API void mub_stringx_left(mub_stringx *view, int64_t count);
 
 /**
  * Moves the start by `offset` and keeps `count` bytes from there, or as many as there are; none if the count
- * is below 1.
+ * is below 1 or `offset` is not below the length.
  *
  * Does nothing for a negative offset or an empty span.
  *
@@ -986,9 +992,10 @@ MUB_API void mub_stringx_left(mub_stringx *view, int64_t count);
 MUB_API void mub_stringx_mid(mub_stringx *view, int64_t offset, int64_t count);
 
 /**
- * Keeps the last `count` bytes of the span.
+ * Keeps the last `count` bytes of the span, or as many as there are.
  *
- * A count below 1 keeps none and moves the start to `count` bytes before the end: to the end or past it.
+ * A count below 1 keeps none. The start then moves by the length minus `count`, to the end of the span or
+ * past it, unless the span is empty already.
  *
  * @param[in,out] view  the view
  * @param[in] count     bytes to keep
@@ -997,7 +1004,8 @@ MUB_API void mub_stringx_mid(mub_stringx *view, int64_t offset, int64_t count);
 MUB_API void mub_stringx_right(mub_stringx *view, int64_t count);
 
 /**
- * Makes `out`, a view of the same text, view the first `count` bytes of the span, or as many as there are.
+ * Makes `out`, a view of the same text, view the first `count` bytes of the span, or as many as there are;
+ * none if the count is below 1.
  *
  * A view of another text is unchanged, unless there is nothing to view: then the start of `view` and the
  * length 0 are stored, whatever the text.
@@ -1011,7 +1019,8 @@ MUB_API void mub_stringx_right(mub_stringx *view, int64_t count);
 MUB_API void mub_stringx_left_string(const mub_stringx *view, int64_t count, mub_stringx *out);
 
 /**
- * Makes `out`, a view of the same text, view `count` bytes from `offset`, or as many as there are.
+ * Makes `out`, a view of the same text, view `count` bytes from `offset`, or as many as there are; none if
+ * the count is below 1 or `offset` lies outside the span.
  *
  * A view of another text is unchanged, unless there is nothing to view: then the start of `view`, moved by
  * `offset`, and the length 0 are stored, whatever the text.
@@ -1026,7 +1035,8 @@ MUB_API void mub_stringx_left_string(const mub_stringx *view, int64_t count, mub
 MUB_API void mub_stringx_mid_string(const mub_stringx *view, int64_t offset, int64_t count, mub_stringx *out);
 
 /**
- * Makes `out`, a view of the same text, view the last `count` bytes of the span, or as many as there are.
+ * Makes `out`, a view of the same text, view the last `count` bytes of the span, or as many as there are;
+ * none if the count is below 1.
  *
  * A view of another text is unchanged, unless there is nothing to view: then the start of `view` and the
  * length 0 are stored, whatever the text.
@@ -1042,7 +1052,7 @@ MUB_API void mub_stringx_right_string(const mub_stringx *view, int64_t count, mu
 /**
  * Makes `out` view the first `count` bytes of the span, or as many as there are.
  *
- * Without a text its data is NULL; otherwise the data lies in the text even if the length is 0.
+ * Without a text its data is NULL; otherwise the data is the start of the span, even if the length is 0.
  *
  * @param[in] view   the view
  * @param[in] count  bytes to view
@@ -1053,7 +1063,8 @@ MUB_API void mub_stringx_right_string(const mub_stringx *view, int64_t count, mu
 MUB_API void mub_stringx_left_char(const mub_stringx *view, int64_t count, mub_char *out);
 
 /**
- * Makes `out` view `count` bytes of the span from `offset`, or as many as there are.
+ * Makes `out` view `count` bytes of the span from `offset`, or as many as there are; none if the count is
+ * below 1 or `offset` lies outside the span.
  *
  * Without a text its data is NULL. If the length is 0, the data may lie outside the text.
  *
@@ -1069,8 +1080,7 @@ MUB_API void mub_stringx_mid_char(const mub_stringx *view, int64_t offset, int64
 /**
  * Makes `out` view the last `count` bytes of the span, or as many as there are.
  *
- * Without a text its data is NULL; otherwise the data lies in the text even if the length is 0: with a count
- * below 1 it is the start of the span.
+ * Without a text its data is NULL. With a count below 1 it is the start of the span, and the length is 0.
  *
  * @param[in] view   the view
  * @param[in] count  bytes to view

@@ -123,7 +123,7 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
     return copy;
   }
 
-  /** Units of content, whether there are none, and how many fit. */
+  /** The number of units of content, whether there are none, and how many fit. */
   std::int64_t size() const noexcept { return c()->length; }
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
   std::int64_t capacity() const noexcept { return c()->capacity; }
@@ -158,8 +158,8 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
   void append(view_type text) { Traits::append(c(), units(text), length(text)); }
 
   /**
-   * Inserts a text before a position. Returns false, nothing changed, if the position lies outside the
-   * content, the text is empty or memory ran out. See mub_string_insert().
+   * Inserts a text before a position. Returns false, and nothing changes, if the position is negative or
+   * above size(), the text is empty, or memory ran out. See mub_string_insert().
    */
   [[nodiscard]] bool insert(std::int64_t position, view_type text) {
     return Traits::insert(c(), position, units(text), length(text)) != 0;
@@ -184,7 +184,7 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
   void right(std::int64_t count) { Traits::right(c(), count); }
 
   /**
-   * The index of the first such unit at or after `start`; -1 if there is none. 0 is never found. See
+   * The index of the first occurrence of a unit at or after `start`; -1 if there is none. 0 is never found. See
    * mub_string_find_char_pos().
    */
   std::int64_t find(unit_type unit, std::int64_t start = 0) const {
@@ -209,7 +209,8 @@ class string : public detail::buffer<string, detail::string_traits> {
   /** The content with a NUL after it; never nullptr. */
   const char *c_str() const noexcept { return c()->data != nullptr ? c()->data : ""; }
 
-  /** Makes a text the whole content; false, nothing changed, if memory ran out. See mub_string_copy(). */
+  /** Makes a text the whole content. Returns false, and nothing changes, if memory ran out; see
+   * mub_string_copy(). */
   [[nodiscard]] bool assign(std::string_view text) {
     return mub_string_copy(c(), text.data(), length(text)) != 0;
   }
@@ -231,14 +232,17 @@ class string : public detail::buffer<string, detail::string_traits> {
   int icompare(std::string_view text) const { return mub_string_icompare(c(), text.data(), length(text)); }
 
   /**
-   * The index of the first occurrence of a text at or after `start`; -1 if there is none. See
-   * mub_string_find_pos().
+   * The index of the first occurrence of a text, which must not be empty, at or after `start`; -1 if there is
+   * none. See mub_string_find_pos().
    */
   std::int64_t find(std::string_view text, std::int64_t start = 0) const {
     return mub_string_find_pos(c(), text.data(), length(text), start);
   }
 
-  /** Removes white space at both ends. Returns whether there was any; see mub_string_trim(). */
+  /**
+   * Removes white space at both ends, and NULs at the end. Returns whether there were any; see
+   * mub_string_trim().
+   */
   bool trim() { return mub_string_trim(c()) != 0; }
 
   /** Change the case of every byte; see mub_string_make_lower() and mub_string_make_upper(). */
@@ -274,7 +278,10 @@ class wchar : public detail::buffer<wchar, detail::wchar_traits> {
   int compare(std::u16string_view text) const { return mub_wchar_compare(c(), units(text), length(text)); }
   int icompare(std::u16string_view text) const { return mub_wchar_icompare(c(), units(text), length(text)); }
 
-  /** Removes white space at both ends. Returns whether there was any; see mub_wchar_trim(). */
+  /**
+   * Removes white space at both ends, and units of 0 at the end. Returns whether there were any; see
+   * mub_wchar_trim().
+   */
   bool trim() { return mub_wchar_trim(c()) != 0; }
 };
 
@@ -330,18 +337,18 @@ class stringx {
   mub_stringx *c() noexcept { return &view_; }
   const mub_stringx *c() const noexcept { return &view_; }
 
-  /** The span; empty when its length is not above 0. */
+  /** The span; empty if its length is below 1. */
   std::string_view view() const noexcept {
     if (view_.text == nullptr || view_.length <= 0) return {};
     return {view_.text + view_.start, static_cast<std::size_t>(view_.length)};
   }
   operator std::string_view() const noexcept { return view(); }
 
-  /** The bytes of the span, and whether there are none. */
+  /** The number of bytes in the span, negative if a negative one was stored, and whether there are none. */
   std::int64_t size() const noexcept { return view_.length; }
   [[nodiscard]] bool empty() const noexcept { return view().empty(); }
 
-  /** Removes white space at both ends of the span; see mub_stringx_trim(). */
+  /** Removes white space at both ends of the span, and NULs at its end; see mub_stringx_trim(). */
   bool trim() { return mub_stringx_trim(&view_) != 0; }
 
   /** Keep a part of the span; see mub_stringx_left(), mub_stringx_mid() and mub_stringx_right(). */
@@ -350,8 +357,8 @@ class stringx {
   void right(std::int64_t count) { mub_stringx_right(&view_, count); }
 
   /**
-   * The index of a character or a text at or after `start`; -1 if there is none. See
-   * mub_stringx_find_char_pos() and mub_stringx_find_pos().
+   * The index of the first occurrence of a character, or of a text, which must not be empty, at or after
+   * `start`; -1 if there is none. See mub_stringx_find_char_pos() and mub_stringx_find_pos().
    */
   std::int64_t find(char character, std::int64_t start = 0) const {
     return mub_stringx_find_char_pos(&view_, character, start);

@@ -13,16 +13,17 @@
  *
  * Wide texts are given with a count of units. Pass counts: a negative one means that the text ends where the
  * runtime's wcslen ends it, at a wide character of 0, and wchar_t is platform-dependent. Where it has 32
- * bits, such a text is measured in steps of two units, ends at two units of 0 (the first of which lies at an
- * even index), and the number of steps is taken for the number of units; searches for it, as by wcsstr, go
- * through the string in steps of two units too. Narrow texts end at their NUL. No text needs to be aligned
- * for more than units.
+ * bits, such a text is measured in steps of two units: it ends at two units of 0, the first of them at an
+ * even index, and the number of steps is taken as the number of units. A search for such a text, as by
+ * wcsstr, goes through the string in steps of two units too. Narrow texts end at their NUL. No text needs to
+ * be aligned for more than units.
  *
  * What the everyday operations return:
  *
  * | operation                                 | found, done           | not found, refused | out of memory |
  * | ----------------------------------------- | --------------------- | ------------------ | ------------- |
  * | `_clone`, `_expand`                       | 1                     |                    | 0, unchanged  |
+ * | `_left_wchar` and so on                   | 1                     | 1, empty           | 0, unchanged  |
  * | `_append…`, `_copy…`                      |                       |                    | unchanged     |
  * | `_insert`, `_update`                      | 1                     | 0, unchanged       | 0, unchanged  |
  * | `_replace`                                | how many              | 0                  | 0, unchanged  |
@@ -85,9 +86,9 @@ MUB_API int mub_wchar_is_empty(const mub_wchar *string);
  * @param[in,out] string  the string
  * @param[in] capacity    units wanted
  * @return 1 if there is room
- * @failure 0 if memory ran out
+ * @failure 0 if memory ran out; the string is unchanged
  * @invalidates pointers into the buffer, if it grows
- * @cost O(length) if it grows
+ * @cost O(capacity) if it grows
  */
 MUB_API int mub_wchar_expand(mub_wchar *string, int64_t capacity);
 
@@ -98,19 +99,19 @@ MUB_API int mub_wchar_expand(mub_wchar *string, int64_t capacity);
  * without a buffer.
  *
  * @param[in,out] string  the string
- * @param[in] length      how many there are; below 1 there are none
+ * @param[in] length      the new length in units
  * @invalidates nothing
  */
 MUB_API void mub_wchar_shrink(mub_wchar *string, int64_t length);
 
 /**
- * Fills a range with 0, anywhere within the capacity.
+ * Fills a range with 0.
  *
- * Does nothing unless the whole range lies there. The length is unchanged.
+ * Does nothing unless the whole range lies within the capacity. The length is unchanged.
  *
  * @param[in,out] string  the string
  * @param[in] position    a position, counted from 0
- * @param[in] count       units of the text; negative: up to its end, as the runtime's wcslen finds it
+ * @param[in] count       units to fill
  * @invalidates nothing
  * @cost O(count)
  */
@@ -135,7 +136,7 @@ MUB_API void mub_wchar_swap(mub_wchar *a, mub_wchar *b);
  * @failure 0 if memory ran out; the destination is unchanged
  * @owner the units are copied
  * @invalidates pointers into the buffer of the destination
- * @cost O(length)
+ * @cost O(capacity of the source)
  */
 MUB_API int mub_wchar_clone(const mub_wchar *source, mub_wchar *destination);
 
@@ -229,7 +230,7 @@ MUB_API void mub_wchar_copy_double(mub_wchar *string, double value);
  * Appends a text to the content.
  *
  * @param[in,out] string  the string
- * @param[in] text        the text; may lie in the string itself
+ * @param[in] text        the text; may lie in the string itself; NULL appends nothing
  * @param[in] count       units of the text; negative: up to its end, as the runtime's wcslen finds it
  * @failure the string is unchanged if memory runs out
  * @owner the text is copied
@@ -315,7 +316,7 @@ MUB_API void mub_wchar_append_double(mub_wchar *string, double value);
 /**
  * Reads the unit at `index`.
  *
- * The terminator and the spare units can be read too.
+ * Below the capacity, the terminator and the spare units can be read too.
  *
  * @param[in] string  the string
  * @param[in] index   a position, counted from 0
@@ -357,8 +358,8 @@ MUB_API void mub_wchar_make_upper(mub_wchar *string);
 /**
  * Orders the content against a text, as mub_wchar_cmp() does.
  *
- * NULL and a count of 0 sort before every content (result 1); empty content sorts before every text that is
- * not empty (result -1).
+ * NULL and a count of 0 sort before content that is not empty (result 1). Empty content equals them and an
+ * empty text, and sorts before any other text (result -1).
  *
  * @param[in] string  the string
  * @param[in] text    the text to compare with; NULL has no content
@@ -373,8 +374,8 @@ MUB_API int mub_wchar_compare(const mub_wchar *string, const uint16_t *text, int
 /**
  * Orders the content against a text, without regard to case, as mub_wchar_icmp() does.
  *
- * NULL and a count of 0 sort before every content (result 1); empty content sorts before every text that is
- * not empty (result -1).
+ * NULL and a count of 0 sort before content that is not empty (result 1). Empty content equals them and an
+ * empty text, and sorts before any other text (result -1).
  *
  * @param[in] string  the string
  * @param[in] text    the text to compare with; NULL has no content
@@ -429,14 +430,14 @@ MUB_API int64_t mub_wchar_reverse_find(const mub_wchar *string, int unit);
 /**
  * Finds the first occurrence of a text.
  *
- * An occurrence begins in the content and ends in the buffer.
+ * With a negative count, an occurrence begins in the content but may end after it, within the buffer.
  *
  * @param[in] string  the string
  * @param[in] text    the text to find; NULL is not found
  * @param[in] count   units of the text, as in mub_wchar_str(); negative: as wcsstr, which finds an empty text
  *                    at once and ends at the first wide character of 0
  * @return its index
- * @failure -1 if there is none, also in an empty string
+ * @failure -1 if there is none, and always in an empty string
  * @cost O(length + count)
  * @bounds text[count]
  * @nullable text
@@ -446,7 +447,7 @@ MUB_API int64_t mub_wchar_find(const mub_wchar *string, const uint16_t *text, in
 /**
  * Finds the first occurrence of a text at or after index `start`.
  *
- * An occurrence begins in the content and ends in the buffer.
+ * With a negative count, an occurrence begins in the content but may end after it, within the buffer.
  *
  * @param[in] string  the string
  * @param[in] text    the text to find; NULL is not found
@@ -480,27 +481,27 @@ MUB_API int mub_wchar_trim(mub_wchar *string);
  * @param[in,out] string  the string
  * @param[in] from        the unit to replace; its low 16 bits are used
  * @param[in] to          the new unit; its low 16 bits are used
- * @return how many there were
+ * @return how many were replaced
  * @invalidates nothing
  * @cost O(length)
  */
 MUB_API int64_t mub_wchar_replace_char(mub_wchar *string, int from, int to);
 
 /**
- * Replaces every occurrence of a text by another, left to right. wcslen measures both texts and wcsstr finds
- * the first.
+ * Replaces every occurrence of a text by another, left to right.
  *
- * As many units as wcslen counts are replaced, and the search goes on after them; an occurrence that would
- * replace more than there is ends it. The content moves to a fresh buffer even if there is no occurrence.
+ * Both texts are measured as by wcslen, and `from` is searched for as by wcsstr. As many units as wcslen
+ * counts are replaced, and the search goes on after them; it ends at an occurrence that would replace units
+ * past the content. The content moves to a fresh buffer even if there is no occurrence.
  *
  * @param[in,out] string  the string
  * @param[in] from        the text to replace; NULL and the empty text leave the string unchanged
  * @param[in] to          the new text; NULL deletes
- * @return how many there were
+ * @return how many were replaced
  * @failure 0 if memory ran out; the string is unchanged
  * @owner both texts are copied
  * @invalidates pointers into the buffer
- * @cost O(length)
+ * @cost O(length), of the old and of the new content
  * @nullable from, to
  */
 MUB_API int64_t mub_wchar_replace(mub_wchar *string, const uint16_t *from, const uint16_t *to);
@@ -509,12 +510,12 @@ MUB_API int64_t mub_wchar_replace(mub_wchar *string, const uint16_t *from, const
  * Inserts a text before `position`.
  *
  * @param[in,out] string  the string
- * @param[in] position    a position, counted from 0
+ * @param[in] position    where to insert: 0 to the length
  * @param[in] text        the text; may lie in the string itself; NULL inserts nothing
- * @param[in] count       units of the text, used as given
+ * @param[in] count       units of the text, never measured
  * @return 1 if inserted
- * @failure 0, and nothing changes, if the position lies outside the content, the count is below 1, the text
- *   is NULL or memory ran out
+ * @failure 0, and nothing changes, if the position is negative or above the length, the count is below 1,
+ *   the text is NULL, or memory ran out
  * @owner the text is copied
  * @invalidates pointers into the buffer
  * @cost O(length + count)
@@ -527,13 +528,13 @@ MUB_API int mub_wchar_insert(mub_wchar *string, int64_t position, const uint16_t
  * Replaces a range by a text.
  *
  * @param[in,out] string  the string
- * @param[in] position    a position, counted from 0
+ * @param[in] position    where the range begins: 0 to the length
  * @param[in] old_count   units to replace, or as many as there are
- * @param[in] text        the text; NULL with a count of 0 deletes
- * @param[in] count       units of the text, used as given
+ * @param[in] text        the text; may lie in the string itself; NULL with a count of 0 deletes
+ * @param[in] count       units of the text, never measured
  * @return 1 if replaced
- * @failure 0, and nothing changes, if the position lies outside the content, a count is negative, the text is
- *   NULL with a count above 0, or memory ran out
+ * @failure 0, and nothing changes, if the position is negative or above the length, a count is negative, the
+ *   text is NULL with a count above 0, or memory ran out
  * @owner the text is copied
  * @invalidates pointers into the buffer
  * @cost O(length + count)
@@ -546,59 +547,59 @@ MUB_API int mub_wchar_update(mub_wchar *string, int64_t position, int64_t old_co
 /**
  * Removes a range.
  *
- * A position after the content sets the length to it as mub_wchar_shrink() does, and so lengthens the
- * content. Negative arguments do nothing.
+ * A position above the length becomes the new length, as by mub_wchar_shrink(): the content is lengthened, up
+ * to the capacity. Negative arguments do nothing.
  *
  * @param[in,out] string  the string
- * @param[in] position    a position, counted from 0
- * @param[in] count       units of the text; negative: up to its end, as the runtime's wcslen finds it
+ * @param[in] position    where the range begins, counted from 0
+ * @param[in] count       units to remove, or as many as there are
  * @invalidates nothing
  * @cost O(length)
  */
 MUB_API void mub_wchar_delete(mub_wchar *string, int64_t position, int64_t count);
 
 /**
- * Keeps the first `count` units; a negative count keeps everything.
+ * Keeps the first `count` units, or as many as there are; a negative count keeps everything.
  *
  * @param[in,out] string  the string
- * @param[in] count       units of the text; negative: up to its end, as the runtime's wcslen finds it
+ * @param[in] count       units to keep
  * @invalidates nothing
  */
 MUB_API void mub_wchar_left(mub_wchar *string, int64_t count);
 
 /**
- * Keeps `count` units from `start`, or as many as there are; none if `start` lies after the content or the
+ * Keeps `count` units from `start`, or as many as there are; none if `start` is not below the length or the
  * count is below 1.
  *
  * A negative start keeps everything.
  *
  * @param[in,out] string  the string
  * @param[in] start       where to begin, counted from 0
- * @param[in] count       units of the text; negative: up to its end, as the runtime's wcslen finds it
- * @failure the string is unchanged if memory runs out
+ * @param[in] count       units to keep
+ * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(count)
  */
 MUB_API void mub_wchar_mid(mub_wchar *string, int64_t start, int64_t count);
 
 /**
- * Keeps the last `count` units; none if the count is below 1.
+ * Keeps the last `count` units, or as many as there are; none if the count is below 1.
  *
  * @param[in,out] string  the string
- * @param[in] count       units of the text; negative: up to its end, as the runtime's wcslen finds it
- * @failure the string is unchanged if memory runs out
+ * @param[in] count       units to keep
+ * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(count)
  */
 MUB_API void mub_wchar_right(mub_wchar *string, int64_t count);
 
 /**
- * Makes the first `count` units of a string, or as many as there are, the content of another; with a count
- * below 1 none.
+ * Makes the first `count` units of a string, or as many as there are, the content of another; none if the
+ * count is below 1.
  *
  * @param[in] string   the string
  * @param[in] count    units to copy
- * @param[in,out] out  an initialised string, whose content is replaced
+ * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
  * @owner the units are copied
@@ -614,7 +615,7 @@ MUB_API int mub_wchar_left_wchar(const mub_wchar *string, int64_t count, mub_wch
  * @param[in] string   the string
  * @param[in] start    where to begin, counted from 0
  * @param[in] count    units to copy
- * @param[in,out] out  an initialised string, whose content is replaced
+ * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
  * @owner the units are copied
@@ -624,12 +625,12 @@ MUB_API int mub_wchar_left_wchar(const mub_wchar *string, int64_t count, mub_wch
 MUB_API int mub_wchar_mid_wchar(const mub_wchar *string, int64_t start, int64_t count, mub_wchar *out);
 
 /**
- * Makes the last `count` units of a string, or as many as there are, the content of another; with a count
- * below 1 none.
+ * Makes the last `count` units of a string, or as many as there are, the content of another; none if the
+ * count is below 1.
  *
  * @param[in] string   the string
  * @param[in] count    units to copy
- * @param[in,out] out  an initialised string, whose content is replaced
+ * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
  * @owner the units are copied
