@@ -10,17 +10,17 @@
  *                       …
  *
  * A table starts without buckets. The first insertion makes 4, and an insertion that brings the average to
- * two entries per bucket doubles them. New entries go to the end of their chain. Only `_remove_all` and
- * `_free_all` release buckets.
+ * two entries per bucket doubles them. New entries go to the end of their chain. Only `_remove_all`,
+ * `_free_all` and `_term` release buckets.
  *
  * **Entry pool.** A table needs one before its first insertion: made by `_init`, or an external one, written
- * into `entry_pool`, with a block size of at least that of the table's entry record. Several tables may share
+ * into `entry_pool`, whose blocks are at least as large as the table's entry record. Several tables may share
  * an external pool.
  *
- * **Value pool.** Only `_set` needs one; it gives every new entry a block of it. A pool made by `_init` has
- * no block size yet: store the size of your values in `value_pool->block_size` before the first `_set`.
- * Blocks of an owned value pool are released with the whole pool; single blocks go back to an external pool
- * only.
+ * **Value pool.** Only `_set` needs one: it stores a block of it in every new entry. A pool made by `_init`
+ * has no block size yet: store the size of your values in `value_pool->block_size` before the first `_set`.
+ * `_free` and `_free_all` return single blocks only to an external value pool; those of an owned one stay
+ * allocated until the whole pool is emptied.
  *
  * What the everyday operations return:
  *
@@ -55,8 +55,9 @@ extern "C" {
  * @defgroup hash mub_hash: a chained hash table from byte strings to 64-bit values
  *
  * A hash table whose keys are byte strings. A key is `length` bytes at `key`; a negative length means that it
- * ends at its first NUL, and a NULL key with a negative length is the empty key, which is a key like any
- * other. Keys are copied. Their hash is the CRC-32 register over `CRC_TABLE`, started at 0 and not inverted.
+ * ends at its first NUL. A NULL key is the empty key, which is a key like any other. Keys are copied; all
+ * keys of a table take at most 2^32 - 1 bytes, and an insertion beyond that is refused as if memory had run
+ * out. The hash of a key is the CRC-32 register over `CRC_TABLE`, started at 0 and not inverted.
  *
  * @{
  */
@@ -64,7 +65,7 @@ extern "C" {
 /**
  * One entry.
  *
- * Offsets into the key stream change when another key is removed. It stays where it is until it is removed.
+ * It does not move until it is removed. Its `key_offset` changes when another key is removed.
  */
 typedef struct mub_hash_entry {
   struct mub_hash_entry *next; /**< the next entry in the chain; NULL at its end */
@@ -80,7 +81,7 @@ typedef struct mub_hash {
   mub_arrays buckets;
   /** entries in the table */
   int64_t count;
-  /** the key stream: the bytes of the live keys in the order of insertion; at most 2^32 - 1 */
+  /** the key stream: the bytes of the live keys in the order of insertion; at most 2^32 - 1 of them */
   mub_stream keys;
   /** where the entries come from; NULL if there is none */
   mub_pool *entry_pool;
@@ -90,7 +91,7 @@ typedef struct mub_hash {
   mub_pool *value_pool;
   /** 1: made by `_init`, released by `_term` */
   uint16_t owns_value_pool;
-  /** not 0: keys that differ only in ASCII case are equal; set it before the first insertion */
+  /** not 0: keys are equal if they are after tolower; set it before the first insertion */
   int16_t nocase;
 } mub_hash;
 
@@ -110,11 +111,12 @@ MUB_API mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_va
 /**
  * Releases everything that the table owns.
  *
- * Values are not visited. Entries in an external entry pool stay allocated there; mub_hash_remove_all()
- * returns them first. `nocase` is unchanged.
+ * Values are not visited. Entries in an external entry pool stay allocated there: call mub_hash_remove_all()
+ * first to return them. `nocase` is unchanged.
  *
  * @param[in,out] hash  the table
- * @owner what the table owns is released; values and external pools stay the caller's
+ * @owner what the table owns is released, the blocks of its own value pool included; other values and
+ *   external pools stay the caller's
  * @invalidates all entries, and pointers to keys
  * @cost one release per chunk of the pools
  */
@@ -135,16 +137,16 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
 /**
  * Copies a table.
  *
- * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
- * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
- * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
- * it, values are copied as words, and the destination gives up its own pool. The destination's `nocase` is
- * unchanged. `source_user_pool` and `destination_user_pool` are given together with `callback`, or both are
- * NULL.
+ * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
+ * places, and addresses are translated. A value that does not point into the value pool becomes 0, and so do
+ * all values if the destination has no value pool of its own. External pools are shared, and the destination
+ * gives up its own: entries are copied to fresh blocks of an external entry pool, and values are copied as
+ * words if the source owns no value pool, so that both tables refer to the same blocks. The destination's
+ * `nocase` is unchanged. A user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
+ *                                       is none
  * @param[in,out] destination            an initialised table with the same flags; its old contents are
  *                                       dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
@@ -153,9 +155,10 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
  *                                       value pool; NULL: not called
  * @return the destination
  * @failure none; the destination is empty if memory runs out
- * @owner the copy belongs to the destination; an external pool is shared by both tables
+ * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
+ *   tables
  * @invalidates all entries of the destination, and pointers to its keys
- * @cost O(entries)
+ * @cost O(entries), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
@@ -164,7 +167,7 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
 /**
  * Computes the hash of a key: the CRC-32 register over `CRC_TABLE`, started at 0 and not inverted.
  *
- * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @param[in] nocase  not 0: each byte passes through tolower first
  * @return the 32 bits of the hash; 0 for the empty key
@@ -195,7 +198,7 @@ MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t
  * Finds the entry of a key, or adds one with a block of the value pool.
  *
  * @param[in,out] hash    the table
- * @param[in] key         the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key; negative: up to its first NUL
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
  * @param[in] init        called with the new block, which `value_out` and the entry already hold; NULL: not
@@ -203,8 +206,8 @@ MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk, and pointers to keys
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double; pointers to keys
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @bounds key[length]
  * @nullable key, init
  */
@@ -215,7 +218,7 @@ MUB_API int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64
  * Looks up the value of a key.
  *
  * @param[in] hash    the table
- * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the value
  * @failure 0 if the key is absent; use mub_hash_find() to distinguish a stored 0 from a missing key
@@ -230,14 +233,14 @@ MUB_API uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t len
  * Adds a key with a value unless the key is present.
  *
  * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] value     any word, 0 included
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk, and pointers to keys
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double; pointers to keys
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @bounds key[length]
  * @nullable key
  */
@@ -249,7 +252,7 @@ MUB_API int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uin
  * An absent key is not added.
  *
  * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] value     any word, 0 included
  * @return the previous value
@@ -266,7 +269,7 @@ MUB_API uint64_t mub_hash_update(mub_hash *hash, const void *key, int64_t length
  * Checks whether a key is present.
  *
  * @param[in] hash    the table
- * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return 1 if it is, else 0
  * @cost O(1) expected
@@ -279,15 +282,16 @@ MUB_API int mub_hash_find(const mub_hash *hash, const void *key, int64_t length)
  * Removes a key and returns its value, which is not released.
  *
  * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry goes back to its pool
- * @invalidates the entry of the key, the key offsets of the entries after it, and pointers to keys
- * @cost O(entries): the key's bytes are cut out of the key stream and the offsets after them lowered; in one
- *   pass over memory if the table's own entry pool holds nothing else, else along the chains
+ * @invalidates the entry of the key, the offsets of keys inserted later, and pointers to keys
+ * @cost O(entries): the key's bytes are cut out of the key stream and the offsets after them lowered;
+ *   sequentially over memory if the table owns its entry pool and that holds nothing else, else along the
+ *   chains
  * @bounds key[length]
  * @nullable key
  */
@@ -300,15 +304,15 @@ MUB_API uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length
  * emptied.
  *
  * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] release   called with the value, 0 included, after the entry is unlinked; NULL: not called
  * @return the table
- * @failure NULL if the key is absent; a block for which the pool's free stack finds no memory is not reused:
- *   see mub_pool_free()
+ * @failure NULL if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ *   mub_pool_free()
  * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
  *   its pool
- * @invalidates the entry of the key, the key offsets of the entries after it, and pointers to keys
+ * @invalidates the entry of the key, the offsets of keys inserted later, and pointers to keys
  * @cost as mub_hash_remove()
  * @bounds key[length]
  * @nullable key, release
@@ -322,8 +326,9 @@ MUB_API mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length,
  * key stream is kept.
  *
  * @param[in,out] hash  the table
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to their pool; values are not released
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner entries go back to their pool, and value blocks of an owned value pool are released with it; other
+ *   values stay the caller's
  * @invalidates all entries, and pointers to keys
  * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
  */
@@ -336,7 +341,7 @@ MUB_API void mub_hash_remove_all(mub_hash *hash);
  *
  * @param[in,out] hash  the table
  * @param[in] release   called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
  *   their pool
  * @invalidates all entries, and pointers to keys
@@ -352,7 +357,7 @@ MUB_API void mub_hash_free_all(mub_hash *hash, mub_free_fn release);
  * next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] hash  the table
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner entries go back to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
@@ -368,7 +373,7 @@ MUB_API void mub_hash_remove_all_entry(mub_hash *hash);
  *
  * @param[in,out] hash  the table
  * @param[in] release   called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
@@ -384,14 +389,14 @@ MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
  * Set its `value` in place; the entry does not move until it is removed.
  *
  * @param[in,out] hash    the table
- * @param[in] key         the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key; negative: up to its first NUL
  * @param[out] entry_out  receives the entry; NULL if memory ran out
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, and pointers to keys
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double; pointers to keys
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @bounds key[length]
  * @nullable key
  */
@@ -401,7 +406,7 @@ MUB_API int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, 
  * Finds the entry of a key.
  *
  * @param[in] hash    the table
- * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the entry
  * @failure NULL if the key is absent
@@ -415,7 +420,8 @@ MUB_API mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key
 /**
  * Starts a walk over the entries: bucket by bucket, the oldest entry first within a chain.
  *
- * Insertions may change that order, and removing the current entry ends the walk.
+ * Insertions may change that order. Step past an entry before you remove it: a walk cannot continue from a
+ * removed one.
  *
  * @param[in] hash         the table
  * @param[out] bucket_out  receives the bucket, for mub_hash_entry_next()
@@ -449,7 +455,7 @@ MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucke
  * @param[in,out] hash       the table
  * @param[in] bucket         where to look: 0 to the number of buckets less 1
  * @param[in] hash_value     the hash of the key, from mub_hash_key()
- * @param[in] key            the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key            the bytes of the key; NULL is the empty key
  * @param[in] length         bytes of the key, used as given; a negative length finds nothing
  * @param[out] inserted_out  receives 1 if the block is new, else 0
  * @return the entry
@@ -470,7 +476,7 @@ MUB_API mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint3
  * @param[in] hash        the table
  * @param[in] bucket      where to look: 0 to the number of buckets less 1
  * @param[in] hash_value  the hash of the key, from mub_hash_key()
- * @param[in] key         the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key, used as given; a negative length finds nothing
  * @return the entry
  * @failure NULL if there is none
@@ -491,9 +497,9 @@ MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket
  * @param[in,out] hash    the table
  * @param[in] bucket      where to look: 0 to the number of buckets less 1
  * @param[in] hash_value  the hash of the key, from mub_hash_key()
- * @param[in] key         the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key, used as given; a negative length finds nothing
- * @return the entry, its `next` NULL
+ * @return the entry, with `next` NULL
  * @failure NULL if there is none
  * @owner the caller lowers the count and returns the entry to the entry pool
  * @invalidates a walk that stands on the entry
@@ -521,18 +527,18 @@ MUB_API void mub_hash_expand(mub_hash *hash);
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
- * Keys are compared and stored hashes are not: a key added before `nocase` changed is still found if its
- * bucket is the one that it would have now.
+ * Keys are compared, but stored hashes are not: a key added before `nocase` changed is still found if its
+ * bucket has not changed with it.
  *
  * @param[in,out] hash       the table
- * @param[in] key            the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key            the bytes of the key; NULL is the empty key
  * @param[in] length         bytes of the key; negative: up to its first NUL
  * @param[out] inserted_out  receives 1 if the entry is new, else 0
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, and pointers to keys
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double; pointers to keys
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -543,7 +549,7 @@ MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64
  * Finds the entry of a key.
  *
  * @param[in] hash    the table
- * @param[in] key     the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key, used as given; a negative length finds nothing
  * @return the entry
  * @failure NULL if the key is absent
@@ -562,12 +568,12 @@ MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, i
  * the count is lowered, and lower the count before returning the block.
  *
  * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL with a negative length is the empty key
+ * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key, used as given; a negative length finds nothing
  * @return the entry
  * @failure NULL if the key is absent
  * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates the key offsets of the entries after it, and pointers to keys
+ * @invalidates the offsets of keys inserted later, and pointers to keys
  * @cost O(entries)
  * @bounds key[length]
  * @nullable key
@@ -579,9 +585,10 @@ MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64
  * Lowers the key offsets after key bytes were deleted from the key stream.
  *
  * @param[in,out] hash  the table
- * @param[in] offset    where the bytes were: keys at or after it move, an empty key only after it
+ * @param[in] offset    where the bytes were: keys from there on move, but not an empty key at this very
+ *                      offset
  * @param[in] length    how many there were; the low 32 bits are used, and offsets wrap modulo 2^32
- * @invalidates nothing
+ * @invalidates the offsets that it lowers
  * @cost O(entries): follows the chains
  * @level low
  */
@@ -638,11 +645,12 @@ MUB_API mub_hashd *mub_hashd_init(mub_hashd *table, int with_entry_pool, int wit
 /**
  * Releases everything that the table owns.
  *
- * Values are not visited. Entries in an external entry pool stay allocated there; mub_hashd_remove_all()
- * returns them first.
+ * Values are not visited. Entries in an external entry pool stay allocated there: call mub_hashd_remove_all()
+ * first to return them.
  *
  * @param[in,out] table  the table
- * @owner what the table owns is released; values and external pools stay the caller's
+ * @owner what the table owns is released, the blocks of its own value pool included; other values and
+ *   external pools stay the caller's
  * @invalidates all entries
  * @cost one release per chunk of the pools
  */
@@ -661,15 +669,16 @@ MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
 /**
  * Copies a table.
  *
- * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
- * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
- * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
- * it, values are copied as words, and the destination gives up its own pool. `source_user_pool` and
- * `destination_user_pool` are given together with `callback`, or both are NULL.
+ * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
+ * places, and addresses are translated. A value that does not point into the value pool becomes 0, and so do
+ * all values if the destination has no value pool of its own. External pools are shared, and the destination
+ * gives up its own: entries are copied to fresh blocks of an external entry pool, and values are copied as
+ * words if the source owns no value pool, so that both tables refer to the same blocks. A user pool is cloned
+ * only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
+ *                                       is none
  * @param[in,out] destination            an initialised table with the same flags; its old contents are
  *                                       dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
@@ -678,9 +687,10 @@ MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
  *                                       value pool; NULL: not called
  * @return the destination
  * @failure none; the destination is empty if memory runs out
- * @owner the copy belongs to the destination; an external pool is shared by both tables
+ * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
+ *   tables
  * @invalidates all entries of the destination
- * @cost O(entries)
+ * @cost O(entries), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_user_pool,
@@ -710,8 +720,8 @@ MUB_API uint32_t mub_hashd_key(uint32_t key);
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @nullable init
  */
 MUB_API int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, mub_init_fn init);
@@ -737,8 +747,8 @@ MUB_API uint64_t mub_hashd_get(const mub_hashd *table, uint32_t key);
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  */
 MUB_API int mub_hashd_insert(mub_hashd *table, uint32_t key, uint64_t value);
 
@@ -774,7 +784,7 @@ MUB_API int mub_hashd_find(const mub_hashd *table, uint32_t key);
  * @param[in,out] table  the table
  * @param[in] key        the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry goes back to its pool
  * @invalidates the entry of the key
@@ -792,8 +802,8 @@ MUB_API uint64_t mub_hashd_remove(mub_hashd *table, uint32_t key);
  * @param[in] key        the key
  * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
  * @return the table
- * @failure NULL if the key is absent; a block for which the pool's free stack finds no memory is not reused:
- *   see mub_pool_free()
+ * @failure NULL if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ *   mub_pool_free()
  * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
  *   its pool
  * @invalidates the entry of the key
@@ -808,8 +818,9 @@ MUB_API mub_hashd *mub_hashd_free(mub_hashd *table, uint32_t key, mub_free_fn re
  * Entries go back to an external pool, owned pools are emptied, and values are not visited.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to their pool; values are not released
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner entries go back to their pool, and value blocks of an owned value pool are released with it; other
+ *   values stay the caller's
  * @invalidates all entries
  * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
  */
@@ -820,7 +831,7 @@ MUB_API void mub_hashd_remove_all(mub_hashd *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
  *   their pool
  * @invalidates all entries
@@ -836,7 +847,7 @@ MUB_API void mub_hashd_free_all(mub_hashd *table, mub_free_fn release);
  * mub_hashd_term() next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner entries go back to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
@@ -852,7 +863,7 @@ MUB_API void mub_hashd_remove_all_entry(mub_hashd *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
@@ -873,8 +884,8 @@ MUB_API void mub_hashd_free_all_entry(mub_hashd *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  */
 MUB_API int mub_hashd_entry_set(mub_hashd *table, uint32_t key, mub_hashd_entry **entry_out);
 
@@ -893,7 +904,8 @@ MUB_API mub_hashd_entry *mub_hashd_entry_get(const mub_hashd *table, uint32_t ke
 /**
  * Starts a walk over the entries: bucket by bucket, the oldest entry first within a chain.
  *
- * Insertions may change that order, and removing the current entry ends the walk.
+ * Insertions may change that order. Step past an entry before you remove it: a walk cannot continue from a
+ * removed one.
  *
  * @param[in] table        the table
  * @param[out] bucket_out  receives the bucket, for mub_hashd_entry_next()
@@ -919,7 +931,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_next(const mub_hashd *table, int64_t *b
                                               const mub_hashd_entry *entry);
 
 /**
- * Finds a key in a bucket, or links a new block at the end of the chain, `next` NULL and `value` 0.
+ * Finds a key in a bucket, or links a new block at the end of the chain, with `next` NULL and `value` 0.
  *
  * The key is not stored: the caller fills it in and counts the entry.
  *
@@ -959,7 +971,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_find(const mub_hashd *table, int64_t bu
  * @param[in,out] table  the table
  * @param[in] bucket     where to look: 0 to the number of buckets less 1
  * @param[in] key        the key
- * @return the entry, its `next` NULL
+ * @return the entry, with `next` NULL
  * @failure NULL if there is none
  * @owner the caller lowers the count and returns the entry to the entry pool
  * @invalidates a walk that stands on the entry
@@ -990,8 +1002,8 @@ MUB_API void mub_hashd_expand(mub_hashd *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @level low
  */
 MUB_API mub_hashd_entry *mub_hashd_insert_t(mub_hashd *table, uint32_t key, int *inserted_out);
@@ -1075,11 +1087,12 @@ MUB_API mub_hashx *mub_hashx_init(mub_hashx *table, int with_entry_pool, int wit
 /**
  * Releases everything that the table owns.
  *
- * Values are not visited. Entries in an external entry pool stay allocated there; mub_hashx_remove_all()
- * returns them first.
+ * Values are not visited. Entries in an external entry pool stay allocated there: call mub_hashx_remove_all()
+ * first to return them.
  *
  * @param[in,out] table  the table
- * @owner what the table owns is released; values and external pools stay the caller's
+ * @owner what the table owns is released, the blocks of its own value pool included; other values and
+ *   external pools stay the caller's
  * @invalidates all entries
  * @cost one release per chunk of the pools
  */
@@ -1098,15 +1111,16 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
 /**
  * Copies a table.
  *
- * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
- * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
- * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
- * it, values are copied as words, and the destination gives up its own pool. `source_user_pool` and
- * `destination_user_pool` are given together with `callback`, or both are NULL.
+ * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
+ * places, and addresses are translated. A value that does not point into the value pool becomes 0, and so do
+ * all values if the destination has no value pool of its own. External pools are shared, and the destination
+ * gives up its own: entries are copied to fresh blocks of an external entry pool, and values are copied as
+ * words if the source owns no value pool, so that both tables refer to the same blocks. A user pool is cloned
+ * only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
+ *                                       is none
  * @param[in,out] destination            an initialised table with the same flags; its old contents are
  *                                       dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
@@ -1115,9 +1129,10 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
  *                                       value pool; NULL: not called
  * @return the destination
  * @failure none; the destination is empty if memory runs out
- * @owner the copy belongs to the destination; an external pool is shared by both tables
+ * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
+ *   tables
  * @invalidates all entries of the destination
- * @cost O(entries)
+ * @cost O(entries), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_user_pool,
@@ -1147,8 +1162,8 @@ MUB_API uint32_t mub_hashx_key(uint64_t key);
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @nullable init
  */
 MUB_API int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, mub_init_fn init);
@@ -1174,8 +1189,8 @@ MUB_API uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key);
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  */
 MUB_API int mub_hashx_insert(mub_hashx *table, uint64_t key, uint64_t value);
 
@@ -1211,7 +1226,7 @@ MUB_API int mub_hashx_find(const mub_hashx *table, uint64_t key);
  * @param[in,out] table  the table
  * @param[in] key        the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry goes back to its pool
  * @invalidates the entry of the key
@@ -1229,8 +1244,8 @@ MUB_API uint64_t mub_hashx_remove(mub_hashx *table, uint64_t key);
  * @param[in] key        the key
  * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
  * @return the table
- * @failure NULL if the key is absent; a block for which the pool's free stack finds no memory is not reused:
- *   see mub_pool_free()
+ * @failure NULL if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ *   mub_pool_free()
  * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
  *   its pool
  * @invalidates the entry of the key
@@ -1245,8 +1260,9 @@ MUB_API mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn re
  * Entries go back to an external pool, owned pools are emptied, and values are not visited.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to their pool; values are not released
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner entries go back to their pool, and value blocks of an owned value pool are released with it; other
+ *   values stay the caller's
  * @invalidates all entries
  * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
  */
@@ -1257,7 +1273,7 @@ MUB_API void mub_hashx_remove_all(mub_hashx *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
  *   their pool
  * @invalidates all entries
@@ -1273,7 +1289,7 @@ MUB_API void mub_hashx_free_all(mub_hashx *table, mub_free_fn release);
  * mub_hashx_term() next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner entries go back to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
@@ -1289,7 +1305,7 @@ MUB_API void mub_hashx_remove_all_entry(mub_hashx *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
@@ -1310,8 +1326,8 @@ MUB_API void mub_hashx_free_all_entry(mub_hashx *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  */
 MUB_API int mub_hashx_entry_set(mub_hashx *table, uint64_t key, mub_hashx_entry **entry_out);
 
@@ -1330,7 +1346,8 @@ MUB_API mub_hashx_entry *mub_hashx_entry_get(const mub_hashx *table, uint64_t ke
 /**
  * Starts a walk over the entries: bucket by bucket, the oldest entry first within a chain.
  *
- * Insertions may change that order, and removing the current entry ends the walk.
+ * Insertions may change that order. Step past an entry before you remove it: a walk cannot continue from a
+ * removed one.
  *
  * @param[in] table        the table
  * @param[out] bucket_out  receives the bucket, for mub_hashx_entry_next()
@@ -1356,7 +1373,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_next(const mub_hashx *table, int64_t *b
                                               const mub_hashx_entry *entry);
 
 /**
- * Finds a key in a bucket, or links a new block at the end of the chain, `next` NULL and `value` 0.
+ * Finds a key in a bucket, or links a new block at the end of the chain, with `next` NULL and `value` 0.
  *
  * The key is not stored: the caller fills it in and counts the entry.
  *
@@ -1396,7 +1413,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_find(const mub_hashx *table, int64_t bu
  * @param[in,out] table  the table
  * @param[in] bucket     where to look: 0 to the number of buckets less 1
  * @param[in] key        the key
- * @return the entry, its `next` NULL
+ * @return the entry, with `next` NULL
  * @failure NULL if there is none
  * @owner the caller lowers the count and returns the entry to the entry pool
  * @invalidates a walk that stands on the entry
@@ -1427,8 +1444,8 @@ MUB_API void mub_hashx_expand(mub_hashx *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of a running walk, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @level low
  */
 MUB_API mub_hashx_entry *mub_hashx_insert_t(mub_hashx *table, uint64_t key, int *inserted_out);
@@ -1468,7 +1485,7 @@ MUB_API mub_hashx_entry *mub_hashx_remove_t(mub_hashx *table, uint64_t key);
  * @defgroup hasht mub_hasht: a chained hash table from 16-byte keys to 64-bit values
  *
  * A hash table whose keys are 16 bytes, as four 32-bit words. A key is passed as a pointer to its words,
- * which are copied; its hash is mub_hasht_key(). There is no walk over the entries.
+ * which insertions copy; its hash is mub_hasht_key(). No function walks over the entries.
  *
  * @{
  */
@@ -1512,11 +1529,12 @@ MUB_API mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int wit
 /**
  * Releases everything that the table owns.
  *
- * Values are not visited. Entries in an external entry pool stay allocated there; mub_hasht_remove_all()
- * returns them first.
+ * Values are not visited. Entries in an external entry pool stay allocated there: call mub_hasht_remove_all()
+ * first to return them.
  *
  * @param[in,out] table  the table
- * @owner what the table owns is released; values and external pools stay the caller's
+ * @owner what the table owns is released, the blocks of its own value pool included; other values and
+ *   external pools stay the caller's
  * @invalidates all entries
  * @cost one release per chunk of the pools
  */
@@ -1528,22 +1546,23 @@ MUB_API void mub_hasht_term(mub_hasht *table);
  * @param[in,out] a  one table
  * @param[in,out] b  the other table
  * @owner what one table owned now belongs to the other
- * @invalidates walks of both tables
+ * @invalidates the bucket numbers of entries of both tables
  */
 MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
 
 /**
  * Copies a table.
  *
- * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
- * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
- * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
- * it, values are copied as words, and the destination gives up its own pool. `source_user_pool` and
- * `destination_user_pool` are given together with `callback`, or both are NULL.
+ * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
+ * places, and addresses are translated. A value that does not point into the value pool becomes 0, and so do
+ * all values if the destination has no value pool of its own. External pools are shared, and the destination
+ * gives up its own: entries are copied to fresh blocks of an external entry pool, and values are copied as
+ * words if the source owns no value pool, so that both tables refer to the same blocks. A user pool is cloned
+ * only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
+ *                                       is none
  * @param[in,out] destination            an initialised table with the same flags; its old contents are
  *                                       dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
@@ -1552,9 +1571,10 @@ MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
  *                                       value pool; NULL: not called
  * @return the destination
  * @failure none; the destination is empty if memory runs out
- * @owner the copy belongs to the destination; an external pool is shared by both tables
+ * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
+ *   tables
  * @invalidates all entries of the destination
- * @cost O(entries)
+ * @cost O(entries), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool,
@@ -1565,7 +1585,7 @@ MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_use
  * Computes the hash of a key: the CRC-32 register of mub_hash_key() over its 16 bytes, word by word, least
  * significant byte first.
  *
- * @param[in] key  the four words of the key, which are copied
+ * @param[in] key  the four words of the key
  * @return the hash
  * @bounds key[4]
  * @level low
@@ -1606,8 +1626,8 @@ MUB_API void mub_hasht_copy(uint32_t *destination, const uint32_t *source);
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket numbers of entries, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @bounds key[4]
  * @nullable init
  */
@@ -1617,7 +1637,7 @@ MUB_API int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value
  * Looks up the value of a key.
  *
  * @param[in] table  the table
- * @param[in] key    the four words of the key, which are copied
+ * @param[in] key    the four words of the key
  * @return the value
  * @failure 0 if the key is absent; use mub_hasht_find() to distinguish a stored 0 from a missing key
  * @owner the value stays in the table
@@ -1635,8 +1655,8 @@ MUB_API uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key);
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket numbers of entries, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @bounds key[4]
  */
 MUB_API int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t value);
@@ -1647,7 +1667,7 @@ MUB_API int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t val
  * An absent key is not added.
  *
  * @param[in,out] table  the table
- * @param[in] key        the four words of the key, which are copied
+ * @param[in] key        the four words of the key
  * @param[in] value      any word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent
@@ -1662,7 +1682,7 @@ MUB_API uint64_t mub_hasht_update(mub_hasht *table, const uint32_t *key, uint64_
  * Checks whether a key is present.
  *
  * @param[in] table  the table
- * @param[in] key    the four words of the key, which are copied
+ * @param[in] key    the four words of the key
  * @return 1 if it is, else 0
  * @cost O(1) expected
  * @bounds key[4]
@@ -1673,9 +1693,9 @@ MUB_API int mub_hasht_find(const mub_hasht *table, const uint32_t *key);
  * Removes a key and returns its value, which is not released.
  *
  * @param[in,out] table  the table
- * @param[in] key        the four words of the key, which are copied
+ * @param[in] key        the four words of the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry goes back to its pool
  * @invalidates the entry of the key
@@ -1691,11 +1711,11 @@ MUB_API uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key);
  * emptied.
  *
  * @param[in,out] table  the table
- * @param[in] key        the four words of the key, which are copied
+ * @param[in] key        the four words of the key
  * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
  * @return the table
- * @failure NULL if the key is absent; a block for which the pool's free stack finds no memory is not reused:
- *   see mub_pool_free()
+ * @failure NULL if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ *   mub_pool_free()
  * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
  *   its pool
  * @invalidates the entry of the key
@@ -1711,8 +1731,9 @@ MUB_API mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_fre
  * Entries go back to an external pool, owned pools are emptied, and values are not visited.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to their pool; values are not released
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner entries go back to their pool, and value blocks of an owned value pool are released with it; other
+ *   values stay the caller's
  * @invalidates all entries
  * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
  */
@@ -1723,7 +1744,7 @@ MUB_API void mub_hasht_remove_all(mub_hasht *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
  *   their pool
  * @invalidates all entries
@@ -1739,7 +1760,7 @@ MUB_API void mub_hasht_free_all(mub_hasht *table, mub_free_fn release);
  * mub_hasht_term() next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner entries go back to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
@@ -1755,7 +1776,7 @@ MUB_API void mub_hasht_remove_all_entry(mub_hasht *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
@@ -1776,8 +1797,8 @@ MUB_API void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket numbers of entries, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @bounds key[4]
  */
 MUB_API int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht_entry **entry_out);
@@ -1786,7 +1807,7 @@ MUB_API int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht
  * Finds the entry of a key.
  *
  * @param[in] table  the table
- * @param[in] key    the four words of the key, which are copied
+ * @param[in] key    the four words of the key
  * @return the entry
  * @failure NULL if the key is absent
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
@@ -1796,13 +1817,13 @@ MUB_API int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht
 MUB_API mub_hasht_entry *mub_hasht_entry_get(const mub_hasht *table, const uint32_t *key);
 
 /**
- * Finds a key in a bucket, or links a new block at the end of the chain, `next` NULL and `value` 0.
+ * Finds a key in a bucket, or links a new block at the end of the chain, with `next` NULL and `value` 0.
  *
  * The key is not stored: the caller fills it in and counts the entry.
  *
  * @param[in,out] table      the table
  * @param[in] bucket         where to look: 0 to the number of buckets less 1
- * @param[in] key            the four words of the key, which are copied
+ * @param[in] key            the four words of the key
  * @param[out] inserted_out  receives 1 if the block is new, else 0
  * @return the entry
  * @failure NULL if no block can be allocated
@@ -1820,7 +1841,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_new(mub_hasht *table, int64_t bucket, c
  *
  * @param[in] table   the table
  * @param[in] bucket  where to look: 0 to the number of buckets less 1
- * @param[in] key     the four words of the key, which are copied
+ * @param[in] key     the four words of the key
  * @return the entry
  * @failure NULL if there is none
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
@@ -1837,11 +1858,11 @@ MUB_API mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bu
  *
  * @param[in,out] table  the table
  * @param[in] bucket     where to look: 0 to the number of buckets less 1
- * @param[in] key        the four words of the key, which are copied
- * @return the entry, its `next` NULL
+ * @param[in] key        the four words of the key
+ * @return the entry, with `next` NULL
  * @failure NULL if there is none
  * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates a walk that stands on the entry
+ * @invalidates the place of the entry in its chain
  * @cost O(entries in the bucket)
  * @bounds key[4]
  * @level low
@@ -1855,7 +1876,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket
  *
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
- * @invalidates the bucket position of a running walk
+ * @invalidates the bucket numbers of entries
  * @cost O(entries)
  * @level low
  */
@@ -1870,8 +1891,8 @@ MUB_API void mub_hasht_expand(mub_hasht *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket numbers of entries, if the buckets double
+ * @cost O(1) expected; O(entries) if it doubles the buckets
  * @bounds key[4]
  * @level low
  */
@@ -1881,7 +1902,7 @@ MUB_API mub_hasht_entry *mub_hasht_insert_t(mub_hasht *table, const uint32_t *ke
  * Finds the entry of a key.
  *
  * @param[in] table  the table
- * @param[in] key    the four words of the key, which are copied
+ * @param[in] key    the four words of the key
  * @return the entry
  * @failure NULL if the key is absent
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
@@ -1897,11 +1918,11 @@ MUB_API mub_hasht_entry *mub_hasht_find_t(const mub_hasht *table, const uint32_t
  * The count is unchanged.
  *
  * @param[in,out] table  the table
- * @param[in] key        the four words of the key, which are copied
+ * @param[in] key        the four words of the key
  * @return the entry
  * @failure NULL if the key is absent
  * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates a walk that stands on the entry
+ * @invalidates the place of the entry in its chain
  * @cost O(1) expected
  * @bounds key[4]
  * @level low

@@ -137,7 +137,7 @@ struct hash_life {
   static void init(record *table, int entries, int values) noexcept { Traits::init(table, entries, values); }
   static void bare(record *table) noexcept { Traits::init(table, 0, 0); }
   static void release(record *table) noexcept {
-    if (table->owns_entry_pool == 0) Traits::remove_all(table);  // else the pool goes, and they with it
+    if (table->owns_entry_pool == 0) Traits::remove_all(table);  // else they are released with the pool
     Traits::term(table);
   }
   static void swap(record *a, record *b) noexcept {
@@ -146,7 +146,7 @@ struct hash_life {
   }
 };
 
-// Goes bucket by bucket; the end has no entry.
+// Goes bucket by bucket; the end iterator has no entry.
 template <class Traits, class Value>
 class hash_iterator : public walker<hash_iterator<Traits, Value>, item<typename Traits::key_type, Value>,
                                     std::forward_iterator_tag> {
@@ -187,11 +187,11 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
   /** With an entry pool of its own. */
   basic_hash() noexcept : basic_hash(true, false) {}
 
-  /** With pools of its own, or without; see mub_hash_init(). */
+  /** With the pools of its own that the flags ask for; see mub_hash_init(). */
   basic_hash(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
-  /** With a value pool, too. */
+  /** With an entry pool and a value pool of its own. */
   explicit basic_hash(value_blocks values) noexcept : basic_hash(true, true) {
     detail::set_block_size(c()->value_pool, values.size);
   }
@@ -202,7 +202,7 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
     c()->value_pool = values;
   }
 
-  /** A copy, made by mub_hash_clone() without external pools. */
+  /** A copy, made by mub_hash_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] basic_hash clone(mub_clone_fn adjust = nullptr) const {
     basic_hash copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
     detail::copy_setting(c(), copy.c(), Traits::setting);
