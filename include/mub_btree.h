@@ -22,20 +22,21 @@
  * lost its last key is a single empty leaf again.
  *
  * **Pools.** A tree needs an entry pool and a node pool before its first insertion: made by `_init`, or
- * external ones, written into the fields, with blocks at least as large as the records. Several trees may
- * share external pools. Only `_set` needs a value pool; it gives every new record a block of it. A value pool
- * made by `_init` has no block size yet: store the size of your values in `value_pool->block_size` first.
+ * external ones, written into the fields, whose blocks are at least as large as `mub_btree_entry` and
+ * `mub_btree_node` or their variants. Several trees may share external pools. Only `_set` needs a value pool:
+ * it stores a block of it in every new record. A value pool made by `_init` has no block size yet: store the
+ * size of your values in `value_pool->block_size` first.
  *
- * **Links.** `prev` and `next` are exact as long as nothing was removed since the tree was last empty, and it
- * is no clone: a removal leaves the links of the neighbours as they are, and those of a clone point into its
- * source. Insertions never follow such a link.
+ * **Links.** `prev` and `next` are exact in a tree that is not a clone and from which nothing was removed
+ * since it was last empty: a removal leaves the links of the neighbours as they are, and those of a clone
+ * point into its source. Insertions do not follow the links.
  *
  * **Cursors.** A cursor walks the records in key order, whatever was removed or cloned before. It is a plain
  * record of the caller's, with nothing to release; a step compares no keys. It is valid until a key is added
  * or removed, or the tree is emptied, swapped, cloned into or released: then seek again. Any number of
  * cursors may walk one tree, also in several threads while no thread changes it.
  *
- * **Memory.** An insertion that runs out of memory is refused as a whole. Only a split may be missing: the
+ * **Memory.** An insertion that runs out of memory is refused as a whole. Only a split may be left out: the
  * entry then holds more than 31 children, and splits at the next insertion there. Nothing here recurses.
  *
  * What the everyday operations return:
@@ -50,7 +51,7 @@
  * | `_update`      | the previous value           | 0, not added           |                        |
  * | `_remove`      | the value, not released      | 0                      |                        |
  * | `_node_get`    | the record                   | NULL                   |                        |
- * | `_node_bfind`  | the record                   | a near one             |                        |
+ * | `_node_bfind`  | the record                   | a near one, or NULL    |                        |
  * | `_cursor_seek` | the record                   | the next one, or NULL  |                        |
  * | `_clone`       |                              |                        | 0, the copy is empty   |
  *
@@ -73,9 +74,9 @@ extern "C" {
  *
  * An ordered map whose keys are byte strings. A key is `length` bytes at `key`; a negative length means that
  * it ends at its first NUL. A NULL key is the empty key, which is a key like any other and comes before all
- * others. Keys are copied; all keys of a tree take at most 2^32 - 1 bytes. They compare byte by byte as
- * unsigned values; of two that agree as far as both go, the shorter is first. With `nocase` every byte passes
- * through tolower first.
+ * others. Keys are copied; all keys of a tree take at most 2^32 - 1 bytes, and an insertion beyond that is
+ * refused as if memory had run out. Keys compare byte by byte as unsigned values; if one key is the beginning
+ * of another, the shorter comes first. With `nocase` every byte passes through tolower first.
  *
  * @{
  */
@@ -96,7 +97,7 @@ typedef struct mub_btree_node {
 
 /** A node of the tree: a leaf or an inner node. */
 typedef struct mub_btree_entry {
-  /** the key of the last child; that of the root may be out of date and is not searched */
+  /** where the bytes of the last child's key start; may be out of date in the root, which no search reads */
   uint32_t key_offset;
   /** bytes of that key */
   uint32_t key_length;
@@ -114,7 +115,7 @@ typedef struct mub_btree {
   mub_btree_entry root;
   /** keys in the tree */
   int64_t count;
-  /** the key stream: the bytes of the live keys in the order of insertion */
+  /** the key stream: the bytes of the live keys in the order of insertion; at most 2^32 - 1 of them */
   mub_stream keys;
   /** where the entries come from; NULL if there is none */
   mub_pool *entry_pool;
@@ -128,7 +129,7 @@ typedef struct mub_btree {
   mub_pool *value_pool;
   /** 1: made by `_init`, released by `_term` */
   uint16_t owns_value_pool;
-  /** not 0: keys that differ only in case are equal; set it before the first insertion */
+  /** not 0: keys compare as if passed through tolower; set it before the first insertion */
   uint16_t nocase;
 } mub_btree;
 
@@ -162,8 +163,9 @@ MUB_API mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_n
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner what the tree owns is released; values and external pools stay the caller's
+ * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
+ *   pools stay the caller's
  * @invalidates all records and entries, pointers to keys, and the tree's cursors
  * @cost O(entries), and one release per chunk of the pools; O(keys) with an external node pool
  */
@@ -193,7 +195,7 @@ MUB_API int mub_btree_insert(mub_btree *tree, const void *key, int64_t length, u
  * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key; negative: up to its first NUL
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, which the record already holds and `value_out` not yet;
+ * @param[in] init        called with the new block, when the record holds it but `value_out` does not yet;
  *                        NULL: not called
  * @return 1 if the key is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
@@ -260,13 +262,14 @@ MUB_API int mub_btree_find(const mub_btree *tree, const void *key, int64_t lengt
  * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the record goes back to its pool
- * @invalidates the record of the key, the links of its neighbours, key offsets, pointers to keys, and the
- *   tree's cursors
- * @cost O(keys): the key's bytes are cut out of the key stream and the offsets after them lowered, in one
- *   pass over memory if the tree owns its node pool
+ * @invalidates the record of the key, the links of its neighbours, the offsets of keys inserted later,
+ *   pointers to keys, and the tree's cursors
+ * @cost O(keys): the key's bytes are cut out of the key stream and the offsets after them lowered;
+ *   sequentially over memory if the tree owns its node pool and that holds nothing else, else along the
+ *   leaves
  * @bounds key[length]
  * @nullable key
  */
@@ -280,8 +283,9 @@ MUB_API uint64_t mub_btree_remove(mub_btree *tree, const void *key, int64_t leng
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries and records go back to their pools; values are not released
+ * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner entries and records go back to their pools, and value blocks of an owned value pool are released
+ *   with it; other values stay the caller's
  * @invalidates all records and entries, pointers to keys, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
@@ -295,7 +299,7 @@ MUB_API mub_btree *mub_btree_remove_all(mub_btree *tree);
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries and
  *   records go back to their pools
  * @invalidates all records and entries, pointers to keys, and the tree's cursors
@@ -354,7 +358,7 @@ MUB_API mub_btree_node *mub_btree_node_get(const mub_btree *tree, const void *ke
 MUB_API mub_btree_node *mub_btree_node_find(const mub_btree *tree, const void *key, int64_t length);
 
 /**
- * Finds the record of a key, or the nearest one: the first above the key in the leaf that would hold it, else
+ * Finds the record of a key, or one near it: the first above the key in the leaf that would hold it, else
  * that leaf's last.
  *
  * A key above all keys gives the greatest record.
@@ -394,7 +398,7 @@ MUB_API mub_btree_node *mub_btree_node_first(const mub_btree *tree);
 MUB_API mub_btree_node *mub_btree_node_last(const mub_btree *tree);
 
 /**
- * Finds the record after another one, whatever was removed since.
+ * Finds the record after another one, whatever was removed before.
  *
  * For a walk, a cursor is faster.
  *
@@ -408,7 +412,7 @@ MUB_API mub_btree_node *mub_btree_node_last(const mub_btree *tree);
 MUB_API mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btree_node *node);
 
 /**
- * Finds the record before another one, whatever was removed since.
+ * Finds the record before another one, whatever was removed before.
  *
  * For a walk, a cursor is faster.
  *
@@ -424,8 +428,8 @@ MUB_API mub_btree_node *mub_btree_node_prev(const mub_btree *tree, const mub_btr
 /**
  * Starts a walk at the record with the least key.
  *
- * @param[in,out] cursor  overwritten
- * @param[in] tree        the tree
+ * @param[out] cursor  receives the position
+ * @param[in] tree     the tree
  * @return the record
  * @failure NULL if the tree is empty
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
@@ -437,8 +441,8 @@ MUB_API mub_btree_node *mub_btree_cursor_first(mub_btree_cursor *cursor, const m
 /**
  * Starts a walk at the record with the greatest key.
  *
- * @param[in,out] cursor  overwritten
- * @param[in] tree        the tree
+ * @param[out] cursor  receives the position
+ * @param[in] tree     the tree
  * @return the record
  * @failure NULL if the tree is empty
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
@@ -450,10 +454,10 @@ MUB_API mub_btree_node *mub_btree_cursor_last(mub_btree_cursor *cursor, const mu
 /**
  * Starts a walk at the first record whose key is not less than a key.
  *
- * @param[in,out] cursor  overwritten
- * @param[in] tree        the tree
- * @param[in] key         the bytes of the key; NULL is the empty key
- * @param[in] length      bytes of the key; negative: up to its first NUL
+ * @param[out] cursor  receives the position
+ * @param[in] tree     the tree
+ * @param[in] key      the bytes of the key; NULL is the empty key
+ * @param[in] length   bytes of the key; negative: up to its first NUL
  * @return the record
  * @failure NULL if all keys are less; the cursor is then after the last record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
@@ -540,17 +544,18 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
 /**
  * Copies a tree.
  *
- * With owned pools, entries, records and value blocks keep their places in the copied pools, and addresses
- * are translated. A value that is no block of the value pool becomes 0, and so do all values if the
- * destination has no value pool of its own. An external pool is shared with the clone: it gets fresh blocks
- * from it, values are copied as words, and the destination gives up its own pool. The `prev` and `next` links
- * of the copied records still point into the source: walk a clone with a cursor. The destination's `nocase`
- * is unchanged. `source_user_pool` and `destination_user_pool` are given together with `callback`, or both
- * are NULL.
+ * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
+ * their places, and addresses are translated. A value that does not point into the value pool becomes 0, and
+ * so do all values if the destination has no value pool of its own. External pools are shared, and the
+ * destination gives up its own: entries and records are copied to fresh blocks of external pools, and values
+ * are copied as words if the source owns no value pool, so that both trees refer to the same blocks. The
+ * `prev` and `next` links of the copied records still point into the source: walk a clone with a cursor. The
+ * destination's `nocase` is unchanged. A user pool is cloned only if both user pools and `callback` are
+ * given.
  *
  * @param[in] source                     the tree to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
+ *                                       is none
  * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
@@ -558,16 +563,18 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  *                                       pool; NULL: not called
  * @return the number of keys
  * @failure 0 if memory ran out; the destination is empty then
- * @owner the copy belongs to the destination; external pools are shared by both trees
+ * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
+ *   trees
  * @invalidates all records and entries of the destination, pointers to its keys, and its cursors
- * @cost O(keys)
+ * @cost O(keys), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub_btree *destination,
                                 mub_pool *destination_user_pool, mub_clone_fn callback);
 
 /**
- * Makes a block an empty leaf: key 0/0, no parent, room for 32 children, no pool for the children.
+ * Makes a block an empty leaf: key offset and length 0, no parent, room for 32 children, no pool for the
+ * children.
  *
  * @param[out] entry  the block
  * @failure the leaf has no room for children if memory runs out
@@ -662,7 +669,7 @@ MUB_API int mub_btree_node_compare(const mub_btree *tree, const mub_btree_node *
 MUB_API void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Points the children of an entry of level 1 or more at it.
+ * Makes an entry of level 1 or more the parent of its children.
  *
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
@@ -672,8 +679,8 @@ MUB_API void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry);
 MUB_API void mub_btree_set_parent(mub_btree_entry *entry);
 
 /**
- * Links a record of a leaf with its neighbours: with the one after it in the leaf and that one's `prev`, or,
- * for the last record, with the one before it and that one's `next`.
+ * Links a record of a leaf with its neighbours: with the one after it in the leaf and the `prev` of that one,
+ * or, if it is the last, with the one before it and the `next` of that one.
  *
  * These links are followed as they are and must not be stale. A record alone in its leaf is unchanged.
  *
@@ -697,11 +704,11 @@ MUB_API void mub_btree_set_next(mub_btree_entry *leaf, int64_t index);
 MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Moves the upper half of an entry's children to a new entry of the same level and parent, which the parent
- * does not hold yet.
+ * Moves the upper half of an entry's children to a new entry of the same level and parent, which is not yet
+ * among the children of the parent.
  *
- * Both take the keys of their last children. With fewer than two children, one half stays empty and keeps its
- * key; searches, mub_btree_cursor_seek() and mub_btree_node_next() may end there.
+ * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
+ * its key: a search may end there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -714,14 +721,14 @@ MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
 MUB_API mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Moves the upper half of a leaf's children to a new leaf of the same level and parent, which the parent does
- * not hold yet.
+ * Moves the upper half of a leaf's records to a new leaf of the same parent, which is not yet among the
+ * children of the parent.
  *
- * Both take the keys of their last children. With fewer than two children, one half stays empty and keeps its
- * key; searches, mub_btree_cursor_seek() and mub_btree_node_next() may end there.
+ * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
+ * its key: a search may end there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
- * @param[in,out] entry  an entry of the tree: a leaf or an inner node
+ * @param[in,out] entry  a leaf of the tree
  * @return the new leaf
  * @failure NULL if memory ran out; nothing is moved then
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
@@ -732,10 +739,10 @@ MUB_API mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *
 
 /**
  * Splits an entry and inserts the new half after it in the parent, splitting the parent in turn if it then
- * holds more than 31.
+ * holds more than 31 children.
  *
- * Splitting the root moves its children to two new entries below it. With fewer than two children, one half
- * stays empty, as after mub_btree_split_entry().
+ * Splitting the root moves its children to two new entries below it. With fewer than two children, the lower
+ * half is empty, as after mub_btree_split_entry().
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -790,9 +797,10 @@ MUB_API int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const voi
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @param[in] offset     where the bytes were: keys at or after it move, an empty key only after it
+ * @param[in] offset     where the bytes were: keys from there on move, but not an empty key at this very
+ *                       offset
  * @param[in] length     how many there were
- * @invalidates nothing
+ * @invalidates the offsets that it lowers
  * @cost O(keys below)
  * @level low
  */
@@ -805,8 +813,8 @@ MUB_API void mub_btree_adjust_t(mub_btree *tree, mub_btree_entry *entry, uint32_
  * The root stays; emptied, it is a leaf again.
  *
  * @param[in,out] tree   the tree
- * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @param[in,out] entry  an empty entry of the tree
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner the entry goes back to its pool
  * @invalidates the entry, and the tree's cursors
  * @cost O(log n)
@@ -817,11 +825,11 @@ MUB_API void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry);
 /**
  * Releases the tables of children of an entry and of all entries below it.
  *
- * Records and the entries below it go back to external pools. Count, keys and levels are unchanged.
+ * Records and entries below it go back to external pools. Count, keys and levels are unchanged.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner what is below the entry goes back to external pools; in owned pools it stays until they are emptied
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
@@ -837,7 +845,7 @@ MUB_API void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry)
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] release    called with every value that is not 0, in key order; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; then as for
  *   mub_btree_remove_all_entry()
  * @invalidates the records and entries below, and the tree's cursors
@@ -857,7 +865,8 @@ MUB_API void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, m
  * @param[in] source                 the tree to copy; it does not change
  * @param[in] source_entry           the entry to copy from
  * @param[in,out] destination        the tree to copy to
- * @param[in,out] destination_entry  an entry without children; receives the level and the key
+ * @param[in,out] destination_entry  an entry of `destination` without children; receives the level and the
+ *                                   key
  * @return 1
  * @failure 0 if memory ran out; the entry is empty then
  * @owner the copies belong to the destination; values are copied as words
@@ -873,10 +882,9 @@ MUB_API int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry
 /**
  * @defgroup btreed mub_btreed: an ordered map from 32-bit numbers to 64-bit values
  *
- * An ordered map whose keys are 32-bit numbers. `key_type` says how the 32 bits of a key order: 1 signed, 2
- * unsigned, 5 floating point. All other types make every key equal to every other, so that only the first can
- * be inserted. A floating-point key is passed as its bits. One that is not a number is equal to whatever it
- * is compared with.
+ * An ordered map whose keys are 32-bit numbers. `key_type` says how keys compare: 1 as signed numbers, 2 as
+ * unsigned ones, 5 as floating-point ones. Any other type makes all keys equal, so that only one can be
+ * inserted. A floating-point key is passed as its bits. A NaN compares equal to every key: do not insert one.
  *
  * @{
  */
@@ -949,8 +957,9 @@ MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int own_entry_pool, int ow
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner what the tree owns is released; values and external pools stay the caller's
+ * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
+ *   pools stay the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries), and one release per chunk of the pools; O(keys) with an external node pool
  */
@@ -976,7 +985,7 @@ MUB_API int mub_btreed_insert(mub_btreed *tree, uint32_t key, uint64_t value);
  * @param[in,out] tree    the tree
  * @param[in] key         the key
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, which the record already holds and `value_out` not yet;
+ * @param[in] init        called with the new block, when the record holds it but `value_out` does not yet;
  *                        NULL: not called
  * @return 1 if the key is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
@@ -1031,7 +1040,7 @@ MUB_API int mub_btreed_find(const mub_btreed *tree, uint32_t key);
  * @param[in,out] tree  the tree
  * @param[in] key       the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the record goes back to its pool
  * @invalidates the record of the key, the links of its neighbours, and the tree's cursors
@@ -1046,8 +1055,9 @@ MUB_API uint64_t mub_btreed_remove(mub_btreed *tree, uint32_t key);
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries and records go back to their pools; values are not released
+ * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner entries and records go back to their pools, and value blocks of an owned value pool are released
+ *   with it; other values stay the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
@@ -1061,7 +1071,7 @@ MUB_API mub_btreed *mub_btreed_remove_all(mub_btreed *tree);
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries and
  *   records go back to their pools
  * @invalidates all records and entries, and the tree's cursors
@@ -1111,7 +1121,7 @@ MUB_API mub_btreed_node *mub_btreed_node_get(const mub_btreed *tree, uint32_t ke
 MUB_API mub_btreed_node *mub_btreed_node_find(const mub_btreed *tree, uint32_t key);
 
 /**
- * Finds the record of a key, or the nearest one: the first above the key in the leaf that would hold it, else
+ * Finds the record of a key, or one near it: the first above the key in the leaf that would hold it, else
  * that leaf's last.
  *
  * A key above all keys gives the greatest record.
@@ -1148,7 +1158,7 @@ MUB_API mub_btreed_node *mub_btreed_node_first(const mub_btreed *tree);
 MUB_API mub_btreed_node *mub_btreed_node_last(const mub_btreed *tree);
 
 /**
- * Finds the record after another one, whatever was removed since.
+ * Finds the record after another one, whatever was removed before.
  *
  * For a walk, a cursor is faster.
  *
@@ -1162,7 +1172,7 @@ MUB_API mub_btreed_node *mub_btreed_node_last(const mub_btreed *tree);
 MUB_API mub_btreed_node *mub_btreed_node_next(const mub_btreed *tree, const mub_btreed_node *node);
 
 /**
- * Finds the record before another one, whatever was removed since.
+ * Finds the record before another one, whatever was removed before.
  *
  * For a walk, a cursor is faster.
  *
@@ -1178,8 +1188,8 @@ MUB_API mub_btreed_node *mub_btreed_node_prev(const mub_btreed *tree, const mub_
 /**
  * Starts a walk at the record with the least key.
  *
- * @param[in,out] cursor  overwritten
- * @param[in] tree        the tree
+ * @param[out] cursor  receives the position
+ * @param[in] tree     the tree
  * @return the record
  * @failure NULL if the tree is empty
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
@@ -1191,8 +1201,8 @@ MUB_API mub_btreed_node *mub_btreed_cursor_first(mub_btreed_cursor *cursor, cons
 /**
  * Starts a walk at the record with the greatest key.
  *
- * @param[in,out] cursor  overwritten
- * @param[in] tree        the tree
+ * @param[out] cursor  receives the position
+ * @param[in] tree     the tree
  * @return the record
  * @failure NULL if the tree is empty
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
@@ -1204,9 +1214,9 @@ MUB_API mub_btreed_node *mub_btreed_cursor_last(mub_btreed_cursor *cursor, const
 /**
  * Starts a walk at the first record whose key is not less than a key.
  *
- * @param[in,out] cursor  overwritten
- * @param[in] tree        the tree
- * @param[in] key         the key
+ * @param[out] cursor  receives the position
+ * @param[in] tree     the tree
+ * @param[in] key      the key
  * @return the record
  * @failure NULL if all keys are less; the cursor is then after the last record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
@@ -1291,17 +1301,18 @@ MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
 /**
  * Copies a tree.
  *
- * With owned pools, entries, records and value blocks keep their places in the copied pools, and addresses
- * are translated. A value that is no block of the value pool becomes 0, and so do all values if the
- * destination has no value pool of its own. An external pool is shared with the clone: it gets fresh blocks
- * from it, values are copied as words, and the destination gives up its own pool. The `prev` and `next` links
- * of the copied records still point into the source: walk a clone with a cursor. The destination's `key_type`
- * is unchanged. `source_user_pool` and `destination_user_pool` are given together with `callback`, or both
- * are NULL.
+ * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
+ * their places, and addresses are translated. A value that does not point into the value pool becomes 0, and
+ * so do all values if the destination has no value pool of its own. External pools are shared, and the
+ * destination gives up its own: entries and records are copied to fresh blocks of external pools, and values
+ * are copied as words if the source owns no value pool, so that both trees refer to the same blocks. The
+ * `prev` and `next` links of the copied records still point into the source: walk a clone with a cursor. The
+ * destination's `key_type` is unchanged. A user pool is cloned only if both user pools and `callback` are
+ * given.
  *
  * @param[in] source                     the tree to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
+ *                                       is none
  * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
@@ -1309,9 +1320,10 @@ MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
  *                                       pool; NULL: not called
  * @return the number of keys
  * @failure 0 if memory ran out; the destination is empty then
- * @owner the copy belongs to the destination; external pools are shared by both trees
+ * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
+ *   trees
  * @invalidates all records and entries of the destination, and its cursors
- * @cost O(keys)
+ * @cost O(keys), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user_pool,
@@ -1323,8 +1335,7 @@ MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user
  *
  * @param[in] a         the address of a key, or of a record that begins with one; it needs no alignment
  * @param[in] b         the address of the other
- * @param[in] key_type  how the bits of a key order, as in the tree's field; any other type makes all keys
- *                      equal
+ * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -1335,8 +1346,7 @@ MUB_API int mub_btreed_var_compare(const void *a, const void *b, uint32_t key_ty
  *
  * @param[in] entry     an entry of the tree: a leaf or an inner node
  * @param[in] key       the address of a key; it needs no alignment
- * @param[in] key_type  how the bits of a key order, as in the tree's field; any other type makes all keys
- *                      equal
+ * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -1347,8 +1357,7 @@ MUB_API int mub_btreed_entry_compare(const mub_btreed_entry *entry, const void *
  *
  * @param[in] a         one entry
  * @param[in] b         the other entry
- * @param[in] key_type  how the bits of a key order, as in the tree's field; any other type makes all keys
- *                      equal
+ * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -1360,8 +1369,7 @@ MUB_API int mub_btreed_entrys_compare(const mub_btreed_entry *a, const mub_btree
  *
  * @param[in] node      a record of the tree
  * @param[in] key       the address of a key; it needs no alignment
- * @param[in] key_type  how the bits of a key order, as in the tree's field; any other type makes all keys
- *                      equal
+ * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -1414,7 +1422,7 @@ MUB_API void mub_btreed_node_init(mub_btreed_node *node);
 MUB_API void mub_btreed_set_name(const mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Points the children of an entry of level 1 or more at it.
+ * Makes an entry of level 1 or more the parent of its children.
  *
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
@@ -1424,8 +1432,8 @@ MUB_API void mub_btreed_set_name(const mub_btreed *tree, mub_btreed_entry *entry
 MUB_API void mub_btreed_set_parent(mub_btreed_entry *entry);
 
 /**
- * Links a record of a leaf with its neighbours: with the one after it in the leaf and that one's `prev`, or,
- * for the last record, with the one before it and that one's `next`.
+ * Links a record of a leaf with its neighbours: with the one after it in the leaf and the `prev` of that one,
+ * or, if it is the last, with the one before it and the `next` of that one.
  *
  * These links are followed as they are and must not be stale. A record alone in its leaf is unchanged.
  *
@@ -1449,11 +1457,11 @@ MUB_API void mub_btreed_set_next(mub_btreed_entry *leaf, int64_t index);
 MUB_API void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Moves the upper half of an entry's children to a new entry of the same level and parent, which the parent
- * does not hold yet.
+ * Moves the upper half of an entry's children to a new entry of the same level and parent, which is not yet
+ * among the children of the parent.
  *
- * Both take the keys of their last children. With fewer than two children, one half stays empty and keeps its
- * key; searches, mub_btreed_cursor_seek() and mub_btreed_node_next() may end there.
+ * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
+ * its key: a search may end there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1466,14 +1474,14 @@ MUB_API void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry
 MUB_API mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Moves the upper half of a leaf's children to a new leaf of the same level and parent, which the parent does
- * not hold yet.
+ * Moves the upper half of a leaf's records to a new leaf of the same parent, which is not yet among the
+ * children of the parent.
  *
- * Both take the keys of their last children. With fewer than two children, one half stays empty and keeps its
- * key; searches, mub_btreed_cursor_seek() and mub_btreed_node_next() may end there.
+ * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
+ * its key: a search may end there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
- * @param[in,out] entry  an entry of the tree: a leaf or an inner node
+ * @param[in,out] entry  a leaf of the tree
  * @return the new leaf
  * @failure NULL if memory ran out; nothing is moved then
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
@@ -1484,10 +1492,10 @@ MUB_API mub_btreed_entry *mub_btreed_split_node(mub_btreed *tree, mub_btreed_ent
 
 /**
  * Splits an entry and inserts the new half after it in the parent, splitting the parent in turn if it then
- * holds more than 31.
+ * holds more than 31 children.
  *
- * Splitting the root moves its children to two new entries below it. With fewer than two children, one half
- * stays empty, as after mub_btreed_split_entry().
+ * Splitting the root moves its children to two new entries below it. With fewer than two children, the lower
+ * half is empty, as after mub_btreed_split_entry().
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1536,8 +1544,8 @@ MUB_API int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32
  * The root stays; emptied, it is a leaf again.
  *
  * @param[in,out] tree   the tree
- * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @param[in,out] entry  an empty entry of the tree
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner the entry goes back to its pool
  * @invalidates the entry, and the tree's cursors
  * @cost O(log n)
@@ -1548,11 +1556,11 @@ MUB_API void mub_btreed_remove_entry_t(mub_btreed *tree, mub_btreed_entry *entry
 /**
  * Releases the tables of children of an entry and of all entries below it.
  *
- * Records and the entries below it go back to external pools. Count, keys and levels are unchanged.
+ * Records and entries below it go back to external pools. Count, keys and levels are unchanged.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner what is below the entry goes back to external pools; in owned pools it stays until they are emptied
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
@@ -1568,7 +1576,7 @@ MUB_API void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *ent
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] release    called with every value that is not 0, in key order; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; then as for
  *   mub_btreed_remove_all_entry()
  * @invalidates the records and entries below, and the tree's cursors
@@ -1587,7 +1595,8 @@ MUB_API void mub_btreed_free_all_entry(mub_btreed *tree, mub_btreed_entry *entry
  * @param[in] source                 the tree to copy; it does not change
  * @param[in] source_entry           the entry to copy from
  * @param[in,out] destination        the tree to copy to
- * @param[in,out] destination_entry  an entry without children; receives the level and the key
+ * @param[in,out] destination_entry  an entry of `destination` without children; receives the level and the
+ *                                   key
  * @return 1
  * @failure 0 if memory ran out; the entry is empty then
  * @owner the copies belong to the destination; values are copied as words
@@ -1603,8 +1612,8 @@ MUB_API int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_en
 /**
  * @defgroup btreex mub_btreex: an ordered map from 64-bit numbers to 64-bit values
  *
- * An ordered map whose keys are 64-bit numbers. `key_type` says how the 64 bits of a key order: 3 signed, 4
- * unsigned, 6 floating point. All else is as for mub_btreed.
+ * An ordered map whose keys are 64-bit numbers. `key_type` says how keys compare: 3 as signed numbers, 4 as
+ * unsigned ones, 6 as floating-point ones. All else is as for mub_btreed.
  *
  * @{
  */
@@ -1677,8 +1686,9 @@ MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int own_entry_pool, int ow
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner what the tree owns is released; values and external pools stay the caller's
+ * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
+ *   pools stay the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries), and one release per chunk of the pools; O(keys) with an external node pool
  */
@@ -1704,7 +1714,7 @@ MUB_API int mub_btreex_insert(mub_btreex *tree, uint64_t key, uint64_t value);
  * @param[in,out] tree    the tree
  * @param[in] key         the key
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, which the record already holds and `value_out` not yet;
+ * @param[in] init        called with the new block, when the record holds it but `value_out` does not yet;
  *                        NULL: not called
  * @return 1 if the key is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
@@ -1759,7 +1769,7 @@ MUB_API int mub_btreex_find(const mub_btreex *tree, uint64_t key);
  * @param[in,out] tree  the tree
  * @param[in] key       the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the record goes back to its pool
  * @invalidates the record of the key, the links of its neighbours, and the tree's cursors
@@ -1774,8 +1784,9 @@ MUB_API uint64_t mub_btreex_remove(mub_btreex *tree, uint64_t key);
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries and records go back to their pools; values are not released
+ * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @owner entries and records go back to their pools, and value blocks of an owned value pool are released
+ *   with it; other values stay the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
@@ -1789,7 +1800,7 @@ MUB_API mub_btreex *mub_btreex_remove_all(mub_btreex *tree);
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries and
  *   records go back to their pools
  * @invalidates all records and entries, and the tree's cursors
@@ -1839,7 +1850,7 @@ MUB_API mub_btreex_node *mub_btreex_node_get(const mub_btreex *tree, uint64_t ke
 MUB_API mub_btreex_node *mub_btreex_node_find(const mub_btreex *tree, uint64_t key);
 
 /**
- * Finds the record of a key, or the nearest one: the first above the key in the leaf that would hold it, else
+ * Finds the record of a key, or one near it: the first above the key in the leaf that would hold it, else
  * that leaf's last.
  *
  * A key above all keys gives the greatest record.
@@ -1876,7 +1887,7 @@ MUB_API mub_btreex_node *mub_btreex_node_first(const mub_btreex *tree);
 MUB_API mub_btreex_node *mub_btreex_node_last(const mub_btreex *tree);
 
 /**
- * Finds the record after another one, whatever was removed since.
+ * Finds the record after another one, whatever was removed before.
  *
  * For a walk, a cursor is faster.
  *
@@ -1890,7 +1901,7 @@ MUB_API mub_btreex_node *mub_btreex_node_last(const mub_btreex *tree);
 MUB_API mub_btreex_node *mub_btreex_node_next(const mub_btreex *tree, const mub_btreex_node *node);
 
 /**
- * Finds the record before another one, whatever was removed since.
+ * Finds the record before another one, whatever was removed before.
  *
  * For a walk, a cursor is faster.
  *
@@ -1906,8 +1917,8 @@ MUB_API mub_btreex_node *mub_btreex_node_prev(const mub_btreex *tree, const mub_
 /**
  * Starts a walk at the record with the least key.
  *
- * @param[in,out] cursor  overwritten
- * @param[in] tree        the tree
+ * @param[out] cursor  receives the position
+ * @param[in] tree     the tree
  * @return the record
  * @failure NULL if the tree is empty
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
@@ -1919,8 +1930,8 @@ MUB_API mub_btreex_node *mub_btreex_cursor_first(mub_btreex_cursor *cursor, cons
 /**
  * Starts a walk at the record with the greatest key.
  *
- * @param[in,out] cursor  overwritten
- * @param[in] tree        the tree
+ * @param[out] cursor  receives the position
+ * @param[in] tree     the tree
  * @return the record
  * @failure NULL if the tree is empty
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
@@ -1932,9 +1943,9 @@ MUB_API mub_btreex_node *mub_btreex_cursor_last(mub_btreex_cursor *cursor, const
 /**
  * Starts a walk at the first record whose key is not less than a key.
  *
- * @param[in,out] cursor  overwritten
- * @param[in] tree        the tree
- * @param[in] key         the key
+ * @param[out] cursor  receives the position
+ * @param[in] tree     the tree
+ * @param[in] key      the key
  * @return the record
  * @failure NULL if all keys are less; the cursor is then after the last record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
@@ -2019,17 +2030,18 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
 /**
  * Copies a tree.
  *
- * With owned pools, entries, records and value blocks keep their places in the copied pools, and addresses
- * are translated. A value that is no block of the value pool becomes 0, and so do all values if the
- * destination has no value pool of its own. An external pool is shared with the clone: it gets fresh blocks
- * from it, values are copied as words, and the destination gives up its own pool. The `prev` and `next` links
- * of the copied records still point into the source: walk a clone with a cursor. The destination's `key_type`
- * is unchanged. `source_user_pool` and `destination_user_pool` are given together with `callback`, or both
- * are NULL.
+ * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
+ * their places, and addresses are translated. A value that does not point into the value pool becomes 0, and
+ * so do all values if the destination has no value pool of its own. External pools are shared, and the
+ * destination gives up its own: entries and records are copied to fresh blocks of external pools, and values
+ * are copied as words if the source owns no value pool, so that both trees refer to the same blocks. The
+ * `prev` and `next` links of the copied records still point into the source: walk a clone with a cursor. The
+ * destination's `key_type` is unchanged. A user pool is cloned only if both user pools and `callback` are
+ * given.
  *
  * @param[in] source                     the tree to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
+ *                                       is none
  * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
@@ -2037,9 +2049,10 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
  *                                       pool; NULL: not called
  * @return the number of keys
  * @failure 0 if memory ran out; the destination is empty then
- * @owner the copy belongs to the destination; external pools are shared by both trees
+ * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
+ *   trees
  * @invalidates all records and entries of the destination, and its cursors
- * @cost O(keys)
+ * @cost O(keys), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user_pool,
@@ -2051,8 +2064,7 @@ MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user
  *
  * @param[in] a         the address of a key, or of a record that begins with one; it needs no alignment
  * @param[in] b         the address of the other
- * @param[in] key_type  how the bits of a key order, as in the tree's field; any other type makes all keys
- *                      equal
+ * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -2062,9 +2074,8 @@ MUB_API int mub_btreex_var_compare(const void *a, const void *b, uint32_t key_ty
  * Orders an entry's key against the key at an address.
  *
  * @param[in] entry     an entry of the tree: a leaf or an inner node
- * @param[in] key       the key
- * @param[in] key_type  how the bits of a key order, as in the tree's field; any other type makes all keys
- *                      equal
+ * @param[in] key       the address of a key; it needs no alignment
+ * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -2075,8 +2086,7 @@ MUB_API int mub_btreex_entry_compare(const mub_btreex_entry *entry, const void *
  *
  * @param[in] a         one entry
  * @param[in] b         the other entry
- * @param[in] key_type  how the bits of a key order, as in the tree's field; any other type makes all keys
- *                      equal
+ * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -2087,9 +2097,8 @@ MUB_API int mub_btreex_entrys_compare(const mub_btreex_entry *a, const mub_btree
  * Orders a record's key against the key at an address.
  *
  * @param[in] node      a record of the tree
- * @param[in] key       the key
- * @param[in] key_type  how the bits of a key order, as in the tree's field; any other type makes all keys
- *                      equal
+ * @param[in] key       the address of a key; it needs no alignment
+ * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -2142,7 +2151,7 @@ MUB_API void mub_btreex_node_init(mub_btreex_node *node);
 MUB_API void mub_btreex_set_name(const mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Points the children of an entry of level 1 or more at it.
+ * Makes an entry of level 1 or more the parent of its children.
  *
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
@@ -2152,8 +2161,8 @@ MUB_API void mub_btreex_set_name(const mub_btreex *tree, mub_btreex_entry *entry
 MUB_API void mub_btreex_set_parent(mub_btreex_entry *entry);
 
 /**
- * Links a record of a leaf with its neighbours: with the one after it in the leaf and that one's `prev`, or,
- * for the last record, with the one before it and that one's `next`.
+ * Links a record of a leaf with its neighbours: with the one after it in the leaf and the `prev` of that one,
+ * or, if it is the last, with the one before it and the `next` of that one.
  *
  * These links are followed as they are and must not be stale. A record alone in its leaf is unchanged.
  *
@@ -2177,11 +2186,11 @@ MUB_API void mub_btreex_set_next(mub_btreex_entry *leaf, int64_t index);
 MUB_API void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Moves the upper half of an entry's children to a new entry of the same level and parent, which the parent
- * does not hold yet.
+ * Moves the upper half of an entry's children to a new entry of the same level and parent, which is not yet
+ * among the children of the parent.
  *
- * Both take the keys of their last children. With fewer than two children, one half stays empty and keeps its
- * key; searches, mub_btreex_cursor_seek() and mub_btreex_node_next() may end there.
+ * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
+ * its key: a search may end there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -2194,14 +2203,14 @@ MUB_API void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry
 MUB_API mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Moves the upper half of a leaf's children to a new leaf of the same level and parent, which the parent does
- * not hold yet.
+ * Moves the upper half of a leaf's records to a new leaf of the same parent, which is not yet among the
+ * children of the parent.
  *
- * Both take the keys of their last children. With fewer than two children, one half stays empty and keeps its
- * key; searches, mub_btreex_cursor_seek() and mub_btreex_node_next() may end there.
+ * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
+ * its key: a search may end there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
- * @param[in,out] entry  an entry of the tree: a leaf or an inner node
+ * @param[in,out] entry  a leaf of the tree
  * @return the new leaf
  * @failure NULL if memory ran out; nothing is moved then
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
@@ -2212,10 +2221,10 @@ MUB_API mub_btreex_entry *mub_btreex_split_node(mub_btreex *tree, mub_btreex_ent
 
 /**
  * Splits an entry and inserts the new half after it in the parent, splitting the parent in turn if it then
- * holds more than 31.
+ * holds more than 31 children.
  *
- * Splitting the root moves its children to two new entries below it. With fewer than two children, one half
- * stays empty, as after mub_btreex_split_entry().
+ * Splitting the root moves its children to two new entries below it. With fewer than two children, the lower
+ * half is empty, as after mub_btreex_split_entry().
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -2264,8 +2273,8 @@ MUB_API int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64
  * The root stays; emptied, it is a leaf again.
  *
  * @param[in,out] tree   the tree
- * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @param[in,out] entry  an empty entry of the tree
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner the entry goes back to its pool
  * @invalidates the entry, and the tree's cursors
  * @cost O(log n)
@@ -2276,11 +2285,11 @@ MUB_API void mub_btreex_remove_entry_t(mub_btreex *tree, mub_btreex_entry *entry
 /**
  * Releases the tables of children of an entry and of all entries below it.
  *
- * Records and the entries below it go back to external pools. Count, keys and levels are unchanged.
+ * Records and entries below it go back to external pools. Count, keys and levels are unchanged.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner what is below the entry goes back to external pools; in owned pools it stays until they are emptied
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
@@ -2296,7 +2305,7 @@ MUB_API void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *ent
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] release    called with every value that is not 0, in key order; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
+ * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; then as for
  *   mub_btreex_remove_all_entry()
  * @invalidates the records and entries below, and the tree's cursors
@@ -2315,7 +2324,8 @@ MUB_API void mub_btreex_free_all_entry(mub_btreex *tree, mub_btreex_entry *entry
  * @param[in] source                 the tree to copy; it does not change
  * @param[in] source_entry           the entry to copy from
  * @param[in,out] destination        the tree to copy to
- * @param[in,out] destination_entry  an entry without children; receives the level and the key
+ * @param[in,out] destination_entry  an entry of `destination` without children; receives the level and the
+ *                                   key
  * @return 1
  * @failure 0 if memory ran out; the entry is empty then
  * @owner the copies belong to the destination; values are copied as words

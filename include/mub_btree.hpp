@@ -114,7 +114,7 @@ struct btree_life {
   }
 };
 
-// Goes in key order; the end has no node, and the step back from it leads to the last.
+// Goes in key order; the end iterator has no record, and a step back from it leads to the last one.
 template <class Traits, class Value>
 class btree_iterator : public walker<btree_iterator<Traits, Value>, item<typename Traits::key_type, Value>,
                                      std::bidirectional_iterator_tag> {
@@ -157,8 +157,8 @@ class btree_iterator : public walker<btree_iterator<Traits, Value>, item<typenam
 }  // namespace detail
 
 /**
- * An ordered map; see mub_btree. Its entries are the records, mub_btree_node. Moving a tree allocates the
- * small table that the root of an empty one has. Iterators hold a cursor: they are valid until the tree
+ * An ordered map; see mub_btree. Its entries are the records, mub_btree_node. Moving a tree allocates a small
+ * table for the root of the tree that is left empty. Iterators hold a cursor: they are valid until the tree
  * changes.
  */
 template <class Traits>
@@ -177,11 +177,11 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   /** With pools of its own for entries and records. */
   basic_btree() noexcept : basic_btree(true, true, false) {}
 
-  /** With pools of its own, or without; see mub_btree_init(). */
+  /** With the pools of its own that the flags ask for; see mub_btree_init(). */
   basic_btree(bool own_entry_pool, bool own_node_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_node_pool, own_value_pool) {}
 
-  /** With a value pool, too. */
+  /** With pools of its own for entries, records and values. */
   explicit basic_btree(value_blocks values) noexcept : basic_btree(true, true, true) {
     detail::set_block_size(c()->value_pool, values.size);
   }
@@ -194,7 +194,7 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
     c()->value_pool = values;
   }
 
-  /** A copy, made by mub_btree_clone() without external pools. */
+  /** A copy, made by mub_btree_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] basic_btree clone(mub_clone_fn adjust = nullptr) const {
     basic_btree copy(c()->owns_entry_pool != 0, c()->owns_node_pool != 0, c()->owns_value_pool != 0);
     detail::copy_setting(c(), copy.c(), Traits::setting);
@@ -202,17 +202,17 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
     return copy;
   }
 
-  /** A record near a key; the end in an empty tree. See mub_btree_node_bfind(). */
+  /** The record of a key or one near it; end() in an empty tree. See mub_btree_node_bfind(). */
   iterator nearest(key_type key) { return iterator_to(Traits::call(Traits::nearest, c(), key)); }
   const_iterator nearest(key_type key) const {
     return const_iterator::at(c(), Traits::call(Traits::nearest, c(), key));
   }
 
-  /** The first record whose key is not below a key; the end if there is none. */
+  /** The first record whose key is not less than a key; end() if there is none. */
   iterator lower_bound(key_type key) { return iterator::from(c(), key); }
   const_iterator lower_bound(key_type key) const { return const_iterator::from(c(), key); }
 
-  /** A walk from a record of this tree; the end for nullptr. */
+  /** An iterator at a record of this tree; end() for nullptr. */
   iterator iterator_to(entry_type *node) { return iterator::at(c(), node); }
 
   /** A walk over all records in key order; see mub_btree_cursor_first() and mub_btree_cursor_next(). */

@@ -91,7 +91,7 @@ typedef struct mub_hash {
   mub_pool *value_pool;
   /** 1: made by `_init`, released by `_term` */
   uint16_t owns_value_pool;
-  /** not 0: keys are equal if they are after tolower; set it before the first insertion */
+  /** not 0: keys compare as if passed through tolower; set it before the first insertion */
   int16_t nocase;
 } mub_hash;
 
