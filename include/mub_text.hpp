@@ -184,8 +184,8 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
   void right(std::int64_t count) { Traits::right(c(), count); }
 
   /**
-   * The index of the first occurrence of a unit at or after `start`; -1 if there is none. 0 is never found. See
-   * mub_string_find_char_pos().
+   * The index of the first occurrence of a unit at or after `start`; -1 if there is none. 0 is never found.
+   * See mub_string_find_char_pos().
    */
   std::int64_t find(unit_type unit, std::int64_t start = 0) const {
     return Traits::find_unit(c(), unit, start);
@@ -209,8 +209,10 @@ class string : public detail::buffer<string, detail::string_traits> {
   /** The content with a NUL after it; never nullptr. */
   const char *c_str() const noexcept { return c()->data != nullptr ? c()->data : ""; }
 
-  /** Makes a text the whole content. Returns false, and nothing changes, if memory ran out; see
-   * mub_string_copy(). */
+  /**
+   * Makes a text the whole content. Returns false, and nothing changes, if memory ran out; see
+   * mub_string_copy().
+   */
   [[nodiscard]] bool assign(std::string_view text) {
     return mub_string_copy(c(), text.data(), length(text)) != 0;
   }
