@@ -8,7 +8,7 @@
  * Record.     c() is the record: pass it to the C functions that have no member here, read its fields, and
  *             set those that are yours to set (`nocase`, `descending`, `key_type`).
  * Copies.     Types move and do not copy; clone() makes a copy, which is empty if memory ran out. The copy
- *             has the settings above too.
+ *             has the same settings.
  * Moves.      Moving takes contents, pools and settings along; entries keep their addresses, except for the
  *             root of a tree, which lies in the record. A moved-from object is empty and without pools:
  *             look-ups find nothing, and a container whose entries lie in a pool refuses insertions, until it
@@ -24,7 +24,7 @@
  * Pools.      By default a container owns the pool of its entries and has none for values. value_blocks{n}
  *             gives it one with blocks of n bytes. External pools are passed to the constructors that take
  *             mub_pool pointers; they must outlive the container, whose destructor returns its entries to
- *             them. So do not return the entries before, as mub_hash_remove_all_entry() does. */
+ *             them. Do not return the entries earlier, for instance with mub_hash_remove_all_entry(). */
 #ifndef MUB_BASE_HPP
 #define MUB_BASE_HPP
 
@@ -82,8 +82,8 @@ struct set_value {
 namespace detail {
 
 /**
- * A record's life. `Life` has init(record, flags…) as the C function, release(record), and swap(record,
- * record), which exchanges the settings too; kBare, called on a record, initialises it without pools.
+ * Owns a record. `Life` has init(record, flags…) like the C function, bare(record), which initialises it
+ * without pools, release(record), and swap(record, record), which exchanges the settings too.
  */
 template <class Derived, class Life>
 class owner {
@@ -101,7 +101,7 @@ class owner {
   void swap(Derived &other) noexcept { Life::swap(&record_, other.c()); }
   friend void swap(Derived &a, Derived &b) noexcept { a.swap(b); }
 
-  /** Makes it as the default constructor does. */
+  /** Releases the contents and starts again as the default constructor does. */
   void reset() noexcept { static_cast<Derived &>(*this) = Derived(); }
 
  protected:
@@ -113,7 +113,7 @@ class owner {
     Life::bare(&record_);
     Life::swap(&record_, &other.record_);
   }
-  // By way of a third, so that assigning to itself keeps the contents.
+  // Through a third object, so that assigning an object to itself keeps its contents.
   owner &operator=(owner &&other) noexcept {
     owner taken(std::move(other));
     Life::swap(&record_, &taken.record_);
@@ -260,7 +260,7 @@ class keyed : public owner<Derived, Life> {
     return Traits::call(Traits::insert, c(), key, value) != 0;
   }
 
-  /** Replaces the value of a key that is present. Returns the previous one; 0 if it is absent. */
+  /** Replaces the value of a key that is present. Returns the previous value; 0 if the key is absent. */
   mapped_type update(key_type key, mapped_type value) {
     return Traits::call(Traits::update, c(), key, value);
   }
@@ -281,7 +281,7 @@ class keyed : public owner<Derived, Life> {
   using base::base;
 };
 
-/** What hash tables and B-trees have in common: their entries are in pools. */
+/** What hash tables and B-trees have in common: their entries lie in pools. */
 template <class Derived, class Life, class Traits>
 class map : public keyed<Derived, Life, Traits> {
   using base = keyed<Derived, Life, Traits>;

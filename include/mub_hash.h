@@ -206,8 +206,8 @@ MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk, if the buckets double; pointers to keys
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk, and pointers to keys
+ * @cost O(1) expected; doubles the buckets now and then
  * @bounds key[length]
  * @nullable key, init
  */
@@ -239,8 +239,8 @@ MUB_API uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t len
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk, if the buckets double; pointers to keys
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk, and pointers to keys
+ * @cost O(1) expected; doubles the buckets now and then
  * @bounds key[length]
  * @nullable key
  */
@@ -395,8 +395,8 @@ MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, if the buckets double; pointers to keys
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk, and pointers to keys
+ * @cost O(1) expected; doubles the buckets now and then
  * @bounds key[length]
  * @nullable key
  */
@@ -537,8 +537,8 @@ MUB_API void mub_hash_expand(mub_hash *hash);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, if the buckets double; pointers to keys
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk, and pointers to keys
+ * @cost O(1) expected; doubles the buckets now and then
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -720,8 +720,8 @@ MUB_API uint32_t mub_hashd_key(uint32_t key);
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
  * @nullable init
  */
 MUB_API int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, mub_init_fn init);
@@ -747,8 +747,8 @@ MUB_API uint64_t mub_hashd_get(const mub_hashd *table, uint32_t key);
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
  */
 MUB_API int mub_hashd_insert(mub_hashd *table, uint32_t key, uint64_t value);
 
@@ -884,8 +884,8 @@ MUB_API void mub_hashd_free_all_entry(mub_hashd *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
  */
 MUB_API int mub_hashd_entry_set(mub_hashd *table, uint32_t key, mub_hashd_entry **entry_out);
 
@@ -1002,8 +1002,8 @@ MUB_API void mub_hashd_expand(mub_hashd *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
  * @level low
  */
 MUB_API mub_hashd_entry *mub_hashd_insert_t(mub_hashd *table, uint32_t key, int *inserted_out);
@@ -1162,8 +1162,8 @@ MUB_API uint32_t mub_hashx_key(uint64_t key);
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
  * @nullable init
  */
 MUB_API int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, mub_init_fn init);
@@ -1189,8 +1189,8 @@ MUB_API uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key);
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
  */
 MUB_API int mub_hashx_insert(mub_hashx *table, uint64_t key, uint64_t value);
 
@@ -1326,8 +1326,8 @@ MUB_API void mub_hashx_free_all_entry(mub_hashx *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
  */
 MUB_API int mub_hashx_entry_set(mub_hashx *table, uint64_t key, mub_hashx_entry **entry_out);
 
@@ -1444,8 +1444,8 @@ MUB_API void mub_hashx_expand(mub_hashx *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @invalidates the bucket position of a running walk
+ * @cost O(1) expected; doubles the buckets now and then
  * @level low
  */
 MUB_API mub_hashx_entry *mub_hashx_insert_t(mub_hashx *table, uint64_t key, int *inserted_out);
@@ -1627,7 +1627,7 @@ MUB_API void mub_hasht_copy(uint32_t *destination, const uint32_t *source);
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
  * @invalidates the bucket numbers of entries, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @cost O(1) expected; doubles the buckets now and then
  * @bounds key[4]
  * @nullable init
  */
@@ -1656,7 +1656,7 @@ MUB_API uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key);
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is kept as it is; what it refers to stays the caller's
  * @invalidates the bucket numbers of entries, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @cost O(1) expected; doubles the buckets now and then
  * @bounds key[4]
  */
 MUB_API int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t value);
@@ -1798,7 +1798,7 @@ MUB_API void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release);
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
  * @invalidates the bucket numbers of entries, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @cost O(1) expected; doubles the buckets now and then
  * @bounds key[4]
  */
 MUB_API int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht_entry **entry_out);
@@ -1892,7 +1892,7 @@ MUB_API void mub_hasht_expand(mub_hasht *table);
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
  * @invalidates the bucket numbers of entries, if the buckets double
- * @cost O(1) expected; O(entries) if it doubles the buckets
+ * @cost O(1) expected; doubles the buckets now and then
  * @bounds key[4]
  * @level low
  */
