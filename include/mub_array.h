@@ -13,49 +13,56 @@
  *     mub_arrayt   [word][word][word][word]                   64-bit words, the first four in the record
  *                  tail    ──► [word][word] …
  *
- * **Growth.** A table grows by half its count, at least 8 and at most 65536 slots, or to what was asked for,
- * in multiples of 4; it never shrinks. Fresh slots are all zero. Growth moves the table: pointers to entries
- * and items are then invalid, as they are after every operation that adds, removes or sorts.
+ * **Growth.** A table grows by half its count, at least 8 and at most 65536 slots, or to what was asked for
+ * if that is more, in multiples of 4; it never shrinks. Fresh slots are all zero. Growth moves the table:
+ * pointers to entries and items are then invalid, as they are after every operation that adds, removes or
+ * sorts.
  *
  * **Positions.** `_get_entry`, `_get_at`, `_set_at` and `_update_at` reach every slot of the table, also
- * those from `count` up to `capacity`; the count does not change. A fresh slot reads as an empty key and
- * value 0, a used one as it was left. Insertion and removal are bounded by `count`.
+ * those from `count` up to `capacity`; the count does not change. A fresh slot reads as an empty key (an
+ * integer key as 0) and value 0, a used one as it was left. Insertion and removal are bounded by `count`, and
+ * so are all positions in mub_arrayt.
  *
  * **Sorted use.** Operations that need a sorted array search by halving the table and rely on the order that
  * the `descending` field names: 0 ascending (as after `_init`), else descending. Set it before the first
  * insertion. In any other order they find or place a key arbitrarily, yet never outside the table. Among
- * equal keys, which only unsorted operations can bring in, any one is found.
+ * equal keys, which only the operations without a search can add, any one is found.
  *
  * **Sorting.** The sorts do not look at `descending`: sort a `descending` array with direction 0. Except for
  * mub_arrayt_qsort() they take no memory.
  *
  * **Value pool.** The `_new` operations take a block of `pool` for the value (in mub_arrays: for the item)
- * and pass it to an initialiser before the new entry is there. A pool made by `_init` has no block size:
- * store the size of your values in `pool->block_size` first. Without a block (no pool, no size, no memory)
- * the new entry is made nevertheless, with value 0.
+ * and pass it to an initialiser before the new entry is in the array. A pool made by `_init` has no block
+ * size: store the size of your values in `pool->block_size` first. Without a block (no pool, no size, no
+ * memory) the entry is added nevertheless, with value 0.
  *
  * **Releasing.** The `_free` operations call your function with each value that is not 0, and return its
  * block if the pool is external. Blocks of an owned pool are released with the whole pool: `_free`,
  * `_free_at` and `_free_all_entry` leave them allocated.
  *
  * **Clones.** A clone that runs out of memory is empty, but its `count` is that of its source; nothing reads
- * beyond `capacity`, and the next growth makes those entries real, all zero.
+ * beyond `capacity`, and the next growth turns those entries into real ones, all zero. A clone of a
+ * mub_arrayt is unchanged instead.
  *
- * What the operations on sorted arrays return:
+ * What the operations return, those with a key on a sorted array:
  *
  * | operation       | key present                | key absent                    | out of memory          |
  * | --------------- | -------------------------- | ----------------------------- | ---------------------- |
  * | `_insert`       | 0, value unchanged         | 1, added                      | 1, unchanged           |
- * | `_insert_new`   | -1                         | its index                     | -1                     |
+ * | `_insert_new`   | -1                         | the index of the new entry    | -1                     |
  * | `_entry_insert` | the entry                  | the new entry                 | NULL                   |
+ * | `_entry_find`   | the entry                  | NULL                          |                        |
  * | `_find`         | the value or item          | 0                             |                        |
  * | `_find_index`   | its index                  | -1                            |                        |
  * | `_bfind`        | the value or item          | the next one's, or the last's |                        |
  * | `_bfind_index`  | its index                  | the next one's, or the last's |                        |
  * | `_update`       | the previous value or item | 0, not added                  |                        |
  * | `_remove`       | the value or item          | 0                             |                        |
- * | `_append_new`   |                            | the new block                 | 0                      |
+ * | `_append_new`   | the new block              | the new block                 | 0                      |
  * | `_clone`        |                            |                               | the destination, empty |
+ *
+ * In an empty array `_bfind` returns 0 and `_bfind_index` -1. `_find` and `_remove` of mub_arrayt return 1 if
+ * the word is present, else 0.
  *
  * @{
  */
@@ -81,11 +88,12 @@ extern "C" {
  *
  * The empty key is a key like any other with one exception: it cannot be inserted before an existing entry,
  * only appended. An insertion of the empty key before an entry is refused; mub_array_insert() returns 1 even
- * then.
+ * then. The same goes for any key before an entry whose own key starts past the end of the key stream, as it
+ * may after mub_array_shrink() has lengthened the array.
  *
- * All keys of an array take at most 2^32 - 1 bytes. A key beyond that, like one for which memory runs out, is
- * refused by the insertions, wherever it belongs, and the array is unchanged; the `_append` operations add it
- * as an empty key.
+ * All keys of an array take at most 2^32 - 1 bytes. A key beyond that, or one for which memory runs out, is
+ * refused by the insertions, wherever it belongs, and the array is unchanged; mub_array_append(),
+ * mub_array_append_new() and mub_array_from_string() add it as an empty key.
  *
  * Key pointers that operations return point into the key stream; they are NULL while it has no block. The
  * keys have no NUL after them, and the pointers are invalid after the next operation that adds, changes or
@@ -132,7 +140,7 @@ MUB_API mub_array *mub_array_init(mub_array *array, int with_pool);
  * @param[in,out] array  the array
  * @return the array
  * @owner what the array owns is released; values and external pools stay the caller's
- * @invalidates pointers to entries and to keys
+ * @invalidates pointers to entries and to keys, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
 MUB_API mub_array *mub_array_term(mub_array *array);
@@ -142,7 +150,7 @@ MUB_API mub_array *mub_array_term(mub_array *array);
  *
  * @param[in,out] array  the array
  * @param[in] wanted     slots wanted in total
- * @return 1 if there is room, always for a `wanted` up to the capacity
+ * @return 1 if there is room, as there always is for a `wanted` up to the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to entries, if the table grows
  * @cost O(count) if the table grows
@@ -177,23 +185,28 @@ MUB_API void mub_array_swap(mub_array *a, mub_array *b);
 /**
  * Makes the destination a copy of the source.
  *
- * If the source owns its pool, that is cloned block by block, every value is translated to its copy (to 0 if
- * it is no block of the pool), and `clone` is called for every entry, value 0 included. Otherwise values are
- * copied as they are, `clone` is not called, and the destination shares the source's pool, having given up
- * its own. `descending` is not copied.
+ * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
+ * called for every entry, value 0 included. A value that is no block of the pool becomes 0, and so do all
+ * values if the destination has no pool of its own. If the source does not own its pool, values are copied as
+ * they are, `clone` is not called, and the destination shares the source's pool and gives up its own.
+ * `descending` is not copied.
+ *
+ * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
+ * arrays are the same.
  *
  * @param[in] source                the array to copy; it does not change
  * @param[in,out] source_pool       a pool outside the array that the values point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten
- * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`; NULL if there
- *                                  is none
+ *                                  old contents are overwritten and its old values not released
+ * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
+ *                                  `source_pool` itself, which both then share; NULL if there is none
  * @param[in] clone                 adjusts each copied value; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
  * @owner the copy belongs to the destination; an external pool is shared by both arrays
- * @invalidates pointers to entries and to keys of the destination
- * @cost O(count)
+ * @invalidates pointers to entries and to keys of the destination, and all blocks of a pool that it owned and
+ *   of a `destination_pool` that is overwritten
+ * @cost O(capacity of the source), and the bytes of the keys and pools that are cloned
  * @nullable source_pool, destination_pool, clone
  */
 MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_pool, mub_array *destination,
@@ -221,9 +234,10 @@ MUB_API mub_array *mub_array_remove_all(mub_array *array);
  * @param[in] free       called with each released value that is not 0; NULL: not called
  * @return the array
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block goes back to an external pool; the table is released
+ * @owner each value is passed to `free`, its block goes back to an external pool; the table is released and
+ *   an owned pool emptied
  * @invalidates pointers to entries and to keys, and all value blocks
- * @cost O(count)
+ * @cost O(count), and one release per chunk of an owned pool
  * @nullable free
  */
 MUB_API mub_array *mub_array_free_all(mub_array *array, mub_free_fn free);
@@ -257,7 +271,7 @@ MUB_API void mub_array_free_all_entry(mub_array *array, mub_free_fn free);
  * @failure the array is unchanged if there is no memory for the entry
  * @owner the value is kept as it is; what it refers to stays the caller's
  * @invalidates pointers to entries and to keys
- * @cost O(1); O(count) when the table grows
+ * @cost O(length); O(count) when the table grows, O(bytes of all keys) when the key stream does
  * @bounds key[length]
  * @nullable key
  */
@@ -273,10 +287,11 @@ MUB_API void mub_array_append(mub_array *array, const void *key, int64_t length,
  * @param[in] length     bytes of the key; negative: up to its first NUL
  * @param[in] init       called with the new block; NULL: not called
  * @return the block
- * @failure 0 if there was no block, and the entry has value 0, or no memory for the entry, which is not added
+ * @failure 0 if there was no block, and the entry is added with value 0; also 0 if there was no memory for
+ *   the entry, and nothing is added
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries and to keys
- * @cost O(1); O(count) when the table grows
+ * @cost O(length); O(count) when the table grows, O(bytes of all keys) when the key stream does
  * @bounds key[length]
  * @nullable key, init
  */
@@ -292,7 +307,8 @@ MUB_API uint64_t mub_array_append_new(mub_array *array, const void *key, int64_t
  * @failure the destination is unchanged if memory runs out, or if the keys would exceed 2^32 - 1 bytes
  * @owner keys are copied; values are copied as words, so that both arrays refer to the same things
  * @invalidates pointers to entries and to keys of the destination
- * @cost O(entries copied); O(count) when the table grows
+ * @cost O(entries copied and the bytes of their keys); O(count) when the table grows, O(bytes of all keys)
+ *   when the key stream does
  */
 MUB_API void mub_array_append_array(mub_array *destination, const mub_array *source);
 
@@ -313,7 +329,7 @@ MUB_API mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t ind
  * @param[in] array    the array
  * @param[in] index    a position, counted from 0
  * @param[out] key     receives the address of the key, which has no NUL after it; NULL unless `0 <= index <
- *                     capacity`
+ *                     capacity`, and while the key stream has no block
  * @param[out] length  receives the bytes of the key; 0 unless `0 <= index < capacity`
  * @return the value
  * @failure 0 unless `0 <= index < capacity`
@@ -327,7 +343,8 @@ MUB_API uint64_t mub_array_get_at(const mub_array *array, int64_t index, const c
  * Reads the key and the value of the first entry.
  *
  * @param[in] array    the array
- * @param[out] key     receives the address of the key, which has no NUL after it; NULL in an empty array
+ * @param[out] key     receives the address of the key, which has no NUL after it; NULL in an empty array, and
+ *                     while the key stream has no block
  * @param[out] length  receives the bytes of the key; 0 in an empty array
  * @return the value
  * @failure 0 in an empty array
@@ -341,7 +358,8 @@ MUB_API uint64_t mub_array_get_first(const mub_array *array, const char **key, i
  * Reads the key and the value of the last entry.
  *
  * @param[in] array    the array
- * @param[out] key     receives the address of the key, which has no NUL after it; NULL in an empty array
+ * @param[out] key     receives the address of the key, which has no NUL after it; NULL in an empty array, and
+ *                     while the key stream has no block
  * @param[out] length  receives the bytes of the key; 0 in an empty array
  * @return the value
  * @failure 0 in an empty array
@@ -363,12 +381,12 @@ MUB_API uint64_t mub_array_get_last(const mub_array *array, const char **key, in
  * @param[in] length     bytes of the key; negative: up to its first NUL
  * @param[in] value      any word, 0 included
  * @return the previous value
- * @failure 0, and nothing changes, unless `0 <= index < capacity`, if there is no memory for the key, if the
- *   old key starts past the end of the stream, if the old or the new key would not lie wholly in the stream's
- *   block, or if the stream's length would fall below 0 or exceed 2^32 - 1 bytes
+ * @failure 0, and nothing changes, outside `0 <= index < capacity` and if the key cannot be replaced: there
+ *   is no memory for it, the old key starts past the end of the stream, the old or the new key would not lie
+ *   wholly in the stream's block, or the stream's length would fall below 0 or exceed 2^32 - 1 bytes
  * @owner the previous value is returned and not released; the new one is kept as it is
  * @invalidates pointers to keys
- * @cost O(1); O(count) if the key's length changes
+ * @cost O(length); O(count + bytes of all keys) if the key's length changes
  * @bounds key[length]
  * @nullable key
  */
@@ -396,10 +414,11 @@ MUB_API uint64_t mub_array_update_at(mub_array *array, int64_t index, uint64_t v
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length     bytes of the key, used as given; a negative length adds nothing
  * @param[in] value      any word, 0 included
- * @failure nothing is added for a negative index, for an empty key before an entry, or if memory runs out
+ * @failure nothing is added for a negative index or length, for an empty key before an entry, if memory runs
+ *   out, or if the keys would exceed 2^32 - 1 bytes
  * @owner the value is kept as it is; what it refers to stays the caller's
  * @invalidates pointers to entries and to keys
- * @cost O(count)
+ * @cost O(count + bytes of all keys)
  * @bounds key[length]
  * @nullable key
  */
@@ -417,7 +436,7 @@ MUB_API void mub_array_insert_at(mub_array *array, int64_t index, const void *ke
  * @failure 0 unless `0 <= index < count`
  * @owner the value is returned and not released
  * @invalidates pointers to entries and to keys
- * @cost O(count)
+ * @cost O(count + bytes of all keys)
  */
 MUB_API uint64_t mub_array_remove_at(mub_array *array, int64_t index);
 
@@ -432,7 +451,7 @@ MUB_API uint64_t mub_array_remove_at(mub_array *array, int64_t index);
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner the value is passed to `free`, its block goes back to an external pool
  * @invalidates pointers to entries and to keys, and the value
- * @cost O(count)
+ * @cost O(count + bytes of all keys)
  * @nullable free
  */
 MUB_API void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn free);
@@ -446,13 +465,12 @@ MUB_API void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn free
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
  * @param[in] value      any word, 0 included
- * @return 1 if added; also 1, although nothing is added, if memory ran out or the empty key would go before
- *   an entry
- * @failure 0 if the key was present, whose value is unchanged; without memory, or for the empty key before an
- *   entry, the result is 1 and the array is unchanged
+ * @return 1 if the key was absent, even if it could not be added
+ * @failure 0 if the key was present, and its value is unchanged; the result is 1 and the array is unchanged
+ *   if memory ran out, if the keys would exceed 2^32 - 1 bytes, and for the empty key before an entry
  * @owner the value is kept as it is; what it refers to stays the caller's
  * @invalidates pointers to entries and to keys
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
  * @bounds key[length]
  * @nullable key
  */
@@ -466,15 +484,16 @@ MUB_API int mub_array_insert(mub_array *array, const void *key, int64_t length, 
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
- * @param[out] value     receives the block, 0 if there was none, before `init` runs; the stored value if the
- *                       key was present; 0 if the insertion was refused
+ * @param[out] value     receives the block before `init` runs (0 if there was none, and the entry is added
+ *                       with value 0); the stored value if the key was present; 0 if the insertion was
+ *                       refused
  * @param[in] init       called with the new block; NULL: not called
  * @return the index of the new entry
- * @failure -1 if the key was present, if memory ran out, or for the empty key before an entry; a refused
- *   block goes back to the pool after `init` has run
+ * @failure -1 if the key was present, if memory ran out, if the keys would exceed 2^32 - 1 bytes, or for the
+ *   empty key before an entry; the block of a refused insertion goes back to the pool after `init` has run
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries and to keys
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
  * @bounds key[length]
  * @nullable key, init
  */
@@ -487,7 +506,7 @@ MUB_API int mub_array_insert_new(mub_array *array, const void *key, int64_t leng
  * The array must be sorted as its `descending` field says.
  *
  * @param[in,out] array  the array
- * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key        the bytes of the key; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
  * @param[in] value      any word, 0 included
  * @return the previous value
@@ -506,13 +525,13 @@ MUB_API uint64_t mub_array_update(mub_array *array, const void *key, int64_t len
  * Its value is not released. The array must be sorted as its `descending` field says.
  *
  * @param[in,out] array  the array
- * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key        the bytes of the key; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
  * @return the value
  * @failure 0 if the key is absent
  * @owner the value is returned and not released
  * @invalidates pointers to entries and to keys
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
  * @bounds key[length]
  * @nullable key
  */
@@ -524,13 +543,13 @@ MUB_API uint64_t mub_array_remove(mub_array *array, const void *key, int64_t len
  * The array must be sorted as its `descending` field says.
  *
  * @param[in,out] array  the array
- * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key        the bytes of the key; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
  * @param[in] free       called with each released value that is not 0; NULL: not called
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner the value is passed to `free`, its block goes back to an external pool
  * @invalidates pointers to entries and to keys, and the value
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
  * @bounds key[length]
  * @nullable key, free
  */
@@ -543,12 +562,14 @@ MUB_API void mub_array_free(mub_array *array, const void *key, int64_t length, m
  *
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
- * @param[in] length     bytes of the key, used as given; only an empty array measures a negative length
+ * @param[in] length     bytes of the key, used as given; a negative length finds and adds nothing, but an
+ *                       empty array measures the key up to its first NUL
  * @return the entry
- * @failure NULL if memory ran out, or for the empty key before an entry
+ * @failure NULL if memory ran out, if the keys would exceed 2^32 - 1 bytes, for the empty key before an
+ *   entry, and for a negative length, unless the array is empty
  * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
  * @invalidates pointers to entries and to keys
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
  * @bounds key[length]
  * @nullable key
  */
@@ -560,8 +581,8 @@ MUB_API mub_array_entry *mub_array_entry_insert(mub_array *array, const void *ke
  * The array must be sorted as its `descending` field says.
  *
  * @param[in] array   the array
- * @param[in] key     the bytes of the key, which are copied; NULL is the empty key
- * @param[in] length  bytes of the key, used as given
+ * @param[in] key     the bytes of the key; NULL is the empty key
+ * @param[in] length  bytes of the key, used as given; a negative length finds nothing
  * @return the entry
  * @failure NULL if the key is absent
  * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
@@ -577,7 +598,7 @@ MUB_API mub_array_entry *mub_array_entry_find(const mub_array *array, const void
  * The array must be sorted as its `descending` field says.
  *
  * @param[in] array   the array
- * @param[in] key     the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the value
  * @failure 0 if the key is absent
@@ -594,7 +615,7 @@ MUB_API uint64_t mub_array_find(const mub_array *array, const void *key, int64_t
  * The array must be sorted as its `descending` field says.
  *
  * @param[in] array   the array
- * @param[in] key     the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the index
  * @failure -1 if the key is absent
@@ -608,7 +629,7 @@ MUB_API int64_t mub_array_find_index(const mub_array *array, const void *key, in
  * Looks up the value of the first entry with a key, in an array in any order.
  *
  * @param[in] array   the array
- * @param[in] key     the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the value
  * @failure 0 if the key is absent
@@ -623,7 +644,7 @@ MUB_API uint64_t mub_array_afind(const mub_array *array, const void *key, int64_
  * Looks up the index of the first entry with a key, in an array in any order.
  *
  * @param[in] array   the array
- * @param[in] key     the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the index
  * @failure -1 if the key is absent
@@ -635,12 +656,12 @@ MUB_API int64_t mub_array_afind_index(const mub_array *array, const void *key, i
 
 /**
  * Looks up the value of a key, or that of the entry before which the key would be inserted, or that of the
- * last entry if the key would go after all.
+ * last entry if the key would go after all of them.
  *
  * The array must be sorted as its `descending` field says.
  *
  * @param[in] array   the array
- * @param[in] key     the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the value
  * @failure 0 in an empty array
@@ -657,7 +678,7 @@ MUB_API uint64_t mub_array_bfind(const mub_array *array, const void *key, int64_
  * The array must be sorted as its `descending` field says.
  *
  * @param[in] array   the array
- * @param[in] key     the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the index
  * @failure -1 in an empty array
@@ -736,7 +757,7 @@ MUB_API void mub_array_qsort_x_p(mub_array *array, mub_compare_fn compare);
 MUB_API void mub_array_qsort_x_n(mub_array *array, mub_compare_fn compare);
 
 /**
- * Writes the keys as one text, with a separator between each two.
+ * Joins the keys into one text, with the separator between them.
  *
  * Empty keys at the front leave no separator: "", "", "a" give "a", while "x", "", "y" give "x,,y".
  *
@@ -760,7 +781,8 @@ MUB_API void mub_array_to_string(const mub_array *array, int separator, mub_stri
  * @param[in] separator  the separator; its low 8 bits are used
  * @param[in] text       the text to split
  * @param[in] length     bytes of the text, used as given; below 1 appends nothing
- * @failure nothing is appended if memory for the entries runs out
+ * @failure nothing is appended if memory for the entries runs out; a piece without room for its bytes is
+ *   appended as an empty key
  * @owner the pieces are copied
  * @invalidates pointers to entries and to keys
  * @cost O(length)
@@ -773,8 +795,8 @@ MUB_API void mub_array_from_string(mub_array *array, int separator, const char *
 /**
  * @defgroup arrayd mub_arrayd: an array of entries with 32-bit integer keys
  *
- * An array of entries with 32-bit integer keys, which are kept in the entries. With integer keys all
- * insertions find room where they belong, and nothing is refused except for lack of memory.
+ * An array of entries with 32-bit integer keys, which are kept in the entries. Sorted insertions are refused
+ * only for lack of memory.
  *
  * The sorted operations compare by the sign of the difference between two keys, wrapped around to 32 bits: to
  * them 0xFFFFFFFF is 1 below 0. The sorts compare keys as unsigned values, so that 0xFFFFFFFF comes last.
@@ -819,7 +841,7 @@ MUB_API mub_arrayd *mub_arrayd_init(mub_arrayd *array, int with_pool);
  * @param[in,out] array  the array
  * @return the array
  * @owner what the array owns is released; values and external pools stay the caller's
- * @invalidates pointers to entries
+ * @invalidates pointers to entries, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
 MUB_API mub_arrayd *mub_arrayd_term(mub_arrayd *array);
@@ -829,7 +851,7 @@ MUB_API mub_arrayd *mub_arrayd_term(mub_arrayd *array);
  *
  * @param[in,out] array  the array
  * @param[in] wanted     slots wanted in total
- * @return 1 if there is room, always for a `wanted` up to the capacity
+ * @return 1 if there is room, as there always is for a `wanted` up to the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to entries, if the table grows
  * @cost O(count) if the table grows
@@ -864,23 +886,28 @@ MUB_API void mub_arrayd_swap(mub_arrayd *a, mub_arrayd *b);
 /**
  * Makes the destination a copy of the source.
  *
- * If the source owns its pool, that is cloned block by block, every value is translated to its copy (to 0 if
- * it is no block of the pool), and `clone` is called for every entry, value 0 included. Otherwise values are
- * copied as they are, `clone` is not called, and the destination shares the source's pool, having given up
- * its own. `descending` is not copied.
+ * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
+ * called for every entry, value 0 included. A value that is no block of the pool becomes 0, and so do all
+ * values if the destination has no pool of its own. If the source does not own its pool, values are copied as
+ * they are, `clone` is not called, and the destination shares the source's pool and gives up its own.
+ * `descending` is not copied.
+ *
+ * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
+ * arrays are the same.
  *
  * @param[in] source                the array to copy; it does not change
  * @param[in,out] source_pool       a pool outside the array that the values point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten
- * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`; NULL if there
- *                                  is none
+ *                                  old contents are overwritten and its old values not released
+ * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
+ *                                  `source_pool` itself, which both then share; NULL if there is none
  * @param[in] clone                 adjusts each copied value; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
  * @owner the copy belongs to the destination; an external pool is shared by both arrays
- * @invalidates pointers to entries of the destination
- * @cost O(count)
+ * @invalidates pointers to entries of the destination, and all blocks of a pool that it owned and of a
+ *   `destination_pool` that is overwritten
+ * @cost O(capacity of the source), and the bytes of the pools that are cloned
  * @nullable source_pool, destination_pool, clone
  */
 MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_pool, mub_arrayd *destination,
@@ -906,9 +933,10 @@ MUB_API mub_arrayd *mub_arrayd_remove_all(mub_arrayd *array);
  * @param[in] free       called with each released value that is not 0; NULL: not called
  * @return the array
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block goes back to an external pool; the table is released
+ * @owner each value is passed to `free`, its block goes back to an external pool; the table is released and
+ *   an owned pool emptied
  * @invalidates pointers to entries, and all value blocks
- * @cost O(count)
+ * @cost O(count), and one release per chunk of an owned pool
  * @nullable free
  */
 MUB_API mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn free);
@@ -950,7 +978,8 @@ MUB_API void mub_arrayd_append(mub_arrayd *array, uint32_t key, uint64_t value);
  * @param[in] key        the key
  * @param[in] init       called with the new block; NULL: not called
  * @return the block
- * @failure 0 if there was no block, and the entry has value 0, or no memory for the entry, which is not added
+ * @failure 0 if there was no block, and the entry is added with value 0; also 0 if there was no memory for
+ *   the entry, and nothing is added
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
  * @cost O(1); O(count) when the table grows
@@ -1061,7 +1090,7 @@ MUB_API void mub_arrayd_insert_at(mub_arrayd *array, int64_t index, uint32_t key
 /**
  * Removes the entry at `index`.
  *
- * Its value is not released. If the last entry is removed, its spare slot keeps key 0.
+ * Its value is not released. If it was the last entry, its slot, which is now spare, has key 0.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
@@ -1075,9 +1104,9 @@ MUB_API void mub_arrayd_insert_at(mub_arrayd *array, int64_t index, uint32_t key
 MUB_API uint64_t mub_arrayd_remove_at(mub_arrayd *array, int64_t index, uint32_t *key);
 
 /**
- * Removes the entry at `index` and releases its value; the entry's key is already 0 then.
+ * Removes the entry at `index` and releases its value.
  *
- * Does nothing unless `0 <= index < count`.
+ * Does nothing unless `0 <= index < count`. When `free` is called, the entry's key is already 0.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
@@ -1098,9 +1127,9 @@ MUB_API void mub_arrayd_free_at(mub_arrayd *array, int64_t index, mub_free_fn fr
  * @param[in,out] array  the array
  * @param[in] key        the key
  * @param[in] value      any word, 0 included
- * @return 1 if added; also 1, although nothing is added, if memory ran out
- * @failure 0 if the key was present, whose value is unchanged; without memory the result is 1 and the array
- *   is unchanged
+ * @return 1 if the key was absent, even if it could not be added
+ * @failure 0 if the key was present, and its value is unchanged; without memory the result is 1, and nothing
+ *   is added
  * @owner the value is kept as it is; what it refers to stays the caller's
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -1114,12 +1143,12 @@ MUB_API int mub_arrayd_insert(mub_arrayd *array, uint32_t key, uint64_t value);
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[out] value     receives the block, 0 if there was none, before `init` runs; the stored value if the
- *                       key was present; 0 if memory ran out
+ * @param[out] value     receives the block before `init` runs (0 if there was none, and the entry is added
+ *                       with value 0); the stored value if the key was present; 0 if memory ran out
  * @param[in] init       called with the new block; NULL: not called
  * @return the index of the new entry
- * @failure -1 if the key was present or memory ran out; a refused block goes back to the pool after `init`
- *   has run
+ * @failure -1 if the key was present or memory ran out; the block of a refused insertion goes back to the
+ *   pool after `init` has run
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -1255,7 +1284,7 @@ MUB_API int64_t mub_arrayd_afind_index(const mub_arrayd *array, uint32_t key);
 
 /**
  * Looks up the value of a key, or that of the entry before which the key would be inserted, or that of the
- * last entry if the key would go after all.
+ * last entry if the key would go after all of them.
  *
  * The array must be sorted as its `descending` field says.
  *
@@ -1350,7 +1379,7 @@ MUB_API void mub_arrayd_qsort_x_p(mub_arrayd *array, mub_compare_fn compare);
 MUB_API void mub_arrayd_qsort_x_n(mub_arrayd *array, mub_compare_fn compare);
 
 /**
- * Writes the keys as one text, in decimal as unsigned values, with a separator between each two.
+ * Joins the keys, in decimal as unsigned values, into one text with the separator between them.
  *
  * @param[in] array       the array
  * @param[in] separator   the separator; its low 8 bits are used
@@ -1386,9 +1415,9 @@ MUB_API void mub_arrayd_from_string(mub_arrayd *array, int separator, const char
 /**
  * @defgroup arrayx mub_arrayx: an array of entries with 64-bit integer keys
  *
- * A mub_arrayd with 64-bit keys and without conversions to and from text. The differences of the sorted
- * operations wrap around to 64 bits, and agree with the sorts as long as all keys lie within 2^63 of each
- * other.
+ * Like mub_arrayd, but with 64-bit keys and without conversions to and from text. The sorted operations
+ * compare by the sign of the difference wrapped around to 64 bits, which agrees with the sorts as long as all
+ * keys lie within 2^63 of each other.
  *
  * @{
  */
@@ -1429,7 +1458,7 @@ MUB_API mub_arrayx *mub_arrayx_init(mub_arrayx *array, int with_pool);
  * @param[in,out] array  the array
  * @return the array
  * @owner what the array owns is released; values and external pools stay the caller's
- * @invalidates pointers to entries
+ * @invalidates pointers to entries, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
 MUB_API mub_arrayx *mub_arrayx_term(mub_arrayx *array);
@@ -1439,7 +1468,7 @@ MUB_API mub_arrayx *mub_arrayx_term(mub_arrayx *array);
  *
  * @param[in,out] array  the array
  * @param[in] wanted     slots wanted in total
- * @return 1 if there is room, always for a `wanted` up to the capacity
+ * @return 1 if there is room, as there always is for a `wanted` up to the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to entries, if the table grows
  * @cost O(count) if the table grows
@@ -1474,23 +1503,28 @@ MUB_API void mub_arrayx_swap(mub_arrayx *a, mub_arrayx *b);
 /**
  * Makes the destination a copy of the source.
  *
- * If the source owns its pool, that is cloned block by block, every value is translated to its copy (to 0 if
- * it is no block of the pool), and `clone` is called for every entry, value 0 included. Otherwise values are
- * copied as they are, `clone` is not called, and the destination shares the source's pool, having given up
- * its own. `descending` is not copied.
+ * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
+ * called for every entry, value 0 included. A value that is no block of the pool becomes 0, and so do all
+ * values if the destination has no pool of its own. If the source does not own its pool, values are copied as
+ * they are, `clone` is not called, and the destination shares the source's pool and gives up its own.
+ * `descending` is not copied.
+ *
+ * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
+ * arrays are the same.
  *
  * @param[in] source                the array to copy; it does not change
  * @param[in,out] source_pool       a pool outside the array that the values point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten
- * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`; NULL if there
- *                                  is none
+ *                                  old contents are overwritten and its old values not released
+ * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
+ *                                  `source_pool` itself, which both then share; NULL if there is none
  * @param[in] clone                 adjusts each copied value; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
  * @owner the copy belongs to the destination; an external pool is shared by both arrays
- * @invalidates pointers to entries of the destination
- * @cost O(count)
+ * @invalidates pointers to entries of the destination, and all blocks of a pool that it owned and of a
+ *   `destination_pool` that is overwritten
+ * @cost O(capacity of the source), and the bytes of the pools that are cloned
  * @nullable source_pool, destination_pool, clone
  */
 MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_pool, mub_arrayx *destination,
@@ -1516,9 +1550,10 @@ MUB_API mub_arrayx *mub_arrayx_remove_all(mub_arrayx *array);
  * @param[in] free       called with each released value that is not 0; NULL: not called
  * @return the array
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block goes back to an external pool; the table is released
+ * @owner each value is passed to `free`, its block goes back to an external pool; the table is released and
+ *   an owned pool emptied
  * @invalidates pointers to entries, and all value blocks
- * @cost O(count)
+ * @cost O(count), and one release per chunk of an owned pool
  * @nullable free
  */
 MUB_API mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn free);
@@ -1560,7 +1595,8 @@ MUB_API void mub_arrayx_append(mub_arrayx *array, uint64_t key, uint64_t value);
  * @param[in] key        the key
  * @param[in] init       called with the new block; NULL: not called
  * @return the block
- * @failure 0 if there was no block, and the entry has value 0, or no memory for the entry, which is not added
+ * @failure 0 if there was no block, and the entry is added with value 0; also 0 if there was no memory for
+ *   the entry, and nothing is added
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
  * @cost O(1); O(count) when the table grows
@@ -1598,7 +1634,7 @@ MUB_API mub_arrayx_entry *mub_arrayx_get_entry(const mub_arrayx *array, int64_t 
  *
  * @param[in] array  the array
  * @param[in] index  a position, counted from 0
- * @param[out] key   the key
+ * @param[out] key   receives the key; 0 unless `0 <= index < capacity`
  * @return the value
  * @failure 0 unless `0 <= index < capacity`
  * @owner the value stays in the array
@@ -1609,7 +1645,7 @@ MUB_API uint64_t mub_arrayx_get_at(const mub_arrayx *array, int64_t index, uint6
  * Reads the key and the value of the first entry.
  *
  * @param[in] array  the array
- * @param[out] key   the key
+ * @param[out] key   receives the key; 0 in an empty array
  * @return the value
  * @failure 0 in an empty array
  * @owner the value stays in the array
@@ -1620,7 +1656,7 @@ MUB_API uint64_t mub_arrayx_get_first(const mub_arrayx *array, uint64_t *key);
  * Reads the key and the value of the last entry.
  *
  * @param[in] array  the array
- * @param[out] key   the key
+ * @param[out] key   receives the key; 0 in an empty array
  * @return the value
  * @failure 0 in an empty array
  * @owner the value stays in the array
@@ -1671,11 +1707,11 @@ MUB_API void mub_arrayx_insert_at(mub_arrayx *array, int64_t index, uint64_t key
 /**
  * Removes the entry at `index`.
  *
- * Its value is not released. If the last entry is removed, its spare slot keeps key 0.
+ * Its value is not released. If it was the last entry, its slot, which is now spare, has key 0.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[out] key       the key
+ * @param[out] key       receives the entry's key; 0 unless `0 <= index < count`
  * @return the value
  * @failure 0 unless `0 <= index < count`
  * @owner the value is returned and not released
@@ -1685,9 +1721,9 @@ MUB_API void mub_arrayx_insert_at(mub_arrayx *array, int64_t index, uint64_t key
 MUB_API uint64_t mub_arrayx_remove_at(mub_arrayx *array, int64_t index, uint64_t *key);
 
 /**
- * Removes the entry at `index` and releases its value; the entry's key is already 0 then.
+ * Removes the entry at `index` and releases its value.
  *
- * Does nothing unless `0 <= index < count`.
+ * Does nothing unless `0 <= index < count`. When `free` is called, the entry's key is already 0.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
@@ -1708,9 +1744,9 @@ MUB_API void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn fr
  * @param[in,out] array  the array
  * @param[in] key        the key
  * @param[in] value      any word, 0 included
- * @return 1 if added; also 1, although nothing is added, if memory ran out
- * @failure 0 if the key was present, whose value is unchanged; without memory the result is 1 and the array
- *   is unchanged
+ * @return 1 if the key was absent, even if it could not be added
+ * @failure 0 if the key was present, and its value is unchanged; without memory the result is 1, and nothing
+ *   is added
  * @owner the value is kept as it is; what it refers to stays the caller's
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -1724,12 +1760,12 @@ MUB_API int mub_arrayx_insert(mub_arrayx *array, uint64_t key, uint64_t value);
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[out] value     receives the block, 0 if there was none, before `init` runs; the stored value if the
- *                       key was present; 0 if memory ran out
+ * @param[out] value     receives the block before `init` runs (0 if there was none, and the entry is added
+ *                       with value 0); the stored value if the key was present; 0 if memory ran out
  * @param[in] init       called with the new block; NULL: not called
  * @return the index of the new entry
- * @failure -1 if the key was present or memory ran out; a refused block goes back to the pool after `init`
- *   has run
+ * @failure -1 if the key was present or memory ran out; the block of a refused insertion goes back to the
+ *   pool after `init` has run
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -1865,7 +1901,7 @@ MUB_API int64_t mub_arrayx_afind_index(const mub_arrayx *array, uint64_t key);
 
 /**
  * Looks up the value of a key, or that of the entry before which the key would be inserted, or that of the
- * last entry if the key would go after all.
+ * last entry if the key would go after all of them.
  *
  * The array must be sorted as its `descending` field says.
  *
@@ -1968,8 +2004,8 @@ MUB_API void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare);
  * the item pool. The array never interprets it: the sorted operations order items by the comparer that you
  * pass, which must be the same at every call. It is called as `compare(item, key, context)` with a stored
  * item; the key is whatever you pass (a name, a number, a record), and the comparer alone gives it a meaning.
- * The `_x` forms differ in their comparer alone: it is called as `compare(context, item, key, extra)`.
- * Without a comparer (NULL) insertions go to the end, and everything else finds nothing.
+ * The `_x` forms differ only in their comparer: it is called as `compare(context, item, key, extra)`. Without
+ * a comparer (NULL) insertions go to the end, sorts do nothing, and everything else finds nothing.
  *
  * To the releasing operations, an item 0 is an empty slot.
  *
@@ -2004,7 +2040,7 @@ MUB_API void mub_arrays_init(mub_arrays *array, int with_pool);
  *
  * @param[in,out] array  the array
  * @owner what the array owns is released; items and external pools stay the caller's
- * @invalidates pointers to slots
+ * @invalidates pointers to slots, and all item blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
 MUB_API void mub_arrays_term(mub_arrays *array);
@@ -2014,7 +2050,7 @@ MUB_API void mub_arrays_term(mub_arrays *array);
  *
  * @param[in,out] array  the array
  * @param[in] wanted     slots wanted in total
- * @return 1 if there is room, always for a `wanted` up to the capacity
+ * @return 1 if there is room, as there always is for a `wanted` up to the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to slots, if the table grows
  * @cost O(count) if the table grows
@@ -2048,23 +2084,28 @@ MUB_API void mub_arrays_swap(mub_arrays *a, mub_arrays *b);
 /**
  * Makes the destination a copy of the source.
  *
- * If the source owns its pool, that is cloned block by block, every item is translated to its copy (to 0 if
- * it is no block of the pool), and `clone` is called for every item, 0 included. Otherwise items are copied
- * as they are, `clone` is not called, and the destination shares the source's pool, having given up its own.
- * `descending` is not copied.
+ * If the source owns its pool, the pool is cloned, every item is translated to its copy, and `clone` is
+ * called for every item, 0 included. An item that is no block of the pool becomes 0, and so do all items if
+ * the destination has no pool of its own. If the source does not own its pool, items are copied as they are,
+ * `clone` is not called, and the destination shares the source's pool and gives up its own. `descending` is
+ * not copied.
+ *
+ * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
+ * arrays are the same.
  *
  * @param[in] source                the array to copy; it does not change
  * @param[in,out] source_pool       a pool outside the array that the items point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten
- * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`; NULL if there
- *                                  is none
+ *                                  old contents are overwritten and its old items not released
+ * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
+ *                                  `source_pool` itself, which both then share; NULL if there is none
  * @param[in] clone                 adjusts each copied item; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
  * @owner the copy belongs to the destination; an external pool is shared by both arrays
- * @invalidates pointers to slots of the destination
- * @cost O(count)
+ * @invalidates pointers to slots of the destination, and all blocks of a pool that it owned and of a
+ *   `destination_pool` that is overwritten
+ * @cost O(capacity of the source), and the bytes of the pools that are cloned
  * @nullable source_pool, destination_pool, clone
  */
 MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_pool, mub_arrays *destination,
@@ -2089,9 +2130,10 @@ MUB_API void mub_arrays_remove_all(mub_arrays *array);
  * @param[in] free       called with each released item that is not 0; NULL: not called
  * @return the array
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each item is passed to `free`, its block goes back to an external pool; the table is released
+ * @owner each item is passed to `free`, its block goes back to an external pool; the table is released and an
+ *   owned pool emptied
  * @invalidates pointers to slots, and all item blocks
- * @cost O(count)
+ * @cost O(count), and one release per chunk of an owned pool
  * @nullable free
  */
 MUB_API mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn free);
@@ -2131,7 +2173,8 @@ MUB_API void mub_arrays_append(mub_arrays *array, uint64_t item);
  * @param[in,out] array  the array
  * @param[in] init       called with the new block; NULL: not called
  * @return the block
- * @failure 0 if there was no block, and 0 is appended, or no memory for the slot
+ * @failure 0 if there was no block, and 0 is appended; also 0 if there was no memory for the slot, and
+ *   nothing is appended
  * @owner the block belongs to the item pool; the array refers to it
  * @invalidates pointers to slots
  * @cost O(1); O(count) when the table grows
@@ -2257,9 +2300,9 @@ MUB_API void mub_arrays_free_at(mub_arrays *array, int64_t index, mub_free_fn fr
  * @param[in] item       any word; also passed to the comparer as the key
  * @param[in] context    any word; passed to the comparer as its last argument
  * @param[in] compare    called as `compare(stored, item, context)`; with NULL the item is appended
- * @return 1 if added; also 1, although nothing is added, if memory ran out
- * @failure 0 if an equal item was present, which is unchanged; without memory the result is 1 and the array
- *   is unchanged
+ * @return 1 if no equal item was present, even if the item could not be added
+ * @failure 0 if an equal item was present, and the array is unchanged; without memory the result is 1, and
+ *   nothing is added
  * @owner the item is kept as it is; what it refers to stays the caller's
  * @invalidates pointers to slots
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -2278,9 +2321,9 @@ MUB_API int mub_arrays_insert(mub_arrays *array, uint64_t item, uint64_t context
  * @param[in] item       any word; also passed to the comparer as the key
  * @param[in] extra      any word; passed to the comparer as its last argument
  * @param[in] compare    called as `compare(context, stored, item, extra)`; with NULL the item is appended
- * @return 1 if added; also 1, although nothing is added, if memory ran out
- * @failure 0 if an equal item was present, which is unchanged; without memory the result is 1 and the array
- *   is unchanged
+ * @return 1 if no equal item was present, even if the item could not be added
+ * @failure 0 if an equal item was present, and the array is unchanged; without memory the result is 1, and
+ *   nothing is added
  * @owner the item is kept as it is; what it refers to stays the caller's
  * @invalidates pointers to slots
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -2304,8 +2347,8 @@ MUB_API int mub_arrays_insert_x(mub_arrays *array, uint64_t context, uint64_t it
  * @param[in] compare    called as `compare(item, key, context)` with a stored item; with NULL the block is
  *                       appended
  * @return the index of the new item
- * @failure -1 if an equal one was present or memory ran out; a refused block goes back to the pool after
- *   `init` has run
+ * @failure -1 if an equal one was present or memory ran out; the block of a refused insertion goes back to
+ *   the pool after `init` has run
  * @owner the block belongs to the item pool; the array refers to it
  * @invalidates pointers to slots
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -2330,8 +2373,8 @@ MUB_API int mub_arrays_insert_new(mub_arrays *array, uint64_t key, uint64_t cont
  * @param[in] compare    called as `compare(context, item, key, extra)` with a stored item; with NULL the
  *                       block is appended
  * @return the index of the new item
- * @failure -1 if an equal one was present or memory ran out; a refused block goes back to the pool after
- *   `init` has run
+ * @failure -1 if an equal one was present or memory ran out; the block of a refused insertion goes back to
+ *   the pool after `init` has run
  * @owner the block belongs to the item pool; the array refers to it
  * @invalidates pointers to slots
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -2539,7 +2582,7 @@ MUB_API int64_t mub_arrays_find_index_x(const mub_arrays *array, uint64_t contex
 
 /**
  * Looks up the item equal to a key, or the item before which the key belongs, or the last item if the key
- * belongs after all.
+ * belongs after all of them.
  *
  * The array must be sorted as its `descending` field says.
  *
@@ -2558,7 +2601,7 @@ MUB_API uint64_t mub_arrays_bfind(const mub_arrays *array, uint64_t key, uint64_
 
 /**
  * Looks up the item equal to a key, or the item before which the key belongs, or the last item if the key
- * belongs after all.
+ * belongs after all of them.
  *
  * The array must be sorted as its `descending` field says.
  *
@@ -2703,11 +2746,11 @@ MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compa
  * @defgroup arrayt mub_arrayt: an array of 64-bit words, the first four of them inside the record
  *
  * An array of words, the first four of them in the record. A word is a number, signed or unsigned, or a
- * pointer. Up to four of them take no memory beside the record; word i is `inline_items[i]` for i < 4 and
+ * pointer. Up to four words take no memory besides the record; word i is `inline_items[i]` for i < 4 and
  * `tail[i - 4]` from there on. There are no values, pools or callbacks.
  *
  * Positions end at `count` here, not at the capacity. The sorted operations compare two words by the sign of
- * the difference of their low 32 bits, wrapped around to 32 bits: words that differ in higher bits alone are
+ * the difference of their low 32 bits, wrapped around to 32 bits: words that differ only in higher bits are
  * equal to them. The sorts compare whole words as unsigned values. Both agree as long as all words are below
  * 2^32 and within 2^31 of each other.
  *
@@ -2824,7 +2867,7 @@ MUB_API void mub_arrayt_clone(const mub_arrayt *source, mub_arrayt *destination)
  * @param[in] item       any word
  * @failure the array is unchanged if memory runs out
  * @invalidates pointers to words of the tail
- * @cost O(1); O(count) when the table grows
+ * @cost O(1); O(count) when the tail grows
  */
 MUB_API void mub_arrayt_append(mub_arrayt *array, uint64_t item);
 
@@ -2886,10 +2929,10 @@ MUB_API uint64_t mub_arrayt_get_last(const mub_arrayt *array);
  *
  * @param[in,out] array  the array
  * @param[in] item       any word
- * @return 1 if added; also 1, although nothing is added, if memory ran out
- * @failure 0 if an equal word was present, which is unchanged; without memory the result is 1 and the array
- *   is unchanged
- * @invalidates pointers to words of the tail
+ * @return 1 if no equal word was present, even if the word could not be added
+ * @failure 0 if an equal word was present, and the array is unchanged; without memory the result is 1, and
+ *   nothing is added
+ * @invalidates pointers to words
  * @cost O(log count) to search, O(count) to move the words after it
  */
 MUB_API int mub_arrayt_insert(mub_arrayt *array, uint64_t item);
@@ -2903,7 +2946,7 @@ MUB_API int mub_arrayt_insert(mub_arrayt *array, uint64_t item);
  * @param[in] key        what to look for: the low 32 bits of a word
  * @return 1 if removed
  * @failure 0 if there is none
- * @invalidates pointers to words of the tail
+ * @invalidates pointers to words
  * @cost O(log count) to search, O(count) to move what is after it
  */
 MUB_API int mub_arrayt_remove(mub_arrayt *array, uint32_t key);
@@ -2928,7 +2971,7 @@ MUB_API int mub_arrayt_find(const mub_arrayt *array, uint32_t key);
  * @param[in] index      a position, counted from 0
  * @param[in] item       any word
  * @failure nothing is added for a negative index, or if memory runs out
- * @invalidates pointers to words of the tail
+ * @invalidates pointers to words
  * @cost O(count)
  */
 MUB_API void mub_arrayt_insert_at(mub_arrayt *array, int64_t index, uint64_t item);
@@ -2940,7 +2983,7 @@ MUB_API void mub_arrayt_insert_at(mub_arrayt *array, int64_t index, uint64_t ite
  * @param[in] index      a position, counted from 0
  * @return the word
  * @failure 0 unless `0 <= index < count`
- * @invalidates pointers to words of the tail
+ * @invalidates pointers to words
  * @cost O(count)
  */
 MUB_API uint64_t mub_arrayt_remove_at(mub_arrayt *array, int64_t index);
@@ -2952,7 +2995,7 @@ MUB_API uint64_t mub_arrayt_remove_at(mub_arrayt *array, int64_t index);
  * @param[in] ascending  not 0: ascending, 0: descending
  * @param[in] unique     not 0: of equal words only one is kept
  * @failure nothing changes if there is no memory for a second table of the words
- * @invalidates pointers to words of the tail
+ * @invalidates pointers to words
  * @cost O(count log count)
  */
 MUB_API void mub_arrayt_qsort(mub_arrayt *array, int ascending, int unique);
@@ -2982,7 +3025,7 @@ MUB_API void mub_arrayt_qsort_p(uint64_t *items, int64_t count);
 MUB_API void mub_arrayt_qsort_n(uint64_t *items, int64_t count);
 
 /**
- * Writes the words as one text, in decimal as signed values, with a separator between each two.
+ * Joins the words, in decimal as signed values, into one text with the separator between them.
  *
  * @param[in] array       the array
  * @param[in] separator   the separator; its low 8 bits are used

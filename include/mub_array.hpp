@@ -5,10 +5,11 @@
  *   mub::arrayd   keys std::uint32_t         mub::arrayt   words, the first four of them in the record
  *   mub::arrayx   keys std::uint64_t
  *
- * contains, get, find, insert, update, remove, find_index and nearest_index are for arrays that are kept
- * sorted; append and the operations with an index are for those in any order, which sort() orders. Additions
- * that return nothing do nothing if memory runs out: call reserve() first to learn whether there is enough.
- * Every addition, removal and sort invalidates iterators. */
+ * contains, get, find, insert, emplace, update, remove, find_index and nearest_index are for arrays that are
+ * kept sorted; append, scan_index and the operations with an index are for those in any order, which sort()
+ * sorts. Additions that return nothing do nothing if memory runs out: call reserve() first to learn whether
+ * there is room for the entries. Only mub::array::append() with a key adds an entry even if there is no room
+ * for the key, which is then empty. Every addition, removal and sort invalidates iterators. */
 #ifndef MUB_ARRAY_HPP
 #define MUB_ARRAY_HPP
 
@@ -247,7 +248,7 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   /** With an external value pool. */
   explicit basic_array(mub_pool *values) noexcept : basic_array() { c()->pool = values; }
 
-  /** A copy, made by mub_array_clone() without external pools. */
+  /** A copy, made by mub_array_clone() without a source pool; empty if memory ran out. */
   [[nodiscard]] basic_array clone(mub_clone_fn adjust = nullptr) const {
     basic_array copy;
     if (c()->own_pool != 0) copy = basic_array(value_blocks{0});
@@ -303,7 +304,7 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   /** The index of a key; -1 if it is absent. See mub_array_find_index(). */
   std::int64_t find_index(key_type key) const { return Traits::call(Traits::find_index, c(), key); }
 
-  /** Where a key is or belongs; -1 in an empty array. See mub_array_bfind_index(). */
+  /** Where a key is or belongs, at most the last index; -1 in an empty array. See mub_array_bfind_index(). */
   std::int64_t nearest_index(key_type key) const { return Traits::call(Traits::bfind_index, c(), key); }
 
   /**
@@ -373,7 +374,7 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
     detail::set_block_size(c()->pool, items.size);
   }
 
-  /** A copy, made by mub_arrays_clone() without external pools. */
+  /** A copy, made by mub_arrays_clone() without a source pool; empty if memory ran out. */
   [[nodiscard]] arrays clone(mub_clone_fn adjust = nullptr) const {
     arrays copy;
     if (c()->own_pool != 0) copy = arrays(value_blocks{0});
@@ -453,7 +454,7 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   const_iterator end() const noexcept { return c()->items + detail::slots_in_use(c()); }
 };
 
-/** 64-bit words, the first four without memory beside the record; see mub_arrayt. */
+/** 64-bit words, the first four of them in the record; see mub_arrayt. */
 class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
  public:
   using value_type = std::uint64_t;
@@ -463,7 +464,7 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
   /** Makes an empty one. */
   arrayt() noexcept : owner(std::in_place) {}
 
-  /** A copy; see mub_arrayt_clone(). */
+  /** A copy; empty if memory ran out. See mub_arrayt_clone(). */
   [[nodiscard]] arrayt clone() const {
     arrayt copy;
     copy.c()->descending = c()->descending;
