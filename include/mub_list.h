@@ -9,14 +9,14 @@
  *     head ──► entry ◄──► entry ◄──► entry ◄── tail       head ──► block ◄──────► block ◄── tail
  *              value      value      value                         [v v v … v]    [v v]
  *              key ──┐    key ──┐    key ──┐
- *     keys: [ bytes of all keys, packed in the order of their adding ]
+ *     keys: [ bytes of all keys, packed in the order of insertion ]
  *
  * The order is the caller's: nothing is sorted, and keys and values may repeat. A position in a list is the
  * address of an entry: it stays valid, whatever else is added or removed, until that entry is removed.
  *
  * **Entry pool.** A list needs one before its first addition: made by `_init`, or an external one, written
  * into `entry_pool`, with a block size of at least that of the list's entry (or block) record. Several lists
- * may share an external pool.
+ * may share an external pool. Without an entry pool, additions fail as without memory.
  *
  * **Value pool.** Only the `_new` functions need one; they give every new entry a block of it. A pool made by
  * `_init` has no block size yet: store the size of your values in `value_pool->block_size` before the first
@@ -31,13 +31,14 @@
  * | `_add_head_new`, `_add_tail_new`    | the new block           |                    | 0             |
  * | `_insert_before`, `_insert_after`   | the new entry           |                    | NULL          |
  * | `_get_head`, `_get_tail`, `_get_at` | the value               | 0                  |               |
- * | `_get_next`, `_get_prev`            | the value, then steps   | 0                  |               |
+ * | `_get_next`, `_get_prev`            | the value, and steps on | 0 at NULL          |               |
  * | `_find`, `_find_at`, `_find_x`      | the entry               | NULL               |               |
  * | `_remove_head`, `_remove_tail`      | the value, not released | 0                  |               |
  * | `_remove_at`                        | the value, not released | 0 at NULL          |               |
  * | `_clone`                            | the destination         |                    | it, but empty |
  *
- * mub_listx_add_head() and mub_listx_add_tail() return the list, or NULL without memory.
+ * mub_listx_add_head() and mub_listx_add_tail() return the list, or NULL without memory. If only the block of
+ * the value pool is missing, the `_new` functions return 0 and add value 0.
  *
  * @{
  */
@@ -58,8 +59,8 @@ extern "C" {
  *
  * A linked list of entries with keys. A key is `length` bytes at `key`; a negative length means that it ends
  * at its first NUL, and a NULL key is the empty key, which is a key like any other. Keys are copied. A key
- * that a function returns is a pointer into the key stream and a length, valid until an addition or a
- * removal.
+ * that a function returns is a pointer into the key stream (NULL while the stream has no block) and a length,
+ * valid until an addition or a removal. All keys of a list take at most 2^32 - 1 bytes.
  *
  * @{
  */
@@ -67,7 +68,7 @@ extern "C" {
 /**
  * One entry.
  *
- * Offsets into the key stream change when another entry is removed. It stays where it is until it is removed.
+ * An entry stays where it is until it is removed. Its key offset may change when another entry is removed.
  */
 typedef struct mub_list_entry {
   struct mub_list_entry *prev; /**< the previous entry; NULL at the head */
@@ -119,7 +120,7 @@ MUB_API mub_list *mub_list_init(mub_list *list, int own_entry_pool, int own_valu
  * @return the list
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner what the list owns is released; values and external pools stay the caller's
- * @invalidates all entries, and pointers to keys
+ * @invalidates all entries, pointers to keys, and all value blocks of an owned pool
  * @cost one release per chunk of the pools; O(entries) with an external entry pool
  */
 MUB_API mub_list *mub_list_term(mub_list *list);
@@ -137,25 +138,29 @@ MUB_API void mub_list_swap(mub_list *a, mub_list *b);
 /**
  * Copies a list.
  *
- * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
- * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
- * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
- * it, values are copied as words, and the destination gives up its own pool. `source_user_pool` and
- * `destination_user_pool` are given together with `callback`, or both are NULL.
+ * Owned pools are cloned: entries and value blocks keep their places in them, and addresses are translated. A
+ * value that is no block of the value pool becomes 0, and so do all values if the destination has no value
+ * pool of its own. External pools are shared, and the destination gives up its own pool: it takes fresh
+ * blocks of an external entry pool, and with an external value pool, values are copied as words.
+ *
+ * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
+ * if both lists are the same.
  *
  * @param[in] source                     the list to copy; it does not change
  * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
  *                                       there is none
- * @param[in,out] destination            an initialised list with the same flags; its old contents are dropped
+ * @param[in,out] destination            an initialised list with the same flags; its old entries are dropped
+ *                                       and their values not released
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry in turn, value 0 included, if the source owns
  *                                       its value pool; NULL: not called
  * @return the destination
- * @failure none; the destination is empty if memory runs out
+ * @failure none; the destination is empty if memory runs out, or if it has no pool to take entries from
  * @owner the copy belongs to the destination; an external pool is shared by both lists
- * @invalidates all entries of the destination, and pointers to its keys
- * @cost O(entries)
+ * @invalidates all entries of the destination and pointers to its keys, and all blocks of its own pools and
+ *   of a `destination_user_pool` that is overwritten
+ * @cost O(entries), and the bytes of the keys and pools that are cloned
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_pool, mub_list *destination,
@@ -166,7 +171,7 @@ MUB_API mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_p
  *
  * @param[in,out] list  the list
  * @return the entry, cleared and neither linked nor counted
- * @failure NULL if there is none
+ * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
  * @level low
@@ -181,7 +186,7 @@ MUB_API mub_list_entry *mub_list_entry_new(mub_list *list);
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] value     any word, 0 included
  * @return the entry
- * @failure NULL if memory ran out
+ * @failure NULL if memory ran out or the keys would exceed 2^32 - 1 bytes
  * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
@@ -199,7 +204,7 @@ MUB_API mub_list_entry *mub_list_add_head(mub_list *list, const void *key, int64
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] value     any word, 0 included
  * @return the entry
- * @failure NULL if memory ran out
+ * @failure NULL if memory ran out or the keys would exceed 2^32 - 1 bytes
  * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
@@ -217,7 +222,8 @@ MUB_API mub_list_entry *mub_list_add_tail(mub_list *list, const void *key, int64
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] init      called with the new block before the entry is linked and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; if only the block cannot be allocated, the entry is added with value 0
+ * @failure 0 if memory ran out or the keys would exceed 2^32 - 1 bytes; also 0 if there was no block, and the
+ *   entry is added with value 0
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates pointers to keys
  * @cost O(length) amortised, for the bytes of the key
@@ -234,7 +240,8 @@ MUB_API uint64_t mub_list_add_head_new(mub_list *list, const void *key, int64_t 
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] init      called with the new block before the entry is linked and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; if only the block cannot be allocated, the entry is added with value 0
+ * @failure 0 if memory ran out or the keys would exceed 2^32 - 1 bytes; also 0 if there was no block, and the
+ *   entry is added with value 0
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates pointers to keys
  * @cost O(length) amortised, for the bytes of the key
@@ -250,10 +257,10 @@ MUB_API uint64_t mub_list_add_tail_new(mub_list *list, const void *key, int64_t 
  *
  * @param[in,out] list  the list
  * @param[in] source    the list to copy from; may be `list` itself
- * @failure nothing is added if memory runs out
+ * @failure nothing is added if memory runs out or the keys would exceed 2^32 - 1 bytes
  * @owner keys are copied; values are copied as words, so that both lists refer to the same things
  * @invalidates pointers to keys
- * @cost O(entries of `source`)
+ * @cost O(entries of `source` and the bytes of their keys)
  */
 MUB_API void mub_list_add_head_list(mub_list *list, const mub_list *source);
 
@@ -264,10 +271,10 @@ MUB_API void mub_list_add_head_list(mub_list *list, const mub_list *source);
  *
  * @param[in,out] list  the list
  * @param[in] source    the list to copy from; may be `list` itself
- * @failure nothing is added if memory runs out
+ * @failure nothing is added if memory runs out or the keys would exceed 2^32 - 1 bytes
  * @owner keys are copied; values are copied as words, so that both lists refer to the same things
  * @invalidates pointers to keys
- * @cost O(entries of `source`)
+ * @cost O(entries of `source` and the bytes of their keys)
  */
 MUB_API void mub_list_add_tail_list(mub_list *list, const mub_list *source);
 
@@ -280,7 +287,7 @@ MUB_API void mub_list_add_tail_list(mub_list *list, const mub_list *source);
  * @param[in] length        bytes of the key; negative: up to its first NUL
  * @param[in] value         any word, 0 included
  * @return the entry
- * @failure NULL if memory ran out
+ * @failure NULL if memory ran out or the keys would exceed 2^32 - 1 bytes
  * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
@@ -300,7 +307,7 @@ MUB_API mub_list_entry *mub_list_insert_before(mub_list *list, mub_list_entry *p
  * @param[in] length        bytes of the key; negative: up to its first NUL
  * @param[in] value         any word, 0 included
  * @return the entry
- * @failure NULL if memory ran out
+ * @failure NULL if memory ran out or the keys would exceed 2^32 - 1 bytes
  * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
@@ -335,7 +342,8 @@ MUB_API mub_list_entry *mub_list_get_tail_position(const mub_list *list);
  * Reads the first entry.
  *
  * @param[in] list     the list
- * @param[out] key     receives the address of its key, which has no NUL after it; NULL in an empty list
+ * @param[out] key     receives the address of its key, which has no NUL after it; NULL in an empty list, and
+ *                     while the key stream has no block
  * @param[out] length  receives the bytes of the key; 0 in an empty list
  * @return its value
  * @failure 0 in an empty list
@@ -349,7 +357,8 @@ MUB_API uint64_t mub_list_get_head(const mub_list *list, const char **key, int64
  * Reads the last entry.
  *
  * @param[in] list     the list
- * @param[out] key     receives the address of its key, which has no NUL after it; NULL in an empty list
+ * @param[out] key     receives the address of its key, which has no NUL after it; NULL in an empty list, and
+ *                     while the key stream has no block
  * @param[out] length  receives the bytes of the key; 0 in an empty list
  * @return its value
  * @failure 0 in an empty list
@@ -363,9 +372,9 @@ MUB_API uint64_t mub_list_get_tail(const mub_list *list, const char **key, int64
  * Reads the entry at a position and steps towards the tail.
  *
  * @param[in] list          the list
- * @param[in,out] position  in: the entry to read, may be NULL; out: the entry after it, NULL at the end
+ * @param[in,out] position  in: the entry to read, may be NULL; out: the entry after it, NULL after the tail
  * @param[out] key          receives the address of the key of the entry read, which has no NUL after it; NULL
- *                          at position NULL
+ *                          at position NULL, and while the key stream has no block
  * @param[out] length       receives the bytes of the key; 0 at position NULL
  * @return the value of the entry read
  * @failure 0 at position NULL
@@ -380,9 +389,9 @@ MUB_API uint64_t mub_list_get_next(const mub_list *list, mub_list_entry **positi
  * Reads the entry at a position and steps towards the head.
  *
  * @param[in] list          the list
- * @param[in,out] position  in: the entry to read, may be NULL; out: the entry before it, NULL at the end
+ * @param[in,out] position  in: the entry to read, may be NULL; out: the entry before it, NULL before the head
  * @param[out] key          receives the address of the key of the entry read, which has no NUL after it; NULL
- *                          at position NULL
+ *                          at position NULL, and while the key stream has no block
  * @param[out] length       receives the bytes of the key; 0 at position NULL
  * @return the value of the entry read
  * @failure 0 at position NULL
@@ -398,7 +407,8 @@ MUB_API uint64_t mub_list_get_prev(const mub_list *list, mub_list_entry **positi
  *
  * @param[in] list      the list
  * @param[in] position  the entry
- * @param[out] key      receives the address of its key, which has no NUL after it; NULL at position NULL
+ * @param[out] key      receives the address of its key, which has no NUL after it; NULL at position NULL, and
+ *                      while the key stream has no block
  * @param[out] length   receives the bytes of the key; 0 at position NULL
  * @return its value
  * @failure 0 at position NULL
@@ -411,12 +421,12 @@ MUB_API uint64_t mub_list_get_at(const mub_list *list, const mub_list_entry *pos
                                  int64_t *length);
 
 /**
- * Looks for a key, with regard to case.
+ * Finds the first entry with a key; case counts.
  *
  * @param[in] list    the list
- * @param[in] key     the bytes of the key, which are copied; NULL is the empty key
+ * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
- * @return the first entry from the head that has it
+ * @return the first such entry from the head
  * @failure NULL if there is none
  * @owner the entry is a block of the entry pool and belongs to the list until it is removed
  * @cost O(entries)
@@ -434,8 +444,8 @@ MUB_API mub_list_entry *mub_list_find(const mub_list *list, const void *key, int
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry goes back to its pool
  * @invalidates the entry, and pointers to keys
- * @cost O(entries): the key's bytes are cut out of the key stream and the offsets after them lowered, in one
- *   pass over memory if the list owns its entry pool; O(1) for an empty key
+ * @cost O(entries): the key's bytes are removed from the key stream and the offsets after them lowered, in
+ *   one pass over memory if the list owns its entry pool; O(1) for an empty key
  */
 MUB_API uint64_t mub_list_remove_head(mub_list *list);
 
@@ -448,8 +458,8 @@ MUB_API uint64_t mub_list_remove_head(mub_list *list);
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry goes back to its pool
  * @invalidates the entry, and pointers to keys
- * @cost O(entries): the key's bytes are cut out of the key stream and the offsets after them lowered, in one
- *   pass over memory if the list owns its entry pool; O(1) for an empty key
+ * @cost O(entries): the key's bytes are removed from the key stream and the offsets after them lowered, in
+ *   one pass over memory if the list owns its entry pool; O(1) for an empty key
  */
 MUB_API uint64_t mub_list_remove_tail(mub_list *list);
 
@@ -465,8 +475,8 @@ MUB_API uint64_t mub_list_remove_tail(mub_list *list);
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry goes back to its pool
  * @invalidates the entry, and pointers to keys
- * @cost O(entries): the key's bytes are cut out of the key stream and the offsets after them lowered, in one
- *   pass over memory if the list owns its entry pool; O(1) for an empty key
+ * @cost O(entries): the key's bytes are removed from the key stream and the offsets after them lowered, in
+ *   one pass over memory if the list owns its entry pool; O(1) for an empty key
  * @nullable position
  */
 MUB_API uint64_t mub_list_remove_at(mub_list *list, mub_list_entry *position);
@@ -497,7 +507,7 @@ MUB_API mub_list *mub_list_remove_all(mub_list *list);
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   their pool
- * @invalidates all entries, and pointers to keys
+ * @invalidates all entries, pointers to keys, and the values
  * @cost O(entries)
  * @nullable release
  */
@@ -521,7 +531,7 @@ MUB_API void mub_list_remove_all_entry(mub_list *list);
 /**
  * Releases every value that is not 0 and returns the entries to an external entry pool.
  *
- * The values' blocks go back to an external value pool. Links and count stay as after
+ * The values' blocks go back to an external value pool. Links and count stay as they are, as in
  * mub_list_remove_all_entry().
  *
  * @param[in,out] list  the list
@@ -529,7 +539,7 @@ MUB_API void mub_list_remove_all_entry(mub_list *list);
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   an external pool, although the list still refers to them
- * @invalidates all entries, if their pool is external
+ * @invalidates the values; all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
  * @level low
@@ -537,12 +547,12 @@ MUB_API void mub_list_remove_all_entry(mub_list *list);
 MUB_API void mub_list_free_all_entry(mub_list *list, mub_free_fn release);
 
 /**
- * Lowers the key offsets after bytes were cut out of the key stream: those beyond `offset`, and that of a
+ * Lowers the key offsets after bytes were removed from the key stream: those beyond `offset`, and that of a
  * non-empty key at `offset` itself.
  *
  * @param[in,out] list  the list
- * @param[in] offset    where the bytes were cut out
- * @param[in] length    what the offsets are lowered by, modulo 2^32; the low 32 bits are used
+ * @param[in] offset    where the bytes were
+ * @param[in] length    what the offsets are lowered by; its low 32 bits are used
  * @invalidates nothing
  * @cost O(entries)
  * @level low
@@ -559,7 +569,7 @@ MUB_API void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length);
  * @param[in] separator  the separator; its low 8 bits are used
  * @param[in] text       the text to split
  * @param[in] length     bytes of the text; negative: up to its first NUL
- * @failure nothing is added if memory runs out
+ * @failure nothing is added if memory runs out or the keys would exceed 2^32 - 1 bytes
  * @owner the pieces are copied
  * @invalidates pointers to keys
  * @cost O(length)
@@ -568,7 +578,7 @@ MUB_API void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length);
 MUB_API void mub_list_from_string(mub_list *list, int separator, const char *text, int64_t length);
 
 /**
- * Writes the keys as one text, with a separator between each two.
+ * Joins the keys into one text, with the separator between them.
  *
  * Empty keys at the front leave no separator: "", "", "a" give "a", while "x", "", "y" give "x,,y".
  *
@@ -632,7 +642,7 @@ MUB_API mub_lists *mub_lists_init(mub_lists *list, int own_entry_pool, int own_v
  * @return the list
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner what the list owns is released; values and external pools stay the caller's
- * @invalidates all entries
+ * @invalidates all entries, and all value blocks of an owned pool
  * @cost one release per chunk of the pools; O(entries) with an external entry pool
  */
 MUB_API mub_lists *mub_lists_term(mub_lists *list);
@@ -650,25 +660,29 @@ MUB_API void mub_lists_swap(mub_lists *a, mub_lists *b);
 /**
  * Copies a list.
  *
- * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
- * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
- * has no value pool of its own. An external pool is shared with the clone: it gets fresh entry blocks from
- * it, values are copied as words, and the destination gives up its own pool. `source_user_pool` and
- * `destination_user_pool` are given together with `callback`, or both are NULL.
+ * Owned pools are cloned: entries and value blocks keep their places in them, and addresses are translated. A
+ * value that is no block of the value pool becomes 0, and so do all values if the destination has no value
+ * pool of its own. External pools are shared, and the destination gives up its own pool: it takes fresh
+ * blocks of an external entry pool, and with an external value pool, values are copied as words.
+ *
+ * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
+ * if both lists are the same.
  *
  * @param[in] source                     the list to copy; it does not change
  * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
  *                                       there is none
- * @param[in,out] destination            an initialised list with the same flags; its old contents are dropped
+ * @param[in,out] destination            an initialised list with the same flags; its old entries are dropped
+ *                                       and their values not released
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry in turn, value 0 included, if the source owns
  *                                       its value pool; NULL: not called
  * @return the destination
- * @failure none; the destination is empty if memory runs out
+ * @failure none; the destination is empty if memory runs out, or if it has no pool to take entries from
  * @owner the copy belongs to the destination; an external pool is shared by both lists
- * @invalidates all entries of the destination
- * @cost O(entries)
+ * @invalidates all entries of the destination, and all blocks of its own pools and of a
+ *   `destination_user_pool` that is overwritten
+ * @cost O(entries), and the bytes of the pools that are cloned
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_user_pool,
@@ -680,7 +694,7 @@ MUB_API mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_use
  *
  * @param[in,out] list  the list
  * @return the entry, cleared and neither linked nor counted
- * @failure NULL if there is none
+ * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
  * @level low
@@ -719,7 +733,7 @@ MUB_API mub_lists_entry *mub_lists_add_tail(mub_lists *list, uint64_t value);
  * @param[in,out] list  the list
  * @param[in] init      called with the new block before the entry is linked and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; if only the block cannot be allocated, 0 is added
+ * @failure 0 if memory ran out; also 0 if there was no block, and 0 is added
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates nothing
  * @nullable init
@@ -732,7 +746,7 @@ MUB_API uint64_t mub_lists_add_head_new(mub_lists *list, mub_init_fn init);
  * @param[in,out] list  the list
  * @param[in] init      called with the new block before the entry is linked and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; if only the block cannot be allocated, 0 is added
+ * @failure 0 if memory ran out; also 0 if there was no block, and 0 is added
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates nothing
  * @nullable init
@@ -837,7 +851,7 @@ MUB_API uint64_t mub_lists_get_tail(const mub_lists *list);
  * Reads the value at a position and steps towards the tail.
  *
  * @param[in] list          the list
- * @param[in,out] position  in: the entry to read, may be NULL; out: the entry after it, NULL at the end
+ * @param[in,out] position  in: the entry to read, may be NULL; out: the entry after it, NULL after the tail
  * @return the value read
  * @failure 0 at position NULL
  * @owner the value stays in the list
@@ -848,7 +862,7 @@ MUB_API uint64_t mub_lists_get_next(const mub_lists *list, mub_lists_entry **pos
  * Reads the value at a position and steps towards the head.
  *
  * @param[in] list          the list
- * @param[in,out] position  in: the entry to read, may be NULL; out: the entry before it, NULL at the end
+ * @param[in,out] position  in: the entry to read, may be NULL; out: the entry before it, NULL before the head
  * @return the value read
  * @failure 0 at position NULL
  * @owner the value stays in the list
@@ -868,11 +882,11 @@ MUB_API uint64_t mub_lists_get_prev(const mub_lists *list, mub_lists_entry **pos
 MUB_API uint64_t mub_lists_get_at(const mub_lists *list, const mub_lists_entry *position);
 
 /**
- * Looks for a value as a number.
+ * Finds the first entry with a value.
  *
  * @param[in] list   the list
  * @param[in] value  any word, 0 included
- * @return the first entry from the head that has it
+ * @return the first such entry from the head
  * @failure NULL if there is none
  * @owner the entry is a block of the entry pool and belongs to the list until it is removed
  * @cost O(entries)
@@ -880,7 +894,7 @@ MUB_API uint64_t mub_lists_get_at(const mub_lists *list, const mub_lists_entry *
 MUB_API mub_lists_entry *mub_lists_find_at(const mub_lists *list, uint64_t value);
 
 /**
- * Looks for a value with a comparer.
+ * Finds the first entry whose value a comparer finds equal to a key.
  *
  * @param[in] list     the list
  * @param[in] key      what to look for; passed to the comparer
@@ -894,7 +908,7 @@ MUB_API mub_lists_entry *mub_lists_find_at(const mub_lists *list, uint64_t value
 MUB_API mub_lists_entry *mub_lists_find(const mub_lists *list, uint64_t key, mub_compare_fn compare);
 
 /**
- * Looks for a value with a comparer that takes a context.
+ * Finds the first entry whose value a comparer with a context finds equal to a key.
  *
  * @param[in] list     the list
  * @param[in] key      what to look for; passed to the comparer
@@ -976,7 +990,7 @@ MUB_API mub_lists *mub_lists_remove_all(mub_lists *list);
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   their pool
- * @invalidates all entries
+ * @invalidates all entries, and the values
  * @cost O(entries)
  * @nullable release
  */
@@ -1000,7 +1014,7 @@ MUB_API void mub_lists_remove_all_entry(mub_lists *list);
 /**
  * Releases every value that is not 0 and returns the entries to an external entry pool.
  *
- * The values' blocks go back to an external value pool. Links and count stay as after
+ * The values' blocks go back to an external value pool. Links and count stay as they are, as in
  * mub_lists_remove_all_entry().
  *
  * @param[in,out] list  the list
@@ -1008,7 +1022,7 @@ MUB_API void mub_lists_remove_all_entry(mub_lists *list);
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   an external pool, although the list still refers to them
- * @invalidates all entries, if their pool is external
+ * @invalidates the values; all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
  * @level low
@@ -1020,7 +1034,7 @@ MUB_API void mub_lists_free_all_entry(mub_lists *list, mub_free_fn release);
 /**
  * @defgroup listx mub_listx: a doubly linked list of blocks of up to 32 values
  *
- * A linked list of blocks of values. Values are added and removed at the two ends alone. There are no
+ * A linked list of blocks of values. Values are added and removed only at the two ends. There are no
  * positions: read the blocks themselves,
  *
  *     for (const mub_listx_block *block = list.head; block != NULL; block = block->next)
@@ -1070,7 +1084,7 @@ MUB_API mub_listx *mub_listx_init(mub_listx *list, int own_entry_pool, int own_v
  * @return the list
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner what the list owns is released; values and external pools stay the caller's
- * @invalidates all blocks
+ * @invalidates all blocks, those of an owned value pool included
  * @cost one release per chunk of the pools; O(blocks) with an external entry pool
  */
 MUB_API mub_listx *mub_listx_term(mub_listx *list);
@@ -1080,7 +1094,7 @@ MUB_API mub_listx *mub_listx_term(mub_listx *list);
  *
  * @param[in,out] list  the list
  * @return the block, cleared and not linked
- * @failure NULL if there is none
+ * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
  * @level low
@@ -1095,8 +1109,8 @@ MUB_API mub_listx_block *mub_listx_entry_new(mub_listx *list);
  * @return the list
  * @failure NULL if memory ran out
  * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates positions in the head block, whose values move up
- * @cost O(1); at most 32 values move
+ * @invalidates positions in the head block, whose values move up unless the block is full
+ * @cost O(1); at most 31 values move
  */
 MUB_API mub_listx *mub_listx_add_head(mub_listx *list, uint64_t value);
 
@@ -1119,10 +1133,10 @@ MUB_API mub_listx *mub_listx_add_tail(mub_listx *list, uint64_t value);
  * @param[in,out] list  the list
  * @param[in] init      called with the new block before it is added and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; if only the block of the value pool cannot be allocated, 0 is added
+ * @failure 0 if memory ran out; also 0 if there was no block of the value pool, and 0 is added
  * @owner the block belongs to the value pool; the list refers to it
- * @invalidates positions in the head block, whose values move up
- * @cost O(1); at most 32 values move
+ * @invalidates positions in the head block, whose values move up unless the block is full
+ * @cost O(1); at most 31 values move
  * @nullable init
  */
 MUB_API uint64_t mub_listx_add_head_new(mub_listx *list, mub_init_fn init);
@@ -1133,7 +1147,7 @@ MUB_API uint64_t mub_listx_add_head_new(mub_listx *list, mub_init_fn init);
  * @param[in,out] list  the list
  * @param[in] init      called with the new block before it is added and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; if only the block of the value pool cannot be allocated, 0 is added
+ * @failure 0 if memory ran out; also 0 if there was no block of the value pool, and 0 is added
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates nothing
  * @cost O(1)
@@ -1149,7 +1163,8 @@ MUB_API uint64_t mub_listx_add_tail_new(mub_listx *list, mub_init_fn init);
  * @failure 0 if the list is empty; a block for which the pool's free stack finds no memory is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released
- * @invalidates positions in the head block, whose values move down; the block itself with its last value
+ * @invalidates positions in the head block, whose values move down; the block itself, if this was its last
+ *   value
  * @cost O(1); at most 31 values move
  */
 MUB_API uint64_t mub_listx_remove_head(mub_listx *list);
@@ -1162,7 +1177,7 @@ MUB_API uint64_t mub_listx_remove_head(mub_listx *list);
  * @failure 0 if the list is empty; a block for which the pool's free stack finds no memory is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released
- * @invalidates the tail block with its last value
+ * @invalidates the tail block, if this was its last value
  */
 MUB_API uint64_t mub_listx_remove_tail(mub_listx *list);
 
@@ -1191,7 +1206,7 @@ MUB_API mub_listx *mub_listx_remove_all(mub_listx *list);
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; the list's blocks
  *   go back to their pool
- * @invalidates all blocks
+ * @invalidates all blocks, and the values
  * @cost O(values)
  * @nullable release
  */
@@ -1216,14 +1231,14 @@ MUB_API void mub_listx_remove_all_entry(mub_listx *list);
  * Releases the values of every block like mub_listx_free_array(), then returns the block to an external entry
  * pool.
  *
- * Links and count stay as after mub_listx_remove_all_entry().
+ * Links and count stay as they are, as in mub_listx_remove_all_entry().
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; the list's blocks
  *   go back to an external pool, although the list still refers to them
- * @invalidates all blocks, if their pool is external
+ * @invalidates the values; all blocks, if their pool is external
  * @cost O(values)
  * @nullable release
  * @level low

@@ -4,7 +4,8 @@
  *   mub::lists   for (std::uint64_t &value : list)   bare values
  *   mub::listx   for (std::uint64_t &value : list)   bare values, up to 32 in a block: no positions
  *
- * A position is the address of an entry, as in C; nullptr means the respective end of the list. */
+ * A position is the address of an entry, as in C. With nullptr, insert_before() adds at the head,
+ * insert_after() at the tail, and remove_at() does nothing. */
 #ifndef MUB_LIST_HPP
 #define MUB_LIST_HPP
 
@@ -158,7 +159,7 @@ class linked : public owner<Derived, list_life<Traits>> {
   linked(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
-  /** With a value pool, too. */
+  /** With an entry pool and a value pool of its own. */
   explicit linked(value_blocks values) noexcept : linked(true, true) {
     set_block_size(c()->value_pool, values.size);
   }
@@ -207,7 +208,7 @@ class positioned : public linked<Derived, Traits> {
   using linked<Derived, Traits>::linked;
   using linked<Derived, Traits>::c;
 
-  /** A copy, made by mub_list_clone() without external pools. */
+  /** A copy, made by mub_list_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] Derived clone(mub_clone_fn adjust = nullptr) const {
     Derived copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
     clone_to<Traits>(copy.c(), c(), adjust);
@@ -232,7 +233,7 @@ class positioned : public linked<Derived, Traits> {
 
 }  // namespace detail
 
-/** Values with byte-string keys; see mub_list. Additions return the entry; nullptr if memory ran out. */
+/** Values with byte-string keys; see mub_list. Additions return the entry; nullptr if they were refused. */
 class list : public detail::positioned<list, detail::list_traits> {
  public:
   using positioned::positioned;
@@ -288,7 +289,10 @@ class listx : public detail::linked<listx, detail::listx_traits> {
  public:
   using linked::linked;
 
-  /** A copy of the values as words, with an entry pool as this one has it; empty if memory ran out. */
+  /**
+   * A copy of the values as words, with an entry pool of its own, or sharing an external one; empty if memory
+   * ran out.
+   */
   [[nodiscard]] listx clone() const {
     listx copy(c()->owns_entry_pool != 0, false);
     if (c()->owns_entry_pool == 0) copy.c()->entry_pool = c()->entry_pool;
@@ -301,7 +305,7 @@ class listx : public detail::linked<listx, detail::listx_traits> {
   }
 
   /**
-   * Add a value at the head or the tail; false if memory ran out; see mub_listx_add_head() and
+   * Add a value at the head or the tail; false if memory ran out. See mub_listx_add_head() and
    * mub_listx_add_tail().
    */
   [[nodiscard]] bool push_front(std::uint64_t value) { return mub_listx_add_head(c(), value) != nullptr; }
