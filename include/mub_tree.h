@@ -13,13 +13,13 @@
  *     └───────────────────┘  prev of the first is the last
  *
  * The root lies in the tree's record: the record's address is that of the root, which is never released.
- * Neither tree stores keys. In a mub_tree, entries are found by a comparer of the caller's; where an entry of
- * a mub_bitree belongs, the caller says.
+ * Neither tree stores keys. The entries of a mub_tree are found by a comparer of the caller's; in a
+ * mub_bitree, the caller says where an entry belongs.
  *
  * **Entry pool.** The functions that make entries need one: made by `_init`, or an external one, written into
  * `entry_pool`, with a block size of at least that of the entry record. Several trees may share an external
  * pool. Entries may also lie in the caller's own memory, as long as no function that returns entries to a
- * pool meets them.
+ * pool reaches them.
  *
  * **Value pool.** A pool made by `_init` has no block size yet: store the size of your values in
  * `value_pool->block_size`. Blocks of an owned value pool are released with the whole pool; single blocks go
@@ -39,7 +39,7 @@
  * | mub_tree_entry_last()        | the entry            | NULL                    |                        |
  * | `_entry_new`                 |                      | a new entry, not linked | NULL                   |
  * | `_clone_entry`               | the copy, not linked |                         | NULL                   |
- * | `_clone`                     |                      |                         | the destination, empty |
+ * | `_clone`                     | the destination      |                         | the destination, empty |
  *
  * @{
  */
@@ -82,7 +82,7 @@ typedef struct mub_tree_entry {
 
 /** Entries with any number of children. */
 typedef struct mub_tree {
-  mub_tree_entry root;      /**< paths and searches downward start below it; its value is the caller's too */
+  mub_tree_entry root;      /**< paths start below it, and never lead to it; its value is the caller's too */
   int64_t count;            /**< links made minus links undone, not entries: removing a subtree undoes one */
   mub_pool *entry_pool;     /**< where the entries come from; NULL if there is none */
   uint16_t owns_entry_pool; /**< 1: made by `_init`, released by `_term` */
@@ -93,11 +93,11 @@ typedef struct mub_tree {
 /**
  * Checks whether an entry matches a key.
  *
- * Entries that mub_tree_insert() made before the last one of a path have value 0.
+ * Entries that mub_tree_insert() made on the way to the last one of a path have value 0.
  *
  * @param[in] entry   the entry
  * @param[in] key     the key
- * @param[in] length  its bytes, as the caller or the path has them
+ * @param[in] length  bytes of the key, as they were passed or as the path has them
  * @return 0 if the entry matches
  * @bounds key[length]
  * @nullable key
@@ -107,12 +107,12 @@ typedef int (*mub_tree_compare_fn)(const mub_tree_entry *entry, const void *key,
 /**
  * Checks whether an entry matches a key in the `_x` functions, which pass the caller's context.
  *
- * Entries that mub_tree_insert_x() made before the last one of a path have value 0.
+ * Entries that mub_tree_insert_x() made on the way to the last one of a path have value 0.
  *
  * @param[in] entry    the entry
  * @param[in] context  the caller's context
  * @param[in] key      the key
- * @param[in] length   its bytes, as the caller or the path has them
+ * @param[in] length   bytes of the key, as they were passed or as the path has them
  * @return 0 if the entry matches
  * @bounds key[length]
  * @nullable key
@@ -136,14 +136,14 @@ MUB_API mub_tree *mub_tree_init(mub_tree *tree, int own_entry_pool, int own_valu
 /**
  * Releases the pools that the tree owns and returns entries to an external entry pool.
  *
- * The fields of owned pools are then NULL, their flags as they were. Values are not visited. The tree is
- * empty.
+ * The fields of owned pools become NULL; their flags do not change. Values are not visited. The tree is then
+ * empty, with a cleared root.
  *
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner what the tree owns is released; values and external pools stay the caller's
- * @invalidates all entries but the root
+ * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
 MUB_API mub_tree *mub_tree_term(mub_tree *tree);
@@ -151,21 +151,22 @@ MUB_API mub_tree *mub_tree_term(mub_tree *tree);
 /**
  * Empties the tree.
  *
- * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ * Entries go back to an external pool, owned pools are emptied, and the root is cleared. Values are not
+ * visited.
  *
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner entries go back to their pool; values are not released
- * @invalidates all entries but the root
+ * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
 MUB_API mub_tree *mub_tree_remove_all(mub_tree *tree);
 
 /**
- * Releases every value that is not 0, the root's included, then empties the tree.
+ * Releases every value that is not 0, the root's included, then empties the tree and clears the root.
  *
- * The values' blocks go back to an external value pool.
+ * The values' blocks go back to an external value pool, and an owned one is emptied.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, children before their parents; NULL: not called
@@ -173,7 +174,7 @@ MUB_API mub_tree *mub_tree_remove_all(mub_tree *tree);
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   their pool
- * @invalidates all entries but the root
+ * @invalidates all entries but the root, and the values
  * @cost O(entries)
  * @nullable release
  */
@@ -182,26 +183,30 @@ MUB_API mub_tree *mub_tree_free_all(mub_tree *tree, mub_free_fn release);
 /**
  * Copies a tree.
  *
- * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
- * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
- * has no value pool of its own. An entry that is no block of the entry pool is left out, with all below it.
- * An external pool is shared with the clone: it gets fresh entry blocks from it, values are copied as words,
- * and the destination gives up its own pool. `source_user_pool` and `destination_user_pool` are given
- * together with `callback`, or both are NULL.
+ * Owned pools are cloned: entries and value blocks keep their places in them, and addresses are translated. A
+ * value that is no block of the value pool becomes 0, and so do all values if the destination has no value
+ * pool of its own. An entry that is no block of the entry pool is left out, with all below it. External pools
+ * are shared, and the destination gives up its own pool: it takes fresh blocks of an external entry pool, and
+ * with an external value pool, values are copied as words.
+ *
+ * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
+ * if both trees are the same.
  *
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
  *                                       there is none
- * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
+ * @param[in,out] destination            an initialised tree with the same flags; its old entries are dropped
+ *                                       and their values not released
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, the root and value 0 included, parents before
  *                                       their children, if the source owns its value pool; NULL: not called
  * @return the destination
- * @failure none; the destination is empty if memory runs out
+ * @failure none; the destination is empty if memory runs out, or if it has no pool to take entries from
  * @owner the copy belongs to the destination; an external pool is shared by both trees
- * @invalidates all entries of the destination but the root
- * @cost O(entries)
+ * @invalidates all entries of the destination but the root, and all blocks of its own pools and of a
+ *   `destination_user_pool` that is overwritten
+ * @cost O(entries), and the bytes of the pools that are cloned
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_pool, mub_tree *destination,
@@ -212,10 +217,10 @@ MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_p
  *
  * Values are copied as words.
  *
- * @param[in,out] tree  the tree that gets the copy; its `count` rises by the links within
+ * @param[in,out] tree  the tree that gets the copy; its `count` rises by the links within the copy
  * @param[in] source    an entry of this tree or of any other
  * @return the copy, not linked
- * @failure NULL if memory ran out
+ * @failure NULL if memory ran out or there is no entry pool
  * @owner the copies are blocks of the tree's entry pool, for the caller to link; values are copied as words
  * @invalidates nothing
  * @cost O(entries copied)
@@ -240,7 +245,7 @@ MUB_API mub_tree_entry *mub_tree_clone_entry(mub_tree *tree, const mub_tree_entr
 MUB_API int mub_tree_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
 /**
- * Makes the entry the parent of all children on its ring, after its content was moved here.
+ * Makes an entry the parent of all its children, after its content was moved there from another entry.
  *
  * @param[in,out] entry  an entry
  * @invalidates nothing
@@ -263,7 +268,7 @@ MUB_API void mub_tree_entry_init(mub_tree_entry *entry);
  *
  * @param[in,out] tree  the tree
  * @return the entry, cleared and neither linked nor counted
- * @failure NULL if there is none
+ * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
  */
@@ -287,7 +292,7 @@ MUB_API void mub_tree_entry_append(mub_tree *tree, mub_tree_entry *parent, mub_t
  *
  * @param[in,out] tree     the tree
  * @param[in,out] sibling  the other entry; with NULL, or an entry without a parent, nothing changes
- * @param[in,out] entry    an entry that is not linked; with NULL nothing changes
+ * @param[in,out] entry    an entry that is not linked; with NULL or `sibling` itself nothing changes
  * @owner the tree refers to the entry, which stays where it is
  * @invalidates nothing
  * @nullable sibling, entry
@@ -310,8 +315,8 @@ MUB_API void mub_tree_entry_remove(mub_tree *tree, mub_tree_entry *entry);
 /**
  * Returns an entry and all below it to an external entry pool; nothing happens with an owned one.
  *
- * Links and `count` stay as they are, so unlink the entry first. If the entry is the root, the root stays and
- * still links to its former children: clear its `first_child`.
+ * Links and `count` stay as they are, so unlink the entry first. The root is not returned and still links to
+ * its former children: clear its `first_child`.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry
@@ -324,8 +329,8 @@ MUB_API void mub_tree_entry_remove(mub_tree *tree, mub_tree_entry *entry);
 MUB_API void mub_tree_entry_remove_x(mub_tree *tree, mub_tree_entry *entry);
 
 /**
- * Releases every value of an entry and all below it that is not 0, then does the same as
- * mub_tree_entry_remove_x().
+ * Releases the values of an entry and all below it, and returns the entries as mub_tree_entry_remove_x()
+ * does.
  *
  * The values' blocks go back to an external value pool, whoever owns the entry pool. The entries keep the
  * words of their values.
@@ -335,8 +340,8 @@ MUB_API void mub_tree_entry_remove_x(mub_tree *tree, mub_tree_entry *entry);
  * @param[in] release    called with every value that is not 0, children before their parents; NULL: not
  *                       called
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries as for
- *   mub_tree_entry_remove_x()
+ * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
+ *   an external pool, although links still lead to them
  * @invalidates the values; the entry and those below it, if their pool is external
  * @cost O(entries below)
  * @nullable release
@@ -346,7 +351,7 @@ MUB_API void mub_tree_entry_free(mub_tree *tree, mub_tree_entry *entry, mub_free
 /**
  * Exchanges the five fields of two entries, then makes each the parent of its new children.
  *
- * For entries without a parent: the siblings and the parent of a linked entry are not updated.
+ * This is for entries without a parent: the siblings and the parent of a linked entry are not updated.
  *
  * @param[in,out] a  one entry
  * @param[in,out] b  the other entry
@@ -397,7 +402,7 @@ MUB_API mub_tree_entry *mub_tree_entry_prev(const mub_tree_entry *entry);
  * @return the first child, else what mub_tree_entry_find_next() gives
  * @failure NULL at the end
  * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
- * @cost O(1) on average
+ * @cost O(depth); O(1) on average in a walk over the tree
  * @nullable bound
  */
 MUB_API mub_tree_entry *mub_tree_entry_iter_next(const mub_tree_entry *bound, const mub_tree_entry *entry);
@@ -418,11 +423,12 @@ MUB_API mub_tree_entry *mub_tree_entry_iter_next(const mub_tree_entry *bound, co
 MUB_API mub_tree_entry *mub_tree_entry_find_next(const mub_tree_entry *bound, const mub_tree_entry *entry);
 
 /**
- * Searches in document order, from after `start` to the end of what is below `bound`.
+ * Searches the entries after `start` in document order, as far as they are below `bound`.
  *
  * In document order an entry comes before its children, and siblings come in turn.
  *
- * @param[in] bound    `start` itself, to search below it; or an ancestor, to continue after it; NULL: the top
+ * @param[in] bound    `start` itself: only what is below it; an ancestor: on to the end of what is below
+ *                     that; NULL: on to the end of the tree
  * @param[in] start    where to begin; not compared itself
  * @param[in] key      the key to look for; passed to the comparer
  * @param[in] length   the length of the key; passed to the comparer
@@ -438,11 +444,12 @@ MUB_API mub_tree_entry *mub_tree_entry_find(const mub_tree_entry *bound, const m
                                             const void *key, int64_t length, mub_tree_compare_fn compare);
 
 /**
- * Searches in document order, from after `start` to the end of what is below `bound`.
+ * Searches the entries after `start` in document order, as far as they are below `bound`.
  *
  * In document order an entry comes before its children, and siblings come in turn.
  *
- * @param[in] bound    `start` itself, to search below it; or an ancestor, to continue after it; NULL: the top
+ * @param[in] bound    `start` itself: only what is below it; an ancestor: on to the end of what is below
+ *                     that; NULL: on to the end of the tree
  * @param[in] start    where to begin; not compared itself
  * @param[in] context  any word; passed to the comparer before the key
  * @param[in] key      the key to look for; passed to the comparer
@@ -462,8 +469,8 @@ MUB_API mub_tree_entry *mub_tree_entry_find_x(const mub_tree_entry *bound, const
 /**
  * Searches the ancestors of an entry, upward.
  *
- * @param[in] stop     the first ancestor that is not compared any more; NULL: go on to the root, which is
- *                     compared
+ * @param[in] stop     the ancestor at which the search ends, not compared itself; NULL: the search goes up to
+ *                     the root, which is compared
  * @param[in] entry    an entry
  * @param[in] key      the key to look for; passed to the comparer
  * @param[in] length   the length of the key; passed to the comparer
@@ -482,8 +489,8 @@ MUB_API mub_tree_entry *mub_tree_entry_find_parent(const mub_tree_entry *stop, c
 /**
  * Searches the ancestors of an entry, upward.
  *
- * @param[in] stop     the first ancestor that is not compared any more; NULL: go on to the root, which is
- *                     compared
+ * @param[in] stop     the ancestor at which the search ends, not compared itself; NULL: the search goes up to
+ *                     the root, which is compared
  * @param[in] entry    an entry
  * @param[in] context  any word; passed to the comparer before the key
  * @param[in] key      the key to look for; passed to the comparer
@@ -501,11 +508,11 @@ MUB_API mub_tree_entry *mub_tree_entry_find_parent_x(const mub_tree_entry *stop,
                                                      mub_tree_compare_x_fn compare);
 
 /**
- * Checks whether an entry is anywhere below another, or the same.
+ * Checks whether an entry is anywhere below another.
  *
  * @param[in] ancestor  the entry that may be above
  * @param[in] entry     an entry
- * @return 1 if it is, else 0
+ * @return 1 if it is, else 0; 0 also if both are the same
  * @cost O(depth)
  */
 MUB_API int mub_tree_entry_find_child(const mub_tree_entry *ancestor, const mub_tree_entry *entry);
@@ -520,8 +527,8 @@ MUB_API int mub_tree_entry_find_child(const mub_tree_entry *ancestor, const mub_
 MUB_API int64_t mub_tree_entry_index(const mub_tree_entry *entry);
 
 /**
- * Inserts an entry's index path before the words of an array: the index of each entry from the top, which
- * counts as 1, down to the entry.
+ * Inserts the index path of an entry before the words of an array: what mub_tree_entry_index() gives for each
+ * entry from the top down to this one.
  *
  * The path of the root is [1].
  *
@@ -539,8 +546,8 @@ MUB_API void mub_tree_entry_array(const mub_tree_entry *entry, mub_arrayt *array
  *
  * @param[in] a  one entry
  * @param[in] b  the other entry
- * @return the difference of the first indexes that differ, else of the depths: an ancestor comes first; 0 for
- *   the same entry
+ * @return the difference of the first indexes that differ, else of the depths, so that an ancestor comes
+ *   first; 0 for the same entry
  * @cost O(depth + sum of the positions)
  */
 MUB_API int mub_tree_entry_compare(const mub_tree_entry *a, const mub_tree_entry *b);
@@ -551,10 +558,11 @@ MUB_API int mub_tree_entry_compare(const mub_tree_entry *a, const mub_tree_entry
  * @param[in,out] tree  the tree
  * @param[in] path      the keys of the steps; only read
  * @param[in] init      called with the block of the value pool that a new last entry gets; NULL: not called.
- *                      Entries made before the last get no value, nor does any without a value pool
+ *                      Entries made on the way to the last one have value 0, and so has the last one if there
+ *                      was no block
  * @param[in] compare   checks whether an entry matches a key; with NULL nothing happens
  * @return the entry at the end of the path, found or new
- * @failure NULL for an empty path, and if memory ran out; entries made before that stay
+ * @failure NULL for an empty path, without a comparer, and if memory ran out; entries made before that stay
  * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
  * @invalidates nothing
  * @cost O(entries visited)
@@ -570,10 +578,11 @@ MUB_API mub_tree_entry *mub_tree_insert(mub_tree *tree, const mub_array *path, m
  * @param[in] path      the keys of the steps; only read
  * @param[in] context   any word; passed to the comparer before the key
  * @param[in] init      called with the block of the value pool that a new last entry gets; NULL: not called.
- *                      Entries made before the last get no value, nor does any without a value pool
+ *                      Entries made on the way to the last one have value 0, and so has the last one if there
+ *                      was no block
  * @param[in] compare   checks whether an entry matches a key; with NULL nothing happens
  * @return the entry at the end of the path, found or new
- * @failure NULL for an empty path, and if memory ran out; entries made before that stay
+ * @failure NULL for an empty path, without a comparer, and if memory ran out; entries made before that stay
  * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
  * @invalidates nothing
  * @cost O(entries visited)
@@ -591,11 +600,12 @@ MUB_API mub_tree_entry *mub_tree_insert_x(mub_tree *tree, const mub_array *path,
  *                         end of the path the result is NULL
  * @param[in] path         the keys of the steps; only read
  * @param[in] init         called with the block of the value pool that a new last entry gets; NULL: not
- *                         called. Entries made before the last get no value, nor does any without a value
- *                         pool
+ *                         called. Entries made on the way to the last one have value 0, and so has the last
+ *                         one if there was no block
  * @param[in] compare      checks whether an entry matches a key; with NULL nothing happens
  * @return the entry at the end of the path, found or new
- * @failure NULL at the end of the path, and if memory ran out; entries made before that stay
+ * @failure NULL at the end of the path, without a comparer, and if memory ran out; entries made before that
+ *   stay
  * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
  * @invalidates nothing
  * @cost O(entries visited)
@@ -616,11 +626,12 @@ MUB_API mub_tree_entry *mub_tree_insert_t(mub_tree *tree, mub_tree_entry *curren
  * @param[in] path         the keys of the steps; only read
  * @param[in] context      any word; passed to the comparer before the key
  * @param[in] init         called with the block of the value pool that a new last entry gets; NULL: not
- *                         called. Entries made before the last get no value, nor does any without a value
- *                         pool
+ *                         called. Entries made on the way to the last one have value 0, and so has the last
+ *                         one if there was no block
  * @param[in] compare      checks whether an entry matches a key; with NULL nothing happens
  * @return the entry at the end of the path, found or new
- * @failure NULL at the end of the path, and if memory ran out; entries made before that stay
+ * @failure NULL at the end of the path, without a comparer, and if memory ran out; entries made before that
+ *   stay
  * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
  * @invalidates nothing
  * @cost O(entries visited)
@@ -745,14 +756,14 @@ MUB_API mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int ow
 /**
  * Releases the pools that the tree owns and returns entries to an external entry pool.
  *
- * The fields of owned pools are then NULL, their flags as they were. Values are not visited. The tree is
- * empty.
+ * The fields of owned pools become NULL; their flags do not change. Values are not visited. The tree is then
+ * empty, with a cleared root.
  *
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner what the tree owns is released; values and external pools stay the caller's
- * @invalidates all entries but the root
+ * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
 MUB_API mub_bitree *mub_bitree_term(mub_bitree *tree);
@@ -760,21 +771,22 @@ MUB_API mub_bitree *mub_bitree_term(mub_bitree *tree);
 /**
  * Empties the tree.
  *
- * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ * Entries go back to an external pool, owned pools are emptied, and the root is cleared. Values are not
+ * visited.
  *
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner entries go back to their pool; values are not released
- * @invalidates all entries but the root
+ * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
 MUB_API mub_bitree *mub_bitree_remove_all(mub_bitree *tree);
 
 /**
- * Releases every value that is not 0, the root's included, then empties the tree.
+ * Releases every value that is not 0, the root's included, then empties the tree and clears the root.
  *
- * The values' blocks go back to an external value pool.
+ * The values' blocks go back to an external value pool, and an owned one is emptied.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called once with every value that is not 0, in the order of mub_bitree_entry_remove();
@@ -783,7 +795,7 @@ MUB_API mub_bitree *mub_bitree_remove_all(mub_bitree *tree);
  * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
  *   their pool
- * @invalidates all entries but the root
+ * @invalidates all entries but the root, and the values
  * @cost O(entries)
  * @nullable release
  */
@@ -792,28 +804,33 @@ MUB_API mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release);
 /**
  * Copies a tree.
  *
- * With owned pools, entries and value blocks keep their places in the copied pools, and addresses are
- * translated. A value that is no block of the value pool becomes 0, and so do all values if the destination
- * has no value pool of its own. A link to what is no block of the entry pool becomes NULL. Unless both own
- * their entry pools, the copies are fresh blocks of the destination's; a destination without a pool shares
- * that of the source. An external value pool is shared, values are then copied as words, and the destination
- * gives up its own value pool. `source_user_pool` and `destination_user_pool` are given together with
- * `callback`, or both are NULL.
+ * Owned pools are cloned: entries and value blocks keep their places in them, and addresses are translated. A
+ * link to what is no block of the entry pool becomes NULL. A value that is no block of the value pool becomes
+ * 0, and so do all values if the destination has no value pool of its own.
+ *
+ * Unless both trees own their entry pools, the copies are fresh blocks of the destination's entry pool; a
+ * destination without one shares an external one of the source. An external value pool is shared: values are
+ * copied as words, and the destination gives up its own value pool.
+ *
+ * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
+ * if both trees are the same.
  *
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
  *                                       there is none
- * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
+ * @param[in,out] destination            an initialised tree with the same flags; its old entries are dropped
+ *                                       and their values not released
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called once for every entry, the root and value 0 included, if the
  *                                       source owns its value pool: for an entry, then for its left side, its
  *                                       right side and its equals; NULL: not called
  * @return the destination
- * @failure none; the destination is empty if memory runs out
- * @owner the copy belongs to the destination; an external value pool is shared by both trees
- * @invalidates all entries of the destination but the root
- * @cost O(entries)
+ * @failure none; the destination is empty if memory runs out, or if it has no pool to take entries from
+ * @owner the copy belongs to the destination; a shared pool stays its owner's
+ * @invalidates all entries of the destination but the root, and all blocks of its own pools and of a
+ *   `destination_user_pool` that is overwritten
+ * @cost O(entries), and the bytes of the pools that are cloned
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_user_pool,
@@ -826,10 +843,10 @@ MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_
  *
  * Values are copied as words.
  *
- * @param[in,out] tree  the tree that gets the copy; its `count` rises by the links within
+ * @param[in,out] tree  the tree that gets the copy; its `count` rises by the links within the copy
  * @param[in] source    an entry of this tree or of any other
  * @return the copy, its `parent` NULL
- * @failure NULL if memory ran out
+ * @failure NULL if memory ran out or there is no entry pool
  * @owner the copies are blocks of the tree's entry pool, for the caller to link; values are copied as words
  * @invalidates nothing
  * @cost O(entries copied)
@@ -838,8 +855,8 @@ MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_
 MUB_API mub_bitree_entry *mub_bitree_clone_entry(mub_bitree *tree, const mub_bitree_entry *source);
 
 /**
- * Makes the entry the parent of its left and right children and their equals, and gives its own equals its
- * own parent, after its content was moved here.
+ * Makes an entry the parent of its left and right children and their equals, and gives its own equals its
+ * parent, after its content was moved there from another entry.
  *
  * @param[in,out] entry  an entry
  * @invalidates nothing
@@ -862,7 +879,7 @@ MUB_API void mub_bitree_entry_init(mub_bitree_entry *entry);
  *
  * @param[in,out] tree  the tree
  * @return the entry, cleared and neither linked nor counted
- * @failure NULL if there is none
+ * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
  */
@@ -876,8 +893,8 @@ MUB_API mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree);
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  the entry to link to; with NULL nothing changes
- * @param[in] direction  below 0: as left child; above 0: as right child; 0: as next equal, with the other's
- *                       parent
+ * @param[in] direction  below 0: as left child; above 0: as right child; 0: as next equal, with the parent of
+ *                       `entry`
  * @param[in,out] added  the entry to link; with NULL nothing changes
  * @return the tree
  * @owner the tree refers to the entry, which stays where it is
@@ -902,11 +919,11 @@ MUB_API mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *ent
 MUB_API void mub_bitree_entry_swap(mub_bitree_entry *a, mub_bitree_entry *b);
 
 /**
- * Returns the left side, the right side, the equals and then the entry itself, each in that order, to the
- * entry pool, owned or external.
+ * Returns an entry and all that is linked from it to the entry pool, owned or external: its left side, its
+ * right side, its equals and then the entry itself.
  *
- * The root itself stays. Links and `count` are unchanged: clear the link to the entry, or the links of the
- * root.
+ * The root is not returned. Links and `count` stay as they are: clear the link to the entry, or the links of
+ * the root.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry
@@ -918,10 +935,10 @@ MUB_API void mub_bitree_entry_swap(mub_bitree_entry *a, mub_bitree_entry *b);
 MUB_API void mub_bitree_entry_remove(mub_bitree *tree, mub_bitree_entry *entry);
 
 /**
- * Releases every value that is not 0, in the order of mub_bitree_entry_remove().
+ * Releases the values of an entry and all that is linked from it, in the order of mub_bitree_entry_remove().
  *
  * The values' blocks go back to an external value pool. Entries go back to an external entry pool; in an
- * owned one they stay, with the words of their values.
+ * owned one they stay, with the words of their values. Links and `count` stay as they are.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry
@@ -929,7 +946,7 @@ MUB_API void mub_bitree_entry_remove(mub_bitree *tree, mub_bitree_entry *entry);
  *                       mub_bitree_entry_remove(); NULL: not called
  * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   an external pool
+ *   an external pool, although links still lead to them
  * @invalidates the values; the entry and those linked from it, if their pool is external
  * @cost O(entries visited)
  * @nullable release

@@ -74,7 +74,7 @@ class rooted : public owner<Derived, tree_life<Traits>> {
   rooted(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
-  /** With a value pool, too. */
+  /** With an entry pool and a value pool of its own. */
   explicit rooted(value_blocks values) noexcept : rooted(true, true) {
     set_block_size(c()->value_pool, values.size);
   }
@@ -85,7 +85,7 @@ class rooted : public owner<Derived, tree_life<Traits>> {
     c()->value_pool = values;
   }
 
-  /** A copy, made by mub_tree_clone() without external pools. */
+  /** A copy, made by mub_tree_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] Derived clone(mub_clone_fn adjust = nullptr) const {
     Derived copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
     clone_to<Traits>(copy.c(), c(), adjust);
