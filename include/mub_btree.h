@@ -856,8 +856,8 @@ MUB_API void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry)
 MUB_API void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, mub_free_fn release);
 
 /**
- * Copies what is below an entry of one tree to an empty entry of another, in fresh blocks of the pools of
- * that tree.
+ * Copies what is below an entry of one tree to an empty entry of another, in fresh blocks of the
+ * destination's pools.
  *
  * Values are copied as words, links as they are, and keys as offsets: the destination's key stream must hold
  * the same bytes. Its count is unchanged.
@@ -1587,8 +1587,8 @@ MUB_API void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *ent
 MUB_API void mub_btreed_free_all_entry(mub_btreed *tree, mub_btreed_entry *entry, mub_free_fn release);
 
 /**
- * Copies what is below an entry of one tree to an empty entry of another, in fresh blocks of the pools of
- * that tree.
+ * Copies what is below an entry of one tree to an empty entry of another, in fresh blocks of the
+ * destination's pools.
  *
  * Values are copied as words, and links as they are. The count of the destination is unchanged.
  *
@@ -2316,8 +2316,8 @@ MUB_API void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *ent
 MUB_API void mub_btreex_free_all_entry(mub_btreex *tree, mub_btreex_entry *entry, mub_free_fn release);
 
 /**
- * Copies what is below an entry of one tree to an empty entry of another, in fresh blocks of the pools of
- * that tree.
+ * Copies what is below an entry of one tree to an empty entry of another, in fresh blocks of the
+ * destination's pools.
  *
  * Values are copied as words, and links as they are. The count of the destination is unchanged.
  *

@@ -181,7 +181,7 @@ MUB_API uint64_t mub_hash_key(const void *key, int64_t length, int nocase);
 /**
  * Checks whether two byte ranges are equal.
  *
- * Lengths are used as given.
+ * Lengths are used as given: ranges whose lengths are equal and below 1 are equal.
  *
  * @param[in] a         the first range
  * @param[in] a_length  bytes of `a`
