@@ -528,7 +528,7 @@ void ask(Bare &world) {
   EXPECT_EQ(sign(mub_str_icmp(string, text)), are_both ? sign(folded) : of_null);
 
   for (const auto &[change, fold] :
-       {std::pair(mub_char_make_lower, lower), std::pair(mub_char_make_upper, upper)}) {
+       {std::pair(&mub_char_make_lower, &lower), std::pair(&mub_char_make_upper, &upper)}) {
     change(&view);
     for (char &byte : a) byte = static_cast<char>(fold(static_cast<uint8_t>(byte)));
     EXPECT_EQ(std::string(x.data(), a.size()), a);
