@@ -193,25 +193,24 @@ auto nodes_of(const Slot<R> &slot) {
 // Sets a cursor, and takes steps to and fro, or on to the end. `index` is -1 before the first record, and the
 // count after the last.
 template <class R>
-void walk(WorldOf<R> &world, const Slot<R> &slot) {
+void walk(const Slot<R> &slot, const Key<R> &key, Program program) {
   using F = Functions<R>;
   const Content &content = slot.content;
   const auto nodes = nodes_of(slot);
   const auto count = static_cast<int64_t>(nodes.size());
   const auto at = [&](int64_t i) { return i < 0 || i >= count ? nullptr : nodes[static_cast<size_t>(i)]; };
-  const Key<R> key(world);
   typename Kind<R>::Cursor cursor;
   int64_t index = std::distance(content.begin(), content.lower_bound(key.text));
   const auto seek = std::tuple_cat(std::tuple(&cursor, &slot.record), key.arguments());
   ASSERT_EQ(std::apply(F::cursor_seek_, seek), at(index));
-  const bool goes_on = world.program.one_in(2);
-  const auto start = world.program.below(3);
+  const bool goes_on = program.one_in(2);
+  const auto start = program.below(3);
   if (start > 0) {
     index = start == 1 ? 0 : count - 1;
     ASSERT_EQ((start == 1 ? F::cursor_first_ : F::cursor_last_)(&cursor, &slot.record), at(index));
   }
-  for (int64_t left = world.program.below(80); left > 0; --left) {
-    const bool is_up = goes_on ? start != 2 : world.program.one_in(2);
+  for (int64_t left = program.below(80); left > 0; --left) {
+    const bool is_up = goes_on ? start != 2 : program.one_in(2);
     index = std::clamp<int64_t>(index + (is_up ? 1 : -1), -1, count);
     ASSERT_EQ(is_up ? F::cursor_next_(&cursor) : F::cursor_prev_(&cursor), at(index));
     ASSERT_EQ(F::cursor_node_(&cursor), at(index));
@@ -223,6 +222,11 @@ void walk(WorldOf<R> &world, const Slot<R> &slot) {
   ASSERT_EQ(F::node_last_(&slot.record), at(count - 1));
   ASSERT_EQ(cursor.tree, &slot.record);
 }
+template <class R>
+void walk(WorldOf<R> &world, const Slot<R> &slot) {
+  const Key<R> key(world);
+  world.read([&] { walk(slot, key, world.program); });
+}
 template <class R, class F>
 void by_hand(OneOf<op::cursor_first_, op::cursor_last_, op::cursor_seek_, op::cursor_next_, op::cursor_prev_,
                    op::cursor_node_, op::node_first_, op::node_last_, op::node_next_, op::node_prev_,
@@ -231,8 +235,10 @@ void by_hand(OneOf<op::cursor_first_, op::cursor_last_, op::cursor_seek_, op::cu
   const Self<R> self(world);
   walk(world, self.slot);
   const Entry<R> from(world);
-  EXPECT_EQ(Functions<R>::first_entry_(from.entry), leaves_from(*from.entry).front());
-  EXPECT_EQ(Functions<R>::last_entry_(from.entry), leaves_from(*from.entry).back());
+  world.read([&] {
+    EXPECT_EQ(Functions<R>::first_entry_(from.entry), leaves_from(*from.entry).front());
+    EXPECT_EQ(Functions<R>::last_entry_(from.entry), leaves_from(*from.entry).back());
+  });
 }
 
 // ---- keys
@@ -290,15 +296,18 @@ void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_>, 
   const Key<R> key(world);
   const auto leaves = leaves_from(self.slot.record.root);
   const auto &a = *any_of(world.program, leaves), &b = *any_of(world.program, leaves);
-  expect_compared(tree, a, key, Functions<R>::entry_compare_);
-  expect_compared(tree, *any_of(world.program, nodes_of(self.slot)), key, Functions<R>::node_compare_);
-  int order;
-  if constexpr (Kind<R>::kKeysMove) {
-    order = Functions<R>::entrys_compare_(&tree, &a, &b, 0);
-  } else {
-    order = Functions<R>::entrys_compare_(&a, &b, tree.key_type);
-  }
-  EXPECT_EQ(sign(order), sign(Kind<R>::text_of(tree, a).compare(Kind<R>::text_of(tree, b))));
+  const auto &node = *any_of(world.program, nodes_of(self.slot));
+  world.read([&] {
+    expect_compared(tree, a, key, Functions<R>::entry_compare_);
+    expect_compared(tree, node, key, Functions<R>::node_compare_);
+    int order;
+    if constexpr (Kind<R>::kKeysMove) {
+      order = Functions<R>::entrys_compare_(&tree, &a, &b, 0);
+    } else {
+      order = Functions<R>::entrys_compare_(&a, &b, tree.key_type);
+    }
+    EXPECT_EQ(sign(order), sign(Kind<R>::text_of(tree, a).compare(Kind<R>::text_of(tree, b))));
+  });
 }
 template <class R, class F>
 void by_hand(op::var_compare_, WorldOf<R> &world, F compare) {

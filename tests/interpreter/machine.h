@@ -44,6 +44,14 @@ struct Refusals {
 // Who reads: the test alone, or another thread at the same time, which a build with ThreadSanitizer watches.
 enum class Readers { kOne, kTwo };
 
+// A thread that ends with its scope.
+struct Thread : std::thread {
+  using std::thread::thread;
+  ~Thread() {
+    if (joinable()) join();
+  }
+};
+
 // What every world has.
 struct World {
   World(Program drawn, Refusals refused) : program(drawn), refusals(refused) {}
@@ -67,6 +75,13 @@ struct World {
     failed = disarm_fuse();
     was_refused |= failed;
   }
+  // Calls what only reads, and lets another reader do the same at the same time.
+  template <class Call>
+  auto read(Call call_it) {
+    const Thread reader = readers == Readers::kTwo ? Thread(call_it) : Thread();
+    return call_it();
+  }
+
   // Takes a number into what the run has come to, which is the same on every machine.
   void mix(int64_t number) { trace = (trace ^ static_cast<uint64_t>(number)) * 0x100000001B3u; }
 
@@ -116,14 +131,6 @@ template <class Role>
 inline constexpr bool kIsWritten = false;
 template <class First, class...>
 inline constexpr bool kTakesConst = std::is_const_v<std::remove_pointer_t<First>>;
-
-// A thread that ends with its scope.
-struct Thread : std::thread {
-  using std::thread::thread;
-  ~Thread() {
-    if (joinable()) join();
-  }
-};
 
 template <class Op, class... Roles, class W, class Result, class... Params>
 void step(W &world, Result (*function)(Params...)) {

@@ -198,13 +198,15 @@ void ask_the_map(Pools &world) {
     EXPECT_EQ(mub_pool_compare(&map[i], &map[0]), i == 0 ? 0 : 1);
   }
   const int64_t block = world.block(slot), inside = world.program.below(8);
-  int64_t offset = 77;
   if (block >= 0) {
-    char *address = static_cast<char *>(slot.at(block)) + inside;
-    const int chunk = mub_pool_get_addr(&slot.pool, map, address, &offset);
-    EXPECT_EQ(chunk, block / slot.pool.blocks_per_chunk);
-    EXPECT_EQ(mub_pool_set_addr(&slot.pool, chunk, offset), address);
-    EXPECT_EQ(map[mub_pool_bfind(map, chunks, address)].index, chunk);
+    world.read([&] {
+      char *address = static_cast<char *>(slot.at(block)) + inside;
+      int64_t offset = 77;
+      const int chunk = mub_pool_get_addr(&slot.pool, map, address, &offset);
+      EXPECT_EQ(chunk, block / slot.pool.blocks_per_chunk);
+      EXPECT_EQ(mub_pool_set_addr(&slot.pool, chunk, offset), address);
+      EXPECT_EQ(map[mub_pool_bfind(map, chunks, address)].index, chunk);
+    });
   }
   std::reverse(map, map + chunks);
   mub_pool_sort(map, chunks);
