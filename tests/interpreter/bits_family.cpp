@@ -60,7 +60,7 @@ void insert(Bits &world) {
 void find(Bits &world) {
   for (const uint32_t bit : {world.bit(), 8 * world.bits.size, UINT32_MAX}) {
     const uint32_t expected = bit / 8 < world.model.size() ? world.model[bit / 8] & mask(bit % 8) : 0;
-    world.read([&] { EXPECT_EQ(mub_bits_find(&world.bits, bit), expected); });
+    world.read_by_all([&] { EXPECT_EQ(mub_bits_find(&world.bits, bit), expected); });
   }
 }
 // The block goes to the stream, with room for the terminator of a string. It comes back here.

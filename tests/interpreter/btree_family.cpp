@@ -225,7 +225,7 @@ void walk(const Slot<R> &slot, const Key<R> &key, Program program) {
 template <class R>
 void walk(WorldOf<R> &world, const Slot<R> &slot) {
   const Key<R> key(world);
-  world.read([&] { walk(slot, key, world.program); });
+  world.read_by_all([&] { walk(slot, key, world.program); });
 }
 template <class R, class F>
 void by_hand(OneOf<op::cursor_first_, op::cursor_last_, op::cursor_seek_, op::cursor_next_, op::cursor_prev_,
@@ -235,7 +235,7 @@ void by_hand(OneOf<op::cursor_first_, op::cursor_last_, op::cursor_seek_, op::cu
   const Self<R> self(world);
   walk(world, self.slot);
   const Entry<R> from(world);
-  world.read([&] {
+  world.read_by_all([&] {
     EXPECT_EQ(Functions<R>::first_entry_(from.entry), leaves_from(*from.entry).front());
     EXPECT_EQ(Functions<R>::last_entry_(from.entry), leaves_from(*from.entry).back());
   });
@@ -297,7 +297,7 @@ void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_>, 
   const auto leaves = leaves_from(self.slot.record.root);
   const auto &a = *any_of(world.program, leaves), &b = *any_of(world.program, leaves);
   const auto &node = *any_of(world.program, nodes_of(self.slot));
-  world.read([&] {
+  world.read_by_all([&] {
     expect_compared(tree, a, key, Functions<R>::entry_compare_);
     expect_compared(tree, node, key, Functions<R>::node_compare_);
     int order;

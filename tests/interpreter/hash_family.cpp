@@ -189,7 +189,7 @@ void check(op::remove_t_, WorldOf<R> &world, Self<R> &self, Key<R> &key, E *resu
 
 template <class R, class E>
 void check(op::entry_first_, WorldOf<R> &world, Self<R> &self, Out<int64_t> &first, E *result) {
-  world.read([&] {
+  world.read_by_all([&] {
     Content met;
     int64_t bucket = *first.value;
     for (E *entry = result; entry != nullptr;
@@ -219,7 +219,7 @@ void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_>, WorldOf<
   if (table.buckets.count < 1 || Kind<R>::is_measured(key)) return;
   const auto arguments = std::tuple_cat(std::tuple(&table), Kind<R>::low_arguments(table, key));
   const auto item = self.slot.content.find(key.text);
-  auto *found = world.read([&] { return std::apply(Functions<R>::entry_find_, arguments); });
+  auto *found = world.read_by_all([&] { return std::apply(Functions<R>::entry_find_, arguments); });
   expect_node<R>(self.slot, found, item);
   if (found == nullptr) return;
   int inserted = 7;

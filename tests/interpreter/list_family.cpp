@@ -258,7 +258,7 @@ template <class R, class F>
 void by_hand(op::find_at_, WorldOf<R> &world, F find) {
   Self<R> self(world);
   Key<R> key(world);
-  world.read([&] { EXPECT_EQ(find(&self.slot.record, key.wanted), first_of(self.slot, key)); });
+  world.read_by_all([&] { EXPECT_EQ(find(&self.slot.record, key.wanted), first_of(self.slot, key)); });
 }
 
 // Puts a copy of a list's items, which may be its own, at an end. No block is in two places: values that

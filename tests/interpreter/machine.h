@@ -77,7 +77,7 @@ struct World {
   }
   // Calls what only reads, and lets another reader do the same at the same time.
   template <class Call>
-  auto read(Call call_it) {
+  auto read_by_all(Call call_it) {
     const Thread reader = readers == Readers::kTwo ? Thread(call_it) : Thread();
     return call_it();
   }

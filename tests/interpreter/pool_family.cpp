@@ -199,7 +199,7 @@ void ask_the_map(Pools &world) {
   }
   const int64_t block = world.block(slot), inside = world.program.below(8);
   if (block >= 0) {
-    world.read([&] {
+    world.read_by_all([&] {
       char *address = static_cast<char *>(slot.at(block)) + inside;
       int64_t offset = 77;
       const int chunk = mub_pool_get_addr(&slot.pool, map, address, &offset);
