@@ -81,7 +81,7 @@ TEST(WordSearch, AgreesWithTheStandardAlgorithm) {
       const auto found =
           mub::wide::find_in_linear_time<uint16_t>({text.data(), static_cast<int64_t>(text.size())},
                                                    {wanted.data(), static_cast<int64_t>(wanted.size())});
-      ASSERT_EQ(found, static_cast<int64_t>(text.find(wanted))) << pattern << " in " << bits;
+      ASSERT_EQ(found, static_cast<ptrdiff_t>(text.find(wanted))) << pattern << " in " << bits;
     }
   }
 }

@@ -16,15 +16,12 @@ inline int64_t size_of(std::string_view bytes) { return static_cast<int64_t>(byt
 
 using namespace std::string_view_literals;
 
-size_t size(int64_t number) { return static_cast<size_t>(number); }
-int64_t found(size_t position) { return static_cast<int64_t>(position); }  // npos is -1
-
 // Bytes out of a small alphabet.
 std::string drawn_bytes(Program &program) {
   constexpr std::string_view kAlphabets[] = {"ab"sv, "abAB\xE9[@"sv, " \t\n\r\v\0x"sv, "\0\1\x80\xFF"sv};
   const std::string_view alphabet = kAlphabets[program.below(4)];
   std::minstd_rand random(static_cast<uint32_t>(program.below(65536)));
-  std::string bytes(size(program.below(program.one_in(4) ? 700 : 40)), ' ');
+  std::string bytes(clipped(program.below(program.one_in(4) ? 700 : 40)), ' ');
   for (char &byte : bytes) byte = alphabet[(random() >> 8) % alphabet.size()];
   return bytes;
 }
@@ -41,28 +38,28 @@ struct Buffer {
   int64_t left(int64_t at) const { return at < 0 || at >= length ? 0 : length - at; }
   std::string part(int64_t at, int64_t count) const {
     count = std::min(count, left(at));
-    return count < 1 ? "" : block.substr(size(at), size(count));
+    return count < 1 ? "" : block.substr(clipped(at), clipped(count));
   }
   uint8_t byte(int64_t at) const {
-    return at < 0 || at >= capacity() ? 0 : static_cast<uint8_t>(block[size(at)]);
+    return at < 0 || at >= capacity() ? 0 : static_cast<uint8_t>(block[clipped(at)]);
   }
   bool expand(int64_t wanted) {
     if (wanted <= capacity()) return true;
     if (wanted > int64_t{1} << 40) return false;
     const int64_t target = std::max(wanted, capacity() + std::max<int64_t>(length / 2, 8));
-    block.resize(size(is_string ? target / 8 * 8 + 7 : (target + 7) / 8 * 8) + 1);
+    block.resize(clipped(is_string ? target / 8 * 8 + 7 : (target + 7) / 8 * 8) + 1);
     return true;
   }
   void shrink(int64_t to) {
     if (block.empty() || to < 0) return;
     length = std::min(to, capacity());
-    if (is_string) block[size(length)] = 0;
+    if (is_string) block[clipped(length)] = 0;
   }
   void put(int64_t at, const std::string &bytes) {
-    if (!bytes.empty()) block.replace(size(at), bytes.size(), bytes);
+    if (!bytes.empty()) block.replace(clipped(at), bytes.size(), bytes);
   }
   // As much as the content has room for.
-  void put_clipped(int64_t at, const std::string &bytes) { put(at, bytes.substr(0, size(left(at)))); }
+  void put_clipped(int64_t at, const std::string &bytes) { put(at, bytes.substr(0, clipped(left(at)))); }
   void set(const std::string &bytes) {
     if (!expand(size_of(bytes))) return;
     put(0, bytes);
@@ -76,7 +73,7 @@ struct Buffer {
       return false;
     }
     put(at + count, part(at + old_count, length));
-    put(at, bytes.substr(0, size(std::max(length, new_length) - at)));
+    put(at, bytes.substr(0, clipped(std::max(length, new_length) - at)));
     shrink(new_length);
     return true;
   }
@@ -207,7 +204,7 @@ struct Source {
     if (kind < 5 && self != nullptr && self->data != nullptr) {
       const int64_t at = program.below(self->capacity() + 1);
       data = static_cast<char *>(self->data) + at;
-      bytes = self->block.substr(size(at), size(program.below(400)));
+      bytes = self->block.substr(clipped(at), clipped(program.below(400)));
     }
     count = passed_count = size_of(bytes);
     if (kind == 15) {
@@ -238,7 +235,7 @@ void want(op::init_, Buffer &s) { mub_free(std::exchange(s, {}).data); }
 void want(op::term_, Buffer &s) { s = {}; }
 bool want(op::is_empty_, Buffer &s) { return s.length == 0; }
 void want(op::zero_, Buffer &s, int64_t at, int64_t count) {
-  if (at >= 0 && count > 0 && count <= s.capacity() - at) s.put(at, std::string(size(count), '\0'));
+  if (at >= 0 && count > 0 && count <= s.capacity() - at) s.put(at, std::string(clipped(count), '\0'));
 }
 bool want(op::expand_, Buffer &s, int64_t wanted) { return s.expand(wanted); }
 void want(op::shrink_, Buffer &s, int64_t length) { s.shrink(length); }
@@ -273,7 +270,7 @@ void want(op::set_at_, Buffer &s, int64_t at, int byte) {
 }
 int64_t want(op::find_pos_, Buffer &s, int byte, int64_t start) {
   const bool is_sought = (byte & 0xFF) != 0 && start >= 0;
-  return is_sought ? found(s.part(0, s.length).find(static_cast<char>(byte), size(start))) : -1;
+  return is_sought ? index_of(s.part(0, s.length).find(static_cast<char>(byte), clipped(start))) : -1;
 }
 int64_t want(op::find_, Buffer &s, int byte) { return want(op::find_pos_(), s, byte, 0); }
 void want(op::left_, Buffer &s, int64_t count) { s.shrink(s.length > count ? count : -1); }
@@ -326,7 +323,7 @@ struct Form {
       for (const char place : order) value |= uint64_t{stream.byte(first++)} << (8 * (place - '0'));
       return value;
     };
-    if (!is_packed) return {stream.left(at) < width ? 0 : with(0, at, kUp.substr(0, size(width))), width};
+    if (!is_packed) return {stream.left(at) < width ? 0 : with(0, at, kUp.substr(0, clipped(width))), width};
     const bool is_lword = width == 8;
     if (at >= stream.length) return {is_lword ? ~uint64_t{0} : 0, 0};
     const unsigned head = stream.byte(at);
@@ -334,7 +331,7 @@ struct Form {
     while (is_lword && further < 8 && (head << further & 0x80) != 0) ++further;
     if (is_lword && further > 0 && stream.left(at) < further + 1) return {~uint64_t{0}, 1};
     const uint64_t top = head & (is_lword ? 0x7Fu >> further : 0xFFu >> tag_bits());
-    const std::string_view order = is_lword ? kOfLword[further] : kDown.substr(8 - size(further));
+    const std::string_view order = is_lword ? kOfLword[further] : kDown.substr(8 - clipped(further));
     return {with(further < 8 ? top << (8 * further) : 0, at + 1, order), further + 1};
   }
   int width = 0;
@@ -354,7 +351,7 @@ void want(Op, Buffer &s, Position &position, uint64_t value) {
   const bool has_room = s.left(position.at) >= length, stays = form.is_packed && form.width == 8 && !has_room;
   EXPECT_EQ(position.value, stays ? position.at : position.after(length));
   if (!has_room) return;
-  s.put(position.at, std::string(static_cast<char *>(s.data) + position.at, size(length)));
+  s.put(position.at, std::string(static_cast<char *>(s.data) + position.at, clipped(length)));
   EXPECT_EQ(form.decoded(s, position.at), std::pair(value & form.mask(), length));
 }
 template <class Op>
@@ -444,7 +441,7 @@ using Bare = WorldOf<Pure>;
 std::string drawn_like(Program &program, const std::string &bytes) {
   constexpr int64_t kLongest[] = {2, 8, 40, 1000};
   const int64_t at = program.one_in(2) ? program.below(size_of(bytes) + 1) : 0;
-  std::string like = bytes.substr(size(at), size(program.below(kLongest[program.below(4)])));
+  std::string like = bytes.substr(clipped(at), clipped(program.below(kLongest[program.below(4)])));
   for (int64_t i = program.below(3); i > 0 && !like.empty(); --i)
     like[program.word() % like.size()] = drawn_byte(program);
   return like;
@@ -478,10 +475,10 @@ void ask(Bare &world) {
   std::string b = drawn_like(program, a);
   if (is_text) b = b.c_str();
   const Guarded x(a, program.one_in(2)), y(b, program.one_in(2));
-  const int64_t first_b = found(a.find(b)), start = program.near(size_of(a)),
+  const int64_t first_b = index_of(a.find(b)), start = program.near(size_of(a)),
                 starts = x.size() - y.size() + 1;
   const char letter = drawn_byte(program);
-  const int64_t first = found(a.find(letter)), last = found(a.rfind(letter));
+  const int64_t first = index_of(a.find(letter)), last = index_of(a.rfind(letter));
   const int order = difference(a, b, same), folded = difference(a, b, lower);
   EXPECT_EQ(mub_mem_chr(x.data(), x.size(), letter ^ 256), first);
   EXPECT_EQ(mub_mem_rchr(x.data(), x.size(), letter ^ 256), last);
@@ -506,14 +503,15 @@ void ask(Bare &world) {
   EXPECT_EQ(mub_char_icompare(&view, text, count), is_like ? folded : are_empty ? 0 : unlike);
   // A text without a byte stands for its NUL.
   const auto first_from = [&](int64_t at) {
-    return text == nullptr || at < 0 ? -1 : found(a.find(text, size(at), std::max<size_t>(b.size(), 1)));
+    return text == nullptr || at < 0 ? -1
+                                     : index_of(a.find(text, clipped(at), std::max<size_t>(b.size(), 1)));
   };
   EXPECT_EQ(mub_char_find(&view, text, count), first_from(0));
   EXPECT_EQ(mub_char_find_pos(&view, text, count, start), first_from(start));
   EXPECT_EQ(mub_char_find_char(&view, letter ^ 256), letter == 0 ? -1 : first);
   const bool is_sought = letter != 0 && start >= 0;
   EXPECT_EQ(mub_char_find_char_pos(&view, letter, start),
-            is_sought ? found(a.find(letter, size(start))) : -1);
+            is_sought ? index_of(a.find(letter, clipped(start))) : -1);
   EXPECT_EQ(mub_char_reverse_find(&view, letter ^ 256), letter == 0 ? -1 : last);
   EXPECT_EQ(mub_char_is_empty(&view), a.empty());
 
@@ -542,18 +540,18 @@ void copy_and_move(Bare &world) {
   while (copied.size() < 600) copied += copied;
   const int64_t from = 20 + program.below(280);
   const int64_t to = program.one_in(2) ? program.below(300) : from + program.below(37) - 18;
-  const size_t count = size(program.below(program.one_in(2) ? 300 : 24));
+  const size_t count = clipped(program.below(program.one_in(2) ? 300 : 24));
   std::string zeroed = copied, by_copy = copied, by_move = copied, moved;
-  mub_mem_zero(&zeroed[size(to)], static_cast<int64_t>(count));
-  EXPECT_EQ(zeroed, std::string(copied).replace(size(to), count, count, '\0'));
-  mub_mem_copy(&by_copy[size(to)], &by_copy[size(from)], static_cast<int64_t>(count));
-  mub_mem_move(&by_move[size(to)], &by_move[size(from)], static_cast<int64_t>(count));
+  mub_mem_zero(&zeroed[clipped(to)], static_cast<int64_t>(count));
+  EXPECT_EQ(zeroed, std::string(copied).replace(clipped(to), count, count, '\0'));
+  mub_mem_copy(&by_copy[clipped(to)], &by_copy[clipped(from)], static_cast<int64_t>(count));
+  mub_mem_move(&by_move[clipped(to)], &by_move[clipped(from)], static_cast<int64_t>(count));
   const bool is_near = std::abs(to - from) <= 7;
-  if (is_near) copied.replace(size(to), count, copied.substr(size(from), count));
-  for (size_t i = 0; i < count && !is_near; ++i) copied[size(to) + i] = copied[size(from) + i];
+  if (is_near) copied.replace(clipped(to), count, copied.substr(clipped(from), count));
+  for (size_t i = 0; i < count && !is_near; ++i) copied[clipped(to) + i] = copied[clipped(from) + i];
   moved = copied;
-  for (size_t i = size(from); i < size(from) + count && !is_near; ++i)
-    if (i < size(to) || i >= size(to) + count) moved[i] = 0;
+  for (size_t i = clipped(from); i < clipped(from) + count && !is_near; ++i)
+    if (i < clipped(to) || i >= clipped(to) + count) moved[i] = 0;
   EXPECT_EQ(by_copy, copied);
   EXPECT_EQ(by_move, moved);
 }
@@ -571,12 +569,12 @@ void duplicate(Bare &world) {
   mub_char view = {nullptr, 0};
   world.call([&] { mub_char_copy(&view, source, std::min(length, size_of(copy))); });
   EXPECT_EQ(view.data == nullptr, world.failed);
-  const std::string part = world.failed ? "" : length < 0 ? copy : copy.substr(0, size(length));
+  const std::string part = world.failed ? "" : length < 0 ? copy : copy.substr(0, clipped(length));
   EXPECT_EQ(std::string(world.failed ? "" : view.data), part);
   EXPECT_EQ(view.length, size_of(part));
   mub_char_term(&view);
   world.call([&] { mub_str_dup(&string, source, length); });
-  if (length >= 0) copy.resize(size(length));
+  if (length >= 0) copy.resize(clipped(length));
   if (!world.failed) before = copy;
   EXPECT_EQ(std::string(string, before.size() + 1), before + '\0');
   mub_str_dup(&string, nullptr, 5);
@@ -593,8 +591,8 @@ void trim(Bare &world) {
   const Guarded bytes(text), terminated(text + '\0');
   mub_char view = {bytes.data(), bytes.size()};
   mub_char_trim(&view);
-  EXPECT_EQ(std::string(view.data, size(view.length)), kept);
-  EXPECT_EQ(view.data - bytes.data(), is_empty ? 0 : found(first));
+  EXPECT_EQ(std::string(view.data, clipped(view.length)), kept);
+  EXPECT_EQ(view.data - bytes.data(), is_empty ? 0 : index_of(first));
   EXPECT_EQ(std::string(bytes.data(), text.size()), text) << "no byte is written";
   mub_str_trim(terminated.data(), bytes.size());
   EXPECT_EQ(std::string(terminated.data(), kept.size() + 1),
@@ -604,7 +602,7 @@ void trim(Bare &world) {
 }
 
 std::string drawn_digits(Program &program) {
-  std::string digits(size(program.one_in(3) ? program.below(330) : 0), '0');
+  std::string digits(clipped(program.one_in(3) ? program.below(330) : 0), '0');
   for (int64_t i = program.below(22); i > 0; --i) digits += static_cast<char>('0' + program.below(10));
   return digits;
 }

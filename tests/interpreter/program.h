@@ -3,6 +3,7 @@
 #ifndef MUB_TESTS_INTERPRETER_PROGRAM_H
 #define MUB_TESTS_INTERPRETER_PROGRAM_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -10,6 +11,12 @@
 #include <string>
 
 namespace mub_test {
+
+// What a string's search has found; npos is -1.
+inline int64_t index_of(size_t position) { return static_cast<ptrdiff_t>(position); }
+
+// A number that may be more than an address has, for strings that are shorter.
+inline size_t clipped(int64_t number) { return static_cast<size_t>(std::min<int64_t>(number, PTRDIFF_MAX)); }
 
 class Program {
  public:

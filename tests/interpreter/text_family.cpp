@@ -45,7 +45,7 @@ Units units_of(const Unit *units, int64_t count) {
 // `count` units from `start`, or as many as there are; none where either lies outside.
 inline Units part(const Units &units, int64_t start, int64_t count) {
   if (start < 0 || count < 1 || start >= size_of(units)) return {};
-  return units.substr(static_cast<size_t>(start), static_cast<size_t>(count));
+  return units.substr(clipped(start), clipped(count));
 }
 
 inline Units trimmed(const Units &units) {
@@ -475,7 +475,7 @@ int order(const S &slot, const T &text, Fold fold) {
 
 inline int64_t found(const Units &content, const Units &wanted, int64_t start = 0) {
   if (start < 0 || start >= size_of(content)) return -1;
-  return static_cast<int64_t>(content.find(wanted, static_cast<size_t>(start)));  // npos is -1
+  return index_of(content.find(wanted, clipped(start)));
 }
 inline int64_t found(const Units &content, char32_t unit, int64_t start = 0) {
   return unit == 0 ? -1 : found(content, Units(1, unit), start);
@@ -488,8 +488,7 @@ int64_t found(const Slot<R> &slot, const T &text, int64_t start) {
   if (text.count >= 0) return found(slot.content(), text.wanted(), start);
   constexpr auto step = kStep<typename Slot<R>::Unit>;
   const Units block = step == 1 ? slot.content() : slot.block, wanted = text.wanted();
-  for (auto at = static_cast<size_t>(start); start >= 0 && at < static_cast<size_t>(slot.length());
-       at += step) {
+  for (auto at = clipped(start); start >= 0 && at < static_cast<size_t>(slot.length()); at += step) {
     if (block.compare(at, wanted.size(), wanted) == 0) return static_cast<int64_t>(at);
     if (block.compare(at, step, Units(step, 0)) == 0) break;
   }
@@ -530,7 +529,7 @@ bool replace_part(Slot<R> &slot, int64_t at, int64_t old_count, const T &text, i
   if (at < 0 || at > slot.length() || old_count < 0 || count < least) return false;
   if (text.data == nullptr && count > 0) return false;
   Units content = slot.content();
-  content.replace(static_cast<size_t>(at), static_cast<size_t>(old_count), text.units());
+  content.replace(clipped(at), clipped(old_count), text.units());
   slot.take(content);
   return true;
 }
@@ -604,8 +603,7 @@ const Overloads kModels = {
     },
     [](op::zero_, auto &slot, int64_t position, int64_t count) {
       if (position < 0 || count < 1 || count > slot.capacity() - position) return;
-      slot.block.replace(static_cast<size_t>(position), static_cast<size_t>(count),
-                         static_cast<size_t>(count), 0);
+      slot.block.replace(clipped(position), clipped(count), clipped(count), 0);
     },
     [](op::swap_, auto &a, auto &b) { a.swap(b); },
     [](op::clone_, auto &source, auto &destination) {
@@ -660,12 +658,12 @@ const Overloads kModels = {
       return found(slot.content(), unit, start);
     },
     [](op::reverse_find_, auto &slot, char32_t unit) {
-      return unit == 0 ? -1 : static_cast<int64_t>(slot.content().rfind(unit));
+      return unit == 0 ? -1 : index_of(slot.content().rfind(unit));
     },
     [](op::find_, auto &slot, const auto &text) { return found(slot, text, 0); },
     [](op::find_pos_, auto &slot, const auto &text, int64_t start) { return found(slot, text, start); },
     [](op::chr_, const auto &text, char32_t unit) { return found(text.units(), Units(1, unit)); },
-    [](op::rchr_, const auto &text, char32_t unit) { return static_cast<int64_t>(text.units().rfind(unit)); },
+    [](op::rchr_, const auto &text, char32_t unit) { return index_of(text.units().rfind(unit)); },
     [](op::str_, const auto &text, const auto &wanted) { return found(text.units(), wanted.wanted()); },
     [](op::cmp_, const auto &a, const auto &b) {
       return difference(a.units(), a.count, b.units(), b.count, as_is);
