@@ -287,8 +287,8 @@ struct Numeral : Fitting {
       value = program.one_in(4) ? program.near(0) : static_cast<int64_t>(program.word()) >> program.below(64);
     } else {
       constexpr int kMost = std::numeric_limits<T>::max_exponent;
-      value = std::ldexp(static_cast<T>(program.below(0x10000) - 0x8000),
-                         static_cast<int>(program.below(2 * kMost)) - kMost);
+      const auto mantissa = static_cast<T>(program.below(0x10000) - 0x8000);
+      value = std::ldexp(mantissa, static_cast<int>(program.below(2 * kMost)) - kMost);
     }
     const std::string text = std::to_string(value);
     printed = units_of(text.data(), static_cast<int64_t>(text.size()));
