@@ -141,7 +141,7 @@ class Pages(unittest.TestCase):
     def test_say_what_the_model_says(self):
         page = (MAN / "man3/mub_hash_insert.3").read_text()
         for text in ("mub_hash_insert \\- adds a key with a value unless the key is present\n", ".B #include <mub_hash.h>",
-                     '"    const void *key,"', "length]\\fR. May be NULL.", ".SH RETURN VALUE\n1 if added", ".BR mub_hash (7)\n"):
+                     '"    const void *key,"', "length]\\fR. May\nbe NULL.", ".SH RETURN VALUE\n1 if added", ".BR mub_hash (7)\n"):
             self.assertIn(text, page)
 
 
