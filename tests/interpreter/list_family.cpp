@@ -386,7 +386,7 @@ void by_hand(op::adjust_t_, WorldOf<mub_list> &world, F adjust) {
   auto *entry = list.head;
   for (const mub_list_entry &old : before) {
     const bool moves = old.key_offset > from || (old.key_offset == from && old.key_length != 0);
-    EXPECT_EQ(entry->key_offset, moves ? static_cast<uint32_t>(old.key_offset - length) : old.key_offset);
+    EXPECT_EQ(entry->key_offset, moves ? old.key_offset - static_cast<uint32_t>(length) : old.key_offset);
     const char *key;
     int64_t key_length;
     mub_list_get_at(&list, entry, &key, &key_length);
