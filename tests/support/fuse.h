@@ -10,8 +10,6 @@
 
 #include <cstdint>
 
-#include "support/random.h"
-
 namespace mub_test {
 
 enum class Blow { kOnce, kForever };
@@ -21,10 +19,6 @@ void arm_fuse(int64_t allowed, Blow blow);
 
 // Ends the failures; true when an allocation was refused since arm_fuse.
 bool disarm_fuse();
-
-// Allocations of the library that are not released yet would be a leak that the sanitizer reports; this counts
-// what was allocated since the start, for tests that claim that nothing is allocated.
-int64_t allocations_so_far();
 
 // Runs `attempt(blow)` with its first, second, third … allocation failing, once each and then for ever, until it
 // runs to its end without meeting a failure. `attempt` sets its record up itself, calls run_fused(operation) for
@@ -55,11 +49,6 @@ class Fuse {
   Blow blow_;
   mutable bool met_ = false;
 };
-
-// Lets up to `bound` - 1 allocations through, then fails one or all that follow; none when the bound is 0.
-inline Fuse random_fuse(Random &random, int64_t bound) {
-  return {bound == 0 ? INT64_MAX : random.below(bound), random.one_in(2) ? Blow::kOnce : Blow::kForever};
-}
 
 template <class Attempt>
 void for_every_allocation(Attempt attempt) {
