@@ -40,9 +40,9 @@ TEST(Trees, MayBeAsDeepAsMemoryAllows) {
 TEST(Trees, CloneLeavesOutWhatIsNoBlockOfThePool) {
   mub_tree tree, copy;
   for (mub_tree *each : {&tree, &copy}) mub_tree_init(each, 1, 0);
-  mub_tree_entry stranger = {};
-  mub_tree_entry_append(&tree, &tree.root, &stranger);
-  mub_tree_entry_append(&tree, &stranger, mub_tree_entry_new(&tree));
+  mub_tree_entry foreign = {};
+  mub_tree_entry_append(&tree, &tree.root, &foreign);
+  mub_tree_entry_append(&tree, &foreign, mub_tree_entry_new(&tree));
   mub_tree_entry_append(&tree, &tree.root, mub_tree_entry_new(&tree));
   mub_tree_clone(&tree, nullptr, &copy, nullptr, nullptr);
   const mub_tree_entry *child = copy.root.first_child;
@@ -65,10 +65,10 @@ TEST(BinaryTree, NeedsNoParentsToBeWalked) {
   mub_bitree tree, copy;
   for (mub_bitree *each : {&tree, &copy}) mub_bitree_init(each, 1, 0);
   mub_bitree_entry *const head = mub_bitree_entry_new(&tree), *const equal = mub_bitree_entry_new(&tree);
-  mub_bitree_entry stranger = {};
+  mub_bitree_entry foreign = {};
   mub_bitree_entry_add(&tree, head, 0, equal);
   mub_bitree_entry_add(&tree, equal, 1, mub_bitree_entry_new(&tree));
-  mub_bitree_entry_add(&tree, equal, -1, &stranger);
+  mub_bitree_entry_add(&tree, equal, -1, &foreign);
   mub_bitree_entry_add(&tree, &tree.root, 1, head);
   // A copy without a pool shares that of the source.
   for (const bool has_pool : {true, false}) {

@@ -32,6 +32,12 @@ struct Slot {
   bool owns_entries() const { return (owned & 1) != 0; }
   bool owns_nodes() const { return (owned & 2) != 0; }
   bool owns_values() const { return has_values && (owned & 4) != 0; }
+  // What a swap of the records exchanges.
+  void swap_models(Slot &other) {
+    std::swap(content, other.content);
+    std::swap(blocks_left, other.blocks_left);
+    std::swap(owned, other.owned);
+  }
   void forget_all() {
     content = {};
     blocks_left = 0;

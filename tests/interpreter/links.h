@@ -99,17 +99,17 @@ struct Comparer : AnyComparer {
 };
 // Two records of the same content, one for the function and one for the model.
 template <class Record, auto kInit, auto kTerm>
-struct Twins {
-  Twins() {
-    for (Record &each : twins) kInit(&each);
+struct Copies {
+  Copies() {
+    for (Record &each : copies) kInit(&each);
   }
-  Twins(const Twins &) = delete;
-  ~Twins() {
-    for (Record &each : twins) kTerm(&each);
+  Copies(const Copies &) = delete;
+  ~Copies() {
+    for (Record &each : copies) kTerm(&each);
   }
-  auto arguments() { return std::tuple(&twins[0]); }
+  auto arguments() { return std::tuple(&copies[0]); }
   static constexpr bool fits = true;
-  Record twins[2];
+  Record copies[2];
 };
 
 // The role of a kind that a step has, if any; and the result of its function.

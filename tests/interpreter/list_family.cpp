@@ -174,11 +174,11 @@ struct Separator {
   char separator;
   int passed;
 };
-struct StringOut : Twins<mub_string, mub_string_init, mub_string_term> {
+struct StringOut : Copies<mub_string, mub_string_init, mub_string_term> {
   template <class W>
   explicit StringOut(W &world) {
     const std::string content(static_cast<size_t>(world.program.below(40)), 'x');
-    for (mub_string &each : twins)
+    for (mub_string &each : copies)
       mub_string_append(&each, content.data(), static_cast<int64_t>(content.size()));
   }
 };
@@ -366,10 +366,7 @@ void by_hand(op::free_array_, WorldOf<mub_listx> &world, F free_array) {
 
 template <class R>
 void check(op::swap_, WorldOf<R> &, Self<R> &self, Peer<R> &peer, None) {
-  if (&self.slot == &peer.slot) return;
-  std::swap(self.slot.content, peer.slot.content);
-  std::swap(self.slot.blocks_left, peer.slot.blocks_left);
-  std::swap(self.slot.owned, peer.slot.owned);
+  self.slot.swap_models(peer.slot);
 }
 
 // Offsets have 32 bits; that of an empty key exactly at a cut stays, and a key outside the store reads as
@@ -416,7 +413,7 @@ void check(op::from_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Sep
 // The string grows as if it was first given room and then the pieces.
 void check(op::to_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Separator &separator,
            StringOut &out, None) {
-  mub_string *literal = &out.twins[1];
+  mub_string *literal = &out.copies[1];
   if (!world.failed) {
     mub_string_shrink(literal, 0);
     const mub_list &list = self.slot.record;
@@ -426,8 +423,8 @@ void check(op::to_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Separ
       mub_string_append(literal, item.key.data(), static_cast<int64_t>(item.key.size()));
     }
   }
-  EXPECT_EQ(mub_string_compare(literal, out.twins[0].data, out.twins[0].length), 0);
-  EXPECT_EQ(literal->capacity, out.twins[0].capacity);
+  EXPECT_EQ(mub_string_compare(literal, out.copies[0].data, out.copies[0].length), 0);
+  EXPECT_EQ(literal->capacity, out.copies[0].capacity);
 }
 
 }  // namespace mub_test

@@ -246,10 +246,7 @@ void by_hand(op::term_, WorldOf<R> &world, F term) {
 
 template <class R>
 void check(op::swap_, WorldOf<R> &, Self<R> &self, Peer<R> &peer, None) {
-  if (&self.slot == &peer.slot) return;
-  std::swap(self.slot.content, peer.slot.content);
-  std::swap(self.slot.blocks_left, peer.slot.blocks_left);
-  std::swap(self.slot.owned, peer.slot.owned);
+  self.slot.swap_models(peer.slot);
 }
 
 // The copy has the keys; values that are blocks of the source's own pool are copied, others shared: these

@@ -226,12 +226,12 @@ struct Path {
   mub_array path;
   Words keys;
 };
-struct ArrayOut : Twins<mub_arrayt, mub_arrayt_init, mub_arrayt_term> {
+struct ArrayOut : Copies<mub_arrayt, mub_arrayt_init, mub_arrayt_term> {
   template <class W>
   explicit ArrayOut(W &world) {
     const auto words = world.program.below(20);
     for (auto i = 2 * words; i > 0; --i)
-      mub_arrayt_insert_at(&twins[i % 2], 0, static_cast<uint64_t>((i + 1) / 2));
+      mub_arrayt_insert_at(&copies[i % 2], 0, static_cast<uint64_t>((i + 1) / 2));
   }
 };
 
@@ -442,7 +442,7 @@ void check(op::entry_index_, WorldOf<mub_tree> &, Within<mub_tree> &, Node<mub_t
 // The array grows as if each index was put before the others.
 void check(op::entry_array_, WorldOf<mub_tree> &world, Within<mub_tree> &, Node<mub_tree> &node,
            ArrayOut &out, None) {
-  auto &[array, literal] = out.twins;
+  auto &[array, literal] = out.copies;
   Words path = path_to(node.items, node.index);
   for (; !path.empty() && !world.failed; path.pop_back()) mub_arrayt_insert_at(&literal, 0, path.back());
   EXPECT_TRUE(world.failed || array.capacity == literal.capacity);
