@@ -34,7 +34,7 @@ TEST(ArrayQuirks, SpareSlotsKeepKeysThatMayLeaveTheStreamAndItsBlock) {
   mub_array_shrink(&array, 1);
   EXPECT_EQ(mub_array_set_at(&array, 1, "2", 1, 9), 1u);
   EXPECT_EQ(stream_of(array), "first2third");
-  EXPECT_EQ(array.entries[2].key_offset, 11u) << "no slot behind the count moves along";
+  EXPECT_EQ(array.entries[2].key_offset, 11u) << "no slot after the count moves along";
   // The old key lies past the stream's end, which all the same moves by the difference of the lengths.
   EXPECT_EQ(mub_array_set_at(&array, 2, "new", 3, 9), 1u);
   EXPECT_EQ(stream_of(array), "first2thi");
@@ -111,7 +111,7 @@ TEST(ArrayQuirks, TablesGrowByAtMost65536SlotsUnlessMoreAreWanted) {
   mub_arrayt_term(&words);
 }
 
-// In the record's own words, and behind them.
+// In the record's own words, and after them.
 TEST(ArrayQuirks, NumbersAreReadFromATextInTheirOwnTable) {
   const std::string text = "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6";
   mub_string string;

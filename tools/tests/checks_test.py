@@ -248,7 +248,7 @@ class CheckApiDocs(Tree):
         self.write("src/mub.map", "MUB_1.0 {\n  global:\n    mub_a_get;\n    mub_a_walk;\n  local:\n    *;\n};\n")
 
     def assert_faults(self, changes, *arguments):
-        """Each change of the header brings the fault behind it, and no other."""
+        """Each change of the header brings the fault named with it, and no other."""
         for old, new, *faults in changes:
             self.assertIn(old, DOCUMENTED)
             self.write("include/mub_a.h", DOCUMENTED.replace(old, new))
