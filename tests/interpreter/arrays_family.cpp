@@ -10,10 +10,10 @@ namespace mub_test {
 
 // role const char \*\* key;int64_t \* length = KeyOut<%s>
 // role uint(32|64)_t \* key = KeyOut<%s>
-// role int64_t (index|wanted|n) = Drawn<&WorldOf<%s>::draw_%n>
-// role int (ascending|unique|separator) = Drawn<&WorldOf<%s>::draw_%n>
-// role uint64_t (context|extra) = Drawn<&WorldOf<%s>::draw_%n>
-// role mub_compare_\w*fn compare = Drawn<&WorldOf<%s>::draw_%n>
+// role int64_t (index|wanted|n) = Drawn<%t, &WorldOf<%s>::draw_%n>
+// role int (ascending|unique|separator) = Drawn<%t, &WorldOf<%s>::draw_%n>
+// role uint64_t (context|extra) = Drawn<%t, &WorldOf<%s>::draw_%n>
+// role mub_compare_\w*fn compare = Drawn<AnyComparer, &WorldOf<%s>::draw_%n>
 // role const char \* text;int64_t length = Pieces<%s>
 // role mub_string \* string = Joined<%s>
 // role uint64_t \* items;int64_t count = Words
@@ -578,22 +578,13 @@ struct WorldOf : World {
 
 // ---- roles
 
-template <auto kDraw>
-struct Drawn;
-template <class W, class T, T (W::*kDraw)()>
-struct Drawn<kDraw> {
-  explicit Drawn(W &world) : word((world.*kDraw)()) {}
-  auto arguments() const { return std::tuple(word); }
-  static constexpr bool fits = true;
-  T word;
-};
 template <class R>
-using Self = Drawn<&WorldOf<R>::draw_self>;
+using Self = Drawn<R *, &WorldOf<R>::draw_self>;
 template <class R>
-using Value = Drawn<&WorldOf<R>::draw_value>;
+using Value = Drawn<uint64_t, &WorldOf<R>::draw_value>;
 template <class R>
-struct Key : Drawn<&WorldOf<R>::draw_key> {
-  using Drawn<&WorldOf<R>::draw_key>::Drawn;
+struct Key : Drawn<typename WorldOf<R>::Number, &WorldOf<R>::draw_key> {
+  using Drawn<typename WorldOf<R>::Number, &WorldOf<R>::draw_key>::Drawn;
 };
 template <>
 struct Key<mub_array> : ByteKey<mub_array> {
@@ -607,7 +598,6 @@ struct Key<mub_array> : ByteKey<mub_array> {
     world.item.bytes = bytes;
     world.is_measured = length < 0;
   }
-  static constexpr bool fits = true;
 };
 // Any record, this one included.
 template <class R>
@@ -643,7 +633,6 @@ struct KeyOut {
       EXPECT_EQ(number, item.number);
     }
   }
-  static constexpr bool fits = true;
   typename WorldOf<R>::Number number = 77;
   const char *data = "not set";
   int64_t length = 77;
@@ -664,7 +653,6 @@ struct Pieces {
   auto arguments() const {
     return std::tuple(text.data(), text.empty() ? -1 : static_cast<int64_t>(text.size()));
   }
-  static constexpr bool fits = true;
   std::string_view text;
 };
 template <class R>
@@ -676,7 +664,6 @@ struct Joined {
   }
   ~Joined() { mub_string_term(&string); }
   auto arguments() { return std::tuple(&string); }
-  static constexpr bool fits = true;
   mub_string string;
 };
 // Words anywhere.
@@ -687,7 +674,6 @@ struct Words {
     words = drawn;
   }
   auto arguments() { return std::tuple(words.data(), static_cast<int64_t>(words.size())); }
-  static constexpr bool fits = true;
   std::vector<uint64_t> drawn, words;
 };
 
@@ -728,12 +714,4 @@ void check(Op, WorldOf<mub_arrayt> &, Words &words, None) {
 
 }  // namespace mub_test
 
-#include "interpreter/drivers.h"
-
-namespace mub_test {
-
 #include "arrays_steps.inc"
-
-MUB_FAMILY(Arrays, mub_array, mub_arrayd, mub_arrayx, mub_arrays, mub_arrayt)
-
-}  // namespace mub_test

@@ -80,23 +80,8 @@ void swap_and_begin_again(Bits &world) {
   EXPECT_EQ(mub_bits_init(&world.bits), &world.bits);
 }
 
-}  // namespace mub_test
-
-#include "interpreter/drivers.h"
-
-namespace mub_test {
-
-template <>
-StepsOf<mub_bits> steps_of<mub_bits>() {
-  return {{"single bytes", single_bytes},
-          {"expand", expand},
-          {"insert", insert},
-          {"insert", insert},
-          {"insert", insert},
-          {"find", find},
-          {"swap", swap_and_begin_again}};
-}
-
-MUB_FAMILY(Bits, mub_bits)
+// steps of mub_bits: single_bytes expand insert insert insert find swap_and_begin_again
 
 }  // namespace mub_test
+
+#include "bits_steps.inc"

@@ -179,7 +179,6 @@ struct Entry {
   explicit Entry(WorldOf<R> &world)
       : slot(*world.self), entry(any_of(world.program, entries_from(slot.record.root))) {}
   auto arguments() const { return std::tuple(entry); }
-  static constexpr bool fits = true;
   Slot<R> &slot;
   typename Kind<R>::Entry *entry;
 };
@@ -501,12 +500,4 @@ void by_hand(op::clone_entry_, WorldOf<R> &world, F clone) {
 
 }  // namespace mub_test
 
-#include "interpreter/drivers.h"
-
-namespace mub_test {
-
 #include "btree_steps.inc"
-
-MUB_FAMILY(Btree, mub_btree, mub_btreed, mub_btreex)
-
-}  // namespace mub_test

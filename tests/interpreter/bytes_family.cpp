@@ -135,7 +135,6 @@ struct Chosen {
     if (world.self == nullptr) world.self = &model;
   }
   auto arguments() const { return std::tuple(record); }
-  static constexpr bool fits = true;
   R *record;
   Buffer &model;
 };
@@ -150,7 +149,6 @@ template <auto kDraw>
 struct As {
   explicit As(Streams &world) : model(kDraw(world)) {}
   auto arguments() const { return std::tuple(model); }
-  static constexpr bool fits = true;
   decltype(kDraw(std::declval<Streams &>())) model;
 };
 // role int64_t size = As<wanted_size>
@@ -183,7 +181,6 @@ struct Position {
   int64_t after(int64_t count) const {
     return static_cast<int64_t>(static_cast<uint64_t>(at) + static_cast<uint64_t>(count));
   }
-  static constexpr bool fits = true;
   int64_t at, value;
   Position &model = *this;
 };
@@ -191,7 +188,6 @@ struct Position {
 struct Pointer {
   explicit Pointer(Streams &) {}
   auto arguments() { return std::tuple(&model); }
-  static constexpr bool fits = true;
   uint8_t *model = nullptr;
 };
 // role const void \* bytes;int64_t \w+ = Source
@@ -221,7 +217,6 @@ struct Source {
     }
   }
   auto arguments() const { return std::tuple(static_cast<const void *>(data), passed_count); }
-  static constexpr bool fits = true;
   std::string owner;
   const char *data;
   std::string bytes;
@@ -634,24 +629,8 @@ void read_numbers(Bare &world) {
   EXPECT_EQ(mub_char_get_float(&view), is_negative ? 0.0 - value : value);
 }
 
+// steps of Pure: ask ask copy_and_move duplicate trim read_numbers
+
 }  // namespace mub_test
-
-#include "interpreter/drivers.h"
-
-namespace mub_test {
 
 #include "bytes_steps.inc"
-
-template <>
-StepsOf<Pure> steps_of<Pure>() {
-  return {{"ask", ask},
-          {"ask", ask},
-          {"copy and move", copy_and_move},
-          {"duplicate", duplicate},
-          {"trim", trim},
-          {"read numbers", read_numbers}};
-}
-
-MUB_FAMILY(Bytes, mub_stream, Pure)
-
-}  // namespace mub_test

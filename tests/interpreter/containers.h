@@ -133,7 +133,6 @@ struct Self {
     out_value = reinterpret_cast<const uint64_t *>(&slot.record.count);
   }
   auto arguments() const { return std::tuple(&slot.record); }
-  static constexpr bool fits = true;
   Slot<R> &slot;
 };
 // Another record, or the same, that agrees with Self in its settings.
@@ -142,7 +141,6 @@ struct Peer {
   explicit Peer(WorldOf<R> &world)
       : slot(world.self == &world.slots[2] ? world.slots[2] : world.slots[world.program.below(2)]) {}
   auto arguments() const { return std::tuple(&slot.record); }
-  static constexpr bool fits = true;
   Slot<R> &slot;
 };
 // The same, emptied: what it held would only be dropped.
@@ -160,7 +158,6 @@ template <class R>
 struct Value {
   explicit Value(WorldOf<R> &world) : word(world.draw_value(*world.self)) {}
   auto arguments() const { return std::tuple(word); }
-  static constexpr bool fits = true;
   uint64_t word;
 };
 

@@ -1,5 +1,4 @@
-// What runs the programs of a family. A family's source includes this after its kinds, and the generated steps
-// after this.
+// What runs the programs of a family. The generated steps, which end a family's source, include it.
 //   - Seeded runs, in which every function has its turn. Where MUB_PROGRAM_TRACES names a file, a line for each
 //     kind goes there, which is the same on every machine for the same seed.
 //   - The sweep over all allocations.

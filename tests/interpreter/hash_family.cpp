@@ -301,12 +301,4 @@ void by_hand(op::cmp_, WorldOf<mub_hash> &world, F compare) {
 
 }  // namespace mub_test
 
-#include "interpreter/drivers.h"
-
-namespace mub_test {
-
 #include "hash_steps.inc"
-
-MUB_FAMILY(Hash, mub_hash, mub_hashd, mub_hashx, mub_hasht)
-
-}  // namespace mub_test

@@ -82,13 +82,11 @@ struct Context {
   template <class W>
   explicit Context(W &) {}
   auto arguments() const { return std::tuple(kContext); }
-  static constexpr bool fits = true;
 };
 // A family has a comparer of each type.
 template <class Function>
 inline constexpr Function kCompare = nullptr;
 struct AnyComparer {
-  static constexpr bool fits = true;
   bool is_given;
 };
 template <class Function>
@@ -108,7 +106,6 @@ struct Copies {
     for (Record &each : copies) kTerm(&each);
   }
   auto arguments() { return std::tuple(&copies[0]); }
-  static constexpr bool fits = true;
   Record copies[2];
 };
 

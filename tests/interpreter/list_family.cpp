@@ -67,7 +67,6 @@ struct BytesArgument {
 template <class R>
 struct Key : Kind<R>::KeyArgument {
   using Kind<R>::KeyArgument::KeyArgument;
-  static constexpr bool fits = true;
 };
 template <class R>
 using Text = Key<R>;
@@ -147,7 +146,6 @@ struct Position {
     entry = static_cast<typename Kind<R>::Entry *>(index < items.size() ? items[index].entry : nullptr);
   }
   auto arguments() const { return std::tuple(entry); }
-  static constexpr bool fits = true;
   size_t index;
   typename Kind<R>::Entry *entry;
 };
@@ -162,7 +160,6 @@ struct KeyOut : std::unique_ptr<std::pair<const char *, int64_t>> {
   template <class W>
   explicit KeyOut(W &) : unique_ptr(new std::pair<const char *, int64_t>("stale", -1)) {}
   auto arguments() const { return std::tuple(&get()->first, &get()->second); }
-  static constexpr bool fits = true;
 };
 struct Separator {
   template <class W>
@@ -170,7 +167,6 @@ struct Separator {
     passed = separator - 0x100 * static_cast<int>(world.program.below(3));
   }
   auto arguments() const { return std::tuple(passed); }
-  static constexpr bool fits = true;
   char separator;
   int passed;
 };
@@ -429,12 +425,4 @@ void check(op::to_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Separ
 
 }  // namespace mub_test
 
-#include "interpreter/drivers.h"
-
-namespace mub_test {
-
 #include "list_steps.inc"
-
-MUB_FAMILY(List, mub_list, mub_lists, mub_listx)
-
-}  // namespace mub_test

@@ -9,7 +9,7 @@
 // A role is a struct with
 //   Role(World &)        draws it
 //   arguments()          a tuple of what the function takes for it
-//   fits                 false when there is nothing to draw: the step is left out then
+//   fits                 if there, false when there is nothing to draw: the step is left out then
 #ifndef MUB_TESTS_INTERPRETER_MACHINE_H
 #define MUB_TESTS_INTERPRETER_MACHINE_H
 
@@ -125,6 +125,12 @@ struct RoleList<First, Rest...> {
   RoleList<Rest...> rest;
 };
 
+template <class Role>
+bool fits(const Role &role) {
+  if constexpr (requires { role.fits; }) return role.fits;
+  return true;
+}
+
 // A step only reads when its function takes its record, the first parameter, as const, and no role stands for
 // another record that it writes.
 template <class Role>
@@ -143,7 +149,7 @@ void step(W &world, Result (*function)(Params...)) {
   }
   RoleList<Roles...> roles(world);
   roles.with([&](auto &...role) {
-    if (!(role.fits && ...)) return;
+    if (!(fits(role) && ...)) return;
     const auto call = [&] {
       const Thread reader = others ? Thread([&] { others->with(apply); }) : Thread();
       return apply(role...);

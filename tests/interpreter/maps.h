@@ -64,13 +64,11 @@ struct MapKind {
 template <class R>
 struct Key : Kind<R>::KeyArgument {
   using Kind<R>::KeyArgument::KeyArgument;
-  static constexpr bool fits = true;
 };
 template <class R>
 struct NodeOut {
   explicit NodeOut(WorldOf<R> &) : node(std::make_unique<typename Kind<R>::Node *>()) {}
   auto arguments() const { return std::tuple(node.get()); }
-  static constexpr bool fits = true;
   std::unique_ptr<typename Kind<R>::Node *> node;
 };
 

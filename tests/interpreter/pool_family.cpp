@@ -243,28 +243,8 @@ void walk(Pools &world) {
   mub_pool_iter_free(iter);
 }
 
-}  // namespace mub_test
-
-#include "interpreter/drivers.h"
-
-namespace mub_test {
-
-template <>
-StepsOf<mub_pool> steps_of<mub_pool>() {
-  return {{"begin again", begin_again},
-          {"take", take},
-          {"take", take},
-          {"take", take},
-          {"give", give},
-          {"give", give},
-          {"pop", pop},
-          {"expand", expand},
-          {"swap", swap},
-          {"clone", clone},
-          {"ask the map", ask_the_map},
-          {"walk", walk}};
-}
-
-MUB_FAMILY(Pool, mub_pool)
+// steps of mub_pool: begin_again take take take give give pop expand swap clone ask_the_map walk
 
 }  // namespace mub_test
+
+#include "pool_steps.inc"

@@ -2,6 +2,7 @@
 #ifndef MUB_TESTS_INTERPRETER_ROLES_H
 #define MUB_TESTS_INTERPRETER_ROLES_H
 
+#include <functional>
 #include <memory>
 #include <tuple>
 #include <type_traits>
@@ -28,6 +29,14 @@ inline void note_clone(const mub_pool_chunk *, uint64_t source, mub_pool *, uint
   seen.push_back(copy);
 }
 
+// What a function object, or a member of the world, draws.
+template <class T, auto kDraw>
+struct Drawn {
+  template <class W>
+  explicit Drawn(W &world) : value(std::invoke(kDraw, world)) {}
+  auto arguments() const { return std::tuple(value); }
+  T value;
+};
 template <class T>
 struct Out {
   template <class W>
@@ -35,7 +44,6 @@ struct Out {
     if constexpr (std::is_same_v<T, uint64_t>) out_value = value.get();
   }
   auto arguments() const { return std::tuple(value.get()); }
-  static constexpr bool fits = true;
   std::unique_ptr<T> value;
 };
 // A callback that notes what it is called with, or none.
@@ -47,7 +55,6 @@ struct Callback {
     seen.clear();
   }
   auto arguments() const { return std::tuple(is_given ? kNote : Function{nullptr}); }
-  static constexpr bool fits = true;
   bool is_given;
 };
 using Init = Callback<mub_init_fn, note_init>;
@@ -59,7 +66,6 @@ struct UserPool {
   template <class W>
   explicit UserPool(W &world) : pool(world.program.one_in(2) ? &world.users[kIndex] : nullptr) {}
   auto arguments() const { return std::tuple(pool); }
-  static constexpr bool fits = true;
   mub_pool *pool;
 };
 

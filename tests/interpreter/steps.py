@@ -4,6 +4,7 @@
 Each function becomes step<op::OPERATION, ROLE…>: what a parameter's type and name say chooses its role. Operations that
 one of SOURCES, joined by commas, names in the parameters of a by_hand draw their arguments there. A function with a parameter that has no role and
 no by_hand is an error here; one that no program reaches is found by the test. Functions<RECORD>::OPERATION_ names the function.
+A family that draws everything itself names its steps: // steps of KIND: FUNCTION…
 """
 
 import re
@@ -60,12 +61,12 @@ def base_of(operation, operations):
     return f" : {without}_" if without != operation and without in operations else ""
 
 
-def main(sources, out, *records):
+def main(sources, out, *headed):
     texts = "".join(Path(source).read_text() for source in sources.split(","))
     ROLES[:0] = re.findall(r"^// role (.+) = (.+)$", texts, re.MULTILINE)
     by_hand = set(re.findall(r"op::(\w+)_\b", " ".join(re.findall(r"by_hand\([^()]*", texts))))
-    operations, tables, lines = set(), [], []
-    for record in records:
+    operations, tables, lines, records = set(), [], [], [*headed]
+    for record in headed:
         tables.append(f"template <>\nstruct Functions<{record}> {{")
         lines.append(f"template <>\nStepsOf<{record}> steps_of<{record}>() {{\n  return {{")
         for function in headers.declarations(ROOT):
@@ -85,9 +86,15 @@ def main(sources, out, *records):
     # The underscore keeps operations apart from keywords and macros.
     tags = "".join(f'struct {operation}_{base_of(operation, operations)} {{\n'
                    f'  static constexpr std::string_view kName = "{operation}";\n}};\n' for operation in sorted(operations))
+    for kind, names in re.findall(r"^// steps of (\w+): (.*)$", texts, re.MULTILINE):
+        entries = "\n".join(f'    {{"{name}", {name}}},' for name in names.split())
+        lines.append(f"template <>\nStepsOf<{kind}> steps_of<{kind}>() {{\n  return {{\n{entries}\n  }};\n}}")
+        records.append(kind)
     functions = "\n".join(['#include "mub.h"', "namespace mub_test {", "template <class R>\nstruct Functions;", *tables, "}"])
     Path(out + "_ops.inc").write_text(f"#include <string_view>\n\nnamespace mub_test::op {{\n{tags}}}\n{functions}\n")
-    Path(out + "_steps.inc").write_text("\n".join(lines) + "\n")
+    family = f"MUB_FAMILY({Path(out).name.capitalize()}, {', '.join(records)})"
+    Path(out + "_steps.inc").write_text("\n".join(
+        ['#include "interpreter/drivers.h"', "namespace mub_test {", *lines, family, "}", ""]))
 
 
 main(*sys.argv[1:])

@@ -234,12 +234,8 @@ struct WorldOf : World {
 
 // ---- roles
 
-struct Fitting {
-  static constexpr bool fits = true;
-};
-
 template <class R>
-struct Peer : Fitting {
+struct Peer {
   explicit Peer(WorldOf<R> &world) : slot(world.slots[world.program.below(3)]) {}
   auto arguments() const { return std::tuple(&slot.record); }
   Slot<R> &slot;
@@ -249,13 +245,13 @@ inline constexpr bool kIsWritten<Peer<R>> = true;
 template <class R>
 using Destination = Peer<R>;
 template <class R>
-struct Self : Fitting {
+struct Self {
   explicit Self(WorldOf<R> &world) : slot(Peer<R>(world).slot) { world.self = &slot; }
   auto arguments() const { return std::tuple(&slot.record); }
   Slot<R> &slot;
 };
 
-struct Number : Fitting {
+struct Number {
   template <class R>
   explicit Number(WorldOf<R> &world) {
     const Slot<R> &slot = *world.self;
@@ -279,7 +275,7 @@ struct Capacity : Number {
   }
 };
 template <class T>
-struct Numeral : Fitting {
+struct Numeral {
   template <class R>
   explicit Numeral(WorldOf<R> &world) {
     Program &program = world.program;
@@ -329,7 +325,7 @@ Units draw_units(Program &program) {
 }
 
 template <class R>
-struct Letter : Fitting {
+struct Letter {
   explicit Letter(WorldOf<R> &world) : unit(draw_one(world.program, draw_letters<Unit>(world.program))) {
     given = static_cast<int>(unit) + static_cast<int>(world.program.below(3) - 1) * (1 << 8 * sizeof(Unit));
   }
@@ -360,7 +356,7 @@ enum Given { kCounted, kTerminated, kRead, kPut };
 
 // NULL, units of the record's own, the same elsewhere, nearly the same, or others. A copy ends with its block.
 template <class R, Given kGiven, class Unit = typename Slot<R>::Unit>
-struct Text : Fitting {
+struct Text {
   static constexpr int64_t kBytes = sizeof(typename Slot<R>::Unit) / sizeof(Unit);
 
   explicit Text(WorldOf<R> &world) {
@@ -419,7 +415,7 @@ struct Text : Fitting {
   int64_t count;
   int64_t measured = -1;
 };
-struct Chars : Fitting {
+struct Chars {
   template <class W>
   explicit Chars(W &) : out(std::make_unique<mub_char>()) {}
   auto arguments() const { return std::tuple(out.get()); }
@@ -433,7 +429,7 @@ struct Chars : Fitting {
 };
 // A text for views, whose length only a mub_char may leave to be measured.
 template <class T>
-struct Viewed : Fitting {
+struct Viewed {
   template <class W>
   explicit Viewed(W &world) : text(world.texts.emplace_back()) {
     for (const char32_t unit : draw_units<char>(world.program)) text.push_back(static_cast<char>(unit));
@@ -805,12 +801,4 @@ void by_hand(op::format_, WorldOf<mub_string> &world, F print) {
 
 }  // namespace mub_test
 
-#include "interpreter/drivers.h"
-
-namespace mub_test {
-
 #include "text_steps.inc"
-
-MUB_FAMILY(Text, mub_string, mub_wchar, mub_stringx)
-
-}  // namespace mub_test

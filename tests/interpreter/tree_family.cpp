@@ -133,7 +133,6 @@ struct Node {
   auto entry_at(size_t at) const {
     return static_cast<typename Kind<R>::Entry *>(at < items.size() ? items[at].entry : nullptr);
   }
-  static constexpr bool fits = true;
   const Document &items;
   size_t index, bound;
   typename Kind<R>::Entry *entry;
@@ -159,7 +158,6 @@ struct Fresh {
     entry->value = world.draw_value(*world.self);
   }
   auto arguments() const { return std::tuple(entry); }
-  static constexpr bool fits = true;
   typename Kind<R>::Entry *entry = nullptr;
 };
 struct Direction {
@@ -169,7 +167,6 @@ struct Direction {
     constexpr int kDirections[] = {INT32_MIN, INT32_MAX, 0};
     return std::tuple(kDirections[side]);
   }
-  static constexpr bool fits = true;
   int side;
 };
 // An entry, and a bound: itself, one above it, or none.
@@ -201,7 +198,6 @@ template <class R>
 struct Key {
   explicit Key(WorldOf<R> &world) : word(std::make_unique<uint64_t>(draw_key(world))) {}
   auto arguments() const { return std::tuple(static_cast<const void *>(word.get()), int64_t{8}); }
-  static constexpr bool fits = true;
   std::unique_ptr<uint64_t> word;
 };
 template <class R>
@@ -222,7 +218,6 @@ struct Path {
   Path(const Path &) = delete;
   ~Path() { mub_array_term(&path); }
   auto arguments() const { return std::tuple(&path); }
-  static constexpr bool fits = true;
   mub_array path;
   Words keys;
 };
@@ -542,12 +537,4 @@ void check(Op, WorldOf<R> &world, Self<R> &self, const Args &...args) {
 
 }  // namespace mub_test
 
-#include "interpreter/drivers.h"
-
-namespace mub_test {
-
 #include "tree_steps.inc"
-
-MUB_FAMILY(Tree, mub_tree, mub_bitree)
-
-}  // namespace mub_test
