@@ -35,33 +35,21 @@ template <class R>
 struct Runner {
   StepsOf<R> steps = steps_of<R>();
 
-  // What a run has come to.
-  struct Outcome {
-    int64_t steps;
-    bool was_refused;  // an allocation was
-    uint64_t trace;
-  };
-  Outcome run(const uint8_t *bytes, size_t size, Refusals refusals = {}, Readers readers = Readers::kOne) {
-    WorldOf<R> world(Program(bytes, size), refusals);
-    world.readers = readers;
+  // Gives what the run has come to.
+  World run(const Bytes &bytes, Refusals refusals = {}) {
+    WorldOf<R> world(Program(bytes.data(), bytes.size()), refusals);
     mub_test::run(world, steps);
-    return {world.steps, world.was_refused, world.trace};
-  }
-  Outcome run(const Bytes &bytes, Refusals refusals = {}, Readers readers = Readers::kOne) {
-    return run(bytes.data(), bytes.size(), refusals, readers);
+    return world;
   }
 };
 
 #if defined(MUB_FUZZER)
 
 template <class... Rs>
-void run_one(const uint8_t *bytes, size_t size) {
-  using Run = void (*)(const uint8_t *, size_t);
-  static constexpr Run kRuns[] = {[](const uint8_t *program, size_t length) {
-    static Runner<Rs> runner;
-    runner.run(program, length);
-  }...};
-  if (size > 0) kRuns[bytes[0] % std::size(kRuns)](bytes + 1, size - 1);
+void run_one(const Bytes &bytes) {
+  static std::tuple<Runner<Rs>...> runners;
+  size_t kind = bytes[0] % sizeof...(Rs);
+  ((kind-- == 0 ? void(std::get<Runner<Rs>>(runners).run({bytes.begin() + 1, bytes.end()})) : void()), ...);
 }
 
 #define MUB_FAMILY(NAME, ...)                                                \
@@ -70,7 +58,7 @@ void run_one(const uint8_t *bytes, size_t size) {
     return 0;                                                                \
   }                                                                          \
   extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) { \
-    run_one<__VA_ARGS__>(bytes, size);                                       \
+    if (size > 0) run_one<__VA_ARGS__>({bytes, bytes + size});               \
     return 0;                                                                \
   }
 
@@ -81,29 +69,27 @@ class Programs : public ::testing::Test {
  protected:
   Runner<R> runner;
 
-  void run_many(int count, Readers readers, uint64_t &trace) {
+  uint64_t run_many(int count) {
+    uint64_t trace = 0;
     std::mt19937_64 engine(run_seed());
     for (int i = 0; i < count && !this->HasFailure(); ++i) {
       SCOPED_TRACE(::testing::Message() << "program " << i);
-      trace = trace * 31 + runner.run(random_bytes(engine, size_t{1} << (4 + i % 10)), {}, readers).trace;
+      trace = trace * 31 + runner.run(random_bytes(engine, size_t{1} << (4 + i % 10))).trace;
     }
+    return trace;
   }
 };
 TYPED_TEST_SUITE_P(Programs);
 
 #if defined(MUB_TWO_READERS)
 
-TYPED_TEST_P(Programs, AgreeWithTheModelWhileTwoThreadsRead) {
-  uint64_t trace = 0;
-  this->run_many(10, Readers::kTwo, trace);
-}
+TYPED_TEST_P(Programs, AgreeWithTheModelWhileTwoThreadsRead) { this->run_many(10); }
 REGISTER_TYPED_TEST_SUITE_P(Programs, AgreeWithTheModelWhileTwoThreadsRead);
 
 #else
 
 TYPED_TEST_P(Programs, AgreeWithTheModel) {
-  uint64_t trace = 0;
-  this->run_many(50, Readers::kOne, trace);
+  const uint64_t trace = this->run_many(50);
   for (const auto &step : this->runner.steps)
     EXPECT_GT(step.reached, 0) << step.name << " is reached by no program";
   if (const char *traces = std::getenv("MUB_PROGRAM_TRACES"))

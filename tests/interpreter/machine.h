@@ -41,8 +41,12 @@ struct Refusals {
   Blow blow = Blow::kOnce;
 };
 
-// Who reads: the test alone, or another thread at the same time, which a build with ThreadSanitizer watches.
-enum class Readers { kOne, kTwo };
+// Whether another thread reads at the same time as the test, which a build with ThreadSanitizer watches.
+#if defined(MUB_TWO_READERS)
+inline constexpr bool kHasTwoReaders = true;
+#else
+inline constexpr bool kHasTwoReaders = false;
+#endif
 
 // A thread that ends with its scope.
 struct Thread : std::thread {
@@ -57,8 +61,7 @@ struct World {
   World(Program drawn, Refusals refused) : program(drawn), refusals(refused) {}
 
   // Calls a function of the library; under the fuse when it is this step's turn.
-  template <class Call>
-  auto call(Call call_it) {
+  auto call(auto call_it) {
     failed = false;
     if (steps != refusals.step) return call_it();
     arm_fuse(refusals.allowed, refusals.blow);
@@ -76,9 +79,8 @@ struct World {
     was_refused |= failed;
   }
   // Calls what only reads, and lets another reader do the same at the same time.
-  template <class Call>
-  auto read_by_all(Call call_it) {
-    const Thread reader = readers == Readers::kTwo ? Thread(call_it) : Thread();
+  auto read_by_all(auto call_it) {
+    const Thread reader = kHasTwoReaders ? Thread(call_it) : Thread();
     return call_it();
   }
 
@@ -87,7 +89,6 @@ struct World {
 
   Program program;
   Refusals refusals;
-  Readers readers = Readers::kOne;
   uint64_t trace = 0xCBF29CE484222325u;
   int64_t steps = 0;
   bool failed = false;       // an allocation of the last call was refused
@@ -102,27 +103,19 @@ struct Step {
   int64_t reached = 0;
 };
 
-// Roles, drawn one after another.
-template <class... Roles>
-struct RoleList {
-  template <class W>
-  explicit RoleList(W &) {}
-  template <class Use, class... Drawn>
-  auto with(Use use, Drawn &...drawn) {
-    return use(drawn...);
-  }
+// Roles, drawn one after another: bases are made in their order.
+template <size_t, class Role>
+struct Held {
+  explicit Held(auto &world) : role(world) {}
+  Role role;
 };
-template <class First, class... Rest>
-struct RoleList<First, Rest...> {
-  template <class W>
-  explicit RoleList(W &world) : first(world), rest(world) {}
+template <class, class...>
+struct RoleSet;
+template <size_t... kIndexes, class... Roles>
+struct RoleSet<std::index_sequence<kIndexes...>, Roles...> : Held<kIndexes, Roles>... {
+  explicit RoleSet(auto &world) : Held<kIndexes, Roles>(world)... {}
   // Calls `use` with all of them.
-  template <class Use, class... Drawn>
-  auto with(Use use, Drawn &...drawn) {
-    return rest.with(use, drawn..., first);
-  }
-  First first;
-  RoleList<Rest...> rest;
+  auto with(auto use) { return use(static_cast<Held<kIndexes, Roles> &>(*this).role...); }
 };
 
 template <class Role>
@@ -140,19 +133,24 @@ inline constexpr bool kTakesConst = std::is_const_v<std::remove_pointer_t<First>
 
 template <class Op, class... Roles, class W, class Result, class... Params>
 void step(W &world, Result (*function)(Params...)) {
+  using Drawn = RoleSet<std::index_sequence_for<Roles...>, Roles...>;
   const auto apply = [&](auto &...role) { return std::apply(function, std::tuple_cat(role.arguments()...)); };
-  std::optional<RoleList<Roles...>> others;  // the second reader has results of its own
-  if constexpr (kTakesConst<Params...> && !(kIsWritten<Roles> || ...)) {
+  constexpr bool kIsRead = kTakesConst<Params...> && !(kIsWritten<Roles> || ...);
+  std::optional<Drawn> others;  // the second reader has results of its own
+  if constexpr (kHasTwoReaders && kIsRead) {
     const Program start = world.program;
-    if (world.readers == Readers::kTwo) others.emplace(world);
+    others.emplace(world);
     world.program = start;
   }
-  RoleList<Roles...> roles(world);
-  roles.with([&](auto &...role) {
+  Drawn(world).with([&](auto &...role) {
     if (!(fits(role) && ...)) return;
     const auto call = [&] {
-      const Thread reader = others ? Thread([&] { others->with(apply); }) : Thread();
-      return apply(role...);
+      if constexpr (kHasTwoReaders && kIsRead) {
+        const Thread reader([&] { others->with(apply); });
+        return apply(role...);
+      } else {
+        return apply(role...);
+      }
     };
     if constexpr (std::is_void_v<Result>) {
       world.call(call);
