@@ -8,9 +8,11 @@ namespace {
 thread_local bool armed = false;
 thread_local bool met = false;
 thread_local int64_t allowed_left = 0;
+thread_local int64_t allocations = 0;
 thread_local mub_test::Blow blow_mode = mub_test::Blow::kOnce;
 
 bool refuses() {
+  ++allocations;
   if (!armed) return false;
   if (allowed_left > 0) {
     --allowed_left;
@@ -36,6 +38,8 @@ bool disarm_fuse() {
   armed = false;
   return met;
 }
+
+int64_t allocations_so_far() { return allocations; }
 
 }  // namespace mub_test
 

@@ -20,6 +20,9 @@ void arm_fuse(int64_t allowed, Blow blow);
 // Ends the failures; true when an allocation was refused since arm_fuse.
 bool disarm_fuse();
 
+// The allocations of the library since the start.
+int64_t allocations_so_far();
+
 // Runs `attempt(blow)` with its first, second, third … allocation failing, once each and then for ever, until it
 // runs to its end without meeting a failure. `attempt` sets its record up itself, calls run_fused(operation) for
 // the operation under test alone, and checks the record afterwards.
