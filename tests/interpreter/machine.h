@@ -34,9 +34,11 @@ struct WorldOf;
 // The result of a function that has none.
 struct None {};
 
-// What a driver does to the allocations of a run: in step `step` those after `allowed` are refused.
+// What a driver does to a run: step `step` is that of the function `function`, and of its allocations those after
+// `allowed` are refused.
 struct Refusals {
   int64_t step = -1;
+  int64_t function = 0;
   int64_t allowed = 0;
   Blow blow = Blow::kOnce;
 };
@@ -169,7 +171,9 @@ template <class W>
 void run(W &world, std::vector<Step<W>> &steps) {
   world.compare();
   while (!world.program.is_at_end() && !::testing::Test::HasFatalFailure()) {
-    Step<W> &next = steps[static_cast<size_t>(world.program.below(static_cast<int64_t>(steps.size())))];
+    const int64_t drawn = world.program.below(static_cast<int64_t>(steps.size()));
+    const bool is_chosen = world.steps == world.refusals.step;
+    Step<W> &next = steps[static_cast<size_t>(is_chosen ? world.refusals.function : drawn)];
     SCOPED_TRACE(::testing::Message() << "step " << world.steps << ", " << next.name);
     ++next.reached;
     next.take(world);
