@@ -64,15 +64,21 @@ void run_one(const Bytes &bytes) {
 
 #else
 
+// MUB_TEST_SCALE asks for so many times the programs.
+inline int64_t scaled(int64_t programs) {
+  const char *scale = std::getenv("MUB_TEST_SCALE");
+  return scale == nullptr ? programs : programs * std::atoi(scale);
+}
+
 template <class R>
 class Programs : public ::testing::Test {
  protected:
   Runner<R> runner;
 
-  uint64_t run_many(int count) {
+  uint64_t run_many(int64_t count) {
     uint64_t trace = 0;
     std::mt19937_64 engine(run_seed());
-    for (int i = 0; i < count && !this->HasFailure(); ++i) {
+    for (int64_t i = 0; i < scaled(count) && !this->HasFailure(); ++i) {
       SCOPED_TRACE(::testing::Message() << "program " << i);
       trace = trace * 31 + runner.run(random_bytes(engine, size_t{1} << (4 + i % 10))).trace;
     }
@@ -80,9 +86,6 @@ class Programs : public ::testing::Test {
   }
 };
 TYPED_TEST_SUITE_P(Programs);
-
-// So many programs of each function have its allocations refused.
-constexpr int64_t kRefusedPrograms = 4;
 
 #if defined(MUB_TWO_READERS)
 
@@ -104,7 +107,7 @@ TYPED_TEST_P(Programs, AgreeWithTheModel) {
 TYPED_TEST_P(Programs, SurviveRefusedAllocations) {
   std::mt19937_64 engine(run_seed() + 1);
   const auto functions = static_cast<int64_t>(this->runner.steps.size());
-  for (int64_t i = 0; i < kRefusedPrograms * functions && !this->HasFailure(); ++i) {
+  for (int64_t i = 0; i < scaled(4) * functions && !this->HasFailure(); ++i) {
     const Bytes bytes = random_bytes(engine, 150);
     const int64_t middle = this->runner.run(bytes).steps / 2;
     for (const Blow blow : {Blow::kOnce, Blow::kForever}) {
