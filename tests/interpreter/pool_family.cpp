@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <set>
 #include <utility>
 
 #include "interpreter/roles.h"
@@ -17,9 +18,11 @@ char foreign[8];
 struct Slot {
   mub_pool pool = {};
   int64_t live = 0, carved = 0;
-  std::string bytes;                              // of all chunks
-  std::vector<std::vector<int64_t>> pages;        // of the free stack
-  int64_t chunk_capacity = 0, free_capacity = 0;  // of the tables
+  std::string bytes;           // of all chunks
+  std::set<int64_t> taken;     // of the blocks that were carved
+  std::vector<int64_t> freed;  // the others, as a stack
+  int64_t pages = 0;           // of the stack; the last one may be empty
+  int64_t chunk_capacity = 0, free_capacity = 0;
 
   void *at(int64_t block) const {
     if (block < 0) return block == kForeign ? foreign : nullptr;
@@ -27,20 +30,7 @@ struct Slot {
     return static_cast<char *>(pool.chunks[chunk]) + place * pool.block_size;
   }
   int64_t chunks() const { return carved == 0 ? 0 : (carved - 1) / pool.blocks_per_chunk + 1; }
-  std::vector<int64_t> freed() const {
-    std::vector<int64_t> all;
-    for (const auto &page : pages) all.insert(all.end(), page.begin(), page.end());
-    return all;
-  }
-  std::vector<int64_t> taken() const {
-    std::vector<bool> is_free(static_cast<size_t>(carved));
-    for (const int64_t block : freed())
-      if (block >= 0) is_free[static_cast<size_t>(block)] = true;
-    std::vector<int64_t> all;
-    for (int64_t i = 0; i < carved; ++i)
-      if (!is_free[static_cast<size_t>(i)]) all.push_back(i);
-    return all;
-  }
+  int64_t free_used() const { return std::ssize(freed) - (pages - 1) * pool.blocks_per_chunk; }
   void begin(int64_t block_size, int64_t blocks_per_chunk) {
     std::memset(&pool, 77, sizeof pool);
     mub_pool_init(&pool);
@@ -48,15 +38,17 @@ struct Slot {
     pool.block_size = block_size;
     pool.blocks_per_chunk = blocks_per_chunk;
   }
-  void forget() {
-    const mub_pool kept = std::exchange(*this, {}).pool;
-    pool = kept;
+  // Takes over a model, as the record already has.
+  void become(Slot model) {
+    model.pool = pool;
+    *this = std::move(model);
   }
   int64_t pop() {
-    if (!pages.empty() && pages.back().empty()) pages.pop_back();
-    if (pages.empty()) return kNone;
-    const int64_t block = pages.back().back();
-    pages.back().pop_back();
+    if (pages > 0 && free_used() == 0) --pages;
+    if (pages == 0) return kNone;
+    const int64_t block = freed.back();
+    freed.pop_back();
+    if (block >= 0) taken.insert(block);
     return block;
   }
   // Makes room for one more page in a table; out of memory it may have stayed as it was.
@@ -68,8 +60,8 @@ struct Slot {
     ASSERT_EQ(pool.live_count, live);
     ASSERT_EQ(pool.chunk_count, chunks());
     ASSERT_EQ(pool.chunk_used, carved == 0 ? -1 : carved - (chunks() - 1) * pool.blocks_per_chunk);
-    ASSERT_EQ(pool.free_count, static_cast<int64_t>(pages.size()));
-    ASSERT_EQ(pool.free_used, pages.empty() ? -1 : static_cast<int64_t>(pages.back().size()));
+    ASSERT_EQ(pool.free_count, pages);
+    ASSERT_EQ(pool.free_used, pages == 0 ? -1 : free_used());
     ASSERT_EQ(std::pair(pool.chunk_capacity, pool.free_capacity), std::pair(chunk_capacity, free_capacity));
     for (int64_t i = 0; i < chunks(); ++i) {
       const auto size = static_cast<size_t>(pool.blocks_per_chunk * pool.block_size);
@@ -78,8 +70,6 @@ struct Slot {
   }
 };
 
-template <class R>
-struct WorldOf;
 template <>
 struct WorldOf<mub_pool> : World {
   WorldOf(Program drawn, Refusals refused) : World(drawn, refused) {
@@ -94,9 +84,8 @@ struct WorldOf<mub_pool> : World {
   Slot &slot() { return slots[program.below(3)]; }
   // A block that is taken, or one that is not of the pool, or none.
   int64_t block(const Slot &slot) {
-    const std::vector<int64_t> taken = slot.taken();
-    if (taken.empty() || program.one_in(16)) return program.one_in(2) ? kForeign : kNone;
-    return taken[static_cast<size_t>(program.below(static_cast<int64_t>(taken.size())))];
+    if (slot.taken.empty() || program.one_in(16)) return program.one_in(2) ? kForeign : kNone;
+    return *std::next(slot.taken.begin(), program.below(std::ssize(slot.taken)));
   }
   Slot slots[3];
 };
@@ -105,7 +94,7 @@ using Pools = WorldOf<mub_pool>;
 void begin_again(Pools &world) {
   Slot &slot = world.slot();
   (world.program.one_in(2) ? mub_pool_term : mub_pool_empty)(&slot.pool);
-  slot.forget();
+  slot.become({});
   slot.compare();
   if (world.program.one_in(2)) slot.begin(slot.pool.block_size, world.program.below(20));
 }
@@ -119,12 +108,13 @@ void take(Pools &world) {
     auto *block = static_cast<char *>(world.call([&] { return mub_pool_new(&pool); }));
     ASSERT_EQ(pool.blocks_per_chunk, per_chunk);
     int64_t taken = size == 0 ? kNone : slot.pop();
-    const bool is_fresh = size > 0 && taken == kNone;
-    if (is_fresh && slot.carved % per_chunk == 0) {
-      slot.open(slot.chunk_capacity, slot.chunks(), pool.chunk_capacity);
-      if (!world.failed) slot.bytes.resize(slot.bytes.size() + size * static_cast<size_t>(per_chunk));
+    if (size > 0 && taken == kNone) {
+      const bool needs_chunk = slot.carved % per_chunk == 0;
+      if (needs_chunk) slot.open(slot.chunk_capacity, slot.chunks(), pool.chunk_capacity);
+      if (needs_chunk && !world.failed)
+        slot.bytes.resize(slot.bytes.size() + size * static_cast<size_t>(per_chunk));
+      if (!world.failed) slot.taken.insert(taken = slot.carved++);
     }
-    if (is_fresh && !world.failed) taken = slot.carved++;
     ASSERT_EQ(block, slot.at(taken));
     if (block == nullptr) return;
     ++slot.live;
@@ -138,17 +128,18 @@ void take(Pools &world) {
 }
 void give(Pools &world) {
   Slot &slot = world.slot();
-  mub_pool &pool = slot.pool;
   for (int64_t i = world.program.below(30); i >= 0; --i) {
     const int64_t block = world.block(slot);
-    world.call([&] { mub_pool_free(&pool, slot.at(block)); });
+    world.call([&] { mub_pool_free(&slot.pool, slot.at(block)); });
     if (block == kNone) continue;
     --slot.live;
-    const bool is_full =
-        slot.pages.empty() || slot.pages.back().size() == static_cast<size_t>(pool.blocks_per_chunk);
-    if (is_full) slot.open(slot.free_capacity, static_cast<int64_t>(slot.pages.size()), pool.free_capacity);
-    if (is_full && !world.failed) slot.pages.emplace_back();
-    if (!world.failed) slot.pages.back().push_back(block);
+    if (slot.pages == 0 || slot.free_used() == slot.pool.blocks_per_chunk) {
+      slot.open(slot.free_capacity, slot.pages, slot.pool.free_capacity);
+      if (!world.failed) ++slot.pages;
+    }
+    if (world.failed) continue;
+    slot.freed.push_back(block);
+    slot.taken.erase(block);
   }
 }
 void pop(Pools &world) {
@@ -163,26 +154,27 @@ void expand(Pools &world) {
 void swap(Pools &world) {
   Slot &a = world.slot(), &b = world.slot();
   mub_pool_swap(&a.pool, &b.pool);
-  std::swap(a.pool, b.pool);
-  std::swap(a, b);
+  const Slot model = a;
+  a.become(b);
+  b.become(model);
 }
-// Without a map, nothing can be translated; what lies in no chunk is never given out.
+// What lies in no chunk is never given out, and without a map nothing that was free is.
 void clone(Pools &world) {
   Slot &source = world.slot(), &copy = world.slot();
   mub_pool_chunk *map = world.program.one_in(8) ? nullptr : mub_pool_map(&source.pool);
+  const bool has_map = map != nullptr;
   world.call([&] { mub_pool_clone(&source.pool, map, &copy.pool); });
-  if (&source != &copy) {
-    const mub_pool pool = copy.pool;
-    if (!world.failed) copy = source;
-    if (world.failed) copy.forget();
-    copy.pool = pool;
-    EXPECT_EQ(pool.block_size, source.pool.block_size);
-    EXPECT_EQ(pool.blocks_per_chunk, source.pool.blocks_per_chunk);
-    if (source.pool.chunks == nullptr) copy.pages.clear(), copy.free_capacity = 0;
-    for (auto &page : copy.pages)
-      for (int64_t &block : page) block = map == nullptr || block < 0 ? kNone : block;
-  }
   mub_pool_umap(map);
+  if (&source == &copy) return;
+  copy.become(world.failed ? Slot() : source);
+  EXPECT_EQ(copy.pool.block_size, source.pool.block_size);
+  EXPECT_EQ(copy.pool.blocks_per_chunk, source.pool.blocks_per_chunk);
+  if (source.pool.chunks == nullptr) copy.freed.clear(), copy.pages = copy.free_capacity = 0;
+  for (int64_t &block : copy.freed) {
+    if (has_map && block >= 0) continue;
+    if (block >= 0) copy.taken.insert(block);
+    block = kNone;
+  }
 }
 // The map, and the addresses of blocks by chunk and offset.
 void ask_the_map(Pools &world) {
@@ -193,9 +185,8 @@ void ask_the_map(Pools &world) {
   const int64_t chunks = slot.chunks();
   for (int64_t i = 0; i < chunks; ++i) {
     EXPECT_EQ(reinterpret_cast<void *>(map[i].base), slot.pool.chunks[map[i].index]);
-    const int order = i == 0 ? -1 : mub_pool_compare(&map[i - 1], &map[i]);
-    EXPECT_EQ(order, -1);
     EXPECT_EQ(mub_pool_compare(&map[i], &map[0]), i == 0 ? 0 : 1);
+    EXPECT_EQ(mub_pool_compare(&map[0], &map[i]), i == 0 ? 0 : -1);
   }
   const int64_t block = world.block(slot), inside = world.program.below(8);
   if (block >= 0) {
@@ -210,36 +201,35 @@ void ask_the_map(Pools &world) {
   }
   std::reverse(map, map + chunks);
   mub_pool_sort(map, chunks);
-  EXPECT_TRUE(std::is_sorted(map, map + chunks, [](auto &a, auto &b) { return a.base < b.base; }));
+  EXPECT_TRUE(std::ranges::is_sorted(map, map + chunks, {}, &mub_pool_chunk::base));
   mub_pool_umap(map);
 }
+// The blocks that are taken, and those that are free in the order of their addresses.
 void walk(Pools &world) {
   Slot &slot = world.slot();
-  std::vector<void *> free;
-  for (const int64_t block : slot.freed()) free.push_back(slot.at(block));
-  std::vector<void *> sorted(free.size());
+  std::vector<void *> free, sorted(slot.freed.size());
+  for (const int64_t block : slot.freed) free.push_back(slot.at(block));
+  const int64_t count = std::ssize(free);
   mub_pool_empty_array(&slot.pool, sorted.data());
-  mub_pool_empty_sort(free.data(), static_cast<int64_t>(free.size()));
+  mub_pool_empty_sort(free.data(), count);
   EXPECT_EQ(free, sorted);
   EXPECT_TRUE(std::is_sorted(free.begin(), free.end(), std::less<>()));
-  const auto count = static_cast<int64_t>(free.size());
-  mub_pool_iter *iter = world.call([&] { return mub_pool_iter_new(&slot.pool); });
-  EXPECT_EQ(iter == nullptr, world.failed);
-  if (iter != nullptr && slot.carved > 0) {
-    void *block = mub_pool_iter_first(iter);
-    for (const int64_t taken : slot.taken()) {
-      EXPECT_EQ(block, slot.at(taken));
-      EXPECT_EQ(mub_pool_empty_find(free.data(), count, block), 0);
-      block = mub_pool_iter_next(iter);
-    }
-    EXPECT_EQ(block, nullptr);
-  }
   for (void *block : free) {
     const int is_later = block == free[0] ? 0 : 1;
     EXPECT_EQ(mub_pool_empty_find(free.data(), count, block), 1);
     EXPECT_EQ(mub_pool_empty_compare(&block, &free[0]), is_later);
     EXPECT_EQ(mub_pool_empty_compare(&free[0], &block), -is_later);
   }
+  mub_pool_iter *iter = world.call([&] { return mub_pool_iter_new(&slot.pool); });
+  EXPECT_EQ(iter == nullptr, world.failed);
+  if (iter == nullptr || slot.carved == 0) return mub_pool_iter_free(iter);
+  void *block = mub_pool_iter_first(iter);
+  for (const int64_t taken : slot.taken) {
+    EXPECT_EQ(block, slot.at(taken));
+    EXPECT_EQ(mub_pool_empty_find(free.data(), count, block), 0);
+    block = mub_pool_iter_next(iter);
+  }
+  EXPECT_EQ(block, nullptr);
   mub_pool_iter_free(iter);
 }
 
