@@ -17,13 +17,13 @@ namespace mub_test {
 // role int (ascending|unique|separator) = Drawn<%t, &WorldOf<%s>::draw_%n>
 // role uint64_t (context|extra) = Drawn<%t, &WorldOf<%s>::draw_%n>
 // role mub_compare_\w*fn compare = Drawn<AnyComparer, &WorldOf<%s>::draw_%n>
-// role const char \* text;int64_t length = Pieces<%s>
+// role const char \* text;int64_t length = Drawn<std::tuple<const char *, int64_t>, &WorldOf<%s>::draw_text>
 // role mub_string \* string = Drawn<%t *, &WorldOf<%s>::draw_%n>
 // role uint64_t \* items;int64_t count = Words
 
 // Whether an operation's name has a part.
 template <class Op>
-constexpr bool named(std::string_view part) {
+consteval bool named(std::string_view part) {
   return Op::kName.find(part) != std::string_view::npos;
 }
 
@@ -250,6 +250,26 @@ struct WorldOf : World {
     return joined;
   }
 
+  // A text to be split, which may be the array's own keys. Lengths below 1 are of no text.
+  std::tuple<const char *, int64_t> draw_text() {
+    text.clear();
+    for (int64_t left = program.below(program.one_in(4) ? 100 : 12); left > 0; --left)
+      text += ",, \t\n019-ax"[program.below(11)];
+    std::string_view passed = text;
+    if constexpr (kHasBytes<R>) {
+      if (program.one_in(4)) text = passed = stored_keys(self->record.keys);
+    }
+    return {passed.data(), passed.empty() ? -1 : std::ssize(passed)};
+  }
+  // Words that no array has.
+  std::tuple<uint64_t *, int64_t> draw_words() {
+    draw_self();
+    words.clear();
+    for (int64_t left = program.below(40); left > 0; --left) words.push_back(draw_value());
+    sorted_words = words;
+    return {sorted_words.data(), std::ssize(words)};
+  }
+
   // ---- what is expected of a step, and put into the model
 
   // The slot that a search finds, or -1, and where a new one belongs. Which of equal ones is found, or what
@@ -404,16 +424,12 @@ struct WorldOf : World {
     }
     EXPECT_EQ(std::string(joined->data, static_cast<size_t>(joined->length)), expected);
   }
-  void expect(op::free_all_entry_, None) {
+  template <class Op>
+  requires(named<Op>("_all")) void expect(Op, auto) {
     std::vector<uint64_t> values;
     for (const Item &each : self->table) values.push_back(each.value);
-    expect_released(values);
-  }
-  void expect(op::free_all_, auto result) {
-    expect(op::free_all_entry_(), None());
-    expect(op::remove_all_(), result);
-  }
-  void expect(op::remove_all_, auto) {
+    if (named<Op>("free")) expect_released(values);
+    if (named<Op>("entry")) return;
     self->table = {};
     if (owns_pool(*self)) live[self->pool] = 0;
   }
@@ -495,6 +511,7 @@ struct WorldOf : World {
   const KeyOut<R> *key_out = nullptr;
   std::string text;
   mub_string *joined = nullptr;
+  std::vector<uint64_t> words, sorted_words;
 };
 
 // ---- roles
@@ -551,32 +568,7 @@ struct KeyOut {
   const char *data = kHasBytes<R> ? "not set" : nullptr;
   int64_t length = 7;
 };
-// A text to be split, which may be the array's own keys.
-template <class R>
-struct Pieces {
-  explicit Pieces(WorldOf<R> &world) {
-    world.text.clear();
-    for (int64_t left = world.program.below(world.program.one_in(4) ? 100 : 12); left > 0; --left)
-      world.text += ",, \t\n019-ax"[world.program.below(11)];
-    text = world.text;
-    if constexpr (kHasBytes<R>) {
-      if (world.program.one_in(4)) world.text = text = stored_keys(world.self->record.keys);
-    }
-  }
-  // Lengths below 1 are of no text.
-  auto arguments() const { return std::tuple(text.data(), text.empty() ? -1 : std::ssize(text)); }
-  std::string_view text;
-};
-// Words anywhere.
-struct Words {
-  explicit Words(WorldOf<mub_arrayt> &world) {
-    world.draw_self();
-    for (int64_t left = world.program.below(40); left > 0; --left) drawn.push_back(world.draw_value());
-    words = drawn;
-  }
-  auto arguments() { return std::tuple(words.data(), static_cast<int64_t>(words.size())); }
-  std::vector<uint64_t> drawn, words;
-};
+using Words = Drawn<std::tuple<uint64_t *, int64_t>, &WorldOf<mub_arrayt>::draw_words>;
 
 // ---- operations
 
@@ -601,10 +593,10 @@ void check(Op op, WorldOf<R> &world, Self<R> &, Rest &&...rest) {
   world.expect(op, std::get<sizeof...(rest) - 1>(std::tie(rest...)));
 }
 template <class Op>
-void check(Op, WorldOf<mub_arrayt> &, Words &words, None) {
-  std::ranges::sort(words.drawn);
-  if (named<Op>("_n")) std::ranges::reverse(words.drawn);
-  EXPECT_EQ(words.words, words.drawn);
+void check(Op, WorldOf<mub_arrayt> &world, Words &, None) {
+  std::ranges::sort(world.words);
+  if (named<Op>("_n")) std::ranges::reverse(world.words);
+  EXPECT_EQ(world.sorted_words, world.words);
 }
 
 }  // namespace mub_test
