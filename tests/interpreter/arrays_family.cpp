@@ -10,8 +10,8 @@
 
 namespace mub_test {
 
-// role const char \*\* key;int64_t \* length = KeyOut<%s>
-// role uint(32|64)_t \* key = KeyOut<%s>
+// role const char \*\* key;int64_t \* length = WorldOf<%s>::KeyOut
+// role uint(32|64)_t \* key = WorldOf<%s>::KeyOut
 // role int64_t index = Drawn<%t, &WorldOf<%s>::draw_index>
 // role int64_t (wanted|n) = Drawn<%t, &WorldOf<%s>::draw_room>
 // role int (ascending|unique|separator) = Drawn<%t, &WorldOf<%s>::draw_%n>
@@ -29,21 +29,21 @@ consteval bool named(std::string_view part) {
 
 // ---- comparers, for which all blocks are alike
 
-inline uint64_t rank_of(uint64_t value) { return std::min<uint64_t>(value, 40); }
-inline int by_rank(uint64_t a, uint64_t b) {
+uint64_t rank_of(uint64_t value) { return std::min<uint64_t>(value, 40); }
+int by_rank(uint64_t a, uint64_t b) {
   if (rank_of(a) == rank_of(b)) return 0;
   return rank_of(a) < rank_of(b) ? INT_MIN : INT_MAX;
 }
-inline int by_whim(uint64_t a, uint64_t b) { return static_cast<int>((5 * rank_of(a) + rank_of(b)) % 3) - 1; }
+int by_whim(uint64_t a, uint64_t b) { return static_cast<int>((5 * rank_of(a) + rank_of(b)) % 3) - 1; }
 
 // Of this step.
-inline mub_compare_fn order;
-inline uint64_t context, extra;
-inline int compare_items(uint64_t a, uint64_t b, uint64_t own) {
+mub_compare_fn order;
+uint64_t context, extra;
+int compare_items(uint64_t a, uint64_t b, uint64_t own) {
   EXPECT_EQ(own, context);
   return order(a, b);
 }
-inline int compare_in_context(uint64_t own, uint64_t a, uint64_t b, uint64_t own_extra) {
+int compare_in_context(uint64_t own, uint64_t a, uint64_t b, uint64_t own_extra) {
   EXPECT_TRUE(own == context && own_extra == extra);
   return order(a, b);
 }
@@ -80,37 +80,8 @@ struct Table {
   }
 };
 
-// ---- kinds
-
-template <class R>
-inline constexpr bool kHasBytes = std::is_same_v<R, mub_array>;
-template <class R>
-inline constexpr bool kIsItems = std::is_same_v<R, mub_arrays>;
-template <class R>
-inline constexpr bool kIsWords = std::is_same_v<R, mub_arrayt>;
-template <class R>
-inline constexpr bool kIsBare = kIsItems<R> || kIsWords<R>;
-// Keys that are numbers compare by the sign of a difference of this width.
-template <class R>
-using Difference = std::conditional_t<std::is_same_v<R, mub_arrayd> || kIsWords<R>, int32_t, int64_t>;
-
-// A slot as it is; the bytes of spare ones are left open.
-template <class R>
-Item read(const R &array, int64_t index) {
-  if constexpr (kIsWords<R>) {
-    const uint64_t word = index < 4 ? array.inline_items[index] : array.tail[index - 4];
-    return {"", word, word};
-  } else if constexpr (kIsItems<R>) {
-    return {"", array.items[index], array.items[index]};
-  } else if constexpr (kHasBytes<R>) {
-    const auto &[offset, length, value] = array.entries[index];
-    return {index < array.count ? std::string(stored_keys(array.keys).substr(offset, length)) : "", 0, value};
-  } else {
-    return {"", array.entries[index].key, array.entries[index].value};
-  }
-}
 // The copy that a block has in the clone of its pool; 0 of what is no block.
-inline uint64_t copied_block(const mub_pool &pool, const mub_pool &copy, uint64_t block) {
+uint64_t copied_block(const mub_pool &pool, const mub_pool &copy, uint64_t block) {
   for (int64_t i = 0; i < pool.chunk_count; ++i) {
     const uint64_t offset = block - reinterpret_cast<uintptr_t>(pool.chunks[i]);
     const auto bytes = static_cast<uint64_t>(pool.blocks_per_chunk * pool.block_size);
@@ -122,19 +93,31 @@ inline uint64_t copied_block(const mub_pool &pool, const mub_pool &copy, uint64_
 // ---- worlds
 
 template <class R>
-struct Slot {
-  R record;
-  Table table = {};
-  mub_pool *pool = nullptr;  // its own, the world's or none
-};
-template <class R>
-struct KeyOut;
-
-template <class R>
 struct WorldOf : World {
-  using Number = std::make_unsigned_t<Difference<R>>;
+  static constexpr bool kHasBytes = std::is_same_v<R, mub_array>, kIsItems = std::is_same_v<R, mub_arrays>;
+  static constexpr bool kIsWords = std::is_same_v<R, mub_arrayt>, kIsBare = kIsItems || kIsWords;
+  // Keys that are numbers compare by the sign of a difference of this width.
+  static constexpr bool kHasNarrowKeys = std::is_same_v<R, mub_arrayd> || kIsWords;
+  using Difference = std::conditional_t<kHasNarrowKeys, int32_t, int64_t>;
+  using Number = std::make_unsigned_t<Difference>;
+  struct Slot {
+    R record;
+    Table table = {};
+    mub_pool *pool = nullptr;  // its own, the world's or none
+  };
+  struct KeyOut {
+    explicit KeyOut(WorldOf &world) { world.key_out = this; }
+    auto arguments() {
+      if constexpr (kHasBytes) return std::tuple(&data, &length);
+      if constexpr (!kHasBytes) return std::tuple(&number);
+    }
+    Item item() const { return {data == nullptr ? "" : std::string(data, clipped(length)), number}; }
+    Number number = kHasBytes ? 0 : 77;
+    const char *data = kHasBytes ? "not set" : nullptr;
+    int64_t length = 7;
+  };
   static constexpr int kSlots = 3;
-  static constexpr int64_t kLeast = kIsWords<R> ? 4 : 0;
+  static constexpr int64_t kLeast = kIsWords ? 4 : 0;
 
   WorldOf(Program drawn, Refusals refused) : World(drawn, refused) {
     for (mub_string &string : strings) mub_string_init(&string);
@@ -144,12 +127,12 @@ struct WorldOf : World {
     for (auto &slot : slots) Functions<R>::term_(&slot.record);
     for (mub_string &string : strings) mub_string_term(&string);
   }
-  bool owns_pool(const Slot<R> &slot) const { return slot.pool != nullptr && slot.pool != &pool; }
-  void start(Slot<R> &slot) {
+  bool owns_pool(const Slot &slot) const { return slot.pool != nullptr && slot.pool != &pool; }
+  void start(Slot &slot) {
     slot = {};
-    std::memset(&slot.record, kIsWords<R> ? 0 : 0xA5, sizeof slot.record);
+    std::memset(&slot.record, kIsWords ? 0 : 0xA5, sizeof slot.record);
     slot.table.resize(kLeast);
-    if constexpr (kIsWords<R>) {
+    if constexpr (kIsWords) {
       Functions<R>::init_(&slot.record);
     } else {
       const int64_t pools = program.below(3);
@@ -162,7 +145,7 @@ struct WorldOf : World {
     EXPECT_EQ(slot.record.descending, 0);
     slot.record.descending = program.one_in(2) ? 7 : 0;
   }
-  void end(Slot<R> &slot) {
+  void end(Slot &slot) {
     if (owns_pool(slot)) live.erase(slot.pool);
     Functions<R>::term_(&slot.record);
     EXPECT_TRUE(slot.record.count == 0 && slot.record.capacity == kLeast);
@@ -179,6 +162,21 @@ struct WorldOf : World {
     // Where there is no out value, initialisers see the count.
     out_value = reinterpret_cast<const uint64_t *>(&self->record.count);
     return &self->record;
+  }
+  // A slot as it is; the bytes of spare ones are left open.
+  static Item read(const R &array, int64_t index) {
+    if constexpr (kIsWords) {
+      const uint64_t word = index < 4 ? array.inline_items[index] : array.tail[index - 4];
+      return {"", word, word};
+    } else if constexpr (kIsItems) {
+      return {"", array.items[index], array.items[index]};
+    } else if constexpr (kHasBytes) {
+      const auto &[offset, length, value] = array.entries[index];
+      return {index < array.count ? std::string(stored_keys(array.keys).substr(offset, length)) : "", 0,
+              value};
+    } else {
+      return {"", array.entries[index].key, array.entries[index].value};
+    }
   }
   void compare() {
     for (auto *slot : {self, peer}) {
@@ -198,10 +196,10 @@ struct WorldOf : World {
         ASSERT_EQ(table[i], own) << "slot " << i;
         bytes += own.bytes.size();
       }
-      if constexpr (kHasBytes<R>) {
+      if constexpr (kHasBytes) {
         ASSERT_EQ(bytes, stored_keys(record.keys).size()) << "bytes of no key";
       }
-      if constexpr (!kIsWords<R>) {
+      if constexpr (!kIsWords) {
         ASSERT_TRUE(record.pool == slot->pool && record.own_pool == owns_pool(*slot));
       }
     }
@@ -211,7 +209,7 @@ struct WorldOf : World {
   int64_t draw_index() {
     index = program.near(program.one_in(4) ? self->record.capacity : self->record.count);
     // What the keys of spare slots refer to is left open.
-    if (kHasBytes<R> && index >= self->table.count) index = INT64_MAX;
+    if (kHasBytes && index >= self->table.count) index = INT64_MAX;
     return index;
   }
   // Some slots, or more than there can be.
@@ -222,13 +220,13 @@ struct WorldOf : World {
   }
   uint64_t draw_value() {
     item.value = static_cast<uint64_t>(program.below(64));
-    if (kIsWords<R>) item.value = hard_number<uint32_t>(program.below(40)) | item.value >> 5 << 63;
-    if (kIsBare<R>) item.number = item.value;
+    if (kIsWords) item.value = hard_number<uint32_t>(program.below(40)) | item.value >> 5 << 63;
+    if (kIsBare) item.number = item.value;
     return item.value;
   }
   Number draw_key() {
     item.number =
-        kIsItems<R> ? static_cast<uint64_t>(program.below(64)) : hard_number<Number>(program.below(40));
+        kIsItems ? static_cast<uint64_t>(program.below(64)) : hard_number<Number>(program.below(40));
     const int64_t used = self->table.used();
     if (used > 0 && program.one_in(2)) item.number = self->table[program.below(used)].number;
     return static_cast<Number>(item.number);
@@ -256,7 +254,7 @@ struct WorldOf : World {
     for (int64_t left = program.below(program.one_in(4) ? 100 : 12); left > 0; --left)
       text += ",, \t\n019-ax"[program.below(11)];
     std::string_view passed = text;
-    if constexpr (kHasBytes<R>) {
+    if constexpr (kHasBytes) {
       if (program.one_in(4)) text = passed = stored_keys(self->record.keys);
     }
     return {passed.data(), passed.empty() ? -1 : std::ssize(passed)};
@@ -276,14 +274,14 @@ struct WorldOf : World {
   // is found without an order, can be relied on.
   std::pair<int64_t, int64_t> search() {
     Table &table = self->table;
-    if (kIsItems<R> && order == nullptr) return {-1, table.count};
+    if (kIsItems && order == nullptr) return {-1, table.count};
     int64_t low = 0, high = table.used() - 1;
     while (low <= high) {
       const int64_t middle = (low + high) / 2;
       const Item &own = table[middle];
-      const auto difference = static_cast<Difference<R>>(own.number - item.number);
-      int sign = kHasBytes<R> ? own.bytes.compare(item.bytes) : difference < 0 ? -1 : difference > 0;
-      if (kIsItems<R>) sign = order(own.value, item.number);
+      const auto difference = static_cast<Difference>(own.number - item.number);
+      int sign = kHasBytes ? own.bytes.compare(item.bytes) : difference < 0 ? -1 : difference > 0;
+      if (kIsItems) sign = order(own.value, item.number);
       if (sign == 0) return {middle, -1};
       const bool goes_up = (sign < 0) == (self->record.descending == 0);
       (goes_up ? low : high) = goes_up ? middle + 1 : middle - 1;
@@ -295,7 +293,7 @@ struct WorldOf : World {
   int64_t position() {
     Table &table = self->table;
     constexpr bool kIsEnd = named<Op>("first") || named<Op>("last");
-    constexpr bool kReachesSpare = !kIsWords<R> && !kIsEnd && !named<Op>("remove") && !named<Op>("free");
+    constexpr bool kReachesSpare = !kIsWords && !kIsEnd && !named<Op>("remove") && !named<Op>("free");
     if (kIsEnd) index = named<Op>("first") ? 0 : table.count - 1;
     if ((failed && named<Op>("set_")) || (named<Op>("entry_find") && is_measured)) return -1;
     if (named<Op>("get_") || named<Op>("_at"))
@@ -305,11 +303,11 @@ struct WorldOf : World {
       return found == table.end() ? -1 : found - table.begin();
     }
     const auto [hit, gap] = search();
-    if (!named<Op>("bfind") || hit >= 0 || (kIsItems<R> && order == nullptr)) return hit;
+    if (!named<Op>("bfind") || hit >= 0 || (kIsItems && order == nullptr)) return hit;
     return std::min(gap, table.used() - 1);
   }
   auto *address(int64_t at) {
-    if constexpr (kIsItems<R>) {
+    if constexpr (kIsItems) {
       return at < 0 ? nullptr : self->record.items + at;
     } else {
       return at < 0 ? nullptr : self->record.entries + at;
@@ -331,12 +329,12 @@ struct WorldOf : World {
     if (at >= 0 && (named<Op>("remove") || named<Op>("free"))) cut(at);
     if (named<Op>("free")) expect_released({found.value});
     if (at < 0 || !(named<Op>("set_") || named<Op>("update"))) return;
-    if (named<Op>("set_") || kIsBare<R>) std::tie(self->table[at].bytes, self->table[at].number) = item.key();
+    if (named<Op>("set_") || kIsBare) std::tie(self->table[at].bytes, self->table[at].number) = item.key();
     self->table[at].value = item.value;
   }
   void cut(int64_t at) {
     Table &table = self->table;
-    if (!kIsItems<R>) table[at] = {"", 0, kIsWords<R> ? 0 : table[at].value};
+    if (!kIsItems) table[at] = {"", 0, kIsWords ? 0 : table[at].value};
     std::copy(table.begin() + at + 1, table.end(), table.begin() + at);
     table.count = table.used() - 1;
   }
@@ -353,7 +351,7 @@ struct WorldOf : World {
     table.expand(table.count + 1, kLeast);
     at = std::min(at, table.count);
     // The empty key comes after all others, and stands for one that finds no room there.
-    if (kHasBytes<R> && at < table.count && item.bytes.empty()) return -1;
+    if (kHasBytes && at < table.count && item.bytes.empty()) return -1;
     if (is_appended && failed && read(self->record, at).bytes.empty()) item.bytes.clear();
     table.slots.erase(table.begin() + table.count++);
     table.slots.insert(table.begin() + at, item);
@@ -371,7 +369,7 @@ struct WorldOf : World {
     if constexpr (named<Op>("_new")) {
       block = kAppends ? static_cast<uint64_t>(result) : *out_value;
       item.value = block;
-      if (kIsBare<R>) item.number = block;
+      if (kIsBare) item.number = block;
     }
     const int64_t at = add(gap, kAppends);
     if constexpr (std::is_pointer_v<Result>) {
@@ -406,10 +404,10 @@ struct WorldOf : World {
       mub_char_trim(&piece);
       if (end == text.size() && piece.length == 0) break;
       item.bytes.assign(piece.data, static_cast<size_t>(piece.length));
-      if (!kHasBytes<R>) {
+      if (!kHasBytes) {
         const auto number = static_cast<uint64_t>(std::atoll(std::exchange(item.bytes, "").c_str()));
-        item.number = kIsWords<R> ? number : static_cast<Number>(number);
-        item.value = kIsWords<R> ? number : 0;
+        item.number = kIsWords ? number : static_cast<Number>(number);
+        item.value = kIsWords ? number : 0;
       }
       EXPECT_GE(add(self->table.count, true), 0) << "not all of it";
     }
@@ -419,8 +417,8 @@ struct WorldOf : World {
     for (int64_t i = 0; i < self->table.used() && !failed; ++i) {
       const auto &[bytes, number, value] = self->table[i];
       const std::string digits =
-          kIsWords<R> ? std::to_string(static_cast<int64_t>(number)) : std::to_string(number);
-      expected += (expected.empty() ? "" : ",") + (kHasBytes<R> ? bytes : digits);
+          kIsWords ? std::to_string(static_cast<int64_t>(number)) : std::to_string(number);
+      expected += (expected.empty() ? "" : ",") + (kHasBytes ? bytes : digits);
     }
     EXPECT_EQ(std::string(joined->data, static_cast<size_t>(joined->length)), expected);
   }
@@ -439,18 +437,18 @@ struct WorldOf : World {
   }
   void expect(op::shrink_, None) {
     Table &table = self->table;
-    if (index < 0 || (table.capacity() == 0 && (kHasBytes<R> || kIsItems<R>))) return;
+    if (index < 0 || (table.capacity() == 0 && (kHasBytes || kIsItems))) return;
     const int64_t before = std::exchange(table.count, std::min(index, table.capacity()));
     ASSERT_EQ(self->record.count, table.count);
     // What the keys of spare slots refer to is left open.
-    if (kHasBytes<R>) self->record.count = table.count = before;
+    if (kHasBytes) self->record.count = table.count = before;
   }
   void expect(op::swap_, None) {
     std::swap(self->table, peer->table);
-    if (kIsItems<R>) std::swap(self->pool, peer->pool);
+    if (kIsItems) std::swap(self->pool, peer->pool);
   }
   void expect(op::clone_, auto) {
-    if (self == peer || (failed && kIsWords<R>)) return;
+    if (self == peer || (failed && kIsWords)) return;
     const bool owns = owns_pool(*self), has_copies = owns && owns_pool(*peer);
     if (owns_pool(*peer)) live.erase(peer->pool);
     if (!owns) peer->pool = self->pool;
@@ -466,7 +464,7 @@ struct WorldOf : World {
       copy[i] = self->table[i];
       if (!owns) continue;
       copy[i].value = has_copies ? copied_block(*self->pool, *peer->pool, value) : 0;
-      if (kIsBare<R>) copy[i].number = copy[i].value;
+      if (kIsBare) copy[i].number = copy[i].value;
       values.insert(values.end(), {value, copy[i].value});
     }
     EXPECT_EQ(seen, is_callback_given ? values : std::vector<uint64_t>());
@@ -477,7 +475,7 @@ struct WorldOf : World {
   template <class Op>
   requires(named<Op>("qsort")) void expect(Op, None) {
     Table &table = self->table;
-    constexpr bool kHasComparer = kIsItems<R> || named<Op>("_x");
+    constexpr bool kHasComparer = kIsItems || named<Op>("_x");
     if (failed || (kHasComparer && order == nullptr)) return;
     const bool is_upward = named<Op>("_p") || (!named<Op>("_n") && is_ascending);
     const auto comes_before = [&](const Item &a, const Item &b) {
@@ -497,18 +495,18 @@ struct WorldOf : World {
     table.count = is_unique ? std::ssize(sorted) : table.count;
   }
 
-  Slot<R> slots[kSlots];
+  Slot slots[kSlots];
   Pool pool{8}, users[2] = {Pool(8), Pool(8)};
   std::map<const mub_pool *, int64_t> live = {{&pool, 0}};  // blocks of the pools
   mub_string strings[2];
 
   // What this step has drawn.
-  Slot<R> *self = nullptr, *peer = nullptr;
+  Slot *self = nullptr, *peer = nullptr;
   Item item = {};
   int64_t index = 0;
   bool is_measured = false;  // the key's length is negative
   bool is_ascending = false, is_unique = false;
-  const KeyOut<R> *key_out = nullptr;
+  const KeyOut *key_out = nullptr;
   std::string text;
   mub_string *joined = nullptr;
   std::vector<uint64_t> words, sorted_words;
@@ -533,8 +531,8 @@ struct KeyOfBytes : ByteKey<mub_array> {
   }
 };
 template <class R>
-using Key =
-    std::conditional_t<kHasBytes<R>, KeyOfBytes, Drawn<typename WorldOf<R>::Number, &WorldOf<R>::draw_key>>;
+using Key = std::conditional_t<WorldOf<R>::kHasBytes, KeyOfBytes,
+                               Drawn<typename WorldOf<R>::Number, &WorldOf<R>::draw_key>>;
 // Any record, this one included.
 template <class R>
 struct Peer {
@@ -551,23 +549,6 @@ template <class R>
 inline constexpr bool kIsWritten<Peer<R>> = true;
 template <class R>
 using Destination = Peer<R>;
-template <class R>
-struct KeyOut {
-  explicit KeyOut(WorldOf<R> &world) { world.key_out = this; }
-  auto arguments() {
-    if constexpr (kHasBytes<R>) {
-      return std::tuple(&data, &length);
-    } else {
-      return std::tuple(&number);
-    }
-  }
-  Item item() const {
-    return {data == nullptr ? "" : std::string(data, static_cast<size_t>(length)), number};
-  }
-  typename WorldOf<R>::Number number = kHasBytes<R> ? 0 : 77;
-  const char *data = kHasBytes<R> ? "not set" : nullptr;
-  int64_t length = 7;
-};
 using Words = Drawn<std::tuple<uint64_t *, int64_t>, &WorldOf<mub_arrayt>::draw_words>;
 
 // ---- operations
@@ -583,8 +564,8 @@ template <class R, class F>
 void by_hand(op::append_, WorldOf<R> &world, F append) {
   int64_t left = world.program.one_in(4) ? world.program.below(40) : 1;
   do {
-    if constexpr (kIsBare<R>) step<op::append_, Self<R>, Value<R>>(world, append);
-    if constexpr (!kIsBare<R>) step<op::append_, Self<R>, Key<R>, Value<R>>(world, append);
+    if constexpr (WorldOf<R>::kIsBare) step<op::append_, Self<R>, Value<R>>(world, append);
+    if constexpr (!WorldOf<R>::kIsBare) step<op::append_, Self<R>, Key<R>, Value<R>>(world, append);
   } while (--left > 0 && !world.failed);
 }
 
