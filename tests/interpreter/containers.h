@@ -1,24 +1,60 @@
-// Worlds of containers whose entries and values come from pools: three records of a kind, each with its model.
+// Worlds of containers whose entries and values come from pools: three records of a kind, each with its model;
+// and the operations that all of these have.
 //
-// A kind says how a record is made and ended, and compares one with its model by the public fields alone, which
-// checks the invariants of the engine on the way:
-//   Content                            the model of a record
-//   kEntryBytes, kNodeBytes            the sizes of its blocks; kHasNodePool says whether there are nodes
-//   init(record *, owned, has_values)  makes one; `owned` has a bit for each pool: entries, nodes, values
-//   set_order(record *, which)         gives it one of the orders 0 to 3, where there are orders
-//   free_all(record *, release), term(record *)
-//   compare(slot, blocks)              checks a record, and counts the value blocks that it holds
+// A kind says how a record is read by the public fields alone, which checks the invariants of the engine on the
+// way:
+//   Content                       the model of a record: items in order, each with the entry that holds it, its
+//                                 value, and its place() among the others; what an empty record holds at first
+//   kEntryBytes, kNodeBytes       the sizes of its blocks
+//   kIsOrdered                    callbacks see the values in the order of the items
+//   kCloneKeepsEntryPool          whatever the source has
+//   kTermKeepsFlags               of the pools that it owned
+//   kTermLeavesEntries            in a pool that is not its own
+//   kRemovalKeepsValues           a removal of all leaves the blocks of an owned value pool
+//   set_order(record, which)      gives it one of the orders 0 to 3, where there are orders
+//   read(record, expected, read)  appends the items that a record has; `expected` is the model
+//   entries_of(record)            the blocks that it has from its entry pool
+//   use_fresh(record, world)      if there, uses a record as `init` has left it
 #ifndef MUB_TESTS_INTERPRETER_CONTAINERS_H
 #define MUB_TESTS_INTERPRETER_CONTAINERS_H
 
+#include <algorithm>
 #include <cstring>
 
 #include "interpreter/roles.h"
 
 namespace mub_test {
 
+using Words = std::vector<uint64_t>;
+
 template <class R>
 struct Kind;
+// Kinds that are as above; the others have compare(), init(), free_all() and term() of their own.
+template <class R>
+concept Pooled = requires {
+  Kind<R>::kTermKeepsFlags;
+};
+
+template <class R>
+inline constexpr bool kHasNodePool = requires(R record) {
+  record.node_pool;
+};
+
+// The pools that a record owns, a bit each.
+template <class R>
+int owned_by(const R &record) {
+  const int owned = record.owns_entry_pool | record.owns_value_pool << 2;
+  if constexpr (kHasNodePool<R>) return owned | record.owns_node_pool << 1;
+  return owned;
+}
+template <class R>
+void init_record(R &record, int owned) {
+  if constexpr (kHasNodePool<R>) {
+    EXPECT_EQ(Functions<R>::init_(&record, owned & 1, owned & 2, owned & 4), &record);
+  } else {
+    EXPECT_EQ(Functions<R>::init_(&record, owned & 1, owned & 4), &record);
+  }
+}
 
 // A record with its model. Pools that it does not own are the world's.
 template <class R>
@@ -27,6 +63,7 @@ struct Slot {
   typename Kind<R>::Content content = {};
   int owned = 0;            // the pools that the record owns, a bit each
   bool has_values = false;  // values are blocks of its value pool, or 0; else any words
+  int64_t blocks = 0;       // value blocks of the content
   int64_t blocks_left = 0;  // value blocks that only the end of an owned pool gives back
 
   bool owns_entries() const { return (owned & 1) != 0; }
@@ -74,9 +111,10 @@ struct WorldOf : World {
   }
 
   void start(Slot<R> &slot) {
-    Kind<R>::init(&slot.record, slot.owned, slot.has_values);
+    init_record(slot.record, slot.owned & (slot.has_values ? 7 : 3));
+    slot.owned = owned_by(slot.record);
     if (!slot.owns_entries()) slot.record.entry_pool = &entries;
-    if constexpr (Kind<R>::kHasNodePool) {
+    if constexpr (kHasNodePool<R>) {
       if (!slot.owns_nodes()) slot.record.node_pool = &nodes;
     }
     if (slot.has_values && !slot.owns_values()) slot.record.value_pool = &values;
@@ -84,25 +122,48 @@ struct WorldOf : World {
     Kind<R>::set_order(&slot.record, (&slot == &slots[2] ? 1 : 0) + orders);
   }
   void end(Slot<R> &slot) {
-    Kind<R>::free_all(&slot.record, nullptr);
-    Kind<R>::term(&slot.record);
+    Functions<R>::free_all_(&slot.record, nullptr);
+    Functions<R>::term_(&slot.record);
     slot.forget_all();
   }
 
-  // Every record against its model.
+  // The records that a step may have changed against their models; now and then all.
   void compare() {
     int64_t shared_values = 0;
     for (auto &slot : slots) {
-      int64_t blocks = 0;
-      ASSERT_NO_FATAL_FAILURE(Kind<R>::compare(slot, blocks));
+      const bool is_due = &slot == self || &slot == peer || steps % 8 == 0;
+      if constexpr (Pooled<R>) {
+        if (is_due) compare(slot);
+        if (::testing::Test::HasFatalFailure()) return;
+      } else {
+        slot.blocks = 0;
+        ASSERT_NO_FATAL_FAILURE(Kind<R>::compare(slot, slot.blocks));
+      }
       mix(slot.record.count);
       if (slot.owns_values()) {
-        ASSERT_EQ(slot.record.value_pool->live_count, blocks + slot.blocks_left);
+        ASSERT_EQ(slot.record.value_pool->live_count, slot.blocks + slot.blocks_left);
       } else if (slot.has_values) {
-        shared_values += blocks;
+        shared_values += slot.blocks;
       }
     }
     ASSERT_EQ(values.live_count, shared_values);
+  }
+  // The model then knows where new entries lie.
+  void compare(Slot<R> &slot) {
+    typename Kind<R>::Content read;
+    ASSERT_NO_FATAL_FAILURE(Kind<R>::read(slot.record, slot.content, read));
+    ASSERT_EQ(read.size(), slot.content.size());
+    slot.blocks = 0;
+    for (size_t i = 0; i < read.size(); ++i) {
+      const auto &item = slot.content[i];
+      ASSERT_EQ(read[i].value, item.value) << i;
+      ASSERT_EQ(read[i].place(), item.place()) << i;
+      ASSERT_TRUE(item.entry == nullptr || read[i].entry == item.entry) << i;
+      slot.blocks += item.value != 0 ? 1 : 0;
+    }
+    ASSERT_TRUE(!slot.owns_entries() ||
+                slot.record.entry_pool->live_count == Kind<R>::entries_of(slot.record));
+    slot.content = std::move(read);
   }
 
   // A value as the slot holds them.
@@ -121,15 +182,17 @@ struct WorldOf : World {
 
   Slot<R> slots[kSlots];
   mub_pool entries, nodes, values, users[2];
-  Slot<R> *self = nullptr;  // of this step
+  Slot<R> *self = nullptr, *peer = nullptr;  // of this step
   int64_t next_sequence = 0;
   int orders = 0;  // 0 or 2: with the next one, those of this world
 };
 
+// ---- roles
+
 template <class R>
 struct Self {
   explicit Self(WorldOf<R> &world) : slot(world.slots[world.program.below(WorldOf<R>::kSlots)]) {
-    world.self = &slot;
+    world.self = world.peer = &slot;
     out_value = reinterpret_cast<const uint64_t *>(&slot.record.count);
   }
   auto arguments() const { return std::tuple(&slot.record); }
@@ -139,7 +202,9 @@ struct Self {
 template <class R>
 struct Peer {
   explicit Peer(WorldOf<R> &world)
-      : slot(world.self == &world.slots[2] ? world.slots[2] : world.slots[world.program.below(2)]) {}
+      : slot(world.self == &world.slots[2] ? world.slots[2] : world.slots[world.program.below(2)]) {
+    world.peer = &slot;
+  }
   auto arguments() const { return std::tuple(&slot.record); }
   Slot<R> &slot;
 };
@@ -160,6 +225,147 @@ struct Value {
   auto arguments() const { return std::tuple(word); }
   uint64_t word;
 };
+
+// ---- operations that all have
+
+// The values that are not 0, in the order in which they are released.
+template <class Content>
+Words values_of(const Content &content) {
+  Words values;
+  for (const auto &item : content) {
+    if (item.value != 0) values.push_back(item.value);
+  }
+  return values;
+}
+// A callback has seen these words, if there was one.
+template <Pooled R>
+void expect_seen(Words words, bool is_given) {
+  if (!is_given) words.clear();
+  if (!Kind<R>::kIsOrdered) {
+    std::ranges::sort(words);
+    std::ranges::sort(seen);
+  }
+  EXPECT_EQ(seen, words);
+}
+// Values that a call has let go; their blocks stay in a pool of the record's own.
+template <Pooled R>
+void expect_released(Slot<R> &slot, const Words &values, const Free &release) {
+  expect_seen<R>(values, release.is_given);
+  if (slot.owns_values()) slot.blocks_left += static_cast<int64_t>(values.size());
+}
+template <Pooled R>
+void check(op::free_all_, WorldOf<R> &, Self<R> &self, Free &release, auto) {
+  expect_released(self.slot, values_of(self.slot.content), release);
+  self.slot.forget_all();
+}
+// Drops all entries by a call that does not look at values: those in a pool of the world's are released
+// beforehand.
+template <Pooled R>
+void drop_all(WorldOf<R> &world, Slot<R> &slot, auto drop) {
+  const Words values = values_of(slot.content);
+  if (!slot.owns_values()) {
+    for (const uint64_t value : values) world.give_back(slot, value);
+  }
+  if constexpr (std::is_void_v<decltype(drop(&slot.record))>) {
+    world.call([&] { drop(&slot.record); });
+  } else {
+    EXPECT_EQ(world.call([&] { return drop(&slot.record); }), &slot.record);
+  }
+  const bool keeps = Kind<R>::kRemovalKeepsValues && slot.owns_values();
+  const int64_t left = keeps ? slot.blocks_left + static_cast<int64_t>(values.size()) : 0;
+  slot.forget_all();
+  slot.blocks_left = left;
+}
+template <Pooled R>
+void by_hand(op::remove_all_, WorldOf<R> &world, auto remove_all) {
+  drop_all(world, Self<R>(world).slot, remove_all);
+}
+template <Pooled R>
+void by_hand(op::term_, WorldOf<R> &world, auto term) {
+  Slot<R> &slot = Self<R>(world).slot;
+  R &record = slot.record;
+  const int owned = owned_by(record);
+  if constexpr (Kind<R>::kTermLeavesEntries) {
+    if (!slot.owns_entries()) Functions<R>::remove_all_entry_(&record);
+  }
+  drop_all(world, slot, term);
+  EXPECT_TRUE(record.entry_pool == nullptr || !slot.owns_entries());
+  EXPECT_TRUE(record.value_pool == nullptr || !slot.owns_values());
+  EXPECT_EQ(owned_by(record), Kind<R>::kTermKeepsFlags ? owned : 0);
+  EXPECT_EQ(record.count, 0);
+  slot.forget_all();
+  world.start(slot);
+}
+// Pools that cannot be had are left out.
+template <Pooled R>
+void by_hand(op::init_, WorldOf<R> &world, auto) {
+  R record;
+  const auto owned = static_cast<int>(world.program.below(8));
+  world.call([&] { init_record(record, owned); });
+  EXPECT_TRUE(world.failed || owned_by(record) == (owned & (kHasNodePool<R> ? 7 : 5)));
+  EXPECT_EQ(record.entry_pool != nullptr, record.owns_entry_pool == 1);
+  EXPECT_EQ(record.value_pool != nullptr, record.owns_value_pool == 1);
+  EXPECT_EQ(record.count, 0);
+  if constexpr (requires { Kind<R>::use_fresh(record, world); }) Kind<R>::use_fresh(record, world);
+  Functions<R>::term_(&record);
+}
+template <class Op, Pooled R>
+requires(Op::kName == "swap") void check(Op, WorldOf<R> &, Self<R> &self, Peer<R> &peer, None) {
+  self.slot.swap_models(peer.slot);
+}
+
+// What is expected of the copy of what a model has.
+template <class Content>
+Content cloned(const Content &content) {
+  return content;
+}
+// Values that are blocks of the source's own pool are copied; others are shared, and then given up at once,
+// as only one of the two may release them.
+template <Pooled R>
+void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &, Destination<R> &destination,
+           UserPool<1> &, Cloner &cloner, auto result) {
+  const Slot<R> &source = self.slot;
+  Slot<R> &copy = destination.slot;
+  if constexpr (std::is_integral_v<decltype(result)>) {
+    EXPECT_EQ(result, copy.record.count);
+  } else {
+    EXPECT_EQ(result, &copy.record);
+  }
+  if (&source == &copy) return;
+  typename Kind<R>::Content read;
+  ASSERT_NO_FATAL_FAILURE(Kind<R>::read(copy.record, cloned(source.content), read));
+  const bool owns_values = source.owns_values(), keeps_values = copy.owns_values();
+  const int kept = copy.owned & (source.owned | (Kind<R>::kCloneKeepsEntryPool ? 1 : 0));
+  // What pools of its own a copy has given up when it fails is not specified.
+  copy.owned = owned_by(copy.record);
+  if (world.failed && read.size() == typename Kind<R>::Content().size()) {
+    EXPECT_TRUE(seen.empty() && copy.record.count == 0 && values_of(read).empty());
+    copy.blocks_left = copy.owns_values() ? copy.record.value_pool->live_count : 0;
+    return;
+  }
+  EXPECT_EQ(copy.owned, kept);
+  ASSERT_EQ(read.size(), source.content.size());
+  Words pairs;
+  for (size_t i = 0; i < read.size(); ++i) {
+    const uint64_t value = source.content[i].value, copied = read[i].value;
+    ASSERT_EQ(read[i].place(), source.content[i].place());
+    ASSERT_NE(read[i].entry, source.content[i].entry);
+    ASSERT_EQ(copied == value, !owns_values || value == 0);
+    if (!owns_values) continue;
+    ASSERT_EQ(copied == 0, value == 0 || !keeps_values);
+    if (copied != 0) {
+      ASSERT_EQ(std::memcmp(reinterpret_cast<void *>(copied), reinterpret_cast<void *>(value), 8), 0);
+    }
+    pairs.insert(pairs.end(), {value, copied});
+  }
+  expect_seen<R>(pairs, cloner.is_given);
+  copy.blocks_left = keeps_values && owns_values ? source.blocks_left : 0;
+  if (owns_values) {
+    copy.content = std::move(read);
+  } else {
+    Functions<R>::remove_all_(&copy.record);
+  }
+}
 
 }  // namespace mub_test
 
