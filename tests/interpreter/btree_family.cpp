@@ -484,9 +484,11 @@ template <class R, class F>
 void by_hand(op::clone_entry_, WorldOf<R> &world, F clone) {
   const Self<R> self(world);
   auto &from = Kind<R>::kKeysMove ? self.slot.record.root : *Entry<R>(world).entry;
-  const Destination<R> to(world);
+  const Peer<R> to(world);
   R &copy = to.slot.record;
   if (&to.slot == &self.slot) return;
+  world.end(to.slot);
+  world.start(to.slot);
   Kind<R>::share_keys(self.slot.record, copy);
   const int result = world.call([&] { return clone(&self.slot.record, &from, &copy, &copy.root); });
   if (result == 0) Kind<R>::drop_keys(copy);

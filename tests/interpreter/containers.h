@@ -29,12 +29,6 @@ using Words = std::vector<uint64_t>;
 
 template <class R>
 struct Kind;
-// Kinds that are as above; the others have compare(), init(), free_all() and term() of their own.
-template <class R>
-concept Pooled = requires {
-  Kind<R>::kTermKeepsFlags;
-};
-
 template <class R>
 inline constexpr bool kHasNodePool = requires(R record) {
   record.node_pool;
@@ -132,13 +126,8 @@ struct WorldOf : World {
     int64_t shared_values = 0;
     for (auto &slot : slots) {
       const bool is_due = &slot == self || &slot == peer || steps % 8 == 0;
-      if constexpr (Pooled<R>) {
-        if (is_due) compare(slot);
-        if (::testing::Test::HasFatalFailure()) return;
-      } else {
-        slot.blocks = 0;
-        ASSERT_NO_FATAL_FAILURE(Kind<R>::compare(slot, slot.blocks));
-      }
+      if (is_due) compare(slot);
+      if (::testing::Test::HasFatalFailure()) return;
       mix(slot.record.count);
       if (slot.owns_values()) {
         ASSERT_EQ(slot.record.value_pool->live_count, slot.blocks + slot.blocks_left);
@@ -208,13 +197,13 @@ struct Peer {
   auto arguments() const { return std::tuple(&slot.record); }
   Slot<R> &slot;
 };
-// The same, emptied: what it held would only be dropped.
+// The same; what it holds is dropped, and its values are given back beforehand.
 template <class R>
 struct Destination : Peer<R> {
   explicit Destination(WorldOf<R> &world) : Peer<R>(world) {
     if (&this->slot == world.self) return;
-    world.end(this->slot);
-    world.start(this->slot);
+    for (const uint64_t value : values_of(this->slot.content)) world.give_back(this->slot, value);
+    this->slot.content = {};
   }
 };
 template <class R>
@@ -224,6 +213,13 @@ struct Value {
   explicit Value(WorldOf<R> &world) : word(world.draw_value(*world.self)) {}
   auto arguments() const { return std::tuple(word); }
   uint64_t word;
+};
+
+// The operations that one by_hand is for.
+template <class... Ops>
+struct OneOf {
+  template <class Op>
+  requires(std::is_same_v<Op, Ops> || ...) OneOf(Op) {}
 };
 
 // ---- operations that all have
@@ -238,7 +234,7 @@ Words values_of(const Content &content) {
   return values;
 }
 // A callback has seen these words, if there was one.
-template <Pooled R>
+template <class R>
 void expect_seen(Words words, bool is_given) {
   if (!is_given) words.clear();
   if (!Kind<R>::kIsOrdered) {
@@ -248,19 +244,19 @@ void expect_seen(Words words, bool is_given) {
   EXPECT_EQ(seen, words);
 }
 // Values that a call has let go; their blocks stay in a pool of the record's own.
-template <Pooled R>
+template <class R>
 void expect_released(Slot<R> &slot, const Words &values, const Free &release) {
   expect_seen<R>(values, release.is_given);
   if (slot.owns_values()) slot.blocks_left += static_cast<int64_t>(values.size());
 }
-template <Pooled R>
+template <class R>
 void check(op::free_all_, WorldOf<R> &, Self<R> &self, Free &release, auto) {
   expect_released(self.slot, values_of(self.slot.content), release);
   self.slot.forget_all();
 }
 // Drops all entries by a call that does not look at values: those in a pool of the world's are released
 // beforehand.
-template <Pooled R>
+template <class R>
 void drop_all(WorldOf<R> &world, Slot<R> &slot, auto drop) {
   const Words values = values_of(slot.content);
   if (!slot.owns_values()) {
@@ -276,11 +272,11 @@ void drop_all(WorldOf<R> &world, Slot<R> &slot, auto drop) {
   slot.forget_all();
   slot.blocks_left = left;
 }
-template <Pooled R>
+template <class R>
 void by_hand(op::remove_all_, WorldOf<R> &world, auto remove_all) {
   drop_all(world, Self<R>(world).slot, remove_all);
 }
-template <Pooled R>
+template <class R>
 void by_hand(op::term_, WorldOf<R> &world, auto term) {
   Slot<R> &slot = Self<R>(world).slot;
   R &record = slot.record;
@@ -297,7 +293,7 @@ void by_hand(op::term_, WorldOf<R> &world, auto term) {
   world.start(slot);
 }
 // Pools that cannot be had are left out.
-template <Pooled R>
+template <class R>
 void by_hand(op::init_, WorldOf<R> &world, auto) {
   R record;
   const auto owned = static_cast<int>(world.program.below(8));
@@ -309,7 +305,7 @@ void by_hand(op::init_, WorldOf<R> &world, auto) {
   if constexpr (requires { Kind<R>::use_fresh(record, world); }) Kind<R>::use_fresh(record, world);
   Functions<R>::term_(&record);
 }
-template <class Op, Pooled R>
+template <class Op, class R>
 requires(Op::kName == "swap") void check(Op, WorldOf<R> &, Self<R> &self, Peer<R> &peer, None) {
   self.slot.swap_models(peer.slot);
 }
@@ -321,7 +317,7 @@ Content cloned(const Content &content) {
 }
 // Values that are blocks of the source's own pool are copied; others are shared, and then given up at once,
 // as only one of the two may release them.
-template <Pooled R>
+template <class R>
 void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &, Destination<R> &destination,
            UserPool<1> &, Cloner &cloner, auto result) {
   const Slot<R> &source = self.slot;

@@ -59,12 +59,18 @@ struct Callback {
 };
 using Init = Callback<mub_init_fn, note_init>;
 using Free = Callback<mub_free_fn, note>;
-using Cloner = Callback<mub_clone_fn, note_clone>;
-// A pool beside the containers that a clone may take along, or none.
+using Cloner = Callback<
+    mub_clone_fn,
+    note_clone>;  // A pool beside the containers that a clone may take along, or none; or that of the copy's values, of which no
+// more is to be done then.
 template <int kIndex>
 struct UserPool {
-  template <class W>
-  explicit UserPool(W &world) : pool(world.program.one_in(2) ? &world.users[kIndex] : nullptr) {}
+  explicit UserPool(auto &world) : pool(world.program.one_in(2) ? &world.users[kIndex] : nullptr) {
+    if constexpr (requires { world.peer->owns_values(); }) {
+      if (kIndex == 1 && world.peer->owns_values() && world.program.one_in(4))
+        pool = world.peer->record.value_pool;
+    }
+  }
   auto arguments() const { return std::tuple(pool); }
   mub_pool *pool;
 };

@@ -1,27 +1,27 @@
-// Trees under programs: see links.h. The model has the entries in the order of a document, each with its
-// depth.
+// Trees under programs: see links.h. The items stand in the order of a document, each with its depth.
 #include "tree_ops.inc"
 
+#include <concepts>
+
 #include "interpreter/links.h"
-#include "mub.h"
 
 namespace mub_test {
 
 // role const %r_entry \* (bound|stop);const %r_entry \* (start|entry) = Within<%s>, Range<%s>
-// role const %r_entry \* (a|ancestor);const %r_entry \* (b|entry) = Within<%s>, Pair<%s>
-// role const %r_entry \* entry = Within<%s>, Node<%s>
-// role const %r_entry \* current;int64_t depth = Within<%s>, From<%s>
-// role %r_entry \* current;int64_t depth = From<%s>
+// role const %r_entry \* (a|ancestor);const %r_entry \* (b|entry) = Within<%s>, Node<%s>, Node<%s>
+// role const %r_entry \* (entry|current) = Within<%s>, Node<%s>
+// role %r_entry \* current = Node<%s>
 // role const %r_entry \* source = Source<%s>
-// role %r_entry \* (parent|sibling);%r_entry \* (child|entry) = Place<%s>, Fresh<%s>
+// role %r_entry \* (parent|sibling) = Place<%s>
 // role %r_entry \* entry;int direction;%r_entry \* added = Place<%s>, Direction, Fresh<%s>
+// role %r_entry \* (child|entry) = Fresh<%s>
+// role int64_t depth = Depth
 // role const mub_array \* path = Path<%s>
 // role mub_arrayt \* array = ArrayOut
 
-using Document = Items<1>;
+using Document = Items<true>;
 
-// The end of what is at and below an item; the item above it, that of the root being the root; and whether
-// it is below.
+// The end of what is at and below an item; and the item above it, which is the root's own for the root.
 size_t end_of(const Document &items, size_t index) {
   size_t end = index + 1;
   while (end < items.size() && items[end].depth > items[index].depth) ++end;
@@ -32,6 +32,9 @@ size_t above(const Document &items, size_t index) {
   while (at > 0 && items[at].depth >= items[index].depth) --at;
   return at;
 }
+bool is_below(const Document &items, size_t index, size_t top) {
+  return index > top && index < end_of(items, top);
+}
 // The indexes on the way from the root to an item.
 Words path_to(const Document &items, size_t index) {
   Words path = index == 0 ? Words() : path_to(items, above(items, index));
@@ -39,154 +42,87 @@ Words path_to(const Document &items, size_t index) {
   for (size_t at = above(items, index) + 1; at < index; at = end_of(items, at)) ++path.back();
   return path;
 }
-size_t first_with(const Document &items, uint64_t value, size_t index, size_t end) {
-  while (index < end && items[index].value != value) ++index;
-  return index;
+
+std::vector<mub_tree_entry *> branches(const mub_tree_entry &entry) {
+  std::vector<mub_tree_entry *> children;
+  for (auto *child = entry.first_child; child != nullptr;) {
+    EXPECT_TRUE(child->next->prev == child && child->prev->next == child);
+    children.push_back(child);
+    child = child->next != entry.first_child && !::testing::Test::HasFailure() ? child->next : nullptr;
+  }
+  return children;
 }
-
-template <class R, class E, auto... kFunctions>
-struct TreeKind : LinkKind<R, E, 1, kFunctions...> {
-  static void read(R &tree, Document &content) {
-    ASSERT_EQ(tree.root.parent, nullptr);
-    read_entry(tree.root, 0, 0, content);
-  }
-  static void read_entry(E &entry, int depth, int side, Document &content) {
-    content.push_back({&entry, entry.value, "", depth, side});
-    int branch_side = 0;
-    for (E *branch : Kind<R>::branches(entry)) {
-      if (branch != nullptr) {
-        ASSERT_EQ(branch->parent, branch_side == 2 ? entry.parent : &entry);
-        ASSERT_NO_FATAL_FAILURE(read_entry(*branch, depth + 1, branch_side, content));
-      }
-      branch_side += std::is_same_v<R, mub_bitree> ? 1 : 0;
+std::vector<mub_bitree_entry *> branches(const mub_bitree_entry &entry) {
+  return {entry.left, entry.right, entry.equal};
+}
+template <class E>
+void read_below(E &entry, int depth, int side, Document &items) {
+  items.push_back({&entry, entry.value, "", depth, side});
+  int branch_side = 0;
+  for (E *branch : branches(entry)) {
+    if (branch != nullptr) {
+      ASSERT_EQ(branch->parent, branch_side == 2 ? entry.parent : &entry);
+      ASSERT_NO_FATAL_FAILURE(read_below(*branch, depth + 1, branch_side, items));
     }
+    branch_side += std::is_same_v<E, mub_bitree_entry> ? 1 : 0;
   }
-  // Those below an item come before it.
-  static Words values_of(const Document &content, size_t index = 0) {
-    Words values;
-    for (size_t at = index + 1, end = end_of(content, index); at < end; at = end_of(content, at)) {
-      const Words below = values_of(content, at);
-      values.insert(values.end(), below.begin(), below.end());
-    }
-    if (content[index].value != 0) values.push_back(content[index].value);
-    return values;
+}
+void read_items(auto &tree, Document &items) {
+  ASSERT_EQ(tree.root.parent, nullptr);
+  read_below(tree.root, 0, 0, items);
+}
+// Those below an item come before it.
+Words values_of(const Document &items, size_t index = 0) {
+  Words values;
+  for (size_t at = index + 1; at < end_of(items, index); at = end_of(items, at)) {
+    const Words below = values_of(items, at);
+    values.insert(values.end(), below.begin(), below.end());
   }
-};
-
-template <>
-struct Kind<mub_tree> : TreeKind<mub_tree, mub_tree_entry, mub_tree_init, mub_tree_term, mub_tree_remove_all,
-                                 mub_tree_free_all, mub_tree_entry_new> {
-  static std::vector<Entry *> branches(const Entry &entry) {
-    std::vector<Entry *> children;
-    for (Entry *child = entry.first_child; child != nullptr;) {
-      EXPECT_TRUE(child->next->prev == child && child->prev->next == child);
-      children.push_back(child);
-      child = child->next != entry.first_child && !::testing::Test::HasFailure() ? child->next : nullptr;
-    }
-    return children;
-  }
-  static void cut(mub_tree &tree, Entry &, Entry &entry) { mub_tree_entry_remove(&tree, &entry); }
-};
-template <>
-struct Kind<mub_bitree> : TreeKind<mub_bitree, mub_bitree_entry, mub_bitree_init, mub_bitree_term,
-                                   mub_bitree_remove_all, mub_bitree_free_all, mub_bitree_entry_new> {
-  static constexpr bool kCloneKeepsEntryPool = true;
-  static std::vector<Entry *> branches(const Entry &entry) { return {entry.left, entry.right, entry.equal}; }
-  static void cut(mub_bitree &tree, Entry &above, Entry &entry) {
-    for (Entry **link : {&above.left, &above.right, &above.equal}) {
-      if (*link == &entry) *link = nullptr;
-    }
-    --tree.count;
-  }
-};
-
-// Values are compared as words.
-template <>
-inline constexpr mub_tree_compare_fn kCompare<mub_tree_compare_fn> =
-    [](const mub_tree_entry *entry, const void *key, int64_t length) {
-      return length == 8 && std::memcmp(&entry->value, key, 8) == 0 ? 0 : -1;
-    };
-template <>
-inline constexpr mub_tree_compare_x_fn kCompare<mub_tree_compare_x_fn> =
-    [](const mub_tree_entry *entry, uint64_t context, const void *key, int64_t length) {
-      return context == kContext ? -kCompare<mub_tree_compare_fn>(entry, key, length) : 0;
-    };
+  if (items[index].value != 0) values.push_back(items[index].value);
+  return values;
+}
 
 // ---- roles
 
 // The tree of entries that come without it.
 template <class R>
 struct Within : Self<R> {
-  explicit Within(WorldOf<R> &world) : Self<R>(world) {}
+  using Self<R>::Self;
   std::tuple<> arguments() const { return {}; }
 };
-// An entry; it is bound to what is below the one above.
 template <class R>
-struct Node {
-  explicit Node(WorldOf<R> &world) : Node(world, *world.self) {}
-  Node(WorldOf<R> &world, const Slot<R> &slot)
-      : items(slot.content),
-        index(static_cast<size_t>(world.program.below(static_cast<int64_t>(items.size())))),
-        bound(above(items, index)),
-        entry(entry_at(index)) {}
-  auto arguments() const { return std::tuple(entry); }
-  auto entry_at(size_t at) const {
-    return static_cast<typename Kind<R>::Entry *>(at < items.size() ? items[at].entry : nullptr);
-  }
-  const Document &items;
-  size_t index, bound;
-  typename Kind<R>::Entry *entry;
-};
+using Node = EntryOf<R, false>;
 // Of any tree.
 template <class R>
 struct Source : Node<R> {
   explicit Source(WorldOf<R> &world) : Node<R>(world, world.slots[world.program.below(3)]) {}
-};
-// An entry, or NULL.
-template <class R>
-struct Place : Node<R> {
-  explicit Place(WorldOf<R> &world) : Node<R>(world) {
-    if (world.program.one_in(8)) this->entry = nullptr;
-  }
 };
 // A new entry with a value, or NULL.
 template <class R>
 struct Fresh {
   explicit Fresh(WorldOf<R> &world) {
     if (world.program.one_in(8)) return;
-    entry = Kind<R>::entry_new(&world.self->record);
+    entry = Functions<R>::entry_new_(&world.self->record);
     entry->value = world.draw_value(*world.self);
   }
   auto arguments() const { return std::tuple(entry); }
   typename Kind<R>::Entry *entry = nullptr;
 };
-struct Direction {
-  template <class W>
-  explicit Direction(W &world) : side(static_cast<int>(world.program.below(3))) {}
-  auto arguments() const {
-    constexpr int kDirections[] = {INT32_MIN, INT32_MAX, 0};
-    return std::tuple(kDirections[side]);
-  }
-  int side;
+inline constexpr auto draw_direction = [](auto &world) {
+  constexpr int kDirections[] = {INT32_MIN, INT32_MAX, 0};
+  return kDirections[world.program.below(3)];
 };
-// An entry, and a bound: itself, one above it, or none.
+using Direction = Drawn<int, draw_direction>;
+// An entry, and a bound: itself, one above it, or none, as which the root counts too.
 template <class R>
 struct Range : Node<R> {
-  explicit Range(WorldOf<R> &world) : Node<R>(world) {
-    this->bound = this->index;
-    while (this->bound > 0 && !world.program.one_in(3)) this->bound = above(this->items, this->bound);
-    has_bound = this->bound > 0 || world.program.one_in(2);
+  explicit Range(WorldOf<R> &world) : Node<R>(world), bound(this->index) {
+    while (bound > 0 && !world.program.one_in(3)) bound = above(this->items, bound);
+    has_bound = bound > 0 || world.program.one_in(2);
   }
-  auto arguments() const {
-    return std::tuple(has_bound ? this->entry_at(this->bound) : nullptr, this->entry);
-  }
+  auto arguments() const { return std::tuple(has_bound ? this->entry_at(bound) : nullptr, this->entry); }
+  size_t bound;
   bool has_bound;
-};
-template <class R>
-struct Pair : Node<R> {
-  explicit Pair(WorldOf<R> &world) : Node<R>(world), second(world) {}
-  auto arguments() const { return std::tuple(this->entry, second.entry); }
-  Node<R> second;
 };
 // A word that is some entry's value, or none.
 template <class R>
@@ -196,99 +132,80 @@ uint64_t draw_key(WorldOf<R> &world) {
 }
 template <class R>
 struct Key {
-  explicit Key(WorldOf<R> &world) : word(std::make_unique<uint64_t>(draw_key(world))) {}
-  auto arguments() const { return std::tuple(static_cast<const void *>(word.get()), int64_t{8}); }
-  std::unique_ptr<uint64_t> word;
+  explicit Key(WorldOf<R> &world) : word(draw_key(world)) {}
+  auto arguments() const { return std::tuple(static_cast<const void *>(&word), int64_t{8}); }
+  uint64_t word;
 };
+inline constexpr auto draw_depth = [](auto &world) { return world.program.below(3); };
+using Depth = Drawn<int64_t, draw_depth>;
+inline constexpr auto init_array = [](mub_array *array) { mub_array_init(array, 0); };
 template <class R>
-struct From : Node<R> {
-  explicit From(WorldOf<R> &world) : Node<R>(world), depth(world.program.below(3)) {}
-  auto arguments() const { return std::tuple(this->entry, depth); }
-  int64_t depth;
-};
-template <class R>
-struct Path {
+struct Path : Other<mub_array, init_array, mub_array_term> {
   explicit Path(WorldOf<R> &world) {
-    mub_array_init(&path, 0);
     for (auto left = world.program.below(6); left > 0; --left) {
       keys.push_back(draw_key(world));
-      mub_array_append(&path, &keys.back(), sizeof keys.back(), 0);
+      mub_array_append(&record, &keys.back(), sizeof keys.back(), 0);
     }
   }
-  Path(const Path &) = delete;
-  ~Path() { mub_array_term(&path); }
-  auto arguments() const { return std::tuple(&path); }
-  mub_array path;
   Words keys;
 };
-struct ArrayOut : Copies<mub_arrayt, mub_arrayt_init, mub_arrayt_term> {
-  template <class W>
-  explicit ArrayOut(W &world) {
-    const auto words = world.program.below(20);
-    for (auto i = 2 * words; i > 0; --i)
-      mub_arrayt_insert_at(&copies[i % 2], 0, static_cast<uint64_t>((i + 1) / 2));
+struct ArrayOut : Other<mub_arrayt, mub_arrayt_init, mub_arrayt_term> {
+  explicit ArrayOut(auto &world) : before(static_cast<size_t>(world.program.below(20)), 7) {
+    for (const uint64_t word : before) mub_arrayt_append(&record, word);
   }
+  Words before;
 };
 
 // ---- linking and cutting
 
-// Checks what hangs on an entry of no tree against items of a tree.
-template <class R, class E>
-void expect_like(const Slot<R> &slot, size_t index, E &entry, bool is_copy) {
+// Checks what hangs on an entry of no tree against items of a tree, of which it may be a copy.
+void expect_like(const Document &items, size_t index, auto &entry, bool is_copy) {
   Document there;
   there.clear();
-  const Item &top = slot.content[index];
-  ASSERT_NO_FATAL_FAILURE(Kind<R>::read_entry(entry, top.depth, top.side, there));
-  ASSERT_EQ(there.size(), end_of(slot.content, index) - index);
-  for (size_t i = 0; i < there.size(); ++i) {
-    const Item &item = slot.content[index + i];
-    ASSERT_EQ(there[i].place(), item.place());
-    ASSERT_EQ(there[i].value, item.value);
-    ASSERT_EQ(there[i].entry != item.entry, is_copy);
+  ASSERT_NO_FATAL_FAILURE(read_below(entry, items[index].depth, items[index].side, there));
+  ASSERT_EQ(there.size(), end_of(items, index) - index);
+  for (const Item &item : there) {
+    const Item &expected = items[index++];
+    ASSERT_EQ(item.place(), expected.place());
+    ASSERT_EQ(item.value, expected.value);
+    ASSERT_EQ(item.entry != expected.entry, is_copy);
   }
-}
-// Releases what is there, of which the tree knows no more.
-template <class R>
-void drop(WorldOf<R> &world, Slot<R> &slot, size_t index, size_t end) {
-  for (size_t i = index; i < end; ++i) {
-    world.give_back(slot, slot.content[i].value);
-    mub_pool_free(slot.record.entry_pool, slot.content[i].entry);
-  }
-  slot.content.erase(slot.content.at(index), slot.content.at(end));
 }
 
-// Puts an item where its entry was linked: before a sibling, last of all children, or on a side, of which
-// what was there is no longer reachable.
-template <class Op, class R, class... Args>
-void expect_linked(WorldOf<R> &world, Self<R> &self, const Args &...args) {
+// An entry is linked before a sibling, last of all children, or on a side, of which what was there is no longer
+// reachable.
+template <class Op, class R>
+void expect_linked(WorldOf<R> &world, Slot<R> &slot, const auto &...args) {
   const auto &place = *role_of<Place<R>>(args...);
   const auto *direction = role_of<Direction>(args...);
   auto *entry = role_of<Fresh<R>>(args...)->entry;
   if (entry == nullptr) return;
-  Document &items = self.slot.content;
-  size_t at = place.index;
-  if (place.entry == nullptr || (has<Op>("insert") && at == 0)) {
-    world.give_back(self.slot, entry->value);
-    return mub_pool_free(self.slot.record.entry_pool, entry);
+  Document &items = slot.content;
+  mub_pool *pool = slot.record.entry_pool;
+  if (place.entry == nullptr || (has<Op>("insert") && place.index == 0)) {
+    world.give_back(slot, entry->value);
+    return mub_pool_free(pool, entry);
   }
-  const int depth = items[at].depth + (has<Op>("insert") ? 0 : 1),
-            side = direction != nullptr ? direction->side : 0;
-  const size_t end = end_of(items, at);
-  if (has<Op>("append")) at = end;
+  const size_t end = end_of(items, place.index);
+  size_t at = has<Op>("append") ? end : place.index;
+  const int side = direction == nullptr ? 0 : direction->value < 0 ? 0 : direction->value > 0 ? 1 : 2;
   if (direction != nullptr) {
     for (++at; at < end && items[at].side < side;) at = end_of(items, at);
-    if (at < end && items[at].side == side) {
-      const size_t gone = end_of(items, at) - at;
-      drop(world, self.slot, at, at + gone);
-      self.slot.record.count -= static_cast<int64_t>(gone);
+    const size_t gone = at < end && items[at].side == side ? end_of(items, at) - at : 0;
+    for (size_t i = at; i < at + gone; ++i) {
+      world.give_back(slot, items[i].value);
+      mub_pool_free(pool, items[i].entry);
     }
+    items.erase(items.at(at), items.at(at + gone));
+    slot.record.count -= static_cast<int64_t>(gone);
   }
+  const int depth = items[place.index].depth + (has<Op>("insert") ? 0 : 1);
   items.insert(items.at(at), {entry, entry->value, "", depth, side});
 }
 
 // Removes an entry, which may be none, with all below it, and links it elsewhere.
 template <class F>
-void by_hand(op::entry_remove_, WorldOf<mub_tree> &world, F remove) {
+void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, F remove) {
   Self<mub_tree> self(world);
   Place<mub_tree> place(world);
   mub_tree &tree = self.slot.record;
@@ -297,7 +214,7 @@ void by_hand(op::entry_remove_, WorldOf<mub_tree> &world, F remove) {
   if (place.entry == nullptr || place.index == 0) return;
   EXPECT_EQ(tree.count, static_cast<int64_t>(items.size()) - 2);
   EXPECT_TRUE(place.entry->parent == nullptr && place.entry->prev == nullptr && place.entry->next == nullptr);
-  ASSERT_NO_FATAL_FAILURE(expect_like(self.slot, place.index, *place.entry, false));
+  ASSERT_NO_FATAL_FAILURE(expect_like(items, place.index, *place.entry, false));
   const auto first = items.at(place.index), last = items.at(end_of(items, place.index));
   std::vector<Item> moved(first, last);
   items.erase(first, last);
@@ -308,86 +225,64 @@ void by_hand(op::entry_remove_, WorldOf<mub_tree> &world, F remove) {
   items.insert(items.at(end_of(items, parent.index)), moved.begin(), moved.end());
 }
 
-// Calls what returns an entry and all below it to the pool, or leaves them there. The root stays.
-template <class R, class Call>
-void release(WorldOf<R> &world, bool stays, Self<R> &self, Node<R> &node, Call call) {
+void cut(mub_tree &tree, mub_tree_entry &, mub_tree_entry &entry) { mub_tree_entry_remove(&tree, &entry); }
+void cut(mub_bitree &, mub_bitree_entry &above, mub_bitree_entry &entry) {
+  for (auto **link : {&above.left, &above.right, &above.equal}) {
+    if (*link == &entry) *link = nullptr;
+  }
+}
+// An entry that is no longer linked goes back to the pool with all below it. One that stays, in a pool of the
+// tree's own, is as it was. So is the root.
+template <class R, class F>
+void by_hand(OneOf<op::entry_remove_, op::entry_remove_x_, op::entry_free_>, WorldOf<R> &world, F give_back) {
+  constexpr bool frees = std::is_invocable_v<F, R *, typename Kind<R>::Entry *, mub_free_fn>;
+  Self<R> self(world);
+  const Node<R> node(world);
+  const Free release(world);
   R &tree = self.slot.record;
   Document &items = self.slot.content;
-  const size_t end = end_of(items, node.index), first = node.index == 0 ? 1 : node.index;
-  if (node.index > 0) {
-    Kind<R>::cut(tree, *node.entry_at(node.bound), *node.entry);
-  }
+  if (node.index > 0) cut(tree, *node.entry_at(above(items, node.index)), *node.entry);
+  const Words values = values_of(items, node.index);
   const int64_t count = tree.count, live = tree.entry_pool->live_count;
-  world.call([&] { call(&tree, node.entry); });
+  if constexpr (frees) {
+    give_back(&tree, node.entry, std::get<0>(release.arguments()));
+    expect_released(self.slot, values, release);
+  } else {
+    for (const uint64_t value : values) world.give_back(self.slot, value);
+    give_back(&tree, node.entry);
+  }
+  const size_t first = std::max<size_t>(node.index, 1), end = end_of(items, node.index);
+  const bool stays = self.slot.owns_entries() && (frees || std::is_same_v<R, mub_tree>);
   EXPECT_EQ(tree.count, count);
   EXPECT_EQ(tree.entry_pool->live_count, live - (stays ? 0 : static_cast<int64_t>(end - first)));
-  if (stays) expect_like(self.slot, node.index, *node.entry, false);
+  if (stays) expect_like(items, node.index, *node.entry, false);
   for (size_t i = first; i < end && stays; ++i) mub_pool_free(tree.entry_pool, items[i].entry);
   items.erase(items.at(first), items.at(end));
   if (node.index == 0) tree.root = {};
   if (node.index == 0) items[0].value = 0;
   tree.count = static_cast<int64_t>(items.size()) - 1;
 }
-template <class R, class F>
-void remove_below(WorldOf<R> &world, bool stays_owned, F remove) {
-  Self<R> self(world);
-  Node<R> node(world);
-  const bool stays = stays_owned && self.slot.owns_entries();
-  for (size_t i = node.index; i < end_of(node.items, node.index); ++i) {
-    world.give_back(self.slot, node.items[i].value);
-  }
-  release(world, stays, self, node, remove);
-}
-template <class F>
-void by_hand(op::entry_remove_x_, WorldOf<mub_tree> &world, F remove) {
-  remove_below(world, true, remove);
-}
-template <class F>
-void by_hand(op::entry_remove_, WorldOf<mub_bitree> &world, F remove) {
-  remove_below(world, false, remove);
-}
-template <class R, class F>
-void by_hand(op::entry_free_, WorldOf<R> &world, F free_entry) {
-  Self<R> self(world);
-  Free release_it(world);
-  Node<R> node(world);
-  const Words values = Kind<R>::values_of(node.items, node.index);
-  release(world, self.slot.owns_entries(), self, node,
-          [&](auto *tree, auto *entry) { free_entry(tree, entry, std::get<0>(release_it.arguments())); });
-  expect_released(self.slot, values, release_it);
-}
 
 // ---- single entries
 
-template <class R, class E>
-void check(op::entry_new_, WorldOf<R> &world, Self<R> &self, E *entry) {
-  EXPECT_EQ(entry == nullptr, world.failed);
-  const E cleared = {};
-  EXPECT_TRUE(entry == nullptr || std::memcmp(entry, &cleared, sizeof cleared) == 0);
-  mub_pool_free(self.slot.record.entry_pool, entry);
-}
 template <class R, class E>
 void by_hand(op::entry_init_, WorldOf<R> &, void (*init)(E *)) {
   E entry;
   std::memset(&entry, 'w', sizeof entry);
   init(&entry);
-  const E cleared = {};
-  EXPECT_EQ(std::memcmp(&entry, &cleared, sizeof cleared), 0);
+  EXPECT_TRUE(is_cleared(entry));
 }
-// Of any tree; the copy is dropped.
+// The copy is dropped.
 template <class R, class E>
 void check(op::clone_entry_, WorldOf<R> &world, Self<R> &self, Source<R> &source, E *copy) {
   EXPECT_EQ(copy == nullptr, world.failed);
   if (copy == nullptr) return;
   EXPECT_EQ(copy->parent, nullptr);
-  const auto links = static_cast<int64_t>(end_of(source.items, source.index) - source.index) - 1;
-  EXPECT_EQ(self.slot.record.count, static_cast<int64_t>(self.slot.content.size()) - 1 + links);
-  self.slot.record.count -= links;
-  const Slot<R> other = {{}, source.items};
-  ASSERT_NO_FATAL_FAILURE(expect_like(other, source.index, *copy, true));
+  ASSERT_NO_FATAL_FAILURE(expect_like(source.items, source.index, *copy, true));
   Document copies;
   copies.clear();
-  Kind<R>::read_entry(*copy, 0, 0, copies);
+  read_below(*copy, 0, 0, copies);
+  self.slot.record.count -= static_cast<int64_t>(copies.size()) - 1;
   for (const Item &item : copies) mub_pool_free(self.slot.record.entry_pool, item.entry);
 }
 // The parents that depend on an entry are set again.
@@ -410,97 +305,89 @@ template <class R, class E>
 void by_hand(op::entry_swap_, WorldOf<R> &world, void (*swap)(E *, E *)) {
   Self<R> self(world);
   E &root = self.slot.record.root, other = {};
-  if (root.value == 0) root.value = self.slot.content[0].value = world.draw_value(self.slot);
   Item &top = self.slot.content[0];
+  if (root.value == 0) root.value = top.value = world.draw_value(self.slot);
   swap(&root, &other);
-  EXPECT_TRUE(Kind<R>::branches(root) == Kind<R>::branches({}) && root.value == 0);
+  EXPECT_TRUE(is_cleared(root));
   top.entry = &other;
-  expect_like(self.slot, 0, other, false);
+  expect_like(self.slot.content, 0, other, false);
   top.entry = &root;
   swap(&root, &other);
   swap(&root, &root);
 }
 template <class F>
 void by_hand(op::cmp_, WorldOf<mub_tree> &world, F compare_bytes) {
-  const std::string a(static_cast<size_t>(world.program.below(49)), 'a');
-  std::string b = a.substr(0, a.size() - static_cast<size_t>(world.program.one_in(4) && !a.empty() ? 1 : 0));
-  if (world.program.one_in(2) && !b.empty()) b[static_cast<size_t>(world.program.below(49)) % b.size()] = 'b';
+  const std::string a = world.program.text(3), b = world.program.text(3);
   EXPECT_EQ(compare_bytes(a.data(), static_cast<int64_t>(a.size()), b.data(), static_cast<int64_t>(b.size())),
             a == b ? 1 : 0);
 }
 
 // ---- order, searches and paths
 
-void check(op::entry_index_, WorldOf<mub_tree> &, Within<mub_tree> &, Node<mub_tree> &node, int64_t result) {
+void check(op::entry_index_, auto &, Within<mub_tree> &, Node<mub_tree> &node, int64_t result) {
   EXPECT_EQ(static_cast<uint64_t>(result), path_to(node.items, node.index).back());
 }
-// The array grows as if each index was put before the others.
-void check(op::entry_array_, WorldOf<mub_tree> &world, Within<mub_tree> &, Node<mub_tree> &node,
-           ArrayOut &out, None) {
-  auto &[array, literal] = out.copies;
-  Words path = path_to(node.items, node.index);
-  for (; !path.empty() && !world.failed; path.pop_back()) mub_arrayt_insert_at(&literal, 0, path.back());
-  EXPECT_TRUE(world.failed || array.capacity == literal.capacity);
-  ASSERT_EQ(array.count, literal.count);
-  for (int64_t i = 0; i < array.count; ++i) {
-    EXPECT_EQ(mub_arrayt_get_at(&array, i), mub_arrayt_get_at(&literal, i));
-  }
+void check(op::entry_array_, auto &world, Within<mub_tree> &, Node<mub_tree> &node, const ArrayOut &out,
+           None) {
+  Words expected = world.failed ? Words() : path_to(node.items, node.index);
+  expected.insert(expected.end(), out.before.begin(), out.before.end());
+  Words words;
+  for (int64_t i = 0; i < out.record.count; ++i) words.push_back(mub_arrayt_get_at(&out.record, i));
+  EXPECT_EQ(words, expected);
 }
-void check(op::entry_compare_, WorldOf<mub_tree> &, Within<mub_tree> &, Pair<mub_tree> &pair, int result) {
-  const Words a = path_to(pair.items, pair.index), b = path_to(pair.items, pair.second.index);
-  const auto [x, y] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-  EXPECT_EQ(result, static_cast<int>(x == a.end() || y == b.end() ? a.size() - b.size() : *x - *y));
+void check(op::entry_compare_, auto &, Within<mub_tree> &, Node<mub_tree> &a, Node<mub_tree> &b, int result) {
+  const Words left = path_to(a.items, a.index), right = path_to(b.items, b.index);
+  const auto [x, y] = std::ranges::mismatch(left, right);
+  const bool is_above = x == left.end() || y == right.end();
+  EXPECT_EQ(result, static_cast<int>(is_above ? left.size() - right.size() : *x - *y));
 }
-void check(op::entry_find_child_, WorldOf<mub_tree> &, Within<mub_tree> &, Pair<mub_tree> &pair, int result) {
-  const size_t below = pair.second.index;
-  EXPECT_EQ(result, pair.index < below && below < end_of(pair.items, pair.index) ? 1 : 0);
+void check(op::entry_find_child_, auto &, Within<mub_tree> &, Node<mub_tree> &a, Node<mub_tree> &b,
+           int result) {
+  EXPECT_EQ(result, is_below(a.items, b.index, a.index) ? 1 : 0);
 }
 
-// Neighbours, and what searches find within their bounds.
-template <class Op, class... Args>
-void expect_found(const Node<mub_tree> &node, const Args &...args) {
+// Neighbours and searches: the first entry, or the last one, that is where the operation looks, and has the key.
+template <class Op>
+void expect_found(const Node<mub_tree> &node, const auto &...args) {
   const Document &items = node.items;
   const auto *range = role_of<Range<mub_tree>>(args...);
   const auto *key = role_of<Key<mub_tree>>(args...);
-  const size_t index = node.index, past = end_of(items, index), end = end_of(items, node.bound);
-  size_t found = items.size();  // nothing
-  if (has<Op>("last")) {
-    for (size_t at = index + 1; at < past; at = end_of(items, at)) found = at;
-  } else if (has<Op>("prev")) {
-    for (size_t at = node.bound + 1; at < index; at = end_of(items, at)) found = at;
-  } else if (has<Op>("parent")) {
-    for (size_t at = index; at > 0 && found == items.size();) {
-      at = above(items, at);
-      if (range->has_bound && at == node.bound) break;
-      if (items[at].value == *key->word) found = at;
-    }
-  } else {
-    found = key != nullptr    ? first_with(items, *key->word, index + 1, end)
-            : has<Op>("iter") ? index + 1
-                              : past;
-    if (found >= end) found = items.size();
-  }
   const auto *comparer = role_of<AnyComparer>(args...);
+  const size_t index = node.index, bound = range != nullptr ? range->bound : above(items, index);
+  const auto is_looked_at = [&](size_t at) {
+    if (has<Op>("last")) return at > index && above(items, at) == index;
+    if (has<Op>("prev")) return at > 0 && at < index && above(items, at) == bound;
+    if (has<Op>("parent"))
+      return is_below(items, index, at) && !(range->has_bound && bound < index && at <= bound);
+    return is_below(items, at, bound) &&
+           at >= (has<Op>("iter") || key != nullptr ? index + 1 : end_of(items, index));
+  };
+  size_t found = items.size();  // nothing
+  for (size_t at = 0; at < items.size(); ++at) {
+    const bool is_later = has<Op>("last") || has<Op>("prev") || has<Op>("parent") || found == items.size();
+    if (is_later && is_looked_at(at) && (key == nullptr || items[at].value == key->word)) found = at;
+  }
   EXPECT_EQ(result_of(args...), comparer == nullptr || comparer->is_given ? node.entry_at(found) : nullptr);
 }
 
 // Entries that are missing on a path are appended, each to the one before; only one at the end gets a value.
-template <class Op, class... Args>
-void expect_path(WorldOf<mub_tree> &world, Slot<mub_tree> &slot, const Args &...args) {
-  const auto *from = role_of<From<mub_tree>>(args...);
+template <class Op>
+void expect_path(WorldOf<mub_tree> &world, Slot<mub_tree> &slot, const auto &...args) {
+  const auto *from = role_of<Node<mub_tree>>(args...);
+  const auto *drawn_depth = role_of<Depth>(args...);
   const Words &keys = role_of<Path<mub_tree>>(args...)->keys;
   mub_tree_entry *const result = result_of(args...);
   Document &items = slot.content;
   size_t at = from != nullptr ? from->index : 0;
-  size_t depth = from != nullptr ? static_cast<size_t>(from->depth) : 0;
+  size_t depth = drawn_depth != nullptr ? static_cast<size_t>(drawn_depth->value) : 0;
   if (depth >= keys.size() || !role_of<AnyComparer>(args...)->is_given) {
     EXPECT_EQ(result, nullptr);
     return;
   }
-  for (size_t next = at; next < items.size() && depth < keys.size(); ++depth) {
-    const size_t end = end_of(items, at);
-    next = first_with(items, keys[depth], at + 1, end);
-    if (next == end) break;
+  for (; depth < keys.size(); ++depth) {
+    size_t next = at + 1;
+    while (is_below(items, next, at) && items[next].value != keys[depth]) ++next;
+    if (!is_below(items, next, at)) break;
     at = next;
   }
   const bool is_found = depth == keys.size();
@@ -512,23 +399,22 @@ void expect_path(WorldOf<mub_tree> &world, Slot<mub_tree> &slot, const Args &...
     }
     EXPECT_EQ(result == nullptr, depth < keys.size());
     EXPECT_TRUE(result != nullptr || world.failed);
-    const bool is_new = !is_found && result != nullptr;
-    if (is_new) {
-      EXPECT_EQ(result->value == 0, world.failed || !slot.has_values);
-      items[at].value = result->value;
+    const uint64_t value = !is_found && result != nullptr ? result->value : 0;
+    EXPECT_EQ(seen, role_of<Init>(args...)->is_given && value != 0 ? Words{value} : Words());
+    if (!is_found && result != nullptr) {
+      EXPECT_EQ(value == 0, world.failed || !slot.has_values);
+      items[at].value = value;
     }
-    const bool is_called = is_new && role_of<Init>(args...)->is_given && result->value != 0;
-    EXPECT_EQ(seen, is_called ? Words{result->value} : Words());
     if (!is_found) return;
   }
   EXPECT_EQ(result, is_found ? items[at].entry : nullptr);
 }
 
-template <class Op, class R, class... Args>
-void check(Op, WorldOf<R> &world, Self<R> &self, const Args &...args) {
-  if constexpr ((std::is_same_v<Args, Fresh<R>> || ...)) {
-    expect_linked<Op>(world, self, args...);
-  } else if constexpr ((std::is_same_v<Args, Path<R>> || ...)) {
+template <class Op, class R>
+void check(Op, WorldOf<R> &world, Self<R> &self, const auto &...args) {
+  if constexpr ((std::is_same_v<decltype(args), const Fresh<R> &> || ...)) {
+    expect_linked<Op>(world, self.slot, args...);
+  } else if constexpr ((std::is_same_v<decltype(args), const Path<R> &> || ...)) {
     expect_path<Op>(world, self.slot, args...);
   } else {
     expect_found<Op>(*role_of<Node<R>>(args...), args...);
