@@ -3,11 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "interpreter/roles.h"
-#include "support/pools.h"
-
-using namespace mub_test;
-
 namespace {
 
 TEST(ListOfKeys, StoresAtMost32BitsOfBytes) {
@@ -18,20 +13,6 @@ TEST(ListOfKeys, StoresAtMost32BitsOfBytes) {
   EXPECT_EQ(mub_list_add_tail(&list, "ab", 2, 1), nullptr);
   EXPECT_EQ(list.count + list.entry_pool->live_count, 2);
   mub_list_term(&list);
-}
-
-TEST(ListOfValues, ClonesIntoAListThatHoldsSomethingAndAPoolThatIsNamedAsTheUsersToo) {
-  mub_lists list, copy;
-  Pool user(8);
-  mub_pool_new(&user);
-  for (mub_lists *each : {&list, &copy}) mub_lists_init(each, 1, 1)->value_pool->block_size = 8;
-  for (int i = 0; i < 40; ++i) mub_lists_add_tail_new(i % 8 == 0 ? &copy : &list, nullptr);
-  mub_lists_clone(&list, &user, &copy, copy.value_pool, note_clone);
-  EXPECT_EQ(copy.value_pool->live_count, 35);
-  int64_t met = 0;
-  for (const mub_lists_entry *entry = copy.tail; entry != nullptr && met < 99; entry = entry->prev) ++met;
-  EXPECT_EQ(met, 35);
-  for (mub_lists *each : {&list, &copy}) mub_lists_term(each);
 }
 
 TEST(UnrolledList, ClearsSlotsAndReadsNoneThatABlockDoesNotHave) {
