@@ -58,9 +58,8 @@ struct Kind {
 template <class R, bool kMayBeNone>
 struct EntryOf {
   using Entry = typename Kind<R>::Entry;
-  explicit EntryOf(WorldOf<R> &world) : EntryOf(world, *world.self) {}
-  EntryOf(WorldOf<R> &world, const Slot<R> &slot)
-      : items(slot.content),
+  explicit EntryOf(WorldOf<R> &world)
+      : items(world.self->content),
         index(static_cast<size_t>(world.program.below(static_cast<int64_t>(items.size()) + kMayBeNone))),
         entry(entry_at(index)) {}
   auto arguments() const { return std::tuple(entry); }

@@ -11,7 +11,7 @@ namespace mub_test {
 // role const %r_entry \* (a|ancestor);const %r_entry \* (b|entry) = Within<%s>, Node<%s>, Node<%s>
 // role const %r_entry \* (entry|current) = Within<%s>, Node<%s>
 // role %r_entry \* current = Node<%s>
-// role const %r_entry \* source = Source<%s>
+// role const %r_entry \* source = Node<%s>
 // role %r_entry \* (parent|sibling) = Place<%s>
 // role %r_entry \* entry;int direction;%r_entry \* added = Place<%s>, Direction, Fresh<%s>
 // role %r_entry \* (child|entry) = Fresh<%s>
@@ -43,33 +43,27 @@ Words path_to(const Document &items, size_t index) {
   return path;
 }
 
-std::vector<mub_tree_entry *> branches(const mub_tree_entry &entry) {
-  std::vector<mub_tree_entry *> children;
+void read_below(mub_tree_entry &entry, Document &items, int depth = 0, int = 0) {
+  items.push_back({&entry, entry.value, "", depth});
   for (auto *child = entry.first_child; child != nullptr;) {
-    EXPECT_TRUE(child->next->prev == child && child->prev->next == child);
-    children.push_back(child);
-    child = child->next != entry.first_child && !::testing::Test::HasFailure() ? child->next : nullptr;
+    ASSERT_TRUE(child->parent == &entry && child->next->prev == child && child->prev->next == child);
+    ASSERT_NO_FATAL_FAILURE(read_below(*child, items, depth + 1));
+    child = child->next != entry.first_child ? child->next : nullptr;
   }
-  return children;
 }
-std::vector<mub_bitree_entry *> branches(const mub_bitree_entry &entry) {
-  return {entry.left, entry.right, entry.equal};
-}
-template <class E>
-void read_below(E &entry, int depth, int side, Document &items) {
-  items.push_back({&entry, entry.value, "", depth, side});
-  int branch_side = 0;
-  for (E *branch : branches(entry)) {
+void read_below(mub_bitree_entry &entry, Document &items, int depth = 0, int own_side = 0) {
+  items.push_back({&entry, entry.value, "", depth, own_side});
+  for (int side = 0; auto *branch : {entry.left, entry.right, entry.equal}) {
     if (branch != nullptr) {
-      ASSERT_EQ(branch->parent, branch_side == 2 ? entry.parent : &entry);
-      ASSERT_NO_FATAL_FAILURE(read_below(*branch, depth + 1, branch_side, items));
+      ASSERT_EQ(branch->parent, side == 2 ? entry.parent : &entry);
+      ASSERT_NO_FATAL_FAILURE(read_below(*branch, items, depth + 1, side));
     }
-    branch_side += std::is_same_v<E, mub_bitree_entry> ? 1 : 0;
+    ++side;
   }
 }
 void read_items(auto &tree, Document &items) {
   ASSERT_EQ(tree.root.parent, nullptr);
-  read_below(tree.root, 0, 0, items);
+  read_below(tree.root, items);
 }
 // Those below an item come before it.
 Words values_of(const Document &items, size_t index = 0) {
@@ -92,11 +86,6 @@ struct Within : Self<R> {
 };
 template <class R>
 using Node = EntryOf<R, false>;
-// Of any tree.
-template <class R>
-struct Source : Node<R> {
-  explicit Source(WorldOf<R> &world) : Node<R>(world, world.slots[world.program.below(3)]) {}
-};
 // A new entry with a value, or NULL.
 template <class R>
 struct Fresh {
@@ -162,7 +151,7 @@ struct ArrayOut : Other<mub_arrayt, mub_arrayt_init, mub_arrayt_term> {
 void expect_like(const Document &items, size_t index, auto &entry, bool is_copy) {
   Document there;
   there.clear();
-  ASSERT_NO_FATAL_FAILURE(read_below(entry, items[index].depth, items[index].side, there));
+  ASSERT_NO_FATAL_FAILURE(read_below(entry, there, items[index].depth, items[index].side));
   ASSERT_EQ(there.size(), end_of(items, index) - index);
   for (const Item &item : there) {
     const Item &expected = items[index++];
@@ -170,6 +159,15 @@ void expect_like(const Document &items, size_t index, auto &entry, bool is_copy)
     ASSERT_EQ(item.value, expected.value);
     ASSERT_EQ(item.entry != expected.entry, is_copy);
   }
+}
+// What a copy has, which no longer counts.
+template <class R>
+Document read_copy(Slot<R> &slot, auto &copy) {
+  Document copies;
+  copies.clear();
+  read_below(copy, copies);
+  slot.record.count -= static_cast<int64_t>(copies.size()) - 1;
+  return copies;
 }
 
 // An entry is linked before a sibling, last of all children, or on a side, of which what was there is no longer
@@ -203,7 +201,7 @@ void expect_linked(WorldOf<R> &world, Slot<R> &slot, const auto &...args) {
   items.insert(items.at(at), {entry, entry->value, "", depth, side});
 }
 
-// Removes an entry, which may be none, with all below it, and links it elsewhere.
+// Removes an entry, which may be none, with all below it, and links it again, as the last child.
 template <class F>
 void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, F remove) {
   Self<mub_tree> self(world);
@@ -215,24 +213,12 @@ void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, F r
   EXPECT_EQ(tree.count, static_cast<int64_t>(items.size()) - 2);
   EXPECT_TRUE(place.entry->parent == nullptr && place.entry->prev == nullptr && place.entry->next == nullptr);
   ASSERT_NO_FATAL_FAILURE(expect_like(items, place.index, *place.entry, false));
-  const auto first = items.at(place.index), last = items.at(end_of(items, place.index));
-  std::vector<Item> moved(first, last);
-  items.erase(first, last);
-  const Node<mub_tree> parent(world);
-  mub_tree_entry_append(&tree, parent.entry, place.entry);
-  const int down = items[parent.index].depth + 1 - moved[0].depth;
-  for (Item &item : moved) item.depth += down;
-  items.insert(items.at(end_of(items, parent.index)), moved.begin(), moved.end());
+  const size_t parent = above(items, place.index), end = end_of(items, place.index);
+  mub_tree_entry_append(&tree, place.entry_at(parent), place.entry);
+  std::rotate(items.at(place.index), items.at(end), items.at(end_of(items, parent)));
 }
 
-void cut(mub_tree &tree, mub_tree_entry &, mub_tree_entry &entry) { mub_tree_entry_remove(&tree, &entry); }
-void cut(mub_bitree &, mub_bitree_entry &above, mub_bitree_entry &entry) {
-  for (auto **link : {&above.left, &above.right, &above.equal}) {
-    if (*link == &entry) *link = nullptr;
-  }
-}
-// An entry that is no longer linked goes back to the pool with all below it. One that stays, in a pool of the
-// tree's own, is as it was. So is the root.
+// A copy, which has the values now, goes back to the pool; or it stays, in a pool of the tree's own, as it was.
 template <class R, class F>
 void by_hand(OneOf<op::entry_remove_, op::entry_remove_x_, op::entry_free_>, WorldOf<R> &world, F give_back) {
   constexpr bool frees = std::is_invocable_v<F, R *, typename Kind<R>::Entry *, mub_free_fn>;
@@ -240,27 +226,27 @@ void by_hand(OneOf<op::entry_remove_, op::entry_remove_x_, op::entry_free_>, Wor
   const Node<R> node(world);
   const Free release(world);
   R &tree = self.slot.record;
-  Document &items = self.slot.content;
-  if (node.index > 0) cut(tree, *node.entry_at(above(items, node.index)), *node.entry);
-  const Words values = values_of(items, node.index);
+  auto *copy = Functions<R>::clone_entry_(&tree, node.entry);
+  const Document copies = read_copy(self.slot, *copy);
+  const Words values = values_of(copies);
+  for (size_t i = node.index; i < node.index + copies.size(); ++i) {
+    self.slot.content[i].value = node.entry_at(i)->value = 0;
+  }
   const int64_t count = tree.count, live = tree.entry_pool->live_count;
   if constexpr (frees) {
-    give_back(&tree, node.entry, std::get<0>(release.arguments()));
+    give_back(&tree, copy, std::get<0>(release.arguments()));
     expect_released(self.slot, values, release);
   } else {
     for (const uint64_t value : values) world.give_back(self.slot, value);
-    give_back(&tree, node.entry);
+    give_back(&tree, copy);
   }
-  const size_t first = std::max<size_t>(node.index, 1), end = end_of(items, node.index);
   const bool stays = self.slot.owns_entries() && (frees || std::is_same_v<R, mub_tree>);
   EXPECT_EQ(tree.count, count);
-  EXPECT_EQ(tree.entry_pool->live_count, live - (stays ? 0 : static_cast<int64_t>(end - first)));
-  if (stays) expect_like(items, node.index, *node.entry, false);
-  for (size_t i = first; i < end && stays; ++i) mub_pool_free(tree.entry_pool, items[i].entry);
-  items.erase(items.at(first), items.at(end));
-  if (node.index == 0) tree.root = {};
-  if (node.index == 0) items[0].value = 0;
-  tree.count = static_cast<int64_t>(items.size()) - 1;
+  EXPECT_EQ(tree.entry_pool->live_count, live - (stays ? 0 : static_cast<int64_t>(copies.size())));
+  if (stays) expect_like(copies, 0, *copy, false);
+  for (const Item &item : copies) {
+    if (stays) mub_pool_free(tree.entry_pool, item.entry);
+  }
 }
 
 // ---- single entries
@@ -274,29 +260,21 @@ void by_hand(op::entry_init_, WorldOf<R> &, void (*init)(E *)) {
 }
 // The copy is dropped.
 template <class R, class E>
-void check(op::clone_entry_, WorldOf<R> &world, Self<R> &self, Source<R> &source, E *copy) {
+void check(op::clone_entry_, WorldOf<R> &world, Self<R> &self, Node<R> &node, E *copy) {
   EXPECT_EQ(copy == nullptr, world.failed);
   if (copy == nullptr) return;
   EXPECT_EQ(copy->parent, nullptr);
-  ASSERT_NO_FATAL_FAILURE(expect_like(source.items, source.index, *copy, true));
-  Document copies;
-  copies.clear();
-  read_below(*copy, 0, 0, copies);
-  self.slot.record.count -= static_cast<int64_t>(copies.size()) - 1;
-  for (const Item &item : copies) mub_pool_free(self.slot.record.entry_pool, item.entry);
+  ASSERT_NO_FATAL_FAILURE(expect_like(node.items, node.index, *copy, true));
+  for (const Item &item : read_copy(self.slot, *copy)) mub_pool_free(self.slot.record.entry_pool, item.entry);
 }
-// The parents that depend on an entry are set again.
+// The parents that depend on an entry are set again: those of its children, of their equals and of its own.
 template <class R, class E>
 void by_hand(op::set_parent_, WorldOf<R> &world, void (*set_parent)(E *)) {
   Self<R> self(world);
-  Node<R> node(world);
+  const Node<R> node(world);
   for (size_t i = node.index + 1; i < end_of(node.items, node.index); ++i) {
-    auto *entry = static_cast<E *>(node.items[i].entry);
-    if (entry->parent == node.entry) entry->parent = nullptr;
-  }
-  if constexpr (std::is_same_v<R, mub_bitree>) {
-    for (E *entry = node.entry->equal; entry != nullptr; entry = entry->equal)
-      entry->parent = &self.slot.record.root;
+    E *&parent = node.entry_at(i)->parent;
+    if (parent == node.entry || parent == node.entry->parent) parent = nullptr;
   }
   set_parent(node.entry);
 }
@@ -384,30 +362,27 @@ void expect_path(WorldOf<mub_tree> &world, Slot<mub_tree> &slot, const auto &...
     EXPECT_EQ(result, nullptr);
     return;
   }
+  bool is_new = false;
   for (; depth < keys.size(); ++depth) {
-    size_t next = at + 1;
-    while (is_below(items, next, at) && items[next].value != keys[depth]) ++next;
-    if (!is_below(items, next, at)) break;
-    at = next;
+    const size_t parent = at;
+    do ++at;
+    while (is_below(items, at, parent) && items[at].value != keys[depth]);
+    if (is_below(items, at, parent)) continue;
+    if (!has<Op>("insert") || slot.record.count < static_cast<int64_t>(items.size())) break;
+    items.insert(items.at(at), {.depth = items[parent].depth + 1});
+    is_new = true;
   }
-  const bool is_found = depth == keys.size();
-  if constexpr (has<Op>("insert")) {
-    for (; depth < keys.size() && slot.record.count >= static_cast<int64_t>(items.size()); ++depth) {
-      const int above_depth = items[at].depth;
-      at = end_of(items, at);
-      items.insert(items.at(at), {nullptr, 0, "", above_depth + 1});
-    }
-    EXPECT_EQ(result == nullptr, depth < keys.size());
-    EXPECT_TRUE(result != nullptr || world.failed);
-    const uint64_t value = !is_found && result != nullptr ? result->value : 0;
-    EXPECT_EQ(seen, role_of<Init>(args...)->is_given && value != 0 ? Words{value} : Words());
-    if (!is_found && result != nullptr) {
-      EXPECT_EQ(value == 0, world.failed || !slot.has_values);
-      items[at].value = value;
-    }
-    if (!is_found) return;
+  const bool is_reached = depth == keys.size();
+  EXPECT_TRUE(is_reached || !has<Op>("insert") || world.failed);
+  const uint64_t value = is_reached && is_new ? result->value : 0;
+  if (is_reached && is_new) {
+    EXPECT_EQ(value == 0, world.failed || !slot.has_values);
+    items[at].entry = result;
+    items[at].value = value;
   }
-  EXPECT_EQ(result, is_found ? items[at].entry : nullptr);
+  EXPECT_EQ(result, is_reached ? items[at].entry : nullptr);
+  if (const auto *init = role_of<Init>(args...))
+    EXPECT_EQ(seen, init->is_given && value != 0 ? Words{value} : Words());
 }
 
 template <class Op, class R>
