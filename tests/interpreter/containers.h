@@ -215,13 +215,6 @@ struct Value {
   uint64_t word;
 };
 
-// The operations that one by_hand is for.
-template <class... Ops>
-struct OneOf {
-  template <class Op>
-  requires(std::is_same_v<Op, Ops> || ...) OneOf(Op) {}
-};
-
 // ---- operations that all have
 
 // The values that are not 0, in the order in which they are released.

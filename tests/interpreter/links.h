@@ -5,6 +5,8 @@
 #ifndef MUB_TESTS_INTERPRETER_LINKS_H
 #define MUB_TESTS_INTERPRETER_LINKS_H
 
+#include <concepts>
+
 #include "interpreter/containers.h"
 
 namespace mub_test {
@@ -105,6 +107,9 @@ struct Other {
   Record record;
 };
 
+inline constexpr auto init_array = [](mub_array *array) { mub_array_init(array, 0); };
+using Array = Other<mub_array, init_array, mub_array_term>;
+
 // The role of a kind that a step has, if any; and the result of its function.
 template <class Role, class... Args>
 const Role *role_of(const Args &...args) {
@@ -120,6 +125,10 @@ template <class Op>
 constexpr bool has(std::string_view part) {
   return Op::kName.find(part) != std::string_view::npos;
 }
+
+// The operations that one by_hand is for.
+template <class Op, class... Ops>
+concept OneOf = (std::same_as<Op, Ops> || ...);
 
 // ---- operations
 

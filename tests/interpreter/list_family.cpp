@@ -8,7 +8,7 @@ namespace mub_test {
 
 // role %r_entry \*\* position = Walker<%s>
 // role (const )?%r_entry \* position = Place<%s>
-// role const char \*\* key;int64_t \* length = KeyOut
+// role const char \*\* key;int64_t \* length = Out<const char *>, Out<int64_t>
 // role const %r \* list;uint64_t value = Self<%s>, Wanted
 // role uint64_t key = Wanted
 // role const void \* key;int64_t length = ByteKey<%s>
@@ -19,8 +19,11 @@ namespace mub_test {
 template <class R>
 constexpr bool kIsUnrolled = std::is_same_v<R, mub_listx>;
 
+std::string key_of(const auto &record, const auto &entry) {
+  return std::string(stored_keys(record.keys).substr(entry.key_offset, entry.key_length));
+}
 void read_entry(const mub_list &list, mub_list_entry &entry, Items<false> &items) {
-  items.push_back({&entry, entry.value, ByteKeyKind<mub_list>::bytes_of(list, entry)});
+  items.push_back({&entry, entry.value, key_of(list, entry)});
 }
 void read_entry(const mub_lists &, mub_lists_entry &entry, Items<false> &items) {
   items.push_back({&entry, entry.value});
@@ -44,6 +47,7 @@ void read_items(const R &list, Items<false> &items) {
     ASSERT_EQ(bytes, list.keys.length) << "the store has the bytes of the keys alone";
   }
 }
+
 // ---- roles
 
 template <class R>
@@ -51,12 +55,6 @@ struct Walker : Place<R> {
   using Place<R>::Place;
   auto arguments() { return std::tuple(&at); }
   typename Kind<R>::Entry *at = this->entry;
-};
-struct KeyOut {
-  explicit KeyOut(auto &) {}
-  auto arguments() { return std::tuple(&key, &length); }
-  const char *key = "stale";
-  int64_t length = -1;
 };
 // Half of them are the value that they stand for, and the others greater by 1, as comparers want it.
 inline constexpr auto draw_wanted = [](auto &world) {
@@ -74,22 +72,24 @@ inline constexpr auto draw_separator = [](auto &world) {
   return "abx1"[world.program.below(4)] - 0x100 * static_cast<int>(world.program.below(3));
 };
 using Separator = Drawn<int, draw_separator>;
+// Two strings of the same content, one for the list and one for the model.
 struct StringOut : Other<mub_string, mub_string_init, mub_string_term> {
-  explicit StringOut(auto &world) : before(static_cast<size_t>(world.program.below(40)), 'x') {
-    fill(record);
+  explicit StringOut(auto &world) {
+    const std::string content(static_cast<size_t>(world.program.below(40)), 'x');
+    for (mub_string *each : {&record, &expected.record})
+      mub_string_append(each, content.data(), static_cast<int64_t>(content.size()));
   }
-  void fill(mub_string &string) const {
-    mub_string_append(&string, before.data(), static_cast<int64_t>(before.size()));
-  }
-  std::string before;
+  Other expected;
 };
 
 // ---- operations
 
 // A new value is a block, or 0; the other additions give the entry, or the list.
 template <class Op, class R>
-void expect_added(WorldOf<R> &world, Slot<R> &slot, const auto &...args) {
+void check(Op, WorldOf<R> &world, Self<R> &self,
+           const auto &...args) requires(has<Op>("add") || has<Op>("insert")) {
   const auto result = result_of(args...);
+  Slot<R> &slot = self.slot;
   Items<false> &items = slot.content;
   Item item;
   if (const auto *key = role_of<ByteKey<R>>(args...)) item.key = key->bytes;
@@ -120,9 +120,10 @@ void expect_added(WorldOf<R> &world, Slot<R> &slot, const auto &...args) {
 
 // Reads, and removals, at an end or a place.
 template <class Op, class R>
-void expect_read(WorldOf<R> &world, Slot<R> &slot, const auto &...args) {
+void check(Op, WorldOf<R> &world, Self<R> &self,
+           const auto &...args) requires(has<Op>("get") || has<Op>("remove")) {
   const auto result = result_of(args...);
-  Items<false> &items = slot.content;
+  Items<false> &items = self.slot.content;
   const auto item_at = [&](size_t index) { return index < items.size() ? items[index] : Item(); };
   const auto *place = role_of<Place<R>>(args...);
   const size_t index = place != nullptr ? place->index : has<Op>("tail") ? items.size() - 1 : 0;
@@ -132,10 +133,10 @@ void expect_read(WorldOf<R> &world, Slot<R> &slot, const auto &...args) {
   } else {
     EXPECT_EQ(result, item.value);
   }
-  if (const auto *out = role_of<KeyOut>(args...)) {
-    EXPECT_EQ(out->length, static_cast<int64_t>(item.key.size()));
-    EXPECT_TRUE(index < items.size() || out->key == nullptr);
-    EXPECT_EQ(std::string_view(out->key, item.key.size()), item.key);
+  if (const auto *key = role_of<Out<const char *>>(args...)) {
+    EXPECT_EQ(*role_of<Out<int64_t>>(args...)->value, static_cast<int64_t>(item.key.size()));
+    EXPECT_TRUE(index < items.size() || *key->value == nullptr);
+    EXPECT_EQ(std::string_view(*key->value, item.key.size()), item.key);
   }
   if (const auto *walker = role_of<Walker<R>>(args...)) {
     const bool stays = walker->entry == nullptr;
@@ -145,12 +146,12 @@ void expect_read(WorldOf<R> &world, Slot<R> &slot, const auto &...args) {
   if constexpr (has<Op>("remove_at")) {
     EXPECT_EQ(place->entry->value, 0u) << "cleared in the block";
   }
-  world.give_back(slot, item.value);
+  world.give_back(self.slot, item.value);
   items.erase(items.at(index));
 }
 
-template <class R>
-void expect_found(const Slot<R> &slot, const auto &...args) {
+template <class Op, class R>
+void check(Op, WorldOf<R> &, Self<R> &self, const auto &...args) requires(has<Op>("find")) {
   const auto *key = role_of<ByteKey<R>>(args...);
   const auto *wanted = role_of<Wanted>(args...);
   const auto *comparer = role_of<AnyComparer>(args...);
@@ -158,63 +159,50 @@ void expect_found(const Slot<R> &slot, const auto &...args) {
     return key != nullptr ? item.key == key->bytes
                           : item.value + (comparer != nullptr ? 1 : 0) == wanted->value;
   };
-  const auto found = std::ranges::find_if(slot.content, is_wanted);
-  const bool is_found = found != slot.content.end() && (comparer == nullptr || comparer->is_given);
+  const auto found = std::ranges::find_if(self.slot.content, is_wanted);
+  const bool is_found = found != self.slot.content.end() && (comparer == nullptr || comparer->is_given);
   EXPECT_EQ(result_of(args...), is_found ? found->entry : nullptr);
 }
 
 // Copies of a list's items, which may be its own, are at an end. No block is in two places: values that are
 // blocks are cleared in the copies.
 template <class Op, class R>
-void expect_list_added(WorldOf<R> &world, Slot<R> &slot, Items<false> added) {
+void check(Op, WorldOf<R> &world, Self<R> &self, Peer<R> &source, None) {
   if (world.failed) return;
-  auto *entry = has<Op>("head") ? slot.record.head : slot.record.tail;
-  for (size_t i = 1; i < added.size() && entry != nullptr && has<Op>("tail"); ++i) entry = entry->prev;
+  constexpr bool is_head = has<Op>("head");
+  Items<false> &items = self.slot.content, added = source.slot.content;
+  auto *entry = is_head ? self.slot.record.head : self.slot.record.tail;
+  for (size_t i = 1; i < added.size() && entry != nullptr && !is_head; ++i) entry = entry->prev;
   for (Item &item : added) {
     ASSERT_TRUE(entry != nullptr && entry->value == item.value);
-    if (slot.has_values) entry->value = item.value = 0;
+    if (self.slot.has_values) entry->value = item.value = 0;
     item.entry = std::exchange(entry, entry->next);
   }
-  slot.content.insert(has<Op>("head") ? slot.content.begin() : slot.content.end(), added.begin(),
-                      added.end());
-}
-
-template <class Op, class R>
-void check(Op, WorldOf<R> &world, Self<R> &self, const auto &...args) {
-  if constexpr (has<Op>("_list")) {
-    expect_list_added<Op>(world, self.slot, role_of<Peer<R>>(args...)->slot.content);
-  } else if constexpr (has<Op>("add") || has<Op>("insert")) {
-    expect_added<Op>(world, self.slot, args...);
-  } else if constexpr (has<Op>("find")) {
-    expect_found(self.slot, args...);
-  } else {
-    expect_read<Op>(world, self.slot, args...);
-  }
+  items.insert(is_head ? items.begin() : items.end(), added.begin(), added.end());
 }
 
 // Entries go back to their pool, and the list still refers to them.
 template <class R, class F>
-void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_>, WorldOf<R> &world, F empty) {
-  Self<R> self(world);
-  const Free release(world);
-  R &list = self.slot.record;
+void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> &world, F empty) {
+  Slot<R> &slot = Self<R>(world).slot;
+  R &list = slot.record;
   const R before = list;
-  bool returns_owned = false;
-  if constexpr (std::is_invocable_v<F, R *, mub_free_fn>) {
-    empty(&list, std::get<0>(release.arguments()));
-    expect_released(self.slot, values_of(self.slot.content), release);
-  } else {
-    for (const Item &item : self.slot.content) world.give_back(self.slot, item.value);
+  const Words values = values_of(slot.content);
+  if constexpr (std::is_invocable_v<F, R *>) {
+    for (const uint64_t value : values) world.give_back(slot, value);
     empty(&list);
-    returns_owned = std::is_same_v<R, mub_lists>;
+  } else {
+    const Free release(world);
+    empty(&list, std::get<0>(release.arguments()));
+    expect_released(slot, values, release);
   }
   EXPECT_TRUE(list.head == before.head && list.tail == before.tail && list.count == before.count);
-  const bool has_none = list.count == 0 || returns_owned;
-  EXPECT_TRUE(!self.slot.owns_entries() || (list.entry_pool->live_count == 0) == has_none);
+  const bool returns_all = std::is_same_v<R, mub_lists> && std::is_invocable_v<F, R *>;
+  EXPECT_TRUE(!slot.owns_entries() || (list.entry_pool->live_count == 0) == (returns_all || list.count == 0));
   list.head = list.tail = nullptr;
   list.count = 0;
-  self.slot.content.clear();
-  drop_all(world, self.slot, Functions<R>::remove_all_);
+  slot.content.clear();
+  drop_all(world, slot, Functions<R>::remove_all_);
 }
 // The tail block alone.
 template <class F>
@@ -231,45 +219,35 @@ void by_hand(op::free_array_, WorldOf<mub_listx> &world, F free_array) {
   for (size_t i = items.size() - freed.size(); i < items.size(); ++i) items[i].value = 0;
 }
 
+// Offsets have 32 bits: what is lowered below 0 can be raised again.
 template <class F>
 void by_hand(op::adjust_t_, WorldOf<mub_list> &world, F adjust) {
-  Self<mub_list> self(world);
-  mub_list &list = self.slot.record;
-  std::vector<Offset> offsets;
-  for (auto *entry = list.head; entry != nullptr; entry = entry->next)
-    offsets.push_back({&entry->key_offset, entry->key_length});
-  expect_lowered(world.program, list.keys, offsets,
-                 [&](uint32_t offset, int64_t length) { adjust(&list, offset, length); });
+  mub_list &list = Self<mub_list>(world).slot.record;
+  const auto length = static_cast<uint32_t>(world.program.near(list.keys.length));
+  adjust(&list, 0, length);
+  adjust(&list, 0, 0 - length);
 }
 
+// An array takes the same keys from a text.
 void check(op::from_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Separator &separator, Text &text,
            None) {
-  if (world.failed) return;
-  std::string bytes = text.bytes;
-  for (size_t start = 0, end; start < bytes.size(); start = end + 1) {
-    end = std::min(bytes.find(static_cast<char>(separator.value), start), bytes.size());
-    mub_char piece = {&bytes[start], static_cast<int64_t>(end - start)};
-    mub_char_trim(&piece);
-    if (end == bytes.size() && piece.length == 0) break;
-    self.slot.content.push_back({.key = std::string(piece.data, static_cast<size_t>(piece.length))});
-  }
+  Array keys;
+  if (!world.failed)
+    mub_array_from_string(&keys.record, separator.value, text.bytes.data(),
+                          static_cast<int64_t>(text.bytes.size()));
+  for (int64_t i = 0; i < keys.record.count; ++i)
+    self.slot.content.push_back({.key = key_of(keys.record, keys.record.entries[i])});
 }
-// The string grows as if it was first given room for all.
+// And it makes the same string of them, of the same capacity.
 void check(op::to_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Separator &separator,
            StringOut &out, None) {
-  std::string joined;
+  Array keys;
   for (const Item &item : self.slot.content)
-    joined += (joined.empty() ? "" : std::string(1, static_cast<char>(separator.value))) + item.key;
-  Other<mub_string, mub_string_init, mub_string_term> expected;
-  out.fill(expected.record);
-  if (!world.failed) {
-    const mub_list &list = self.slot.record;
-    mub_string_shrink(&expected.record, 0);
-    mub_string_expand(&expected.record, list.keys.length + std::max<int64_t>(list.count - 1, 0));
-    mub_string_append(&expected.record, joined.data(), static_cast<int64_t>(joined.size()));
-  }
-  EXPECT_EQ(mub_string_compare(&expected.record, out.record.data, out.record.length), 0);
-  EXPECT_EQ(out.record.capacity, expected.record.capacity);
+    mub_array_append(&keys.record, item.key.data(), static_cast<int64_t>(item.key.size()), 0);
+  const mub_string &expected = out.expected.record;
+  if (!world.failed) mub_array_to_string(&keys.record, separator.value, &out.expected.record);
+  EXPECT_EQ(mub_string_compare(&out.record, expected.data, expected.length), 0);
+  EXPECT_EQ(out.record.capacity, expected.capacity);
 }
 
 }  // namespace mub_test

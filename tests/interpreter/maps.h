@@ -102,6 +102,13 @@ uint64_t value_or_0(const Slot<R> &slot, const std::string &key) {
   return item == nullptr ? 0 : item->value;
 }
 
+// The operations that one by_hand is for.
+template <class... Ops>
+struct OneOf {
+  template <class Op, class = std::enable_if_t<(std::is_same_v<Op, Ops> || ...)>>
+  OneOf(Op) {}
+};
+
 // Puts what a call has added into the model; a refused call has added nothing.
 template <class R>
 Item *expect_added(WorldOf<R> &world, Slot<R> &slot, const Key<R> &key, int result) {

@@ -2,6 +2,7 @@
 #ifndef MUB_TESTS_INTERPRETER_ROLES_H
 #define MUB_TESTS_INTERPRETER_ROLES_H
 
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <tuple>
@@ -40,7 +41,8 @@ struct Drawn {
 template <class T>
 struct Out {
   template <class W>
-  explicit Out(W &) : value(std::make_unique<T>(T{77})) {
+  explicit Out(W &) : value(std::make_unique<T>()) {
+    std::memset(value.get(), 77, sizeof(T));
     if constexpr (std::is_same_v<T, uint64_t>) out_value = value.get();
   }
   auto arguments() const { return std::tuple(value.get()); }

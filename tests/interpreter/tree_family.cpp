@@ -1,8 +1,6 @@
 // Trees under programs: see links.h. The items stand in the order of a document, each with its depth.
 #include "tree_ops.inc"
 
-#include <concepts>
-
 #include "interpreter/links.h"
 
 namespace mub_test {
@@ -127,9 +125,8 @@ struct Key {
 };
 inline constexpr auto draw_depth = [](auto &world) { return world.program.below(3); };
 using Depth = Drawn<int64_t, draw_depth>;
-inline constexpr auto init_array = [](mub_array *array) { mub_array_init(array, 0); };
 template <class R>
-struct Path : Other<mub_array, init_array, mub_array_term> {
+struct Path : Array {
   explicit Path(WorldOf<R> &world) {
     for (auto left = world.program.below(6); left > 0; --left) {
       keys.push_back(draw_key(world));
@@ -173,8 +170,8 @@ Document read_copy(Slot<R> &slot, auto &copy) {
 // An entry is linked before a sibling, last of all children, or on a side, of which what was there is no longer
 // reachable.
 template <class Op, class R>
-void expect_linked(WorldOf<R> &world, Slot<R> &slot, const auto &...args) {
-  const auto &place = *role_of<Place<R>>(args...);
+void check(Op, WorldOf<R> &world, Self<R> &self, Place<R> &place, const auto &...args) {
+  Slot<R> &slot = self.slot;
   const auto *direction = role_of<Direction>(args...);
   auto *entry = role_of<Fresh<R>>(args...)->entry;
   if (entry == nullptr) return;
@@ -220,7 +217,8 @@ void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, F r
 
 // A copy, which has the values now, goes back to the pool; or it stays, in a pool of the tree's own, as it was.
 template <class R, class F>
-void by_hand(OneOf<op::entry_remove_, op::entry_remove_x_, op::entry_free_>, WorldOf<R> &world, F give_back) {
+void by_hand(OneOf<op::entry_remove_, op::entry_remove_x_, op::entry_free_> auto, WorldOf<R> &world,
+             F give_back) {
   constexpr bool frees = std::is_invocable_v<F, R *, typename Kind<R>::Entry *, mub_free_fn>;
   Self<R> self(world);
   const Node<R> node(world);
@@ -326,9 +324,10 @@ void check(op::entry_find_child_, auto &, Within<mub_tree> &, Node<mub_tree> &a,
 
 // Neighbours and searches: the first entry, or the last one, that is where the operation looks, and has the key.
 template <class Op>
-void expect_found(const Node<mub_tree> &node, const auto &...args) {
+void check(Op, WorldOf<mub_tree> &, Within<mub_tree> &, const auto &node,
+           const auto &...args) requires(Op::kName.starts_with("entry_")) {
   const Document &items = node.items;
-  const auto *range = role_of<Range<mub_tree>>(args...);
+  const auto *range = role_of<Range<mub_tree>>(node);
   const auto *key = role_of<Key<mub_tree>>(args...);
   const auto *comparer = role_of<AnyComparer>(args...);
   const size_t index = node.index, bound = range != nullptr ? range->bound : above(items, index);
@@ -350,7 +349,9 @@ void expect_found(const Node<mub_tree> &node, const auto &...args) {
 
 // Entries that are missing on a path are appended, each to the one before; only one at the end gets a value.
 template <class Op>
-void expect_path(WorldOf<mub_tree> &world, Slot<mub_tree> &slot, const auto &...args) {
+void check(Op, WorldOf<mub_tree> &world, Self<mub_tree> &self,
+           const auto &...args) requires(Op::kName.starts_with("find") || Op::kName.starts_with("insert")) {
+  Slot<mub_tree> &slot = self.slot;
   const auto *from = role_of<Node<mub_tree>>(args...);
   const auto *drawn_depth = role_of<Depth>(args...);
   const Words &keys = role_of<Path<mub_tree>>(args...)->keys;
@@ -381,18 +382,8 @@ void expect_path(WorldOf<mub_tree> &world, Slot<mub_tree> &slot, const auto &...
     items[at].value = value;
   }
   EXPECT_EQ(result, is_reached ? items[at].entry : nullptr);
-  if (const auto *init = role_of<Init>(args...))
+  if (const auto *init = role_of<Init>(args...)) {
     EXPECT_EQ(seen, init->is_given && value != 0 ? Words{value} : Words());
-}
-
-template <class Op, class R>
-void check(Op, WorldOf<R> &world, Self<R> &self, const auto &...args) {
-  if constexpr ((std::is_same_v<decltype(args), const Fresh<R> &> || ...)) {
-    expect_linked<Op>(world, self.slot, args...);
-  } else if constexpr ((std::is_same_v<decltype(args), const Path<R> &> || ...)) {
-    expect_path<Op>(world, self.slot, args...);
-  } else {
-    expect_found<Op>(*role_of<Node<R>>(args...), args...);
   }
 }
 
