@@ -28,9 +28,9 @@ from mutants import changed_source, difference, places_of  # noqa: E402
 OWN_TESTS = {
     "core": r"(bytes|pool).*",
     "arrays": r"arrays?_.*",
-    "hash": r"hash.*",
+    "hash": r"(hash|maps).*",
     "tree": r"tree.*",
-    "btree": r"btree.*",
+    "btree": r"(btree|maps).*",
     "list": r"list.*",
     "text": r"text.*",
     "bits": r"bits.*",

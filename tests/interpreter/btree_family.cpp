@@ -6,376 +6,285 @@ namespace mub_test {
 
 // role (const )?mub_btree\w*_entry \* entry = Entry<%s>
 
-template <class Child>
-std::vector<Child *> children_of(const mub_arrays &children) {
-  std::vector<Child *> all;
-  for (int64_t i = 0; i < children.count; ++i) all.push_back(reinterpret_cast<Child *>(children.items[i]));
-  return all;
-}
-// An entry and all below it, parents first.
-template <class E>
-std::vector<E *> entries_from(E &top) {
-  std::vector<E *> all = {&top};
-  if (top.level == 0) return all;
-  for (E *child : children_of<E>(top.children)) {
-    for (E *below : entries_from(*child)) all.push_back(below);
+// An entry and all below it, in the order of the keys; parents come first.
+template <class R>
+struct Parts {
+  using E = typename Kind<R>::Entry;
+  using N = typename Kind<R>::Node;
+  explicit Parts(E &top) { add(top); }
+  void add(E &entry) {
+    entries.push_back(&entry);
+    if (entry.level == 0) leaves.push_back(&entry);
+    for (int64_t i = 0; i < entry.children.count; ++i) {
+      const auto child = static_cast<uintptr_t>(entry.children.items[i]);
+      if (entry.level > 0) {
+        add(*reinterpret_cast<E *>(child));
+      } else {
+        nodes.push_back(reinterpret_cast<N *>(child));
+      }
+    }
   }
-  return all;
-}
-template <class E>
-std::vector<E *> leaves_from(E &top) {
-  std::vector<E *> leaves;
-  for (E *entry : entries_from(top)) {
-    if (entry->level == 0) leaves.push_back(entry);
-  }
-  return leaves;
-}
-template <class N, class E>
-std::vector<N *> nodes_from(E &top) {
-  std::vector<N *> all;
-  for (E *leaf : leaves_from(top)) {
-    for (N *node : children_of<N>(leaf->children)) all.push_back(node);
-  }
-  return all;
-}
+  std::vector<E *> entries, leaves;
+  std::vector<N *> nodes;
+};
 
-template <class R, class E, class N, class C>
-struct BtreeKind : MapKind<R, N> {
+template <class R, class E, class N, class C, class Keys>
+struct BtreeKind : MapKind<R, N, Keys> {
   using Entry = E;
   using Cursor = C;
-  static constexpr bool kIsOrdered = true, kTermLeavesEntries = false;
-  static constexpr bool kHandsOutFirst = false;
-  static constexpr int64_t kEntryBytes = sizeof(E);
-  static constexpr int64_t kNodeBytes = sizeof(N);
+  static constexpr bool kIsOrdered = true, kTermLeavesEntries = false, kHandsOutFirst = false;
+  static constexpr bool kKeysMove = std::is_same_v<R, mub_btree>;
+  static constexpr int64_t kEntryBytes = sizeof(E), kNodeBytes = sizeof(N);
 
-  static int64_t entries_of(const R &tree) {
-    return static_cast<int64_t>(entries_from(const_cast<E &>(tree.root)).size()) - 1;
+  static int64_t entries_of(R &tree) { return static_cast<int64_t>(Parts<R>(tree.root).entries.size()) - 1; }
+  static auto key_of(const auto &item) {
+    if constexpr (kKeysMove) {
+      return std::pair(item.key_offset, item.key_length);
+    } else {
+      return item.key;
+    }
   }
-  static mub_pool *pool_of_children(const R &tree, const E &entry) {
-    return entry.level == 0 ? tree.node_pool : tree.entry_pool;
+  static void copy_key(E &entry, const N &node) {
+    if constexpr (kKeysMove) {
+      entry.key_offset = node.key_offset;
+      entry.key_length = node.key_length;
+    } else {
+      entry.key = node.key;
+    }
   }
   static bool has_name_of_last(const E &entry) {
-    const auto last = entry.children.items[entry.children.count - 1];
-    return entry.level == 0 ? Kind<R>::has_same_key(entry, *reinterpret_cast<const N *>(last))
-                            : Kind<R>::has_same_key(entry, *reinterpret_cast<const E *>(last));
+    const auto last = static_cast<uintptr_t>(entry.children.items[entry.children.count - 1]);
+    return key_of(entry) == (entry.level == 0 ? key_of(*reinterpret_cast<const N *>(last))
+                                              : key_of(*reinterpret_cast<const E *>(last)));
   }
 
   // All invariants of the engine. The root's key stays right while removals do not move the keys.
-  static void read(const R &tree, const Items &expected, Items &content) {
-    auto &root = const_cast<E &>(tree.root);
-    const auto entries = entries_from(root);
-    ASSERT_EQ(root.parent, nullptr);
-    for (const E *entry : entries) {
+  static void read(R &tree, const typename BtreeKind::Content &expected,
+                   typename BtreeKind::Content &content) {
+    const Parts<R> parts(tree.root);
+    const auto &nodes = parts.nodes;
+    ASSERT_EQ(tree.root.parent, nullptr);
+    for (E *entry : parts.entries) {
       const mub_arrays &children = entry->children;
+      const bool is_leaf = entry->level == 0;
       ASSERT_TRUE(children.count <= 31 || !expected.fits);
       ASSERT_LE(children.count, children.capacity);
-      ASSERT_TRUE(tree.count == 0 || children.pool == pool_of_children(tree, *entry));
-      ASSERT_TRUE(entry == &root || children.count > 0);
-      ASSERT_TRUE(entry == &root || has_name_of_last(*entry));
-      if (entry->level == 0) continue;
-      for (const E *child : children_of<E>(children))
-        ASSERT_TRUE(child->parent == entry && child->level == entry->level - 1);
+      ASSERT_TRUE(tree.count == 0 || children.pool == (is_leaf ? tree.node_pool : tree.entry_pool));
+      ASSERT_TRUE(entry == &tree.root || (children.count > 0 && has_name_of_last(*entry)));
+      for (int64_t i = 0; i < children.count && !is_leaf; ++i) {
+        const E &child = *reinterpret_cast<E *>(static_cast<uintptr_t>(children.items[i]));
+        ASSERT_TRUE(child.parent == entry && child.level == entry->level - 1);
+      }
     }
-    const auto nodes = nodes_from<N>(root);
     for (size_t i = 0; i < nodes.size(); ++i) {
-      N &node = *nodes[i];
-      const std::string text = Kind<R>::text_of(tree, node);
-      ASSERT_TRUE(content.empty() || content.back().text < text);
-      content.push_back({text, Kind<R>::bytes_of(tree, node), &node, node.value});
-      ASSERT_TRUE(!expected.links_are_exact ||
-                  (node.prev == (i == 0 ? nullptr : nodes[i - 1]) &&
-                   node.next == (i + 1 == nodes.size() ? nullptr : nodes[i + 1])));
+      content.push_back({Keys::text_of(tree, *nodes[i]), nodes[i], nodes[i]->value});
+      ASSERT_TRUE(i == 0 || content[i - 1].text < content[i].text);
+      if (!expected.links_are_exact) continue;
+      ASSERT_EQ(nodes[i]->prev, i == 0 ? nullptr : nodes[i - 1]);
+      ASSERT_EQ(nodes[i]->next, i + 1 == nodes.size() ? nullptr : nodes[i + 1]);
     }
-    const bool may_lack_name = Kind<R>::kKeysMove && !expected.links_are_exact;
-    ASSERT_TRUE(nodes.empty() || may_lack_name || has_name_of_last(root));
-    ASSERT_NO_FATAL_FAILURE(Kind<R>::compare_keys(tree, std::vector<const N *>(nodes.begin(), nodes.end())));
+    const bool may_lack_name = nodes.empty() || (kKeysMove && !expected.links_are_exact);
+    ASSERT_TRUE(may_lack_name || has_name_of_last(tree.root));
+    Keys::check_store(tree, nodes);
     ASSERT_EQ(tree.count, static_cast<int64_t>(nodes.size()));
     ASSERT_TRUE(tree.owns_node_pool == 0 || tree.node_pool->live_count == tree.count);
     content.links_are_exact = expected.links_are_exact;
     content.fits = expected.fits;
   }
 };
-
 template <>
-struct Kind<mub_btree> : BtreeKind<mub_btree, mub_btree_entry, mub_btree_node, mub_btree_cursor>,
-                         ByteKeyKind<mub_btree> {
-  using ByteKeyKind<mub_btree>::compare_keys;
-  static constexpr bool kKeysMove = true;
-  template <class Child>
-  static bool has_same_key(const Entry &entry, const Child &child) {
-    return entry.key_offset == child.key_offset && entry.key_length == child.key_length;
-  }
-  static void copy_key(Entry &entry, const Node &node) {
-    entry.key_offset = node.key_offset;
-    entry.key_length = node.key_length;
-  }
-  static void share_keys(const mub_btree &tree, mub_btree &copy) { mub_stream_clone(&tree.keys, &copy.keys); }
-  static void drop_keys(mub_btree &copy) { mub_stream_shrink(&copy.keys, 0); }
-};
+struct Kind<mub_btree>
+    : BtreeKind<mub_btree, mub_btree_entry, mub_btree_node, mub_btree_cursor, ByteKeys<mub_btree>> {};
+template <>
+struct Kind<mub_btreed> : BtreeKind<mub_btreed, mub_btreed_entry, mub_btreed_node, mub_btreed_cursor,
+                                    NumberKeys<mub_btreed, uint32_t>> {};
+template <>
+struct Kind<mub_btreex> : BtreeKind<mub_btreex, mub_btreex_entry, mub_btreex_node, mub_btreex_cursor,
+                                    NumberKeys<mub_btreex, uint64_t>> {};
 
-// Texts that order as numbers of a type do.
-template <class Bits>
-std::string text_of_number(Bits bits, uint32_t key_type) {
-  constexpr Bits kSign = Bits{1} << (8 * sizeof bits - 1);
-  if (key_type < 5) return big_endian<Bits>(key_type % 2 != 0 ? bits ^ kSign : bits);
-  return big_endian<Bits>((bits & kSign) != 0 ? static_cast<Bits>(~bits) : bits | kSign);
+template <class R>
+Parts<R> parts_of(Slot<R> &slot) {
+  return Parts<R>(slot.record.root);
 }
-
-template <class R, class E, class N, class C, class Bits, class Float>
-struct NumberBtreeKind : BtreeKind<R, E, N, C> {
-  static constexpr bool kKeysMove = false;
-  static constexpr uint32_t kSigned = sizeof(Bits) == 4 ? 1 : 3, kFloat = sizeof(Bits) == 4 ? 5 : 6;
-
-  struct KeyArgument {
-    explicit KeyArgument(WorldOf<R> &world) : KeyArgument(world, world.program.below(kDrawnKeys)) {}
-    KeyArgument(WorldOf<R> &world, int64_t number) : key(hard_number<Bits>(number)) {
-      const uint32_t type = world.self->record.key_type;
-      if (type == kFloat) {
-        const auto half = static_cast<Float>(number / 2);
-        const Float value = number % 2 == 0 ? half : -1 / (half + 1);
-        std::memcpy(&key, &value, sizeof key);
-      }
-      bytes = big_endian(key);
-      text = text_of_number(key, type);
-    }
-    auto arguments() const { return std::tuple(key); }
-    Bits key;
-    std::string bytes, text;
-  };
-  static void set_order(R *tree, int which) {
-    tree->key_type = which == 0 ? kSigned : which == 2 ? kSigned + 1 : kFloat;
-  }
-  template <class Item>
-  static std::string bytes_of(const R &, const Item &item) {
-    return big_endian(item.key);
-  }
-  template <class Item>
-  static std::string text_of(const R &tree, const Item &item) {
-    return text_of_number(item.key, tree.key_type);
-  }
-  template <class Child>
-  static bool has_same_key(const E &entry, const Child &child) {
-    return entry.key == child.key;
-  }
-  static void copy_key(E &entry, const N &node) { entry.key = node.key; }
-  static void share_keys(const R &, R &) {}
-  static void drop_keys(R &) {}
-};
-template <>
-struct Kind<mub_btreed>
-    : NumberBtreeKind<mub_btreed, mub_btreed_entry, mub_btreed_node, mub_btreed_cursor, uint32_t, float> {};
-template <>
-struct Kind<mub_btreex>
-    : NumberBtreeKind<mub_btreex, mub_btreex_entry, mub_btreex_node, mub_btreex_cursor, uint64_t, double> {};
-
 template <class Item>
 Item *any_of(Program &program, const std::vector<Item *> &items) {
-  return items.empty() ? nullptr
-                       : items[static_cast<size_t>(program.below(static_cast<int64_t>(items.size())))];
+  return items[static_cast<size_t>(program.below(static_cast<int64_t>(items.size())))];
 }
+constexpr auto draw_entry = [](auto &world) { return any_of(world.program, parts_of(*world.self).entries); };
 template <class R>
-struct Entry {
-  explicit Entry(WorldOf<R> &world)
-      : slot(*world.self), entry(any_of(world.program, entries_from(slot.record.root))) {}
-  auto arguments() const { return std::tuple(entry); }
-  Slot<R> &slot;
-  typename Kind<R>::Entry *entry;
-};
-template <class R>
-auto nodes_of(const Slot<R> &slot) {
-  return nodes_from<typename Kind<R>::Node>(const_cast<Slot<R> &>(slot).record.root);
-}
+using Entry = Drawn<typename Kind<R>::Entry *, draw_entry>;
 
 // ---- walks
 
 // Sets a cursor, and takes steps to and fro, or on to the end. `index` is -1 before the first record, and the
 // count after the last.
 template <class R>
-void walk(const Slot<R> &slot, const Key<R> &key, Program program) {
+void walk(Slot<R> &slot, const Key<R> &key, Program program) {
   using F = Functions<R>;
-  const auto nodes = nodes_of(slot);
+  const R *tree = &slot.record;
+  const auto nodes = parts_of(slot).nodes;
   const auto count = static_cast<int64_t>(nodes.size());
   const auto at = [&](int64_t i) { return i < 0 || i >= count ? nullptr : nodes[static_cast<size_t>(i)]; };
   typename Kind<R>::Cursor cursor;
   int64_t index = slot.content.not_before(key.text) - slot.content.begin();
-  const auto seek = std::tuple_cat(std::tuple(&cursor, &slot.record), key.arguments());
-  ASSERT_EQ(std::apply(F::cursor_seek_, seek), at(index));
+  ASSERT_EQ(call_with(F::cursor_seek_, &cursor, tree, key), at(index));
   const bool goes_on = program.one_in(2);
   const auto start = program.below(3);
   if (start > 0) {
     index = start == 1 ? 0 : count - 1;
-    ASSERT_EQ((start == 1 ? F::cursor_first_ : F::cursor_last_)(&cursor, &slot.record), at(index));
+    ASSERT_EQ((start == 1 ? F::cursor_first_ : F::cursor_last_)(&cursor, tree), at(index));
   }
   for (int64_t left = program.below(80); left > 0; --left) {
     const bool is_up = goes_on ? start != 2 : program.one_in(2);
     index = std::clamp<int64_t>(index + (is_up ? 1 : -1), -1, count);
-    ASSERT_EQ(is_up ? F::cursor_next_(&cursor) : F::cursor_prev_(&cursor), at(index));
+    ASSERT_EQ((is_up ? F::cursor_next_ : F::cursor_prev_)(&cursor), at(index));
     ASSERT_EQ(F::cursor_node_(&cursor), at(index));
     if (at(index) == nullptr) continue;
-    ASSERT_EQ(F::node_next_(&slot.record, at(index)), at(index + 1));
-    ASSERT_EQ(F::node_prev_(&slot.record, at(index)), at(index - 1));
+    ASSERT_EQ(F::node_next_(tree, at(index)), at(index + 1));
+    ASSERT_EQ(F::node_prev_(tree, at(index)), at(index - 1));
   }
-  ASSERT_EQ(F::node_first_(&slot.record), at(0));
-  ASSERT_EQ(F::node_last_(&slot.record), at(count - 1));
-  ASSERT_EQ(cursor.tree, &slot.record);
+  ASSERT_EQ(F::node_first_(tree), at(0));
+  ASSERT_EQ(F::node_last_(tree), at(count - 1));
+  ASSERT_EQ(cursor.tree, tree);
 }
 template <class R>
-void walk(WorldOf<R> &world, const Slot<R> &slot) {
+void walk(WorldOf<R> &world, Slot<R> &slot) {
   const Key<R> key(world);
   world.read_by_all([&] { walk(slot, key, world.program); });
 }
-template <class R, class F>
+template <class R>
 void by_hand(OneOf<op::cursor_first_, op::cursor_last_, op::cursor_seek_, op::cursor_next_, op::cursor_prev_,
-                   op::cursor_node_, op::node_first_, op::node_last_, op::node_next_, op::node_prev_,
-                   op::first_entry_, op::last_entry_>,
-             WorldOf<R> &world, F) {
+                   op::cursor_node_, op::node_first_, op::node_last_, op::node_next_, op::node_prev_>,
+             WorldOf<R> &world, auto) {
+  walk(world, Self<R>(world).slot);
+}
+template <class R>
+void by_hand(OneOf<op::first_entry_, op::last_entry_>, WorldOf<R> &world, auto) {
   const Self<R> self(world);
-  walk(world, self.slot);
-  const Entry<R> from(world);
-  world.read_by_all([&] {
-    EXPECT_EQ(Functions<R>::first_entry_(from.entry), leaves_from(*from.entry).front());
-    EXPECT_EQ(Functions<R>::last_entry_(from.entry), leaves_from(*from.entry).back());
-  });
+  auto *from = Entry<R>(world).value;
+  const auto leaves = Parts<R>(*from).leaves;
+  EXPECT_EQ(Functions<R>::first_entry_(from), leaves.front());
+  EXPECT_EQ(Functions<R>::last_entry_(from), leaves.back());
 }
 
 // ---- keys
 
-// The leaf below an entry that holds a key, or would hold it.
+// The leaf below an entry that holds a key, or would hold it. The key of the last may be out of date.
 template <class R>
-typename Kind<R>::Entry *leaf_of(const R &tree, typename Kind<R>::Entry &top, const Key<R> &key) {
-  auto leaves = leaves_from(top);
-  auto *last = leaves.back();
-  leaves.pop_back();
-  for (auto *leaf : leaves) {
-    if (key.text <= Kind<R>::text_of(tree, *leaf)) return leaf;
-  }
-  return last;
+auto *leaf_of(const R &tree, typename Kind<R>::Entry &top, const Key<R> &key) {
+  const auto leaves = Parts<R>(top).leaves;
+  return *std::find_if(leaves.begin(), leaves.end() - 1,
+                       [&](const auto *leaf) { return key.text <= Kind<R>::text_of(tree, *leaf); });
 }
-template <class R, class E>
-void check(op::find_t_, WorldOf<R> &, Self<R> &self, Entry<R> &entry, Key<R> &key, E *result) {
-  EXPECT_EQ(result, leaf_of(self.slot.record, *entry.entry, key));
+template <class R>
+void check(op::find_t_, WorldOf<R> &, Self<R> &self, Entry<R> &entry, Key<R> &key, auto *result) {
+  EXPECT_EQ(result, leaf_of(self.slot.record, *entry.value, key));
 }
-template <class R, class N>
-void check(op::node_bfind_, WorldOf<R> &, Self<R> &self, Key<R> &key, N *result) {
-  const Items &content = self.slot.content;
+template <class R>
+void check(op::node_bfind_, WorldOf<R> &, Self<R> &self, Key<R> &key, auto *result) {
+  auto &content = self.slot.content;
   const auto nearest = content.not_before(key.text);
-  const Item *last = content.empty() ? nullptr : &content.back();
-  expect_node<R>(result, nearest == content.end() ? last : &*nearest);
+  expect_node<R>(result, content.empty() ? nullptr : nearest == content.end() ? &content.back() : &*nearest);
 }
-template <class R, class F>
-void by_hand(op::insert_t_, WorldOf<R> &world, F insert) {
+template <class R>
+void by_hand(op::insert_t_, WorldOf<R> &world, auto insert) {
   Self<R> self(world);
   with_keys(world, [&](Key<R> &key) {
-    R &tree = self.slot.record;
     const NodeOut<R> out(world);
-    const auto place = std::tuple(&tree, leaf_of(tree, tree.root, key));
-    const auto arguments = std::tuple_cat(place, key.arguments(), out.arguments());
-    const int result = world.call([&] { return std::apply(insert, arguments); });
-    check_node_set(world, self.slot, key, *out.node, result);
+    auto *leaf = leaf_of(self.slot.record, self.slot.record.root, key);
+    const int result = world.call([&] { return call_with(insert, self, leaf, key, out); });
+    expect_node_set(world, self.slot, key, *out.node, result);
   });
 }
-inline int sign(int order) { return (order > 0) - (order < 0); }
-template <class R, class Item, class F>
-void expect_compared(const R &tree, const Item &item, const Key<R> &key, F compare) {
-  int order;
-  if constexpr (Kind<R>::kKeysMove) {
-    order = compare(&tree, &item, key.bytes.data(), static_cast<int64_t>(key.bytes.size()));
-  } else {
-    order = compare(&item, &key.key, tree.key_type);
-  }
-  EXPECT_EQ(sign(order), sign(Kind<R>::text_of(tree, item).compare(key.text)));
-}
-template <class R, class F>
-void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_>, WorldOf<R> &world, F) {
+template <class R>
+void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_>, WorldOf<R> &world, auto) {
+  using F = Functions<R>;
   const Self<R> self(world);
   const R &tree = self.slot.record;
   if (tree.root.level == 0) return;  // its key may be out of date
   const Key<R> key(world);
-  const auto leaves = leaves_from(self.slot.record.root);
-  const auto &a = *any_of(world.program, leaves), &b = *any_of(world.program, leaves);
-  const auto &node = *any_of(world.program, nodes_of(self.slot));
+  const auto parts = parts_of(self.slot);
+  const auto *a = any_of(world.program, parts.leaves), *b = any_of(world.program, parts.leaves);
+  const auto *node = any_of(world.program, parts.nodes);
+  const auto expect_order = [&](int order, const auto &item, const auto &other) {
+    EXPECT_TRUE(Kind<R>::text_of(tree, item) <=> other == order <=> 0);
+  };
   world.read_by_all([&] {
-    expect_compared(tree, a, key, Functions<R>::entry_compare_);
-    expect_compared(tree, node, key, Functions<R>::node_compare_);
-    int order;
     if constexpr (Kind<R>::kKeysMove) {
-      order = Functions<R>::entrys_compare_(&tree, &a, &b, 0);
+      const auto length = static_cast<int64_t>(key.bytes.size());
+      expect_order(F::entry_compare_(&tree, a, key.bytes.data(), length), *a, key.text);
+      expect_order(F::node_compare_(&tree, node, key.bytes.data(), length), *node, key.text);
+      expect_order(F::entrys_compare_(&tree, a, b, 0), *a, Kind<R>::text_of(tree, *b));
     } else {
-      order = Functions<R>::entrys_compare_(&a, &b, tree.key_type);
+      expect_order(F::entry_compare_(a, &key.key, tree.key_type), *a, key.text);
+      expect_order(F::node_compare_(node, &key.key, tree.key_type), *node, key.text);
+      expect_order(F::entrys_compare_(a, b, tree.key_type), *a, Kind<R>::text_of(tree, *b));
     }
-    EXPECT_EQ(sign(order), sign(Kind<R>::text_of(tree, a).compare(Kind<R>::text_of(tree, b))));
   });
 }
-template <class R, class F>
-void by_hand(op::var_compare_, WorldOf<R> &world, F compare) {
+template <class R>
+void by_hand(op::var_compare_, WorldOf<R> &world, auto compare) {
   const Self<R> self(world);
   const Key<R> a(world), b(world);
-  EXPECT_EQ(compare(&a.key, &b.key, self.slot.record.key_type), sign(a.text.compare(b.text)));
+  EXPECT_EQ(compare(&a.key, &b.key, self.slot.record.key_type), (a.text > b.text) - (a.text < b.text));
 }
 
 // ---- entries
 
-template <class R, class F>
-void by_hand(op::split_, WorldOf<R> &world, F split) {
+template <class R>
+void by_hand(op::split_, WorldOf<R> &world, auto split) {
   Self<R> self(world);
   R &tree = self.slot.record;
   const auto level = static_cast<int16_t>(world.program.below(tree.root.level + 1));
   const bool splits_all = world.program.one_in(2);
-  for (auto *entry : entries_from(tree.root)) {
+  for (auto *entry : parts_of(self.slot).entries) {
     if (entry->level != level || entry->children.count < 2) continue;
     world.call([&] { split(&tree, entry); });
     self.slot.content.fits &= !world.failed;
     if (!splits_all) return;
   }
 }
-// The new half is moved back.
-template <class R, class F>
-void by_hand(OneOf<op::split_entry_, op::split_node_>, WorldOf<R> &world, F split) {
+// The caller puts the new half after the old one.
+template <class R>
+void by_hand(OneOf<op::split_entry_, op::split_node_>, WorldOf<R> &world, auto split) {
   Self<R> self(world);
-  R &tree = self.slot.record;
-  auto &lower = *Entry<R>(world).entry;
-  const int64_t count = lower.children.count;
-  if (count < 2) return;
-  auto *upper = world.call([&] { return split(&tree, &lower); });
+  auto *lower = Entry<R>(world).value;
+  const int64_t count = lower->children.count;
+  if (count < 2 || lower->parent == nullptr) return;
+  auto *upper = world.call([&] { return split(&self.slot.record, lower); });
   EXPECT_NE(world.failed, upper != nullptr);
   if (upper == nullptr) return;
-  EXPECT_TRUE(upper->level == lower.level && upper->parent == lower.parent);
-  EXPECT_TRUE(lower.children.count == count / 2 && upper->children.pool == lower.children.pool);
-  EXPECT_TRUE(Kind<R>::has_name_of_last(lower) && Kind<R>::has_name_of_last(*upper));
-  EXPECT_TRUE(lower.level == 0 || entries_from(*upper)[1]->parent == upper);
-  for (int64_t i = 0; i < upper->children.count; ++i)
-    mub_arrays_append(&lower.children, upper->children.items[i]);
-  Functions<R>::set_parent_(&lower);
-  Kind<R>::copy_key(lower, *nodes_from<typename Kind<R>::Node>(lower).back());
-  upper->children.count = 0;
-  upper->parent = nullptr;
-  Functions<R>::remove_entry_t_(&tree, upper);
+  EXPECT_EQ(lower->children.count, count / 2);
+  mub_arrays &siblings = lower->parent->children;
+  const auto *place =
+      std::find(siblings.items, siblings.items + siblings.count, reinterpret_cast<uintptr_t>(lower));
+  mub_arrays_insert_at(&siblings, place + 1 - siblings.items, reinterpret_cast<uintptr_t>(upper));
+  self.slot.content.fits = false;
 }
 
-template <class R, class E>
-void expect_fresh(const E &entry, const mub_pool *pool) {
-  EXPECT_TRUE(Kind<R>::has_same_key(entry, E{}) && entry.level == 0 && entry.parent == nullptr);
+template <class R>
+void expect_fresh(const typename Kind<R>::Entry &entry, const mub_pool *pool) {
+  EXPECT_TRUE(Kind<R>::key_of(entry) == Kind<R>::key_of(typename Kind<R>::Entry{}));
+  EXPECT_TRUE(entry.level == 0 && entry.parent == nullptr);
   EXPECT_TRUE(entry.children.count == 0 && entry.children.capacity >= 32 && entry.children.pool == pool);
 }
-template <class R, class F>
-void by_hand(op::entry_init_, WorldOf<R> &world, F init) {
-  typename Kind<R>::Entry entry;
-  std::memset(&entry, 0x77, sizeof entry);
-  world.call([&] { init(&entry); });
+template <class R>
+void by_hand(OneOf<op::entry_init_, op::node_init_>, WorldOf<R> &world, auto) {
+  const Self<R> self(world);
+  auto entry = self.slot.record.root;
+  world.call([&] { Functions<R>::entry_init_(&entry); });
   if (!world.failed) expect_fresh<R>(entry, nullptr);
   mub_arrays_remove_all(&entry.children);
-}
-template <class R, class F>
-void by_hand(op::node_init_, WorldOf<R> &, F init) {
-  typename Kind<R>::Node node;
-  std::memset(&node, 0x77, sizeof node);
-  init(&node);
-  EXPECT_TRUE(Kind<R>::has_same_key({}, node) && node.value == 0);
-  EXPECT_TRUE(node.prev == nullptr && node.next == nullptr);
+  for (auto *used : parts_of(self.slot).nodes) {
+    auto node = *used;
+    Functions<R>::node_init_(&node);
+    EXPECT_TRUE(Kind<R>::key_of(node) == Kind<R>::key_of(entry) && node.value == 0);
+    EXPECT_TRUE(node.prev == nullptr && node.next == nullptr);
+  }
 }
 // A new entry, which becomes an empty leaf among others or stays alone, is removed again; a root is not.
-template <class R, class F>
-void by_hand(OneOf<op::entry_new_, op::remove_entry_t_>, WorldOf<R> &world, F) {
+template <class R>
+void by_hand(OneOf<op::entry_new_, op::remove_entry_t_>, WorldOf<R> &world, auto) {
   Self<R> self(world);
   R &tree = self.slot.record;
   const auto level = static_cast<int>(world.program.below(4)) - 1;
@@ -384,120 +293,98 @@ void by_hand(OneOf<op::entry_new_, op::remove_entry_t_>, WorldOf<R> &world, F) {
   EXPECT_EQ(tree.entry_pool->live_count, kept + (world.failed ? 0 : 1));
   if (entry == nullptr) return;
   expect_fresh<R>(*entry, level < 1 ? tree.node_pool : tree.entry_pool);
-  auto &parent = *Entry<R>(world).entry;
-  if (parent.level == 1) {
-    entry->parent = &parent;
-    mub_arrays_insert_at(&parent.children, world.program.below(parent.children.count + 1),
+  auto *parent = Entry<R>(world).value;
+  if (parent->level == 1) {
+    entry->parent = parent;
+    mub_arrays_insert_at(&parent->children, world.program.below(parent->children.count + 1),
                          reinterpret_cast<uintptr_t>(entry));
   }
   Functions<R>::remove_entry_t_(&tree, entry);
   Functions<R>::remove_entry_t_(&tree, &tree.root);
 }
 // What is out of order below an entry, and the names from a leaf up, are put in order.
-template <class R, class F>
-void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_>, WorldOf<R> &world, F) {
+template <class R>
+void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_>, WorldOf<R> &world, auto) {
   const Self<R> self(world);
   R &tree = self.slot.record;
-  const auto nodes = nodes_of(self.slot);
-  auto *leaf = any_of(world.program, leaves_from(tree.root));
+  const auto parts = parts_of(self.slot);
+  auto *leaf = any_of(world.program, parts.leaves);
   auto levels = world.program.below(4);
   for (auto *named = leaf; named != nullptr && levels > 0; named = named->parent, --levels) {
-    if (nodes.empty() || nodes_from<typename Kind<R>::Node>(*named).back() == nodes[0]) break;
-    Kind<R>::copy_key(*named, *nodes[0]);
+    if (parts.nodes.empty() || Parts<R>(*named).nodes.back() == parts.nodes[0]) break;
+    Kind<R>::copy_key(*named, *parts.nodes[0]);
   }
   Functions<R>::set_name_(&tree, leaf);
-  auto &top = *Entry<R>(world).entry;
-  for (auto *below : entries_from(top)) {
-    if (below->parent == &top) below->parent = nullptr;
-    if (below == &top || below->level > 0) below->children.pool = &world.users[0];
+  auto *top = Entry<R>(world).value;
+  for (auto *below : Parts<R>(*top).entries) {
+    if (below->parent == top) below->parent = nullptr;
+    if (below == top || below->level > 0) below->children.pool = &world.users[0];
   }
-  Functions<R>::set_parent_(&top);
-  Functions<R>::set_pool_(&tree, &top);
+  Functions<R>::set_parent_(top);
+  Functions<R>::set_pool_(&tree, top);
 }
 // A record that is unlinked is linked again by the links of the one beside it.
-template <class R, class F>
-void by_hand(op::set_next_, WorldOf<R> &world, F set_next) {
+template <class R>
+void by_hand(op::set_next_, WorldOf<R> &world, auto set_next) {
   const Self<R> self(world);
-  auto &leaf = *any_of(world.program, leaves_from(self.slot.record.root));
-  if (!self.slot.content.links_are_exact || leaf.children.count < 1) return;
-  const int64_t index = world.program.below(leaf.children.count);
-  auto *node = reinterpret_cast<typename Kind<R>::Node *>(leaf.children.items[index]);
-  if (leaf.children.count > 1) {
+  auto *leaf = any_of(world.program, parts_of(self.slot).leaves);
+  if (!self.slot.content.links_are_exact || leaf->children.count < 1) return;
+  const int64_t index = world.program.below(leaf->children.count);
+  auto *node = Parts<R>(*leaf).nodes[static_cast<size_t>(index)];
+  if (leaf->children.count > 1) {
     if (node->prev != nullptr) node->prev->next = node->next;
     if (node->next != nullptr) node->next->prev = node->prev;
     node->prev = node->next = node;
   }
-  set_next(&leaf, index);
+  set_next(leaf, index);
 }
-template <class F>
-void by_hand(op::adjust_t_, WorldOf<mub_btree> &world, F adjust) {
-  const Self<mub_btree> self(world);
-  auto &top = *Entry<mub_btree>(world).entry;
-  std::vector<Offset> offsets;
-  for (auto *entry : entries_from(top)) {
-    if (entry != &top) offsets.push_back({&entry->key_offset, entry->key_length});
-  }
-  for (auto *node : nodes_from<mub_btree_node>(top)) offsets.push_back({&node->key_offset, node->key_length});
-  expect_lowered(world.program, self.slot.record.keys, offsets, [&](uint32_t offset, int64_t length) {
-    adjust(&self.slot.record, &top, offset, static_cast<uint32_t>(length));
-  });
+template <class R>
+void by_hand(op::adjust_t_, WorldOf<R> &world, auto adjust) {
+  R &tree = Self<R>(world).slot.record;
+  auto *top = Entry<R>(world).value;
+  lower_and_raise(world, tree.keys, [&](uint32_t length) { adjust(&tree, top, 0, length); });
 }
 
 // ---- parts of trees
 
-// What the model has below an entry.
 template <class R>
-Items content_from(const Slot<R> &slot, typename Kind<R>::Entry &top) {
-  Items content;
-  for (auto *node : nodes_from<typename Kind<R>::Node>(top))
-    content.push_back(*slot.content.find(Kind<R>::text_of(slot.record, *node)));
+auto content_from(const R &tree, typename Kind<R>::Entry &top) {
+  typename Kind<R>::Content content;
+  for (auto *node : Parts<R>(top).nodes)
+    content.push_back({Kind<R>::text_of(tree, *node), nullptr, node->value});
   content.links_are_exact = content.fits = false;
   return content;
 }
 // Empties what is below an entry, walks over the rest, and empties the tree.
-template <class R, class F>
-void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_>, WorldOf<R> &world, F empty) {
+template <class R>
+void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_>, WorldOf<R> &world, auto empty) {
   Self<R> self(world);
-  R &tree = self.slot.record;
-  auto *top = Entry<R>(world).entry;
-  const Items gone = content_from(self.slot, *top);
-  const auto give_back_all = [&](const Items &items) {
-    if (self.slot.owns_values()) return;
-    for (const Item &item : items) world.give_back(self.slot, item.value);
-  };
-  if constexpr (std::is_invocable_v<F, R *, decltype(top), mub_free_fn>) {
-    const Free release(world);
-    empty(&tree, top, std::get<0>(release.arguments()));
-    expect_released(self.slot, values_of(gone), release);
-  } else {
-    give_back_all(gone);
-    empty(&tree, top);
-  }
-  for (const Item &item : gone) self.slot.content.remove(item.text);
+  auto *top = Entry<R>(world).value;
+  const auto gone = content_from(self.slot.record, *top);
+  release_by(empty, world, self, values_of(gone), top);
+  for (const auto &item : gone) self.slot.content.remove(item.text);
   walk(world, self.slot);
-  give_back_all(self.slot.content);
-  Functions<R>::remove_all_(&tree);
-  self.slot.forget_all();
+  drop_all(world, self.slot, Functions<R>::remove_all_);
 }
 // Into an empty tree, which is emptied again. It gets all key bytes, and so all keys.
-template <class R, class F>
-void by_hand(op::clone_entry_, WorldOf<R> &world, F clone) {
+template <class R>
+void by_hand(op::clone_entry_, WorldOf<R> &world, auto clone) {
   const Self<R> self(world);
-  auto &from = Kind<R>::kKeysMove ? self.slot.record.root : *Entry<R>(world).entry;
+  auto &from = Kind<R>::kKeysMove ? self.slot.record.root : *Entry<R>(world).value;
   const Peer<R> to(world);
   R &copy = to.slot.record;
   if (&to.slot == &self.slot) return;
   world.end(to.slot);
   world.start(to.slot);
-  Kind<R>::share_keys(self.slot.record, copy);
+  if constexpr (Kind<R>::kKeysMove) mub_stream_clone(&self.slot.record.keys, &copy.keys);
   const int result = world.call([&] { return clone(&self.slot.record, &from, &copy, &copy.root); });
-  if (result == 0) Kind<R>::drop_keys(copy);
   EXPECT_EQ(result, world.failed ? 0 : 1);
   EXPECT_EQ(copy.root.level, result == 0 ? 0 : from.level);
-  if (result == 1) to.slot.content = content_from(self.slot, from);
-  for (Item &item : to.slot.content) item.entry = nullptr;
-  copy.count = static_cast<int64_t>(to.slot.content.size());
-  world.compare(to.slot);
+  if (result == 1) {
+    to.slot.content = content_from(self.slot.record, from);
+    copy.count = static_cast<int64_t>(to.slot.content.size());
+    world.compare(to.slot);
+  }
   Functions<R>::remove_all_(&copy);
   to.slot.forget_all();
 }

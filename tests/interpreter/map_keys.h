@@ -1,8 +1,7 @@
-// Keys of maps: how they are drawn, passed, and turned into texts that order as they do.
+// Keys of maps: how they are drawn, passed, and turned into what orders as they do.
 #ifndef MUB_TESTS_INTERPRETER_MAP_KEYS_H
 #define MUB_TESTS_INTERPRETER_MAP_KEYS_H
 
-#include <array>
 #include <cctype>
 #include <cstring>
 #include <map>
@@ -18,33 +17,20 @@ namespace mub_test {
 // Keys are drawn from so many, so that a program comes upon them again; runs are of more.
 constexpr int64_t kDrawnKeys = 160, kKeysOfRuns = 256;
 
-template <class Integer>
-std::string big_endian(Integer integer) {
-  std::string text;
-  for (int shift = 8 * sizeof integer - 8; shift >= 0; shift -= 8)
-    text += static_cast<char>(integer >> shift);
-  return text;
-}
-
-inline std::string lowered(std::string text) {
-  for (char &letter : text) letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
-  return text;
-}
-
 // The bytes of a record's keys; nothing when it has none yet.
 inline std::string_view stored_keys(const mub_stream &keys) {
   if (keys.data == nullptr) return "";
   return {reinterpret_cast<const char *>(keys.data), static_cast<size_t>(keys.length)};
 }
-
-// Whether a record compares keys without their case.
+// A text that compares as a record compares keys, perhaps without their case.
 template <class R>
-auto folds_case(const R &record, int) -> decltype(record.nocase != 0) {
-  return record.nocase != 0;
-}
-template <class R>
-bool folds_case(const R &, char) {
-  return false;
+std::string folded(const R &record, std::string_view bytes) {
+  std::string text(bytes);
+  if constexpr (requires { record.nocase; }) {
+    for (size_t i = 0; record.nocase != 0 && i < text.size(); ++i)
+      text[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[i])));
+  }
+  return text;
 }
 
 // Byte strings: from a few letters, the empty one and prefixes of others among them, in both cases and with
@@ -52,46 +38,39 @@ bool folds_case(const R &, char) {
 // world has, which may move.
 template <class R>
 struct ByteKey {
-  explicit ByteKey(WorldOf<R> &world) {
+  explicit ByteKey(WorldOf<R> &world) : ByteKey(world, drawn(world.program)) {
     Program &program = world.program;
     const auto how = program.below(8);
-    if (how == 0) return;  // NULL, whatever the length
-    if (how == 1) {
-      const auto &slot = world.slots[program.below(WorldOf<R>::kSlots)];
-      const std::string_view own = stored_keys(slot.record.keys);
-      const auto from = static_cast<size_t>(program.below(static_cast<int64_t>(own.size()) + 1));
-      const std::string_view part = own.substr(from, static_cast<size_t>(program.below(40)));
-      data = part.data();
-      length = static_cast<int64_t>(part.size());
-      bytes = part;
-    } else {
-      pass(draw(program));
-      if (how == 2) {
-        bytes.resize(std::strlen(bytes.c_str()));
-        data = bytes.c_str();
-        length = -1;
+    if (how < 2) {
+      std::string_view part;  // NULL, whatever the length
+      if (how == 1) {
+        const auto own = stored_keys(world.slots[program.below(WorldOf<R>::kSlots)].record.keys);
+        const auto from = static_cast<size_t>(program.below(static_cast<int64_t>(own.size()) + 1));
+        part = own.substr(from, static_cast<size_t>(program.below(40)));
       }
+      bytes = part;
+      data = part.data();
     }
-    text = folds_case(world.self->record, 0) ? lowered(bytes) : bytes;
+    if (how == 2) bytes.resize(std::strlen(data));
+    length = how == 0 || how == 2 ? -1 : static_cast<int64_t>(bytes.size());
+    text = folded(world.self->record, bytes);
   }
-  ByteKey(WorldOf<R> &world, int64_t number) {
-    pass("k" + std::to_string(kKeysOfRuns + number));
-    text = folds_case(world.self->record, 0) ? lowered(bytes) : bytes;
-  }
+  ByteKey(WorldOf<R> &world, int64_t number) : ByteKey(world, "k" + std::to_string(kKeysOfRuns + number)) {}
   ByteKey(const ByteKey &) = delete;
   auto arguments() const { return std::tuple(static_cast<const void *>(data), length); }
 
-  const char *data = nullptr;
-  int64_t length = -1;
-  std::string bytes, text;
+  std::string bytes;
+  const char *data;
+  int64_t length;
+  std::string text;
 
  private:
-  void pass(std::string drawn) {
-    bytes = std::move(drawn);
-    data = bytes.c_str();
-    length = static_cast<int64_t>(bytes.size());
-  }
-  static std::string draw(Program &program) {
+  ByteKey(WorldOf<R> &world, std::string drawn)
+      : bytes(std::move(drawn)),
+        data(bytes.c_str()),
+        length(static_cast<int64_t>(bytes.size())),
+        text(folded(world.self->record, bytes)) {}
+  static std::string drawn(Program &program) {
     static const char *const kParts[] = {"", "a", "A", "b", "\xFF", "ab", "AB", "key"};
     std::string bytes = kParts[program.below(8)];
     const auto more = program.below(6);
@@ -101,49 +80,21 @@ struct ByteKey {
     return bytes;
   }
 };
-
-// An offset into the keys of a record, with the length of the key there.
-struct Offset {
-  uint32_t *at;
-  uint32_t key_length;
-};
-// `adjust(offset, length)` is to lower the offsets of the keys that lie after what was cut out there, even
-// below 0. Then they are as before.
-template <class Adjust>
-void expect_lowered(Program &program, const mub_stream &keys, const std::vector<Offset> &offsets,
-                    Adjust adjust) {
-  const auto offset = static_cast<uint32_t>(program.below(keys.length + 2));
-  const int64_t length = program.near(keys.length);
-  std::vector<uint32_t> before;
-  for (const Offset &each : offsets) before.push_back(*each.at);
-  adjust(offset, length);
-  for (size_t i = 0; i < offsets.size(); ++i) {
-    const bool is_lowered = before[i] + uint64_t{offsets[i].key_length != 0} > offset;
-    EXPECT_EQ(*offsets[i].at, before[i] - (is_lowered ? static_cast<uint32_t>(length) : 0));
-    *offsets[i].at = before[i];
-  }
-}
-
-// What the kinds with byte strings share.
+// The keys of records that hold byte strings.
 template <class R>
-struct ByteKeyKind {
+struct ByteKeys {
   using KeyArgument = ByteKey<R>;
+  using Text = std::string;
   static void set_order(R *record, int which) {
     record->nocase = static_cast<decltype(record->nocase)>(which & 1);
   }
-  template <class Item>
-  static std::string bytes_of(const R &record, const Item &item) {
-    return std::string(stored_keys(record.keys).substr(item.key_offset, item.key_length));
-  }
-  template <class Item>
-  static std::string text_of(const R &record, const Item &item) {
-    return record.nocase == 0 ? bytes_of(record, item) : lowered(bytes_of(record, item));
+  static std::string text_of(const R &record, const auto &item) {
+    return folded(record, stored_keys(record.keys).substr(item.key_offset, item.key_length));
   }
   // The key store has the bytes of the live keys, and nothing else.
-  template <class N>
-  static void compare_keys(const R &record, const std::vector<const N *> &nodes) {
+  static void check_store(const R &record, const auto &nodes) {
     std::map<uint32_t, uint32_t> parts;
-    for (const N *node : nodes) {
+    for (const auto *node : nodes) {
       if (node->key_length != 0) parts[node->key_offset] = node->key_length;
     }
     int64_t end = 0;
@@ -165,6 +116,52 @@ Integer hard_number(int64_t n) {
                           static_cast<Integer>(m | Integer{1} << (kBits / 2))};
   return hard[n % 4];
 }
+// A number that orders as a key of the type does.
+template <class Bits>
+Bits ordered(Bits bits, uint32_t key_type) {
+  constexpr Bits kSign = Bits{1} << (8 * sizeof bits - 1);
+  if (key_type < 5) return key_type % 2 != 0 ? bits ^ kSign : bits;
+  return (bits & kSign) != 0 ? ~bits : bits | kSign;
+}
+// The keys of records that hold a number or an array of words in each entry, which pass them so.
+template <class R, class T>
+struct NumberKeys {
+  using Text = T;
+  struct KeyArgument {
+    explicit KeyArgument(WorldOf<R> &world) : KeyArgument(world, world.program.below(kDrawnKeys)) {}
+    KeyArgument(WorldOf<R> &world, int64_t number) : key(hard_number<T>(number)) {
+      if constexpr (requires(R record) { record.key_type; }) {
+        // One bit less in the exponent, and a float is a number.
+        if (world.self->record.key_type >= 5) key &= ~(T{1} << (8 * sizeof key - 2));
+      }
+      text = text_of(world.self->record, *this);
+    }
+    auto arguments() const {
+      if constexpr (std::is_integral_v<T>) {
+        return std::tuple(key);
+      } else {
+        return std::tuple(key.data());
+      }
+    }
+    T key, text;
+  };
+  static void set_order(R *record, int which) {
+    if constexpr (requires { record->key_type; }) {
+      constexpr uint32_t kSigned = sizeof(T) == 4 ? 1 : 3, kFloat = sizeof(T) == 4 ? 5 : 6;
+      record->key_type = which == 0 ? kSigned : which == 2 ? kSigned + 1 : kFloat;
+    }
+  }
+  static T text_of(const R &record, const auto &item) {
+    T key;
+    std::memcpy(&key, &item.key, sizeof key);
+    if constexpr (requires { record.key_type; }) {
+      return ordered(key, record.key_type);
+    } else {
+      return key;
+    }
+  }
+  static void check_store(const R &, const auto &) {}
+};
 
 }  // namespace mub_test
 
