@@ -37,19 +37,11 @@ struct BtreeKind : MapKind<R, N, Keys> {
   static constexpr int64_t kEntryBytes = sizeof(E), kNodeBytes = sizeof(N);
 
   static int64_t entries_of(R &tree) { return static_cast<int64_t>(Parts<R>(tree.root).entries.size()) - 1; }
-  static auto key_of(const auto &item) {
+  static auto key_of(auto &item) {
     if constexpr (kKeysMove) {
-      return std::pair(item.key_offset, item.key_length);
+      return std::tie(item.key_offset, item.key_length);
     } else {
-      return item.key;
-    }
-  }
-  static void copy_key(E &entry, const N &node) {
-    if constexpr (kKeysMove) {
-      entry.key_offset = node.key_offset;
-      entry.key_length = node.key_length;
-    } else {
-      entry.key = node.key;
+      return std::tie(item.key);
     }
   }
   static bool has_name_of_last(const E &entry) {
@@ -264,23 +256,23 @@ void by_hand(OneOf<op::split_entry_, op::split_node_>, WorldOf<R> &world, auto s
 
 template <class R>
 void expect_fresh(const typename Kind<R>::Entry &entry, const mub_pool *pool) {
-  EXPECT_TRUE(Kind<R>::key_of(entry) == Kind<R>::key_of(typename Kind<R>::Entry{}));
+  const typename Kind<R>::Entry empty = {};
+  EXPECT_TRUE(Kind<R>::key_of(entry) == Kind<R>::key_of(empty));
   EXPECT_TRUE(entry.level == 0 && entry.parent == nullptr);
   EXPECT_TRUE(entry.children.count == 0 && entry.children.capacity >= 32 && entry.children.pool == pool);
 }
 template <class R>
 void by_hand(OneOf<op::entry_init_, op::node_init_>, WorldOf<R> &world, auto) {
   const Self<R> self(world);
+  const auto nodes = parts_of(self.slot).nodes;
   auto entry = self.slot.record.root;
+  auto node = nodes.empty() ? typename Kind<R>::Node() : *nodes[0];
   world.call([&] { Functions<R>::entry_init_(&entry); });
+  Functions<R>::node_init_(&node);
   if (!world.failed) expect_fresh<R>(entry, nullptr);
+  EXPECT_TRUE(Kind<R>::key_of(node) == Kind<R>::key_of(entry) && node.value == 0);
+  EXPECT_TRUE(node.prev == nullptr && node.next == nullptr);
   mub_arrays_remove_all(&entry.children);
-  for (auto *used : parts_of(self.slot).nodes) {
-    auto node = *used;
-    Functions<R>::node_init_(&node);
-    EXPECT_TRUE(Kind<R>::key_of(node) == Kind<R>::key_of(entry) && node.value == 0);
-    EXPECT_TRUE(node.prev == nullptr && node.next == nullptr);
-  }
 }
 // A new entry, which becomes an empty leaf among others or stays alone, is removed again; a root is not.
 template <class R>
@@ -312,7 +304,7 @@ void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_>, WorldOf<R> &w
   auto levels = world.program.below(4);
   for (auto *named = leaf; named != nullptr && levels > 0; named = named->parent, --levels) {
     if (parts.nodes.empty() || Parts<R>(*named).nodes.back() == parts.nodes[0]) break;
-    Kind<R>::copy_key(*named, *parts.nodes[0]);
+    Kind<R>::key_of(*named) = Kind<R>::key_of(*parts.nodes[0]);
   }
   Functions<R>::set_name_(&tree, leaf);
   auto *top = Entry<R>(world).value;
@@ -338,11 +330,14 @@ void by_hand(op::set_next_, WorldOf<R> &world, auto set_next) {
   }
   set_next(leaf, index);
 }
+// Offsets have 32 bits: what is lowered below 0 is raised again.
 template <class R>
 void by_hand(op::adjust_t_, WorldOf<R> &world, auto adjust) {
   R &tree = Self<R>(world).slot.record;
   auto *top = Entry<R>(world).value;
-  lower_and_raise(world, tree.keys, [&](uint32_t length) { adjust(&tree, top, 0, length); });
+  const auto length = static_cast<uint32_t>(tree.keys.length + 1);
+  adjust(&tree, top, 0, length);
+  adjust(&tree, top, 0, 0 - length);
 }
 
 // ---- parts of trees

@@ -34,14 +34,6 @@ struct HashKind : MapKind<R, E, Keys> {
   static constexpr int64_t kEntryBytes = sizeof(E), kNodeBytes = 8;
   static int64_t entries_of(const R &table) { return table.count; }
 
-  // The chain of a bucket.
-  static std::vector<E *> chain_of(const R &table, int64_t bucket) {
-    std::vector<E *> chain;
-    for (auto *entry = reinterpret_cast<E *>(table.buckets.items[bucket]); entry != nullptr;
-         entry = entry->next)
-      chain.push_back(entry);
-    return chain;
-  }
   // Invariants 1 to 4 of the engine. A key that was added twice would be in the same chain.
   static void read(R &table, typename HashKind::Content expected, typename HashKind::Content &content) {
     const int64_t buckets = table.buckets.count;
@@ -50,7 +42,8 @@ struct HashKind : MapKind<R, E, Keys> {
     std::vector<E *> entries;
     for (int64_t bucket = 0; bucket < buckets; ++bucket) {
       int64_t last = 0;
-      for (E *entry : chain_of(table, bucket)) {
+      for (auto *entry = reinterpret_cast<E *>(table.buckets.items[bucket]); entry != nullptr;
+           entry = entry->next) {
         ItemOf<R> *item = expected.find(Keys::text_of(table, *entry));
         ASSERT_NE(item, nullptr) << "a key that was not added";
         ASSERT_EQ(bucket_of(table, item->text), bucket);
@@ -107,8 +100,14 @@ template <class R>
 void check(op::find_t_, WorldOf<R> &, Self<R> &self, Key<R> &key, auto *result) {
   expect_node<R>(result, is_measured(key) ? nullptr : self.slot.content.find(key.text));
 }
-// The entry keeps its fields while it is held, whatever else is removed; then it is counted down and given
-// back.
+// Ends an entry that was taken out of its chain.
+template <class R>
+void end_entry(WorldOf<R> &world, Slot<R> &slot, typename Kind<R>::Node *entry) {
+  world.give_back(slot, entry->value);
+  --slot.record.count;
+  mub_pool_free(slot.record.entry_pool, entry);
+}
+// The entry keeps its fields while it is held, whatever else is removed.
 template <class R>
 void check(op::remove_t_, WorldOf<R> &world, Self<R> &self, Key<R> &key, auto *result) {
   check(op::find_t_(), world, self, key, result);
@@ -118,66 +117,60 @@ void check(op::remove_t_, WorldOf<R> &world, Self<R> &self, Key<R> &key, auto *r
   self.slot.content.remove(key.text);
   remove_keys(world, self);
   EXPECT_EQ(std::memcmp(result, &held, sizeof held), 0);
-  world.give_back(self.slot, held.value);
-  --self.slot.record.count;
-  mub_pool_free(self.slot.record.entry_pool, result);
+  end_entry(world, self.slot, result);
 }
-// With the bucket and the hash that a key has, the low layer agrees with the rest. The caller would count a
-// new entry and store its key: only one that is there is asked for. One that is removed goes back to the end
-// of its chain, where it now is the youngest.
+// With the bucket and the hash that a key has, the low layer agrees with the rest. Key bytes are the caller's
+// to cut.
 template <class R>
-void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_>, WorldOf<R> &world, auto) {
+void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_, op::adjust_t_>, WorldOf<R> &world,
+             auto) {
   using F = Functions<R>;
+  constexpr bool kHasBytes = std::is_same_v<R, mub_hash>;
   Self<R> self(world);
   const Key<R> key(world);
   R &table = self.slot.record;
   if (table.buckets.count < 1 || is_measured(key)) return;
-  const int64_t bucket = bucket_of(table, key.text);
   const auto call = [&](auto function, auto... more) {
-    if constexpr (std::is_same_v<R, mub_hash>) {
+    const int64_t bucket = bucket_of(table, key.text);
+    if constexpr (kHasBytes) {
       return call_with(function, &table, bucket, static_cast<uint32_t>(word_of(key.text)), key, more...);
     } else {
       return call_with(function, &table, bucket, key, more...);
     }
   };
-  ItemOf<R> *item = self.slot.content.find(key.text);
   auto *found = world.read_by_all([&] { return call(F::entry_find_); });
-  expect_node<R>(found, item);
+  expect_node<R>(found, self.slot.content.find(key.text));
   if (found == nullptr) return;
   int inserted = 7;
   EXPECT_TRUE(call(F::entry_new_, &inserted) == found && inserted == 0);
   EXPECT_TRUE(call(F::entry_remove_) == found && found->next == nullptr);
-  const auto chain = Kind<R>::chain_of(table, bucket);
-  if (chain.empty()) {
-    table.buckets.items[bucket] = reinterpret_cast<uintptr_t>(found);
-  } else {
-    chain.back()->next = found;
+  self.slot.content.remove(key.text);
+  if constexpr (kHasBytes) {
+    mub_stream_delete(&table.keys, found->key_offset, found->key_length);
+    F::adjust_t_(&table, found->key_offset, found->key_length);
   }
-  item->sequence = ++world.next_sequence;
+  end_entry(world, self.slot, found);
 }
 
+// All entries are met, each once. Past the last nothing is left, wherever the caller's bucket is.
 template <class R>
-void check(op::entry_first_, WorldOf<R> &world, Self<R> &self, Out<int64_t> &first, auto *result) {
+void by_hand(OneOf<op::entry_first_, op::entry_next_>, WorldOf<R> &world, auto) {
+  Slot<R> &slot = Self<R>(world).slot;
   world.read_by_all([&] {
     std::vector<void *> met, expected;
-    int64_t bucket = *first.value;
-    for (auto *entry = result; entry != nullptr && met.size() <= self.slot.content.size();
-         entry = Functions<R>::entry_next_(&self.slot.record, &bucket, entry))
+    int64_t bucket = 77;
+    for (auto *entry = Functions<R>::entry_first_(&slot.record, &bucket); entry != nullptr;
+         entry = Functions<R>::entry_next_(&slot.record, &bucket, entry)) {
+      ASSERT_LE(met.size(), slot.content.size());
       met.push_back(entry);
-    for (const auto &item : self.slot.content) expected.push_back(item.entry);
-    std::ranges::sort(met);
-    std::ranges::sort(expected);
-    EXPECT_EQ(met, expected);
+    }
+    for (const auto &item : slot.content) expected.push_back(item.entry);
+    EXPECT_TRUE(std::ranges::is_permutation(met, expected));
+    const typename Kind<R>::Node last = {};
+    const int64_t end = bucket = slot.record.buckets.count - 1;
+    EXPECT_EQ(Functions<R>::entry_next_(&slot.record, &bucket, &last), nullptr);
+    EXPECT_EQ(bucket, end);
   });
-}
-// Past the last entry nothing is left, wherever the caller's bucket is.
-template <class R>
-void by_hand(op::entry_next_, WorldOf<R> &world, auto next) {
-  const R &table = Self<R>(world).slot.record;
-  typename Kind<R>::Node last = {};
-  int64_t bucket = table.buckets.count - 1;
-  EXPECT_EQ(next(&table, &bucket, &last), nullptr);
-  EXPECT_EQ(bucket, table.buckets.count - 1);
 }
 
 // The table is to be ended next: it still counts entries that went back to their pool.
@@ -191,12 +184,6 @@ void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_>, WorldOf<R> &worl
   self.slot.forget_all();
   world.start(self.slot);
 }
-template <class R>
-void by_hand(op::adjust_t_, WorldOf<R> &world, auto adjust) {
-  R &table = Self<R>(world).slot.record;
-  lower_and_raise(world, table.keys, [&](uint32_t length) { adjust(&table, 0, length); });
-}
-
 // ---- keys
 
 // The bytes of texts and numbers, in which the lowest comes first.

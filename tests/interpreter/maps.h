@@ -212,14 +212,6 @@ void release_by(F empty, WorldOf<R> &world, Self<R> &self, const Words &values, 
     call_with(empty, self, part...);
   }
 }
-// Offsets have 32 bits: what is lowered below 0 is raised again.
-template <class R>
-void lower_and_raise(WorldOf<R> &world, const mub_stream &keys, auto adjust) {
-  const auto length = static_cast<uint32_t>(keys.length + 1 + world.program.below(9));
-  adjust(length);
-  adjust(0 - length);
-}
-
 // The operations that one by_hand is for.
 template <class... Ops>
 struct OneOf {
