@@ -185,7 +185,7 @@ void by_hand(op::insert_t_, WorldOf<R> &world, auto insert) {
     const NodeOut<R> out(world);
     auto *leaf = leaf_of(self.slot.record, self.slot.record.root, key);
     const int result = world.call([&] { return call_with(insert, self, leaf, key, out); });
-    expect_node_set(world, self.slot, key, *out.node, result);
+    expect_node_set(world, self.slot, key, *out.value, result);
   });
 }
 template <class R>

@@ -53,11 +53,7 @@ struct Key : Kind<R>::KeyArgument {
   using Kind<R>::KeyArgument::KeyArgument;
 };
 template <class R>
-struct NodeOut {
-  explicit NodeOut(WorldOf<R> &) : node(std::make_unique<typename Kind<R>::Node *>()) {}
-  auto arguments() const { return std::tuple(node.get()); }
-  std::unique_ptr<typename Kind<R>::Node *> node;
-};
+using NodeOut = Out<typename Kind<R>::Node *>;
 
 // Calls a function with what roles stand for, and with other arguments as they are.
 auto call_with(auto function, const auto &...args) {
@@ -160,7 +156,7 @@ void expect_node_set(WorldOf<R> &world, Slot<R> &slot, const Key<R> &key, typena
 }
 template <class R>
 void check(auto, WorldOf<R> &world, Self<R> &self, Key<R> &key, NodeOut<R> &out, int result) {
-  expect_node_set(world, self.slot, key, *out.node, result);
+  expect_node_set(world, self.slot, key, *out.value, result);
 }
 
 // Those that find a node, its value, or whether it is there.
