@@ -29,9 +29,9 @@ OWN_TESTS = {
     "core": r"(bytes|pool).*",
     "arrays": r"arrays?_.*",
     "hash": r"(hash|maps).*",
-    "tree": r"tree.*",
+    "tree": r"(tree|links).*",
     "btree": r"(btree|maps).*",
-    "list": r"list.*",
+    "list": r"(list|links).*",
     "text": r"text.*",
     "bits": r"bits.*",
 }

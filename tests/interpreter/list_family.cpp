@@ -224,7 +224,9 @@ template <class F>
 void by_hand(op::adjust_t_, WorldOf<mub_list> &world, F adjust) {
   mub_list &list = Self<mub_list>(world).slot.record;
   const auto length = static_cast<uint32_t>(world.program.near(list.keys.length));
+  const mub_list_entry before = list.tail != nullptr ? *list.tail : mub_list_entry();
   adjust(&list, 0, length);
+  EXPECT_TRUE(before.key_length == 0 || list.tail->key_offset == before.key_offset - length);
   adjust(&list, 0, 0 - length);
 }
 

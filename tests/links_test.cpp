@@ -1,9 +1,27 @@
-// What programs do not reach in trees: see tests/interpreter/tree_family.cpp.
-#include "mub_tree.h"
-
+// What programs do not reach in lists and trees: see list_family.cpp and tree_family.cpp in tests/interpreter.
 #include <gtest/gtest.h>
 
+#include "mub.h"
+
 namespace {
+
+TEST(UnrolledList, ClearsSlotsAndReadsNoneThatABlockDoesNotHave) {
+  mub_listx list;
+  mub_listx_init(&list, 1, 0);
+  for (uint64_t value = 1; value < 4; ++value) mub_listx_add_tail(&list, value);
+  mub_listx_block *block = list.head;
+  EXPECT_EQ(mub_listx_remove_tail(&list), 3u);
+  EXPECT_EQ(block->values[2], 0u);
+  for (const int64_t stated : {int64_t{0}, INT64_MIN}) {
+    block->count = stated;
+    EXPECT_EQ(mub_listx_remove_head(&list) + mub_listx_remove_tail(&list), 0u);
+  }
+  block->count = INT64_MAX;
+  block->values[31] = 5;
+  EXPECT_EQ(mub_listx_remove_tail(&list), 5u);
+  EXPECT_EQ(block->count, 31);
+  mub_listx_term(&list);
+}
 
 int64_t released = 0;
 
