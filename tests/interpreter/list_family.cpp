@@ -11,9 +11,8 @@ namespace mub_test {
 // role const char \*\* key;int64_t \* length = Out<const char *>, Out<int64_t>
 // role const %r \* list;uint64_t value = Self<%s>, Wanted
 // role uint64_t key = Wanted
-// role const void \* key;int64_t length = ByteKey<%s>
+// role const (void \* key|char \* text);int64_t length = ByteKey<%s>
 // role int separator = Separator
-// role const char \* text;int64_t length = Text
 // role mub_string \* string = StringOut
 
 template <class R>
@@ -63,10 +62,6 @@ inline constexpr auto draw_wanted = [](auto &world) {
   return value + static_cast<uint64_t>(world.program.below(2));
 };
 using Wanted = Drawn<uint64_t, draw_wanted>;
-struct Text : ByteKey<mub_list> {
-  using ByteKey::ByteKey;
-  auto arguments() const { return std::tuple(data, length); }
-};
 // Only its lowest byte counts.
 inline constexpr auto draw_separator = [](auto &world) {
   return "abx1"[world.program.below(4)] - 0x100 * static_cast<int>(world.program.below(3));
@@ -231,8 +226,8 @@ void by_hand(op::adjust_t_, WorldOf<mub_list> &world, F adjust) {
 }
 
 // An array takes the same keys from a text.
-void check(op::from_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Separator &separator, Text &text,
-           None) {
+void check(op::from_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Separator &separator,
+           ByteKey<mub_list> &text, None) {
   Array keys;
   if (!world.failed)
     mub_array_from_string(&keys.record, separator.value, text.bytes.data(),

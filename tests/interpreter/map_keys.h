@@ -55,7 +55,7 @@ struct ByteKey {
   }
   ByteKey(WorldOf<R> &world, int64_t number) : ByteKey(world, "k" + std::to_string(kKeysOfRuns + number)) {}
   ByteKey(const ByteKey &) = delete;
-  auto arguments() const { return std::tuple(static_cast<const void *>(data), length); }
+  auto arguments() const { return std::tuple(data, length); }
 
   std::string bytes;
   const char *data;
