@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""steps.py SOURCES OUT RECORD…: writes the steps of some records' functions, from the public headers.
+"""steps.py SOURCES OUT RECORD…: writes the steps of some records' functions, from the public headers. RECORD+PREFIX… has
+functions of other prefixes, too.
 
 Each function becomes step<op::OPERATION, ROLE…>: what a parameter's type and name say chooses its role. Operations that
 one of SOURCES, joined by commas, names in the parameters of a by_hand draw their arguments there. A function with a parameter that has no role and
@@ -61,21 +62,24 @@ def base_of(operation, operations):
     return f" : {without}_" if without != operation and without in operations else ""
 
 
-def main(sources, out, *headed):
+def main(sources, out, *kinds):
     texts = "".join(Path(source).read_text() for source in sources.split(","))
     ROLES[:0] = re.findall(r"^// role (.+) = (.+)$", texts, re.MULTILINE)
     by_hand = set(re.findall(r"op::(\w+)_\b", " ".join(re.findall(r"by_hand\([^()]*", texts))))
-    operations, tables, lines, records = set(), [], [], [*headed]
-    for record in headed:
+    operations, tables, lines, records = set(re.findall(r"op::(\w+)_\b", texts)), [], [], []
+    for record, *others in (kind.split("+") for kind in kinds):
+        records.append(record)
         tables.append(f"template <>\nstruct Functions<{record}> {{")
         lines.append(f"template <>\nStepsOf<{record}> steps_of<{record}>() {{\n  return {{")
         for function in headers.declarations(ROOT):
             name = function.name
-            if function.parameters is None or not name.startswith(record + "_"):
+            prefix = next((each for each in [record, *others] if name.startswith(each + "_")), None)
+            if function.parameters is None or prefix is None:
                 continue
-            operation = name.removeprefix(record + "_")
+            operation = name.removeprefix(prefix + "_")
             operations.add(operation)
-            tables.append(f"  static constexpr auto {operation}_ = {name};")
+            if prefix == record:
+                tables.append(f"  static constexpr auto {operation}_ = {name};")
             if operation in by_hand:
                 body = f"by_hand(op::{operation}_(), world, {name});"
             else:

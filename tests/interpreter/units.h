@@ -1,0 +1,620 @@
+// Texts and bytes under programs.
+//
+// Models hold units, narrow or wide, as characters of 32 bits. want() says what an operation does to the models of its
+// records, and gives.
+#ifndef MUB_TESTS_INTERPRETER_UNITS_H
+#define MUB_TESTS_INTERPRETER_UNITS_H
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <list>
+#include <string>
+
+#include "interpreter/roles.h"
+
+namespace mub_test {
+
+// role int (character|unit|byte|from|to) = Letter<%s>
+// role int64_t (capacity|size) = Capacity
+// role int64_t (position|start|index|offset|(old_)?count|length|n) = Number
+
+using Units = std::u32string;
+
+inline int64_t size_of(const Units &units) { return static_cast<int64_t>(units.size()); }
+
+template <class Unit>
+Units units_of(const Unit *units, int64_t count) {
+  const auto *first = reinterpret_cast<const std::make_unsigned_t<Unit> *>(units);
+  return Units(first, first + count);
+}
+
+// `count` units from `start`, or as many as there are; none where either lies outside.
+inline Units part(const Units &units, int64_t start, int64_t count) {
+  if (start < 0 || count < 1 || start >= size_of(units)) return {};
+  return units.substr(clipped(start), clipped(count));
+}
+
+inline int64_t wrapping_sum(int64_t a, int64_t b) {
+  return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
+}
+
+// A sort of units, of few letters that recur, or of those that some operation looks at. The halves of some wide ones
+// recur in one another.
+template <class Unit>
+const Units &draw_letters(Program &program) {
+  static const Units kLetters[][4] = {
+      {U"ab", U"abc", Units(U" \t\r\n\0\v?aAzZ[@`{\xE9", 16), U"-.0123456789x"},
+      {U"\u6162\u6261", U"\u6162\u6261\u6161", Units(U" \t\r\n\0\v\u0141\u6162AzZ[\u0120`{\xE9", 16),
+       U"-.0123456789x"}};
+  return kLetters[sizeof(Unit) - 1][program.below(4)];
+}
+inline char32_t draw_one(Program &program, const Units &letters) {
+  return letters[static_cast<size_t>(program.below(size_of(letters)))];
+}
+// At least one. Long ones repeat a short one, but for two units.
+template <class Unit>
+Units draw_units(Program &program) {
+  const Units &letters = draw_letters<Unit>(program);
+  const auto size = static_cast<size_t>(1 + (program.one_in(6) ? program.below(700) : program.below(12)));
+  const auto period = size < 13 ? size : static_cast<size_t>(1 + program.below(4));
+  Units units;
+  while (units.size() < size)
+    units += units.size() < period ? draw_one(program, letters) : units[units.size() - period];
+  for (int i = 0; i < 2 && size > period; ++i)
+    units[static_cast<size_t>(program.below(size_of(units)))] = draw_one(program, letters);
+  return units;
+}
+
+// ---- records with their models
+
+// A block that a record has or views, or none.
+template <class Unit>
+struct Block {
+  Unit *data = nullptr;
+  Units units;
+};
+// Units of a block. The start of a view may lie anywhere, and its length may be one below 0, where no unit is in it.
+template <class U>
+struct Span {
+  using Unit = U;
+  bool is_empty() const { return own() == nullptr || filled == 0; }
+  int64_t length() const { return filled; }
+  Units content() const { return part(block->units, start, filled); }
+  Units reach() const { return content(); }
+  Unit *own() const { return block->data; }
+  int64_t own_count() const { return size_of(block->units); }
+  int64_t capacity() const { return own_count(); }
+
+  Block<Unit> *block;
+  int64_t start = 0, filled = 0;
+};
+
+// A string or a stream.
+template <class R>
+struct Slot : Span<std::remove_pointer_t<decltype(R::data)>> {
+  static constexpr bool kIsStream = std::is_same_v<R, mub_stream>;
+  using Span<typename Slot::Unit>::filled;
+
+  Slot() { this->block = &memory; }
+  ~Slot() { std::free(record.data); }
+
+  int64_t capacity() const { return std::max<int64_t>(size_of(units), 1) - 1; }
+  Units reach() const { return part(units, 0, capacity()); }
+  void grow(int64_t wanted) {
+    if (wanted <= capacity()) return;
+    const int64_t target = std::max(capacity() + std::max<int64_t>(filled / 2, 8), wanted);
+    units.resize(clipped(kIsStream ? (target + 7) / 8 * 8 + 1 : target / 8 * 8 + 8));
+  }
+  void end_at(int64_t length) {
+    if (units.empty() || length < 0) return;
+    filled = std::min(length, capacity());
+    if (!kIsStream) units[clipped(filled)] = 0;
+  }
+  void take(const Units &content) {
+    loose = capacity();
+    grow(size_of(content));
+    units.replace(0, content.size(), content);
+    end_at(size_of(content));
+  }
+  // What an operation on the left, in the middle or on the right takes, by the first letter of its name.
+  Units cut(char side, int64_t first, int64_t count) const {
+    if (side == 'r' && count > 0) first = filled - std::min(count, filled);
+    return part(this->content(), first, count);
+  }
+  void swap(auto &other) {
+    units.swap(other.units);
+    std::swap(filled, other.filled);
+  }
+  void clear() {
+    units.clear();
+    filled = 0;
+  }
+
+  void compare() {
+    memory.data = record.data;
+    ASSERT_EQ(record.length, filled);
+    ASSERT_EQ(record.capacity, capacity());
+    ASSERT_EQ(record.data == nullptr, units.empty());
+    const Units read = units_of(record.data, size_of(units));
+    for (int64_t i = filled + (kIsStream ? 0 : 1); i < loose; ++i) units[clipped(i)] = read[clipped(i)];
+    ASSERT_EQ(read, units);
+    loose = 0;
+    if (filled < 3000) return;
+    std::free(std::exchange(record, {}).data);
+    clear();
+  }
+
+  R record = {};
+  Block<typename Slot::Unit> memory;
+  Units &units = memory.units;  // all of the buffer
+  int64_t loose = 0;            // what lies between the content and here is left open
+};
+
+inline Block<char> nothing;
+
+// A part of a view. A view of another text does not take one that is bound.
+struct Part : Span<char> {
+  bool is_bound;
+};
+template <>
+struct Slot<mub_stringx> : Span<char> {
+  Slot() { block = &nothing; }
+  Part cut(char side, int64_t offset, int64_t count) const {
+    const bool is_bound = !is_empty() && count > 0 && (side != 'm' || (offset >= 0 && offset < filled));
+    const int64_t length = is_bound ? std::min(count, std::max<int64_t>(filled, 0) - offset) : 0;
+    if (side == 'r' && length > 0) offset = filled - length;
+    return {{block, wrapping_sum(start, offset), length}, is_bound};
+  }
+  void take(const Part &part) {
+    if (part.is_bound && part.own() != own()) return;
+    start = part.start;
+    filled = part.filled;
+  }
+  void compare() {
+    ASSERT_EQ(record.text, own());
+    ASSERT_EQ(record.start, start);
+    ASSERT_EQ(record.length, filled);
+  }
+  mub_stringx record = {};
+};
+
+// Of a block of its own, or of none; some are not measured yet.
+template <>
+struct Slot<mub_char> : Span<char> {
+  Slot() { block = &memory; }
+  ~Slot() { std::free(memory.data); }
+
+  void draw(Program &program) {
+    std::free(memory.data);
+    Units units = draw_units<char>(program);
+    const int64_t kind = program.below(8);
+    for (uint32_t i = 0; kind > 5 && i < 600; ++i) units += i * 37 / 4 % 256;
+    filled = size_of(units) - program.below(2);
+    if (kind < 3) filled = program.one_in(4) ? INT64_MIN : program.below(3) - 1;
+    if (filled < 0) units += U'\0';
+    if (kind == 0) units.clear();
+    record = {kind == 0 ? nullptr : static_cast<char *>(std::malloc(units.size())), filled};
+    std::ranges::copy(units, reinterpret_cast<uint8_t *>(record.data));
+    start = 0;
+    adopt(units);
+  }
+  // The record has another block, or none, and the one before is released.
+  void adopt(const Units &units) { memory = {record.data, units}; }
+  int64_t measured() const {
+    return filled >= 0 ? filled : std::max<int64_t>(index_of(memory.units.find(U'\0')), 0);
+  }
+  void compare() {
+    ASSERT_EQ(record.data, own() == nullptr ? nullptr : own() + start);
+    ASSERT_EQ(record.length, filled);
+    ASSERT_EQ(units_of(own(), own_count()), memory.units);
+  }
+  mub_char record = {};
+  Block<char> memory;
+};
+template <class S>
+concept IsView = std::is_same_v<S, Slot<mub_stringx>> || std::is_same_v<S, Slot<mub_char>>;
+
+template <class R>
+struct WorldOf : World {
+  using World::World;
+
+  auto &slot(const R *) { return slots[program.below(3)]; }
+  auto &slot(const mub_string *) requires(!std::is_same_v<R, mub_string>) {
+    return strings[program.below(2)];
+  }
+  // A new one, since views of others may still be in use.
+  auto &slot(const mub_char *) requires(std::is_same_v<R, mub_stringx>) {
+    viewed.emplace_back().draw(program);
+    return viewed.back();
+  }
+
+  void compare() {
+    for (auto &slot : strings) ASSERT_NO_FATAL_FAILURE(slot.compare());
+    for (auto &slot : slots) {
+      ASSERT_NO_FATAL_FAILURE(slot.compare());
+      mix(slot.length());
+    }
+    if constexpr (std::is_same_v<R, mub_char>) self->draw(program);
+    asks_too_much = is_far = false;
+  }
+
+  std::list<Slot<mub_char>> viewed;
+  Slot<R> slots[3];
+  Slot<mub_string> strings[2];
+  Slot<R> *self = &slots[0];   // of this step
+  bool asks_too_much = false;  // no heap has what this step wants
+  bool is_far = false;         // a number of this step is one that no size can be
+};
+
+// ---- roles
+
+template <class R>
+struct Peer {
+  explicit Peer(auto &world) : slot(world.slot(static_cast<R *>(nullptr))) {}
+  auto arguments() const { return std::tuple(&slot.record); }
+  Slot<R> &slot;
+};
+template <class R>
+inline constexpr bool kIsWritten<Peer<R>> = true;
+template <class R>
+struct Self {
+  explicit Self(WorldOf<R> &world) : slot(Peer<R>(world).slot) { world.self = &slot; }
+  auto arguments() const { return std::tuple(&slot.record); }
+  Slot<R> &slot;
+};
+
+inline constexpr auto draw_number = [](auto &world) {
+  // Lengths of views may be far away.
+  const int64_t bound = world.program.one_in(2) ? world.self->length() : world.self->capacity();
+  const int64_t number = world.program.near(std::max<int64_t>(bound, -2));
+  world.is_far |= number > INT32_MAX;
+  return number;
+};
+using Number = Drawn<int64_t, draw_number>;
+inline int64_t draw_huge(Program &program) {
+  constexpr int64_t kHuge[] = {INT64_MAX, INT64_MAX - 7, INT64_MAX - 64, INT64_MAX / 2};
+  return kHuge[program.below(4)];
+}
+inline constexpr auto draw_capacity = [](auto &world) {
+  const int64_t number = draw_number(world);
+  world.asks_too_much = number > 5000;
+  return world.asks_too_much ? draw_huge(world.program) : number;
+};
+using Capacity = Drawn<int64_t, draw_capacity>;
+
+template <class R>
+struct Letter {
+  using Unit = typename Slot<R>::Unit;
+  explicit Letter(WorldOf<R> &world) : value(draw_one(world.program, draw_letters<Unit>(world.program))) {
+    given = static_cast<int>(value) + static_cast<int>(world.program.below(3) - 1) * (1 << 8 * sizeof(Unit));
+  }
+  auto arguments() const { return std::tuple(given); }
+  char32_t value;
+  int given;  // only the low bits count
+};
+
+// How a text is given: with a count, which may be one below 1; up to its end; or in either way, to be read or to be put
+// into the record, and then maybe more of it than any heap has.
+enum Given { kCounted, kTerminated, kRead, kPut };
+
+// NULL, units of the record's own, the same elsewhere, nearly the same, or others. A copy ends with its block.
+template <class R, Given kGiven, class Unit = typename Slot<R>::Unit>
+struct Text {
+  static constexpr int64_t kBytes = sizeof(typename Slot<R>::Unit) / sizeof(Unit);
+  // So many units are a character of the runtime, as which texts without a count are measured and searched for.
+  static constexpr size_t kStep = sizeof(Unit) == 1 ? 1 : sizeof(wchar_t) / sizeof(Unit);
+
+  explicit Text(WorldOf<R> &world) {
+    Program &program = world.program;
+    const int64_t kind = program.below(8);
+    count = kGiven == kTerminated ? -1 : program.below(4) - 1;
+    if (kind == 0 && kGiven != kCounted) return;
+    if constexpr (kBytes > 1) make_halves_alike(*world.self);
+    const int64_t room = world.self->own_count() * kBytes;
+    bool is_own = kind < 3 && room > 0;
+    all = draw_units<Unit>(program);
+    if (kind < 5 && room > 0) {
+      const int64_t at = program.one_in(3) ? 0 : program.below(room);
+      const char32_t other = all[0];
+      data = reinterpret_cast<const Unit *>(world.self->own()) + at;
+      all = units_of(data, std::min(room - at, 1 + program.below(300)));
+      if (kind == 4) all[static_cast<size_t>(program.below(size_of(all)))] = other;
+    }
+    if (kGiven == kTerminated || (kGiven != kCounted && program.one_in(3))) {
+      count = program.one_in(4) ? INT64_MIN : -1;
+      for (; (measured = characters()) < 0; all += U'\0') is_own = false;
+    } else if (kGiven != kCounted || count > 0) {
+      count = program.one_in(8) ? program.below(size_of(all)) : size_of(all);
+    }
+    world.asks_too_much = kGiven == kPut && !world.is_far && program.one_in(16);
+    if (world.asks_too_much) count = draw_huge(program);
+    if (is_own) return;
+    for (const char32_t unit : all) copy.push_back(static_cast<Unit>(unit));
+    copy.shrink_to_fit();
+    data = copy.data();
+  }
+  auto arguments() const {
+    if constexpr (kGiven == kTerminated)
+      return std::tuple(data);
+    else
+      return std::tuple(data, count);
+  }
+  // What bytes of wide units are does not depend on their order then.
+  static void make_halves_alike(Slot<R> &slot) {
+    for (size_t i = 0; i < slot.units.size(); ++i)
+      slot.record.data[i] = static_cast<uint16_t>(slot.units[i] = (slot.units[i] & 0xFF) * 0x101);
+  }
+
+  // Before the first of 0; -1 when there is none.
+  int64_t characters() const {
+    for (size_t i = 0; i + kStep <= all.size(); i += kStep)
+      if (all.compare(i, kStep, Units(kStep, 0)) == 0) return static_cast<int64_t>(i / kStep);
+    return -1;
+  }
+  int64_t size() const { return count < 0 ? measured : count; }
+  Units units() const { return part(all, 0, size()); }
+  // Where others are searched for: an end that is not given by a count is found, too.
+  Units searched() const { return part(all, 0, size() + (kGiven == kTerminated ? 1 : 0)); }
+  // As a search for it takes it: up to its end in characters of the runtime, or by its count, at least one unit.
+  Units wanted() const {
+    if (measured >= 0) return all.substr(0, static_cast<size_t>(measured) * kStep);
+    return part(all, 0, std::max<int64_t>(count, 1));
+  }
+  // As units of the record.
+  Units put() const {
+    Units put = units();
+    for (char32_t &unit : put) unit |= kBytes > 1 && unit >= 0x80 ? 0xFF00 : 0;
+    return put;
+  }
+
+  Units all;
+  std::vector<Unit> copy;
+  const Unit *data = nullptr;
+  int64_t count;
+  int64_t measured = -1;
+};
+
+// ---- what operations do to models
+
+template <class Op, class... Ops>
+concept AnyOf = (std::is_same_v<Op, Ops> || ...);
+template <class T>
+concept IsText = std::is_class_v<T>;
+
+// As the runtime has it in the locale that programs begin with.
+inline char32_t lowered(char32_t unit) { return unit >= U'A' && unit <= U'Z' ? unit + 32 : unit; }
+inline char32_t raised(char32_t unit) { return unit >= U'a' && unit <= U'z' ? unit - 32 : unit; }
+
+void want(op::term_, auto &slot) { slot.clear(); }
+bool want(op::is_empty_, auto &slot) { return slot.is_empty(); }
+void want(op::expand_, auto &slot, int64_t capacity) { slot.grow(capacity); }
+void want(op::shrink_, auto &slot, int64_t length) { slot.end_at(length); }
+void want(op::zero_, auto &slot, int64_t at, int64_t count) {
+  if (at < 0 || count < 1 || count > slot.capacity() - at) return;
+  slot.units.replace(clipped(at), clipped(count), clipped(count), 0);
+}
+void want(AnyOf<op::swap_, op::swap_string_> auto, auto &a, auto &b) { a.swap(b); }
+void want(op::clone_, auto &source, auto &destination) {
+  if (&source.units == &destination.units) return;
+  destination.grow(source.capacity());
+  destination.take(source.content());
+}
+void want(AnyOf<op::copy_, op::copy_str_> auto, auto &slot, const auto &text) { slot.take(text.put()); }
+void want(AnyOf<op::append_, op::append_str_> auto, auto &slot, const auto &text) {
+  if (text.data != nullptr) slot.take(slot.content() + text.put());
+}
+
+// Bytes of strings and their views are signed, and -1 where there are none.
+template <class R>
+int want(op::get_at_, Slot<R> &slot, int64_t at) {
+  constexpr bool is_signed = std::is_same_v<typename Slot<R>::Unit, char>;
+  const Units unit = part(slot.reach(), at, 1);
+  if (unit.empty()) return is_signed ? -1 : 0;
+  return is_signed ? static_cast<signed char>(unit[0]) : static_cast<int>(unit[0]);
+}
+void want(op::set_at_, auto &slot, int64_t at, char32_t unit) {
+  if (at >= 0 && at < slot.capacity()) slot.units[clipped(at)] = unit;
+}
+void change_each(auto &slot, auto change) {
+  const auto first = slot.block->units.begin();
+  std::transform(first, first + size_of(slot.content()), first, change);
+}
+void want(op::make_lower_, auto &slot) { change_each(slot, lowered); }
+void want(op::make_upper_, auto &slot) { change_each(slot, raised); }
+
+// Lengths below 0 count as they are.
+int difference(auto op, const Units &a, int64_t a_length, const Units &b, int64_t b_length) {
+  const auto fold = [&](char32_t unit) { return op.kName[0] == 'i' ? lowered(unit) : unit; };
+  const auto [x, y] = std::ranges::mismatch(a, b, {}, fold, fold);
+  if (x != a.end() && y != b.end()) return static_cast<int>(fold(*x) - fold(*y));
+  return static_cast<int>(static_cast<uint32_t>(a_length) - static_cast<uint32_t>(b_length));
+}
+template <class R>
+int want(AnyOf<op::compare_, op::icompare_> auto op, Slot<R> &slot, const auto &text) {
+  const bool has_text = text.data != nullptr && text.count != 0;
+  if (slot.is_empty()) return has_text && (text.size() > 0 || std::is_same_v<R, mub_char>) ? -1 : 0;
+  return has_text ? difference(op, slot.content(), slot.length(), text.units(), text.size()) : 1;
+}
+int want(AnyOf<op::cmp_, op::icmp_> auto op, const auto &a, const auto &b) {
+  return difference(op, a.units(), a.size(), b.units(), b.size());
+}
+
+inline int64_t found(const Units &content, const Units &wanted, int64_t start) {
+  if (start < 0 || start >= size_of(content)) return -1;
+  return index_of(content.find(wanted, clipped(start)));
+}
+int64_t want(AnyOf<op::find_char_pos_, op::find_pos_> auto, auto &slot, char32_t unit, int64_t start) {
+  return unit == 0 ? -1 : found(slot.content(), Units(1, unit), start);
+}
+int64_t want(AnyOf<op::find_char_, op::find_> auto, auto &slot, char32_t unit) {
+  return want(op::find_char_pos_(), slot, unit, 0);
+}
+int64_t want(op::reverse_find_, auto &slot, char32_t unit) {
+  return unit == 0 ? -1 : index_of(slot.content().rfind(unit));
+}
+// In a string, a text without a count is searched for by characters of the runtime, up to the first of 0; bytes within
+// the content, wide ones in the whole block.
+template <class S>
+int64_t want(op::find_pos_, S &slot, const IsText auto &text, int64_t start) {
+  if (text.data == nullptr) return -1;
+  if (IsView<S> || text.count >= 0)
+    return found(slot.content(), part(text.all, 0, std::max<int64_t>(text.size(), 1)), start);
+  const size_t step = text.kStep;
+  const Units block = step == 1 ? slot.content() : slot.block->units, wanted = text.wanted();
+  for (auto at = clipped(start); start >= 0 && at < clipped(slot.length()); at += step) {
+    if (block.compare(at, wanted.size(), wanted) == 0) return static_cast<int64_t>(at);
+    if (block.compare(at, step, Units(step, 0)) == 0) break;
+  }
+  return -1;
+}
+int64_t want(op::find_, auto &slot, const IsText auto &text) { return want(op::find_pos_(), slot, text, 0); }
+int64_t want(op::chr_, const auto &text, char32_t unit) { return index_of(text.searched().find(unit)); }
+int64_t want(op::rchr_, const auto &text, char32_t unit) { return index_of(text.searched().rfind(unit)); }
+int64_t want(op::str_, const auto &text, const auto &wanted) {
+  if (text.data == nullptr || wanted.data == nullptr) return -1;
+  return index_of(text.searched().find(wanted.wanted()));
+}
+
+inline Units trimmed(const Units &units) {
+  const Units spaces = U" \t\r\n";
+  const size_t first = units.find_first_not_of(spaces);
+  if (first == Units::npos || units[first] == 0) return {};
+  return units.substr(first, units.find_last_not_of(spaces + U'\0') + 1 - first);
+}
+template <class S>
+bool want(op::trim_, S &slot) {
+  const Units all = slot.content(), kept = trimmed(all);
+  if (slot.own() == nullptr || (kept == all && !(IsView<S> && kept.empty()))) return false;
+  if constexpr (IsView<S>) {
+    slot.start += index_of(all.find(kept));
+    slot.filled = size_of(kept);
+  } else {
+    slot.take(kept);
+  }
+  return true;
+}
+
+// Texts for strings are measured, those for streams, too, but wide ones are not. In a stream the old part may end
+// further away than the new content.
+template <class R>
+int want(op::update_, Slot<R> &slot, int64_t at, int64_t old_count, const auto &text) {
+  const int64_t count =
+      sizeof(typename Slot<R>::Unit) == 1 && text.data != nullptr ? text.size() : text.count;
+  if (at < 0 || at > slot.length() || old_count < 0 || count < 0) return 0;
+  if (text.data == nullptr && count > 0) return 0;
+  const int64_t there = slot.length() - at;
+  if (!Slot<R>::kIsStream) old_count = std::min(old_count, there);
+  if (old_count - count > slot.length()) return 0;
+  Units content = slot.content();
+  content.replace(clipped(at), clipped(old_count), text.units());
+  slot.take(content.substr(0, clipped(slot.length() + count - old_count)));
+  return 1;
+}
+int want(op::insert_, auto &slot, int64_t at, const auto &text) {
+  return text.units().empty() ? 0 : want(op::update_(), slot, at, 0, text);
+}
+template <class R>
+void want(op::delete_, Slot<R> &slot, int64_t at, int64_t count) {
+  if (at < 0 || count < 0 || (Slot<R>::kIsStream && count > slot.length() - at)) return;
+  if (slot.length() - at <= count) return slot.end_at(at);
+  slot.take(slot.content().erase(clipped(at), clipped(count)));
+}
+void want(op::left_, auto &slot, int64_t count) {
+  if (slot.length() > count) slot.end_at(count);
+}
+void want(op::mid_, auto &slot, int64_t start, int64_t count) {
+  if (!slot.is_empty() && start >= 0) slot.take(slot.cut('m', start, count));
+}
+void want(op::right_, auto &slot, int64_t count) {
+  if (!slot.is_empty() && slot.length() > count) slot.take(slot.cut('r', 0, count));
+}
+// "mid_string", and so on.
+void want(auto op, auto &slot, int64_t start, int64_t count,
+          auto &out) requires(op.kName.starts_with("mid_")) {
+  out.take(slot.cut('m', start, count));
+}
+template <class Op>
+concept TakesAnEnd = Op::kName.starts_with("left_") || Op::kName.starts_with("right_");
+void want(TakesAnEnd auto op, auto &slot, int64_t count, auto &out) {
+  out.take(slot.cut(op.kName[0], 0, count));
+}
+
+// Digits, and those past a point, step by step: each rounds.
+struct Reading {
+  template <class R>
+  explicit Reading(const Slot<R> &slot) {
+    const Units units = slot.content();
+    const auto is_digit = [&](size_t i) { return units[i] >= U'0' && units[i] <= U'9'; };
+    const size_t first = units[0] == U'-' ? 1 : 0;
+    size_t i = first;
+    for (; is_digit(i); ++i) {
+      integer = integer * 10 + (units[i] - U'0');
+      const double tens = decimal * 10.0;
+      decimal = std::is_same_v<R, mub_char> ? tens + units[i] - 48.0 : tens + (units[i] - 48.0);
+    }
+    is_long = i > first && i == units.size();
+    if (i > first && units[i] == U'.') {
+      for (const size_t point = i++; is_digit(i); ++i) {
+        double digit = units[i] - U'0';
+        for (size_t place = point; place < i; ++place) digit /= 10.0;
+        decimal += digit;
+      }
+    }
+    is_float = i > first && i == units.size();
+    if (first == 1) integer = 0 - integer, decimal = 0.0 - decimal;
+  }
+  uint64_t integer = 0;
+  double decimal = 0.0;
+  bool is_long, is_float;
+};
+bool want(op::is_long_, auto &slot) { return Reading(slot).is_long; }
+bool want(op::is_float_, auto &slot) { return Reading(slot).is_float; }
+int64_t want(op::get_long_, auto &slot) { return static_cast<int64_t>(Reading(slot).integer); }
+double want(op::get_float_, auto &slot) { return Reading(slot).decimal; }
+
+// ---- checks
+
+// What want() takes for a role.
+template <class Role>
+auto &model_of(Role &role) {
+  if constexpr (requires { role.slot; })
+    return role.slot;
+  else if constexpr (requires { role.value; })
+    return role.value;
+  else
+    return role;
+}
+
+inline bool operator==(None, bool) { return true; }
+// What is refused does nothing, and gives 0; a model that gives nothing expects 1. The last argument is the result.
+template <class... Args>
+void check(auto op, auto &world, Args &&...args) {
+  const auto all = std::tie(args...);
+  const auto compare = [&]<size_t... kRoles>(std::index_sequence<kRoles...>) {
+    const auto &result = std::get<sizeof...(kRoles)>(all);
+    using Result = std::decay_t<decltype(result)>;
+    const bool is_refused = world.failed || world.asks_too_much;
+    const auto wanted = [&] { return want(op, model_of(std::get<kRoles>(all))...); };
+    if constexpr (!std::is_same_v<Result, None> && !std::is_void_v<decltype(wanted())>) {
+      EXPECT_EQ(result, is_refused ? Result{} : static_cast<Result>(wanted()));
+    } else {
+      if (!is_refused) wanted();
+      EXPECT_TRUE(result == !is_refused);
+    }
+  };
+  compare(std::make_index_sequence<sizeof...(Args) - 1>());
+}
+
+template <class R>
+void by_hand(op::init_, WorldOf<R> &, auto init) {
+  Slot<R> slot;
+  std::memset(static_cast<void *>(&slot.record), 0x55, sizeof slot.record);
+  init(&slot.record);
+  slot.compare();
+}
+
+}  // namespace mub_test
+
+#endif
