@@ -270,9 +270,10 @@ template <class R, class E>
 void by_hand(op::set_parent_, WorldOf<R> &world, void (*set_parent)(E *)) {
   Self<R> self(world);
   const Node<R> node(world);
+  E elsewhere = {};
   for (size_t i = node.index + 1; i < end_of(node.items, node.index); ++i) {
     E *&parent = node.entry_at(i)->parent;
-    if (parent == node.entry || parent == node.entry->parent) parent = nullptr;
+    if (parent == node.entry || parent == node.entry->parent) parent = &elsewhere;
   }
   set_parent(node.entry);
 }
