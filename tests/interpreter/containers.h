@@ -84,6 +84,7 @@ struct WorldOf : World {
     entries.block_size = Kind<R>::kEntryBytes;
     nodes.block_size = Kind<R>::kNodeBytes;
     values.block_size = users[0].block_size = users[1].block_size = sizeof(uint64_t);
+    mub_pool_new(&users[0]);
     // Two records have the same order, so that there is something to swap with and to clone to; the third
     // has another one, and perhaps plain words for values.
     const int settings = program.byte() | program.byte() << 8;
@@ -311,8 +312,8 @@ Content cloned(const Content &content) {
 // Values that are blocks of the source's own pool are copied; others are shared, and then given up at once,
 // as only one of the two may release them.
 template <class R>
-void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &, Destination<R> &destination,
-           UserPool<1> &, Cloner &cloner, auto result) {
+void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &user, Destination<R> &destination,
+           UserPool<1> &copied_user, Cloner &cloner, auto result) {
   const Slot<R> &source = self.slot;
   Slot<R> &copy = destination.slot;
   if constexpr (std::is_integral_v<decltype(result)>) {
@@ -333,6 +334,8 @@ void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &, Destinat
     return;
   }
   EXPECT_EQ(copy.owned, kept);
+  const bool copies_user = cloner.is_given && user.pool != nullptr && copied_user.pool == &world.users[1];
+  EXPECT_TRUE(!copies_user || world.users[1].live_count == 1) << "the other has a block";
   ASSERT_EQ(read.size(), source.content.size());
   Words pairs;
   for (size_t i = 0; i < read.size(); ++i) {
