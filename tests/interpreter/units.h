@@ -13,6 +13,7 @@
 #include <string>
 
 #include "interpreter/roles.h"
+#include "support/guarded.h"
 
 namespace mub_test {
 
@@ -299,7 +300,8 @@ struct Letter {
 // into the record, and then maybe more of it than any heap has.
 enum Given { kCounted, kTerminated, kRead, kPut };
 
-// NULL, units of the record's own, the same elsewhere, nearly the same, or others. A copy ends with its block.
+// NULL, units of the record's own, the same elsewhere, nearly the same, or others. What is not the record's own lies
+// next to a page that cannot be read.
 template <class R, Given kGiven, class Unit = typename Slot<R>::Unit>
 struct Text {
   static constexpr int64_t kBytes = sizeof(typename Slot<R>::Unit) / sizeof(Unit);
@@ -331,9 +333,11 @@ struct Text {
     world.asks_too_much = kGiven == kPut && !world.is_far && program.one_in(16);
     if (world.asks_too_much) count = draw_huge(program);
     if (is_own) return;
-    for (const char32_t unit : all) copy.push_back(static_cast<Unit>(unit));
-    copy.shrink_to_fit();
-    data = copy.data();
+    std::vector<Unit> units;
+    for (const char32_t unit : all) units.push_back(static_cast<Unit>(unit));
+    const std::string_view bytes(reinterpret_cast<const char *>(units.data()), units.size() * sizeof(Unit));
+    copy.emplace(bytes, program.one_in(2));
+    data = reinterpret_cast<const Unit *>(copy->data());
   }
   auto arguments() const {
     if constexpr (kGiven == kTerminated)
@@ -370,7 +374,7 @@ struct Text {
   }
 
   Units all;
-  std::vector<Unit> copy;
+  std::optional<Guarded> copy;
   const Unit *data = nullptr;
   int64_t count;
   int64_t measured = -1;

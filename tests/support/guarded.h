@@ -20,7 +20,7 @@ class Guarded {
     mapped_ = (size_ + page - 1) / page * page + 2 * page;
     map_ = static_cast<char *>(
         mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    // One page before and one behind are closed.
+    // One page before and one after are closed.
     mprotect(map_, page, PROT_NONE);
     mprotect(map_ + mapped_ - page, page, PROT_NONE);
     data_ = at_start ? map_ + page : map_ + mapped_ - page - size_;
