@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 
 namespace mub_test {
 
@@ -13,12 +14,6 @@ uint64_t run_seed() {
     return value;
   }();
   return seed;
-}
-
-std::string Random::text(int64_t length, int alphabet) {
-  std::string text;
-  for (int64_t i = 0; i < length; ++i) text += static_cast<char>('a' + below(alphabet));
-  return text;
 }
 
 }  // namespace mub_test
