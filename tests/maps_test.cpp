@@ -1,6 +1,7 @@
 // What programs of tests/interpreter/ do not come to in hash tables and B-trees: see maps.h there.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -128,6 +129,10 @@ TEST(HashRemoval, LeavesWhatIsNotInTheChains) {
   const mub_hash_entry before = *held;
   for (int i = 1000; i < 1010; ++i) mub_hash_remove(&table, key(i).data(), 4);
   EXPECT_EQ(std::memcmp(held, &before, sizeof before), 0);
+  Table copy;
+  mub_hash_clone(&table, nullptr, &copy, nullptr, nullptr);
+  for (int i = 1010; i < 1040; ++i)
+    EXPECT_EQ(mub_hash_find(&copy, key(i).data(), 4), mub_hash_find(&table, key(i).data(), 4));
   --table.count;
   auto *popped = static_cast<mub_hash_entry *>(mub_pool_from_empty(table.entry_pool));
   popped->key_offset = 0x77777777;
@@ -166,6 +171,25 @@ TEST(BTreeOfNumbers, AnUnknownTypeAndNoNumberEqualEverything) {
   for (const uint32_t key : {0x3F800000u, 0xBF800000u, 0u}) EXPECT_EQ(mub_btreed_insert(&floats, key, 1), 1);
   for (const uint32_t key : {0x80000000u, 0x7FC00000u})
     EXPECT_EQ(mub_btreed_insert(&floats, key, 1), 0) << "0 is there, and so is what is no number";
+}
+
+// Nodes of four levels, so many that walks fetch what comes next.
+TEST(BTreeOfNumbers, LargeTreesAreWalkedBothWaysAndCloned) {
+  constexpr uint32_t kCount = 100000, kOdd = 0x9E3779B1;
+  TreeOfNumbers tree(2), copy(2);
+  for (uint32_t i = 1; i <= kCount; ++i) ASSERT_EQ(mub_btreed_insert(&tree, i * kOdd, i), 1);
+  ASSERT_EQ(mub_btreed_clone(&tree, nullptr, &copy, nullptr, nullptr), kCount);
+  mub_btreed_cursor cursor;
+  std::vector<uint32_t> up, down;
+  for (auto *node = mub_btreed_cursor_first(&cursor, &copy); node != nullptr;
+       node = mub_btreed_cursor_next(&cursor))
+    up.push_back(node->key);
+  for (auto *node = mub_btreed_cursor_last(&cursor, &copy); node != nullptr;
+       node = mub_btreed_cursor_prev(&cursor))
+    down.push_back(node->key);
+  EXPECT_TRUE(std::ranges::is_sorted(up) && std::ranges::equal(up, std::vector(down.rbegin(), down.rend())));
+  for (uint32_t i = 1; i <= kCount; ++i) ASSERT_EQ(mub_btreed_remove(&copy, i * kOdd), i);
+  EXPECT_EQ(copy.count + static_cast<int64_t>(up.size()), kCount);
 }
 
 // An entry keeps the offset of a name that reads like the key of its last child.

@@ -85,7 +85,12 @@ void check(op::free_, WorldOf<R> &, Self<R> &self, Key<R> &key, Free &release, a
   self.slot.content.remove(key.text);
 }
 template <class R>
-void check(op::expand_, WorldOf<R> &, Self<R> &, None) {}
+void by_hand(op::expand_, WorldOf<R> &world, auto expand) {
+  R &table = Self<R>(world).slot.record;
+  const int64_t buckets = table.buckets.count;
+  world.call([&] { expand(&table); });
+  EXPECT_TRUE(world.failed || table.buckets.count == 2 * buckets);
+}
 template <class R>
 void check(op::insert_t_, WorldOf<R> &world, Self<R> &self, Key<R> &key, Out<int> &inserted, auto *result) {
   expect_node_set(world, self.slot, key, result, *inserted.value);
@@ -152,10 +157,11 @@ void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_, op::adjus
   end_entry(world, self.slot, found);
 }
 
-// All entries are met, each once. Past the last nothing is left, wherever the caller's bucket is.
+// All entries are met, each once. Before the first bucket are all of them, after the last one none.
 template <class R>
 void by_hand(OneOf<op::entry_first_, op::entry_next_>, WorldOf<R> &world, auto) {
   Slot<R> &slot = Self<R>(world).slot;
+  const int64_t before_first = world.program.one_in(2) ? -1 : INT64_MIN;
   world.read_by_all([&] {
     std::vector<void *> met, expected;
     int64_t bucket = 77;
@@ -170,6 +176,8 @@ void by_hand(OneOf<op::entry_first_, op::entry_next_>, WorldOf<R> &world, auto) 
     const int64_t end = bucket = slot.record.buckets.count - 1;
     EXPECT_EQ(Functions<R>::entry_next_(&slot.record, &bucket, &last), nullptr);
     EXPECT_EQ(bucket, end);
+    bucket = before_first;
+    EXPECT_EQ(Functions<R>::entry_next_(&slot.record, &bucket, &last), met.empty() ? nullptr : met[0]);
   });
 }
 
@@ -178,8 +186,11 @@ template <class R>
 void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_>, WorldOf<R> &world, auto empty) {
   Self<R> self(world);
   R &table = self.slot.record;
+  const int64_t live = table.entry_pool->live_count;
   release_by(empty, world, self, values_of(self.slot.content));
   EXPECT_EQ(table.count, static_cast<int64_t>(self.slot.content.size()));
+  const bool stays = std::is_invocable_v<decltype(empty), R *, mub_free_fn> && self.slot.owns_entries();
+  EXPECT_EQ(table.entry_pool->live_count, live - (stays ? 0 : table.count));
   Functions<R>::term_(&table);
   self.slot.forget_all();
   world.start(self.slot);

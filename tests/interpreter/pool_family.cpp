@@ -181,6 +181,7 @@ void ask_the_map(Pools &world) {
   Slot &slot = world.slot();
   mub_pool_chunk *map = world.call([&] { return mub_pool_map(&slot.pool); });
   EXPECT_EQ(map == nullptr, world.failed || slot.pool.chunks == nullptr);
+  EXPECT_EQ(mub_pool_set_addr(&slot.pool, -1, 8), nullptr);
   if (map == nullptr) return;
   const int64_t chunks = slot.chunks();
   for (int64_t i = 0; i < chunks; ++i) {
@@ -222,6 +223,7 @@ void walk(Pools &world) {
   }
   mub_pool_iter *iter = world.call([&] { return mub_pool_iter_new(&slot.pool); });
   EXPECT_EQ(iter == nullptr, world.failed);
+  EXPECT_EQ(mub_pool_iter_first(nullptr), mub_pool_iter_next(nullptr)) << "both nothing";
   if (iter == nullptr || slot.carved == 0) return mub_pool_iter_free(iter);
   void *block = mub_pool_iter_first(iter);
   for (const int64_t taken : slot.taken) {

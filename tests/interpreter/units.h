@@ -185,10 +185,10 @@ struct Slot<mub_stringx> : Span<char> {
 template <>
 struct Slot<mub_char> : Span<char> {
   Slot() { block = &memory; }
-  ~Slot() { std::free(memory.data); }
+  ~Slot() { mub_free(memory.data); }
 
   void draw(Program &program) {
-    std::free(memory.data);
+    mub_free(memory.data);
     Units units = draw_units<char>(program);
     const int64_t kind = program.below(8);
     for (uint32_t i = 0; kind > 5 && i < 600; ++i) units += i * 37 / 4 % 256;
@@ -196,7 +196,7 @@ struct Slot<mub_char> : Span<char> {
     if (kind < 3) filled = program.one_in(4) ? INT64_MIN : program.below(3) - 1;
     if (filled < 0) units += U'\0';
     if (kind == 0) units.clear();
-    record = {kind == 0 ? nullptr : static_cast<char *>(std::malloc(units.size())), filled};
+    record = {kind == 0 ? nullptr : static_cast<char *>(mub_malloc(units.size())), filled};
     std::ranges::copy(units, reinterpret_cast<uint8_t *>(record.data));
     start = 0;
     adopt(units);
