@@ -1,7 +1,7 @@
 """Finds the places of a C++ source that can be changed to see whether a test notices, and the changes for each.
 
 The places come from clang's syntax tree. They lie in bodies of functions: declarations, comments, strings, template
-brackets and the arguments of macros are no places.
+brackets and the arguments of macros are no places, and neither are prefetches: no result depends on them.
 """
 
 import re
@@ -125,6 +125,8 @@ class Finder:
             span = self.span(child)
             if span is None or not self.follows(span, r"\s*;") or not self.is_deletable(child):
                 continue
+            if self.calls(child, "prefetch"):
+                continue
             if kind == CursorKind.FOR_STMT and index < len(children) - 1:
                 continue
             self.add(span, "")
@@ -136,9 +138,13 @@ class Finder:
                 between = self.text((first[1], second[0]))
                 self.add((first[0], second[1]), self.text(second) + between + self.text(first))
 
+    def calls(self, cursor, name):
+        """Whether it is a call of a function whose name begins so."""
+        return re.match(rf"[\w:.]*\b{name}\w*[(<]", self.text(self.span(cursor) or (0, 0)))
+
     def visit(self, cursor, in_body=False):
         kind = cursor.kind
-        if kind == CursorKind.STATIC_ASSERT:
+        if kind == CursorKind.STATIC_ASSERT or cursor.spelling.startswith("prefetch") or self.calls(cursor, "prefetch"):
             return
         in_body = in_body or kind == CursorKind.COMPOUND_STMT
         children = list(cursor.get_children())
@@ -153,7 +159,9 @@ class Finder:
             elif kind == CursorKind.CXX_BOOL_LITERAL_EXPR:
                 self.add(span, "false" if self.text(span) == "true" else "true")
             elif kind == CursorKind.CALL_EXPR:
-                self.add_swapped_arguments(cursor)
+                # Two things are swapped either way round.
+                if not self.calls(cursor, "swap"):
+                    self.add_swapped_arguments(cursor)
             if kind in BRANCHES | {CursorKind.CONDITIONAL_OPERATOR}:
                 self.add_condition(kind, children)
             if kind in BRANCHES | {CursorKind.COMPOUND_STMT}:
