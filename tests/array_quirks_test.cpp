@@ -42,6 +42,12 @@ TEST(ArrayQuirks, SpareSlotsKeepKeysThatMayLeaveTheStreamAndItsBlock) {
   EXPECT_EQ(keys_of(array)[3], "");
   mub_array_shrink(&array, 2);
   EXPECT_EQ(keys_of(array), (Keys{"first", "2"}));
+  mub_array_free_all(&array, nullptr);
+  EXPECT_EQ(array.keys.data, nullptr) << "released";
+  mub_array_append(&array, "first", -1, 1);
+  mub_array_remove_all(&array);
+  EXPECT_NE(array.keys.data, nullptr) << "emptied";
+  for (const char *key : {"first", "2"}) mub_array_append(&array, key, -1, 1);
   mub_stream_term(&array.keys);
   EXPECT_EQ(mub_array_find_index(&array, "", 0), 0);
   mub_array_qsort(&array, 1);

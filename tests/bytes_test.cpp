@@ -79,6 +79,15 @@ TEST(PackedIntegers, HaveTheirBytesAndAreReadNoFurtherThanTheirBlock) {
   expect_lword(0x123456789ABCDEF0, "\xFF\xF0\xDE\xBC\x9A\x78\x56\x34\x12");
 }
 
+TEST(StreamBlocks, AStringsLengthIsCutTo16Bits) {
+  std::string body(65538, 'x'), room(70000, '.');
+  const mub_string text = {body.data(), 65538, 65538};
+  mub_stream stream = {reinterpret_cast<uint8_t *>(room.data()), 70000, 70000};
+  int64_t position = 0;
+  EXPECT_EQ(mub_stream_set_string(&stream, &position, &text), 65540);
+  EXPECT_EQ(room, std::string("\x02\0", 2) + body + std::string(70000 - 65540, '.'));
+}
+
 #if UINTPTR_MAX > UINT32_MAX
 // 4 GiB apart, ranges count as near each other: the low halves of the addresses decide.
 TEST(Mem, DistanceIsThatOfTheLowAddressHalves) {

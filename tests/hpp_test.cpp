@@ -323,8 +323,43 @@ TEST(CppTrees, MoveWithTheirRoots) {
   const mub::tree moved = std::move(tree);
   const mub::bitree moved_pair = std::move(pair), copy = moved_pair.clone();
   EXPECT_EQ(held(mub::children(moved.root())), (Numbers{1, 3}));
+  Numbers document;
+  for (const auto &entry : moved) document.push_back(entry.value);
+  EXPECT_EQ(document, (Numbers{1, 2, 3}));
   EXPECT_TRUE(first->parent == moved.root() && moved_pair.root()->right->parent == moved_pair.root());
   EXPECT_TRUE(copy.root()->right != nullptr);
+}
+
+TEST(CppContainers, PassPositionsOn) {
+  mub::list list;
+  auto *b = list.push_back("b", 2);
+  ASSERT_TRUE(list.push_front("a", 1) && list.push_back("e", 5));
+  ASSERT_TRUE(list.insert_after(b, "d", 4) && list.insert_before(b, "c", 3));
+  std::string keys;
+  for (const auto &item : list) keys += item.key;
+  EXPECT_EQ(keys, "acbde");
+  mub::arrayd array;
+  for (const uint32_t key : {3u, 1u, 2u}) array.append(key, key);
+  array.sort(false);
+  EXPECT_EQ(array.remove_at(0), 3u);
+  EXPECT_EQ(array[0].key, 2u);
+
+  mub::string text("b");
+  ASSERT_TRUE(text.insert(1, std::string_view("\0x", 2)) && text.update(0, 1, "AAA"));
+  text.erase(0, 2);
+  text.append_integer(-5);
+  EXPECT_EQ(text.view(), std::string("A\0x-5", 5));
+  EXPECT_EQ(text.find("-5"), 3);
+  EXPECT_STREQ(mub::string().c_str(), "");
+  mub::stream stream;
+  ASSERT_TRUE(stream.resize(7));
+  int64_t position = 0;
+  stream.set_dword(position, 0x01020304);
+  stream.set_tword(position, 0x050607);
+  EXPECT_EQ(stream.view(), "\x04\x03\x02\x01\x07\x06\x05");
+  EXPECT_EQ(stream.get_word(position = 1), 0x0203);
+  mub::stringx field(std::string_view("  12 rest", 5));
+  EXPECT_TRUE(field.trim() && field.is_integer() && field.get_integer() == 12);
 }
 
 }  // namespace

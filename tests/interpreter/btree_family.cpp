@@ -263,10 +263,10 @@ void expect_fresh(const typename Kind<R>::Entry &entry, const mub_pool *pool) {
 }
 template <class R>
 void by_hand(OneOf<op::entry_init_, op::node_init_>, WorldOf<R> &world, auto) {
-  const Self<R> self(world);
-  const auto nodes = parts_of(self.slot).nodes;
-  auto entry = self.slot.record.root;
-  auto node = nodes.empty() ? typename Kind<R>::Node() : *nodes[0];
+  typename Kind<R>::Entry entry;
+  typename Kind<R>::Node node;
+  std::memset(&entry, 0x77, sizeof entry);
+  std::memset(&node, 0x77, sizeof node);
   world.call([&] { Functions<R>::entry_init_(&entry); });
   Functions<R>::node_init_(&node);
   if (!world.failed) expect_fresh<R>(entry, nullptr);
@@ -330,14 +330,20 @@ void by_hand(op::set_next_, WorldOf<R> &world, auto set_next) {
   }
   set_next(leaf, index);
 }
-// Offsets have 32 bits: what is lowered below 0 is raised again.
+// Those below `top`, and no others.
 template <class R>
 void by_hand(op::adjust_t_, WorldOf<R> &world, auto adjust) {
   R &tree = Self<R>(world).slot.record;
   auto *top = Entry<R>(world).value;
-  const auto length = static_cast<uint32_t>(tree.keys.length + 1);
-  adjust(&tree, top, 0, length);
-  adjust(&tree, top, 0, 0 - length);
+  const Parts<R> all(tree.root), below(*top);
+  OffsetsOf offsets(below.nodes), others(all.nodes);
+  for (auto *entry : below.entries)
+    if (entry != top) offsets.add(*entry);
+  for (auto *node : below.nodes) others.leave_out(*node);
+  lower_and_raise(world, tree.keys, offsets, [&](uint32_t offset, uint32_t length) {
+    adjust(&tree, top, offset, length);
+    others.expect_lowered(UINT32_MAX, 0);
+  });
 }
 
 // ---- parts of trees

@@ -12,7 +12,7 @@
 //   kTermLeavesEntries            in a pool that is not its own
 //   kRemovalKeepsValues           a removal of all leaves the blocks of an owned value pool
 //   set_order(record, which)      gives it one of the orders 0 to 3, where there are orders
-//   read(record, expected, read)  appends the items that a record has; `expected` is the model
+//   read(record, expected, read)  puts the items that a record has into `read`; `expected` is the model
 //   entries_of(record)            the blocks that it has from its entry pool
 //   use_fresh(record, world)      if there, uses a record as `init` has left it
 #ifndef MUB_TESTS_INTERPRETER_CONTAINERS_H
@@ -216,6 +216,35 @@ struct Value {
   uint64_t word;
 };
 
+// The offsets of keys in a store, as they were.
+struct OffsetsOf {
+  explicit OffsetsOf(const auto &items) {
+    for (auto *item : items) add(*item);
+  }
+  void add(auto &item) { before.push_back({&item.key_offset, item.key_offset, item.key_length}); }
+  void leave_out(const auto &item) {
+    std::erase_if(before, [&](const Offset &each) { return each.at == &item.key_offset; });
+  }
+  // The keys that lie after what was cut out at `offset`; an empty one right there stays.
+  void expect_lowered(uint32_t offset, uint32_t length) const {
+    for (const auto &[at, was, key_length] : before)
+      EXPECT_EQ(*at, was - (was > offset || (was == offset && key_length != 0) ? length : 0));
+  }
+  struct Offset {
+    const uint32_t *at;
+    uint32_t was, key_length;
+  };
+  std::vector<Offset> before;
+};
+// Offsets have 32 bits: what is lowered below 0 lies after all others, from where it is raised again.
+void lower_and_raise(auto &world, const mub_stream &keys, const OffsetsOf &offsets, auto adjust) {
+  const auto offset = static_cast<uint32_t>(world.program.below(keys.length + 2));
+  const auto length = static_cast<uint32_t>(keys.length + 2 + world.program.below(9));
+  adjust(offset, length);
+  offsets.expect_lowered(offset, length);
+  adjust(offset, 0 - length);
+}
+
 // ---- operations that all have
 
 // The values that are not 0, in the order in which they are released.
@@ -282,7 +311,9 @@ void by_hand(op::term_, WorldOf<R> &world, auto term) {
   EXPECT_TRUE(record.entry_pool == nullptr || !slot.owns_entries());
   EXPECT_TRUE(record.value_pool == nullptr || !slot.owns_values());
   EXPECT_EQ(owned_by(record), Kind<R>::kTermKeepsFlags ? owned : 0);
-  EXPECT_EQ(record.count, 0);
+  Functions<R>::remove_all_(&record);
+  term(&record);
+  EXPECT_EQ(record.count, 0) << "ended once more";
   slot.forget_all();
   world.start(slot);
 }
@@ -326,7 +357,7 @@ void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &user, Dest
   ASSERT_NO_FATAL_FAILURE(Kind<R>::read(copy.record, cloned(source.content), read));
   const bool owns_values = source.owns_values(), keeps_values = copy.owns_values();
   const int kept = copy.owned & (source.owned | (Kind<R>::kCloneKeepsEntryPool ? 1 : 0));
-  // What pools of its own a copy has given up when it fails is not specified.
+  // What pools of its own a copy has given up when it fails is left open.
   copy.owned = owned_by(copy.record);
   if (world.failed && read.size() == typename Kind<R>::Content().size()) {
     EXPECT_TRUE(seen.empty() && copy.record.count == 0 && values_of(read).empty());

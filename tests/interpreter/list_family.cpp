@@ -214,15 +214,12 @@ void by_hand(op::free_array_, WorldOf<mub_listx> &world, F free_array) {
   for (size_t i = items.size() - freed.size(); i < items.size(); ++i) items[i].value = 0;
 }
 
-// Offsets have 32 bits: what is lowered below 0 can be raised again.
-template <class F>
-void by_hand(op::adjust_t_, WorldOf<mub_list> &world, F adjust) {
+void by_hand(op::adjust_t_, WorldOf<mub_list> &world, auto adjust) {
   mub_list &list = Self<mub_list>(world).slot.record;
-  const auto length = static_cast<uint32_t>(world.program.near(list.keys.length));
-  const mub_list_entry before = list.tail != nullptr ? *list.tail : mub_list_entry();
-  adjust(&list, 0, length);
-  EXPECT_TRUE(before.key_length == 0 || list.tail->key_offset == before.key_offset - length);
-  adjust(&list, 0, 0 - length);
+  std::vector<mub_list_entry *> entries;
+  for (auto *entry = list.head; entry != nullptr; entry = entry->next) entries.push_back(entry);
+  lower_and_raise(world, list.keys, OffsetsOf(entries),
+                  [&](uint32_t offset, uint32_t length) { adjust(&list, offset, length); });
 }
 
 // An array takes the same keys from a text.

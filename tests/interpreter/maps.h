@@ -151,7 +151,7 @@ void check(op::set_, WorldOf<R> &world, Self<R> &self, Key<R> &key, Out<uint64_t
 template <class R>
 void expect_node_set(WorldOf<R> &world, Slot<R> &slot, const Key<R> &key, typename Kind<R>::Node *node,
                      int result) {
-  expect_added(world, slot, key, result);
+  if (ItemOf<R> *item = expect_added(world, slot, key, result)) item->entry = node;
   expect_node<R>(node, slot.content.find(key.text));
 }
 template <class R>

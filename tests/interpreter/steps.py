@@ -28,14 +28,11 @@ ROLES = [
     (r"uint64_t \* (value_out|value|item)", "Out<uint64_t>"),
     (r"int \* inserted_out", "Out<int>"),
     (r"mub_\w+ \*\* (node|entry)_out", "NodeOut<%s>"),
-    (r"const mub_\w+_node \* node", "Node<%s>"),
-    (r"int64_t \* bucket_out", "Out<int64_t>"),
     (r"mub_init_fn .*", "Init"),
     (r"mub_free_fn .*", "Free"),
     (r"mub_clone_fn .*", "Cloner"),
     (r"mub_pool \* source(_user)?_pool", "UserPool<0>"),
     (r"mub_pool \* destination(_user)?_pool", "UserPool<1>"),
-    (r"(const )?mub_\w+_cursor \* cursor", "Cursor<%s>"),
 ]
 
 

@@ -294,7 +294,9 @@ void by_hand(op::entry_swap_, WorldOf<R> &world, void (*swap)(E *, E *)) {
 }
 template <class F>
 void by_hand(op::cmp_, WorldOf<mub_tree> &world, F compare_bytes) {
-  const std::string a = world.program.text(3), b = world.program.text(3);
+  const std::string a = world.program.text(48);
+  std::string b = world.program.one_in(4) ? world.program.text(3) : a;
+  if (!b.empty() && world.program.one_in(2)) b[clipped(world.program.below(48)) % b.size()] ^= 1;
   EXPECT_EQ(compare_bytes(a.data(), static_cast<int64_t>(a.size()), b.data(), static_cast<int64_t>(b.size())),
             a == b ? 1 : 0);
 }
@@ -311,6 +313,13 @@ void check(op::entry_array_, auto &world, Within<mub_tree> &, Node<mub_tree> &no
   Words words;
   for (int64_t i = 0; i < out.record.count; ++i) words.push_back(mub_arrayt_get_at(&out.record, i));
   EXPECT_EQ(words, expected);
+  if (world.failed) return;
+  // It grows as if each index was put before the others.
+  mub_arrayt grown;
+  mub_arrayt_init(&grown);
+  for (auto word = expected.rbegin(); word != expected.rend(); ++word) mub_arrayt_insert_at(&grown, 0, *word);
+  EXPECT_EQ(out.record.capacity, grown.capacity);
+  mub_arrayt_term(&grown);
 }
 void check(op::entry_compare_, auto &, Within<mub_tree> &, Node<mub_tree> &a, Node<mub_tree> &b, int result) {
   const Words left = path_to(a.items, a.index), right = path_to(b.items, b.index);
