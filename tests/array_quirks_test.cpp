@@ -1,5 +1,5 @@
-// What programs of the arrays' functions do not reach: spare slots that name keys, offsets at their end, large
-// tables, texts in the table itself, which items a sort compares.
+// What programs of the arrays' functions do not reach: spare slots that name keys, offsets at their end,
+// large tables, texts in the table itself, which items a sort compares.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 

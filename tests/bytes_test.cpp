@@ -1,5 +1,5 @@
-// What programs of bytes do not show: formats byte for byte, sizes beyond a test's heap, far addresses, CRC-32 in
-// every variant.
+// What programs of bytes do not show: formats byte for byte, sizes beyond a test's heap, far addresses,
+// CRC-32 in every variant.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 

@@ -1,4 +1,5 @@
-// What programs do not reach in lists and trees: see list_family.cpp and tree_family.cpp in tests/interpreter.
+// What programs do not reach in lists and trees: see list_family.cpp and tree_family.cpp in
+// tests/interpreter.
 #include <gtest/gtest.h>
 
 #include "mub.h"

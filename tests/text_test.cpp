@@ -1,5 +1,5 @@
-// What programs do not reach of strings: the conversions of a format, the search for hostile texts, and long steps of
-// growth.
+// What programs do not reach of strings: the conversions of a format, the search for hostile texts, and long
+// steps of growth.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// Arrays under programs: worlds of three records of a kind, each with its whole table as the model, spare slots
-// included. What a step draws is put down in the world, where the expectations of all kinds find it.
+// Arrays under programs: worlds of three records of a kind, each with its whole table as the model, spare
+// slots included. What a step draws is put down in the world, where the expectations of all kinds find it.
 #include <climits>
 #include <set>
 

@@ -235,8 +235,8 @@ struct Ranges : Self<mub_char> {
   auto arguments() const { return std::tuple(slot.own() + to, slot.own() + from, count); }
   int64_t from, to, count;
 };
-// A copy goes from low to high, so that it may take bytes that it has put; at a distance of 7 or less through other
-// memory. What is moved leaves zeros then.
+// A copy goes from low to high, so that it may take bytes that it has put; at a distance of 7 or less through
+// other memory. What is moved leaves zeros then.
 void check(AnyOf<op::copy_, op::move_> auto op, auto &, Ranges &ranges, None) {
   const auto [from, to, count] = std::tuple(ranges.from, ranges.to, ranges.count);
   const bool is_near = std::abs(to - from) <= 7;

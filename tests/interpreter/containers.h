@@ -1,8 +1,8 @@
-// Worlds of containers whose entries and values come from pools: three records of a kind, each with its model;
-// and the operations that all of these have.
+// Worlds of containers whose entries and values come from pools: three records of a kind, each with its
+// model; and the operations that all of these have.
 //
-// A kind says how a record is read by the public fields alone, which checks the invariants of the engine on the
-// way:
+// A kind says how a record is read by the public fields alone, which checks the invariants of the engine on
+// the way:
 //   Content                       the model of a record: items in order, each with the entry that holds it, its
 //                                 value, and its place() among the others; what an empty record holds at first
 //   kEntryBytes, kNodeBytes       the sizes of its blocks

@@ -102,8 +102,8 @@ TYPED_TEST_P(Programs, AgreeWithTheModel) {
     std::ofstream(traces, std::ios::app) << this->runner.steps[0].name << ' ' << trace << '\n';
 }
 
-// Each function is called in the middle of some programs, and each of its allocations is refused there, alone or with
-// all that follow; the program then goes on to its end.
+// Each function is called in the middle of some programs, and each of its allocations is refused there, alone
+// or with all that follow; the program then goes on to its end.
 TYPED_TEST_P(Programs, SurviveRefusedAllocations) {
   std::mt19937_64 engine(run_seed() + 1);
   const auto functions = static_cast<int64_t>(this->runner.steps.size());

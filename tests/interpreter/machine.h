@@ -34,8 +34,8 @@ struct WorldOf;
 // The result of a function that has none.
 struct None {};
 
-// What a driver does to a run: step `step` is that of the function `function`, and of its allocations those after
-// `allowed` are refused.
+// What a driver does to a run: step `step` is that of the function `function`, and of its allocations those
+// after `allowed` are refused.
 struct Refusals {
   int64_t step = -1;
   int64_t function = 0;

@@ -62,8 +62,8 @@ struct Callback {
 using Init = Callback<mub_init_fn, note_init>;
 using Free = Callback<mub_free_fn, note>;
 using Cloner = Callback<mub_clone_fn, note_clone>;
-// A pool beside the containers that a clone may take along, or none; or that of the copy's values, of which no more is
-// to be done then.
+// A pool beside the containers that a clone may take along, or none; or that of the copy's values, of which
+// no more is to be done then.
 template <int kIndex>
 struct UserPool {
   explicit UserPool(auto &world) : pool(world.program.one_in(2) ? &world.users[kIndex] : nullptr) {

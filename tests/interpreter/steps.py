@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""steps.py SOURCES OUT RECORD…: writes the steps of some records' functions, from the public headers. RECORD+PREFIX… has
-functions of other prefixes, too.
+"""steps.py SOURCES OUT KIND…: writes the steps of some records' functions, from the public headers.
 
-Each function becomes step<op::OPERATION, ROLE…>: what a parameter's type and name say chooses its role. Operations that
-one of SOURCES, joined by commas, names in the parameters of a by_hand draw their arguments there. A function with a parameter that has no role and
-no by_hand is an error here; one that no program reaches is found by the test. Functions<RECORD>::OPERATION_ names the function.
-A family that draws everything itself names its steps: // steps of KIND: FUNCTION…
+KIND is a record, or RECORD+PREFIX… with functions of other prefixes, too. SOURCES are joined by commas. Each function
+becomes step<op::OPERATION, ROLE…>: what a parameter's type and name say chooses its role. Operations that a source
+names in the parameters of a by_hand draw their arguments there. A function with a parameter that has no role and no
+by_hand is an error here; one that no program reaches is found by the test. Functions<RECORD>::OPERATION_ names the
+function. A family that draws everything itself names its steps: // steps of KIND: FUNCTION…
 """
 
 import re
@@ -17,8 +17,8 @@ sys.path.insert(0, str(ROOT / "tools"))
 sys.dont_write_bytecode = True
 import headers  # noqa: E402
 
-# (type, name): the role; %s is the record, %t and %n type and name. The first that matches counts, and takes as many parameters as
-# it has parts.
+# (type, name): the role; %s is the record, %t and %n type and name. The first that matches counts, and takes as many
+# parameters as it has parts.
 ROLES = [
     (r"%r \* destination", "Destination<%s>"),
     (r"(const )?%r \* .*", "Self<%s>"),
@@ -45,7 +45,8 @@ def roles_of(function, record):
             if len(parts) <= len(left) and all(re.fullmatch(part, one) for part, one in zip(parts, left)):
                 if role in ("Self<%s>", "Destination<%s>"):
                     role = role.replace("Self", "Peer") if roles else "Self<%s>"
-                roles.append(role.replace("%s", record).replace("%n", left[0].split()[-1]).replace("%t", left[0].split()[0]))
+                words = left[0].split()
+                roles.append(role.replace("%s", record).replace("%n", words[-1]).replace("%t", words[0]))
                 left = left[len(parts):]
                 break
         else:
@@ -86,12 +87,14 @@ def main(sources, out, *kinds):
         lines.append("  };\n}")
     # The underscore keeps operations apart from keywords and macros.
     tags = "".join(f'struct {operation}_{base_of(operation, operations)} {{\n'
-                   f'  static constexpr std::string_view kName = "{operation}";\n}};\n' for operation in sorted(operations))
+                   f'  static constexpr std::string_view kName = "{operation}";\n}};\n'
+                   for operation in sorted(operations))
     for kind, names in re.findall(r"^// steps of (\w+): (.*)$", texts, re.MULTILINE):
         entries = "\n".join(f'    {{"{name}", {name}}},' for name in names.split())
         lines.append(f"template <>\nStepsOf<{kind}> steps_of<{kind}>() {{\n  return {{\n{entries}\n  }};\n}}")
         records.append(kind)
-    functions = "\n".join(['#include "mub.h"', "namespace mub_test {", "template <class R>\nstruct Functions;", *tables, "}"])
+    functions = "\n".join(
+        ['#include "mub.h"', "namespace mub_test {", "template <class R>\nstruct Functions;", *tables, "}"])
     Path(out + "_ops.inc").write_text(f"#include <string_view>\n\nnamespace mub_test::op {{\n{tags}}}\n{functions}\n")
     family = f"MUB_FAMILY({Path(out).name.capitalize()}, {', '.join(records)})"
     Path(out + "_steps.inc").write_text("\n".join(

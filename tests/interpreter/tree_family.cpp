@@ -167,8 +167,8 @@ Document read_copy(Slot<R> &slot, auto &copy) {
   return copies;
 }
 
-// An entry is linked before a sibling, last of all children, or on a side, of which what was there is no longer
-// reachable.
+// An entry is linked before a sibling, last of all children, or on a side, of which what was there is no
+// longer reachable.
 template <class Op, class R>
 void check(Op, WorldOf<R> &world, Self<R> &self, Place<R> &place, const auto &...args) {
   Slot<R> &slot = self.slot;
@@ -215,7 +215,8 @@ void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, F r
   std::rotate(items.at(place.index), items.at(end), items.at(end_of(items, parent)));
 }
 
-// A copy, which has the values now, goes back to the pool; or it stays, in a pool of the tree's own, as it was.
+// A copy, which has the values now, goes back to the pool; or it stays, in a pool of the tree's own, as it
+// was.
 template <class R, class F>
 void by_hand(OneOf<op::entry_remove_, op::entry_remove_x_, op::entry_free_> auto, WorldOf<R> &world,
              F give_back) {
@@ -332,7 +333,8 @@ void check(op::entry_find_child_, auto &, Within<mub_tree> &, Node<mub_tree> &a,
   EXPECT_EQ(result, is_below(a.items, b.index, a.index) ? 1 : 0);
 }
 
-// Neighbours and searches: the first entry, or the last one, that is where the operation looks, and has the key.
+// Neighbours and searches: the first entry, or the last one, that is where the operation looks, and has the
+// key.
 template <class Op>
 void check(Op, WorldOf<mub_tree> &, Within<mub_tree> &, const auto &node,
            const auto &...args) requires(Op::kName.starts_with("entry_")) {

@@ -1,7 +1,7 @@
 // Texts and bytes under programs.
 //
-// Models hold units, narrow or wide, as characters of 32 bits. want() says what an operation does to the models of its
-// records, and gives.
+// Models hold units, narrow or wide, as characters of 32 bits. want() says what an operation does to the
+// models of its records, and gives.
 #ifndef MUB_TESTS_INTERPRETER_UNITS_H
 #define MUB_TESTS_INTERPRETER_UNITS_H
 
@@ -41,8 +41,8 @@ inline int64_t wrapping_sum(int64_t a, int64_t b) {
   return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
 }
 
-// A sort of units, of few letters that recur, or of those that some operation looks at. The halves of some wide ones
-// recur in one another.
+// A sort of units, of few letters that recur, or of those that some operation looks at. The halves of some
+// wide ones recur in one another.
 template <class Unit>
 const Units &draw_letters(Program &program) {
   static const Units kLetters[][4] = {
@@ -76,7 +76,8 @@ struct Block {
   Unit *data = nullptr;
   Units units;
 };
-// Units of a block. The start of a view may lie anywhere, and its length may be one below 0, where no unit is in it.
+// Units of a block. The start of a view may lie anywhere, and its length may be one below 0, where no unit is
+// in it.
 template <class U>
 struct Span {
   using Unit = U;
@@ -296,16 +297,17 @@ struct Letter {
   int given;  // only the low bits count
 };
 
-// How a text is given: with a count, which may be one below 1; up to its end; or in either way, to be read or to be put
-// into the record, and then maybe more of it than any heap has.
+// How a text is given: with a count, which may be one below 1; up to its end; or in either way, to be read or
+// to be put into the record, and then maybe more of it than any heap has.
 enum Given { kCounted, kTerminated, kRead, kPut };
 
-// NULL, units of the record's own, the same elsewhere, nearly the same, or others. What is not the record's own lies
-// next to a page that cannot be read.
+// NULL, units of the record's own, the same elsewhere, nearly the same, or others. What is not the record's
+// own lies next to a page that cannot be read.
 template <class R, Given kGiven, class Unit = typename Slot<R>::Unit>
 struct Text {
   static constexpr int64_t kBytes = sizeof(typename Slot<R>::Unit) / sizeof(Unit);
-  // So many units are a character of the runtime, as which texts without a count are measured and searched for.
+  // So many units are a character of the runtime, as which texts without a count are measured and searched
+  // for.
   static constexpr size_t kStep = sizeof(Unit) == 1 ? 1 : sizeof(wchar_t) / sizeof(Unit);
 
   explicit Text(WorldOf<R> &world) {
@@ -361,7 +363,8 @@ struct Text {
   Units units() const { return part(all, 0, size()); }
   // Where others are searched for: an end that is not given by a count is found, too.
   Units searched() const { return part(all, 0, size() + (kGiven == kTerminated ? 1 : 0)); }
-  // As a search for it takes it: up to its end in characters of the runtime, or by its count, at least one unit.
+  // As a search for it takes it: up to its end in characters of the runtime, or by its count, at least one
+  // unit.
   Units wanted() const {
     if (measured >= 0) return all.substr(0, static_cast<size_t>(measured) * kStep);
     return part(all, 0, std::max<int64_t>(count, 1));
@@ -458,8 +461,8 @@ int64_t want(AnyOf<op::find_char_, op::find_> auto, auto &slot, char32_t unit) {
 int64_t want(op::reverse_find_, auto &slot, char32_t unit) {
   return unit == 0 ? -1 : index_of(slot.content().rfind(unit));
 }
-// In a string, a text without a count is searched for by characters of the runtime, up to the first of 0; bytes within
-// the content, wide ones in the whole block.
+// In a string, a text without a count is searched for by characters of the runtime, up to the first of 0;
+// bytes within the content, wide ones in the whole block.
 template <class S>
 int64_t want(op::find_pos_, S &slot, const IsText auto &text, int64_t start) {
   if (text.data == nullptr) return -1;
@@ -500,8 +503,8 @@ bool want(op::trim_, S &slot) {
   return true;
 }
 
-// Texts for strings are measured, those for streams, too, but wide ones are not. In a stream the old part may end
-// further away than the new content.
+// Texts for strings are measured, those for streams, too, but wide ones are not. In a stream the old part may
+// end further away than the new content.
 template <class R>
 int want(op::update_, Slot<R> &slot, int64_t at, int64_t old_count, const auto &text) {
   const int64_t count =
@@ -592,7 +595,8 @@ auto &model_of(Role &role) {
 }
 
 inline bool operator==(None, bool) { return true; }
-// What is refused does nothing, and gives 0; a model that gives nothing expects 1. The last argument is the result.
+// What is refused does nothing, and gives 0; a model that gives nothing expects 1. The last argument is the
+// result.
 template <class... Args>
 void check(auto op, auto &world, Args &&...args) {
   const auto all = std::tie(args...);

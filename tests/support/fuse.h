@@ -23,9 +23,9 @@ bool disarm_fuse();
 // The allocations of the library since the start.
 int64_t allocations_so_far();
 
-// Runs `attempt(refused_in)` with the first, second, third … allocation failing, once each and then for ever, until
-// there is no such allocation. `attempt` sets its record up itself, calls refused_in(operation) for the operation
-// under test alone, and checks the record afterwards.
+// Runs `attempt(refused_in)` with the first, second, third … allocation failing, once each and then for ever,
+// until there is no such allocation. `attempt` sets its record up itself, calls refused_in(operation) for the
+// operation under test alone, and checks the record afterwards.
 //
 //   for_every_allocation([](auto refused_in) {
 //     mub_string s; …fill…

@@ -1,5 +1,5 @@
-// Bytes that end right before an unreadable page, or begin right after one: an over-read of one byte faults in
-// every build, also where the sanitizer does not look (vector loads, libc).
+// Bytes that end right before an unreadable page, or begin right after one: an over-read of one byte faults
+// in every build, also where the sanitizer does not look (vector loads, libc).
 #ifndef MUB_TESTS_SUPPORT_GUARDED_H
 #define MUB_TESTS_SUPPORT_GUARDED_H
 

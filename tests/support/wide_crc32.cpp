@@ -1,5 +1,5 @@
-// CRC-32 in registers of 512 bits, for processors without them: each is four registers of 128 bits here, and the
-// library's source is compiled once more with them.
+// CRC-32 in registers of 512 bits, for processors without them: each is four registers of 128 bits here, and
+// the library's source is compiled once more with them.
 #include "support/wide_crc32.h"
 
 #if MUB_CRC_X86
