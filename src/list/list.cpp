@@ -198,9 +198,9 @@ void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length) {
 
 void mub_list_from_string(mub_list *list, int separator, const char *text, int64_t length) {
   const int64_t text_length = measured(text, length);
-  // The text may be the list's own keys, which the first growth would release. When there is no memory for a copy,
-  // there are no bytes to split.
+  // The text may be the list's own keys, which the first growth would release.
   const PinnedBytes pinned = buffer::pinned(list->keys, text, text_length);
+  if (pinned.failed()) return;
   const int64_t old_count = list->count;
   const auto add = [list](const char *key, int64_t key_length) {
     return chain::add(*list, chain::gap_at(*list, End::kTail), raw_key(key, key_length), 0) != nullptr;
