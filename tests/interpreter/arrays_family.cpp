@@ -21,12 +21,6 @@ namespace mub_test {
 // role mub_string \* string = Drawn<%t *, &WorldOf<%s>::draw_%n>
 // role uint64_t \* items;int64_t count = Words
 
-// Whether an operation's name has a part.
-template <class Op>
-consteval bool named(std::string_view part) {
-  return Op::kName.find(part) != std::string_view::npos;
-}
-
 // ---- comparers, for which all blocks are alike
 
 uint64_t rank_of(uint64_t value) { return std::min<uint64_t>(value, 40); }
@@ -326,6 +320,11 @@ struct WorldOf : World {
       EXPECT_EQ(result, (std::is_same_v<Result, int> ? at >= 0 : at));
     }
     EXPECT_TRUE(key_out == nullptr || key_out->item().key() == found.key());
+    if constexpr (kHasBytes) {
+      const bool has_key = at >= 0 && self->record.keys.data != nullptr;
+      EXPECT_TRUE(key_out == nullptr || (key_out->data != nullptr) == has_key);
+      EXPECT_TRUE(key_out == nullptr || has_key || key_out->length == 0);
+    }
     if (at >= 0 && (named<Op>("remove") || named<Op>("free"))) cut(at);
     if (named<Op>("free")) expect_released({found.value});
     if (at < 0 || !(named<Op>("set_") || named<Op>("update"))) return;

@@ -146,12 +146,12 @@ void walk(WorldOf<R> &world, Slot<R> &slot) {
 }
 template <class R>
 void by_hand(OneOf<op::cursor_first_, op::cursor_last_, op::cursor_seek_, op::cursor_next_, op::cursor_prev_,
-                   op::cursor_node_, op::node_first_, op::node_last_, op::node_next_, op::node_prev_>,
+                   op::cursor_node_, op::node_first_, op::node_last_, op::node_next_, op::node_prev_> auto,
              WorldOf<R> &world, auto) {
   walk(world, Self<R>(world).slot);
 }
 template <class R>
-void by_hand(OneOf<op::first_entry_, op::last_entry_>, WorldOf<R> &world, auto) {
+void by_hand(OneOf<op::first_entry_, op::last_entry_> auto, WorldOf<R> &world, auto) {
   const Self<R> self(world);
   auto *from = Entry<R>(world).value;
   const auto leaves = Parts<R>(*from).leaves;
@@ -189,7 +189,8 @@ void by_hand(op::insert_t_, WorldOf<R> &world, auto insert) {
   });
 }
 template <class R>
-void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_>, WorldOf<R> &world, auto) {
+void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_> auto, WorldOf<R> &world,
+             auto) {
   using F = Functions<R>;
   const Self<R> self(world);
   const R &tree = self.slot.record;
@@ -238,7 +239,7 @@ void by_hand(op::split_, WorldOf<R> &world, auto split) {
 }
 // The caller puts the new half after the old one.
 template <class R>
-void by_hand(OneOf<op::split_entry_, op::split_node_>, WorldOf<R> &world, auto split) {
+void by_hand(OneOf<op::split_entry_, op::split_node_> auto, WorldOf<R> &world, auto split) {
   Self<R> self(world);
   auto *lower = Entry<R>(world).value;
   const int64_t count = lower->children.count;
@@ -262,7 +263,7 @@ void expect_fresh(const typename Kind<R>::Entry &entry, const mub_pool *pool) {
   EXPECT_TRUE(entry.children.count == 0 && entry.children.capacity >= 32 && entry.children.pool == pool);
 }
 template <class R>
-void by_hand(OneOf<op::entry_init_, op::node_init_>, WorldOf<R> &world, auto) {
+void by_hand(OneOf<op::entry_init_, op::node_init_> auto, WorldOf<R> &world, auto) {
   typename Kind<R>::Entry entry;
   typename Kind<R>::Node node;
   std::memset(&entry, 0x77, sizeof entry);
@@ -276,7 +277,7 @@ void by_hand(OneOf<op::entry_init_, op::node_init_>, WorldOf<R> &world, auto) {
 }
 // A new entry, which becomes an empty leaf among others or stays alone, is removed again; a root is not.
 template <class R>
-void by_hand(OneOf<op::entry_new_, op::remove_entry_t_>, WorldOf<R> &world, auto) {
+void by_hand(OneOf<op::entry_new_, op::remove_entry_t_> auto, WorldOf<R> &world, auto) {
   Self<R> self(world);
   R &tree = self.slot.record;
   const auto level = static_cast<int>(world.program.below(4)) - 1;
@@ -296,7 +297,7 @@ void by_hand(OneOf<op::entry_new_, op::remove_entry_t_>, WorldOf<R> &world, auto
 }
 // What is out of order below an entry, and the names from a leaf up, are put in order.
 template <class R>
-void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_>, WorldOf<R> &world, auto) {
+void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, WorldOf<R> &world, auto) {
   const Self<R> self(world);
   R &tree = self.slot.record;
   const auto parts = parts_of(self.slot);
@@ -358,7 +359,7 @@ auto content_from(const R &tree, typename Kind<R>::Entry &top) {
 }
 // Empties what is below an entry, walks over the rest, and empties the tree.
 template <class R>
-void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_>, WorldOf<R> &world, auto empty) {
+void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> &world, auto empty) {
   Self<R> self(world);
   auto *top = Entry<R>(world).value;
   const auto gone = content_from(self.slot.record, *top);

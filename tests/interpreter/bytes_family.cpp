@@ -1,7 +1,6 @@
 // Byte streams, with strings beside them, and the functions of views and of bytes alone under programs.
 #include "bytes_ops.inc"
 
-#include "core/text_search.h"
 #include "interpreter/units.h"
 
 namespace mub_test {
@@ -187,12 +186,12 @@ void want(op::copy_, Char &view, const auto &text) {
   view.filled = text.size();
 }
 
-void by_hand(AnyOf<op::cmp_, op::icmp_> auto op, auto &world,
+void by_hand(OneOf<op::cmp_, op::icmp_> auto op, auto &world,
              int compare(const void *, int64_t, const void *, int64_t)) {
   step<decltype(op), Text<mub_char, kCounted>, Text<mub_char, kCounted>>(world, compare);
 }
 // Machines differ in how far apart texts with an end are.
-void by_hand(AnyOf<op::cmp_, op::icmp_> auto op, auto &world, int compare(const char *, const char *)) {
+void by_hand(OneOf<op::cmp_, op::icmp_> auto op, auto &world, int compare(const char *, const char *)) {
   const Terminated a(world), b(world);
   const int result = world.read_by_all([&] { return compare(a.data, b.data); });
   EXPECT_EQ(std::clamp(result, -1, 1), std::clamp(want(op, a, b), -1, 1));
@@ -237,7 +236,7 @@ struct Ranges : Self<mub_char> {
 };
 // A copy goes from low to high, so that it may take bytes that it has put; at a distance of 7 or less through
 // other memory. What is moved leaves zeros then.
-void check(AnyOf<op::copy_, op::move_> auto op, auto &, Ranges &ranges, None) {
+void check(OneOf<op::copy_, op::move_> auto op, auto &, Ranges &ranges, None) {
   const auto [from, to, count] = std::tuple(ranges.from, ranges.to, ranges.count);
   const bool is_near = std::abs(to - from) <= 7;
   Units &units = ranges.slot.memory.units;

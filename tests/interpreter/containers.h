@@ -169,6 +169,9 @@ struct WorldOf : World {
   void give_back(const Slot<R> &slot, uint64_t value) {
     if (slot.has_values) mub_pool_free(slot.record.value_pool, reinterpret_cast<void *>(value));
   }
+  void give_back(const Slot<R> &slot, const Words &words) {
+    for (const uint64_t value : words) give_back(slot, value);
+  }
 
   Slot<R> slots[kSlots];
   mub_pool entries, nodes, values, users[2];
@@ -203,7 +206,7 @@ template <class R>
 struct Destination : Peer<R> {
   explicit Destination(WorldOf<R> &world) : Peer<R>(world) {
     if (&this->slot == world.self) return;
-    for (const uint64_t value : values_of(this->slot.content)) world.give_back(this->slot, value);
+    world.give_back(this->slot, values_of(this->slot.content));
     this->slot.content = {};
   }
 };
@@ -245,6 +248,18 @@ void lower_and_raise(auto &world, const mub_stream &keys, const OffsetsOf &offse
   adjust(offset, 0 - length);
 }
 
+// Calls a function with what roles stand for, and with other arguments as they are.
+auto call_with(auto function, const auto &...args) {
+  const auto arguments_of = [](const auto &arg) {
+    if constexpr (requires { arg.arguments(); }) {
+      return arg.arguments();
+    } else {
+      return std::tuple(arg);
+    }
+  };
+  return std::apply(function, std::tuple_cat(arguments_of(args)...));
+}
+
 // ---- operations that all have
 
 // The values that are not 0, in the order in which they are released.
@@ -277,14 +292,24 @@ void check(op::free_all_, WorldOf<R> &, Self<R> &self, Free &release, auto) {
   expect_released(self.slot, values_of(self.slot.content), release);
   self.slot.forget_all();
 }
+// Empties a part of a record by a function that releases its values or does not look at them.
+template <class R, class F>
+void release_by(F empty, WorldOf<R> &world, Self<R> &self, const Words &values, auto... part) {
+  const Free release(world);
+  if constexpr (std::is_invocable_v<F, R *, decltype(part)..., mub_free_fn>) {
+    call_with(empty, self, part..., release);
+    expect_released(self.slot, values, release);
+  } else {
+    world.give_back(self.slot, values);
+    call_with(empty, self, part...);
+  }
+}
 // Drops all entries by a call that does not look at values: those in a pool of the world's are released
 // beforehand.
 template <class R>
 void drop_all(WorldOf<R> &world, Slot<R> &slot, auto drop) {
   const Words values = values_of(slot.content);
-  if (!slot.owns_values()) {
-    for (const uint64_t value : values) world.give_back(slot, value);
-  }
+  if (!slot.owns_values()) world.give_back(slot, values);
   if constexpr (std::is_void_v<decltype(drop(&slot.record))>) {
     world.call([&] { drop(&slot.record); });
   } else {

@@ -127,7 +127,7 @@ void check(op::remove_t_, WorldOf<R> &world, Self<R> &self, Key<R> &key, auto *r
 // With the bucket and the hash that a key has, the low layer agrees with the rest. Key bytes are the caller's
 // to cut.
 template <class R>
-void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_, op::adjust_t_>, WorldOf<R> &world,
+void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_, op::adjust_t_> auto, WorldOf<R> &world,
              auto) {
   using F = Functions<R>;
   constexpr bool kHasBytes = std::is_same_v<R, mub_hash>;
@@ -159,7 +159,7 @@ void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_, op::adjus
 
 // All entries are met, each once. Before the first bucket are all of them, after the last one none.
 template <class R>
-void by_hand(OneOf<op::entry_first_, op::entry_next_>, WorldOf<R> &world, auto) {
+void by_hand(OneOf<op::entry_first_, op::entry_next_> auto, WorldOf<R> &world, auto) {
   Slot<R> &slot = Self<R>(world).slot;
   const int64_t before_first = world.program.one_in(2) ? -1 : INT64_MIN;
   world.read_by_all([&] {
@@ -183,7 +183,7 @@ void by_hand(OneOf<op::entry_first_, op::entry_next_>, WorldOf<R> &world, auto) 
 
 // The table is to be ended next: it still counts entries that went back to their pool.
 template <class R>
-void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_>, WorldOf<R> &world, auto empty) {
+void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> &world, auto empty) {
   Self<R> self(world);
   R &table = self.slot.record;
   const int64_t live = table.entry_pool->live_count;

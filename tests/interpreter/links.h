@@ -5,8 +5,6 @@
 #ifndef MUB_TESTS_INTERPRETER_LINKS_H
 #define MUB_TESTS_INTERPRETER_LINKS_H
 
-#include <concepts>
-
 #include "interpreter/containers.h"
 
 namespace mub_test {
@@ -121,14 +119,6 @@ const Role *role_of(const Args &...args) {
   return found;
 }
 const auto &result_of(const auto &...args) { return std::get<sizeof...(args) - 1>(std::tie(args...)); }
-template <class Op>
-constexpr bool has(std::string_view part) {
-  return Op::kName.find(part) != std::string_view::npos;
-}
-
-// The operations that one by_hand is for.
-template <class Op, class... Ops>
-concept OneOf = (std::same_as<Op, Ops> || ...);
 
 // ---- operations
 

@@ -82,13 +82,13 @@ struct StringOut : Other<mub_string, mub_string_init, mub_string_term> {
 // A new value is a block, or 0; the other additions give the entry, or the list.
 template <class Op, class R>
 void check(Op, WorldOf<R> &world, Self<R> &self,
-           const auto &...args) requires(has<Op>("add") || has<Op>("insert")) {
+           const auto &...args) requires(named<Op>("add") || named<Op>("insert")) {
   const auto result = result_of(args...);
   Slot<R> &slot = self.slot;
   Items<false> &items = slot.content;
   Item item;
   if (const auto *key = role_of<ByteKey<R>>(args...)) item.key = key->bytes;
-  if constexpr (has<Op>("_new")) {
+  if constexpr (named<Op>("_new")) {
     EXPECT_EQ(seen, role_of<Init>(args...)->is_given && result != 0 ? Words{result} : Words());
     EXPECT_TRUE(seen.empty() || out_value_seen == items.size()) << "the list is as it was";
     EXPECT_EQ(result == 0, world.failed || !slot.has_values);
@@ -107,7 +107,7 @@ void check(Op, WorldOf<R> &world, Self<R> &self,
     }
   }
   const auto *place = role_of<Place<R>>(args...);
-  const bool is_before = has<Op>("head") || has<Op>("before");
+  const bool is_before = named<Op>("head") || named<Op>("before");
   const bool is_beside = place != nullptr && place->entry != nullptr;
   const size_t index = is_beside ? place->index + (is_before ? 0 : 1) : is_before ? 0 : items.size();
   items.insert(items.at(index), item);
@@ -116,14 +116,14 @@ void check(Op, WorldOf<R> &world, Self<R> &self,
 // Reads, and removals, at an end or a place.
 template <class Op, class R>
 void check(Op, WorldOf<R> &world, Self<R> &self,
-           const auto &...args) requires(has<Op>("get") || has<Op>("remove")) {
+           const auto &...args) requires(named<Op>("get") || named<Op>("remove")) {
   const auto result = result_of(args...);
   Items<false> &items = self.slot.content;
   const auto item_at = [&](size_t index) { return index < items.size() ? items[index] : Item(); };
   const auto *place = role_of<Place<R>>(args...);
-  const size_t index = place != nullptr ? place->index : has<Op>("tail") ? items.size() - 1 : 0;
+  const size_t index = place != nullptr ? place->index : named<Op>("tail") ? items.size() - 1 : 0;
   const Item item = item_at(index);
-  if constexpr (has<Op>("_position")) {
+  if constexpr (named<Op>("_position")) {
     EXPECT_EQ(result, item.entry);
   } else {
     EXPECT_EQ(result, item.value);
@@ -135,10 +135,10 @@ void check(Op, WorldOf<R> &world, Self<R> &self,
   }
   if (const auto *walker = role_of<Walker<R>>(args...)) {
     const bool stays = walker->entry == nullptr;
-    EXPECT_EQ(walker->at, stays ? nullptr : item_at(has<Op>("next") ? index + 1 : index - 1).entry);
+    EXPECT_EQ(walker->at, stays ? nullptr : item_at(named<Op>("next") ? index + 1 : index - 1).entry);
   }
-  if (!has<Op>("remove") || index >= items.size()) return;
-  if constexpr (has<Op>("remove_at")) {
+  if (!named<Op>("remove") || index >= items.size()) return;
+  if constexpr (named<Op>("remove_at")) {
     EXPECT_EQ(place->entry->value, 0u) << "cleared in the block";
   }
   world.give_back(self.slot, item.value);
@@ -146,7 +146,7 @@ void check(Op, WorldOf<R> &world, Self<R> &self,
 }
 
 template <class Op, class R>
-void check(Op, WorldOf<R> &, Self<R> &self, const auto &...args) requires(has<Op>("find")) {
+void check(Op, WorldOf<R> &, Self<R> &self, const auto &...args) requires(named<Op>("find")) {
   const auto *key = role_of<ByteKey<R>>(args...);
   const auto *wanted = role_of<Wanted>(args...);
   const auto *comparer = role_of<AnyComparer>(args...);
@@ -164,7 +164,7 @@ void check(Op, WorldOf<R> &, Self<R> &self, const auto &...args) requires(has<Op
 template <class Op, class R>
 void check(Op, WorldOf<R> &world, Self<R> &self, Peer<R> &source, None) {
   if (world.failed) return;
-  constexpr bool is_head = has<Op>("head");
+  constexpr bool is_head = named<Op>("head");
   Items<false> &items = self.slot.content, added = source.slot.content;
   auto *entry = is_head ? self.slot.record.head : self.slot.record.tail;
   for (size_t i = 1; i < added.size() && entry != nullptr && !is_head; ++i) entry = entry->prev;
@@ -179,18 +179,11 @@ void check(Op, WorldOf<R> &world, Self<R> &self, Peer<R> &source, None) {
 // Entries go back to their pool, and the list still refers to them.
 template <class R, class F>
 void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> &world, F empty) {
-  Slot<R> &slot = Self<R>(world).slot;
+  Self<R> self(world);
+  Slot<R> &slot = self.slot;
   R &list = slot.record;
   const R before = list;
-  const Words values = values_of(slot.content);
-  if constexpr (std::is_invocable_v<F, R *>) {
-    for (const uint64_t value : values) world.give_back(slot, value);
-    empty(&list);
-  } else {
-    const Free release(world);
-    empty(&list, std::get<0>(release.arguments()));
-    expect_released(slot, values, release);
-  }
+  release_by(empty, world, self, values_of(slot.content));
   EXPECT_TRUE(list.head == before.head && list.tail == before.tail && list.count == before.count);
   const bool returns_all = std::is_same_v<R, mub_lists> && std::is_invocable_v<F, R *>;
   EXPECT_TRUE(!slot.owns_entries() || (list.entry_pool->live_count == 0) == (returns_all || list.count == 0));

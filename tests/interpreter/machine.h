@@ -17,6 +17,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <thread>
 #include <tuple>
 #include <type_traits>
@@ -57,6 +58,14 @@ struct Thread : std::thread {
     if (joinable()) join();
   }
 };
+
+// Operations are types that steps.py writes: whether one is one of some, and whether its name has a part.
+template <class Op, class... Ops>
+concept OneOf = (std::is_same_v<Op, Ops> || ...);
+template <class Op>
+consteval bool named(std::string_view part) {
+  return Op::kName.find(part) != std::string_view::npos;
+}
 
 // What every world has.
 struct World {

@@ -55,18 +55,6 @@ struct Key : Kind<R>::KeyArgument {
 template <class R>
 using NodeOut = Out<typename Kind<R>::Node *>;
 
-// Calls a function with what roles stand for, and with other arguments as they are.
-auto call_with(auto function, const auto &...args) {
-  const auto arguments_of = [](const auto &arg) {
-    if constexpr (requires { arg.arguments(); }) {
-      return arg.arguments();
-    } else {
-      return std::tuple(arg);
-    }
-  };
-  return std::apply(function, std::tuple_cat(arguments_of(args)...));
-}
-
 // What the kinds of maps share.
 template <class R, class N, class Keys>
 struct MapKind : Keys {
@@ -193,27 +181,6 @@ void by_hand(op::remove_, WorldOf<R> &world, auto) {
   Self<R> self(world);
   remove_keys(world, self);
 }
-
-// Empties a part of a record, whose values the function releases or does not look at.
-template <class R, class F>
-void release_by(F empty, WorldOf<R> &world, Self<R> &self, const Words &values, auto... part) {
-  const Free release(world);
-  if constexpr (std::is_invocable_v<F, R *, decltype(part)..., mub_free_fn>) {
-    call_with(empty, self, part..., release);
-    expect_released(self.slot, values, release);
-  } else {
-    for (const uint64_t value : values) {
-      if (!self.slot.owns_values()) world.give_back(self.slot, value);
-    }
-    call_with(empty, self, part...);
-  }
-}
-// The operations that one by_hand is for.
-template <class... Ops>
-struct OneOf {
-  template <class Op>
-  requires(std::is_same_v<Op, Ops> || ...) OneOf(Op) {}
-};
 
 }  // namespace mub_test
 

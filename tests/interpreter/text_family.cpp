@@ -61,7 +61,7 @@ void want(op::term_, View &view) { bind(view, {&nothing}); }
 void want(op::shrink_, View &view) { bind(view, {view.block}); }
 void want(op::swap_, View &a, View &b) { std::swap<Span<char>>(a, b); }
 void want(op::copy_, View &view, View &other) { bind(view, other); }
-void want(AnyOf<op::copy_char_, op::copy_string_> auto, View &view, Slot<mub_char> &other) {
+void want(OneOf<op::copy_char_, op::copy_string_> auto, View &view, Slot<mub_char> &other) {
   bind(view, {other.block, 0, other.measured()});
 }
 void want(op::left_, View &view, int64_t count) {
@@ -79,13 +79,13 @@ void want(op::right_, View &view, int64_t count) {
 void want(op::copy_char_, auto &slot, char32_t unit) { slot.take(Units(unit == 0 ? 0 : 1, unit)); }
 void want(op::append_char_, auto &slot, char32_t unit) { slot.take(slot.content() + unit); }
 template <class Op>
-concept Prints = AnyOf<Op, op::copy_integer_, op::copy_long_, op::copy_float_, op::copy_double_,
+concept Prints = OneOf<Op, op::copy_integer_, op::copy_long_, op::copy_float_, op::copy_double_,
                        op::append_integer_, op::append_long_, op::append_float_, op::append_double_>;
 void want(Prints auto op, auto &slot, auto number) {
   slot.take((op.kName[0] == 'a' ? slot.content() : Units()) + printed(number));
 }
 template <class T>
-T want(AnyOf<op::get_long_, op::get_float_, op::get_double_> auto, auto &string, T otherwise) {
+T want(OneOf<op::get_long_, op::get_float_, op::get_double_> auto, auto &string, T otherwise) {
   if (string.is_empty()) return otherwise;
   if (std::is_same_v<T, float>) return static_cast<T>(std::strtod(string.own(), nullptr));
   const Reading reading(string);

@@ -177,12 +177,12 @@ void check(Op, WorldOf<R> &world, Self<R> &self, Place<R> &place, const auto &..
   if (entry == nullptr) return;
   Document &items = slot.content;
   mub_pool *pool = slot.record.entry_pool;
-  if (place.entry == nullptr || (has<Op>("insert") && place.index == 0)) {
+  if (place.entry == nullptr || (named<Op>("insert") && place.index == 0)) {
     world.give_back(slot, entry->value);
     return mub_pool_free(pool, entry);
   }
   const size_t end = end_of(items, place.index);
-  size_t at = has<Op>("append") ? end : place.index;
+  size_t at = named<Op>("append") ? end : place.index;
   const int side = direction == nullptr ? 0 : direction->value < 0 ? 0 : direction->value > 0 ? 1 : 2;
   if (direction != nullptr) {
     for (++at; at < end && items[at].side < side;) at = end_of(items, at);
@@ -194,7 +194,7 @@ void check(Op, WorldOf<R> &world, Self<R> &self, Place<R> &place, const auto &..
     items.erase(items.at(at), items.at(at + gone));
     slot.record.count -= static_cast<int64_t>(gone);
   }
-  const int depth = items[place.index].depth + (has<Op>("insert") ? 0 : 1);
+  const int depth = items[place.index].depth + (named<Op>("insert") ? 0 : 1);
   items.insert(items.at(at), {entry, entry->value, "", depth, side});
 }
 
@@ -223,22 +223,14 @@ void by_hand(OneOf<op::entry_remove_, op::entry_remove_x_, op::entry_free_> auto
   constexpr bool frees = std::is_invocable_v<F, R *, typename Kind<R>::Entry *, mub_free_fn>;
   Self<R> self(world);
   const Node<R> node(world);
-  const Free release(world);
   R &tree = self.slot.record;
   auto *copy = Functions<R>::clone_entry_(&tree, node.entry);
   const Document copies = read_copy(self.slot, *copy);
-  const Words values = values_of(copies);
   for (size_t i = node.index; i < node.index + copies.size(); ++i) {
     self.slot.content[i].value = node.entry_at(i)->value = 0;
   }
   const int64_t count = tree.count, live = tree.entry_pool->live_count;
-  if constexpr (frees) {
-    give_back(&tree, copy, std::get<0>(release.arguments()));
-    expect_released(self.slot, values, release);
-  } else {
-    for (const uint64_t value : values) world.give_back(self.slot, value);
-    give_back(&tree, copy);
-  }
+  release_by(give_back, world, self, values_of(copies), copy);
   const bool stays = self.slot.owns_entries() && (frees || std::is_same_v<R, mub_tree>);
   EXPECT_EQ(tree.count, count);
   EXPECT_EQ(tree.entry_pool->live_count, live - (stays ? 0 : static_cast<int64_t>(copies.size())));
@@ -344,16 +336,17 @@ void check(Op, WorldOf<mub_tree> &, Within<mub_tree> &, const auto &node,
   const auto *comparer = role_of<AnyComparer>(args...);
   const size_t index = node.index, bound = range != nullptr ? range->bound : above(items, index);
   const auto is_looked_at = [&](size_t at) {
-    if (has<Op>("last")) return at > index && above(items, at) == index;
-    if (has<Op>("prev")) return at > 0 && at < index && above(items, at) == bound;
-    if (has<Op>("parent"))
+    if (named<Op>("last")) return at > index && above(items, at) == index;
+    if (named<Op>("prev")) return at > 0 && at < index && above(items, at) == bound;
+    if (named<Op>("parent"))
       return is_below(items, index, at) && !(range->has_bound && bound < index && at <= bound);
     return is_below(items, at, bound) &&
-           at >= (has<Op>("iter") || key != nullptr ? index + 1 : end_of(items, index));
+           at >= (named<Op>("iter") || key != nullptr ? index + 1 : end_of(items, index));
   };
   size_t found = items.size();  // nothing
   for (size_t at = 0; at < items.size(); ++at) {
-    const bool is_later = has<Op>("last") || has<Op>("prev") || has<Op>("parent") || found == items.size();
+    const bool is_later =
+        named<Op>("last") || named<Op>("prev") || named<Op>("parent") || found == items.size();
     if (is_later && is_looked_at(at) && (key == nullptr || items[at].value == key->word)) found = at;
   }
   EXPECT_EQ(result_of(args...), comparer == nullptr || comparer->is_given ? node.entry_at(found) : nullptr);
@@ -381,12 +374,12 @@ void check(Op, WorldOf<mub_tree> &world, Self<mub_tree> &self,
     do ++at;
     while (is_below(items, at, parent) && items[at].value != keys[depth]);
     if (is_below(items, at, parent)) continue;
-    if (!has<Op>("insert") || slot.record.count < static_cast<int64_t>(items.size())) break;
+    if (!named<Op>("insert") || slot.record.count < static_cast<int64_t>(items.size())) break;
     items.insert(items.at(at), {.depth = items[parent].depth + 1});
     is_new = true;
   }
   const bool is_reached = depth == keys.size();
-  EXPECT_TRUE(is_reached || !has<Op>("insert") || world.failed);
+  EXPECT_TRUE(is_reached || !named<Op>("insert") || world.failed);
   const uint64_t value = is_reached && is_new ? result->value : 0;
   if (is_reached && is_new) {
     EXPECT_EQ(value == 0, world.failed || !slot.has_values);
