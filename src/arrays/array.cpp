@@ -1,19 +1,8 @@
 // mub_array: the engine's slots with byte-string keys, whose bytes are kept in a stream.
-#include <cstddef>
 
 #include "arrays/byte_keys.h"
 #include "arrays/slot_clone.h"
-#include "core/layout.h"
 #include "core/text_pieces.h"
-
-static_assert(mub::laid_out(sizeof(mub_array_entry) == 16 && offsetof(mub_array_entry, key_length) == 4 &&
-                            offsetof(mub_array_entry, value) == 8),
-              "layout of mub_array_entry");
-static_assert(mub::laid_out(sizeof(mub_array) == 64 && offsetof(mub_array, count) == 8 &&
-                            offsetof(mub_array, capacity) == 16 && offsetof(mub_array, keys) == 24 &&
-                            offsetof(mub_array, pool) == 48 && offsetof(mub_array, own_pool) == 56 &&
-                            offsetof(mub_array, descending) == 58),
-              "layout of mub_array");
 
 using namespace mub;
 

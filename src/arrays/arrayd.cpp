@@ -1,16 +1,7 @@
 // mub_arrayd: the engine's slots with integer keys.
-#include <cstddef>
 
 #include "arrays/integer_keys.h"
 #include "arrays/slot_clone.h"
-#include "core/layout.h"
-
-static_assert(mub::laid_out(sizeof(mub_arrayd_entry) == 16 && offsetof(mub_arrayd_entry, value) == 8),
-              "layout of mub_arrayd_entry");
-static_assert(mub::laid_out(sizeof(mub_arrayd) == 40 && offsetof(mub_arrayd, count) == 8 &&
-                            offsetof(mub_arrayd, capacity) == 16 && offsetof(mub_arrayd, pool) == 24 &&
-                            offsetof(mub_arrayd, own_pool) == 32 && offsetof(mub_arrayd, descending) == 34),
-              "layout of mub_arrayd");
 
 using namespace mub;
 

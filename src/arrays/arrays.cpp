@@ -1,13 +1,6 @@
 // mub_arrays: the engine's slots as bare items, ordered by the comparers that callers pass.
-#include <cstddef>
 
 #include "arrays/slot_clone.h"
-#include "core/layout.h"
-
-static_assert(mub::laid_out(sizeof(mub_arrays) == 40 && offsetof(mub_arrays, count) == 8 &&
-                            offsetof(mub_arrays, capacity) == 16 && offsetof(mub_arrays, pool) == 24 &&
-                            offsetof(mub_arrays, own_pool) == 32 && offsetof(mub_arrays, descending) == 34),
-              "layout of mub_arrays");
 
 using namespace mub;
 

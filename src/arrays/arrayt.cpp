@@ -1,16 +1,9 @@
 // mub_arrayt: words, the first four of them in the record.
 #include <algorithm>
-#include <cstddef>
 
 #include "arrays/inline_slots.h"
-#include "core/layout.h"
 #include "core/pinned_bytes.h"
 #include "core/text_pieces.h"
-
-static_assert(mub::laid_out(sizeof(mub_arrayt) == 64 && offsetof(mub_arrayt, tail) == 32 &&
-                            offsetof(mub_arrayt, count) == 40 && offsetof(mub_arrayt, capacity) == 48 &&
-                            offsetof(mub_arrayt, descending) == 56),
-              "layout of mub_arrayt");
 
 using namespace mub;
 

@@ -1,16 +1,7 @@
 // mub_arrayx: the engine's slots with integer keys.
-#include <cstddef>
 
 #include "arrays/integer_keys.h"
 #include "arrays/slot_clone.h"
-#include "core/layout.h"
-
-static_assert(mub::laid_out(sizeof(mub_arrayx_entry) == 16 && offsetof(mub_arrayx_entry, value) == 8),
-              "layout of mub_arrayx_entry");
-static_assert(mub::laid_out(sizeof(mub_arrayx) == 40 && offsetof(mub_arrayx, count) == 8 &&
-                            offsetof(mub_arrayx, capacity) == 16 && offsetof(mub_arrayx, pool) == 24 &&
-                            offsetof(mub_arrayx, own_pool) == 32 && offsetof(mub_arrayx, descending) == 34),
-              "layout of mub_arrayx");
 
 using namespace mub;
 

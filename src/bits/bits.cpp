@@ -1,15 +1,9 @@
 #include "mub_bits.h"
 
-#include <cstddef>
 #include <cstring>
 
 #include "core/alloc.h"
 #include "core/growth.h"
-#include "core/layout.h"
-
-static_assert(mub::laid_out(sizeof(mub_bits) == 16 && offsetof(mub_bits, data) == 0 &&
-                            offsetof(mub_bits, size) == 8),
-              "layout of mub_bits");
 
 namespace mub {
 namespace {

@@ -1,33 +1,12 @@
-#include <cstddef>
-
 #include "arrays/byte_keys.h"
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/tree_cursor.h"
 #include "core/bytes.h"
 #include "core/key_store.h"
-#include "core/layout.h"
 
 namespace mub {
 namespace {
-
-static_assert(laid_out(sizeof(mub_btree_node) == 32 && offsetof(mub_btree_node, key_length) == 4 &&
-                       offsetof(mub_btree_node, prev) == 8 && offsetof(mub_btree_node, next) == 16 &&
-                       offsetof(mub_btree_node, value) == 24),
-              "layout of mub_btree_node");
-static_assert(laid_out(sizeof(mub_btree_entry) == 64 && offsetof(mub_btree_entry, key_length) == 4 &&
-                       offsetof(mub_btree_entry, level) == 8 && offsetof(mub_btree_entry, parent) == 16 &&
-                       offsetof(mub_btree_entry, children) == 24),
-              "layout of mub_btree_entry");
-static_assert(laid_out(sizeof(mub_btree) == 144 && offsetof(mub_btree, count) == 64 &&
-                       offsetof(mub_btree, keys) == 72 && offsetof(mub_btree, entry_pool) == 96 &&
-                       offsetof(mub_btree, owns_entry_pool) == 104 && offsetof(mub_btree, node_pool) == 112 &&
-                       offsetof(mub_btree, owns_node_pool) == 120 && offsetof(mub_btree, value_pool) == 128 &&
-                       offsetof(mub_btree, owns_value_pool) == 136 && offsetof(mub_btree, nocase) == 138),
-              "layout of mub_btree");
-static_assert(laid_out(sizeof(mub_btree_cursor) == 24 && offsetof(mub_btree_cursor, leaf) == 8 &&
-                       offsetof(mub_btree_cursor, index) == 16),
-              "layout of mub_btree_cursor");
 
 // Byte-string keys in the tree's key stream.
 struct ByteKeys {

@@ -1,33 +1,13 @@
-#include <cstddef>
-
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/number_keys.h"
 #include "btree/tree_cursor.h"
-#include "core/layout.h"
 
 namespace mub {
 namespace {
 
 using Keys =
     bplus::NumberKeys<mub_btreed, mub_btreed_entry, mub_btreed_node, mub_btreed_cursor, bplus::Numbers32>;
-
-static_assert(laid_out(sizeof(mub_btreed_node) == 32 && offsetof(mub_btreed_node, key) == 0 &&
-                       offsetof(mub_btreed_node, prev) == 8 && offsetof(mub_btreed_node, next) == 16 &&
-                       offsetof(mub_btreed_node, value) == 24),
-              "layout of mub_btreed_node");
-static_assert(laid_out(sizeof(mub_btreed_entry) == 56 && offsetof(mub_btreed_entry, level) == 4 &&
-                       offsetof(mub_btreed_entry, parent) == 8 && offsetof(mub_btreed_entry, children) == 16),
-              "layout of mub_btreed_entry");
-static_assert(laid_out(sizeof(mub_btreed) == 112 && offsetof(mub_btreed, count) == 56 &&
-                       offsetof(mub_btreed, entry_pool) == 64 &&
-                       offsetof(mub_btreed, owns_entry_pool) == 72 && offsetof(mub_btreed, node_pool) == 80 &&
-                       offsetof(mub_btreed, owns_node_pool) == 88 && offsetof(mub_btreed, value_pool) == 96 &&
-                       offsetof(mub_btreed, owns_value_pool) == 104 && offsetof(mub_btreed, key_type) == 108),
-              "layout of mub_btreed");
-static_assert(laid_out(sizeof(mub_btreed_cursor) == 24 && offsetof(mub_btreed_cursor, leaf) == 8 &&
-                       offsetof(mub_btreed_cursor, index) == 16),
-              "layout of mub_btreed_cursor");
 
 }  // namespace
 }  // namespace mub

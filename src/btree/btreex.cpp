@@ -1,35 +1,13 @@
-#include <cstddef>
-
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/number_keys.h"
 #include "btree/tree_cursor.h"
-#include "core/layout.h"
 
 namespace mub {
 namespace {
 
 using Keys =
     bplus::NumberKeys<mub_btreex, mub_btreex_entry, mub_btreex_node, mub_btreex_cursor, bplus::Numbers64>;
-
-static_assert(laid_out(sizeof(mub_btreex_node) == 32 && offsetof(mub_btreex_node, key) == 0 &&
-                       offsetof(mub_btreex_node, prev) == 8 && offsetof(mub_btreex_node, next) == 16 &&
-                       offsetof(mub_btreex_node, value) == 24),
-              "layout of mub_btreex_node");
-static_assert(laid_out(sizeof(mub_btreex_entry) == 64 && offsetof(mub_btreex_entry, level) == 8 &&
-                       offsetof(mub_btreex_entry, parent) == 16 &&
-                       offsetof(mub_btreex_entry, children) == 24),
-              "layout of mub_btreex_entry");
-static_assert(laid_out(sizeof(mub_btreex) == 120 && offsetof(mub_btreex, count) == 64 &&
-                       offsetof(mub_btreex, entry_pool) == 72 &&
-                       offsetof(mub_btreex, owns_entry_pool) == 80 && offsetof(mub_btreex, node_pool) == 88 &&
-                       offsetof(mub_btreex, owns_node_pool) == 96 &&
-                       offsetof(mub_btreex, value_pool) == 104 &&
-                       offsetof(mub_btreex, owns_value_pool) == 112 && offsetof(mub_btreex, key_type) == 116),
-              "layout of mub_btreex");
-static_assert(laid_out(sizeof(mub_btreex_cursor) == 24 && offsetof(mub_btreex_cursor, leaf) == 8 &&
-                       offsetof(mub_btreex_cursor, index) == 16),
-              "layout of mub_btreex_cursor");
 
 }  // namespace
 }  // namespace mub

@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "core/alloc.h"
-#include "core/layout.h"
 #include "core/number_text.h"
 #include "core/text_span.h"
 
@@ -43,10 +42,6 @@ int compare(const mub_char &view, const char *text, int64_t count, Comparer comp
 
 }  // namespace
 }  // namespace mub
-
-static_assert(mub::laid_out(sizeof(mub_char) == 16 && offsetof(mub_char, data) == 0 &&
-                            offsetof(mub_char, length) == 8),
-              "layout of mub_char");
 
 extern "C" {
 

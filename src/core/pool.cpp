@@ -1,5 +1,4 @@
 #include "core/pool.h"
-#include "core/layout.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -225,15 +224,6 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
 namespace {
 
 using namespace mub;
-
-static_assert(laid_out(sizeof(mub_pool) == 88 && offsetof(mub_pool, live_count) == 16 &&
-                       offsetof(mub_pool, chunk_used) == 24 && offsetof(mub_pool, chunks) == 48 &&
-                       offsetof(mub_pool, free_used) == 56 && offsetof(mub_pool, free_pages) == 80),
-              "layout of mub_pool");
-static_assert(laid_out(sizeof(mub_pool_chunk) == 16 && offsetof(mub_pool_chunk, base) == 8),
-              "layout of mub_pool_chunk");
-static_assert(laid_out(sizeof(mub_pool_iter) == 32 && offsetof(mub_pool_iter, free_blocks) == 16),
-              "layout of mub_pool_iter");
 
 // Moves to the next slot in use; false behind the last one.
 bool advance(mub_pool_iter &iter) {

@@ -1,20 +1,14 @@
 #include "mub_stream.h"
 
 #include <algorithm>
-#include <cstddef>
 
 #include "core/bytes.h"
 #include "core/cursor.h"
-#include "core/layout.h"
 #include "core/text_span.h"
 #include "core/unit_buffer.h"
 
 namespace mub {
 namespace {
-
-static_assert(laid_out(sizeof(mub_stream) == 24 && offsetof(mub_stream, data) == 0 &&
-                       offsetof(mub_stream, length) == 8 && offsetof(mub_stream, capacity) == 16),
-              "layout of mub_stream");
 
 // Stores what fits before the stream's length; `bytes` may lie in the stream.
 void write_clipped(mub_stream &stream, int64_t at, const void *bytes, int64_t count) {

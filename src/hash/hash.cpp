@@ -1,24 +1,11 @@
-#include <cstddef>
-
 #include "core/bytes.h"
 #include "core/crc32.h"
 #include "core/key_store.h"
-#include "core/layout.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"
 
 namespace mub {
 namespace {
-
-static_assert(laid_out(sizeof(mub_hash_entry) == 32 && offsetof(mub_hash_entry, hash) == 8 &&
-                       offsetof(mub_hash_entry, key_offset) == 12 &&
-                       offsetof(mub_hash_entry, key_length) == 16 && offsetof(mub_hash_entry, value) == 24),
-              "layout of mub_hash_entry");
-static_assert(laid_out(sizeof(mub_hash) == 104 && offsetof(mub_hash, count) == 40 &&
-                       offsetof(mub_hash, keys) == 48 && offsetof(mub_hash, entry_pool) == 72 &&
-                       offsetof(mub_hash, owns_entry_pool) == 80 && offsetof(mub_hash, value_pool) == 88 &&
-                       offsetof(mub_hash, owns_value_pool) == 96 && offsetof(mub_hash, nocase) == 98),
-              "layout of mub_hash");
 
 // Kept out of the way of the exact compare.
 __attribute__((noinline)) bool same_text(const uint8_t *stored, ByteKey key) {

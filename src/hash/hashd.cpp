@@ -1,6 +1,3 @@
-#include <cstddef>
-
-#include "core/layout.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"
 #include "hash/integer_keys.h"
@@ -9,14 +6,6 @@ namespace mub {
 namespace {
 
 using Keys = IntegerKeys<mub_hashd, mub_hashd_entry, uint32_t>;
-
-static_assert(laid_out(sizeof(mub_hashd_entry) == 24 && offsetof(mub_hashd_entry, key) == 8 &&
-                       offsetof(mub_hashd_entry, value) == 16),
-              "layout of mub_hashd_entry");
-static_assert(laid_out(sizeof(mub_hashd) == 80 && offsetof(mub_hashd, count) == 40 &&
-                       offsetof(mub_hashd, entry_pool) == 48 && offsetof(mub_hashd, owns_entry_pool) == 56 &&
-                       offsetof(mub_hashd, value_pool) == 64 && offsetof(mub_hashd, owns_value_pool) == 72),
-              "layout of mub_hashd");
 
 }  // namespace
 }  // namespace mub

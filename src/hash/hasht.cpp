@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "core/layout.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"
 #include "hash/keys_in_entries.h"
@@ -40,14 +39,6 @@ struct Keys : KeysInEntries<mub_hasht, mub_hasht_entry, FourWords> {
     return true;
   }
 };
-
-static_assert(laid_out(sizeof(mub_hasht_entry) == 32 && offsetof(mub_hasht_entry, key) == 8 &&
-                       offsetof(mub_hasht_entry, value) == 24),
-              "layout of mub_hasht_entry");
-static_assert(laid_out(sizeof(mub_hasht) == 80 && offsetof(mub_hasht, count) == 40 &&
-                       offsetof(mub_hasht, entry_pool) == 48 && offsetof(mub_hasht, owns_entry_pool) == 56 &&
-                       offsetof(mub_hasht, value_pool) == 64 && offsetof(mub_hasht, owns_value_pool) == 72),
-              "layout of mub_hasht");
 
 }  // namespace
 }  // namespace mub

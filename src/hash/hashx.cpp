@@ -1,6 +1,3 @@
-#include <cstddef>
-
-#include "core/layout.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"
 #include "hash/integer_keys.h"
@@ -9,14 +6,6 @@ namespace mub {
 namespace {
 
 using Keys = IntegerKeys<mub_hashx, mub_hashx_entry, uint64_t>;
-
-static_assert(laid_out(sizeof(mub_hashx_entry) == 24 && offsetof(mub_hashx_entry, key) == 8 &&
-                       offsetof(mub_hashx_entry, value) == 16),
-              "layout of mub_hashx_entry");
-static_assert(laid_out(sizeof(mub_hashx) == 80 && offsetof(mub_hashx, count) == 40 &&
-                       offsetof(mub_hashx, entry_pool) == 48 && offsetof(mub_hashx, owns_entry_pool) == 56 &&
-                       offsetof(mub_hashx, value_pool) == 64 && offsetof(mub_hashx, owns_value_pool) == 72),
-              "layout of mub_hashx");
 
 }  // namespace
 }  // namespace mub

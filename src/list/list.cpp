@@ -1,26 +1,11 @@
 // mub_list: entries with byte-string keys, whose bytes are kept in a stream.
 #include <algorithm>
-#include <cstddef>
 #include <utility>
 
 #include "core/bytes.h"
 #include "core/key_store.h"
-#include "core/layout.h"
 #include "core/text_pieces.h"
 #include "list/linked_chain.h"
-
-static_assert(mub::laid_out(sizeof(mub_list_entry) == 32 && offsetof(mub_list_entry, next) == 8 &&
-                            offsetof(mub_list_entry, key_offset) == 16 &&
-                            offsetof(mub_list_entry, key_length) == 20 &&
-                            offsetof(mub_list_entry, value) == 24),
-              "layout of mub_list_entry");
-static_assert(mub::laid_out(sizeof(mub_list) == 80 && offsetof(mub_list, tail) == 8 &&
-                            offsetof(mub_list, count) == 16 && offsetof(mub_list, keys) == 24 &&
-                            offsetof(mub_list, entry_pool) == 48 &&
-                            offsetof(mub_list, owns_entry_pool) == 56 &&
-                            offsetof(mub_list, value_pool) == 64 &&
-                            offsetof(mub_list, owns_value_pool) == 72),
-              "layout of mub_list");
 
 namespace mub {
 

@@ -1,19 +1,7 @@
 // mub_lists: bare values, one an entry.
-#include <cstddef>
 #include <utility>
 
-#include "core/layout.h"
 #include "list/linked_chain.h"
-
-static_assert(mub::laid_out(sizeof(mub_lists_entry) == 24 && offsetof(mub_lists_entry, next) == 8 &&
-                            offsetof(mub_lists_entry, value) == 16),
-              "layout of mub_lists_entry");
-static_assert(mub::laid_out(sizeof(mub_lists) == 56 && offsetof(mub_lists, tail) == 8 &&
-                            offsetof(mub_lists, count) == 16 && offsetof(mub_lists, entry_pool) == 24 &&
-                            offsetof(mub_lists, owns_entry_pool) == 32 &&
-                            offsetof(mub_lists, value_pool) == 40 &&
-                            offsetof(mub_lists, owns_value_pool) == 48),
-              "layout of mub_lists");
 
 using namespace mub;
 using chain::End;

@@ -1,21 +1,8 @@
 // mub_listx: an unrolled list, whose entries are blocks of up to 32 values.
 #include <algorithm>
-#include <cstddef>
 #include <utility>
 
-#include "core/layout.h"
 #include "list/linked_chain.h"
-
-static_assert(mub::laid_out(sizeof(mub_listx_block) == 280 && offsetof(mub_listx_block, next) == 8 &&
-                            offsetof(mub_listx_block, count) == 16 &&
-                            offsetof(mub_listx_block, values) == 24),
-              "layout of mub_listx_block");
-static_assert(mub::laid_out(sizeof(mub_listx) == 56 && offsetof(mub_listx, tail) == 8 &&
-                            offsetof(mub_listx, count) == 16 && offsetof(mub_listx, entry_pool) == 24 &&
-                            offsetof(mub_listx, owns_entry_pool) == 32 &&
-                            offsetof(mub_listx, value_pool) == 40 &&
-                            offsetof(mub_listx, owns_value_pool) == 48),
-              "layout of mub_listx");
 
 namespace mub {
 namespace {

@@ -1,9 +1,7 @@
 #include "mub_string.h"
 
-#include <cstddef>
 #include <cstdlib>
 
-#include "core/layout.h"
 #include "core/number_text.h"
 #include "text/text_buffer.h"
 
@@ -23,10 +21,6 @@ void put_integer(mub_string &string, int64_t start, int64_t value) {
 
 }  // namespace
 }  // namespace mub
-
-static_assert(mub::laid_out(sizeof(mub_string) == 24 && offsetof(mub_string, data) == 0 &&
-                            offsetof(mub_string, length) == 8 && offsetof(mub_string, capacity) == 16),
-              "layout of mub_string");
 
 extern "C" {
 

@@ -1,7 +1,5 @@
 #include <algorithm>
-#include <cstddef>
 
-#include "core/layout.h"
 #include "core/number_text.h"
 #include "mub_string.h"
 #include "text/text_buffer.h"
@@ -94,10 +92,6 @@ void store(const mub_stringx &view, const Part &part, mub_char &out) {
 
 }  // namespace
 }  // namespace mub
-
-static_assert(mub::laid_out(sizeof(mub_stringx) == 24 && offsetof(mub_stringx, text) == 0 &&
-                            offsetof(mub_stringx, start) == 8 && offsetof(mub_stringx, length) == 16),
-              "layout of mub_stringx");
 
 extern "C" {
 

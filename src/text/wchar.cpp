@@ -1,8 +1,5 @@
 #include "mub_wchar.h"
 
-#include <cstddef>
-
-#include "core/layout.h"
 #include "core/number_text.h"
 #include "core/pinned_bytes.h"
 #include "text/text_buffer.h"
@@ -41,10 +38,6 @@ void put_decimal(mub_wchar &string, int64_t start, double value) {
 
 }  // namespace
 }  // namespace mub
-
-static_assert(mub::laid_out(sizeof(mub_wchar) == 24 && offsetof(mub_wchar, data) == 0 &&
-                            offsetof(mub_wchar, length) == 8 && offsetof(mub_wchar, capacity) == 16),
-              "layout of mub_wchar");
 
 extern "C" {
 

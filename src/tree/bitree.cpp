@@ -1,21 +1,7 @@
 // mub_bitree: the branches of an entry are its left child, its right child and its next equal.
-#include <cstddef>
 
-#include "core/layout.h"
 #include "core/prefetch.h"
 #include "tree/linked_tree.h"
-
-static_assert(mub::laid_out(sizeof(mub_bitree_entry) == 40 && offsetof(mub_bitree_entry, equal) == 8 &&
-                            offsetof(mub_bitree_entry, left) == 16 &&
-                            offsetof(mub_bitree_entry, right) == 24 &&
-                            offsetof(mub_bitree_entry, value) == 32),
-              "layout of mub_bitree_entry");
-static_assert(mub::laid_out(sizeof(mub_bitree) == 80 && offsetof(mub_bitree, count) == 40 &&
-                            offsetof(mub_bitree, entry_pool) == 48 &&
-                            offsetof(mub_bitree, owns_entry_pool) == 56 &&
-                            offsetof(mub_bitree, value_pool) == 64 &&
-                            offsetof(mub_bitree, owns_value_pool) == 72),
-              "layout of mub_bitree");
 
 using namespace mub;
 

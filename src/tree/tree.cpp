@@ -1,25 +1,12 @@
 // mub_tree: the branches of an entry are the children on its ring; searches and paths through a caller's comparer.
-#include <cstddef>
 #include <utility>
 
 #include "arrays/byte_keys.h"
 #include "arrays/inline_slots.h"
 #include "core/bytes.h"
-#include "core/layout.h"
 #include "core/prefetch.h"
 #include "tree/linked_tree.h"
 #include "tree/rings.h"
-
-static_assert(mub::laid_out(sizeof(mub_tree_entry) == 40 && offsetof(mub_tree_entry, first_child) == 8 &&
-                            offsetof(mub_tree_entry, prev) == 16 && offsetof(mub_tree_entry, next) == 24 &&
-                            offsetof(mub_tree_entry, value) == 32),
-              "layout of mub_tree_entry");
-static_assert(mub::laid_out(sizeof(mub_tree) == 80 && offsetof(mub_tree, count) == 40 &&
-                            offsetof(mub_tree, entry_pool) == 48 &&
-                            offsetof(mub_tree, owns_entry_pool) == 56 &&
-                            offsetof(mub_tree, value_pool) == 64 &&
-                            offsetof(mub_tree, owns_value_pool) == 72),
-              "layout of mub_tree");
 
 using namespace mub;
 using rings::Entry;
