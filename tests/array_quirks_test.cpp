@@ -1,5 +1,5 @@
 // What programs of the arrays' functions do not reach: spare slots that name keys, offsets at their end,
-// large tables, texts in the table itself, which items a sort compares.
+// large tables, which items a sort compares.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -98,34 +98,6 @@ TEST(ArrayQuirks, TablesGrowByAtMost65536SlotsUnlessMoreAreWanted) {
     EXPECT_EQ(words.capacity, grown);
   }
   mub_arrayt_term(&words);
-}
-
-TEST(ArrayQuirks, NumbersAreReadFromATextInTheirOwnTable) {
-  const auto check = [](auto &array, auto *table, auto from_string, auto to_string, int64_t capacity) {
-    const std::string text = "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6";
-    char *place = reinterpret_cast<char *>(table);
-    text.copy(place, text.size());
-    mub_string string;
-    mub_string_init(&string);
-    from_string(&array, ',', place, 31);
-    to_string(&array, ',', &string);
-    EXPECT_EQ(string.data, text);
-    EXPECT_EQ(string.capacity, capacity) << "room for 5 or 9 characters each";
-    mub_string_term(&string);
-  };
-  mub_arrayd keys;
-  mub_arrayd_init(&keys, 0);
-  mub_arrayd_expand(&keys, 8);
-  check(keys, keys.entries, mub_arrayd_from_string, mub_arrayd_to_string, 79);
-  mub_arrayd_term(&keys);
-  for (const bool is_in_record : {true, false}) {
-    mub_arrayt words;
-    mub_arrayt_init(&words);
-    mub_arrayt_expand(&words, 12);
-    uint64_t *table = is_in_record ? words.inline_items : words.tail;
-    check(words, table, mub_arrayt_from_string, mub_arrayt_to_string, 143);
-    mub_arrayt_term(&words);
-  }
 }
 
 void *released;

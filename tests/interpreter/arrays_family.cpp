@@ -18,7 +18,7 @@ namespace mub_test {
 // role uint64_t (context|extra) = Drawn<%t, &WorldOf<%s>::draw_%n>
 // role mub_compare_\w*fn compare = Drawn<AnyComparer, &WorldOf<%s>::draw_%n>
 // role const char \* text;int64_t length = Drawn<std::tuple<const char *, int64_t>, &WorldOf<%s>::draw_text>
-// role mub_string \* string = Drawn<%t *, &WorldOf<%s>::draw_%n>
+// role mub_string \* string = StringOut
 // role uint64_t \* items;int64_t count = Words
 
 // ---- comparers, for which all blocks are alike
@@ -114,12 +114,10 @@ struct WorldOf : World {
   static constexpr int64_t kLeast = kIsWords ? 4 : 0;
 
   WorldOf(Program drawn, Refusals refused) : World(drawn, refused) {
-    for (mub_string &string : strings) mub_string_init(&string);
     for (auto &slot : slots) start(slot);
   }
   ~WorldOf() {
     for (auto &slot : slots) Functions<R>::term_(&slot.record);
-    for (mub_string &string : strings) mub_string_term(&string);
   }
   bool owns_pool(const Slot &slot) const { return slot.pool != nullptr && slot.pool != &pool; }
   void start(Slot &slot) {
@@ -170,6 +168,15 @@ struct WorldOf : World {
               value};
     } else {
       return {"", array.entries[index].key, array.entries[index].value};
+    }
+  }
+  // A slot's address, and how many lie there in a row.
+  static auto run_from(R &array, int64_t index) {
+    if constexpr (kIsWords) {
+      return index < 4 ? std::pair(array.inline_items + index, 4 - index)
+                       : std::pair(array.tail + index - 4, array.capacity - index);
+    } else if constexpr (!kIsItems) {
+      return std::pair(array.entries + index, array.capacity - index);
     }
   }
   void compare() {
@@ -235,21 +242,21 @@ struct WorldOf : World {
     order = kOrders[program.below(4)];
     return {};
   }
-  // Not the one that a second reader has.
-  mub_string *draw_string() {
-    joined = &strings[joined == strings ? 1 : 0];
-    mub_string_copy(joined, "old", 3);
-    return joined;
-  }
-
-  // A text to be split, which may be the array's own keys. Lengths below 1 are of no text.
+  // A text to be split, which may lie in the array's own keys or spare slots. Lengths below 1 are of no text.
   std::tuple<const char *, int64_t> draw_text() {
     text.clear();
     for (int64_t left = program.below(program.one_in(4) ? 100 : 12); left > 0; --left)
       text += ",, \t\n019-ax"[program.below(11)];
     std::string_view passed = text;
+    const bool is_own = program.one_in(4);
     if constexpr (kHasBytes) {
-      if (program.one_in(4)) text = passed = stored_keys(self->record.keys);
+      if (is_own) text = passed = stored_keys(self->record.keys);
+    } else if (const int64_t spare = self->table.count; is_own && spare < self->table.capacity()) {
+      const auto [first, run] = run_from(self->record, spare);
+      text.resize(std::min(text.size(), clipped(run) * sizeof *first));
+      passed = {reinterpret_cast<char *>(first), text.size()};
+      std::memcpy(first, text.data(), text.size());
+      for (int64_t i = spare; i < spare + run; ++i) self->table[i] = read(self->record, i);
     }
     return {passed.data(), passed.empty() ? -1 : std::ssize(passed)};
   }
@@ -411,7 +418,7 @@ struct WorldOf : World {
       EXPECT_GE(add(self->table.count, true), 0) << "not all of it";
     }
   }
-  void expect(op::to_string_, None) {
+  void expect_joined(const mub_string &joined) {
     std::string expected = failed ? "old" : "";
     for (int64_t i = 0; i < self->table.used() && !failed; ++i) {
       const auto &[bytes, number, value] = self->table[i];
@@ -419,7 +426,8 @@ struct WorldOf : World {
           kIsWords ? std::to_string(static_cast<int64_t>(number)) : std::to_string(number);
       expected += (expected.empty() ? "" : ",") + (kHasBytes ? bytes : digits);
     }
-    EXPECT_EQ(std::string(joined->data, static_cast<size_t>(joined->length)), expected);
+    EXPECT_EQ(std::string(joined.data, clipped(joined.length)), expected);
+    EXPECT_TRUE(kHasBytes || failed || joined.capacity >= self->table.used() * (kIsWords ? 9 : 5) - 1);
   }
   template <class Op>
   requires(named<Op>("_all")) void expect(Op, auto) {
@@ -497,7 +505,6 @@ struct WorldOf : World {
   Slot slots[kSlots];
   Pool pool{8}, users[2] = {Pool(8), Pool(8)};
   std::map<const mub_pool *, int64_t> live = {{&pool, 0}};  // blocks of the pools
-  mub_string strings[2];
 
   // What this step has drawn.
   Slot *self = nullptr, *peer = nullptr;
@@ -507,7 +514,6 @@ struct WorldOf : World {
   bool is_ascending = false, is_unique = false;
   const KeyOut *key_out = nullptr;
   std::string text;
-  mub_string *joined = nullptr;
   std::vector<uint64_t> words, sorted_words;
 };
 
@@ -550,6 +556,16 @@ template <class R>
 using Destination = Peer<R>;
 using Words = Drawn<std::tuple<uint64_t *, int64_t>, &WorldOf<mub_arrayt>::draw_words>;
 
+struct StringOut {
+  explicit StringOut(auto &) {
+    mub_string_init(&record);
+    mub_string_copy(&record, "old", 3);
+  }
+  ~StringOut() { mub_string_term(&record); }
+  auto arguments() { return std::tuple(&record); }
+  mub_string record;
+};
+
 // ---- operations
 
 void by_hand(op::init_, auto &world, auto) {
@@ -571,6 +587,10 @@ void by_hand(op::append_, WorldOf<R> &world, F append) {
 template <class Op, class R, class... Rest>
 void check(Op op, WorldOf<R> &world, Self<R> &, Rest &&...rest) {
   world.expect(op, std::get<sizeof...(rest) - 1>(std::tie(rest...)));
+}
+template <class R>
+void check(op::to_string_, WorldOf<R> &world, Self<R> &, auto &, StringOut &string, None) {
+  world.expect_joined(string.record);
 }
 template <class Op>
 void check(Op, WorldOf<mub_arrayt> &world, Words &, None) {
