@@ -31,10 +31,7 @@ inline int64_t used(const mub_arrayt &array) {
   return std::min(array.count, array.tail != nullptr ? array.capacity : kInlineWords);
 }
 
-inline bool holds(const mub_arrayt &array, int64_t index) {
-  if (index < 0 || index >= array.count) return false;
-  return index < kInlineWords || (array.tail != nullptr && index < array.capacity);
-}
+inline bool holds(const mub_arrayt &array, int64_t index) { return index >= 0 && index < used(array); }
 
 inline uint64_t &word(mub_arrayt &array, int64_t index) {
   assert(index < kInlineWords || array.tail != nullptr);

@@ -123,12 +123,11 @@ class Sorting {
     return {up, before_equals(range.low, pivot, down + 1, pivot_key)};
   }
 
-  // Steps back from `end` over the run of slots equal to the pivot, so that neither part contains it again.
+  // Steps back from `end`, which is after the pivot, over the run of slots equal to it, so that neither part
+  // contains it again.
   int64_t before_equals(int64_t low, int64_t pivot, int64_t end, const Key &pivot_key) const {
-    if (pivot < end) {
-      do --end;
-      while (end > pivot && equal(key(end), pivot_key));
-    }
+    do --end;
+    while (end > pivot && equal(key(end), pivot_key));
     if (pivot >= end) {
       do --end;
       while (end > low && equal(key(end), pivot_key));

@@ -104,7 +104,7 @@ void lower_names(mub_btree_entry &top, uint32_t offset, uint32_t length) {
 void ByteKeys::lower_offsets(Entry &top, uint32_t offset, uint32_t length) {
   lower_names(top, offset, length);
   const Entry *last = bplus::last_leaf(top);
-  for (const Entry *leaf = bplus::first_leaf(top); leaf != nullptr; leaf = bplus::neighbour<1>(*leaf)) {
+  for (const Entry *leaf = bplus::first_leaf(top);; leaf = bplus::neighbour<1>(*leaf)) {
     for (int64_t i = 0; i < leaf->children.count; ++i) {
       keys::move_down(*bplus::record_at<ByteKeys>(*leaf, i), offset, length);
     }

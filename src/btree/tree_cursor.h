@@ -32,7 +32,7 @@ constexpr int kLevelsInCache = 3;
 template <int kStep, class Entry>
 Entry *outermost_leaf(const Entry &root) {
   Entry *leaf = kStep > 0 ? first_leaf(root) : last_leaf(root);
-  return has_children(leaf) ? leaf : leaf_beside<kStep>(leaf);
+  return has_children(*leaf) ? leaf : leaf_beside<kStep>(leaf);
 }
 
 template <class Kind>
@@ -122,7 +122,7 @@ RecordOf<Kind> *cursor_seek(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree, Ke
   if (place.spot.index < place.leaf->children.count) return record_at<Kind>(*place.leaf, place.spot.index);
   // The key is above all records of its leaf, which is the last one, unless a caller has changed the tree.
   if (RecordOf<Kind> *record = step_out<Kind, 1>(cursor)) return record;
-  if (has_children(cursor.leaf)) return nullptr;
+  if (has_children(*cursor.leaf)) return nullptr;
   cursor_start<Kind, -1>(cursor, tree);
   if (cursor.leaf != nullptr) ++cursor.index;
   return nullptr;

@@ -31,8 +31,8 @@ inline int64_t position(const mub_arrays &children, const void *child) {
 }
 
 template <class Entry>
-bool has_children(const Entry *entry) {
-  return entry != nullptr && entry->children.count > 0;
+bool has_children(const Entry &entry) {
+  return entry.children.count > 0;
 }
 
 template <class Entry>
@@ -81,7 +81,7 @@ Entry *neighbour(const Entry &leaf) {
 template <int kStep, class Entry>
 Entry *leaf_beside(const Entry *leaf) {
   Entry *beside = neighbour<kStep>(*leaf);
-  while (beside != nullptr && !has_children(beside)) beside = neighbour<kStep>(*beside);
+  while (beside != nullptr && !has_children(*beside)) beside = neighbour<kStep>(*beside);
   return beside;
 }
 

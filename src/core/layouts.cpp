@@ -1,5 +1,5 @@
-// The layouts that the interface promises where pointers have 8 bytes. Elsewhere, records are laid out as the machine's
-// compilers lay out the same declarations.
+// The layouts that the interface promises where pointers have 8 bytes. Elsewhere, records are laid out as the
+// machine's compilers lay out the same declarations.
 #include <cstddef>
 #include <type_traits>
 #include <utility>

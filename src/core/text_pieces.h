@@ -52,7 +52,7 @@ struct Extent {
     if (wanted > capacity) capacity = buffer::grown_capacity<mub_string>(length, capacity, wanted);
   }
   void append(int64_t added) {
-    if (length > kMaxUnits / 2) return;  // Far from any memory's end, and safe from overflow.
+    if (length > kMaxUnits / 2) return;  // GCOVR_EXCL_BR_LINE: no memory has so much; safe from overflow
     reserve(length + added);
     length += added;
   }
