@@ -36,7 +36,9 @@ TEST(ArrayQuirks, SpareSlotsKeepKeysThatMayLeaveTheStreamAndItsBlock) {
   EXPECT_EQ(std::string(reinterpret_cast<char *>(array.keys.data), 9), "first2thi");
   EXPECT_EQ(array.keys.length, 9);
   // One that would leave the block is refused.
-  array.entries[3] = {static_cast<uint32_t>(array.keys.capacity), 2, 7};
+  array.entries[3] = {static_cast<uint32_t>(array.keys.capacity - 1), 2, 7};
+  EXPECT_EQ(mub_array_set_at(&array, 3, "abc", 3, 9), 0u);
+  ++array.entries[3].key_offset;
   EXPECT_EQ(mub_array_set_at(&array, 3, "ab", 2, 9), 0u);
   mub_array_shrink(&array, 4);
   EXPECT_EQ(keys_of(array)[3], "");
@@ -97,6 +99,9 @@ TEST(ArrayQuirks, TablesGrowByAtMost65536SlotsUnlessMoreAreWanted) {
     EXPECT_EQ(mub_arrayt_expand(&words, int64_t{1} << 60), 0);
     EXPECT_EQ(words.capacity, grown);
   }
+  words.count = INT64_MAX;
+  mub_arrayt_append_array(&words, &words);
+  EXPECT_EQ(words.count, INT64_MAX) << "too many";
   mub_arrayt_term(&words);
 }
 

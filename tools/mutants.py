@@ -159,8 +159,8 @@ class Finder:
             elif kind == CursorKind.CXX_BOOL_LITERAL_EXPR:
                 self.add(span, "false" if self.text(span) == "true" else "true")
             elif kind == CursorKind.CALL_EXPR:
-                # Two things are swapped either way round.
-                if not self.calls(cursor, "swap"):
+                # These do not depend on the order of their arguments.
+                if not self.calls(cursor, "(swap|min|max)"):
                     self.add_swapped_arguments(cursor)
             if kind in BRANCHES | {CursorKind.CONDITIONAL_OPERATOR}:
                 self.add_condition(kind, children)

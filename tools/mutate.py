@@ -38,7 +38,7 @@ OWN_TESTS = {
 SETTINGS = ["-DMUB_BUILD_BENCH=OFF", "-DMUB_BUILD_EXAMPLES=OFF", "-DMUB_BUILD_API=OFF", "-DMUB_WERROR=OFF"]
 # A runaway program ends before the machine is short of memory. AddressSanitizer reserves far more addresses than it
 # uses, so it counts what is resident (ASAN_OPTIONS).
-RELEASE_LIMITS = ["prlimit", "--core=0", f"--as={4 << 30}"]
+RELEASE_LIMITS = ["prlimit", "--core=0", f"--as={8 << 30}"]
 DEV_LIMITS = ["prlimit", "--core=0"]
 ENVIRONMENT = {
     **os.environ, "MUB_TEST_SEED": "1", "GTEST_BREAK_ON_FAILURE": "1", "GTEST_FAIL_FAST": "1",
