@@ -89,7 +89,7 @@ TYPED_TEST_SUITE_P(Programs);
 
 #if defined(MUB_TWO_READERS)
 
-TYPED_TEST_P(Programs, AgreeWithTheModelWhileTwoThreadsRead) { this->run_many(10); }
+TYPED_TEST_P(Programs, AgreeWithTheModelWhileTwoThreadsRead) { this->run_many(9); }
 REGISTER_TYPED_TEST_SUITE_P(Programs, AgreeWithTheModelWhileTwoThreadsRead);
 
 #else
