@@ -142,6 +142,12 @@ class CheckApi(Tree):
             self.check("check_api"),
             "include/mub_a.hpp:1: mub_won: not in the C headers", "include/mub_b.hpp: not included by mub.hpp")
 
+    def test_reports_records_without_a_layout_a_printer_or_a_cxx_type(self):
+        header = HEADER.replace("mub_two(", "mub_one_term(")
+        self.write("include/mub_a.h", header + "typedef struct mub_one {\n  int a;\n} mub_one;\n")
+        self.write("src/mub.map", MAP.replace("mub_two", "mub_one_term"))
+        self.assert_reports(self.check("check_api"), "mub_one: no row", "mub_one: not in gdb", "mub_one: no C++ type")
+
     def test_reports_a_wrong_soname(self):
         self.assert_reports(self.check("check_api", self.built(soname="libmub.so.2")), "SONAME")
 
