@@ -15,35 +15,28 @@ namespace mub_test {
 // role int separator = Separator
 // role mub_string \* string = StringOut
 
-template <class R>
-constexpr bool kIsUnrolled = std::is_same_v<R, mub_listx>;
-
 std::string key_of(const auto &record, const auto &entry) {
   return std::string(stored_keys(record.keys).substr(entry.key_offset, entry.key_length));
 }
-void read_entry(const mub_list &list, mub_list_entry &entry, Items<false> &items) {
-  items.push_back({&entry, entry.value, key_of(list, entry)});
-}
-void read_entry(const mub_lists &, mub_lists_entry &entry, Items<false> &items) {
-  items.push_back({&entry, entry.value});
-}
-void read_entry(const mub_listx &, mub_listx_block &block, Items<false> &items) {
-  ASSERT_TRUE(block.count >= 1 && block.count <= 32);
-  for (int64_t i = 0; i < block.count; ++i) items.push_back({nullptr, block.values[i]});
-}
-template <class R>
-void read_items(const R &list, Items<false> &items) {
-  typename Kind<R>::Entry *before = nullptr;
+void read_items(const auto &list, Items<false> &items) {
+  decltype(list.head) before = nullptr;
+  int64_t key_bytes = 0;
   for (auto *entry = list.head; entry != nullptr; before = std::exchange(entry, entry->next)) {
     ASSERT_EQ(entry->prev, before);
-    ASSERT_LT(static_cast<int64_t>(items.size()), list.count);
-    ASSERT_NO_FATAL_FAILURE(read_entry(list, *entry, items));
+    ASSERT_LT(std::ssize(items), list.count);
+    if constexpr (requires { entry->values; }) {
+      ASSERT_TRUE(entry->count >= 1 && entry->count <= 32);
+      for (int64_t i = 0; i < entry->count; ++i) items.push_back({nullptr, entry->values[i]});
+    } else if constexpr (requires { list.keys; }) {
+      items.push_back({entry, entry->value, key_of(list, *entry)});
+      key_bytes += entry->key_length;
+    } else {
+      items.push_back({entry, entry->value});
+    }
   }
   ASSERT_EQ(list.tail, before);
-  if constexpr (std::is_same_v<R, mub_list>) {
-    int64_t bytes = 0;
-    for (const Item &item : items) bytes += static_cast<int64_t>(item.key.size());
-    ASSERT_EQ(bytes, list.keys.length) << "the store has the bytes of the keys alone";
+  if constexpr (requires { list.keys; }) {
+    ASSERT_EQ(list.keys.length, key_bytes) << "keys alone";
   }
 }
 
@@ -67,24 +60,17 @@ inline constexpr auto draw_separator = [](auto &world) {
   return "abx1"[world.program.below(4)] - 0x100 * static_cast<int>(world.program.below(3));
 };
 using Separator = Drawn<int, draw_separator>;
-// Two strings of the same content, one for the list and one for the model.
-struct StringOut : Other<mub_string, mub_string_init, mub_string_term> {
-  explicit StringOut(auto &world) {
-    const std::string content(static_cast<size_t>(world.program.below(40)), 'x');
-    for (mub_string *each : {&record, &expected.record})
-      mub_string_append(each, content.data(), static_cast<int64_t>(content.size()));
-  }
-  Other expected;
-};
+using StringOut = Pair<mub::string, mub_string_append_char>;
 
 // ---- operations
 
 // A new value is a block, or 0; the other additions give the entry, or the list.
-template <class Op, class R>
-void check(Op, WorldOf<R> &world, Self<R> &self,
+template <class Op>
+void check(Op, auto &world, auto &self,
            const auto &...args) requires(named<Op>("add") || named<Op>("insert")) {
+  using R = std::remove_reference_t<decltype(self.slot.record)>;
   const auto result = result_of(args...);
-  Slot<R> &slot = self.slot;
+  auto &slot = self.slot;
   Items<false> &items = slot.content;
   Item item;
   if (const auto *key = role_of<ByteKey<R>>(args...)) item.key = key->bytes;
@@ -92,18 +78,17 @@ void check(Op, WorldOf<R> &world, Self<R> &self,
     EXPECT_EQ(seen, role_of<Init>(args...)->is_given && result != 0 ? Words{result} : Words());
     EXPECT_TRUE(seen.empty() || out_value_seen == items.size()) << "the list is as it was";
     EXPECT_EQ(result == 0, world.failed || !slot.has_values);
-    const bool is_added = slot.record.count > static_cast<int64_t>(items.size());
-    EXPECT_TRUE(is_added || world.failed);
-    if (!is_added) return;
+    EXPECT_TRUE(world.failed || slot.record.count > std::ssize(items));
+    if (slot.record.count == std::ssize(items)) return;
     item.value = result;
   } else {
     item.value = role_of<Value<R>>(args...)->word;
     EXPECT_EQ(result == nullptr, world.failed);
     if (result == nullptr) return world.give_back(slot, item.value);
-    if constexpr (kIsUnrolled<R>) {
-      EXPECT_EQ(result, &slot.record);
-    } else {
+    if constexpr (requires { result->value; }) {
       item.entry = result;
+    } else {
+      EXPECT_EQ(result, &slot.record);
     }
   }
   const auto *place = role_of<Place<R>>(args...);
@@ -193,8 +178,7 @@ void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> 
   drop_all(world, slot, Functions<R>::remove_all_);
 }
 // The tail block alone.
-template <class F>
-void by_hand(op::free_array_, WorldOf<mub_listx> &world, F free_array) {
+void by_hand(op::free_array_, WorldOf<mub_listx> &world, auto free_array) {
   Self<mub_listx> self(world);
   const Free release(world);
   mub_listx_block *block = self.slot.record.tail;
@@ -216,25 +200,20 @@ void by_hand(op::adjust_t_, WorldOf<mub_list> &world, auto adjust) {
 }
 
 // An array takes the same keys from a text.
-void check(op::from_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Separator &separator,
-           ByteKey<mub_list> &text, None) {
-  Array keys;
+void check(op::from_string_, auto &world, Self<mub_list> &self, Separator &separator, ByteKey<mub_list> &text,
+           None) {
+  mub::array keys;
   if (!world.failed)
-    mub_array_from_string(&keys.record, separator.value, text.bytes.data(),
-                          static_cast<int64_t>(text.bytes.size()));
-  for (int64_t i = 0; i < keys.record.count; ++i)
-    self.slot.content.push_back({.key = key_of(keys.record, keys.record.entries[i])});
+    mub_array_from_string(keys.c(), separator.value, text.bytes.data(), std::ssize(text.bytes));
+  for (const auto [key, value] : keys) self.slot.content.push_back({.key = std::string(key)});
 }
 // And it makes the same string of them, of the same capacity.
-void check(op::to_string_, WorldOf<mub_list> &world, Self<mub_list> &self, Separator &separator,
-           StringOut &out, None) {
-  Array keys;
-  for (const Item &item : self.slot.content)
-    mub_array_append(&keys.record, item.key.data(), static_cast<int64_t>(item.key.size()), 0);
-  const mub_string &expected = out.expected.record;
-  if (!world.failed) mub_array_to_string(&keys.record, separator.value, &out.expected.record);
-  EXPECT_EQ(mub_string_compare(&out.record, expected.data, expected.length), 0);
-  EXPECT_EQ(out.record.capacity, expected.capacity);
+void check(op::to_string_, auto &world, Self<mub_list> &self, Separator &separator, StringOut &out, None) {
+  mub::array keys;
+  for (const Item &item : self.slot.content) keys.append(item.key, 0);
+  if (!world.failed) mub_array_to_string(keys.c(), separator.value, out.expected.c());
+  EXPECT_EQ(out.record.view(), out.expected.view());
+  EXPECT_EQ(out.record.capacity(), out.expected.capacity());
 }
 
 }  // namespace mub_test

@@ -5,16 +5,16 @@
 
 namespace mub_test {
 
-// role const %r_entry \* (bound|stop);const %r_entry \* (start|entry) = Within<%s>, Range<%s>
-// role const %r_entry \* (a|ancestor);const %r_entry \* (b|entry) = Within<%s>, Node<%s>, Node<%s>
-// role const %r_entry \* (entry|current) = Within<%s>, Node<%s>
+// role const %r_entry \* (bound|stop);const %r_entry \* (start|entry) = Within, Range
+// role const %r_entry \* (a|ancestor);const %r_entry \* (b|entry) = Within, Node<%s>, Node<%s>
+// role const %r_entry \* (entry|current) = Within, Node<%s>
 // role %r_entry \* current = Node<%s>
-// role const %r_entry \* source = Node<%s>
 // role %r_entry \* (parent|sibling) = Place<%s>
 // role %r_entry \* entry;int direction;%r_entry \* added = Place<%s>, Direction, Fresh<%s>
 // role %r_entry \* (child|entry) = Fresh<%s>
+// role const void \* key;int64_t length = Key
 // role int64_t depth = Depth
-// role const mub_array \* path = Path<%s>
+// role const mub_array \* path = Path
 // role mub_arrayt \* array = ArrayOut
 
 using Document = Items<true>;
@@ -77,9 +77,8 @@ Words values_of(const Document &items, size_t index = 0) {
 // ---- roles
 
 // The tree of entries that come without it.
-template <class R>
-struct Within : Self<R> {
-  using Self<R>::Self;
+struct Within : Self<mub_tree> {
+  using Self::Self;
   std::tuple<> arguments() const { return {}; }
 };
 template <class R>
@@ -95,76 +94,63 @@ struct Fresh {
   auto arguments() const { return std::tuple(entry); }
   typename Kind<R>::Entry *entry = nullptr;
 };
-inline constexpr auto draw_direction = [](auto &world) {
-  constexpr int kDirections[] = {INT32_MIN, INT32_MAX, 0};
-  return kDirections[world.program.below(3)];
+// A side, by any number of its sign.
+struct Direction {
+  explicit Direction(auto &world) : side(static_cast<int>(world.program.below(3))) {}
+  auto arguments() const { return std::tuple(side == 2 ? 0 : side == 1 ? INT32_MAX : INT32_MIN); }
+  int side;
 };
-using Direction = Drawn<int, draw_direction>;
 // An entry, and a bound: itself, one above it, or none, as which the root counts too.
-template <class R>
-struct Range : Node<R> {
-  explicit Range(WorldOf<R> &world) : Node<R>(world), bound(this->index) {
-    while (bound > 0 && !world.program.one_in(3)) bound = above(this->items, bound);
+struct Range : Node<mub_tree> {
+  explicit Range(auto &world) : EntryOf(world), bound(index) {
+    while (bound > 0 && !world.program.one_in(3)) bound = above(items, bound);
     has_bound = bound > 0 || world.program.one_in(2);
   }
-  auto arguments() const { return std::tuple(has_bound ? this->entry_at(bound) : nullptr, this->entry); }
+  auto arguments() const { return std::tuple(has_bound ? entry_at(bound) : nullptr, entry); }
   size_t bound;
   bool has_bound;
 };
 // A word that is some entry's value, or none.
-template <class R>
-uint64_t draw_key(WorldOf<R> &world) {
-  const Node<R> node(world);
+uint64_t draw_key(auto &world) {
+  const Node<mub_tree> node(world);
   return world.program.one_in(4) ? 99 : node.items[node.index].value;
 }
-template <class R>
 struct Key {
-  explicit Key(WorldOf<R> &world) : word(draw_key(world)) {}
+  explicit Key(auto &world) : word(draw_key(world)) {}
   auto arguments() const { return std::tuple(static_cast<const void *>(&word), int64_t{8}); }
   uint64_t word;
 };
 inline constexpr auto draw_depth = [](auto &world) { return world.program.below(3); };
 using Depth = Drawn<int64_t, draw_depth>;
-template <class R>
-struct Path : Array {
-  explicit Path(WorldOf<R> &world) {
+struct Path {
+  explicit Path(auto &world) {
     for (auto left = world.program.below(6); left > 0; --left) {
       keys.push_back(draw_key(world));
-      mub_array_append(&record, &keys.back(), sizeof keys.back(), 0);
+      mub_array_append(array.c(), &keys.back(), sizeof keys.back(), 0);
     }
   }
+  auto arguments() { return std::tuple(array.c()); }
   Words keys;
+  mub::array array;
 };
-struct ArrayOut : Other<mub_arrayt, mub_arrayt_init, mub_arrayt_term> {
-  explicit ArrayOut(auto &world) : before(static_cast<size_t>(world.program.below(20)), 7) {
-    for (const uint64_t word : before) mub_arrayt_append(&record, word);
-  }
-  Words before;
-};
+using ArrayOut = Pair<mub::arrayt, mub_arrayt_append>;
 
 // ---- linking and cutting
 
-// Checks what hangs on an entry of no tree against items of a tree, of which it may be a copy.
-void expect_like(const Document &items, size_t index, auto &entry, bool is_copy) {
+// Checks what hangs on an entry of no tree against items of a tree, of which it may be a copy; gives what is
+// there.
+Document expect_like(const Document &items, size_t index, auto &entry, bool is_copy) {
   Document there;
   there.clear();
-  ASSERT_NO_FATAL_FAILURE(read_below(entry, there, items[index].depth, items[index].side));
-  ASSERT_EQ(there.size(), end_of(items, index) - index);
-  for (const Item &item : there) {
-    const Item &expected = items[index++];
-    ASSERT_EQ(item.place(), expected.place());
-    ASSERT_EQ(item.value, expected.value);
-    ASSERT_EQ(item.entry != expected.entry, is_copy);
+  read_below(entry, there, items[index].depth, items[index].side);
+  EXPECT_EQ(there.size(), end_of(items, index) - index);
+  for (size_t i = 0; i < there.size() && !::testing::Test::HasFailure(); ++i) {
+    const Item &item = there[i], &expected = items[index + i];
+    EXPECT_EQ(item.place(), expected.place());
+    EXPECT_EQ(item.value, expected.value);
+    EXPECT_TRUE(i == 0 || (item.entry != expected.entry) == is_copy);
   }
-}
-// What a copy has, which no longer counts.
-template <class R>
-Document read_copy(Slot<R> &slot, auto &copy) {
-  Document copies;
-  copies.clear();
-  read_below(copy, copies);
-  slot.record.count -= static_cast<int64_t>(copies.size()) - 1;
-  return copies;
+  return there;
 }
 
 // An entry is linked before a sibling, last of all children, or on a side, of which what was there is no
@@ -183,7 +169,7 @@ void check(Op, WorldOf<R> &world, Self<R> &self, Place<R> &place, const auto &..
   }
   const size_t end = end_of(items, place.index);
   size_t at = named<Op>("append") ? end : place.index;
-  const int side = direction == nullptr ? 0 : direction->value < 0 ? 0 : direction->value > 0 ? 1 : 2;
+  const int side = direction == nullptr ? 0 : direction->side;
   if (direction != nullptr) {
     for (++at; at < end && items[at].side < side;) at = end_of(items, at);
     const size_t gone = at < end && items[at].side == side ? end_of(items, at) - at : 0;
@@ -199,8 +185,7 @@ void check(Op, WorldOf<R> &world, Self<R> &self, Place<R> &place, const auto &..
 }
 
 // Removes an entry, which may be none, with all below it, and links it again, as the last child.
-template <class F>
-void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, F remove) {
+void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, auto remove) {
   Self<mub_tree> self(world);
   Place<mub_tree> place(world);
   mub_tree &tree = self.slot.record;
@@ -209,35 +194,41 @@ void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, F r
   if (place.entry == nullptr || place.index == 0) return;
   EXPECT_EQ(tree.count, static_cast<int64_t>(items.size()) - 2);
   EXPECT_TRUE(place.entry->parent == nullptr && place.entry->prev == nullptr && place.entry->next == nullptr);
-  ASSERT_NO_FATAL_FAILURE(expect_like(items, place.index, *place.entry, false));
+  expect_like(items, place.index, *place.entry, false);
   const size_t parent = above(items, place.index), end = end_of(items, place.index);
   mub_tree_entry_append(&tree, place.entry_at(parent), place.entry);
   std::rotate(items.at(place.index), items.at(end), items.at(end_of(items, parent)));
 }
 
-// A copy, which has the values now, goes back to the pool; or it stays, in a pool of the tree's own, as it
-// was.
+// A copy of an entry goes back to the pool, with its values. A copy that was only made stays as it was, and
+// so does what a tree gives back to a pool of its own: the test drops it.
 template <class R, class F>
-void by_hand(OneOf<op::entry_remove_, op::entry_remove_x_, op::entry_free_> auto, WorldOf<R> &world,
-             F give_back) {
-  constexpr bool frees = std::is_invocable_v<F, R *, typename Kind<R>::Entry *, mub_free_fn>;
+void by_hand(OneOf<op::clone_entry_, op::entry_remove_, op::entry_remove_x_, op::entry_free_> auto op,
+             WorldOf<R> &world, F give_back) {
+  using Op = decltype(op);
+  constexpr bool is_clone = named<Op>("clone"), is_kept = named<Op>("free") || std::is_same_v<R, mub_tree>;
   Self<R> self(world);
   const Node<R> node(world);
+  const bool stays = is_clone || (is_kept && self.slot.owns_entries());
   R &tree = self.slot.record;
-  auto *copy = Functions<R>::clone_entry_(&tree, node.entry);
-  const Document copies = read_copy(self.slot, *copy);
-  for (size_t i = node.index; i < node.index + copies.size(); ++i) {
-    self.slot.content[i].value = node.entry_at(i)->value = 0;
-  }
   const int64_t count = tree.count, live = tree.entry_pool->live_count;
-  release_by(give_back, world, self, values_of(copies), copy);
-  const bool stays = self.slot.owns_entries() && (frees || std::is_same_v<R, mub_tree>);
-  EXPECT_EQ(tree.count, count);
-  EXPECT_EQ(tree.entry_pool->live_count, live - (stays ? 0 : static_cast<int64_t>(copies.size())));
-  if (stays) expect_like(copies, 0, *copy, false);
-  for (const Item &item : copies) {
-    if (stays) mub_pool_free(tree.entry_pool, item.entry);
+  auto *copy = world.call([&] { return Functions<R>::clone_entry_(&tree, node.entry); });
+  EXPECT_EQ(copy == nullptr, world.failed);
+  if (copy == nullptr) return;
+  EXPECT_EQ(copy->parent, nullptr);
+  Document copies = expect_like(node.items, node.index, *copy, true);
+  const auto copied = static_cast<int64_t>(copies.size());
+  EXPECT_EQ(tree.count, count + copied - 1);
+  if constexpr (!is_clone) {
+    for (size_t i = node.index; i < node.index + copies.size(); ++i)
+      self.slot.content[i].value = node.entry_at(i)->value = 0;
+    release_by(give_back, world, self, values_of(copies), copy);
   }
+  EXPECT_EQ(tree.count, count + copied - 1);
+  tree.count = count;
+  EXPECT_EQ(tree.entry_pool->live_count, live + (stays ? copied : 0));
+  if (!stays) return;
+  for (const Item &item : expect_like(copies, 0, *copy, false)) mub_pool_free(tree.entry_pool, item.entry);
 }
 
 // ---- single entries
@@ -248,15 +239,6 @@ void by_hand(op::entry_init_, WorldOf<R> &, void (*init)(E *)) {
   std::memset(&entry, 'w', sizeof entry);
   init(&entry);
   EXPECT_TRUE(is_cleared(entry));
-}
-// The copy is dropped.
-template <class R, class E>
-void check(op::clone_entry_, WorldOf<R> &world, Self<R> &self, Node<R> &node, E *copy) {
-  EXPECT_EQ(copy == nullptr, world.failed);
-  if (copy == nullptr) return;
-  EXPECT_EQ(copy->parent, nullptr);
-  ASSERT_NO_FATAL_FAILURE(expect_like(node.items, node.index, *copy, true));
-  for (const Item &item : read_copy(self.slot, *copy)) mub_pool_free(self.slot.record.entry_pool, item.entry);
 }
 // The parents that depend on an entry are set again: those of its children, of their equals and of its own.
 template <class R, class E>
@@ -271,68 +253,54 @@ void by_hand(op::set_parent_, WorldOf<R> &world, void (*set_parent)(E *)) {
   set_parent(node.entry);
 }
 // The root with an entry of the caller's, and back.
-template <class R, class E>
-void by_hand(op::entry_swap_, WorldOf<R> &world, void (*swap)(E *, E *)) {
-  Self<R> self(world);
-  E &root = self.slot.record.root, other = {};
-  Item &top = self.slot.content[0];
-  if (root.value == 0) root.value = top.value = world.draw_value(self.slot);
+void by_hand(op::entry_swap_, auto &world, auto swap) {
+  Self self(world);
+  auto &root = self.slot.record.root;
+  std::decay_t<decltype(root)> other = {};
+  if (root.value == 0) root.value = self.slot.content[0].value = world.draw_value(self.slot);
   swap(&root, &other);
   EXPECT_TRUE(is_cleared(root));
-  top.entry = &other;
   expect_like(self.slot.content, 0, other, false);
-  top.entry = &root;
   swap(&root, &other);
   swap(&root, &root);
 }
-template <class F>
-void by_hand(op::cmp_, WorldOf<mub_tree> &world, F compare_bytes) {
+void by_hand(op::cmp_, auto &world, auto compare_bytes) {
   const std::string a = world.program.text(48);
   std::string b = world.program.one_in(4) ? world.program.text(3) : a;
   if (!b.empty() && world.program.one_in(2)) b[clipped(world.program.below(48)) % b.size()] ^= 1;
-  EXPECT_EQ(compare_bytes(a.data(), static_cast<int64_t>(a.size()), b.data(), static_cast<int64_t>(b.size())),
-            a == b ? 1 : 0);
+  EXPECT_EQ(compare_bytes(a.data(), std::ssize(a), b.data(), std::ssize(b)), a == b ? 1 : 0);
 }
 
 // ---- order, searches and paths
 
-void check(op::entry_index_, auto &, Within<mub_tree> &, Node<mub_tree> &node, int64_t result) {
+void check(op::entry_index_, auto &, Within &, Node<mub_tree> &node, int64_t result) {
   EXPECT_EQ(static_cast<uint64_t>(result), path_to(node.items, node.index).back());
 }
-void check(op::entry_array_, auto &world, Within<mub_tree> &, Node<mub_tree> &node, const ArrayOut &out,
-           None) {
-  Words expected = world.failed ? Words() : path_to(node.items, node.index);
-  expected.insert(expected.end(), out.before.begin(), out.before.end());
-  Words words;
-  for (int64_t i = 0; i < out.record.count; ++i) words.push_back(mub_arrayt_get_at(&out.record, i));
-  EXPECT_EQ(words, expected);
-  if (world.failed) return;
-  // It grows as if each index was put before the others.
-  mub_arrayt grown;
-  mub_arrayt_init(&grown);
-  for (auto word = expected.rbegin(); word != expected.rend(); ++word) mub_arrayt_insert_at(&grown, 0, *word);
-  EXPECT_EQ(out.record.capacity, grown.capacity);
-  mub_arrayt_term(&grown);
+// The same as if each index was put before the others.
+void check(op::entry_array_, auto &world, Within &, Node<mub_tree> &node, ArrayOut &out, None) {
+  Words path = world.failed ? Words() : path_to(node.items, node.index);
+  for (; !path.empty(); path.pop_back()) out.expected.insert_at(0, path.back());
+  EXPECT_TRUE(std::equal(out.record.begin(), out.record.end(), out.expected.begin(), out.expected.end()));
+  EXPECT_TRUE(world.failed || out.record.c()->capacity == out.expected.c()->capacity);
 }
-void check(op::entry_compare_, auto &, Within<mub_tree> &, Node<mub_tree> &a, Node<mub_tree> &b, int result) {
+void check(op::entry_compare_, auto &, Within &, Node<mub_tree> &a, Node<mub_tree> &b, int result) {
   const Words left = path_to(a.items, a.index), right = path_to(b.items, b.index);
   const auto [x, y] = std::ranges::mismatch(left, right);
   const bool is_above = x == left.end() || y == right.end();
   EXPECT_EQ(result, static_cast<int>(is_above ? left.size() - right.size() : *x - *y));
 }
-void check(op::entry_find_child_, auto &, Within<mub_tree> &, Node<mub_tree> &a, Node<mub_tree> &b,
-           int result) {
+void check(op::entry_find_child_, auto &, Within &, Node<mub_tree> &a, Node<mub_tree> &b, int result) {
   EXPECT_EQ(result, is_below(a.items, b.index, a.index) ? 1 : 0);
 }
 
 // Neighbours and searches: the first entry, or the last one, that is where the operation looks, and has the
 // key.
 template <class Op>
-void check(Op, WorldOf<mub_tree> &, Within<mub_tree> &, const auto &node,
+void check(Op, auto &, Within &, const auto &node,
            const auto &...args) requires(Op::kName.starts_with("entry_")) {
   const Document &items = node.items;
-  const auto *range = role_of<Range<mub_tree>>(node);
-  const auto *key = role_of<Key<mub_tree>>(args...);
+  const auto *range = role_of<Range>(node);
+  const auto *key = role_of<Key>(args...);
   const auto *comparer = role_of<AnyComparer>(args...);
   const size_t index = node.index, bound = range != nullptr ? range->bound : above(items, index);
   const auto is_looked_at = [&](size_t at) {
@@ -354,38 +322,33 @@ void check(Op, WorldOf<mub_tree> &, Within<mub_tree> &, const auto &node,
 
 // Entries that are missing on a path are appended, each to the one before; only one at the end gets a value.
 template <class Op>
-void check(Op, WorldOf<mub_tree> &world, Self<mub_tree> &self,
+void check(Op, auto &world, Self<mub_tree> &self,
            const auto &...args) requires(Op::kName.starts_with("find") || Op::kName.starts_with("insert")) {
   Slot<mub_tree> &slot = self.slot;
+  Document &items = slot.content;
+  const Words &keys = role_of<Path>(args...)->keys;
   const auto *from = role_of<Node<mub_tree>>(args...);
   const auto *drawn_depth = role_of<Depth>(args...);
-  const Words &keys = role_of<Path<mub_tree>>(args...)->keys;
   mub_tree_entry *const result = result_of(args...);
-  Document &items = slot.content;
   size_t at = from != nullptr ? from->index : 0;
   size_t depth = drawn_depth != nullptr ? static_cast<size_t>(drawn_depth->value) : 0;
-  if (depth >= keys.size() || !role_of<AnyComparer>(args...)->is_given) {
-    EXPECT_EQ(result, nullptr);
-    return;
-  }
-  bool is_new = false;
-  for (; depth < keys.size(); ++depth) {
+  const bool is_asked = depth < keys.size() && role_of<AnyComparer>(args...)->is_given;
+  uint64_t value = 0;
+  for (; is_asked && depth < keys.size(); ++depth) {
     const size_t parent = at;
     do ++at;
     while (is_below(items, at, parent) && items[at].value != keys[depth]);
     if (is_below(items, at, parent)) continue;
-    if (!named<Op>("insert") || slot.record.count < static_cast<int64_t>(items.size())) break;
-    items.insert(items.at(at), {.depth = items[parent].depth + 1});
-    is_new = true;
-  }
-  const bool is_reached = depth == keys.size();
-  EXPECT_TRUE(is_reached || !named<Op>("insert") || world.failed);
-  const uint64_t value = is_reached && is_new ? result->value : 0;
-  if (is_reached && is_new) {
+    if (!named<Op>("insert") || slot.record.count < std::ssize(items)) break;
+    const bool is_last = depth + 1 == keys.size();
+    items.insert(items.at(at), {.entry = is_last ? result : nullptr, .depth = items[parent].depth + 1});
+    if (!is_last) continue;
+    ASSERT_NE(result, nullptr);
+    value = items[at].value = result->value;
     EXPECT_EQ(value == 0, world.failed || !slot.has_values);
-    items[at].entry = result;
-    items[at].value = value;
   }
+  const bool is_reached = is_asked && depth == keys.size();
+  EXPECT_TRUE(is_reached || !is_asked || !named<Op>("insert") || world.failed);
   EXPECT_EQ(result, is_reached ? items[at].entry : nullptr);
   if (const auto *init = role_of<Init>(args...)) {
     EXPECT_EQ(seen, init->is_given && value != 0 ? Words{value} : Words());
