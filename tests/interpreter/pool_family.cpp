@@ -63,6 +63,11 @@ struct Slot {
     ASSERT_EQ(pool.chunk_used, carved == 0 ? -1 : carved - (chunks() - 1) * per_chunk());
     ASSERT_EQ(pool.free_count, pages);
     ASSERT_EQ(pool.free_used, pages == 0 ? -1 : free_used());
+    for (const int64_t capacity : {pool.chunk_capacity, pool.free_capacity}) {
+      int64_t grown = 0;
+      while (grown < capacity) grown += (std::max<int64_t>(grown / 2, 4) + 3) / 4 * 4;
+      ASSERT_EQ(capacity, grown);
+    }
     for (int64_t i = 0; i < chunks(); ++i) {
       const auto size = static_cast<size_t>(per_chunk() * pool.block_size);
       ASSERT_EQ(std::memcmp(pool.chunks[i], &bytes[static_cast<size_t>(i) * size], size), 0) << "chunk " << i;
@@ -215,7 +220,7 @@ void walk(Pools &world) {
     EXPECT_EQ(mub_pool_empty_find(free.data(), count, block), 0);
     block = mub_pool_iter_next(iter);
   }
-  EXPECT_EQ(block, nullptr);
+  EXPECT_EQ(iter == nullptr ? mub_pool_iter_next(iter) : block, nullptr);
   mub_pool_iter_free(iter);
 }
 
