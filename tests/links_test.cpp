@@ -20,6 +20,18 @@ TEST(UnrolledList, ReadsNoSlotThatABlockDoesNotHave) {
   EXPECT_TRUE(block->count == 31 && block->values[31] == 0) << "cleared";
 }
 
+TEST(LinkedList, LeavesAloneWhatIsNotItsOwn) {
+  mub::list list;
+  mub_list_entry foreign = {}, *entry = list.push_back("key", 1);
+  entry->next = &foreign;
+  EXPECT_EQ(list.clone().c()->head->next, nullptr) << "no block of the pool";
+  mub_list_adjust_t(list.c(), 0, -2);
+  EXPECT_EQ(list.pop_front(), 1u);
+  EXPECT_EQ(list.c()->keys.length, 3) << "the key had left the stream";
+  list.clear();
+  EXPECT_EQ(mub_list_remove_at(list.c(), entry), 0u) << "an empty list has no positions";
+}
+
 int64_t released = 0;
 void count(uint64_t) { ++released; }
 
@@ -37,6 +49,7 @@ TEST(Trees, MayBeAsDeepAsMemoryAllows) {
     sides.add(side_above, static_cast<int>(i / 1000 % 3) - 1, entry);
     side_above = entry;
   }
+  mub_tree_entry_insert(tree.c(), above, above);  // does nothing
   for (auto copy = tree.clone(); auto *each : {&tree, &copy}) each->free_all(count);
   for (auto copy = sides.clone(); auto *each : {&sides, &copy}) each->free_all(count);
   EXPECT_EQ(released, 4 * kCount);

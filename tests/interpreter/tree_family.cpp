@@ -120,7 +120,7 @@ struct Key {
   auto arguments() const { return std::tuple(static_cast<const void *>(&word), int64_t{8}); }
   uint64_t word;
 };
-inline constexpr auto draw_depth = [](auto &world) { return world.program.below(3); };
+inline constexpr auto draw_depth = [](auto &world) { return world.program.below(4) - 1; };
 using Depth = Drawn<int64_t, draw_depth>;
 struct Path {
   explicit Path(auto &world) {
@@ -331,23 +331,24 @@ void check(Op, auto &world, Self<mub_tree> &self,
   const auto *drawn_depth = role_of<Depth>(args...);
   mub_tree_entry *const result = result_of(args...);
   size_t at = from != nullptr ? from->index : 0;
-  size_t depth = drawn_depth != nullptr ? static_cast<size_t>(drawn_depth->value) : 0;
-  const bool is_asked = depth < keys.size() && role_of<AnyComparer>(args...)->is_given;
+  int64_t depth = drawn_depth != nullptr ? drawn_depth->value : 0;
+  const int64_t end = std::ssize(keys);
+  const bool is_asked = depth < end && role_of<AnyComparer>(args...)->is_given;
   uint64_t value = 0;
-  for (; is_asked && depth < keys.size(); ++depth) {
+  for (; is_asked && depth < end; ++depth) {
     const size_t parent = at;
     do ++at;
-    while (is_below(items, at, parent) && items[at].value != keys[depth]);
+    while (is_below(items, at, parent) && (depth < 0 || items[at].value != keys[static_cast<size_t>(depth)]));
     if (is_below(items, at, parent)) continue;
     if (!named<Op>("insert") || slot.record.count < std::ssize(items)) break;
-    const bool is_last = depth + 1 == keys.size();
+    const bool is_last = depth + 1 == end;
     items.insert(items.at(at), {.entry = is_last ? result : nullptr, .depth = items[parent].depth + 1});
     if (!is_last) continue;
     ASSERT_NE(result, nullptr);
     value = items[at].value = result->value;
     EXPECT_EQ(value == 0, world.failed || !slot.has_values);
   }
-  const bool is_reached = is_asked && depth == keys.size();
+  const bool is_reached = is_asked && depth == end;
   EXPECT_TRUE(is_reached || !is_asked || !named<Op>("insert") || world.failed);
   EXPECT_EQ(result, is_reached ? items[at].entry : nullptr);
   if (const auto *init = role_of<Init>(args...)) {
