@@ -6,12 +6,13 @@ namespace mub_test {
 
 // role (const )?mub_btree\w*_entry \* entry = Entry<%s>
 
-// An entry and all below it, in the order of the keys; parents come first.
+// An entry of a tree and all below it, in the order of the keys; parents come first.
 template <class R>
 struct Parts {
   using E = typename Kind<R>::Entry;
   using N = typename Kind<R>::Node;
-  explicit Parts(E &top) { add(top); }
+  explicit Parts(const R &tree) { add(const_cast<E &>(tree.root)); }
+  Parts(const R &, E &top) { add(top); }
   void add(E &entry) {
     entries.push_back(&entry);
     if (entry.level == 0) leaves.push_back(&entry);
@@ -36,7 +37,7 @@ struct BtreeKind : MapKind<R, N, Keys> {
   static constexpr bool kKeysMove = std::is_same_v<R, mub_btree>;
   static constexpr int64_t kEntryBytes = sizeof(E), kNodeBytes = sizeof(N);
 
-  static int64_t entries_of(R &tree) { return static_cast<int64_t>(Parts<R>(tree.root).entries.size()) - 1; }
+  static int64_t entries_of(R &tree) { return static_cast<int64_t>(Parts(tree).entries.size()) - 1; }
   static auto key_of(auto &item) {
     if constexpr (kKeysMove) {
       return std::tie(item.key_offset, item.key_length);
@@ -53,7 +54,7 @@ struct BtreeKind : MapKind<R, N, Keys> {
   // All invariants of the engine. The root's key stays right while removals do not move the keys.
   static void read(R &tree, const typename BtreeKind::Content &expected,
                    typename BtreeKind::Content &content) {
-    const Parts<R> parts(tree.root);
+    const Parts parts(tree);
     const auto &nodes = parts.nodes;
     ASSERT_EQ(tree.root.parent, nullptr);
     for (E *entry : parts.entries) {
@@ -94,157 +95,138 @@ template <>
 struct Kind<mub_btreex> : BtreeKind<mub_btreex, mub_btreex_entry, mub_btreex_node, mub_btreex_cursor,
                                     NumberKeys<mub_btreex, uint64_t>> {};
 
-template <class R>
-Parts<R> parts_of(Slot<R> &slot) {
-  return Parts<R>(slot.record.root);
-}
-template <class Item>
-Item *any_of(Program &program, const std::vector<Item *> &items) {
+auto *any_of(Program &program, const auto &items) {
   return items[static_cast<size_t>(program.below(static_cast<int64_t>(items.size())))];
 }
-constexpr auto draw_entry = [](auto &world) { return any_of(world.program, parts_of(*world.self).entries); };
 template <class R>
-using Entry = Drawn<typename Kind<R>::Entry *, draw_entry>;
+struct Entry {
+  explicit Entry(WorldOf<R> &world) : value(any_of(world.program, Parts(world.self->record).entries)) {}
+  auto arguments() const { return std::tuple(value); }
+  typename Kind<R>::Entry *value;
+};
 
 // ---- walks
 
 // Sets a cursor, and takes steps to and fro, or on to the end. `index` is -1 before the first record, and the
 // count after the last.
 template <class R>
-void walk(Slot<R> &slot, const Key<R> &key, Program program) {
-  using F = Functions<R>;
-  const R *tree = &slot.record;
-  const auto nodes = parts_of(slot).nodes;
+void walk(Slot<R> &slot, const auto &key, Program program) {
+  const auto &f = slot.f;
+  const auto *tree = &slot.record;
+  const auto nodes = Parts(*tree).nodes;
   const auto count = static_cast<int64_t>(nodes.size());
   const auto at = [&](int64_t i) { return i < 0 || i >= count ? nullptr : nodes[static_cast<size_t>(i)]; };
   typename Kind<R>::Cursor cursor;
   int64_t index = slot.content.not_before(key.text) - slot.content.begin();
-  ASSERT_EQ(call_with(F::cursor_seek_, &cursor, tree, key), at(index));
+  ASSERT_EQ(call_with(f.cursor_seek_, &cursor, tree, key), at(index));
   const bool goes_on = program.one_in(2);
   const auto start = program.below(3);
   if (start > 0) {
     index = start == 1 ? 0 : count - 1;
-    ASSERT_EQ((start == 1 ? F::cursor_first_ : F::cursor_last_)(&cursor, tree), at(index));
+    ASSERT_EQ((start == 1 ? f.cursor_first_ : f.cursor_last_)(&cursor, tree), at(index));
   }
   for (int64_t left = program.below(80); left > 0; --left) {
     const bool is_up = goes_on ? start != 2 : program.one_in(2);
     index = std::clamp<int64_t>(index + (is_up ? 1 : -1), -1, count);
-    ASSERT_EQ((is_up ? F::cursor_next_ : F::cursor_prev_)(&cursor), at(index));
-    ASSERT_EQ(F::cursor_node_(&cursor), at(index));
+    ASSERT_EQ((is_up ? f.cursor_next_ : f.cursor_prev_)(&cursor), at(index));
+    ASSERT_EQ(f.cursor_node_(&cursor), at(index));
     if (at(index) == nullptr) continue;
-    ASSERT_EQ(F::node_next_(tree, at(index)), at(index + 1));
-    ASSERT_EQ(F::node_prev_(tree, at(index)), at(index - 1));
+    ASSERT_EQ(f.node_next_(tree, at(index)), at(index + 1));
+    ASSERT_EQ(f.node_prev_(tree, at(index)), at(index - 1));
   }
-  ASSERT_EQ(F::node_first_(tree), at(0));
-  ASSERT_EQ(F::node_last_(tree), at(count - 1));
+  ASSERT_EQ(f.node_first_(tree), at(0));
+  ASSERT_EQ(f.node_last_(tree), at(count - 1));
   ASSERT_EQ(cursor.tree, tree);
 }
-template <class R>
-void walk(WorldOf<R> &world, Slot<R> &slot) {
-  const Key<R> key(world);
-  world.read_by_all([&] { walk(slot, key, world.program); });
-}
-template <class R>
 void by_hand(OneOf<op::cursor_first_, op::cursor_last_, op::cursor_seek_, op::cursor_next_, op::cursor_prev_,
                    op::cursor_node_, op::node_first_, op::node_last_, op::node_next_, op::node_prev_> auto,
-             WorldOf<R> &world, auto) {
-  walk(world, Self<R>(world).slot);
+             auto &world, auto) {
+  const Self self(world);
+  const Key key(world);
+  world.read_by_all([&] { walk(self.slot, key, world.program); });
 }
-template <class R>
-void by_hand(OneOf<op::first_entry_, op::last_entry_> auto, WorldOf<R> &world, auto) {
-  const Self<R> self(world);
-  auto *from = Entry<R>(world).value;
-  const auto leaves = Parts<R>(*from).leaves;
-  EXPECT_EQ(Functions<R>::first_entry_(from), leaves.front());
-  EXPECT_EQ(Functions<R>::last_entry_(from), leaves.back());
+void check(op::first_entry_, auto &world, auto &from, auto *result) {
+  EXPECT_EQ(result, Parts(world.self->record, *from.value).leaves.front());
+}
+void check(op::last_entry_, auto &world, auto &from, auto *result) {
+  EXPECT_EQ(result, Parts(world.self->record, *from.value).leaves.back());
 }
 
 // ---- keys
 
 // The leaf below an entry that holds a key, or would hold it. The key of the last may be out of date.
-template <class R>
-auto *leaf_of(const R &tree, typename Kind<R>::Entry &top, const Key<R> &key) {
-  const auto leaves = Parts<R>(top).leaves;
+auto *leaf_of(const auto &slot, auto &top, const auto &key) {
+  const auto leaves = Parts(slot.record, top).leaves;
   return *std::find_if(leaves.begin(), leaves.end() - 1,
-                       [&](const auto *leaf) { return key.text <= Kind<R>::text_of(tree, *leaf); });
+                       [&](const auto *leaf) { return key.text <= slot.kind.text_of(slot.record, *leaf); });
 }
-template <class R>
-void check(op::find_t_, WorldOf<R> &, Self<R> &self, Entry<R> &entry, Key<R> &key, auto *result) {
-  EXPECT_EQ(result, leaf_of(self.slot.record, *entry.value, key));
+void check(op::find_t_, auto &, auto &self, auto &entry, auto &key, auto *result) {
+  EXPECT_EQ(result, leaf_of(self.slot, *entry.value, key));
 }
-template <class R>
-void check(op::node_bfind_, WorldOf<R> &, Self<R> &self, Key<R> &key, auto *result) {
+void check(op::node_bfind_, auto &, auto &self, auto &key, auto *result) {
   auto &content = self.slot.content;
   const auto nearest = content.not_before(key.text);
-  expect_node<R>(result, content.empty() ? nullptr : nearest == content.end() ? &content.back() : &*nearest);
+  expect_node(result, content.empty() ? nullptr : nearest == content.end() ? &content.back() : &*nearest);
 }
 template <class R>
 void by_hand(op::insert_t_, WorldOf<R> &world, auto insert) {
-  Self<R> self(world);
-  with_keys(world, [&](Key<R> &key) {
+  Self self(world);
+  with_keys(world, [&](auto &key) {
     const NodeOut<R> out(world);
-    auto *leaf = leaf_of(self.slot.record, self.slot.record.root, key);
+    auto *leaf = leaf_of(self.slot, self.slot.record.root, key);
     const int result = world.call([&] { return call_with(insert, self, leaf, key, out); });
     expect_node_set(world, self.slot, key, *out.value, result);
   });
 }
-template <class R>
-void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_> auto, WorldOf<R> &world,
-             auto) {
-  using F = Functions<R>;
-  const Self<R> self(world);
-  const R &tree = self.slot.record;
+void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_, op::var_compare_> auto,
+             auto &world, auto) {
+  const Self self(world);
+  const auto &f = self.slot.f;
+  const auto &tree = self.slot.record;
   if (tree.root.level == 0) return;  // its key may be out of date
-  const Key<R> key(world);
-  const auto parts = parts_of(self.slot);
+  const Key key(world);
+  const Parts parts(tree);
   const auto *a = any_of(world.program, parts.leaves), *b = any_of(world.program, parts.leaves);
   const auto *node = any_of(world.program, parts.nodes);
   const auto expect_order = [&](int order, const auto &item, const auto &other) {
-    EXPECT_TRUE(Kind<R>::text_of(tree, item) <=> other == order <=> 0);
+    EXPECT_TRUE(self.slot.kind.text_of(tree, item) <=> other == order <=> 0);
   };
+  const auto text_of_b = self.slot.kind.text_of(tree, *b);
   world.read_by_all([&] {
-    if constexpr (Kind<R>::kKeysMove) {
+    if constexpr (requires { key.bytes; }) {
       const auto length = static_cast<int64_t>(key.bytes.size());
-      expect_order(F::entry_compare_(&tree, a, key.bytes.data(), length), *a, key.text);
-      expect_order(F::node_compare_(&tree, node, key.bytes.data(), length), *node, key.text);
-      expect_order(F::entrys_compare_(&tree, a, b, 0), *a, Kind<R>::text_of(tree, *b));
+      expect_order(f.entry_compare_(&tree, a, key.bytes.data(), length), *a, key.text);
+      expect_order(f.node_compare_(&tree, node, key.bytes.data(), length), *node, key.text);
+      expect_order(f.entrys_compare_(&tree, a, b, 0), *a, text_of_b);
     } else {
-      expect_order(F::entry_compare_(a, &key.key, tree.key_type), *a, key.text);
-      expect_order(F::node_compare_(node, &key.key, tree.key_type), *node, key.text);
-      expect_order(F::entrys_compare_(a, b, tree.key_type), *a, Kind<R>::text_of(tree, *b));
+      expect_order(f.entry_compare_(a, &key.key, tree.key_type), *a, key.text);
+      expect_order(f.node_compare_(node, &key.key, tree.key_type), *node, key.text);
+      expect_order(f.entrys_compare_(a, b, tree.key_type), *a, text_of_b);
+      expect_order(f.var_compare_(&a->key, &b->key, tree.key_type), *a, text_of_b);
     }
   });
-}
-template <class R>
-void by_hand(op::var_compare_, WorldOf<R> &world, auto compare) {
-  const Self<R> self(world);
-  const Key<R> a(world), b(world);
-  EXPECT_EQ(compare(&a.key, &b.key, self.slot.record.key_type), (a.text > b.text) - (a.text < b.text));
 }
 
 // ---- entries
 
-template <class R>
-void by_hand(op::split_, WorldOf<R> &world, auto split) {
-  Self<R> self(world);
-  R &tree = self.slot.record;
-  const auto level = static_cast<int16_t>(world.program.below(tree.root.level + 1));
+void by_hand(op::split_, auto &world, auto split) {
+  auto &slot = Self(world).slot;
+  const auto level = world.program.below(slot.record.root.level + 1);
   const bool splits_all = world.program.one_in(2);
-  for (auto *entry : parts_of(self.slot).entries) {
+  for (auto *entry : Parts(slot.record).entries) {
     if (entry->level != level || entry->children.count < 2) continue;
-    world.call([&] { split(&tree, entry); });
-    self.slot.content.fits &= !world.failed;
+    world.call([&] { split(&slot.record, entry); });
+    slot.content.fits &= !world.failed;
     if (!splits_all) return;
   }
 }
 // The caller puts the new half after the old one.
-template <class R>
-void by_hand(OneOf<op::split_entry_, op::split_node_> auto, WorldOf<R> &world, auto split) {
-  Self<R> self(world);
-  auto *lower = Entry<R>(world).value;
+void by_hand(OneOf<op::split_entry_, op::split_node_> auto, auto &world, auto split) {
+  auto &slot = Self(world).slot;
+  auto *lower = Entry(world).value;
   const int64_t count = lower->children.count;
   if (count < 2 || lower->parent == nullptr) return;
-  auto *upper = world.call([&] { return split(&self.slot.record, lower); });
+  auto *upper = world.call([&] { return split(&slot.record, lower); });
   EXPECT_NE(world.failed, upper != nullptr);
   if (upper == nullptr) return;
   EXPECT_EQ(lower->children.count, count / 2);
@@ -252,13 +234,12 @@ void by_hand(OneOf<op::split_entry_, op::split_node_> auto, WorldOf<R> &world, a
   const auto *place =
       std::find(siblings.items, siblings.items + siblings.count, reinterpret_cast<uintptr_t>(lower));
   mub_arrays_insert_at(&siblings, place + 1 - siblings.items, reinterpret_cast<uintptr_t>(upper));
-  self.slot.content.fits = false;
+  slot.content.fits = false;
 }
 
-template <class R>
-void expect_fresh(const typename Kind<R>::Entry &entry, const mub_pool *pool) {
-  const typename Kind<R>::Entry empty = {};
-  EXPECT_TRUE(Kind<R>::key_of(entry) == Kind<R>::key_of(empty));
+void expect_fresh(const auto &kind, const auto &entry, const mub_pool *pool) {
+  const std::decay_t<decltype(entry)> empty = {};
+  EXPECT_TRUE(kind.key_of(entry) == kind.key_of(empty));
   EXPECT_TRUE(entry.level == 0 && entry.parent == nullptr);
   EXPECT_TRUE(entry.children.count == 0 && entry.children.capacity >= 32 && entry.children.pool == pool);
 }
@@ -270,60 +251,57 @@ void by_hand(OneOf<op::entry_init_, op::node_init_> auto, WorldOf<R> &world, aut
   std::memset(&node, 0x77, sizeof node);
   world.call([&] { Functions<R>::entry_init_(&entry); });
   Functions<R>::node_init_(&node);
-  if (!world.failed) expect_fresh<R>(entry, nullptr);
+  if (!world.failed) expect_fresh(world.self->kind, entry, nullptr);
   EXPECT_TRUE(Kind<R>::key_of(node) == Kind<R>::key_of(entry) && node.value == 0);
   EXPECT_TRUE(node.prev == nullptr && node.next == nullptr);
   mub_arrays_remove_all(&entry.children);
 }
 // A new entry, which becomes an empty leaf among others or stays alone, is removed again; a root is not.
-template <class R>
-void by_hand(OneOf<op::entry_new_, op::remove_entry_t_> auto, WorldOf<R> &world, auto) {
-  Self<R> self(world);
-  R &tree = self.slot.record;
+void by_hand(OneOf<op::entry_new_, op::remove_entry_t_> auto, auto &world, auto) {
+  auto &slot = Self(world).slot;
+  auto &tree = slot.record;
   const auto level = static_cast<int>(world.program.below(4)) - 1;
   const auto kept = tree.entry_pool->live_count;
-  auto *entry = world.call([&] { return Functions<R>::entry_new_(&tree, level); });
+  auto *entry = world.call([&] { return slot.f.entry_new_(&tree, level); });
   EXPECT_EQ(tree.entry_pool->live_count, kept + (world.failed ? 0 : 1));
   if (entry == nullptr) return;
-  expect_fresh<R>(*entry, level < 1 ? tree.node_pool : tree.entry_pool);
-  auto *parent = Entry<R>(world).value;
+  expect_fresh(slot.kind, *entry, level < 1 ? tree.node_pool : tree.entry_pool);
+  auto *parent = Entry(world).value;
   if (parent->level == 1) {
     entry->parent = parent;
     mub_arrays_insert_at(&parent->children, world.program.below(parent->children.count + 1),
                          reinterpret_cast<uintptr_t>(entry));
   }
-  Functions<R>::remove_entry_t_(&tree, entry);
-  Functions<R>::remove_entry_t_(&tree, &tree.root);
+  slot.f.remove_entry_t_(&tree, entry);
+  slot.f.remove_entry_t_(&tree, &tree.root);
 }
 // What is out of order below an entry, and the names from a leaf up, are put in order.
-template <class R>
-void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, WorldOf<R> &world, auto) {
-  const Self<R> self(world);
-  R &tree = self.slot.record;
-  const auto parts = parts_of(self.slot);
+void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, auto &world, auto) {
+  auto &slot = Self(world).slot;
+  auto &tree = slot.record;
+  const Parts parts(tree);
   auto *leaf = any_of(world.program, parts.leaves);
   auto levels = world.program.below(4);
   for (auto *named = leaf; named != nullptr && levels > 0; named = named->parent, --levels) {
-    if (parts.nodes.empty() || Parts<R>(*named).nodes.back() == parts.nodes[0]) break;
-    Kind<R>::key_of(*named) = Kind<R>::key_of(*parts.nodes[0]);
+    if (parts.nodes.empty() || Parts(tree, *named).nodes.back() == parts.nodes[0]) break;
+    slot.kind.key_of(*named) = slot.kind.key_of(*parts.nodes[0]);
   }
-  Functions<R>::set_name_(&tree, leaf);
-  auto *top = Entry<R>(world).value;
-  for (auto *below : Parts<R>(*top).entries) {
+  slot.f.set_name_(&tree, leaf);
+  auto *top = Entry(world).value;
+  for (auto *below : Parts(tree, *top).entries) {
     if (below->parent == top) below->parent = nullptr;
     if (below == top || below->level > 0) below->children.pool = &world.users[0];
   }
-  Functions<R>::set_parent_(top);
-  Functions<R>::set_pool_(&tree, top);
+  slot.f.set_parent_(top);
+  slot.f.set_pool_(&tree, top);
 }
 // A record that is unlinked is linked again by the links of the one beside it.
-template <class R>
-void by_hand(op::set_next_, WorldOf<R> &world, auto set_next) {
-  const Self<R> self(world);
-  auto *leaf = any_of(world.program, parts_of(self.slot).leaves);
-  if (!self.slot.content.links_are_exact || leaf->children.count < 1) return;
+void by_hand(op::set_next_, auto &world, auto set_next) {
+  const auto &slot = Self(world).slot;
+  auto *leaf = any_of(world.program, Parts(slot.record).leaves);
+  if (!slot.content.links_are_exact || leaf->children.count < 1) return;
   const int64_t index = world.program.below(leaf->children.count);
-  auto *node = Parts<R>(*leaf).nodes[static_cast<size_t>(index)];
+  auto *node = Parts(slot.record, *leaf).nodes[static_cast<size_t>(index)];
   if (leaf->children.count > 1) {
     if (node->prev != nullptr) node->prev->next = node->next;
     if (node->next != nullptr) node->next->prev = node->prev;
@@ -331,64 +309,60 @@ void by_hand(op::set_next_, WorldOf<R> &world, auto set_next) {
   }
   set_next(leaf, index);
 }
-// Those below `top`, and no others.
-template <class R>
-void by_hand(op::adjust_t_, WorldOf<R> &world, auto adjust) {
-  R &tree = Self<R>(world).slot.record;
-  auto *top = Entry<R>(world).value;
-  const Parts<R> all(tree.root), below(*top);
-  OffsetsOf offsets(below.nodes), others(all.nodes);
-  for (auto *entry : below.entries)
-    if (entry != top) offsets.add(*entry);
-  for (auto *node : below.nodes) others.leave_out(*node);
-  lower_and_raise(world, tree.keys, offsets, [&](uint32_t offset, uint32_t length) {
-    adjust(&tree, top, offset, length);
-    others.expect_lowered(UINT32_MAX, 0);
-  });
+// The keys below an entry, but not its own.
+void by_hand(op::adjust_t_, auto &world, auto adjust) {
+  auto &tree = Self(world).slot.record;
+  auto *top = Entry(world).value;
+  Parts below(tree, *top);
+  below.entries.erase(below.entries.begin());
+  lower_and_raise(world, tree.keys, OffsetsOf(below.nodes, below.entries),
+                  [&](uint32_t offset, uint32_t length) { adjust(&tree, top, offset, length); });
 }
 
 // ---- parts of trees
 
 template <class R>
-auto content_from(const R &tree, typename Kind<R>::Entry &top) {
+auto content_from(const Slot<R> &slot, auto &top) {
   typename Kind<R>::Content content;
-  for (auto *node : Parts<R>(top).nodes)
-    content.push_back({Kind<R>::text_of(tree, *node), nullptr, node->value});
+  for (auto *node : Parts(slot.record, top).nodes)
+    content.push_back({slot.kind.text_of(slot.record, *node), nullptr, node->value});
   content.links_are_exact = content.fits = false;
   return content;
 }
 // Empties what is below an entry, walks over the rest, and empties the tree.
-template <class R>
-void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> &world, auto empty) {
-  Self<R> self(world);
-  auto *top = Entry<R>(world).value;
-  const auto gone = content_from(self.slot.record, *top);
+void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, auto &world, auto empty) {
+  Self self(world);
+  auto *top = Entry(world).value;
+  const auto gone = content_from(self.slot, *top);
   release_by(empty, world, self, values_of(gone), top);
   for (const auto &item : gone) self.slot.content.remove(item.text);
-  walk(world, self.slot);
-  drop_all(world, self.slot, Functions<R>::remove_all_);
+  const Key key(world);
+  world.read_by_all([&] { walk(self.slot, key, world.program); });
+  drop_all(world, self.slot, self.slot.f.remove_all_);
 }
 // Into an empty tree, which is emptied again. It gets all key bytes, and so all keys.
-template <class R>
-void by_hand(op::clone_entry_, WorldOf<R> &world, auto clone) {
-  const Self<R> self(world);
-  auto &from = Kind<R>::kKeysMove ? self.slot.record.root : *Entry<R>(world).value;
-  const Peer<R> to(world);
-  R &copy = to.slot.record;
-  if (&to.slot == &self.slot) return;
-  world.end(to.slot);
-  world.start(to.slot);
-  if constexpr (Kind<R>::kKeysMove) mub_stream_clone(&self.slot.record.keys, &copy.keys);
-  const int result = world.call([&] { return clone(&self.slot.record, &from, &copy, &copy.root); });
-  EXPECT_EQ(result, world.failed ? 0 : 1);
-  EXPECT_EQ(copy.root.level, result == 0 ? 0 : from.level);
-  if (result == 1) {
-    to.slot.content = content_from(self.slot.record, from);
-    copy.count = static_cast<int64_t>(to.slot.content.size());
-    world.compare(to.slot);
+void by_hand(op::clone_entry_, auto &world, auto clone) {
+  auto &slot = Self(world).slot;
+  auto &to = Peer(world).slot;
+  auto &tree = slot.record, &copy = to.record;
+  if (&to == &slot) return;
+  world.end(to);
+  world.start(to);
+  auto *from = Entry(world).value;
+  if constexpr (requires { tree.keys; }) {
+    from = &tree.root;
+    mub_stream_clone(&tree.keys, &copy.keys);
   }
-  Functions<R>::remove_all_(&copy);
-  to.slot.forget_all();
+  const int result = world.call([&] { return clone(&tree, from, &copy, &copy.root); });
+  EXPECT_EQ(result, world.failed ? 0 : 1);
+  EXPECT_EQ(copy.root.level, result == 0 ? 0 : from->level);
+  if (result == 1) {
+    to.content = content_from(slot, *from);
+    copy.count = static_cast<int64_t>(to.content.size());
+    world.compare(to);
+  }
+  slot.f.remove_all_(&copy);
+  to.content = {};
 }
 
 }  // namespace mub_test

@@ -21,8 +21,7 @@ inline std::string_view stored_keys(const mub_stream &keys) {
   return {reinterpret_cast<const char *>(keys.data), static_cast<size_t>(keys.length)};
 }
 // A text that compares as a record compares keys, perhaps without their case.
-template <class R>
-std::string folded(const R &record, std::string_view bytes) {
+std::string folded(const auto &record, std::string_view bytes) {
   std::string text(bytes);
   if constexpr (requires { record.nocase; }) {
     for (size_t i = 0; record.nocase != 0 && i < text.size(); ++i)
@@ -36,9 +35,11 @@ std::string folded(const R &record, std::string_view bytes) {
 // world has, which may move.
 template <class R>
 struct ByteKey {
-  explicit ByteKey(WorldOf<R> &world) : ByteKey(world, drawn(world.program)) {
+  explicit ByteKey(WorldOf<R> &world, int64_t number = -1)
+      : bytes(number < 0 ? drawn(world.program) : "k" + std::to_string(kKeysOfRuns + number)),
+        data(bytes.c_str()) {
     Program &program = world.program;
-    const auto how = program.below(8);
+    const auto how = number < 0 ? program.below(8) : 7;
     if (how < 2) {
       std::string_view part;  // NULL, whatever the length
       if (how == 1) {
@@ -53,7 +54,6 @@ struct ByteKey {
     length = how == 0 || how == 2 ? -1 : static_cast<int64_t>(bytes.size());
     text = folded(world.self->record, bytes);
   }
-  ByteKey(WorldOf<R> &world, int64_t number) : ByteKey(world, "k" + std::to_string(kKeysOfRuns + number)) {}
   ByteKey(const ByteKey &) = delete;
   auto arguments() const { return std::tuple(data, length); }
 
@@ -63,19 +63,10 @@ struct ByteKey {
   std::string text;
 
  private:
-  ByteKey(WorldOf<R> &world, std::string drawn)
-      : bytes(std::move(drawn)),
-        data(bytes.c_str()),
-        length(static_cast<int64_t>(bytes.size())),
-        text(folded(world.self->record, bytes)) {}
   static std::string drawn(Program &program) {
-    static const char *const kParts[] = {"", "a", "A", "b", "\xFF", "ab", "AB", "key"};
-    std::string bytes = kParts[program.below(8)];
-    const auto more = program.below(6);
-    if (more == 1) bytes += '\0';
-    if (more == 2) bytes += std::string(static_cast<size_t>(program.below(40)), 'x');
-    if (more > 2) bytes += std::to_string(program.below(40));
-    return bytes;
+    const char last = "xA\0\xFF"[program.below(4)];
+    const auto times = static_cast<size_t>(program.below(program.one_in(4) ? 40 : 3));
+    return program.text(2) + std::string(times, last);
   }
 };
 // The keys of records that hold byte strings.
@@ -118,8 +109,8 @@ template <class R, class T>
 struct NumberKeys {
   using Text = T;
   struct KeyArgument {
-    explicit KeyArgument(WorldOf<R> &world) : KeyArgument(world, world.program.below(kDrawnKeys)) {}
-    KeyArgument(WorldOf<R> &world, int64_t number) : key(hard_number<T>(number)) {
+    explicit KeyArgument(WorldOf<R> &world, int64_t number = -1)
+        : key(hard_number<T>(number < 0 ? world.program.below(kDrawnKeys) : number)) {
       if constexpr (requires(R record) { record.key_type; }) {
         // One bit less in the exponent, and a float is a number.
         if (world.self->record.key_type >= 5) key &= ~(T{1} << (8 * sizeof key - 2));
@@ -134,6 +125,7 @@ struct NumberKeys {
       }
     }
     T key, text;
+    int64_t length = 0;  // of bytes
   };
   static void set_order(R *record, int which) {
     if constexpr (requires { record->key_type; }) {
