@@ -11,86 +11,69 @@
 
 namespace {
 
-struct Table : mub_hash {
-  Table() {
-    mub_hash_init(this, 1, 1);
-    value_pool->block_size = sizeof(uint64_t);
-  }
-  ~Table() { mub_hash_term(this); }
-  mub_hash_entry *add(const char *key) {
-    mub_hash_entry *entry = nullptr;
-    EXPECT_EQ(mub_hash_entry_set(this, key, -1, &entry), 1);
-    return entry;
-  }
-};
-struct Tree : mub_btree {
-  Tree() { mub_btree_init(this, 1, 1, 0); }
-  ~Tree() { mub_btree_term(this); }
-  mub_btree_node *add(const char *key) {
-    mub_btree_node *node = nullptr;
-    EXPECT_EQ(mub_btree_node_set(this, key, -1, &node), 1);
+// A record with pools of its own.
+template <class R, class Node, auto kTerm, auto kSet>
+struct Map : R {
+  ~Map() { kTerm(this); }
+  Node *add(auto... key) {
+    Node *node = nullptr;
+    EXPECT_EQ(kSet(this, key..., &node), 1);
     return node;
   }
 };
-struct TreeOfNumbers : mub_btreed {
+struct Table : Map<mub_hash, mub_hash_entry, mub_hash_term, mub_hash_entry_set> {
+  Table() { mub_hash_init(this, 1, 1); }
+};
+struct Tree : Map<mub_btree, mub_btree_node, mub_btree_term, mub_btree_node_set> {
+  Tree() { mub_btree_init(this, 1, 1, 0); }
+};
+struct TreeOfNumbers : Map<mub_btreed, mub_btreed_node, mub_btreed_term, mub_btreed_node_set> {
   explicit TreeOfNumbers(uint32_t type) {
     mub_btreed_init(this, 1, 1, 0);
     key_type = type;
   }
-  ~TreeOfNumbers() { mub_btreed_term(this); }
 };
 
-TEST(MapsOfBytes, OffsetsHave32BitsAndWrap) {
+TEST(MapsOfBytes, KeysOutsideTheStoreAreNotFoundAndNoneGrowsItBeyond32Bits) {
   Table table;
   Tree tree;
-  std::vector<mub_hash_entry *> entries;
-  std::vector<mub_btree_node *> nodes;
-  for (const char *key : {"a", "", "bc"}) {
-    entries.push_back(table.add(key));
-    nodes.push_back(tree.add(key));
-  }
-  mub_hash_adjust_t(&table, 1, 1000);
-  mub_btree_adjust_t(&tree, &tree.root, 1, 1000);
-  const uint32_t offsets[] = {0, 1, 1u - 1000u};  // that of an empty key right at the cut stays
-  for (size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(entries[i]->key_offset, offsets[i]);
-    EXPECT_EQ(nodes[i]->key_offset, offsets[i]);
-  }
-  EXPECT_EQ(mub_hash_find(&table, "bc", 2) + mub_btree_find(&tree, "bc", 2), 0) << "outside the store";
+  for (const char *key : {"a", "bc"})
+    EXPECT_TRUE(table.add(key, -1) != nullptr && tree.add(key, -1) != nullptr);
+  mub_hash_adjust_t(&table, 0, 1000);
+  mub_btree_adjust_t(&tree, &tree.root, 0, 1000);
+  EXPECT_EQ(mub_hash_find(&table, "bc", 2) + mub_btree_find(&tree, "bc", 2), 0);
   table.keys.length = tree.keys.length = 0xFFFFFFFE;
   EXPECT_EQ(mub_hash_insert(&table, "ab", 2, 1) + mub_btree_insert(&tree, "~~", 2, 1), 0);
-  EXPECT_EQ(table.entry_pool->live_count + tree.node_pool->live_count, 3 + 3);
+  EXPECT_EQ(table.entry_pool->live_count + tree.node_pool->live_count, 2 + 2);
 }
 
-TEST(MapsOfBytes, OrderStaysWithItsRecord) {
-  Table folding, exact, cased;
-  Tree folding_tree, exact_tree;
-  folding.nocase = cased.nocase = 1;
-  folding_tree.nocase = 1;
-  mub_hash_entry *first = folding.add("key"), *found = nullptr;
-  cased.add("kEy");
-  folding_tree.add("kEy");
-  for (const mub_stream *keys : {&cased.keys, &folding_tree.keys})
-    EXPECT_EQ(std::memcmp(keys->data, "kEy", 3), 0) << "the case is stored";
-  mub_btree_swap(&folding_tree, &exact_tree);
-  mub_btree_clone(&exact_tree, nullptr, &folding_tree, nullptr, nullptr);
-  EXPECT_EQ(folding_tree.nocase - exact_tree.nocase, 1);
-  mub_hash_swap(&folding, &exact);
-  EXPECT_EQ(mub_hash_insert(&exact, "Key", 3, 2), 1) << "which has another hash, and the same bucket";
-  mub_hash_swap(&exact, &folding);
-  EXPECT_EQ(mub_hash_entry_set(&folding, "Key", 3, &found), 0);
-  EXPECT_EQ(found, first) << "the first of the chain, though another has the hash";
-  mub_hash_clone(&folding, nullptr, &exact, nullptr, nullptr);
-  EXPECT_EQ(folding.nocase - exact.nocase, 1);
-  folding.nocase = 0;
-  first->hash ^= 4;
-  EXPECT_EQ(mub_hash_insert(&folding, "key", 3, 3), 0) << "insertions do not look at stored hashes";
+TEST(Maps, SwapsAndClonesLeaveTheOrderOfEachRecord) {
+  const auto expect_kept = [](auto first, auto second, auto order, auto swap, auto clone) {
+    first.*order = 1;
+    second.*order = 0;
+    swap(&first, &second);
+    clone(&second, nullptr, &first, nullptr, nullptr);
+    EXPECT_EQ(first.*order - second.*order, 1);
+  };
+  expect_kept(Table(), Table(), &mub_hash::nocase, mub_hash_swap, mub_hash_clone);
+  expect_kept(Tree(), Tree(), &mub_btree::nocase, mub_btree_swap, mub_btree_clone);
+  expect_kept(TreeOfNumbers(2), TreeOfNumbers(2), &mub_btreed::key_type, mub_btreed_swap, mub_btreed_clone);
+}
+
+TEST(HashOfBytes, InsertionsFindTheFirstOfTheChainWhateverItsHash) {
+  Table table;
+  mub_hash_entry *first = table.add("Key", -1), *found = nullptr;
+  table.add("key", -1);  // which has the same bucket
+  table.nocase = 1;
+  EXPECT_EQ(mub_hash_entry_set(&table, "KEY", 3, &found), 0);
+  EXPECT_EQ(found, first) << "though the other has the hash";
 }
 
 // What lies right after a chunk, between its neighbours, too.
 TEST(HashClone, HasNoValuesThatAreNoBlocks) {
   for (const bool has_chunks : {false, true}) {
     Table owner, copy;
+    owner.value_pool->block_size = sizeof(uint64_t);
     mub_pool_expand(&owner.value_pool->chunk_used);
     for (int i = 0; has_chunks && i < 40; ++i) mub_pool_new(owner.value_pool);
     const uint64_t after = has_chunks ? reinterpret_cast<uintptr_t>(owner.value_pool->chunks[1]) + 128 : 5;
@@ -102,14 +85,13 @@ TEST(HashClone, HasNoValuesThatAreNoBlocks) {
 
 TEST(HashLowLayer, TakesBucketsAndHashesAsGiven) {
   Table table;
-  mub_hash_entry *entry = table.add("known");
+  mub_hash_entry *entry = table.add("known", -1);
   const uint32_t hash = entry->hash;
   const int64_t bucket = hash % 4;
   int inserted = -1;
   EXPECT_EQ(mub_hash_entry_new(&table, bucket, hash + 4, "known", 5, &inserted), entry);
   EXPECT_EQ(mub_hash_entry_find(&table, bucket, hash + 4, "known", 5), nullptr);
   EXPECT_EQ(mub_hash_entry_remove(&table, bucket, hash + 4, "known", 5), nullptr);
-  for (int64_t outside : {int64_t{-3}, INT64_MAX}) mub_hash_entry_next(&table, &outside, entry);
   mub_hash_entry *fresh = mub_hash_entry_new(&table, bucket, 0, "unknown", 7, &inserted);
   EXPECT_EQ(inserted, 1);
   EXPECT_TRUE(entry->next == fresh && fresh->next == nullptr && fresh->value == 0);
@@ -120,78 +102,72 @@ TEST(HashLowLayer, TakesBucketsAndHashesAsGiven) {
 // The table's count is that of its live blocks, which are not all in its chains; what lies on the free stack
 // may have any link, and what is taken from there any offset.
 TEST(HashRemoval, LeavesWhatIsNotInTheChains) {
-  Table table;
-  const auto key = [](int i) { return std::to_string(i); };
-  for (int i = 1000; i < 1040; ++i) mub_hash_insert(&table, key(i).data(), 4, 1);
-  mub_hash_entry *linked = mub_hash_remove_t(&table, "1030", 4), *last = mub_hash_remove_t(&table, "1031", 4);
+  Table table, copy;
+  const auto take_out = [&](int i) { return mub_hash_remove_t(&table, std::to_string(i).data(), 4); };
+  const auto remove = [&](int i) { mub_hash_remove(&table, std::to_string(i).data(), 4); };
+  for (int i = 1000; i < 1040; ++i) table.add(std::to_string(i).data(), -1);
+  mub_hash_entry *linked = take_out(1030), *last = take_out(1031), *held = take_out(1020);
   linked->next = last;
   table.count -= 2;
   for (mub_hash_entry *entry : {linked, last}) mub_pool_free(table.entry_pool, entry);
-  mub_hash_entry *held = mub_hash_remove_t(&table, "1020", 4);
-  const mub_hash_entry before = *held;
-  for (int i = 1000; i < 1010; ++i) mub_hash_remove(&table, key(i).data(), 4);
-  EXPECT_EQ(std::memcmp(held, &before, sizeof before), 0);
-  Table copy;
   mub_hash_clone(&table, nullptr, &copy, nullptr, nullptr);
-  for (int i = 1010; i < 1040; ++i)
-    EXPECT_EQ(mub_hash_find(&copy, key(i).data(), 4), mub_hash_find(&table, key(i).data(), 4));
+  for (int i = 1032; i < 1040; ++i) {
+    const auto *copied = mub_hash_entry_get(&copy, std::to_string(i).data(), 4);
+    EXPECT_TRUE(copied != nullptr && copied != mub_hash_entry_get(&table, std::to_string(i).data(), 4));
+  }
+  const mub_hash_entry before = *held;
+  for (int i = 1000; i < 1010; ++i) remove(i);
+  EXPECT_EQ(std::memcmp(held, &before, sizeof before), 0);
   --table.count;
   auto *popped = static_cast<mub_hash_entry *>(mub_pool_from_empty(table.entry_pool));
   popped->key_offset = 0x77777777;
   mub_pool_free(table.entry_pool, held);
-  for (int i = 1010; i < 1012; ++i) mub_hash_remove(&table, key(i).data(), 4);
+  for (int i = 1010; i < 1012; ++i) remove(i);
   EXPECT_EQ(popped->key_offset, 0x77777777u);
 }
 
-// Keys have no alignment.
-template <class Bits>
-void expect_orders(int (*compare)(const void *, const void *, uint32_t), Bits a, Bits b,
-                   const std::vector<int> &orders) {
-  char bytes[1 + 2 * sizeof(Bits)] = {};
-  std::memcpy(bytes + 1, &a, sizeof a);
-  std::memcpy(bytes + 1 + sizeof a, &b, sizeof b);
-  for (uint32_t type = 0; type < 8; ++type)
-    EXPECT_EQ(compare(bytes + 1, bytes + 1 + sizeof a, type), orders[type]) << a << ", type " << type;
-}
+// Keys have no alignment. The orders are those of the types from 0 on.
 TEST(BTreeOfNumbers, KeysCompareByTheirType) {
-  const auto compare32 = mub_btreed_var_compare, compare64 = mub_btreex_var_compare;
-  expect_orders<uint32_t>(compare32, 1, 2, {0, -1, -1, 0, 0, -1, 0, 0});
-  expect_orders<uint32_t>(compare32, ~0u, 0, {0, -1, 1, 0, 0, 0, 0, 0});         // -1, 2^32 - 1, no number
-  expect_orders<uint32_t>(compare32, 0x80000000, 0, {0, -1, 1, 0, 0, 0, 0, 0});  // minus zero is zero
-  expect_orders<uint64_t>(compare64, 1, 0x100000000, {0, 0, 0, -1, -1, 0, -1, 0});
-  expect_orders<uint64_t>(compare64, ~uint64_t{0}, 0, {0, 0, 0, -1, 1, 0, 0, 0});
-  expect_orders<uint64_t>(compare64, 0xC000000000000000, 0xBFF0000000000000, {0, 0, 0, 1, 1, 0, -1, 0});
+  const auto expect = [](auto compare, auto a, auto b, const std::vector<int> &orders) {
+    char bytes[1 + 2 * sizeof a] = {};
+    std::memcpy(bytes + 1, &a, sizeof a);
+    std::memcpy(bytes + 1 + sizeof a, &b, sizeof b);
+    for (uint32_t type = 0; type < 8; ++type)
+      EXPECT_EQ(compare(bytes + 1, bytes + 1 + sizeof a, type), orders[type]) << a << ", type " << type;
+  };
+  const auto d = mub_btreed_var_compare, x = mub_btreex_var_compare;
+  expect(d, 1u, 2u, {0, -1, -1, 0, 0, -1, 0, 0});
+  expect(d, ~0u, 0u, {0, -1, 1, 0, 0, 0, 0, 0});         // -1, 2^32 - 1, no number
+  expect(d, 0x80000000, 0u, {0, -1, 1, 0, 0, 0, 0, 0});  // minus zero is zero
+  expect(x, uint64_t{1}, uint64_t{1} << 32, {0, 0, 0, -1, -1, 0, -1, 0});
+  expect(x, ~uint64_t{0}, uint64_t{0}, {0, 0, 0, -1, 1, 0, 0, 0});
+  expect(x, uint64_t{3} << 62, uint64_t{0xBFF} << 52, {0, 0, 0, 1, 1, 0, -1, 0});
 }
 
 TEST(BTreeOfNumbers, AnUnknownTypeAndNoNumberEqualEverything) {
-  TreeOfNumbers unknown(3), known(1), floats(5);
+  TreeOfNumbers unknown(3), floats(5);
   EXPECT_EQ(mub_btreed_insert(&unknown, 8, 1), 1);
   EXPECT_EQ(mub_btreed_insert(&unknown, 9, 2), 0);
-  mub_btreed_swap(&unknown, &known);
-  EXPECT_EQ(mub_btreed_clone(&known, nullptr, &unknown, nullptr, nullptr), 1);
-  EXPECT_EQ(mub_btreed_remove(&unknown, 7), 1u) << "types stay with their records";
+  EXPECT_EQ(mub_btreed_remove(&unknown, 7), 1u);
   for (const uint32_t key : {0x3F800000u, 0xBF800000u, 0u}) EXPECT_EQ(mub_btreed_insert(&floats, key, 1), 1);
   for (const uint32_t key : {0x80000000u, 0x7FC00000u})
     EXPECT_EQ(mub_btreed_insert(&floats, key, 1), 0) << "0 is there, and so is what is no number";
 }
 
 // Nodes of four levels, so many that walks fetch what comes next.
-TEST(BTreeOfNumbers, LargeTreesAreWalkedBothWaysAndCloned) {
-  constexpr uint32_t kCount = 100000, kOdd = 0x9E3779B1;
+TEST(BTreeOfNumbers, LargeTreesAreClonedAndWalkedBothWays) {
+  constexpr uint32_t kCount = 100000;
   TreeOfNumbers tree(2), copy(2);
-  for (uint32_t i = 1; i <= kCount; ++i) ASSERT_EQ(mub_btreed_insert(&tree, i * kOdd, i), 1);
+  for (uint32_t i = 1; i <= kCount; ++i) tree.add(i * 0x9E3779B1);
   ASSERT_EQ(mub_btreed_clone(&tree, nullptr, &copy, nullptr, nullptr), kCount);
   mub_btreed_cursor cursor;
-  std::vector<uint32_t> up, down;
-  for (auto *node = mub_btreed_cursor_first(&cursor, &copy); node != nullptr;
-       node = mub_btreed_cursor_next(&cursor))
-    up.push_back(node->key);
-  for (auto *node = mub_btreed_cursor_last(&cursor, &copy); node != nullptr;
-       node = mub_btreed_cursor_prev(&cursor))
-    down.push_back(node->key);
-  EXPECT_TRUE(std::ranges::is_sorted(up) && std::ranges::equal(up, std::vector(down.rbegin(), down.rend())));
-  for (uint32_t i = 1; i <= kCount; ++i) ASSERT_EQ(mub_btreed_remove(&copy, i * kOdd), i);
-  EXPECT_EQ(copy.count + static_cast<int64_t>(up.size()), kCount);
+  std::vector<mub_btreed_node *> up, down;
+  for (auto *node = mub_btreed_cursor_first(&cursor, &copy); node; node = mub_btreed_cursor_next(&cursor))
+    up.push_back(node);
+  for (auto *node = mub_btreed_cursor_last(&cursor, &copy); node; node = mub_btreed_cursor_prev(&cursor))
+    down.push_back(node);
+  EXPECT_TRUE(std::ranges::is_sorted(up, {}, &mub_btreed_node::key) && up.size() == kCount);
+  EXPECT_TRUE(std::equal(up.begin(), up.end(), down.rbegin(), down.rend()));
 }
 
 // An entry keeps the offset of a name that reads like the key of its last child.
@@ -200,8 +176,8 @@ TEST(BTreeOfBytes, NamesThatReadAlikeKeepTheirOffsets) {
     const char *last_key = which == 0 ? "zk25" : "zK25";
     Tree tree;
     tree.nocase = which == 2 ? 1 : 0;
-    for (int i = 10; i < 50; ++i) tree.add(("k" + std::to_string(i)).data());
-    tree.add(last_key);
+    for (int i = 10; i < 50; ++i) tree.add(("k" + std::to_string(i)).data(), -1);
+    tree.add(last_key, -1);
     auto *leaf = mub_btree_first_entry(&tree.root);
     const uint32_t own = leaf->key_offset, other = mub_btree_node_get(&tree, last_key, -1)->key_offset + 1;
     leaf->key_offset = other;
@@ -213,12 +189,11 @@ TEST(BTreeOfBytes, NamesThatReadAlikeKeepTheirOffsets) {
 // A half without records keeps its place in walks and searches, and takes records.
 TEST(BTreeParts, EmptyHalvesTakeRecords) {
   Tree tree;
-  auto *greatest = tree.add("b");
+  auto *greatest = tree.add("b", -1);
   mub_btree_split(&tree, &tree.root);
   mub_btree_split(&tree, mub_btree_first_entry(&tree.root));
   EXPECT_EQ(mub_btree_node_bfind(&tree, "a", 1), greatest);
-  auto *least = tree.add("a");
-  EXPECT_TRUE(mub_btree_node_first(&tree) == least && mub_btree_node_last(&tree) == greatest);
+  auto *least = tree.add("a", -1);
   EXPECT_TRUE(least->next == greatest && greatest->prev == least);
   EXPECT_EQ(mub_btree_node_next(&tree, least), greatest);
   mub_btree_cursor cursor;
