@@ -470,6 +470,11 @@ struct WorldOf : World {
     copy.count = self->table.count;
     if (failed && peer->record.capacity == 0) return copy.slots.clear();
     EXPECT_TRUE(!has_copies || live[peer->pool] == live[self->pool]);
+    // An incomplete source leaves the slots that there were, but not their keys.
+    if (kHasBytes && self->table.used() < copy.used()) {
+      Functions<R>::shrink_(&peer->record, self->table.used());
+      copy.count = self->table.used();
+    }
     std::vector<uint64_t> values;
     for (int64_t i = 0; i < self->table.used(); ++i) {
       const uint64_t value = self->table[i].value;
