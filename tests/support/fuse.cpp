@@ -1,43 +1,25 @@
 #include "support/fuse.h"
 
 #include <cstddef>
+#include <utility>
 
 namespace {
 
 // Each thread has a fuse.
-thread_local bool armed = false;
-thread_local bool met = false;
-thread_local int64_t allowed_left = 0;
 thread_local int64_t allocations = 0;
-thread_local mub_test::Blow blow_mode = mub_test::Blow::kOnce;
-
-bool refuses() {
-  ++allocations;
-  if (!armed) return false;
-  if (allowed_left > 0) {
-    --allowed_left;
-    return false;
-  }
-  if (met && blow_mode == mub_test::Blow::kOnce) return false;
-  met = true;
-  return true;
-}
+thread_local int64_t first_refused = INT64_MAX;
+thread_local int64_t end_of_refusals = INT64_MAX;
 
 }  // namespace
 
 namespace mub_test {
 
 void arm_fuse(int64_t allowed, Blow blow) {
-  allowed_left = allowed;
-  blow_mode = blow;
-  met = false;
-  armed = true;
+  first_refused = allocations + allowed;
+  end_of_refusals = blow == Blow::kOnce ? first_refused + 1 : INT64_MAX;
 }
 
-bool disarm_fuse() {
-  armed = false;
-  return met;
-}
+bool disarm_fuse() { return allocations > std::exchange(first_refused, INT64_MAX); }
 
 int64_t allocations_so_far() { return allocations; }
 
@@ -48,12 +30,10 @@ extern "C" const char *__asan_default_options();
 extern "C" const char *__asan_default_options() { return "allocator_may_return_null=1"; }
 
 // The linker's --wrap gives these names.
-extern "C" {
-
-void *__real_malloc(size_t size);
-void *__wrap_malloc(size_t size);
-
+extern "C" void *__real_malloc(size_t size);
+extern "C" void *__wrap_malloc(size_t size);
 void *__wrap_malloc(size_t size) {
-  return refuses() || uint64_t{size} >> 40 != 0 ? nullptr : __real_malloc(size);
-}
+  const int64_t number = allocations++;
+  const bool is_refused = number >= first_refused && number < end_of_refusals;
+  return is_refused || uint64_t{size} >> 32 != 0 ? nullptr : __real_malloc(size);
 }

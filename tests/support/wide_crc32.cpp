@@ -21,21 +21,17 @@ Wide exclusive_or(Wide a, const Wide &b) {
 Wide exclusive_or_of_three(const Wide &a, const Wide &b, const Wide &c, int operation) {
   return operation == 0x96 ? exclusive_or(exclusive_or(a, b), c) : Wide{};
 }
-__attribute__((target("pclmul"))) Wide products(Wide a, const Wide &b, int halves) {
-  for (int i = 0; i < 4; ++i) {
-    a.part[i] = halves == 0 ? _mm_clmulepi64_si128(a.part[i], b.part[i], 0x00)
-                            : _mm_clmulepi64_si128(a.part[i], b.part[i], 0x11);
-  }
+template <int kHalves>
+__attribute__((target("pclmul"))) Wide products(Wide a, const Wide &b) {
+  for (int i = 0; i < 4; ++i) a.part[i] = _mm_clmulepi64_si128(a.part[i], b.part[i], kHalves);
   return a;
 }
-// Bytes that the mask leaves out are not touched.
+// The mask leaves out the first bytes, which are not touched.
 Wide load_masked(uint64_t mask, const void *bytes) {
-  uint8_t loaded[sizeof(Wide)] = {};
-  for (size_t i = 0; i < sizeof loaded; ++i) {
-    if ((mask >> i & 1) != 0) loaded[i] = static_cast<const uint8_t *>(bytes)[i];
-  }
-  Wide wide;
-  std::memcpy(&wide, loaded, sizeof wide);
+  const auto skipped = static_cast<size_t>(__builtin_ctzll(mask));
+  Wide wide = {};
+  std::memcpy(reinterpret_cast<uint8_t *>(&wide) + skipped, static_cast<const uint8_t *>(bytes) + skipped,
+              sizeof wide - skipped);
   return wide;
 }
 
@@ -45,7 +41,7 @@ Wide load_masked(uint64_t mask, const void *bytes) {
 #undef _mm512_ternarylogic_epi64
 #undef _mm512_maskz_extracti32x4_epi32
 #define __m512i Wide
-#define _mm512_clmulepi64_epi128 products
+#define _mm512_clmulepi64_epi128(a, b, halves) products<halves>(a, b)
 #define _mm512_ternarylogic_epi64 exclusive_or_of_three
 #define _mm512_xor_si512 exclusive_or
 #define _mm512_loadu_si512(bytes) load_masked(~uint64_t{0}, bytes)
