@@ -1,72 +1,16 @@
-// What programs do not reach of strings: the conversions of a format, the search for hostile texts, and long
-// steps of growth.
+// What programs do not reach of strings: the search for hostile texts.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include "core/text_search.h"
 #include "mub_mem.h"
-#include "mub_string.h"
 #include "mub_wchar.h"
 #include "text/word_search.h"
 
 namespace {
-
-int64_t grown(int64_t capacity, int64_t wanted) { return std::max(capacity + 8, wanted) / 8 * 8 + 7; }
-
-// The runtime's print is put into a buffer made for `estimate`, or grown once more; unless the runtime fails.
-template <class... Arguments>
-void expect_format(int64_t estimate, const char *format, Arguments... arguments) {
-  SCOPED_TRACE(format);
-  std::string expected(70000, '?');
-  const int length = std::snprintf(expected.data(), expected.size(), format, arguments...);
-  expected = length < 0 ? "old" : expected.substr(0, static_cast<size_t>(length));
-  mub_string string = {};
-  mub_string_copy(&string, "old", -1);
-  mub_string_format(&string, format, arguments...);
-  EXPECT_EQ(std::string(string.data, static_cast<size_t>(string.length)), expected);
-  const int64_t first = grown(0, length < 0 ? 3 : estimate);
-  EXPECT_EQ(string.capacity, length <= first ? first : grown(first, length));
-  mub_string_term(&string);
-}
-
-TEST(Format, MeasuresPlainTextsAndStepsOverOtherArguments) {
-  const std::string text(70, 'x');
-  const char *x = text.data();
-  int count = 0;
-  for (int width = 30; width < 60; ++width) expect_format(3 + 32, "%*d", width, 7);
-  expect_format(6 + 32, "%5000d", 7);
-  expect_format(3 + 32, "%ls", L"wide");
-  expect_format(4 + 32 + 70, "%S%s", L"wide", x);
-  expect_format(8 + 64, "%-*s%.*s", 3000, "", 9, x);
-  expect_format(14 + 4 * 32 + 70, "%e%.3G%La%*g%s", 1.5, 2.5, 3.5L, 9, 4.5, x);
-  expect_format(8 + 32 + 70, "%*.*d %s", 5, 3, 7, x);
-  expect_format(27 + 8 * 32 + 70, "%hhd%hd%d%ld%lld%jd%zd%td%s", 1, 2, 3, 4L, 5LL, intmax_t{6}, size_t{7},
-                ptrdiff_t{8}, x);
-  expect_format(9 + 4 * 32, "%lu%zu%li%c", 1UL, ~size_t{0}, -1L, 0xE4);
-  expect_format(11 + 4 * 32 + 70, "%c%lc%p%n%s", 'c', wint_t{'w'}, static_cast<void *>(&count), &count, x);
-  // More arguments of each sort than there are registers.
-  expect_format(2 * 26 + 25 * 32 + 70, "%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%s", .1, 1, .2, 2,
-                .3, 3, .4, 4, .5, 5, .6, 6, .7, 7, .8, 8, .9, 9, 1., 10, 1.1, 11, 1.2, 12, 1.3, x);
-}
-
-TEST(Format, LeavesWhatIsNoConversionToTheRuntime) {
-  const std::string text(70, 'x');
-  const char *x = text.data();
-  for (const char *format : {"%5-d%s", "%5*d%s", "%$d%s", "%llld%s", "%hld%s", "%y%s"})
-    expect_format(static_cast<int64_t>(std::strlen(format)) + 64, format, x);
-  expect_format(6 + 64, "%llf%s", 1.5L, x);
-  expect_format(9 + 64, "%2$s %1$d", 12, x);
-  expect_format(12 + 64, "%1$s%2$*3$d", x, 7, 90);
-  expect_format(4 + 32, "end%", 0);
-  expect_format(5 + 96, "%9%%d", 1);
-  expect_format(3 + 32, "%ls", L"\u20AC");  // no character of the C locale
-}
 
 // All patterns of up to 7 units and all texts of up to 11, of two sorts; each bit is one.
 TEST(WordSearch, AgreesWithTheStandardAlgorithm) {

@@ -1,6 +1,8 @@
 // Byte streams, with strings beside them, and the functions of views and of bytes alone under programs.
 #include "bytes_ops.inc"
 
+#include <numeric>
+
 #include "interpreter/units.h"
 
 namespace mub_test {
@@ -16,6 +18,7 @@ namespace mub_test {
 // role (char \* string|void \* destination);int64_t (length|count) = Data
 // role void \* destination;(const )?void \* source;int64_t count = Ranges
 // role int64_t \* (position|count) = Position
+// role uint8_t \*\* bytes = Out<uint8_t *>
 // role (u?int64_t|uint32_t) value = Word
 
 // ---- at the cursor of a stream
@@ -132,31 +135,24 @@ void want(op::set_buffer_, Stream &stream, Position &position, const auto &text)
   EXPECT_EQ(position.now, position.after(text.count));
   put_clipped(stream, position.at, part(text.all, 0, text.count));
 }
-void by_hand(op::get_buffer_, auto &world, auto get) {
-  const Self<mub_stream> self(world);
-  Position position(world), count(world);
-  uint8_t *bytes = nullptr;
-  EXPECT_EQ(get(&self.slot.record, &position.now, &bytes, &count.now), position.after(count.at));
-  EXPECT_EQ(position.now, position.after(count.at));
+void check(op::get_buffer_, auto &, Self<mub_stream> &self, Position &position, Out<uint8_t *> &bytes,
+           Position &count, int64_t result) {
+  EXPECT_EQ(result, position.after(count.at));
+  EXPECT_EQ(position.now, result);
   const int64_t there = left_at(self.slot, position.at);
-  EXPECT_EQ(bytes, there > 0 ? self.slot.record.data + position.at : nullptr);
+  EXPECT_EQ(*bytes.value, there > 0 ? self.slot.record.data + position.at : nullptr);
   EXPECT_EQ(count.now, there > 0 ? std::min(count.at, there) : 0);
 }
 // What the string had is not released.
 void by_hand(op::clone_string_, auto &world, auto clone) {
-  const Self<mub_stream> self(world);
-  Slot<mub_string> &out = Peer<mub_string>(world).slot;
-  std::free(out.record.data);
-  out.clear();
-  const int is_cloned = world.call([&] { return clone(&self.slot.record, &out.record); });
-  EXPECT_EQ(is_cloned, world.failed ? 0 : 1);
-  if (!world.failed) want(op::clone_(), self.slot, out);
+  for (auto &string : world.strings) string.release();
+  step<op::clone_, Self<mub_stream>, Peer<mub_string>>(world, clone);
 }
 void by_hand(op::check_, auto &world, auto check) {
   const Text<mub_stream, kCounted> text(world);
-  char32_t all = 0;
-  for (const char32_t unit : text.units()) all ^= unit;
-  EXPECT_EQ(static_cast<char32_t>(check(text.data, text.count)), all);
+  const Units all = text.units();
+  const char32_t sum = std::accumulate(all.begin(), all.end(), U'\0', std::bit_xor());
+  EXPECT_EQ(check(text.data, text.count), static_cast<int>(sum));
 }
 // Every length has a test of its own.
 void by_hand(op::crc32_, auto &, auto crc32) {
@@ -168,39 +164,28 @@ void by_hand(op::crc32_, auto &, auto crc32) {
 using Char = Slot<mub_char>;
 using Terminated = Text<mub_char, kTerminated>;
 
-mub_char *want(op::term_, Char &view) {
-  view.adopt({});
-  view.filled = 0;
-  return &view.record;
-}
 void want(op::shrink_, Char &view, int64_t length) {
-  if (view.own() != nullptr && length >= 0) view.filled = length;
+  if (view.data != nullptr && length >= 0) view.filled = length;
 }
 int64_t want(op::length_, Char &view) { return view.filled = view.measured(); }
 void want(op::zero_, Char &view) {
   change_each(view, [](char32_t) { return U'\0'; });
 }
 void want(op::copy_, Char &view, const auto &text) {
-  if (view.own() != nullptr || text.data == nullptr) return;
+  if (view.data != nullptr || text.data == nullptr) return;
   view.adopt(text.units() + U'\0');
   view.filled = text.size();
 }
 
-void by_hand(OneOf<op::cmp_, op::icmp_> auto op, auto &world,
-             int compare(const void *, int64_t, const void *, int64_t)) {
-  step<decltype(op), Text<mub_char, kCounted>, Text<mub_char, kCounted>>(world, compare);
-}
 // Machines differ in how far apart texts with an end are.
-void by_hand(OneOf<op::cmp_, op::icmp_> auto op, auto &world, int compare(const char *, const char *)) {
-  const Terminated a(world), b(world);
-  const int result = world.read_by_all([&] { return compare(a.data, b.data); });
+void check(OneOf<op::cmp_, op::icmp_> auto op, auto &, Terminated &a, Terminated &b, int result) {
   EXPECT_EQ(std::clamp(result, -1, 1), std::clamp(want(op, a, b), -1, 1));
 }
 
 // The data of a view as a run of bytes, and as a string of the heap.
 struct Data : Self<mub_char> {
   using Self<mub_char>::Self;
-  auto arguments() const { return std::tuple(slot.own(), std::min(slot.filled, slot.own_count())); }
+  auto arguments() const { return std::tuple(slot.data, std::min(slot.filled, size_of(slot.units))); }
 };
 struct Owned : Self<mub_char> {
   using Self<mub_char>::Self;
@@ -210,8 +195,8 @@ void check(op::trim_, auto &, Data &string, None) {
   const Units all = string.slot.content(), kept = trimmed(all);
   const size_t first = all.find_first_not_of(U" \t\r\n");
   const bool starts_with_0 = first != Units::npos && all[first] == 0;
-  if (string.slot.own() == nullptr || starts_with_0 || (!all.empty() && kept == all)) return;
-  string.slot.memory.units.replace(0, kept.size() + 1, kept + U'\0');
+  if (string.slot.data == nullptr || starts_with_0 || (!all.empty() && kept == all)) return;
+  string.slot.units.replace(0, kept.size() + 1, kept + U'\0');
 }
 void check(op::dup_, auto &world, Owned &string, Terminated &source, Capacity &length, None) {
   if (source.data == nullptr) return string.slot.adopt({});
@@ -225,13 +210,13 @@ void check(op::dup_, auto &world, Owned &string, Terminated &source, Capacity &l
 struct Ranges : Self<mub_char> {
   explicit Ranges(auto &world) : Self<mub_char>(world) {
     Program &program = world.program;
-    const int64_t size = slot.own_count();
+    const int64_t size = size_of(slot.units);
     from = program.below(size + 1);
     to = std::clamp<int64_t>(program.one_in(2) ? program.below(size + 1) : from + program.below(37) - 18, 0,
                              size);
     count = program.below(size + 1 - std::max(from, to)) - program.below(2);
   }
-  auto arguments() const { return std::tuple(slot.own() + to, slot.own() + from, count); }
+  auto arguments() const { return std::tuple(slot.data + to, slot.data + from, count); }
   int64_t from, to, count;
 };
 // A copy goes from low to high, so that it may take bytes that it has put; at a distance of 7 or less through
@@ -239,7 +224,7 @@ struct Ranges : Self<mub_char> {
 void check(OneOf<op::copy_, op::move_> auto op, auto &, Ranges &ranges, None) {
   const auto [from, to, count] = std::tuple(ranges.from, ranges.to, ranges.count);
   const bool is_near = std::abs(to - from) <= 7;
-  Units &units = ranges.slot.memory.units;
+  Units &units = ranges.slot.units;
   const Units before = units;
   for (int64_t i = 0; i < count; ++i) units[clipped(to + i)] = (is_near ? before : units)[clipped(from + i)];
   for (int64_t i = from; i < from + count && !is_near && op.kName == "move"; ++i)

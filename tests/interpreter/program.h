@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <limits>
 #include <string>
 
 namespace mub_test {
@@ -30,6 +29,10 @@ class Program {
     return static_cast<int64_t>(drawn % static_cast<uint64_t>(bound));
   }
   bool one_in(int64_t n) { return below(n) == n - 1; }
+  // An element of an array or a string.
+  auto &one_of(auto &elements) {
+    return elements[static_cast<size_t>(below(static_cast<int64_t>(std::size(elements))))];
+  }
 
   uint64_t word() {
     uint64_t word = 0;
@@ -39,22 +42,11 @@ class Program {
 
   // A number around `bound` or another one at which code may change its mind.
   int64_t near(int64_t bound) {
-    constexpr int64_t kFar[] = {std::numeric_limits<int64_t>::min(),
-                                std::numeric_limits<int64_t>::max(),
-                                INT32_MIN,
-                                INT32_MAX,
-                                int64_t{UINT32_MAX},
-                                int64_t{UINT32_MAX} + 1,
-                                -1,
-                                0};
-    switch (below(4)) {
-      case 0:
-        return bound + below(5) - 2;
-      case 1:
-        return kFar[below(std::size(kFar))];
-      default:
-        return bound > 0 ? below(bound) : below(3) - 1;
-    }
+    constexpr int64_t kFar[] = {INT64_MIN, INT64_MAX, INT32_MIN, INT32_MAX, UINT32_MAX, 1LL << 32, -1, 0};
+    const int64_t kind = below(4);
+    if (kind == 0) return bound + below(5) - 2;
+    if (kind == 1) return one_of(kFar);
+    return bound > 0 ? below(bound) : below(3) - 1;
   }
 
   // Up to `longest` bytes out of the first letters of an alphabet that may be small, which makes for many

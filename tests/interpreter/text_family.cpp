@@ -29,24 +29,19 @@ constexpr auto draw_numeral = [](auto &world) {
     return std::ldexp(mantissa, static_cast<int>(program.below(2 * kMost)) - kMost);
   }
 };
-Units printed(auto number) {
-  const std::string text = std::to_string(number);
-  return Units(text.begin(), text.end());
-}
 
 // A string for views.
 struct Viewed : Peer<mub_char> {
   using Peer<mub_char>::Peer;
   auto arguments() const { return std::tuple(&string); }
-  mub_string string = {slot.own(), slot.measured(), slot.measured()};
+  mub_string string = {slot.data, slot.measured(), slot.measured()};
 };
 struct Chars {
   explicit Chars(auto &) : out(std::make_unique<mub_char>()) {}
   auto arguments() const { return std::tuple(out.get()); }
   void take(const Part &part) const {
-    const auto text = reinterpret_cast<uintptr_t>(part.own());
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(out->data),
-              text == 0 ? 0 : text + static_cast<uintptr_t>(part.start));
+    const auto start = part.data == nullptr ? 0 : static_cast<uintptr_t>(part.start);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(out->data), reinterpret_cast<uintptr_t>(part.data) + start);
     EXPECT_EQ(out->length, part.filled);
   }
   std::unique_ptr<mub_char> out;
@@ -57,20 +52,17 @@ struct Chars {
 using View = Slot<mub_stringx>;
 
 void bind(View &view, const Span<char> &span) { static_cast<Span<char> &>(view) = span; }
-void want(op::term_, View &view) { bind(view, {&nothing}); }
-void want(op::shrink_, View &view) { bind(view, {view.block}); }
+void want(op::shrink_, View &view) { view.start = view.filled = 0; }
 void want(op::swap_, View &a, View &b) { std::swap<Span<char>>(a, b); }
 void want(op::copy_, View &view, View &other) { bind(view, other); }
 void want(OneOf<op::copy_char_, op::copy_string_> auto, View &view, Slot<mub_char> &other) {
-  bind(view, {other.block, 0, other.measured()});
+  bind(view, {other.data, other.units, 0, other.measured()});
 }
-void want(op::left_, View &view, int64_t count) {
-  if (!view.is_empty() && view.filled > count) view.filled = count;
-}
-void want(op::right_, View &view, int64_t count) {
+void want(OneOf<op::left_, op::right_> auto op, View &view, int64_t count) {
   if (view.is_empty() || view.filled <= count) return;
-  view.start = wrapping_sum(wrapping_sum(view.start, view.filled), wrapping_sum(~count, 1));
-  view.filled = std::max<int64_t>(count, 0);
+  const bool is_left = op.kName == "left";
+  if (!is_left) view.start = wrapping_sum(wrapping_sum(view.start, view.filled), wrapping_sum(~count, 1));
+  view.filled = is_left ? count : std::max<int64_t>(count, 0);
 }
 
 // ---- strings
@@ -82,12 +74,13 @@ template <class Op>
 concept Prints = OneOf<Op, op::copy_integer_, op::copy_long_, op::copy_float_, op::copy_double_,
                        op::append_integer_, op::append_long_, op::append_float_, op::append_double_>;
 void want(Prints auto op, auto &slot, auto number) {
-  slot.take((op.kName[0] == 'a' ? slot.content() : Units()) + printed(number));
+  const std::string printed = std::to_string(number);
+  slot.take((op.kName[0] == 'a' ? slot.content() : Units()) + Units(printed.begin(), printed.end()));
 }
 template <class T>
 T want(OneOf<op::get_long_, op::get_float_, op::get_double_> auto, auto &string, T otherwise) {
   if (string.is_empty()) return otherwise;
-  if (std::is_same_v<T, float>) return static_cast<T>(std::strtod(string.own(), nullptr));
+  if (std::is_same_v<T, float>) return static_cast<T>(std::strtod(string.data, nullptr));
   const Reading reading(string);
   return std::is_same_v<T, double> ? static_cast<T>(reading.decimal) : static_cast<T>(reading.integer);
 }
@@ -96,7 +89,7 @@ void by_hand(op::get_integer_, auto &world, auto get) {
   const Self<mub_string> self(world);
   const int64_t otherwise = draw_numeral<int64_t>(world);
   EXPECT_EQ(get(&self.slot.record, otherwise),
-            self.slot.is_empty() ? otherwise : static_cast<int>(std::strtol(self.slot.own(), nullptr, 10)));
+            self.slot.is_empty() ? otherwise : static_cast<int>(std::strtol(self.slot.data, nullptr, 10)));
 }
 
 int64_t want(op::replace_char_, auto &slot, char32_t from, char32_t to) {
@@ -137,26 +130,52 @@ void by_hand(op::match_, auto &world, auto match) {
   substitute(self.slot, marker,
              [&] { return next == std::end(texts) || next->data == nullptr ? nullptr : next++; });
 }
-// Of the buffer that it is printed into, only the content is known.
+// The buffer is made for the format, 32 bytes for each percent sign, and for the texts that are printed as they
+// are; another one is made where the runtime wants more. What is no conversion is left to the runtime, which may
+// fail.
 void by_hand(op::format_, auto &world, auto print) {
-  static const char *const kFormats[] = {
-      "", "= %%", "%d", "%+05d|%s", "%i%5s%.1e", "%c%s%9a%s", "<%u%.2s%g%s%lld>%%"};
   const Self<mub_string> self(world);
-  const Terminated texts[] = {Terminated(world), Terminated(world)};
-  const double decimal = draw_numeral<double>(world);
-  const int64_t number = draw_numeral<int64_t>(world);
-  const char *format = kFormats[clipped(world.program.below(7))];
-  const auto print_with = [&](auto printer, auto... to) {
-    return printer(to..., format, static_cast<int>(number & 0x7FFF), texts[0].data, decimal, texts[1].data,
-                   number);
+  const Terminated text(world);
+  const char *x = text.data;
+  const int64_t of_x = x == nullptr ? 32 : text.size();
+  const double f = draw_numeral<double>(world);
+  const auto d = static_cast<int>(world.program.near(0));
+  int64_t row = world.program.below(23);
+  int count = 0;
+  const auto expect = [&](int64_t room, const char *format, auto... arguments) {
+    if (row-- != 0) return;
+    std::string printed(70000, '?');
+    const int length = std::snprintf(printed.data(), printed.size(), format, arguments...);
+    world.call([&] { print(&self.slot.record, format, arguments...); });
+    if (world.failed || length < 0) return;
+    if (*format == 0) return self.slot.end_at(0);
+    Slot<mub_string> built;
+    built.grow(static_cast<int64_t>(std::strlen(format)) + room);
+    built.grow(length);
+    self.slot.swap(built);
+    self.slot.take(units_of(printed.data(), length));
   };
-  std::string text(5000, '?');
-  text.resize(static_cast<size_t>(print_with(std::snprintf, text.data(), text.size())));
-  world.call([&] { print_with(print, &self.slot.record); });
-  if (world.failed) return;
-  if (*format == 0) return self.slot.end_at(0);
-  self.slot.units.assign(clipped(self.slot.record.capacity) + 1, 0);
-  self.slot.take(units_of(text.data(), static_cast<int64_t>(text.size())));
+  expect(0, "", d);
+  expect(96, "= %%%*d", static_cast<int>(world.program.below(90)), d);
+  expect(32, "%5000d", d);
+  expect(32, "%ls", L"\u20AC");  // no character of the C locale
+  expect(32 + of_x, "%S%s", L"wide", x);
+  expect(64, "%-*s%.*s", 300, "", 9, x);
+  expect(4 * 32 + of_x, "%e%.3G%La%*g%s", f, f, 0.0L, 9, f, x);
+  expect(32 + of_x, "%*.*d %s", 5, 3, d, x);
+  expect(8 * 32 + of_x, "%hhd%hd%d%ld%lld%jd%zd%td%s", d, d, d, 4L, 5LL, intmax_t{6}, size_t{7}, ptrdiff_t{8},
+         x);
+  expect(4 * 32, "%lu%zu%li%c", 1UL, size_t{UINT32_MAX}, -1L, 0xE4);
+  expect(4 * 32 + of_x, "%c%lc%p%n%s", 'c', wint_t{'w'}, nullptr, &count, x);
+  // More arguments of each sort than there are registers.
+  expect(25 * 32 + of_x, "%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%s", f, 1, .2, 2, .3, 3, .4, 4,
+         .5, 5, .6, 6, .7, 7, .8, 8, .9, 9, 1., 10, 1.1, 11, 1.2, 12, f, x);
+  for (const char *format : {"%5-d%s", "%5*d%s", "%$d%s", "%llld%s", "%hld%s", "%y%s"}) expect(64, format, x);
+  expect(64, "%2$s %1$d", d, x);
+  expect(64, "%1$s%2$*3$d", x, d, 90);
+  expect(64, "%llf%s", 1.5L, x);
+  expect(32, "end%", 0);
+  expect(96, "%9%%d", 1);
 }
 
 }  // namespace mub_test

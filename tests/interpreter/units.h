@@ -49,10 +49,7 @@ const Units &draw_letters(Program &program) {
       {U"ab", U"abc", Units(U" \t\r\n\0\v?aAzZ[@`{\xE9", 16), U"-.0123456789x"},
       {U"\u6162\u6261", U"\u6162\u6261\u6161", Units(U" \t\r\n\0\v\u0141\u6162AzZ[\u0120`{\xE9", 16),
        U"-.0123456789x"}};
-  return kLetters[sizeof(Unit) - 1][program.below(4)];
-}
-inline char32_t draw_one(Program &program, const Units &letters) {
-  return letters[static_cast<size_t>(program.below(size_of(letters)))];
+  return program.one_of(kLetters[sizeof(Unit) - 1]);
 }
 // At least one. Long ones repeat a short one, but for two units.
 template <class Unit>
@@ -62,45 +59,42 @@ Units draw_units(Program &program) {
   const auto period = size < 13 ? size : static_cast<size_t>(1 + program.below(4));
   Units units;
   while (units.size() < size)
-    units += units.size() < period ? draw_one(program, letters) : units[units.size() - period];
-  for (int i = 0; i < 2 && size > period; ++i)
-    units[static_cast<size_t>(program.below(size_of(units)))] = draw_one(program, letters);
+    units += units.size() < period ? program.one_of(letters) : units[units.size() - period];
+  for (int i = 0; i < 2 && size > period; ++i) program.one_of(units) = program.one_of(letters);
   return units;
 }
 
 // ---- records with their models
 
-// A block that a record has or views, or none.
-template <class Unit>
-struct Block {
-  Unit *data = nullptr;
-  Units units;
-};
-// Units of a block. The start of a view may lie anywhere, and its length may be one below 0, where no unit is
-// in it.
+// Units of a block that a record has or views, or of none. The start of a view may lie anywhere, and its
+// length may be one below 0, where no unit is in it.
 template <class U>
 struct Span {
   using Unit = U;
-  bool is_empty() const { return own() == nullptr || filled == 0; }
+  static constexpr bool kIsStream = false, kIsView = true;
+  bool is_empty() const { return data == nullptr || filled == 0; }
   int64_t length() const { return filled; }
-  Units content() const { return part(block->units, start, filled); }
+  Units content() const { return part(units, start, filled); }
   Units reach() const { return content(); }
-  Unit *own() const { return block->data; }
-  int64_t own_count() const { return size_of(block->units); }
-  int64_t capacity() const { return own_count(); }
+  int64_t capacity() const { return size_of(units); }
+  void clear() { *this = {}; }
+  void keep(int64_t at, int64_t count) {
+    start += at;
+    filled = count;
+  }
 
-  Block<Unit> *block;
+  Unit *data = nullptr;
+  Units units;  // all of the block
   int64_t start = 0, filled = 0;
 };
 
 // A string or a stream.
 template <class R>
 struct Slot : Span<std::remove_pointer_t<decltype(R::data)>> {
-  static constexpr bool kIsStream = std::is_same_v<R, mub_stream>;
-  using Span<typename Slot::Unit>::filled;
+  static constexpr bool kIsStream = std::is_same_v<R, mub_stream>, kIsView = false;
+  using Span<typename Slot::Unit>::filled, Span<typename Slot::Unit>::units;
 
-  Slot() { this->block = &memory; }
-  ~Slot() { std::free(record.data); }
+  ~Slot() { release(); }
 
   int64_t capacity() const { return std::max<int64_t>(size_of(units), 1) - 1; }
   Units reach() const { return part(units, 0, capacity()); }
@@ -120,6 +114,7 @@ struct Slot : Span<std::remove_pointer_t<decltype(R::data)>> {
     units.replace(0, content.size(), content);
     end_at(size_of(content));
   }
+  void keep(int64_t at, int64_t count) { take(part(this->content(), at, count)); }
   // What an operation on the left, in the middle or on the right takes, by the first letter of its name.
   Units cut(char side, int64_t first, int64_t count) const {
     if (side == 'r' && count > 0) first = filled - std::min(count, filled);
@@ -129,13 +124,8 @@ struct Slot : Span<std::remove_pointer_t<decltype(R::data)>> {
     units.swap(other.units);
     std::swap(filled, other.filled);
   }
-  void clear() {
-    units.clear();
-    filled = 0;
-  }
-
   void compare() {
-    memory.data = record.data;
+    this->data = record.data;
     ASSERT_EQ(record.length, filled);
     ASSERT_EQ(record.capacity, capacity());
     ASSERT_EQ(record.data == nullptr, units.empty());
@@ -143,18 +133,16 @@ struct Slot : Span<std::remove_pointer_t<decltype(R::data)>> {
     for (int64_t i = filled + (kIsStream ? 0 : 1); i < loose; ++i) units[clipped(i)] = read[clipped(i)];
     ASSERT_EQ(read, units);
     loose = 0;
-    if (filled < 3000) return;
+    if (filled >= 3000) release();
+  }
+  void release() {
     std::free(std::exchange(record, {}).data);
-    clear();
+    this->clear();
   }
 
   R record = {};
-  Block<typename Slot::Unit> memory;
-  Units &units = memory.units;  // all of the buffer
-  int64_t loose = 0;            // what lies between the content and here is left open
+  int64_t loose = 0;  // what lies between the content and here is left open
 };
-
-inline Block<char> nothing;
 
 // A part of a view. A view of another text does not take one that is bound.
 struct Part : Span<char> {
@@ -162,20 +150,19 @@ struct Part : Span<char> {
 };
 template <>
 struct Slot<mub_stringx> : Span<char> {
-  Slot() { block = &nothing; }
   Part cut(char side, int64_t offset, int64_t count) const {
     const bool is_bound = !is_empty() && count > 0 && (side != 'm' || (offset >= 0 && offset < filled));
     const int64_t length = is_bound ? std::min(count, std::max<int64_t>(filled, 0) - offset) : 0;
     if (side == 'r' && length > 0) offset = filled - length;
-    return {{block, wrapping_sum(start, offset), length}, is_bound};
+    return {{data, units, wrapping_sum(start, offset), length}, is_bound};
   }
   void take(const Part &part) {
-    if (part.is_bound && part.own() != own()) return;
+    if (part.is_bound && part.data != data) return;
     start = part.start;
     filled = part.filled;
   }
   void compare() {
-    ASSERT_EQ(record.text, own());
+    ASSERT_EQ(record.text, data);
     ASSERT_EQ(record.start, start);
     ASSERT_EQ(record.length, filled);
   }
@@ -185,38 +172,42 @@ struct Slot<mub_stringx> : Span<char> {
 // Of a block of its own, or of none; some are not measured yet.
 template <>
 struct Slot<mub_char> : Span<char> {
-  Slot() { block = &memory; }
-  ~Slot() { mub_free(memory.data); }
+  ~Slot() { mub_free(data); }
 
   void draw(Program &program) {
-    mub_free(memory.data);
-    Units units = draw_units<char>(program);
+    mub_free(data);
+    Units drawn = draw_units<char>(program);
     const int64_t kind = program.below(8);
-    for (uint32_t i = 0; kind > 5 && i < 600; ++i) units += i * 37 / 4 % 256;
-    filled = size_of(units) - program.below(2);
+    for (uint32_t i = 0; kind > 5 && i < 600; ++i) drawn += i * 37 / 4 % 256;
+    filled = size_of(drawn) - program.below(2);
     if (kind < 3) filled = program.one_in(4) ? INT64_MIN : program.below(3) - 1;
-    if (filled < 0) units += U'\0';
-    if (kind == 0) units.clear();
-    record = {kind == 0 ? nullptr : static_cast<char *>(mub_malloc(units.size())), filled};
-    std::ranges::copy(units, reinterpret_cast<uint8_t *>(record.data));
+    if (filled < 0) drawn += U'\0';
+    if (kind == 0) drawn.clear();
+    record = {kind == 0 ? nullptr : static_cast<char *>(mub_malloc(drawn.size())), filled};
+    std::ranges::copy(drawn, reinterpret_cast<uint8_t *>(record.data));
     start = 0;
-    adopt(units);
+    adopt(drawn);
   }
   // The record has another block, or none, and the one before is released.
-  void adopt(const Units &units) { memory = {record.data, units}; }
+  void adopt(const Units &content) {
+    data = record.data;
+    units = content;
+  }
   int64_t measured() const {
-    return filled >= 0 ? filled : std::max<int64_t>(index_of(memory.units.find(U'\0')), 0);
+    return filled >= 0 ? filled : std::max<int64_t>(index_of(units.find(U'\0')), 0);
   }
   void compare() {
-    ASSERT_EQ(record.data, own() == nullptr ? nullptr : own() + start);
+    ASSERT_EQ(record.data, data == nullptr ? nullptr : data + start);
     ASSERT_EQ(record.length, filled);
-    ASSERT_EQ(units_of(own(), own_count()), memory.units);
+    ASSERT_EQ(units_of(data, size_of(units)), units);
   }
   mub_char record = {};
-  Block<char> memory;
 };
-template <class S>
-concept IsView = std::is_same_v<S, Slot<mub_stringx>> || std::is_same_v<S, Slot<mub_char>>;
+// Records that a part of another one goes to.
+template <class T>
+concept Takes = requires {
+  &T::take;
+};
 
 template <class R>
 struct WorldOf : World {
@@ -261,23 +252,23 @@ struct Peer {
 template <class R>
 inline constexpr bool kIsWritten<Peer<R>> = true;
 template <class R>
-struct Self {
-  explicit Self(WorldOf<R> &world) : slot(Peer<R>(world).slot) { world.self = &slot; }
-  auto arguments() const { return std::tuple(&slot.record); }
-  Slot<R> &slot;
+struct Self : Peer<R> {
+  explicit Self(auto &world) : Peer<R>(world) { world.self = &this->slot; }
 };
 
 inline constexpr auto draw_number = [](auto &world) {
   // Lengths of views may be far away.
   const int64_t bound = world.program.one_in(2) ? world.self->length() : world.self->capacity();
   const int64_t number = world.program.near(std::max<int64_t>(bound, -2));
-  world.is_far |= number > INT32_MAX;
+  world.is_far |= number > 5000;
   return number;
 };
 using Number = Drawn<int64_t, draw_number>;
+// The last one would be small where an address has 32 bits and sizes were cut to them.
 inline int64_t draw_huge(Program &program) {
-  constexpr int64_t kHuge[] = {INT64_MAX, INT64_MAX - 7, INT64_MAX - 64, INT64_MAX / 2};
-  return kHuge[program.below(4)];
+  constexpr int64_t kHuge[] = {INT64_MAX, INT64_MAX - 7, INT64_MAX - 64, INT64_MAX / 2,
+                               int64_t{UINT32_MAX} + 10000};
+  return program.one_of(kHuge);
 }
 inline constexpr auto draw_capacity = [](auto &world) {
   const int64_t number = draw_number(world);
@@ -289,7 +280,7 @@ using Capacity = Drawn<int64_t, draw_capacity>;
 template <class R>
 struct Letter {
   using Unit = typename Slot<R>::Unit;
-  explicit Letter(WorldOf<R> &world) : value(draw_one(world.program, draw_letters<Unit>(world.program))) {
+  explicit Letter(WorldOf<R> &world) : value(world.program.one_of(draw_letters<Unit>(world.program))) {
     given = static_cast<int>(value) + static_cast<int>(world.program.below(3) - 1) * (1 << 8 * sizeof(Unit));
   }
   auto arguments() const { return std::tuple(given); }
@@ -316,15 +307,15 @@ struct Text {
     count = kGiven == kTerminated ? -1 : program.below(4) - 1;
     if (kind == 0 && kGiven != kCounted) return;
     if constexpr (kBytes > 1) make_halves_alike(*world.self);
-    const int64_t room = world.self->own_count() * kBytes;
+    const int64_t room = size_of(world.self->units) * kBytes;
     bool is_own = kind < 3 && room > 0;
     all = draw_units<Unit>(program);
     if (kind < 5 && room > 0) {
       const int64_t at = program.one_in(3) ? 0 : program.below(room);
       const char32_t other = all[0];
-      data = reinterpret_cast<const Unit *>(world.self->own()) + at;
+      data = reinterpret_cast<const Unit *>(world.self->data) + at;
       all = units_of(data, std::min(room - at, 1 + program.below(300)));
-      if (kind == 4) all[static_cast<size_t>(program.below(size_of(all)))] = other;
+      if (kind == 4) program.one_of(all) = other;
     }
     if (kGiven == kTerminated || (kGiven != kCounted && program.one_in(3))) {
       count = program.one_in(4) ? INT64_MIN : -1;
@@ -335,17 +326,14 @@ struct Text {
     world.asks_too_much = kGiven == kPut && !world.is_far && program.one_in(16);
     if (world.asks_too_much) count = draw_huge(program);
     if (is_own) return;
-    std::vector<Unit> units;
-    for (const char32_t unit : all) units.push_back(static_cast<Unit>(unit));
+    const std::vector<Unit> units(all.begin(), all.end());
     const std::string_view bytes(reinterpret_cast<const char *>(units.data()), units.size() * sizeof(Unit));
     copy.emplace(bytes, program.one_in(2));
     data = reinterpret_cast<const Unit *>(copy->data());
   }
   auto arguments() const {
-    if constexpr (kGiven == kTerminated)
-      return std::tuple(data);
-    else
-      return std::tuple(data, count);
+    if constexpr (kGiven == kTerminated) return std::tuple(data);
+    if constexpr (kGiven != kTerminated) return std::tuple(data, count);
   }
   // What bytes of wide units are does not depend on their order then.
   static void make_halves_alike(Slot<R> &slot) {
@@ -392,7 +380,10 @@ concept IsText = std::is_class_v<T>;
 inline char32_t lowered(char32_t unit) { return unit >= U'A' && unit <= U'Z' ? unit + 32 : unit; }
 inline char32_t raised(char32_t unit) { return unit >= U'a' && unit <= U'z' ? unit - 32 : unit; }
 
-void want(op::term_, auto &slot) { slot.clear(); }
+auto *want(op::term_, auto &slot) {
+  slot.clear();
+  return &slot.record;
+}
 bool want(op::is_empty_, auto &slot) { return slot.is_empty(); }
 void want(op::expand_, auto &slot, int64_t capacity) { slot.grow(capacity); }
 void want(op::shrink_, auto &slot, int64_t length) { slot.end_at(length); }
@@ -412,9 +403,8 @@ void want(OneOf<op::append_, op::append_str_> auto, auto &slot, const auto &text
 }
 
 // Bytes of strings and their views are signed, and -1 where there are none.
-template <class R>
-int want(op::get_at_, Slot<R> &slot, int64_t at) {
-  constexpr bool is_signed = std::is_same_v<typename Slot<R>::Unit, char>;
+int want(op::get_at_, auto &slot, int64_t at) {
+  constexpr bool is_signed = std::is_same_v<decltype(*slot.data), char &>;
   const Units unit = part(slot.reach(), at, 1);
   if (unit.empty()) return is_signed ? -1 : 0;
   return is_signed ? static_cast<signed char>(unit[0]) : static_cast<int>(unit[0]);
@@ -423,7 +413,7 @@ void want(op::set_at_, auto &slot, int64_t at, char32_t unit) {
   if (at >= 0 && at < slot.capacity()) slot.units[clipped(at)] = unit;
 }
 void change_each(auto &slot, auto change) {
-  const auto first = slot.block->units.begin();
+  const auto first = slot.units.begin();
   std::transform(first, first + size_of(slot.content()), first, change);
 }
 void want(op::make_lower_, auto &slot) { change_each(slot, lowered); }
@@ -453,28 +443,26 @@ inline int64_t found(const Units &content, const Units &wanted, int64_t start) {
 int64_t want(OneOf<op::find_char_pos_, op::find_pos_> auto, auto &slot, char32_t unit, int64_t start) {
   return unit == 0 ? -1 : found(slot.content(), Units(1, unit), start);
 }
-int64_t want(OneOf<op::find_char_, op::find_> auto, auto &slot, char32_t unit) {
-  return want(op::find_char_pos_(), slot, unit, 0);
-}
 int64_t want(op::reverse_find_, auto &slot, char32_t unit) {
   return unit == 0 ? -1 : index_of(slot.content().rfind(unit));
 }
 // In a string, a text without a count is searched for by characters of the runtime, up to the first of 0;
 // bytes within the content, wide ones in the whole block.
-template <class S>
-int64_t want(op::find_pos_, S &slot, const IsText auto &text, int64_t start) {
+int64_t want(op::find_pos_, auto &slot, const IsText auto &text, int64_t start) {
   if (text.data == nullptr) return -1;
-  if (IsView<S> || text.count >= 0)
+  if (slot.kIsView || text.count >= 0)
     return found(slot.content(), part(text.all, 0, std::max<int64_t>(text.size(), 1)), start);
   const size_t step = text.kStep;
-  const Units block = step == 1 ? slot.content() : slot.block->units, wanted = text.wanted();
+  const Units block = step == 1 ? slot.content() : slot.units, wanted = text.wanted();
   for (auto at = clipped(start); start >= 0 && at < clipped(slot.length()); at += step) {
     if (block.compare(at, wanted.size(), wanted) == 0) return static_cast<int64_t>(at);
     if (block.compare(at, step, Units(step, 0)) == 0) break;
   }
   return -1;
 }
-int64_t want(op::find_, auto &slot, const IsText auto &text) { return want(op::find_pos_(), slot, text, 0); }
+int64_t want(OneOf<op::find_char_, op::find_> auto, auto &slot, const auto &wanted) {
+  return want(op::find_pos_(), slot, wanted, 0);
+}
 int64_t want(op::chr_, const auto &text, char32_t unit) { return index_of(text.searched().find(unit)); }
 int64_t want(op::rchr_, const auto &text, char32_t unit) { return index_of(text.searched().rfind(unit)); }
 int64_t want(op::str_, const auto &text, const auto &wanted) {
@@ -488,29 +476,21 @@ inline Units trimmed(const Units &units) {
   if (first == Units::npos || units[first] == 0) return {};
   return units.substr(first, units.find_last_not_of(spaces + U'\0') + 1 - first);
 }
-template <class S>
-bool want(op::trim_, S &slot) {
+bool want(op::trim_, auto &slot) {
   const Units all = slot.content(), kept = trimmed(all);
-  if (slot.own() == nullptr || (kept == all && !(IsView<S> && kept.empty()))) return false;
-  if constexpr (IsView<S>) {
-    slot.start += index_of(all.find(kept));
-    slot.filled = size_of(kept);
-  } else {
-    slot.take(kept);
-  }
+  if (slot.data == nullptr || (kept == all && !(slot.kIsView && kept.empty()))) return false;
+  slot.keep(index_of(all.find(kept)), size_of(kept));
   return true;
 }
 
 // Texts for strings are measured, those for streams, too, but wide ones are not. In a stream the old part may
 // end further away than the new content.
-template <class R>
-int want(op::update_, Slot<R> &slot, int64_t at, int64_t old_count, const auto &text) {
-  const int64_t count =
-      sizeof(typename Slot<R>::Unit) == 1 && text.data != nullptr ? text.size() : text.count;
+int want(op::update_, auto &slot, int64_t at, int64_t old_count, const auto &text) {
+  const int64_t count = sizeof(*text.data) == 1 && text.data != nullptr ? text.size() : text.count;
   if (at < 0 || at > slot.length() || old_count < 0 || count < 0) return 0;
   if (text.data == nullptr && count > 0) return 0;
   const int64_t there = slot.length() - at;
-  if (!Slot<R>::kIsStream) old_count = std::min(old_count, there);
+  if (!slot.kIsStream) old_count = std::min(old_count, there);
   if (old_count - count > slot.length()) return 0;
   Units content = slot.content();
   content.replace(clipped(at), clipped(old_count), text.units());
@@ -520,54 +500,47 @@ int want(op::update_, Slot<R> &slot, int64_t at, int64_t old_count, const auto &
 int want(op::insert_, auto &slot, int64_t at, const auto &text) {
   return text.units().empty() ? 0 : want(op::update_(), slot, at, 0, text);
 }
-template <class R>
-void want(op::delete_, Slot<R> &slot, int64_t at, int64_t count) {
-  if (at < 0 || count < 0 || (Slot<R>::kIsStream && count > slot.length() - at)) return;
+void want(op::delete_, auto &slot, int64_t at, int64_t count) {
+  if (at < 0 || count < 0 || (slot.kIsStream && count > slot.length() - at)) return;
   if (slot.length() - at <= count) return slot.end_at(at);
   slot.take(slot.content().erase(clipped(at), clipped(count)));
-}
-void want(op::left_, auto &slot, int64_t count) {
-  if (slot.length() > count) slot.end_at(count);
 }
 void want(op::mid_, auto &slot, int64_t start, int64_t count) {
   if (!slot.is_empty() && start >= 0) slot.take(slot.cut('m', start, count));
 }
-void want(op::right_, auto &slot, int64_t count) {
-  if (!slot.is_empty() && slot.length() > count) slot.take(slot.cut('r', 0, count));
+void want(OneOf<op::left_, op::right_> auto op, auto &slot, int64_t count) {
+  const bool is_left = op.kName == "left";
+  if (slot.is_empty() || slot.length() <= count || (is_left && count < 0)) return;
+  slot.take(slot.cut(op.kName[0], 0, count));
 }
-// "mid_string", and so on.
-void want(auto op, auto &slot, int64_t start, int64_t count,
-          auto &out) requires(op.kName.starts_with("mid_")) {
-  out.take(slot.cut('m', start, count));
+// Into another record: "mid_string", and so on.
+void want(auto op, auto &slot, int64_t start, int64_t count, Takes auto &out) {
+  out.take(slot.cut(op.kName[0], start, count));
 }
-template <class Op>
-concept TakesAnEnd = Op::kName.starts_with("left_") || Op::kName.starts_with("right_");
-void want(TakesAnEnd auto op, auto &slot, int64_t count, auto &out) {
-  out.take(slot.cut(op.kName[0], 0, count));
-}
+void want(auto op, auto &slot, int64_t count, Takes auto &out) { out.take(slot.cut(op.kName[0], 0, count)); }
 
 // Digits, and those past a point, step by step: each rounds.
 struct Reading {
-  template <class R>
-  explicit Reading(const Slot<R> &slot) {
-    const Units units = slot.content();
-    const auto is_digit = [&](size_t i) { return units[i] >= U'0' && units[i] <= U'9'; };
-    const size_t first = units[0] == U'-' ? 1 : 0;
-    size_t i = first;
-    for (; is_digit(i); ++i) {
+  explicit Reading(const auto &slot) {
+    constexpr bool kAddsTheCode = requires { slot.measured(); };
+    const Units units = slot.content(), digits = U"0123456789";
+    const auto end_of_digits = [&](size_t i) {
+      return std::min(units.find_first_not_of(digits, i), units.size());
+    };
+    const size_t first = units[0] == U'-' ? 1 : 0, point = end_of_digits(first);
+    const size_t end = point > first && units[point] == U'.' ? end_of_digits(point + 1) : point;
+    is_long = point > first && point == units.size();
+    is_float = point > first && end == units.size();
+    for (size_t i = first; i < point; ++i) {
       integer = integer * 10 + (units[i] - U'0');
       const double tens = decimal * 10.0;
-      decimal = std::is_same_v<R, mub_char> ? tens + units[i] - 48.0 : tens + (units[i] - 48.0);
+      decimal = kAddsTheCode ? tens + units[i] - 48.0 : tens + (units[i] - 48.0);
     }
-    is_long = i > first && i == units.size();
-    if (i > first && units[i] == U'.') {
-      for (const size_t point = i++; is_digit(i); ++i) {
-        double digit = units[i] - U'0';
-        for (size_t place = point; place < i; ++place) digit /= 10.0;
-        decimal += digit;
-      }
+    for (size_t i = point + 1; i < end; ++i) {
+      double digit = units[i] - U'0';
+      for (size_t place = point; place < i; ++place) digit /= 10.0;
+      decimal += digit;
     }
-    is_float = i > first && i == units.size();
     if (first == 1) integer = 0 - integer, decimal = 0.0 - decimal;
   }
   uint64_t integer = 0;
@@ -617,9 +590,8 @@ template <class R>
 void by_hand(op::init_, WorldOf<R> &, auto init) {
   Slot<R> slot;
   std::memset(static_cast<void *>(&slot.record), 0x55, sizeof slot.record);
-  if constexpr (std::is_void_v<decltype(init(&slot.record))>) {
-    init(&slot.record);
-  } else {
+  init(&slot.record);
+  if constexpr (requires { *init(&slot.record); }) {
     EXPECT_EQ(init(&slot.record), &slot.record);
   }
   slot.compare();
