@@ -1,86 +1,76 @@
 // Bit sets under programs.
-#include <algorithm>
-#include <cstring>
+#include "bits_ops.inc"
 
-#include "interpreter/roles.h"
-#include "mub_bits.h"
+#include "interpreter/units.h"
 
 namespace mub_test {
 
-template <class R>
-struct WorldOf;
+// role uint32_t byte = Drawn<uint32_t, draw_byte>
+// role uint32_t position = Drawn<uint32_t, draw_position>
+// role int on = Drawn<int, draw_switch>
+// role const %r \* bits;uint32_t bit = Self<%s>, Drawn<uint32_t, draw_any_bit>
+// role uint32_t bit = Drawn<uint32_t, draw_bit>
+// role uint32_t bytes = Drawn<uint32_t, draw_bytes>
+
 template <>
-struct WorldOf<mub_bits> : World {
-  using World::World;
-  ~WorldOf() { mub_bits_term(&bits); }
+struct Slot<mub_bits> {
+  ~Slot() { mub_bits_term(&record); }
+  int64_t length() const { return static_cast<int64_t>(bytes.size()); }
+  void grow(int64_t wanted) {
+    if (wanted > length()) bytes.resize(clipped(std::max(length() + 1024, wanted)));
+  }
+  void clear() { bytes.clear(); }
   void compare() {
-    ASSERT_EQ(bits.size, model.size());
-    ASSERT_TRUE(model.empty() ? bits.data == nullptr : std::equal(model.begin(), model.end(), bits.data));
+    ASSERT_EQ(record.size, bytes.size());
+    ASSERT_EQ(record.data == nullptr, bytes.empty());
+    ASSERT_TRUE(std::equal(bytes.begin(), bytes.end(), record.data));
   }
-  // Mostly inside, sometimes right after the end or far beyond the next growth.
-  uint32_t bit() {
-    const int64_t end = 8 * int64_t{bits.size};
-    return static_cast<uint32_t>(program.one_in(9) ? end + program.below(program.one_in(4) ? 20000 : 20)
-                                                   : program.below(end + 1));
-  }
-  void expand(size_t bytes) {
-    if (!failed && bytes > model.size()) model.resize(std::max(model.size() + 1024, bytes));
-  }
-  mub_bits bits = {};
-  std::vector<uint8_t> model;
+  mub_bits record = {};
+  std::vector<uint8_t> bytes;
 };
-using Bits = WorldOf<mub_bits>;
+using Bits = Slot<mub_bits>;
+
+constexpr auto draw_byte = [](auto &world) { return static_cast<uint32_t>(world.program.below(512)); };
+constexpr auto draw_position = [](auto &world) {
+  return static_cast<uint32_t>(world.program.near(world.program.one_in(3) ? 32 : 8));
+};
+constexpr auto draw_switch = [](auto &world) { return static_cast<int>(world.program.below(3) - 1) * 256; };
+// Mostly inside, sometimes right after the end or far beyond the next growth.
+constexpr auto draw_bit = [](auto &world) {
+  Program &program = world.program;
+  const int64_t end = 8 * world.self->length(), beyond = program.one_in(4) ? 12000 : 20;
+  return static_cast<uint32_t>(program.one_in(9) ? end + program.below(beyond) : program.below(end + 1));
+};
+constexpr auto draw_any_bit = [](auto &world) {
+  return world.program.one_in(9) ? UINT32_MAX : draw_bit(world);
+};
+constexpr auto draw_bytes = [](auto &world) { return draw_bit(world) / 8; };
 
 uint32_t mask(uint32_t position) { return position < 8 ? 128u >> position : 0; }
-
-void single_bytes(Bits &world) {
-  const auto byte = static_cast<uint32_t>(world.program.below(512));
-  for (const uint32_t position : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 31u, 32u, 40u, UINT32_MAX}) {
-    EXPECT_EQ(mub_bits_get(byte, position), byte & mask(position));
-    EXPECT_EQ(mub_bits_set(byte, position, -256), (byte | mask(position)) & 0xFF);
-    EXPECT_EQ(mub_bits_set(byte, position, 0), byte & ~mask(position) & 0xFF);
-  }
+void check(op::get_, auto &, auto &byte, auto &position, uint32_t result) {
+  EXPECT_EQ(result, byte.value & mask(position.value));
 }
-void expand(Bits &world) {
-  const uint32_t bytes = world.bit() / 8;
-  const int result = world.call([&] { return mub_bits_expand(&world.bits, bytes); });
-  EXPECT_EQ(result, world.failed ? 0 : 1);
-  world.expand(bytes);
+void check(op::set_, auto &, auto &byte, auto &position, auto &on, uint8_t result) {
+  const uint32_t bit = mask(position.value);
+  EXPECT_EQ(result, (on.value != 0 ? byte.value | bit : byte.value & ~bit) & 0xFF);
 }
-void insert(Bits &world) {
-  const uint32_t bit = world.bit();
-  const bool on = world.program.one_in(2);
-  world.call([&] { mub_bits_insert(&world.bits, bit, on ? -256 : 0); });
-  world.expand(bit / 8 + 1);
-  if (!world.failed) world.model[bit / 8] = mub_bits_set(world.model[bit / 8], bit % 8, on ? 1 : 0);
-  if (!world.failed) {
-    EXPECT_EQ(mub_bits_find(&world.bits, bit), on ? mask(bit % 8) : 0);
-  }
+void want(op::insert_, Bits &slot, uint32_t bit, int on) {
+  slot.grow(bit / 8 + 1);
+  uint8_t &byte = slot.bytes[bit / 8];
+  byte = static_cast<uint8_t>(on != 0 ? byte | mask(bit % 8) : byte & ~mask(bit % 8));
 }
-void find(Bits &world) {
-  for (const uint32_t bit : {world.bit(), 8 * world.bits.size, UINT32_MAX}) {
-    const uint32_t expected = bit / 8 < world.model.size() ? world.model[bit / 8] & mask(bit % 8) : 0;
-    world.read_by_all([&] { EXPECT_EQ(mub_bits_find(&world.bits, bit), expected); });
-  }
+uint32_t want(op::find_, Bits &slot, uint32_t bit) {
+  return bit / 8 < slot.bytes.size() ? slot.bytes[bit / 8] & mask(bit % 8) : 0;
 }
-// The block goes to the stream, with room for the terminator of a string. It comes back here.
-void swap_and_begin_again(Bits &world) {
+void want(op::zero_, Bits &slot) { std::ranges::fill(slot.bytes, 0); }
+// The stream has the block, too, with room for the terminator of a string.
+void by_hand(op::swap_, auto &world, auto swap) {
+  mub_bits &bits = Self<mub_bits>(world).slot.record;
   mub_stream stream = {};
-  mub_bits_swap(&world.bits, &stream);
-  EXPECT_TRUE(stream.data == world.bits.data && stream.capacity == world.bits.size);
-  EXPECT_TRUE(stream.length == stream.capacity &&
-              (stream.data == nullptr || stream.data[stream.capacity] == 0));
-  mub_bits_zero(&world.bits);
-  std::fill(world.model.begin(), world.model.end(), 0);
-  if (world.program.one_in(2)) return world.compare();
-  EXPECT_EQ(mub_bits_term(&world.bits), &world.bits);
-  world.model.clear();
-  world.compare();
-  world.bits.size = 77;
-  EXPECT_EQ(mub_bits_init(&world.bits), &world.bits);
+  swap(&bits, &stream);
+  EXPECT_TRUE(stream.data == bits.data && stream.length == bits.size && stream.capacity == bits.size);
+  EXPECT_TRUE(bits.data == nullptr || bits.data[bits.size] == 0);
 }
-
-// steps of mub_bits: single_bytes expand insert insert insert find swap_and_begin_again
 
 }  // namespace mub_test
 
