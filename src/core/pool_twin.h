@@ -151,7 +151,7 @@ class PoolTwins {
                       owned(copy.value_pool, copy.owns_value_pool)};
     clones_entries_ = from[0] != nullptr && to[0] != nullptr;
     clones_values_ = from[1] != nullptr && to[1] != nullptr;
-    const bool is_filled = (clones_entries_ && user.fill(to[0])) || (clones_values_ && user.fill(to[1]));
+    const bool is_filled = user.fill(to[0]) || user.fill(to[1]);
     return (!clones_entries_ || entries_.clone(*from[0], *to[0])) &&
            (!clones_values_ || values_.clone(*from[1], *to[1])) && user.clone_beside(is_filled);
   }
