@@ -8,6 +8,7 @@
 
 #include "mub_btree.h"
 #include "mub_hash.h"
+#include "support/fuse.h"
 
 namespace {
 
@@ -156,9 +157,12 @@ TEST(BTreeOfNumbers, AnUnknownTypeAndNoNumberEqualEverything) {
 
 // Nodes of four levels, so many that walks fetch what comes next.
 TEST(BTreeOfNumbers, LargeTreesAreClonedAndWalkedBothWays) {
-  constexpr uint32_t kCount = 100000;
+  constexpr uint32_t kCount = 140000;
   TreeOfNumbers tree(2), copy(2);
   for (uint32_t i = 1; i <= kCount; ++i) tree.add(i * 0x9E3779B1);
+  mub_test::arm_fuse(1000, mub_test::Blow::kForever);
+  EXPECT_EQ(mub_btreed_clone_entry(&tree, &tree.root, &copy, &copy.root), 0);
+  EXPECT_TRUE(mub_test::disarm_fuse() && copy.node_pool->live_count == 0 && copy.root.level == 0);
   ASSERT_EQ(mub_btreed_clone(&tree, nullptr, &copy, nullptr, nullptr), kCount);
   mub_btreed_cursor cursor;
   std::vector<mub_btreed_node *> up, down;
@@ -199,6 +203,10 @@ TEST(BTreeParts, EmptyHalvesTakeRecords) {
   mub_btree_cursor cursor;
   EXPECT_EQ(mub_btree_cursor_seek(&cursor, &tree, "c", 1), nullptr);
   EXPECT_EQ(mub_btree_cursor_prev(&cursor), greatest);
+  auto *empty = mub_btree_entry_new(&tree, 0);
+  empty->parent = &tree.root;
+  mub_arrays_append(&tree.root.children, reinterpret_cast<uintptr_t>(empty));
+  EXPECT_EQ(mub_btree_node_bfind(&tree, "c", 1), greatest) << "no leaf after it";
 }
 
 // The upper half of a split that its parent does not list has no neighbours there; when it splits in turn,

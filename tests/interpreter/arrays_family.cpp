@@ -98,6 +98,9 @@ struct WorldOf : World {
     R record;
     Table table = {};
     mub_pool *pool = nullptr;  // its own, the world's or none
+    void add_own_pools(std::vector<mub_pool *> &pools) const {
+      if (record.own_pool != 0) pools.push_back(pool);
+    }
   };
   struct KeyOut {
     explicit KeyOut(WorldOf &world) { world.key_out = this; }

@@ -153,10 +153,11 @@ void by_hand(op::check_, auto &world, auto check) {
   const Units all = text.units();
   const char32_t sum = std::accumulate(all.begin(), all.end(), U'\0', std::bit_xor());
   EXPECT_EQ(check(text.data, text.count), static_cast<int>(sum));
+  EXPECT_EQ(check(nullptr, 1), 0);
 }
 // Every length has a test of its own.
 void by_hand(op::crc32_, auto &, auto crc32) {
-  EXPECT_EQ(crc32("123456789", 9) + crc32("1", -1), 0xCBF43926);
+  EXPECT_EQ(crc32("123456789", 9) + crc32("1", -1) + crc32(nullptr, 1), 0xCBF43926);
 }
 
 // ---- views, and functions of bytes and of terminated texts alone

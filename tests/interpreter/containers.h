@@ -65,6 +65,13 @@ struct Slot {
   bool owns_entries() const { return (owned & 1) != 0; }
   bool owns_nodes() const { return (owned & 2) != 0; }
   bool owns_values() const { return has_values && (owned & 4) != 0; }
+  void add_own_pools(std::vector<mub_pool *> &pools) const {
+    if (owns_entries()) pools.push_back(record.entry_pool);
+    if (owns_values()) pools.push_back(record.value_pool);
+    if constexpr (kHasNodePool<R>) {
+      if (owns_nodes()) pools.push_back(record.node_pool);
+    }
+  }
 };
 
 template <class R>
@@ -98,6 +105,7 @@ struct WorldOf : World {
     init_record(slot.record, slot.owned & (slot.has_values ? 7 : 3));
     slot.owned = owned_by(slot.record);
     if (!slot.owns_entries()) slot.record.entry_pool = &entries;
+    if (slot.owns_entries()) slot.record.entry_pool->block_size += 8 * program.below(2);
     if constexpr (kHasNodePool<R>) {
       if (!slot.owns_nodes()) slot.record.node_pool = &nodes;
     }
@@ -327,6 +335,11 @@ void by_hand(op::init_, WorldOf<R> &world, auto) {
   EXPECT_EQ(record.value_pool != nullptr, record.owns_value_pool == 1);
   EXPECT_EQ(record.count, 0);
   if constexpr (requires { Kind<R>::use_fresh(record, world); }) Kind<R>::use_fresh(record, world);
+  Functions<R>::term_(&record);
+  if constexpr (kHasNodePool<R>) return;
+  record.owns_entry_pool = record.owns_value_pool = 1;  // without a pool, these say nothing
+  Functions<R>::remove_all_(&record);
+  Functions<R>::free_all_(&record, nullptr);
   Functions<R>::term_(&record);
 }
 template <class Op, class R>

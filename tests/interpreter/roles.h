@@ -62,15 +62,15 @@ struct Callback {
 using Init = Callback<mub_init_fn, note_init>;
 using Free = Callback<mub_free_fn, note>;
 using Cloner = Callback<mub_clone_fn, note_clone>;
-// A pool beside the containers that a clone may take along, or none; or that of the copy's values, of which
-// no more is to be done then.
+// A pool beside the containers that a clone may take along, or none: one of the world's, or one that the
+// destination has for itself, of which no more is to be done then.
 template <int kIndex>
 struct UserPool {
   explicit UserPool(auto &world) : pool(world.program.one_in(2) ? &world.users[kIndex] : nullptr) {
-    if constexpr (requires { world.peer->owns_values(); }) {
-      if (kIndex == 1 && world.peer->owns_values() && world.program.one_in(4))
-        pool = world.peer->record.value_pool;
-    }
+    if (kIndex == 0 || !world.program.one_in(3)) return;
+    std::vector<mub_pool *> pools = {&world.users[0]};
+    world.peer->add_own_pools(pools);
+    pool = pools[static_cast<size_t>(world.program.below(std::ssize(pools)))];
   }
   auto arguments() const { return std::tuple(pool); }
   mub_pool *pool;

@@ -140,7 +140,7 @@ void by_hand(op::format_, auto &world, auto print) {
   const int64_t of_x = x == nullptr ? 32 : text.size();
   const double f = draw_numeral<double>(world);
   const auto d = static_cast<int>(world.program.near(0));
-  int64_t row = world.program.below(23);
+  int64_t row = world.program.below(25);
   int count = 0;
   const auto expect = [&](int64_t room, const char *format, auto... arguments) {
     if (row-- != 0) return;
@@ -173,6 +173,8 @@ void by_hand(op::format_, auto &world, auto print) {
   for (const char *format : {"%5-d%s", "%5*d%s", "%$d%s", "%llld%s", "%hld%s", "%y%s"}) expect(64, format, x);
   expect(64, "%2$s %1$d", d, x);
   expect(64, "%1$s%2$*3$d", x, d, 90);
+  expect(96, "%lf%hf%s", f, f, x);
+  expect(32, "%5", d);
   expect(64, "%llf%s", 1.5L, x);
   expect(32, "end%", 0);
   expect(96, "%9%%d", 1);
