@@ -2,12 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <random>
 #include <string>
 #include <vector>
 
 #include "core/text_search.h"
 #include "mub_mem.h"
 #include "mub_wchar.h"
+#include "support/random.h"
 #include "text/word_search.h"
 
 namespace {
@@ -42,6 +44,30 @@ TEST(Search, TakesLinearTimeInHostileTexts) {
     wanted.assign(kHalf, 0x0100);
     wanted[at] = 0x0001;
     EXPECT_EQ(find(), -1);
+  }
+}
+
+// Texts of two letters, so that most of what looks like a hit is none.
+TEST(Search, GivesTheSameResultInEveryVariant) {
+  std::mt19937 engine(static_cast<uint32_t>(mub_test::run_seed()));
+  const auto draw = [&](size_t size) {
+    std::string text(size, 'a');
+    for (char &letter : text) letter = static_cast<char>('a' + engine() % 8 / 7);
+    return text;
+  };
+  for (int i = 0; i < 20000; ++i) {
+    const std::string wanted = draw(2 + engine() % 40), text = draw(wanted.size() + 31 + engine() % 200);
+    const auto find = [&](mub::bytes::PatternFinder finder) {
+      return finder(reinterpret_cast<const uint8_t *>(text.data()), std::ssize(text),
+                    reinterpret_cast<const uint8_t *>(wanted.data()), std::ssize(wanted));
+    };
+    const auto expected = static_cast<ptrdiff_t>(text.find(wanted));
+    ASSERT_EQ(find(mub::bytes::find_portable), expected);
+#if defined(__x86_64__)
+    ASSERT_EQ(find(mub::bytes::find_sse2), expected);
+    if (!__builtin_cpu_supports("avx2")) continue;
+    ASSERT_EQ(find(mub::bytes::find_avx2), expected);
+#endif
   }
 }
 

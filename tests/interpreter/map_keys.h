@@ -45,7 +45,7 @@ struct ByteKey {
       if (how == 1) {
         const auto own = stored_keys(world.slots[program.below(WorldOf<R>::kSlots)].record.keys);
         const auto from = static_cast<size_t>(program.below(static_cast<int64_t>(own.size()) + 1));
-        part = own.substr(from, static_cast<size_t>(program.below(40)));
+        part = own.substr(from, static_cast<size_t>(program.below(program.one_in(4) ? 600 : 40)));
       }
       bytes = part;
       data = part.data();
