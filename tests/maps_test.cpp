@@ -136,13 +136,13 @@ TEST(BTreeOfNumbers, KeysCompareByTheirType) {
     for (uint32_t type = 0; type < 8; ++type)
       EXPECT_EQ(compare(bytes + 1, bytes + 1 + sizeof a, type), orders[type]) << a << ", type " << type;
   };
-  const auto d = mub_btreed_var_compare, x = mub_btreex_var_compare;
-  expect(d, 1u, 2u, {0, -1, -1, 0, 0, -1, 0, 0});
-  expect(d, ~0u, 0u, {0, -1, 1, 0, 0, 0, 0, 0});         // -1, 2^32 - 1, no number
-  expect(d, 0x80000000, 0u, {0, -1, 1, 0, 0, 0, 0, 0});  // minus zero is zero
-  expect(x, uint64_t{1}, uint64_t{1} << 32, {0, 0, 0, -1, -1, 0, -1, 0});
-  expect(x, ~uint64_t{0}, uint64_t{0}, {0, 0, 0, -1, 1, 0, 0, 0});
-  expect(x, uint64_t{3} << 62, uint64_t{0xBFF} << 52, {0, 0, 0, 1, 1, 0, -1, 0});
+  const auto compare32 = mub_btreed_var_compare, compare64 = mub_btreex_var_compare;
+  expect(compare32, 1u, 2u, {0, -1, -1, 0, 0, -1, 0, 0});
+  expect(compare32, ~0u, 0u, {0, -1, 1, 0, 0, 0, 0, 0});         // -1, 2^32 - 1, no number
+  expect(compare32, 0x80000000, 0u, {0, -1, 1, 0, 0, 0, 0, 0});  // minus zero is zero
+  expect(compare64, uint64_t{1}, uint64_t{1} << 32, {0, 0, 0, -1, -1, 0, -1, 0});
+  expect(compare64, ~uint64_t{0}, uint64_t{0}, {0, 0, 0, -1, 1, 0, 0, 0});
+  expect(compare64, 0xC000000000000000, 0xBFF0000000000000, {0, 0, 0, 1, 1, 0, -1, 0});  // -2.0, -1.0
 }
 
 TEST(BTreeOfNumbers, AnUnknownTypeAndNoNumberEqualEverything) {

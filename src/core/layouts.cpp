@@ -24,7 +24,7 @@ constexpr bool all(Promises... is_kept) {
 #define AT(offset, type, field)           \
   (offsetof(Record, field) == (offset) && \
    std::is_same_v<std::remove_reference_t<decltype((std::declval<Record &>().field))>, type>)
-// What several records have alike.
+// Fields that several records share.
 #define BUFFER(type) AT(0, type *, data), AT(8, int64_t, length), AT(16, int64_t, capacity)
 #define SLOTS(type, slots) AT(0, type *, slots), AT(8, int64_t, count), AT(16, int64_t, capacity)
 #define POOL(offset) \

@@ -257,7 +257,7 @@ struct WorldOf : World {
       if (is_own) text = passed = stored_keys(self->record.keys);
     } else if (const int64_t spare = self->table.count; is_own && spare < self->table.capacity()) {
       const auto [first, run] = run_from(self->record, spare);
-      text.resize(std::min(text.size(), clipped(run) * sizeof *first));
+      text.resize(std::min(text.size(), 8 * clipped(run)));
       passed = {reinterpret_cast<char *>(first), text.size()};
       std::memcpy(first, text.data(), text.size());
       for (int64_t i = spare; i < spare + run; ++i) self->table[i] = read(self->record, i);
@@ -407,6 +407,17 @@ struct WorldOf : World {
     table.count += added;
   }
   void expect(op::from_string_, None) {
+    expect_pieces();
+    if constexpr (!kHasBytes) {
+      // Some may hold the text; as numbers, its bytes differ between machines.
+      self->table.resize(self->record.capacity);
+      for (int64_t i = self->table.count; i < self->table.capacity(); ++i) {
+        *run_from(self->record, i).first = {};
+        self->table[i] = {};
+      }
+    }
+  }
+  void expect_pieces() {
     if (failed && self->record.count == self->table.count) return;
     for (size_t start = 0, end; start < text.size(); start = end + 1) {
       end = std::min(text.find(',', start), text.size());

@@ -52,7 +52,7 @@ void init_record(R &record, int owned) {
 // A record with its model. Pools that it does not own are the world's.
 template <class R>
 struct Slot {
-  static constexpr Functions<R> f{};
+  static constexpr Functions<R> f{};  // the library's functions for the record
   static constexpr Kind<R> kind{};
   R record;
   typename Kind<R>::Content content = {};
@@ -270,7 +270,7 @@ void expect_released(Slot<R> &slot, const Words &values, const Free &release) {
   expect_seen<R>(values, release.is_given);
   if (slot.owns_values()) slot.blocks_left += static_cast<int64_t>(values.size());
 }
-// What functions give that empty a record or fill it: the record, its count, or nothing.
+// Functions that empty or fill a record return the record, its count, or nothing.
 void expect_result(const void *result, const auto &record) { EXPECT_EQ(result, &record); }
 void expect_result(int64_t result, const auto &record) { EXPECT_EQ(result, record.count); }
 void expect_result(None, const auto &) {}

@@ -18,7 +18,7 @@ FourWords hard_number<FourWords>(int64_t n) {
   words[static_cast<size_t>(n) % 4] = static_cast<uint32_t>(n / 8 + 1);
   return words;
 }
-// The bytes of a key, of a number's the lowest first.
+// The bytes of a key; those of a number begin with the lowest.
 template <class T>
 std::string bytes_of(const T &key) {
   std::string bytes;
@@ -29,6 +29,7 @@ std::string bytes_of(const T &key) {
   }
   return bytes;
 }
+// The key hash is compared with its polynomial in bytes_test.cpp.
 uint32_t hash_of(const auto &key) {
   const std::string bytes = bytes_of(key);
   return mub::key_hash(bytes.data(), static_cast<int64_t>(bytes.size()));
@@ -126,7 +127,7 @@ void check(op::remove_t_, auto &world, auto &self, auto &key, auto *result) {
   EXPECT_EQ(std::memcmp(result, &held, sizeof held), 0);
   end_entry(world, self.slot, result);
 }
-// A new entry is the last of its chain, and has no key yet.
+// A new entry is the last of its chain and has no key yet. Tables of byte keys do not clear it.
 void undo_entry_new(auto &table, int64_t bucket, auto *entry) {
   if (entry == nullptr) return;
   constexpr bool kHasBytes = requires { table.keys; };

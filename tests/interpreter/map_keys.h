@@ -125,7 +125,7 @@ struct NumberKeys {
       }
     }
     T key, text;
-    int64_t length = 0;  // of bytes
+    int64_t length = 0;  // never negative: numbers have no length to measure
   };
   static void set_order(R *record, int which) {
     if constexpr (requires { record->key_type; }) {

@@ -20,8 +20,8 @@ struct Item {
 };
 template <class Text>
 struct Items : std::vector<Item<Text>> {
-  // What is sure of a record: the links of a tree, which in a clone lead into its source, and the key of its
-  // root are right; a table has enough buckets, and no entry of a tree too many children.
+  // Whether the links of a tree and the key of its root can be checked: a clone's links lead into its source.
+  // Whether a table has enough buckets, and no entry of a tree too many children.
   bool links_are_exact = true, fits = true;
 
   auto not_before(const Text &text) {

@@ -6,9 +6,9 @@
 
 namespace mub_test {
 
-// Blocks are known by the order in which they were carved; other addresses are none, or lie before or after
-// all chunks.
-constexpr int64_t kNone = -1, kBefore = -2;
+// Blocks are known by the order in which they were carved. Negative numbers stand for NULL and for addresses
+// before and after all chunks.
+constexpr int64_t kNone = -1, kBefore = -2, kAfter = -3;
 
 // A pool with its model.
 struct Slot {
@@ -21,8 +21,9 @@ struct Slot {
 
   int64_t per_chunk() const { return pool.blocks_per_chunk; }
   void *at(int64_t block) const {
-    if (block < 0)
-      return reinterpret_cast<void *>(block == kNone ? 0 : block == kBefore ? 8 : UINTPTR_MAX - 7);
+    if (block == kNone) return nullptr;
+    if (block == kBefore) return reinterpret_cast<void *>(8);
+    if (block == kAfter) return reinterpret_cast<void *>(UINTPTR_MAX - 7);
     return static_cast<char *>(pool.chunks[block / per_chunk()]) + block % per_chunk() * pool.block_size;
   }
   int64_t chunks() const { return carved == 0 ? 0 : (carved - 1) / per_chunk() + 1; }
@@ -89,7 +90,7 @@ struct WorldOf<mub_pool> : World {
   Slot &slot() { return slots[program.below(3)]; }
   // A block that is taken, or another address.
   int64_t block(const Slot &slot) {
-    if (slot.taken.empty() || program.one_in(16)) return kNone - program.below(3);
+    if (slot.taken.empty() || program.one_in(16)) return kAfter + program.below(3);
     return *std::next(slot.taken.begin(), program.below(std::ssize(slot.taken)));
   }
   Slot slots[3];
@@ -176,7 +177,7 @@ void ask_the_map(Pools &world) {
   EXPECT_EQ(map == nullptr, world.failed || slot.pool.chunks == nullptr);
   EXPECT_EQ(mub_pool_set_addr(&slot.pool, -1, 8), nullptr);
   if (map == nullptr) return;
-  const int64_t chunks = slot.chunks(), other = world.program.below(chunks);
+  const int64_t chunks = slot.chunks(), other = world.program.below(std::max<int64_t>(chunks, 1));
   for (int64_t i = 0; i < chunks; ++i) {
     EXPECT_EQ(reinterpret_cast<void *>(map[i].base), slot.pool.chunks[map[i].index]);
     EXPECT_EQ(mub_pool_compare(&map[i], &map[other]), order(i, other));

@@ -63,7 +63,7 @@ using Init = Callback<mub_init_fn, note_init>;
 using Free = Callback<mub_free_fn, note>;
 using Cloner = Callback<mub_clone_fn, note_clone>;
 // A pool beside the containers that a clone may take along, or none: one of the world's, or one that the
-// destination has for itself, of which no more is to be done then.
+// destination has for itself, in which case the clone must leave it alone.
 template <int kIndex>
 struct UserPool {
   explicit UserPool(auto &world) : pool(world.program.one_in(2) ? &world.users[kIndex] : nullptr) {

@@ -94,7 +94,7 @@ struct Fresh {
   auto arguments() const { return std::tuple(entry); }
   typename Kind<R>::Entry *entry = nullptr;
 };
-// A side, by any number of its sign.
+// Left (0), right (1) or among the equals (2), which callers choose by the sign of a number.
 struct Direction {
   explicit Direction(auto &world) : side(static_cast<int>(world.program.below(3))) {}
   auto arguments() const { return std::tuple(side == 2 ? 0 : side == 1 ? INT32_MAX : INT32_MIN); }
@@ -200,8 +200,8 @@ void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, aut
   std::rotate(items.at(place.index), items.at(end), items.at(end_of(items, parent)));
 }
 
-// A copy of an entry goes back to the pool, with its values. A copy that was only made stays as it was, and
-// so does what a tree gives back to a pool of its own: the test drops it.
+// Clones an entry and, unless the step is the clone alone, removes the clone again. Where the removal leaves
+// the blocks to the end of their pool (`stays`), they must be unchanged, and the test frees them.
 template <class R, class F>
 void by_hand(OneOf<op::clone_entry_, op::entry_remove_, op::entry_remove_x_, op::entry_free_> auto op,
              WorldOf<R> &world, F give_back) {
