@@ -11,6 +11,7 @@
 
 #include "core/crc32.h"
 #include "core/growth.h"
+#include "mub_array.h"
 #include "mub_mem.h"
 #include "mub_stream.h"
 #include "support/guarded.h"
@@ -31,8 +32,11 @@ TEST(Growth, FollowsTheLengthUpTo8Mi) {
     EXPECT_EQ(mub::grown_units(length, capacity, wanted), grown);
 }
 
-// Cut to the width of an address, it may be a small one.
-TEST(Malloc, RefusesASizeThatNoAddressReaches) { EXPECT_EQ(mub_malloc(uint64_t{UINT32_MAX} + 17), nullptr); }
+TEST(Sizes, AreNotTruncatedToTheWidthOfAnAddress) {
+  mub_arrays items = {};
+  EXPECT_EQ(mub_malloc(uint64_t{UINT32_MAX} + 17), nullptr);
+  EXPECT_EQ(mub_arrays_expand(&items, int64_t{SIZE_MAX / 8} + 17), 0);
+}
 
 // At the end of a block, after which a page follows that cannot be read.
 TEST(PackedIntegers, AreReadBackUnlessAByteIsMissing) {

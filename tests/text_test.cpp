@@ -8,11 +8,19 @@
 
 #include "core/text_search.h"
 #include "mub_mem.h"
+#include "mub_string.h"
 #include "mub_wchar.h"
 #include "support/random.h"
 #include "text/word_search.h"
 
 namespace {
+
+TEST(Format, PrintsNumbersOfTheWidthOfAnAddress) {
+  mub_string text = {};
+  mub_string_format(&text, "%zu %td", SIZE_MAX, PTRDIFF_MIN);
+  EXPECT_EQ(text.data, std::to_string(SIZE_MAX) + " " + std::to_string(PTRDIFF_MIN));
+  mub_string_term(&text);
+}
 
 // All patterns of up to 7 units and all texts of up to 11, of two sorts; each bit is one.
 TEST(WordSearch, AgreesWithTheStandardAlgorithm) {

@@ -145,8 +145,14 @@ void check(op::get_buffer_, auto &, Self<mub_stream> &self, Position &position, 
 }
 // What the string had is not released.
 void by_hand(op::clone_string_, auto &world, auto clone) {
-  for (auto &string : world.strings) string.release();
-  step<op::clone_, Self<mub_stream>, Peer<mub_string>>(world, clone);
+  const Self<mub_stream> self(world);
+  Slot<mub_string> &out = Peer<mub_string>(world).slot;
+  std::free(out.record.data);
+  std::memset(&out.record, 0x55, sizeof out.record);
+  out.clear();
+  const int is_cloned = world.call([&] { return clone(&self.slot.record, &out.record); });
+  EXPECT_EQ(is_cloned, world.failed ? 0 : 1);
+  if (!world.failed) want(op::clone_(), self.slot, out);
 }
 void by_hand(op::check_, auto &world, auto check) {
   const Text<mub_stream, kCounted> text(world);

@@ -168,8 +168,12 @@ void step(W &world, Result (*function)(Params...)) {
       check(Op{}, world, role..., None{});
     } else {
       const Result result = world.call(call);
-      if constexpr (std::is_integral_v<Result> && std::is_signed_v<Result>)
+      // Machines differ in how far apart two texts are.
+      if constexpr (named<Op>("cmp")) {
+        world.mix((result > 0) - (result < 0));
+      } else if constexpr (std::is_integral_v<Result> && std::is_signed_v<Result>) {
         world.mix(static_cast<int64_t>(result));
+      }
       check(Op{}, world, role..., result);
     }
   });

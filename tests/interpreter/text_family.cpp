@@ -130,9 +130,8 @@ void by_hand(op::match_, auto &world, auto match) {
   substitute(self.slot, marker,
              [&] { return next == std::end(texts) || next->data == nullptr ? nullptr : next++; });
 }
-// The buffer is made for the format, 32 bytes for each percent sign, and for the texts that are printed as they
-// are; another one is made where the runtime wants more. What is no conversion is left to the runtime, which may
-// fail.
+// The buffer has room for the format, for the text of each plain %s and for 32 bytes per other percent sign but
+// one at the very end; it grows once if the result is longer. Where snprintf fails, the string is unchanged.
 void by_hand(op::format_, auto &world, auto print) {
   const Self<mub_string> self(world);
   const Terminated text(world);
@@ -140,10 +139,12 @@ void by_hand(op::format_, auto &world, auto print) {
   const int64_t of_x = x == nullptr ? 32 : text.size();
   const double f = draw_numeral<double>(world);
   const auto d = static_cast<int>(world.program.near(0));
-  int64_t row = world.program.below(25);
+  constexpr int64_t kRows = 27;
+  const int64_t row = world.program.below(kRows);
+  int64_t rows = 0;
   int count = 0;
   const auto expect = [&](int64_t room, const char *format, auto... arguments) {
-    if (row-- != 0) return;
+    if (rows++ != row) return;
     std::string printed(70000, '?');
     const int length = std::snprintf(printed.data(), printed.size(), format, arguments...);
     world.call([&] { print(&self.slot.record, format, arguments...); });
@@ -156,7 +157,9 @@ void by_hand(op::format_, auto &world, auto print) {
     self.slot.take(units_of(printed.data(), length));
   };
   expect(0, "", d);
-  expect(96, "= %%%*d", static_cast<int>(world.program.below(90)), d);
+  expect(4 * 32 + of_x, "%d %s%%%u", d, x, UINT32_MAX);
+  expect(32, "%llu", ~0ULL);
+  expect(96, "= %%%*d", static_cast<int>(96 + world.program.below(8)), d);
   expect(32, "%5000d", d);
   expect(32, "%ls", L"\u20AC");  // no character of the C locale
   expect(32 + of_x, "%S%s", L"wide", x);
@@ -178,6 +181,7 @@ void by_hand(op::format_, auto &world, auto print) {
   expect(64, "%llf%s", 1.5L, x);
   expect(32, "end%", 0);
   expect(96, "%9%%d", 1);
+  EXPECT_EQ(rows, kRows);
 }
 
 }  // namespace mub_test

@@ -238,7 +238,7 @@ struct WorldOf : World {
   Slot<mub_string> strings[2];
   Slot<R> *self = &slots[0];   // of this step
   bool asks_too_much = false;  // no heap has what this step wants
-  bool is_far = false;         // a number of this step is one that no size can be
+  bool is_far = false;         // a number of this step may make up for what draw_huge() adds to 4 GiB
 };
 
 // ---- roles
@@ -264,7 +264,7 @@ inline constexpr auto draw_number = [](auto &world) {
   return number;
 };
 using Number = Drawn<int64_t, draw_number>;
-// The last one would be small where an address has 32 bits and sizes were cut to them.
+// The last one is small when it is truncated to 32 bits; the 10000 are more than a step may subtract from it.
 inline int64_t draw_huge(Program &program) {
   constexpr int64_t kHuge[] = {INT64_MAX, INT64_MAX - 7, INT64_MAX - 64, INT64_MAX / 2,
                                int64_t{UINT32_MAX} + 10000};
@@ -508,10 +508,10 @@ void want(op::delete_, auto &slot, int64_t at, int64_t count) {
 void want(op::mid_, auto &slot, int64_t start, int64_t count) {
   if (!slot.is_empty() && start >= 0) slot.take(slot.cut('m', start, count));
 }
+// What is cut off on the right stays in the buffer.
 void want(OneOf<op::left_, op::right_> auto op, auto &slot, int64_t count) {
-  const bool is_left = op.kName == "left";
-  if (slot.is_empty() || slot.length() <= count || (is_left && count < 0)) return;
-  slot.take(slot.cut(op.kName[0], 0, count));
+  if (op.kName == "left" && slot.length() > count) return slot.end_at(count);
+  if (op.kName == "right" && !slot.is_empty() && slot.length() > count) slot.take(slot.cut('r', 0, count));
 }
 // Into another record: "mid_string", and so on.
 void want(auto op, auto &slot, int64_t start, int64_t count, Takes auto &out) {
@@ -522,7 +522,8 @@ void want(auto op, auto &slot, int64_t count, Takes auto &out) { out.take(slot.c
 // Digits, and those past a point, step by step: each rounds.
 struct Reading {
   explicit Reading(const auto &slot) {
-    constexpr bool kAddsTheCode = requires { slot.measured(); };
+    // mub_char adds the digit's code before it subtracts that of '0', which rounds differently.
+    constexpr bool kAddsTheCode = std::is_same_v<std::decay_t<decltype(slot)>, Slot<mub_char>>;
     const Units units = slot.content(), digits = U"0123456789";
     const auto end_of_digits = [&](size_t i) {
       return std::min(units.find_first_not_of(digits, i), units.size());

@@ -32,6 +32,7 @@ extern "C" const char *__asan_default_options() { return "allocator_may_return_n
 // The linker's --wrap gives these names.
 extern "C" void *__real_malloc(size_t size);
 extern "C" void *__wrap_malloc(size_t size);
+// Blocks of 4 GiB and more are always refused.
 void *__wrap_malloc(size_t size) {
   const int64_t number = allocations++;
   const bool is_refused = number >= first_refused && number < end_of_refusals;

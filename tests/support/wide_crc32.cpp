@@ -26,12 +26,14 @@ __attribute__((target("pclmul"))) Wide products(Wide a, const Wide &b) {
   for (int i = 0; i < 4; ++i) a.part[i] = _mm_clmulepi64_si128(a.part[i], b.part[i], kHalves);
   return a;
 }
-// The mask leaves out the first bytes, which are not touched.
+// Bytes that the mask leaves out are not touched.
 Wide load_masked(uint64_t mask, const void *bytes) {
-  const auto skipped = static_cast<size_t>(__builtin_ctzll(mask));
-  Wide wide = {};
-  std::memcpy(reinterpret_cast<uint8_t *>(&wide) + skipped, static_cast<const uint8_t *>(bytes) + skipped,
-              sizeof wide - skipped);
+  uint8_t loaded[sizeof(Wide)] = {};
+  for (size_t i = 0; i < sizeof loaded; ++i) {
+    if ((mask >> i & 1) != 0) loaded[i] = static_cast<const uint8_t *>(bytes)[i];
+  }
+  Wide wide;
+  std::memcpy(&wide, loaded, sizeof wide);
   return wide;
 }
 
