@@ -12,7 +12,7 @@ template <class Record>
 void clone_slots(const Record &source, Record &copy, PoolTwin &twin, const UserPools &users) {
   for (int64_t i = 0; i < used(source); ++i) {
     SlotOf<Record> &slot = table(copy)[i] = table(source)[i];
-    if (!owns_pool(source)) continue;
+    if (!pool_of(source).is_owned()) continue;
     value_of(slot) = twin.translate(value_of(slot));
     users.mend(value_of(table(source)[i]), value_of(slot));
   }
@@ -21,7 +21,7 @@ void clone_slots(const Record &source, Record &copy, PoolTwin &twin, const UserP
 // False when memory runs out; what is in the copy then is for the caller to remove.
 template <class Record>
 bool clone_content(const Record &source, Record &copy, UserPools &users) {
-  const bool twins = owns_pool(source) && owns_pool(copy);
+  const bool twins = pool_of(source).is_owned() && pool_of(copy).is_owned();
   PoolTwin twin;
   if (!users.clone_beside(twins && users.fill(copy.pool))) return false;
   if (twins && !twin.clone(*source.pool, *copy.pool)) return false;
@@ -33,7 +33,7 @@ bool clone_content(const Record &source, Record &copy, UserPools &users) {
 template <class Record>
 void clone(const Record &source, Record &copy, UserPools &&users) {
   if (&source == &copy) return;
-  if (!owns_pool(source)) users.share(source.pool, copy.pool, copy.own_pool);
+  if (!pool_of(source).is_owned()) users.share(source.pool, copy.pool, copy.own_pool);
   if (!clone_content(source, copy, users)) remove_all(copy);
   copy.count = source.count;
 }

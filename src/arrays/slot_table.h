@@ -35,6 +35,7 @@
 #include "core/growth.h"
 #include "core/no_key.h"
 #include "core/pool.h"
+#include "core/pool_field.h"
 #include "core/prefetch.h"
 #include "core/unit_buffer.h"
 #include "core/value_pool.h"
@@ -44,6 +45,12 @@ namespace mub {
 
 template <class Record>
 struct SlotPolicy;
+
+// The pool of the values.
+template <class Record>
+auto pool_of(Record &array) {
+  return PoolField{array.pool, array.own_pool};
+}
 
 // For records that keep no key bytes outside their slots.
 template <class Record>
@@ -72,10 +79,7 @@ struct SlotPolicy<mub_arrays> : NoKeyStream<mub_arrays> {
   static void place_key(mub_arrays &, Slot &, NoKey) {}
   static void cut_key(mub_arrays &, Slot &) {}
   static NoKey key_of(const mub_arrays &, Slot) { return {}; }
-  static void swap_rest(mub_arrays &a, mub_arrays &b) {
-    std::swap(a.pool, b.pool);
-    std::swap(a.own_pool, b.own_pool);
-  }
+  static void swap_rest(mub_arrays &a, mub_arrays &b) { pool_of(a).swap(pool_of(b)); }
 };
 
 namespace slots {
@@ -105,11 +109,6 @@ auto &value_of(Slot &slot) {
 template <class Record>
 int64_t used(const Record &array) {
   return std::min(array.count, array.capacity);
-}
-
-template <class Record>
-bool owns_pool(const Record &array) {
-  return array.own_pool != 0 && array.pool != nullptr;
 }
 
 // ---- growth
@@ -146,9 +145,7 @@ void shrink(Record &array, int64_t count) {
 template <class Record>
 void init(Record &array, bool with_pool) {
   std::memset(&array, 0, sizeof array);  // padding included, so that two new records are equal as bytes
-  if (!with_pool) return;
-  array.pool = pool::create(0);
-  array.own_pool = array.pool != nullptr;
+  if (with_pool) pool_of(array).make(0);
 }
 
 template <class Record>
@@ -163,20 +160,20 @@ template <class Record>
 void term(Record &array) {
   release_table(array);
   PolicyOf<Record>::term_keys(array);
-  pool::destroy_owned(array.pool, array.own_pool);
+  pool_of(array).destroy();
 }
 
 template <class Record>
 void remove_all(Record &array) {
   release_table(array);
   PolicyOf<Record>::clear_keys(array);
-  if (owns_pool(array)) pool::empty(*array.pool);
+  pool_of(array).empty();
 }
 
 template <class Record>
 void free_values(const Record &array, mub_free_fn release_it) {
   for (int64_t i = 0; i < used(array); ++i) {
-    release_value(array.pool, array.own_pool, value_of(table(array)[i]), release_it);
+    release_value(pool_of(array), value_of(table(array)[i]), release_it);
   }
 }
 
@@ -185,7 +182,7 @@ void free_all(Record &array, mub_free_fn release_it) {
   if (release_it != nullptr || array.own_pool == 0) free_values(array, release_it);
   release_table(array);
   PolicyOf<Record>::term_keys(array);
-  if (owns_pool(array)) pool::empty(*array.pool);
+  pool_of(array).empty();
 }
 
 // Exchanges the tables and what the policy adds; the order flags stay.
@@ -325,7 +322,7 @@ void free_at(Record &array, int64_t index, mub_free_fn release_it) {
   if (index < 0 || index >= used(array)) return;
   SlotOf<Record> *slot = table(array) + index;
   PolicyOf<Record>::cut_key(array, *slot);
-  release_value(array.pool, array.own_pool, value_of(*slot), release_it);
+  release_value(pool_of(array), value_of(*slot), release_it);
   // The releaser must not change the array; should it have, the table may have moved, or have no such slot
   // any more.
   if (index < used(array)) close_slot(array, table(array) + index);  // GCOVR_EXCL_BR_LINE

@@ -6,21 +6,17 @@
 #include <utility>
 
 #include "btree/bplus_tree.h"
+#include "core/pool_field.h"
 
 namespace mub::bplus {
-
-inline void create_pool(mub_pool *&pool, uint16_t &owned, int64_t block_size) {
-  pool = pool::create(block_size);
-  owned = pool != nullptr ? 1 : 0;
-}
 
 template <class Kind>
 void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_value_pool) {
   std::memset(&tree, 0, sizeof tree);  // padding included, so that two new records are equal as bytes
   entry_init(tree.root);
-  if (own_entry_pool) create_pool(tree.entry_pool, tree.owns_entry_pool, sizeof(EntryOf<Kind>));
-  if (own_node_pool) create_pool(tree.node_pool, tree.owns_node_pool, sizeof(RecordOf<Kind>));
-  if (own_value_pool) create_pool(tree.value_pool, tree.owns_value_pool, 0);
+  if (own_entry_pool) entry_pool_of(tree).make(sizeof(EntryOf<Kind>));
+  if (own_node_pool) node_pool_of(tree).make(sizeof(RecordOf<Kind>));
+  if (own_value_pool) value_pool_of(tree).make(0);
   tree.root.children.pool = tree.node_pool;
   Kind::init_keys(tree);
 }
@@ -59,7 +55,7 @@ bool entries_fill_pool(const TreeOf<Kind> &tree) {
        entry = next_from_above(*entry, tree.root, false)) {
     entries += entry->children.count;
   }
-  return pool::holds_only<EntryOf<Kind>>(tree.entry_pool, 1, entries) &&
+  return holds_only<EntryOf<Kind>>(entry_pool_of(tree), entries) &&
          pool::blocks_ever_taken(*tree.entry_pool) == entries;
 }
 
@@ -79,15 +75,8 @@ void remove_all_entry(TreeOf<Kind> &tree, EntryOf<Kind> &top) {
 template <class Kind>
 void free_all_entry(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_it) {
   empty_from<Kind>(tree, top, [&](const RecordOf<Kind> &record) {
-    release_value(tree.value_pool, tree.owns_value_pool, record.value, release_it);
+    release_value(value_pool_of(tree), record.value, release_it);
   });
-}
-
-template <class Tree>
-void empty_owned_pools(Tree &tree) {
-  if (tree.owns_entry_pool != 0) pool::empty(*tree.entry_pool);
-  if (tree.owns_node_pool != 0) pool::empty(*tree.node_pool);
-  if (tree.owns_value_pool != 0) pool::empty(*tree.value_pool);
 }
 
 template <class Kind>
@@ -113,20 +102,19 @@ template <class Kind>
 void remove_all(TreeOf<Kind> &tree) {
   remove_all_below_root<Kind>(tree);
   Kind::clear_keys(tree);
-  empty_owned_pools(tree);
+  empty_pools(tree);
   reset<Kind>(tree);
 }
 
 template <class Kind>
 void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
-  const bool returns_values = tree.owns_value_pool == 0 && tree.value_pool != nullptr;
-  if (release_it != nullptr || returns_values) {
+  if (release_it != nullptr || value_pool_of(tree).is_callers()) {
     free_all_entry<Kind>(tree, tree.root, release_it);
   } else {
     remove_all_below_root<Kind>(tree);
   }
   Kind::term_keys(tree);
-  empty_owned_pools(tree);
+  empty_pools(tree);
   reset<Kind>(tree);
 }
 
@@ -134,9 +122,7 @@ template <class Kind>
 void term(TreeOf<Kind> &tree) {
   remove_all_below_root<Kind>(tree);
   Kind::term_keys(tree);
-  pool::destroy_owned(tree.entry_pool, tree.owns_entry_pool);
-  pool::destroy_owned(tree.node_pool, tree.owns_node_pool);
-  pool::destroy_owned(tree.value_pool, tree.owns_value_pool);
+  destroy_pools(tree);
   reset<Kind>(tree);
 }
 
@@ -159,12 +145,7 @@ void swap(TreeOf<Kind> &a, TreeOf<Kind> &b) {
   swap_roots<Kind>(a.root, b.root);
   Kind::swap_keys(a, b);
   std::swap(a.count, b.count);
-  std::swap(a.entry_pool, b.entry_pool);
-  std::swap(a.owns_entry_pool, b.owns_entry_pool);
-  std::swap(a.node_pool, b.node_pool);
-  std::swap(a.owns_node_pool, b.owns_node_pool);
-  std::swap(a.value_pool, b.value_pool);
-  std::swap(a.owns_value_pool, b.owns_value_pool);
+  swap_pools(a, b);
   set_pool(a, a.root);
   set_pool(b, b.root);
 }

@@ -115,7 +115,7 @@ void ByteKeys::lower_offsets(Entry &top, uint32_t offset, uint32_t length) {
 // In the order of memory where all records lie in a pool of the tree's own: several times faster than along
 // the leaves.
 void ByteKeys::lower_all_offsets(Tree &tree, uint32_t offset, uint32_t length) {
-  if (!pool::holds_only<Record>(tree.node_pool, tree.owns_node_pool, tree.count)) {
+  if (!holds_only<Record>(node_pool_of(tree), tree.count)) {
     return lower_offsets(tree.root, offset, length);
   }
   lower_names(tree.root, offset, length);

@@ -144,12 +144,9 @@ mub_pool *create(int64_t block_size) {
   return pool;
 }
 
-void destroy_owned(mub_pool *&pool, uint16_t &owned) {
-  if (owned == 0) return;
+void destroy(mub_pool *pool) {
   if (pool != nullptr) empty(*pool);
   release(pool);
-  pool = nullptr;
-  owned = 0;
 }
 
 void *take_slowly(mub_pool &pool) {
@@ -226,7 +223,7 @@ namespace {
 
 using namespace mub;
 
-// Moves to the next slot in use; false behind the last one.
+// Moves to the next slot in use; false after the last one.
 bool advance(mub_pool_iter &iter) {
   const mub_pool &pool = *iter.pool;
   if (iter.chunk >= pool.chunk_count) return false;

@@ -18,24 +18,7 @@ void swap(mub_pool &a, mub_pool &b);
 
 // A pool record on the heap, for the container that will own it; nullptr when memory runs out.
 mub_pool *create(int64_t block_size);
-// Gives the pool up, when the container owns it.
-void destroy_owned(mub_pool *&pool, uint16_t &owned);
-
-// The pools of a container that takes entries from one and its callers' values from another: made when it is
-// initialised, as far as there is memory for them, and emptied with it.
-template <class Container>
-void create_owned_pools(Container &container, int64_t entry_bytes, bool with_entries, bool with_values) {
-  if (with_entries) container.entry_pool = create(entry_bytes);
-  if (with_values) container.value_pool = create(0);
-  container.owns_entry_pool = container.entry_pool != nullptr ? 1 : 0;
-  container.owns_value_pool = container.value_pool != nullptr ? 1 : 0;
-}
-
-template <class Container>
-void empty_owned_pools(Container &container) {
-  if (container.owns_entry_pool != 0 && container.entry_pool != nullptr) empty(*container.entry_pool);
-  if (container.owns_value_pool != 0 && container.value_pool != nullptr) empty(*container.value_pool);
-}
+void destroy(mub_pool *pool);
 
 void *take_slowly(mub_pool &pool);
 void give_on_new_page(mub_pool &pool, void *block);
@@ -80,7 +63,7 @@ inline void give(mub_pool *pool, void *block) {
   --pool->live_count;
 }
 
-// How far ahead a walk over the chunks fetches, and how much of a chunk: behind its start the processor foresees the rest.
+// How far ahead a walk over the chunks fetches, and how much of a chunk: after its start the processor foresees the rest.
 constexpr int64_t kPrefetchChunks = 8;
 constexpr uint64_t kPrefetchBytes = 1024;
 
@@ -122,16 +105,6 @@ void for_each_free_block(const mub_pool &pool, Visit visit) {
       if (block != nullptr) visit(*block);  // GCOVR_EXCL_BR_LINE: null where a clone left out a foreign block
     }
   }
-}
-
-// Whether a container that owns the pool, and has `count` entries, has all live blocks: it may then change
-// what lies in the chunks without following its own links, given that its blocks on the free stack are
-// harmless to the change. A block that a caller popped off the free stack is not counted as live; so all
-// blocks have to be accounted for.
-template <class Block>
-bool holds_only(const mub_pool *pool, uint16_t owned, int64_t count) {
-  return owned != 0 && pool->live_count == count && pool->block_size == int64_t{sizeof(Block)} &&
-         blocks_ever_taken(*pool) == count + free_blocks(*pool);
 }
 
 // Position in a sorted map of the chunk with the greatest base at or below `address`; -1 when there is none.

@@ -124,7 +124,7 @@ class UserPools {
   // Lets a copy share a caller's pool. One of its own is given up for that, and then is no user's pool any more.
   void share(mub_pool *callers_pool, mub_pool *&pool, uint16_t &owned) {
     if (owned != 0 && (pool == source_ || pool == destination_)) source_ = destination_ = nullptr;
-    pool::destroy_owned(pool, owned);
+    PoolField{pool, owned}.destroy();
     pool = callers_pool;
   }
 

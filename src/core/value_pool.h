@@ -1,10 +1,11 @@
-// Value blocks: taken from a container's value pool for a new entry, and let go with it.
+// Value blocks: taken from a container's value pool for a new entry, and released with it.
 #ifndef MUB_CORE_VALUE_POOL_H
 #define MUB_CORE_VALUE_POOL_H
 
 #include <cstdint>
 
 #include "core/pool.h"
+#include "core/pool_field.h"
 
 namespace mub {
 
@@ -15,7 +16,7 @@ Record *record_of(uint64_t word) {
   return reinterpret_cast<Record *>(static_cast<uintptr_t>(word));
 }
 
-// Hands a new block, if there is one, to the caller's initialiser.
+// Passes a new block, if there is one, to the caller's initialiser.
 inline void initialise(uint64_t value, mub_init_fn init) {
   if (value != 0 && init != nullptr) init(value);
 }
@@ -28,15 +29,17 @@ inline uint64_t take_value(mub_pool *pool, mub_init_fn init) {
 }
 
 // Returns a block to a caller's pool; the blocks of an owned pool go with the whole pool.
-inline void return_value(mub_pool *pool, uint16_t owned, uint64_t value) {
-  if (owned == 0) pool::give(pool, record_of<void>(value));
+template <class Field>
+void return_value(const Field &values, uint64_t value) {
+  if (values.owned == 0) pool::give(values.pool, record_of<void>(value));
 }
 
-// Hands a value to the caller's releaser and its block back; 0 is no value.
-inline void release_value(mub_pool *pool, uint16_t owned, uint64_t value, mub_free_fn release_it) {
+// Passes a value to the caller's releaser and returns its block; 0 is no value.
+template <class Field>
+void release_value(const Field &values, uint64_t value, mub_free_fn release_it) {
   if (value == 0) return;
   if (release_it != nullptr) release_it(value);
-  return_value(pool, owned, value);
+  return_value(values, value);
 }
 
 }  // namespace mub

@@ -31,6 +31,7 @@
 
 #include "arrays/slot_table.h"
 #include "core/pool.h"
+#include "core/pool_field.h"
 #include "core/prefetch.h"
 #include "core/value_pool.h"
 #include "mub_hash.h"
@@ -183,7 +184,7 @@ int64_t count_linked(const TableOf<Kind> &table) {
 // includes the entries that a caller has unlinked and not yet counted down.
 template <class Kind>
 bool fills_its_pool(const TableOf<Kind> &table, int64_t unlinked) {
-  return pool::holds_only<EntryOf<Kind>>(table.entry_pool, table.owns_entry_pool, table.count) &&
+  return holds_only<EntryOf<Kind>>(entry_pool_of(table), table.count) &&
          count_linked<Kind>(table) == table.count - unlinked;
 }
 
@@ -343,7 +344,7 @@ template <class Kind>
 TableOf<Kind> *free(TableOf<Kind> &table, KeyOf<Kind> key, mub_free_fn release_it) {
   const bool found = remove<Kind>(table, key, [&](uint64_t value) {
     if (release_it != nullptr) release_it(value);
-    return_value(table.value_pool, table.owns_value_pool, value);
+    return_value(value_pool_of(table), value);
   });
   return found ? &table : nullptr;
 }
@@ -379,7 +380,8 @@ EntryOf<Kind> *entry_next(const TableOf<Kind> &table, int64_t &bucket, const Ent
 template <class Kind>
 void init(TableOf<Kind> &table, int with_entry_pool, int with_value_pool) {
   table = {};
-  pool::create_owned_pools(table, sizeof(EntryOf<Kind>), with_entry_pool != 0, with_value_pool != 0);
+  if (with_entry_pool != 0) entry_pool_of(table).make(sizeof(EntryOf<Kind>));
+  if (with_value_pool != 0) value_pool_of(table).make(0);
   table.buckets.pool = table.entry_pool;
 }
 
@@ -388,8 +390,7 @@ void term(TableOf<Kind> &table) {
   Kind::term_keys(table);
   slots::term(table.buckets);
   table.buckets.pool = nullptr;
-  pool::destroy_owned(table.entry_pool, table.owns_entry_pool);
-  pool::destroy_owned(table.value_pool, table.owns_value_pool);
+  destroy_pools(table);
   table.count = 0;
 }
 
@@ -398,10 +399,7 @@ void swap(TableOf<Kind> &a, TableOf<Kind> &b) {
   slots::swap(a.buckets, b.buckets);
   std::swap(a.count, b.count);
   Kind::swap_keys(a, b);
-  std::swap(a.entry_pool, b.entry_pool);
-  std::swap(a.owns_entry_pool, b.owns_entry_pool);
-  std::swap(a.value_pool, b.value_pool);
-  std::swap(a.owns_value_pool, b.owns_value_pool);
+  swap_pools(a, b);
 }
 
 template <class Kind>
@@ -414,27 +412,25 @@ void remove_all(TableOf<Kind> &table) {
   if (table.owns_entry_pool == 0) remove_all_entry<Kind>(table);
   Kind::clear_keys(table);
   slots::remove_all(table.buckets);
-  pool::empty_owned_pools(table);
+  empty_pools(table);
   table.count = 0;
 }
 
 template <class Kind>
 void free_all_entry(TableOf<Kind> &table, mub_free_fn release_it) {
   for_each<Kind>(table, [&](EntryOf<Kind> &entry) {
-    release_value(table.value_pool, table.owns_value_pool, entry.value, release_it);
+    release_value(value_pool_of(table), entry.value, release_it);
     if (table.owns_entry_pool == 0) pool::give(table.entry_pool, &entry);
   });
 }
 
 template <class Kind>
 void free_all(TableOf<Kind> &table, mub_free_fn release_it) {
-  const bool returns_values = table.owns_value_pool == 0 && table.value_pool != nullptr;
-  if (release_it != nullptr || table.owns_entry_pool == 0 || returns_values) {
-    free_all_entry<Kind>(table, release_it);
-  }
+  const bool has_work = table.owns_entry_pool == 0 || value_pool_of(table).is_callers();
+  if (release_it != nullptr || has_work) free_all_entry<Kind>(table, release_it);
   Kind::term_keys(table);
   slots::term(table.buckets);
-  pool::empty_owned_pools(table);
+  empty_pools(table);
   table.count = 0;
 }
 

@@ -18,6 +18,7 @@
 
 #include "core/no_key.h"
 #include "core/pool.h"
+#include "core/pool_field.h"
 #include "core/pool_twin.h"
 #include "core/value_pool.h"
 #include "mub_list.h"
@@ -42,7 +43,7 @@ struct Keyless {
   static bool clone_keys(const List &, List &) { return true; }
 
   static void release_values(List &list, const Entry &entry, mub_free_fn release_it) {
-    release_value(list.value_pool, list.owns_value_pool, entry.value, release_it);
+    release_value(value_pool_of(list), entry.value, release_it);
   }
 };
 
@@ -248,7 +249,8 @@ uint64_t remove_at(List &list, EntryOf<List> *position) {
 template <class List>
 void init(List &list, int own_entry_pool, int own_value_pool) {
   list = {};
-  pool::create_owned_pools(list, sizeof(EntryOf<List>), own_entry_pool != 0, own_value_pool != 0);
+  if (own_entry_pool != 0) entry_pool_of(list).make(sizeof(EntryOf<List>));
+  if (own_value_pool != 0) value_pool_of(list).make(0);
 }
 
 template <class List>
@@ -272,8 +274,7 @@ template <class List>
 void term(List &list) {
   return_entries_to_caller(list);
   ChainPolicy<List>::term_keys(list);
-  pool::destroy_owned(list.entry_pool, list.owns_entry_pool);
-  pool::destroy_owned(list.value_pool, list.owns_value_pool);
+  destroy_pools(list);
   forget_entries(list);
 }
 
@@ -282,7 +283,7 @@ template <class List>
 void remove_all(List &list) {
   return_entries_to_caller(list);
   ChainPolicy<List>::clear_keys(list);
-  if (list.owns_entry_pool != 0 && list.entry_pool != nullptr) pool::empty(*list.entry_pool);
+  entry_pool_of(list).empty();
   forget_entries(list);
 }
 
@@ -290,7 +291,7 @@ void remove_all(List &list) {
 template <class List>
 void remove_all_with_values(List &list) {
   remove_all(list);
-  pool::empty_owned_pools(list);
+  empty_pools(list);
 }
 
 template <class List>
@@ -303,10 +304,10 @@ void free_all_entry(List &list, mub_free_fn release_it) {
 
 template <class List>
 void free_all(List &list, mub_free_fn release_it) {
-  const bool returns_values = list.owns_value_pool == 0 && list.value_pool != nullptr;
-  if (release_it != nullptr || list.owns_entry_pool == 0 || returns_values) free_all_entry(list, release_it);
+  const bool has_work = list.owns_entry_pool == 0 || value_pool_of(list).is_callers();
+  if (release_it != nullptr || has_work) free_all_entry(list, release_it);
   ChainPolicy<List>::term_keys(list);
-  pool::empty_owned_pools(list);
+  empty_pools(list);
   forget_entries(list);
 }
 

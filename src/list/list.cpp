@@ -42,7 +42,7 @@ struct ChainPolicy<mub_list> : Keyless<mub_list> {
 
   static void lower_offsets(mub_list &list, uint32_t offset, uint32_t length) {
     const auto lower = [=](Entry &entry) { keys::move_down(entry, offset, length); };
-    if (pool::holds_only<Entry>(list.entry_pool, list.owns_entry_pool, list.count)) {
+    if (holds_only<Entry>(entry_pool_of(list), list.count)) {
       pool::for_each_block<Entry>(*list.entry_pool, lower);
     } else {
       chain::for_each(list, lower);

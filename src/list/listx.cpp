@@ -18,7 +18,7 @@ template <>
 struct ChainPolicy<mub_listx> : Keyless<mub_listx> {
   static void release_values(mub_listx &list, const Entry &block, mub_free_fn release_it) {
     for (int64_t i = 0; i < held(block); ++i) {
-      release_value(list.value_pool, list.owns_value_pool, block.values[i], release_it);
+      release_value(value_pool_of(list), block.values[i], release_it);
     }
   }
 };

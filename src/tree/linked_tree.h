@@ -31,6 +31,7 @@
 #include <utility>
 
 #include "core/pool.h"
+#include "core/pool_field.h"
 #include "core/pool_twin.h"
 #include "core/value_pool.h"
 #include "mub_tree.h"
@@ -102,9 +103,9 @@ void return_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top) {
 // Entries of an owned pool, which go with the whole pool, stay as they are, and so do those of no pool.
 template <class Kind>
 void free_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_it) {
-  const bool returns_entries = tree.owns_entry_pool == 0 && tree.entry_pool != nullptr;
+  const bool returns_entries = entry_pool_of(tree).is_callers();
   walk_upward<Kind>(top, [&](EntryOf<Kind> &entry, const EntryOf<Kind> *above) {
-    release_value(tree.value_pool, tree.owns_value_pool, entry.value, release_it);
+    release_value(value_pool_of(tree), entry.value, release_it);
     if (returns_entries) {
       return_entry<Kind>(tree, entry);
     } else {
@@ -125,13 +126,14 @@ void swap_entries(EntryOf<Kind> &a, EntryOf<Kind> &b) {
 template <class Kind>
 void init(TreeOf<Kind> &tree, int own_entry_pool, int own_value_pool) {
   tree = {};
-  pool::create_owned_pools(tree, sizeof(EntryOf<Kind>), own_entry_pool != 0, own_value_pool != 0);
+  if (own_entry_pool != 0) entry_pool_of(tree).make(sizeof(EntryOf<Kind>));
+  if (own_value_pool != 0) value_pool_of(tree).make(0);
 }
 
 template <class Kind>
 void remove_all(TreeOf<Kind> &tree) {
   if (tree.owns_entry_pool == 0) return_entries<Kind>(tree, tree.root);
-  pool::empty_owned_pools(tree);
+  empty_pools(tree);
   tree.root = {};
   tree.count = 0;
 }
@@ -141,14 +143,13 @@ void term(TreeOf<Kind> &tree) {
   remove_all<Kind>(tree);
   uint16_t owns_entries = tree.owns_entry_pool;  // the tree's own flags stay
   uint16_t owns_values = tree.owns_value_pool;
-  pool::destroy_owned(tree.entry_pool, owns_entries);
-  pool::destroy_owned(tree.value_pool, owns_values);
+  PoolField{tree.entry_pool, owns_entries}.destroy();
+  PoolField{tree.value_pool, owns_values}.destroy();
 }
 
 template <class Kind>
 void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
-  const bool returns_values = tree.owns_value_pool == 0 && tree.value_pool != nullptr;
-  if (release_it != nullptr || tree.owns_entry_pool == 0 || returns_values) {
+  if (release_it != nullptr || tree.owns_entry_pool == 0 || value_pool_of(tree).is_callers()) {
     free_entries<Kind>(tree, tree.root, release_it);
     tree.root = {};  // what hung on it is gone
   }
