@@ -60,7 +60,7 @@ void mub_array_swap(mub_array *a, mub_array *b) { slots::swap(*a, *b); }
 
 mub_array *mub_array_clone(const mub_array *source, mub_pool *source_pool, mub_array *destination,
                            mub_pool *destination_pool, mub_clone_fn clone) {
-  slots::clone(*source, *destination, UserPools(source_pool, destination_pool, clone));
+  slots::clone(*source, *destination, {source_pool, destination_pool, clone});
   return destination;
 }
 

@@ -25,7 +25,7 @@ void mub_arrayd_swap(mub_arrayd *a, mub_arrayd *b) { slots::swap(*a, *b); }
 
 mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_pool, mub_arrayd *destination,
                              mub_pool *destination_pool, mub_clone_fn clone) {
-  slots::clone(*source, *destination, UserPools(source_pool, destination_pool, clone));
+  slots::clone(*source, *destination, {source_pool, destination_pool, clone});
   return destination;
 }
 

@@ -88,7 +88,7 @@ void mub_arrays_swap(mub_arrays *a, mub_arrays *b) { slots::swap(*a, *b); }
 
 mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_pool, mub_arrays *destination,
                              mub_pool *destination_pool, mub_clone_fn clone) {
-  slots::clone(*source, *destination, UserPools(source_pool, destination_pool, clone));
+  slots::clone(*source, *destination, {source_pool, destination_pool, clone});
   return destination;
 }
 

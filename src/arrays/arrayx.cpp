@@ -25,7 +25,7 @@ void mub_arrayx_swap(mub_arrayx *a, mub_arrayx *b) { slots::swap(*a, *b); }
 
 mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_pool, mub_arrayx *destination,
                              mub_pool *destination_pool, mub_clone_fn clone) {
-  slots::clone(*source, *destination, UserPools(source_pool, destination_pool, clone));
+  slots::clone(*source, *destination, {source_pool, destination_pool, clone});
   return destination;
 }
 

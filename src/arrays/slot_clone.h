@@ -1,40 +1,39 @@
-// Cloning an array: slots and keys are copied, values that are blocks of an owned pool translated to their twins.
+// Cloning an array: slots and keys are copied, values that are blocks of an owned pool translated.
 #ifndef MUB_ARRAYS_SLOT_CLONE_H
 #define MUB_ARRAYS_SLOT_CLONE_H
 
 #include "arrays/slot_table.h"
-#include "core/pool_twin.h"
+#include "core/pool_copy.h"
 
 namespace mub::slots {
 
-// Where only one side owns a pool, the copies of owned values are 0, for lack of twins.
+// Where only the source owns a pool, the copies of its values are 0.
 template <class Record>
-void clone_slots(const Record &source, Record &copy, PoolTwin &twin, const UserPools &users) {
+void clone_slots(const Record &source, Record &copy, BlockCopies &values, const CloneCallback &callback) {
   for (int64_t i = 0; i < used(source); ++i) {
     SlotOf<Record> &slot = table(copy)[i] = table(source)[i];
     if (!pool_of(source).is_owned()) continue;
-    value_of(slot) = twin.translate(value_of(slot));
-    users.mend(value_of(table(source)[i]), value_of(slot));
+    value_of(slot) = values.translate(value_of(slot));
+    callback.notify(value_of(table(source)[i]), value_of(slot));
   }
 }
 
 // False when memory runs out; what is in the copy then is for the caller to remove.
 template <class Record>
-bool clone_content(const Record &source, Record &copy, UserPools &users) {
-  const bool twins = pool_of(source).is_owned() && pool_of(copy).is_owned();
-  PoolTwin twin;
-  if (!users.clone_beside(twins && users.fill(copy.pool))) return false;
-  if (twins && !twin.clone(*source.pool, *copy.pool)) return false;
+bool clone_content(const Record &source, Record &copy, CloneCallback &callback) {
+  if (!callback.clone_pool(callback.shares_destination(pool_of(copy)))) return false;
+  BlockCopies values;
+  if (!values.clone(pool_of(source), pool_of(copy))) return false;
   if (!expand(copy, source.capacity) || !PolicyOf<Record>::clone_keys(source, copy)) return false;
-  clone_slots(source, copy, twin, users);
+  clone_slots(source, copy, values, callback);
   return true;
 }
 
 template <class Record>
-void clone(const Record &source, Record &copy, UserPools &&users) {
+void clone(const Record &source, Record &copy, CloneCallback callback) {
   if (&source == &copy) return;
-  if (!pool_of(source).is_owned()) users.share(source.pool, copy.pool, copy.own_pool);
-  if (!clone_content(source, copy, users)) remove_all(copy);
+  if (!pool_of(source).is_owned()) share_pool(source.pool, pool_of(copy), callback);
+  if (!clone_content(source, copy, callback)) remove_all(copy);
   copy.count = source.count;
 }
 

@@ -18,8 +18,8 @@
 
 #include "core/no_key.h"
 #include "core/pool.h"
+#include "core/pool_copy.h"
 #include "core/pool_field.h"
-#include "core/pool_twin.h"
 #include "core/value_pool.h"
 #include "mub_list.h"
 
@@ -313,17 +313,16 @@ void free_all(List &list, mub_free_fn release_it) {
 
 // ---- copies
 
-// Twins of entries of an owned pool lie in its copy already; others are fresh blocks. An entry that is no block of the
-// pool has no twin, and is left out.
+// In an owned pool, an entry that is no block of the pool has no copy, and is left out.
 template <class List>
-bool copy_entries(const List &source, List &copy, PoolTwins &pools) {
-  const bool have_twins = pools.clones_entries();
+bool copy_entries(const List &source, List &copy, BlockCopies &entries) {
   for (const EntryOf<List> *entry = source.head; entry != nullptr; entry = entry->next) {
-    EntryOf<List> *twin = have_twins ? pools.entry(entry) : take_entry(copy);
-    if (twin == nullptr && !have_twins) return false;
-    if (twin == nullptr) continue;
-    *twin = *entry;
-    link(copy, gap_at(copy, End::kTail), *twin);
+    EntryOf<List> *copied = entries.copy_of(*entry);
+    if (copied != nullptr) {
+      link(copy, gap_at(copy, End::kTail), *copied);
+    } else if (!entries.is_whole()) {
+      return false;
+    }
   }
   copy.count = source.count;
   return true;
@@ -331,27 +330,26 @@ bool copy_entries(const List &source, List &copy, PoolTwins &pools) {
 
 // False when memory runs out; what is in the copy then is for the caller to remove.
 template <class List>
-bool copy_content(const List &source, List &copy, UserPools &user) {
-  if (source.owns_entry_pool == 0) user.share(source.entry_pool, copy.entry_pool, copy.owns_entry_pool);
-  if (source.owns_value_pool == 0) user.share(source.value_pool, copy.value_pool, copy.owns_value_pool);
-  PoolTwins pools;
-  if (!ChainPolicy<List>::clone_keys(source, copy) || !pools.clone(source, copy, user)) return false;
-  if (!copy_entries(source, copy, pools)) return false;
+bool copy_content(const List &source, List &copy, CloneCallback &callback) {
+  share_callers_pools(source, copy, callback);
+  PoolCopies pools;
+  if (!ChainPolicy<List>::clone_keys(source, copy) || !pools.clone(source, copy, callback)) return false;
+  if (!copy_entries(source, copy, pools.entries)) return false;
   if (source.owns_value_pool == 0) return true;
   // Only when nothing can fail any more, so that the callback sees all entries or none.
   for_each(copy, [&](EntryOf<List> &entry) {
     const uint64_t source_value = entry.value;
-    entry.value = pools.value(source_value);
-    user.mend(source_value, entry.value);
+    entry.value = pools.values.translate(source_value);
+    callback.notify(source_value, entry.value);
   });
   return true;
 }
 
 template <class List>
-void clone(const List &source, List &copy, UserPools user) {
+void clone(const List &source, List &copy, CloneCallback callback) {
   if (&source == &copy) return;
   remove_all_with_values(copy);
-  if (!copy_content(source, copy, user)) remove_all_with_values(copy);
+  if (!copy_content(source, copy, callback)) remove_all_with_values(copy);
 }
 
 }  // namespace chain

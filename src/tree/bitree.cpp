@@ -12,20 +12,20 @@ struct Sides {
   using Entry = mub_bitree_entry;
 
   static Entry *first_branch(const Entry &entry) {
-    if (entry.left == nullptr) return behind_left(entry);
+    if (entry.left == nullptr) return after_left(entry);
     prefetch(entry.right);
     return entry.left;
   }
 
   static Entry *next_branch(const Entry &above, const Entry &branch) {
-    if (&branch == above.left) return behind_left(above);
+    if (&branch == above.left) return after_left(above);
     return &branch == above.right ? above.equal : nullptr;
   }
 
-  template <class Twin>
-  static void copy_branches(Entry &entry, Twin twin) {
+  template <class CopyOf>
+  static void copy_branches(Entry &entry, CopyOf copy_of) {
     for (Entry **branch : {&entry.left, &entry.right, &entry.equal}) {
-      if (*branch != nullptr) *branch = twin(**branch);
+      if (*branch != nullptr) *branch = copy_of(**branch);
     }
   }
 
@@ -37,21 +37,22 @@ struct Sides {
     set_parents(entry.equal, entry.parent);
   }
 
-  static void mend_parents(Entry &entry, const Entry *above) {
+  static void restore_parents(Entry &entry, const Entry *above) {
     const bool heads_a_chain = above == nullptr || above->equal != &entry;
     if (heads_a_chain) set_parents(entry.equal, entry.parent);
   }
 
-  // The copy keeps its pool, if it has one.
-  static void share_entry_pool(const Tree &source, Tree &copy, UserPools &user) {
-    if (source.owns_entry_pool != 0 || copy.entry_pool != nullptr) return;
-    user.share(source.entry_pool, copy.entry_pool, copy.owns_entry_pool);
+  // The copy keeps its entry pool, if it has one.
+  static void share_pools(const Tree &source, Tree &copy, CloneCallback &callback) {
+    const bool shares_entries = source.owns_entry_pool == 0 && copy.entry_pool == nullptr;
+    if (shares_entries) share_pool(source.entry_pool, entry_pool_of(copy), callback);
+    if (source.owns_value_pool == 0) share_pool(source.value_pool, value_pool_of(copy), callback);
   }
 
  private:
-  static Entry *behind_left(const Entry &entry) { return entry.right != nullptr ? entry.right : entry.equal; }
+  static Entry *after_left(const Entry &entry) { return entry.right != nullptr ? entry.right : entry.equal; }
 
-  // Of an entry and the equals behind it.
+  // Of an entry and the equals after it.
   static void set_parents(Entry *first, Entry *parent) {
     for (Entry *entry = first; entry != nullptr; entry = entry->equal) entry->parent = parent;
   }

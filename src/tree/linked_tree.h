@@ -18,12 +18,12 @@
 // A kind of tree takes part with a policy:
 //   Tree, Entry                  the records
 //   first_branch(entry)          nullptr when nothing hangs on it
-//   next_branch(above, branch)   the one behind a branch, nullptr behind the last
-//   copy_branches(entry, twin)   puts what twin(branch) gives, if anything, in the place of each branch
+//   next_branch(above, branch)   the one after a branch, nullptr after the last
+//   copy_branches(entry, copy_of)    puts what copy_of(branch) returns, if anything, in the place of each branch
 //   detach(entry)                clears the links to what is above and beside
 //   set_parent(entry)            corrects what depends on an entry that has moved
-//   mend_parents(entry, above)   an entry is left: undoes what the walk did to parents; the top has no `above`
-//   share_entry_pool(source, copy, user)   settles which pool the entries of a clone come from
+//   restore_parents(entry, above)    an entry is left: undoes what the walk did to parents; the top has no `above`
+//   share_pools(source, copy, callback)    makes a clone share the pools that its source does not own
 #ifndef MUB_TREE_LINKED_TREE_H
 #define MUB_TREE_LINKED_TREE_H
 
@@ -31,8 +31,8 @@
 #include <utility>
 
 #include "core/pool.h"
+#include "core/pool_copy.h"
 #include "core/pool_field.h"
-#include "core/pool_twin.h"
 #include "core/value_pool.h"
 #include "mub_tree.h"
 
@@ -69,7 +69,7 @@ void walk(EntryOf<Kind> &top, Enter enter, Leave leave) {
 // For walks that keep the entries.
 template <class Kind, class Enter>
 void walk(EntryOf<Kind> &top, Enter enter) {
-  walk<Kind>(top, enter, Kind::mend_parents);
+  walk<Kind>(top, enter, Kind::restore_parents);
 }
 
 // For those that do not.
@@ -109,7 +109,7 @@ void free_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_it
     if (returns_entries) {
       return_entry<Kind>(tree, entry);
     } else {
-      Kind::mend_parents(entry, above);
+      Kind::restore_parents(entry, above);
     }
   });
 }
@@ -166,28 +166,26 @@ class Copying {
   explicit Copying(TreeOf<Kind> &copy) : copy_(copy) {}
 
   // False when memory runs out; what is in the copy then is for the caller to remove.
-  bool clone(const TreeOf<Kind> &source, UserPools &user) {
-    Kind::share_entry_pool(source, copy_, user);
-    if (source.owns_value_pool == 0) {
-      user.share(source.value_pool, copy_.value_pool, copy_.owns_value_pool);
-    }
-    if (!pools_.clone(source, copy_, user)) return false;
+  bool clone(const TreeOf<Kind> &source, CloneCallback &callback) {
+    Kind::share_pools(source, copy_, callback);
+    if (!pools_.clone(source, copy_, callback)) return false;
     copy_.root = source.root;
     if (!copy_below(copy_.root)) return false;
     copy_.count = source.count;
-    if (source.owns_value_pool != 0) translate_values(user);
+    if (source.owns_value_pool != 0) translate_values(callback);
     return true;
   }
 
   // A copy that nothing links to; nullptr when memory runs out.
   EntryOf<Kind> *clone(const EntryOf<Kind> &source) {
-    EntryOf<Kind> *top = take_entry<Kind>(copy_, source);
+    pools_.entries.take_from(copy_.entry_pool);
+    EntryOf<Kind> *top = pools_.entries.copy_of(source);
     if (top == nullptr) return nullptr;
     if (!copy_below(*top)) {
       return_entries<Kind>(copy_, *top);
       return nullptr;
     }
-    copy_.count += taken_;
+    copy_.count += copied_;
     return top;
   }
 
@@ -195,40 +193,39 @@ class Copying {
   bool copy_below(EntryOf<Kind> &top) {
     Kind::detach(top);
     walk<Kind>(top, [this](EntryOf<Kind> &entry) {
-      Kind::copy_branches(entry, [this](const EntryOf<Kind> &branch) { return twin(branch); });
+      Kind::copy_branches(entry, [this](const EntryOf<Kind> &branch) { return copy_of(branch); });
     });
     return !failed_;
   }
 
-  // Once memory has run out there are no more twins, and the walk comes to its end on those that there are.
-  EntryOf<Kind> *twin(const EntryOf<Kind> &source) {
-    if (pools_.clones_entries()) return pools_.entry(&source);
-    EntryOf<Kind> *entry = failed_ ? nullptr : take_entry<Kind>(copy_, source);
-    failed_ = entry == nullptr;
-    taken_ += failed_ ? 0 : 1;
-    return entry;
+  // Once memory has run out there are no more copies, and the walk comes to its end on those that there are.
+  EntryOf<Kind> *copy_of(const EntryOf<Kind> &source) {
+    EntryOf<Kind> *copy = failed_ ? nullptr : pools_.entries.copy_of(source);
+    failed_ = copy == nullptr && !pools_.entries.is_whole();
+    copied_ += copy != nullptr ? 1 : 0;
+    return copy;
   }
 
   // Only when nothing can fail any more, so that the callback sees all entries or none.
-  void translate_values(const UserPools &user) {
+  void translate_values(const CloneCallback &callback) {
     walk<Kind>(copy_.root, [&](EntryOf<Kind> &entry) {
       const uint64_t source_value = entry.value;
-      entry.value = pools_.value(source_value);
-      user.mend(source_value, entry.value);
+      entry.value = pools_.values.translate(source_value);
+      callback.notify(source_value, entry.value);
     });
   }
 
   TreeOf<Kind> &copy_;
-  PoolTwins pools_;
-  int64_t taken_ = 0;
+  PoolCopies pools_;
+  int64_t copied_ = 0;
   bool failed_ = false;
 };
 
 template <class Kind>
-void clone(const TreeOf<Kind> &source, TreeOf<Kind> &copy, UserPools user) {
+void clone(const TreeOf<Kind> &source, TreeOf<Kind> &copy, CloneCallback callback) {
   if (&source == &copy) return;
   remove_all<Kind>(copy);
-  if (!Copying<Kind>(copy).clone(source, user)) remove_all<Kind>(copy);
+  if (!Copying<Kind>(copy).clone(source, callback)) remove_all<Kind>(copy);
 }
 
 }  // namespace mub::linked

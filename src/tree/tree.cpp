@@ -26,14 +26,14 @@ struct Rings {
     return branch.next != above.first_child ? branch.next : nullptr;
   }
 
-  template <class Twin>
-  static void copy_branches(Entry &entry, Twin twin) {
+  template <class CopyOf>
+  static void copy_branches(Entry &entry, CopyOf copy_of) {
     const Entry source = entry;
     entry.first_child = nullptr;
     rings::for_each_child(source, [&](const Entry &child) {
       rings::prefetch_sibling(child);
       prefetch(child.first_child);  // met when the copy is entered
-      Entry *copy = twin(child);
+      Entry *copy = copy_of(child);
       if (copy != nullptr) rings::link_last(entry, *copy);
     });
   }
@@ -45,10 +45,10 @@ struct Rings {
   }
 
   // The walk comes back by the parents, as they are.
-  static void mend_parents(const Entry &, const Entry *) {}
+  static void restore_parents(const Entry &, const Entry *) {}
 
-  static void share_entry_pool(const Tree &source, Tree &copy, UserPools &user) {
-    if (source.owns_entry_pool == 0) user.share(source.entry_pool, copy.entry_pool, copy.owns_entry_pool);
+  static void share_pools(const Tree &source, Tree &copy, CloneCallback &callback) {
+    share_callers_pools(source, copy, callback);
   }
 };
 

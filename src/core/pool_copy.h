@@ -1,0 +1,222 @@
+// Copies of pools, for the clones of containers. A block has the same chunk and the same offset in a pool and in its copy:
+// an address in the one is translated to the other through the sorted chunk map.
+#ifndef MUB_CORE_POOL_COPY_H
+#define MUB_CORE_POOL_COPY_H
+
+#include <algorithm>
+#include <cstdint>
+
+#include "core/alloc.h"
+#include "core/pool.h"
+#include "core/pool_field.h"
+#include "core/value_pool.h"
+
+namespace mub {
+
+// A pool that is copied as a whole.
+class PoolCopy {
+ public:
+  PoolCopy() = default;
+  ~PoolCopy() {
+    release(last_);
+    release(map_);
+  }
+  PoolCopy(const PoolCopy &) = delete;
+  PoolCopy &operator=(const PoolCopy &) = delete;
+
+  // Maps `source`; false when memory runs out.
+  bool map(const mub_pool &source) {
+    source_ = &source;
+    chunk_bytes_ = pool::chunk_bytes(source);
+    map_ = pool::map(source);
+    return map_ != nullptr || source.chunk_count == 0;
+  }
+  // Makes `destination` the copy of the mapped pool; false when memory runs out, `destination` then empty.
+  bool clone_to(mub_pool &destination) {
+    destination_ = &destination;
+    return pool::clone(*source_, map_, destination);
+  }
+  // Both, and the means to translate.
+  __attribute__((noinline)) bool clone(const mub_pool &source, mub_pool &destination) {
+    return map(source) && index_chunks() && clone_to(destination);
+  }
+
+  const mub_pool_chunk *chunk_map() const { return map_; }
+
+  // The address in the clone of an address in the source; 0 for a word that lies in none of its chunks.
+  uint64_t translate(uint64_t word) {
+    // Neighbours in a structure are mostly neighbours in memory: try the chunk of the last call first.
+    if (word - base_ < chunk_bytes_ && base_ != 0) return word - base_ + copy_base_;
+    return translate_by_search(word);
+  }
+
+ private:
+  // The range of the chunks' bases is cut into granules, no larger than a chunk unless chunks are far between; for
+  // each, last_[g] is the position in the map of the last chunk that starts in it or before it.
+  bool index_chunks() {
+    const int64_t count = source_->chunk_count;
+    if (count == 0) return true;  // the map may still be there, without an element
+    const uint64_t span = map_[count - 1].base - map_[0].base;
+    while ((uint64_t{2} << granule_bits_) <= chunk_bytes_) ++granule_bits_;
+    while (span >> granule_bits_ > static_cast<uint64_t>(kGranulesPerChunk * count)) ++granule_bits_;
+    granules_ = (span >> granule_bits_) + 1;
+    last_ = static_cast<int32_t *>(allocate(static_cast<int64_t>(granules_), sizeof(int32_t)));
+    if (last_ == nullptr) return false;
+    uint64_t granule = 0;
+    for (int64_t position = 1; position < count; ++position) {
+      while (granule < granule_of(map_[position].base)) last_[granule++] = static_cast<int32_t>(position - 1);
+    }
+    last_[granule] = static_cast<int32_t>(count - 1);
+    return true;
+  }
+
+  uint64_t granule_of(uint64_t address) const { return (address - map_[0].base) >> granule_bits_; }
+
+  // Position of the last chunk that starts at or before `word`, which is not below the first.
+  int64_t find_chunk(uint64_t word) const {
+    const uint64_t granule = std::min(granule_of(word), granules_ - 1);
+    const int64_t last = last_[granule];
+    // Mostly it is the last of the granule or the one before, with even odds: no branch chooses. More chunks lie
+    // in a granule only when others are far away.
+    const int64_t position = last - (map_[last].base > word ? 1 : 0);
+    if (map_[position].base <= word) return position;  // GCOVR_EXCL_BR_LINE
+    return pool::find_chunk(map_, position, word);     // GCOVR_EXCL_LINE
+  }
+
+  uint64_t translate_by_search(uint64_t word) {
+    if (granules_ == 0 || word < map_[0].base) return 0;
+    const int64_t position = find_chunk(word);
+    if (word - map_[position].base >= chunk_bytes_) return 0;
+    base_ = map_[position].base;
+    copy_base_ = word_of(destination_->chunks[map_[position].index]);
+    return word - base_ + copy_base_;
+  }
+
+  static constexpr int64_t kGranulesPerChunk = 8;
+
+  const mub_pool *source_ = nullptr;
+  const mub_pool *destination_ = nullptr;
+  mub_pool_chunk *map_ = nullptr;
+  uint64_t chunk_bytes_ = 0;
+  int32_t *last_ = nullptr;
+  uint64_t granules_ = 0;
+  int granule_bits_ = 0;
+  // The chunk of the last translation, and its copy.
+  uint64_t base_ = 0;
+  uint64_t copy_base_ = 0;
+};
+
+// The callback of a clone, and the pair of pools that its caller passes along: a pool outside the container that the
+// values refer to, and the one that becomes its copy.
+class CloneCallback {
+ public:
+  CloneCallback(mub_pool *source, mub_pool *destination, mub_clone_fn call)
+      : source_(source), destination_(destination), call_(call) {}
+
+  // Whether the caller's pool would be cloned to a pool of the container's clone.
+  template <class Copy>
+  bool shares_destination(const Copy &copy) const {
+    return copy.is_owned() && copy.pool == destination_;
+  }
+
+  // Clones the caller's pool, if both are given and the callback. Nothing is copied to the source itself, nor to a
+  // destination that is filled already. False when memory runs out.
+  bool clone_pool(bool is_filled) {
+    if (source_ == nullptr || destination_ == nullptr || call_ == nullptr) return true;
+    if (!pool_.map(*source_)) return false;
+    return source_ == destination_ || is_filled || pool_.clone_to(*destination_);
+  }
+
+  // The pool is about to be destroyed.
+  void forget(const mub_pool *pool) {
+    if (pool == source_ || pool == destination_) source_ = destination_ = nullptr;
+  }
+
+  void notify(uint64_t source_value, uint64_t value) const {
+    if (call_ != nullptr) call_(pool_.chunk_map(), source_value, source_, value, destination_);
+  }
+
+ private:
+  mub_pool *source_;
+  mub_pool *destination_;
+  mub_clone_fn call_;
+  PoolCopy pool_;
+};
+
+// Makes a clone share a pool that its source does not own. It gives up one of its own for that.
+template <class Field>
+void share_pool(mub_pool *callers_pool, const Field &copy, CloneCallback &callback) {
+  if (copy.owned != 0) callback.forget(copy.pool);
+  copy.destroy();
+  copy.pool = callers_pool;
+}
+
+template <class Container>
+void share_callers_pools(const Container &source, Container &copy, CloneCallback &callback) {
+  const auto share = [&](const auto &from, const auto &to) {
+    if (from.owned == 0) share_pool(from.pool, to, callback);
+  };
+  for_each_pool(share, source, copy);
+}
+
+// The blocks of one pool and their copies. If both containers own their pools, all blocks are copied at once, be they in
+// use or not; otherwise each copy is a new block of the pool that the clone takes its blocks from.
+class BlockCopies {
+ public:
+  // False when memory runs out.
+  template <class Source, class Copy>
+  bool clone(const Source &source, const Copy &copy) {
+    pool_ = copy.pool;
+    is_whole_ = source.is_owned() && copy.is_owned();
+    return !is_whole_ || whole_.clone(*source.pool, *copy.pool);
+  }
+  // Every copy is to be a new block.
+  void take_from(mub_pool *pool) { pool_ = pool; }
+
+  bool is_whole() const { return is_whole_; }
+
+  // nullptr when memory runs out and, in a pool that was copied as a whole, for a block that is not of the pool.
+  template <class Block>
+  Block *copy_of(const Block &block) {
+    if (is_whole_) return translated(&block);
+    auto *copy = static_cast<Block *>(pool::take(pool_));
+    if (copy != nullptr) *copy = block;
+    return copy;
+  }
+
+  // Where an address lies in a pool that was copied as a whole; 0 if it did not lie in the pool.
+  uint64_t translate(uint64_t word) { return whole_.translate(word); }
+  template <class Block>
+  Block *translated(const Block *block) {
+    return record_of<Block>(whole_.translate(word_of(block)));
+  }
+
+ private:
+  mub_pool *pool_ = nullptr;
+  bool is_whole_ = false;
+  PoolCopy whole_;
+};
+
+// The pools of a container and those of its clone.
+struct PoolCopies {
+  // False when memory runs out.
+  template <class Container>
+  bool clone(const Container &source, const Container &copy, CloneCallback &callback) {
+    bool is_filled = false;
+    const auto look_at = [&](const auto &to) { is_filled = is_filled || callback.shares_destination(to); };
+    for_each_pool(look_at, copy);
+    if (!entries.clone(entry_pool_of(source), entry_pool_of(copy))) return false;
+    if constexpr (kHasNodePool<Container>) {
+      if (!nodes.clone(node_pool_of(source), node_pool_of(copy))) return false;
+    }
+    return values.clone(value_pool_of(source), value_pool_of(copy)) && callback.clone_pool(is_filled);
+  }
+
+  BlockCopies entries;
+  BlockCopies nodes;
+  BlockCopies values;
+};
+
+}  // namespace mub
+
+#endif
