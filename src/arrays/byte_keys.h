@@ -25,7 +25,7 @@ inline ByteKey key_of(const mub_array &array, const mub_array_entry &entry) {
   return {array.keys.data + entry.key_offset, entry.key_length};
 }
 
-// Moves the keys of the first `count` slots that lie at or behind `from`; `by` wraps when they move down.
+// Moves the keys of the first `count` slots that lie at or after `from`; `by` wraps when they move down.
 inline void shift_keys(mub_array &array, int64_t count, int64_t from, uint32_t by) {
   for (int64_t i = 0; i < count; ++i) {
     uint32_t &offset = array.entries[i].key_offset;
@@ -34,15 +34,13 @@ inline void shift_keys(mub_array &array, int64_t count, int64_t from, uint32_t b
 }
 
 template <>
-struct SlotPolicy<mub_array> {
+struct SlotPolicy<mub_array> : PackedKeys<mub_array> {
   using Slot = mub_array_entry;
-  using Key = ByteKey;
   static constexpr auto kSlots = &mub_array::entries;
+  static constexpr bool kSwapsPools = false;
 
-  static bool append_key(mub_array &array, Slot &entry, const Key &key) {
-    return keys::append_for(entry, array.keys, key);
-  }
-  static void append_empty_key(mub_array &array, Slot &entry) {
+  static Key key_of(const mub_array &array, const Slot &entry) { return mub::key_of(array, entry); }
+  static void store_empty_key(mub_array &array, Slot &entry) {
     entry.key_offset = static_cast<uint32_t>(array.keys.length);
     entry.key_length = 0;
   }
@@ -58,23 +56,16 @@ struct SlotPolicy<mub_array> {
     entry.key_offset = offset;
     entry.key_length = length;
   }
-  static void cut_key(mub_array &array, Slot &entry) {
-    keys::erase(array.keys, entry.key_offset, entry.key_length);
+  static void erase_key(mub_array &array, Slot &entry) {
+    keys::erase(array.keys, {entry.key_offset, entry.key_length});
   }
-  static void close_key(mub_array &array, const Slot &entry) {
+  static void lower_offsets(mub_array &array, const Slot &entry) {
     if (entry.key_length != 0) shift_keys(array, slots::used(array), key_end(entry), 0 - entry.key_length);
   }
-  static Key key_of(const mub_array &array, const Slot &entry) { return mub::key_of(array, entry); }
   static bool reserve_keys(mub_array &array, const mub_array &source) {
     return keys::has_room(array.keys, source.keys.length) &&
            buffer::expand(array.keys, array.keys.length + source.keys.length);
   }
-  static bool clone_keys(const mub_array &source, mub_array &copy) {
-    return buffer::clone(source.keys, copy.keys);
-  }
-  static void clear_keys(mub_array &array) { buffer::shrink(array.keys, 0); }
-  static void term_keys(mub_array &array) { buffer::term(array.keys); }
-  static void swap_rest(mub_array &a, mub_array &b) { buffer::swap(a.keys, b.keys); }
 };
 
 // Entries against a searched key, byte by byte as unsigned values, the shorter of two that agree first.
@@ -114,8 +105,8 @@ inline int64_t common_prefix(const mub_array &array) {
   return common;
 }
 
-// Entries against entries, for the sort. Behind what all keys have in common, most differ in the next 8 bytes: these
-// are loaded once, as a number that sorts as they do, zero-filled behind the end of a key.
+// Entries against entries, for the sort. After what all keys have in common, most differ in the next 8 bytes: these
+// are loaded once, as a number that sorts as they do, zero-filled after the end of a key.
 class ByteKeyOrder {
  public:
   struct Key {

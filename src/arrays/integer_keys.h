@@ -13,17 +13,10 @@
 namespace mub {
 
 template <class Record, class Entry>
-struct IntegerSlots : NoKeyStream<Record> {
+struct IntegerSlots : SlotsWithoutStream<Record, KeysInItems<Record, decltype(Entry::key)>> {
   using Slot = Entry;
-  using Key = decltype(Entry::key);
   static constexpr auto kSlots = &Record::entries;
-  static bool append_key(Record &, Slot &entry, Key key) {
-    entry.key = key;
-    return true;
-  }
-  static void place_key(Record &, Slot &entry, Key key) { entry.key = key; }
-  static void cut_key(Record &, Slot &entry) { entry.key = 0; }
-  static Key key_of(const Record &, const Slot &entry) { return entry.key; }
+  static constexpr bool kSwapsPools = false;
 };
 
 template <>

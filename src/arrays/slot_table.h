@@ -9,16 +9,14 @@
 //   2. count <= capacity, but for a clone that ran out of memory: it states the count of its source. So walks,
 //      searches and sorts end at used(), the smaller of the two, and a growth makes the stated slots real.
 //
-// A record takes part by specialising SlotPolicy:
-//   Slot, Key, kSlots          the entry, a key as it is passed, the table's field
-//   append_key(array, slot, key)     gives a slot after all others its key; false, without room
-//   append_empty_key(array, slot)    gives it the empty key, for which there is always room
+// A record takes part by specialising SlotPolicy, which has the names that core/key_store.h lists and
+//   Slot, kSlots                     the entry, and the table's field
+//   kSwapsPools                      whether an exchange of arrays includes their pools
+//   store_empty_key(array, slot)     gives a new slot the empty key, for which there is always room
 //   open_key(array, slot, key)       makes room for a key before the slot's own; false when there is none
 //   place_key(array, slot, key)      then gives it to the slot, all slots (one more than count) having moved
-//   cut_key(array, slot)             takes the slot's key out
-//   close_key(array, slot)           then mends the others, just before the slot goes
-//   key_of(array, slot), reserve_keys(array, source)    for appending other arrays
-//   clone_keys, clear_keys, term_keys, swap_rest        for whole arrays
+//   lower_offsets(array, slot)       completes erase_key for the other slots, just before the slot goes
+//   reserve_keys(array, source)      makes room for the keys of another array; false when there is none
 // Orders come with each call: order(slot) compares a slot with the searched key.
 #ifndef MUB_ARRAYS_SLOT_TABLE_H
 #define MUB_ARRAYS_SLOT_TABLE_H
@@ -33,7 +31,7 @@
 #include "arrays/sort.h"
 #include "core/alloc.h"
 #include "core/growth.h"
-#include "core/no_key.h"
+#include "core/key_store.h"
 #include "core/pool.h"
 #include "core/pool_field.h"
 #include "core/prefetch.h"
@@ -53,33 +51,28 @@ auto pool_of(Record &array) {
 }
 
 // For records that keep no key bytes outside their slots.
-template <class Record>
-struct NoKeyStream {
+template <class Record, class Keys>
+struct SlotsWithoutStream : Keys {
   template <class Slot>
-  static void append_empty_key(Record &, Slot &) {}  // GCOVR_EXCL_LINE: the key always finds room
+  static void store_empty_key(Record &, Slot &) {}  // GCOVR_EXCL_LINE: the key always finds room
   template <class Slot, class Key>
   static bool open_key(Record &, const Slot &, const Key &) {
     return true;
   }
+  template <class Slot, class Key>
+  static void place_key(Record &array, Slot &slot, const Key &key) {
+    Keys::store_key(array, slot, key);
+  }
   template <class Slot>
-  static void close_key(Record &, const Slot &) {}
+  static void lower_offsets(Record &, const Slot &) {}
   static bool reserve_keys(Record &, const Record &) { return true; }
-  static bool clone_keys(const Record &, Record &) { return true; }
-  static void clear_keys(Record &) {}
-  static void term_keys(Record &) {}
-  static void swap_rest(Record &, Record &) {}
 };
 
 template <>
-struct SlotPolicy<mub_arrays> : NoKeyStream<mub_arrays> {
+struct SlotPolicy<mub_arrays> : SlotsWithoutStream<mub_arrays, NoKeys<mub_arrays>> {
   using Slot = uint64_t;
-  using Key = NoKey;
   static constexpr auto kSlots = &mub_arrays::items;
-  static bool append_key(mub_arrays &, Slot &, NoKey) { return true; }
-  static void place_key(mub_arrays &, Slot &, NoKey) {}
-  static void cut_key(mub_arrays &, Slot &) {}
-  static NoKey key_of(const mub_arrays &, Slot) { return {}; }
-  static void swap_rest(mub_arrays &a, mub_arrays &b) { pool_of(a).swap(pool_of(b)); }
+  static constexpr bool kSwapsPools = true;
 };
 
 namespace slots {
@@ -185,13 +178,14 @@ void free_all(Record &array, mub_free_fn release_it) {
   pool_of(array).empty();
 }
 
-// Exchanges the tables and what the policy adds; the order flags stay.
+// The order flags stay.
 template <class Record>
 void swap(Record &a, Record &b) {
   std::swap(table(a), table(b));
   std::swap(a.count, b.count);
   std::swap(a.capacity, b.capacity);
-  PolicyOf<Record>::swap_rest(a, b);
+  PolicyOf<Record>::swap_keys(a, b);
+  if constexpr (PolicyOf<Record>::kSwapsPools) pool_of(a).swap(pool_of(b));
 }
 
 // ---- positions; the capacity bounds them, not the count
@@ -228,7 +222,7 @@ template <class Record>
 SlotOf<Record> *append(Record &array, const KeyOf<Record> &key, uint64_t value) {
   if (!expand(array, array.count + 1)) return nullptr;
   SlotOf<Record> *slot = table(array) + array.count;
-  if (!PolicyOf<Record>::append_key(array, *slot, key)) PolicyOf<Record>::append_empty_key(array, *slot);
+  if (!PolicyOf<Record>::store_key(array, *slot, key)) PolicyOf<Record>::store_empty_key(array, *slot);
   value_of(*slot) = value;
   ++array.count;
   return slot;
@@ -251,7 +245,7 @@ SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key
   index = std::min(index, array.count);
   SlotOf<Record> *slot = table(array) + index;
   const bool has_key =
-      index < array.count ? open_slot(array, index, key) : PolicyOf<Record>::append_key(array, *slot, key);
+      index < array.count ? open_slot(array, index, key) : PolicyOf<Record>::store_key(array, *slot, key);
   if (!has_key) return nullptr;
   value_of(*slot) = value;
   ++array.count;
@@ -300,7 +294,7 @@ void append_array(Record &array, const Record &source) {
 // Closes the gap of a slot whose key is cut out. The count is made true on the way.
 template <class Record>
 void close_slot(Record &array, SlotOf<Record> *slot) {
-  PolicyOf<Record>::close_key(array, *slot);
+  PolicyOf<Record>::lower_offsets(array, *slot);
   const int64_t last = used(array) - 1;
   buffer::move_units(slot, slot + 1, last - (slot - table(array)));
   array.count = last;
@@ -311,7 +305,7 @@ uint64_t remove_at(Record &array, int64_t index) {
   if (index < 0 || index >= used(array)) return 0;
   SlotOf<Record> *slot = table(array) + index;
   const uint64_t value = value_of(*slot);
-  PolicyOf<Record>::cut_key(array, *slot);
+  PolicyOf<Record>::erase_key(array, *slot);
   close_slot(array, slot);
   return value;
 }
@@ -321,7 +315,7 @@ template <class Record>
 void free_at(Record &array, int64_t index, mub_free_fn release_it) {
   if (index < 0 || index >= used(array)) return;
   SlotOf<Record> *slot = table(array) + index;
-  PolicyOf<Record>::cut_key(array, *slot);
+  PolicyOf<Record>::erase_key(array, *slot);
   release_value(pool_of(array), value_of(*slot), release_it);
   // The releaser must not change the array; should it have, the table may have moved, or have no such slot
   // any more.

@@ -108,7 +108,7 @@ bool clone_entry(const TreeOf<Kind> &source, const EntryOf<Kind> &from, TreeOf<K
   if (Cloning<Kind>(source, copy).run_in_fresh_blocks(from, to)) return true;
   empty_from<Kind>(
       copy, to, [](const RecordOf<Kind> &) {}, Blocks::kGoBack);
-  Kind::forget_key(to);
+  Kind::reset_key(to);
   to.level = 0;
   return false;
 }

@@ -58,7 +58,7 @@ bool entry_init(Entry &entry) {
 
 template <class Kind>
 void return_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
-  Kind::forget_key(entry);
+  Kind::reset_key(entry);
   slots::release_table(entry.children);
   pool::give(tree.entry_pool, &entry);
 }

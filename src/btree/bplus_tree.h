@@ -25,17 +25,13 @@
 //   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is the entry
 //      pool. Live blocks of owned pools are the tree's and what the caller took there.
 //
-// A kind of key takes part with a policy:
-//   Tree, Entry, Record, Cursor, Key    the records, and a key as it is passed
+// A kind of key takes part with a policy, which has the names that core/key_store.h lists and
+//   Tree, Entry, Record, Cursor         the records
 //   with_order(tree, key, use)          calls `use` with an order: order(child) compares the key of an entry or a
 //                                       record with the searched key
-//   key_of(tree, entry or record)       its key, as it is passed
 //   has_name(tree, entry, child)        whether the entry has the key of the child
 //   copy_key(entry, child)              gives it that key
-//   store_key(tree, record, key)        gives a new record its key; false when there is no room
-//   forget_key(entry or record)         makes the key 0
-//   cut_key(tree, record)               forgets the key of a record that is no longer in its leaf, and cuts its bytes out
-//   init_keys, clear_keys, term_keys, swap_keys, clone_keys    the key storage of the whole tree
+//   init_keys(tree)                     the start of a tree of zeros
 #ifndef MUB_BTREE_BPLUS_TREE_H
 #define MUB_BTREE_BPLUS_TREE_H
 
@@ -172,20 +168,20 @@ RecordOf<Kind> *append(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key,
   return record;
 }
 
-// Whether a key belongs behind all records of the tree, of which `leaf` has the last.
+// Whether a key belongs after all records of the tree, of which `leaf` has the last.
 template <class Kind>
-bool is_behind_all(const TreeOf<Kind> &tree, const EntryOf<Kind> &leaf, KeyOf<Kind> key) {
+bool is_after_all(const TreeOf<Kind> &tree, const EntryOf<Kind> &leaf, KeyOf<Kind> key) {
   const int64_t count = leaf.children.count;
   if (count < 1) return false;
   const RecordOf<Kind> &last = *record_at<Kind>(leaf, count - 1);
   return Kind::with_order(tree, key, [&](const auto &order) { return order(last) < 0; });
 }
 
-// Keys that come in ascending order go behind the last one without a search.
+// Keys that come in ascending order go after the last one without a search.
 template <class Kind>
 RecordOf<Kind> *insert(TreeOf<Kind> &tree, KeyOf<Kind> key, bool &inserted) {
   EntryOf<Kind> *last = last_leaf(tree.root);
-  if (is_behind_all<Kind>(tree, *last, key)) return append<Kind>(tree, *last, key, inserted);
+  if (is_after_all<Kind>(tree, *last, key)) return append<Kind>(tree, *last, key, inserted);
   return insert_at<Kind>(tree, locate<Kind>(tree, tree.root, key), key, inserted);
 }
 
@@ -290,7 +286,7 @@ uint64_t remove(TreeOf<Kind> &tree, KeyOf<Kind> key) {
   slots::remove_at(place.leaf->children, place.spot.index);
   set_name<Kind>(tree, *place.leaf);
   if (place.leaf->children.count == 0) remove_entry<Kind>(tree, *place.leaf);
-  Kind::cut_key(tree, *record);
+  Kind::erase_key(tree, *record);
   pool::give(tree.node_pool, record);
   --tree.count;
   return value;

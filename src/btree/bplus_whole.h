@@ -81,7 +81,7 @@ void free_all_entry(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_
 
 template <class Kind>
 void reset(TreeOf<Kind> &tree) {
-  Kind::forget_key(tree.root);
+  Kind::reset_key(tree.root);
   tree.root.level = 0;
   tree.root.parent = nullptr;
   tree.root.children.pool = tree.node_pool;

@@ -8,13 +8,33 @@
 namespace mub {
 namespace {
 
+// Of the entries below `top`.
+void lower_names(mub_btree_entry &top, const keys::Gap &gap) {
+  for (auto *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
+    if (entry->level < 1) break;
+    for (int64_t i = 0; i < entry->children.count; ++i) {
+      keys::lower_offset(*bplus::entry_at(*entry, i), gap);
+    }
+  }
+}
+
+template <class Visit>
+void for_each_record(const mub_btree_entry &top, Visit visit) {
+  const mub_btree_entry *last = bplus::last_leaf(top);
+  for (const mub_btree_entry *leaf = bplus::first_leaf(top);; leaf = bplus::neighbour<1>(*leaf)) {
+    for (int64_t i = 0; i < leaf->children.count; ++i) {
+      visit(*bplus::child_at<mub_btree_node>(leaf->children, i));
+    }
+    if (leaf == last) return;
+  }
+}
+
 // Byte-string keys in the tree's key stream.
-struct ByteKeys {
+struct ByteKeys : PackedKeys<mub_btree> {
   using Tree = mub_btree;
   using Entry = mub_btree_entry;
   using Record = mub_btree_node;
   using Cursor = mub_btree_cursor;
-  using Key = ByteKey;
 
   template <bool kFoldsCase>
   struct Order {
@@ -33,11 +53,6 @@ struct ByteKeys {
   static auto with_order(const Tree &tree, Key key, Use use) {
     if (tree.nocase != 0) return use(Order<true>{tree.keys, key});
     return use(Order<false>{tree.keys, key});
-  }
-
-  template <class Item>
-  static Key key_of(const Tree &tree, const Item &item) {
-    return keys::key_of(tree.keys, item);
   }
 
   template <class Item>
@@ -62,66 +77,19 @@ struct ByteKeys {
     entry.key_length = child.key_length;
   }
 
-  static bool store_key(Tree &tree, Record &record, Key key) {
-    return keys::append_for(record, tree.keys, key);
-  }
-  template <class Item>
-  static void forget_key(Item &item) {
-    item.key_offset = 0;
-    item.key_length = 0;
+  static void erase_key(Tree &tree, Record &record) {
+    PackedKeys::erase_key(tree, record, [&](const keys::Gap &gap) { lower_offsets(tree, gap); });
   }
 
-  static void cut_key(Tree &tree, Record &record) {
-    const uint32_t offset = record.key_offset;
-    const uint32_t length = record.key_length;
-    forget_key(record);
-    if (length == 0) return;
-    keys::erase(tree.keys, offset, length);
-    lower_all_offsets(tree, offset, length);
+  static void lower_offsets(Tree &tree, const keys::Gap &gap) {
+    const bool fills_pool = holds_only<Record>(node_pool_of(tree), tree.count);
+    lower_names(tree.root, gap);
+    keys::lower_offsets<Record>(tree.node_pool, fills_pool, gap,
+                                [&](auto lower) { for_each_record(tree.root, lower); });
   }
 
   static void init_keys(Tree &) {}
-  static void clear_keys(Tree &tree) { buffer::shrink(tree.keys, 0); }
-  static void term_keys(Tree &tree) { buffer::term(tree.keys); }
-  static void swap_keys(Tree &a, Tree &b) { buffer::swap(a.keys, b.keys); }
-  static bool clone_keys(const Tree &source, Tree &copy) { return buffer::clone(source.keys, copy.keys); }
-
-  // Below `top`; after a removal in the whole tree.
-  static void lower_offsets(Entry &top, uint32_t offset, uint32_t length);
-  static void lower_all_offsets(Tree &tree, uint32_t offset, uint32_t length);
 };
-
-// Of the entries below `top`.
-void lower_names(mub_btree_entry &top, uint32_t offset, uint32_t length) {
-  for (auto *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
-    if (entry->level < 1) break;
-    for (int64_t i = 0; i < entry->children.count; ++i) {
-      keys::move_down(*bplus::entry_at(*entry, i), offset, length);
-    }
-  }
-}
-
-void ByteKeys::lower_offsets(Entry &top, uint32_t offset, uint32_t length) {
-  lower_names(top, offset, length);
-  const Entry *last = bplus::last_leaf(top);
-  for (const Entry *leaf = bplus::first_leaf(top);; leaf = bplus::neighbour<1>(*leaf)) {
-    for (int64_t i = 0; i < leaf->children.count; ++i) {
-      keys::move_down(*bplus::record_at<ByteKeys>(*leaf, i), offset, length);
-    }
-    if (leaf == last) return;
-  }
-}
-
-// In the order of memory where all records lie in a pool of the tree's own: several times faster than along
-// the leaves.
-void ByteKeys::lower_all_offsets(Tree &tree, uint32_t offset, uint32_t length) {
-  if (!holds_only<Record>(node_pool_of(tree), tree.count)) {
-    return lower_offsets(tree.root, offset, length);
-  }
-  lower_names(tree.root, offset, length);
-  pool::for_each_block<Record>(*tree.node_pool,
-                               [=](Record &record) { keys::move_down(record, offset, length); });
-}
 
 }  // namespace
 }  // namespace mub
@@ -292,7 +260,9 @@ int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const void *key, 
 }
 
 void mub_btree_adjust_t(mub_btree *, mub_btree_entry *entry, uint32_t offset, uint32_t length) {
-  ByteKeys::lower_offsets(*entry, offset, length);
+  const keys::Gap gap = {offset, length};
+  lower_names(*entry, gap);
+  for_each_record(*entry, [&](mub_btree_node &node) { keys::lower_offset(node, gap); });
 }
 
 void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry) {

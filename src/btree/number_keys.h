@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "core/bytes.h"
+#include "core/key_store.h"
 
 namespace mub::bplus {
 
@@ -89,7 +90,7 @@ auto with_comparison(typename Numbers::Bits key, uint32_t key_type, Use use) {
 }
 
 template <class TreeRecord, class EntryRecord, class NodeRecord, class CursorRecord, class Numbers>
-struct NumberKeys {
+struct NumberKeys : KeysInItems<TreeRecord, typename Numbers::Bits> {
   using Tree = TreeRecord;
   using Entry = EntryRecord;
   using Record = NodeRecord;
@@ -113,10 +114,6 @@ struct NumberKeys {
                                     [a](const auto &order) { return order(bytes::load<Key>(a)); });
   }
 
-  template <class Item>
-  static Key key_of(const Tree &, const Item &item) {
-    return item.key;
-  }
   template <class Child>
   static bool has_name(const Tree &, const Entry &entry, const Child &child) {
     return entry.key == child.key;
@@ -125,21 +122,8 @@ struct NumberKeys {
   static void copy_key(Entry &entry, const Child &child) {
     entry.key = child.key;
   }
-  static bool store_key(Tree &, Record &record, Key key) {
-    record.key = key;
-    return true;
-  }
-  template <class Item>
-  static void forget_key(Item &item) {
-    item.key = 0;
-  }
-  static void cut_key(Tree &, Record &record) { forget_key(record); }
 
   static void init_keys(Tree &tree) { tree.key_type = Numbers::kSigned; }
-  static void clear_keys(Tree &) {}
-  static void term_keys(Tree &) {}
-  static void swap_keys(Tree &, Tree &) {}
-  static bool clone_keys(const Tree &, Tree &) { return true; }
 };
 
 }  // namespace mub::bplus

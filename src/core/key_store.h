@@ -1,5 +1,18 @@
-// The key bytes of a container, packed one after another in its stream. Records refer to them by a 32-bit offset
-// and a 32-bit length; cutting a key out lowers the offsets of the keys behind it.
+// The keys of containers: bytes packed one after another in a stream of the container, numbers in the items, or
+// none. Items (entries, records, slots) refer to packed keys by a 32-bit offset and a 32-bit length; cutting a
+// key out lowers the offsets of the keys after it.
+//
+// What containers do with keys is a policy. All policies use the same names for the same acts; an engine lists
+// at its head what it asks for besides.
+//   Key                              a key as it is passed
+//   key_of(container, item)          the key of an item
+//   store_key(container, item, key)  gives a new item its key; false when there is no room
+//   erase_key(container, item)       takes the key of an item out that is about to go
+//   reset_key(item)                  makes the key that of an item of zeros
+//   clear_keys(container)            removes all keys, and keeps their memory
+//   term_keys(container)             removes all keys, and releases their memory
+//   swap_keys(a, b)                  exchanges the keys of two containers
+//   clone_keys(source, copy)         makes the keys copies; false when memory runs out
 #ifndef MUB_CORE_KEY_STORE_H
 #define MUB_CORE_KEY_STORE_H
 
@@ -7,6 +20,7 @@
 #include <cstdint>
 
 #include "core/bytes.h"
+#include "core/pool.h"
 #include "core/unit_buffer.h"
 
 namespace mub {
@@ -24,6 +38,8 @@ inline ByteKey raw_key(const void *key, int64_t length) {
 // A negative length ends at the first NUL.
 inline ByteKey measured_key(const void *key, int64_t length) { return raw_key(key, measured(key, length)); }
 
+// ---- packed keys
+
 namespace keys {
 
 // Offsets have 32 bits: a store is never longer than this.
@@ -31,45 +47,151 @@ constexpr int64_t kMaxBytes = 0xFFFFFFFF;
 
 inline bool has_room(const mub_stream &store, int64_t length) { return length <= kMaxBytes - store.length; }
 
-// Appends a key; false when its bytes find no room, the store then unchanged.
-inline bool append(mub_stream &store, const void *key, int64_t length) {
-  return has_room(store, length) && buffer::append(store, key, length);
-}
+// The place of a key that was cut out.
+struct Gap {
+  uint32_t offset;
+  uint32_t length;
+};
 
-// The same, and makes a record refer to the key's bytes; unchanged without room.
-template <class Record>
-bool append_for(Record &record, mub_stream &store, const ByteKey &key) {
-  const int64_t offset = store.length;
-  if (!append(store, key.bytes, key.length)) return false;
-  record.key_offset = static_cast<uint32_t>(offset);
-  record.key_length = static_cast<uint32_t>(store.length - offset);
-  return true;
-}
-
-// A record's key. The low layer can move an offset out of the store, and below 0: such a key reads as empty.
-template <class Record>
-ByteKey key_of(const mub_stream &store, const Record &record) {
-  if (int64_t{record.key_offset} + record.key_length > store.capacity) return {store.data, 0};
-  return {store.data + record.key_offset, record.key_length};
-}
-
-// Cuts `count` bytes out; a range that runs past the end is refused.
-inline void erase(mub_stream &store, int64_t position, int64_t count) {
+// Cuts bytes out; a range that runs past the end is refused.
+inline void erase(mub_stream &store, const Gap &gap) {
+  const int64_t position = gap.offset;
+  const int64_t count = gap.length;
   const int64_t tail = store.length - position - count;
   if (tail < 0) return;
   buffer::move_units(store.data + position, store.data + position + count, tail);
   buffer::shrink(store, store.length - count);
 }
 
-// Moves a record's key down after `length` bytes at `offset` were cut out; the difference has 32 bits. An
-// empty key has no bytes of its own: one that lies exactly there stays.
-template <class Record>
-void move_down(Record &record, uint32_t offset, uint32_t length) {
-  const bool is_after = record.key_offset > offset || (record.key_offset == offset && record.key_length != 0);
-  if (is_after) record.key_offset -= length;
+// Moves an item's key down if it lies after a gap; the difference has 32 bits. An empty key has no bytes of its
+// own: one that lies exactly there stays.
+template <class Item>
+void lower_offset(Item &item, const Gap &gap) {
+  const bool is_after =
+      item.key_offset > gap.offset || (item.key_offset == gap.offset && item.key_length != 0);
+  if (is_after) item.key_offset -= gap.length;
+}
+
+// A key in a store. The low layer can move an offset out of it, and below 0: such a key reads as empty.
+template <class Item>
+ByteKey key_of(const mub_stream &store, const Item &item) {
+  if (int64_t{item.key_offset} + item.key_length > store.capacity) return {store.data, 0};
+  return {store.data + item.key_offset, item.key_length};
+}
+
+// Lowers the offsets of all items of a container. If they are all that is in a pool of its own, they are visited in the
+// order of memory, which takes a fraction of the time that for_each takes along the links.
+template <class Item, class ForEach>
+void lower_offsets(mub_pool *pool, bool fills_pool, const Gap &gap, ForEach for_each) {
+  const auto lower = [gap](Item &item) { lower_offset(item, gap); };
+  if (fills_pool) {
+    pool::for_each_block<Item>(*pool, lower);
+  } else {
+    for_each(lower);
+  }
 }
 
 }  // namespace keys
+
+// Keys in the stream `keys` of the container.
+template <class Container>
+struct PackedKeys {
+  using Key = ByteKey;
+
+  template <class Item>
+  static Key key_of(const Container &container, const Item &item) {
+    return keys::key_of(container.keys, item);
+  }
+
+  template <class Item>
+  static bool store_key(Container &container, Item &item, const Key &key) {
+    mub_stream &store = container.keys;
+    const int64_t offset = store.length;
+    if (!keys::has_room(store, key.length) || !buffer::append(store, key.bytes, key.length)) return false;
+    item.key_offset = static_cast<uint32_t>(offset);
+    item.key_length = static_cast<uint32_t>(store.length - offset);
+    return true;
+  }
+
+  // With lower(gap), which lowers the offsets of the other items. Those of this one are reset before: an empty
+  // key at offset 0 is one that no gap moves, on a free stack neither.
+  template <class Item, class Lower>
+  static void erase_key(Container &container, Item &item, Lower lower) {
+    const keys::Gap gap = {item.key_offset, item.key_length};
+    reset_key(item);
+    if (gap.length == 0) return;
+    keys::erase(container.keys, gap);
+    lower(gap);
+  }
+
+  template <class Item>
+  static void reset_key(Item &item) {
+    item.key_offset = 0;
+    item.key_length = 0;
+  }
+
+  static void clear_keys(Container &container) { buffer::shrink(container.keys, 0); }
+  static void term_keys(Container &container) { buffer::term(container.keys); }
+  static void swap_keys(Container &a, Container &b) { buffer::swap(a.keys, b.keys); }
+  static bool clone_keys(const Container &source, Container &copy) {
+    return buffer::clone(source.keys, copy.keys);
+  }
+};
+
+// ---- other keys
+
+// What is to be done for the keys of a whole container that has no stream of keys: nothing.
+template <class Container>
+struct NoKeyStream {
+  static void clear_keys(Container &) {}
+  static void term_keys(Container &) {}
+  static void swap_keys(Container &, Container &) {}
+  static bool clone_keys(const Container &, Container &) { return true; }
+};
+
+// Numbers, in the field `key` of each item.
+template <class Container, class Number>
+struct KeysInItems : NoKeyStream<Container> {
+  using Key = Number;
+
+  template <class Item>
+  static Key key_of(const Container &, const Item &item) {
+    return item.key;
+  }
+  template <class Item>
+  static bool store_key(Container &, Item &item, Key key) {
+    item.key = key;
+    return true;
+  }
+  template <class Item>
+  static void erase_key(Container &, Item &item) {
+    reset_key(item);
+  }
+  template <class Item>
+  static void reset_key(Item &item) {
+    item.key = 0;
+  }
+};
+
+// The key of items that have none.
+struct NoKey {};
+
+template <class Container>
+struct NoKeys : NoKeyStream<Container> {
+  using Key = NoKey;
+
+  template <class Item>
+  static Key key_of(const Container &, const Item &) {
+    return {};
+  }
+  template <class Item>
+  static bool store_key(Container &, Item &, Key) {
+    return true;
+  }
+  template <class Item>
+  static void erase_key(Container &, Item &) {}
+};
+
 }  // namespace mub
 
 #endif

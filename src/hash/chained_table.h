@@ -11,17 +11,16 @@
 //   4. `count` is the number of entries in the chains, and below twice the number of buckets, unless the buckets
 //      could not be doubled.
 //
-// A kind of key takes part with a policy:
-//   Table, Entry, Key     the records, and a key as it is passed
+// A kind of key takes part with a policy, which has the names that core/key_store.h lists and
+//   Table, Entry          the records
 //   kClearsNewEntries     whether entry_new, which stores no key, sets the value to 0
 //   word(table, key)      the word that chooses the bucket;  entry_word(entry) the same for a stored key
 //   same_key(table, entry, key)         whether the entry has the key: for insertions
 //   matches(table, entry, word, key)    the same, after a test of the stored word: for all else
-//   reserve_keys(table, bytes)          sets storage for key bytes aside, if it can
-//   store_key(table, entry, word, key)  fills the key fields of an entry; false when there is no room
-//   erase_key(table, entry)             cuts the key bytes of an unlinked entry out
+//   store_word(entry, word)             stores the word of a new entry, where there is a field for it
+//   reserve_keys(table, bytes)          reserves memory for key bytes, if it can
 //   PinnedKey(table, key)               holds a key while the key storage may move
-//   clear_keys, term_keys, swap_keys, clone_keys   the key storage of the whole table
+// A removed entry still says what its key was: erase_key does not reset it.
 #ifndef MUB_HASH_CHAINED_TABLE_H
 #define MUB_HASH_CHAINED_TABLE_H
 
@@ -108,7 +107,7 @@ void link(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *before, EntryOf<K
   }
 }
 
-// Links a block of the entry pool behind `last`; nullptr when there is none.
+// Links a block of the entry pool after `last`; nullptr when there is none.
 template <class Kind>
 EntryOf<Kind> *link_new(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last) {
   auto *entry = static_cast<EntryOf<Kind> *>(pool::take(table.entry_pool));
@@ -245,7 +244,8 @@ EntryOf<Kind> *append(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last,
                       KeyOf<Kind> key) {
   auto *entry = static_cast<EntryOf<Kind> *>(pool::take(table.entry_pool));
   if (entry == nullptr) return nullptr;
-  if (!Kind::store_key(table, *entry, word, key)) {
+  Kind::store_word(*entry, word);
+  if (!Kind::store_key(table, *entry, key)) {
     pool::give(table.entry_pool, entry);
     return nullptr;
   }
@@ -370,7 +370,7 @@ EntryOf<Kind> *entry_first(const TableOf<Kind> &table, int64_t &bucket_out) {
 template <class Kind>
 EntryOf<Kind> *entry_next(const TableOf<Kind> &table, int64_t &bucket, const EntryOf<Kind> &entry) {
   if (entry.next != nullptr) return entry.next;
-  // The bucket is the caller's number: nothing before the first is read, and behind the last there is no next.
+  // The bucket is the caller's number: nothing before the first is read, and after the last there is no next.
   if (bucket >= table.buckets.count - 1) return nullptr;
   return first_from<Kind>(table, std::max<int64_t>(bucket + 1, 0), bucket);
 }

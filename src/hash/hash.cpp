@@ -13,10 +13,9 @@ __attribute__((noinline)) bool same_text(const uint8_t *stored, ByteKey key) {
 }
 
 // Byte-string keys in the table's key stream, hashed by the CRC-32 register.
-struct ByteKeys {
+struct ByteKeys : PackedKeys<mub_hash> {
   using Table = mub_hash;
   using Entry = mub_hash_entry;
-  using Key = ByteKey;
   static constexpr bool kClearsNewEntries = false;
 
   static uint64_t word(const Table &table, Key key) {
@@ -26,7 +25,7 @@ struct ByteKeys {
 
   static bool same_key(const Table &table, const Entry &entry, Key key) {
     if (entry.key_length != key.length) return false;
-    const ByteKey own = keys::key_of(table.keys, entry);
+    const Key own = key_of(table, entry);
     if (own.length != key.length) return false;
     return table.nocase == 0 ? bytes::equal(own.bytes, key.bytes, key.length) : same_text(own.bytes, key);
   }
@@ -37,17 +36,21 @@ struct ByteKeys {
   // Only a reserve: an insertion fails when its own bytes find no room.
   static void reserve_keys(Table &table, int64_t size_bytes) { buffer::expand(table.keys, size_bytes); }
 
-  static bool store_key(Table &table, Entry &entry, uint64_t word, Key key) {
-    entry.hash = static_cast<uint32_t>(word);
-    return keys::append_for(entry, table.keys, key);
-  }
+  static void store_word(Entry &entry, uint64_t word) { entry.hash = static_cast<uint32_t>(word); }
 
   static void erase_key(Table &table, Entry &entry) {
-    if (entry.key_length == 0) return;
     const uint32_t offset = entry.key_offset;
-    keys::erase(table.keys, offset, entry.key_length);
-    lower_offsets_after_removal(table, offset, entry.key_length);
-    entry.key_offset = offset;  // a pass over the pool has met the unlinked entry too
+    const uint32_t length = entry.key_length;
+    PackedKeys::erase_key(table, entry, [&](const keys::Gap &gap) { lower_offsets(table, gap); });
+    entry.key_offset = offset;
+    entry.key_length = length;
+  }
+
+  // With one entry just unlinked.
+  static void lower_offsets(Table &table, const keys::Gap &gap) {
+    const bool fills_pool = chained::fills_its_pool<ByteKeys>(table, 1);
+    keys::lower_offsets<Entry>(table.entry_pool, fills_pool, gap,
+                               [&](auto lower) { chained::for_each<ByteKeys>(table, lower); });
   }
 
   class PinnedKey {
@@ -61,27 +64,7 @@ struct ByteKeys {
     PinnedBytes pinned_;
     int64_t length_;
   };
-
-  static void clear_keys(Table &table) { buffer::shrink(table.keys, 0); }
-  static void term_keys(Table &table) { buffer::term(table.keys); }
-  static void swap_keys(Table &a, Table &b) { buffer::swap(a.keys, b.keys); }
-  static bool clone_keys(const Table &source, Table &copy) { return buffer::clone(source.keys, copy.keys); }
-
-  static void lower_offsets(Table &table, uint32_t offset, uint32_t length);
-  static void lower_offsets_after_removal(Table &table, uint32_t offset, uint32_t length);
 };
-
-void ByteKeys::lower_offsets(Table &table, uint32_t offset, uint32_t length) {
-  chained::for_each<ByteKeys>(table, [=](Entry &entry) { keys::move_down(entry, offset, length); });
-}
-
-// With one entry just unlinked. Two passes over the pool, the first to see that it may be done, take a
-// fraction of the time that following the chains takes.
-void ByteKeys::lower_offsets_after_removal(Table &table, uint32_t offset, uint32_t length) {
-  if (!chained::fills_its_pool<ByteKeys>(table, 1)) return lower_offsets(table, offset, length);
-  pool::for_each_block<Entry>(*table.entry_pool,
-                              [=](Entry &entry) { keys::move_down(entry, offset, length); });
-}
 
 }  // namespace
 }  // namespace mub
@@ -200,6 +183,7 @@ mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t lengt
 }
 
 void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length) {
-  ByteKeys::lower_offsets(*hash, offset, static_cast<uint32_t>(length));
+  const keys::Gap gap = {offset, static_cast<uint32_t>(length)};
+  chained::for_each<ByteKeys>(*hash, [&](mub_hash_entry &entry) { keys::lower_offset(entry, gap); });
 }
 }

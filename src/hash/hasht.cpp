@@ -34,7 +34,7 @@ struct Keys : KeysInEntries<mub_hasht, mub_hasht_entry, FourWords> {
   static bool matches(const Table &table, const Entry &entry, uint64_t, const Key &key) {
     return same_key(table, entry, key);
   }
-  static bool store_key(Table &, Entry &entry, uint64_t, const Key &key) {
+  static bool store_key(Table &, Entry &entry, const Key &key) {
     std::copy_n(key.words, kKeyWords, entry.key);
     return true;
   }

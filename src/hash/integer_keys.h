@@ -19,10 +19,6 @@ struct IntegerKeys : KeysInEntries<TableRecord, EntryRecord, Integer> {
   static bool matches(const Table &table, const Entry &entry, uint64_t, Integer key) {
     return same_key(table, entry, key);
   }
-  static bool store_key(Table &, Entry &entry, uint64_t, Integer key) {
-    entry.key = key;
-    return true;
-  }
 
   // The CRC register over the key's bytes, for callers: the table does no mixing.
   static uint32_t mixed(Integer key) {

@@ -1,11 +1,11 @@
-// What the policies of tables share whose keys lie in their entries: there is nothing to store, to cut out or to clone
-// elsewhere.
+// What the policies of tables share whose keys lie in their entries.
 #ifndef MUB_HASH_KEYS_IN_ENTRIES_H
 #define MUB_HASH_KEYS_IN_ENTRIES_H
 
 #include <cstdint>
 
 #include "core/crc32.h"
+#include "core/key_store.h"
 
 namespace mub {
 
@@ -15,18 +15,15 @@ void store_little_endian(Word word, uint8_t *bytes) {
 }
 
 template <class TableRecord, class EntryRecord, class KeyAsPassed>
-struct KeysInEntries {
+struct KeysInEntries : KeysInItems<TableRecord, KeyAsPassed> {
   using Table = TableRecord;
   using Entry = EntryRecord;
   using Key = KeyAsPassed;
   static constexpr bool kClearsNewEntries = true;
 
+  static void store_word(Entry &, uint64_t) {}
+  static void erase_key(Table &, Entry &) {}  // a removed entry keeps its key
   static void reserve_keys(Table &, int64_t) {}
-  static void erase_key(Table &, Entry &) {}
-  static void clear_keys(Table &) {}
-  static void term_keys(Table &) {}
-  static void swap_keys(Table &, Table &) {}
-  static bool clone_keys(const Table &, Table &) { return true; }
 
   // No key storage moves under a key.
   class PinnedKey {

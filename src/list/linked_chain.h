@@ -9,14 +9,18 @@
 //   4. The key of every entry lies in the key storage, where there is one, which holds nothing else.
 //   5. Entries are blocks of the entry pool.
 //
-// A list takes part by specialising ChainPolicy where it has keys, or several values an entry.
+// A list takes part by specialising ChainPolicy where it has keys, or several values an entry. A policy has the names
+// that core/key_store.h lists and
+//   Entry                             the record
+//   retract_key(list, entry)          takes back the key that was stored last
+//   release_values(list, entry, release_it)   releases what an entry holds
 #ifndef MUB_LIST_LINKED_CHAIN_H
 #define MUB_LIST_LINKED_CHAIN_H
 
 #include <cstdint>
 #include <type_traits>
 
-#include "core/no_key.h"
+#include "core/key_store.h"
 #include "core/pool.h"
 #include "core/pool_copy.h"
 #include "core/pool_field.h"
@@ -25,22 +29,10 @@
 
 namespace mub {
 
-// What a list without keys does where others tend to them.
-template <class List>
-struct Keyless {
+// An entry has one value, and a key that Keys tends to.
+template <class List, class Keys>
+struct ListEntries : Keys {
   using Entry = std::remove_pointer_t<decltype(List::head)>;
-  using Key = NoKey;
-
-  static Key key_of(const List &, const Entry &) { return {}; }
-  // Fills the key fields of an entry; false when its bytes find no room.
-  static bool store_key(List &, Entry &, Key) { return true; }
-  // Takes the key of an entry out.
-  static void erase_key(List &, Entry &) {}
-  // The same for the entry whose key was stored last.
-  static void retract_key(List &, Entry &) {}
-  static void clear_keys(List &) {}
-  static void term_keys(List &) {}
-  static bool clone_keys(const List &, List &) { return true; }
 
   static void release_values(List &list, const Entry &entry, mub_free_fn release_it) {
     release_value(value_pool_of(list), entry.value, release_it);
@@ -48,7 +40,10 @@ struct Keyless {
 };
 
 template <class List>
-struct ChainPolicy : Keyless<List> {};
+struct ChainPolicy : ListEntries<List, NoKeys<List>> {
+  template <class Entry>
+  static void retract_key(List &, Entry &) {}
+};
 
 namespace chain {
 
@@ -70,7 +65,7 @@ EntryOf<List> *entry_at(const List &list, End end) {
 
 // The neighbour on the way from an end to the other one.
 template <class Entry>
-Entry *behind(const Entry &entry, End start) {
+Entry *next_from(const Entry &entry, End start) {
   return start == End::kHead ? entry.next : entry.prev;
 }
 
@@ -206,7 +201,7 @@ void add_list(List &list, const List &source, End end) {
   for (int64_t i = 0; entry != nullptr && i < added; ++i) {
     const auto key = ChainPolicy<List>::key_of(source, *entry);
     if (add(list, gap_at(list, end), key, entry->value) == nullptr) return retract(list, end, old_count);
-    entry = behind(*entry, start);
+    entry = next_from(*entry, start);
   }
 }
 
@@ -221,7 +216,7 @@ uint64_t value_or_0(const Entry *entry) {
 template <class Entry>
 Entry *step(Entry *&position, End start) {
   Entry *entry = position;
-  if (entry != nullptr) position = behind(*entry, start);
+  if (entry != nullptr) position = next_from(*entry, start);
   return entry;
 }
 

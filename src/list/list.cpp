@@ -10,43 +10,20 @@
 namespace mub {
 
 template <>
-struct ChainPolicy<mub_list> : Keyless<mub_list> {
-  using Key = ByteKey;
-
-  static Key key_of(const mub_list &list, const Entry &entry) { return keys::key_of(list.keys, entry); }
-
-  static bool store_key(mub_list &list, Entry &entry, Key key) {
-    return keys::append_for(entry, list.keys, key);
-  }
-
-  // Its own fields are cleared first: an empty key at offset 0 is one that no cut moves, on the free stack neither.
-  static void erase_key(mub_list &list, Entry &entry) {
-    const uint32_t offset = std::exchange(entry.key_offset, 0);
-    const uint32_t length = std::exchange(entry.key_length, 0);
-    if (length == 0) return;
-    keys::erase(list.keys, offset, length);
-    lower_offsets(list, offset, length);
-  }
-
+struct ChainPolicy<mub_list> : ListEntries<mub_list, PackedKeys<mub_list>> {
   static void retract_key(mub_list &list, Entry &entry) {
     buffer::shrink(list.keys, entry.key_offset);
-    entry.key_offset = 0;
-    entry.key_length = 0;
+    reset_key(entry);
   }
 
-  static void clear_keys(mub_list &list) { buffer::shrink(list.keys, 0); }
-  static void term_keys(mub_list &list) { buffer::term(list.keys); }
-  static bool clone_keys(const mub_list &source, mub_list &copy) {
-    return buffer::clone(source.keys, copy.keys);
+  static void erase_key(mub_list &list, Entry &entry) {
+    PackedKeys::erase_key(list, entry, [&](const keys::Gap &gap) { lower_offsets(list, gap); });
   }
 
-  static void lower_offsets(mub_list &list, uint32_t offset, uint32_t length) {
-    const auto lower = [=](Entry &entry) { keys::move_down(entry, offset, length); };
-    if (holds_only<Entry>(entry_pool_of(list), list.count)) {
-      pool::for_each_block<Entry>(*list.entry_pool, lower);
-    } else {
-      chain::for_each(list, lower);
-    }
+  static void lower_offsets(mub_list &list, const keys::Gap &gap) {
+    const bool fills_pool = holds_only<Entry>(entry_pool_of(list), list.count);
+    keys::lower_offsets<Entry>(list.entry_pool, fills_pool, gap,
+                               [&](auto lower) { chain::for_each(list, lower); });
   }
 };
 
@@ -178,7 +155,7 @@ void mub_list_remove_all_entry(mub_list *list) { chain::return_entries_to_caller
 void mub_list_free_all_entry(mub_list *list, mub_free_fn release) { chain::free_all_entry(*list, release); }
 
 void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length) {
-  Policy::lower_offsets(*list, offset, static_cast<uint32_t>(length));
+  Policy::lower_offsets(*list, {offset, static_cast<uint32_t>(length)});
 }
 
 void mub_list_from_string(mub_list *list, int separator, const char *text, int64_t length) {

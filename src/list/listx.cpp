@@ -15,7 +15,7 @@ int64_t held(const mub_listx_block &block) { return std::clamp<int64_t>(block.co
 }  // namespace
 
 template <>
-struct ChainPolicy<mub_listx> : Keyless<mub_listx> {
+struct ChainPolicy<mub_listx> : ListEntries<mub_listx, NoKeys<mub_listx>> {
   static void release_values(mub_listx &list, const Entry &block, mub_free_fn release_it) {
     for (int64_t i = 0; i < held(block); ++i) {
       release_value(value_pool_of(list), block.values[i], release_it);
