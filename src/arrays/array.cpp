@@ -8,7 +8,7 @@ using namespace mub;
 
 namespace {
 
-uint64_t hand_out(const mub_array &array, const mub_array_entry *entry, const char **key, int64_t *length) {
+uint64_t read_entry(const mub_array &array, const mub_array_entry *entry, const char **key, int64_t *length) {
   const ByteKey bytes = entry != nullptr ? key_of(array, *entry) : ByteKey{nullptr, 0};
   *key = reinterpret_cast<const char *>(bytes.bytes);
   *length = bytes.length;
@@ -93,15 +93,15 @@ mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t index) {
 }
 
 uint64_t mub_array_get_at(const mub_array *array, int64_t index, const char **key, int64_t *length) {
-  return hand_out(*array, slots::slot_at(*array, index), key, length);
+  return read_entry(*array, slots::slot_at(*array, index), key, length);
 }
 
 uint64_t mub_array_get_first(const mub_array *array, const char **key, int64_t *length) {
-  return hand_out(*array, slots::first_slot(*array), key, length);
+  return read_entry(*array, slots::first_slot(*array), key, length);
 }
 
 uint64_t mub_array_get_last(const mub_array *array, const char **key, int64_t *length) {
-  return hand_out(*array, slots::last_slot(*array), key, length);
+  return read_entry(*array, slots::last_slot(*array), key, length);
 }
 
 uint64_t mub_array_set_at(mub_array *array, int64_t index, const void *key, int64_t length, uint64_t value) {

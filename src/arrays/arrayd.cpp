@@ -56,15 +56,15 @@ mub_arrayd_entry *mub_arrayd_get_entry(const mub_arrayd *array, int64_t index) {
 }
 
 uint64_t mub_arrayd_get_at(const mub_arrayd *array, int64_t index, uint32_t *key) {
-  return integers::hand_out(slots::slot_at(*array, index), *key);
+  return integers::read_entry(slots::slot_at(*array, index), *key);
 }
 
 uint64_t mub_arrayd_get_first(const mub_arrayd *array, uint32_t *key) {
-  return integers::hand_out(slots::first_slot(*array), *key);
+  return integers::read_entry(slots::first_slot(*array), *key);
 }
 
 uint64_t mub_arrayd_get_last(const mub_arrayd *array, uint32_t *key) {
-  return integers::hand_out(slots::last_slot(*array), *key);
+  return integers::read_entry(slots::last_slot(*array), *key);
 }
 
 uint64_t mub_arrayd_set_at(mub_arrayd *array, int64_t index, uint32_t key, uint64_t value) {

@@ -56,15 +56,15 @@ mub_arrayx_entry *mub_arrayx_get_entry(const mub_arrayx *array, int64_t index) {
 }
 
 uint64_t mub_arrayx_get_at(const mub_arrayx *array, int64_t index, uint64_t *key) {
-  return integers::hand_out(slots::slot_at(*array, index), *key);
+  return integers::read_entry(slots::slot_at(*array, index), *key);
 }
 
 uint64_t mub_arrayx_get_first(const mub_arrayx *array, uint64_t *key) {
-  return integers::hand_out(slots::first_slot(*array), *key);
+  return integers::read_entry(slots::first_slot(*array), *key);
 }
 
 uint64_t mub_arrayx_get_last(const mub_arrayx *array, uint64_t *key) {
-  return integers::hand_out(slots::last_slot(*array), *key);
+  return integers::read_entry(slots::last_slot(*array), *key);
 }
 
 uint64_t mub_arrayx_set_at(mub_arrayx *array, int64_t index, uint64_t key, uint64_t value) {

@@ -62,7 +62,7 @@ struct SlotPolicy<mub_array> : PackedKeys<mub_array> {
   static void lower_offsets(mub_array &array, const Slot &entry) {
     if (entry.key_length != 0) shift_keys(array, slots::used(array), key_end(entry), 0 - entry.key_length);
   }
-  static bool reserve_keys(mub_array &array, const mub_array &source) {
+  static bool reserve_keys_of(mub_array &array, const mub_array &source) {
     return keys::has_room(array.keys, source.keys.length) &&
            buffer::expand(array.keys, array.keys.length + source.keys.length);
   }

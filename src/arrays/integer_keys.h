@@ -54,7 +54,7 @@ namespace integers {
 
 // Gives the key and the value of an entry, 0 and 0 of none.
 template <class Entry, class Key>
-uint64_t hand_out(const Entry *entry, Key &key) {
+uint64_t read_entry(const Entry *entry, Key &key) {
   key = entry != nullptr ? entry->key : 0;
   return slots::value_or_0(entry);
 }
@@ -68,7 +68,7 @@ uint64_t set_at(Record &array, int64_t index, Key key, uint64_t value) {
 
 template <class Record, class Key>
 uint64_t remove_at(Record &array, int64_t index, Key &key) {
-  hand_out(index < slots::used(array) ? slots::slot_at(array, index) : nullptr, key);
+  read_entry(index < slots::used(array) ? slots::slot_at(array, index) : nullptr, key);
   return slots::remove_at(array, index);
 }
 

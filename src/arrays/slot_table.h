@@ -16,7 +16,7 @@
 //   open_key(array, slot, key)       makes room for a key before the slot's own; false when there is none
 //   place_key(array, slot, key)      then gives it to the slot, all slots (one more than count) having moved
 //   lower_offsets(array, slot)       completes erase_key for the other slots, just before the slot goes
-//   reserve_keys(array, source)      makes room for the keys of another array; false when there is none
+//   reserve_keys_of(array, source)   makes room for the keys of another array; false when there is none
 // Orders come with each call: order(slot) compares a slot with the searched key.
 #ifndef MUB_ARRAYS_SLOT_TABLE_H
 #define MUB_ARRAYS_SLOT_TABLE_H
@@ -65,7 +65,7 @@ struct SlotsWithoutStream : Keys {
   }
   template <class Slot>
   static void lower_offsets(Record &, const Slot &) {}
-  static bool reserve_keys(Record &, const Record &) { return true; }
+  static bool reserve_keys_of(Record &, const Record &) { return true; }
 };
 
 template <>
@@ -261,7 +261,7 @@ uint64_t append_new(Record &array, const KeyOf<Record> &key, mub_init_fn init_it
   return value;
 }
 
-// The same before `index`; the initialiser already finds the block in `value_out`. A refused insertion hands it back.
+// The same before `index`; the initialiser already finds the block in `value_out`. A refused insertion returns it.
 // Returns the index of the new slot, or -1.
 template <class Record>
 int insert_new_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t &value_out,
@@ -282,7 +282,7 @@ void append_array(Record &array, const Record &source) {
   const int64_t added = used(source);
   int64_t count;
   if (__builtin_add_overflow(array.count, added, &count)) return;
-  if (!expand(array, count) || !PolicyOf<Record>::reserve_keys(array, source)) return;
+  if (!expand(array, count) || !PolicyOf<Record>::reserve_keys_of(array, source)) return;
   for (int64_t i = 0; i < added; ++i) {
     const SlotOf<Record> &slot = table(source)[i];
     append(array, PolicyOf<Record>::key_of(source, slot), value_of(slot));

@@ -19,7 +19,8 @@
 //   matches(table, entry, word, key)    the same, after a test of the stored word: for all else
 //   store_word(entry, word)             stores the word of a new entry, where there is a field for it
 //   reserve_keys(table, bytes)          reserves memory for key bytes, if it can
-//   PinnedKey(table, key)               holds a key while the key storage may move
+//   with_pinned(table, key, use)        calls `use` with a key that stays valid while the key storage moves; nullptr
+//                                       without memory for that
 // A removed entry still says what its key was: erase_key does not reset it.
 #ifndef MUB_HASH_CHAINED_TABLE_H
 #define MUB_HASH_CHAINED_TABLE_H
@@ -262,9 +263,9 @@ EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted);
 template <class Kind>
 __attribute__((noinline)) EntryOf<Kind> *insert_first(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
   // The key may lie in what an emptied table left in its key storage, which is about to grow.
-  const typename Kind::PinnedKey pinned(table, key);
-  if (pinned.failed() || !make_first_buckets<Kind>(table)) return nullptr;
-  return insert<Kind>(table, pinned.key(), inserted);
+  return Kind::with_pinned(table, key, [&](KeyOf<Kind> pinned) {
+    return make_first_buckets<Kind>(table) ? insert<Kind>(table, pinned, inserted) : nullptr;
+  });
 }
 
 // Finds the entry of a key or makes it; nullptr when it can be neither.
@@ -426,8 +427,7 @@ void free_all_entry(TableOf<Kind> &table, mub_free_fn release_it) {
 
 template <class Kind>
 void free_all(TableOf<Kind> &table, mub_free_fn release_it) {
-  const bool has_work = table.owns_entry_pool == 0 || value_pool_of(table).is_callers();
-  if (release_it != nullptr || has_work) free_all_entry<Kind>(table, release_it);
+  if (frees_one_by_one(table, release_it)) free_all_entry<Kind>(table, release_it);
   Kind::term_keys(table);
   slots::term(table.buckets);
   empty_pools(table);

@@ -53,17 +53,11 @@ struct ByteKeys : PackedKeys<mub_hash> {
                                [&](auto lower) { chained::for_each<ByteKeys>(table, lower); });
   }
 
-  class PinnedKey {
-   public:
-    PinnedKey(const Table &table, Key key)
-        : pinned_(buffer::pinned(table.keys, key.bytes, key.length)), length_(key.length) {}
-    bool failed() const { return pinned_.failed(); }
-    Key key() const { return {bytes::as_bytes(pinned_.bytes()), length_}; }
-
-   private:
-    PinnedBytes pinned_;
-    int64_t length_;
-  };
+  template <class Use>
+  static Entry *with_pinned(const Table &table, Key key, Use use) {
+    const PinnedBytes pinned = buffer::pinned(table.keys, key.bytes, key.length);
+    return pinned.failed() ? nullptr : use({bytes::as_bytes(pinned.bytes()), key.length});
+  }
 };
 
 }  // namespace

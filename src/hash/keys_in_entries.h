@@ -26,15 +26,10 @@ struct KeysInEntries : KeysInItems<TableRecord, KeyAsPassed> {
   static void reserve_keys(Table &, int64_t) {}
 
   // No key storage moves under a key.
-  class PinnedKey {
-   public:
-    PinnedKey(const Table &, Key key) : key_(key) {}
-    bool failed() const { return false; }
-    Key key() const { return key_; }
-
-   private:
-    Key key_;
-  };
+  template <class Use>
+  static Entry *with_pinned(const Table &, Key key, Use use) {
+    return use(key);
+  }
 };
 
 }  // namespace mub

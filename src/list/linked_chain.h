@@ -299,8 +299,7 @@ void free_all_entry(List &list, mub_free_fn release_it) {
 
 template <class List>
 void free_all(List &list, mub_free_fn release_it) {
-  const bool has_work = list.owns_entry_pool == 0 || value_pool_of(list).is_callers();
-  if (release_it != nullptr || has_work) free_all_entry(list, release_it);
+  if (frees_one_by_one(list, release_it)) free_all_entry(list, release_it);
   ChainPolicy<List>::term_keys(list);
   empty_pools(list);
   forget_entries(list);

@@ -31,7 +31,7 @@ namespace {
 
 using Policy = ChainPolicy<mub_list>;
 
-uint64_t hand_out(const mub_list &list, const mub_list_entry *entry, const char **key, int64_t *length) {
+uint64_t read_entry(const mub_list &list, const mub_list_entry *entry, const char **key, int64_t *length) {
   const ByteKey bytes = entry != nullptr ? Policy::key_of(list, *entry) : ByteKey{nullptr, 0};
   *key = reinterpret_cast<const char *>(bytes.bytes);
   *length = bytes.length;
@@ -105,26 +105,26 @@ mub_list_entry *mub_list_get_head_position(const mub_list *list) { return list->
 mub_list_entry *mub_list_get_tail_position(const mub_list *list) { return list->tail; }
 
 uint64_t mub_list_get_head(const mub_list *list, const char **key, int64_t *length) {
-  return hand_out(*list, list->head, key, length);
+  return read_entry(*list, list->head, key, length);
 }
 
 uint64_t mub_list_get_tail(const mub_list *list, const char **key, int64_t *length) {
-  return hand_out(*list, list->tail, key, length);
+  return read_entry(*list, list->tail, key, length);
 }
 
 uint64_t mub_list_get_next(const mub_list *list, mub_list_entry **position, const char **key,
                            int64_t *length) {
-  return hand_out(*list, chain::step(*position, End::kHead), key, length);
+  return read_entry(*list, chain::step(*position, End::kHead), key, length);
 }
 
 uint64_t mub_list_get_prev(const mub_list *list, mub_list_entry **position, const char **key,
                            int64_t *length) {
-  return hand_out(*list, chain::step(*position, End::kTail), key, length);
+  return read_entry(*list, chain::step(*position, End::kTail), key, length);
 }
 
 uint64_t mub_list_get_at(const mub_list *list, const mub_list_entry *position, const char **key,
                          int64_t *length) {
-  return hand_out(*list, position, key, length);
+  return read_entry(*list, position, key, length);
 }
 
 mub_list_entry *mub_list_find(const mub_list *list, const void *key, int64_t length) {

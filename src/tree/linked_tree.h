@@ -149,7 +149,7 @@ void term(TreeOf<Kind> &tree) {
 
 template <class Kind>
 void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
-  if (release_it != nullptr || tree.owns_entry_pool == 0 || value_pool_of(tree).is_callers()) {
+  if (frees_one_by_one(tree, release_it)) {
     free_entries<Kind>(tree, tree.root, release_it);
     tree.root = {};  // what hung on it is gone
   }
