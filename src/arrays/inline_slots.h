@@ -96,7 +96,7 @@ inline void open_gap(mub_arrayt &array, int64_t index) {
   buffer::move_units(gap + 1, gap, std::min(array.count, kInlineWords - 1) - index);
 }
 
-// Moves the words behind `index`, up to `count`, down by one place.
+// Moves the words after `index`, up to `count`, down by one place.
 inline void close_gap(mub_arrayt &array, int64_t index, int64_t count) {
   const int64_t first = std::max(index, kInlineWords);
   if (index < kInlineWords) {

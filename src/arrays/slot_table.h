@@ -1,4 +1,4 @@
-// The engine of the growable arrays: one table of slots, with keys in them, beside them or nowhere.
+// The engine of the growable arrays: one table of slots. Keys lie in the slots or beside them, or there are none.
 //
 //   record    slots ──► [ slot 0 | slot 1 | … | slot count-1 | spare … ]
 //                         0                     count          capacity

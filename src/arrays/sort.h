@@ -105,7 +105,7 @@ class Sorting {
     int64_t up = range.low;
     int64_t down = range.high;
     for (;;) {
-      // The pivot itself is passed over: scans stop beside it and go on behind it.
+      // The pivot itself is passed over: scans stop beside it and go on after it.
       if (pivot > up) {
         do ++up;
         while (up < pivot && !after(key(up), pivot_key));

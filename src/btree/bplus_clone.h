@@ -1,5 +1,6 @@
 // Cloning a B-tree. With owned pools the blocks are copied chunk by chunk and each address is translated;
-// what lies in a caller's pool is copied block by block into fresh ones. Tables of children are always made anew.
+// what lies in a caller's pool is copied block by block into fresh ones. Tables of children are always made
+// anew.
 #ifndef MUB_BTREE_BPLUS_CLONE_H
 #define MUB_BTREE_BPLUS_CLONE_H
 

@@ -119,7 +119,7 @@ void for_each_from_below(Entry &top, Visit visit) {
   visit(top);
 }
 
-// The entry behind another one in a walk that meets parents before their children and stays below `top`; nullptr at
+// The entry after another one in a walk that meets parents before their children and stays below `top`; nullptr at
 // its end. Leaves are left out unless `with_leaves`.
 template <class Entry>
 Entry *next_from_above(const Entry &entry, const Entry &top, bool with_leaves) {

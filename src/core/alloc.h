@@ -34,7 +34,7 @@ inline void *allocate_zeroed(int64_t count, int64_t unit_bytes) {
 
 inline void release(void *block) { std::free(block); }
 
-// A block of `count` units that begins with the `old_count` of `old`, zero behind them; `old`, which may be null, is
+// A block of `count` units that begins with the `old_count` of `old`, zero after them; `old`, which may be null, is
 // released. nullptr when memory runs out, `old` then untouched. A fresh block and not realloc: callers of the library
 // may rely on the address changing.
 inline void *regrown(void *old, int64_t old_count, int64_t count, int64_t unit_bytes) {

@@ -30,7 +30,7 @@ constexpr Tables make_tables() {
 
 constexpr Tables kTables = make_tables();
 
-// Eight bytes, with `zeros` more bytes behind them.
+// Eight bytes, with `zeros` more bytes after them.
 uint32_t look_up(uint64_t word, int zeros) {
   const auto *after = kTables.after + zeros;
   return after[7][word & 0xFF] ^ after[6][word >> 8 & 0xFF] ^ after[5][word >> 16 & 0xFF] ^

@@ -78,7 +78,7 @@ inline int64_t advance(int64_t *position, int64_t count) {
   return old_position;
 }
 
-// How many bytes of content lie at and behind the position; 0 for a negative one.
+// How many bytes of content lie at and after the position; 0 for a negative one.
 inline int64_t bytes_left(const mub_stream &stream, int64_t position) {
   return position < 0 || position >= stream.length ? 0 : stream.length - position;
 }

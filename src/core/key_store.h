@@ -1,9 +1,9 @@
-// The keys of containers: bytes packed one after another in a stream of the container, numbers in the items, or
-// none. Items (entries, records, slots) refer to packed keys by a 32-bit offset and a 32-bit length; cutting a
-// key out lowers the offsets of the keys after it.
+// The keys of containers: bytes packed one after another in a stream of the container, numbers in the items,
+// or none. Items (entries, records, slots) refer to packed keys by a 32-bit offset and a 32-bit length;
+// cutting a key out lowers the offsets of the keys after it.
 //
-// What containers do with keys is a policy. All policies use the same names for the same acts; an engine lists
-// at its head what it asks for besides.
+// What containers do with keys is a policy. All policies use the same names for the same acts; an engine
+// lists at its head what it asks for besides.
 //   Key                              a key as it is passed
 //   key_of(container, item)          the key of an item
 //   store_key(container, item, key)  gives a new item its key; false when there is no room
@@ -63,8 +63,8 @@ inline void erase(mub_stream &store, const Gap &gap) {
   buffer::shrink(store, store.length - count);
 }
 
-// Moves an item's key down if it lies after a gap; the difference has 32 bits. An empty key has no bytes of its
-// own: one that lies exactly there stays.
+// Moves an item's key down if it lies after a gap; the difference has 32 bits. An empty key has no bytes of
+// its own: one that lies exactly there stays.
 template <class Item>
 void lower_offset(Item &item, const Gap &gap) {
   const bool is_after =
@@ -79,8 +79,8 @@ ByteKey key_of(const mub_stream &store, const Item &item) {
   return {store.data + item.key_offset, item.key_length};
 }
 
-// Lowers the offsets of all items of a container. If they are all that is in a pool of its own, they are visited in the
-// order of memory, which takes a fraction of the time that for_each takes along the links.
+// Lowers the offsets of all items of a container. If they are all that is in a pool of its own, they are
+// visited in the order of memory, which takes a fraction of the time that for_each takes along the links.
 template <class Item, class ForEach>
 void lower_offsets(mub_pool *pool, bool fills_pool, const Gap &gap, ForEach for_each) {
   const auto lower = [gap](Item &item) { lower_offset(item, gap); };
@@ -113,8 +113,8 @@ struct PackedKeys {
     return true;
   }
 
-  // With lower(gap), which lowers the offsets of the other items. Those of this one are reset before: an empty
-  // key at offset 0 is one that no gap moves, on a free stack neither.
+  // With lower(gap), which lowers the offsets of the other items. Those of this one are reset before: an
+  // empty key at offset 0 is one that no gap moves, on a free stack neither.
   template <class Item, class Lower>
   static void erase_key(Container &container, Item &item, Lower lower) {
     const keys::Gap gap = {item.key_offset, item.key_length};

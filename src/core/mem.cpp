@@ -10,7 +10,7 @@
 namespace mub {
 namespace {
 
-// Addresses are told apart by their low 32 bits. The distance of -2^31, which has no positive twin, is far.
+// Addresses are told apart by their low 32 bits. The distance of -2^31, which has no positive counterpart, is far.
 bool is_near(const void *a, const void *b) {
   const auto low_a = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(a));
   const auto low_b = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(b));
@@ -46,7 +46,7 @@ void copy(void *destination, const void *source, int64_t count) {
   }
 }
 
-// The vacated bytes are those behind the destination, or before it; the whole source when the ranges are disjoint.
+// The vacated bytes are those after the destination, or before it; the whole source when the ranges are disjoint.
 void clear_vacated(const void *destination, void *source, int64_t count) {
   const auto to = reinterpret_cast<uintptr_t>(destination);
   const auto from = reinterpret_cast<uintptr_t>(source);

@@ -28,7 +28,7 @@ inline int64_t skip_digits(const char *text, int64_t length, int64_t i) {
 
 struct Integer {
   int64_t value;  // Wraps around at 64 bits.
-  bool is_whole;  // At least one digit, and nothing else behind them.
+  bool is_whole;  // At least one digit, and nothing else after them.
 };
 
 inline Integer parse_integer(const char *text, int64_t length) {
@@ -45,9 +45,9 @@ struct Decimal {
   bool negative;
   int64_t integer;   // The first digit before the point,
   int64_t point;     // the end of those digits,
-  int64_t fraction;  // the first digit behind the point, or the end,
+  int64_t fraction;  // the first digit after the point, or the end,
   int64_t end;       // and the end of these.
-  bool is_whole;     // At least one digit, and nothing else behind the number.
+  bool is_whole;     // At least one digit, and nothing else after the number.
 };
 
 inline Decimal scan_decimal(const char *text, int64_t length) {
@@ -76,7 +76,7 @@ struct Tenths {
 };
 constexpr Tenths kTenths;
 
-// The value of a digit at `place` behind the point.
+// The value of a digit at `place` after the point.
 inline double fraction_digit(char c, int64_t place) {
   double value = kTenths.of[std::min(place, Tenths::kPlaces)][c - '0'];
   for (int64_t i = Tenths::kPlaces; i < place; ++i) value /= 10.0;

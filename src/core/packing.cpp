@@ -39,7 +39,7 @@ struct TaggedClass {
   }
 
  private:
-  // Four bytes, highest first. The spare bytes behind the content take part; behind the capacity, and before the
+  // Four bytes, highest first. The spare bytes after the content take part; after the capacity, and before the
   // block, there are zeros.
   static uint32_t load_padded(const mub_stream &stream, int64_t at) {
     if (at >= 0 && stream.capacity - at >= 4) {

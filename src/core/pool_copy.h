@@ -1,5 +1,5 @@
-// Copies of pools, for the clones of containers. A block has the same chunk and the same offset in a pool and in its copy:
-// an address in the one is translated to the other through the sorted chunk map.
+// Copies of pools, for the clones of containers. A block has the same chunk and the same offset in a pool and
+// in its copy: an address in the one is translated to the other through the sorted chunk map.
 #ifndef MUB_CORE_POOL_COPY_H
 #define MUB_CORE_POOL_COPY_H
 
@@ -51,8 +51,8 @@ class PoolCopy {
   }
 
  private:
-  // The range of the chunks' bases is cut into granules, no larger than a chunk unless chunks are far between; for
-  // each, last_[g] is the position in the map of the last chunk that starts in it or before it.
+  // The range of the chunks' bases is cut into granules, no larger than a chunk unless chunks are far
+  // between; for each, last_[g] is the position in the map of the last chunk that starts in it or before it.
   bool index_chunks() {
     const int64_t count = source_->chunk_count;
     if (count == 0) return true;  // the map may still be there, without an element
@@ -76,8 +76,8 @@ class PoolCopy {
   int64_t find_chunk(uint64_t word) const {
     const uint64_t granule = std::min(granule_of(word), granules_ - 1);
     const int64_t last = last_[granule];
-    // Mostly it is the last of the granule or the one before, with even odds: no branch chooses. More chunks lie
-    // in a granule only when others are far away.
+    // Mostly it is the last of the granule or the one before, with even odds: no branch chooses. More chunks
+    // lie in a granule only when others are far away.
     const int64_t position = last - (map_[last].base > word ? 1 : 0);
     if (map_[position].base <= word) return position;  // GCOVR_EXCL_BR_LINE
     return pool::find_chunk(map_, position, word);     // GCOVR_EXCL_LINE
@@ -106,8 +106,8 @@ class PoolCopy {
   uint64_t copy_base_ = 0;
 };
 
-// The callback of a clone, and the pair of pools that its caller passes along: a pool outside the container that the
-// values refer to, and the one that becomes its copy.
+// The callback of a clone, and the pair of pools that its caller passes along: a pool outside the container
+// that the values refer to, and the one that becomes its copy.
 class CloneCallback {
  public:
   CloneCallback(mub_pool *source, mub_pool *destination, mub_clone_fn call)
@@ -119,8 +119,8 @@ class CloneCallback {
     return copy.is_owned() && copy.pool == destination_;
   }
 
-  // Clones the caller's pool, if both are given and the callback. Nothing is copied to the source itself, nor to a
-  // destination that is filled already. False when memory runs out.
+  // Clones the caller's pool, if both are given and the callback. Nothing is copied to the source itself, nor
+  // to a destination that is filled already. False when memory runs out.
   bool clone_pool(bool is_filled) {
     if (source_ == nullptr || destination_ == nullptr || call_ == nullptr) return true;
     if (!pool_.map(*source_)) return false;
@@ -159,8 +159,8 @@ void share_callers_pools(const Container &source, Container &copy, CloneCallback
   for_each_pool(share, source, copy);
 }
 
-// The blocks of one pool and their copies. If both containers own their pools, all blocks are copied at once, be they in
-// use or not; otherwise each copy is a new block of the pool that the clone takes its blocks from.
+// The blocks of one pool and their copies. If both containers own their pools, all blocks are copied at once,
+// be they in use or not; otherwise each copy is a new block of the pool that the clone takes its blocks from.
 class BlockCopies {
  public:
   // False when memory runs out.
@@ -175,7 +175,8 @@ class BlockCopies {
 
   bool is_whole() const { return is_whole_; }
 
-  // nullptr when memory runs out and, in a pool that was copied as a whole, for a block that is not of the pool.
+  // nullptr when memory runs out and, in a pool that was copied as a whole, for a block that is not of the
+  // pool.
   template <class Block>
   Block *copy_of(const Block &block) {
     if (is_whole_) return translated(&block);

@@ -1,5 +1,5 @@
-// The pools of a container. For each, the record has a field and a flag beside it: the flag is 1 for a pool that the
-// container has made and will destroy, and 0 for a caller's pool or none.
+// The pools of a container. For each, the record has a field and a flag beside it: the flag is 1 for a pool
+// that the container has made and will destroy, and 0 for a caller's pool or none.
 #ifndef MUB_CORE_POOL_FIELD_H
 #define MUB_CORE_POOL_FIELD_H
 
@@ -86,10 +86,10 @@ void swap_pools(Container &a, Container &b) {
   for_each_pool([](const auto &field, const auto &other) { field.swap(other); }, a, b);
 }
 
-// Whether a container's own pool has `count` live blocks, all of which are then those of its `count` items: the container
-// may change what lies in the chunks without following its own links, given that its blocks on the free stack are harmless
-// to the change. A block that a caller popped off the free stack is not counted as live; so all blocks have to be accounted
-// for.
+// Whether a container's own pool has `count` live blocks, all of which are then those of its `count` items:
+// the container may change what lies in the chunks without following its own links, given that its blocks on
+// the free stack are harmless to the change. A block that a caller popped off the free stack is not counted
+// as live; so all blocks have to be accounted for.
 template <class Block, class Field>
 bool holds_only(const Field &field, int64_t count) {
   if (field.owned == 0) return false;

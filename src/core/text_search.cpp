@@ -63,7 +63,7 @@ class Search {
   Search(const uint8_t *data, int64_t count, const uint8_t *pattern, int64_t length)
       : data_(data), count_(count), pattern_(pattern), length_(length) {}
 
-  // Two vectors a turn; the last ones overlap, so that nothing behind the data is read.
+  // Two vectors a turn; the last ones overlap, so that nothing after the data is read.
   __attribute__((always_inline)) int64_t run() {
     constexpr int64_t kWidth = Vector::kWidth;
     const int64_t starts = count_ - length_ + 1;

@@ -27,7 +27,7 @@ struct UnitOps<char> {
   static int64_t find(const char *data, int64_t count, const char *text, int64_t length) {
     return bytes::find(data, count, text, length);
   }
-  // Looks for a NUL-terminated text, and no further than the first NUL of the span; what its block holds behind the
+  // Looks for a NUL-terminated text, and no further than the first NUL of the span; what its block holds after the
   // span does not matter.
   static int64_t find_terminated(const char *data, int64_t count, int64_t /*room*/, const char *text) {
     const auto length = static_cast<int64_t>(std::strlen(text));

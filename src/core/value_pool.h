@@ -34,7 +34,8 @@ void return_value(const Field &values, uint64_t value) {
   if (values.owned == 0) pool::give(values.pool, record_of<void>(value));
 }
 
-// Whether a container that frees all its values visits each entry: what lies in its own pools goes with these.
+// Whether a container that frees all its values visits each entry: what lies in its own pools goes with
+// these.
 template <class Container>
 bool frees_one_by_one(const Container &container, mub_free_fn release_it) {
   return release_it != nullptr || container.owns_entry_pool == 0 || value_pool_of(container).is_callers();

@@ -1,5 +1,5 @@
-// Cloning a hash table. With owned pools the blocks are copied chunk by chunk, and each stored address is translated;
-// entries of a caller's pool are copied one by one into fresh blocks of it.
+// Cloning a hash table. With owned pools the blocks are copied chunk by chunk, and each stored address is
+// translated; entries of a caller's pool are copied one by one into fresh blocks of it.
 #ifndef MUB_HASH_CHAINED_CLONE_H
 #define MUB_HASH_CHAINED_CLONE_H
 
@@ -35,8 +35,8 @@ class Cloning {
   }
 
  private:
-  // The copied blocks still hold the source's addresses. A pass over the chunks meets them in the order of memory,
-  // but blocks in them that are not the table's must stay as they are.
+  // The copied blocks still hold the source's addresses. A pass over the chunks meets them in the order of
+  // memory, but blocks in them that are not the table's must stay as they are.
   void translate_links() {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
       copy_.buckets.items[bucket] = pools_.entries.translate(source_.buckets.items[bucket]);

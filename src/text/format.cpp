@@ -138,7 +138,7 @@ class Arguments {
   }
 
   // Steps over what a conversion takes. Positional arguments come in no order, and an unknown conversion takes nobody
-  // knows what: behind these, texts are not measured.
+  // knows what: after these, texts are not measured.
   void skip(const Conversion &conversion) {
     if (is_lost_) return;
     for (int i = 0; i < conversion.stars; ++i) skip_one<int>();

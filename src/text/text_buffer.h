@@ -105,7 +105,7 @@ bool build_substituted(const Record &record, const UnitOf<Record> *marker, int64
   if (!buffer::expand(built, record.length)) return false;
   int64_t position = 0;
   for (int64_t hit = find(record, marker, -1); hit >= 0; hit = find(record, marker, -1, position)) {
-    // A wide marker that was measured may reach behind the content.
+    // A wide marker that was measured may reach past the content.
     if (hit > record.length - marker_length) break;
     const Piece<UnitOf<Record>> piece = next();
     if (piece.units == nullptr) break;
@@ -146,7 +146,7 @@ bool update(Record &record, int64_t position, int64_t old_count, const UnitOf<Re
   return buffer::update(record, position, std::min(old_count, record.length - position), units, count);
 }
 
-// A position behind the content becomes the length.
+// A position past the content becomes the length.
 template <class Record>
 void remove(Record &record, int64_t position, int64_t count) {
   if (position < 0 || count < 0) return;

@@ -14,11 +14,11 @@ using Entry = mub_tree_entry;
 // ---- linking
 
 // Between two neighbours, which are the same when they are all that is on the ring.
-inline void link_between(Entry &before, Entry &entry, Entry &behind) {
+inline void link_between(Entry &before, Entry &entry, Entry &after) {
   entry.prev = &before;
-  entry.next = &behind;
+  entry.next = &after;
   before.next = &entry;
-  behind.prev = &entry;
+  after.prev = &entry;
 }
 
 inline void link_last(Entry &parent, Entry &child) {
