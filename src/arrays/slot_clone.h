@@ -21,9 +21,9 @@ void clone_slots(const Record &source, Record &copy, BlockCopies &values, const 
 // False when memory runs out; what is in the copy then is for the caller to remove.
 template <class Record>
 bool clone_content(const Record &source, Record &copy, CloneCallback &callback) {
-  if (!callback.clone_pool(callback.shares_destination(pool_of(copy)))) return false;
+  if (pool_of(copy).is_owned()) callback.protect(copy.pool);
   BlockCopies values;
-  if (!values.clone(pool_of(source), pool_of(copy))) return false;
+  if (!callback.clone_pool() || !values.clone(pool_of(source), pool_of(copy), callback)) return false;
   if (!expand(copy, source.capacity) || !PolicyOf<Record>::clone_keys(source, copy)) return false;
   clone_slots(source, copy, values, callback);
   return true;

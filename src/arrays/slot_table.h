@@ -30,13 +30,12 @@
 #include "arrays/search.h"
 #include "arrays/sort.h"
 #include "core/alloc.h"
+#include "core/container_pools.h"
 #include "core/growth.h"
 #include "core/key_store.h"
 #include "core/pool.h"
-#include "core/pool_field.h"
 #include "core/prefetch.h"
 #include "core/unit_buffer.h"
-#include "core/value_pool.h"
 #include "mub_array.h"
 
 namespace mub {

@@ -10,7 +10,6 @@
 #include "btree/node_search.h"
 #include "btree/tree_walk.h"
 #include "core/pool.h"
-#include "core/value_pool.h"
 #include "mub_btree.h"
 
 namespace mub::bplus {

@@ -42,8 +42,8 @@
 #include "btree/bplus_entries.h"
 #include "btree/node_search.h"
 #include "btree/tree_walk.h"
+#include "core/container_pools.h"
 #include "core/pool.h"
-#include "core/value_pool.h"
 #include "mub_btree.h"
 
 namespace mub::bplus {

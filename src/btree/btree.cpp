@@ -1,4 +1,3 @@
-#include "arrays/byte_keys.h"
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/tree_cursor.h"

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "core/pool.h"
 #include "core/prefetch.h"
-#include "core/value_pool.h"
 #include "mub_array.h"
 
 namespace mub::bplus {

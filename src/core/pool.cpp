@@ -9,7 +9,6 @@
 #include "core/alloc.h"
 #include "core/growth.h"
 #include "core/prefetch.h"
-#include "core/value_pool.h"
 
 namespace mub::pool {
 namespace {

@@ -8,6 +8,18 @@
 #include "core/prefetch.h"
 #include "mub_pool.h"
 
+namespace mub {
+
+// An address as a word of a container, and back.
+inline uint64_t word_of(const void *address) { return reinterpret_cast<uintptr_t>(address); }
+
+template <class Record>
+Record *record_of(uint64_t word) {
+  return reinterpret_cast<Record *>(static_cast<uintptr_t>(word));
+}
+
+}  // namespace mub
+
 namespace mub::pool {
 
 constexpr int64_t kMinBlocksPerChunk = 16;

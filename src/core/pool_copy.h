@@ -4,12 +4,12 @@
 #define MUB_CORE_POOL_COPY_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "core/alloc.h"
+#include "core/container_pools.h"
 #include "core/pool.h"
-#include "core/pool_field.h"
-#include "core/value_pool.h"
 
 namespace mub {
 
@@ -36,7 +36,7 @@ class PoolCopy {
     destination_ = &destination;
     return pool::clone(*source_, map_, destination);
   }
-  // Both, and the means to translate.
+  // Both, and the means to translate. Compiled once for all kinds of containers.
   __attribute__((noinline)) bool clone(const mub_pool &source, mub_pool &destination) {
     return map(source) && index_chunks() && clone_to(destination);
   }
@@ -113,18 +113,15 @@ class CloneCallback {
   CloneCallback(mub_pool *source, mub_pool *destination, mub_clone_fn call)
       : source_(source), destination_(destination), call_(call) {}
 
-  // Whether the caller's pool would be cloned to a pool of the container's clone.
-  template <class Copy>
-  bool shares_destination(const Copy &copy) const {
-    return copy.is_owned() && copy.pool == destination_;
-  }
+  // The caller's pool is not cloned over a pool of the container's clone.
+  void protect(const mub_pool *pool) { is_protected_ = is_protected_ || pool == destination_; }
 
   // Clones the caller's pool, if both are given and the callback. Nothing is copied to the source itself, nor
-  // to a destination that is filled already. False when memory runs out.
-  bool clone_pool(bool is_filled) {
+  // to a protected destination. False when memory runs out.
+  bool clone_pool() {
     if (source_ == nullptr || destination_ == nullptr || call_ == nullptr) return true;
     if (!pool_.map(*source_)) return false;
-    return source_ == destination_ || is_filled || pool_.clone_to(*destination_);
+    return source_ == destination_ || is_protected_ || pool_.clone_to(*destination_);
   }
 
   // The pool is about to be destroyed.
@@ -140,6 +137,7 @@ class CloneCallback {
   mub_pool *source_;
   mub_pool *destination_;
   mub_clone_fn call_;
+  bool is_protected_ = false;
   PoolCopy pool_;
 };
 
@@ -153,10 +151,11 @@ void share_pool(mub_pool *callers_pool, const Field &copy, CloneCallback &callba
 
 template <class Container>
 void share_callers_pools(const Container &source, Container &copy, CloneCallback &callback) {
-  const auto share = [&](const auto &from, const auto &to) {
-    if (from.owned == 0) share_pool(from.pool, to, callback);
-  };
-  for_each_pool(share, source, copy);
+  const auto from = pools_of(source);
+  const auto to = pools_of(copy);
+  for (size_t i = 0; i < from.size(); ++i) {
+    if (from[i].owned == 0) share_pool(from[i].pool, to[i], callback);
+  }
 }
 
 // The blocks of one pool and their copies. If both containers own their pools, all blocks are copied at once,
@@ -165,9 +164,10 @@ class BlockCopies {
  public:
   // False when memory runs out.
   template <class Source, class Copy>
-  bool clone(const Source &source, const Copy &copy) {
+  bool clone(const Source &source, const Copy &copy, CloneCallback &callback) {
     pool_ = copy.pool;
     is_whole_ = source.is_owned() && copy.is_owned();
+    if (copy.is_owned()) callback.protect(copy.pool);
     return !is_whole_ || whole_.clone(*source.pool, *copy.pool);
   }
   // Every copy is to be a new block.
@@ -179,7 +179,7 @@ class BlockCopies {
   // pool.
   template <class Block>
   Block *copy_of(const Block &block) {
-    if (is_whole_) return translated(&block);
+    if (is_whole_) return record_of<Block>(translate(word_of(&block)));
     auto *copy = static_cast<Block *>(pool::take(pool_));
     if (copy != nullptr) *copy = block;
     return copy;
@@ -187,10 +187,6 @@ class BlockCopies {
 
   // Where an address lies in a pool that was copied as a whole; 0 if it did not lie in the pool.
   uint64_t translate(uint64_t word) { return whole_.translate(word); }
-  template <class Block>
-  Block *translated(const Block *block) {
-    return record_of<Block>(whole_.translate(word_of(block)));
-  }
 
  private:
   mub_pool *pool_ = nullptr;
@@ -203,14 +199,11 @@ struct PoolCopies {
   // False when memory runs out.
   template <class Container>
   bool clone(const Container &source, const Container &copy, CloneCallback &callback) {
-    bool is_filled = false;
-    const auto look_at = [&](const auto &to) { is_filled = is_filled || callback.shares_destination(to); };
-    for_each_pool(look_at, copy);
-    if (!entries.clone(entry_pool_of(source), entry_pool_of(copy))) return false;
+    if (!entries.clone(entry_pool_of(source), entry_pool_of(copy), callback)) return false;
     if constexpr (kHasNodePool<Container>) {
-      if (!nodes.clone(node_pool_of(source), node_pool_of(copy))) return false;
+      if (!nodes.clone(node_pool_of(source), node_pool_of(copy), callback)) return false;
     }
-    return values.clone(value_pool_of(source), value_pool_of(copy)) && callback.clone_pool(is_filled);
+    return values.clone(value_pool_of(source), value_pool_of(copy), callback) && callback.clone_pool();
   }
 
   BlockCopies entries;

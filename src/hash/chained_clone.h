@@ -41,7 +41,9 @@ class Cloning {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
       copy_.buckets.items[bucket] = pools_.entries.translate(source_.buckets.items[bucket]);
     }
-    const auto translate_next = [&](Entry &entry) { entry.next = pools_.entries.translated(entry.next); };
+    const auto translate_next = [&](Entry &entry) {
+      entry.next = record_of<Entry>(pools_.entries.translate(word_of(entry.next)));
+    };
     if (fills_its_pool<Kind>(source_, 0)) {
       pool::for_each_block<Entry>(*copy_.entry_pool, translate_next);
       return;

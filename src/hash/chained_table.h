@@ -30,10 +30,9 @@
 #include <utility>
 
 #include "arrays/slot_table.h"
+#include "core/container_pools.h"
 #include "core/pool.h"
-#include "core/pool_field.h"
 #include "core/prefetch.h"
-#include "core/value_pool.h"
 #include "mub_hash.h"
 
 namespace mub::chained {

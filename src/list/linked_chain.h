@@ -20,11 +20,10 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "core/container_pools.h"
 #include "core/key_store.h"
 #include "core/pool.h"
 #include "core/pool_copy.h"
-#include "core/pool_field.h"
-#include "core/value_pool.h"
 #include "mub_list.h"
 
 namespace mub {

@@ -30,10 +30,9 @@
 #include <cstdint>
 #include <utility>
 
+#include "core/container_pools.h"
 #include "core/pool.h"
 #include "core/pool_copy.h"
-#include "core/pool_field.h"
-#include "core/value_pool.h"
 #include "mub_tree.h"
 
 namespace mub::linked {

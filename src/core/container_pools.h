@@ -1,8 +1,11 @@
 // The pools of a container. For each, the record has a field and a flag beside it: the flag is 1 for a pool
-// that the container has made and will destroy, and 0 for a caller's pool or none.
-#ifndef MUB_CORE_POOL_FIELD_H
-#define MUB_CORE_POOL_FIELD_H
+// that the container has made and will destroy, and 0 for a caller's pool or none. Values may be blocks of
+// one of them, taken for new entries and released with these.
+#ifndef MUB_CORE_CONTAINER_POOLS_H
+#define MUB_CORE_CONTAINER_POOLS_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 #include <utility>
@@ -63,27 +66,31 @@ constexpr bool kHasNodePool = false;
 template <class Container>
 constexpr bool kHasNodePool<Container, std::void_t<decltype(Container::node_pool)>> = true;
 
-// Calls `use` with each pool of a container, or with those of two containers side by side.
-template <class Use, class Container, class... SecondContainer>
-void for_each_pool(Use use, Container &container, SecondContainer &...second) {
-  use(entry_pool_of(container), entry_pool_of(second)...);
-  if constexpr (kHasNodePool<Container>) use(node_pool_of(container), node_pool_of(second)...);
-  use(value_pool_of(container), value_pool_of(second)...);
+// In the order in which they are made and cloned.
+template <class Container>
+auto pools_of(Container &container) {
+  if constexpr (kHasNodePool<Container>) {
+    return std::array{entry_pool_of(container), node_pool_of(container), value_pool_of(container)};
+  } else {
+    return std::array{entry_pool_of(container), value_pool_of(container)};
+  }
 }
 
 template <class Container>
 void empty_pools(Container &container) {
-  for_each_pool([](const auto &field) { field.empty(); }, container);
+  for (const auto &field : pools_of(container)) field.empty();
 }
 
 template <class Container>
 void destroy_pools(Container &container) {
-  for_each_pool([](const auto &field) { field.destroy(); }, container);
+  for (const auto &field : pools_of(container)) field.destroy();
 }
 
 template <class Container>
 void swap_pools(Container &a, Container &b) {
-  for_each_pool([](const auto &field, const auto &other) { field.swap(other); }, a, b);
+  const auto fields = pools_of(a);
+  const auto others = pools_of(b);
+  for (size_t i = 0; i < fields.size(); ++i) fields[i].swap(others[i]);
 }
 
 // Whether a container's own pool has `count` live blocks, all of which are then those of its `count` items:
@@ -96,6 +103,41 @@ bool holds_only(const Field &field, int64_t count) {
   const mub_pool &pool = *field.pool;
   return pool.live_count == count && pool.block_size == int64_t{sizeof(Block)} &&
          pool::blocks_ever_taken(pool) == count + pool::free_blocks(pool);
+}
+
+// ---- values
+
+// Passes a new block, if there is one, to the caller's initialiser.
+inline void initialise(uint64_t value, mub_init_fn init) {
+  if (value != 0 && init != nullptr) init(value);
+}
+
+// A block of `pool`, initialised; 0 when none can be had.
+inline uint64_t take_value(mub_pool *pool, mub_init_fn init) {
+  const uint64_t value = word_of(pool::take(pool));
+  initialise(value, init);
+  return value;
+}
+
+// Returns a block to a caller's pool; the blocks of an owned pool go with the whole pool.
+template <class Field>
+void return_value(const Field &values, uint64_t value) {
+  if (values.owned == 0) pool::give(values.pool, record_of<void>(value));
+}
+
+// Whether a container that frees all its values visits each entry: what lies in its own pools goes with
+// these.
+template <class Container>
+bool frees_one_by_one(const Container &container, mub_free_fn release_it) {
+  return release_it != nullptr || container.owns_entry_pool == 0 || value_pool_of(container).is_callers();
+}
+
+// Passes a value to the caller's releaser and returns its block; 0 is no value.
+template <class Field>
+void release_value(const Field &values, uint64_t value, mub_free_fn release_it) {
+  if (value == 0) return;
+  if (release_it != nullptr) release_it(value);
+  return_value(values, value);
 }
 
 }  // namespace mub
