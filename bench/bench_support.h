@@ -1,4 +1,4 @@
-// What the benchmarks share: keys, the names of the results, and the bytes that the heap has handed out.
+// What the benchmarks share: keys, the names of the results, and the bytes that the heap has in use.
 //
 // A benchmark is named <workload>/<who>/<n>, where who is "mub" or a peer; tools/bench pairs them by that.
 #ifndef MUB_BENCH_SUPPORT_H
@@ -70,7 +70,7 @@ inline int64_t heap_bytes_in_use() {
   return static_cast<int64_t>(info.uordblks + info.hblkhd);
 }
 
-// The heap keeps what it was given, so that nobody pays for pages that the one before handed back to the system.
+// The heap keeps what it was given, so that no benchmark pays for pages that the one before returned to the system.
 [[maybe_unused]] inline const bool heap_is_kept = [] {
   return mallopt(M_TRIM_THRESHOLD, 1 << 30) != 0 && mallopt(M_MMAP_THRESHOLD, 1 << 30) != 0;
 }();

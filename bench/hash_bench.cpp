@@ -185,7 +185,7 @@ void memory(benchmark::State &state) {
 }
 
 // Removes keys of a table that keeps its size otherwise. The peer is the same table with its entries in a caller's
-// pool, where the offsets behind a removed key can only be reached along the chains.
+// pool, where the offsets after a removed key can only be reached along the chains.
 void remove_from(benchmark::State &state, bool own_pool) {
   auto keys = shuffled(random_keys(state.range(0), 1));
   mub_pool pool;

@@ -226,7 +226,7 @@ class Stream(Text):
 def stream_or_key(record):
     try:
         return Key(record) if Key.is_one(record) else Stream(record)
-    except gdb.error:  # no memory, or optimised out: told as of any stream
+    except gdb.error:  # no memory, or optimised out: reported as for any stream
         return Stream(record)
 
 
@@ -548,7 +548,7 @@ class Btree(Container):
             self.faults.append(f"count is {self.count()}, but {met} are linked")
 
     def sort_key(self, record):
-        """None where the order cannot be told."""
+        """None where the order is unknown."""
         if self.kind:
             key = self.number(record)
             return key if key == key else None
@@ -827,7 +827,7 @@ class Bits(Container):
 
 
 class Pool(Walked):
-    """mub_pool: counts alone. A node is (chunk, slot, address), for every block that was ever handed out."""
+    """mub_pool: counts alone. A node is (chunk, slot, address), for every block that was ever issued."""
 
     def check_record(self):
         for name in "block_size", "blocks_per_chunk", "live_count":
@@ -847,7 +847,7 @@ class Pool(Walked):
                 f"in {plural(self.field('chunk_count'), 'chunk')} of {self.field('blocks_per_chunk')}")
 
     def used(self, group):
-        """The blocks handed out of chunks, or the addresses on free pages."""
+        """The blocks issued from chunks, or the addresses on free pages."""
         pages = self.field(group + "_count")
         return (pages - 1) * self.field("blocks_per_chunk") + self.field(group + "_used") if pages > 0 else 0
 
@@ -868,7 +868,7 @@ class Pool(Walked):
         self.check_free()
 
     def free_blocks(self):
-        """The released blocks, the one that is handed out next first."""
+        """The released blocks, the one that is issued next first."""
         blocks = []
         left = self.used("free")
         for page in words(self.field("free_pages"), self.field("free_count")):
@@ -956,7 +956,7 @@ class Picture:
         return f"n{self.count}"
 
     def dots(self, source, count):
-        """What is left out behind a node."""
+        """What is left out after a node."""
         self.count += 1
         self.lines.append(f'n{self.count} [class=more label="{more(count)}" fontcolor="#7f8c9b"]')
         self.edge(source, f"n{self.count}")
@@ -1136,12 +1136,12 @@ VAR is a container, or points to one."""
     def __init__(self):
         super().__init__("mub check", gdb.COMMAND_DATA, gdb.COMPLETE_EXPRESSION)
 
-    def invoke(self, argument, from_tty, told=20):
+    def invoke(self, argument, from_tty, shown=20):
         container = container_at(argument.strip())
         for node in container.walk():
             container.show(node)  # its key may be damaged
         faults = container.faults if container.damage is None else [str(container.damage)]
-        for fault in faults[:told]:
+        for fault in faults[:shown]:
             gdb.write(f"{fault}\n")
         gdb.write(f"{container.to_string()}: {plural(len(faults), 'fault') if faults else 'intact'}\n")
 

@@ -25,7 +25,7 @@ static int write_record(mub_stream *file, uint64_t id, const mub_string *name) {
   return 1;
 }
 
-/* 1 and the position behind the record, or 0. */
+/* 1 and the position after the record, or 0. */
 static int read_record(const mub_stream *file, int64_t *position, uint64_t *id, mub_string *name) {
   const int64_t payload = mub_stream_get_dword(file, position);
   const uint32_t crc = mub_stream_get_dword(file, position);

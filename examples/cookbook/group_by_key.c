@@ -1,7 +1,7 @@
 /* Group records by a key, with a total for each group.
  *
  * A group is a block of the tree's value pool: mub_btree_set finds the group of a key or makes it, in one
- * descent, and hands a new one to the initialiser. The tree keeps its keys in order, so nothing is sorted
+ * descent, and passes a new one to the initialiser. The tree keeps its keys in order, so nothing is sorted
  * for the report. */
 #include <stdio.h>
 #include <stdlib.h>

@@ -37,7 +37,7 @@ static int toggle(mub_string *text, edit *change) {
   return done;
 }
 
-/* What is removed is handed over: its string and its block are released here. */
+/* The caller owns what is removed: its string and its block are released here. */
 static void drop_redo(editor *e) {
   while (e->edits.tail != e->last) {
     edit *dropped = edit_at(mub_lists_remove_tail(&e->edits));

@@ -207,7 +207,7 @@ static bool draw_btree(const word_index *index, mub_string *out) {
 
 /* ---- pool: a row of blocks for each chunk, and the stack of the released ones ---- */
 
-/* 1 for the block that is handed out next, 2 for the one after; 0 when it is not on the stack. */
+/* 1 for the block that is issued next, 2 for the one after; 0 when it is not on the stack. */
 static int64_t turn_of(const mub_pool *pool, const void *block) {
   int64_t turn = 0;
   for (int64_t page = pool->free_count - 1; page >= 0; page--) {

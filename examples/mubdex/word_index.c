@@ -6,7 +6,7 @@ bool index_init(word_index *index) {
   index->total = 0;
   mub_hash_init(&index->words, 1, 1);
   if (index->words.entry_pool == NULL || index->words.value_pool == NULL) return false;
-  /* Only we know the size of our values, so the table's value pool is told before the first one is taken. */
+  /* Only we know the size of our values, so we set the block size of the table's value pool before the first one is taken. */
   index->words.value_pool->block_size = sizeof(word_stats);
   return true;
 }

@@ -55,7 +55,7 @@ FILLED = {
     "*filled.list.head->next": "{prev = 0xADDRESS, next = 0xADDRESS, key_offset = 4, key_length = 3, value = 1}",
 }
 
-# In what order a table holds its keys is told by its buckets: the name, the entries.
+# The buckets determine the order of the keys: the name, the entries.
 TABLES = {
     "filled.hash": ("mub_hash", {'""': 2, '"pear"': 0, r'"plum \"x\""': 3, '"fig"': 1, '"m\u00fcsli"': 4}),
     "*hash_pointer": ("mub_hash", {'""': 2, '"pear"': 0, r'"plum \"x\""': 3, '"fig"': 1, '"m\u00fcsli"': 4}),
@@ -76,7 +76,7 @@ EMPTY = {
     "bits": "mub_bits of 0 bytes, 0 bits set",
 }
 
-# What the last stop has done to the containers, and what is told of it at the end of what is still there.
+# What the last stop has done to the containers, and what is reported at the end of what is still there.
 DAMAGED = {
     "array": "[<damaged>] = <the key at 15, 6 bytes, is not among the keys>}",
     "hash": "[<damaged>] = <count is 6, but 5 are linked>}",
@@ -117,7 +117,7 @@ def gdb(*arguments):
 
 
 def answers(commands, *arguments):
-    """[answer of each command]; the answers are told apart by marks between them."""
+    """[answer of each command]; marks separate the answers."""
     mark = "@@@@"
     with tempfile.NamedTemporaryFile("w", suffix=".gdb") as script:
         # A command that fails would end the script: errors are printed as answers.
@@ -127,7 +127,7 @@ def answers(commands, *arguments):
             one_line = command.startswith("python\n") or command in ("run", "continue")
             lines.append(command if one_line else f"python\ntry: gdb.execute({command!r})\n"
                          "except gdb.error as error: print('error:', error)\nend")
-        lines.append(f"echo {mark}")  # what is behind it is no answer, but from the standard error
+        lines.append(f"echo {mark}")  # what follows is from the standard error
         script.write("\n".join(lines) + "\n")
         script.flush()
         output = gdb("-x", script.name, *arguments)
@@ -237,7 +237,7 @@ class Live(unittest.TestCase):
                 self.assertEqual(answer, EMPTY[name])
             self.assertRegex(look(["print other.pool"], stop)[0], "^mub_pool with 0 live blocks of .* in 0 chunks of ")
 
-    def test_garbage_is_told_as_such(self):
+    def test_garbage_is_reported_as_such(self):
         names = list(EMPTY) + ["pool"]
         for stop in 3, 4, 5:
             for name, answer in zip(names, look(["print other." + name for name in names], stop)):

@@ -256,7 +256,7 @@ static void fill_large(void) {
   }
 }
 
-/* What a program with a fault in it might leave behind. */
+/* What a faulty program might leave. */
 static void damage(everything *e) {
   e->hash.count++;
   mub_hashd_entry *entry = (mub_hashd_entry *)(uintptr_t)e->hashd.buckets.items[2];

@@ -1,4 +1,4 @@
-// The arithmetic behind the CRC-32 constants, done by the compiler.
+// Computes the CRC-32 constants at compile time.
 //
 // A register stands for a polynomial over GF(2) of degree below 32, reflected: bit 0 is the coefficient of x^31,
 // bit 31 that of x^0. The modulus is P = x^32 + kPolynomial.

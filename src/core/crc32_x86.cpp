@@ -32,7 +32,7 @@
 #include "core/bytes.h"
 #include "core/crc32_math.h"
 
-// Small steps are parts of one calculation; gcc shares them between callers unless told otherwise.
+// Small steps are parts of one calculation; gcc would not inline them everywhere by itself.
 #define MUB_ALWAYS_INLINE inline __attribute__((always_inline))
 #define MUB_TARGET_128 __attribute__((target("pclmul,sse4.1")))
 #if !defined(MUB_TARGET_512)  // a test emulates its instructions

@@ -10,7 +10,7 @@
 namespace mub {
 namespace {
 
-// Addresses are told apart by their low 32 bits. The distance of -2^31, which has no positive counterpart, is far.
+// Distances are computed from the low 32 bits of addresses. The distance of -2^31, which has no positive counterpart, is far.
 bool is_near(const void *a, const void *b) {
   const auto low_a = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(a));
   const auto low_b = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(b));

@@ -125,7 +125,7 @@ class Arguments {
   // NULL as well when it is no longer known.
   const char *next_text() { return is_lost_ ? nullptr : va_arg(*list_, const char *); }
 
-  // Behind plain conversions nothing is lost.
+  // Plain conversions take arguments of known types.
   int next_character() { return va_arg(*list_, int); }
   int64_t next_signed(const Conversion &conversion) {
     return with_integer_type(conversion,
@@ -137,8 +137,8 @@ class Arguments {
     });
   }
 
-  // Steps over what a conversion takes. Positional arguments come in no order, and an unknown conversion takes nobody
-  // knows what: after these, texts are not measured.
+  // Skips the arguments of a conversion. Positional arguments come in any order, and an unknown conversion
+  // consumes arguments of unknown type: texts after these are not measured.
   void skip(const Conversion &conversion) {
     if (is_lost_) return;
     for (int i = 0; i < conversion.stars; ++i) skip_one<int>();

@@ -77,7 +77,7 @@ int64_t find_in_linear_time(const Words<Word> &text, const Words<Word> &pattern)
   const int64_t length = pattern.count();
   const Cut cut = critical_cut(pattern);
   const bool is_periodic = repeats(pattern, cut);
-  // Behind a match of the right part alone, no shorter step can lead to a match.
+  // After a match of the right part alone, no shorter step can lead to a match.
   const int64_t step = is_periodic ? cut.period : std::max(cut.left, length - cut.left) + 1;
   int64_t known = 0;  // So many words at the position are known to match: a period ago they did.
   for (int64_t position = 0; position <= text.count() - length;) {

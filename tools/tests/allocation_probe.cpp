@@ -36,7 +36,7 @@ void hashes() {
 void trees_and_lists() {
   mub_btreed tree;
   mub_lists list;
-  mub_bitree twins;
+  mub_bitree pair;
   watch("mub_btreed_init", [&] { mub_btreed_init(&tree, 1, 1, 0); });
   watch("mub_btreed_insert", [&] { mub_btreed_insert(&tree, 1, 1); });
   watch("mub_btreed_node_next", [&] { mub_btreed_node_next(&tree, mub_btreed_node_first(&tree)); });
@@ -47,11 +47,11 @@ void trees_and_lists() {
   watch("mub_lists_find_at", [&] { mub_lists_find_at(&list, 1); });
   watch("mub_lists_remove_head", [&] { mub_lists_remove_head(&list); });
   mub_lists_term(&list);
-  mub_bitree_init(&twins, 1, 0);
+  mub_bitree_init(&pair, 1, 0);
   mub_bitree_entry *entry = nullptr;
-  watch("mub_bitree_entry_new", [&] { entry = mub_bitree_entry_new(&twins); });
-  watch("mub_bitree_entry_add", [&] { mub_bitree_entry_add(&twins, &twins.root, -1, entry); });
-  mub_bitree_term(&twins);
+  watch("mub_bitree_entry_new", [&] { entry = mub_bitree_entry_new(&pair); });
+  watch("mub_bitree_entry_add", [&] { mub_bitree_entry_add(&pair, &pair.root, -1, entry); });
+  mub_bitree_term(&pair);
 }
 
 void texts() {

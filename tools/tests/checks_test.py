@@ -132,7 +132,7 @@ class CheckApi(Tree):
         self.write("CMakeLists.txt", "project(mub VERSION 1.0.1 LANGUAGES C)\n")
         self.write("debian/changelog", "libmub (1.2.0-1) unstable; urgency=medium\n")
         self.assert_reports(
-            self.check("check_api"), "CMakeLists.txt: tells version 1.0.1", "debian/changelog: tells version 1.2.0")
+            self.check("check_api"), "CMakeLists.txt: states version 1.0.1", "debian/changelog: states version 1.2.0")
 
     def test_reports_cxx_headers_that_are_left_out_or_name_what_is_not_there(self):
         self.write("include/mub.hpp", '#include "mub_a.hpp"\n')
