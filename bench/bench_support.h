@@ -16,8 +16,8 @@
 
 namespace mub_bench {
 
-// The same texts, laid out in memory in the order of the vector, as they lie when they are cut out of a file: what is
-// measured then is the container and not the way to the keys.
+// The same texts, laid out in memory in the order of the vector, as they lie when they are cut out of a
+// file: what is measured then is the container and not the way to the keys.
 inline std::vector<std::string> laid_out(const std::vector<std::string> &texts) {
   std::vector<std::string> copies(texts.begin(), texts.end());
   return copies;
@@ -70,7 +70,8 @@ inline int64_t heap_bytes_in_use() {
   return static_cast<int64_t>(info.uordblks + info.hblkhd);
 }
 
-// The heap keeps what it was given, so that no benchmark pays for pages that the one before returned to the system.
+// The heap keeps what it was given, so that no benchmark pays for pages that the one before returned to the
+// system.
 [[maybe_unused]] inline const bool heap_is_kept = [] {
   return mallopt(M_TRIM_THRESHOLD, 1 << 30) != 0 && mallopt(M_MMAP_THRESHOLD, 1 << 30) != 0;
 }();
@@ -99,8 +100,8 @@ void memory(benchmark::State &state, Fill fill) {
   }
 }
 
-// For what takes far less time than its preparation: a fixed number of runs, so that the preparation does not go on for
-// minutes.
+// For what takes far less time than its preparation: a fixed number of runs, so that the preparation does
+// not go on for minutes.
 inline void add_runs(const std::string &workload, const std::string &who,
                      void (*function)(benchmark::State &), const std::vector<int64_t> &sizes) {
   for (const int64_t size : sizes) {

@@ -1,5 +1,5 @@
-// Ordered maps: mub_btreex and mub_btree against std::map and absl::btree_map. Integer keys fill their 64 bits, texts
-// have 8 to 24 bytes.
+// Ordered maps: mub_btreex and mub_btree against std::map and absl::btree_map. Integer keys fill their 64
+// bits, texts have 8 to 24 bytes.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// String maps: mub_hash against std::unordered_map, absl::flat_hash_map and uthash's idea of a chained table, GLib's
-// GHashTable. Keys are texts of 8 to 24 bytes.
+// String maps: mub_hash against std::unordered_map, absl::flat_hash_map and uthash's idea of a chained
+// table, GLib's GHashTable. Keys are texts of 8 to 24 bytes.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -184,8 +184,8 @@ void memory(benchmark::State &state) {
   mub_bench::memory(state, [&] { return filled<Map>(keys); });
 }
 
-// Removes keys of a table that keeps its size otherwise. The peer is the same table with its entries in a caller's
-// pool, where the offsets after a removed key can only be reached along the chains.
+// Removes keys of a table that keeps its size otherwise. The peer is the same table with its entries in a
+// caller's pool, where the offsets after a removed key can only be reached along the chains.
 void remove_from(benchmark::State &state, bool own_pool) {
   auto keys = shuffled(random_keys(state.range(0), 1));
   mub_pool pool;

@@ -133,7 +133,8 @@ void integers_snprintf(benchmark::State &state) { format_snprintf<long>(state, k
 void decimals_mub(benchmark::State &state) { format_mub<double>(state, kDecimals); }
 void decimals_snprintf(benchmark::State &state) { format_snprintf<double>(state, kDecimals); }
 
-// Every "ab" of a text of eight letters, one pair in 64, becomes longer. Both sides start with a copy of the text.
+// Every "ab" of a text of eight letters, one pair in 64, becomes longer. Both sides start with a copy of the
+// text.
 void replace_mub(benchmark::State &state) {
   const std::string text = mub_bench::random_text(state.range(0), 8, 8);
   mub_string string;

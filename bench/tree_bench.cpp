@@ -1,4 +1,5 @@
-// General trees: each entry is appended to one of those before it, so that a tree of N has about 2 ln N levels.
+// General trees: each entry is appended to one of those before it, so that a tree of N has about 2 ln N
+// levels.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>

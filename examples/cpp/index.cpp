@@ -16,7 +16,8 @@ bool read_all(std::FILE *file, mub::string &text) {
   return true;
 }
 
-// The lines of a word are a block of the map's value pool: a mub_arrayt, which holds four numbers without a heap block.
+// The lines of a word are a block of the map's value pool: a mub_arrayt, which holds four numbers without a
+// heap block.
 mub_arrayt *lines_of(std::uint64_t value) { return mub::to_pointer<mub_arrayt>(value); }
 
 bool note(mub::btree &index, std::string_view word, std::uint64_t line) {

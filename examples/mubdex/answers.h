@@ -1,4 +1,5 @@
-/* What mubdex prints when it is asked for more than counts. All append to `out`, and give false when memory ran out. */
+/* What mubdex prints when it is asked for more than counts. All append to `out`, and give false when memory
+ * ran out. */
 #ifndef MUBDEX_ANSWERS_H
 #define MUBDEX_ANSWERS_H
 
@@ -17,8 +18,8 @@ void format_word(mub_string *line, const mub_char *word, uint64_t count);
 bool answer_word(const word_index *index, const corpus *texts, const char *word, mub_string *out);
 bool answer_lines(const mub_bits *lines, const corpus *texts, mub_string *out);
 
-/* The words from `first` to `last` and those that begin with `last`, each with its count, in byte order. The ends are
- * folded to lower case; an empty `last` is the end of the vocabulary. */
+/* The words from `first` to `last` and those that begin with `last`, each with its count, in byte order. The
+ * ends are folded to lower case; an empty `last` is the end of the vocabulary. */
 bool answer_words(const vocabulary *words, const mub_char *first, const mub_char *last, mub_string *out);
 
 /* The headings, indented by their depth, each with its line's number. */

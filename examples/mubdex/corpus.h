@@ -24,21 +24,23 @@ mubdex_result read_file(mub_stream *bytes, FILE *file, progress_fn progress);
 bool corpus_init(corpus *texts);
 void corpus_term(corpus *texts);
 
-/* Reads a file to its end and cuts it into lines. A file that is there already, under whatever name, adds nothing. */
+/* Reads a file to its end and cuts it into lines. A file that is there already, under whatever name, adds
+ * nothing. */
 mubdex_result corpus_add(corpus *texts, const char *name, FILE *file, progress_fn progress);
 
 /* Whether `name` is one of the files that were read. */
 bool corpus_has_file(const corpus *texts, const char *name);
 
-/* Lines are numbered from 0 through all texts. A view of one, without its newline, shares the bytes of the corpus. */
+/* Lines are numbered from 0 through all texts. A view of one, without its newline, shares the bytes of the
+ * corpus. */
 int64_t corpus_line_count(const corpus *texts);
 mub_char corpus_line(const corpus *texts, int64_t line);
 
 /* The number of a line in its text, from 1. */
 int64_t corpus_line_number(const corpus *texts, int64_t line);
 
-/* Appends a line as grep -n shows it: the text's name when there are several, the number in its text, the line.
- * False when memory ran out. */
+/* Appends a line as grep -n shows it: the text's name when there are several, the number in its text, the
+ * line. False when memory ran out. */
 bool corpus_append_line(const corpus *texts, int64_t line, mub_string *out);
 
 #endif

@@ -17,7 +17,8 @@ enum {
   MAX_LETTERS = 16
 };
 
-/* Fills are light with dark text and lines are grey, on no background: that can be read on white and on black. */
+/* Fills are light with dark text and lines are grey, on no background: that can be read on white and on
+ * black. */
 static const char STYLE[] =
     "  bgcolor=transparent\n"
     "  fontname=\"sans-serif\" fontsize=11 fontcolor=\"#7f8c9b\" labelloc=t\n"
@@ -42,7 +43,8 @@ static void draw_bytes(drawing *d, const char *text, int64_t length) {
 
 static void draw(drawing *d, const char *format, ...) MUB_PRINTF(2, 3);
 
-/* For markup and numbers; a piece is far shorter than the room for it. Texts of any length are drawn by draw_text. */
+/* For markup and numbers; a piece is far shorter than the room for it. Texts of any length are drawn by
+ * draw_text. */
 static void draw(drawing *d, const char *format, ...) {
   char piece[512];
   va_list arguments;

@@ -2,7 +2,8 @@
  *
  *   "MUBDEX"       6 bytes
  *   body length    8 bytes, little-endian
- *   body           total and vocabulary, then for each word in byte order: length, bytes, count; numbers packed
+ *   body           total and vocabulary, then for each word in byte order: length, bytes, count;
+ *                  numbers packed
  *   CRC-32         4 bytes, over all before it
  */
 #include <string.h>

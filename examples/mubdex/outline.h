@@ -17,9 +17,9 @@ typedef struct outline {
 bool outline_init(outline *o);
 void outline_term(outline *o);
 
-/* Collects the headings: lines that are a number, its parts ended or joined by dots, one blank, and a title that starts
- * with a capital letter. A heading stands below the nearest one before it whose number begins its own. False when memory ran
- * out. */
+/* Collects the headings: lines that are a number, its parts ended or joined by dots, one blank, and a title
+ * that starts with a capital letter. A heading stands below the nearest one before it whose number begins
+ * its own. False when memory ran out. */
 bool outline_fill(outline *o, const corpus *texts);
 
 const heading *outline_heading(const mub_tree_entry *entry);

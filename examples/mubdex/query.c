@@ -25,7 +25,8 @@ typedef struct query_node {
   mub_bits lines;
 } query_node;
 
-/* Operator precedence parsing keeps two stacks. An operator's word holds its kind in the low byte, its column above. */
+/* Operator precedence parsing keeps two stacks. An operator's word holds its kind in the low byte, its
+ * column above. */
 typedef struct parser {
   query *query;
   const char *text;

@@ -17,8 +17,8 @@ bool vocabulary_fill(vocabulary *v, const word_index *index);
 /* The word of a record, as a view that shares its bytes. */
 mub_char vocabulary_word(const vocabulary *v, const mub_btree_node *node);
 
-/* Fills `out`, which is empty, with the words in UTF-16, one per line after a byte order mark. What is not UTF-8 becomes
- * the replacement character. False when memory ran out. */
+/* Fills `out`, which is empty, with the words in UTF-16, one per line after a byte order mark. What is not
+ * UTF-8 becomes the replacement character. False when memory ran out. */
 bool vocabulary_utf16(const vocabulary *v, mub_wchar *out);
 
 #endif

@@ -6,7 +6,8 @@ bool index_init(word_index *index) {
   index->total = 0;
   mub_hash_init(&index->words, 1, 1);
   if (index->words.entry_pool == NULL || index->words.value_pool == NULL) return false;
-  /* Only we know the size of our values, so we set the block size of the table's value pool before the first one is taken. */
+  /* Only we know the size of our values, so we set the block size of the table's value pool before the first
+ * one is taken. */
   index->words.value_pool->block_size = sizeof(word_stats);
   return true;
 }
@@ -54,7 +55,8 @@ int64_t word_at_start(const mub_char *text) {
   return length;
 }
 
-/* Cuts the next word off the front of `rest`; false when there is none left. The views share the text's bytes. */
+/* Cuts the next word off the front of `rest`; false when there is none left. The views share the text's
+ * bytes. */
 static bool next_word(mub_char *rest, mub_char *word) {
   int64_t start = 0;
   while (start < rest->length && !is_word_byte(rest->data[start])) start++;
@@ -72,8 +74,9 @@ bool fold_word(const char *word, int64_t length, mub_string *folded) {
   return true;
 }
 
-/* While lines are read, which words they hold is noted in one list, which grows without moving what it has: the
- * address of a word's stats, then the line. Afterwards each word's array is made once, in the size that it needs. */
+/* While lines are read, which words they hold is noted in one list, which grows without moving what it has:
+ * the address of a word's stats, then the line. Afterwards each word's array is made once, in the size that
+ * it needs. */
 typedef struct line_notes {
   mub_listx pairs;
   mub_string folded; /* to fold words in; keeps its room from word to word */

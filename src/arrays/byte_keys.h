@@ -1,8 +1,8 @@
 // Byte-string keys of the array engine: an entry says where in the array's key stream its key lies.
 //
-// The stream holds the keys of entries in the order in which they were placed; sorting moves entries, not bytes.
-// Entries made live by lengthening the count may name bytes that have left the stream. Such bytes are read while
-// they lie in its block; a key that leaves the block reads as empty.
+// The stream holds the keys of entries in the order in which they were placed; sorting moves entries, not
+// bytes. Entries made live by lengthening the count may name bytes that have left the stream. Such bytes are
+// read while they lie in its block; a key that leaves the block reads as empty.
 #ifndef MUB_ARRAYS_BYTE_KEYS_H
 #define MUB_ARRAYS_BYTE_KEYS_H
 
@@ -105,8 +105,8 @@ inline int64_t common_prefix(const mub_array &array) {
   return common;
 }
 
-// Entries against entries, for the sort. After what all keys have in common, most differ in the next 8 bytes: these
-// are loaded once, as a number that sorts as they do, zero-filled after the end of a key.
+// Entries against entries, for the sort. After what all keys have in common, most differ in the next 8
+// bytes: these are loaded once, as a number that sorts as they do, zero-filled after the end of a key.
 class ByteKeyOrder {
  public:
   struct Key {

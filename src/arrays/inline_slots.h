@@ -3,8 +3,8 @@
 //   record    inline_items [ 0 | 1 | 2 | 3 ]
 //             tail ──► [ 4 | 5 | … | count-1 | spare … ]      capacity - 4 words
 //
-// Invariants: the tail is null when the capacity is at most 4; otherwise 4 <= capacity, and count <= capacity. An
-// emptied record has capacity 0 until it grows.
+// Invariants: the tail is null when the capacity is at most 4; otherwise 4 <= capacity, and count <=
+// capacity. An emptied record has capacity 0 until it grows.
 #ifndef MUB_ARRAYS_INLINE_SLOTS_H
 #define MUB_ARRAYS_INLINE_SLOTS_H
 

@@ -1,7 +1,8 @@
 // Integer keys of the array engine, kept in the slots.
 //
-// Searches go by the sign of the difference between two keys, wrapped to the key's width; sorts by their unsigned
-// values. Callers can see both: the two agree as long as all keys lie within half the key's range of each other.
+// Searches go by the sign of the difference between two keys, wrapped to the key's width; sorts by their
+// unsigned values. Callers can see both: the two agree as long as all keys lie within half the key's range
+// of each other.
 #ifndef MUB_ARRAYS_INTEGER_KEYS_H
 #define MUB_ARRAYS_INTEGER_KEYS_H
 

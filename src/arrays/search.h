@@ -1,5 +1,5 @@
-// The binary search, in two forms that probe the same slots. Every probe shrinks the range, so a search with an
-// inconsistent order ends as well, at an arbitrary place inside the table.
+// The binary search, in two forms that probe the same slots. Every probe shrinks the range, so a search with
+// an inconsistent order ends as well, at an arbitrary place inside the table.
 #ifndef MUB_ARRAYS_SEARCH_H
 #define MUB_ARRAYS_SEARCH_H
 
@@ -8,8 +8,8 @@
 
 namespace mub {
 
-// Where a search ended: at an equal slot, or where a new one belongs. With equal keys in the table the first one
-// probed counts, which callers can see; so the probes are part of the interface.
+// Where a search ended: at an equal slot, or where a new one belongs. With equal keys in the table the first
+// one probed counts, which callers can see; so the probes are part of the interface.
 struct Spot {
   int64_t index;
   bool found;
@@ -32,16 +32,17 @@ Spot search_in_order(int64_t count, CompareAt compare_at) {
   return {low, false};
 }
 
-// `compare_at(i)` orders slot i against the searched key. A descending table swaps the tests: comparers' results are
-// never negated, which would overflow for the smallest int. Each order has a loop of its own, without a test of it.
+// `compare_at(i)` orders slot i against the searched key. A descending table swaps the tests: comparers'
+// results are never negated, which would overflow for the smallest int. Each order has a loop of its own,
+// without a test of it.
 template <class CompareAt>
 Spot binary_search(int64_t count, bool descending, CompareAt compare_at) {
   return descending ? search_in_order<true>(count, compare_at) : search_in_order<false>(count, compare_at);
 }
 
-// For orders that are the sign of a difference. Among keys that come at random, a branch on it is mispredicted every other
-// time; so here the sign is a mask that moves the bounds. As the processor then loads nothing ahead, `fetch` is called for
-// the four slots near which the probe after the next will fall.
+// For orders that are the sign of a difference. Among keys that come at random, a branch on it is
+// mispredicted every other time; so here the sign is a mask that moves the bounds. As the processor then
+// loads nothing ahead, `fetch` is called for the four slots near which the probe after the next will fall.
 template <bool kDescending, class CompareAt, class Fetch>
 Spot search_without_branches(int64_t count, CompareAt compare_at, Fetch fetch) {
   int64_t low = 0;

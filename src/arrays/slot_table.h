@@ -1,13 +1,15 @@
-// The engine of the growable arrays: one table of slots. Keys lie in the slots or beside them, or there are none.
+// The engine of the growable arrays: one table of slots. Keys lie in the slots or beside them, or there are
+// none.
 //
 //   record    slots ──► [ slot 0 | slot 1 | … | slot count-1 | spare … ]
 //                         0                     count          capacity
 //
 // Invariants:
-//   1. The table holds `capacity` slots; it is null when capacity is 0. A fresh slot is all zero; a spare one keeps
-//      what was left in it.
-//   2. count <= capacity, but for a clone that ran out of memory: it states the count of its source. So walks,
-//      searches and sorts end at used(), the smaller of the two, and a growth makes the stated slots real.
+//   1. The table holds `capacity` slots; it is null when capacity is 0. A fresh slot is all zero; a spare
+//      one keeps what was left in it.
+//   2. count <= capacity, but for a clone that ran out of memory: it states the count of its source. So
+//      walks, searches and sorts end at used(), the smaller of the two, and a growth makes the stated slots
+//      real.
 //
 // A record takes part by specialising SlotPolicy, which has the names that core/key_store.h lists and
 //   Slot, kSlots                     the entry, and the table's field
@@ -251,7 +253,8 @@ SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key
   return slot;
 }
 
-// Adds a slot with a new block of the value pool, which is initialised before the slot is there. Returns the block.
+// Adds a slot with a new block of the value pool, which is initialised before the slot is there. Returns the
+// block.
 template <class Record>
 uint64_t append_new(Record &array, const KeyOf<Record> &key, mub_init_fn init_it) {
   if (!expand(array, array.count + 1)) return 0;
@@ -260,7 +263,8 @@ uint64_t append_new(Record &array, const KeyOf<Record> &key, mub_init_fn init_it
   return value;
 }
 
-// The same before `index`; the initialiser already finds the block in `value_out`. A refused insertion returns it.
+// The same before `index`; the initialiser already finds the block in `value_out`. A refused insertion
+// returns it.
 // Returns the index of the new slot, or -1.
 template <class Record>
 int insert_new_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t &value_out,

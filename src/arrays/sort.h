@@ -1,11 +1,12 @@
-// The one sort: a quicksort with an explicit stack, a median-of-three pivot and a selection sort for small ranges.
+// The one sort: a quicksort with an explicit stack, a median-of-three pivot and a selection sort for small
+// ranges.
 //
-// It is not stable, and callers can see where equal keys end up; so the sequence of comparisons and moves is part
-// of the interface, and every change to it is a change of behaviour.
+// It is not stable, and callers can see where equal keys end up; so the sequence of comparisons and moves is
+// part of the interface, and every change to it is a change of behaviour.
 //
-// Comparers are hostile until proven otherwise: each scan is bounded by indexes and not by a sentinel's key, and
-// both partitions are shorter than their range. So a sort with an inconsistent order ends too, having permuted the
-// slots.
+// Comparers are hostile until proven otherwise: each scan is bounded by indexes and not by a sentinel's key,
+// and both partitions are shorter than their range. So a sort with an inconsistent order ends too, having
+// permuted the slots.
 //
 // An order takes part with
 //   Key                 what is compared: loaded once for a pivot or a candidate, so it should fit registers

@@ -1,5 +1,5 @@
-// The entries of a B-tree: making them, naming them after their last child, splitting them. The engine that they are part
-// of, its invariants and its key policy are described in bplus_tree.h.
+// The entries of a B-tree: making them, naming them after their last child, splitting them. The engine that
+// they are part of, its invariants and its key policy are described in bplus_tree.h.
 #ifndef MUB_BTREE_BPLUS_ENTRIES_H
 #define MUB_BTREE_BPLUS_ENTRIES_H
 

@@ -1,18 +1,18 @@
 // The engine of the B-trees: B+-trees of order 32 on pooled blocks.
 //
-//   tree ── root (Entry, embedded)          level 2
-//             children.items ──► [0] [1] … ──► Entry         level 1
-//                                               children.items ──► [0] [1] … ──► Entry (leaf)    level 0
-//                                                                                 children.items ──► [0] [1] …
-//                                                                                                     │   │
-//           Record (a key and its value)                                                              ▼   ▼
-//             prev, next: the chain of all records                                              Record ⇄ Record
+//   tree ── root (Entry, embedded)              level 2
+//             children.items ──► [0] [1] … ──► Entry             level 1
+//                                     children.items ──► [0] [1] … ──► Entry (leaf)      level 0
+//                                                             children.items ──► [0] [1] …
+//                                                                                 │   │
+//           Record (a key and its value)                                          ▼   ▼
+//             prev, next: the chain of all records                          Record ⇄ Record
 //
 // What is called an entry is a node of the tree; what the public names call a node is a record here.
 //
 // Invariants:
-//   1. Children of an entry of level L are entries of level L - 1, of a leaf (level 0) records. An entry other than the
-//      root has a child; the root may be an empty leaf.
+//   1. Children of an entry of level L are entries of level L - 1, of a leaf (level 0) records. An entry
+//      other than the root has a child; the root may be an empty leaf.
 //   2. The parent of an entry is the one that has it as a child; the root has none.
 //   3. The key of an entry other than the root is that of its last child. It refers to the same key bytes.
 //      So does the root's, but removals do not update its offset: it is compared when names are set, and not
@@ -20,15 +20,15 @@
 //   4. The keys of the records ascend from leaf to leaf; no two are equal.
 //   5. An entry has at most 31 children, but for one whose split found no memory.
 //   6. `count` is the number of records.
-//   7. Without removals since the tree was empty, and unless it is a clone, `prev` and `next` are the neighbours in key
-//      order. Otherwise a link may lead anywhere. Nothing but set_next follows one.
-//   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is the entry
-//      pool. Live blocks of owned pools are the tree's and what the caller took there.
+//   7. Without removals since the tree was empty, and unless it is a clone, `prev` and `next` are the
+//      neighbours in key order. Otherwise a link may lead anywhere. Nothing but set_next follows one.
+//   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is
+//      the entry pool. Live blocks of owned pools are the tree's and what the caller took there.
 //
 // A kind of key takes part with a policy, which has the names that core/key_store.h lists and
 //   Tree, Entry, Record, Cursor         the records
-//   with_order(tree, key, use)          calls `use` with an order: order(child) compares the key of an entry or a
-//                                       record with the searched key
+//   with_order(tree, key, use)          calls `use` with an order: order(child) compares the key of an entry
+//                                       or a record with the searched key
 //   has_name(tree, entry, child)        whether the entry has the key of the child
 //   copy_key(entry, child)              gives it that key
 //   init_keys(tree)                     the start of a tree of zeros

@@ -25,8 +25,8 @@ void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_
 
 enum class Blocks { kStayInOwnedPools, kGoBack };
 
-// Releases every table of children from `top` down; `part_with` gets every record first. What lies in owned pools goes
-// with them, unless it is to go back block by block.
+// Releases every table of children from `top` down; `part_with` gets every record first. What lies in owned
+// pools goes with them, unless it is to go back block by block.
 template <class Kind, class PartWith>
 void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with,
                 Blocks blocks = Blocks::kStayInOwnedPools) {

@@ -1,9 +1,10 @@
-// The one search among the children of an entry, and the way down that it leads. Another layout of the search keys, such
-// as copies of them side by side after the table of children, would be read here and nowhere else.
+// The one search among the children of an entry, and the way down that it leads. Another layout of the
+// search keys, such as copies of them side by side after the table of children, would be read here and
+// nowhere else.
 //
-// An order is called with a child, and compares the child's key with the searched one: it is inlined into the loop. Its
-// kByQuarters asks for a search without branches: for orders that have none themselves, in which no keys contradict each
-// other, and for trees that stay in a cache.
+// An order is called with a child, and compares the child's key with the searched one: it is inlined into
+// the loop. Its kByQuarters asks for a search without branches: for orders that have none themselves, in
+// which no keys contradict each other, and for trees that stay in a cache.
 #ifndef MUB_BTREE_NODE_SEARCH_H
 #define MUB_BTREE_NODE_SEARCH_H
 
@@ -17,9 +18,9 @@ namespace mub::bplus {
 // So many children are looked at one by one.
 constexpr int64_t kFewChildren = 8;
 
-// Cuts the children into four parts at a time, whose last keys are loaded side by side. Halving mispredicts every other
-// branch, but what it loads ahead on the way that it predicts is worth more when the keys are not in a cache. A call per
-// level would be a fifth of an insertion's time.
+// Cuts the children into four parts at a time, whose last keys are loaded side by side. Halving mispredicts
+// every other branch, but what it loads ahead on the way that it predicts is worth more when the keys are
+// not in a cache. A call per level would be a fifth of an insertion's time.
 template <class Child, class Order>
 __attribute__((always_inline)) inline Spot search_by_quarters(const mub_arrays &children,
                                                               const Order &order) {
@@ -51,8 +52,8 @@ Spot search(const mub_arrays &children, const Order &order) {
   }
 }
 
-// Goes down to the only leaf that can hold the key, and searches it. A key above all others goes with the last children.
-// Entries that were emptied by themselves end it.
+// Goes down to the only leaf that can hold the key, and searches it. A key above all others goes with the
+// last children. Entries that were emptied by themselves end it.
 template <class Record, class Entry, class Order>
 Spot descend(const Entry *&entry, const Order &order) {
   while (entry->level > 0 && entry->children.count > 0) {

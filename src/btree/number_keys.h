@@ -26,7 +26,8 @@ struct Numbers64 {
   static constexpr uint32_t kFloat = 6;
 };
 
-// Stored bits against those of a searched key. With the sign bit flipped, signed numbers order as unsigned ones do.
+// Stored bits against those of a searched key. With the sign bit flipped, signed numbers order as unsigned
+// ones do.
 template <class Bits>
 struct IntegerComparison {
   static constexpr bool kBranchFree = true;

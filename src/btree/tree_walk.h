@@ -1,5 +1,5 @@
-// Ways through a B+-tree along its links: children, parents, neighbouring leaves, whole subtrees. Positions among
-// siblings are found by address, so that nothing here compares keys, and nothing recurses.
+// Ways through a B+-tree along its links: children, parents, neighbouring leaves, whole subtrees. Positions
+// among siblings are found by address, so that nothing here compares keys, and nothing recurses.
 #ifndef MUB_BTREE_TREE_WALK_H
 #define MUB_BTREE_TREE_WALK_H
 
@@ -101,8 +101,9 @@ void prefetch_leaves(const Entry &above, int64_t index) {
   prefetch(entry_at(above, index + kPrefetchLeaves / 2)->children.items);
 }
 
-// Calls `visit` with every entry below `top` and then with `top`: children before their parent, in key order. It may
-// return the entry's children to their pools, and the entry itself: what comes next is looked up before.
+// Calls `visit` with every entry below `top` and then with `top`: children before their parent, in key
+// order. It may return the entry's children to their pools, and the entry itself: what comes next is looked
+// up before.
 template <class Entry, class Visit>
 void for_each_from_below(Entry &top, Visit visit) {
   Entry *entry = first_above_leaves(top);
@@ -119,8 +120,8 @@ void for_each_from_below(Entry &top, Visit visit) {
   visit(top);
 }
 
-// The entry after another one in a walk that meets parents before their children and stays below `top`; nullptr at
-// its end. Leaves are left out unless `with_leaves`.
+// The entry after another one in a walk that meets parents before their children and stays below `top`;
+// nullptr at its end. Leaves are left out unless `with_leaves`.
 template <class Entry>
 Entry *next_from_above(const Entry &entry, const Entry &top, bool with_leaves) {
   if (entry.level > (with_leaves ? 0 : 1) && entry.children.count > 0) return entry_at(entry, 0);

@@ -11,8 +11,8 @@
 
 namespace mub {
 
-// Room for `count` units of `unit_bytes`, its content undefined; nullptr when the size is negative, is more than the
-// machine can address, or memory runs out.
+// Room for `count` units of `unit_bytes`, its content undefined; nullptr when the size is negative, is more
+// than the machine can address, or memory runs out.
 inline void *allocate(int64_t count, int64_t unit_bytes) {
   ptrdiff_t size_bytes;
   if (count < 0 || unit_bytes < 0 || __builtin_mul_overflow(count, unit_bytes, &size_bytes)) return nullptr;
@@ -34,9 +34,9 @@ inline void *allocate_zeroed(int64_t count, int64_t unit_bytes) {
 
 inline void release(void *block) { std::free(block); }
 
-// A block of `count` units that begins with the `old_count` of `old`, zero after them; `old`, which may be null, is
-// released. nullptr when memory runs out, `old` then untouched. A fresh block and not realloc: callers of the library
-// may rely on the address changing.
+// A block of `count` units that begins with the `old_count` of `old`, zero after them; `old`, which may be
+// null, is released. nullptr when memory runs out, `old` then untouched. A fresh block and not realloc:
+// callers of the library may rely on the address changing.
 inline void *regrown(void *old, int64_t old_count, int64_t count, int64_t unit_bytes) {
   if (old == nullptr) return allocate_zeroed(count, unit_bytes);
   void *block = allocate(count, unit_bytes);

@@ -1,5 +1,6 @@
-// Comparing and searching counted bytes. Bytes compare as unsigned values; indexes are -1 where there is none; a
-// count below 1 is an empty range, which is never read. Everything is inlined into comparers and key tests.
+// Comparing and searching counted bytes. Bytes compare as unsigned values; indexes are -1 where there is
+// none; a count below 1 is an empty range, which is never read. Everything is inlined into comparers and key
+// tests.
 #ifndef MUB_CORE_BYTES_H
 #define MUB_CORE_BYTES_H
 
@@ -196,8 +197,8 @@ inline uint64_t difference_at(const uint8_t *a, const uint8_t *b, int64_t offset
   return load<uint64_t>(a + offset) ^ load<uint64_t>(b + offset);
 }
 
-// Whether `count` bytes are equal; for keys, which are short. Overlapping words cover each range of lengths without
-// a loop or a branch on the length, which would be mispredicted as often as not.
+// Whether `count` bytes are equal; for keys, which are short. Overlapping words cover each range of lengths
+// without a loop or a branch on the length, which would be mispredicted as often as not.
 inline bool equal(const void *a, const void *b, int64_t count) {
   const uint8_t *left = as_bytes(a);
   const uint8_t *right = as_bytes(b);

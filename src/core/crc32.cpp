@@ -11,7 +11,8 @@ namespace mub {
 namespace crc {
 namespace {
 
-// after[k][b]: the register after byte b and k zero bytes. after[0] is the classic table of the byte-wise loop.
+// after[k][b]: the register after byte b and k zero bytes. after[0] is the classic table of the byte-wise
+// loop.
 struct Tables {
   uint32_t after[16][256];
 };
@@ -78,8 +79,8 @@ uint8_t xor_of_bytes(const uint8_t *bytes, int64_t length) {
 }  // namespace
 }  // namespace crc
 
-// Lowered piece by piece. Only the first piece may be short, so that the register so far, which a hash takes in
-// with its first four bytes, always finds them.
+// Lowered piece by piece. Only the first piece may be short, so that the register so far, which a hash takes
+// in with its first four bytes, always finds them.
 uint32_t key_hash_nocase(const void *bytes, int64_t length) {
   constexpr int64_t kPiece = 64;
   const uint8_t *byte = bytes::as_bytes(bytes);

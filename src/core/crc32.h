@@ -9,7 +9,8 @@
 
 namespace mub {
 
-// The hash of a key: the register started at 0 and not inverted, so leading zero bytes do not count. A length below 1 gives 0.
+// The hash of a key: the register started at 0 and not inverted, so leading zero bytes do not count. A
+// length below 1 gives 0.
 inline uint32_t key_hash(const void *bytes, int64_t length) {
   if (length < 1) return 0;
 #if MUB_CRC_X86

@@ -1,7 +1,7 @@
 // Computes the CRC-32 constants at compile time.
 //
-// A register stands for a polynomial over GF(2) of degree below 32, reflected: bit 0 is the coefficient of x^31,
-// bit 31 that of x^0. The modulus is P = x^32 + kPolynomial.
+// A register stands for a polynomial over GF(2) of degree below 32, reflected: bit 0 is the coefficient of
+// x^31, bit 31 that of x^0. The modulus is P = x^32 + kPolynomial.
 #ifndef MUB_CORE_CRC32_MATH_H
 #define MUB_CORE_CRC32_MATH_H
 
@@ -25,8 +25,8 @@ constexpr uint32_t power_of_x(int exponent) {
   return power;
 }
 
-// floor(x^96 / P) without its coefficient of x^0, reflected: bit 0 is the coefficient of x^64. It comes out of a
-// long division bit by bit; what is left after the first step is x^32 mod P, which is kPolynomial.
+// floor(x^96 / P) without its coefficient of x^0, reflected: bit 0 is the coefficient of x^64. It comes out
+// of a long division bit by bit; what is left after the first step is x^32 mod P, which is kPolynomial.
 constexpr uint64_t quotient_of_x96() {
   uint64_t quotient = 1;
   uint32_t rest = kPolynomial;
@@ -37,8 +37,8 @@ constexpr uint64_t quotient_of_x96() {
   return quotient;
 }
 
-// What a start of all ones, and inverting the end, change in the register after 0, 1, 2 … bytes. It is linear in what
-// it starts with, so this turns the hash of a run, which starts at 0, into its checksum.
+// What a start of all ones, and inverting the end, change in the register after 0, 1, 2 … bytes. It is
+// linear in what it starts with, so this turns the hash of a run, which starts at 0, into its checksum.
 constexpr int64_t kShortBytes = 512;
 
 struct ShareOfOnes {

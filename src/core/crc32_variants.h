@@ -1,5 +1,5 @@
-// The ways to compute the CRC-32 register. crc32.cpp chooses among them at run time by what the processor can do;
-// the tests run every one that it can.
+// The ways to compute the CRC-32 register. crc32.cpp chooses among them at run time by what the processor
+// can do; the tests run every one that it can.
 #ifndef MUB_CORE_CRC32_VARIANTS_H
 #define MUB_CORE_CRC32_VARIANTS_H
 
@@ -13,8 +13,8 @@
 
 namespace mub::crc {
 
-// The register after `length` >= 1 bytes, started at `ones`, which is 0 or has all bits set, and xored with it at the
-// end: with 0 the hash of a key, with all ones the checksum.
+// The register after `length` >= 1 bytes, started at `ones`, which is 0 or has all bits set, and xored with
+// it at the end: with 0 the hash of a key, with all ones the checksum.
 using ChecksumFn = uint32_t (*)(uint32_t ones, const uint8_t *bytes, int64_t length);
 
 // Sixteen table look-ups for sixteen bytes, on any processor.

@@ -1,8 +1,9 @@
 // CRC-32 by carry-less multiplication.
 //
-// Bytes are a polynomial over GF(2); the register after them, started at 0, is that polynomial times x^32 modulo P.
-// Loaded little-endian, bits stand in the reflected order of the register: the first bit has the highest degree.
-// So leading zero bytes change nothing, and a run of any length is taken right-aligned, in 16-byte blocks:
+// Bytes are a polynomial over GF(2); the register after them, started at 0, is that polynomial times x^32
+// modulo P. Loaded little-endian, bits stand in the reflected order of the register: the first bit has the
+// highest degree. So leading zero bytes change nothing, and a run of any length is taken right-aligned, in
+// 16-byte blocks:
 //
 //        first block, zeros in front              last block
 //     [ 0 0 0 0 0 b0 b1 … ] [ L ······ H ] … [ L ······ H ]          each block is L * x^64 + H
@@ -13,16 +14,17 @@
 //                               |
 //                        V, of 96 bits, congruent to the result
 //
-// All products are independent, so up to 32 blocks (kShortBytes) cost little more than one. V is reduced after
-// Barrett: with A its upper 64 bits, q = floor(A * x^32 / P) = floor(A * floor(x^96 / P) / x^64) is exact for
-// polynomials, and the result is the low 32 bits of V + q * P.
+// All products are independent, so up to 32 blocks (kShortBytes) cost little more than one. V is reduced
+// after Barrett: with A its upper 64 bits, q = floor(A * x^32 / P) = floor(A * floor(x^96 / P) / x^64) is
+// exact for polynomials, and the result is the low 32 bits of V + q * P.
 //
 // Longer runs keep 4 accumulators, of 16 or of 64 bytes, and move them on together: an accumulator that is
-// multiplied by x^512 (or x^2048) mod P takes in the bytes that come 64 (or 256) later. At the end they are short
-// runs themselves, and go the way above.
+// multiplied by x^512 (or x^2048) mod P takes in the bytes that come 64 (or 256) later. At the end they are
+// short runs themselves, and go the way above.
 //
-// Multiplying reflected words of 64 and 33 bits gives bit k the degree 95 - k: V in its place. In the folding, where
-// the places of a 128-bit block are wanted, bit k of degree 127 - k, the constants are lower by 32.
+// Multiplying reflected words of 64 and 33 bits gives bit k the degree 95 - k: V in its place. In the
+// folding, where the places of a 128-bit block are wanted, bit k of degree 127 - k, the constants are lower
+// by 32.
 #include "core/crc32_variants.h"
 
 #if MUB_CRC_X86
@@ -187,8 +189,8 @@ MUB_TARGET_512 MUB_ALWAYS_INLINE uint32_t reduced_quarters(__m512i v) {
                                _mm_xor_si128(quarter<2>(v), quarter<3>(v))));
 }
 
-// 1 to 64 bytes at the end of four blocks. The load reaches to before the bytes, but what its mask leaves out is
-// not touched, whatever lies there.
+// 1 to 64 bytes at the end of four blocks. The load reaches to before the bytes, but what its mask leaves
+// out is not touched, whatever lies there.
 MUB_TARGET_512 MUB_ALWAYS_INLINE __m512i right_aligned_512(const uint8_t *bytes, int64_t length) {
   const int64_t zeros = kWideBytes - length;
   return _mm512_maskz_loadu_epi8(~uint64_t{0} << zeros, bytes - zeros);

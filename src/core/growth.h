@@ -10,8 +10,8 @@ namespace mub {
 // Larger wishes are failed allocations; below it, rounding up cannot overflow.
 constexpr int64_t kMaxUnits = INT64_MAX - 64;
 
-// Streams and strings grow by half their length (at least 8 and at most 8 Mi units, and on their own only up to
-// 2^31 - 1), or to `wanted` when that is more. The caller rounds the result to its own allocation step.
+// Streams and strings grow by half their length (at least 8 and at most 8 Mi units, and on their own only up
+// to 2^31 - 1), or to `wanted` when that is more. The caller rounds the result to its own allocation step.
 inline int64_t grown_units(int64_t length, int64_t capacity, int64_t wanted) {
   const int64_t step = std::clamp<int64_t>(length / 2, 8, 0x800000);
   const int64_t headroom = int64_t{0x7FFFFFFF} - capacity;

@@ -7,7 +7,8 @@
 
 namespace mub {
 
-// Bytes are taken as unsigned values. Made anew for every run, because the program may change its locale in between.
+// Bytes are taken as unsigned values. Made anew for every run, because the program may change its locale in
+// between.
 class Lowering {
  public:
 #if defined(__GLIBC__)

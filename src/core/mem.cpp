@@ -10,7 +10,8 @@
 namespace mub {
 namespace {
 
-// Distances are computed from the low 32 bits of addresses. The distance of -2^31, which has no positive counterpart, is far.
+// Distances are computed from the low 32 bits of addresses. The distance of -2^31, which has no positive
+// counterpart, is far.
 bool is_near(const void *a, const void *b) {
   const auto low_a = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(a));
   const auto low_b = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(b));
@@ -34,8 +35,8 @@ int64_t overlapping_rise(const void *destination, const void *source, int64_t co
   return rise < static_cast<uintptr_t>(count) ? static_cast<int64_t>(rise) : 0;
 }
 
-// Copying 8 bytes at a time from low addresses to high reads what it wrote only where the destination starts inside
-// the source, 8 bytes or more above it; every other copy ends as memmove's.
+// Copying 8 bytes at a time from low addresses to high reads what it wrote only where the destination starts
+// inside the source, 8 bytes or more above it; every other copy ends as memmove's.
 void copy(void *destination, const void *source, int64_t count) {
   if (count < 1) return;
   const int64_t rise = is_near(destination, source) ? 0 : overlapping_rise(destination, source, count);
@@ -46,7 +47,8 @@ void copy(void *destination, const void *source, int64_t count) {
   }
 }
 
-// The vacated bytes are those after the destination, or before it; the whole source when the ranges are disjoint.
+// The vacated bytes are those after the destination, or before it; the whole source when the ranges are
+// disjoint.
 void clear_vacated(const void *destination, void *source, int64_t count) {
   const auto to = reinterpret_cast<uintptr_t>(destination);
   const auto from = reinterpret_cast<uintptr_t>(source);

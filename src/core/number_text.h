@@ -1,4 +1,5 @@
-// Numbers in text, both ways. The grammars know digits, '-' and '.' alone: no white space, '+', exponent or locale.
+// Numbers in text, both ways. The grammars know digits, '-' and '.' alone: no white space, '+', exponent or
+// locale.
 //
 //   integer   -? digit+
 //   decimal   -? digit+ ( '.' digit* )?
@@ -63,7 +64,8 @@ inline Decimal scan_decimal(const char *text, int64_t length) {
 // After so many divisions even a 9 has become 0.
 constexpr int64_t kFractionPlaces = 325;
 
-// kTenths.of[k][d] is d divided by 10.0 k times over. Each division rounds, so that the powers of ten would not do.
+// kTenths.of[k][d] is d divided by 10.0 k times over. Each division rounds, so that the powers of ten would
+// not do.
 struct Tenths {
   static constexpr int64_t kPlaces = 20;
   double of[kPlaces + 1][10] = {};
@@ -83,8 +85,9 @@ inline double fraction_digit(char c, int64_t place) {
   return value;
 }
 
-// The value of a decimal number. Callers differ in how a digit before the point is taken in, and so in how numbers
-// past 2^53 round: `take_in(value, code)` gives the value with one more digit, of that character code.
+// The value of a decimal number. Callers differ in how a digit before the point is taken in, and so in how
+// numbers past 2^53 round: `take_in(value, code)` gives the value with one more digit, of that character
+// code.
 template <class TakeIn>
 double parse_decimal(const char *text, int64_t length, TakeIn take_in) {
   const Decimal parts = scan_decimal(text, length);
@@ -116,8 +119,8 @@ inline int64_t digit_count(uint64_t magnitude) {
   return at_least + (magnitude >= kPowersOfTen.of[at_least] ? 1 : 0);
 }
 
-// An integer in decimal digits. The length is known first, so that the digits are written where they belong: read
-// back from a buffer of their own they would wait for the narrow stores just made.
+// An integer in decimal digits. The length is known first, so that the digits are written where they belong:
+// read back from a buffer of their own they would wait for the narrow stores just made.
 class IntegerText {
  public:
   static constexpr int64_t kMaxLength = 20;

@@ -1,5 +1,5 @@
-// The packed integers: how long a value is comes from its highest bit, how long a field is from its first byte;
-// the bytes in between are moved as one word.
+// The packed integers: how long a value is comes from its highest bit, how long a field is from its first
+// byte; the bytes in between are moved as one word.
 #include <algorithm>
 
 #include "core/cursor.h"
@@ -12,8 +12,8 @@ namespace {
 // How many bits a value needs; 1 for 0.
 int bit_width(uint64_t value) { return 64 - __builtin_clzll(value | 1); }
 
-// Words and dwords are stored highest byte first, below a tag in the top bits: 1 bit that counts the further bytes
-// of a word, 2 bits that count those of a dword.
+// Words and dwords are stored highest byte first, below a tag in the top bits: 1 bit that counts the further
+// bytes of a word, 2 bits that count those of a dword.
 template <int kTagBits>
 struct TaggedClass {
   static constexpr int kMaxBytes = 1 << kTagBits;
@@ -39,8 +39,8 @@ struct TaggedClass {
   }
 
  private:
-  // Four bytes, highest first. The spare bytes after the content take part; after the capacity, and before the
-  // block, there are zeros.
+  // Four bytes, highest first. The spare bytes after the content take part; after the capacity, and before
+  // the block, there are zeros.
   static uint32_t load_padded(const mub_stream &stream, int64_t at) {
     if (at >= 0 && stream.capacity - at >= 4) {
       return __builtin_bswap32(static_cast<uint32_t>(load_little<4>(stream.data + at)));
@@ -57,8 +57,9 @@ struct TaggedClass {
 using PackedWord = TaggedClass<1>;
 using PackedDword = TaggedClass<2>;
 
-// The further bytes of an lword as one little-endian word. With 1 to 7 of them the low 32 bits, when they take part,
-// come last; before them stand the bits above, of which three bytes are rotated: the highest one goes first.
+// The further bytes of an lword as one little-endian word. With 1 to 7 of them the low 32 bits, when they
+// take part, come last; before them stand the bits above, of which three bytes are rotated: the highest one
+// goes first.
 uint64_t swapped_groups(uint64_t value, int further) {
   const int high_bytes = further & 3;
   const uint64_t high = further >= 4 ? value >> 32 : value;

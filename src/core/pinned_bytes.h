@@ -10,8 +10,9 @@
 
 namespace mub {
 
-// Whether [bytes, bytes + size_bytes) touches [buffer, buffer + buffer_bytes). Addresses are compared as numbers,
-// because ordering pointers into different blocks is undefined, and by differences, which cannot wrap wrongly.
+// Whether [bytes, bytes + size_bytes) touches [buffer, buffer + buffer_bytes). Addresses are compared as
+// numbers, because ordering pointers into different blocks is undefined, and by differences, which cannot
+// wrap wrongly.
 inline bool overlaps(const void *bytes, uint64_t size_bytes, const void *buffer, uint64_t buffer_bytes) {
   const auto first = reinterpret_cast<uintptr_t>(bytes);
   const auto own = reinterpret_cast<uintptr_t>(buffer);

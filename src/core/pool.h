@@ -52,7 +52,8 @@ inline uint64_t chunk_bytes(const mub_pool &pool) {
 inline void *take(mub_pool *pool) {
   if (pool == nullptr || pool->block_size == 0) return nullptr;
   if (pool->free_count > 0) {
-    // A page that is empty goes first, and so does an address foreign to its source, which a clone has left out.
+    // A page that is empty goes first, and so does an address foreign to its source, which a clone has left
+    // out.
     void *block = pool->free_used > 0 ? free_page(*pool, pool->free_count - 1)[pool->free_used - 1] : nullptr;
     if (block == nullptr) return take_slowly(*pool);
     --pool->free_used;
@@ -75,7 +76,8 @@ inline void give(mub_pool *pool, void *block) {
   --pool->live_count;
 }
 
-// How far ahead a walk over the chunks fetches, and how much of a chunk: after its start the processor foresees the rest.
+// How far ahead a walk over the chunks fetches, and how much of a chunk: after its start the processor
+// foresees the rest.
 constexpr int64_t kPrefetchChunks = 8;
 constexpr uint64_t kPrefetchBytes = 1024;
 
@@ -85,8 +87,8 @@ inline void prefetch_chunk(const mub_pool &pool, int64_t chunk) {
   prefetch(pool.chunks[chunk], static_cast<int64_t>(std::min(chunk_bytes(pool), kPrefetchBytes)));
 }
 
-// Calls `visit` with every block that was ever taken, free ones included, in the order of memory: several times faster
-// than following the links of a structure that fills the pool.
+// Calls `visit` with every block that was ever taken, free ones included, in the order of memory: several
+// times faster than following the links of a structure that fills the pool.
 template <class Block, class Visit>
 void for_each_block(const mub_pool &pool, Visit visit) {
   for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {

@@ -8,8 +8,8 @@ namespace mub {
 
 constexpr int64_t kCacheLineBytes = 64;
 
-// Any address will do. The empty statement stands for an effect: calls of functions that only fetch would otherwise be
-// taken for calls of functions that do nothing, and vanish.
+// Any address will do. The empty statement stands for an effect: calls of functions that only fetch would
+// otherwise be taken for calls of functions that do nothing, and vanish.
 inline void prefetch(const void *address) {
   __builtin_prefetch(address);
   __asm__ volatile("");

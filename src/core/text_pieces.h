@@ -11,8 +11,8 @@
 
 namespace mub::pieces {
 
-// Calls take(piece, length) with each piece, white space around it cut off, until it gives false; true when it took
-// all of them. Empty ones count, but for the last.
+// Calls take(piece, length) with each piece, white space around it cut off, until it gives false; true when
+// it took all of them. Empty ones count, but for the last.
 template <class Take>
 bool for_each(const char *text, int64_t length, int separator, Take take) {
   while (text != nullptr && length > 0) {
@@ -58,9 +58,10 @@ struct Extent {
   }
 };
 
-// Makes `out` hold the pieces that walk(visit) visits, with a separator between each two: all of them, or what it held
-// before when memory runs out; so the whole growth, first to `room`, then piece by piece, is found beforehand.
-// Empty pieces at the front leave no trace, as no separator is put before the first character.
+// Makes `out` hold the pieces that walk(visit) visits, with a separator between each two: all of them, or
+// what it held before when memory runs out; so the whole growth, first to `room`, then piece by piece, is
+// found beforehand. Empty pieces at the front leave no trace, as no separator is put before the first
+// character.
 template <class Walk>
 void join(mub_string &out, int64_t room, int separator, Walk walk) {
   Extent extent = {out.capacity};

@@ -25,8 +25,8 @@ int64_t find_among_few(const uint8_t *data, int64_t count, const uint8_t *patter
 
 #if defined(__x86_64__)
 
-// pair_matches: bit k is set where a[k] == x and b[k] == y. The functions carry their own target, so that they
-// inline into the search made for that target and into no other.
+// pair_matches: bit k is set where a[k] == x and b[k] == y. The functions carry their own target, so that
+// they inline into the search made for that target and into no other.
 struct Sse2 {
   static constexpr int64_t kWidth = kSse2Starts;
   static uint32_t pair_matches(const uint8_t *a, uint8_t x, const uint8_t *b, uint8_t y) {
@@ -55,8 +55,8 @@ struct Avx2 {
   }
 };
 
-// A vector of positions is looked at together: first where the pattern's first and last byte match, then, and in
-// most texts rarely, where its second and middle byte do too. What is left is compared whole.
+// A vector of positions is looked at together: first where the pattern's first and last byte match, then,
+// and in most texts rarely, where its second and middle byte do too. What is left is compared whole.
 template <class Vector>
 class Search {
  public:
@@ -105,9 +105,9 @@ class Search {
     return true;
   }
 
-  // Texts that keep looking like the pattern would make the work the product of both lengths. memmem, slower in
-  // any other text, copes with these, so false matches are counted against the bytes searched, each for what its
-  // comparison may have taken.
+  // Texts that keep looking like the pattern would make the work the product of both lengths. memmem, slower
+  // in any other text, copes with these, so false matches are counted against the bytes searched, each for
+  // what its comparison may have taken.
   bool was_one_too_many(int64_t position) {
     constexpr int64_t kPatience = 512;
     false_work_ += 1 + length_ / 16;

@@ -1,5 +1,6 @@
-// What every kind of text shares, owned or viewed, of bytes or of wide units: finding the content between white
-// space, and searching a span. A span is a pointer and a count of units; nullptr and counts below 1 are empty.
+// What every kind of text shares, owned or viewed, of bytes or of wide units: finding the content between
+// white space, and searching a span. A span is a pointer and a count of units; nullptr and counts below 1
+// are empty.
 #ifndef MUB_CORE_TEXT_SPAN_H
 #define MUB_CORE_TEXT_SPAN_H
 
@@ -27,8 +28,8 @@ struct UnitOps<char> {
   static int64_t find(const char *data, int64_t count, const char *text, int64_t length) {
     return bytes::find(data, count, text, length);
   }
-  // Looks for a NUL-terminated text, and no further than the first NUL of the span; what its block holds after the
-  // span does not matter.
+  // Looks for a NUL-terminated text, and no further than the first NUL of the span; what its block holds
+  // after the span does not matter.
   static int64_t find_terminated(const char *data, int64_t count, int64_t /*room*/, const char *text) {
     const auto length = static_cast<int64_t>(std::strlen(text));
     if (length == 0) return 0;

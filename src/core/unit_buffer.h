@@ -197,8 +197,9 @@ bool append(Record &record, const void *units, int64_t count) {
   return true;
 }
 
-// Replaces `old_count` units at `position` by `count` units. The old range may reach past the content as long as
-// the resulting length is not negative; new units that would lie past the resulting content are dropped.
+// Replaces `old_count` units at `position` by `count` units. The old range may reach past the content as
+// long as the resulting length is not negative; new units that would lie past the resulting content are
+// dropped.
 template <class Record>
 bool update(Record &record, int64_t position, int64_t old_count, const void *units, int64_t count) {
   if (position < 0 || old_count < 0 || count < 0 || position > record.length) return false;
@@ -263,8 +264,8 @@ bool mid_into(const Record &record, int64_t start, int64_t count, OutRecord &out
   return extract(record, start, std::min(count, record.length - start), out);
 }
 
-// The in-place forms differ from the copying ones: `left` ignores a negative count, `mid` a negative start, and
-// all of them an empty record, be its terminator overwritten.
+// The in-place forms differ from the copying ones: `left` ignores a negative count, `mid` a negative start,
+// and all of them an empty record, be its terminator overwritten.
 template <class Record>
 void left(Record &record, int64_t count) {
   if (record.length > count) shrink(record, count);

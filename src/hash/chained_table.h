@@ -8,8 +8,8 @@
 //   1. The number of buckets is 0, or 4 times a power of 2; so a mask takes the place of the remainder.
 //   2. An entry is in bucket (word & mask), where its word is the key's hash, or the key itself.
 //   3. A chain holds its entries in the order of their insertion.
-//   4. `count` is the number of entries in the chains, and below twice the number of buckets, unless the buckets
-//      could not be doubled.
+//   4. `count` is the number of entries in the chains, and below twice the number of buckets, unless the
+//      buckets could not be doubled.
 //
 // A kind of key takes part with a policy, which has the names that core/key_store.h lists and
 //   Table, Entry          the records
@@ -19,8 +19,8 @@
 //   matches(table, entry, word, key)    the same, after a test of the stored word: for all else
 //   store_word(entry, word)             stores the word of a new entry, where there is a field for it
 //   reserve_keys(table, bytes)          reserves memory for key bytes, if it can
-//   with_pinned(table, key, use)        calls `use` with a key that stays valid while the key storage moves; nullptr
-//                                       without memory for that
+//   with_pinned(table, key, use)        calls `use` with a key that stays valid while the key storage moves;
+//                                       nullptr without memory for that
 // A removed entry still says what its key was: erase_key does not reset it.
 #ifndef MUB_HASH_CHAINED_TABLE_H
 #define MUB_HASH_CHAINED_TABLE_H
@@ -72,7 +72,8 @@ void prefetch_chain(const mub_arrays &buckets, int64_t bucket) {
 
 // ---- chains
 
-// A place in a chain: an entry, and the one before it (none at the head). Both are missing in an empty bucket.
+// A place in a chain: an entry, and the one before it (none at the head). Both are missing in an empty
+// bucket.
 template <class Entry>
 struct Place {
   Entry *entry;
@@ -281,7 +282,8 @@ EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
   return entry;
 }
 
-// Unlinks the entry of a key and deletes its key bytes; counting it down and returning its block is the caller's.
+// Unlinks the entry of a key and deletes its key bytes; counting it down and returning its block is the
+// caller's.
 template <class Kind>
 EntryOf<Kind> *detach(TableOf<Kind> &table, KeyOf<Kind> key) {
   if (table.buckets.count < 1) return nullptr;

@@ -1,6 +1,8 @@
 // The engine of the lists: pooled entries, linked both ways.
 //
-//   list   head ──► entry ◄──► entry ◄──► entry ◄── tail          prev of the head and next of the tail are null
+//   list   head ──► entry ◄──► entry ◄──► entry ◄── tail
+//
+// prev of the head and next of the tail are null.
 //
 // Invariants:
 //   1. head and tail are null together; from either, the links lead to the other.
@@ -9,8 +11,8 @@
 //   4. The key of every entry lies in the key storage, where there is one, which holds nothing else.
 //   5. Entries are blocks of the entry pool.
 //
-// A list takes part by specialising ChainPolicy where it has keys, or several values an entry. A policy has the names
-// that core/key_store.h lists and
+// A list takes part by specialising ChainPolicy where it has keys, or several values an entry. A policy has
+// the names that core/key_store.h lists and
 //   Entry                             the record
 //   retract_key(list, entry)          takes back the key that was stored last
 //   release_values(list, entry, release_it)   releases what an entry holds
@@ -189,8 +191,8 @@ void retract(List &list, End end, int64_t count) {
   }
 }
 
-// Adds copies of another list's entries, in their order; all or none. The list may be its own source, whose entries
-// are then those that it has at the start.
+// Adds copies of another list's entries, in their order; all or none. The list may be its own source, whose
+// entries are then those that it has at the start.
 template <class List>
 void add_list(List &list, const List &source, End end) {
   const int64_t old_count = list.count;

@@ -15,8 +15,9 @@
 namespace mub {
 namespace {
 
-// One conversion of a format, from its percent sign on: flags, a width, a precision, a size and a type. Whatever breaks
-// this order, a '$' too, is taken for the type, and is none: runtimes print such a sign as it stands, or fail.
+// One conversion of a format, from its percent sign on: flags, a width, a precision, a size and a type.
+// Whatever breaks this order, a '$' too, is taken for the type, and is none: runtimes print such a sign as
+// it stands, or fail.
 struct Conversion {
   explicit Conversion(const char *percent) {
     const char *at = percent + 1;
@@ -64,7 +65,8 @@ struct Conversion {
     return at;
   }
 
-  // Switches, which become tests of bits, and no searches in lists of characters: most formats print little, and soon.
+  // Switches, which become tests of bits, and no searches in lists of characters: most formats print little,
+  // and soon.
   static bool is_flag(char c) {
     switch (c) {
       case '-':
@@ -210,9 +212,9 @@ struct Estimate {
   bool is_plain = true;  // Nothing prints more than was estimated, nor otherwise than print_plain does.
 };
 
-// The length of the format, the text of every plain %s, and kUnmeasured for every other percent sign but one at the
-// very end; the second one of a "%%" is a sign like any other, though no text is measured for it. The format is plain when
-// all its conversions are, and every text is there.
+// The length of the format, the text of every plain %s, and kUnmeasured for every other percent sign but one
+// at the very end; the second one of a "%%" is a sign like any other, though no text is measured for it. The
+// format is plain when all its conversions are, and every text is there.
 Estimate estimate(const char *format, va_list list) {
   va_list copy;
   va_copy(copy, list);

@@ -1,5 +1,6 @@
-// The engine of the strings: what text asks of a growable run of units beyond core/unit_buffer.h. Bytes and wide
-// units differ in their UnitOps alone. Counts are negative where a text is to be measured, unless said otherwise.
+// The engine of the strings: what text asks of a growable run of units beyond core/unit_buffer.h. Bytes and
+// wide units differ in their UnitOps alone. Counts are negative where a text is to be measured, unless said
+// otherwise.
 #ifndef MUB_TEXT_TEXT_BUFFER_H
 #define MUB_TEXT_TEXT_BUFFER_H
 
@@ -98,7 +99,8 @@ struct Piece {
   int64_t length;
 };
 
-// Fills `built` with the content of `record` in which next() has replaced each marker, and counts them in `hits`.
+// Fills `built` with the content of `record` in which next() has replaced each marker, and counts them in
+// `hits`.
 template <class Record, class Next>
 bool build_substituted(const Record &record, const UnitOf<Record> *marker, int64_t marker_length, Next next,
                        Record &built, int64_t &hits) {
@@ -117,8 +119,8 @@ bool build_substituted(const Record &record, const UnitOf<Record> *marker, int64
   return buffer::append(built, record.data + position, record.length - position);
 }
 
-// Replaces each occurrence of the terminated text `marker` by the piece that next() gives for it, until there are no
-// more of either: all of them, or none when memory runs out. Gives the number of replacements.
+// Replaces each occurrence of the terminated text `marker` by the piece that next() gives for it, until
+// there are no more of either: all of them, or none when memory runs out. Gives the number of replacements.
 template <class Record, class Next>
 int64_t substitute(Record &record, const UnitOf<Record> *marker, Next next) {
   const int64_t marker_length = OpsOf<Record>::measured(marker, -1);

@@ -1,8 +1,8 @@
 // Units of 16 bits for the engine of the strings.
 //
-// A wide text without a count is one of the platform's wide characters, of 16 or of 32 bits: in the latter case a
-// character spans two units, and a text is measured and searched two units at a time. Texts are aligned for units
-// alone, so that characters are loaded as bytes.
+// A wide text without a count is one of the platform's wide characters, of 16 or of 32 bits: in the latter
+// case a character spans two units, and a text is measured and searched two units at a time. Texts are
+// aligned for units alone, so that characters are loaded as bytes.
 #ifndef MUB_TEXT_WIDE_UNITS_H
 #define MUB_TEXT_WIDE_UNITS_H
 
@@ -37,8 +37,9 @@ inline int64_t char_count(const uint16_t *text, int64_t max_count = INT64_MAX) {
   return count;
 }
 
-// The first index at which `length` words, at least one, occur among `count`. Occurrences that begin within a word are
-// none. Where they keep coming, each after a search of its own, the rest is left to the search for hostile texts.
+// The first index at which `length` words, at least one, occur among `count`. Occurrences that begin within
+// a word are none. Where they keep coming, each after a search of its own, the rest is left to the search
+// for hostile texts.
 template <class Word>
 int64_t find_words(const uint16_t *data, int64_t count, const uint16_t *words, int64_t length) {
   constexpr int64_t size = sizeof(Word);
@@ -82,8 +83,9 @@ struct UnitOps<uint16_t> {
   static int64_t find(const uint16_t *data, int64_t count, const uint16_t *text, int64_t length) {
     return wide::find_words<uint16_t>(data, count, text, std::max<int64_t>(length, 1));
   }
-  // Looks for a text of wide characters, no further than the first character of 0. A terminator of one unit may be
-  // half a character, so that the search ends with the `room` units of the block; but a hit begins in the span.
+  // Looks for a text of wide characters, no further than the first character of 0. A terminator of one unit
+  // may be half a character, so that the search ends with the `room` units of the block; but a hit begins in
+  // the span.
   static int64_t find_terminated(const uint16_t *data, int64_t count, int64_t room, const uint16_t *text) {
     const int64_t length = wide::char_count(text);
     if (length == 0) return 0;

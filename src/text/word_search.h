@@ -1,5 +1,6 @@
-// Searching a run of words for a pattern in time that is linear in both lengths, whatever the words are: the two-way
-// algorithm. It reads the words one by one, and so takes longer than a search by vectors in all but hostile texts.
+// Searching a run of words for a pattern in time that is linear in both lengths, whatever the words are: the
+// two-way algorithm. It reads the words one by one, and so takes longer than a search by vectors in all but
+// hostile texts.
 #ifndef MUB_TEXT_WORD_SEARCH_H
 #define MUB_TEXT_WORD_SEARCH_H
 

@@ -1,17 +1,19 @@
 // What the two kinds of trees share: one walk, and what is made of it, releasing and copying.
 //
-//   entry ──first──► branch ──next──► branch ──next──► branch        the children of its ring; or its left child, its
-//     ▲                │ parent         │ parent         │ parent     right child and its next equal
+//   entry ──first──► branch ──next──► branch ──next──► branch
+//     ▲                │ parent         │ parent         │ parent
 //     └────────────────┴────────────────┴────────────────┘
 //
-// Nothing recurses: the way back of the walk is kept in the `parent` of each entry on the way down. There the parent
-// is anyway, but for an equal, whose way back is the equal before it; when the head of a chain is left, all of it gets
-// the right parent again.
+// The branches are the children of its ring; or its left child, its right child and its next equal.
+//
+// Nothing recurses: the way back of the walk is kept in the `parent` of each entry on the way down. There
+// the parent is anyway, but for an equal, whose way back is the equal before it; when the head of a chain is
+// left, all of it gets the right parent again.
 //
 // Invariants:
 //   1. The root lies in the tree's record and has no parent.
-//   2. Every other entry is the branch of one entry, which is its parent; the parent of an equal is that of its
-//      chain's head. Only equals may lack theirs: the walk does without.
+//   2. Every other entry is the branch of one entry, which is its parent; the parent of an equal is that of
+//      its chain's head. Only equals may lack theirs: the walk does without.
 //   3. A ring is closed in both directions, and its parent's `first_child` is on it.
 //   4. What is released with a tree is blocks of its entry pool.
 //
@@ -19,11 +21,12 @@
 //   Tree, Entry                  the records
 //   first_branch(entry)          nullptr when nothing hangs on it
 //   next_branch(above, branch)   the one after a branch, nullptr after the last
-//   copy_branches(entry, copy_of)    puts what copy_of(branch) returns, if anything, in the place of each branch
+//   copy_branches(entry, copy_of)    puts what copy_of(branch) returns, if anything, in the place of each
+//                                    branch
 //   detach(entry)                clears the links to what is above and beside
 //   set_parent(entry)            corrects what depends on an entry that has moved
-//   restore_parents(entry, above)    an entry is left: undoes what the walk did to parents; the top has no `above`
-//   share_pools(source, copy, callback)    makes a clone share the pools that its source does not own
+//   restore_parents(entry, above)    an entry is left: undoes what the walk did to parents; the top has no
+//   `above` share_pools(source, copy, callback)    makes a clone share the pools that its source does not own
 #ifndef MUB_TREE_LINKED_TREE_H
 #define MUB_TREE_LINKED_TREE_H
 
@@ -42,8 +45,8 @@ using EntryOf = typename Kind::Entry;
 template <class Kind>
 using TreeOf = typename Kind::Tree;
 
-// Calls enter(entry) before, and leave(entry, above) after, all that hangs on the entry. Entering may replace the
-// branches, leaving may release the entry.
+// Calls enter(entry) before, and leave(entry, above) after, all that hangs on the entry. Entering may
+// replace the branches, leaving may release the entry.
 template <class Kind, class Enter, class Leave>
 void walk(EntryOf<Kind> &top, Enter enter, Leave leave) {
   EntryOf<Kind> *entry = &top;
@@ -157,8 +160,8 @@ void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
 
 // ---- copies
 
-// Copies what hangs on an entry. A copy first has the branches of its source; when the walk enters it, they give way
-// to copies of their own, which are entered in their turn.
+// Copies what hangs on an entry. A copy first has the branches of its source; when the walk enters it, they
+// give way to copies of their own, which are entered in their turn.
 template <class Kind>
 class Copying {
  public:

@@ -1,4 +1,5 @@
-// mub_tree: the branches of an entry are the children on its ring; searches and paths through a caller's comparer.
+// mub_tree: the branches of an entry are the children on its ring; searches and paths through a caller's
+// comparer.
 #include <utility>
 
 #include "arrays/byte_keys.h"
@@ -144,8 +145,8 @@ void reverse(mub_arrayt &array, int64_t begin, int64_t end) {
   while (begin < --end) std::swap(words::word(array, begin++), words::word(array, end));
 }
 
-// The indexes are appended from the entry up, and come before the old words, from the top down, by turning all words
-// around and then the old ones again: the array grows as if each index were put before the others.
+// The indexes are appended from the entry up, and come before the old words, from the top down, by turning
+// all words around and then the old ones again: the array grows as if each index were put before the others.
 void prepend_path(const Entry &entry, mub_arrayt &array) {
   const int64_t old_count = array.count;
   for (const Entry *at = &entry; at != nullptr; at = at->parent) {
