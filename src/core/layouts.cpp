@@ -24,6 +24,7 @@ constexpr bool all(Promises... is_kept) {
 #define AT(offset, type, field)           \
   (offsetof(Record, field) == (offset) && \
    std::is_same_v<std::remove_reference_t<decltype((std::declval<Record &>().field))>, type>)
+// NOLINTBEGIN(bugprone-macro-parentheses): types take none.
 // Fields that several records share.
 #define BUFFER(type) AT(0, type *, data), AT(8, int64_t, length), AT(16, int64_t, capacity)
 #define SLOTS(type, slots) AT(0, type *, slots), AT(8, int64_t, count), AT(16, int64_t, capacity)
@@ -38,6 +39,7 @@ constexpr bool all(Promises... is_kept) {
 #define LINKS(offset, type) AT(offset, type *, prev), AT((offset) + 8, type *, next)
 #define ENDS(type) AT(0, type *, head), AT(8, type *, tail), AT(16, int64_t, count)
 #define CURSOR(type) AT(0, const type *, tree), AT(8, type##_entry *, leaf), AT(16, int64_t, index)
+// NOLINTEND(bugprone-macro-parentheses)
 
 LAYOUT(mub_char, 16, AT(0, char *, data), AT(8, int64_t, length));
 LAYOUT(mub_stream, 24, BUFFER(uint8_t));
