@@ -59,7 +59,7 @@ struct SlotPolicy<mub_array> : PackedKeys<mub_array> {
   static void erase_key(mub_array &array, Slot &entry) {
     keys::erase(array.keys, {entry.key_offset, entry.key_length});
   }
-  static void lower_offsets(mub_array &array, const Slot &entry) {
+  static void close_key(mub_array &array, const Slot &entry) {
     if (entry.key_length != 0) shift_keys(array, slots::used(array), key_end(entry), 0 - entry.key_length);
   }
   static bool reserve_keys_of(mub_array &array, const mub_array &source) {

@@ -21,7 +21,7 @@ void clone_slots(const Record &source, Record &copy, BlockCopies &values, const 
 // False when memory runs out; what is in the copy then is for the caller to remove.
 template <class Record>
 bool clone_content(const Record &source, Record &copy, CloneCallback &callback) {
-  if (pool_of(copy).is_owned()) callback.protect(copy.pool);
+  if (pool_of(copy).is_owned()) callback.protect(copy.pool);  // before clone_pool(), which comes first here
   BlockCopies values;
   if (!callback.clone_pool() || !values.clone(pool_of(source), pool_of(copy), callback)) return false;
   if (!expand(copy, source.capacity) || !PolicyOf<Record>::clone_keys(source, copy)) return false;

@@ -17,7 +17,8 @@
 //   store_empty_key(array, slot)     gives a new slot the empty key, for which there is always room
 //   open_key(array, slot, key)       makes room for a key before the slot's own; false when there is none
 //   place_key(array, slot, key)      then gives it to the slot, all slots (one more than count) having moved
-//   lower_offsets(array, slot)       completes erase_key for the other slots, just before the slot goes
+//   close_key(array, slot)           completes erase_key, which leaves the slot's fields for it: updates the
+//                                    other slots, just before the slot goes
 //   reserve_keys_of(array, source)   makes room for the keys of another array; false when there is none
 // Orders come with each call: order(slot) compares a slot with the searched key.
 #ifndef MUB_ARRAYS_SLOT_TABLE_H
@@ -65,7 +66,7 @@ struct SlotsWithoutStream : Keys {
     Keys::store_key(array, slot, key);
   }
   template <class Slot>
-  static void lower_offsets(Record &, const Slot &) {}
+  static void close_key(Record &, const Slot &) {}
   static bool reserve_keys_of(Record &, const Record &) { return true; }
 };
 
@@ -297,7 +298,7 @@ void append_array(Record &array, const Record &source) {
 // Closes the gap of a slot whose key is cut out. The count is made true on the way.
 template <class Record>
 void close_slot(Record &array, SlotOf<Record> *slot) {
-  PolicyOf<Record>::lower_offsets(array, *slot);
+  PolicyOf<Record>::close_key(array, *slot);
   const int64_t last = used(array) - 1;
   buffer::move_units(slot, slot + 1, last - (slot - table(array)));
   array.count = last;

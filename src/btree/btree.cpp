@@ -8,11 +8,11 @@ namespace mub {
 namespace {
 
 // Of the entries below `top`.
-void lower_names(mub_btree_entry &top, const keys::Gap &gap) {
+void lower_names(mub_btree_entry &top, keys::Range cut) {
   for (auto *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
     if (entry->level < 1) break;
     for (int64_t i = 0; i < entry->children.count; ++i) {
-      keys::lower_offset(*bplus::entry_at(*entry, i), gap);
+      keys::lower_offset(*bplus::entry_at(*entry, i), cut);
     }
   }
 }
@@ -77,13 +77,13 @@ struct ByteKeys : PackedKeys<mub_btree> {
   }
 
   static void erase_key(Tree &tree, Record &record) {
-    PackedKeys::erase_key(tree, record, [&](const keys::Gap &gap) { lower_offsets(tree, gap); });
+    PackedKeys::cut_key(tree, record, [&](keys::Range cut) { lower_offsets(tree, cut); });
   }
 
-  static void lower_offsets(Tree &tree, const keys::Gap &gap) {
+  static void lower_offsets(Tree &tree, keys::Range cut) {
     const bool fills_pool = holds_only<Record>(node_pool_of(tree), tree.count);
-    lower_names(tree.root, gap);
-    keys::lower_offsets<Record>(tree.node_pool, fills_pool, gap,
+    lower_names(tree.root, cut);
+    keys::lower_offsets<Record>(tree.node_pool, fills_pool, cut,
                                 [&](auto lower) { for_each_record(tree.root, lower); });
   }
 
@@ -259,9 +259,9 @@ int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const void *key, 
 }
 
 void mub_btree_adjust_t(mub_btree *, mub_btree_entry *entry, uint32_t offset, uint32_t length) {
-  const keys::Gap gap = {offset, length};
-  lower_names(*entry, gap);
-  for_each_record(*entry, [&](mub_btree_node &node) { keys::lower_offset(node, gap); });
+  const keys::Range cut = {offset, length};
+  lower_names(*entry, cut);
+  for_each_record(*entry, [&](mub_btree_node &node) { keys::lower_offset(node, cut); });
 }
 
 void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry) {

@@ -14,12 +14,13 @@
 
 namespace mub {
 
-// Pool and Flag are constant where the container is.
+// Pool and Flag are const where the container is.
 template <class Pool, class Flag>
 struct PoolField {
   Pool &pool;
   Flag &owned;
 
+  // A terminated tree keeps its flags: the flag alone does not say that there is a pool.
   bool is_owned() const { return owned != 0 && pool != nullptr; }
   bool is_callers() const { return owned == 0 && pool != nullptr; }
 
@@ -121,12 +122,11 @@ inline uint64_t take_value(mub_pool *pool, mub_init_fn init) {
 
 // Returns a block to a caller's pool; the blocks of an owned pool go with the whole pool.
 template <class Field>
-void return_value(const Field &values, uint64_t value) {
+inline void return_value(const Field &values, uint64_t value) {
   if (values.owned == 0) pool::give(values.pool, record_of<void>(value));
 }
 
-// Whether a container that frees all its values visits each entry: what lies in its own pools goes with
-// these.
+// Whether freeing everything has to visit each entry. Blocks of the container's own pools need no visit.
 template <class Container>
 bool frees_one_by_one(const Container &container, mub_free_fn release_it) {
   return release_it != nullptr || container.owns_entry_pool == 0 || value_pool_of(container).is_callers();
@@ -134,7 +134,7 @@ bool frees_one_by_one(const Container &container, mub_free_fn release_it) {
 
 // Passes a value to the caller's releaser and returns its block; 0 is no value.
 template <class Field>
-void release_value(const Field &values, uint64_t value, mub_free_fn release_it) {
+inline void release_value(const Field &values, uint64_t value, mub_free_fn release_it) {
   if (value == 0) return;
   if (release_it != nullptr) release_it(value);
   return_value(values, value);

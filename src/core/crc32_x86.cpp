@@ -59,9 +59,9 @@ struct Powers {
 constexpr Powers make_powers() {
   Powers powers{};
   for (int block = 0; block < kShortBlocks; ++block) {
-    const int bits_behind = 128 * (kShortBlocks - 1 - block);
-    powers.of_block[block][0] = factor(bits_behind + 96);
-    powers.of_block[block][1] = factor(bits_behind + 32);
+    const int bits_after = 128 * (kShortBlocks - 1 - block);
+    powers.of_block[block][0] = factor(bits_after + 96);
+    powers.of_block[block][1] = factor(bits_after + 32);
   }
   return powers;
 }

@@ -7,8 +7,8 @@
 //   Key                              a key as it is passed
 //   key_of(container, item)          the key of an item
 //   store_key(container, item, key)  gives a new item its key; false when there is no room
-//   erase_key(container, item)       takes the key of an item out that is about to go
-//   reset_key(item)                  makes the key that of an item of zeros
+//   erase_key(container, item)       removes the key of an item that is about to be removed
+//   reset_key(item)                  gives an item the key of one that is all zeros
 //   clear_keys(container)            removes all keys, and keeps their memory
 //   term_keys(container)             removes all keys, and releases their memory
 //   swap_keys(a, b)                  exchanges the keys of two containers
@@ -47,29 +47,29 @@ constexpr int64_t kMaxBytes = 0xFFFFFFFF;
 
 inline bool has_room(const mub_stream &store, int64_t length) { return length <= kMaxBytes - store.length; }
 
-// The place of a key that was cut out.
-struct Gap {
+// A run of bytes in a store, such as that of a key.
+struct Range {
   uint32_t offset;
   uint32_t length;
 };
 
 // Cuts bytes out; a range that runs past the end is refused.
-inline void erase(mub_stream &store, const Gap &gap) {
-  const int64_t position = gap.offset;
-  const int64_t count = gap.length;
+inline void erase(mub_stream &store, Range cut) {
+  const int64_t position = cut.offset;
+  const int64_t count = cut.length;
   const int64_t tail = store.length - position - count;
   if (tail < 0) return;
   buffer::move_units(store.data + position, store.data + position + count, tail);
   buffer::shrink(store, store.length - count);
 }
 
-// Moves an item's key down if it lies after a gap; the difference has 32 bits. An empty key has no bytes of
+// Moves an item's key down if it lies after what was cut out; the difference has 32 bits. An empty key has no bytes of
 // its own: one that lies exactly there stays.
 template <class Item>
-void lower_offset(Item &item, const Gap &gap) {
+void lower_offset(Item &item, Range cut) {
   const bool is_after =
-      item.key_offset > gap.offset || (item.key_offset == gap.offset && item.key_length != 0);
-  if (is_after) item.key_offset -= gap.length;
+      item.key_offset > cut.offset || (item.key_offset == cut.offset && item.key_length != 0);
+  if (is_after) item.key_offset -= cut.length;
 }
 
 // A key in a store. The low layer can move an offset out of it, and below 0: such a key reads as empty.
@@ -82,8 +82,8 @@ ByteKey key_of(const mub_stream &store, const Item &item) {
 // Lowers the offsets of all items of a container. If they are all that is in a pool of its own, they are
 // visited in the order of memory, which takes a fraction of the time that for_each takes along the links.
 template <class Item, class ForEach>
-void lower_offsets(mub_pool *pool, bool fills_pool, const Gap &gap, ForEach for_each) {
-  const auto lower = [gap](Item &item) { lower_offset(item, gap); };
+void lower_offsets(mub_pool *pool, bool fills_pool, Range cut, ForEach for_each) {
+  const auto lower = [cut](Item &item) { lower_offset(item, cut); };
   if (fills_pool) {
     pool::for_each_block<Item>(*pool, lower);
   } else {
@@ -113,15 +113,15 @@ struct PackedKeys {
     return true;
   }
 
-  // With lower(gap), which lowers the offsets of the other items. Those of this one are reset before: an
-  // empty key at offset 0 is one that no gap moves, on a free stack neither.
+  // For erase_key, with lower(cut), which lowers the offsets of the other items. Those of this one are reset before: an
+  // empty key at offset 0 is one that no cut moves, on a free stack neither.
   template <class Item, class Lower>
-  static void erase_key(Container &container, Item &item, Lower lower) {
-    const keys::Gap gap = {item.key_offset, item.key_length};
+  static void cut_key(Container &container, Item &item, Lower lower) {
+    const keys::Range cut = {item.key_offset, item.key_length};
     reset_key(item);
-    if (gap.length == 0) return;
-    keys::erase(container.keys, gap);
-    lower(gap);
+    if (cut.length == 0) return;
+    keys::erase(container.keys, cut);
+    lower(cut);
   }
 
   template <class Item>

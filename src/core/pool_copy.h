@@ -185,7 +185,8 @@ class BlockCopies {
     return copy;
   }
 
-  // Where an address lies in a pool that was copied as a whole; 0 if it did not lie in the pool.
+  // The address in the copy of an address in the pool; 0 for any other word, and for all words unless the
+  // pool was copied as a whole.
   uint64_t translate(uint64_t word) { return whole_.translate(word); }
 
  private:

@@ -20,8 +20,8 @@
 //   store_word(entry, word)             stores the word of a new entry, where there is a field for it
 //   reserve_keys(table, bytes)          reserves memory for key bytes, if it can
 //   with_pinned(table, key, use)        calls `use` with a key that stays valid while the key storage moves;
-//                                       nullptr without memory for that
-// A removed entry still says what its key was: erase_key does not reset it.
+//                                       nullptr when memory runs out
+// erase_key leaves the key fields of the removed entry as they were.
 #ifndef MUB_HASH_CHAINED_TABLE_H
 #define MUB_HASH_CHAINED_TABLE_H
 

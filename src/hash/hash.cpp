@@ -41,15 +41,16 @@ struct ByteKeys : PackedKeys<mub_hash> {
   static void erase_key(Table &table, Entry &entry) {
     const uint32_t offset = entry.key_offset;
     const uint32_t length = entry.key_length;
-    PackedKeys::erase_key(table, entry, [&](const keys::Gap &gap) { lower_offsets(table, gap); });
+    PackedKeys::cut_key(table, entry, [&](keys::Range cut) { lower_offsets(table, cut); });
+    // Reset only so that the pass over the pool leaves it alone: callers read the key of a removed entry.
     entry.key_offset = offset;
     entry.key_length = length;
   }
 
   // With one entry just unlinked.
-  static void lower_offsets(Table &table, const keys::Gap &gap) {
+  static void lower_offsets(Table &table, keys::Range cut) {
     const bool fills_pool = chained::fills_its_pool<ByteKeys>(table, 1);
-    keys::lower_offsets<Entry>(table.entry_pool, fills_pool, gap,
+    keys::lower_offsets<Entry>(table.entry_pool, fills_pool, cut,
                                [&](auto lower) { chained::for_each<ByteKeys>(table, lower); });
   }
 
@@ -177,7 +178,7 @@ mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t lengt
 }
 
 void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length) {
-  const keys::Gap gap = {offset, static_cast<uint32_t>(length)};
-  chained::for_each<ByteKeys>(*hash, [&](mub_hash_entry &entry) { keys::lower_offset(entry, gap); });
+  const keys::Range cut = {offset, static_cast<uint32_t>(length)};
+  chained::for_each<ByteKeys>(*hash, [&](mub_hash_entry &entry) { keys::lower_offset(entry, cut); });
 }
 }

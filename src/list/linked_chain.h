@@ -30,7 +30,7 @@
 
 namespace mub {
 
-// An entry has one value, and a key that Keys tends to.
+// An entry has one value, unless its policy says otherwise, and a key of the policy Keys.
 template <class List, class Keys>
 struct ListEntries : Keys {
   using Entry = std::remove_pointer_t<decltype(List::head)>;

@@ -17,12 +17,12 @@ struct ChainPolicy<mub_list> : ListEntries<mub_list, PackedKeys<mub_list>> {
   }
 
   static void erase_key(mub_list &list, Entry &entry) {
-    PackedKeys::erase_key(list, entry, [&](const keys::Gap &gap) { lower_offsets(list, gap); });
+    PackedKeys::cut_key(list, entry, [&](keys::Range cut) { lower_offsets(list, cut); });
   }
 
-  static void lower_offsets(mub_list &list, const keys::Gap &gap) {
+  static void lower_offsets(mub_list &list, keys::Range cut) {
     const bool fills_pool = holds_only<Entry>(entry_pool_of(list), list.count);
-    keys::lower_offsets<Entry>(list.entry_pool, fills_pool, gap,
+    keys::lower_offsets<Entry>(list.entry_pool, fills_pool, cut,
                                [&](auto lower) { chain::for_each(list, lower); });
   }
 };

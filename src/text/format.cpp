@@ -22,8 +22,8 @@ struct Conversion {
   explicit Conversion(const char *percent) {
     const char *at = percent + 1;
     while (is_flag(*at)) ++at;
-    at = behind_number(at);
-    if (*at == '.') at = behind_number(at + 1);
+    at = after_number(at);
+    if (*at == '.') at = after_number(at + 1);
     is_bare = at == percent + 1;
     if (is_size(*at)) size = *at++;
     is_doubled = (size == 'h' || size == 'l') && *at == size;
@@ -56,7 +56,7 @@ struct Conversion {
   const char *end;
 
  private:
-  const char *behind_number(const char *at) {
+  const char *after_number(const char *at) {
     if (*at == '*') {
       ++stars;
       return at + 1;

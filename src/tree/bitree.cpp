@@ -102,7 +102,7 @@ void mub_bitree_set_parent(mub_bitree_entry *entry) { Sides::set_parent(*entry);
 
 void mub_bitree_entry_init(mub_bitree_entry *entry) { *entry = {}; }
 
-mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree) { return linked::take_entry<Sides>(*tree, {}); }
+mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree) { return linked::take_entry<Sides>(*tree); }
 
 mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *entry, int direction,
                                  mub_bitree_entry *added) {

@@ -84,9 +84,9 @@ void walk_upward(EntryOf<Kind> &top, Leave leave) {
 // ---- entries
 
 template <class Kind>
-EntryOf<Kind> *take_entry(TreeOf<Kind> &tree, const EntryOf<Kind> &content) {
+EntryOf<Kind> *take_entry(TreeOf<Kind> &tree) {
   auto *entry = static_cast<EntryOf<Kind> *>(pool::take(tree.entry_pool));
-  if (entry != nullptr) *entry = content;
+  if (entry != nullptr) *entry = {};
   return entry;
 }
 
@@ -202,9 +202,10 @@ class Copying {
 
   // Once memory has run out there are no more copies, and the walk comes to its end on those that there are.
   EntryOf<Kind> *copy_of(const EntryOf<Kind> &source) {
+    if (pools_.entries.is_whole()) return pools_.entries.copy_of(source);
     EntryOf<Kind> *copy = failed_ ? nullptr : pools_.entries.copy_of(source);
-    failed_ = copy == nullptr && !pools_.entries.is_whole();
-    copied_ += copy != nullptr ? 1 : 0;
+    failed_ = copy == nullptr;
+    copied_ += failed_ ? 0 : 1;
     return copy;
   }
 

@@ -117,7 +117,7 @@ Entry *follow(const Entry &start, int64_t depth, const mub_array &path, const Co
 }
 
 Entry *append_new(mub_tree &tree, Entry &parent) {
-  Entry *entry = linked::take_entry<Rings>(tree, {});
+  Entry *entry = linked::take_entry<Rings>(tree);
   if (entry == nullptr) return nullptr;
   rings::link_last(parent, *entry);
   ++tree.count;
@@ -201,7 +201,7 @@ void mub_tree_set_parent(mub_tree_entry *entry) { Rings::set_parent(*entry); }
 
 void mub_tree_entry_init(mub_tree_entry *entry) { *entry = {}; }
 
-mub_tree_entry *mub_tree_entry_new(mub_tree *tree) { return linked::take_entry<Rings>(*tree, {}); }
+mub_tree_entry *mub_tree_entry_new(mub_tree *tree) { return linked::take_entry<Rings>(*tree); }
 
 void mub_tree_entry_append(mub_tree *tree, mub_tree_entry *parent, mub_tree_entry *child) {
   if (parent == nullptr || child == nullptr) return;
