@@ -1,5 +1,4 @@
 // mub_arrayd: the engine's slots with integer keys.
-
 #include "arrays/integer_keys.h"
 #include "arrays/slot_clone.h"
 

@@ -1,5 +1,4 @@
 // mub_arrays: the engine's slots as bare items, ordered by the comparers that callers pass.
-
 #include "arrays/slot_clone.h"
 
 using namespace mub;

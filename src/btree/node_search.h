@@ -1,6 +1,6 @@
 // The one search among the children of an entry, and the way down that it leads. Another layout of the
-// search keys, such as copies of them side by side after the table of children, would be read here and
-// nowhere else.
+// search keys, such as copies of them side by side after the table of children, would be read
+// only here.
 //
 // An order is called with a child, and compares the child's key with the searched one: it is inlined into
 // the loop. Its kByQuarters asks for a search without branches: for orders that have none themselves, in

@@ -63,8 +63,8 @@ inline void erase(mub_stream &store, Range cut) {
   buffer::shrink(store, store.length - count);
 }
 
-// Moves an item's key down if it lies after what was cut out; the difference has 32 bits. An empty key has no bytes of
-// its own: one that lies exactly there stays.
+// Moves an item's key down if it lies after what was cut out; the difference has 32 bits. An empty key has no
+// bytes of its own: one that lies exactly there stays.
 template <class Item>
 void lower_offset(Item &item, Range cut) {
   const bool is_after =
@@ -113,8 +113,8 @@ struct PackedKeys {
     return true;
   }
 
-  // For erase_key, with lower(cut), which lowers the offsets of the other items. Those of this one are reset before: an
-  // empty key at offset 0 is one that no cut moves, on a free stack neither.
+  // For erase_key, with lower(cut), which lowers the offsets of the other items. Those of this one are reset
+  // before: an empty key at offset 0 is one that no cut moves, on a free stack neither.
   template <class Item, class Lower>
   static void cut_key(Container &container, Item &item, Lower lower) {
     const keys::Range cut = {item.key_offset, item.key_length};

@@ -1,5 +1,4 @@
 // mub_bitree: the branches of an entry are its left child, its right child and its next equal.
-
 #include "core/prefetch.h"
 #include "tree/linked_tree.h"
 

@@ -18,15 +18,16 @@
 //   4. What is released with a tree is blocks of its entry pool.
 //
 // A kind of tree takes part with a policy:
-//   Tree, Entry                  the records
-//   first_branch(entry)          nullptr when nothing hangs on it
-//   next_branch(above, branch)   the one after a branch, nullptr after the last
-//   copy_branches(entry, copy_of)    puts what copy_of(branch) returns, if anything, in the place of each
-//                                    branch
-//   detach(entry)                clears the links to what is above and beside
-//   set_parent(entry)            corrects what depends on an entry that has moved
-//   restore_parents(entry, above)    an entry is left: undoes what the walk did to parents; the top has no
-//   `above` share_pools(source, copy, callback)    makes a clone share the pools that its source does not own
+//   Tree, Entry                            the records
+//   first_branch(entry)                    nullptr when nothing hangs on it
+//   next_branch(above, branch)             the one after a branch, nullptr after the last
+//   copy_branches(entry, copy_of)          puts what copy_of(branch) returns, if anything, in the place of
+//                                          each branch
+//   detach(entry)                          clears the links to what is above and beside
+//   set_parent(entry)                      corrects what depends on an entry that has moved
+//   restore_parents(entry, above)          an entry is left: undoes what the walk did to parents; the top
+//                                          has no `above`
+//   share_pools(source, copy, callback)    makes a clone share the pools that its source does not own
 #ifndef MUB_TREE_LINKED_TREE_H
 #define MUB_TREE_LINKED_TREE_H
 
