@@ -95,12 +95,9 @@ template <>
 struct Kind<mub_btreex> : BtreeKind<mub_btreex, mub_btreex_entry, mub_btreex_node, mub_btreex_cursor,
                                     NumberKeys<mub_btreex, uint64_t>> {};
 
-auto *any_of(Program &program, const auto &items) {
-  return items[static_cast<size_t>(program.below(static_cast<int64_t>(items.size())))];
-}
 template <class R>
 struct Entry {
-  explicit Entry(WorldOf<R> &world) : value(any_of(world.program, Parts(world.self->record).entries)) {}
+  explicit Entry(WorldOf<R> &world) : value(world.program.one_of(Parts(world.self->record).entries)) {}
   auto arguments() const { return std::tuple(value); }
   typename Kind<R>::Entry *value;
 };
@@ -186,8 +183,8 @@ void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_, o
   if (tree.root.level == 0) return;  // its key may be out of date
   const Key key(world);
   const Parts parts(tree);
-  const auto *a = any_of(world.program, parts.leaves), *b = any_of(world.program, parts.leaves);
-  const auto *node = any_of(world.program, parts.nodes);
+  const auto *a = world.program.one_of(parts.leaves), *b = world.program.one_of(parts.leaves);
+  const auto *node = world.program.one_of(parts.nodes);
   const auto expect_order = [&](int order, const auto &item, const auto &other) {
     EXPECT_TRUE(self.slot.kind.text_of(tree, item) <=> other == order <=> 0);
   };
@@ -280,7 +277,7 @@ void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, auto &wo
   auto &slot = Self(world).slot;
   auto &tree = slot.record;
   const Parts parts(tree);
-  auto *leaf = any_of(world.program, parts.leaves);
+  auto *leaf = world.program.one_of(parts.leaves);
   auto levels = world.program.below(4);
   for (auto *named = leaf; named != nullptr && levels > 0; named = named->parent, --levels) {
     if (parts.nodes.empty() || Parts(tree, *named).nodes.back() == parts.nodes[0]) break;
@@ -298,7 +295,7 @@ void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, auto &wo
 // A record that is unlinked is linked again by the links of the one beside it.
 void by_hand(op::set_next_, auto &world, auto set_next) {
   const auto &slot = Self(world).slot;
-  auto *leaf = any_of(world.program, Parts(slot.record).leaves);
+  auto *leaf = world.program.one_of(Parts(slot.record).leaves);
   if (!slot.content.links_are_exact || leaf->children.count < 1) return;
   const int64_t index = world.program.below(leaf->children.count);
   auto *node = Parts(slot.record, *leaf).nodes[static_cast<size_t>(index)];

@@ -336,7 +336,6 @@ void by_hand(op::init_, WorldOf<R> &world, auto) {
   EXPECT_EQ(record.count, 0);
   if constexpr (requires { Kind<R>::use_fresh(record, world); }) Kind<R>::use_fresh(record, world);
   Functions<R>::term_(&record);
-  if constexpr (kHasNodePool<R>) return;
   record.owns_entry_pool = record.owns_value_pool = 1;  // without a pool, these say nothing
   Functions<R>::remove_all_(&record);
   Functions<R>::free_all_(&record, nullptr);

@@ -30,7 +30,7 @@ class Program {
   }
   bool one_in(int64_t n) { return below(n) == n - 1; }
   // An element of an array or a string.
-  auto &one_of(auto &elements) {
+  auto &one_of(auto &&elements) {
     return elements[static_cast<size_t>(below(static_cast<int64_t>(std::size(elements))))];
   }
 

@@ -70,7 +70,7 @@ struct UserPool {
     if (kIndex == 0 || !world.program.one_in(3)) return;
     std::vector<mub_pool *> pools = {&world.users[0]};
     world.peer->add_own_pools(pools);
-    pool = pools[static_cast<size_t>(world.program.below(std::ssize(pools)))];
+    pool = world.program.one_of(pools);
   }
   auto arguments() const { return std::tuple(pool); }
   mub_pool *pool;
