@@ -102,8 +102,9 @@ class Build:
         self.stages = test_stages(copy, list(self.commands), family)
         self.seconds = {}  # {test: time limit}
         for name in (name for names in self.stages for name in names):
+            built = self.make([name])
             start = time.monotonic()
-            if not self.make([name]) or self.fails(name, BUILD_SECONDS):
+            if not built or self.fails(name, BUILD_SECONDS):
                 sys.exit(f"mutate: {name} fails in {self.directory} without a change")
             self.seconds[name] = 10 + 5 * (time.monotonic() - start)
         self.unchanged = self.library()
