@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "core/crc32.h"
-#include "core/growth.h"
+#include "base/growth.h"
+#include "crc32/crc32.h"
 #include "mub_array.h"
 #include "mub_mem.h"
 #include "mub_stream.h"

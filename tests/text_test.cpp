@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/text_search.h"
+#include "bytes/text_search.h"
 #include "mub_mem.h"
 #include "mub_string.h"
 #include "mub_wchar.h"

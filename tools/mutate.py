@@ -26,7 +26,12 @@ from mutants import changed_source, difference, places_of  # noqa: E402
 
 # The tests of each family, by their names in ctest. Tests that stand here for no family are for all.
 OWN_TESTS = {
-    "core": r"(bytes|pool).*",
+    "base": r"(bytes|pool).*",
+    "bytes": r"(bytes|text).*",
+    "stream": r"bytes.*",
+    "crc32": r"bytes.*",
+    "pool": r"pool.*",
+    "containers": r"(hash|btree|list|tree|maps|links).*",
     "arrays": r"arrays?_.*",
     "hash": r"(hash|maps).*",
     "tree": r"(tree|links).*",

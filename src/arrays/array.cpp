@@ -1,7 +1,7 @@
 // mub_array: the engine's slots with byte-string keys, whose bytes are kept in a stream.
 #include "arrays/byte_keys.h"
 #include "arrays/slot_clone.h"
-#include "core/text_pieces.h"
+#include "bytes/text_pieces.h"
 
 using namespace mub;
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "arrays/integer_keys.h"
-#include "core/pinned_bytes.h"
-#include "core/text_pieces.h"
+#include "bytes/pinned_bytes.h"
+#include "bytes/text_pieces.h"
 
 using namespace mub;
 

@@ -10,8 +10,8 @@
 #include <cstdint>
 
 #include "arrays/slot_table.h"
-#include "core/bytes.h"
-#include "core/key_store.h"
+#include "bytes/bytes.h"
+#include "containers/key_store.h"
 
 namespace mub {
 

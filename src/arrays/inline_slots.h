@@ -15,10 +15,10 @@
 
 #include "arrays/search.h"
 #include "arrays/sort.h"
-#include "core/alloc.h"
-#include "core/growth.h"
-#include "core/prefetch.h"
-#include "core/unit_buffer.h"
+#include "base/alloc.h"
+#include "base/growth.h"
+#include "base/prefetch.h"
+#include "bytes/unit_buffer.h"
 #include "mub_array.h"
 
 namespace mub::words {

@@ -3,7 +3,7 @@
 #define MUB_ARRAYS_SLOT_CLONE_H
 
 #include "arrays/slot_table.h"
-#include "core/pool_copy.h"
+#include "containers/pool_copy.h"
 
 namespace mub::slots {
 

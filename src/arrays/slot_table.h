@@ -11,7 +11,7 @@
 //      walks, searches and sorts end at used(), the smaller of the two, and a growth makes the stated slots
 //      real.
 //
-// A record takes part by specialising SlotPolicy, which has the names that core/key_store.h lists and
+// A record takes part by specialising SlotPolicy, which has the names that containers/key_store.h lists and
 //   Slot, kSlots                     the entry, and the table's field
 //   kSwapsPools                      whether an exchange of arrays includes their pools
 //   store_empty_key(array, slot)     gives a new slot the empty key, for which there is always room
@@ -32,14 +32,14 @@
 
 #include "arrays/search.h"
 #include "arrays/sort.h"
-#include "core/alloc.h"
-#include "core/container_pools.h"
-#include "core/growth.h"
-#include "core/key_store.h"
-#include "core/pool.h"
-#include "core/prefetch.h"
-#include "core/unit_buffer.h"
+#include "base/alloc.h"
+#include "base/growth.h"
+#include "base/prefetch.h"
+#include "bytes/unit_buffer.h"
+#include "containers/container_pools.h"
+#include "containers/key_store.h"
 #include "mub_array.h"
+#include "pool/pool.h"
 
 namespace mub {
 

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "core/alloc.h"
-#include "core/growth.h"
+#include "base/alloc.h"
+#include "base/growth.h"
 
 namespace mub {
 namespace {

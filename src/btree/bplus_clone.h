@@ -5,7 +5,7 @@
 #define MUB_BTREE_BPLUS_CLONE_H
 
 #include "btree/bplus_whole.h"
-#include "core/pool_copy.h"
+#include "containers/pool_copy.h"
 
 namespace mub::bplus {
 

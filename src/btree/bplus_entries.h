@@ -9,8 +9,8 @@
 #include "arrays/slot_table.h"
 #include "btree/node_search.h"
 #include "btree/tree_walk.h"
-#include "core/pool.h"
 #include "mub_btree.h"
+#include "pool/pool.h"
 
 namespace mub::bplus {
 

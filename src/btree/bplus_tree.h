@@ -25,7 +25,7 @@
 //   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is
 //      the entry pool. Live blocks of owned pools are the tree's and what the caller took there.
 //
-// A kind of key takes part with a policy, which has the names that core/key_store.h lists and
+// A kind of key takes part with a policy, which has the names that containers/key_store.h lists and
 //   Tree, Entry, Record, Cursor         the records
 //   with_order(tree, key, use)          calls `use` with an order: order(child) compares the key of an entry
 //                                       or a record with the searched key
@@ -42,9 +42,9 @@
 #include "btree/bplus_entries.h"
 #include "btree/node_search.h"
 #include "btree/tree_walk.h"
-#include "core/container_pools.h"
-#include "core/pool.h"
+#include "containers/container_pools.h"
 #include "mub_btree.h"
+#include "pool/pool.h"
 
 namespace mub::bplus {
 

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "btree/bplus_tree.h"
-#include "core/container_pools.h"
+#include "containers/container_pools.h"
 
 namespace mub::bplus {
 

@@ -1,8 +1,8 @@
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/tree_cursor.h"
-#include "core/bytes.h"
-#include "core/key_store.h"
+#include "bytes/bytes.h"
+#include "containers/key_store.h"
 
 namespace mub {
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "core/bytes.h"
-#include "core/key_store.h"
+#include "bytes/bytes.h"
+#include "containers/key_store.h"
 
 namespace mub::bplus {
 

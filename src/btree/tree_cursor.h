@@ -17,8 +17,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "base/prefetch.h"
 #include "btree/bplus_tree.h"
-#include "core/prefetch.h"
 
 namespace mub::bplus {
 

@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "core/pool.h"
-#include "core/prefetch.h"
+#include "base/prefetch.h"
 #include "mub_array.h"
+#include "pool/pool.h"
 
 namespace mub::bplus {
 

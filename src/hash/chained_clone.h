@@ -3,7 +3,7 @@
 #ifndef MUB_HASH_CHAINED_CLONE_H
 #define MUB_HASH_CHAINED_CLONE_H
 
-#include "core/pool_copy.h"
+#include "containers/pool_copy.h"
 #include "hash/chained_table.h"
 
 namespace mub::chained {

@@ -11,7 +11,7 @@
 //   4. `count` is the number of entries in the chains, and below twice the number of buckets, unless the
 //      buckets could not be doubled.
 //
-// A kind of key takes part with a policy, which has the names that core/key_store.h lists and
+// A kind of key takes part with a policy, which has the names that containers/key_store.h lists and
 //   Table, Entry          the records
 //   kClearsNewEntries     whether entry_new, which stores no key, sets the value to 0
 //   word(table, key)      the word that chooses the bucket;  entry_word(entry) the same for a stored key
@@ -30,10 +30,10 @@
 #include <utility>
 
 #include "arrays/slot_table.h"
-#include "core/container_pools.h"
-#include "core/pool.h"
-#include "core/prefetch.h"
+#include "base/prefetch.h"
+#include "containers/container_pools.h"
 #include "mub_hash.h"
+#include "pool/pool.h"
 
 namespace mub::chained {
 

@@ -1,6 +1,6 @@
-#include "core/bytes.h"
-#include "core/crc32.h"
-#include "core/key_store.h"
+#include "bytes/bytes.h"
+#include "containers/key_store.h"
+#include "crc32/crc32.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"
 

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "core/crc32.h"
-#include "core/key_store.h"
+#include "containers/key_store.h"
+#include "crc32/crc32.h"
 
 namespace mub {
 

@@ -12,7 +12,7 @@
 //   5. Entries are blocks of the entry pool.
 //
 // A list takes part by specialising ChainPolicy where it has keys, or several values an entry. A policy has
-// the names that core/key_store.h lists and
+// the names that containers/key_store.h lists and
 //   Entry                             the record
 //   retract_key(list, entry)          takes back the key that was stored last
 //   release_values(list, entry, release_it)   releases what an entry holds
@@ -22,11 +22,11 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "core/container_pools.h"
-#include "core/key_store.h"
-#include "core/pool.h"
-#include "core/pool_copy.h"
+#include "containers/container_pools.h"
+#include "containers/key_store.h"
+#include "containers/pool_copy.h"
 #include "mub_list.h"
+#include "pool/pool.h"
 
 namespace mub {
 

@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "core/bytes.h"
-#include "core/key_store.h"
-#include "core/text_pieces.h"
+#include "bytes/bytes.h"
+#include "bytes/text_pieces.h"
+#include "containers/key_store.h"
 #include "list/linked_chain.h"
 
 namespace mub {

@@ -8,7 +8,7 @@
 #include <cwchar>
 #include <type_traits>
 
-#include "core/number_text.h"
+#include "bytes/number_text.h"
 #include "mub_string.h"
 #include "text/text_buffer.h"
 

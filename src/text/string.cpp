@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "core/number_text.h"
+#include "bytes/number_text.h"
 #include "text/text_buffer.h"
 
 namespace mub {

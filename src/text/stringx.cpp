@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "core/number_text.h"
+#include "bytes/number_text.h"
 #include "mub_string.h"
 #include "text/text_buffer.h"
 

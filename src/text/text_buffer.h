@@ -1,4 +1,4 @@
-// The engine of the strings: what text asks of a growable run of units beyond core/unit_buffer.h. Bytes and
+// The engine of the strings: what text asks of a growable run of units beyond bytes/unit_buffer.h. Bytes and
 // wide units differ in their UnitOps alone. Counts are negative where a text is to be measured, unless said
 // otherwise.
 #ifndef MUB_TEXT_TEXT_BUFFER_H
@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "core/text_span.h"
-#include "core/unit_buffer.h"
+#include "bytes/text_span.h"
+#include "bytes/unit_buffer.h"
 
 namespace mub {
 namespace text {

@@ -1,7 +1,7 @@
 #include "mub_wchar.h"
 
-#include "core/number_text.h"
-#include "core/pinned_bytes.h"
+#include "bytes/number_text.h"
+#include "bytes/pinned_bytes.h"
 #include "text/text_buffer.h"
 #include "text/wide_units.h"
 

@@ -10,11 +10,11 @@
 #include <cctype>
 #include <cstdint>
 
-#include "core/bytes.h"
-#include "core/letter_case.h"
-#include "core/text_search.h"
-#include "core/text_span.h"
-#include "core/unit_buffer.h"
+#include "bytes/bytes.h"
+#include "bytes/letter_case.h"
+#include "bytes/text_search.h"
+#include "bytes/text_span.h"
+#include "bytes/unit_buffer.h"
 #include "mub_wchar.h"
 #include "text/word_search.h"
 

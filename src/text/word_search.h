@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "core/bytes.h"
+#include "bytes/bytes.h"
 
 namespace mub::wide {
 

@@ -1,5 +1,5 @@
 // mub_bitree: the branches of an entry are its left child, its right child and its next equal.
-#include "core/prefetch.h"
+#include "base/prefetch.h"
 #include "tree/linked_tree.h"
 
 using namespace mub;

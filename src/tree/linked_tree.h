@@ -34,10 +34,10 @@
 #include <cstdint>
 #include <utility>
 
-#include "core/container_pools.h"
-#include "core/pool.h"
-#include "core/pool_copy.h"
+#include "containers/container_pools.h"
+#include "containers/pool_copy.h"
 #include "mub_tree.h"
+#include "pool/pool.h"
 
 namespace mub::linked {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "core/prefetch.h"
+#include "base/prefetch.h"
 #include "mub_tree.h"
 
 namespace mub::rings {

@@ -4,8 +4,8 @@
 
 #include "arrays/byte_keys.h"
 #include "arrays/inline_slots.h"
-#include "core/bytes.h"
-#include "core/prefetch.h"
+#include "base/prefetch.h"
+#include "bytes/bytes.h"
 #include "tree/linked_tree.h"
 #include "tree/rings.h"
 

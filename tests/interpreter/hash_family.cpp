@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "core/crc32.h"
+#include "crc32/crc32.h"
 #include "interpreter/maps.h"
 
 namespace mub_test {

@@ -56,6 +56,6 @@ Wide load_masked(uint64_t mask, const void *bytes) {
 #define checksum_folded_128 emulated_folded_128
 #define checksum_folded_512 emulated_folded_512
 #define hash_folded emulated_hash_folded
-#include "core/crc32_x86.cpp"
+#include "crc32/crc32_x86.cpp"
 
 #endif

@@ -2,7 +2,7 @@
 #ifndef MUB_TESTS_SUPPORT_WIDE_CRC32_H
 #define MUB_TESTS_SUPPORT_WIDE_CRC32_H
 
-#include "core/crc32_variants.h"
+#include "crc32/crc32_variants.h"
 
 namespace mub::crc {
 

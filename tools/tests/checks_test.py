@@ -328,16 +328,16 @@ class CheckHeaders(Tree):
 class CheckLayers(Tree):
     def setUp(self):
         super().setUp()
-        self.write("src/core/low.h", "#include <cstring>\n")
-        self.write("src/hash/high.h", '#include "core/low.h"\n#include "mub_a.h"\n')
+        self.write("src/base/low.h", "#include <cstring>\n")
+        self.write("src/hash/high.h", '#include "base/low.h"\n#include "mub_a.h"\n')
 
     def test_accepts_downward_includes(self):
         self.assert_clean(self.check("check_layers"))
 
     def test_reports_upward_sideways_and_foreign_includes(self):
-        self.write("src/core/x.cpp", '\n#include "hash/high.h"\n')
+        self.write("src/base/x.cpp", '\n#include "hash/high.h"\n')
         self.write("src/text/x.cpp", '#include "../hash/high.h"\n#include <vector>\n#include "high.h"\n')
-        self.write("include/mub_b.h", '#include "core/low.h"\n#include <string>\n')
+        self.write("include/mub_b.h", '#include "base/low.h"\n#include <string>\n')
         self.write("include/mub_b.hpp", "#include <string_view>\n#include <vector>\n")
         self.write("src/text/y.h", '#include "mub_b.hpp"\n')
         self.write("include/mub_c.h", '#include "mub_b.hpp"\n')
@@ -346,15 +346,15 @@ class CheckLayers(Tree):
             "include/mub_b.hpp:2: includes vector",
             "include/mub_c.h:1: includes mub_b.hpp",
             "src/text/y.h:1: includes mub_b.hpp",
-            "src/core/x.cpp:2: includes hash/high.h: core may not include hash",
+            "src/base/x.cpp:2: includes hash/high.h: base may not include hash",
             "src/text/x.cpp:1: includes ../hash/high.h",
             "src/text/x.cpp:2: includes vector",
             "src/text/x.cpp:3: includes high.h",
-            "include/mub_b.h:1: includes core/low.h",
+            "include/mub_b.h:1: includes base/low.h",
             "include/mub_b.h:2: includes string")
 
     def test_reports_a_tree_without_includes(self):
-        for path in ("include/mub.h", "src/core/low.h", "src/hash/high.h"):
+        for path in ("include/mub.h", "src/base/low.h", "src/hash/high.h"):
             (self.root / path).unlink()
         self.assert_reports(self.check("check_layers"), "no include found")
 

@@ -1,11 +1,11 @@
-#include "core/crc32.h"
+#include "crc32/crc32.h"
 
-#include "core/bytes.h"
-#include "core/crc32_math.h"
-#include "core/crc32_variants.h"
-#include "core/cursor.h"
-#include "core/letter_case.h"
+#include "bytes/bytes.h"
+#include "bytes/letter_case.h"
+#include "crc32/crc32_math.h"
+#include "crc32/crc32_variants.h"
 #include "mub_stream.h"
+#include "stream/cursor.h"
 
 namespace mub {
 namespace crc {

@@ -1,6 +1,6 @@
-#include "core/text_search.h"
+#include "bytes/text_search.h"
 
-#include "core/bytes.h"
+#include "bytes/bytes.h"
 
 #if defined(__x86_64__)
 #include <immintrin.h>

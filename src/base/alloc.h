@@ -1,8 +1,8 @@
 // The library's only door to the heap: sizes are checked here, so that no caller multiplies or adds
 // unchecked. All memory comes from malloc, which programs and tests may replace; besides mub_malloc nothing
 // else calls it.
-#ifndef MUB_CORE_ALLOC_H
-#define MUB_CORE_ALLOC_H
+#ifndef MUB_BASE_ALLOC_H
+#define MUB_BASE_ALLOC_H
 
 #include <cstddef>
 #include <cstdint>

@@ -13,15 +13,15 @@
 //   term_keys(container)             removes all keys, and releases their memory
 //   swap_keys(a, b)                  exchanges the keys of two containers
 //   clone_keys(source, copy)         makes the keys copies; false when memory runs out
-#ifndef MUB_CORE_KEY_STORE_H
-#define MUB_CORE_KEY_STORE_H
+#ifndef MUB_CONTAINERS_KEY_STORE_H
+#define MUB_CONTAINERS_KEY_STORE_H
 
 #include <algorithm>
 #include <cstdint>
 
-#include "core/bytes.h"
-#include "core/pool.h"
-#include "core/unit_buffer.h"
+#include "bytes/bytes.h"
+#include "bytes/unit_buffer.h"
+#include "pool/pool.h"
 
 namespace mub {
 

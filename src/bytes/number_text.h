@@ -5,8 +5,8 @@
 //   decimal   -? digit+ ( '.' digit* )?
 //
 // Parsing takes the longest beginning of a text that could become such a number, a lone '-' included.
-#ifndef MUB_CORE_NUMBER_TEXT_H
-#define MUB_CORE_NUMBER_TEXT_H
+#ifndef MUB_BYTES_NUMBER_TEXT_H
+#define MUB_BYTES_NUMBER_TEXT_H
 
 #include <algorithm>
 #include <cfloat>

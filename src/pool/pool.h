@@ -1,11 +1,11 @@
 // Block pools inside the library. Taking and giving back a block are inline: containers do it once per entry.
-#ifndef MUB_CORE_POOL_H
-#define MUB_CORE_POOL_H
+#ifndef MUB_POOL_POOL_H
+#define MUB_POOL_POOL_H
 
 #include <algorithm>
 #include <cstdint>
 
-#include "core/prefetch.h"
+#include "base/prefetch.h"
 #include "mub_pool.h"
 
 namespace mub {

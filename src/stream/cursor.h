@@ -1,13 +1,13 @@
 // Little-endian integers of 1 to 8 bytes in memory, and the cursor's rules: a field is read or written only
 // when it lies wholly inside the content; the position moves on in any case, wrapping, and may be negative.
-#ifndef MUB_CORE_CURSOR_H
-#define MUB_CORE_CURSOR_H
+#ifndef MUB_STREAM_CURSOR_H
+#define MUB_STREAM_CURSOR_H
 
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
 
-#include "core/bytes.h"
+#include "bytes/bytes.h"
 #include "mub_stream.h"
 
 namespace mub {

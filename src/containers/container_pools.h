@@ -1,8 +1,8 @@
 // The pools of a container. For each, the record has a field and a flag beside it: the flag is 1 for a pool
 // that the container has made and will destroy, and 0 for a caller's pool or none. Values may be blocks of
 // one of them, taken for new entries and released with these.
-#ifndef MUB_CORE_CONTAINER_POOLS_H
-#define MUB_CORE_CONTAINER_POOLS_H
+#ifndef MUB_CONTAINERS_CONTAINER_POOLS_H
+#define MUB_CONTAINERS_CONTAINER_POOLS_H
 
 #include <array>
 #include <cstddef>
@@ -10,7 +10,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "core/pool.h"
+#include "pool/pool.h"
 
 namespace mub {
 

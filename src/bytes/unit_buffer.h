@@ -11,17 +11,17 @@
 //   4. Spare units are 0 in a fresh block and keep old content after a truncation; growth copies them along.
 //
 // A record takes part by specialising BufferTraits. Counts arrive here measured; a negative one does nothing.
-#ifndef MUB_CORE_UNIT_BUFFER_H
-#define MUB_CORE_UNIT_BUFFER_H
+#ifndef MUB_BYTES_UNIT_BUFFER_H
+#define MUB_BYTES_UNIT_BUFFER_H
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
-#include "core/alloc.h"
-#include "core/bytes.h"
-#include "core/growth.h"
-#include "core/pinned_bytes.h"
+#include "base/alloc.h"
+#include "base/growth.h"
+#include "bytes/bytes.h"
+#include "bytes/pinned_bytes.h"
 #include "mub_stream.h"
 #include "mub_string.h"
 

@@ -1,7 +1,7 @@
 // The ways to compute the CRC-32 register. crc32.cpp chooses among them at run time by what the processor
 // can do; the tests run every one that it can.
-#ifndef MUB_CORE_CRC32_VARIANTS_H
-#define MUB_CORE_CRC32_VARIANTS_H
+#ifndef MUB_CRC32_CRC32_VARIANTS_H
+#define MUB_CRC32_CRC32_VARIANTS_H
 
 #include <cstdint>
 

@@ -1,12 +1,12 @@
 // Bytes that a caller passes in may lie in the buffer that the call is about to move or release, and count as
 // copied before that. PinnedBytes makes that copy, and only then.
-#ifndef MUB_CORE_PINNED_BYTES_H
-#define MUB_CORE_PINNED_BYTES_H
+#ifndef MUB_BYTES_PINNED_BYTES_H
+#define MUB_BYTES_PINNED_BYTES_H
 
 #include <cstdint>
 #include <cstring>
 
-#include "core/alloc.h"
+#include "base/alloc.h"
 
 namespace mub {
 

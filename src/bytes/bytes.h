@@ -1,14 +1,14 @@
 // Comparing and searching counted bytes. Bytes compare as unsigned values; indexes are -1 where there is
 // none; a count below 1 is an empty range, which is never read. Everything is inlined into comparers and key
 // tests.
-#ifndef MUB_CORE_BYTES_H
-#define MUB_CORE_BYTES_H
+#ifndef MUB_BYTES_BYTES_H
+#define MUB_BYTES_BYTES_H
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
-#include "core/letter_case.h"
+#include "bytes/letter_case.h"
 
 #if defined(__x86_64__)
 #include <emmintrin.h>

@@ -25,14 +25,14 @@
 // Multiplying reflected words of 64 and 33 bits gives bit k the degree 95 - k: V in its place. In the
 // folding, where the places of a 128-bit block are wanted, bit k of degree 127 - k, the constants are lower
 // by 32.
-#include "core/crc32_variants.h"
+#include "crc32/crc32_variants.h"
 
 #if MUB_CRC_X86
 
 #include <immintrin.h>
 
-#include "core/bytes.h"
-#include "core/crc32_math.h"
+#include "bytes/bytes.h"
+#include "crc32/crc32_math.h"
 
 // Small steps are parts of one calculation; gcc would not inline them everywhere by itself.
 #define MUB_ALWAYS_INLINE inline __attribute__((always_inline))

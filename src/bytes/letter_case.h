@@ -1,6 +1,6 @@
 // The runtime's tolower for many bytes: a call for each costs more than hashing or comparing them.
-#ifndef MUB_CORE_LETTER_CASE_H
-#define MUB_CORE_LETTER_CASE_H
+#ifndef MUB_BYTES_LETTER_CASE_H
+#define MUB_BYTES_LETTER_CASE_H
 
 #include <cctype>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // Asking for memory ahead of its use.
-#ifndef MUB_CORE_PREFETCH_H
-#define MUB_CORE_PREFETCH_H
+#ifndef MUB_BASE_PREFETCH_H
+#define MUB_BASE_PREFETCH_H
 
 #include <cstdint>
 

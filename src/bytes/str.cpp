@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "core/alloc.h"
-#include "core/bytes.h"
-#include "core/text_span.h"
+#include "base/alloc.h"
+#include "bytes/bytes.h"
+#include "bytes/text_span.h"
 #include "mub_mem.h"
 
 namespace mub {

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstring>
 
-#include "core/alloc.h"
-#include "core/number_text.h"
-#include "core/text_span.h"
+#include "base/alloc.h"
+#include "bytes/number_text.h"
+#include "bytes/text_span.h"
 
 namespace mub {
 namespace {

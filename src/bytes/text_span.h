@@ -1,15 +1,15 @@
 // What every kind of text shares, owned or viewed, of bytes or of wide units: finding the content between
 // white space, and searching a span. A span is a pointer and a count of units; nullptr and counts below 1
 // are empty.
-#ifndef MUB_CORE_TEXT_SPAN_H
-#define MUB_CORE_TEXT_SPAN_H
+#ifndef MUB_BYTES_TEXT_SPAN_H
+#define MUB_BYTES_TEXT_SPAN_H
 
 #include <cctype>
 #include <cstdint>
 #include <cstring>
 
-#include "core/bytes.h"
-#include "core/text_search.h"
+#include "bytes/bytes.h"
+#include "bytes/text_search.h"
 
 namespace mub {
 

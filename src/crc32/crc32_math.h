@@ -2,8 +2,8 @@
 //
 // A register stands for a polynomial over GF(2) of degree below 32, reflected: bit 0 is the coefficient of
 // x^31, bit 31 that of x^0. The modulus is P = x^32 + kPolynomial.
-#ifndef MUB_CORE_CRC32_MATH_H
-#define MUB_CORE_CRC32_MATH_H
+#ifndef MUB_CRC32_CRC32_MATH_H
+#define MUB_CRC32_CRC32_MATH_H
 
 #include <cstdint>
 

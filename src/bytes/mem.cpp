@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "core/bytes.h"
-#include "core/text_search.h"
+#include "bytes/bytes.h"
+#include "bytes/text_search.h"
 
 namespace mub {
 namespace {

@@ -1,6 +1,6 @@
 // The growth rules. Callers see capacities, so every constant here is part of the interface.
-#ifndef MUB_CORE_GROWTH_H
-#define MUB_CORE_GROWTH_H
+#ifndef MUB_BASE_GROWTH_H
+#define MUB_BASE_GROWTH_H
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // Searching a run of bytes for a pattern.
-#ifndef MUB_CORE_TEXT_SEARCH_H
-#define MUB_CORE_TEXT_SEARCH_H
+#ifndef MUB_BYTES_TEXT_SEARCH_H
+#define MUB_BYTES_TEXT_SEARCH_H
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "core/pool.h"
+#include "pool/pool.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,9 +6,9 @@
 #include <cstring>
 #include <utility>
 
-#include "core/alloc.h"
-#include "core/growth.h"
-#include "core/prefetch.h"
+#include "base/alloc.h"
+#include "base/growth.h"
+#include "base/prefetch.h"
 
 namespace mub::pool {
 namespace {

@@ -1,13 +1,13 @@
 // Texts that hold several pieces with a separator between each two, read and written.
-#ifndef MUB_CORE_TEXT_PIECES_H
-#define MUB_CORE_TEXT_PIECES_H
+#ifndef MUB_BYTES_TEXT_PIECES_H
+#define MUB_BYTES_TEXT_PIECES_H
 
 #include <cstdint>
 
-#include "core/bytes.h"
-#include "core/number_text.h"
-#include "core/text_span.h"
-#include "core/unit_buffer.h"
+#include "bytes/bytes.h"
+#include "bytes/number_text.h"
+#include "bytes/text_span.h"
+#include "bytes/unit_buffer.h"
 
 namespace mub::pieces {
 

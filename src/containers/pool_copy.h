@@ -1,15 +1,15 @@
 // Copies of pools, for the clones of containers. A block has the same chunk and the same offset in a pool and
 // in its copy: an address in the one is translated to the other through the sorted chunk map.
-#ifndef MUB_CORE_POOL_COPY_H
-#define MUB_CORE_POOL_COPY_H
+#ifndef MUB_CONTAINERS_POOL_COPY_H
+#define MUB_CONTAINERS_POOL_COPY_H
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
-#include "core/alloc.h"
-#include "core/container_pools.h"
-#include "core/pool.h"
+#include "base/alloc.h"
+#include "containers/container_pools.h"
+#include "pool/pool.h"
 
 namespace mub {
 

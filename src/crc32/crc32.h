@@ -1,11 +1,11 @@
 // The hash of byte-string keys, made from the CRC-32 register (reflected, polynomial 0xEDB88320).
-#ifndef MUB_CORE_CRC32_H
-#define MUB_CORE_CRC32_H
+#ifndef MUB_CRC32_CRC32_H
+#define MUB_CRC32_CRC32_H
 
 #include <cstdint>
 
-#include "core/bytes.h"
-#include "core/crc32_variants.h"
+#include "bytes/bytes.h"
+#include "crc32/crc32_variants.h"
 
 namespace mub {
 

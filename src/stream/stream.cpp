@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "core/bytes.h"
-#include "core/cursor.h"
-#include "core/text_span.h"
-#include "core/unit_buffer.h"
+#include "bytes/bytes.h"
+#include "bytes/text_span.h"
+#include "bytes/unit_buffer.h"
+#include "stream/cursor.h"
 
 namespace mub {
 namespace {

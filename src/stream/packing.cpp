@@ -2,9 +2,9 @@
 // byte; the bytes in between are moved as one word.
 #include <algorithm>
 
-#include "core/cursor.h"
-#include "core/unit_buffer.h"
+#include "bytes/unit_buffer.h"
 #include "mub_stream.h"
+#include "stream/cursor.h"
 
 namespace mub {
 namespace {
