@@ -165,7 +165,7 @@ void by_hand(op::format_, auto &world, auto print) {
   expect(32 + of_x, "%S%s", L"wide", x);
   expect(64, "%-*s%.*s", 300, "", 9, x);
   expect(4 * 32 + of_x, "%e%.3G%La%*g%s", f, f, 0.0L, 9, f, x);
-  expect(32 + of_x, "%*.*d %s", 5, 3, d, x);
+  expect(32 + of_x, "%-+*.*d %s", 5, 3, d, x);
   expect(8 * 32 + of_x, "%hhd%hd%d%ld%lld%jd%zd%td%s", d, d, d, 4L, 5LL, intmax_t{6}, size_t{7}, ptrdiff_t{8},
          x);
   expect(4 * 32, "%lu%zu%li%c", 1UL, size_t{UINT32_MAX}, -1L, 0xE4);
