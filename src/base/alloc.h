@@ -1,6 +1,5 @@
-// The library's only door to the heap: sizes are checked here, so that no caller multiplies or adds
-// unchecked. All memory comes from malloc, which programs and tests may replace; besides mub_malloc nothing
-// else calls it.
+// Allocation. All memory comes from malloc, which programs and tests may replace; apart from mub_malloc,
+// nothing else calls it. The products of counts and unit sizes are checked for overflow here.
 #ifndef MUB_BASE_ALLOC_H
 #define MUB_BASE_ALLOC_H
 
@@ -11,18 +10,18 @@
 
 namespace mub {
 
-// Room for `count` units of `unit_bytes`, its content undefined; nullptr when the size is negative, is more
-// than the machine can address, or memory runs out.
+// Allocates `count` units of `unit_bytes` each, uninitialised. Returns nullptr if an argument is negative,
+// the size exceeds PTRDIFF_MAX, or memory runs out.
 inline void *allocate(int64_t count, int64_t unit_bytes) {
   ptrdiff_t size_bytes;
   if (count < 0 || unit_bytes < 0 || __builtin_mul_overflow(count, unit_bytes, &size_bytes)) return nullptr;
   return std::malloc(static_cast<size_t>(size_bytes));
 }
 
-// The same, zero-filled. Compilers make one call of calloc out of malloc and memset. The empty statement
-// hides from them where the block comes from; unlike -fno-builtin-malloc it also holds in link-time
-// optimisation and under the flags of a project that compiles these sources itself. It hides the block from
-// static analysis, too, which would take it for lost.
+// The same, zero-filled. Compilers merge malloc and memset into a call of calloc. The empty asm statement
+// prevents this by hiding where the block comes from; unlike -fno-builtin-malloc, it also works under
+// link-time optimisation and in projects that compile these sources with their own flags. Static analysers
+// would report the hidden block as leaked.
 inline void *allocate_zeroed(int64_t count, int64_t unit_bytes) {
   void *block = allocate(count, unit_bytes);
 #ifndef __clang_analyzer__
@@ -34,8 +33,8 @@ inline void *allocate_zeroed(int64_t count, int64_t unit_bytes) {
 
 inline void release(void *block) { std::free(block); }
 
-// A block of `count` units that begins with the `old_count` of `old`, zero after them; `old`, which may be
-// null, is released. nullptr when memory runs out, `old` then untouched. A fresh block and not realloc:
+// Returns a new block of `count` units: the `old_count` units of `old`, then zeros. Releases `old`, which may
+// be null. If memory runs out, returns nullptr and leaves `old` as it is. This is not realloc, because
 // callers of the library may rely on the address changing.
 inline void *regrown(void *old, int64_t old_count, int64_t count, int64_t unit_bytes) {
   if (old == nullptr) return allocate_zeroed(count, unit_bytes);

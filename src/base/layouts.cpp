@@ -1,5 +1,5 @@
-// The layouts that the interface promises where pointers have 8 bytes. Elsewhere, records are laid out as the
-// machine's compilers lay out the same declarations.
+// The record layouts that the interface guarantees on machines with 8-byte pointers. Elsewhere, the
+// platform's C compiler determines them.
 #include <cstddef>
 #include <type_traits>
 #include <utility>
@@ -13,7 +13,7 @@ constexpr bool all(Promises... is_kept) {
   return (is_kept && ...);
 }
 
-// The size of a record, and the offsets and types of its fields: of an array, of its first item and its last.
+// The size of a record, and the offset and type of each field; of an array, those of its first and last item.
 #define LAYOUT(record, size_bytes, ...)                                                 \
   static_assert(                                                                        \
       [] {                                                                              \
@@ -24,8 +24,8 @@ constexpr bool all(Promises... is_kept) {
 #define AT(offset, type, field)           \
   (offsetof(Record, field) == (offset) && \
    std::is_same_v<std::remove_reference_t<decltype((std::declval<Record &>().field))>, type>)
-// NOLINTBEGIN(bugprone-macro-parentheses): types take none.
-// Fields that several records share.
+// NOLINTBEGIN(bugprone-macro-parentheses): types cannot be parenthesised.
+// Groups of fields that several records have.
 #define BUFFER(type) AT(0, type *, data), AT(8, int64_t, length), AT(16, int64_t, capacity)
 #define SLOTS(type, slots) AT(0, type *, slots), AT(8, int64_t, count), AT(16, int64_t, capacity)
 #define POOL(offset) \

@@ -1,4 +1,4 @@
-// Asking for memory ahead of its use.
+// Prefetching: loading memory into the cache before it is used.
 #ifndef MUB_BASE_PREFETCH_H
 #define MUB_BASE_PREFETCH_H
 
@@ -8,14 +8,14 @@ namespace mub {
 
 constexpr int64_t kCacheLineBytes = 64;
 
-// Any address will do. The empty statement stands for an effect: calls of functions that only fetch would
-// otherwise be taken for calls of functions that do nothing, and vanish.
+// The address need not be valid. The empty asm statement counts as a side effect: without it, compilers drop
+// calls of functions that do nothing but prefetch.
 inline void prefetch(const void *address) {
   __builtin_prefetch(address);
   __asm__ volatile("");
 }
 
-// The same for all of a block.
+// Prefetches all of a block.
 inline void prefetch(const void *block, int64_t size_bytes) {
   const auto *bytes = static_cast<const char *>(block);
   for (int64_t at = 0; at < size_bytes; at += kCacheLineBytes) prefetch(bytes + at);

@@ -1,6 +1,6 @@
-// Comparing and searching counted bytes. Bytes compare as unsigned values; indexes are -1 where there is
-// none; a count below 1 is an empty range, which is never read. Everything is inlined into comparers and key
-// tests.
+// Comparing, copying and searching counted bytes. Bytes compare as unsigned values. Searches return -1 if
+// nothing is found. A count below 1 is an empty range, which is never read. Everything is inline, so that it
+// becomes part of comparers and key tests.
 #ifndef MUB_BYTES_BYTES_H
 #define MUB_BYTES_BYTES_H
 
@@ -16,7 +16,8 @@
 
 namespace mub {
 
-// The length of a narrow text: as given, or up to its NUL when negative; a NULL text has none.
+// The length of a narrow text: `length` itself or, if that is negative, the number of bytes before the NUL, 0
+// for a null pointer.
 inline int64_t measured(const void *text, int64_t length) {
   if (length >= 0) return length;
   return text == nullptr ? 0 : static_cast<int64_t>(std::strlen(static_cast<const char *>(text)));
@@ -36,7 +37,7 @@ void store(void *bytes, Word word) {
   std::memcpy(bytes, &word, sizeof word);
 }
 
-// Copies as many bytes as one word to two have, by two words that overlap.
+// Copies sizeof(Word) to 2 * sizeof(Word) bytes, as two words that may overlap.
 template <class Word>
 void move_two(uint8_t *to, const uint8_t *from, int64_t count) {
   const auto first = load<Word>(from);
@@ -52,7 +53,7 @@ struct Word256 {
   uint64_t parts[4];
 };
 
-// memmove for what is mostly short: up to 64 bytes take no call. All loads come before the stores.
+// memmove for mostly short ranges: up to 64 bytes are copied without a call. All loads precede the stores.
 inline void move(void *destination, const void *source, int64_t count) {
   auto *to = static_cast<uint8_t *>(destination);
   const auto *from = static_cast<const uint8_t *>(source);
@@ -75,7 +76,7 @@ inline void move(void *destination, const void *source, int64_t count) {
 
 inline const uint8_t *as_bytes(const void *data) { return static_cast<const uint8_t *>(data); }
 
-// The index of the first byte in which two words differ, or their size.
+// The index of the first byte in which two words differ, or sizeof(Word).
 template <class Word>
 int64_t first_difference_of(const uint8_t *a, const uint8_t *b) {
   const uint64_t differing = load<Word>(a) ^ load<Word>(b);
@@ -87,7 +88,7 @@ int64_t first_difference_of(const uint8_t *a, const uint8_t *b) {
 #endif
 }
 
-// The same for as many bytes as one word to two have, by two words that overlap.
+// The same for sizeof(Word) to 2 * sizeof(Word) bytes, as two words that may overlap; `count` if none differ.
 template <class Word>
 int64_t first_difference_of(const uint8_t *a, const uint8_t *b, int64_t count) {
   constexpr int64_t size = sizeof(Word);
@@ -107,7 +108,7 @@ inline int64_t first_difference_of_16(const uint8_t *a, const uint8_t *b) {
 #endif
 }
 
-// The index of the first byte that differs, or `count`. For keys this is faster than a call of memcmp.
+// The index of the first byte that differs, or `count`. For short ranges, this is faster than memcmp.
 inline int64_t first_difference(const uint8_t *a, const uint8_t *b, int64_t count) {
   if (count >= 16) {
     int64_t i = 0;
@@ -122,13 +123,14 @@ inline int64_t first_difference(const uint8_t *a, const uint8_t *b, int64_t coun
   return i;
 }
 
-// The shorter of two ranges that agree so far sorts first; the difference of the lengths is cut to 32 bits.
+// The result of comparing two ranges of which one begins with the other: the shorter one sorts first. The
+// difference of the lengths is truncated to 32 bits.
 inline int length_difference(int64_t a_length, int64_t b_length) {
   const uint64_t difference = static_cast<uint64_t>(a_length) - static_cast<uint64_t>(b_length);
   return static_cast<int>(static_cast<uint32_t>(difference));
 }
 
-// A word with its first byte in memory as the highest, so that words order as their bytes do.
+// Makes the first byte in memory the most significant one, so that words compare as their bytes do.
 inline uint64_t first_byte_highest(uint64_t word) {
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
   return __builtin_bswap64(word);
@@ -137,7 +139,7 @@ inline uint64_t first_byte_highest(uint64_t word) {
 #endif
 }
 
-// Inlined by force: in its own function it would take mub_mem_cmp one call more.
+// Forced inline: as a separate function, it would cost mub_mem_cmp another call.
 __attribute__((always_inline)) inline int compare_near(const uint8_t *a, int64_t a_length, const uint8_t *b,
                                                        int64_t b_length) {
   const int64_t common = std::min(a_length, b_length);
@@ -145,7 +147,7 @@ __attribute__((always_inline)) inline int compare_near(const uint8_t *a, int64_t
   return i < common ? a[i] - b[i] : length_difference(a_length, b_length);
 }
 
-// Ranges from here on are compared by memcmp first, a stretch at a time.
+// Ranges of this size or more are first compared by memcmp, in blocks of this size.
 constexpr int64_t kStretch = 256;
 
 __attribute__((noinline)) inline int compare_far(const uint8_t *a, int64_t a_length, const uint8_t *b,
@@ -164,7 +166,8 @@ inline int compare(const void *a, int64_t a_length, const void *b, int64_t b_len
   return compare_near(left, a_length, right, b_length);
 }
 
-// The sign of compare(), known sooner where the first words differ: searches wait for it at every step.
+// A result with the sign of compare()'s, known sooner if the first 8 bytes differ: a binary search waits for
+// it at every step.
 inline int order(const void *a, int64_t a_length, const void *b, int64_t b_length) {
   if (std::min(a_length, b_length) >= 8) {
     const auto x = load<uint64_t>(a);
@@ -174,7 +177,7 @@ inline int order(const void *a, int64_t a_length, const void *b, int64_t b_lengt
   return compare(a, a_length, b, b_length);
 }
 
-// compare() with letter case folded by the runtime's tolower, which sees each byte as an unsigned value.
+// compare() with each byte, as an unsigned value, passed through the runtime's tolower.
 inline int icompare(const void *a, int64_t a_length, const void *b, int64_t b_length) {
   const uint8_t *left = as_bytes(a);
   const uint8_t *right = as_bytes(b);
@@ -192,13 +195,13 @@ inline int icompare(const void *a, int64_t a_length, const void *b, int64_t b_le
   return length_difference(a_length, b_length);
 }
 
-// The bits in which the words at an offset differ.
+// The bits in which the words at `offset` differ.
 inline uint64_t difference_at(const uint8_t *a, const uint8_t *b, int64_t offset) {
   return load<uint64_t>(a + offset) ^ load<uint64_t>(b + offset);
 }
 
-// Whether `count` bytes are equal; for keys, which are short. Overlapping words cover each range of lengths
-// without a loop or a branch on the length, which would be mispredicted as often as not.
+// Whether `count` bytes are equal. Meant for keys, which are short: up to 32 bytes, overlapping words cover
+// each range of lengths without a loop or a branch on the exact length, which would often be mispredicted.
 inline bool equal(const void *a, const void *b, int64_t count) {
   const uint8_t *left = as_bytes(a);
   const uint8_t *right = as_bytes(b);
@@ -215,11 +218,11 @@ inline bool equal(const void *a, const void *b, int64_t count) {
            load<uint32_t>(left + count - 4) == load<uint32_t>(right + count - 4);
   }
   if (count < 1) return true;
-  // Three bytes at most: the first, the middle and the last cover them.
+  // At most three bytes: the first, the middle and the last one cover them.
   return left[0] == right[0] && left[count / 2] == right[count / 2] && left[count - 1] == right[count - 1];
 }
 
-// Whether two ranges are equal, as keys of any length.
+// Whether two ranges have the same length and the same bytes.
 inline bool equal(const void *a, int64_t a_length, const void *b, int64_t b_length) {
   return a_length == b_length && equal(a, b, a_length);
 }
@@ -228,13 +231,13 @@ inline int64_t index_of(const void *hit, const void *data) {
   return hit == nullptr ? -1 : as_bytes(hit) - as_bytes(data);
 }
 
-// The first byte equal to the low 8 bits of `byte`.
+// The index of the first byte that equals the low 8 bits of `byte`.
 inline int64_t chr(const void *data, int64_t count, int byte) {
   if (count < 1) return -1;
   return index_of(std::memchr(data, byte & 0xFF, static_cast<size_t>(count)), data);
 }
 
-// The last one.
+// The index of the last one.
 inline int64_t rchr(const void *data, int64_t count, int byte) {
   if (count < 1) return -1;
   return index_of(memrchr(data, byte & 0xFF, static_cast<size_t>(count)), data);

@@ -12,7 +12,7 @@ namespace {
 
 using CharOps = UnitOps<char>;
 
-// The characters that may be read: none without data, whatever the length says.
+// How many characters may be read: none if `data` is null, whatever the length.
 int64_t readable(const mub_char &view) { return view.data == nullptr ? 0 : view.length; }
 
 void trim(mub_char &view) {

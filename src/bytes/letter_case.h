@@ -1,4 +1,4 @@
-// The runtime's tolower for many bytes: a call for each costs more than hashing or comparing them.
+// tolower for runs of bytes: calling it for each byte costs more than hashing or comparing the bytes.
 #ifndef MUB_BYTES_LETTER_CASE_H
 #define MUB_BYTES_LETTER_CASE_H
 
@@ -7,7 +7,7 @@
 
 namespace mub {
 
-// Bytes are taken as unsigned values. Made anew for every run, because the program may change its locale in
+// Takes bytes as unsigned values. Construct one for each run of bytes: the program may change its locale in
 // between.
 class Lowering {
  public:
@@ -15,7 +15,7 @@ class Lowering {
   uint8_t operator()(uint8_t byte) const { return static_cast<uint8_t>(table_[byte]); }
 
  private:
-  // What tolower itself reads; the standard library's headers keep C++ from inlining it.
+  // The table that tolower itself reads. In C++, the library's headers prevent tolower from being inlined.
   const int32_t *table_ = *__ctype_tolower_loc();
 #else
   uint8_t operator()(uint8_t byte) const { return static_cast<uint8_t>(std::tolower(byte)); }

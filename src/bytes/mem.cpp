@@ -10,16 +10,15 @@
 namespace mub {
 namespace {
 
-// Distances are computed from the low 32 bits of addresses. The distance of -2^31, which has no positive
-// counterpart, is far.
+// Whether two addresses are at most 7 bytes apart, in either direction. Only their low 32 bits count.
 bool is_near(const void *a, const void *b) {
   const auto low_a = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(a));
   const auto low_b = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(b));
   return low_a - low_b + 7 <= 14;
 }
 
-// Fills [destination, destination + count) with repetitions of the `period` bytes right below it. What stands
-// repeats with that period, so every turn may copy all of it.
+// Fills [destination, destination + count) by repeating the `period` bytes just below it. Everything written
+// so far has that period too, so each iteration can copy all of it.
 void repeat(uint8_t *destination, int64_t period, int64_t count) {
   const uint8_t *pattern = destination - period;
   for (int64_t done = 0; done < count;) {
@@ -29,14 +28,15 @@ void repeat(uint8_t *destination, int64_t period, int64_t count) {
   }
 }
 
-// How far the destination lies above the source, when it starts inside it; 0 otherwise.
+// How far the destination lies above the start of the source if it starts inside the source; otherwise 0.
 int64_t overlapping_rise(const void *destination, const void *source, int64_t count) {
   const uintptr_t rise = reinterpret_cast<uintptr_t>(destination) - reinterpret_cast<uintptr_t>(source);
   return rise < static_cast<uintptr_t>(count) ? static_cast<int64_t>(rise) : 0;
 }
 
-// Copying 8 bytes at a time from low addresses to high reads what it wrote only where the destination starts
-// inside the source, 8 bytes or more above it; every other copy ends as memmove's.
+// Gives the result of copying 8 bytes at a time in ascending order. Such a copy reads what it has written
+// only if the destination starts inside the source, at least 8 bytes above its start; otherwise the result is
+// that of memmove.
 void copy(void *destination, const void *source, int64_t count) {
   if (count < 1) return;
   const int64_t rise = is_near(destination, source) ? 0 : overlapping_rise(destination, source, count);
@@ -47,7 +47,7 @@ void copy(void *destination, const void *source, int64_t count) {
   }
 }
 
-// The vacated bytes are those after the destination, or before it; the whole source when the ranges are
+// Clears the bytes of the source that lie before or after the destination: all of them if the ranges are
 // disjoint.
 void clear_vacated(const void *destination, void *source, int64_t count) {
   const auto to = reinterpret_cast<uintptr_t>(destination);

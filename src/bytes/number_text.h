@@ -1,10 +1,10 @@
-// Numbers in text, both ways. The grammars know digits, '-' and '.' alone: no white space, '+', exponent or
-// locale.
+// Conversion between numbers and text. The grammars have digits, '-' and '.' only: no white space, '+',
+// exponent or locale.
 //
 //   integer   -? digit+
 //   decimal   -? digit+ ( '.' digit* )?
 //
-// Parsing takes the longest beginning of a text that could become such a number, a lone '-' included.
+// Parsing takes the longest prefix of a text that could begin such a number; a lone '-' is one.
 #ifndef MUB_BYTES_NUMBER_TEXT_H
 #define MUB_BYTES_NUMBER_TEXT_H
 
@@ -29,7 +29,7 @@ inline int64_t skip_digits(const char *text, int64_t length, int64_t i) {
 
 struct Integer {
   int64_t value;  // Wraps around at 64 bits.
-  bool is_whole;  // At least one digit, and nothing else after them.
+  bool is_whole;  // At least one digit, and nothing after the digits.
 };
 
 inline Integer parse_integer(const char *text, int64_t length) {
@@ -41,14 +41,14 @@ inline Integer parse_integer(const char *text, int64_t length) {
   return {static_cast<int64_t>(negative ? 0 - value : value), i > first && i == length};
 }
 
-// Where the parts of a decimal number stand.
+// The parts of a decimal number, as positions in the text.
 struct Decimal {
   bool negative;
-  int64_t integer;   // The first digit before the point,
-  int64_t point;     // the end of those digits,
-  int64_t fraction;  // the first digit after the point, or the end,
-  int64_t end;       // and the end of these.
-  bool is_whole;     // At least one digit, and nothing else after the number.
+  int64_t integer;   // The first digit before the point.
+  int64_t point;     // The end of these digits.
+  int64_t fraction;  // The first digit after the point, or the end.
+  int64_t end;       // The end of the number.
+  bool is_whole;     // At least one digit, and nothing after the number.
 };
 
 inline Decimal scan_decimal(const char *text, int64_t length) {
@@ -61,11 +61,11 @@ inline Decimal scan_decimal(const char *text, int64_t length) {
   return {negative, integer, point, fraction, end, point > integer && end == length};
 }
 
-// After so many divisions even a 9 has become 0.
+// After this many divisions by 10.0, even a 9 has become 0.
 constexpr int64_t kFractionPlaces = 325;
 
-// kTenths.of[k][d] is d divided by 10.0 k times over. Each division rounds, so that the powers of ten would
-// not do.
+// kTenths.of[k][d] is d divided by 10.0 k times. Each division rounds, so a single division by a power of ten
+// would give other results.
 struct Tenths {
   static constexpr int64_t kPlaces = 20;
   double of[kPlaces + 1][10] = {};
@@ -85,9 +85,9 @@ inline double fraction_digit(char c, int64_t place) {
   return value;
 }
 
-// The value of a decimal number. Callers differ in how a digit before the point is taken in, and so in how
-// numbers past 2^53 round: `take_in(value, code)` gives the value with one more digit, of that character
-// code.
+// The value of a decimal number. Callers differ in how they add a digit before the point, and so in how
+// numbers above 2^53 are rounded: `take_in(value, code)` returns the value with one more digit, whose
+// character code is `code`.
 template <class TakeIn>
 double parse_decimal(const char *text, int64_t length, TakeIn take_in) {
   const Decimal parts = scan_decimal(text, length);
@@ -98,13 +98,13 @@ double parse_decimal(const char *text, int64_t length, TakeIn take_in) {
   return parts.negative ? 0.0 - value : value;
 }
 
-// As strings and their views have it.
+// The same, rounded as mub_string and mub_stringx round.
 inline double parse_decimal(const char *text, int64_t length) {
   return parse_decimal(text, length, [](double value, char code) { return value * 10.0 + (code - 48.0); });
 }
 
 struct PowersOfTen {
-  uint64_t of[20] = {};  // 0 stands for the first, so that 0 has a digit too.
+  uint64_t of[20] = {};  // of[0] is 0, not 1, so that the number 0 has a digit.
   constexpr PowersOfTen() {
     uint64_t power = 1;
     for (int i = 1; i < 20; ++i) of[i] = power *= 10;
@@ -112,15 +112,16 @@ struct PowersOfTen {
 };
 constexpr PowersOfTen kPowersOfTen;
 
-// The decimal digits of a number that is not negative; 1 for 0.
+// The number of decimal digits; 1 for 0.
 inline int64_t digit_count(uint64_t magnitude) {
-  // 1233 / 4096 is log10(2), exact enough for 64 bits.
+  // 1233 / 4096 approximates log10(2), closely enough for 64 bits.
   const int at_least = (64 - __builtin_clzll(magnitude | 1)) * 1233 >> 12;
   return at_least + (magnitude >= kPowersOfTen.of[at_least] ? 1 : 0);
 }
 
-// An integer in decimal digits. The length is known first, so that the digits are written where they belong:
-// read back from a buffer of their own they would wait for the narrow stores just made.
+// An integer in decimal digits. The length is computed first, so that the digits are written in place: a copy
+// from a temporary buffer would wait for the narrow stores just made (they cannot be forwarded to a wider
+// load).
 class IntegerText {
  public:
   static constexpr int64_t kMaxLength = 20;
@@ -137,7 +138,7 @@ class IntegerText {
   void write(char *to) const {
     char *end = to + length_;
     uint64_t rest = magnitude_;
-    // Four digits a turn: its two pairs do not wait for each other.
+    // Four digits per iteration: the two pairs do not depend on each other.
     while (rest >= 10000) {
       const auto four = static_cast<uint32_t>(rest % 10000);
       rest /= 10000;
@@ -171,7 +172,7 @@ class IntegerText {
   int64_t length_;
 };
 
-// A number with six decimals, as the runtime prints it; the longest, -DBL_MAX, takes 317 characters.
+// A number with six decimals, as printf's "%f" prints it; the longest, -DBL_MAX, takes 317 characters.
 class DecimalText {
  public:
   explicit DecimalText(double value) : length_(std::snprintf(buffer_, sizeof buffer_, "%f", value)) {}

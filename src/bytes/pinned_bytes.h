@@ -1,5 +1,5 @@
-// Bytes that a caller passes in may lie in the buffer that the call is about to move or release, and count as
-// copied before that. PinnedBytes makes that copy, and only then.
+// Bytes that a caller passes may lie in the very buffer that the call is about to move or release.
+// PinnedBytes copies them first, if they do.
 #ifndef MUB_BYTES_PINNED_BYTES_H
 #define MUB_BYTES_PINNED_BYTES_H
 
@@ -10,9 +10,9 @@
 
 namespace mub {
 
-// Whether [bytes, bytes + size_bytes) touches [buffer, buffer + buffer_bytes). Addresses are compared as
-// numbers, because ordering pointers into different blocks is undefined, and by differences, which cannot
-// wrap wrongly.
+// Whether [bytes, bytes + size_bytes) overlaps [buffer, buffer + buffer_bytes). Addresses are compared as
+// integers, because ordering pointers into different blocks is undefined, and by unsigned differences,
+// because the sums could wrap around.
 inline bool overlaps(const void *bytes, uint64_t size_bytes, const void *buffer, uint64_t buffer_bytes) {
   const auto first = reinterpret_cast<uintptr_t>(bytes);
   const auto own = reinterpret_cast<uintptr_t>(buffer);
@@ -35,7 +35,7 @@ class PinnedBytes {
   PinnedBytes(const PinnedBytes &) = delete;
   PinnedBytes &operator=(const PinnedBytes &) = delete;
 
-  // True when memory for the copy ran out: the call is refused.
+  // True if memory for the copy ran out: the caller then refuses the call.
   bool failed() const { return failed_; }
   const void *bytes() const { return bytes_; }
 

@@ -10,7 +10,7 @@
 namespace mub {
 namespace {
 
-// A fresh string of `length` characters: those of `source` up to its NUL, the rest NULs.
+// Allocates a string of `length` characters: those of `source` before its NUL, then NULs.
 char *duplicate(const char *source, int64_t length) {
   if (length == INT64_MAX) return nullptr;
   auto *copy = static_cast<char *>(allocate(length + 1, 1));
@@ -26,7 +26,7 @@ void keep_only(char *string, int64_t start, int64_t length) {
   string[length] = 0;
 }
 
-// The order of two strings one of which is NULL.
+// Compares two strings of which at least one is NULL; NULL sorts first.
 int compare_null(const char *a, const char *b) { return (a != nullptr) - (b != nullptr); }
 
 }  // namespace
@@ -46,7 +46,7 @@ void mub_str_dup(char **string, const char *source, int64_t length) {
 
 void mub_str_trim(char *string, int64_t length) {
   if (string == nullptr) return;
-  // An unmeasured length puts the last character before the first one, which leaves nothing.
+  // A negative length is not measured: nothing is left.
   const mub::span::Trimmed kept = mub::span::trimmed(string, length);
   if (kept.starts_with_nul || (length > 0 && kept.length == length)) return;
   mub::keep_only(string, kept.start, kept.length);

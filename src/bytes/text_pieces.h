@@ -1,4 +1,4 @@
-// Texts that hold several pieces with a separator between each two, read and written.
+// Splitting a text into the pieces between its separators, and joining pieces to a text.
 #ifndef MUB_BYTES_TEXT_PIECES_H
 #define MUB_BYTES_TEXT_PIECES_H
 
@@ -11,8 +11,8 @@
 
 namespace mub::pieces {
 
-// Calls take(piece, length) with each piece, white space around it cut off, until it gives false; true when
-// it took all of them. Empty ones count, but for the last.
+// Calls take(piece, length) for each piece, trimmed of white space, until it returns false. Returns whether
+// it took all of them. Empty pieces count, except for an empty last one.
 template <class Take>
 bool for_each(const char *text, int64_t length, int separator, Take take) {
   while (text != nullptr && length > 0) {
@@ -27,7 +27,7 @@ bool for_each(const char *text, int64_t length, int separator, Take take) {
   return true;
 }
 
-// The same with each piece as an integer; an empty one is 0.
+// The same with each piece parsed as an integer; an empty piece is 0.
 template <class Take>
 bool for_each_integer(const char *text, int64_t length, int separator, Take take) {
   return for_each(text, length, separator, [take](const char *piece, int64_t piece_length) {
@@ -35,7 +35,7 @@ bool for_each_integer(const char *text, int64_t length, int separator, Take take
   });
 }
 
-// A piece to be written, as number::IntegerText is one.
+// A piece to be written, with the interface of number::IntegerText.
 struct BytesText {
   const void *bytes;
   int64_t size;
@@ -43,7 +43,7 @@ struct BytesText {
   void write(char *to) const { bytes::move(to, bytes, size); }
 };
 
-// How long a joined text becomes, and what capacity growing piece by piece ends with.
+// The length of a joined text, and the capacity of a string to which the pieces were appended one at a time.
 struct Extent {
   int64_t capacity;
   int64_t length = 0;
@@ -52,16 +52,15 @@ struct Extent {
     if (wanted > capacity) capacity = buffer::grown_capacity<mub_string>(length, capacity, wanted);
   }
   void append(int64_t added) {
-    if (length > kMaxUnits / 2) return;  // GCOVR_EXCL_BR_LINE: no memory has so much; safe from overflow
+    if (length > kMaxUnits / 2) return;  // GCOVR_EXCL_BR_LINE: avoids overflow; no machine has so much memory
     reserve(length + added);
     length += added;
   }
 };
 
-// Makes `out` hold the pieces that walk(visit) visits, with a separator between each two: all of them, or
-// what it held before when memory runs out; so the whole growth, first to `room`, then piece by piece, is
-// found beforehand. Empty pieces at the front leave no trace, as no separator is put before the first
-// character.
+// Makes `out` hold the pieces that walk(visit) visits, with separators between them. If memory runs out,
+// `out` keeps what it held; so the total growth, first to `room` and then piece by piece, is computed in
+// advance. Leading empty pieces leave no trace, because no separator is put before the first character.
 template <class Walk>
 void join(mub_string &out, int64_t room, int separator, Walk walk) {
   Extent extent = {out.capacity};

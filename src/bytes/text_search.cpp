@@ -15,7 +15,7 @@ int64_t find_portable(const uint8_t *data, int64_t count, const uint8_t *pattern
 
 namespace {
 
-// For too few positions to fill a vector; a call of memmem takes longer than all of them.
+// For fewer positions than fill a vector: calling memmem takes longer than testing them one at a time.
 int64_t find_among_few(const uint8_t *data, int64_t count, const uint8_t *pattern, int64_t length) {
   for (int64_t i = 0; i <= count - length; ++i) {
     if (data[i] == pattern[0] && equal(data + i, pattern, length)) return i;
@@ -25,8 +25,8 @@ int64_t find_among_few(const uint8_t *data, int64_t count, const uint8_t *patter
 
 #if defined(__x86_64__)
 
-// pair_matches: bit k is set where a[k] == x and b[k] == y. The functions carry their own target, so that
-// they inline into the search made for that target and into no other.
+// pair_matches: bit k is set where a[k] == x and b[k] == y. Each function has its own target attribute, so
+// that it is inlined into the search for that target only.
 struct Sse2 {
   static constexpr int64_t kWidth = kSse2Starts;
   static uint32_t pair_matches(const uint8_t *a, uint8_t x, const uint8_t *b, uint8_t y) {
@@ -35,7 +35,7 @@ struct Sse2 {
 
  private:
   static __m128i equal_to(const uint8_t *bytes, uint8_t byte) {
-    // Spread by a multiplication, because without SSSE3 compilers spread a byte through memory.
+    // Broadcast by multiplication: without SSSE3, compilers broadcast a byte through memory.
     const __m128i wanted = _mm_set1_epi32(static_cast<int>(byte * 0x01010101u));
     return _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes)), wanted);
   }
@@ -55,15 +55,14 @@ struct Avx2 {
   }
 };
 
-// A vector of positions is looked at together: first where the pattern's first and last byte match, then,
-// and in most texts rarely, where its second and middle byte do too. What is left is compared whole.
+// The search by vectors that text_search.h describes. In most texts the second test is rarely reached.
 template <class Vector>
 class Search {
  public:
   Search(const uint8_t *data, int64_t count, const uint8_t *pattern, int64_t length)
       : data_(data), count_(count), pattern_(pattern), length_(length) {}
 
-  // Two vectors a turn; the last ones overlap, so that nothing after the data is read.
+  // Two vectors per iteration. The last one overlaps its predecessor, so that nothing after the data is read.
   __attribute__((always_inline)) int64_t run() {
     constexpr int64_t kWidth = Vector::kWidth;
     const int64_t starts = count_ - length_ + 1;
@@ -87,7 +86,7 @@ class Search {
     return Vector::pair_matches(data_ + i, pattern_[0], data_ + i + last, pattern_[last]);
   }
 
-  // Whether the search ends among the positions `matches` from `i` on.
+  // Whether the search ends at one of the starts i + k for which bit k of `matches` is set.
   __attribute__((always_inline)) bool settled(int64_t i, uint32_t matches) {
     if (matches == 0) return false;
     const int64_t middle = length_ / 2;
@@ -105,9 +104,10 @@ class Search {
     return true;
   }
 
-  // Texts that keep looking like the pattern would make the work the product of both lengths. memmem, slower
-  // in any other text, copes with these, so false matches are counted against the bytes searched, each for
-  // what its comparison may have taken.
+  // In a text that resembles the pattern everywhere, the time would be the product of both lengths. memmem
+  // copes with such a text, but is slower in any other. Therefore each false match is charged with what its
+  // comparison may have cost, and the search changes to memmem when the sum exceeds twice the bytes searched
+  // plus kPatience.
   bool was_one_too_many(int64_t position) {
     constexpr int64_t kPatience = 512;
     false_work_ += 1 + length_ / 16;

@@ -1,6 +1,6 @@
-// What every kind of text shares, owned or viewed, of bytes or of wide units: finding the content between
-// white space, and searching a span. A span is a pointer and a count of units; nullptr and counts below 1
-// are empty.
+// What all kinds of text have in common, owned or viewed, of bytes or of 16-bit units: trimming white space,
+// folding case, and searching. A span is a pointer and a count of units; it is empty if the pointer is null
+// or the count below 1.
 #ifndef MUB_BYTES_TEXT_SPAN_H
 #define MUB_BYTES_TEXT_SPAN_H
 
@@ -13,7 +13,7 @@
 
 namespace mub {
 
-// How units are measured, compared and searched; one specialisation for each type of unit.
+// How units are measured, compared and searched: a policy, specialised for each type of unit.
 template <class Unit>
 struct UnitOps;
 
@@ -28,8 +28,8 @@ struct UnitOps<char> {
   static int64_t find(const char *data, int64_t count, const char *text, int64_t length) {
     return bytes::find(data, count, text, length);
   }
-  // Looks for a NUL-terminated text, and no further than the first NUL of the span; what its block holds
-  // after the span does not matter.
+  // Searches for a NUL-terminated text, up to the span's first NUL. What follows the span in its block does
+  // not matter.
   static int64_t find_terminated(const char *data, int64_t count, int64_t /*room*/, const char *text) {
     const auto length = static_cast<int64_t>(std::strlen(text));
     if (length == 0) return 0;
@@ -52,14 +52,14 @@ bool is_space(Unit unit) {
   return unit == '\t' || unit == '\n' || unit == '\r' || unit == ' ';
 }
 
-// What is left of a text without the white space around it.
+// The part of a text that trimming leaves.
 struct Trimmed {
   int64_t start;
   int64_t length;
-  bool starts_with_nul;  // A NUL among the leading white space, which ends any trimming there and then.
+  bool starts_with_nul;  // The first unit that is not white space is 0; start and length are 0 then.
 };
 
-// The trailing scan drops NULs too.
+// NULs at the end are dropped like white space.
 template <class Unit>
 Trimmed trimmed(const Unit *units, int64_t length) {
   int64_t first = 0;
@@ -71,17 +71,17 @@ Trimmed trimmed(const Unit *units, int64_t length) {
   return {first, end - first, false};
 }
 
-// Passes every unit through `fold_unit`, which gives an int.
+// Replaces every unit by fold_unit(unit), which returns an int.
 template <class Unit, class Fold>
 void fold(Unit *units, int64_t length, Fold fold_unit) {
   if (units == nullptr) return;
   for (int64_t i = 0; i < length; ++i) units[i] = static_cast<Unit>(fold_unit(units[i]));
 }
 
-// -1 for what was not found, else its position counted from `start` units earlier.
+// Converts an index that was found from `start` on to one from the beginning; -1 stays -1.
 inline int64_t shifted(int64_t found, int64_t start) { return found < 0 ? -1 : start + found; }
 
-// A unit of 0 is never looked for.
+// A unit of 0 is never found.
 template <class Unit>
 int64_t find_unit(const Unit *data, int64_t length, int unit, int64_t start = 0) {
   const auto wanted = static_cast<Unit>(unit);
@@ -96,7 +96,7 @@ int64_t find_last_unit(const Unit *data, int64_t length, int unit) {
   return UnitOps<Unit>::rchr(data, length, wanted);
 }
 
-// Looks for `count` units of `text`, which is measured when `count` is negative.
+// Searches for `count` units of `text`, which is measured if `count` is negative.
 template <class Unit>
 int64_t find(const Unit *data, int64_t length, const Unit *text, int64_t count, int64_t start = 0) {
   if (data == nullptr || text == nullptr || start < 0 || start >= length) return -1;

@@ -3,14 +3,21 @@
 //   record    data ──► [ content ........ | spare ......... | 0 ]
 //                        0                  length            capacity
 //
-// Invariants, whenever data is not null:
-//   1. 0 <= length <= capacity.
-//   2. The block holds capacity + 1 units; the last one is always 0, so that a stream's block can become a
+// Invariants:
+//   1. 0 <= length <= capacity. While data is null, both are 0.
+//   2. The block holds capacity + 1 units. The last one is always 0, so that a stream's block can become a
 //      string's, terminator included.
-//   3. A terminated record has a 0 at data[length].
-//   4. Spare units are 0 in a fresh block and keep old content after a truncation; growth copies them along.
+//   3. In a terminated record, data[length] is 0, unless the caller overwrote it with _set_at() or swapped in
+//      the block of a stream.
+//   4. Spare units are 0 in a fresh block and keep old content after a truncation; growth copies them.
 //
-// A record takes part by specialising BufferTraits. Counts arrive here measured; a negative one does nothing.
+// Threads: functions that take a const record write nothing to it or to its block.
+//
+// A record type takes part by specialising BufferTraits, which provides
+//   Unit           the type of a unit
+//   kTerminated    whether a unit of 0 follows the content
+//
+// Counts are measured by the caller; a negative one does nothing.
 #ifndef MUB_BYTES_UNIT_BUFFER_H
 #define MUB_BYTES_UNIT_BUFFER_H
 
@@ -50,7 +57,7 @@ using UnitOf = typename BufferTraits<Record>::Unit;
 template <class Record>
 constexpr int64_t kUnitBytes = static_cast<int64_t>(sizeof(UnitOf<Record>));
 
-// memmove that accepts the null pointers and the negative counts of empty work.
+// memmove that also accepts negative counts, and null pointers if there is nothing to move.
 template <class Unit>
 void move_units(Unit *to, const void *from, int64_t count) {
   if (count > 0) std::memmove(to, from, static_cast<size_t>(count) * sizeof(Unit));
@@ -86,7 +93,7 @@ bool holds(const Record &record, int64_t index) {
   return index >= 0 && index < record.capacity;
 }
 
-// A stream's capacity is a multiple of 8; a terminated record's block is, terminator included.
+// A stream's capacity is rounded to a multiple of 8; a terminated record's so that capacity + 1 is one.
 template <class Record>
 int64_t rounded_capacity(int64_t target) {
   if constexpr (BufferTraits<Record>::kTerminated) return (target / 8) * 8 + 7;
@@ -99,7 +106,7 @@ int64_t grown_capacity(int64_t length, int64_t capacity, int64_t wanted) {
   return rounded_capacity<Record>(grown_units(length, capacity, wanted));
 }
 
-// Moves the content to a block of `capacity` units and one more.
+// Moves the content to a new block of capacity + 1 units.
 template <class Record>
 bool regrow(Record &record, int64_t capacity) {
   void *data = regrown(record.data, record.capacity, capacity + 1, kUnitBytes<Record>);
@@ -115,20 +122,20 @@ bool grow(Record &record, int64_t wanted) {
          regrow(record, grown_capacity<Record>(record.length, record.capacity, wanted));
 }
 
-// Makes room for `wanted` units; false when memory runs out, the record unchanged.
+// Makes room for `wanted` units. Returns false and leaves the record unchanged if memory runs out.
 template <class Record>
 bool expand(Record &record, int64_t wanted) {
   return record.capacity >= wanted || grow(record, wanted);
 }
 
-// Sets a length that is known to lie within the block, and the terminator.
+// Sets a length that is known to be at most the capacity, and the terminator.
 template <class Record>
 void set_length(Record &record, int64_t length) {
   record.length = length;
   if constexpr (BufferTraits<Record>::kTerminated) record.data[length] = 0;
 }
 
-// Sets the length, up to the capacity.
+// Sets the length, but at most to the capacity.
 template <class Record>
 void shrink(Record &record, int64_t length) {
   if (record.data == nullptr || length < 0) return;
@@ -141,19 +148,19 @@ void zero(Record &record, int64_t offset, int64_t count) {
   std::memset(record.data + offset, 0, static_cast<size_t>(count) * sizeof(UnitOf<Record>));
 }
 
-// The terminator's unit is a part of the block like any other.
+// The size of the block, the unit after the capacity included.
 template <class Record>
 uint64_t block_bytes(const Record &record) {
   return record.data == nullptr ? 0 : (static_cast<uint64_t>(record.capacity) + 1) * kUnitBytes<Record>;
 }
 
-// `count` is not negative; doubled for wide units it still fits 64 unsigned bits.
+// `count` is not negative. Doubled, for wide units, it still fits in 64 unsigned bits.
 template <class Record>
 PinnedBytes pinned(const Record &record, const void *units, int64_t count) {
   return {units, static_cast<uint64_t>(count) * kUnitBytes<Record>, record.data, block_bytes(record)};
 }
 
-// Makes `count` units the whole content; NULL units empty it.
+// Replaces the content by `count` units; null units empty the record.
 template <class Record>
 bool copy(Record &record, const void *units, int64_t count) {
   if (units == nullptr) {
@@ -186,7 +193,7 @@ template <class Record>
 bool append(Record &record, const void *units, int64_t count) {
   if (count > record.capacity - record.length) return append_growing(record, units, count);
   if (count <= 0) {
-    // Even an empty append restores a terminator that was overwritten.
+    // Even an empty append restores a terminator that the caller has overwritten.
     shrink(record, record.length);
     return true;
   }
@@ -197,7 +204,7 @@ bool append(Record &record, const void *units, int64_t count) {
   return true;
 }
 
-// Replaces `old_count` units at `position` by `count` units. The old range may reach past the content as
+// Replaces `old_count` units at `position` by `count` units. The old range may extend past the content as
 // long as the resulting length is not negative; new units that would lie past the resulting content are
 // dropped.
 template <class Record>
@@ -208,7 +215,7 @@ bool update(Record &record, int64_t position, int64_t old_count, const void *uni
   if (__builtin_add_overflow(record.length, count - old_count, &length) || length < 0) return false;
   const PinnedBytes source = pinned(record, units, count);
   if (source.failed() || !expand(record, length)) return false;
-  // The new units are clipped by the longer of the two lengths: a shrinking update writes before it moves.
+  // Units are dropped past the longer of the two lengths, because a shrinking update writes before it moves.
   const int64_t written = std::min(count, std::max(record.length, length) - position);
   const int64_t tail = record.length - position - old_count;
   if (count > old_count && tail > 0) {
@@ -222,18 +229,18 @@ bool update(Record &record, int64_t position, int64_t old_count, const void *uni
   return true;
 }
 
-// Opens a gap of `count` units before `position` and fills it; refused for an empty insertion.
+// Inserts `count` units before `position`. An empty insertion is refused.
 template <class Record>
 bool insert(Record &record, int64_t position, const void *units, int64_t count) {
   return count >= 1 && update(record, position, 0, units, count);
 }
 
-// Copies `count` units from `start`, which the caller has checked, over the content of `out`.
+// Replaces the content of `out` by `count` units from `start`, a range that the caller has checked.
 template <class Record, class OutRecord>
 bool extract(const Record &record, int64_t start, int64_t count, OutRecord &out) {
   static_assert(sizeof(UnitOf<Record>) == sizeof(UnitOf<OutRecord>));
   if (!expand(out, count)) return false;
-  // Read after the growth: `out` may be the source itself.
+  // `record.data` is read only after the growth, because `out` may be the record itself.
   move_units(out.data, record.data + start, count);
   shrink(out, count);
   return true;
@@ -264,8 +271,8 @@ bool mid_into(const Record &record, int64_t start, int64_t count, OutRecord &out
   return extract(record, start, std::min(count, record.length - start), out);
 }
 
-// The in-place forms differ from the copying ones: `left` ignores a negative count, `mid` a negative start,
-// and all of them an empty record, be its terminator overwritten.
+// The in-place forms differ from the copying ones: `left` ignores a negative count and `mid` a negative
+// start, and all of them leave an empty record alone, even if its terminator was overwritten.
 template <class Record>
 void left(Record &record, int64_t count) {
   if (record.length > count) shrink(record, count);

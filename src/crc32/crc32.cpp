@@ -11,8 +11,7 @@ namespace mub {
 namespace crc {
 namespace {
 
-// after[k][b]: the register after byte b and k zero bytes. after[0] is the classic table of the byte-wise
-// loop.
+// after[k][b]: the register after byte b and k zero bytes. after[0] is the table of the usual byte-wise loop.
 struct Tables {
   uint32_t after[16][256];
 };
@@ -31,7 +30,7 @@ constexpr Tables make_tables() {
 
 constexpr Tables kTables = make_tables();
 
-// Eight bytes, with `zeros` more bytes after them.
+// What eight bytes contribute to the register if `zeros` more bytes follow them.
 uint32_t look_up(uint64_t word, int zeros) {
   const auto *after = kTables.after + zeros;
   return after[7][word & 0xFF] ^ after[6][word >> 8 & 0xFF] ^ after[5][word >> 16 & 0xFF] ^
@@ -79,8 +78,8 @@ uint8_t xor_of_bytes(const uint8_t *bytes, int64_t length) {
 }  // namespace
 }  // namespace crc
 
-// Lowered piece by piece. Only the first piece may be short, so that the register so far, which a hash takes
-// in with its first four bytes, always finds them.
+// Folds case piece by piece. The register so far is xored into the first four bytes of the next piece; only
+// the first piece may be shorter than kPiece, so these four are always there.
 uint32_t key_hash_nocase(const void *bytes, int64_t length) {
   constexpr int64_t kPiece = 64;
   const uint8_t *byte = bytes::as_bytes(bytes);
@@ -111,7 +110,7 @@ int mub_stream_check(const void *bytes, int64_t count) {
   return bytes == nullptr ? 0 : mub::crc::xor_of_bytes(mub::bytes::as_bytes(bytes), count);
 }
 
-// Written out, for C has no way to name the entries of a computed table one by one; checked against it below.
+// Written out, because an array cannot be initialised from a computed one; checked below.
 constexpr uint32_t CRC_TABLE[256] = {
     0x00000000, 0x77073096, 0xEE0E612C, 0x990951BA, 0x076DC419, 0x706AF48F, 0xE963A535, 0x9E6495A3,
     0x0EDB8832, 0x79DCB8A4, 0xE0D5E91E, 0x97D2D988, 0x09B64C2B, 0x7EB17CBD, 0xE7B82D07, 0x90BF1D91,

@@ -1,4 +1,5 @@
-// The hash of byte-string keys, made from the CRC-32 register (reflected, polynomial 0xEDB88320).
+// The hash of byte-string keys: the CRC-32 register (reflected, polynomial 0xEDB88320) after the bytes of the
+// key, computed by the fastest implementation that the processor supports. crc32_variants.h lists these.
 #ifndef MUB_CRC32_CRC32_H
 #define MUB_CRC32_CRC32_H
 
@@ -9,8 +10,8 @@
 
 namespace mub {
 
-// The hash of a key: the register started at 0 and not inverted, so leading zero bytes do not count. A
-// length below 1 gives 0.
+// The hash of a key. The register starts at 0 and is not inverted at the end, so that leading zero bytes do
+// not change it. Returns 0 if the length is below 1.
 inline uint32_t key_hash(const void *bytes, int64_t length) {
   if (length < 1) return 0;
 #if MUB_CRC_X86
@@ -19,7 +20,7 @@ inline uint32_t key_hash(const void *bytes, int64_t length) {
   return crc::checksum_sliced(0, bytes::as_bytes(bytes), length);
 }
 
-// The same with every byte passed through tolower first.
+// The same, with every byte passed through tolower first.
 uint32_t key_hash_nocase(const void *bytes, int64_t length);
 
 }  // namespace mub

@@ -25,8 +25,9 @@ constexpr uint32_t power_of_x(int exponent) {
   return power;
 }
 
-// floor(x^96 / P) without its coefficient of x^0, reflected: bit 0 is the coefficient of x^64. It comes out
-// of a long division bit by bit; what is left after the first step is x^32 mod P, which is kPolynomial.
+// floor(x^96 / P) without its coefficient of x^0, reflected: bit 0 is the coefficient of x^64. It is computed
+// by long division, one bit at a time; the remainder after the first step is x^32 mod P, which is
+// kPolynomial.
 constexpr uint64_t quotient_of_x96() {
   uint64_t quotient = 1;
   uint32_t rest = kPolynomial;
@@ -37,8 +38,9 @@ constexpr uint64_t quotient_of_x96() {
   return quotient;
 }
 
-// What a start of all ones, and inverting the end, change in the register after 0, 1, 2 … bytes. It is
-// linear in what it starts with, so this turns the hash of a run, which starts at 0, into its checksum.
+// How the register after 0, 1, 2 … bytes changes if it starts with all ones and is inverted at the end. The
+// register is linear in its start, so xor with this value turns the hash of a run, which starts at 0, into
+// its checksum.
 constexpr int64_t kShortBytes = 512;
 
 struct ShareOfOnes {

@@ -1,5 +1,11 @@
-// The ways to compute the CRC-32 register. crc32.cpp chooses among them at run time by what the processor
-// can do; the tests run every one that it can.
+// The implementations of the CRC-32 register. crc32.cpp chooses one at run time, by the processor's features;
+// the tests run all that the processor supports.
+//
+// Invariants:
+//   1. All variants return the same for the same arguments, and read only the `length` bytes.
+//   2. The result depends on the bytes alone, not on their alignment or the machine's byte order.
+//
+// Threads: there is no state but tables that are computed at compile time.
 #ifndef MUB_CRC32_CRC32_VARIANTS_H
 #define MUB_CRC32_CRC32_VARIANTS_H
 
@@ -13,22 +19,22 @@
 
 namespace mub::crc {
 
-// The register after `length` >= 1 bytes, started at `ones`, which is 0 or has all bits set, and xored with
-// it at the end: with 0 the hash of a key, with all ones the checksum.
+// The register after `length` >= 1 bytes. It starts at `ones`, which is 0 or has all bits set, and is xored
+// with it at the end: 0 gives the hash of a key, all ones give the checksum.
 using ChecksumFn = uint32_t (*)(uint32_t ones, const uint8_t *bytes, int64_t length);
 
-// Sixteen table look-ups for sixteen bytes, on any processor.
+// Slicing by 16: sixteen independent table look-ups per sixteen bytes, on any processor.
 uint32_t checksum_sliced(uint32_t ones, const uint8_t *bytes, int64_t length);
 
 #if MUB_CRC_X86
-// Carry-less multiplication in 128-bit and in 512-bit registers.
+// Carry-less multiplication, in 128-bit or in 512-bit registers.
 uint32_t checksum_folded_128(uint32_t ones, const uint8_t *bytes, int64_t length);
 uint32_t checksum_folded_512(uint32_t ones, const uint8_t *bytes, int64_t length);
 
-// The best of them with ones = 0, quickest for keys; wants can_fold_128().
+// The fastest of these for ones = 0, with the shortest path for keys; requires can_fold_128().
 uint32_t hash_folded(const uint8_t *bytes, int64_t length);
 
-// The processor's features are bits of one constant word that the compiler's runtime fills in at load time.
+// The processor's features are bits of a word that the compiler's runtime initialises at load time.
 inline bool can_fold_128() { return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1"); }
 
 inline bool can_fold_512() {

@@ -1,8 +1,8 @@
 // CRC-32 by carry-less multiplication.
 //
 // Bytes are a polynomial over GF(2); the register after them, started at 0, is that polynomial times x^32
-// modulo P. Loaded little-endian, bits stand in the reflected order of the register: the first bit has the
-// highest degree. So leading zero bytes change nothing, and a run of any length is taken right-aligned, in
+// modulo P. Loaded little-endian, bits are in the reflected order of the register: the first bit has the
+// highest degree. Leading zero bytes change nothing, so a run of any length is split, from its end, into
 // 16-byte blocks:
 //
 //        first block, zeros in front              last block
@@ -14,17 +14,18 @@
 //                               |
 //                        V, of 96 bits, congruent to the result
 //
-// All products are independent, so up to 32 blocks (kShortBytes) cost little more than one. V is reduced
-// after Barrett: with A its upper 64 bits, q = floor(A * x^32 / P) = floor(A * floor(x^96 / P) / x^64) is
-// exact for polynomials, and the result is the low 32 bits of V + q * P.
+// All products are independent of each other, so that they overlap in the processor's pipeline; runs of up to
+// 32 blocks (kShortBytes) are computed in this way. V is reduced by Barrett's method: with A its upper 64
+// bits, q = floor(A * x^32 / P) = floor(A * floor(x^96 / P) / x^64) is exact for polynomials, and the result
+// is the low 32 bits of V + q * P.
 //
-// Longer runs keep 4 accumulators, of 16 or of 64 bytes, and move them on together: an accumulator that is
-// multiplied by x^512 (or x^2048) mod P takes in the bytes that come 64 (or 256) later. At the end they are
-// short runs themselves, and go the way above.
+// Longer runs are folded into 4 accumulators, of 16 or of 64 bytes: multiplied by x^512 (or x^2048) mod P, an
+// accumulator is in the place of the bytes that come 64 (or 256) later, and is xored with them. At the end,
+// the accumulators are themselves a short run.
 //
-// Multiplying reflected words of 64 and 33 bits gives bit k the degree 95 - k: V in its place. In the
-// folding, where the places of a 128-bit block are wanted, bit k of degree 127 - k, the constants are lower
-// by 32.
+// In the product of reflected words of 64 and 33 bits, bit k has the degree 95 - k, as V requires. Folding
+// requires the degrees of a 128-bit block, 127 - k for bit k, and so its constants have exponents lower by
+// 32.
 #include "crc32/crc32_variants.h"
 
 #if MUB_CRC_X86
@@ -34,10 +35,10 @@
 #include "bytes/bytes.h"
 #include "crc32/crc32_math.h"
 
-// Small steps are parts of one calculation; gcc would not inline them everywhere by itself.
+// The small functions are steps of one calculation; gcc would not inline all of them by itself.
 #define MUB_ALWAYS_INLINE inline __attribute__((always_inline))
 #define MUB_TARGET_128 __attribute__((target("pclmul,sse4.1")))
-#if !defined(MUB_TARGET_512)  // a test emulates its instructions
+#if !defined(MUB_TARGET_512)  // a test that emulates its instructions defines it
 #define MUB_TARGET_512 __attribute__((target("pclmul,sse4.1,vpclmulqdq,avx512f,avx512bw,avx512vl")))
 #endif
 
@@ -51,7 +52,7 @@ constexpr int64_t kBlockBytes = 16;
 constexpr int64_t kWideBytes = 4 * kBlockBytes;
 constexpr int kShortBlocks = kShortBytes / kBlockBytes;
 
-// The factors of both halves of each block of a short run; the run's last block has the last pair.
+// The factors of both halves of each block of a short run. The last pair is that of the run's last block.
 struct Powers {
   uint64_t of_block[kShortBlocks][2];
 };
@@ -68,7 +69,7 @@ constexpr Powers make_powers() {
 
 alignas(64) constexpr Powers kPowers = make_powers();
 
-// Moves a block on by 4 blocks of 16 or of 64 bytes.
+// The factors that move a block forward by 4 blocks of 16 or of 64 bytes.
 alignas(16) constexpr uint64_t kFold128[2] = {factor(512 + 32), factor(512 - 32)};
 alignas(16) constexpr uint64_t kFold512[2] = {factor(2048 + 32), factor(2048 - 32)};
 
@@ -91,14 +92,14 @@ MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i times(__m128i block, __m128i factors) {
 
 MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t reduced(__m128i v) {
   const __m128i barrett = load(kBarrett);
-  // GCOVR_EXCL_BR_START: none is here
+  // GCOVR_EXCL_BR_START: the source has no branch here
   const __m128i q = _mm_clmulepi64_si128(v, barrett, 0x00);
   const __m128i qp = _mm_clmulepi64_si128(q, barrett, 0x10);
   return static_cast<uint32_t>(_mm_extract_epi32(_mm_xor_si128(qp, v), 2));
   // GCOVR_EXCL_BR_STOP
 }
 
-// 1 to 8 bytes at the end of a word, out of two loads that overlap (or three bytes that coincide).
+// 1 to 8 bytes at the end of a word, by two loads that may overlap (or three bytes, some the same).
 inline uint64_t right_aligned_word(const uint8_t *bytes, int64_t length) {
   const int64_t free_bits = 8 * (8 - length);
   if (length >= 4) {
@@ -110,7 +111,8 @@ inline uint64_t right_aligned_word(const uint8_t *bytes, int64_t length) {
   return (uint64_t{bytes[length - 1]} << 56) | ((bytes[0] | middle) << free_bits);
 }
 
-// The first 1 to 16 of 16 readable bytes at the end of a block. Indexes with the top bit set give zeros.
+// The first 1 to 16 of 16 readable bytes, moved to the end of a block of zeros. The shuffle writes 0 for an
+// index with the top bit set.
 MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i right_aligned_block(const uint8_t *bytes, int64_t length) {
   constexpr uint8_t z = 0x80;
   alignas(32) static constexpr uint8_t kShifts[32] = {z, z, z, z, z, z, z, z, z, z, z,  z,  z,  z,  z,  z,
@@ -118,15 +120,15 @@ MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i right_aligned_block(const uint8_t *byte
   return _mm_shuffle_epi8(load(bytes), load(kShifts + length));
 }
 
-// The factors that end the run at its last block; index -1 is the last one.
+// The end of the factors: index -1 has those of a run's last block.
 constexpr const uint64_t (*kPowersEnd)[2] = kPowers.of_block + kShortBlocks;
 
-// The last block of a run: its second half already stands where the product with x^32 belongs.
+// The last block of a run: its second half is already in the place of its product with x^32.
 MUB_TARGET_128 MUB_ALWAYS_INLINE __m128i times_last(__m128i block) {
   return _mm_xor_si128(_mm_clmulepi64_si128(block, load(kPowersEnd[-1]), 0x00), _mm_srli_si128(block, 8));
 }
 
-// 9 to 16 and 17 to 24 bytes: the word (or less) in front of the last one or two goes in alone.
+// 9 to 16 and 17 to 24 bytes: the 1 to 8 bytes before the last one or two words are multiplied separately.
 MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t hash_of_two_words(const uint8_t *bytes, int64_t length) {
   const __m128i first = as_block(bytes::load<uint64_t>(bytes) << (8 * (16 - length)));
   const __m128i last = as_block(bytes::load<uint64_t>(bytes + length - 8));
@@ -146,7 +148,7 @@ MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t hash_of_two_blocks(const uint8_t *byte
   return reduced(_mm_xor_si128(times(first, load(kPowersEnd[-2])), rest));
 }
 
-// 1 to 32 bytes, as most keys have.
+// 1 to 32 bytes, the length of most keys.
 constexpr int64_t kTinyBytes = 32;
 
 MUB_TARGET_128 MUB_ALWAYS_INLINE uint32_t hash_tiny(const uint8_t *bytes, int64_t length) {
@@ -177,7 +179,7 @@ MUB_TARGET_512 MUB_ALWAYS_INLINE __m512i times_xor(__m512i blocks, __m512i facto
                                    _mm512_clmulepi64_epi128(blocks, factors, 0x11), other, kXorOfThree);
 }
 
-// Masked forms with full masks, here and for the broadcast: gcc 12 takes the plain ones for uses of an
+// Masked forms with full masks, here and for the broadcast: in the plain ones, gcc 12 warns of an
 // uninitialised variable. They compile to the same instructions.
 template <int kIndex>
 MUB_TARGET_512 MUB_ALWAYS_INLINE __m128i quarter(__m512i v) {
@@ -189,8 +191,8 @@ MUB_TARGET_512 MUB_ALWAYS_INLINE uint32_t reduced_quarters(__m512i v) {
                                _mm_xor_si128(quarter<2>(v), quarter<3>(v))));
 }
 
-// 1 to 64 bytes at the end of four blocks. The load reaches to before the bytes, but what its mask leaves
-// out is not touched, whatever lies there.
+// 1 to 64 bytes at the end of four blocks of zeros. The load begins before the bytes, but does not access
+// what its mask excludes, so that memory need not be readable there.
 MUB_TARGET_512 MUB_ALWAYS_INLINE __m512i right_aligned_512(const uint8_t *bytes, int64_t length) {
   const int64_t zeros = kWideBytes - length;
   return _mm512_maskz_loadu_epi8(~uint64_t{0} << zeros, bytes - zeros);
@@ -258,7 +260,7 @@ MUB_TARGET_512 uint32_t register_long_512(uint32_t start, const uint8_t *bytes, 
   return reduced_quarters(times_xor(c, load_512(powers + 8), times_xor(d, load_512(powers + 12), ab)));
 }
 
-// What all ones at the start and at the end add to the hash of a short run.
+// What `ones`, at the start and at the end, changes in the hash of a short run.
 uint32_t share_of_ones(uint32_t ones, int64_t length) { return kShareOfOnes.crc[length] & ones; }
 
 }  // namespace

@@ -1,5 +1,15 @@
-// Little-endian integers of 1 to 8 bytes in memory, and the cursor's rules: a field is read or written only
-// when it lies wholly inside the content; the position moves on in any case, wrapping, and may be negative.
+// Little-endian integers of 1 to 8 bytes, and the cursor that reads and writes them in a stream.
+//
+//   data ──► [ ...... | field | ...... | spare ... ]
+//                     ▲       ▲        length
+//              position       position after reading or writing
+//
+// Invariants, for fields of a fixed width:
+//   1. A field is read or written only if it lies wholly inside the content; otherwise it reads as 0.
+//   2. The position advances in either case. It wraps around at 64 bits, and may be negative.
+//   3. The cursor changes neither the length nor the capacity.
+//
+// Threads: reading writes nothing but the caller's position.
 #ifndef MUB_STREAM_CURSOR_H
 #define MUB_STREAM_CURSOR_H
 
@@ -27,7 +37,8 @@ Word swapped_if_big_endian(Word word) {
 #endif
 }
 
-// The greatest power of two within a width: a field of 3 bytes is one of 2 and one of 1, one of 6 is 4 and 2.
+// The largest power of two that is at most a width: a field of 3 bytes is moved as 2 and 1, one of 6 as 4 and
+// 2.
 constexpr int whole_word(int byte_count) {
   return byte_count == 8 ? 8 : byte_count >= 4 ? 4 : byte_count >= 2 ? 2 : 1;
 }
@@ -50,7 +61,7 @@ void store_little(uint8_t *bytes, uint64_t value) {
   if constexpr (kWhole != kBytes) store_little<kBytes - kWhole>(bytes + kWhole, value >> (8 * kWhole));
 }
 
-// 1 to 8 bytes by loads or stores that overlap: no loop and no table.
+// 1 to 8 bytes, as two words that may overlap: this needs no loop and no table.
 inline uint64_t load_little(const uint8_t *bytes, int count) {
   if (count >= 4) return load_little<4>(bytes) | load_little<4>(bytes + count - 4) << (8 * (count - 4));
   if (count >= 2) return load_little<2>(bytes) | load_little<2>(bytes + count - 2) << (8 * (count - 2));
@@ -71,14 +82,14 @@ inline void store_little(uint8_t *bytes, int count, uint64_t value) {
 
 namespace cursor {
 
-// Returns the position before.
+// Returns the old position.
 inline int64_t advance(int64_t *position, int64_t count) {
   const int64_t old_position = *position;
   *position = static_cast<int64_t>(static_cast<uint64_t>(old_position) + static_cast<uint64_t>(count));
   return old_position;
 }
 
-// How many bytes of content lie at and after the position; 0 for a negative one.
+// How many bytes of content lie at and after the position; 0 if it is negative.
 inline int64_t bytes_left(const mub_stream &stream, int64_t position) {
   return position < 0 || position >= stream.length ? 0 : stream.length - position;
 }

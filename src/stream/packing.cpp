@@ -1,5 +1,21 @@
-// The packed integers: how long a value is comes from its highest bit, how long a field is from its first
-// byte; the bytes in between are moved as one word.
+// The packed integers. The highest bit of a value determines the length of its field, and the first byte of a
+// field the number of bytes that follow; these are moved as one word.
+//
+//   word     0xxxxxxx    1xxxxxxx xxxxxxxx           a tag of 1 bit, then the value, highest byte first
+//   dword    nnxxxxxx …                              a tag of 2 bits: n bytes follow, highest byte first
+//   lword    1…10x…xx [1 byte] [2 bytes] [4 bytes]   as many ones as bytes follow; any of the groups, or one
+//                                                    of 8 bytes, the highest bits first, each little-endian
+//
+// Invariants:
+//   1. A value has one field in each class, the shortest that holds it; 15, 30 or 64 bits fit.
+//   2. A field is written wholly, inside the content, or not at all.
+//   3. Readers of words and dwords may read spare bytes, but never past the capacity; a reader of lwords only
+//      reads the content.
+//   4. Writing a word or dword advances the position in any case, writing an lword only if it is stored.
+//      Reading from the end of the content on does not advance it; reading an lword that is cut short
+//      advances it by 1.
+//
+// Threads: reading writes nothing but the caller's position.
 #include <algorithm>
 
 #include "bytes/unit_buffer.h"
@@ -9,11 +25,10 @@
 namespace mub {
 namespace {
 
-// How many bits a value needs; 1 for 0.
+// The number of significant bits; 1 for 0.
 int bit_width(uint64_t value) { return 64 - __builtin_clzll(value | 1); }
 
-// Words and dwords are stored highest byte first, below a tag in the top bits: 1 bit that counts the further
-// bytes of a word, 2 bits that count those of a dword.
+// Words and dwords: the tag, in the highest bits, is the number of bytes that follow the first one.
 template <int kTagBits>
 struct TaggedClass {
   static constexpr int kMaxBytes = 1 << kTagBits;
@@ -25,7 +40,7 @@ struct TaggedClass {
     const int64_t at = cursor::advance(position, count);
     if (cursor::bytes_left(stream, at) < count) return;
     const int field_bits = 8 * count;
-    // A tag of k bits absorbs the value's highest ones.
+    // The highest bits of a value that does not fit are lost in the tag, which then has all bits set.
     const uint32_t field = value | static_cast<uint32_t>(count - 1) << (field_bits - kTagBits);
     store_little(stream.data + at, count, __builtin_bswap32(field) >> (32 - field_bits));
   }
@@ -39,8 +54,8 @@ struct TaggedClass {
   }
 
  private:
-  // Four bytes, highest first. The spare bytes after the content take part; after the capacity, and before
-  // the block, there are zeros.
+  // Four bytes, the highest first. Spare bytes are read as well; bytes from the capacity on, and all bytes at
+  // a negative position, read as 0.
   static uint32_t load_padded(const mub_stream &stream, int64_t at) {
     if (at >= 0 && stream.capacity - at >= 4) {
       return __builtin_bswap32(static_cast<uint32_t>(load_little<4>(stream.data + at)));
@@ -57,9 +72,9 @@ struct TaggedClass {
 using PackedWord = TaggedClass<1>;
 using PackedDword = TaggedClass<2>;
 
-// The further bytes of an lword as one little-endian word. With 1 to 7 of them the low 32 bits, when they
-// take part, come last; before them stand the bits above, of which three bytes are rotated: the highest one
-// goes first.
+// The bytes after the first one of an lword, as one little-endian word. If there are 4 to 7, the last four
+// hold the value's low 32 bits. The bits above come before them; if these are three bytes, the highest one
+// comes first and then the two others, little-endian, which is a rotation.
 uint64_t swapped_groups(uint64_t value, int further) {
   const int high_bytes = further & 3;
   const uint64_t high = further >= 4 ? value >> 32 : value;
@@ -79,7 +94,7 @@ uint64_t restored_groups(uint64_t groups, int further) {
 
 int lword_length(uint64_t value) { return std::min((bit_width(value) + 6) / 7, 9); }
 
-// The first byte: as many ones as bytes follow, a zero, and the bits above those bytes.
+// The first byte: as many ones as bytes follow, a zero, and the value's bits above those bytes.
 uint64_t lword_head(uint64_t value, int further) {
   return (0xFF00u >> further & 0xFF) | (further < 8 ? value >> (8 * further) : 0);
 }

@@ -10,13 +10,13 @@
 namespace mub {
 namespace {
 
-// Stores what fits before the stream's length; `bytes` may lie in the stream.
+// Writes as many bytes as fit before the stream's length; `bytes` may lie in the stream.
 void write_clipped(mub_stream &stream, int64_t at, const void *bytes, int64_t count) {
   const int64_t fitting = std::min(count, cursor::bytes_left(stream, at));
   if (fitting > 0 && bytes != nullptr) buffer::move_units(stream.data + at, bytes, fitting);
 }
 
-// The body goes first: when it is the stream's own content, the prefix would change it.
+// The body is written first: it may be the stream's own content, which the prefix would change.
 template <int kPrefixBytes, class Source>
 int64_t write_block(mub_stream &stream, int64_t *position, const Source &source) {
   const int64_t count = source.length;
