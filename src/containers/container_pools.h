@@ -1,6 +1,19 @@
-// The pools of a container. For each, the record has a field and a flag beside it: the flag is 1 for a pool
-// that the container has made and will destroy, and 0 for a caller's pool or none. Values may be blocks of
-// one of them, taken for new entries and released with these.
+// The pools of a container. Each has a field in the record and a flag next to it: the flag is 1 for an owned
+// pool, which the container made and will destroy, and 0 for a caller's pool or none. Values may be blocks of
+// the value pool, which are taken for new entries and released with them.
+//
+//   container   entry_pool, owns_entry_pool ──► entries
+//               node_pool,  owns_node_pool  ──► records, in B-trees only
+//               value_pool, owns_value_pool ──► values         (in arrays: pool, own_pool)
+//
+// Invariants:
+//   1. An owned pool is a heap record of one container only.
+//   2. A flag of 0 means that the container does not own the pool. A flag of 1 does not mean that there is
+//      one: terminated trees keep their flags.
+//   3. The block size of an owned pool of entries or records is the size of these; that of a value pool is
+//      set by the caller.
+//
+// Threads: functions that take a const container write nothing.
 #ifndef MUB_CONTAINERS_CONTAINER_POOLS_H
 #define MUB_CONTAINERS_CONTAINER_POOLS_H
 
@@ -20,11 +33,11 @@ struct PoolField {
   Pool &pool;
   Flag &owned;
 
-  // A terminated tree keeps its flags: the flag alone does not say that there is a pool.
+  // The flag alone does not mean that there is a pool: terminated trees keep their flags.
   bool is_owned() const { return owned != 0 && pool != nullptr; }
   bool is_callers() const { return owned == 0 && pool != nullptr; }
 
-  // Makes a pool of the container's own, if there is memory for it.
+  // Makes an owned pool, if there is memory for it.
   void make(int64_t block_size) const {
     pool = pool::create(block_size);
     owned = pool != nullptr ? 1 : 0;
@@ -61,13 +74,13 @@ auto value_pool_of(Container &container) {
   return PoolField{container.value_pool, container.owns_value_pool};
 }
 
-// Only the B-trees have a pool of nodes besides that of the entries.
+// Only B-trees have a node pool.
 template <class Container, class = void>
 constexpr bool kHasNodePool = false;
 template <class Container>
 constexpr bool kHasNodePool<Container, std::void_t<decltype(Container::node_pool)>> = true;
 
-// In the order in which they are made and cloned.
+// The pools, in the order in which they are made and cloned.
 template <class Container>
 auto pools_of(Container &container) {
   if constexpr (kHasNodePool<Container>) {
@@ -94,10 +107,10 @@ void swap_pools(Container &a, Container &b) {
   for (size_t i = 0; i < fields.size(); ++i) fields[i].swap(others[i]);
 }
 
-// Whether a container's own pool has `count` live blocks, all of which are then those of its `count` items:
-// the container may change what lies in the chunks without following its own links, given that its blocks on
-// the free stack are harmless to the change. A block that a caller popped off the free stack is not counted
-// as live; so all blocks have to be accounted for.
+// Whether an owned pool has exactly `count` live blocks, which are then those of the container's `count`
+// items. If so, the container may change its items chunk by chunk instead of following their links, provided
+// that the change leaves blocks on the free stack harmless. A block that a caller popped off the free stack
+// does not count as live, so the number of carved blocks is compared as well.
 template <class Block, class Field>
 bool holds_only(const Field &field, int64_t count) {
   if (field.owned == 0) return false;
@@ -108,31 +121,31 @@ bool holds_only(const Field &field, int64_t count) {
 
 // ---- values
 
-// Passes a new block, if there is one, to the caller's initialiser.
+// Passes a new block, if there is one, to the caller's init function.
 inline void initialise(uint64_t value, mub_init_fn init) {
   if (value != 0 && init != nullptr) init(value);
 }
 
-// A block of `pool`, initialised; 0 when none can be had.
+// Takes a block of `pool` and initialises it; 0 if there is none.
 inline uint64_t take_value(mub_pool *pool, mub_init_fn init) {
   const uint64_t value = word_of(pool::take(pool));
   initialise(value, init);
   return value;
 }
 
-// Returns a block to a caller's pool; the blocks of an owned pool go with the whole pool.
+// Returns a block to a caller's pool. The blocks of an owned pool are released with the whole pool.
 template <class Field>
 inline void return_value(const Field &values, uint64_t value) {
   if (values.owned == 0) pool::give(values.pool, record_of<void>(value));
 }
 
-// Whether freeing everything has to visit each entry. Blocks of the container's own pools need no visit.
+// Whether freeing everything has to visit each entry. Blocks of owned pools need no visit.
 template <class Container>
 bool frees_one_by_one(const Container &container, mub_free_fn release_it) {
   return release_it != nullptr || container.owns_entry_pool == 0 || value_pool_of(container).is_callers();
 }
 
-// Passes a value to the caller's releaser and returns its block; 0 is no value.
+// Passes a value to the caller's release function and returns its block. 0 is no value.
 template <class Field>
 inline void release_value(const Field &values, uint64_t value, mub_free_fn release_it) {
   if (value == 0) return;

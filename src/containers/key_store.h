@@ -1,18 +1,30 @@
-// The keys of containers: bytes packed one after another in a stream of the container, numbers in the items,
-// or none. Items (entries, records, slots) refer to packed keys by a 32-bit offset and a 32-bit length;
-// cutting a key out lowers the offsets of the keys after it.
+// The keys of containers: bytes packed in a stream of the container, numbers in the items, or none. Items
+// refer to packed keys by a 32-bit offset and a 32-bit length. Removing a key cuts its bytes out and lowers
+// the offsets of the keys after it.
 //
-// What containers do with keys is a policy. All policies use the same names for the same acts; an engine
-// lists at its head what it asks for besides.
+//   keys ──► [ key of a | key of b | key of c | spare … ]        item c:  key_offset, key_length
+//                                  ▲ key_offset
+//
+// Invariants of packed keys. Callers of low-level functions can break them, and so does an array whose clone
+// ran out of memory:
+//   1. The stream is at most kMaxBytes long.
+//   2. The key of an item lies in the content of the stream.
+//   3. The keys of all items fill the content without gaps, and no two overlap. (In a B-tree, the items are
+//      the records; inner nodes refer to the same keys.)
+//
+// Threads: functions that take a const container write nothing.
+//
+// What a container does with its keys is a policy. All policies use these names; an engine lists at its head
+// what else it requires.
 //   Key                              a key as it is passed
 //   key_of(container, item)          the key of an item
-//   store_key(container, item, key)  gives a new item its key; false when there is no room
+//   store_key(container, item, key)  gives a new item its key; false if there is no room
 //   erase_key(container, item)       removes the key of an item that is about to be removed
 //   reset_key(item)                  gives an item the key of one that is all zeros
-//   clear_keys(container)            removes all keys, and keeps their memory
-//   term_keys(container)             removes all keys, and releases their memory
+//   clear_keys(container)            removes all keys and keeps their memory
+//   term_keys(container)             removes all keys and releases their memory
 //   swap_keys(a, b)                  exchanges the keys of two containers
-//   clone_keys(source, copy)         makes the keys copies; false when memory runs out
+//   clone_keys(source, copy)         copies all keys; false if memory runs out
 #ifndef MUB_CONTAINERS_KEY_STORE_H
 #define MUB_CONTAINERS_KEY_STORE_H
 
@@ -30,30 +42,30 @@ struct ByteKey {
   int64_t length;
 };
 
-// No bytes are the empty key, whatever their length.
+// A null pointer is the empty key, whatever the length; a negative length stays negative.
 inline ByteKey raw_key(const void *key, int64_t length) {
   return {bytes::as_bytes(key), key != nullptr ? length : std::min<int64_t>(length, 0)};
 }
 
-// A negative length ends at the first NUL.
+// With a negative length, the key ends at the first NUL.
 inline ByteKey measured_key(const void *key, int64_t length) { return raw_key(key, measured(key, length)); }
 
 // ---- packed keys
 
 namespace keys {
 
-// Offsets have 32 bits: a store is never longer than this.
+// A store is never longer than this, because offsets have 32 bits.
 constexpr int64_t kMaxBytes = 0xFFFFFFFF;
 
 inline bool has_room(const mub_stream &store, int64_t length) { return length <= kMaxBytes - store.length; }
 
-// A run of bytes in a store, such as that of a key.
+// A range of bytes in a store, such as those of a key.
 struct Range {
   uint32_t offset;
   uint32_t length;
 };
 
-// Cuts bytes out; a range that runs past the end is refused.
+// Cuts a range out of a store, unless it runs past the end.
 inline void erase(mub_stream &store, Range cut) {
   const int64_t position = cut.offset;
   const int64_t count = cut.length;
@@ -63,8 +75,8 @@ inline void erase(mub_stream &store, Range cut) {
   buffer::shrink(store, store.length - count);
 }
 
-// Moves an item's key down if it lies after what was cut out; the difference has 32 bits. An empty key has no
-// bytes of its own: one that lies exactly there stays.
+// Lowers the offset of an item's key if the key lies after the range that was cut out; the subtraction wraps
+// around at 32 bits. An empty key has no bytes: if it lies exactly at the start of the range, it stays.
 template <class Item>
 void lower_offset(Item &item, Range cut) {
   const bool is_after =
@@ -72,15 +84,17 @@ void lower_offset(Item &item, Range cut) {
   if (is_after) item.key_offset -= cut.length;
 }
 
-// A key in a store. The low layer can move an offset out of it, and below 0: such a key reads as empty.
+// The key of an item. Low-level functions can move an offset out of the store, or below 0; such a key reads
+// as empty.
 template <class Item>
 ByteKey key_of(const mub_stream &store, const Item &item) {
   if (int64_t{item.key_offset} + item.key_length > store.capacity) return {store.data, 0};
   return {store.data + item.key_offset, item.key_length};
 }
 
-// Lowers the offsets of all items of a container. If they are all that is in a pool of its own, they are
-// visited in the order of memory, which takes a fraction of the time that for_each takes along the links.
+// Lowers the offsets of all items of a container. If they fill an owned pool, they are visited chunk by
+// chunk, which takes a fraction of the time that for_each takes to follow the links (map_remove in
+// bench/hash_bench.cpp).
 template <class Item, class ForEach>
 void lower_offsets(mub_pool *pool, bool fills_pool, Range cut, ForEach for_each) {
   const auto lower = [cut](Item &item) { lower_offset(item, cut); };
@@ -113,8 +127,9 @@ struct PackedKeys {
     return true;
   }
 
-  // For erase_key, with lower(cut), which lowers the offsets of the other items. Those of this one are reset
-  // before: an empty key at offset 0 is one that no cut moves, on a free stack neither.
+  // Implements erase_key, given lower(cut), which lowers the offsets of the other items. The fields of this
+  // item are reset first: no cut moves an empty key at offset 0, so that the pass over a pool leaves blocks
+  // on the free stack alone.
   template <class Item, class Lower>
   static void cut_key(Container &container, Item &item, Lower lower) {
     const keys::Range cut = {item.key_offset, item.key_length};
@@ -140,7 +155,7 @@ struct PackedKeys {
 
 // ---- other keys
 
-// What is to be done for the keys of a whole container that has no stream of keys: nothing.
+// For containers without a key stream, there is nothing to do for all keys together.
 template <class Container>
 struct NoKeyStream {
   static void clear_keys(Container &) {}
@@ -173,7 +188,7 @@ struct KeysInItems : NoKeyStream<Container> {
   }
 };
 
-// The key of items that have none.
+// The key of items without keys.
 struct NoKey {};
 
 template <class Container>

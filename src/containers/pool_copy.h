@@ -1,5 +1,16 @@
-// Copies of pools, for the clones of containers. A block has the same chunk and the same offset in a pool and
-// in its copy: an address in the one is translated to the other through the sorted chunk map.
+// Copies of pools, for cloning containers. A block has the same chunk number and the same offset in a pool
+// and in its copy, so that an address in the pool can be translated to one in the copy.
+//
+//   address ──► last chunk in the map at or below it ──► index, offset ──► copy.chunks[index] + offset
+//
+// Invariants of PoolCopy, once clone() has returned true:
+//   1. copy.chunks[i] was copied from source.chunks[i], and chunk_bytes_ is the size of both.
+//   2. map_ has all chunks of the source, in ascending order of their addresses.
+//   3. last_[g] is the position in map_ of the last chunk that starts in granule g or before it; the
+//      granules, of 2^granule_bits_ bytes each, begin at the first chunk and cover the start of each.
+//   4. base_ and copy_base_ are 0, or the addresses of a chunk and its copy.
+//
+// Threads: nothing is written to the source. The objects are locals of the function that clones.
 #ifndef MUB_CONTAINERS_POOL_COPY_H
 #define MUB_CONTAINERS_POOL_COPY_H
 
@@ -24,38 +35,38 @@ class PoolCopy {
   PoolCopy(const PoolCopy &) = delete;
   PoolCopy &operator=(const PoolCopy &) = delete;
 
-  // Maps `source`; false when memory runs out.
+  // Maps `source`; false if memory runs out.
   bool map(const mub_pool &source) {
     source_ = &source;
     chunk_bytes_ = pool::chunk_bytes(source);
     map_ = pool::map(source);
     return map_ != nullptr || source.chunk_count == 0;
   }
-  // Makes `destination` the copy of the mapped pool; false when memory runs out, `destination` then empty.
+  // Makes `destination` a copy of the mapped pool. Returns false and leaves it empty if memory runs out.
   bool clone_to(mub_pool &destination) {
     destination_ = &destination;
     return pool::clone(*source_, map_, destination);
   }
-  // Both, and the means to translate. Compiled once for all kinds of containers.
+  // Both, and prepares for translating. Not inlined, so that all kinds of containers share one function.
   __attribute__((noinline)) bool clone(const mub_pool &source, mub_pool &destination) {
     return map(source) && index_chunks() && clone_to(destination);
   }
 
   const mub_pool_chunk *chunk_map() const { return map_; }
 
-  // The address in the clone of an address in the source; 0 for a word that lies in none of its chunks.
+  // The address in the copy of an address in the source; 0 for a word that is in none of the source's chunks.
   uint64_t translate(uint64_t word) {
-    // Neighbours in a structure are mostly neighbours in memory: try the chunk of the last call first.
+    // Neighbours in a structure are mostly neighbours in memory: try the chunk of the last translation first.
     if (word - base_ < chunk_bytes_ && base_ != 0) return word - base_ + copy_base_;
     return translate_by_search(word);
   }
 
  private:
-  // The range of the chunks' bases is cut into granules, no larger than a chunk unless chunks are far
-  // between; for each, last_[g] is the position in the map of the last chunk that starts in it or before it.
+  // Makes last_, an index of the map. The addresses from the first chunk's start to the last one's are
+  // divided into granules, which are no larger than a chunk unless the chunks are far apart.
   bool index_chunks() {
     const int64_t count = source_->chunk_count;
-    if (count == 0) return true;  // the map may still be there, without an element
+    if (count == 0) return true;  // the map may exist without an element
     const uint64_t span = map_[count - 1].base - map_[0].base;
     while ((uint64_t{2} << granule_bits_) <= chunk_bytes_) ++granule_bits_;
     while (span >> granule_bits_ > static_cast<uint64_t>(kGranulesPerChunk * count)) ++granule_bits_;
@@ -72,12 +83,12 @@ class PoolCopy {
 
   uint64_t granule_of(uint64_t address) const { return (address - map_[0].base) >> granule_bits_; }
 
-  // Position of the last chunk that starts at or before `word`, which is not below the first.
+  // The position of the last chunk that starts at or below `word`, which is not below the first.
   int64_t find_chunk(uint64_t word) const {
     const uint64_t granule = std::min(granule_of(word), granules_ - 1);
     const int64_t last = last_[granule];
-    // Mostly it is the last of the granule or the one before, with even odds: no branch chooses. More chunks
-    // lie in a granule only when others are far away.
+    // Usually the chunk is the last of the granule or the one before, equally often; so the choice is made
+    // without a branch. A granule has more chunks only if others are far away.
     const int64_t position = last - (map_[last].base > word ? 1 : 0);
     if (map_[position].base <= word) return position;  // GCOVR_EXCL_BR_LINE
     return pool::find_chunk(map_, position, word);     // GCOVR_EXCL_LINE
@@ -106,25 +117,25 @@ class PoolCopy {
   uint64_t copy_base_ = 0;
 };
 
-// The callback of a clone, and the pair of pools that its caller passes along: a pool outside the container
-// that the values refer to, and the one that becomes its copy.
+// The callback of a clone, and the two pools that the caller passes with it: a pool outside the container to
+// which the values refer, and the one that becomes its copy.
 class CloneCallback {
  public:
   CloneCallback(mub_pool *source, mub_pool *destination, mub_clone_fn call)
       : source_(source), destination_(destination), call_(call) {}
 
-  // The caller's pool is not cloned over a pool of the container's clone.
+  // The caller's pool is not to be cloned over `pool`, which belongs to the container's clone.
   void protect(const mub_pool *pool) { is_protected_ = is_protected_ || pool == destination_; }
 
-  // Clones the caller's pool, if both are given and the callback. Nothing is copied to the source itself, nor
-  // to a protected destination. False when memory runs out.
+  // Clones the caller's pool, if both pools and the callback are given. Nothing is copied if the destination
+  // is the source or protected. Returns false if memory runs out.
   bool clone_pool() {
     if (source_ == nullptr || destination_ == nullptr || call_ == nullptr) return true;
     if (!pool_.map(*source_)) return false;
     return source_ == destination_ || is_protected_ || pool_.clone_to(*destination_);
   }
 
-  // The pool is about to be destroyed.
+  // Stops using `pool`, which is about to be destroyed.
   void forget(const mub_pool *pool) {
     if (pool == source_ || pool == destination_) source_ = destination_ = nullptr;
   }
@@ -141,7 +152,7 @@ class CloneCallback {
   PoolCopy pool_;
 };
 
-// Makes a clone share a pool that its source does not own. It gives up one of its own for that.
+// Makes a clone share a pool that its source does not own. The clone's own pool is destroyed.
 template <class Field>
 void share_pool(mub_pool *callers_pool, const Field &copy, CloneCallback &callback) {
   if (copy.owned != 0) callback.forget(copy.pool);
@@ -158,11 +169,11 @@ void share_callers_pools(const Container &source, Container &copy, CloneCallback
   }
 }
 
-// The blocks of one pool and their copies. If both containers own their pools, all blocks are copied at once,
-// be they in use or not; otherwise each copy is a new block of the pool that the clone takes its blocks from.
+// The blocks of one pool and their copies. If both containers own their pools, the pool is copied as a whole,
+// blocks that are not in use included; otherwise each copy is a new block of the clone's pool.
 class BlockCopies {
  public:
-  // False when memory runs out.
+  // Returns false if memory runs out.
   template <class Source, class Copy>
   bool clone(const Source &source, const Copy &copy, CloneCallback &callback) {
     pool_ = copy.pool;
@@ -170,13 +181,12 @@ class BlockCopies {
     if (copy.is_owned()) callback.protect(copy.pool);
     return !is_whole_ || whole_.clone(*source.pool, *copy.pool);
   }
-  // Every copy is to be a new block.
+  // Called instead of clone(): every copy is a new block of `pool`.
   void take_from(mub_pool *pool) { pool_ = pool; }
 
   bool is_whole() const { return is_whole_; }
 
-  // nullptr when memory runs out and, in a pool that was copied as a whole, for a block that is not of the
-  // pool.
+  // nullptr if memory runs out or, where the pool was copied as a whole, the block is not of the pool.
   template <class Block>
   Block *copy_of(const Block &block) {
     if (is_whole_) return record_of<Block>(translate(word_of(&block)));
@@ -197,7 +207,7 @@ class BlockCopies {
 
 // The pools of a container and those of its clone.
 struct PoolCopies {
-  // False when memory runs out.
+  // Returns false if memory runs out.
   template <class Container>
   bool clone(const Container &source, const Container &copy, CloneCallback &callback) {
     if (!entries.clone(entry_pool_of(source), entry_pool_of(copy), callback)) return false;

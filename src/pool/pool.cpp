@@ -1,3 +1,5 @@
+// Block pools: the slow paths, the functions for whole pools, and the exported functions. pool.h has the
+// picture and the invariants.
 #include "pool/pool.h"
 
 #include <algorithm>
@@ -13,10 +15,10 @@
 namespace mub::pool {
 namespace {
 
-// How many pages ahead a release of all of them fetches.
+// How many chunks or pages ahead their release prefetches.
 constexpr int64_t kPrefetchPages = 8;
 
-// The chunk table or the free-page table of a pool, which have the same shape.
+// The chunk table or the page table of a pool, which have the same structure. Here, both hold "pages".
 struct Table {
   int64_t &used;
   int64_t &count;
@@ -41,7 +43,7 @@ void reset(const Table &table) {
 
 void release_pages(const Table &table) {
   for (int64_t i = 0; table.pages != nullptr && i < table.capacity; ++i) {
-    // What the heap keeps beside a page is mostly in no cache any more.
+    // free() reads what the allocator stores next to a page, and that is rarely in the cache.
     if (i + kPrefetchPages < table.capacity) prefetch(table.pages[i + kPrefetchPages]);
     release(table.pages[i]);
   }
@@ -59,7 +61,7 @@ bool expand(const Table &table) {
   return true;
 }
 
-// Opens the next page of the table, a spare one when there is one; false when memory runs out.
+// Opens the next page of the table, a spare one if there is one; false if memory runs out.
 bool open_page(const Table &table, int64_t units, int64_t unit_bytes) {
   if (!expand(table)) return false;
   void *&page = table.pages[table.count];
@@ -86,7 +88,7 @@ void *pop_free(mub_pool &pool) {
   return free_page(pool, pool.free_count - 1)[pool.free_used];
 }
 
-// A table of the same capacity with copies of the pages in use; each copy passes through `fill`.
+// Makes a table of the same capacity, with a copy of each page in use that fill(page, copy) fills.
 template <class Fill>
 bool clone_table(const Table &source, const Table &destination, int64_t units, int64_t unit_bytes,
                  Fill fill) {
@@ -106,7 +108,7 @@ bool clone_table(const Table &source, const Table &destination, int64_t units, i
 
 int order(uint64_t a, uint64_t b) { return a > b ? 1 : a < b ? -1 : 0; }
 
-// std::sort and not qsort, which may allocate.
+// std::sort rather than qsort, which may allocate.
 void sort(mub_pool_chunk *map, int64_t count) {
   const auto lower = [](const mub_pool_chunk &a, const mub_pool_chunk &b) { return a.base < b.base; };
   if (count > 0) std::sort(map, map + count, lower);
@@ -161,9 +163,9 @@ void *take_slowly(mub_pool &pool) {
 }
 
 void give_on_new_page(mub_pool &pool, void *block) {
-  raise_blocks_per_chunk(pool);  // which leaves room on the page if a caller had lowered the number
+  raise_blocks_per_chunk(pool);  // this makes room on the page if a caller had lowered the number
   --pool.live_count;
-  // GCOVR_EXCL_BR_START: the page is always full without that
+  // GCOVR_EXCL_BR_START: otherwise the page is always full
   const bool full = pool.free_used < 0 || pool.free_used >= pool.blocks_per_chunk;
   if (full && !open_page(free_table(pool), pool.blocks_per_chunk, sizeof(void *))) return;
   // GCOVR_EXCL_BR_STOP
@@ -186,7 +188,7 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
   empty(destination);
   destination.block_size = source.block_size;
   destination.blocks_per_chunk = source.blocks_per_chunk;
-  auto &from = const_cast<mub_pool &>(source);  // a Table refers to fields that may change; here none does
+  auto &from = const_cast<mub_pool &>(source);  // a Table has mutable references; these fields do not change
   const uint64_t size_bytes = chunk_bytes(source);
 
   const auto copy_chunk = [size_bytes](const void *chunk, void *copy) {
@@ -203,7 +205,7 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
                    static_cast<void **>(copy), translated);
   };
 
-  // The free stack comes only with the chunks: without a chunk there is nothing that it could refer to.
+  // The free stack is cloned only along with chunks: without them, none of its addresses could be translated.
   const bool done =
       clone_table(chunk_table(from), chunk_table(destination), source.blocks_per_chunk, source.block_size,
                   copy_chunk) &&
@@ -223,7 +225,7 @@ namespace {
 
 using namespace mub;
 
-// Moves to the next slot in use; false after the last one.
+// Moves to the next carved block, live or free; false after the last one.
 bool advance(mub_pool_iter &iter) {
   const mub_pool &pool = *iter.pool;
   if (iter.chunk >= pool.chunk_count) return false;
@@ -251,7 +253,7 @@ void *mub_pool_new(mub_pool *pool) { return pool::take(pool); }
 void mub_pool_free(mub_pool *pool, void *block) { pool::give(pool, block); }
 
 void mub_pool_expand(int64_t *group) {
-  // The fourth field is a void **, and is reached as one.
+  // The fourth field is a void **, and is accessed as one.
   pool::expand({group[0], group[1], group[2], *reinterpret_cast<void ***>(group + 3)});
 }
 

@@ -1,4 +1,25 @@
-// Block pools inside the library. Taking and giving back a block are inline: containers do it once per entry.
+// The engine of the block pools. Blocks of one size are carved from chunks and never move; a stack of pages
+// has the addresses of those that were returned. Taking and returning a block are inline, because containers
+// do so once per entry.
+//
+//   chunks ──► [0] ──► [ block | block | block | block ]      free_pages ──► [0] ──► [ address | address ]
+//              [1] ──► [ block | block | never taken … ]                     [1] ──► [ address | … ]
+//              null …                  ▲ chunk_used                          spare …           ▲ free_used
+//
+// Invariants:
+//   1. chunk_count <= chunk_capacity, and free_count <= free_capacity. A table is null if its capacity is 0.
+//      Its slots below the count have chunks or pages; later ones are null or have spare ones.
+//   2. chunk_used is -1 without chunks, else 1 to blocks_per_chunk; all chunks but the last are used up.
+//      free_used is -1 without pages, else 0 to blocks_per_chunk; all pages but the last are full.
+//   3. blocks_per_chunk >= kMinBlocksPerChunk while there is a chunk or a page.
+//   4. live_count is the number of blocks taken less the number returned.
+//   5. If callers return the pool's own blocks only, and each once: the free stack has addresses of carved
+//      blocks, no two equal, or null where clone() could not translate one. live_count and the size of the
+//      free stack add up to the number of blocks ever carved, but for blocks that mub_pool_from_empty()
+//      popped, blocks that were returned when no page could be allocated, and nulls that were popped.
+//   6. The bytes of a fresh chunk are 0; a block that is taken again is as it was when it was returned.
+//
+// Threads: functions that take a const pool write nothing; all others need the pool for themselves.
 #ifndef MUB_POOL_POOL_H
 #define MUB_POOL_POOL_H
 
@@ -10,7 +31,7 @@
 
 namespace mub {
 
-// An address as a word of a container, and back.
+// An address as the value of a container, and back.
 inline uint64_t word_of(const void *address) { return reinterpret_cast<uintptr_t>(address); }
 
 template <class Record>
@@ -28,7 +49,7 @@ void init(mub_pool &pool);
 void empty(mub_pool &pool);
 void swap(mub_pool &a, mub_pool &b);
 
-// A pool record on the heap, for the container that will own it; nullptr when memory runs out.
+// Allocates a pool record, for the container that will own it; nullptr if memory runs out.
 mub_pool *create(int64_t block_size);
 void destroy(mub_pool *pool);
 
@@ -43,24 +64,23 @@ inline void *block_at(const mub_pool &pool, int64_t chunk, int64_t slot) {
   return static_cast<char *>(pool.chunks[chunk]) + slot * pool.block_size;
 }
 
-// Unsigned, for pools without chunks whose numbers may be anything.
+// Unsigned, because in a pool without chunks the factors may have any value.
 inline uint64_t chunk_bytes(const mub_pool &pool) {
   return static_cast<uint64_t>(pool.blocks_per_chunk) * static_cast<uint64_t>(pool.block_size);
 }
 
-// Takes a block; nullptr without a pool, without a block size or without memory.
+// Takes a block; nullptr if there is no pool or no block size, or if memory runs out.
 inline void *take(mub_pool *pool) {
   if (pool == nullptr || pool->block_size == 0) return nullptr;
   if (pool->free_count > 0) {
-    // A page that is empty goes first, and so does an address foreign to its source, which a clone has left
-    // out.
+    // Slow path: the top page is empty, or clone() could not translate this address.
     void *block = pool->free_used > 0 ? free_page(*pool, pool->free_count - 1)[pool->free_used - 1] : nullptr;
     if (block == nullptr) return take_slowly(*pool);
     --pool->free_used;
     ++pool->live_count;
     return block;
   }
-  // Unsigned, so that one compare sees that there is no chunk, too.
+  // Unsigned, so that one comparison also covers -1, without a chunk.
   if (static_cast<uint64_t>(pool->chunk_used) >= static_cast<uint64_t>(pool->blocks_per_chunk)) {
     return take_slowly(*pool);
   }
@@ -68,7 +88,7 @@ inline void *take(mub_pool *pool) {
   return block_at(*pool, pool->chunk_count - 1, pool->chunk_used++);
 }
 
-// Gives a block back; neither needs to be there.
+// Returns a block to its pool. Does nothing if either is null.
 inline void give(mub_pool *pool, void *block) {
   if (pool == nullptr || block == nullptr) return;
   if (pool->free_used < 0 || pool->free_used >= pool->blocks_per_chunk) return give_on_new_page(*pool, block);
@@ -76,19 +96,20 @@ inline void give(mub_pool *pool, void *block) {
   --pool->live_count;
 }
 
-// How far ahead a walk over the chunks fetches, and how much of a chunk: after its start the processor
-// foresees the rest.
+// How many chunks ahead a pass over the chunks prefetches, and how many bytes of each: once the start of a
+// chunk is being read, the hardware prefetcher fetches the rest.
 constexpr int64_t kPrefetchChunks = 8;
 constexpr uint64_t kPrefetchBytes = 1024;
 
-// Chunks lie apart, and where the next one starts no processor foresees.
+// Chunks are separate allocations: the hardware prefetcher cannot predict where the next one starts.
 inline void prefetch_chunk(const mub_pool &pool, int64_t chunk) {
   if (chunk >= pool.chunk_count) return;
   prefetch(pool.chunks[chunk], static_cast<int64_t>(std::min(chunk_bytes(pool), kPrefetchBytes)));
 }
 
-// Calls `visit` with every block that was ever taken, free ones included, in the order of memory: several
-// times faster than following the links of a structure that fills the pool.
+// Calls `visit` for every block ever carved, free ones included, chunk by chunk. If the entries of a
+// container fill the pool, this is several times faster than following their links: compare the rows of
+// map_remove in bench/hash_bench.cpp.
 template <class Block, class Visit>
 void for_each_block(const mub_pool &pool, Visit visit) {
   for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
@@ -99,7 +120,7 @@ void for_each_block(const mub_pool &pool, Visit visit) {
   }
 }
 
-// The blocks that were carved from the chunks, be they live, free or dropped.
+// The number of blocks carved from the chunks, whether live, free or lost.
 inline int64_t blocks_ever_taken(const mub_pool &pool) {
   return pool.chunk_count < 1 ? 0 : (pool.chunk_count - 1) * pool.blocks_per_chunk + pool.chunk_used;
 }
@@ -109,19 +130,19 @@ inline int64_t free_blocks(const mub_pool &pool) {
   return pool.free_count < 1 ? 0 : (pool.free_count - 1) * pool.blocks_per_chunk + pool.free_used;
 }
 
-// Calls `visit` with every block on the free stack.
+// Calls `visit` for every block on the free stack.
 template <class Block, class Visit>
 void for_each_free_block(const mub_pool &pool, Visit visit) {
   for (int64_t page = 0; page < pool.free_count; ++page) {
     const int64_t used = page + 1 < pool.free_count ? pool.blocks_per_chunk : pool.free_used;
     for (int64_t i = 0; i < used; ++i) {
       auto *block = static_cast<Block *>(free_page(pool, page)[i]);
-      if (block != nullptr) visit(*block);  // GCOVR_EXCL_BR_LINE: null where a clone left out a foreign block
+      if (block != nullptr) visit(*block);  // GCOVR_EXCL_BR_LINE: null if clone() could not translate it
     }
   }
 }
 
-// Position in a sorted map of the chunk with the greatest base at or below `address`; -1 when there is none.
+// The position in a sorted map of the last chunk that starts at or below `address`; -1 if there is none.
 inline int64_t find_chunk(const mub_pool_chunk *map, int64_t count, uint64_t address) {
   const mub_pool_chunk *above = std::upper_bound(
       map, map + count, address, [](uint64_t a, const mub_pool_chunk &chunk) { return a < chunk.base; });
@@ -130,7 +151,7 @@ inline int64_t find_chunk(const mub_pool_chunk *map, int64_t count, uint64_t add
 
 mub_pool_chunk *map(const mub_pool &pool);
 
-// Empties the destination and makes it a copy; false when memory runs out, the destination then empty.
+// Empties the destination and makes it a copy. Returns false and leaves it empty if memory runs out.
 bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destination);
 
 }  // namespace mub::pool
