@@ -1,3 +1,13 @@
+// Bit sets: a block of bytes that grows when a bit after its end is set or cleared. Bit n is in byte n >> 3,
+// with the mask 0x80 >> (n & 7).
+//
+//   data ──► [ byte 0 | byte 1 | … | byte size-1 | 0 ]
+//
+// Invariants:
+//   1. data is null if and only if size is 0.
+//   2. The block has size + 1 bytes, the last one always 0: mub_bits_swap() makes it the block of a stream.
+//
+// Threads: functions that take a const set write nothing.
 #include "mub_bits.h"
 
 #include <cstring>
@@ -30,7 +40,7 @@ void put(mub_bits &bits, uint32_t bit, bool on) {
   byte = with_bit(byte, bit & 7, on);
 }
 
-// Apart, so that setting a bit that is there needs no stack.
+// Not inlined, so that setting an existing bit needs no stack frame.
 __attribute__((noinline)) void insert_growing(mub_bits &bits, uint32_t bit, bool on) {
   if (grow(bits, (bit >> 3) + 1)) put(bits, bit, on);
 }

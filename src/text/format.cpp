@@ -1,4 +1,14 @@
-// The two functions with arguments of any number. Both build the new content beside the old one.
+// The two functions with variable arguments. Both build the new content in a buffer of its own, so that
+// arguments may lie in the string, and the string stays as it was if they fail.
+//
+// mub_string_format() first walks the format and its arguments to estimate the length. If all conversions are
+// plain, print_plain() prints them without the runtime. Otherwise vsnprintf prints, once more if the estimate
+// was too small.
+//
+// Invariants:
+//   1. A plain format prints at most as many bytes as were estimated, and the same as vsnprintf would.
+//   2. The buffer has room for the estimate: callers can see its capacity.
+//   3. No argument is read as a type that the format does not give it.
 #include <climits>
 #include <cstdarg>
 #include <cstddef>
@@ -15,9 +25,9 @@
 namespace mub {
 namespace {
 
-// One conversion of a format, from its percent sign on: flags, a width, a precision, a size and a type.
-// Whatever breaks this order, a '$' too, is taken for the type, and is none: runtimes print such a sign as
-// it stands, or fail.
+// A conversion of a format, from its percent sign on: flags, width, precision, size and type. A character
+// that breaks this order, such as '$', is taken for the type, but is none: runtimes print such a conversion
+// as it is, or fail.
 struct Conversion {
   explicit Conversion(const char *percent) {
     const char *at = percent + 1;
@@ -32,7 +42,7 @@ struct Conversion {
     end = type == 0 ? at : at + 1;
   }
 
-  // Whether it prints at most as much as is reserved for it, and the same in every locale.
+  // Whether it prints no more than is reserved for it, and the same in every locale.
   bool is_plain() const {
     switch (type) {
       case '%':
@@ -65,8 +75,8 @@ struct Conversion {
     return at;
   }
 
-  // Switches, which become tests of bits, and no searches in lists of characters: most formats print little,
-  // and soon.
+  // Switches, which compilers turn into bit tests, are faster than searches in lists of characters. Most
+  // formats print so little that this matters.
   static bool is_flag(char c) {
     switch (c) {
       case '-':
@@ -99,7 +109,7 @@ struct Conversion {
   }
 };
 
-// Calls `use` with a 0 of the type that an integer conversion takes.
+// Calls `use` with a 0 of the type of an integer conversion's argument.
 template <class Use>
 auto with_integer_type(const Conversion &conversion, Use use) {
   switch (conversion.size) {
@@ -119,15 +129,15 @@ auto with_integer_type(const Conversion &conversion, Use use) {
   }
 }
 
-// Walks the arguments of a format with their own types, as printf does.
+// Walks the arguments of a format by their types, as printf does.
 class Arguments {
  public:
   explicit Arguments(va_list *list) : list_(list) {}
 
-  // NULL as well when it is no longer known.
+  // Returns NULL also if the type of the next argument is unknown.
   const char *next_text() { return is_lost_ ? nullptr : va_arg(*list_, const char *); }
 
-  // Plain conversions take arguments of known types.
+  // For plain conversions, whose arguments have known types.
   int next_character() { return va_arg(*list_, int); }
   int64_t next_signed(const Conversion &conversion) {
     return with_integer_type(conversion,
@@ -140,7 +150,7 @@ class Arguments {
   }
 
   // Skips the arguments of a conversion. Positional arguments come in any order, and an unknown conversion
-  // consumes arguments of unknown type: texts after these are not measured.
+  // consumes arguments of unknown type; texts after either are not measured.
   void skip(const Conversion &conversion) {
     if (is_lost_) return;
     for (int i = 0; i < conversion.stars; ++i) skip_one<int>();
@@ -187,7 +197,7 @@ class Arguments {
     with_integer_type(conversion, [this](auto zero) { skip_one<decltype(zero)>(); });
   }
 
-  // Runtimes differ in what they take for other sizes.
+  // With other sizes, runtimes differ in the type of the argument.
   void skip_floating(const Conversion &conversion) {
     if (conversion.size == 'L') return skip_one<long double>();
     is_lost_ = conversion.is_doubled || (conversion.size != 0 && conversion.size != 'l');
@@ -203,18 +213,19 @@ class Arguments {
   bool is_lost_ = false;
 };
 
-// What is reserved for a conversion that is not measured.
+// What is reserved for a conversion that is not measured. Callers can see the capacity, so this is part of
+// the interface.
 constexpr int64_t kUnmeasured = 32;
 static_assert(number::IntegerText::kMaxLength <= kUnmeasured);
 
 struct Estimate {
   int64_t length;
-  bool is_plain = true;  // Nothing prints more than was estimated, nor otherwise than print_plain does.
+  bool is_plain = true;  // print_plain() can print the format
 };
 
-// The length of the format, the text of every plain %s, and kUnmeasured for every other percent sign but one
-// at the very end; the second one of a "%%" is a sign like any other, though no text is measured for it. The
-// format is plain when all its conversions are, and every text is there.
+// The length of the format, plus that of the text of every plain %s, plus kUnmeasured for every other percent
+// sign, except one at the very end. The second sign of a "%%" counts like any other, but does not begin a
+// conversion. The format is plain if all its conversions are, and no text is NULL.
 Estimate estimate(const char *format, va_list list) {
   va_list copy;
   va_copy(copy, list);
@@ -268,7 +279,8 @@ char *put(char *to, const Conversion &conversion, Arguments &arguments) {
   }
 }
 
-// Prints a plain format, faster than the runtime, and gives the length.
+// Prints a plain format, faster than the runtime (format_integers in bench/string_bench.cpp). Returns the
+// length.
 int64_t print_plain(char *first, const char *format, va_list list) {
   va_list copy;
   va_copy(copy, list);
@@ -287,7 +299,7 @@ int64_t print_plain(char *first, const char *format, va_list list) {
   return to - first;
 }
 
-// Prints as much as there is room for, and gives the length of the whole, negative when the runtime cannot.
+// Prints as much as fits. Returns the length of the whole text, or a negative number if the runtime fails.
 int64_t print(mub_string &string, const char *format, va_list list) {
   va_list arguments;
   va_copy(arguments, list);
@@ -296,13 +308,13 @@ int64_t print(mub_string &string, const char *format, va_list list) {
   return length;
 }
 
-// Fills an empty string; false when memory runs out or the runtime cannot print.
+// Fills an empty string. Returns false if memory runs out or the runtime fails.
 bool print_whole(mub_string &string, const char *format, va_list list) {
   const Estimate estimated = estimate(format, list);
   if (!buffer::grow(string, estimated.length)) return false;
   int64_t length = estimated.is_plain ? print_plain(string.data, format, list) : print(string, format, list);
   if (length > string.capacity && buffer::expand(string, length)) length = print(string, format, list);
-  // Still too long where memory ran out.
+  // The text is still too long if memory ran out.
   if (length < 0 || length > string.capacity) return false;
   buffer::shrink(string, length);
   return true;

@@ -10,7 +10,7 @@ namespace {
 
 using CharOps = UnitOps<char>;
 
-// Prints a number at `start`; it ends the content.
+// Writes a number at `start`, as the end of the content.
 void put_integer(mub_string &string, int64_t start, int64_t value) {
   const number::IntegerText text(value);
   const int64_t length = start + text.length();
@@ -168,7 +168,7 @@ int mub_string_insert(mub_string *string, int64_t position, const char *text, in
 
 int mub_string_update(mub_string *string, int64_t position, int64_t old_count, const char *text,
                       int64_t count) {
-  // Without a text a negative count stays one, which is refused.
+  // Without a text, a negative count is not measured, and is refused.
   const int64_t measured = text == nullptr ? count : mub::measured(text, count);
   return mub::text::update(*string, position, old_count, text, measured);
 }

@@ -9,7 +9,7 @@ namespace {
 
 using CharOps = UnitOps<char>;
 
-// The bytes of a view. Where there are none, the start may lie anywhere and is left alone.
+// The bytes of a view. If there are none, the start may lie anywhere and is not added.
 struct Span {
   explicit Span(const mub_stringx &view)
       : data(view.length > 0 && view.text != nullptr ? view.text + view.start : view.text),
@@ -19,7 +19,7 @@ struct Span {
   int64_t length;
 };
 
-// Starts are what the caller asked for, in bounds or not.
+// Starts may lie outside the text, wherever the caller asked for, so sums wrap around.
 int64_t wrapping_sum(int64_t a, int64_t b) {
   return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
 }
@@ -53,11 +53,11 @@ void right(mub_stringx &view, int64_t count) {
   view.length = std::max<int64_t>(count, 0);
 }
 
-// A part of a view: where it begins, counted from the text, and its length.
+// A part of a view: its start in the text, and its length.
 struct Part {
   int64_t start;
   int64_t length;
-  bool is_refused_elsewhere;  // Stored in views of the same text alone.
+  bool is_refused_elsewhere;  // Only stored in views of the same text.
 };
 
 Part left_of(const mub_stringx &view, int64_t count) {
@@ -83,7 +83,7 @@ void store(const mub_stringx &view, const Part &part, mub_stringx &out) {
   out.length = part.length;
 }
 
-// Addresses are summed as numbers, for those of empty parts may lie outside the text.
+// The address is computed as an integer, because that of an empty part may lie outside the text.
 void store(const mub_stringx &view, const Part &part, mub_char &out) {
   const uintptr_t address = reinterpret_cast<uintptr_t>(view.text) + static_cast<uintptr_t>(part.start);
   out.data = view.text == nullptr ? nullptr : reinterpret_cast<char *>(address);

@@ -1,6 +1,18 @@
-// The engine of the strings: what text asks of a growable run of units beyond bytes/unit_buffer.h. Bytes and
-// wide units differ in their UnitOps alone. Counts are negative where a text is to be measured, unless said
-// otherwise.
+// The engine of strings: what text requires beyond bytes/unit_buffer.h, which has the picture and the
+// invariants.
+//
+// Threads: functions that take a const record write nothing.
+//
+// Strings of bytes and of 16-bit units differ in their UnitOps only. bytes/text_span.h has that of bytes,
+// wide_units.h that of 16-bit units; what a policy provides:
+//   measured(text, length)                        the length of a text, which is measured if negative
+//   lower(unit), upper(unit)                      a unit in lower or upper case
+//   chr(data, count, unit), rchr                  the first and the last index of a unit, or -1
+//   find(data, count, text, length)               the first index of a text, or -1
+//   find_terminated(data, count, room, text)      the same for a text up to its terminator
+//   compare(a, a_length, b, b_length), icompare   the order of two spans, with and without case
+//
+// A negative count means that the text is to be measured, unless documented otherwise.
 #ifndef MUB_TEXT_TEXT_BUFFER_H
 #define MUB_TEXT_TEXT_BUFFER_H
 
@@ -18,7 +30,7 @@ using buffer::UnitOf;
 template <class Record>
 using OpsOf = UnitOps<UnitOf<Record>>;
 
-// A unit of 0 empties the record; append_unit appends it.
+// A unit of 0 empties the record. (append_unit does append it.)
 template <class Record>
 void copy_unit(Record &record, int unit) {
   const auto stored = static_cast<UnitOf<Record>>(unit);
@@ -59,7 +71,7 @@ bool trim(Record &record) {
   return true;
 }
 
-// Orders a span against a text; an empty one sorts first.
+// Compares a span with a text; an empty one sorts first.
 template <class Unit, class Comparer>
 int compare(const Unit *data, int64_t length, const Unit *text, int64_t count, Comparer comparer) {
   const bool has_text = text != nullptr && count != 0;
@@ -68,7 +80,7 @@ int compare(const Unit *data, int64_t length, const Unit *text, int64_t count, C
   return has_text ? comparer(data, length, text, text_length) : 1;
 }
 
-// A counted text is searched for as mub_mem_str does; one to be measured as strstr does, up to the first NUL.
+// Searches for a counted text as mub_mem_str() does, for any other as strstr() does, up to the first NUL.
 template <class Record>
 int64_t find(const Record &record, const UnitOf<Record> *text, int64_t count, int64_t start = 0) {
   if (count >= 0) return span::find(record.data, record.length, text, count, start);
@@ -92,22 +104,22 @@ int64_t replace_unit(Record &record, int from, int to) {
   return replaced;
 }
 
-// A text that takes a marker's place; no units end the substitution.
+// The text that replaces a marker. Null units end the substitution.
 template <class Unit>
 struct Piece {
   const Unit *units;
   int64_t length;
 };
 
-// Fills `built` with the content of `record` in which next() has replaced each marker, and counts them in
-// `hits`.
+// Appends to `built` the content of `record` with each marker replaced by next(), and counts the replacements
+// in `hits`. Returns false if memory runs out.
 template <class Record, class Next>
 bool build_substituted(const Record &record, const UnitOf<Record> *marker, int64_t marker_length, Next next,
                        Record &built, int64_t &hits) {
   if (!buffer::expand(built, record.length)) return false;
   int64_t position = 0;
   for (int64_t hit = find(record, marker, -1); hit >= 0; hit = find(record, marker, -1, position)) {
-    // A wide marker that was measured may reach past the content.
+    // A wide marker may end past the content: a search for wide characters covers the whole block.
     if (hit > record.length - marker_length) break;
     const Piece<UnitOf<Record>> piece = next();
     if (piece.units == nullptr) break;
@@ -119,8 +131,8 @@ bool build_substituted(const Record &record, const UnitOf<Record> *marker, int64
   return buffer::append(built, record.data + position, record.length - position);
 }
 
-// Replaces each occurrence of the terminated text `marker` by the piece that next() gives for it, until
-// there are no more of either: all of them, or none when memory runs out. Gives the number of replacements.
+// Replaces each occurrence of the terminated text `marker` by the piece that next() returns, until there are
+// no more of either. If memory runs out, nothing is replaced. Returns the number of replacements.
 template <class Record, class Next>
 int64_t substitute(Record &record, const UnitOf<Record> *marker, Next next) {
   const int64_t marker_length = OpsOf<Record>::measured(marker, -1);
@@ -141,14 +153,14 @@ int64_t replace(Record &record, const UnitOf<Record> *from, const UnitOf<Record>
   return substitute(record, from, [piece] { return piece; });
 }
 
-// Takes a measured count, and replaces no more than there is.
+// `count` is measured. No more units are replaced than there are.
 template <class Record>
 bool update(Record &record, int64_t position, int64_t old_count, const UnitOf<Record> *units, int64_t count) {
   if (position < 0 || position > record.length) return false;
   return buffer::update(record, position, std::min(old_count, record.length - position), units, count);
 }
 
-// A position past the content becomes the length.
+// If `position` is past the content, it becomes the length (at most the capacity).
 template <class Record>
 void remove(Record &record, int64_t position, int64_t count) {
   if (position < 0 || count < 0) return;

@@ -10,10 +10,10 @@ namespace {
 
 using WideOps = UnitOps<uint16_t>;
 
-// A byte as a signed one.
+// A byte, sign-extended.
 uint16_t widened(uint8_t byte) { return static_cast<uint16_t>(byte < 0x80 ? byte : 0xFF00 | byte); }
 
-// Puts a narrow text at `start`, where it ends the content.
+// Writes a narrow text at `start`, as the end of the content.
 void put_widened(mub_wchar &string, int64_t start, const char *text, int64_t count) {
   int64_t length;
   if (__builtin_add_overflow(start, count, &length)) return;
@@ -66,7 +66,7 @@ void mub_wchar_copy(mub_wchar *string, const uint16_t *text, int64_t count) {
 }
 
 void mub_wchar_copy_str(mub_wchar *string, const char *text, int64_t count) {
-  // NULL is an empty text, which needs no buffer.
+  // NULL is an empty text, and needs no buffer.
   mub::put_widened(*string, 0, text, text == nullptr ? 0 : mub::measured(text, count));
 }
 

@@ -1,8 +1,14 @@
-// Units of 16 bits for the engine of the strings.
+// Units of 16 bits, for the engine of strings.
 //
-// A wide text without a count is one of the platform's wide characters, of 16 or of 32 bits: in the latter
-// case a character spans two units, and a text is measured and searched two units at a time. Texts are
-// aligned for units alone, so that characters are loaded as bytes.
+// A wide text without a count consists of the platform's wide characters, which have 16 or 32 bits. In the
+// latter case a character spans two units, and a text is measured and searched two units at a time:
+//
+//   units   [ u0 u1 | u2 u3 | … | 0 0 ]        ends before the first character of 0, at an even index
+//
+// Texts are aligned for units only, so characters are loaded as bytes. bytes/unit_buffer.h has the
+// invariants.
+//
+// Threads: there is no state; only the program's locale is read.
 #ifndef MUB_TEXT_WIDE_UNITS_H
 #define MUB_TEXT_WIDE_UNITS_H
 
@@ -30,16 +36,16 @@ namespace wide {
 
 constexpr int64_t kCharUnits = sizeof(wchar_t) / sizeof(uint16_t);
 
-// The characters of a text that ends before its first 0, or where `max_count` of them have been seen.
+// The number of characters before the first 0, at most `max_count`.
 inline int64_t char_count(const uint16_t *text, int64_t max_count = INT64_MAX) {
   int64_t count = 0;
   while (count < max_count && bytes::load<wchar_t>(text + count * kCharUnits) != 0) ++count;
   return count;
 }
 
-// The first index at which `length` words, at least one, occur among `count`. Occurrences that begin within
-// a word are none. Where they keep coming, each after a search of its own, the rest is left to the search
-// for hostile texts.
+// The first index at which `length` >= 1 words occur among `count`, or -1. Bytes that match from within a
+// word do not count. If such matches keep coming, each found by a search of its own, the rest is searched in
+// linear time.
 template <class Word>
 int64_t find_words(const uint16_t *data, int64_t count, const uint16_t *words, int64_t length) {
   constexpr int64_t size = sizeof(Word);
@@ -83,9 +89,8 @@ struct UnitOps<uint16_t> {
   static int64_t find(const uint16_t *data, int64_t count, const uint16_t *text, int64_t length) {
     return wide::find_words<uint16_t>(data, count, text, std::max<int64_t>(length, 1));
   }
-  // Looks for a text of wide characters, no further than the first character of 0. A terminator of one unit
-  // may be half a character, so that the search ends with the `room` units of the block; but a hit begins in
-  // the span.
+  // Searches for a text of wide characters, up to the first character of 0. A terminator of one unit may be
+  // half a character, so the search covers all `room` units of the block; but a match must begin in the span.
   static int64_t find_terminated(const uint16_t *data, int64_t count, int64_t room, const uint16_t *text) {
     const int64_t length = wide::char_count(text);
     if (length == 0) return 0;

@@ -1,6 +1,5 @@
-// Searching a run of words for a pattern in time that is linear in both lengths, whatever the words are: the
-// two-way algorithm. It reads the words one by one, and so takes longer than a search by vectors in all but
-// hostile texts.
+// Searching a run of words for a pattern in time linear in both lengths, whatever the words: the two-way
+// algorithm. It reads one word at a time, and so is slower than a search by vectors in all but hostile texts.
 #ifndef MUB_TEXT_WORD_SEARCH_H
 #define MUB_TEXT_WORD_SEARCH_H
 
@@ -24,13 +23,13 @@ class Words {
   int64_t count_;
 };
 
-// A pattern is cut in two where any repetition around the cut is as long as the whole pattern's period.
+// A pattern is cut at a critical position: one whose local period is the period of the whole pattern.
 struct Cut {
-  int64_t left;    // the length of the left part
-  int64_t period;  // of the right part
+  int64_t left;    // length of the left part
+  int64_t period;  // period of the right part
 };
 
-// The suffix that is the greatest by the order of words, or by its opposite.
+// The maximal suffix in the order of words, or in the opposite order.
 template <class Word>
 Cut greatest_suffix(const Words<Word> &pattern, bool by_opposite) {
   int64_t suffix = 0;
@@ -63,7 +62,7 @@ Cut critical_cut(const Words<Word> &pattern) {
   return cut.left > opposite.left ? cut : opposite;
 }
 
-// Whether the left part goes on as the whole pattern does with its period.
+// Whether the period of the right part is that of the whole pattern.
 template <class Word>
 bool repeats(const Words<Word> &pattern, const Cut &cut) {
   for (int64_t i = 0; i < cut.left; ++i) {
@@ -78,9 +77,9 @@ int64_t find_in_linear_time(const Words<Word> &text, const Words<Word> &pattern)
   const int64_t length = pattern.count();
   const Cut cut = critical_cut(pattern);
   const bool is_periodic = repeats(pattern, cut);
-  // After a match of the right part alone, no shorter step can lead to a match.
+  // After a match of the right part only, no shorter step can lead to a match.
   const int64_t step = is_periodic ? cut.period : std::max(cut.left, length - cut.left) + 1;
-  int64_t known = 0;  // So many words at the position are known to match: a period ago they did.
+  int64_t known = 0;  // how many words at the position are known to match, from one period before
   for (int64_t position = 0; position <= text.count() - length;) {
     int64_t i = std::max(cut.left, known);
     while (i < length && pattern[i] == text[position + i]) ++i;
