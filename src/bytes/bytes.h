@@ -140,30 +140,30 @@ inline uint64_t first_byte_highest(uint64_t word) {
 }
 
 // Forced inline: as a separate function, it would cost mub_mem_cmp another call.
-__attribute__((always_inline)) inline int compare_near(const uint8_t *a, int64_t a_length, const uint8_t *b,
-                                                       int64_t b_length) {
+__attribute__((always_inline)) inline int compare_short(const uint8_t *a, int64_t a_length, const uint8_t *b,
+                                                        int64_t b_length) {
   const int64_t common = std::min(a_length, b_length);
   const int64_t i = first_difference(a, b, common);
   return i < common ? a[i] - b[i] : length_difference(a_length, b_length);
 }
 
 // Ranges of this size or more are first compared by memcmp, in blocks of this size.
-constexpr int64_t kStretch = 256;
+constexpr int64_t kMemcmpBlock = 256;
 
-__attribute__((noinline)) inline int compare_far(const uint8_t *a, int64_t a_length, const uint8_t *b,
-                                                 int64_t b_length) {
+__attribute__((noinline)) inline int compare_long(const uint8_t *a, int64_t a_length, const uint8_t *b,
+                                                  int64_t b_length) {
   const int64_t common = std::min(a_length, b_length);
   int64_t i = 0;
-  while (common - i >= kStretch && std::memcmp(a + i, b + i, kStretch) == 0) i += kStretch;
-  return compare_near(a + i, a_length - i, b + i, b_length - i);
+  while (common - i >= kMemcmpBlock && std::memcmp(a + i, b + i, kMemcmpBlock) == 0) i += kMemcmpBlock;
+  return compare_short(a + i, a_length - i, b + i, b_length - i);
 }
 
 // The difference of the first unequal bytes, else of the lengths.
 inline int compare(const void *a, int64_t a_length, const void *b, int64_t b_length) {
   const uint8_t *left = as_bytes(a);
   const uint8_t *right = as_bytes(b);
-  if (std::min(a_length, b_length) >= kStretch) return compare_far(left, a_length, right, b_length);
-  return compare_near(left, a_length, right, b_length);
+  if (std::min(a_length, b_length) >= kMemcmpBlock) return compare_long(left, a_length, right, b_length);
+  return compare_short(left, a_length, right, b_length);
 }
 
 // A result with the sign of compare()'s, known sooner if the first 8 bytes differ: a binary search waits for

@@ -18,7 +18,7 @@ namespace mub {
 namespace number {
 
 static_assert(FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD == 1,
-              "every step is to be rounded to a double: 32-bit x86 wants -msse2 -mfpmath=sse");
+              "every step must be rounded to double: 32-bit x86 needs -msse2 -mfpmath=sse");
 
 inline bool is_digit(char c) { return c >= '0' && c <= '9'; }
 

@@ -94,7 +94,7 @@ class Search {
     for (; matches != 0; matches &= matches - 1) {
       const int64_t position = i + __builtin_ctz(matches);
       if (equal(data_ + position, pattern_, length_)) return ends_with(position);
-      if (was_one_too_many(position)) return ends_with(portable_from(position + 1));
+      if (has_too_many_false_matches(position)) return ends_with(portable_from(position + 1));
     }
     return false;
   }
@@ -108,7 +108,7 @@ class Search {
   // copes with such a text, but is slower in any other. Therefore each false match is charged with what its
   // comparison may have cost, and the search changes to memmem when the sum exceeds twice the bytes searched
   // plus kPatience.
-  bool was_one_too_many(int64_t position) {
+  bool has_too_many_false_matches(int64_t position) {
     constexpr int64_t kPatience = 512;
     false_work_ += 1 + length_ / 16;
     return false_work_ > kPatience + 2 * position;

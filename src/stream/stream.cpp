@@ -32,9 +32,9 @@ template <int kPrefixBytes, class Out>
 int64_t read_block(const mub_stream &stream, int64_t *position, Out &out) {
   const auto count = static_cast<int64_t>(cursor::read<kPrefixBytes>(stream, position));
   const int64_t at = cursor::advance(position, count);
-  const int64_t there = std::min(count, cursor::bytes_left(stream, at));
-  if (there > 0)
-    buffer::extract(stream, at, there, out);
+  const int64_t available = std::min(count, cursor::bytes_left(stream, at));
+  if (available > 0)
+    buffer::extract(stream, at, available, out);
   else
     buffer::extract_nothing(out);
   return *position;
@@ -162,9 +162,9 @@ void mub_stream_set_buffer(mub_stream *stream, int64_t *position, const void *by
 
 int64_t mub_stream_get_buffer(const mub_stream *stream, int64_t *position, uint8_t **bytes, int64_t *count) {
   const int64_t at = mub::cursor::advance(position, *count);
-  const int64_t there = mub::cursor::bytes_left(*stream, at);
-  *bytes = there > 0 ? stream->data + at : nullptr;
-  *count = there > 0 ? std::min(*count, there) : 0;
+  const int64_t available = mub::cursor::bytes_left(*stream, at);
+  *bytes = available > 0 ? stream->data + at : nullptr;
+  *count = available > 0 ? std::min(*count, available) : 0;
   return *position;
 }
 

@@ -57,7 +57,7 @@ void right(mub_stringx &view, int64_t count) {
 struct Part {
   int64_t start;
   int64_t length;
-  bool is_refused_elsewhere;  // Only stored in views of the same text.
+  bool same_text_only;  // Not to be stored in a view of another text.
 };
 
 Part left_of(const mub_stringx &view, int64_t count) {
@@ -78,7 +78,7 @@ Part right_of(const mub_stringx &view, int64_t count) {
 }
 
 void store(const mub_stringx &view, const Part &part, mub_stringx &out) {
-  if (part.is_refused_elsewhere && out.text != view.text) return;
+  if (part.same_text_only && out.text != view.text) return;
   out.start = part.start;
   out.length = part.length;
 }
