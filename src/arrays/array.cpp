@@ -1,4 +1,4 @@
-// mub_array: the engine's slots with byte-string keys, whose bytes are kept in a stream.
+// mub_array: slot_table.h with byte-string keys.
 #include "arrays/byte_keys.h"
 #include "arrays/slot_clone.h"
 #include "bytes/text_pieces.h"
@@ -14,13 +14,13 @@ uint64_t read_entry(const mub_array &array, const mub_array_entry *entry, const 
   return slots::value_or_0(entry);
 }
 
-// The bytes of a stream's block once the stream has been given `length` bytes.
+// The size of a stream's block after the stream has grown to `length` bytes.
 int64_t block_bytes(const mub_stream &stream, int64_t length) {
   if (length <= stream.capacity) return readable_end(stream);
   return buffer::grown_capacity<mub_stream>(stream.length, stream.capacity, length) + 1;
 }
 
-// Replaces an entry's key. A spare slot may name bytes past the stream's length; the old and the new key
+// Replaces an entry's key. The key of a spare slot may lie past the stream's length; the old and the new key
 // only have to lie in the stream's block.
 bool replace_key(mub_array &array, mub_array_entry &entry, const ByteKey &key) {
   mub_stream &stream = array.keys;
@@ -214,7 +214,7 @@ void mub_array_to_string(const mub_array *array, int separator, mub_string *stri
 
 void mub_array_from_string(mub_array *array, int separator, const char *text, int64_t length) {
   if (length < 1) return;
-  // The text may be the array's own keys, which the first growth would release.
+  // The text may be part of the array's own key stream, whose block the first growth releases.
   const PinnedBytes pinned = buffer::pinned(array->keys, text, length);
   if (pinned.failed()) return;
   const int64_t count = array->count;

@@ -1,4 +1,4 @@
-// mub_arrayd: the engine's slots with integer keys.
+// mub_arrayd: slot_table.h with 32-bit integer keys.
 #include "arrays/integer_keys.h"
 #include "arrays/slot_clone.h"
 

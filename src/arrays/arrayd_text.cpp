@@ -1,4 +1,4 @@
-// mub_arrayd: keys as decimal numbers in a text.
+// mub_arrayd: conversion of the keys to and from decimal text.
 #include <algorithm>
 
 #include "arrays/integer_keys.h"
@@ -18,7 +18,7 @@ void mub_arrayd_to_string(const mub_arrayd *array, int separator, mub_string *st
 
 void mub_arrayd_from_string(mub_arrayd *array, int separator, const char *text, int64_t length) {
   if (length < 1) return;
-  // The text may lie in the array's own table, which the first growth would release.
+  // The text may lie in the array's own table, which the first growth releases.
   const auto table_bytes = static_cast<uint64_t>(array->capacity) * sizeof *array->entries;
   const PinnedBytes pinned(text, static_cast<uint64_t>(length), array->entries, table_bytes);
   if (pinned.failed()) return;

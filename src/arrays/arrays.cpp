@@ -1,11 +1,11 @@
-// mub_arrays: the engine's slots as bare items, ordered by the comparers that callers pass.
+// mub_arrays: slot_table.h with bare 64-bit items, ordered by the comparers that callers pass.
 #include "arrays/slot_clone.h"
 
 using namespace mub;
 
 namespace {
 
-// Stored items against a searched key, through a caller's comparer.
+// Compares items with a searched key by a caller's comparer.
 struct ItemOrder {
   static constexpr bool kIsDifference = false;
   uint64_t key;
@@ -27,7 +27,7 @@ struct ContextOrder {
   int operator()(uint64_t item) const { return call(context, item, key, extra); }
 };
 
-// What both kinds of comparer have in common. Without one nothing is found, and new items go to the end.
+// For both kinds of comparer. Without a comparer nothing is found, and new items are appended.
 
 template <class Order>
 int insert(mub_arrays &array, uint64_t item, const Order &order) {

@@ -1,4 +1,4 @@
-// mub_arrayt: words, the first four of them in the record.
+// mub_arrayt: 64-bit words, the first four of them in the record.
 #include <algorithm>
 
 #include "arrays/inline_slots.h"
@@ -90,7 +90,7 @@ void mub_arrayt_to_string(const mub_arrayt *array, int separator, mub_string *st
 
 void mub_arrayt_from_string(mub_arrayt *array, int separator, const char *text, int64_t length) {
   if (length < 1) return;
-  // The text may lie in the words themselves, in the record or in the tail.
+  // The text may lie in the array's own words, in the record or in the tail.
   const auto size = static_cast<uint64_t>(length);
   const PinnedBytes outside(text, size, array, sizeof *array);
   const PinnedBytes pinned(outside.bytes(), size, array->tail, words::tail_bytes(*array));

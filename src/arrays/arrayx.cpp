@@ -1,4 +1,4 @@
-// mub_arrayx: the engine's slots with integer keys.
+// mub_arrayx: slot_table.h with 64-bit integer keys.
 #include "arrays/integer_keys.h"
 #include "arrays/slot_clone.h"
 

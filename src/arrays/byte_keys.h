@@ -1,8 +1,12 @@
-// Byte-string keys of the array engine: an entry says where in the array's key stream its key lies.
+// Byte-string keys for slot_table.h: an entry has the offset and the length of its key in the array's key
+// stream. Sorting moves entries, not key bytes.
 //
-// The stream holds the keys of entries in the order in which they were placed; sorting moves entries, not
-// bytes. Entries made live by lengthening the count may name bytes that have left the stream. Such bytes are
-// read while they lie in its block; a key that leaves the block reads as empty.
+// Invariant, in addition to those of slot_table.h:
+//   3. The key of every entry lies within the length of the stream, and no two keys overlap. The stream may
+//      also hold bytes of no entry, such as those of entries that mub_array_shrink() has dropped.
+// It holds until a caller brings spare slots into use with mub_array_shrink(), or gives one a key with
+// mub_array_set_at(): spare slots have stale offsets, which may refer to other keys or to bytes past the
+// length. A key past the length is read as long as it lies in the stream's block, else it reads as empty.
 #ifndef MUB_ARRAYS_BYTE_KEYS_H
 #define MUB_ARRAYS_BYTE_KEYS_H
 
@@ -17,7 +21,7 @@ namespace mub {
 
 inline int64_t key_end(const mub_array_entry &entry) { return int64_t{entry.key_offset} + entry.key_length; }
 
-// A key may lie anywhere in the stream's block, which is one byte longer than the capacity.
+// The end of the stream's block, which is one byte longer than the capacity.
 inline int64_t readable_end(const mub_stream &keys) { return keys.capacity + (keys.data != nullptr); }
 
 inline ByteKey key_of(const mub_array &array, const mub_array_entry &entry) {
@@ -25,7 +29,7 @@ inline ByteKey key_of(const mub_array &array, const mub_array_entry &entry) {
   return {array.keys.data + entry.key_offset, entry.key_length};
 }
 
-// Moves the keys of the first `count` slots that lie at or after `from`; `by` wraps when they move down.
+// Adds `by` to the offsets of keys at or after `from`, in the first `count` slots; wraps to lower them.
 inline void shift_keys(mub_array &array, int64_t count, int64_t from, uint32_t by) {
   for (int64_t i = 0; i < count; ++i) {
     uint32_t &offset = array.entries[i].key_offset;
@@ -44,7 +48,7 @@ struct SlotPolicy<mub_array> : PackedKeys<mub_array> {
     entry.key_offset = static_cast<uint32_t>(array.keys.length);
     entry.key_length = 0;
   }
-  // An empty key is refused: nothing would be inserted into the stream.
+  // False for an empty key, too: buffer::insert() refuses to insert no bytes.
   static bool open_key(mub_array &array, const Slot &entry, const Key &key) {
     return keys::has_room(array.keys, key.length) &&
            buffer::insert(array.keys, entry.key_offset, key.bytes, key.length);
@@ -68,7 +72,7 @@ struct SlotPolicy<mub_array> : PackedKeys<mub_array> {
   }
 };
 
-// Entries against a searched key, byte by byte as unsigned values, the shorter of two that agree first.
+// Compares entries with a searched key, byte by byte as unsigned values; a prefix comes first.
 struct ByteOrder {
   static constexpr bool kIsDifference = false;
   const mub_array &array;
@@ -91,7 +95,7 @@ inline int64_t scan_for(const mub_array &array, const ByteKey &key) {
   });
 }
 
-// The number of bytes that all keys begin with in common.
+// The length of the prefix that all keys have in common.
 inline int64_t common_prefix(const mub_array &array) {
   const int64_t count = slots::used(array);
   if (count < 1) return 0;
@@ -105,8 +109,8 @@ inline int64_t common_prefix(const mub_array &array) {
   return common;
 }
 
-// Entries against entries, for the sort. After what all keys have in common, most differ in the next 8
-// bytes: these are loaded once, as a number that sorts as they do, zero-filled after the end of a key.
+// Compares entries with each other, for the sort. Past their common prefix most keys differ in the next 8
+// bytes. These are loaded once, as a number that sorts as they do; bytes past the end of a key count as 0.
 class ByteKeyOrder {
  public:
   struct Key {
@@ -130,7 +134,8 @@ class ByteKeyOrder {
 
  private:
   uint64_t head(int64_t offset, int64_t length) const {
-    // Differences of lengths are cut to 32 bits, also by the searches; heads would say otherwise.
+    // bytes::compare() cuts differences of lengths to 32 bits, here and in searches: without heads, the sort
+    // agrees with the searches on keys of 2 GiB and more.
     if (readable_end_ > INT32_MAX) return 0;
     uint64_t word = 0;
     if (offset <= readable_end_ - 8) {

@@ -1,10 +1,18 @@
-// The engine of the word array: a sequence of words that begins in the record and goes on in a heap block.
+// The engine of mub_arrayt: an array of words, the first four of them in the record and the others in a heap
+// block, the tail. Up to four words need no heap block.
 //
 //   record    inline_items [ 0 | 1 | 2 | 3 ]
 //             tail ──► [ 4 | 5 | … | count-1 | spare … ]      capacity - 4 words
 //
-// Invariants: the tail is null when the capacity is at most 4; otherwise 4 <= capacity, and count <=
-// capacity. An emptied record has capacity 0 until it grows.
+// Invariants:
+//   1. `capacity` is a multiple of 4, and includes the words in the record. It is 4 or more, but 0 after
+//      mub_arrayt_remove_all(), until the array grows.
+//   2. The tail has capacity - 4 words; it is null if there are none.
+//   3. 0 <= count <= capacity.
+// Words that growth adds are 0. Other spare words keep their content, and those in the record start
+// undefined: mub_arrayt_shrink() can bring them into use. No order is maintained.
+//
+// Threads: functions that take a const record write nothing, so readers may run in parallel.
 #ifndef MUB_ARRAYS_INLINE_SLOTS_H
 #define MUB_ARRAYS_INLINE_SLOTS_H
 
@@ -23,10 +31,10 @@
 
 namespace mub::words {
 
-constexpr int64_t kInlineWords = 4;
+constexpr int64_t kInlineWords = 4;  // in the public record: part of the interface
 constexpr int64_t kWordBytes = 8;
 
-// The words that can be reached: without a tail those in the record, whatever the count says.
+// The number of words in use, limited to those that exist: without a tail, the four in the record.
 inline int64_t used(const mub_arrayt &array) {
   return std::min(array.count, array.tail != nullptr ? array.capacity : kInlineWords);
 }
@@ -73,7 +81,7 @@ __attribute__((noinline)) inline bool grow(mub_arrayt &array, int64_t wanted) {
   return true;
 }
 
-// Makes room for `wanted` words, and at least for those in the record; false when memory runs out.
+// Makes room for `wanted` words, and for at least four; false if memory runs out.
 inline bool expand(mub_arrayt &array, int64_t wanted) {
   return (array.capacity >= wanted && array.capacity >= kInlineWords) || grow(array, wanted);
 }
@@ -84,7 +92,7 @@ inline void shrink(mub_arrayt &array, int64_t count) {
 
 // ---- positions
 
-// Moves the words from `index` on up by one place; there is room for it.
+// Moves the words from `index` on up by one; the capacity exceeds the count.
 inline void open_gap(mub_arrayt &array, int64_t index) {
   const int64_t first = std::max(index, kInlineWords);
   if (array.count >= first) {
@@ -96,7 +104,7 @@ inline void open_gap(mub_arrayt &array, int64_t index) {
   buffer::move_units(gap + 1, gap, std::min(array.count, kInlineWords - 1) - index);
 }
 
-// Moves the words after `index`, up to `count`, down by one place.
+// Moves the words from index + 1 to count - 1 down by one.
 inline void close_gap(mub_arrayt &array, int64_t index, int64_t count) {
   const int64_t first = std::max(index, kInlineWords);
   if (index < kInlineWords) {
@@ -108,7 +116,7 @@ inline void close_gap(mub_arrayt &array, int64_t index, int64_t count) {
   buffer::move_units(&word(array, first), &word(array, first) + 1, count - 1 - first);
 }
 
-// Before the word at `index`, or at the end; false when it was refused.
+// Inserts a word at `index`, but at most at the end; false if memory runs out or `index` is negative.
 inline bool insert_at(mub_arrayt &array, int64_t index, uint64_t item) {
   if (index < 0 || !expand(array, array.count + 1)) return false;
   const int64_t place = std::min(index, array.count);
@@ -131,7 +139,7 @@ inline uint64_t remove_at(mub_arrayt &array, int64_t index) {
 
 // ---- whole arrays
 
-// The source may be the destination itself: it is walked up to its count at entry.
+// `source` may be `array` itself: the words that it has at the start are appended.
 inline void append_array(mub_arrayt &array, const mub_arrayt &source) {
   const int64_t added = used(source);
   int64_t count;
@@ -146,7 +154,7 @@ inline void clone(const mub_arrayt &source, mub_arrayt &copy) {
   append_array(copy, source);
 }
 
-// Exchanges all but the order flags.
+// `descending` stays with its record.
 inline void swap(mub_arrayt &a, mub_arrayt &b) {
   std::swap(a, b);
   std::swap(a.descending, b.descending);
@@ -154,7 +162,7 @@ inline void swap(mub_arrayt &a, mub_arrayt &b) {
 
 // ---- sorted arrays
 
-// Words are compared by the sign of the wrapped difference of their low 32 bits.
+// Compares the low 32 bits of words: by the sign of their difference, which wraps.
 inline Spot find(const mub_arrayt &array, uint64_t key) {
   return binary_search_without_branches(
       used(array), array.descending != 0,
@@ -164,7 +172,7 @@ inline Spot find(const mub_arrayt &array, uint64_t key) {
       });
 }
 
-// ---- sorting, by all bits as unsigned values
+// ---- sorting, by all 64 bits as unsigned values
 
 struct WordOrder {
   using Key = uint64_t;
@@ -176,7 +184,7 @@ inline void sort(uint64_t *items, int64_t count, bool ascending) {
   mub::sort(items, count, ascending, WordOrder());
 }
 
-// Takes over the words of a sorted run, of equal ones only the first if they are to be unique.
+// Copies sorted words into the array; if `unique`, without repetitions.
 inline void take_over(mub_arrayt &array, const uint64_t *sorted, int64_t count, bool unique) {
   int64_t taken = 0;
   for (int64_t i = 0; i < count; ++i) {
@@ -185,7 +193,7 @@ inline void take_over(mub_arrayt &array, const uint64_t *sorted, int64_t count, 
   array.count = taken;
 }
 
-// The words are sorted in one run beside the array; without memory for it nothing happens.
+// Sorts a copy of the words, since the array is in two parts. Does nothing if there is no memory for it.
 inline void sort(mub_arrayt &array, bool ascending, bool unique) {
   const int64_t count = used(array);
   if (count < 1) return;

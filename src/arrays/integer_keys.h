@@ -1,8 +1,8 @@
-// Integer keys of the array engine, kept in the slots.
+// Integer keys for slot_table.h, stored in the slots.
 //
-// Searches go by the sign of the difference between two keys, wrapped to the key's width; sorts by their
-// unsigned values. Callers can see both: the two agree as long as all keys lie within half the key's range
-// of each other.
+// Searches compare by the sign of the difference of two keys, which wraps at the width of a key; sorts
+// compare unsigned values. Both are part of the interface. They agree as long as all keys differ by less than
+// half of their range.
 #ifndef MUB_ARRAYS_INTEGER_KEYS_H
 #define MUB_ARRAYS_INTEGER_KEYS_H
 
@@ -25,7 +25,7 @@ struct SlotPolicy<mub_arrayd> : IntegerSlots<mub_arrayd, mub_arrayd_entry> {};
 template <>
 struct SlotPolicy<mub_arrayx> : IntegerSlots<mub_arrayx, mub_arrayx_entry> {};
 
-// Entries against a searched key, by the sign of the difference.
+// Compares entries with a searched key by the sign of the difference.
 template <class Integer>
 struct IntegerOrder {
   static constexpr bool kIsDifference = true;
@@ -39,7 +39,7 @@ struct IntegerOrder {
 template <class Integer>
 IntegerOrder(Integer) -> IntegerOrder<Integer>;
 
-// Entries against entries, for the sort.
+// Compares entries with each other, for the sort.
 template <class Integer>
 struct IntegerKeyOrder {
   using Key = Integer;
@@ -53,7 +53,7 @@ struct IntegerKeyOrder {
 
 namespace integers {
 
-// Gives the key and the value of an entry, 0 and 0 of none.
+// Returns the value of an entry and stores its key in `key`; both are 0 for nullptr.
 template <class Entry, class Key>
 uint64_t read_entry(const Entry *entry, Key &key) {
   key = entry != nullptr ? entry->key : 0;

@@ -1,5 +1,12 @@
-// The binary search, in two forms that probe the same slots. Every probe shrinks the range, so a search with
-// an inconsistent order ends as well, at an arbitrary place inside the table.
+// Binary search, in two variants that probe the same slots: one branches on each comparison, the other turns
+// its sign into a mask. If several keys are equal to the searched one, the first one probed is found. Callers
+// can see which, so the sequence of probes is part of the interface.
+//
+// Invariants, for any comparer and any table, sorted or not:
+//   1. Only slots from 0 to count - 1 are compared, and none of them twice.
+//   2. The resulting index is from 0 to count, and below count if the key was found.
+//
+// Threads: nothing is written but local variables.
 #ifndef MUB_ARRAYS_SEARCH_H
 #define MUB_ARRAYS_SEARCH_H
 
@@ -8,8 +15,7 @@
 
 namespace mub {
 
-// Where a search ended: at an equal slot, or where a new one belongs. With equal keys in the table the first
-// one probed counts, which callers can see; so the probes are part of the interface.
+// The result of a search: the index of an equal slot, or the index at which a new one belongs.
 struct Spot {
   int64_t index;
   bool found;
@@ -32,17 +38,18 @@ Spot search_in_order(int64_t count, CompareAt compare_at) {
   return {low, false};
 }
 
-// `compare_at(i)` orders slot i against the searched key. A descending table swaps the tests: comparers'
-// results are never negated, which would overflow for the smallest int. Each order has a loop of its own,
-// without a test of it.
+// `compare_at(i)` orders slot i against the searched key. The search of a descending table swaps the tests:
+// negating INT_MIN, which a comparer may return, would overflow. Each direction has its own loop, which need
+// not test it.
 template <class CompareAt>
 Spot binary_search(int64_t count, bool descending, CompareAt compare_at) {
   return descending ? search_in_order<true>(count, compare_at) : search_in_order<false>(count, compare_at);
 }
 
-// For orders that are the sign of a difference. Among keys that come at random, a branch on it is
-// mispredicted every other time; so here the sign is a mask that moves the bounds. As the processor then
-// loads nothing ahead, `fetch` is called for the four slots near which the probe after the next will fall.
+// For orders that return a difference. If keys are searched at random, a branch on its sign is mispredicted
+// every other time, so a mask made of the sign moves the bounds instead. Without a branch to predict, the
+// processor loads nothing ahead: `fetch` is called for the four slots near which the probe after the next one
+// will fall.
 template <bool kDescending, class CompareAt, class Fetch>
 Spot search_without_branches(int64_t count, CompareAt compare_at, Fetch fetch) {
   int64_t low = 0;
@@ -70,7 +77,8 @@ Spot binary_search_without_branches(int64_t count, bool descending, CompareAt co
                     : search_without_branches<false>(count, compare_at, fetch);
 }
 
-// The equal slot, else the one that the key would push up, else the last one; -1 in an empty table.
+// The index of the equal slot, else of the one before which the key belongs, else of the last one; -1 in an
+// empty table.
 inline int64_t nearest(Spot spot, int64_t count) { return std::min(spot.index, count - 1); }
 
 }  // namespace mub

@@ -1,4 +1,6 @@
-// Cloning an array: slots and keys are copied, values that are blocks of an owned pool translated.
+// Cloning an array: slots and keys are copied as they are, and values that are blocks of an owned pool are
+// translated to the addresses of the copies. Invariants and policy are those of slot_table.h; if memory runs
+// out, the copy is the exception to invariant 2. Threads: the source is only read.
 #ifndef MUB_ARRAYS_SLOT_CLONE_H
 #define MUB_ARRAYS_SLOT_CLONE_H
 
@@ -7,7 +9,7 @@
 
 namespace mub::slots {
 
-// Where only the source owns a pool, the copies of its values are 0.
+// If the source owns its pool and the copy does not, all values of the copy are 0.
 template <class Record>
 void clone_slots(const Record &source, Record &copy, BlockCopies &values, const CloneCallback &callback) {
   for (int64_t i = 0; i < used(source); ++i) {
@@ -18,10 +20,10 @@ void clone_slots(const Record &source, Record &copy, BlockCopies &values, const 
   }
 }
 
-// False when memory runs out; what is in the copy then is for the caller to remove.
+// False if memory runs out; the caller then empties the copy.
 template <class Record>
 bool clone_content(const Record &source, Record &copy, CloneCallback &callback) {
-  if (pool_of(copy).is_owned()) callback.protect(copy.pool);  // before clone_pool(), which comes first here
+  if (pool_of(copy).is_owned()) callback.protect(copy.pool);  // must precede clone_pool()
   BlockCopies values;
   if (!callback.clone_pool() || !values.clone(pool_of(source), pool_of(copy), callback)) return false;
   if (!expand(copy, source.capacity) || !PolicyOf<Record>::clone_keys(source, copy)) return false;

@@ -1,26 +1,33 @@
-// The engine of the growable arrays: one table of slots. Keys lie in the slots or beside them, or there are
-// none.
+// The engine of the growable arrays: a table of slots in one heap block. Slots are added and removed by
+// position, and the operations on sorted arrays find the position by binary search. What a slot is, and where
+// its key is stored if it has one, is up to the policy.
 //
 //   record    slots ──► [ slot 0 | slot 1 | … | slot count-1 | spare … ]
 //                         0                     count          capacity
 //
 // Invariants:
-//   1. The table holds `capacity` slots; it is null when capacity is 0. A fresh slot is all zero; a spare
-//      one keeps what was left in it.
-//   2. count <= capacity, but for a clone that ran out of memory: it states the count of its source. So
-//      walks, searches and sorts end at used(), the smaller of the two, and a growth makes the stated slots
-//      real.
+//   1. The table has `capacity` slots, a multiple of 4; it is null when `capacity` is 0. Slots that growth
+//      adds are all zero; a slot that becomes spare keeps its content.
+//   2. 0 <= count <= capacity, except after a clone that ran out of memory: the copy has no table, but the
+//      count of its source, and a clone of it takes over that count. Loops therefore end at used(), the
+//      smaller of the two, and the next growth adds the missing slots, all zero.
+// byte_keys.h adds what holds for keys in a stream. No order is maintained: a sorted array stays sorted only
+// while its caller uses the operations for sorted arrays. A search in any other array ends inside the table.
 //
-// A record takes part by specialising SlotPolicy, which has the names that containers/key_store.h lists and
-//   Slot, kSlots                     the entry, and the table's field
-//   kSwapsPools                      whether an exchange of arrays includes their pools
-//   store_empty_key(array, slot)     gives a new slot the empty key, for which there is always room
-//   open_key(array, slot, key)       makes room for a key before the slot's own; false when there is none
-//   place_key(array, slot, key)      then gives it to the slot, all slots (one more than count) having moved
-//   close_key(array, slot)           completes erase_key, which leaves the slot's fields for it: updates the
-//                                    other slots, just before the slot goes
-//   reserve_keys_of(array, source)   makes room for the keys of another array; false when there is none
-// Orders come with each call: order(slot) compares a slot with the searched key.
+// Threads: functions that take a const record write nothing, so readers may run in parallel. The exception is
+// free_values(), which returns blocks to the pool.
+//
+// The policy is the specialisation SlotPolicy<Record>. It provides what containers/key_store.h lists, and
+//   Slot, kSlots                     the type of a slot, and the field that points to the table
+//   kSwapsPools                      whether swap() exchanges the value pools, too
+//   store_empty_key(array, slot)     gives a new slot the empty key; this cannot fail
+//   open_key(array, slot, key)       makes room for a key before that of `slot`; false if memory runs out
+//   place_key(array, slot, key)      gives the key to `slot` after open_key; the slots from there on have
+//                                    moved up, and `count` does not yet include the new one
+//   close_key(array, slot)           called after erase_key and before `slot` is removed: updates the keys of
+//                                    the other slots. erase_key leaves the fields that it needs as they were
+//   reserve_keys_of(array, source)   makes room for the keys of another array; false if memory runs out
+// Orders are passed to each call: order(slot) compares the key of a slot with the searched key.
 #ifndef MUB_ARRAYS_SLOT_TABLE_H
 #define MUB_ARRAYS_SLOT_TABLE_H
 
@@ -46,7 +53,7 @@ namespace mub {
 template <class Record>
 struct SlotPolicy;
 
-// The pool of the values.
+// The value pool.
 template <class Record>
 auto pool_of(Record &array) {
   return PoolField{array.pool, array.own_pool};
@@ -56,7 +63,7 @@ auto pool_of(Record &array) {
 template <class Record, class Keys>
 struct SlotsWithoutStream : Keys {
   template <class Slot>
-  static void store_empty_key(Record &, Slot &) {}  // GCOVR_EXCL_LINE: the key always finds room
+  static void store_empty_key(Record &, Slot &) {}  // GCOVR_EXCL_LINE: store_key never fails
   template <class Slot, class Key>
   static bool open_key(Record &, const Slot &, const Key &) {
     return true;
@@ -91,7 +98,7 @@ auto &table(Record &array) {
   return array.*SlotPolicy<std::remove_const_t<Record>>::kSlots;
 }
 
-// The value of an entry; an item is its own.
+// The value of an entry; a bare item is its own value.
 template <class Slot>
 auto &value_of(Slot &slot) {
   if constexpr (std::is_integral_v<Slot>) {
@@ -119,7 +126,7 @@ __attribute__((noinline)) bool grow(Record &array, int64_t wanted) {
   return true;
 }
 
-// Makes room for `wanted` slots; false when memory runs out, the record unchanged.
+// Makes room for `wanted` slots; false, and the record unchanged, if memory runs out.
 template <class Record>
 bool expand(Record &array, int64_t wanted) {
   return array.capacity >= wanted || grow(array, wanted);
@@ -139,7 +146,7 @@ void shrink(Record &array, int64_t count) {
 
 template <class Record>
 void init(Record &array, bool with_pool) {
-  std::memset(&array, 0, sizeof array);  // padding included, so that two new records are equal as bytes
+  std::memset(&array, 0, sizeof array);  // clears the padding, too: new records compare equal with memcmp
   if (with_pool) pool_of(array).make(0);
 }
 
@@ -180,7 +187,7 @@ void free_all(Record &array, mub_free_fn release_it) {
   pool_of(array).empty();
 }
 
-// The order flags stay.
+// `descending` stays with its record.
 template <class Record>
 void swap(Record &a, Record &b) {
   std::swap(table(a), table(b));
@@ -190,7 +197,7 @@ void swap(Record &a, Record &b) {
   if constexpr (PolicyOf<Record>::kSwapsPools) pool_of(a).swap(pool_of(b));
 }
 
-// ---- positions; the capacity bounds them, not the count
+// ---- positions, bounded by the capacity and not by the count
 
 template <class Record>
 SlotOf<Record> *slot_at(const Record &array, int64_t index) {
@@ -217,9 +224,9 @@ uint64_t exchange_value(Slot *slot, uint64_t value) {
   return slot != nullptr ? std::exchange(value_of(*slot), value) : 0;
 }
 
-// ---- adding; each returns the new slot, nullptr when it was refused
+// ---- adding; functions that return a slot return the new one, or nullptr if memory ran out
 
-// Without room for its key, the slot is added with the empty key.
+// If there is no memory for the key, the slot gets the empty key.
 template <class Record>
 SlotOf<Record> *append(Record &array, const KeyOf<Record> &key, uint64_t value) {
   if (!expand(array, array.count + 1)) return nullptr;
@@ -230,7 +237,7 @@ SlotOf<Record> *append(Record &array, const KeyOf<Record> &key, uint64_t value) 
   return slot;
 }
 
-// Opens a slot with a key before the one at `index`, which is below the count.
+// Makes room for a new slot at `index`, which is below the count, and gives it its key.
 template <class Record>
 bool open_slot(Record &array, int64_t index, const KeyOf<Record> &key) {
   SlotOf<Record> *slot = table(array) + index;
@@ -240,7 +247,7 @@ bool open_slot(Record &array, int64_t index, const KeyOf<Record> &key) {
   return true;
 }
 
-// Without room for its key, nothing is added: an empty key in its place would break the order.
+// If there is no memory for the key, nothing is added: an empty key would break the order.
 template <class Record>
 SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t value) {
   if (index < 0 || !expand(array, array.count + 1)) return nullptr;
@@ -254,8 +261,8 @@ SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key
   return slot;
 }
 
-// Adds a slot with a new block of the value pool, which is initialised before the slot is there. Returns the
-// block.
+// Appends a slot whose value is a new block of the value pool, and returns the block. `init_it` runs before
+// the slot is added.
 template <class Record>
 uint64_t append_new(Record &array, const KeyOf<Record> &key, mub_init_fn init_it) {
   if (!expand(array, array.count + 1)) return 0;
@@ -264,9 +271,8 @@ uint64_t append_new(Record &array, const KeyOf<Record> &key, mub_init_fn init_it
   return value;
 }
 
-// The same before `index`; the initialiser already finds the block in `value_out`. A refused insertion
-// returns it.
-// Returns the index of the new slot, or -1.
+// Inserts one before `index`, and returns the index of the new slot. `init_it` runs after the block was
+// stored in `value_out`. If memory runs out, the block goes back to its pool and the result is -1.
 template <class Record>
 int insert_new_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t &value_out,
                   mub_init_fn init_it) {
@@ -280,7 +286,7 @@ int insert_new_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64
   return -1;
 }
 
-// The source may be the destination itself: it is walked up to its count at entry.
+// `source` may be `array` itself: the slots that it has at the start are appended.
 template <class Record>
 void append_array(Record &array, const Record &source) {
   const int64_t added = used(source);
@@ -295,7 +301,7 @@ void append_array(Record &array, const Record &source) {
 
 // ---- removing
 
-// Closes the gap of a slot whose key is cut out. The count is made true on the way.
+// Removes a slot whose key was erased. This also corrects the count of a clone that ran out of memory.
 template <class Record>
 void close_slot(Record &array, SlotOf<Record> *slot) {
   PolicyOf<Record>::close_key(array, *slot);
@@ -314,21 +320,20 @@ uint64_t remove_at(Record &array, int64_t index) {
   return value;
 }
 
-// The value is released while its slot still stands, its key already cut out.
+// `release_it` runs after the key was erased and before the slot is removed.
 template <class Record>
 void free_at(Record &array, int64_t index, mub_free_fn release_it) {
   if (index < 0 || index >= used(array)) return;
   SlotOf<Record> *slot = table(array) + index;
   PolicyOf<Record>::erase_key(array, *slot);
   release_value(pool_of(array), value_of(*slot), release_it);
-  // The releaser must not change the array; should it have, the table may have moved, or have no such slot
-  // any more.
+  // `release_it` must not change the array. In case it did, look again: the table may have moved or shrunk.
   if (index < used(array)) close_slot(array, table(array) + index);  // GCOVR_EXCL_BR_LINE
 }
 
 // ---- sorted arrays
 
-// An order says with kIsDifference whether its sign is all that it compares, and can be a mask.
+// SlotOrder::kIsDifference: the order returns a difference, whose sign can be turned into a mask.
 template <class Record, class SlotOrder>
 Spot find(const Record &array, SlotOrder order) {
   const SlotOf<Record> *first = table(array);
@@ -363,7 +368,7 @@ SlotOf<Record> *nearest_slot(const Record &array, SlotOrder order) {
   return slot_at(array, nearest_index(array, order));
 }
 
-// From the first slot upward.
+// Returns the index of the first slot that passes the test; -1 if there is none.
 template <class Record, class IsWanted>
 int64_t scan(const Record &array, IsWanted is_wanted) {
   const SlotOf<Record> *first = table(array);
@@ -373,7 +378,7 @@ int64_t scan(const Record &array, IsWanted is_wanted) {
   return -1;
 }
 
-// 1 unless the key was there, also when the insertion was refused.
+// Returns 0 if the key was present, else 1, even if memory ran out.
 template <class Record, class SlotOrder>
 int insert(Record &array, const KeyOf<Record> &key, uint64_t value, SlotOrder order) {
   const Spot spot = find(array, order);
@@ -382,7 +387,7 @@ int insert(Record &array, const KeyOf<Record> &key, uint64_t value, SlotOrder or
   return 1;
 }
 
-// The index of the new entry; -1 when the key was there or the insertion was refused.
+// Returns the index of the new entry; -1 if the key was present or memory ran out.
 template <class Record, class SlotOrder>
 int insert_new(Record &array, const KeyOf<Record> &key, uint64_t &value_out, mub_init_fn init_it,
                SlotOrder order) {
@@ -393,21 +398,21 @@ int insert_new(Record &array, const KeyOf<Record> &key, uint64_t &value_out, mub
   return -1;
 }
 
-// The slot of a key, added with value 0 when it is missing; nullptr when that was refused.
+// Returns the slot of a key, which is added with value 0 if it is missing; nullptr if memory ran out.
 template <class Record, class SlotOrder>
 SlotOf<Record> *find_or_insert(Record &array, const KeyOf<Record> &key, SlotOrder order) {
   const Spot spot = find(array, order);
   return spot.found ? table(array) + spot.index : insert_at(array, spot.index, key, 0);
 }
 
-// ---- sorting, whatever order the array is in
+// ---- sorting, in the direction of the call; `descending` is not read
 
 template <class Record, class Order>
 void sort(Record &array, bool ascending, const Order &order) {
   mub::sort(table(array), used(array), ascending, order);
 }
 
-// Orders slots by their values, through a caller's comparer.
+// Orders slots by their values with a caller's comparer.
 template <class Call>
 struct ValueOrder {
   using Key = uint64_t;

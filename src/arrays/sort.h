@@ -1,17 +1,19 @@
-// The one sort: a quicksort with an explicit stack, a median-of-three pivot and a selection sort for small
-// ranges.
+// The sort of all arrays: a quicksort with an explicit stack, a median-of-three pivot and a selection sort
+// for ranges of up to 8 slots. It is not stable, and callers can see where equal keys end up: the sequence of
+// comparisons and moves is part of the interface, and with it kSelectionSlots.
 //
-// It is not stable, and callers can see where equal keys end up; so the sequence of comparisons and moves is
-// part of the interface, and every change to it is a change of behaviour.
+// Invariants, for any comparer, even one that contradicts itself:
+//   1. No slot outside the range is read or moved: scans are bounded by indexes and not by a sentinel.
+//   2. Both parts of a partition are shorter than its range, so the sort ends.
+//   3. Slots are only swapped: the result is a permutation of the input.
+//   4. The stack holds at most log2(count) ranges, because the shorter part is sorted first.
 //
-// Comparers are hostile until proven otherwise: each scan is bounded by indexes and not by a sentinel's key,
-// and both partitions are shorter than their range. So a sort with an inconsistent order ends too, having
-// permuted the slots.
+// Threads: only the slots are written; there is no shared state.
 //
-// An order takes part with
-//   Key                 what is compared: loaded once for a pivot or a candidate, so it should fit registers
-//   key(slot)           its key
-//   compare(a, b)       read by sign
+// Order is a class with
+//   Key                 what is compared: loaded once per pivot or candidate, so it should fit into registers
+//   key(slot)           returns the key of a slot
+//   compare(a, b)       below 0 if `a` comes before `b`, above 0 if after it, 0 if they are equal
 #ifndef MUB_ARRAYS_SORT_H
 #define MUB_ARRAYS_SORT_H
 
@@ -41,14 +43,14 @@ class Sorting {
     int64_t high;
   };
   static constexpr int64_t kSelectionSlots = 8;
-  // The smaller part is sorted first, so each entry of the stack stands for a halving of a range of 9 or more
-  // slots: 30 would do for 9 * 2^30 slots, these for every table.
+  // Each push at least halves the range that is sorted next, and happens only in ranges of 9 slots or more:
+  // 60 are enough for any table.
   static constexpr int kStackDepth = 60;
   static_assert((INT64_MAX / static_cast<int64_t>(sizeof(Slot)) / (kSelectionSlots + 1)) >> kStackDepth == 0);
 
   Key key(int64_t index) const { return order_.key(slots_[index]); }
   void swap(int64_t a, int64_t b) { std::swap(slots_[a], slots_[b]); }
-  // A descending sort swaps the tests; negating a comparer's result could overflow.
+  // A descending sort swaps the tests: negating INT_MIN, which a comparer may return, would overflow.
   static bool after(int order) { return kAscending ? order > 0 : order < 0; }
   bool after(const Key &a, const Key &b) const { return after(order_.compare(a, b)); }
   bool equal(const Key &a, const Key &b) const { return order_.compare(a, b) == 0; }
@@ -63,7 +65,7 @@ class Sorting {
     return true;
   }
 
-  // Moves the greatest of the rest to the end, again and again.
+  // A selection sort: moves the greatest slot of the range to its end, and shortens the range.
   void select(Range range) {
     for (; range.high > range.low; --range.high) {
       int64_t greatest = range.low;
@@ -82,7 +84,7 @@ class Sorting {
     if (after(key(a), key(b))) swap(a, b);
   }
 
-  // Partitions the range, puts the larger part off and returns the smaller one, which may be empty.
+  // Partitions the range, pushes the larger part and returns the smaller one, which may be empty.
   Range split(Range range) {
     const auto [low, high] = range;
     const int64_t middle = low + (high - low + 1) / 2;
@@ -100,13 +102,13 @@ class Sorting {
     return left;
   }
 
-  // Returns where the right part begins (low) and the left part ends (high).
+  // Returns the first index of the right part (low) and the last one of the left part (high).
   Range partition(Range range, int64_t pivot) {
     const Key pivot_key = key(pivot);
     int64_t up = range.low;
     int64_t down = range.high;
     for (;;) {
-      // The pivot itself is passed over: scans stop beside it and go on after it.
+      // The upward scan skips the pivot: it stops there and continues after it.
       if (pivot > up) {
         do ++up;
         while (up < pivot && !after(key(up), pivot_key));
@@ -124,8 +126,8 @@ class Sorting {
     return {up, before_equals(range.low, pivot, down + 1, pivot_key)};
   }
 
-  // Steps back from `end`, which is after the pivot, over the run of slots equal to it, so that neither part
-  // contains it again.
+  // Steps back from `end`, which is after the pivot, over the slots equal to the pivot, and returns the last
+  // index of the left part: neither part contains the pivot again.
   int64_t before_equals(int64_t low, int64_t pivot, int64_t end, const Key &pivot_key) const {
     do --end;
     while (end > pivot && equal(key(end), pivot_key));
