@@ -1,5 +1,7 @@
-// Cloning a hash table. With owned pools the blocks are copied chunk by chunk, and each stored address is
-// translated; entries of a caller's pool are copied one by one into fresh blocks of it.
+// Cloning a hash table. If source and copy own their entry pools, blocks are copied chunk by chunk and the
+// addresses in them translated; otherwise entries are copied individually to new blocks of the copy's pool.
+// Buckets and the order of the chains are those of the source. Invariants and policy: see chained_table.h.
+// Threads: the source is only read.
 #ifndef MUB_HASH_CHAINED_CLONE_H
 #define MUB_HASH_CHAINED_CLONE_H
 
@@ -17,7 +19,7 @@ class Cloning {
   Cloning(const Table &source, Table &copy, CloneCallback &callback)
       : source_(source), copy_(copy), callback_(callback) {}
 
-  // False when memory runs out; what is in the copy then is for the caller to remove.
+  // False if memory runs out; the caller then empties the copy.
   bool run() {
     share_callers_pools(source_, copy_, callback_);
     if (source_.owns_entry_pool == 0) copy_.buckets.pool = source_.entry_pool;
@@ -35,8 +37,8 @@ class Cloning {
   }
 
  private:
-  // The copied blocks still hold the source's addresses. A pass over the chunks meets them in the order of
-  // memory, but blocks in them that are not the table's must stay as they are.
+  // Copied blocks still hold addresses of the source. A pass over the chunks, in the order of memory, is
+  // faster than one along the chains, but only allowed if all blocks belong to the table.
   void translate_links() {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
       copy_.buckets.items[bucket] = pools_.entries.translate(source_.buckets.items[bucket]);

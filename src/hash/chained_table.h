@@ -1,27 +1,39 @@
-// The engine of the hash tables: chains of pooled entries under a power-of-two number of buckets.
+// The engine of the hash tables: a table of buckets, each of which refers to a chain of entries. The number
+// of buckets is a power of 2 and doubles when chains reach a mean length of two. Entries are blocks of a
+// pool and never move.
 //
 //   buckets.items ──► [0] ──► entry ──► entry ──► NULL
 //                     [1] ──► NULL
 //                     …        (a bucket's word is the address of its first entry)
 //
 // Invariants:
-//   1. The number of buckets is 0, or 4 times a power of 2; so a mask takes the place of the remainder.
-//   2. An entry is in bucket (word & mask), where its word is the key's hash, or the key itself.
-//   3. A chain holds its entries in the order of their insertion.
-//   4. `count` is the number of entries in the chains, and below twice the number of buckets, unless the
-//      buckets could not be doubled.
+//   1. The number of buckets, buckets.count, is 0 or 4 times a power of 2, and at most buckets.capacity. A
+//      key with the word w (its hash, or an integer key itself) belongs to bucket w & (buckets.count - 1).
+//   2. Every entry is in the bucket that its word chooses, and the last one of each chain has a null `next`.
+//   3. Each key occurs once. A chain holds its entries in the order of insertion.
+//   4. `count` is the number of entries in all chains. It is 0 without buckets, else below twice their
+//      number, unless memory ran out when they were to double.
+//   5. Every entry is a live block of the entry pool.
+//   6. With byte-string keys, the keys of the entries fill the key stream without gaps, and do not overlap.
+// 1 holds for any sequence of calls. The others hold until a caller uses the low layer: entry_new links an
+// entry without key and count, entry_remove and remove_t unlink one without counting it, remove_all_entry
+// and free_all_entry return blocks that are still linked, and adjust_t moves offsets alone. 2 and 3 also
+// assume that `nocase` does not change while there are entries.
 //
-// A kind of key takes part with a policy, which has the names that containers/key_store.h lists and
-//   Table, Entry          the records
-//   kClearsNewEntries     whether entry_new, which stores no key, sets the value to 0
-//   word(table, key)      the word that chooses the bucket;  entry_word(entry) the same for a stored key
-//   same_key(table, entry, key)         whether the entry has the key: for insertions
-//   matches(table, entry, word, key)    the same, after a test of the stored word: for all else
-//   store_word(entry, word)             stores the word of a new entry, where there is a field for it
-//   reserve_keys(table, bytes)          reserves memory for key bytes, if it can
-//   with_pinned(table, key, use)        calls `use` with a key that stays valid while the key storage moves;
-//                                       nullptr when memory runs out
-// erase_key leaves the key fields of the removed entry as they were.
+// Threads: functions that take a const table write nothing, so readers may run in parallel.
+//
+// The policy is the template argument Kind. It provides what containers/key_store.h lists, and
+//   Table, Entry                        the records
+//   kClearsNewEntries                   whether entry_new(), which stores no key, sets the value to 0
+//   word(table, key)                    the word that chooses the bucket of a key
+//   entry_word(entry)                   the word of a stored key
+//   same_key(table, entry, key)         whether the entry has the key; used by insertions
+//   matches(table, entry, word, key)    the same, but compares the stored word first; used by all others
+//   store_word(entry, word)             stores the word of a new entry, if it has a field for it
+//   reserve_keys(table, bytes)          makes room for key bytes; does nothing if memory runs out
+//   with_pinned(table, key, use)        calls use(key) with a copy of the key if it lies in the key storage,
+//                                       which may move; returns nullptr if memory runs out
+// erase_key leaves the key fields of the removed entry unchanged.
 #ifndef MUB_HASH_CHAINED_TABLE_H
 #define MUB_HASH_CHAINED_TABLE_H
 
@@ -37,11 +49,12 @@
 
 namespace mub::chained {
 
+// The growth rule. Callers see buckets and capacities: these constants are part of the interface.
 constexpr int64_t kFirstBuckets = 4;
 constexpr int64_t kFirstKeyBytes = 64;
 constexpr int64_t kKeyBytesPerBucket = 32;
 constexpr int64_t kMeanChain = 2;
-// How many buckets ahead a pass over the table fetches: enough to hide a miss of the cache.
+// How many buckets ahead a pass over the table prefetches.
 constexpr int64_t kPrefetchBuckets = 16;
 
 template <class Kind>
@@ -61,7 +74,8 @@ EntryOf<Kind> *head(const TableOf<Kind> &table, int64_t bucket) {
   return record_of<EntryOf<Kind>>(table.buckets.items[bucket]);
 }
 
-// Fetches what a pass over the buckets will meet soon: the head of a chain, and nearer by, its second entry.
+// Prefetches for a pass over the buckets: the head of the chain kPrefetchBuckets ahead, and the second entry
+// of the chain half as far ahead, whose head was prefetched before.
 template <class Kind>
 void prefetch_chain(const mub_arrays &buckets, int64_t bucket) {
   if (bucket + kPrefetchBuckets >= buckets.count) return;
@@ -72,8 +86,8 @@ void prefetch_chain(const mub_arrays &buckets, int64_t bucket) {
 
 // ---- chains
 
-// A place in a chain: an entry, and the one before it (none at the head). Both are missing in an empty
-// bucket.
+// A position in a chain: an entry and the one before it. `entry` is null at the end of the chain, `before` at
+// its head.
 template <class Entry>
 struct Place {
   Entry *entry;
@@ -98,7 +112,7 @@ EntryOf<Kind> *find_in(const TableOf<Kind> &table, int64_t bucket, uint64_t word
   return entry;
 }
 
-// Makes `next` follow `before`, or the bucket start with it.
+// Links `next` after `before`, or at the head of the bucket if `before` is null.
 template <class Kind>
 void link(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *before, EntryOf<Kind> *next) {
   if (before == nullptr) {
@@ -108,7 +122,7 @@ void link(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *before, EntryOf<K
   }
 }
 
-// Links a block of the entry pool after `last`; nullptr when there is none.
+// Links a new block of the entry pool after `last`; nullptr if there is none.
 template <class Kind>
 EntryOf<Kind> *link_new(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last) {
   auto *entry = static_cast<EntryOf<Kind> *>(pool::take(table.entry_pool));
@@ -118,9 +132,8 @@ EntryOf<Kind> *link_new(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *las
   return entry;
 }
 
-// Where an insertion looks: the first entry of the bucket that has the key, whatever hash is stored with it,
-// as that may date from before `nocase` changed. Keys of other lengths are passed over without a look at
-// their bytes.
+// The search of an insertion: finds the first entry of the bucket with the key, whatever hash is stored with
+// it. That hash may be outdated, if `nocase` has changed since.
 template <class Kind>
 Place<EntryOf<Kind>> search_key(const TableOf<Kind> &table, int64_t bucket, KeyOf<Kind> key) {
   return search<Kind>(table, bucket,
@@ -149,7 +162,7 @@ EntryOf<Kind> *unlink(TableOf<Kind> &table, int64_t bucket, uint64_t word, KeyOf
   return place.entry;
 }
 
-// Calls `visit` with every entry, which it may release.
+// Calls `visit` with every entry. `visit` may release the entry.
 template <class Kind, class Visit>
 void for_each(const TableOf<Kind> &table, Visit visit) {
   for (int64_t bucket = 0; bucket < table.buckets.count; ++bucket) {
@@ -163,9 +176,9 @@ void for_each(const TableOf<Kind> &table, Visit visit) {
   }
 }
 
-// The number of entries in the chains, from a pass over the pool: each is the first of a bucket or the next
-// of another entry. Entries that a caller has unlinked have no next, and what blocks on the free stack hold
-// is not counted.
+// Counts the entries in the chains by a pass over the entry pool: every entry is either the head of a bucket
+// or the `next` of another entry. Entries that a caller has unlinked have no `next`, and those of blocks on
+// the free stack are subtracted.
 template <class Kind>
 int64_t count_linked(const TableOf<Kind> &table) {
   using Entry = EntryOf<Kind>;
@@ -179,9 +192,9 @@ int64_t count_linked(const TableOf<Kind> &table) {
   return linked;
 }
 
-// Whether every live block of the entry pool is in a chain, but for `unlinked` entries that were just taken
-// out: a pass over the pool then changes nothing that a caller holds. `count` alone does not say so: it
-// includes the entries that a caller has unlinked and not yet counted down.
+// Whether every live block of the table's own entry pool is in a chain, except for `unlinked` entries that
+// were just removed. If so, a pass over the pool changes no entry that belongs to the caller. `count` is not
+// enough to decide this: it includes entries that the caller has unlinked but not yet subtracted.
 template <class Kind>
 bool fills_its_pool(const TableOf<Kind> &table, int64_t unlinked) {
   return holds_only<EntryOf<Kind>>(entry_pool_of(table), table.count) &&
@@ -190,9 +203,9 @@ bool fills_its_pool(const TableOf<Kind> &table, int64_t unlinked) {
 
 // ---- growth
 
-// Divides the chain of an old bucket between itself and the bucket `old_count` above. An index chooses, and
-// not a branch, which would be mispredicted every other time. An entry whose word is not of this bucket goes
-// to the upper one.
+// Splits the chain of a bucket between itself and bucket + old_count. The side is an array index, not a
+// branch, which would be mispredicted every other time. An entry whose word does not belong to the lower
+// bucket goes to the upper one, even if it belongs to neither.
 template <class Kind>
 void split(mub_arrays &buckets, int64_t bucket, int64_t old_count) {
   EntryOf<Kind> *first[2] = {nullptr, nullptr};
@@ -239,7 +252,7 @@ EntryOf<Kind> *find(const TableOf<Kind> &table, KeyOf<Kind> key) {
   return find_in<Kind>(table, bucket_of(table, word), word, key);
 }
 
-// Appends an entry for a key that the chain does not hold; refused as a whole when memory runs out.
+// Appends an entry for a key that the chain lacks; nullptr, and the table unchanged, if memory runs out.
 template <class Kind>
 EntryOf<Kind> *append(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last, uint64_t word,
                       KeyOf<Kind> key) {
@@ -262,13 +275,13 @@ EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted);
 
 template <class Kind>
 __attribute__((noinline)) EntryOf<Kind> *insert_first(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
-  // The key may lie in what an emptied table left in its key storage, which is about to grow.
+  // The key may lie in the block of the key stream, which an emptied table keeps and which is about to grow.
   return Kind::with_pinned(table, key, [&](KeyOf<Kind> pinned) {
     return make_first_buckets<Kind>(table) ? insert<Kind>(table, pinned, inserted) : nullptr;
   });
 }
 
-// Finds the entry of a key or makes it; nullptr when it can be neither.
+// Finds the entry of a key or adds it; nullptr if memory runs out.
 template <class Kind>
 EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
   inserted = 0;
@@ -282,8 +295,7 @@ EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
   return entry;
 }
 
-// Unlinks the entry of a key and deletes its key bytes; counting it down and returning its block is the
-// caller's.
+// Unlinks the entry of a key and deletes its key bytes. The caller lowers `count` and returns the block.
 template <class Kind>
 EntryOf<Kind> *detach(TableOf<Kind> &table, KeyOf<Kind> key) {
   if (table.buckets.count < 1) return nullptr;
@@ -293,7 +305,7 @@ EntryOf<Kind> *detach(TableOf<Kind> &table, KeyOf<Kind> key) {
   return entry;
 }
 
-// The initialiser already finds the block in the entry and in `value_out`.
+// `init` runs after the block was stored in the entry and in `value_out`.
 template <class Kind>
 int set(TableOf<Kind> &table, KeyOf<Kind> key, uint64_t &value_out, mub_init_fn init) {
   int inserted;
@@ -324,7 +336,8 @@ uint64_t update(TableOf<Kind> &table, KeyOf<Kind> key, uint64_t value) {
   return entry == nullptr ? 0 : std::exchange(entry->value, value);
 }
 
-// Takes a key out; `part_with` gets the value while the entry is unlinked and its block not yet returned.
+// Removes a key. `part_with` is called with the value, after the entry was unlinked and before its block is
+// returned.
 template <class Kind, class PartWith>
 bool remove(TableOf<Kind> &table, KeyOf<Kind> key, PartWith part_with) {
   EntryOf<Kind> *entry = detach<Kind>(table, key);
@@ -372,7 +385,7 @@ EntryOf<Kind> *entry_first(const TableOf<Kind> &table, int64_t &bucket_out) {
 template <class Kind>
 EntryOf<Kind> *entry_next(const TableOf<Kind> &table, int64_t &bucket, const EntryOf<Kind> &entry) {
   if (entry.next != nullptr) return entry.next;
-  // The bucket is the caller's number: nothing before the first is read, and after the last there is no next.
+  // The caller passes the bucket: any number must be safe.
   if (bucket >= table.buckets.count - 1) return nullptr;
   return first_from<Kind>(table, std::max<int64_t>(bucket + 1, 0), bucket);
 }

@@ -7,7 +7,7 @@
 namespace mub {
 namespace {
 
-// Kept out of the way of the exact compare.
+// Not inlined, to keep the code of the exact comparison short.
 __attribute__((noinline)) bool same_text(const uint8_t *stored, ByteKey key) {
   return bytes::icompare(stored, key.length, key.bytes, key.length) == 0;
 }
@@ -33,7 +33,7 @@ struct ByteKeys : PackedKeys<mub_hash> {
     return entry.hash == word && same_key(table, entry, key);
   }
 
-  // Only a reserve: an insertion fails when its own bytes find no room.
+  // Failure does not matter here: an insertion fails if there is no room for its own key.
   static void reserve_keys(Table &table, int64_t size_bytes) { buffer::expand(table.keys, size_bytes); }
 
   static void store_word(Entry &entry, uint64_t word) { entry.hash = static_cast<uint32_t>(word); }
@@ -42,12 +42,13 @@ struct ByteKeys : PackedKeys<mub_hash> {
     const uint32_t offset = entry.key_offset;
     const uint32_t length = entry.key_length;
     PackedKeys::cut_key(table, entry, [&](keys::Range cut) { lower_offsets(table, cut); });
-    // Reset only so that the pass over the pool leaves it alone: callers read the key of a removed entry.
+    // cut_key() resets the fields so that the pass over the pool does not change them; callers of
+    // mub_hash_remove_t() still read them.
     entry.key_offset = offset;
     entry.key_length = length;
   }
 
-  // With one entry just unlinked.
+  // Called after one entry was unlinked and before `count` is lowered.
   static void lower_offsets(Table &table, keys::Range cut) {
     const bool fills_pool = chained::fills_its_pool<ByteKeys>(table, 1);
     keys::lower_offsets<Entry>(table.entry_pool, fills_pool, cut,

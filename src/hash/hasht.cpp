@@ -10,7 +10,7 @@ namespace {
 
 constexpr size_t kKeyWords = 4;
 
-// Passed by value: a caller's pointer may lead into a block that the insertion is about to reuse.
+// Passed by value: a caller may pass the key of a removed entry, whose block is about to be reused.
 struct FourWords {
   uint32_t words[kKeyWords];
 };
@@ -23,14 +23,14 @@ uint32_t hash_of(const uint32_t *key) {
   return key_hash(bytes, sizeof bytes);
 }
 
-// Keys of four words, hashed anew when the buckets double: entries have no room for a hash.
+// Keys of four words. Entries have no field for a hash, so keys are hashed again when the buckets double.
 struct Keys : KeysInEntries<mub_hasht, mub_hasht_entry, FourWords> {
   static uint64_t word(const Table &, const Key &key) { return hash_of(key.words); }
   static uint64_t entry_word(const Entry &entry) { return hash_of(entry.key); }
   static bool same_key(const Table &, const Entry &entry, const Key &key) {
     return std::equal(key.words, key.words + kKeyWords, entry.key);
   }
-  // No word is stored that could be looked at first.
+  // There is no stored word to compare first.
   static bool matches(const Table &table, const Entry &entry, uint64_t, const Key &key) {
     return same_key(table, entry, key);
   }

@@ -1,4 +1,4 @@
-// Integer keys: a key is its own hash and compares as a number.
+// Integer keys for chained_table.h: a key is its own hash.
 #ifndef MUB_HASH_INTEGER_KEYS_H
 #define MUB_HASH_INTEGER_KEYS_H
 
@@ -20,7 +20,7 @@ struct IntegerKeys : KeysInEntries<TableRecord, EntryRecord, Integer> {
     return same_key(table, entry, key);
   }
 
-  // The CRC register over the key's bytes, for callers: the table does no mixing.
+  // A CRC of the key, for callers who want to mix their keys; the table itself does not use it.
   static uint32_t mixed(Integer key) {
     uint8_t bytes[sizeof key];
     store_little_endian(key, bytes);

@@ -1,4 +1,4 @@
-// What the policies of tables share whose keys lie in their entries.
+// The common part of the policies for keys that are stored in the entries.
 #ifndef MUB_HASH_KEYS_IN_ENTRIES_H
 #define MUB_HASH_KEYS_IN_ENTRIES_H
 
@@ -22,10 +22,10 @@ struct KeysInEntries : KeysInItems<TableRecord, KeyAsPassed> {
   static constexpr bool kClearsNewEntries = true;
 
   static void store_word(Entry &, uint64_t) {}
-  static void erase_key(Table &, Entry &) {}  // a removed entry keeps its key
+  static void erase_key(Table &, Entry &) {}  // a removed entry keeps its key: callers may read it
   static void reserve_keys(Table &, int64_t) {}
 
-  // No key storage moves under a key.
+  // Keys are passed by value: nothing has to be copied.
   template <class Use>
   static Entry *with_pinned(const Table &, Key key, Use use) {
     return use(key);
