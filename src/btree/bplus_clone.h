@@ -1,6 +1,7 @@
-// Cloning a B-tree. With owned pools the blocks are copied chunk by chunk and each address is translated;
-// what lies in a caller's pool is copied block by block into fresh ones. Tables of children are always made
-// anew.
+// Cloning a B-tree. If source and copy both own a pool, its blocks are copied chunk by chunk and the
+// addresses in them translated; blocks of a caller's pool are copied individually. Tables of children are
+// always allocated and filled anew. Part of the engine in bplus_tree.h, where its invariants are; links of
+// the copy point into the source (7). Threads: the source is only read.
 #ifndef MUB_BTREE_BPLUS_CLONE_H
 #define MUB_BTREE_BPLUS_CLONE_H
 
@@ -18,7 +19,7 @@ class Cloning {
 
   Cloning(const Tree &source, Tree &copy) : source_(source), copy_(copy) {}
 
-  // False when memory runs out; what is in the copy then is for the caller to remove.
+  // False if memory runs out; the caller then empties the copy.
   bool run(CloneCallback &callback) {
     share_callers_pools(source_, copy_, callback);
     if (!Kind::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, callback)) return false;
@@ -36,7 +37,7 @@ class Cloning {
   }
 
  private:
-  // Walks both trees side by side, parents first.
+  // Walks both trees in parallel, parents first.
   bool copy_below(const Entry &source_top, Entry &copy_top) {
     const Entry *from = &source_top;
     Entry *to = &copy_top;
@@ -50,7 +51,7 @@ class Cloning {
     return true;
   }
 
-  // The count grows child by child: at any time the copy is a tree that can be emptied.
+  // Appends copies of the children one at a time, so that the copy can be emptied if memory runs out.
   bool copy_children(const Entry &from, Entry &to) {
     to.children.pool = children_pool(copy_, to.level);
     if (!slots::expand(to.children, from.children.capacity)) return false;
@@ -66,7 +67,7 @@ class Cloning {
     Entry *entry = pools_.entries.copy_of(from);
     if (entry == nullptr) return false;
     entry->parent = &parent;
-    entry->children = {};  // it still had the table of the source
+    entry->children = {};  // the copied field refers to the table of the source
     return append_copy(entry, parent);
   }
 

@@ -1,5 +1,5 @@
-// The entries of a B-tree: making them, naming them after their last child, splitting them. The engine that
-// they are part of, its invariants and its key policy are described in bplus_tree.h.
+// The entries of a B-tree: making them, giving them the key of their last child as their name, and splitting
+// them. Part of the engine in bplus_tree.h, where its invariants and policy are.
 #ifndef MUB_BTREE_BPLUS_ENTRIES_H
 #define MUB_BTREE_BPLUS_ENTRIES_H
 
@@ -14,6 +14,7 @@
 
 namespace mub::bplus {
 
+// The number of children at which an entry splits. Part of the interface: callers can see the splits.
 constexpr int64_t kOrder = 32;
 
 template <class Kind>
@@ -32,7 +33,7 @@ RecordOf<Kind> *record_at(const EntryOf<Kind> &leaf, int64_t index) {
   return child_at<RecordOf<Kind>>(leaf.children, index);
 }
 
-// There is room for the child.
+// The table of children must have room for one more.
 template <class Child>
 void insert_child(mub_arrays &children, int64_t index, const Child *child) {
   uint64_t *slot = children.items + index;
@@ -48,7 +49,7 @@ void append_child(mub_arrays &children, const Child *child) {
 
 // ---- entries
 
-// Makes a block an empty leaf; without its table of children when memory runs out.
+// Makes a block an empty leaf; false, and no table of children, if memory runs out.
 template <class Entry>
 bool entry_init(Entry &entry) {
   entry = {};
@@ -92,7 +93,7 @@ void set_pool(const Tree &tree, Entry &top) {
   while ((entry = next_from_above(*entry, top, false)) != nullptr) entry->children.pool = tree.entry_pool;
 }
 
-// ---- names: an entry is called by the key of its last child
+// ---- names: the name of an entry is the key of its last child
 
 // Calls `use` with the last child, if there is one.
 template <class Kind, class Use>
@@ -127,7 +128,8 @@ void set_name(const TreeOf<Kind> &tree, EntryOf<Kind> &from) {
 
 // ---- splitting
 
-// A new entry beside another one, with room for the upper half of its children; nullptr when memory runs out.
+// Returns a new entry with the level and parent of another one, and room for the upper half of its children;
+// nullptr if memory runs out.
 template <class Kind>
 EntryOf<Kind> *sibling_new(TreeOf<Kind> &tree, const EntryOf<Kind> &entry) {
   EntryOf<Kind> *upper = entry_new<Kind>(tree, entry.level);
@@ -159,7 +161,7 @@ EntryOf<Kind> *split_off(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
   return upper;
 }
 
-// The root stays where it is: its table of children moves to a new entry below it.
+// The root cannot move, as it is part of the record: its table of children moves to a new entry below it.
 template <class Kind>
 void split_root(TreeOf<Kind> &tree, EntryOf<Kind> &root) {
   EntryOf<Kind> *upper = sibling_new<Kind>(tree, root);
@@ -179,8 +181,8 @@ void split_root(TreeOf<Kind> &tree, EntryOf<Kind> &root) {
   Kind::copy_key(root, *upper);
 }
 
-// Where the upper half of an entry goes among the children of the parent: after the entry, or by its key
-// when the parent does not list the entry.
+// The index of the upper half of a split entry among the parent's children: after the entry or, if the parent
+// does not list the entry, where its key belongs.
 template <class Kind>
 int64_t index_of_upper(const TreeOf<Kind> &tree, const EntryOf<Kind> &parent, const EntryOf<Kind> &entry,
                        const EntryOf<Kind> &upper) {
@@ -191,7 +193,7 @@ int64_t index_of_upper(const TreeOf<Kind> &tree, const EntryOf<Kind> &parent, co
                           [&](const auto &order) { return search<EntryOf<Kind>>(siblings, order).index; });
 }
 
-// Splits one entry, if memory allows; returns the parent when that now has to be split in turn.
+// Splits one entry, unless memory runs out. Returns the parent if that has to be split next, else nullptr.
 template <class Kind>
 EntryOf<Kind> *split_once(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
   EntryOf<Kind> *parent = entry.parent;

@@ -1,37 +1,52 @@
-// The engine of the B-trees: B+-trees of order 32 on pooled blocks.
+// The engine of the B-trees: B+-trees of order 32. The records, each a key with its value, are in the
+// leaves; every leaf and inner node has a table of pointers to its children, and the key of the last one. It
+// splits at 32 children and is removed when it becomes empty; nothing else is rebalanced.
 //
 //   tree ── root (Entry, embedded)              level 2
 //             children.items ──► [0] [1] … ──► Entry             level 1
 //                                     children.items ──► [0] [1] … ──► Entry (leaf)      level 0
 //                                                             children.items ──► [0] [1] …
 //                                                                                 │   │
-//           Record (a key and its value)                                          ▼   ▼
-//             prev, next: the chain of all records                          Record ⇄ Record
+//           Record (a key with its value)                                         ▼   ▼
+//             prev, next: the neighbours in key order                       Record ⇄ Record
 //
-// What is called an entry is a node of the tree; what the public names call a node is a record here.
+// An entry is a leaf or an inner node. The public names of entries and records are mub_btree_entry and
+// mub_btree_node. The name of an entry is the key that it has from its last child.
 //
 // Invariants:
-//   1. Children of an entry of level L are entries of level L - 1, of a leaf (level 0) records. An entry
-//      other than the root has a child; the root may be an empty leaf.
-//   2. The parent of an entry is the one that has it as a child; the root has none.
-//   3. The key of an entry other than the root is that of its last child. It refers to the same key bytes.
-//      So does the root's, but removals do not update its offset: it is compared when names are set, and not
-//      searched.
+//   1. The children of an entry of level L > 0 are entries of level L - 1; those of a leaf (level 0) are
+//      records. Every entry but the root has a child. A root without children is a leaf.
+//   2. The parent of an entry is the entry that lists it; the root has none.
+//   3. The name of every entry but the root is the key of its last child, with the same offset. The name of
+//      the root is not searched: removals do not lower its offset, and an empty root keeps its last name.
 //   4. The keys of the records ascend from leaf to leaf; no two are equal.
-//   5. An entry has at most 31 children, but for one whose split found no memory.
+//   5. An entry has at most 31 children, unless memory ran out when it was to split.
 //   6. `count` is the number of records.
-//   7. Without removals since the tree was empty, and unless it is a clone, `prev` and `next` are the
-//      neighbours in key order. Otherwise a link may lead anywhere. Nothing but set_next follows one.
-//   8. The pool of a leaf's children is the node pool, from the first insertion on; that of other entries is
-//      the entry pool. Live blocks of owned pools are the tree's and what the caller took there.
+//   7. `prev` and `next` of the records are their neighbours in key order if nothing was removed since the
+//      tree was last empty, and it is not a clone. Otherwise they may point anywhere; only set_next()
+//      follows them.
+//   8. Records are live blocks of the node pool, and entries other than the root of the entry pool. From the
+//      first insertion on, `children.pool` is the node pool in leaves and the entry pool in inner nodes.
+//   9. With byte-string keys, the keys of the records fill the key stream without gaps, and do not overlap.
+// They hold until a caller uses the low layer: entry_new, split_entry and split_node make entries that no
+// parent lists, splits of fewer than two children leave an empty one, the set_ functions and adjust_t change
+// single fields, insert_t trusts its caller to pass the right leaf, and remove_all_entry, free_all_entry and
+// clone_entry change neither the count nor what is above. Searches and walks allow for empty entries. 4 also
+// assumes that `nocase` or `key_type` does not change while there are records.
 //
-// A kind of key takes part with a policy, which has the names that containers/key_store.h lists and
-//   Tree, Entry, Record, Cursor         the records
-//   with_order(tree, key, use)          calls `use` with an order: order(child) compares the key of an entry
-//                                       or a record with the searched key
-//   has_name(tree, entry, child)        whether the entry has the key of the child
-//   copy_key(entry, child)              gives it that key
-//   init_keys(tree)                     the start of a tree of zeros
+// Threads: functions that take a const tree write nothing, so readers may run in parallel, each with cursors
+// of its own.
+//
+// The policy is the template argument Kind. It provides what containers/key_store.h lists, and
+//   Tree, Entry, Record, Cursor         the public structs
+//   with_order(tree, key, use)          returns use(order), where order(child) compares the key of an entry
+//                                       or a record with the searched key; see node_search.h
+//   has_name(tree, entry, child)        whether the name of the entry is the key of the child
+//   copy_key(entry, child)              gives the entry the key of the child as its name
+//   init_keys(tree)                     initialises fields of the tree that are not 0 at the start
+//
+// Parts of the engine: bplus_entries.h (entries and splits), node_search.h (searches), tree_walk.h (walks
+// over entries), tree_cursor.h (walks over records), bplus_whole.h (whole trees) and bplus_clone.h.
 #ifndef MUB_BTREE_BPLUS_TREE_H
 #define MUB_BTREE_BPLUS_TREE_H
 
@@ -50,7 +65,7 @@ namespace mub::bplus {
 
 // ---- places of records
 
-// Where a key is, or where it belongs.
+// The position of a key: where its record is, or where a new one belongs.
 template <class Kind>
 struct Place {
   EntryOf<Kind> *leaf;
@@ -73,7 +88,7 @@ Place<Kind> locate(const TreeOf<Kind> &tree, const EntryOf<Kind> &from, KeyOf<Ki
 
 // ---- insertion
 
-// Links a record with those beside it, either of which may be missing. What their links were is not read.
+// Links a record between two others, either of which may be null. Their old links are not read.
 template <class Record>
 void link(Record *prev, Record &record, Record *next) {
   record.prev = prev;
@@ -90,7 +105,7 @@ RecordOf<Kind> *record_beside(const EntryOf<Kind> &leaf) {
   return record_at<Kind>(*beside, kStep > 0 ? 0 : beside->children.count - 1);
 }
 
-// Links a new record between its neighbours, which are taken from the leaves: links may be stale.
+// Links a new record between its neighbours. They are found in the leaves, because links may be stale.
 template <class Kind>
 void link_in_leaf(EntryOf<Kind> &leaf, int64_t index) {
   const int64_t last = leaf.children.count - 1;
@@ -99,8 +114,8 @@ void link_in_leaf(EntryOf<Kind> &leaf, int64_t index) {
   link(prev, *record_at<Kind>(leaf, index), next);
 }
 
-// Links a record of a leaf before the one after it, or after the one before it when it is the last, by the
-// links that these have. A record alone in its leaf is left as it is.
+// Links a record of a leaf: between the next record and its `prev` or, if it is the last one of the leaf,
+// between the previous record and its `next`. Does nothing if it is alone in the leaf.
 template <class Kind>
 void set_next(EntryOf<Kind> &leaf, int64_t index) {
   const int64_t last = leaf.children.count - 1;
@@ -115,7 +130,7 @@ void set_next(EntryOf<Kind> &leaf, int64_t index) {
   }
 }
 
-// A block of the node pool with the key; nullptr when either cannot be had.
+// Returns a new record with the key, not yet linked or listed; nullptr if memory runs out.
 template <class Kind>
 RecordOf<Kind> *record_new(TreeOf<Kind> &tree, KeyOf<Kind> key) {
   auto *record = static_cast<RecordOf<Kind> *>(pool::take(tree.node_pool));
@@ -126,7 +141,7 @@ RecordOf<Kind> *record_new(TreeOf<Kind> &tree, KeyOf<Kind> key) {
   return nullptr;
 }
 
-// Makes a record and a child of the leaf of it; nullptr when memory runs out.
+// Adds a new record to a leaf, and counts it; nullptr if memory runs out.
 template <class Kind>
 inline RecordOf<Kind> *add_record(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, int64_t index, KeyOf<Kind> key) {
   leaf.children.pool = tree.node_pool;
@@ -138,16 +153,16 @@ inline RecordOf<Kind> *add_record(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, int64
   return record;
 }
 
-// Finds the record of a key or makes it; nullptr when it can be neither.
+// Finds the record of a key, whose position is known, or adds it; nullptr if memory runs out.
 template <class Kind>
 RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Kind> key, bool &inserted) {
   inserted = false;
   if (place.spot.found) return place.record();
   EntryOf<Kind> &leaf = *place.leaf;
-  if (leaf.level > 0) return nullptr;  // emptied by itself
+  if (leaf.level > 0) return nullptr;  // an inner node whose children were removed by the caller
   RecordOf<Kind> *record = add_record<Kind>(tree, leaf, place.spot.index, key);
   if (record == nullptr) return nullptr;
-  // Elsewhere the name is right, but for the root's, which is compared every time.
+  // Only a new last record changes the name. That of the root may be outdated: set it every time.
   if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name<Kind>(tree, leaf);
   link_in_leaf<Kind>(leaf, place.spot.index);
   if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
@@ -155,7 +170,7 @@ RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Ki
   return record;
 }
 
-// The same after all records of the tree, of which `leaf` has the last: the only neighbour of the new one.
+// Adds a record after all others of the tree to the last leaf, where its only neighbour is.
 template <class Kind>
 RecordOf<Kind> *append(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, bool &inserted) {
   const int64_t count = leaf.children.count;
@@ -168,7 +183,7 @@ RecordOf<Kind> *append(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key,
   return record;
 }
 
-// Whether a key belongs after all records of the tree, of which `leaf` has the last.
+// Whether a key belongs after all records of the tree. `leaf` is the last leaf.
 template <class Kind>
 bool is_after_all(const TreeOf<Kind> &tree, const EntryOf<Kind> &leaf, KeyOf<Kind> key) {
   const int64_t count = leaf.children.count;
@@ -177,7 +192,7 @@ bool is_after_all(const TreeOf<Kind> &tree, const EntryOf<Kind> &leaf, KeyOf<Kin
   return Kind::with_order(tree, key, [&](const auto &order) { return order(last) < 0; });
 }
 
-// Keys that come in ascending order go after the last one without a search.
+// Keys that are inserted in ascending order are appended without a search.
 template <class Kind>
 RecordOf<Kind> *insert(TreeOf<Kind> &tree, KeyOf<Kind> key, bool &inserted) {
   EntryOf<Kind> *last = last_leaf(tree.root);
@@ -192,7 +207,7 @@ int node_set(TreeOf<Kind> &tree, KeyOf<Kind> key, RecordOf<Kind> *&record_out) {
   return inserted ? 1 : 0;
 }
 
-// The same for a leaf that is known.
+// The same, but searches from the given entry instead of the root.
 template <class Kind>
 int node_set_in(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, RecordOf<Kind> *&record_out) {
   bool inserted;
@@ -248,7 +263,8 @@ bool is_only_child(const Entry &entry) {
   return entry.parent != nullptr && entry.parent->children.count == 1 && is_last(entry);
 }
 
-// The uppermost of the entries that go with `entry`: parents that have no other child.
+// Returns the uppermost entry that is left without records when `entry` is removed: an ancestor without other
+// children, or `entry` itself.
 template <class Entry>
 Entry *top_of_removal(Entry &entry) {
   Entry *top = &entry;

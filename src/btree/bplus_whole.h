@@ -1,4 +1,5 @@
-// Whole B-trees: their beginning, emptying, end and exchange.
+// Whole B-trees: initialising, emptying, terminating and swapping them. Part of the engine in bplus_tree.h,
+// where its invariants and policy are.
 #ifndef MUB_BTREE_BPLUS_WHOLE_H
 #define MUB_BTREE_BPLUS_WHOLE_H
 
@@ -12,7 +13,7 @@ namespace mub::bplus {
 
 template <class Kind>
 void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_value_pool) {
-  std::memset(&tree, 0, sizeof tree);  // padding included, so that two new records are equal as bytes
+  std::memset(&tree, 0, sizeof tree);  // clears the padding, too: new records compare equal with memcmp
   entry_init(tree.root);
   if (own_entry_pool) entry_pool_of(tree).make(sizeof(EntryOf<Kind>));
   if (own_node_pool) node_pool_of(tree).make(sizeof(RecordOf<Kind>));
@@ -25,8 +26,9 @@ void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_
 
 enum class Blocks { kStayInOwnedPools, kGoBack };
 
-// Releases every table of children from `top` down; `part_with` gets every record first. What lies in owned
-// pools goes with them, unless it is to go back block by block.
+// Releases the tables of children of `top` and of all entries below it, after calling `part_with` with every
+// record. Records and entries below `top` are returned to caller's pools. Those in owned pools stay until
+// these are emptied, unless Blocks::kGoBack asks to return them, too.
 template <class Kind, class PartWith>
 void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with,
                 Blocks blocks = Blocks::kStayInOwnedPools) {
@@ -46,7 +48,7 @@ void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with,
   });
 }
 
-// Whether the chunks of an entry pool of its own hold the tree's entries and nothing else, nor ever did.
+// Whether the tree owns its entry pool, and every block ever taken from it is now an entry of the tree.
 template <class Kind>
 bool entries_fill_pool(const TreeOf<Kind> &tree) {
   if (tree.owns_entry_pool == 0) return false;
@@ -59,7 +61,7 @@ bool entries_fill_pool(const TreeOf<Kind> &tree) {
          pool::blocks_ever_taken(*tree.entry_pool) == entries;
 }
 
-// Tables in the order of memory: faster than along the tree, where each is a miss of the cache.
+// Releases tables in the order of their entries in memory. Following the tree would miss the cache for each.
 template <class Kind>
 void release_tables(TreeOf<Kind> &tree) {
   pool::for_each_block<EntryOf<Kind>>(*tree.entry_pool,
@@ -88,7 +90,7 @@ void reset(TreeOf<Kind> &tree) {
   tree.count = 0;
 }
 
-// Empties the tree without a look at its values.
+// Empties the tree without visiting values.
 template <class Kind>
 void remove_all_below_root(TreeOf<Kind> &tree) {
   if (tree.owns_node_pool != 0 && entries_fill_pool<Kind>(tree)) {
@@ -126,7 +128,7 @@ void term(TreeOf<Kind> &tree) {
   reset<Kind>(tree);
 }
 
-// ---- exchange
+// ---- swapping
 
 template <class Kind>
 void swap_roots(EntryOf<Kind> &a, EntryOf<Kind> &b) {

@@ -7,7 +7,7 @@
 namespace mub {
 namespace {
 
-// Of the entries below `top`.
+// Lowers the offsets of all entries below `top`.
 void lower_names(mub_btree_entry &top, keys::Range cut) {
   for (auto *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
     if (entry->level < 1) break;
@@ -28,7 +28,7 @@ void for_each_record(const mub_btree_entry &top, Visit visit) {
   }
 }
 
-// Byte-string keys in the tree's key stream.
+// Byte-string keys for bplus_tree.h, in the tree's key stream.
 struct ByteKeys : PackedKeys<mub_btree> {
   using Tree = mub_btree;
   using Entry = mub_btree_entry;
@@ -61,7 +61,7 @@ struct ByteKeys : PackedKeys<mub_btree> {
                             : bytes::compare(own.bytes, own.length, key.bytes, key.length);
   }
 
-  // An entry whose name has the bytes of the child's key keeps its offset, which may differ from the child's.
+  // A name with the bytes of the child's key is kept, even if its offset differs, as it may in the root.
   template <class Child>
   static bool has_name(const Tree &tree, const Entry &entry, const Child &child) {
     if (entry.key_length != child.key_length) return false;

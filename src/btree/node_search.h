@@ -1,10 +1,10 @@
-// The one search among the children of an entry, and the way down that it leads. Another layout of the
-// search keys, such as copies of them side by side after the table of children, would be read
-// only here.
+// The search among the children of an entry, and the descent to a leaf. All searches by key go through here:
+// another layout of the keys, such as copies next to the table of children, would be read only here. Part of
+// the engine in bplus_tree.h, where its invariants are. Nothing is written.
 //
-// An order is called with a child, and compares the child's key with the searched one: it is inlined into
-// the loop. Its kByQuarters asks for a search without branches: for orders that have none themselves, in
-// which no keys contradict each other, and for trees that stay in a cache.
+// order(child) compares the key of a child with the searched one, and is inlined into the loops.
+// Order::kByQuarters selects the search without branches. The order must then be consistent and compare
+// without branches itself, and the tree should fit into a cache.
 #ifndef MUB_BTREE_NODE_SEARCH_H
 #define MUB_BTREE_NODE_SEARCH_H
 
@@ -15,12 +15,12 @@
 
 namespace mub::bplus {
 
-// So many children are looked at one by one.
+// Up to this number of children, every one is compared.
 constexpr int64_t kFewChildren = 8;
 
-// Cuts the children into four parts at a time, whose last keys are loaded side by side. Halving mispredicts
-// every other branch, but what it loads ahead on the way that it predicts is worth more when the keys are
-// not in a cache. A call per level would be a fifth of an insertion's time.
+// Divides the children into four parts per step, and loads the last keys of three of them in parallel. A
+// binary search mispredicts every other branch, but the loads that it speculates on are worth more if keys
+// are not in a cache. Inlined always: a call per level would take a fifth of the time of an insertion.
 template <class Child, class Order>
 __attribute__((always_inline)) inline Spot search_by_quarters(const mub_arrays &children,
                                                               const Order &order) {
@@ -52,8 +52,8 @@ Spot search(const mub_arrays &children, const Order &order) {
   }
 }
 
-// Goes down to the only leaf that can hold the key, and searches it. A key above all others goes with the
-// last children. Entries that were emptied by themselves end it.
+// Descends to the only leaf that can hold the key, and searches it. For a key above all others it follows the
+// last children. Stops at an inner node whose children were removed by the caller.
 template <class Record, class Entry, class Order>
 Spot descend(const Entry *&entry, const Order &order) {
   while (entry->level > 0 && entry->children.count > 0) {

@@ -1,4 +1,5 @@
-// Keys that lie in their records and entries: numbers of one width, whose bits the tree's key_type explains.
+// Number keys for bplus_tree.h, stored in records and entries. The tree's key_type says how their bits
+// compare: as signed, unsigned or floating-point numbers.
 #ifndef MUB_BTREE_NUMBER_KEYS_H
 #define MUB_BTREE_NUMBER_KEYS_H
 
@@ -26,8 +27,8 @@ struct Numbers64 {
   static constexpr uint32_t kFloat = 6;
 };
 
-// Stored bits against those of a searched key. With the sign bit flipped, signed numbers order as unsigned
-// ones do.
+// Compares stored bits with those of the searched key. With their sign bits flipped, signed numbers compare
+// as unsigned ones.
 template <class Bits>
 struct IntegerComparison {
   static constexpr bool kBranchFree = true;
@@ -41,7 +42,7 @@ struct IntegerComparison {
   Bits flip;
 };
 
-// What is neither less nor greater is equal, and so is what is not a number.
+// Numbers that are neither less nor greater are equal: a NaN equals every number.
 template <class Float, class Bits>
 struct FloatComparison {
   static constexpr bool kBranchFree = false;
@@ -70,10 +71,10 @@ struct ChildOrder {
   const Comparison &compare;
 };
 
-// Records of so many keys stay in a processor's second or third cache.
+// Up to this number, the records of a tree stay in the second- or third-level cache.
 constexpr int64_t kCachedKeys = 0x20000;
 
-// Calls `use` with the comparison that a key type stands for; one of an unknown type finds all keys equal.
+// Returns use(comparison) for the comparison of a key type. With an unknown type, all keys are equal.
 template <class Numbers, class Use>
 auto with_comparison(typename Numbers::Bits key, uint32_t key_type, Use use) {
   using Bits = typename Numbers::Bits;
@@ -109,7 +110,7 @@ struct NumberKeys : KeysInItems<TreeRecord, typename Numbers::Bits> {
     });
   }
 
-  // Both keys may lie anywhere.
+  // The keys need no alignment.
   static int compare(const void *a, const void *b, uint32_t key_type) {
     return with_comparison<Numbers>(bytes::load<Key>(b), key_type,
                                     [a](const auto &order) { return order(bytes::load<Key>(a)); });

@@ -1,16 +1,19 @@
-// Walks over the records of a B+-tree in key order.
+// Walks over the records of a B+-tree in key order. Part of the engine in bplus_tree.h, where its invariants
+// and policy are.
 //
-// A cursor names a leaf and an index in its table of children. A step within the leaf is an index; a step to
-// the next leaf goes up by the parents as far as needed and down again, in O(log n) at worst and a few loads
-// on average. The links of the records are not followed: removals and clones leave them stale, and each of
-// them is a cache miss that could not be fetched ahead, where the tables of the leaves name all records in
-// advance.
+// A cursor has a leaf and an index into its table of children. A step within the leaf changes the index; a
+// step to the next leaf goes up the parents as far as needed and down again, in O(log n) at worst and a few
+// loads on average. The links of the records are not followed: removals and clones leave them stale, and
+// each would be a cache miss that cannot be prefetched, whereas the tables of the leaves have the addresses
+// of all records.
 //
-// A cursor that a function here has left is in one of these states:
-//   on a record           0 <= index < leaf->children.count
-//   before the first one  leaf is the first one that has records, index is -1
-//   after the last one    leaf is the last one that has records, index is its count
-//   in an empty tree      leaf is null, index is 0
+// Invariant: after every function here, until the tree changes, a cursor is in one of these states:
+//   on a record              0 <= index < leaf->children.count
+//   before the first record  `leaf` is the first leaf that has records, `index` is -1
+//   after the last record    `leaf` is the last leaf that has records, `index` is its count
+//   in an empty tree         `leaf` is null, `index` is 0
+//
+// Threads: a cursor is written by its steps, the tree is not: cursors of several threads may walk one tree.
 #ifndef MUB_BTREE_TREE_CURSOR_H
 #define MUB_BTREE_TREE_CURSOR_H
 
@@ -22,10 +25,10 @@
 
 namespace mub::bplus {
 
-// How many records ahead a walk fetches.
+// How many records ahead a walk prefetches.
 constexpr int64_t kPrefetchRecords = 8;
 
-// Trees of fewer levels stay in the caches, and a walk only loses by fetching ahead of the leaf.
+// If the root has a lower level, the tree stays in the caches: prefetching beyond the leaf would only cost.
 constexpr int kLevelsInCache = 3;
 
 // The first leaf that has records, or the last one; nullptr in an empty tree.
@@ -47,8 +50,8 @@ RecordOf<Kind> *last_record(const TreeOf<Kind> &tree) {
   return leaf == nullptr ? nullptr : record_at<Kind>(*leaf, leaf->children.count - 1);
 }
 
-// Fetches what a walk comes to next: the first records of the leaf beside, the table of the one after it,
-// the entry of the third. Each is found in what was fetched a leaf ago.
+// Prefetches for the steps after a leaf: the nearest records of the next leaf, the table of the second and
+// the entry of the third. Their addresses are in what was prefetched one leaf earlier.
 template <int kStep, class Entry>
 void prefetch_beyond(const Entry &leaf) {
   const Entry *second = neighbour<kStep>(leaf);
@@ -73,7 +76,7 @@ RecordOf<Kind> *cursor_record(const CursorOf<Kind> &cursor) {
   return is_on_record ? record_at<Kind>(*cursor.leaf, cursor.index) : nullptr;
 }
 
-// Goes to the outermost record of a leaf that has some, coming from the side that kStep leads away from.
+// Moves to the first record of a leaf that has records, or to its last one if kStep is -1.
 template <class Kind, int kStep>
 RecordOf<Kind> *enter_leaf(CursorOf<Kind> &cursor, EntryOf<Kind> &leaf) {
   cursor.leaf = &leaf;
@@ -82,7 +85,7 @@ RecordOf<Kind> *enter_leaf(CursorOf<Kind> &cursor, EntryOf<Kind> &leaf) {
   return record_at<Kind>(leaf, cursor.index);
 }
 
-// Leaves the cursor's leaf; past the tree's end it stays there, outside.
+// Moves to the next leaf in the direction of kStep; at the end of the tree, to the position past all records.
 template <class Kind, int kStep>
 __attribute__((noinline)) RecordOf<Kind> *step_out(CursorOf<Kind> &cursor) {
   EntryOf<Kind> *leaf = leaf_beside<kStep>(cursor.leaf);
@@ -96,7 +99,7 @@ RecordOf<Kind> *cursor_step(CursorOf<Kind> &cursor) {
   if (cursor.leaf == nullptr) return nullptr;
   const mub_arrays &records = cursor.leaf->children;
   const int64_t index = cursor.index + kStep;
-  // Unsigned, so that one compare sees either end.
+  // As unsigned numbers, one comparison covers both ends.
   if (static_cast<uint64_t>(index) >= static_cast<uint64_t>(records.count))
     return step_out<Kind, kStep>(cursor);
   cursor.index = index;
@@ -107,7 +110,7 @@ RecordOf<Kind> *cursor_step(CursorOf<Kind> &cursor) {
   return child_at<RecordOf<Kind>>(records, index);
 }
 
-// Puts the cursor on the first record of the tree, or on the last one when kStep leads down.
+// Moves to the first record of the tree, or to the last one if kStep is -1.
 template <class Kind, int kStep>
 RecordOf<Kind> *cursor_start(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree) {
   EntryOf<Kind> *leaf = outermost_leaf<kStep>(tree.root);
@@ -120,7 +123,7 @@ RecordOf<Kind> *cursor_seek(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree, Ke
   const Place<Kind> place = locate<Kind>(tree, tree.root, key);
   cursor = {&tree, place.leaf, place.spot.index};
   if (place.spot.index < place.leaf->children.count) return record_at<Kind>(*place.leaf, place.spot.index);
-  // The key is above all records of its leaf, which is the last one, unless a caller has changed the tree.
+  // The key is above all records of its leaf: the last leaf, unless the caller has changed the tree.
   if (RecordOf<Kind> *record = step_out<Kind, 1>(cursor)) return record;
   if (has_children(*cursor.leaf)) return nullptr;
   cursor_start<Kind, -1>(cursor, tree);
@@ -128,8 +131,8 @@ RecordOf<Kind> *cursor_seek(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree, Ke
   return nullptr;
 }
 
-// The record of a key or the nearest one: the first above it in the leaf that would hold it, else that
-// leaf's last. Where the leaf has no records, those of its neighbours are the nearest.
+// Returns the record of a key or a near one: the next greater one in the leaf that would hold the key, else
+// the last one of that leaf. If that leaf is empty, the nearest record of its neighbours.
 template <class Kind>
 RecordOf<Kind> *find_nearest(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
   const Place<Kind> place = locate<Kind>(tree, tree.root, key);
@@ -140,7 +143,7 @@ RecordOf<Kind> *find_nearest(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
   return above != nullptr ? above : cursor_step<Kind, -1>(cursor);
 }
 
-// A step from a record alone: where it is has to be searched by its key.
+// A step from a record without a cursor: its position is found by a search for its key.
 template <class Kind, int kStep>
 RecordOf<Kind> *step(const TreeOf<Kind> &tree, const RecordOf<Kind> &record) {
   CursorOf<Kind> cursor;

@@ -1,5 +1,6 @@
-// Ways through a B+-tree along its links: children, parents, neighbouring leaves, whole subtrees. Positions
-// among siblings are found by address, so that nothing here compares keys, and nothing recurses.
+// Walks over the entries of a B+-tree: to children, parents and neighbouring leaves, and over whole
+// subtrees. Positions among siblings are found by address: nothing here compares keys, recurses or writes to
+// the tree. Part of the engine in bplus_tree.h, where its invariants are.
 #ifndef MUB_BTREE_TREE_WALK_H
 #define MUB_BTREE_TREE_WALK_H
 
@@ -12,7 +13,7 @@
 
 namespace mub::bplus {
 
-// How many leaves ahead a walk over all of them fetches.
+// How many leaves ahead a walk over all leaves prefetches.
 constexpr int64_t kPrefetchLeaves = 8;
 
 template <class Child>
@@ -25,7 +26,7 @@ Entry *entry_at(const Entry &entry, int64_t index) {
   return child_at<Entry>(entry.children, index);
 }
 
-// The index of a child; the count when it is none of these.
+// The index of a child; the count if it is not listed.
 inline int64_t position(const mub_arrays &children, const void *child) {
   return std::find(children.items, children.items + children.count, word_of(child)) - children.items;
 }
@@ -60,8 +61,8 @@ Entry *last_leaf(const Entry &entry) {
   return leaf;
 }
 
-// The leaf after another one, or before it when kStep is -1. nullptr at the end of the tree, and for a leaf
-// that its parent does not list: the upper half of a split that is not part of the tree yet.
+// The leaf after another one, or before it if kStep is -1. nullptr at the end of the tree, and for a leaf
+// that its parent does not list, such as the upper half of a split that the caller has not inserted yet.
 template <int kStep, class Entry>
 Entry *neighbour(const Entry &leaf) {
   for (const Entry *entry = &leaf; entry->parent != nullptr; entry = entry->parent) {
@@ -76,8 +77,8 @@ Entry *neighbour(const Entry &leaf) {
   return nullptr;
 }
 
-// The nearest leaf to one side that has records. Only callers who emptied a leaf through its table of
-// children, or split one that had fewer than two records, leave one without.
+// The nearest leaf on one side that has records. Leaves are only empty if the caller has emptied the table of
+// children, or split a leaf of fewer than two records.
 template <int kStep, class Entry>
 Entry *leaf_beside(const Entry *leaf) {
   Entry *beside = neighbour<kStep>(*leaf);
@@ -85,7 +86,7 @@ Entry *leaf_beside(const Entry *leaf) {
   return beside;
 }
 
-// The first entry of level 1 below an entry that is no leaf.
+// The first entry of level 1 at or below `entry`; a leaf is returned as it is.
 template <class Entry>
 Entry *first_above_leaves(Entry &entry) {
   Entry *above = &entry;
@@ -93,7 +94,8 @@ Entry *first_above_leaves(Entry &entry) {
   return above;
 }
 
-// Fetches what a walk over the leaves will meet soon: a leaf, and of a nearer one the table.
+// Prefetches for a walk over the leaves of one parent: the leaf kPrefetchLeaves ahead, and the table of
+// children of the one half as far ahead.
 template <class Entry>
 void prefetch_leaves(const Entry &above, int64_t index) {
   if (index + kPrefetchLeaves >= above.children.count) return;
@@ -101,9 +103,8 @@ void prefetch_leaves(const Entry &above, int64_t index) {
   prefetch(entry_at(above, index + kPrefetchLeaves / 2)->children.items);
 }
 
-// Calls `visit` with every entry below `top` and then with `top`: children before their parent, in key
-// order. It may return the entry's children to their pools, and the entry itself: what comes next is looked
-// up before.
+// Calls `visit` with every entry below `top` and then with `top`: children before their parent, in key order.
+// `visit` may return the entry and its children to their pools: the next entry is determined before the call.
 template <class Entry, class Visit>
 void for_each_from_below(Entry &top, Visit visit) {
   Entry *entry = first_above_leaves(top);
@@ -120,8 +121,8 @@ void for_each_from_below(Entry &top, Visit visit) {
   visit(top);
 }
 
-// The entry after another one in a walk that meets parents before their children and stays below `top`;
-// nullptr at its end. Leaves are left out unless `with_leaves`.
+// The next entry of a walk over `top` and all below it, parents before their children; nullptr at its end.
+// Leaves are visited only if `with_leaves`.
 template <class Entry>
 Entry *next_from_above(const Entry &entry, const Entry &top, bool with_leaves) {
   if (entry.level > (with_leaves ? 0 : 1) && entry.children.count > 0) return entry_at(entry, 0);
