@@ -1,21 +1,25 @@
-// The engine of the lists: pooled entries, linked both ways.
+// The engine of the lists: a doubly linked chain of entries, which are blocks of a pool and never move. An
+// entry has one value, or a block of up to 32 in mub_listx.
 //
 //   list   head ──► entry ◄──► entry ◄──► entry ◄── tail
 //
-// prev of the head and next of the tail are null.
-//
 // Invariants:
-//   1. head and tail are null together; from either, the links lead to the other.
-//   2. What one link leads to links back.
-//   3. `count` is the number of entries (of values, where an entry holds several).
-//   4. The key of every entry lies in the key storage, where there is one, which holds nothing else.
-//   5. Entries are blocks of the entry pool.
+//   1. `head` and `tail` are both null or both not. From `head`, `next` leads to `tail` and then to null.
+//   2. `prev` is the inverse of `next`; that of the head is null.
+//   3. `count` is the number of entries; in mub_listx, the sum of the counts of the blocks, 1 to 32 each.
+//   4. The entries are live blocks of the entry pool.
+//   5. With byte-string keys, the keys of the entries fill the key stream without gaps, and do not overlap.
+// They hold until a caller links entries of its own, such as those of entry_new, or uses the low layer:
+// remove_all_entry and free_all_entry return entries that are still linked, and adjust_t moves offsets alone.
+// mub_listx allows for blocks that the caller has linked with any count.
 //
-// A list takes part by specialising ChainPolicy where it has keys, or several values an entry. A policy has
-// the names that containers/key_store.h lists and
-//   Entry                             the record
-//   retract_key(list, entry)          takes back the key that was stored last
-//   release_values(list, entry, release_it)   releases what an entry holds
+// Threads: functions that take a const list write nothing, so readers may run in parallel.
+//
+// The policy is ChainPolicy<List>, specialised for lists that have keys, or several values in an entry. It
+// provides what containers/key_store.h lists, and
+//   Entry                                     the struct of an entry
+//   retract_key(list, entry)                  removes the key that was stored last; used to undo additions
+//   release_values(list, entry, release_it)   releases the values of an entry
 #ifndef MUB_LIST_LINKED_CHAIN_H
 #define MUB_LIST_LINKED_CHAIN_H
 
@@ -30,7 +34,7 @@
 
 namespace mub {
 
-// An entry has one value, unless its policy says otherwise, and a key of the policy Keys.
+// The base of the policies: entries with one value, and with keys as the policy Keys has them.
 template <class List, class Keys>
 struct ListEntries : Keys {
   using Entry = std::remove_pointer_t<decltype(List::head)>;
@@ -53,7 +57,7 @@ using EntryOf = typename ChainPolicy<List>::Entry;
 template <class List>
 using KeyOf = typename ChainPolicy<List>::Key;
 
-// ---- places
+// ---- positions
 
 enum class End { kHead, kTail };
 
@@ -64,13 +68,13 @@ EntryOf<List> *entry_at(const List &list, End end) {
   return end == End::kHead ? list.head : list.tail;
 }
 
-// The neighbour on the way from an end to the other one.
+// The next entry of a walk that began at `start`.
 template <class Entry>
 Entry *next_from(const Entry &entry, End start) {
   return start == End::kHead ? entry.next : entry.prev;
 }
 
-// Where an entry can be linked: between two neighbours, either of which may be missing.
+// A place for a new entry: between two neighbours, either of which may be null.
 template <class Entry>
 struct Gap {
   Entry *before;
@@ -83,7 +87,7 @@ Gap<EntryOf<List>> gap_at(const List &list, End end) {
   return {list.tail, nullptr};
 }
 
-// Beside nothing is outside of all.
+// The gap before a null position is at the head, the gap after it at the tail.
 template <class List>
 Gap<EntryOf<List>> gap_before(const List &list, EntryOf<List> *position) {
   if (position == nullptr) return gap_at(list, End::kHead);
@@ -112,7 +116,7 @@ void unlink(List &list, const EntryOf<List> &entry) {
   (entry.next != nullptr ? entry.next->prev : list.tail) = entry.prev;
 }
 
-// Calls `visit` with every entry, which it may release.
+// Calls `visit` with every entry. `visit` may release the entry.
 template <class List, class Visit>
 void for_each(const List &list, Visit visit) {
   EntryOf<List> *entry = list.head;
@@ -139,7 +143,7 @@ EntryOf<List> *take_entry(List &list) {
   return entry;
 }
 
-// An entry with its key, not yet linked; nullptr when memory runs out.
+// Returns a new entry with its key, not yet linked; nullptr if memory runs out.
 template <class List>
 EntryOf<List> *take_entry_with(List &list, KeyOf<List> key) {
   EntryOf<List> *entry = take_entry(list);
@@ -162,8 +166,8 @@ EntryOf<List> *add(List &list, Gap<EntryOf<List>> gap, KeyOf<List> key, uint64_t
   return entry;
 }
 
-// The entry is added even when there is no block for it. The initialiser finds the list as it was, but for
-// the key bytes.
+// Adds an entry with a new block of the value pool, and returns the block; without one, the value is 0.
+// `init` runs before the entry is linked, but after its key was stored.
 template <class List>
 uint64_t add_new(List &list, End end, KeyOf<List> key, mub_init_fn init) {
   EntryOf<List> *entry = take_entry_with(list, key);
@@ -173,7 +177,7 @@ uint64_t add_new(List &list, End end, KeyOf<List> key, mub_init_fn init) {
   return value;
 }
 
-// Takes a linked entry, of whose key nothing is left, off the list.
+// Unlinks an entry whose key was removed, and returns its block.
 template <class List>
 void drop(List &list, EntryOf<List> &entry) {
   unlink(list, entry);
@@ -181,7 +185,7 @@ void drop(List &list, EntryOf<List> &entry) {
   pool::give(list.entry_pool, &entry);
 }
 
-// Undoes the latest additions at an end, down to `count` entries.
+// Undoes the last additions at an end until `count` entries are left.
 template <class List>
 void retract(List &list, End end, int64_t count) {
   while (list.count > count) {
@@ -191,8 +195,8 @@ void retract(List &list, End end, int64_t count) {
   }
 }
 
-// Adds copies of another list's entries, in their order; all or none. The list may be its own source, whose
-// entries are then those that it has at the start.
+// Adds copies of the entries of another list, in their order: all of them, or none if memory runs out.
+// `source` may be `list` itself: the entries that it has at the start are added.
 template <class List>
 void add_list(List &list, const List &source, End end) {
   const int64_t old_count = list.count;
@@ -213,7 +217,7 @@ uint64_t value_or_0(const Entry *entry) {
   return entry != nullptr ? entry->value : 0;
 }
 
-// The entry at a position, which moves on; nullptr stays.
+// Returns the entry at a position, and moves the position to the next one. A null position stays.
 template <class Entry>
 Entry *step(Entry *&position, End start) {
   Entry *entry = position;
@@ -230,7 +234,7 @@ uint64_t remove(List &list, EntryOf<List> *entry) {
   return value;
 }
 
-// Unlike those at the ends, a removal at a position clears the value in the block.
+// Also clears the value in the block, which remove() leaves as it is.
 template <class List>
 uint64_t remove_at(List &list, EntryOf<List> *position) {
   if (position == nullptr || list.head == nullptr) return 0;
@@ -274,7 +278,7 @@ void term(List &list) {
   forget_entries(list);
 }
 
-// The blocks of an owned value pool stay.
+// Does not empty an owned value pool.
 template <class List>
 void remove_all(List &list) {
   return_entries_to_caller(list);
@@ -283,7 +287,7 @@ void remove_all(List &list) {
   forget_entries(list);
 }
 
-// They go too.
+// Empties an owned value pool, too.
 template <class List>
 void remove_all_with_values(List &list) {
   remove_all(list);
@@ -308,7 +312,7 @@ void free_all(List &list, mub_free_fn release_it) {
 
 // ---- copies
 
-// In an owned pool, an entry that is no block of the pool has no copy, and is left out.
+// If the entry pool was copied as a whole, entries that are not blocks of it have no copy, and are omitted.
 template <class List>
 bool copy_entries(const List &source, List &copy, BlockCopies &entries) {
   for (const EntryOf<List> *entry = source.head; entry != nullptr; entry = entry->next) {
@@ -323,7 +327,7 @@ bool copy_entries(const List &source, List &copy, BlockCopies &entries) {
   return true;
 }
 
-// False when memory runs out; what is in the copy then is for the caller to remove.
+// False if memory runs out; the caller then empties the copy.
 template <class List>
 bool copy_content(const List &source, List &copy, CloneCallback &callback) {
   share_callers_pools(source, copy, callback);
@@ -331,7 +335,7 @@ bool copy_content(const List &source, List &copy, CloneCallback &callback) {
   if (!ChainPolicy<List>::clone_keys(source, copy) || !pools.clone(source, copy, callback)) return false;
   if (!copy_entries(source, copy, pools.entries)) return false;
   if (source.owns_value_pool == 0) return true;
-  // Only when nothing can fail any more, so that the callback sees all entries or none.
+  // Last, when nothing can fail: the callback is called for all entries or for none.
   for_each(copy, [&](EntryOf<List> &entry) {
     const uint64_t source_value = entry.value;
     entry.value = pools.values.translate(source_value);

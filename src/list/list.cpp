@@ -1,4 +1,4 @@
-// mub_list: entries with byte-string keys, whose bytes are kept in a stream.
+// mub_list: linked_chain.h with byte-string keys.
 #include <algorithm>
 #include <utility>
 
@@ -160,7 +160,7 @@ void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length) {
 
 void mub_list_from_string(mub_list *list, int separator, const char *text, int64_t length) {
   const int64_t text_length = measured(text, length);
-  // The text may be the list's own keys, which the first growth would release.
+  // The text may be part of the list's own key stream, whose block the first growth releases.
   const PinnedBytes pinned = buffer::pinned(list->keys, text, text_length);
   if (pinned.failed()) return;
   const int64_t old_count = list->count;

@@ -1,4 +1,4 @@
-// mub_lists: bare values, one an entry.
+// mub_lists: linked_chain.h with one value per entry and no keys.
 #include <utility>
 
 #include "list/linked_chain.h"

@@ -1,4 +1,4 @@
-// mub_listx: an unrolled list, whose entries are blocks of up to 32 values.
+// mub_listx: an unrolled list. The entries of linked_chain.h are blocks of up to 32 values.
 #include <algorithm>
 #include <utility>
 
@@ -9,7 +9,7 @@ namespace {
 
 constexpr int64_t kSlots = sizeof mub_listx_block{}.values / sizeof(uint64_t);
 
-// The values that a block holds, whatever it states.
+// The number of values in a block, even if the caller has stored a count that is out of range.
 int64_t held(const mub_listx_block &block) { return std::clamp<int64_t>(block.count, 0, kSlots); }
 
 }  // namespace
@@ -27,8 +27,7 @@ namespace {
 
 using chain::End;
 
-// The block at an end where a value more has room: the one that is linked there, or a new one, not yet
-// linked.
+// Returns a block with room for one more value: the one at the end of the list, or a new one, not yet linked.
 template <End kEnd>
 mub_listx_block *block_with_room(mub_listx &list) {
   mub_listx_block *block = chain::entry_at(list, kEnd);
@@ -57,8 +56,8 @@ mub_listx *add(mub_listx &list, uint64_t value) {
   return &list;
 }
 
-// The initialiser finds the list as it was. It must not change it; should it have, the block may be full or
-// gone.
+// `init` runs before the value is added. It must not change the list. In case it did, look again: the block
+// may be full or released.
 template <End kEnd>
 uint64_t add_new(mub_listx &list, mub_init_fn init) {
   mub_listx_block *block = block_with_room<kEnd>(list);

@@ -1,4 +1,4 @@
-// mub_bitree: the branches of an entry are its left child, its right child and its next equal.
+// mub_bitree: linked_tree.h with three branches: the left child, the right child and the next equal.
 #include "base/prefetch.h"
 #include "tree/linked_tree.h"
 
@@ -41,7 +41,7 @@ struct Sides {
     if (heads_a_chain) set_parents(entry.equal, entry.parent);
   }
 
-  // The copy keeps its entry pool, if it has one.
+  // Unlike in other containers, the copy keeps an entry pool that it has.
   static void share_pools(const Tree &source, Tree &copy, CloneCallback &callback) {
     const bool shares_entries = source.owns_entry_pool == 0 && copy.entry_pool == nullptr;
     if (shares_entries) share_pool(source.entry_pool, entry_pool_of(copy), callback);
@@ -51,7 +51,7 @@ struct Sides {
  private:
   static Entry *after_left(const Entry &entry) { return entry.right != nullptr ? entry.right : entry.equal; }
 
-  // Of an entry and the equals after it.
+  // Sets the parents of an entry and of the equals after it.
   static void set_parents(Entry *first, Entry *parent) {
     for (Entry *entry = first; entry != nullptr; entry = entry->equal) entry->parent = parent;
   }

@@ -1,32 +1,38 @@
-// What the two kinds of trees share: one walk, and what is made of it, releasing and copying.
+// The engine of the trees: a walk over all entries below one, and what is built on it, releasing and copying.
+// What hangs below an entry are its branches: the children on its ring in mub_tree; its left child, its right
+// child and its next equal in mub_bitree.
 //
 //   entry ──first──► branch ──next──► branch ──next──► branch
 //     ▲                │ parent         │ parent         │ parent
 //     └────────────────┴────────────────┴────────────────┘
 //
-// The branches are the children of its ring; or its left child, its right child and its next equal.
-//
-// Nothing recurses: the way back of the walk is kept in the `parent` of each entry on the way down. There
-// the parent is anyway, but for an equal, whose way back is the equal before it; when the head of a chain is
-// left, all of it gets the right parent again.
+// The walk does not recurse: on its way down it stores in `parent` of each entry where it came from. For all
+// but equals that is the parent already. An equal gets the equal before it; when the walk leaves the head of
+// a chain, it restores the parents of the whole chain.
 //
 // Invariants:
-//   1. The root lies in the tree's record and has no parent.
-//   2. Every other entry is the branch of one entry, which is its parent; the parent of an equal is that of
-//      its chain's head. Only equals may lack theirs: the walk does without.
-//   3. A ring is closed in both directions, and its parent's `first_child` is on it.
-//   4. What is released with a tree is blocks of its entry pool.
+//   1. The root lies in the tree's record, and its parent is null.
+//   2. Every other entry is a branch of exactly one entry, which is its parent; there are no cycles. The
+//      parent of an equal is that of the head of its chain.
+//   3. The ring of an entry is closed in both directions, and `first_child` is on it (mub_tree).
+// They hold as long as the caller adds only entries that are not linked yet, in a mub_bitree in places that
+// are free, and unlinks entries before it returns or swaps them. If equals were added to an entry before it
+// was linked itself, their parent is null until mub_bitree_set_parent() or a walk sets it; walks do not
+// depend on it. `count` is the number of links made less those undone, and says nothing about the entries.
+// Entries need not be blocks of the entry pool unless a function returns them to it.
 //
-// A kind of tree takes part with a policy:
-//   Tree, Entry                            the records
-//   first_branch(entry)                    nullptr when nothing hangs on it
-//   next_branch(above, branch)             the one after a branch, nullptr after the last
-//   copy_branches(entry, copy_of)          puts what copy_of(branch) returns, if anything, in the place of
-//                                          each branch
-//   detach(entry)                          clears the links to what is above and beside
-//   set_parent(entry)                      corrects what depends on an entry that has moved
-//   restore_parents(entry, above)          an entry is left: undoes what the walk did to parents; the top
-//                                          has no `above`
+// Threads: searches and steps that take const entries write nothing, so readers may run in parallel. A walk
+// writes to `parent` even if it keeps the entries: a clone walks the copy and only reads the source.
+//
+// The policy is the template argument Kind. It provides
+//   Tree, Entry                            the public structs
+//   first_branch(entry)                    returns the first branch; nullptr if there is none
+//   next_branch(above, branch)             returns the branch after another one; nullptr after the last
+//   copy_branches(entry, copy_of)          replaces every branch by copy_of(branch); null omits it
+//   detach(entry)                          clears the links to the parent and to siblings
+//   set_parent(entry)                      updates the links to an entry whose fields have moved
+//   restore_parents(entry, above)          called when a walk leaves an entry: restores the parents that it
+//                                          changed; `above` is null for the top
 //   share_pools(source, copy, callback)    makes a clone share the pools that its source does not own
 #ifndef MUB_TREE_LINKED_TREE_H
 #define MUB_TREE_LINKED_TREE_H
@@ -46,8 +52,8 @@ using EntryOf = typename Kind::Entry;
 template <class Kind>
 using TreeOf = typename Kind::Tree;
 
-// Calls enter(entry) before, and leave(entry, above) after, all that hangs on the entry. Entering may
-// replace the branches, leaving may release the entry.
+// Calls enter(entry) before and leave(entry, above) after the entries below it. `enter` may replace the
+// branches, `leave` may release the entry.
 template <class Kind, class Enter, class Leave>
 void walk(EntryOf<Kind> &top, Enter enter, Leave leave) {
   EntryOf<Kind> *entry = &top;
@@ -69,13 +75,13 @@ void walk(EntryOf<Kind> &top, Enter enter, Leave leave) {
   leave(top, nullptr);
 }
 
-// For walks that keep the entries.
+// A walk that keeps the entries.
 template <class Kind, class Enter>
 void walk(EntryOf<Kind> &top, Enter enter) {
   walk<Kind>(top, enter, Kind::restore_parents);
 }
 
-// For those that do not.
+// A walk from below, which may release the entries.
 template <class Kind, class Leave>
 void walk_upward(EntryOf<Kind> &top, Leave leave) {
   walk<Kind>(
@@ -103,7 +109,8 @@ void return_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top) {
                     [&](EntryOf<Kind> &entry, const EntryOf<Kind> *) { return_entry<Kind>(tree, entry); });
 }
 
-// Entries of an owned pool, which go with the whole pool, stay as they are, and so do those of no pool.
+// Releases the values of all entries from `top` down. The entries are returned to a caller's pool; without a
+// pool, or with an owned one, they stay linked.
 template <class Kind>
 void free_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_it) {
   const bool returns_entries = entry_pool_of(tree).is_callers();
@@ -144,7 +151,7 @@ void remove_all(TreeOf<Kind> &tree) {
 template <class Kind>
 void term(TreeOf<Kind> &tree) {
   remove_all<Kind>(tree);
-  uint16_t owns_entries = tree.owns_entry_pool;  // the tree's own flags stay
+  uint16_t owns_entries = tree.owns_entry_pool;  // copies, as the flags of the tree must not change
   uint16_t owns_values = tree.owns_value_pool;
   PoolField{tree.entry_pool, owns_entries}.destroy();
   PoolField{tree.value_pool, owns_values}.destroy();
@@ -154,21 +161,21 @@ template <class Kind>
 void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
   if (frees_one_by_one(tree, release_it)) {
     free_entries<Kind>(tree, tree.root, release_it);
-    tree.root = {};  // what hung on it is gone
+    tree.root = {};  // its branches were returned
   }
   remove_all<Kind>(tree);
 }
 
 // ---- copies
 
-// Copies what hangs on an entry. A copy first has the branches of its source; when the walk enters it, they
-// give way to copies of their own, which are entered in their turn.
+// Copies entries with all below them. A copied entry first refers to the branches of its source. When the
+// walk enters the copy, it replaces these by copies, which it then enters.
 template <class Kind>
 class Copying {
  public:
   explicit Copying(TreeOf<Kind> &copy) : copy_(copy) {}
 
-  // False when memory runs out; what is in the copy then is for the caller to remove.
+  // False if memory runs out; the caller then empties the copy.
   bool clone(const TreeOf<Kind> &source, CloneCallback &callback) {
     Kind::share_pools(source, copy_, callback);
     if (!pools_.clone(source, copy_, callback)) return false;
@@ -179,7 +186,7 @@ class Copying {
     return true;
   }
 
-  // A copy that nothing links to; nullptr when memory runs out.
+  // Returns a copy of an entry and all below it, not linked; nullptr if memory runs out.
   EntryOf<Kind> *clone(const EntryOf<Kind> &source) {
     pools_.entries.take_from(copy_.entry_pool);
     EntryOf<Kind> *top = pools_.entries.copy_of(source);
@@ -201,7 +208,7 @@ class Copying {
     return !failed_;
   }
 
-  // Once memory has run out there are no more copies, and the walk comes to its end on those that there are.
+  // After memory ran out, nothing more is copied, and the walk ends with the copies made so far.
   EntryOf<Kind> *copy_of(const EntryOf<Kind> &source) {
     if (pools_.entries.is_whole()) return pools_.entries.copy_of(source);
     EntryOf<Kind> *copy = failed_ ? nullptr : pools_.entries.copy_of(source);
@@ -210,7 +217,7 @@ class Copying {
     return copy;
   }
 
-  // Only when nothing can fail any more, so that the callback sees all entries or none.
+  // Last, when nothing can fail: the callback is called for all entries or for none.
   void translate_values(const CloneCallback &callback) {
     walk<Kind>(copy_.root, [&](EntryOf<Kind> &entry) {
       const uint64_t source_value = entry.value;

@@ -1,4 +1,9 @@
-// The links of the general tree: the children of an entry are a ring. linked_tree.h states what always holds.
+// The links of mub_tree: the children of an entry form a ring, so that one field leads to the first and the
+// last child. Part of the engine in linked_tree.h, where its invariants are.
+//
+//   parent ──first_child──► a ⇄ b ⇄ c ⇄ (a)      prev of the first child is the last
+//
+// Threads: only the linking functions write; steps and orders may run in parallel.
 #ifndef MUB_TREE_RINGS_H
 #define MUB_TREE_RINGS_H
 
@@ -13,7 +18,7 @@ using Entry = mub_tree_entry;
 
 // ---- linking
 
-// Between two neighbours, which are the same when they are all that is on the ring.
+// Links an entry between two neighbours, which are the same entry in a ring of one.
 inline void link_between(Entry &before, Entry &entry, Entry &after) {
   entry.prev = &before;
   entry.next = &after;
@@ -69,12 +74,12 @@ void for_each_child(const Entry &parent, Visit visit) {
   }
 }
 
-// A walk comes to the sibling later, and the entries of a large tree lie all over memory.
+// A walk visits the sibling later, and the entries of a large tree are scattered in memory.
 inline void prefetch_sibling(const Entry &entry) { prefetch(entry.next); }
 
 // ---- document order
 
-// The next entry in document order, past what is below this one.
+// The next entry in document order after this one and all below it; nullptr if there is none below `bound`.
 inline Entry *next_past(const Entry *bound, const Entry &entry) {
   for (const Entry *at = &entry; at != bound && at->parent != nullptr; at = at->parent) {
     if (Entry *next = next_sibling(*at)) return next;
@@ -82,7 +87,7 @@ inline Entry *next_past(const Entry *bound, const Entry &entry) {
   return nullptr;
 }
 
-// The sibling is read for what comes after it, which takes no longer than to fetch it.
+// Reads the sibling, and prefetches the entries that follow it: reading takes no longer than prefetching it.
 inline Entry *next_in_order(const Entry *bound, const Entry &entry) {
   if (const Entry *sibling = entry.next) {
     prefetch(sibling->first_child);
@@ -110,7 +115,8 @@ inline const Entry *ancestor(const Entry &entry, int64_t levels_up) {
   return at;
 }
 
-// By index paths, from the top down; walked upward here, so that the highest level that differs speaks last.
+// Compares the paths of child indexes from the top down. They are walked upwards here: each level that
+// differs overrides those below it.
 inline int64_t document_order(const Entry &a, const Entry &b) {
   int64_t difference = levels(a) - levels(b);
   const Entry *left = ancestor(a, difference);

@@ -1,5 +1,4 @@
-// mub_tree: the branches of an entry are the children on its ring; searches and paths through a caller's
-// comparer.
+// mub_tree: linked_tree.h with rings of children, and searches by a caller's comparer.
 #include <utility>
 
 #include "arrays/byte_keys.h"
@@ -33,7 +32,7 @@ struct Rings {
     entry.first_child = nullptr;
     rings::for_each_child(source, [&](const Entry &child) {
       rings::prefetch_sibling(child);
-      prefetch(child.first_child);  // met when the copy is entered
+      prefetch(child.first_child);  // needed when the walk enters the copy
       Entry *copy = copy_of(child);
       if (copy != nullptr) rings::link_last(entry, *copy);
     });
@@ -45,7 +44,7 @@ struct Rings {
     rings::for_each_child(entry, [&](Entry &child) { child.parent = &entry; });
   }
 
-  // The walk comes back by the parents, as they are.
+  // Nothing to do: the walk stores parents that are there already.
   static void restore_parents(const Entry &, const Entry *) {}
 
   static void share_pools(const Tree &source, Tree &copy, CloneCallback &callback) {
@@ -55,7 +54,7 @@ struct Rings {
 
 // ---- searches
 
-// A caller's comparer, of either kind.
+// A caller's comparer, with or without a context.
 class Comparer {
  public:
   explicit Comparer(mub_tree_compare_fn compare) : plain_(compare) {}
@@ -124,7 +123,7 @@ Entry *append_new(mub_tree &tree, Entry &parent) {
   return entry;
 }
 
-// The entry at the end of a path, made with what is missing on the way; only one at the end gets a value.
+// Returns the entry at the end of a path. Missing entries are added; only the last one gets a value.
 Entry *insert(mub_tree &tree, Entry &start, int64_t depth, const mub_array &path, mub_init_fn init,
               const Comparer &comparer) {
   if (comparer.is_missing() || depth >= slots::used(path)) return nullptr;
@@ -145,8 +144,8 @@ void reverse(mub_arrayt &array, int64_t begin, int64_t end) {
   while (begin < --end) std::swap(words::word(array, begin++), words::word(array, end));
 }
 
-// The indexes are appended from the entry up, and come before the old words, from the top down, by turning
-// all words around and then the old ones again: the array grows as if each index were put before the others.
+// Puts the indexes from the top to the entry before the old words: appends them from the entry up, then
+// reverses all words, then the old ones again. The array grows as if each index were inserted at the front.
 void prepend_path(const Entry &entry, mub_arrayt &array) {
   const int64_t old_count = array.count;
   for (const Entry *at = &entry; at != nullptr; at = at->parent) {
