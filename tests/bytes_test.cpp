@@ -83,6 +83,18 @@ TEST(Mem, DistanceIsThatOfTheLowAddressHalves) {
   munmap(map, kSpan);
 }
 
+TEST(Mem, LongRangesCompareToTheByte) {
+  const std::string equal(1100, 'm');
+  const mub_test::Guarded a(equal, true);
+  for (size_t at = 0; at < equal.size(); at += 7) {
+    std::string other = equal;
+    other[at] = 'z';
+    const mub_test::Guarded b(other, at % 2 != 0);
+    EXPECT_EQ(mub_mem_cmp(a.data(), a.size(), b.data(), b.size()), 'm' - 'z') << at;
+  }
+  EXPECT_EQ(mub_mem_cmp(a.data(), a.size(), equal.data(), a.size()), 0);
+}
+
 TEST(Pool, FindsChunksExactlyButInTheMapByTheLow32Bits) {
   const auto at = [](int64_t address) { return reinterpret_cast<void *>(address); };
   void *chunks[] = {at(0x100001000), at(0x900002000), at(0x100000000)};
