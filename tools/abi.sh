@@ -1,10 +1,10 @@
 # shellcheck shell=bash disable=SC2034,SC2154 # used by the scripts that source this
-# What tools/check_abi and tools/update_abi share; sourced from the project's root after lib.sh.
+# Shared by tools/check_abi and tools/update_abi, which source it from the project's root after lib.sh.
 
 abi_description=abi/libmub.abi
 
-# set_abi_library [LIBRARY]: sets abi_library, and builds it if none is given: with debug information, which tells the
-# types; optimisation makes no difference to them.
+# set_abi_library [LIBRARY]: sets abi_library to LIBRARY. Without one, builds it with debug information, which
+# describes the types; optimisation does not affect them.
 set_abi_library() {
   if [ $# -gt 0 ]; then
     abi_library=$1
@@ -15,9 +15,9 @@ set_abi_library() {
     cmake --build build/abi --parallel "$(nproc)" --target mub >&2
     abi_library=build/abi/libmub.so
   fi
-  # Read to its end: readelf would fail if grep went away before.
+  # Not grep -q: with pipefail, readelf must not fail because grep exits early.
   readelf -SW "$abi_library" | grep '\.debug_info' >/dev/null || {
-    echo "$abi_library has no debug information, and so tells nothing but names: build it with -g" >&2
+    echo "$abi_library has no debug information, so its types cannot be compared: build it with -g" >&2
     exit 2
   }
 }

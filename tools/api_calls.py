@@ -1,23 +1,22 @@
-"""Which functions of the built library may take heap memory: those from which a call of malloc can be reached.
+"""Finds the functions of the built library that may allocate: those from which malloc can be reached.
 
-The call graph is read from the machine code, so it is that of the library as it is: `objdump` names the target of every
-direct call and jump, and every function whose address is taken, which counts as a call too. Not followed are calls
-through pointers, which lead to the caller's callbacks (what these do is theirs to know), and what the C library does
-inside its own functions.
+The call graph is read from the machine code with `objdump`. Its edges are direct calls and jumps, and
+functions whose address is taken. Calls through pointers are not followed, as they lead to the caller's
+callbacks; neither are calls inside the C library.
 """
 
 import re
 import shutil
 import subprocess
 
-ALLOCATORS = {"malloc"}  # check_api sees to it that there are no others
+ALLOCATORS = {"malloc"}  # check_api makes sure that there are no others
 FUNCTION = re.compile(r"^[0-9a-f]+ <(.+)>:$")
 TARGET = re.compile(r"<([^<>+]+)(?:\+0x[0-9a-f]+)?>")
 
 
 def output_of(*command):
     if shutil.which(command[0]) is None:
-        raise RuntimeError(f"{command[0]} is not there, and without it nothing is known of the calls")
+        raise RuntimeError(f"{command[0]} is not installed, so the calls cannot be read")
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
@@ -36,7 +35,7 @@ def calls_in(library):
 
 
 def callers_of(targets, calls):
-    """All from which one of `targets` can be reached."""
+    """All functions from which one of `targets` can be reached."""
     callers = {}
     for caller, called in calls.items():
         for name in called:
@@ -51,8 +50,8 @@ def callers_of(targets, calls):
 
 
 def allocating(library):
-    """The names of all functions in the library that may allocate."""
+    """The names of all functions of the library that may allocate."""
     reached = callers_of(ALLOCATORS, calls_in(library))
     if not reached:
-        raise RuntimeError(f"{library}: nothing allocates, so its machine code was not understood")
+        raise RuntimeError(f"{library}: no function allocates, so its machine code was not understood")
     return reached

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
-"""Writes what bindings and manuals are made of, from the public headers and the built library.
+"""Writes mub-api.json and the manual pages from the public headers and the built library.
 
-    tools/api_export.py read INTERFACE                                       what Doxygen reads in the headers
-    tools/api_export.py probe INTERFACE                                      a C program that prints the records' layout
+    tools/api_export.py read INTERFACE                  the documentation of the headers, as read by Doxygen
+    tools/api_export.py probe INTERFACE                 a C program that prints the layout of the records
     tools/api_export.py json INTERFACE --library LIB --layout FILE OUTPUT    mub-api.json
-    tools/api_export.py man MUB_API_JSON DIRECTORY                           the manual pages, in man3/ and man7/
-    tools/api_export.py check [--library LIB]                                reports what the tags leave open
+    tools/api_export.py man MUB_API_JSON DIRECTORY      the manual pages, in man3/ and man7/
+    tools/api_export.py check [--library LIB]           reports missing and wrong tags
 
-`--root DIR` reads the headers of another tree. A fault is one line; the result is then 1, and nothing is written.
+`--root DIR` reads the headers of another tree. Each error is printed on one line. If there is one, the exit
+status is 1 and nothing is written.
 """
 
 import argparse
@@ -31,7 +32,7 @@ def write_json(value, path):
 
 
 def probe_text(interface):
-    """Prints one line a record, "name size alignment", and one a field, "name.field offset size"."""
+    """A C program that prints "name size alignment" for each record, "name.field offset size" for each field."""
     lines = ["#include <stddef.h>", "#include <stdio.h>", '#include "mub.h"', "", "int main(void) {"]
     for record in interface["records"]:
         name = record["name"]
@@ -43,7 +44,7 @@ def probe_text(interface):
 
 
 def layout_of(path):
-    """{name: (size, alignment)} and {name.field: (offset, size)} of what the probe printed."""
+    """{name: (size, alignment)} and {name.field: (offset, size)}, from the output of the probe."""
     lines = (line.split() for line in Path(path).read_text().splitlines())
     return {name: (int(first), int(second)) for name, first, second in lines}
 
@@ -55,7 +56,7 @@ def add_layout(record, layout):
 
 
 def public(value):
-    """`value` without what the reader keeps for the checks."""
+    """`value` without the keys that are only for the checks, which begin with an underscore."""
     if isinstance(value, dict):
         return {key: public(part) for key, part in value.items() if not key.startswith("_")}
     return [public(part) for part in value] if isinstance(value, list) else value
@@ -69,7 +70,7 @@ def interface_json(interface, root, layout):
 
 
 def checked(interface, library):
-    """Adds what the machine code says, and prints the faults; whether there is none."""
+    """Adds `may_allocate` from the machine code and prints the errors; true if there are none."""
     api_reader.add_allocations(interface, api_calls.allocating(library) if library else ())
     found = list(api_reader.faults(interface))
     print("".join(f"{fault}\n" for fault in found), end="")

@@ -1,4 +1,4 @@
-"""Manual pages of the model: one of section 3 for each function, one of section 7 for each module."""
+"""Writes the manual pages from mub-api.json: section 3 for the functions, section 7 for the modules."""
 
 import os
 import re
@@ -10,13 +10,13 @@ WIDTH = 78
 
 def escaped(text):
     text = text.replace("\\", "\\e").replace("-", "\\-").replace("'", "\\(aq")
-    # Typewriter words are bold: names, values, what is typed.
+    # Code (names, values, input) is bold.
     text = re.sub(r"`([^`]*)`", r"\\fB\1\\fR", text)
     return re.sub(r"(?<![\w\\])(mub_\w+)", r"\\fB\1\\fR", text).replace("\\fB\\fB", "\\fB").replace("\\fR\\fR", "\\fR")
 
 
 def filled(text):
-    """`text` as lines that no macro is taken for."""
+    """`text` as lines, none of which starts like a macro."""
     lines = textwrap.wrap(escaped(text), WIDTH, break_long_words=False, break_on_hyphens=False)
     return [f"\\&{line}" if line.startswith((".", "\\(aq")) else line for line in lines]
 
@@ -40,13 +40,13 @@ def head(name, number, api):
 
 
 def made_on():
-    """The day of the build; that of the sources where a build is to be repeatable."""
+    """The date of the build, or SOURCE_DATE_EPOCH for reproducible builds."""
     seconds = float(os.environ.get("SOURCE_DATE_EPOCH", time.time()))
     return time.strftime("%Y-%m-%d", time.gmtime(seconds))
 
 
 def declared(declaration):
-    """A declaration as lines of a synopsis, its parameters below each other where one line cannot hold them."""
+    """A declaration as lines of a synopsis, with one parameter per line if it is too long for one line."""
     if len(declaration) <= WIDTH:
         return [f".B {quoted(declaration)}"]
     opening, _, parameters = declaration.partition("(")
@@ -73,7 +73,7 @@ def failure_text(failure):
 
 
 def neighbours(function, functions):
-    """What one reads next: the functions that its text names, and those declared around it."""
+    """For SEE ALSO: the functions that the text mentions, and those declared next to it."""
     known = {other["name"] for other in functions} - {function["name"]}
     texts = [value for value in function.values() if isinstance(value, str)]
     named = [name for name in re.findall(r"\b(mub_\w+)\(\)", " ".join(texts)) if name in known]
@@ -85,7 +85,7 @@ def neighbours(function, functions):
 def memory_of(function):
     memory = "May allocate memory." if function["may_allocate"] else "Allocates no memory."
     if any(parameter["type"].endswith("_fn") for parameter in function["parameters"]):
-        memory += " What the callback does is not counted."
+        memory += " Allocations by the callback are not counted."
     return memory
 
 
@@ -120,7 +120,7 @@ def function_page(function, api):
 
 
 def sentence(text):
-    """`text` as a sentence; names and values at its beginning stay as they are."""
+    """`text` as a sentence. A name or value at its beginning is not capitalised."""
     if not text:
         return ""
     first = text if re.match(r"mub_|`|NULL|[a-z]+_|O\(", text) else text[:1].upper() + text[1:]
@@ -128,7 +128,7 @@ def sentence(text):
 
 
 def plain(summary):
-    """A summary as the description of a NAME line."""
+    """A summary in the form of a NAME line: not capitalised, without a full stop."""
     text = summary.rstrip(".")
     return text if re.match(r"[A-Z]{2}|mub_", text) else text[:1].lower() + text[1:]
 
@@ -141,10 +141,10 @@ def record_section(record):
 
 
 def results(rows):
-    """The table of results, for tbl."""
+    """The table of results, as input for tbl."""
     if not rows:
         return []
-    # The names are as wide as they are; what they return shares the rest, too narrow to be adjusted to both sides.
+    # The other columns share the width that the names leave. They are too narrow for justified text.
     block = lambda text: f"T{{\n.ad l\n{chr(10).join(filled(text)) or chr(92) + '&'}\nT}}"
     lines = ["\t".join([escaped(name), *map(block, texts)]) for name, *texts in rows]
     formats = ["lb " * len(rows[0]), "l " + "lx " * (len(rows[0]) - 1) + "."]

@@ -1,11 +1,10 @@
-"""The interface as its headers document it, from Doxygen's XML (api/Doxyfile).
+"""Reads the interface and its documentation from Doxygen's XML (api/Doxyfile).
 
-    interface = read(root, strict=True)    # what mub-api.json has, without what the built library shows
+    interface = read(root, strict=True)    # the content of mub-api.json, without layouts and allocations
     add_allocations(interface, names)      # the functions that may allocate
-    faults(interface)                      # what the tags leave open, one line each
+    faults(interface)                      # missing and wrong tags, one line each
 
-With `strict`, a tag that Doxygen does not know, or a name without documentation, is a RuntimeError with Doxygen's
-messages.
+With `strict`, an unknown tag or a name without documentation raises a RuntimeError with Doxygen's messages.
 """
 
 import os
@@ -21,21 +20,21 @@ TAGS = {"Failure": "failure", "Ownership": "ownership", "Invalidates": "invalida
         "Threads": "threads", "Array bounds": "bounds", "May be NULL": "nullable", "Level": "level"}
 LEVELS = {"": "everyday", "low": "low"}
 FAILURE = re.compile(r"(none|0\.0|0|NULL|-1)(?:$|[;,]? +(.*))", re.DOTALL)
-# Which results can have which failure values.
+# The failure values that each kind of result can have.
 FAILURE_VALUES = {"pointer": {"none", "NULL"}, "float": {"none", "0.0"}, "integer": {"none", "0", "-1"}}
 BOUND = re.compile(r"(\w+)\[(\w+)\]")
 
 
 def doxygen(root, output, strict):
     if shutil.which("doxygen") is None:
-        raise RuntimeError("doxygen is not there, and without it the headers are not read")
+        raise RuntimeError("doxygen is not installed, so the headers cannot be read")
     settings = {**os.environ, "MUB_ROOT": str(root), "MUB_XML": str(output),
                 "MUB_WARN_AS_ERROR": "FAIL_ON_WARNINGS" if strict else "NO"}
     result = subprocess.run(["doxygen", "api/Doxyfile"], cwd=Path(__file__).resolve().parent.parent, env=settings,
                             capture_output=True, text=True)
     if result.returncode != 0 or (strict and result.stderr):
         lines = result.stderr.strip().replace(f"{root}/", "").splitlines()
-        raise RuntimeError("\n".join(dict.fromkeys(lines)))  # it says most things twice
+        raise RuntimeError("\n".join(dict.fromkeys(lines)))  # Doxygen repeats most messages
     return output / "xml"
 
 
@@ -46,7 +45,7 @@ def spaced(text):
 
 
 def text_of(element, leave_out=("parameterlist", "simplesect", "verbatim", "table", "itemizedlist")):
-    """Running text, code between backquotes, without the parts that have a place of their own."""
+    """The text of an element, with code in backquotes; parts that are read separately are left out."""
     if element is None:
         return ""
     parts = [element.text or ""]
@@ -102,7 +101,7 @@ def result_of(member, kind):
 
 
 def failure_of(text, kind):
-    """`@failure VALUE; when` of a function with a result, `@failure what happens` of one without."""
+    """Parses `@failure VALUE; when`, or `@failure what happens` for a function without a result."""
     match = FAILURE.match(text) if kind != "void" else None
     value, doc = match.groups() if match else ("none", text)
     return {"value": value, "doc": doc or ""}
@@ -114,7 +113,7 @@ def common_part(member, kind, declared):
                   "description": " ".join(paragraphs_of(member)),
                   "parameters": list(parameters_of(declared, documented, tags)),
                   "returns": result_of(member, kind),
-                  # What the comment names, to be held against what is there; not part of the interface.
+                  # For the checks only: what the comment says, compared with the declaration.
                   "_tags": tags, "_documented": list(documented)}
 
 
@@ -168,7 +167,7 @@ def object_of(member):
 # ---- modules ----
 
 def table_of(group):
-    """The table of results at a header's head: its rows, the first of them the titles."""
+    """The rows of the table of results at the head of a header; the first row has the titles."""
     return [[text_of(entry) for entry in row.findall("entry")] for row in group.findall("detaileddescription//row")]
 
 
@@ -179,7 +178,7 @@ def group_text(group):
 
 
 def module_of(group, parent, header):
-    """A group of functions, with what the head of its header says of all groups there."""
+    """A module, with the documentation that the head of its header has for all modules in it."""
     name, title = group.findtext("compoundname"), group.findtext("title").partition(": ")[2]
     texts, around = group_text(group), group_text(parent) if parent is not None else []
     return {"name": name, "header": header, "title": title, "summary": texts[0],
@@ -188,7 +187,7 @@ def module_of(group, parent, header):
 
 
 def groups_of(xml):
-    """{name: group}, and {name: the group around it}."""
+    """{name: group}, and {name: its parent group}."""
     groups = [ElementTree.parse(path).getroot().find("compounddef") for path in sorted(xml.glob("group__*.xml"))]
     by_id = {group.get("id"): group for group in groups}
     parents = {by_id[inner.get("refid")].findtext("compoundname"): group
@@ -224,7 +223,7 @@ def interface_of(xml):
 
 
 def in_order(interface):
-    """Everything as it stands in the headers, one header after another."""
+    """Sorts everything by header, in the order of declaration."""
     place = {function["name"]: (function["header"], function["line"]) for function in interface["functions"]}
     interface["functions"].sort(key=lambda function: place[function["name"]])
     interface["records"].sort(key=lambda record: record["_place"])
@@ -249,7 +248,7 @@ def faults(interface):
 
 
 def parts_faults(found):
-    """What callbacks and functions have in common."""
+    """The checks that callbacks and functions share."""
     if not found["summary"]:
         yield "not documented"
     types = {parameter["name"]: parameter["type"] for parameter in found["parameters"]}
@@ -259,28 +258,28 @@ def parts_faults(found):
         if parameter["name"] == "...":
             continue
         if parameter["direction"] != "in" and not parameter["type"].endswith("*"):
-            yield f"@param {parameter['name']}: {parameter['direction']}, but no pointer"
+            yield f"@param {parameter['name']}: {parameter['direction']}, but not a pointer"
         if parameter["direction"] != "in" and re.fullmatch(r"const [^*]*\*", parameter["type"]):
             yield f"@param {parameter['name']}: {parameter['direction']}, but const"
     for name in found["_documented"]:
         if name not in types:
             yield f"@param {name}: no such parameter"
     if bool(found["returns"]["doc"]) != (found["returns"]["type"] != "void"):
-        yield "@return is missing, or there is no result"
+        yield "@return is missing, or the function returns void"
     yield from bounds_faults(found["_tags"]["bounds"], types)
     for name in filter(None, re.split(r",\s*", found["_tags"]["nullable"])):
         if not types.get(name, "").endswith(("*", "_fn")):
-            yield f"@nullable {name}: no pointer of that name"
+            yield f"@nullable {name}: no pointer parameter of that name"
 
 
 def bounds_faults(text, types):
     if text and not re.fullmatch(r"\w+\[\w+\](, \w+\[\w+\])*", text):
-        yield f"@bounds {text}: not as NAME[LENGTH], …"
+        yield f"@bounds {text}: not of the form NAME[LENGTH], …"
     for name, length in BOUND.findall(text):
         if not types.get(name, "").endswith("*"):
-            yield f"@bounds {name}: no pointer of that name"
+            yield f"@bounds {name}: no pointer parameter of that name"
         if not length.isdigit() and not re.fullmatch(r"u?int(\d+_t)?( \*)?", types.get(length, "")):
-            yield f"@bounds {name}: no length {length}"
+            yield f"@bounds {name}: {length} is not a length"
 
 
 def function_faults(function, records):
@@ -291,9 +290,9 @@ def function_faults(function, records):
         number = "float" if kind in ("float", "double") else "integer"
         allowed = FAILURE_VALUES["pointer" if kind.endswith("*") else number]
         if not FAILURE.match(tags["failure"]):
-            yield f"@failure {tags['failure']}: does not begin with a value, or none"
+            yield f"@failure {tags['failure']}: must begin with a value or with 'none'"
         elif function["failure"]["value"] not in allowed:
-            yield f"@failure {function['failure']['value']}: no value of {kind}"
+            yield f"@failure {function['failure']['value']}: not a value of {kind}"
     if function["may_allocate"] and not tags["failure"]:
         yield "may allocate, but has no @failure"
     if kind.endswith("*") and not tags["ownership"]:

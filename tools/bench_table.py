@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Joins benchmark results into rows of ratios.
+"""Compares benchmark results and prints the ratios.
 
-    tools/bench_table.py [--csv FILE] RESULT.json…     results of --benchmark_format=json
-    tools/bench_table.py --names LIST…                 output of --benchmark_list_tests: checks the names alone
+    tools/bench_table.py [--csv FILE] RESULT.json…     output of --benchmark_format=json
+    tools/bench_table.py --names LIST…                 output of --benchmark_list_tests: only checks the names
 
-Benchmarks are named WORKLOAD/WHO/N, where WHO is "mub" or the peer. Each workload and N is joined with its peers:
-ratio = peer / mub, so that above 1 the library is faster, or needs less memory. Of the repetitions, the median
-counts; "spread" is the larger of the two sides' (maximum - minimum) / median, and says what a ratio is worth.
+Benchmarks are named WORKLOAD/WHO/N, where WHO is "mub" or a peer. For each workload, N and peer there is a
+ratio peer / mub: above 1, libmub is faster, or needs less memory. Values are medians of the repetitions.
+"spread" is (maximum - minimum) / median, the larger of the two sides, and shows how far to trust a ratio.
 """
 
 import argparse
@@ -33,7 +33,7 @@ class Name(NamedTuple):
 
 
 def parsed(family, text):
-    """(Name, who) of a benchmark's name; None when it is not WORKLOAD/WHO or WORKLOAD/WHO/N."""
+    """(Name, who) of a benchmark, or None if its name is not WORKLOAD/WHO or WORKLOAD/WHO/N."""
     parts = APPENDED.sub("", text).split("/")
     if len(parts) < 2 or not all(parts):
         return None
@@ -53,18 +53,18 @@ def name_faults(paths):
                 continue
             name, who = parsed(family_of(path), line)
             if who in sides[name]:
-                yield f"{family_of(path)}: {line}: there twice"
+                yield f"{family_of(path)}: {line}: listed twice"
             sides[name].add(who)
         if not sides:
-            yield f"{family_of(path)}: no benchmark"
+            yield f"{family_of(path)}: no benchmarks"
         for name, who in sides.items():
             if OURS not in who:
-                yield f"{family_of(path)}: {name.workload}/{name.n}: {', '.join(sorted(who))}, but not {OURS}"
+                yield f"{family_of(path)}: {name.workload}/{name.n}: {', '.join(sorted(who))}, but no {OURS}"
 
 
 def nanoseconds(run):
-    """Time of one item where the benchmark counts items, else of one iteration."""
-    # A benchmark that asks for wall or manual time means that, all others the processor's.
+    """The time per item if the benchmark counts items, otherwise per iteration."""
+    # Processor time, except for benchmarks that ask for wall or manual time.
     wall = re.search(r"/(manual|real)_time(/|$)", run["run_name"])
     unit = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[run["time_unit"]]
     if run.get("items_per_second"):
@@ -73,7 +73,7 @@ def nanoseconds(run):
 
 
 def samples_of(paths):
-    """{Name: {measure: {who: [value of each repetition]}}}, in the order in which the benchmarks are registered."""
+    """{Name: {measure: {who: [value of each repetition]}}}, in the order of registration."""
     samples = defaultdict(lambda: defaultdict(lambda: defaultdict(list)))
     for path in paths:
         runs = json.loads(Path(path).read_text())["benchmarks"]
@@ -110,7 +110,7 @@ def rows_of(samples):
 
 
 def ratio_text(ratio):
-    """Two decimals, more for what would be hardly anything then: the means are made of these."""
+    """Two decimals, or two significant digits below 0.1: the means are computed from this text."""
     return f"{ratio:.2f}" if ratio >= 0.1 else f"{ratio:.2g}"
 
 
@@ -143,11 +143,11 @@ def main():
     arguments = parser.parse_args()
     if arguments.names:
         faults = list(name_faults(arguments.paths))
-        print("\n".join(faults) or f"the names of {len(arguments.paths)} benchmark programs are well formed")
+        print("\n".join(faults) or f"the names in {len(arguments.paths)} benchmark programs are well formed")
         return 1 if faults else 0
     rows = list(rows_of(samples_of(arguments.paths)))
     if not rows:
-        sys.exit("no workload has both sides")
+        sys.exit("no workload has results of both mub and a peer")
     print_table(rows)
     print_summary(rows)
     if arguments.csv:

@@ -1,7 +1,7 @@
-"""The names that the public headers declare, for scripts that have to do without Doxygen.
+"""Finds the declarations in the public headers, for scripts that must work without Doxygen.
 
-clang-format has laid the headers out, so a few expressions find every `MUB_API` declaration; what is said of it is
-read by api_reader.py.
+The headers are formatted by clang-format, so a few regular expressions find every `MUB_API` declaration. The
+documentation is read by api_reader.py.
 """
 
 import re
@@ -12,7 +12,7 @@ COMMENT = re.compile(r"/\*.*?\*/", re.DOTALL)
 DIRECTIVE = re.compile(r"^[ \t]*#(?:[^\n]*\\\n)*[^\n]*", re.MULTILINE)
 DECLARATION = re.compile(r"\bMUB_API\b([^;]*);")
 PRINTF = re.compile(r"\bMUB_PRINTF\([^()]*\)")
-# Its name stands before the first parenthesis (a function) or bracket (an object).
+# The name is before the first parenthesis (a function) or bracket (an object).
 NAME = re.compile(r"(\w+)\s*([(\[])")
 
 
@@ -25,12 +25,12 @@ class Declaration(NamedTuple):
     name: str
     path: Path
     line: int
-    documented: bool  # a /** comment ends right above
-    parameters: list  # None: an object
+    documented: bool  # there is a /** comment right above
+    parameters: list  # None for an object
 
 
 def blanked(pattern, text):
-    """`text` with every match turned into spaces: positions and lines stay."""
+    """`text` with every match replaced by spaces, so that positions and lines stay the same."""
     return pattern.sub(lambda match: re.sub(r"[^\n]", " ", match.group()), text)
 
 

@@ -1,5 +1,5 @@
 # shellcheck shell=bash disable=SC2034 # the lists are used by the scripts that source this
-# Shared by the scripts beside it; sourced from the project's root.
+# Shared by the scripts in tools/, which source it from the project's root.
 
 say() { printf '\n== %s [after %d s]\n' "$*" "$SECONDS"; }
 
@@ -7,10 +7,10 @@ as_root() {
   if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
 }
 
-# install_missing PACKAGE…: installs those Debian packages that are not there; asks apt only when one is missing.
+# install_missing PACKAGE…: installs those of the Debian packages that are missing; runs apt only if one is.
 install_missing() {
   if ! command -v dpkg-query >/dev/null; then
-    echo "not a Debian system: taking it that these are here in some form: $*" >&2
+    echo "not a Debian system: assuming that these are installed in some form: $*" >&2
     return 0
   fi
   local package missing=()
@@ -40,7 +40,7 @@ bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-de
 abi_packages=(abigail-tools)
 packaging_packages=(debhelper doxygen dpkg-dev fakeroot graphviz lintian pkg-config)
 
-# build_preset PRESET [ARGUMENT…]: configures and builds; the arguments go to the build.
+# build_preset PRESET [ARGUMENT…]: configures and builds; the arguments are passed to the build.
 build_preset() {
   local preset=$1
   shift

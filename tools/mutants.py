@@ -1,7 +1,7 @@
-"""Finds the places of a C++ source that can be changed to see whether a test notices, and the changes for each.
+"""Finds the places of a C++ source that mutation testing can change, and the changes for each.
 
-The places come from clang's syntax tree. They lie in bodies of functions: declarations, comments, strings, template
-brackets and the arguments of macros are no places, and neither are prefetches: no result depends on them.
+The places come from clang's syntax tree and are all in function bodies. Excluded are declarations, comments,
+strings, template brackets, the arguments of macros, and prefetches, on which no result depends.
 """
 
 import re
@@ -9,11 +9,11 @@ import sys
 from pathlib import Path
 from typing import NamedTuple
 
-# Debian's binding works with any Python, and only Debian's own looks there.
+# Debian's binding works with any Python, but only Debian's Python searches this directory.
 sys.path.append("/usr/lib/python3/dist-packages")
 from clang.cindex import CursorKind, Index, TranslationUnit, TypeKind  # noqa: E402
 
-# Each operator with what is written in its place: the neighbour at the bound, and the opposite.
+# The replacements of each operator: off by one at the bound, and the opposite.
 BINARY = {
     "<": ("<=", ">"), "<=": ("<", ">="), ">": (">=", "<"), ">=": (">", "<="), "==": ("!=",), "!=": ("==",),
     "+": ("-",), "-": ("+",), "+=": ("-=",), "-=": ("+=",), "&&": ("||",), "||": ("&&",),
@@ -30,10 +30,10 @@ OPERATIONS = {CursorKind.BINARY_OPERATOR, CursorKind.COMPOUND_ASSIGNMENT_OPERATO
 
 
 class Place(NamedTuple):
-    path: str  # below the root
+    path: str  # relative to the root
     start: int  # offsets in bytes
     end: int
-    changes: tuple  # the texts that may stand there instead
+    changes: tuple  # the replacement texts
 
 
 class Finder:
@@ -45,7 +45,7 @@ class Finder:
                        if cursor.kind == CursorKind.MACRO_INSTANTIATION and (span := self.span(cursor))]
 
     def span(self, cursor):
-        """(start, end) in this file, None when the cursor comes from another."""
+        """(start, end) in this file, or None if the cursor is in another file."""
         start, end = cursor.extent.start, cursor.extent.end
         if start.file is None or end.file is None or {start.file.name, end.file.name} != {self.path}:
             return None
@@ -65,7 +65,7 @@ class Finder:
         known += [text for text in dict.fromkeys(texts) if text != old and text not in known]
 
     def operator_between(self, children):
-        """(operator, its span) of a binary operation."""
+        """(operator, its span) of a binary operation, or ("", None)."""
         if len(children) != 2 or None in (spans := [self.span(child) for child in children]):
             return "", None
         gap = (spans[0][1], spans[1][0])
@@ -94,7 +94,7 @@ class Finder:
             self.add(span, *(f"{n}{suffix}" if n >= 0 else f"({n}{suffix})" for n in changed if n != value))
 
     def add_condition(self, kind, children):
-        """The condition is what the closing parenthesis, in a `for` the second semicolon, stands after."""
+        """The condition is the expression before `)`, or in a `for` between the semicolons."""
         for child in children:
             span = self.span(child)
             if span is None or not child.kind.is_expression():
@@ -120,7 +120,7 @@ class Finder:
         return cursor.kind == CursorKind.CALL_EXPR
 
     def add_statements(self, kind, children):
-        # What stands before a semicolon is a statement, but for the head of a `for`.
+        # An expression before a semicolon is a statement, except in the head of a `for`.
         for index, child in enumerate(children):
             span = self.span(child)
             if span is None or not self.follows(span, r"\s*;") or not self.is_deletable(child):
@@ -139,7 +139,7 @@ class Finder:
                 self.add((first[0], second[1]), self.text(second) + between + self.text(first))
 
     def calls(self, cursor, name):
-        """Whether it is a call of a function whose name begins so."""
+        """Whether it is a call of a function whose name begins with `name`."""
         return re.match(rf"[\w:.]*\b{name}\w*[(<]", self.text(self.span(cursor) or (0, 0)))
 
     def visit(self, cursor, in_body=False):
@@ -159,7 +159,7 @@ class Finder:
             elif kind == CursorKind.CXX_BOOL_LITERAL_EXPR:
                 self.add(span, "false" if self.text(span) == "true" else "true")
             elif kind == CursorKind.CALL_EXPR:
-                # These do not depend on the order of their arguments.
+                # The order of arguments does not matter to these.
                 if not self.calls(cursor, "(swap|min|max)"):
                     self.add_swapped_arguments(cursor)
             if kind in BRANCHES | {CursorKind.CONDITIONAL_OPERATOR}:
@@ -171,14 +171,14 @@ class Finder:
 
 
 def places_of(root, path):
-    """The places of root/path, in the order of the text."""
+    """The places of root/path, in the order of the source text."""
     root = Path(root)
     full = str(root / path)
     arguments = ["-x", "c++", "-std=c++17", f"-I{root}/src", f"-I{root}/include"]
     unit = Index.create().parse(full, arguments, options=TranslationUnit.PARSE_DETAILED_PROCESSING_RECORD)
     errors = [str(found) for found in unit.diagnostics if found.severity >= found.Error]
     if errors:
-        raise SystemExit(f"{path}: clang does not parse it: {errors[0]}")
+        raise SystemExit(f"{path}: clang cannot parse it: {errors[0]}")
     finder = Finder(Path(full).read_bytes(), unit, full)
     for cursor in unit.cursor.get_children():
         if not cursor.kind.is_preprocessing() and finder.span(cursor):
@@ -191,7 +191,7 @@ def changed_source(source, place, text):
 
 
 def difference(source, place, text):
-    """(line number, old lines, new lines): the whole lines that a change touches, without their indent."""
+    """(line number, old lines, new lines) of a change: whole lines without their indentation."""
     first = source.rfind(b"\n", 0, place.start) + 1
     last = source.find(b"\n", place.end)
     last = len(source) if last < 0 else last

@@ -2,7 +2,7 @@
 
     mutate.py FAMILY [N] [SEED]
 
-The changes are made in a copy of the sources, build/mutate/.
+The changes are made in build/mutate/, a copy of the sources.
 """
 
 import argparse
@@ -24,7 +24,7 @@ from typing import NamedTuple
 sys.dont_write_bytecode = True
 from mutants import changed_source, difference, places_of  # noqa: E402
 
-# The tests of each family, by their names in ctest. Tests that stand here for no family are for all.
+# The tests of each family, by their names in ctest. Tests that are not listed here are run for every family.
 OWN_TESTS = {
     "base": r"(bytes|pool).*",
     "bytes": r"(bytes|text).*",
@@ -41,8 +41,8 @@ OWN_TESTS = {
     "bits": r"bits.*",
 }
 SETTINGS = ["-DMUB_BUILD_BENCH=OFF", "-DMUB_BUILD_EXAMPLES=OFF", "-DMUB_BUILD_API=OFF", "-DMUB_WERROR=OFF"]
-# A runaway program ends before the machine is short of memory. AddressSanitizer reserves far more addresses than it
-# uses, so it counts what is resident (ASAN_OPTIONS).
+# Memory limits for runaway programs. AddressSanitizer reserves far more address space than it uses, so there
+# resident memory is limited instead (ASAN_OPTIONS).
 RELEASE_LIMITS = ["prlimit", "--core=0", f"--as={8 << 30}"]
 DEV_LIMITS = ["prlimit", "--core=0"]
 ENVIRONMENT = {
@@ -59,7 +59,7 @@ class Mutant(NamedTuple):
 
 
 def copy_sources(root, copy):
-    """Brings the copy up to date; files that are the same keep their time, and what was built of them stays."""
+    """Updates the copy. Unchanged files keep their time stamps, so they are not rebuilt."""
     def wanted(path):
         return not {".git", ".cache", "build", "node_modules"} & set(path.relative_to(root).parts)
 
@@ -81,7 +81,7 @@ def copy_sources(root, copy):
 
 
 def run(command, seconds, **options):
-    """The exit status; None after a time-out, when everything that it started is ended too."""
+    """The exit status, or None after a time-out, which kills the whole session."""
     process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                start_new_session=True, **options)
     try:
@@ -95,7 +95,7 @@ def run(command, seconds, **options):
 
 
 class Build:
-    """A build of the copy, which is unchanged when this is made."""
+    """A build of the copy. Construct it while the copy is unchanged."""
 
     def __init__(self, copy, preset, family, limits, *settings):
         self.copy = copy
@@ -110,12 +110,12 @@ class Build:
             built = self.make([name])
             start = time.monotonic()
             if not built or self.fails(name, BUILD_SECONDS):
-                sys.exit(f"mutate: {name} fails in {self.directory} without a change")
+                sys.exit(f"mutate: {name} fails in {self.directory} on the unchanged sources")
             self.seconds[name] = 10 + 5 * (time.monotonic() - start)
         self.unchanged = self.library()
 
     def programs(self):
-        """{test: command} of those that are programs and link the library that all link."""
+        """{test: command} of the tests that are programs and link mub_static as it is built here."""
         commands = {}
         for listing in (self.directory / "tests").rglob("CTestTestfile.cmake"):
             for name, command in re.findall(r"^add_test\(\[=\[(\w+)\]=\] (.*)\)$", listing.read_text(), re.MULTILINE):
@@ -125,7 +125,7 @@ class Build:
         return commands
 
     def make(self, tests):
-        """Builds the library and the programs of the tests, which are called as their targets."""
+        """Builds the library and the programs of the tests; the targets have the names of the programs."""
         targets = ["mub_static", *(Path(self.commands[name][0]).name for name in tests)]
         command = ["cmake", "--build", self.directory, "--parallel", str(os.cpu_count()), "--target", *targets]
         return run(command, BUILD_SECONDS) == 0
@@ -137,7 +137,7 @@ class Build:
         return run([*self.limits, *self.commands[name]], seconds, env=ENVIRONMENT, cwd=self.directory) != 0
 
     def catches(self, names):
-        """The first of the tests that is seen to fail; "" when all pass."""
+        """The first test that fails, or "" if all pass."""
         caught = []
 
         def attempt(name):
@@ -149,7 +149,7 @@ class Build:
         return caught[0] if caught else ""
 
     def verdict(self, mutant):
-        """The test that catches the change, "" when none does, UNCOMPILED or UNCHANGED when it is none."""
+        """The test that catches the change, "" if none does, or UNCOMPILED or UNCHANGED."""
         path = self.copy / mutant.place.path
         source = path.read_bytes()
         path.write_bytes(changed_source(source, mutant.place, mutant.text))
@@ -169,7 +169,7 @@ class Build:
 
 
 def test_stages(root, names, family):
-    """The family's own tests, then those of the families that use it and those for all."""
+    """The tests of the family, then those of the families that include it and those for every family."""
     def of(families):
         return [name for name in names if any(re.fullmatch(OWN_TESTS[each], name) for each in families)]
 
@@ -183,7 +183,7 @@ def test_stages(root, names, family):
 
 
 def drawn(root, family, seed):
-    """Every place of the family's sources with one of its changes, in random order."""
+    """Every place in the sources of the family with one of its changes, in random order."""
     generator = random.Random(seed)
     paths = sorted(path for path in (root / "src" / family).rglob("*") if path.suffix in (".h", ".cpp"))
     places = [place for path in paths for place in places_of(root, str(path.relative_to(root)))]
@@ -192,20 +192,20 @@ def drawn(root, family, seed):
 
 
 def listed_equivalents(path):
-    """{(file, old lines, new lines)} of tools/mutants.txt."""
+    """{(file, old lines, new lines)} from tools/mutants.txt."""
     text = re.sub(r"^#.*\n", "", path.read_text(), flags=re.MULTILINE)
     found = set()
     for entry in re.split(r"\n{2,}", text.strip()) if text.strip() else []:
         file, *lines = entry.split("\n")
         old, new = (tuple(line[1:].strip() for line in lines if line[:1] == sign) for sign in "-+")
         if not old or not new or all(line[:1] in ("-", "+") for line in lines):
-            sys.exit(f"{path}: not a file, old lines, new lines and a reason:\n{entry}")
+            sys.exit(f"{path}: expected a file, old lines, new lines and a reason:\n{entry}")
         found.add((file, old, new))
     return found
 
 
 def description(root, mutant):
-    """(file, old lines, new lines) as tools/mutants.txt has them, and the line's number."""
+    """(file, old lines, new lines) as in tools/mutants.txt, and the line number."""
     line, old, new = difference((root / mutant.place.path).read_bytes(), mutant.place, mutant.text)
     return (mutant.place.path, old, new), line
 
@@ -221,7 +221,7 @@ def tell(start, *text):
 
 
 def verdicts(build, mutants, start):
-    """[(mutant, verdict)], file by file so that little is built again."""
+    """[(mutant, verdict)], in the order of files, so that little is rebuilt."""
     results = []
     for mutant in sorted(mutants):
         verdict = build.verdict(mutant)
@@ -237,14 +237,14 @@ def stale_entries(listed, family, possible):
 
 
 def campaign(copy, family, count, seed):
-    """(number of mutants, those that survive)."""
+    """(number of mutants, the survivors)."""
     start = time.monotonic()
     mutants = drawn(copy, family, seed)
     print(f"{family}: {count} of {len(mutants)} places, seed {seed}", flush=True)
     listed = listed_equivalents(copy / "tools/mutants.txt")
     possible = {description(copy, Mutant(place, text))[0] for place, _ in mutants for text in place.changes}
     for entry in stale_entries(listed, family, possible):
-        print(f"\nstale in tools/mutants.txt: nothing is changed like this:\n{shown(entry)}")
+        print(f"\nstale in tools/mutants.txt: no such change is made:\n{shown(entry)}")
 
     tell(start, "building and testing the unchanged sources")
     build = Build(copy, "release", family, RELEASE_LIMITS)
@@ -255,14 +255,14 @@ def campaign(copy, family, count, seed):
         results += [result for result in verdicts(build, batch, start) if result[1] not in NO_MUTANT]
     survivors = [mutant for mutant, verdict in results if not verdict]
     if survivors:
-        tell(start, "the same with sanitizers")
+        tell(start, "running the survivors with sanitizers")
         build = Build(copy, "dev", family, DEV_LIMITS, "-DCMAKE_CXX_FLAGS_DEBUG=-O1")
         survivors = [mutant for mutant, verdict in verdicts(build, survivors, start) if not verdict]
     return len(results), survivors
 
 
 def main():
-    parser = argparse.ArgumentParser(prog="tools/mutate", description="Lists the changes that no test notices.")
+    parser = argparse.ArgumentParser(prog="tools/mutate", description="Lists the changes that no test detects.")
     parser.add_argument("--root", type=Path, default=Path(__file__).resolve().parent.parent)
     parser.add_argument("family", choices=sorted(OWN_TESTS))
     parser.add_argument("count", metavar="N", nargs="?", type=int, default=60)

@@ -1,7 +1,7 @@
-"""Reads and writes src/mub.map, the linker's list of the exported names and the versions that they are bound to.
+"""Reads and writes src/mub.map, the linker's version script: the exported names and their versions.
 
-A name stays in the node of the version that released it. A new one goes to the node of the running version, which is
-told by mub_base.h; its patch level has no node of its own.
+A name stays in the node of the version that released it. A new name goes to the node of the current version,
+the MAJOR.MINOR of mub_base.h.
 """
 
 import re
@@ -40,11 +40,11 @@ def map_text(nodes):
 
 
 def updated_map(root, names):
-    """src/mub.map for the declared `names`. What an earlier version released stays listed, declared or not."""
+    """src/mub.map for the declared `names`. Names of earlier versions stay, whether declared or not."""
     names, nodes = set(names), map_nodes(root)
     major, minor, _ = header_version(root)
-    running = f"MUB_{major}.{minor}"
-    nodes[running] = [name for name in nodes.get(running, []) if name in names]
+    current = f"MUB_{major}.{minor}"
+    nodes[current] = [name for name in nodes.get(current, []) if name in names]
     placed = {name for listed in nodes.values() for name in listed}
-    nodes[running] += names - placed
+    nodes[current] += names - placed
     return map_text({node: listed for node, listed in nodes.items() if listed})

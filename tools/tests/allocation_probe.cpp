@@ -1,5 +1,5 @@
-// Prints "NAME 1" for each call that allocated and "NAME 0" for each that did not: what api_test.py holds against
-// what mub-api.json says of the same functions.
+// Prints "NAME 1" for each call that allocated and "NAME 0" for each that did not. api_test.py compares this
+// with mub-api.json.
 #include <cstdint>
 #include <cstdio>
 
@@ -28,7 +28,7 @@ void hashes() {
   watch("mub_hash_expand", [&] { mub_hash_expand(&hash); });
   watch("mub_hash_clone", [&] { mub_hash_clone(&hash, nullptr, &copy, nullptr, nullptr); });
   watch("mub_hash_swap", [&] { mub_hash_swap(&hash, &copy); });
-  watch("mub_hash_remove", [&] { mub_hash_remove(&hash, "key", -1); });  // the first free page
+  watch("mub_hash_remove", [&] { mub_hash_remove(&hash, "key", -1); });  // allocates a free page
   watch("mub_hash_term", [&] { mub_hash_term(&hash); });
   mub_hash_term(&copy);
 }

@@ -1,8 +1,8 @@
-"""mub-api.json and the manual pages tell what the library is.
+"""mub-api.json and the manual pages describe the library correctly.
 
     api_test.py MUB_API_JSON SCHEMA MAN_DIR ALLOCATION_PROBE
 
-Expected values are written down here; `may_allocate` is compared with what allocation_probe.cpp counts.
+Expected values are written here; `may_allocate` is compared with the counts of allocation_probe.cpp.
 """
 
 import json
@@ -26,7 +26,7 @@ def parameter(function, name):
 
 
 class Json(unittest.TestCase):
-    def test_has_the_shape_that_the_schema_says(self):
+    def test_conforms_to_its_schema(self):
         try:
             import jsonschema
         except ImportError:
@@ -37,7 +37,7 @@ class Json(unittest.TestCase):
         with self.assertRaises(jsonschema.ValidationError):
             jsonschema.validate(broken, SCHEMA)
 
-    def test_names_types_that_it_describes(self):
+    def test_describes_the_types_that_it_uses(self):
         known = {*RECORDS, *CALLBACKS}
         known |= {"void", "char", "int", "float", "double", "...",
                   *(f"{sign}int{bits}_t" for sign in ("", "u") for bits in (8, 16, 32, 64))}
@@ -50,7 +50,7 @@ class Json(unittest.TestCase):
         self.assertEqual({found["module"] for found in API["functions"] + API["records"]} - modules, set())
         self.assertEqual(max(Counter(function["name"] for function in API["functions"]).values()), 1)
 
-    def test_lays_records_out_as_the_compiler_does(self):
+    def test_has_the_layouts_of_the_compiler(self):
         self.assertEqual((RECORDS["mub_hash"]["size"], RECORDS["mub_hash"]["alignment"]), (104, 8))
         self.assertEqual((RECORDS["mub_stringx"]["size"], RECORDS["mub_pool"]["size"]), (24, 88))
         block = {field["name"]: field for field in RECORDS["mub_listx_block"]["fields"]}
@@ -63,7 +63,7 @@ class Json(unittest.TestCase):
                 end = field["offset"] + field["size"]
             self.assertLessEqual(end, record["size"])
 
-    def test_takes_a_comment_apart(self):
+    def test_has_the_parts_of_a_comment(self):
         insert = FUNCTIONS["mub_hash_insert"]
         self.assertEqual(insert["summary"], "Adds a key with a value unless the key is present.")
         self.assertEqual(insert["returns"], {"type": "int", "doc": "1 if added"})
@@ -74,7 +74,7 @@ class Json(unittest.TestCase):
         self.assertEqual((insert["level"], FUNCTIONS["mub_hash_insert_t"]["level"]), ("everyday", "low"))
         self.assertIn("like a function that takes it as const", FUNCTIONS["mub_pool_iter_new"]["threads"])
 
-    def test_tells_callbacks(self):
+    def test_describes_callbacks(self):
         compare = CALLBACKS["mub_tree_compare_fn"]
         self.assertEqual(compare["declaration"], "typedef int (*mub_tree_compare_fn)(const mub_tree_entry *entry, "
                          "const void *key, int64_t length);")
@@ -85,13 +85,13 @@ class Json(unittest.TestCase):
         self.assertEqual(compare["returns"], {"type": "int", "doc": "0 if the entry matches"})
         self.assertEqual(CALLBACKS["mub_free_fn"]["returns"]["type"], "void")
 
-    def test_tells_the_results_of_a_family(self):
+    def test_has_the_tables_of_results(self):
         results = {module["name"]: module["results"] for module in API["modules"]}
         self.assertIn(["`_find`", "1", "0", ""], results["hashd"])
         self.assertEqual({len(row) for table in results.values() for row in table}, {4})
         self.assertEqual([name for name, table in results.items() if len(table) < 4], [])
 
-    def test_tells_directions(self):
+    def test_has_the_directions_of_parameters(self):
         for function, name, direction in (
                 ("mub_hash_init", "hash", "out"), ("mub_hash_insert", "hash", "inout"),
                 ("mub_hash_get", "hash", "in"), ("mub_hash_get", "key", "in"),
@@ -105,7 +105,7 @@ class Json(unittest.TestCase):
                 ("mub_str_dup", "string", "inout"), ("mub_string_format", "...", "in")):
             self.assertEqual(parameter(function, name)["direction"], direction, f"{function}: {name}")
 
-    def test_tells_lengths_and_null(self):
+    def test_has_lengths_and_nullability(self):
         for function, name, length, nullable in (
                 ("mub_hash_find", "key", "length", True), ("mub_hasht_find", "key", "4", False),
                 ("mub_hash_cmp", "b", "b_length", False), ("mub_array_get_at", "key", "length", False),
@@ -114,7 +114,7 @@ class Json(unittest.TestCase):
             found = parameter(function, name)
             self.assertEqual((found["length"], found["nullable"]), (length, nullable), f"{function}: {name}")
 
-    def test_tells_failures(self):
+    def test_has_the_failure_values(self):
         for function, value in (
                 ("mub_malloc", "NULL"), ("mub_hash_find", "none"), ("mub_hash_entry_first", "NULL"),
                 ("mub_mem_chr", "-1"), ("mub_mem_cmp", "none"), ("mub_string_append", "none"),
@@ -124,7 +124,7 @@ class Json(unittest.TestCase):
             self.assertEqual(FUNCTIONS[function]["failure"]["value"], value, function)
         self.assertIn("memory", FUNCTIONS["mub_string_append"]["failure"]["doc"])
 
-    def test_says_who_allocates(self):
+    def test_has_the_functions_that_allocate(self):
         lines = subprocess.run([PROBE], check=True, capture_output=True, text=True).stdout.split("\n")
         counted = dict(line.split() for line in lines if line)
         self.assertEqual({name: str(int(FUNCTIONS[name]["may_allocate"])) for name in counted}, counted)
@@ -133,12 +133,12 @@ class Json(unittest.TestCase):
 
 
 class Pages(unittest.TestCase):
-    def test_are_one_a_function_and_one_a_module(self):
+    def test_exist_for_each_function_and_each_module(self):
         self.assertEqual({path.name for path in (MAN / "man3").iterdir()}, {f"{name}.3" for name in FUNCTIONS})
         self.assertEqual({path.name for path in (MAN / "man7").iterdir()},
                          {f"mub_{module['name']}.7" for module in API["modules"]})
 
-    def test_say_what_the_model_says(self):
+    def test_have_the_content_of_the_headers(self):
         page = (MAN / "man3/mub_hash_insert.3").read_text()
         for text in ("mub_hash_insert \\- adds a key with a value unless the key is present\n", ".B #include <mub_hash.h>",
                      '"    const void *key,"', "length]\\fR. May\nbe NULL.", ".SH RETURN VALUE\n1 if added", ".BR mub_hash (7)\n"):

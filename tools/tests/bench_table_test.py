@@ -37,7 +37,7 @@ class BenchTable(unittest.TestCase):
         with ratios.open(newline="") as file:
             return [tuple(row.values())[1:8] for row in csv.DictReader(file)]
 
-    def test_takes_the_median_and_divides_the_peer_by_us(self):
+    def test_takes_medians_and_divides_the_peer_by_mub(self):
         rows = self.rows(
             run("hit/std::map/10", 1, 300), run("hit/mub/10", 0, 100), run("hit/mub/10", 0, 900),
             run("hit/mub/10", 0, 200), run("hit/mub/20", 0, 50), run("hit/mub/10_mean", 0, 1, run_type="aggregate"))
@@ -55,7 +55,7 @@ class BenchTable(unittest.TestCase):
             ("load", "10", "glib", "ns", "7e+03", "1.4e+04", "2.00"),
             ("seek", "10", "glib", "ns", "3e+03", "1", "0.00033")])
 
-    def test_refuses_names_that_join_nothing(self):
+    def test_rejects_names_without_a_counterpart(self):
         names = self.directory / "hash.list"
         names.write_text("hit/mub/10\nhit/std::map/10\n")
         self.assertEqual(self.table("--names", names).returncode, 0)

@@ -1,4 +1,4 @@
-"""The checks report what they are there for: each test plants one fault in a small library of its own.
+"""The checks find faults: each test plants one in a small library.
 
     checks_test.py TOOLS_DIR
 """
@@ -89,22 +89,22 @@ class CheckApi(Tree):
         self.write("src/mub.map", MAP.replace("    mub_two;\n", ""))
         self.assert_reports(
             self.check("check_api", self.built()),
-            "mub_two: in the headers but not in src/mub.map", "not as tools/update_map writes it",
+            "mub_two: in the headers but not in src/mub.map", "src/mub.map: not up to date",
             "mub_two: in the headers but not in /")
 
     def test_reports_an_undeclared_export(self):
         self.write("src/mub.map", MAP.replace("    mub_two;\n", "    mub_three;\n    mub_two;\n"))
         self.assert_reports(
             self.check("check_api", self.built(SOURCE + "int mub_three(void) { return 3; }\n")),
-            "mub_three: in src/mub.map but not in the headers", "not as tools/update_map writes it",
+            "mub_three: in src/mub.map but not in the headers", "src/mub.map: not up to date",
             "but not in the headers\n")
 
-    def test_reports_comments_that_are_missing_or_no_documentation(self):
+    def test_reports_declarations_without_a_documentation_comment(self):
         header = HEADER.replace("/** One", "/* One")
         self.write("include/mub_a.h", header.replace("MUB_API int mub_two", "int a;\nMUB_API int mub_two"))
         self.assert_reports(self.check("check_api"), "a.h:4: mub_one: no /**", "a.h:10: mub_two: no /**")
 
-    def test_reports_a_header_that_mub_h_leaves_out(self):
+    def test_reports_a_header_that_mub_h_does_not_include(self):
         self.write("include/mub_b.h", "")
         self.assert_reports(self.check("check_api"), "include/mub_b.h: not included by mub.h")
 
@@ -126,7 +126,7 @@ class CheckApi(Tree):
         self.write("src/mub.map", MAP.replace("    mub_two", "    mub_three;\n    mub_two"))
         library = self.built(source)
         self.write("src/mub.map", MAP + "MUB_1.1 {\n  global:\n    mub_three;\n} MUB_1.0;\n")
-        self.assert_reports(self.check("check_api", library), "mub_three@@MUB_1.0: exported outside of MUB_1.1")
+        self.assert_reports(self.check("check_api", library), "mub_three@@MUB_1.0: exported, but not in MUB_1.1")
 
     def test_reports_versions_that_differ(self):
         self.write("CMakeLists.txt", "project(mub VERSION 1.0.1 LANGUAGES C)\n")
@@ -134,7 +134,7 @@ class CheckApi(Tree):
         self.assert_reports(
             self.check("check_api"), "CMakeLists.txt: states version 1.0.1", "debian/changelog: states version 1.2.0")
 
-    def test_reports_cxx_headers_that_are_left_out_or_name_what_is_not_there(self):
+    def test_reports_cxx_headers_that_are_not_included_or_mention_unknown_names(self):
         self.write("include/mub.hpp", '#include "mub_a.hpp"\n')
         self.write("include/mub_a.hpp", "/* one: as mub_one and mub_won. */\n")
         self.write("include/mub_b.hpp", "")
@@ -154,24 +154,24 @@ class CheckApi(Tree):
     def test_reports_own_calls_through_the_linker(self):
         source = SOURCE.replace("return x + 1", "return mub_one(x) + 1")
         library = self.built(source, flags=("-fno-inline", "-fsemantic-interposition"))
-        self.assert_reports(self.check("check_api", library), "mub_one: the library reaches its own")
+        self.assert_reports(self.check("check_api", library), "mub_one: the library refers to its own symbol")
 
     def test_reports_writable_data(self):
         source = SOURCE.replace("\nconst", "\nstatic int calls;\nconst").replace("return x;", "return x + ++calls;")
         self.assert_reports(self.check("check_api", self.built(source)), "calls: writable data in .bss")
 
-    def test_reports_libraries_and_functions_that_do_not_belong(self):
+    def test_reports_libraries_and_functions_that_are_not_allowed(self):
         source = SOURCE.replace("\nconst", "\nint puts(const char *);\nint mub_elsewhere(int);\nconst")
         source = source.replace("return x;", 'return puts("one") + mub_elsewhere(x);')
         library = self.built(source, flags=("-Wl,--no-as-needed", "-lm"))
         self.assert_reports(
             self.check("check_api", library),
-            "libm.so.6: needed beside libc",
+            "libm.so.6: needed in addition to libc",
             "puts: called",
-            "mub_elsewhere: undefined, and not libc's")
+            "mub_elsewhere: undefined, and not from libc")
         self.assert_clean(self.check("check_api", "--instrumented", library))
 
-    def test_reports_memory_that_does_not_come_from_malloc(self):
+    def test_reports_allocators_other_than_malloc(self):
         memory = "char *volatile block = realloc(calloc(1, 2), (size_t)x);"
         source = "#include <stdlib.h>\n" + SOURCE.replace("return x;", f"{memory} return block != 0;")
         self.assert_reports(self.check("check_api", self.built(source)), "calloc: called, but", "realloc: called, but")
@@ -254,13 +254,13 @@ class CheckApiDocs(Tree):
         self.write("src/mub.map", "MUB_1.0 {\n  global:\n    mub_a_get;\n    mub_a_walk;\n  local:\n    *;\n};\n")
 
     def assert_faults(self, changes, *arguments):
-        """Each change of the header brings the fault named with it, and no other."""
+        """Each change of the header causes exactly the errors listed with it."""
         for old, new, *faults in changes:
             self.assertIn(old, DOCUMENTED)
             self.write("include/mub_a.h", DOCUMENTED.replace(old, new))
             self.assert_reports(self.check("api_export.py", "check", *arguments), *faults)
 
-    def test_accepts_what_is_documented(self):
+    def test_accepts_a_documented_library(self):
         self.write("include/mub_a.h", DOCUMENTED)
         self.assert_clean(self.check("api_export.py", "check"))
         self.assert_clean(self.check("api_export.py", "check", "--library", self.built(ALLOCATING)))
@@ -268,7 +268,7 @@ class CheckApiDocs(Tree):
     def test_reports_parameters_and_results_that_do_not_fit_the_declaration(self):
         self.assert_faults([
             (" * @param[in] key  what to look for\n", "", "parameter of mub_a_get", "parameter 'key'"),
-            ("@param[in] key  what", "@param[out] key  what", "mub_a_get: @param key: out, but no pointer"),
+            ("@param[in] key  what", "@param[out] key  what", "mub_a_get: @param key: out, but not a pointer"),
             ("@param[in] words ", "@param[out] words ", "mub_a_walk: @param words: out, but const"),
             (" * @return the name\n", "", "mub_a_get: @return is missing"),
             (" * @return anything\n", "", "mub_a_fn: @return is missing"),
@@ -279,13 +279,13 @@ class CheckApiDocs(Tree):
             ("@failure NULL", "@falure NULL", "unknown command '@falure'"),
             ("@param[in] key  what", "@param[in] kay  what", "argument 'kay' of command @param is not found",
              "parameter of mub_a_get", "parameter 'key'"),
-            ("NULL if there is none", "when there is none", "@failure when there is none: does not begin with a value"),
-            ("NULL if there is none", "0 if there is none", "@failure 0: no value of char *"),
+            ("NULL if there is none", "when there is none", "@failure when there is none: must begin with a value"),
+            ("NULL if there is none", "0 if there is none", "@failure 0: not a value of char *"),
             (" * @owner stays the record's\n", "", "mub_a_get: returns a pointer, but has no @owner"),
             (" * @invalidates nothing\n", "", "mub_a_walk: changes a record, but has no @invalidates"),
-            ("words[count]", "words", "@bounds words: not as NAME[LENGTH]"),
-            ("words[count]", "count[words]", "@bounds count: no pointer", "@bounds count: no length words"),
-            ("@nullable each", "@nullable count", "@nullable count: no pointer of that name"),
+            ("words[count]", "words", "@bounds words: not of the form NAME[LENGTH]"),
+            ("words[count]", "count[words]", "@bounds count: no pointer", "@bounds count: words is not a length"),
+            ("@nullable each", "@nullable count", "@nullable count: no pointer parameter of that name"),
             ("@level low", "@level lower", "@level lower: not one of low")])
 
     def test_reports_names_without_documentation(self):
@@ -309,14 +309,14 @@ class CheckHeaders(Tree):
         for path in ("tools/check_headers", "docs/interface.doxy"):
             self.write(path, (TOOLS.parent / path).read_text())
         self.write("include/mub.hpp", '#include "mub.h"\n')
-        self.write("include/mub_base.h", VERSION + "typedef int mub_any;\n")  # C has no empty units
+        self.write("include/mub_base.h", VERSION + "typedef int mub_any;\n")  # C does not allow an empty translation unit
 
     def check_headers(self, header):
         self.write("include/mub_a.h", "#pragma once\n" + header)
         result = subprocess.run(["bash", self.root / "tools/check_headers", "clang"], capture_output=True, text=True)
         return result.returncode, result.stderr
 
-    def test_reports_what_clang_warns_of(self):
+    def test_reports_the_warnings_of_clang(self):
         self.assertEqual(self.check_headers(DOCUMENTED), (0, ""))
         for old, new, said in ((" int key);", " int key", "expected"), ("@failure NULL", "@falure NULL", "@falure"),
                                ("@param[in] key", "@param[in] kay", "parameter 'kay' not found")):
@@ -334,7 +334,7 @@ class CheckLayers(Tree):
     def test_accepts_downward_includes(self):
         self.assert_clean(self.check("check_layers"))
 
-    def test_reports_upward_sideways_and_foreign_includes(self):
+    def test_reports_includes_that_are_not_allowed(self):
         self.write("src/base/x.cpp", '\n#include "hash/high.h"\n')
         self.write("src/text/x.cpp", '#include "../hash/high.h"\n#include <vector>\n#include "high.h"\n')
         self.write("include/mub_b.h", '#include "base/low.h"\n#include <string>\n')
@@ -356,7 +356,7 @@ class CheckLayers(Tree):
     def test_reports_a_tree_without_includes(self):
         for path in ("include/mub.h", "src/base/low.h", "src/hash/high.h"):
             (self.root / path).unlink()
-        self.assert_reports(self.check("check_layers"), "no include found")
+        self.assert_reports(self.check("check_layers"), "no #include found")
 
 
 @unittest.skipUnless(shutil.which("abidiff"), "needs abigail-tools")
@@ -368,7 +368,7 @@ const int MUB_TABLE[2] = {1, 2};
 int mub_two(int x) { return x + 1; }
 int mub_one(mub_f f, struct mub_r *r) { return f(1) + mub_two(*r->b); }
 """
-    CHANGES = (  # each with what is said of it
+    CHANGES = (  # each with the message that it causes
         ("int a; int *b;", "int *b; int a;", "offset changed from 0 to 64"),
         ("int a;", "int c;", "name of 'mub_r::a' changed"),
         ("mub_two(int x)", "mub_two(unsigned x)", "parameter 1 of type 'int' changed"),
@@ -394,7 +394,7 @@ int mub_one(mub_f f, struct mub_r *r) { return f(1) + mub_two(*r->b); }
         command = ["bash", self.root / "tools/check_abi", self.built(source, *flags)]
         return subprocess.run(command, capture_output=True, text=True)
 
-    def test_accepts_additions_alone(self):
+    def test_accepts_only_additions(self):
         for source in (self.SOURCE, self.SOURCE + "int mub_three(void) { return 3; }\n"):
             result = self.check_abi(source)
             self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
@@ -403,7 +403,7 @@ int mub_one(mub_f f, struct mub_r *r) { return f(1) + mub_two(*r->b); }
             self.assertEqual(result.returncode, 1, result.stdout + result.stderr)
             self.assertIn(said, result.stdout)
 
-    def test_refuses_a_library_that_tells_no_types(self):
+    def test_rejects_a_library_without_debug_information(self):
         result = self.check_abi(self.SOURCE, "-g0")
         self.assertEqual((result.returncode, result.stdout), (2, ""))
         self.assertIn("no debug information", result.stderr)

@@ -1,4 +1,4 @@
-"""tools/mutate changes code alone, draws by a seed, and finds what a tiny project does not test.
+"""tools/mutate changes only code, chooses by a seed, and finds what the tests of a tiny project miss.
 
     mutate_test.py TOOLS_DIR
 """
@@ -87,32 +87,32 @@ class Places(unittest.TestCase):
         self.write("src/bits/a.h", text)
         return mutants.places_of(self.root, "src/bits/a.h")
 
-    def test_are_code_alone(self):
+    def test_are_only_in_code(self):
         self.assertEqual(self.places(NOT_CODE), [])
 
-    def test_are_all_that_can_be_changed(self):
+    def test_are_everything_that_can_be_changed(self):
         found = {(CODE[place.start:place.end], *place.changes) for place in self.places(CODE)}
         self.assertEqual(found, CHANGES)
 
-    def test_are_shown_by_their_whole_lines(self):
+    def test_are_printed_as_whole_lines(self):
         place = next(place for place in self.places(CODE) if place.changes[0].startswith("!(t\n"))
         self.assertEqual(mutants.difference(CODE.encode(), place, "true"),
                          (9, ("while (t", ".more())"), ("while (true)",)))
 
-    def test_are_drawn_by_the_seed(self):
+    def test_are_chosen_by_the_seed(self):
         self.places(CODE)
         self.assertEqual(mutate.drawn(self.root, "bits", 1), mutate.drawn(self.root, "bits", 1))
         self.assertNotEqual(mutate.drawn(self.root, "bits", 1), mutate.drawn(self.root, "bits", 2))
         for mutant in mutate.drawn(self.root, "bits", 1):
             self.assertNotEqual(mutants.changed_source(CODE.encode(), *mutant), CODE.encode())
 
-    def test_survive_where_nothing_tests_them(self):
+    def test_survive_if_no_test_detects_them(self):
         for path, text in PROJECT.items():
             self.write(path, text)
         found = self.mutate()
         entries = found.stdout.split("\n\n")[1:-1]
         self.assertEqual(found.returncode, 1, found.stdout + found.stderr)
-        # Every test is of a number above 2, and any bound below is as good.
+        # The test only has numbers above 2, so it cannot detect another bound below.
         self.assertTrue(entries)
         for entry in entries:
             self.assertTrue(entry.startswith("src/bits/half.cpp:2\n- if (n <= 0) return 0;\n+ "), entry)
@@ -122,7 +122,7 @@ class Places(unittest.TestCase):
         self.write("tools/mutants.txt", f"# all\n{reasons}\n\n{stale}\n")
         found = self.mutate()
         self.assertEqual(found.returncode, 0, found.stdout + found.stderr)
-        self.assertIn("stale in tools/mutants.txt: nothing is changed like this:\nsrc/bits/half.cpp\n- gone", found.stdout)
+        self.assertIn("stale in tools/mutants.txt: no such change is made:\nsrc/bits/half.cpp\n- gone", found.stdout)
         self.assertRegex(found.stdout, r"\ncaught (\d+) of \1 \(100 %\)\n$")
 
     def mutate(self):

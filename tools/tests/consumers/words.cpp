@@ -1,4 +1,4 @@
-// Tells how many words there are on standard input, and how often "the" occurs.
+// Counts the distinct words of standard input, and the occurrences of "the".
 #include <iostream>
 #include <string>
 
