@@ -1,4 +1,4 @@
-"""Loaded by GDB with the shared library: loads share/mub/mub_gdb.py of the prefix that this file is installed in."""
+"""Loaded by GDB with the shared library. Loads share/mub/mub_gdb.py below the prefix of this file."""
 
 import gdb
 

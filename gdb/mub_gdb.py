@@ -1,15 +1,16 @@
-"""Shows GDB what libmub's containers hold.
+"""GDB printers and commands for libmub's containers.
 
-    (gdb) print table             the keys and values, texts as text, pools as counts
-    (gdb) print/r table           the fields as they are
-    (gdb) mub dot table > t.dot   a picture for Graphviz
-    (gdb) mub check table         follow every link
+    (gdb) print table             print keys and values, texts as text, pools as counts
+    (gdb) print/r table           print the raw fields
+    (gdb) mub dot table > t.dot   draw a picture with Graphviz
+    (gdb) mub check table         follow every link and report inconsistencies
 
-GDB loads this by itself with an installed libmub.so.1; otherwise: source mub_gdb.py
+GDB loads this automatically with an installed libmub.so.1. Otherwise: source mub_gdb.py
 
-Nothing is called in the program, so that core files and optimised code will do. Of the program's debug information only
-the type of the printed record is needed: what it points to is read by the layouts below, which are part of the
-library's binary interface. Every walk ends: links are not followed twice, tables not beyond their capacity.
+No function of the program is called, so core files and optimised code work too. The program's debug
+information is needed only for the type of the printed record; everything that it points to is read with the
+layouts below, which are part of the library's binary interface. Every walk terminates, even in damaged
+containers: no link is followed twice, and no table is read beyond its capacity.
 """
 
 import bisect
@@ -26,7 +27,7 @@ import gdb.types
 
 
 class Damage(Exception):
-    """Something that no intact container holds."""
+    """A container is damaged, or was not initialised."""
 
 
 # ---- memory ----
@@ -34,10 +35,10 @@ class Damage(Exception):
 def memory(address, size):
     try:
         if address == 0 or not 0 <= size < 1 << 32:
-            raise Damage(f"no memory: {size} bytes at {address:#x}")
+            raise Damage(f"invalid address: {size} bytes at {address:#x}")
         return bytes(gdb.selected_inferior().read_memory(address, size))
     except (gdb.error, OverflowError):
-        raise Damage(f"no memory at {address:#x}") from None
+        raise Damage(f"invalid address {address:#x}") from None
 
 
 def is_readable(address):
@@ -48,7 +49,7 @@ def is_readable(address):
 
 
 class Layout:
-    """The fields of a record as the library lays them out, padding written down."""
+    """The layout of a struct in the library, with explicit padding."""
 
     order = "<"
 
@@ -62,7 +63,7 @@ class Layout:
         return next(self.table(address, 1))
 
     def table(self, address, count, batch=64):
-        """The records that lie one after another from an address on."""
+        """The elements of the table at an address."""
         for start in range(0, count, batch):
             content = memory(address + start * self.size, min(batch, count - start) * self.size)
             for fields in struct.iter_unpack(Layout.order + self.form, content):
@@ -88,7 +89,7 @@ LAYOUTS = {
     "mub_btreex_entry": Layout("key level parent " + CHILDREN[0], "Qh6xQ" + CHILDREN[1]),
     "mub_list_entry": Layout("prev next key_offset key_length value", "QQIIQ"),
     "mub_lists_entry": Layout("prev next value", "QQQ"),
-    "mub_listx_block": Layout("prev next count", "QQq"),  # the values follow
+    "mub_listx_block": Layout("prev next count", "QQq"),  # followed by the values
     "mub_tree_entry": Layout("parent first_child prev next value", "5Q"),
     "mub_bitree_entry": Layout("parent equal left right value", "5Q"),
 }
@@ -100,11 +101,11 @@ def words(address, count):
 
 
 def check_table(what, address, count, capacity, size):
-    """Refuses what garbage in a record makes of a table; returns how many of its slots can be read."""
+    """Raises Damage if the fields of a table are invalid; returns how many of its slots can be read."""
     if not (0 <= count < 1 << 56 and 0 <= capacity < 1 << 56):
         raise Damage(f"{what}: count {count}, capacity {capacity}")
     if capacity > 0 and not (is_readable(address) and is_readable(address + capacity * size - 1)):
-        raise Damage(f"{what}: no {capacity} slots at {address:#x}")
+        raise Damage(f"{what}: {capacity} slots at invalid address {address:#x}")
     return min(count, capacity)
 
 
@@ -113,7 +114,7 @@ def plural(count, noun):
 
 
 def shown_word(word):
-    """A value: the number that it is, or the address if there is something."""
+    """A value: a pointer if it is a valid address, otherwise a number."""
     if word >= 1 << 32 and is_readable(word):
         return gdb.Value(word).cast(gdb.lookup_type("void").pointer())
     return gdb.Value(word)
@@ -122,7 +123,7 @@ def shown_word(word):
 # ---- texts ----
 
 class Text:
-    """Base of the records that are shown as the text that they hold."""
+    """Base of the records that are printed as text."""
 
     encoding = ""
 
@@ -135,7 +136,7 @@ class Text:
             self.damage = damage
 
     def span(self):
-        """Address and length, the address as a pointer to characters."""
+        """The text: a pointer to its characters, and its length."""
         length, capacity = int(self.record["length"]), int(self.record["capacity"])
         if not 0 <= length <= capacity:
             raise Damage(f"length {length}, capacity {capacity}")
@@ -147,7 +148,7 @@ class Text:
             return ""
         size = data.type.target().sizeof
         if length >= 1 << 56 or not (is_readable(int(data)) and is_readable(int(data) + length * size - 1)):
-            raise Damage(f"no {length} characters at {int(data):#x}")
+            raise Damage(f"{length} characters at invalid address {int(data):#x}")
         return data.lazy_string(self.encoding, length)
 
     def to_string(self):
@@ -170,7 +171,7 @@ class Wchar(Text):
 
 
 class Char(Text):
-    """mub_char: a length below 0 is not measured yet."""
+    """mub_char: a negative length means that the text ends at its NUL."""
 
     def span(self):
         data, length = self.record["data"], int(self.record["length"])
@@ -191,11 +192,11 @@ class Stringx(Text):
 
 
 class Key(Text):
-    """A key of a container, as a record: of texts, front ends show only those of records in one line."""
+    """A key of a container, disguised as a record: front ends show only texts of records in one line."""
 
     @staticmethod
     def make(keys, offset, length):
-        """A value of the type of the stream `keys`, with a capacity that no stream has."""
+        """A value of the type of the stream `keys`, marked by a capacity that no stream can have."""
         fields = (int(keys["data"]) + offset) % (1 << 64), length, ~length
         return gdb.Value(struct.pack(Layout.order + "Qqq", *fields), keys.type)
 
@@ -213,7 +214,7 @@ class Stream(Text):
     def to_string(self):
         if self.text is None:
             return super().to_string()
-        return f"mub_stream of {plural(int(self.record['length']), 'byte')}, room for {int(self.record['capacity'])}"
+        return f"mub_stream of {plural(int(self.record['length']), 'byte')}, capacity {int(self.record['capacity'])}"
 
     def children(self):
         if self.text:
@@ -226,7 +227,7 @@ class Stream(Text):
 def stream_or_key(record):
     try:
         return Key(record) if Key.is_one(record) else Stream(record)
-    except gdb.error:  # no memory, or optimised out: reported as for any stream
+    except gdb.error:  # invalid address, or optimised out: reported as for any stream
         return Stream(record)
 
 
@@ -246,7 +247,7 @@ def is_big_endian():
 
 
 class Walked:
-    """Base of all that has links or tables to be followed. A family says how its nodes are met; what a node shows is the same for all."""
+    """Base of the records with links or tables, whose nodes subclasses walk."""
 
     noun = "key"
     layout_suffix = "_entry"
@@ -258,8 +259,8 @@ class Walked:
         numbered = re.fullmatch("mub_(?:array|hash|btree)([dxt])", self.name)
         self.kind = numbered[1] if numbered else ""
         self.layout = LAYOUTS.get(self.name + self.layout_suffix)
-        self.faults = []  # what a walk has met
-        self.damage = None  # what is wrong with the record itself: there is no walk then
+        self.faults = []  # found on a walk
+        self.damage = None  # an error in the record itself, which makes a walk impossible
         try:
             self.check_record()
         except (Damage, gdb.error) as damage:
@@ -275,15 +276,15 @@ class Walked:
         return int(value)
 
     def check_record(self):
-        """Raises Damage when the record itself cannot be right."""
+        """Raises Damage if the record itself is invalid."""
         raise NotImplementedError
 
     def nodes(self):
-        """The nodes in order, as the family's tuples; notes faults, raises Damage at what stops it."""
+        """The nodes in order, as tuples of the subclass. Raises Damage at an error that ends the walk."""
         raise NotImplementedError
 
     def walk(self, nodes=None):
-        """The nodes, or those of a part, up to where damage ends the walk."""
+        """The nodes, or those of a part, up to damage that ends the walk."""
         try:
             if self.damage is None:
                 yield from self.nodes() if nodes is None else nodes
@@ -302,19 +303,19 @@ class Walked:
     def to_string(self):
         try:
             return self.summary() if self.damage is None else damaged(self.record, self.damage)
-        except Damage as damage:  # a summary may read what lies between the ends that were looked at
+        except Damage as damage:  # the summary may read memory that check_record did not
             return damaged(self.record, damage)
 
     def show(self, node):
-        """What is shown of a node: key and value, or the value alone."""
+        """What is printed of a node: key and value, or only the value."""
         return self.shown_key(node), shown_word(node.value)
 
     def check_parent(self, parent, address, entry):
-        """The address of a root that is no variable is not known: 0."""
+        """Checks a link to a parent; 0 if the address of the root is unknown because it is not a variable."""
         if parent not in (0, entry.parent):
             self.faults.append(f"parent of {address:#x} is {entry.parent:#x}, not {parent:#x}")
 
-    # Keys. The bytes of byte-string keys lie in the stream `keys` of the container.
+    # Keys. The bytes of byte-string keys are in the key stream of the container.
 
     def check_keys(self):
         if self.kind == "":
@@ -322,7 +323,7 @@ class Walked:
 
     def key_bytes(self, node):
         if node.key_offset + node.key_length > self.field("keys.length"):
-            raise Damage(f"the key at {node.key_offset}, {plural(node.key_length, 'byte')}, is not among the keys")
+            raise Damage(f"the key at {node.key_offset}, {plural(node.key_length, 'byte')}, is outside the key stream")
         return memory(self.field("keys.data") + node.key_offset, node.key_length) if node.key_length > 0 else b""
 
     def shown_key(self, node):
@@ -342,7 +343,7 @@ class Walked:
         return node.key
 
     def label(self, node):
-        """The key in a picture."""
+        """The key, for a picture."""
         if self.kind in ("d", "x"):
             return str(self.number(node))
         if self.kind == "t":
@@ -354,7 +355,7 @@ class Walked:
 
 
 class Container(Walked):
-    """Base of all that shows what it holds. Front ends show the summary of the others alone, and not of these."""
+    """Base of the records that print their content. Of all others, front ends show only the summary."""
 
     hint = "map"  # how GDB writes the children: by keys, by positions ("array"), by names (None)
 
@@ -375,7 +376,7 @@ class Container(Walked):
 
 
 class Once:
-    """Addresses met on a walk: each may be met once."""
+    """The addresses met on a walk; each may be met only once."""
 
     def __init__(self):
         self.met = set()
@@ -395,7 +396,7 @@ class Array(Container):
         self.check_keys()
 
     def details(self):
-        return "" if self.readable == self.count() else f", but room for {self.field('capacity')}"
+        return "" if self.readable == self.count() else f", but capacity {self.field('capacity')}"
 
     def nodes(self):
         return self.layout.table(self.field("entries"), self.readable)
@@ -420,7 +421,7 @@ class Arrays(Container):
 
 
 class Arrayt(Arrays):
-    """mub_arrayt: the first four words lie in the record."""
+    """mub_arrayt: the first four words are in the record itself."""
 
     noun = "word"
     inline_words = 4
@@ -459,7 +460,7 @@ class Hash(Container):
                 once.add(address)
                 entry = self.layout.read(address)
                 if self.bucket_of(entry, buckets) not in (bucket, None):
-                    self.faults.append(f"the entry at {address:#x} is in bucket {bucket}, its key belongs elsewhere")
+                    self.faults.append(f"the entry at {address:#x} is in the wrong bucket, {bucket}")
                 yield bucket, address, entry
                 address = entry.next
         if len(once.met) != self.count():
@@ -475,7 +476,7 @@ class Hash(Container):
 
 
 class Btree(Container):
-    """mub_btree, mub_btreed, mub_btreex. A node is (leaf's address, record)."""
+    """mub_btree, mub_btreed, mub_btreex. A node here is (address of the leaf, record)."""
 
     KEY_TYPES = {1: "i", 2: "I", 5: "f", 3: "q", 4: "Q", 6: "d"}
 
@@ -502,7 +503,7 @@ class Btree(Container):
         return f" on {plural(levels, 'level')}" if self.count() > 0 else ""
 
     def child_entries(self, parent, entry):
-        """(address, entry) of the children of an entry of level 1 or more."""
+        """(address, entry) of the children of an inner node."""
         for address in words(entry.children_items, entry.children_count):
             child = self.layout.read(address)
             if child.level != entry.level - 1:
@@ -516,7 +517,7 @@ class Btree(Container):
             yield address, LAYOUTS[self.name + "_node"].read(address)
 
     def leaves(self):
-        """Follows the tables, as the links between records may be out of date."""
+        """Follows the tables of children: the links between records may be out of date."""
         root = self.root()
         once = Once()
         ahead = [iter([(self.root_address(), root)])]
@@ -548,7 +549,7 @@ class Btree(Container):
             self.faults.append(f"count is {self.count()}, but {met} are linked")
 
     def sort_key(self, record):
-        """None where the order is unknown."""
+        """A sort key, or None if the order is unknown."""
         if self.kind:
             key = self.number(record)
             return key if key == key else None
@@ -567,11 +568,11 @@ class Btree(Container):
 
 
 class Cursor(Container):
-    """mub_btree_cursor, mub_btreed_cursor, mub_btreex_cursor: the record where a walk is."""
+    """mub_btree_cursor, mub_btreed_cursor, mub_btreex_cursor: the record at the cursor."""
 
     def check_record(self):
         if not is_readable(self.field("tree")):
-            raise Damage(f"no tree at {self.field('tree'):#x}")
+            raise Damage(f"invalid address of the tree: {self.field('tree'):#x}")
         self.tree = Btree(self.record["tree"].dereference())
         if self.tree.damage is not None:
             raise self.tree.damage
@@ -609,7 +610,7 @@ class List(Container):
             raise Damage(f"count {self.count()}, head {ends[0]:#x}, tail {ends[1]:#x}")
         for end in ends:
             if end != 0 and not is_readable(end):
-                raise Damage(f"no memory at {end:#x}")
+                raise Damage(f"invalid address {end:#x}")
         self.check_keys()
 
     def links(self):
@@ -636,7 +637,7 @@ class List(Container):
 
 
 class Lists(List):
-    """mub_lists: values alone. A node is an entry."""
+    """mub_lists: only values. A node is an entry."""
 
     hint = "array"
     noun = "value"
@@ -670,7 +671,7 @@ class Listx(Lists):
 
 
 class ListxBlock(Container):
-    """mub_listx_block: what it holds, without the spare slots."""
+    """mub_listx_block: its values, without the spare slots."""
 
     hint = "array"
     noun = "value"
@@ -690,7 +691,7 @@ class ListxBlock(Container):
 
 
 class Path:
-    """Where an entry of a tree is: the path of the entry above it, None at the root, and a step."""
+    """The place of an entry in a tree: the path of its parent, None for the root, and a step."""
 
     def __init__(self, up=None, step=None):
         self.up = up
@@ -705,7 +706,7 @@ class Path:
 
 
 class RootedTree(Container):
-    """Base of the trees whose root lies in the record. A node is (path, address, entry)."""
+    """Base of the trees whose root is in the record itself. A node is (path, address, entry)."""
 
     hint = None
     noun = "link"
@@ -717,7 +718,7 @@ class RootedTree(Container):
         for name in self.layout.names[1:-1]:
             address = self.field("root." + name)
             if address != 0 and not is_readable(address):
-                raise Damage(f"no memory at {address:#x}")
+                raise Damage(f"invalid address {address:#x}")
 
     def children(self):
         for path, _, entry in self.walk():
@@ -753,7 +754,7 @@ class Tree(RootedTree):
                 ahead.append((path, self.ring(address, entry)))
 
     def ring(self, parent, entry):
-        """(place, address, entry) of the children of an entry."""
+        """(index, address, entry) of the children of an entry."""
         first = address = entry.first_child
         place = before = 0
         while address != 0:
@@ -767,11 +768,11 @@ class Tree(RootedTree):
             if address == first:
                 return
         if first != 0:
-            self.faults.append(f"the ring of {first:#x} is open")
+            self.faults.append(f"the ring of {first:#x} is not closed")
 
 
 class Bitree(RootedTree):
-    """mub_bitree: in the order of rank. Paths name the links."""
+    """mub_bitree, in order. Paths consist of the names of links."""
 
     def nodes(self):
         once = Once()
@@ -782,7 +783,7 @@ class Bitree(RootedTree):
             if is_due:
                 yield path, address, entry
                 continue
-            # Last in, first out: what ranks higher waits longest.
+            # Last in, first out: entries that sort later are pushed first.
             for name, waits in (("right", True), ("equal", True), (None, False), ("left", True)):
                 if not waits:
                     ahead.append((path, address, entry, True))
@@ -794,7 +795,7 @@ class Bitree(RootedTree):
 
 
 class Bits(Container):
-    """mub_bits: the numbers of the set bits."""
+    """mub_bits: the numbers of the bits that are set."""
 
     hint = "array"
     counted_bytes = 1 << 20
@@ -827,7 +828,7 @@ class Bits(Container):
 
 
 class Pool(Walked):
-    """mub_pool: counts alone. A node is (chunk, slot, address), for every block that was ever issued."""
+    """mub_pool: only counts. A node is (chunk, slot, address) of a block that was ever allocated."""
 
     def check_record(self):
         for name in "block_size", "blocks_per_chunk", "live_count":
@@ -847,7 +848,7 @@ class Pool(Walked):
                 f"in {plural(self.field('chunk_count'), 'chunk')} of {self.field('blocks_per_chunk')}")
 
     def used(self, group):
-        """The blocks issued from chunks, or the addresses on free pages."""
+        """The number of blocks allocated from chunks, or of addresses on free pages."""
         pages = self.field(group + "_count")
         return (pages - 1) * self.field("blocks_per_chunk") + self.field(group + "_used") if pages > 0 else 0
 
@@ -862,13 +863,13 @@ class Pool(Walked):
         size = self.field("block_size")
         for chunk, (base, used) in enumerate(self.chunks()):
             if not (is_readable(base) and is_readable(base + max(1, used * size) - 1)):
-                raise Damage(f"no memory at {base:#x}, of chunk {chunk}")
+                raise Damage(f"invalid address {base:#x} of chunk {chunk}")
             for slot in range(used):
                 yield chunk, slot, base + slot * size
         self.check_free()
 
     def free_blocks(self):
-        """The released blocks, the one that is issued next first."""
+        """The released blocks; the first one is reused next."""
         blocks = []
         left = self.used("free")
         for page in words(self.field("free_pages"), self.field("free_count")):
@@ -887,7 +888,7 @@ class Pool(Walked):
             base, used = chunks[chunk] if chunk >= 0 else (0, 0)
             slot, rest = divmod(block - base, max(1, self.field("block_size")))
             if rest != 0 or slot >= used:
-                self.faults.append(f"{block:#x} is on the free stack, but is no block of the pool")
+                self.faults.append(f"{block:#x} is on the free stack, but is not a block of the pool")
             if times > 1:
                 self.faults.append(f"{block:#x} is on the free stack {times} times")
         if live + len(free) > taken:
@@ -913,7 +914,7 @@ MAX_LETTERS, MAX_COUNTED = 16, 10000
 
 
 def escape(text):
-    """ASCII alone, as GDB may write no other."""
+    """Only ASCII, as GDB may be unable to write other characters."""
     text = text if len(text) <= MAX_LETTERS else text[:MAX_LETTERS] + "\u2026"
     text = re.sub("[\0-\x1f\x7f]", "\ufffd", text)
     return html.escape(text).encode("ascii", "xmlcharrefreplace").decode()
@@ -936,7 +937,7 @@ def word_text(word):
 
 
 class Picture:
-    """The lines of a graph."""
+    """The lines of a Graphviz file."""
 
     def __init__(self, container, attributes):
         self.container = container
@@ -948,7 +949,7 @@ class Picture:
         self.count = 0
 
     def node(self, kind, rows, fill=YELLOW):
-        """Draws a table, its rows given as texts of cells. Returns its name."""
+        """Draws a table of rows of cells. Returns its name."""
         self.count += 1
         body = "".join(f"<TR>{''.join(row)}</TR>" for row in rows)
         self.lines.append(f'n{self.count} [class={kind} label=<<TABLE BORDER="0" CELLBORDER="1" CELLSPACING="0" '
@@ -956,7 +957,7 @@ class Picture:
         return f"n{self.count}"
 
     def dots(self, source, count):
-        """What is left out after a node."""
+        """Draws how much is left out after a node."""
         self.count += 1
         self.lines.append(f'n{self.count} [class=more label="{more(count)}" fontcolor="#7f8c9b"]')
         self.edge(source, f"n{self.count}")
@@ -1037,7 +1038,7 @@ def list_rows(chain, address, entry):
 
 
 def draw_tree(tree):
-    """The root is drawn even where its value is 0, as the links go out from it."""
+    """The root is drawn even if its value is 0, as the links start there."""
     picture = Picture(tree, "nodesep=0.2 ranksep=0.35")
     root = picture.node("root", [[cell("root")], [cell(word_text(tree.field("root.value")))]], BLUE)
     nodes = (node for node in tree.walk() if node[0].up is not None)
@@ -1079,32 +1080,31 @@ PICTURES = {Hash: draw_hash, Btree: draw_btree, List: draw_list, Lists: draw_lis
 # ---- commands ----
 
 def container_at(expression):
-    """The container that an expression is, or points to."""
+    """The container that an expression denotes or points to."""
     if not expression:
-        raise gdb.GdbError("a container is needed, or a pointer to one")
+        raise gdb.GdbError("expected a container, or a pointer to one")
     record = gdb.parse_and_eval(expression)
     if record.type.strip_typedefs().code == gdb.TYPE_CODE_PTR:
         record = record.dereference()
     family = FAMILIES.get(type_name(record.type))
     if family is None or not (isinstance(family, type) and issubclass(family, Walked)):
-        raise gdb.GdbError(f"{expression} is no container of libmub, but a {record.type}")
+        raise gdb.GdbError(f"{expression} is not a container of libmub, but a {record.type}")
     return family(record)
 
 
 class MubCommand(gdb.Command):
-    """Look into libmub's containers. They are printed by print as well: keys and values, in order.
+    """Inspect libmub's containers. (The command print shows their keys and values.)
 mub dot VAR [> FILE]   a picture for Graphviz
-mub check VAR          follow every link, tell what does not agree"""
+mub check VAR          follow every link and report inconsistencies"""
 
     def __init__(self):
         super().__init__("mub", gdb.COMMAND_DATA, prefix=True)
 
 
 class MubDot(gdb.Command):
-    """Write a picture of a container in the language of Graphviz.
-usage: mub dot VAR [> FILE]
-VAR is a hash table, B-tree, list, tree or pool, or points to one. Of a large one the beginning is drawn, and dots tell
-how much is left out. As in: mub dot table > /tmp/t.dot, then: dot -Tsvg /tmp/t.dot -o t.svg"""
+    """Draw a container for Graphviz. usage: mub dot VAR [> FILE] VAR is a hash table, B-tree, list, tree or
+    pool, or points to one. Of a large one the beginning is drawn, and dots tell how much is left out. As in:
+    mub dot table > /tmp/t.dot, then: dot -Tsvg /tmp/t.dot -o t.svg"""
 
     def __init__(self):
         super().__init__("mub dot", gdb.COMMAND_DATA, gdb.COMPLETE_EXPRESSION)
@@ -1114,7 +1114,7 @@ how much is left out. As in: mub dot table > /tmp/t.dot, then: dot -Tsvg /tmp/t.
         container = container_at(expression)
         draw = PICTURES.get(type(container))
         if draw is None:
-            raise gdb.GdbError(f"hash tables, B-trees, lists, trees and pools have pictures, {container.name} has none")
+            raise gdb.GdbError(f"{container.name} cannot be drawn; hash tables, B-trees, lists, trees and pools can")
         if container.damage is not None:
             raise gdb.GdbError(container.to_string())
         try:
@@ -1129,7 +1129,7 @@ how much is left out. As in: mub dot table > /tmp/t.dot, then: dot -Tsvg /tmp/t.
 
 
 class MubCheck(gdb.Command):
-    """Follow every link of a container and tell what does not agree.
+    """Follow every link of a container and report inconsistencies.
 usage: mub check VAR
 VAR is a container, or points to one."""
 
@@ -1143,7 +1143,7 @@ VAR is a container, or points to one."""
         faults = container.faults if container.damage is None else [str(container.damage)]
         for fault in faults[:shown]:
             gdb.write(f"{fault}\n")
-        gdb.write(f"{container.to_string()}: {plural(len(faults), 'fault') if faults else 'intact'}\n")
+        gdb.write(f"{container.to_string()}: {plural(len(faults), 'error') if faults else 'intact'}\n")
 
 
 def register():

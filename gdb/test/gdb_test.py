@@ -1,7 +1,7 @@
-"""Runs GDB on a program that fills every container, and compares what it prints.
+"""Runs GDB on a program that fills every container, and compares the output.
 
 usage: gdb_test.py [--instrumented] PROGRAM SHARED_LIBRARY BUILD_DIRECTORY
-       ends with 77 when GDB may trace no program here, and there is no core file to be had either
+       exits with 77 if GDB may not trace programs here and these leave no core file
 """
 
 import os
@@ -22,7 +22,7 @@ SKIPPED = 77
 ENVIRONMENT = {**os.environ, "LC_ALL": "C.UTF-8", "ASAN_OPTIONS": "detect_leaks=0"}
 
 FILLED = {
-    "filled.stream": r'mub_stream of 4 bytes, room for 8 = {data = "ab\000c"}',
+    "filled.stream": r'mub_stream of 4 bytes, capacity 8 = {data = "ab\000c"}',
     "filled.string": r'"said \"hello\"\n"',
     "filled.stringx": '"value"',
     "filled.character_view": '"name"',
@@ -55,7 +55,7 @@ FILLED = {
     "*filled.list.head->next": "{prev = 0xADDRESS, next = 0xADDRESS, key_offset = 4, key_length = 3, value = 1}",
 }
 
-# The buckets determine the order of the keys: the name, the entries.
+# The hash tables: name and entries, whose order depends on the buckets.
 TABLES = {
     "filled.hash": ("mub_hash", {'""': 2, '"pear"': 0, r'"plum \"x\""': 3, '"fig"': 1, '"m\u00fcsli"': 4}),
     "*hash_pointer": ("mub_hash", {'""': 2, '"pear"': 0, r'"plum \"x\""': 3, '"fig"': 1, '"m\u00fcsli"': 4}),
@@ -65,7 +65,7 @@ TABLES = {
 }
 
 EMPTY = {
-    "stream": "mub_stream of 0 bytes, room for 0", "string": '""', "stringx": '""', "character_view": '""', "wchar": '""',
+    "stream": "mub_stream of 0 bytes, capacity 0", "string": '""', "stringx": '""', "character_view": '""', "wchar": '""',
     "array": "mub_array with 0 keys", "arrayd": "mub_arrayd with 0 keys", "arrayx": "mub_arrayx with 0 keys",
     "arrayt": "mub_arrayt with 0 words", "arrays": "mub_arrays with 0 items",
     "hash": "mub_hash with 0 keys in 0 buckets", "hashd": "mub_hashd with 0 keys in 0 buckets",
@@ -76,14 +76,14 @@ EMPTY = {
     "bits": "mub_bits of 0 bytes, 0 bits set",
 }
 
-# What the last stop has done to the containers, and what is reported at the end of what is still there.
+# The end of the output for the containers that are damaged at the last stop.
 DAMAGED = {
-    "array": "[<damaged>] = <the key at 15, 6 bytes, is not among the keys>}",
+    "array": "[<damaged>] = <the key at 15, 6 bytes, is outside the key stream>}",
     "hash": "[<damaged>] = <count is 6, but 5 are linked>}",
     "hashd": "[2] = 1, [<damaged>] = <0xADDRESS is linked twice>}",
-    "btreed": "= {[-2] = 4, [<damaged>] = <no memory at 0x10>}",
+    "btreed": "= {[-2] = 4, [<damaged>] = <invalid address 0x10>}",
     "list": '["pear"] = 0, [<no key>] = 1, [""] = 2, ["plum \\"x\\""] = 3, ["m\u00fcsli"] = 4, '
-            "[<damaged>] = <the key at 1000, 3 bytes, is not among the keys>}",
+            "[<damaged>] = <the key at 1000, 3 bytes, is outside the key stream>}",
     "lists": "= {0, 1, 2, 3, 4, <prev of 0xADDRESS is 0xADDRESS, not 0xADDRESS>}",
     "listx": "= {<the block at 0xADDRESS has a count of 1048576>}",
     "tree": "3 = 30, damaged = <prev of 0xADDRESS is 0xADDRESS, not 0xADDRESS>, damaged = <0xADDRESS is linked twice>}",
@@ -104,12 +104,12 @@ end"""
 
 
 def limit_files(megabytes=256):
-    """A core file that is too large ends as an error, not with a full disk."""
+    """Limits file sizes, so that a core file that is too large causes an error and not a full disk."""
     resource.setrlimit(resource.RLIMIT_FSIZE, (megabytes << 20, megabytes << 20))
 
 
 def gdb(*arguments):
-    """Runs GDB on commands in a batch, and gives what it prints."""
+    """Runs GDB in batch mode and returns its output."""
     command = ["gdb", "-nx", "-batch", "-iex", "set debuginfod enabled off", *arguments]
     result = subprocess.run(command, capture_output=True, env=ENVIRONMENT, check=False, timeout=120,
                             preexec_fn=limit_files)
@@ -117,17 +117,17 @@ def gdb(*arguments):
 
 
 def answers(commands, *arguments):
-    """[answer of each command]; marks separate the answers."""
+    """The outputs of the commands, which are separated by marks."""
     mark = "@@@@"
     with tempfile.NamedTemporaryFile("w", suffix=".gdb") as script:
-        # A command that fails would end the script: errors are printed as answers.
+        # A failing command would end the script, so errors are caught and printed.
         lines = [f"source {SCRIPT}"]
         for command in commands:
             lines.append(f"echo {mark}")
             one_line = command.startswith("python\n") or command in ("run", "continue")
             lines.append(command if one_line else f"python\ntry: gdb.execute({command!r})\n"
                          "except gdb.error as error: print('error:', error)\nend")
-        lines.append(f"echo {mark}")  # what follows is from the standard error
+        lines.append(f"echo {mark}")  # the rest is standard error
         script.write("\n".join(lines) + "\n")
         script.flush()
         output = gdb("-x", script.name, *arguments)
@@ -141,7 +141,7 @@ def without_addresses(text):
 
 
 def stops(count):
-    """Commands that lead to the stop of that number."""
+    """The commands that run the program to its stop number `count`."""
     return ["break stop", "run"] + ["continue"] * (count - 1)
 
 
@@ -170,19 +170,19 @@ def may_trace():
 
 
 class Contents(unittest.TestCase):
-    """What holds for a live program as for a core file."""
+    """Tests for a live program, and for a core file."""
 
     core = None
 
     def look(self, commands):
         return look(commands, core=self.core) if self.core else look(commands, stop=1)
 
-    def test_containers_show_what_they_hold(self):
+    def test_containers_print_their_content(self):
         expressions = list(FILLED)
         for expression, answer in zip(expressions, self.look(["print " + e for e in expressions])):
             self.assertEqual(answer, FILLED[expression])
 
-    def test_tables_show_their_entries_in_the_order_of_buckets(self):
+    def test_hash_tables_print_entries_in_the_order_of_buckets(self):
         for (name, entries), answer in zip(TABLES.values(), self.look(["print " + e for e in TABLES])):
             prefix = f"{name} with 5 keys in 4 buckets = {{"
             self.assertTrue(answer.startswith(prefix), answer)
@@ -192,7 +192,7 @@ class Contents(unittest.TestCase):
             if name in ("mub_hashd", "mub_hashx"):
                 self.assertEqual(shown, sorted(shown, key=lambda entry: (int(entry[0]) % 4, entry[1])))
 
-    def test_large_containers_are_cut_and_whole(self):
+    def test_large_containers_are_truncated_and_intact(self):
         formatted, _, hash_keys, tree, chain, deep, *intact = self.look(
             ["print/x filled.arrayt", "set print elements 6", "print large_hash", "print large_btree", "print large_list",
              "print deep_tree"] +
@@ -207,7 +207,7 @@ class Contents(unittest.TestCase):
         for answer in intact:
             self.assertRegex(answer, ": intact$")
 
-    def test_layouts_are_those_of_the_compiler(self):
+    def test_layouts_agree_with_the_compiler(self):
         lines = self.look([LAYOUTS_AGREE])[0].splitlines()
         self.assertEqual(len(lines), 18)
         for line in lines:
@@ -216,7 +216,7 @@ class Contents(unittest.TestCase):
 
 @unittest.skipIf(INSTRUMENTED, "a core file with the shadow memory of a sanitizer fills the disk")
 class Core(Contents):
-    """The same of a core file."""
+    """The same tests with a core file."""
 
     @classmethod
     def setUpClass(cls):
@@ -230,30 +230,30 @@ class Core(Contents):
 
 
 class Live(unittest.TestCase):
-    def test_records_without_content(self):
+    def test_empty_records_are_printed(self):
         for stop in 2, 6:  # zero-filled, terminated
             names = list(EMPTY)
             for name, answer in zip(names, look(["print other." + name for name in names], stop)):
                 self.assertEqual(answer, EMPTY[name])
             self.assertRegex(look(["print other.pool"], stop)[0], "^mub_pool with 0 live blocks of .* in 0 chunks of ")
 
-    def test_garbage_is_reported_as_such(self):
+    def test_uninitialised_records_are_reported(self):
         names = list(EMPTY) + ["pool"]
         for stop in 3, 4, 5:
             for name, answer in zip(names, look(["print other." + name for name in names], stop)):
-                if (name, answer) != ("stringx", '""'):  # one of a length below 0 is empty
+                if (name, answer) != ("stringx", '""'):  # one with a negative length is empty
                     self.assertRegex(answer, r"^mub_\w+ <damaged or not initialised: .*>$")
 
-    def test_damaged_links_neither_loop_nor_raise(self):
+    def test_damaged_links_are_reported(self):
         for name, answer in zip(DAMAGED, look(["print filled." + name for name in DAMAGED], 7)):
             self.assertTrue(answer.endswith(DAMAGED[name]), answer)
         for name, answer in zip(DAMAGED, look(["mub check filled." + name for name in DAMAGED], 7)):
-            self.assertRegex(answer, r": \d+ faults?$")
-        self.assertRegex(look(["mub check filled.pool"], 7)[0], "^0xADDRESS is on the free stack 2 times\n.*: 1 fault$")
-        self.assertRegex(look(["mub check other.pool"], 7)[0], "^0xADDRESS is on the free stack, but is no block of the pool\n")
+            self.assertRegex(answer, r": \d+ errors?$")
+        self.assertRegex(look(["mub check filled.pool"], 7)[0], "^0xADDRESS is on the free stack 2 times\n.*: 1 error$")
+        self.assertRegex(look(["mub check other.pool"], 7)[0], "^0xADDRESS is on the free stack, but is not a block of the pool\n")
 
-    @unittest.skipUnless(shutil.which("dot"), "Graphviz is not here")
-    def test_pictures(self):
+    @unittest.skipUnless(shutil.which("dot"), "needs Graphviz")
+    def test_pictures_have_the_nodes_and_edges_of_the_containers(self):
         names = ("hash", "hashd", "hashx", "hasht", "btree", "btreed", "btreex", "list", "lists", "listx", "tree", "bitree",
                  "pool")
         variables = ["filled." + name for name in names] + ["large_hash", "large_btree", "large_list", "deep_tree"]
@@ -277,7 +277,7 @@ class Live(unittest.TestCase):
                 self.assertEqual(pictures["filled.pool"][2].count("unused"), 12)
 
     def picture(self, path):
-        """(nodes, edges, texts) of what Graphviz draws."""
+        """(nodes, edges, texts) of the SVG that Graphviz draws."""
         svg = subprocess.run(["dot", "-Tsvg", path], capture_output=True, check=True)
         self.assertEqual(svg.stderr, b"")
         groups = list(ElementTree.fromstring(svg.stdout).iter(SVG + "g"))
@@ -285,15 +285,15 @@ class Live(unittest.TestCase):
         texts = [text.text for text in groups[0].iter(SVG + "text")]
         return kinds.count("node") * [0], kinds.count("edge") * [0], texts
 
-    def test_commands_say_what_is_wrong(self):
-        for command, answer in (("mub dot filled.array", "mub_array has none"), ("mub dot", "a container is needed"),
-                                ("mub check outside", "no container"), ("mub dot hash_pointer > /no/such/file", "No such file"),
+    def test_commands_report_wrong_arguments(self):
+        for command, answer in (("mub dot filled.array", "mub_array cannot be drawn"), ("mub dot", "expected a container"),
+                                ("mub check outside", "not a container of libmub"), ("mub dot hash_pointer > /no/such/file", "No such file"),
                                 ("mub check nothing", 'No symbol "nothing"')):
             self.assertIn(answer, look([command], 1)[0])
         self.assertIn("mub dot VAR", look(["help mub"], 1)[0])
         self.assertTrue(look(["mub dot hash_pointer"], 1)[0].startswith("digraph mub_hash {"))
 
-    def test_front_ends_get_maps_and_arrays(self):
+    def test_front_ends_receive_maps_and_arrays(self):
         commands = "\n".join(["-enable-pretty-printing", f'-interpreter-exec console "source {SCRIPT}"', "-break-insert stop",
                               "-exec-run"]) + "\n"
         asks = "\n".join(["-var-create list * filled.list", "-var-list-children --all-values list",
@@ -316,7 +316,7 @@ class Live(unittest.TestCase):
 
 class Installed(unittest.TestCase):
     @unittest.skipUnless(os.path.exists(os.path.join(BUILD, "gdb", "cmake_install.cmake")), "nothing is installed")
-    def test_the_shared_library_brings_the_printers(self):
+    def test_the_installed_library_loads_the_printers(self):
         with tempfile.TemporaryDirectory() as prefix:
             prefix = os.path.realpath(prefix)
             subprocess.run(["cmake", "--install", BUILD, "--component", "gdb", "--prefix", prefix], check=True,
@@ -340,9 +340,9 @@ def main():
     with tempfile.TemporaryDirectory() as directory:
         Contents.core = core_of_itself(directory)
         if Contents.core is None:
-            print("skipped: GDB may trace no program here, and an aborted one leaves no core file")
+            print("skipped: GDB may not trace programs here, and an aborted program leaves no core file")
             sys.exit(SKIPPED)
-        print("GDB may trace no program here: only a core file is looked at")
+        print("GDB may not trace programs here: testing only with a core file")
         unittest.main(defaultTest=["Contents", "Installed"])
 
 

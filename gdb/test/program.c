@@ -1,5 +1,5 @@
-/* Fills a container of every kind with what gdb_test.py expects, and stops where it looks. Everything is static, so
- * that optimised code keeps it. */
+/* Fills a container of every kind with the content that gdb_test.py expects, and calls stop() where it looks.
+ * Everything is static, so that the optimiser keeps it. */
 #include <mub.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -39,13 +39,13 @@ static mub_hash large_hash;
 static mub_btree large_btree;
 static mub_list large_list;
 static mub_tree deep_tree;
-/* Not static: they are only read by the debugger. */
+/* Not static, as only the debugger reads them. */
 mub_btreed_cursor cursor;
 mub_btree_cursor cursor_at_end;
 mub_btreex_cursor cursor_without_leaf, damaged_cursor;
-static int outside; /* its address is a value */
+static int outside; /* its address is used as a value */
 
-/* For the test of the layouts; a program need not know the types of the nodes. */
+/* For the test of the layouts: makes the types of all nodes known to GDB. */
 typedef struct nodes {
   mub_array_entry array;
   mub_arrayd_entry arrayd;
@@ -68,7 +68,7 @@ typedef struct nodes {
 } nodes;
 static nodes node_types;
 
-/* The places where the debugger stops. */
+/* The debugger stops here. */
 __attribute__((noinline)) static void stop(const char *where) {
   __asm__ volatile("" ::"r"(where) : "memory");
 }
@@ -239,7 +239,7 @@ static void terminate(everything *e) {
   mub_bits_term(&e->bits);
 }
 
-/* Containers larger than what is printed and drawn. */
+/* Containers that are too large to be printed or drawn completely. */
 static void fill_large(void) {
   char key[16];
   mub_hash_init(&large_hash, 1, 0);
@@ -256,7 +256,7 @@ static void fill_large(void) {
   }
 }
 
-/* What a faulty program might leave. */
+/* Damage as a faulty program might cause it. */
 static void damage(everything *e) {
   e->hash.count++;
   mub_hashd_entry *entry = (mub_hashd_entry *)(uintptr_t)e->hashd.buckets.items[2];
@@ -271,7 +271,7 @@ static void damage(everything *e) {
   mub_pool_free(&e->pool, (char *)e->pool.chunks[0] + 24);
   e->array.keys.length = 3;
   other.pool = e->pool;
-  other.pool.chunk_count = 0; /* the copy has released blocks, and no chunk that they could lie in */
+  other.pool.chunk_count = 0; /* the copy has released blocks, but no chunk that contains them */
 }
 
 static void stop_with_bytes(const char *where, int byte) {
@@ -279,7 +279,7 @@ static void stop_with_bytes(const char *where, int byte) {
   stop(where);
 }
 
-/* No two fields of the nodes are alike. */
+/* All fields of the nodes have different values. */
 static void fill_nodes(void) {
   unsigned char *bytes = (unsigned char *)&node_types;
   for (size_t i = 0; i < sizeof node_types; i++) bytes[i] = (unsigned char)(i * 37 + i / 256 + 11);
