@@ -1,7 +1,7 @@
-/* The prime numbers below a bound, by a set of bits.
+/* Find the prime numbers below a bound with a bit set.
  *
- * The set has its whole size beforehand, which is where memory can run out; after that, setting a bit
- * cannot fail. */
+ * The set is allocated at its final size. Only that can run out of memory; after that, setting a bit cannot
+ * fail. */
 #include <stdio.h>
 #include <stdlib.h>
 

@@ -1,8 +1,8 @@
-/* Copy a structure of blocks that point at each other, and release either copy at once.
+/* Clone a structure of blocks that point at each other, and release each copy at once.
  *
- * People are blocks of the table's own value pool and point to towns, blocks of another pool.
- * mub_hash_clone copies both pools as they are; the callback moves the pointers of each person over to the
- * copied towns. */
+ * People are blocks of the table's own value pool and point to towns, which are blocks of another pool.
+ * mub_hash_clone copies both pools as a whole; the callback redirects the pointer of each copied person to
+ * the copied town. */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -26,7 +26,7 @@ static int add(mub_hash *people, const char *name, int age, town *home) {
   return value != 0;
 }
 
-/* `copied` is a byte for byte copy so far: its home is still the town of the original. */
+/* `copied` is a copy byte for byte, so its home is still the original town. */
 static void move_home(const mub_pool_chunk *map, uint64_t original, mub_pool *towns, uint64_t copied,
                       mub_pool *copied_towns) {
   int64_t offset = 0;
@@ -67,7 +67,7 @@ int main(void) {
   mub_hash_init(&people, 1, 1);
   mub_hash_init(&copy, 1, 1);
   const int done = demonstrate(&people, &towns, &copy, &copied_towns);
-  mub_hash_term(&copy); /* pools go whole: no person is visited */
+  mub_hash_term(&copy); /* releases the pools as a whole, without visiting each person */
   mub_hash_term(&people);
   mub_pool_term(&copied_towns);
   mub_pool_term(&towns);

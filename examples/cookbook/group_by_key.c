@@ -1,8 +1,8 @@
 /* Group records by a key, with a total for each group.
  *
- * A group is a block of the tree's value pool: mub_btree_set finds the group of a key or makes it, in one
- * descent, and passes a new one to the initialiser. The tree keeps its keys in order, so nothing is sorted
- * for the report. */
+ * A group is a block of the tree's value pool. mub_btree_set finds the group of a key or creates it, in a
+ * single look-up, and passes a new group to the initialiser. The tree keeps its keys in order, so the report
+ * needs no sorting. */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -48,9 +48,9 @@ static void print(const mub_btree *groups) {
 
 int main(void) {
   mub_btree groups;
-  mub_btree_init(&groups, 1, 1, 1); /* entries, records and values in pools of its own */
+  mub_btree_init(&groups, 1, 1, 1); /* with its own pools for entries, records and values */
   int done = groups.value_pool != NULL;
-  if (done) groups.value_pool->block_size = sizeof(group); /* only we know it */
+  if (done) groups.value_pool->block_size = sizeof(group); /* the library does not know it */
   for (size_t i = 0; done && i < sizeof SALES / sizeof *SALES; i++) done = add(&groups, &SALES[i]);
   if (done) print(&groups);
   mub_btree_term(&groups); /* releases every group at once */

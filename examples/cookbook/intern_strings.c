@@ -1,8 +1,7 @@
 /* Keep one copy of each string, so that equal strings are equal numbers.
  *
- * The bytes lie packed in the keys of a hash table and the value of an entry is the string's number; an
- * array leads back from the number to the entry, which never moves. Comparing two interned strings
- * compares two integers. */
+ * The strings are the keys of a hash table, and the value of an entry is the string's number. An array maps
+ * the number back to the entry, which never moves. To compare two interned strings, compare two integers. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -24,7 +23,7 @@ static void symbols_term(symbols *s) {
   mub_hash_term(&s->by_text);
 }
 
-/* The number of a text, the same for equal texts; -1 when memory ran out. */
+/* The number of a text, the same for equal texts; -1 if memory runs out. */
 static int64_t intern(symbols *s, const char *text, int64_t length) {
   mub_hash_entry *entry;
   if (!mub_arrays_expand(&s->by_number, s->by_number.count + 1)) return -1;
@@ -35,7 +34,7 @@ static int64_t intern(symbols *s, const char *text, int64_t length) {
   return entry != NULL ? (int64_t)entry->value : -1;
 }
 
-/* A view of the text of a number; good until the next text is interned. */
+/* A view of the text of a number; valid until the next text is interned. */
 static mub_stringx text_of(const symbols *s, int64_t number) {
   const mub_hash_entry *entry = (const mub_hash_entry *)(uintptr_t)mub_arrays_get_at(&s->by_number, number);
   return (mub_stringx){(const char *)s->by_text.keys.data, entry->key_offset, entry->key_length};

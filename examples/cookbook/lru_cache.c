@@ -1,7 +1,7 @@
-/* A cache that forgets what was not used for longest.
+/* Build a cache that evicts the least recently used item.
  *
- * A list keeps the items in the order of use, a hash table finds the place of a key in it. A place in a
- * list stays valid until it is removed, so the table can hold its address. */
+ * A list keeps the items in the order of use, and a hash table maps a key to its list entry. A list entry
+ * stays valid until it is removed, so the table can store its address. */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -16,7 +16,7 @@ typedef struct item {
 
 typedef struct cache {
   mub_hashx places; /* key -> entry of `order` */
-  mub_lists order;  /* items, the one used last at the head */
+  mub_lists order;  /* items, the most recently used at the head */
 } cache;
 
 static item *item_at(uint64_t value) { return (item *)(uintptr_t)value; }
@@ -33,7 +33,7 @@ static void cache_term(cache *c) {
   mub_hashx_term(&c->places);
 }
 
-/* The item's place at the head; where it was when memory ran out. */
+/* Moves an item to the head; leaves it in place if memory runs out. */
 static mub_lists_entry *to_head(cache *c, mub_lists_entry *place) {
   mub_lists_entry *head = mub_lists_add_head(&c->order, place->value);
   if (head == NULL) return place;
@@ -54,14 +54,14 @@ static mub_lists_entry *new_place(cache *c) {
   return place;
 }
 
-/* The place of the oldest item, without its key, for another item. */
+/* Evicts the least recently used item, and returns it for reuse. */
 static mub_lists_entry *oldest_place(cache *c) {
   mub_lists_entry *place = to_head(c, c->order.tail);
   mub_hashx_remove(&c->places, item_at(place->value)->key);
   return place;
 }
 
-/* For a key that is not there. Returns its item; NULL when memory ran out. */
+/* Adds a key that is not in the cache. Returns its item, or NULL if memory runs out. */
 static const item *cache_add(cache *c, item added) {
   mub_lists_entry *place = c->order.count < ROOM ? new_place(c) : oldest_place(c);
   if (place == NULL) return NULL;

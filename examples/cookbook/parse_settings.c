@@ -1,7 +1,7 @@
-/* Read a text of settings without copying any of it.
+/* Parse settings from a text without copying any of it.
  *
- * A mub_stringx is a span of a text that somebody else owns. Cutting a line off, splitting it and trimming
- * it move spans and allocate nothing, so there is nothing to fail and nothing to release. */
+ * A mub_stringx is a view of part of a text that is owned elsewhere. Splitting and trimming a view allocates
+ * nothing, so nothing can fail and nothing needs to be released. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -16,7 +16,7 @@ static const char SETTINGS[] =
     "ratio  =  0.75  \n"
     "no equals sign here\n";
 
-/* Cuts what stands before `separator` off `rest`, and the separator with it; all of it when there is none. */
+/* Splits the text before `separator` from `rest`, or all of `rest` if there is none; drops the separator. */
 static mub_stringx cut(mub_stringx *rest, char separator) {
   mub_stringx front = *rest;
   const int64_t at = mub_stringx_find_char(rest, separator);

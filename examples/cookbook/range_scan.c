@@ -1,7 +1,7 @@
 /* Keep an ordered index, and list the keys of a range.
  *
- * mub_btreex_cursor_seek gives the first record whose key is not below the start of the range; from there
- * the cursor goes in key order up to the end of the range. */
+ * mub_btreex_cursor_seek returns the first record whose key is not less than the start of the range. From
+ * there the cursor moves in key order to the end of the range. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -29,7 +29,7 @@ static void print_range(const mub_btreex *index, int64_t from, int64_t to) {
 }
 
 int main(void) {
-  mub_btreex by_minute; /* its keys are signed numbers until `key_type` says something else */
+  mub_btreex by_minute; /* its keys are signed numbers unless `key_type` is changed */
   mub_btreex_init(&by_minute, 1, 1, 0);
   int done = 1;
   for (size_t i = 0; done && i < sizeof EVENTS / sizeof *EVENTS; i++)

@@ -1,7 +1,7 @@
-/* Sort records by several keys, and by a different choice of keys at every call.
+/* Sort structs by several keys, which each call selects anew.
  *
- * The array holds addresses; the records stay where they are. The comparer's context carries the choice,
- * so there is no global variable and no comparer for each combination. */
+ * The array holds addresses; the structs do not move. The comparer's context holds the selection, so there is
+ * no need for a global variable, nor for a comparer for each combination. */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -25,7 +25,7 @@ static int by_author(const book *a, const book *b) { return mub_str_cmp(a->autho
 static int by_title(const book *a, const book *b) { return mub_str_cmp(a->title, b->title); }
 static int by_year_down(const book *a, const book *b) { return (a->year < b->year) - (a->year > b->year); }
 
-/* The first key that tells two books apart decides; `keys` is a list of them that ends with NULL. */
+/* The first key in which two books differ decides their order. `keys` ends with NULL. */
 static int by_keys(uint64_t keys, uint64_t item, uint64_t other, uint64_t unused) {
   (void)unused;
   for (const compare_books *key = (const compare_books *)(uintptr_t)keys; *key != NULL; key++) {
@@ -50,7 +50,7 @@ int main(void) {
   const int64_t count = sizeof BOOKS / sizeof *BOOKS;
   mub_arrays books;
   mub_arrays_init(&books, 0);
-  const int done = mub_arrays_expand(&books, count); /* appending cannot fail then */
+  const int done = mub_arrays_expand(&books, count); /* so that appending cannot fail */
   for (int64_t i = 0; done && i < count; i++) mub_arrays_append(&books, (uintptr_t)&BOOKS[i]);
   if (done) {
     print_sorted("by author, newest first", &books, author_year);

@@ -1,8 +1,7 @@
-/* Sets of widely scattered numbers, with union and intersection.
+/* Implement sparse sets of numbers, with union and intersection.
  *
- * A set is a hash table from a number's upper bits to a word of 64 bits, one for each of its lower six:
- * numbers that lie close together share an entry, and operations on sets work through 64 members at a
- * time. */
+ * A set is a hash table from the upper bits of a number to a 64-bit word with one bit for each value of the
+ * lower six: nearby numbers share an entry, and set operations process 64 numbers at a time. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -12,7 +11,7 @@
 static int add_word(mub_hashx *set, uint64_t page, uint64_t bits) {
   mub_hashx_entry *entry;
   if (bits == 0) return 1;
-  mub_hashx_entry_set(set, page, &entry); /* value 0 when it is new */
+  mub_hashx_entry_set(set, page, &entry); /* a new entry has value 0 */
   if (entry == NULL) return 0;
   entry->value |= bits;
   return 1;
@@ -24,7 +23,7 @@ static int add_range(mub_hashx *set, uint64_t first, uint64_t last, uint64_t ste
   return 1;
 }
 
-/* `out` gets what is in both when `common`, else what is in one of them. */
+/* Stores the intersection in `out` if `common`, otherwise the union. */
 static int combine(const mub_hashx *a, const mub_hashx *b, int common, mub_hashx *out) {
   int64_t bucket;
   for (mub_hashx_entry *e = mub_hashx_entry_first(a, &bucket); e; e = mub_hashx_entry_next(a, &bucket, e))

@@ -1,8 +1,7 @@
-/* Fill a template in: {name} by the value of the name, from a dictionary.
+/* Fill in a template: replace {name} by the value of the name in a dictionary.
  *
- * The text grows piece by piece in one string, whose room is there after the first letters: a string keeps
- * its capacity when it is emptied. Appending reports nothing, so room is made, and its absence met,
- * beforehand. */
+ * The text is built piece by piece in one string. Appending does not report errors, so capacity is reserved,
+ * and checked, beforehand. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -20,7 +19,7 @@ static int append(mub_string *out, const char *text, int64_t count) {
   return 1;
 }
 
-/* A name that is not in the dictionary stays as it stands, braces and all. */
+/* A name that is not in the dictionary remains unchanged, with its braces. */
 static int fill(const char *text, const mub_array *values, mub_string *out) {
   mub_stringx rest = {text, 0, (int64_t)strlen(text)};
   while (rest.length > 0) {

@@ -1,7 +1,7 @@
 /* Build an outline from paths, and print it indented.
  *
- * mub_tree stores no keys: the value of an entry is a block that holds what the program wants to know of
- * it, here a view of the title inside the path that brought it. */
+ * mub_tree stores no keys. The value of an entry is a block with the program's data, here a view of the title
+ * in the path that added it. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -16,7 +16,7 @@ static mub_stringx *title_of(const mub_tree_entry *entry) { return (mub_stringx 
 static mub_tree_entry *add_child(mub_tree *tree, mub_tree_entry *parent, const mub_stringx *title) {
   mub_stringx *kept = mub_pool_new(tree->value_pool);
   mub_tree_entry *entry = mub_tree_entry_new(tree);
-  if (kept == NULL || entry == NULL) return NULL; /* what there is goes with the pools */
+  if (kept == NULL || entry == NULL) return NULL; /* whichever succeeded is released with its pool */
   mub_stringx_copy(kept, title);
   entry->value = (uintptr_t)kept;
   mub_tree_entry_append(tree, parent, entry);

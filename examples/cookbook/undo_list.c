@@ -1,8 +1,8 @@
 /* Undo and redo of edits to a text.
  *
- * Each edit remembers the bytes that it replaced. Undoing swaps those back in, which makes the same record
- * the one that redoes the edit: a position in the list, which stays valid whatever is added, is all the
- * state there is. */
+ * Each edit stores the bytes that it replaced. Undoing an edit swaps them with the new bytes, so that the
+ * same struct then serves to redo it. The only state is a position in the list, which stays valid when edits
+ * are added. */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -10,14 +10,14 @@
 
 typedef struct edit {
   int64_t position;
-  int64_t length;   /* bytes that stand in the text now */
-  mub_string other; /* those that stood there before */
+  int64_t length;   /* of the replacement in the text */
+  mub_string other; /* the bytes that were there before */
 } edit;
 
 typedef struct editor {
   mub_string text;
   mub_lists edits;       /* values: edits, blocks of the list's own pool */
-  mub_lists_entry *last; /* the edit done last; NULL when all are undone */
+  mub_lists_entry *last; /* the last edit that is not undone; NULL if all are */
 } editor;
 
 static edit *edit_at(uint64_t value) { return (edit *)(uintptr_t)value; }
@@ -25,19 +25,19 @@ static edit *edit_at(uint64_t value) { return (edit *)(uintptr_t)value; }
 static void release_edit(uint64_t value) { mub_string_term(&edit_at(value)->other); }
 
 static int toggle(mub_string *text, edit *change) {
-  mub_string standing;
-  mub_string_init(&standing);
+  mub_string current;
+  mub_string_init(&current);
   const int64_t new_length = change->other.length;
-  const int done = mub_string_mid_string(text, change->position, change->length, &standing) &&
+  const int done = mub_string_mid_string(text, change->position, change->length, &current) &&
                    mub_string_update(text, change->position, change->length,
                                      change->other.data ? change->other.data : "", new_length);
   if (done) change->length = new_length;
-  if (done) mub_string_swap(&change->other, &standing);
-  mub_string_term(&standing);
+  if (done) mub_string_swap(&change->other, &current);
+  mub_string_term(&current);
   return done;
 }
 
-/* The caller owns what is removed: its string and its block are released here. */
+/* The caller owns a removed value: release its string and its block. */
 static void drop_redo(editor *e) {
   while (e->edits.tail != e->last) {
     edit *dropped = edit_at(mub_lists_remove_tail(&e->edits));

@@ -1,8 +1,8 @@
-/* Turn UTF-16 into UTF-8.
+/* Convert UTF-16 to UTF-8.
  *
- * mub_wchar holds 16-bit units and knows nothing of surrogates; this joins a pair to its character, and
- * writes U+FFFD for a surrogate that stands alone. Three bytes for each unit are always enough: with room
- * for them, nothing can fail. */
+ * mub_wchar holds 16-bit units and does not interpret surrogates. This combines surrogate pairs, and writes
+ * U+FFFD for an unpaired surrogate. Three bytes for each unit are always enough: once they are reserved,
+ * nothing can fail. */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -10,7 +10,7 @@
 
 enum { REPLACEMENT = 0xFFFD };
 
-/* The character at `*index`, which moves on by the units that it takes. */
+/* Returns the character at `*index`, and moves `*index` to the next one. */
 static uint32_t next_character(const mub_wchar *text, int64_t *index) {
   const uint32_t unit = mub_wchar_get_at(text, (*index)++);
   if (unit < 0xD800 || unit > 0xDFFF) return unit;
@@ -36,7 +36,7 @@ static int to_utf8(const mub_wchar *text, mub_string *out) {
 }
 
 int main(void) {
-  /* "naïve", a euro sign, a treble clef (a pair of surrogates), and half of a pair */
+  /* "naïve", a euro sign, a treble clef (a pair of surrogates), and an unpaired surrogate */
   static const uint16_t units[] = {'n', 'a', 0xEF, 'v', 'e', ' ', 0x20AC, ' ', 0xD834, 0xDD1E, ' ', 0xD834};
   const int64_t count = sizeof units / sizeof *units;
   mub_wchar wide;

@@ -1,7 +1,7 @@
 /* Count words, and list the most frequent first.
  *
- * The count is the value of the word's entry, so that each word costs one look-up. Entries never move: an
- * array of their addresses is all that sorting takes. */
+ * The count is the value of the word's entry, so each word takes a single look-up. Entries never move, so an
+ * array of their addresses can be sorted. */
 #include <ctype.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -25,7 +25,7 @@ static int count_words(mub_hash *words, const char *text) {
 
 static const mub_hash_entry *entry_at(uint64_t item) { return (const mub_hash_entry *)(uintptr_t)item; }
 
-/* More often first, then by the alphabet. The context is the bytes of the table's keys. */
+/* By decreasing count, then alphabetically. The context is the address of the table's key bytes. */
 static int by_count(uint64_t keys, uint64_t item, uint64_t other, uint64_t unused) {
   const mub_hash_entry *a = entry_at(item), *b = entry_at(other);
   const uint8_t *bytes = (const uint8_t *)(uintptr_t)keys;
@@ -53,7 +53,7 @@ static int print_sorted(const mub_hash *words) {
 
 int main(void) {
   mub_hash words;
-  mub_hash_init(&words, 1, 0); /* a pool for the entries, none for values */
+  mub_hash_init(&words, 1, 0); /* with its own entry pool, and no value pool */
   words.nocase = 1;
   const int done = count_words(&words, TEXT) && print_sorted(&words);
   mub_hash_term(&words);

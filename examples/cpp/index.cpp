@@ -1,4 +1,4 @@
-// Reads a text and prints its index: every word with the lines on which it stands, in alphabetical order.
+// Prints the index of a text: every word, in alphabetical order, with the lines that contain it.
 //
 //   index <text
 #include <cctype>
@@ -16,8 +16,8 @@ bool read_all(std::FILE *file, mub::string &text) {
   return true;
 }
 
-// The lines of a word are a block of the map's value pool: a mub_arrayt, which holds four numbers without a
-// heap block.
+// The lines of a word: a mub_arrayt in a block of the map's value pool. It stores up to four numbers without
+// a heap block.
 mub_arrayt *lines_of(std::uint64_t value) { return mub::to_pointer<mub_arrayt>(value); }
 
 bool note(mub::btree &index, std::string_view word, std::uint64_t line) {
@@ -25,7 +25,7 @@ bool note(mub::btree &index, std::string_view word, std::uint64_t line) {
   if (value == 0) return false;
   mub_arrayt *lines = lines_of(value);
   if (!is_new && mub_arrayt_get_last(lines) == line) return true;
-  if (!mub_arrayt_expand(lines, lines->count + 1)) return false;  // appending itself would not tell
+  if (!mub_arrayt_expand(lines, lines->count + 1)) return false;  // appending does not report errors
   mub_arrayt_append(lines, line);
   return true;
 }
@@ -34,7 +34,8 @@ bool make_index(mub::btree &index, std::string_view text) {
   std::uint64_t line = 1;
   for (std::size_t start = 0, end = 0; end <= text.size(); ++end) {
     if (end < text.size() && std::isalpha(static_cast<unsigned char>(text[end])) != 0) continue;
-    if (end > start && !note(index, text.substr(start, end - start), line)) return false;  // no copy is made
+    if (end > start && !note(index, text.substr(start, end - start), line))
+      return false;  // substr copies nothing
     if (end < text.size() && text[end] == '\n') ++line;
     start = end + 1;
   }
@@ -55,12 +56,12 @@ void print(const mub::btree &index) {
 int main() {
   mub::string text;
   mub::btree index(mub::value_blocks{sizeof(mub_arrayt)});
-  index.c()->nocase = 1;  // "The" and "the" are one word, written as it came first
+  index.c()->nocase = 1;  // "The" and "the" are one word, spelled as at its first occurrence
   const bool done = read_all(stdin, text) && make_index(index, text);
   if (done)
     print(index);
   else
     std::fputs("index: out of memory\n", stderr);
-  index.free_all([](std::uint64_t value) { mub_arrayt_term(lines_of(value)); });  // the rest goes by itself
+  index.free_all([](std::uint64_t value) { mub_arrayt_term(lines_of(value)); });  // the rest is automatic
   return done ? 0 : 1;
 }

@@ -23,7 +23,7 @@ bool answer_lines(const mub_bits *lines, const corpus *texts, mub_string *out) {
   return true;
 }
 
-/* Whether a word comes after the words that begin with `last`. */
+/* Whether a word sorts after all words that begin with `last`. */
 static bool is_past(const mub_char *word, const mub_string *last) {
   const int64_t length = word->length < last->length ? word->length : last->length;
   return mub_mem_cmp(word->data, length, last->data, last->length) > 0;

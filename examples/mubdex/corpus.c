@@ -22,7 +22,7 @@ void corpus_term(corpus *texts) {
   mub_stream_term(&texts->bytes);
 }
 
-/* A file is the same under all its names: its device and inode as the 16 bytes of a key. */
+/* The key of a file is its device and inode, which are the same under all its names. */
 typedef struct file_key {
   uint32_t words[4];
 } file_key;
@@ -46,7 +46,7 @@ mubdex_result read_file(mub_stream *bytes, FILE *file, progress_fn progress) {
     const int64_t length = bytes->length;
     if (!mub_stream_expand(bytes, length + READ_BLOCK_BYTES)) return RESULT_NO_MEMORY;
     const size_t got = fread(bytes->data + length, 1, READ_BLOCK_BYTES, file);
-    /* mub_stream_shrink sets the length, here to more: the bytes are there already. */
+    /* mub_stream_shrink also increases the length, here to include the bytes just read. */
     mub_stream_shrink(bytes, length + (int64_t)got);
     if (ferror(file)) return RESULT_READ_ERROR;
     if (feof(file)) return RESULT_OK;
@@ -54,12 +54,13 @@ mubdex_result read_file(mub_stream *bytes, FILE *file, progress_fn progress) {
   }
 }
 
-/* Ends the last line when the text does not. Reading to the end has left room for it. */
+/* Ends the last line if the text does not. Reading up to the end of the file has left room for the
+ * newline. */
 static void end_last_line(mub_stream *bytes, int64_t start) {
   if (bytes->length > start && bytes->data[bytes->length - 1] != '\n') mub_stream_append(bytes, "\n", 1);
 }
 
-/* Notes where the lines end from `start` on. */
+/* Appends the ends of the lines from `start` on. */
 static bool cut_lines(corpus *texts, int64_t start) {
   const uint64_t text = (uint64_t)texts->texts.count - 1;
   mub_char rest = {(char *)texts->bytes.data + start, texts->bytes.length - start};
@@ -75,7 +76,7 @@ static bool cut_lines(corpus *texts, int64_t start) {
   return true;
 }
 
-/* With all the room made beforehand, the append cannot fail. */
+/* The capacity is reserved first, so that appending cannot fail. */
 static bool add_text(corpus *texts, const char *name, const file_key *key) {
   mub_array *names = &texts->texts;
   const int64_t length = (int64_t)strlen(name);
@@ -130,7 +131,7 @@ bool corpus_append_line(const corpus *texts, int64_t line, mub_string *out) {
   const int64_t number = line_place(texts, line, &name, &name_length);
   const mub_char content = corpus_line(texts, line);
   const int64_t marks_and_number = 3 + 20;
-  /* With all the room made beforehand, no append can fail. */
+  /* The capacity is reserved first, so that no append can fail. */
   if (!mub_string_expand(out, out->length + name_length + content.length + marks_and_number)) return false;
   if (texts->texts.count > 1) {
     mub_string_append(out, name, name_length);

@@ -6,19 +6,18 @@
 #include "utf8.h"
 #include "vocabulary.h"
 
-/* What is drawn at most. */
+/* The most that is drawn. */
 enum {
   MAX_BUCKETS = 64,
   MAX_CHAIN = 6,
-  MAX_LEAVES = 8,   /* below one entry of the tree */
-  MAX_BRANCHES = 2, /* higher up */
+  MAX_LEAVES = 8,   /* of one inner node */
+  MAX_BRANCHES = 2, /* of the nodes above it */
   MAX_CHUNKS = 8,
   MAX_BLOCKS = 16,
   MAX_LETTERS = 16
 };
 
-/* Fills are light with dark text and lines are grey, on no background: that can be read on white and on
- * black. */
+/* Light cells with dark text and grey lines, without a background, are readable on white and on black. */
 static const char STYLE[] =
     "  bgcolor=transparent\n"
     "  fontname=\"sans-serif\" fontsize=11 fontcolor=\"#7f8c9b\" labelloc=t\n"
@@ -31,8 +30,8 @@ static const char LEFT_OUT[] = "fontcolor=\"#7f8c9b\"";
 
 typedef struct drawing {
   mub_string *out;
-  bool is_whole; /* until memory runs out */
-  int nodes;     /* entries drawn so far; the next one's number */
+  bool is_whole; /* false after memory ran out */
+  int nodes;     /* entries drawn so far; the number of the next one */
 } drawing;
 
 static void draw_bytes(drawing *d, const char *text, int64_t length) {
@@ -43,8 +42,7 @@ static void draw_bytes(drawing *d, const char *text, int64_t length) {
 
 static void draw(drawing *d, const char *format, ...) MUB_PRINTF(2, 3);
 
-/* For markup and numbers; a piece is far shorter than the room for it. Texts of any length are drawn by
- * draw_text. */
+/* For markup and numbers, which are far shorter than the buffer. Use draw_text for texts of any length. */
 static void draw(drawing *d, const char *format, ...) {
   char piece[512];
   va_list arguments;
@@ -55,7 +53,7 @@ static void draw(drawing *d, const char *format, ...) {
   if (d->is_whole) draw_bytes(d, piece, length);
 }
 
-/* A word, as much of it as a cell takes. What is not UTF-8 becomes the replacement character. */
+/* A word, truncated to fit a cell. Invalid UTF-8 becomes the replacement character. */
 static void draw_text(drawing *d, mub_char text) {
   for (int letters = 0; text.length > 0; letters++) {
     uint32_t code;
@@ -75,7 +73,7 @@ static void draw_text(drawing *d, mub_char text) {
   }
 }
 
-/* What stands in a table: a word and its count. */
+/* An entry of a table: a word and its count. */
 static void draw_word(drawing *d, mub_char word, uint64_t count, const char *port) {
   draw(d, "<TR><TD ALIGN=\"LEFT\"%s>", port);
   draw_text(d, word);
@@ -159,7 +157,7 @@ static void draw_leaf(drawing *d, const vocabulary *v, const mub_btree_entry *le
   d->nodes++;
 }
 
-/* An entry of a higher level: a cell a child, with the child's key. */
+/* An inner node: one cell per child, with the key of the child. */
 static void draw_branch(drawing *d, const vocabulary *v, const mub_btree_entry *entry, int64_t drawn) {
   const long long left_out = (long long)(entry->children.count - drawn);
   draw(d, "  e%d [class=branch label=<%s<TR><TD COLSPAN=\"%lld\">level %d</TD></TR><TR>", d->nodes,
@@ -176,7 +174,7 @@ static void draw_branch(drawing *d, const vocabulary *v, const mub_btree_entry *
   d->nodes++;
 }
 
-/* Recurses once a level; a tree of a million words has four or five. */
+/* Recurses once per level; a tree of a million words has four or five levels. */
 static void draw_entry(drawing *d, const vocabulary *v, const mub_btree_entry *entry) {
   if (entry->level == 0) {
     draw_leaf(d, v, entry);
@@ -198,7 +196,7 @@ static bool draw_btree(const word_index *index, mub_string *out) {
   const bool filled = vocabulary_init(&v) && vocabulary_fill(&v, index);
   if (filled) {
     draw(&d, "digraph btree {\n  nodesep=0.2 ranksep=0.5\n%s", STYLE);
-    draw(&d, "  label=\"mub_btree: %lld records, %lld entries besides the root; %lld bytes of keys\"\n",
+    draw(&d, "  label=\"mub_btree: %lld records, %lld nodes below the root; %lld bytes of keys\"\n",
          (long long)v.words.count, (long long)v.words.entry_pool->live_count, (long long)v.words.keys.length);
     draw_entry(&d, &v, &v.words.root);
     draw(&d, "}\n");
@@ -207,9 +205,9 @@ static bool draw_btree(const word_index *index, mub_string *out) {
   return filled && d.is_whole;
 }
 
-/* ---- pool: a row of blocks for each chunk, and the stack of the released ones ---- */
+/* ---- pool: a row of blocks for each chunk, with their places on the free stack ---- */
 
-/* 1 for the block that is issued next, 2 for the one after; 0 when it is not on the stack. */
+/* 1 for the block that is reused next, 2 for the one after; 0 for a block that is not on the free stack. */
 static int64_t turn_of(const mub_pool *pool, const void *block) {
   int64_t turn = 0;
   for (int64_t page = pool->free_count - 1; page >= 0; page--) {
@@ -264,7 +262,7 @@ static void draw_chunks(drawing *d, const vocabulary *v) {
   draw(d, "</TABLE>>]\n");
 }
 
-/* Removed words leave their blocks to the pool; the values are the index's. */
+/* Removed words return their blocks to the pool; the values belong to the index. */
 static void remove_rare_words(vocabulary *v, const word_index *index) {
   const mub_hash *words = &index->words;
   int64_t bucket;

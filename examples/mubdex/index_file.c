@@ -1,10 +1,10 @@
-/* The index as bytes:
+/* The format of a saved index:
  *
  *   "MUBDEX"       6 bytes
  *   body length    8 bytes, little-endian
  *   body           total and vocabulary, then for each word in byte order: length, bytes, count;
  *                  numbers packed
- *   CRC-32         4 bytes, over all before it
+ *   CRC-32         4 bytes, of all bytes before it
  */
 #include <string.h>
 
@@ -31,7 +31,7 @@ static int64_t body_bytes(const word_index *index, const mub_array *by_word) {
   return size;
 }
 
-/* Writers never grow a stream, so it has its full length beforehand. */
+/* Writing does not grow a stream, so its final length is set first. */
 static bool write_all(const word_index *index, const mub_array *by_word, mub_stream *out) {
   const int64_t start = out->length;
   const int64_t body = body_bytes(index, by_word);
@@ -64,20 +64,20 @@ bool index_save(const word_index *index, mub_stream *out) {
   return saved;
 }
 
-/* Whether the bytes are whole and unchanged. */
+/* Whether the bytes are complete and undamaged. */
 static mubdex_result check_frame(const mub_stream *in) {
   int64_t position = MAGIC_BYTES;
-  if (in->length < HEADER_BYTES + CRC_BYTES) return RESULT_CUT_SHORT;
+  if (in->length < HEADER_BYTES + CRC_BYTES) return RESULT_TRUNCATED;
   if (memcmp(in->data, MAGIC, MAGIC_BYTES) != 0) return RESULT_DAMAGED;
   const int64_t body = mub_stream_get_lword(in, &position);
-  if (body > in->length - HEADER_BYTES - CRC_BYTES) return RESULT_CUT_SHORT;
+  if (body > in->length - HEADER_BYTES - CRC_BYTES) return RESULT_TRUNCATED;
   if (body < in->length - HEADER_BYTES - CRC_BYTES) return RESULT_DAMAGED;
   position = in->length - CRC_BYTES;
   const uint32_t crc = mub_stream_get_dword(in, &position);
   return crc == mub_stream_crc32(in->data, in->length - CRC_BYTES) ? RESULT_OK : RESULT_DAMAGED;
 }
 
-/* Bytes with a right checksum may still be no index: every step is checked against the end. */
+/* Even with a valid checksum the content may be invalid: every step checks for the end. */
 static mubdex_result read_words(word_index *index, const mub_stream *in) {
   int64_t position = HEADER_BYTES;
   const uint64_t total = (uint64_t)mub_stream_inflate_lword(in, &position);
@@ -110,7 +110,7 @@ mubdex_result index_load(word_index *index, mub_stream *in) {
   mubdex_result result = check_frame(in);
   if (result != RESULT_OK) return result;
   mub_stream_shrink(in, in->length - CRC_BYTES);
-  /* Into an index of its own first: refused bytes add nothing. */
+  /* Parse into a separate index first, so that invalid bytes add nothing. */
   word_index loaded;
   result = index_init(&loaded) ? read_words(&loaded, in) : RESULT_NO_MEMORY;
   if (result == RESULT_OK && !add_all(index, &loaded)) result = RESULT_NO_MEMORY;

@@ -1,4 +1,4 @@
-/* mubdex: an index of the words of a text, as a model of how to use the library. */
+/* mubdex indexes the words of texts: the main example of the library. */
 #define _POSIX_C_SOURCE 200809L
 
 #include <errno.h>
@@ -16,10 +16,10 @@
 #include "report.h"
 #include "word_index.h"
 
-/* Part of every Debian system. */
+/* Present on every Debian system. */
 static char default_text[] = "/usr/share/common-licenses/GPL-3";
 
-/* What is read, and what is known of it. */
+/* The texts and their index. */
 typedef struct program {
   corpus texts;
   word_index index;
@@ -37,16 +37,16 @@ static const char *reason_of(mubdex_result result) {
       return "out of memory";
     case RESULT_READ_ERROR:
       return strerror(errno);
-    case RESULT_CUT_SHORT:
-      return "the index is cut short";
+    case RESULT_TRUNCATED:
+      return "the index is truncated";
     case RESULT_DAMAGED:
-      return "this is no index, or a damaged one";
+      return "not an index, or damaged";
     default:
       return "done";
   }
 }
 
-/* Shown on a terminal only, and rewritten in place. */
+/* Only on a terminal; the line is overwritten. */
 static void show_progress(int64_t bytes_read) {
   const int64_t step = 16 << 20;
   if (bytes_read % step != 0) return;
@@ -90,11 +90,11 @@ static int load_index(word_index *index, const char *name) {
 }
 
 static int write_bytes(const program *state, const char *name, const void *bytes, int64_t count) {
-  if (corpus_has_file(&state->texts, name)) return fail(name, "this is one of the texts");
+  if (corpus_has_file(&state->texts, name)) return fail(name, "would overwrite one of the texts");
   FILE *file = fopen(name, "wb");
   if (file == NULL) return fail(name, strerror(errno));
   const bool written = fwrite(bytes, 1, (size_t)count, file) == (size_t)count;
-  /* Buffered bytes may meet the full disk only now. */
+  /* Writing buffered bytes may fail only here. */
   if (fclose(file) != 0 || !written) return fail(name, strerror(errno));
   return EXIT_DONE;
 }
@@ -162,7 +162,7 @@ static mub_char view_of(const char *text) {
   return (mub_char){(char *)(uintptr_t)text, (int64_t)strlen(text)};
 }
 
-/* Cuts "A..B" in two; false when it is no range. */
+/* Splits "A..B"; false if it is not a range. */
 static bool parse_range(const char *text, mub_char *first, mub_char *last) {
   mub_stringx range;
   const mub_char whole = view_of(text);
@@ -224,20 +224,19 @@ static int run(program *state, const mubdex_options *options) {
   return status;
 }
 
-/* Looks at the task's argument before any file is read. */
+/* Checks the argument of the task before any file is read. */
 static int check_argument(program *state, const mubdex_options *options) {
   const char *argument = options->argument;
   mub_char first, last;
   if (options->task == TASK_LINES) {
     const mub_char word = view_of(argument);
-    if (word.length == 0 || word_at_start(&word) < word.length)
-      return usage_error("this is no word:", argument);
+    if (word.length == 0 || word_at_start(&word) < word.length) return usage_error("not a word:", argument);
   }
   if (options->task == TASK_RANGE && !parse_range(argument, &first, &last)) {
-    return usage_error("this is no range A..B:", argument);
+    return usage_error("not a range A..B:", argument);
   }
   if (options->task == TASK_DOT && dot_picture(argument) == NULL) {
-    return usage_error("there is no picture of", argument);
+    return usage_error("unknown picture", argument);
   }
   if (options->task != TASK_QUERY || query_parse(&state->query, argument)) return EXIT_DONE;
   if (state->query.expected == NULL) return fail("query", reason_of(RESULT_NO_MEMORY));

@@ -1,4 +1,4 @@
-"""Tests mubdex from outside: its counts against tr, sort and uniq; what it saves; what it refuses.
+"""Tests mubdex as a program: counts compared with tr, sort and uniq, saved indexes, errors.
 
 usage: mubdex_test.py MUBDEX
 """
@@ -24,7 +24,7 @@ def run(*arguments, text=None):
 
 
 def report(*arguments, text=None):
-    """The JSON report without what differs from run to run."""
+    """The JSON report without the parts that vary between runs."""
     result = run("--json", *arguments, text=text)
     assert result.returncode == 0, result.stderr
     content = json.loads(result.stdout)
@@ -68,7 +68,7 @@ class Mubdex(unittest.TestCase):
         self.assertTrue(any(reason in result.stderr for reason in reasons), result.stderr)
 
     def test_counts_and_order_are_those_of_coreutils(self):
-        # Long enough that words lie across the blocks it is read in.
+        # Long enough that words span the buffers in which the file is read.
         with open(TEXT, "rb") as file:
             long_text = self.path("long.txt", file.read().replace(b"software", "größe ".encode()) * 9)
         for path in TEXT, long_text:
@@ -95,7 +95,7 @@ class Mubdex(unittest.TestCase):
         content = report("-", text=b"End " + word + b" " + word + b"y end")
         self.assertEqual([(top["count"], len(top["word"])) for top in content["top"]], [(2, 3), (1, 200_000), (1, 200_001)])
 
-    def test_json_survives_bytes_that_are_no_utf8(self):
+    def test_json_replaces_invalid_utf8(self):
         top = report("-", text=b"ok \xff\xc3 gr\xc3\xb6\xc3\x9fe \xed\xa0\x80")["top"]
         self.assertEqual([t["word"] for t in top], ["gr\u00f6\u00dfe", "ok", "\ufffd\ufffd\ufffd", "\ufffd\ufffd"])
 
@@ -123,7 +123,7 @@ class Mubdex(unittest.TestCase):
             expect(("--range", first + ".." + last),
                    lambda word: first <= word and (word <= last or word.startswith(last)))
 
-    def test_outline_shows_headings_below_one_another(self):
+    def test_outline_nests_headings_by_their_numbers(self):
         output = run("--outline", TEXT).stdout.decode().splitlines()
         grep = subprocess.run(["grep", "-nE", r"^ *[0-9]+\. [A-Z]", TEXT], capture_output=True, check=True)
         expected = [re.match(r"(\d+): *(\d+)\. (.*)", line).groups() for line in grep.stdout.decode().splitlines()]
@@ -134,7 +134,7 @@ class Mubdex(unittest.TestCase):
                          "     1  1  One\n     2    1.1  Part\n     3      1.1.2  Deep\n     4    1.3  Last\n"
                          "     5  10.1  None above\n     9  1.2.3  Far\n")
 
-    def test_queries_are_answered_as_grep_and_comm_do(self):
+    def test_queries_have_the_answers_of_grep_and_sets(self):
         def lines(word):
             grep = subprocess.run(["grep", "-inw", word, TEXT], capture_output=True, check=False)
             return set(grep.stdout.splitlines(keepends=True))
@@ -152,7 +152,7 @@ class Mubdex(unittest.TestCase):
             answer = run("--query", query, TEXT).stdout.splitlines(keepends=True)
             self.assertEqual(answer, sorted(expected, key=lambda line: int(line.split(b":")[0])), query[:40])
 
-    def test_malformed_queries_are_refused_with_the_position_of_the_fault(self):
+    def test_malformed_queries_are_refused_with_the_column_of_the_error(self):
         for query, column in ("", 1), ("free AND", 9), ("free AND OR gnu", 10), ("(free", 1), ("a (b (c)", 3), \
                 ("free)", 5), ("a 1", 3), ("NOT", 4), ("()", 2), ("AND a", 1), ("a & b", 3):
             result = run("--query", query, TEXT)
@@ -173,7 +173,7 @@ class Mubdex(unittest.TestCase):
             self.assertEqual(file.read().decode("utf-16"), "der\ngrößte\nzog\n🂡\n\ufffd\ufffd\ufffd\ufffd\n")
 
     def picture(self, name, text):
-        """The SVG that Graphviz makes: the texts of its nodes by their class, its title, the number of edges."""
+        """The SVG of a picture: the texts of its nodes with their class, its title, the number of edges."""
         dot = run("--dot", name, "-", text=text)
         self.assertEqual((dot.returncode, dot.stderr), (0, b""))
         svg = subprocess.run(["dot", "-Tsvg"], input=dot.stdout, capture_output=True, check=True)
@@ -185,9 +185,9 @@ class Mubdex(unittest.TestCase):
         title = "".join(text.text for text in root.iter(SVG + "text") if text.text.startswith("mub_"))
         return nodes, title, sum("edge" in group for group in groups)
 
-    @unittest.skipUnless(shutil.which("dot"), "Graphviz is not here")
+    @unittest.skipUnless(shutil.which("dot"), "needs Graphviz")
     def test_pictures_show_every_word_once(self):
-        few = b"the pool hands out a block and the table keeps a bucket"
+        few = b"the pool returns a block and the table keeps a bucket"
         many = " ".join(f"{a}{b}" for a in "bcdfgk" for b in "aeiouy" for _ in range(1 + (a < b))).encode()
         for text in few, many, b"", b"<a> & \xff\xfe gr\xc3\xb6\xc3\x9fe " + b"x" * 100:
             counted = collections.Counter(re.findall(rb"[a-z\x80-\xff]+", text))
@@ -196,7 +196,7 @@ class Mubdex(unittest.TestCase):
             nodes, title, edges = self.picture("hash", text)
             entries = [content for kind, content in nodes if kind == "entry"]
             self.assertEqual(sorted(map(tuple, entries)), sorted(words.items()))
-            self.assertEqual(edges, len(words))  # each hangs on its bucket or on the entry before it
+            self.assertEqual(edges, len(words))  # from its bucket or from the entry before it
             self.assertIn(f"{len(words)} entries", title)
 
             nodes, title, edges = self.picture("btree", text)
@@ -217,8 +217,8 @@ class Mubdex(unittest.TestCase):
             self.assertEqual(len(content) % 16, 0)
             self.assertIn(f"{len(frequent)} live blocks", title)
 
-    @unittest.skipUnless(shutil.which("dot"), "Graphviz is not here")
-    def test_pictures_tell_what_they_leave_out(self):
+    @unittest.skipUnless(shutil.which("dot"), "needs Graphviz")
+    def test_pictures_state_what_they_leave_out(self):
         with open(TEXT, "rb") as file:
             text = file.read()
         vocabulary = report(TEXT)["vocabulary"]
@@ -232,15 +232,15 @@ class Mubdex(unittest.TestCase):
         children = [texts[1:] for kind, texts in nodes if kind == "branch"]
         shown = sum(len(texts) - texts[-1].endswith(" more") for texts in children)
         left_out = sum(int(texts[-1].split()[1]) for texts in children if texts[-1].endswith(" more"))
-        entries = int(re.search(r"(\d+) entries", title)[1])
-        self.assertEqual(shown + left_out, entries)
+        nodes_below_root = int(re.search(r"(\d+) nodes", title)[1])
+        self.assertEqual(shown + left_out, nodes_below_root)
         self.assertEqual(len([kind for kind, _ in nodes if kind == "leaf"]), len(nodes) - len(children))
         nodes, title, _ = self.picture("pool", text)
         chunks = int(re.search(r"(\d+) chunks", title)[1])
         self.assertEqual(chunks, -(-vocabulary // 16))
         self.assertEqual(nodes[0][1][-1], f"\u2026 {chunks - 8} more")
 
-    def test_load_gives_back_what_was_saved(self):
+    def test_load_restores_what_was_saved(self):
         path = self.path("text.idx")
         self.assertEqual(run("--save", path, TEXT).returncode, 0)
         loaded, fresh = report("--load", path), report(TEXT)
@@ -255,14 +255,14 @@ class Mubdex(unittest.TestCase):
     def test_every_truncation_and_every_flipped_byte_is_refused(self):
         content = self.saved(b"to be or not to be that is the question")
         for length in range(len(content)):
-            self.assert_refused(content[:length], b"cut short")
+            self.assert_refused(content[:length], b"truncated")
         for position in range(len(content)):
             flipped = bytearray(content)
             flipped[position] ^= 0x41
-            self.assert_refused(bytes(flipped), b"damaged", b"cut short")
+            self.assert_refused(bytes(flipped), b"damaged", b"truncated")
         self.assert_refused(content + b"\0", b"damaged")
 
-    def test_file_that_is_missing_or_cannot_be_written(self):
+    def test_missing_and_unwritable_files_are_errors(self):
         for arguments in ("no/such/file",), ("--load", "no/such/file"), ("--save", "no/such/file", TEXT):
             result = run(*arguments)
             self.assertEqual(result.returncode, 1)
@@ -273,7 +273,7 @@ class Mubdex(unittest.TestCase):
         with open(text, "rb") as file:
             self.assertEqual(file.read(), b"precious")
 
-    def test_wrong_usage(self):
+    def test_wrong_usage_is_reported(self):
         for arguments in ("--bogus",), ("--load",), ("-x",), ("--lines", "a b"), ("--lines", ""), \
                 ("--lines", "a", "--json"), ("--query",), ("--range", "a.b"), ("--dot", "heap"), ("--outline", "--query", "a"):
             result = run(*arguments)
@@ -283,10 +283,10 @@ class Mubdex(unittest.TestCase):
 
     def test_manual_page_has_every_option(self):
         with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "mubdex.1"), encoding="utf-8") as page:
-            told = set(re.findall(r"^\.It Fl \\-(\w+)", page.read(), re.MULTILINE))
+            documented = set(re.findall(r"^\.It Fl \\-(\w+)", page.read(), re.MULTILINE))
         options = set(re.findall(r"^  --(\w+)", run("--help").stdout.decode(), re.MULTILINE))
         self.assertGreater(len(options), 5)
-        self.assertEqual(options - told, set())
+        self.assertEqual(options - documented, set())
 
 
 if __name__ == "__main__":

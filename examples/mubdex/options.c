@@ -8,32 +8,31 @@ static const char USAGE[] =
     "usage: mubdex [--json | --template TEXT | --lines WORD | --prefix PREFIX | --range A..B | --outline |\n"
     "               --query QUERY | --dot PICTURE] [--load INDEX] [--save INDEX] [--utf16 WORDS] [FILE...]\n"
     "\n"
-    "Counts the words of the files, letters folded to lower case, and prints the most frequent ones.\n"
-    "A FILE of - is standard input; without a file the text is /usr/share/common-licenses/GPL-3. A file that "
+    "Counts the words of the files, ignoring the case of letters, and prints the most frequent ones.\n"
+    "A FILE named - is standard input. Without a FILE, reads /usr/share/common-licenses/GPL-3. A file that "
     "is\n"
-    "given twice, also by another name, is read once.\n"
+    "given more than once, under any name, is read once.\n"
     "\n"
     "  --json           print one JSON object\n"
-    "  --template TEXT  print it for each of the most frequent words, put in for its first question mark, "
-    "and their\n"
-    "                   counts for the second, as in 'word ? occurs ? times'\n"
-    "  --lines WORD     print the lines that hold the word, in any case of letters\n"
-    "  --prefix PREFIX  print the words that begin with it, in byte order\n"
-    "  --range A..B     print the words from A to B, and those that begin with B; either may be missing\n"
+    "  --template TEXT  print TEXT for each of the most frequent words, with the word in place of the first\n"
+    "                   question mark and its count in place of the second: 'word ? occurs ? times'\n"
+    "  --lines WORD     print the lines that contain WORD, ignoring case\n"
+    "  --prefix PREFIX  print the words that begin with PREFIX, in byte order\n"
+    "  --range A..B     print the words from A to B, and those that begin with B; A or B may be empty\n"
     "  --outline        print the numbered headings\n"
-    "  --query QUERY    print the lines that answer it: words, AND, OR, NOT and parentheses, as in\n"
+    "  --query QUERY    print the lines that match QUERY: words, AND, OR, NOT and parentheses, as in\n"
     "                   'free AND (software OR program) NOT warranty'\n"
-    "  --dot PICTURE    print a picture of the memory for Graphviz, as in --dot hash | dot -Tsvg: hash, the "
-    "table\n"
-    "                   of the words; btree, the vocabulary in byte order; pool, its records when the words "
-    "that\n"
-    "                   occur once were removed\n"
-    "  --save INDEX     write the counts to a file\n"
-    "  --load INDEX     start from saved counts, which know of no lines; then files are optional\n"
-    "  --utf16 WORDS    write the vocabulary in byte order to a file, a word a line in UTF-16\n"
-    "  --help           print this\n"
+    "  --dot PICTURE    print a picture of a container in memory for Graphviz (--dot hash | dot -Tsvg). "
+    "PICTURE\n"
+    "                   is hash: the table of the words; btree: the words in byte order; or pool: the pool "
+    "of\n"
+    "                   that tree's records after the words that occur only once were removed\n"
+    "  --save INDEX     save the counts to a file\n"
+    "  --load INDEX     start with saved counts, which have no lines; then FILE is optional\n"
+    "  --utf16 WORDS    write the words in byte order to a file, in UTF-16, one per line\n"
+    "  --help           print this help\n"
     "\n"
-    "Exit status: 0 done, 1 a file could not be read, written or trusted, 2 wrong usage.\n";
+    "Exit status: 0 if successful, 1 if a file cannot be read or written or is damaged, 2 for wrong usage.\n";
 
 static const char *const TASK_OPTIONS[] = {
     [TASK_HELP] = "--help",       [TASK_JSON] = "--json",     [TASK_TEMPLATE] = "--template",
@@ -61,26 +60,26 @@ static bool takes_argument(task wanted) {
   return wanted != TASK_HELP && wanted != TASK_JSON && wanted != TASK_OUTLINE;
 }
 
-/* Where the name of an option's file is stored; NULL when the option takes none. */
+/* Where to store the argument of an option that names a file; NULL for other options. */
 static const char **file_of(const char *option, mubdex_options *options) {
   if (strcmp(option, "--load") == 0) return &options->load;
   if (strcmp(option, "--save") == 0) return &options->save;
   return strcmp(option, "--utf16") == 0 ? &options->utf16 : NULL;
 }
 
-/* Takes argv[*i] in, and its argument, which *i is moved to. */
+/* Parses argv[*i] and its argument, if any; *i moves to the last one used. */
 static int parse_option(int argc, char **argv, int *i, mubdex_options *options) {
   const char *option = argv[*i];
   const char **argument = file_of(option, options);
   if (argument == NULL) {
     const task wanted = task_of(option);
     if (wanted == TASK_REPORT) return usage_error("unknown option", option);
-    if (options->task != TASK_REPORT) return usage_error("one thing at a time, not also", option);
+    if (options->task != TASK_REPORT) return usage_error("cannot be combined with another task:", option);
     options->task = wanted;
     if (!takes_argument(wanted)) return EXIT_DONE;
     argument = &options->argument;
   }
-  if (++*i == argc) return usage_error("something is missing after", option);
+  if (++*i == argc) return usage_error("missing argument of", option);
   *argument = argv[*i];
   return EXIT_DONE;
 }

@@ -20,21 +20,21 @@ typedef enum task {
 
 typedef struct mubdex_options {
   task task;
-  const char *argument; /* of the task, when it takes one */
-  const char *load;     /* file names; NULL when not given */
+  const char *argument; /* of the task, if it takes one */
+  const char *load;     /* file names; NULL if not given */
   const char *save;
   const char *utf16;
   char **files;
   int file_count;
 } mubdex_options;
 
-/* Sorts the arguments into options and files; the files are moved to the front of argv. Returns EXIT_DONE, or
- * EXIT_USAGE after saying what is wrong. */
+/* Parses the options and moves the file names to the front of argv. Returns EXIT_DONE, or EXIT_USAGE after an
+ * error message. */
 int parse_options(int argc, char **argv, mubdex_options *options);
 
 void print_usage(void);
 
-/* Says what is wrong with an argument, and the usage. Returns EXIT_USAGE. */
+/* Prints an error message about an argument, and the usage. Returns EXIT_USAGE. */
 int usage_error(const char *problem, const char *argument);
 
 #endif

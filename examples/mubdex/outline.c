@@ -15,7 +15,7 @@ const heading *outline_heading(const mub_tree_entry *entry) {
 
 static bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-/* The length of "2." or "2.1" or "2.1." at the start of a line, 0 when there is none. */
+/* The length of "2." or "2.1" or "2.1." at the start of a line, or 0. */
 static int64_t number_length(const mub_char *line) {
   int64_t length = 0;
   int dots = 0;
@@ -38,7 +38,7 @@ static bool parse_heading(mub_char line, heading *out) {
   return out->title.data[0] >= 'A' && out->title.data[0] <= 'Z';
 }
 
-/* Whether one number begins the other, whole parts only. */
+/* Whether the upper number is a prefix of the lower one, in whole parts. */
 static bool is_above(const mub_char *upper, const mub_char *lower) {
   return lower->length > upper->length && lower->data[upper->length] == '.' &&
          mub_mem_cmp(upper->data, upper->length, lower->data, upper->length) == 0;

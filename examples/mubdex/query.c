@@ -2,7 +2,7 @@
 
 #include <string.h>
 
-/* Operators in the order of their binding. */
+/* Operators by increasing precedence. */
 typedef enum token_kind {
   TOKEN_OPEN,
   TOKEN_OR,
@@ -19,20 +19,20 @@ typedef struct token {
   mub_char text;
 } token;
 
-/* What stands at an entry of the tree; one block of its value pool each. */
+/* A node of the expression; a block of the tree's value pool. */
 typedef struct query_node {
   token token;
   mub_bits lines;
 } query_node;
 
-/* Operator precedence parsing keeps two stacks. An operator's word holds its kind in the low byte, its
+/* The two stacks of operator-precedence parsing. An operator is a word with its kind in the low byte and its
  * column above. */
 typedef struct parser {
   query *query;
   const char *text;
   mub_char rest;
-  mub_arrays operators; /* those that wait for their last operand, and open parentheses */
-  mub_arrays operands;  /* the addresses of entries whose expression is whole */
+  mub_arrays operators; /* those without their last operand, and open parentheses */
+  mub_arrays operands;  /* the addresses of complete expressions */
 } parser;
 
 bool query_init(query *q) {
@@ -105,7 +105,7 @@ static bool push_operator(parser *p, token_kind kind, const token *at) {
   return push(&p->operators, (uint64_t)column_of(p, at) << 8 | (uint64_t)kind);
 }
 
-/* ---- the tree, from its ends upward */
+/* ---- the tree, from its leaves upward */
 
 static bool push_entry(parser *p, token content, mub_bitree_entry *left, mub_bitree_entry *right) {
   mub_bitree *tree = &p->query->tree;
@@ -120,7 +120,7 @@ static bool push_entry(parser *p, token content, mub_bitree_entry *left, mub_bit
   return push(&p->operands, (uint64_t)(uintptr_t)entry);
 }
 
-/* Gives the operator on top its operands. */
+/* Links the top operator to its operands. */
 static bool reduce(parser *p) {
   const token_kind kind = (token_kind)(pop(&p->operators) & 0xFF);
   const token content = {kind, {NULL, 0}};
@@ -143,7 +143,7 @@ static bool close_parenthesis(parser *p, const token *at) {
   return true;
 }
 
-/* What begins an operand; the last token may also be the one before which an AND is meant. */
+/* The start of an operand; the last token may also be one before which an AND is implied. */
 static bool take_operand(parser *p, const token *next, bool *wants_operand) {
   *wants_operand = next->kind != TOKEN_WORD;
   switch (next->kind) {
@@ -157,7 +157,7 @@ static bool take_operand(parser *p, const token *next, bool *wants_operand) {
   }
 }
 
-/* What may follow an operand. */
+/* After an operand. */
 static bool take_operator(parser *p, const token *next, bool *wants_operand) {
   switch (next->kind) {
     case TOKEN_CLOSE:
@@ -221,7 +221,7 @@ static void combine(query_node *node, const mub_bits *left, const mub_bits *righ
   }
 }
 
-/* The sets of one query have one size, that of all lines. */
+/* All sets of a query have the same size, one bit per line. */
 static bool answer_entry(const mub_bitree_entry *entry, const word_index *index, uint32_t bytes) {
   query_node *node = node_at(entry->value);
   if (!mub_bits_expand(&node->lines, bytes)) return false;

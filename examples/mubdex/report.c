@@ -9,7 +9,7 @@
 enum { TOP_WORDS = 20 };
 
 typedef struct word_ref {
-  mub_char text; /* shares the bytes of the index */
+  mub_char text; /* a view of the index */
   uint64_t count;
 } word_ref;
 
@@ -57,7 +57,7 @@ static bool write_text(const word_index *index, const mub_arrays *by_count, cons
   return written;
 }
 
-/* The first two question marks of the template stand for a word and its count. */
+/* Replaces the first two question marks of the template by a word and its count. */
 static bool write_template(const word_index *index, const mub_arrays *by_count, const report_options *options,
                            mub_string *out) {
   mub_string line, word, count;
@@ -79,7 +79,7 @@ static bool write_template(const word_index *index, const mub_arrays *by_count, 
   return written;
 }
 
-/* A JSON string. What is not UTF-8 becomes the replacement character. */
+/* A JSON string. Invalid UTF-8 becomes the replacement character. */
 static void append_json_string(mub_string *out, const char *text, int64_t length) {
   mub_string_append_char(out, '"');
   for (int64_t i = 0; i < length;) {
@@ -105,11 +105,11 @@ static void append_json_number(mub_string *out, const char *name, int64_t number
   mub_string_append(out, ", ", -1);
 }
 
-/* Makes room for a whole object, so that none of the many appends can fail. */
+/* Reserves capacity for a whole object, so that none of the many appends can fail. */
 static bool reserve_json(const word_index *index, const mub_arrays *by_count, const char *source,
                          mub_string *out) {
   const int64_t fixed_text = 1024;
-  const int64_t escaped = 6; /* the most that a byte takes */
+  const int64_t escaped = 6; /* the longest form of a byte */
   int64_t bytes = fixed_text + escaped * (int64_t)strlen(source);
   for (int64_t i = 0; i < top_count(by_count); i++) {
     bytes += 64 + escaped * word_at(index, by_count, i).text.length;

@@ -1,12 +1,12 @@
-/* How the parts of mubdex say what went wrong. */
+/* The results of functions that read and write. */
 #ifndef MUBDEX_RESULT_H
 #define MUBDEX_RESULT_H
 
 typedef enum mubdex_result {
   RESULT_OK,
   RESULT_NO_MEMORY,
-  RESULT_READ_ERROR, /* errno tells more */
-  RESULT_CUT_SHORT,
+  RESULT_READ_ERROR, /* see errno */
+  RESULT_TRUNCATED,
   RESULT_DAMAGED
 } mubdex_result;
 

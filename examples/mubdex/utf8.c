@@ -4,7 +4,7 @@
 
 static const uint32_t REPLACEMENT = 0xFFFD;
 
-/* The bytes of a character that starts with `first`, 0 when none does. */
+/* The length of a character that starts with `first`, or 0 if none does. */
 static int64_t size_of(unsigned char first) {
   if (first < 0x80) return 1;
   if (first < 0xC2) return 0;

@@ -5,20 +5,20 @@
 #include "word_index.h"
 
 typedef struct vocabulary {
-  mub_btree words; /* word → the address of its word_stats, which stays the index's */
+  mub_btree words; /* word → the address of its word_stats, which the index owns */
 } vocabulary;
 
 bool vocabulary_init(vocabulary *v);
 void vocabulary_term(vocabulary *v);
 
-/* Takes in all words of an index. False when memory ran out. */
+/* Adds all words of an index. False if memory runs out. */
 bool vocabulary_fill(vocabulary *v, const word_index *index);
 
-/* The word of a record, as a view that shares its bytes. */
+/* A view of the word of a record. */
 mub_char vocabulary_word(const vocabulary *v, const mub_btree_node *node);
 
-/* Fills `out`, which is empty, with the words in UTF-16, one per line after a byte order mark. What is not
- * UTF-8 becomes the replacement character. False when memory ran out. */
+/* Fills `out`, which is empty, with the words in UTF-16, one per line after a byte order mark. Invalid UTF-8
+ * becomes the replacement character. False if memory runs out. */
 bool vocabulary_utf16(const vocabulary *v, mub_wchar *out);
 
 #endif

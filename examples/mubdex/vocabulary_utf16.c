@@ -1,4 +1,4 @@
-/* The vocabulary as UTF-16: a byte order mark, then a word a line. */
+/* The vocabulary as UTF-16: a byte order mark, then one word per line. */
 #include "utf8.h"
 #include "vocabulary.h"
 
@@ -13,7 +13,7 @@ static void append_code_point(mub_wchar *out, uint32_t code) {
   }
 }
 
-/* A byte becomes one unit at most, so that with the room made beforehand no append can fail. */
+/* A byte becomes at most one unit. The capacity is reserved first, so that no append can fail. */
 static bool append_word(mub_wchar *out, mub_char word) {
   if (!mub_wchar_expand(out, out->length + word.length + 1)) return false;
   while (word.length > 0) {

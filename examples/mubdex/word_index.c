@@ -6,8 +6,8 @@ bool index_init(word_index *index) {
   index->total = 0;
   mub_hash_init(&index->words, 1, 1);
   if (index->words.entry_pool == NULL || index->words.value_pool == NULL) return false;
-  /* Only we know the size of our values, so we set the block size of the table's value pool before the first
- * one is taken. */
+  /* The library does not know the size of the values: set the block size of the value pool before the first
+   * block is allocated. */
   index->words.value_pool->block_size = sizeof(word_stats);
   return true;
 }
@@ -16,7 +16,7 @@ static word_stats *stats_at(uint64_t value) { return (word_stats *)(uintptr_t)va
 
 static void release_stats(uint64_t value) { mub_arrayt_term(&stats_at(value)->lines); }
 
-/* The table releases its blocks; only what they hold is for us to release. */
+/* The table releases the blocks of its values; this releases what they own. */
 void index_term(word_index *index) {
   mub_hash_free_all(&index->words, release_stats);
   mub_hash_term(&index->words);
@@ -24,7 +24,7 @@ void index_term(word_index *index) {
 
 const word_stats *entry_stats(const mub_hash_entry *entry) { return stats_at(entry->value); }
 
-/* A block may be a reused one, so all of it is set here. */
+/* The block may be reused, so initialise all of it. */
 static void clear_stats(uint64_t value) {
   stats_at(value)->count = 0;
   stats_at(value)->line_count = 0;
@@ -55,8 +55,7 @@ int64_t word_at_start(const mub_char *text) {
   return length;
 }
 
-/* Cuts the next word off the front of `rest`; false when there is none left. The views share the text's
- * bytes. */
+/* Splits the next word from the front of `rest`; false if there is none. Both are views of the text. */
 static bool next_word(mub_char *rest, mub_char *word) {
   int64_t start = 0;
   while (start < rest->length && !is_word_byte(rest->data[start])) start++;
@@ -74,35 +73,35 @@ bool fold_word(const char *word, int64_t length, mub_string *folded) {
   return true;
 }
 
-/* While lines are read, which words they hold is noted in one list, which grows without moving what it has:
- * the address of a word's stats, then the line. Afterwards each word's array is made once, in the size that
- * it needs. */
-typedef struct line_notes {
+/* While the lines are read, their words are collected in one list, which grows without moving its content:
+ * the address of a word's stats, then the line. Afterwards the array of each word is allocated once, in its
+ * final size. */
+typedef struct line_list {
   mub_listx pairs;
-  mub_string folded; /* to fold words in; keeps its room from word to word */
-} line_notes;
+  mub_string folded; /* a buffer for words in lower case, reused for each word */
+} line_list;
 
-/* Notes a line once, however often it holds the word. False when memory ran out. */
-static bool note_line(line_notes *notes, word_stats *stats, uint64_t line) {
+/* Adds a line to a word, unless it was just added. False if memory runs out. */
+static bool append_line(line_list *list, word_stats *stats, uint64_t line) {
   if (stats->line_count > 0 && stats->last_line == line) return true;
   stats->line_count++;
   stats->last_line = line;
-  return mub_listx_add_tail(&notes->pairs, (uint64_t)(uintptr_t)stats) != NULL &&
-         mub_listx_add_tail(&notes->pairs, line) != NULL;
+  return mub_listx_add_tail(&list->pairs, (uint64_t)(uintptr_t)stats) != NULL &&
+         mub_listx_add_tail(&list->pairs, line) != NULL;
 }
 
-static bool add_words(word_index *index, mub_char rest, uint64_t line, line_notes *notes) {
+static bool add_words(word_index *index, mub_char rest, uint64_t line, line_list *list) {
   mub_char word;
   while (next_word(&rest, &word)) {
-    if (!fold_word(word.data, word.length, &notes->folded)) return false;
-    word_stats *stats = add_count(index, notes->folded.data, notes->folded.length, 1);
-    if (stats == NULL || !note_line(notes, stats, line)) return false;
+    if (!fold_word(word.data, word.length, &list->folded)) return false;
+    word_stats *stats = add_count(index, list->folded.data, list->folded.length, 1);
+    if (stats == NULL || !append_line(list, stats, line)) return false;
   }
   return true;
 }
 
-static bool take_notes(const line_notes *notes) {
-  for (const mub_listx_block *block = notes->pairs.head; block != NULL; block = block->next) {
+static bool store_lines(const line_list *list) {
+  for (const mub_listx_block *block = list->pairs.head; block != NULL; block = block->next) {
     for (int64_t i = 0; i < block->count; i += 2) {
       word_stats *stats = stats_at(block->values[i]);
       if (!mub_arrayt_expand(&stats->lines, stats->line_count)) return false;
@@ -113,16 +112,16 @@ static bool take_notes(const line_notes *notes) {
 }
 
 bool index_add_lines(word_index *index, const corpus *texts, int64_t first_line) {
-  line_notes notes;
-  mub_string_init(&notes.folded);
-  mub_listx_init(&notes.pairs, 1, 0);
-  bool added = notes.pairs.entry_pool != NULL;
+  line_list list;
+  mub_string_init(&list.folded);
+  mub_listx_init(&list.pairs, 1, 0);
+  bool added = list.pairs.entry_pool != NULL;
   for (int64_t line = first_line; added && line < corpus_line_count(texts); line++) {
-    added = add_words(index, corpus_line(texts, line), (uint64_t)line, &notes);
+    added = add_words(index, corpus_line(texts, line), (uint64_t)line, &list);
   }
-  added = added && take_notes(&notes);
-  mub_listx_term(&notes.pairs);
-  mub_string_term(&notes.folded);
+  added = added && store_lines(&list);
+  mub_listx_term(&list.pairs);
+  mub_string_term(&list.folded);
   return added;
 }
 
@@ -156,7 +155,7 @@ static int64_t pool_bytes(const mub_pool *pool) {
   return tables + pool->chunk_count * pool->blocks_per_chunk * pool->block_size;
 }
 
-/* The lines of a word beyond those that its record holds. */
+/* The memory for lines of a word that do not fit into its record. */
 static int64_t tail_bytes(const mub_arrayt *lines) {
   return lines->tail == NULL ? 0 : (lines->capacity - 4) * (int64_t)sizeof(uint64_t);
 }
@@ -176,7 +175,7 @@ int64_t index_bytes(const word_index *index) {
 bool index_sort_by_word(const word_index *index, mub_array *by_word) {
   const mub_hash *words = &index->words;
   int64_t bucket;
-  /* With all the room made beforehand, no append can fail. */
+  /* The capacity is reserved first, so that no append can fail. */
   if (!mub_array_expand(by_word, words->count)) return false;
   if (!mub_stream_expand(&by_word->keys, words->keys.length)) return false;
   for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
@@ -187,7 +186,7 @@ bool index_sort_by_word(const word_index *index, mub_array *by_word) {
   return true;
 }
 
-/* The context is the key stream of the table, for the bytes of the words. */
+/* The context is the key stream of the table, which has the bytes of the words. */
 static int compare_by_count(uint64_t context, uint64_t item, uint64_t key, uint64_t extra) {
   const mub_stream *keys = (const mub_stream *)(uintptr_t)context;
   const mub_hash_entry *a = (const mub_hash_entry *)(uintptr_t)item;

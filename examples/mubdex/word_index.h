@@ -8,55 +8,53 @@
 #include "corpus.h"
 #include "result.h"
 
-/* What is known of a word; one block of the table's value pool each. */
+/* The data of a word; a block of the table's value pool. */
 typedef struct word_stats {
   uint64_t count;
-  int64_t line_count; /* lines that hold it, and the last of them */
+  int64_t line_count; /* the number of lines that contain it, and the last of them */
   uint64_t last_line;
-  mub_arrayt lines; /* those lines, ascending; most words have few, which lie in the record */
+  mub_arrayt lines; /* those lines, ascending; most words have few, which are stored in the record */
 } word_stats;
 
 typedef struct word_index {
   mub_hash words; /* word, lower case → address of its word_stats */
-  uint64_t total; /* words read, repeats included */
+  uint64_t total; /* words read, with repetitions */
 } word_index;
 
 bool index_init(word_index *index);
 void index_term(word_index *index);
 
-/* Counts `count` more occurrences of a word. False when memory ran out. */
+/* Adds `count` occurrences of a word. False if memory runs out. */
 bool index_add(word_index *index, const char *word, int64_t length, uint64_t count);
 
-/* Counts the words of the lines from `first_line` on: runs of letters and of bytes above 127, so that UTF-8
- * stays whole. ASCII letters are folded to lower case. False when memory ran out. */
+/* Counts the words of the lines from `first_line` on. Words consist of letters and bytes above 127, so UTF-8
+ * characters are not split. ASCII letters are converted to lower case. False if memory runs out. */
 bool index_add_lines(word_index *index, const corpus *texts, int64_t first_line);
 
-/* The length of the word that a view begins with, 0 when it begins with none. */
+/* The length of the word at the start of a view, or 0. */
 int64_t word_at_start(const mub_char *text);
 
-/* Makes `folded` the lower-case form of a word. False when memory ran out. */
+/* Sets `folded` to a word in lower case. False if memory runs out. */
 bool fold_word(const char *word, int64_t length, mub_string *folded);
 
-/* What is known of a word in any case of letters; NULL when it does not occur. */
+/* The data of a word, which may be in upper case; NULL if it does not occur. */
 const word_stats *index_find(const word_index *index, const char *word, int64_t length);
 
-/* The number of different words, the entries of the longest chain, and the bytes that the table has
- * allocated. */
+/* The number of different words, the length of the longest chain, and the bytes allocated by the table. */
 int64_t index_vocabulary(const word_index *index);
 int64_t index_longest_chain(const word_index *index);
 int64_t index_bytes(const word_index *index);
 
 const word_stats *entry_stats(const mub_hash_entry *entry);
 
-/* The words in byte order, each with the address of its word_stats as value. `by_word` is initialised and
- * empty. */
+/* Fills `by_word`, which is initialised and empty, with the words in byte order; each value is the address of
+ * the word's word_stats. */
 bool index_sort_by_word(const word_index *index, mub_array *by_word);
 
-/* The entries of the table, most frequent first, words of one frequency in byte order. */
+/* The entries of the table by decreasing count; words with the same count in byte order. */
 bool index_sort_by_count(const word_index *index, mub_arrays *by_count);
 
-/* Appends the index as bytes, and takes such bytes in. What was there before stays, and is added to; bytes
- * that are refused add nothing. */
+/* Appends the index to bytes, or adds the index in such bytes to this one. Invalid bytes add nothing. */
 bool index_save(const word_index *index, mub_stream *out);
 mubdex_result index_load(word_index *index, mub_stream *in);
 

@@ -1,12 +1,12 @@
-// libmub for Node.js: every record, callback and function is declared from mub-api.json.
+// libmub for Node.js. Declares every record, callback and function from mub-api.json at run time.
 //
 //   const mub = load({ library: "libmub.so.1", api: "/usr/share/mub/mub-api.json" });
 //   const words = mub.make("mub_hash");
 //   mub.mub_hash_init(words, 1, 0);
 //
-// A record is memory outside of JavaScript, made with make(), released with free() and passed by address; read() gives
-// its fields. Pointers to numbers take an array of one, [0], and put the result there. Texts and keys are Buffers, or
-// strings where C says char.
+// A record is native memory, allocated with make(), released with free() and passed by address; read()
+// returns its fields. For a pointer to a number pass an array of one element, [0], which receives the result.
+// Texts and keys are Buffers, or strings where the C type is char.
 import { readFileSync } from "node:fs";
 import koffi from "koffi";
 
@@ -19,20 +19,20 @@ export function load({ library, api }) {
   const records = new Map();
   const callbacks = new Map();
 
-  // Records and callbacks refer to each other, so addresses are plain inside of them.
+  // Records and callbacks refer to each other, so pointers inside them are void *.
   const stored = (type) => {
     const [element, length] = type.match(/^([^[]*)(?:\[(\d+)\])?$/).slice(1);
     const kind = isPointer(element) ? "void *" : records.get(element) ?? element;
     return length === undefined ? kind : koffi.array(kind, Number(length));
   };
 
-  // A record that another one contains comes first.
+  // Declares the records that a record contains first.
   const declareRecord = (record) => {
     if (records.has(record.name)) return;
-    const held = record.fields.map((field) => description.records.find(({ name }) => name === field.type));
-    held.filter(Boolean).forEach(declareRecord);
+    const contained = record.fields.map((field) => description.records.find(({ name }) => name === field.type));
+    contained.filter(Boolean).forEach(declareRecord);
     const type = koffi.struct(record.name, Object.fromEntries(record.fields.map(({ name, type }) => [name, stored(type)])));
-    if (koffi.sizeof(type) !== record.size) throw new Error(`${record.name}: not laid out as the library's`);
+    if (koffi.sizeof(type) !== record.size) throw new Error(`${record.name}: layout differs from the library's`);
     records.set(record.name, type);
   };
 
@@ -52,7 +52,7 @@ export function load({ library, api }) {
     return direction === "out" ? koffi.out(pointer) : koffi.inout(pointer);
   };
 
-  // What must be there is: a null address would end the process.
+  // Rejects null where it is not allowed: it would crash the process.
   const checked = ({ name, parameters }, call) => (...values) => {
     const required = ({ type, nullable }) => (isPointer(type) || callbacks.has(type)) && !nullable;
     const missing = parameters.find((parameter, i) => values[i] === null && required(parameter));
@@ -75,7 +75,7 @@ export function load({ library, api }) {
     free: (record) => koffi.free(record),
     read: (address, name) => koffi.decode(address, records.get(name)),
     bytes: (address, offset, length) => Buffer.from(koffi.decode(address, offset, koffi.array("uint8_t", length))),
-    // A callback lives until it is released.
+    // A callback is valid until it is released.
     callback: (name, method) => koffi.register(method, koffi.pointer(callbacks.get(name))),
     release: (callback) => koffi.unregister(callback),
   };

@@ -1,4 +1,4 @@
-// Round trips through the library: MUB_LIBRARY and MUB_API name the installed files.
+// Calls the library from JavaScript. MUB_LIBRARY and MUB_API are the paths of the installed files.
 import assert from "node:assert/strict";
 import test from "node:test";
 import { load } from "./mub.mjs";
@@ -27,7 +27,7 @@ function* entries(hash) {
 
 const insert = (hash, key, value) => mub.mub_hash_insert(hash, Buffer.from(key), key.length, value);
 
-test("every function of the description is there", () => {
+test("every described function is declared", () => {
   assert.ok(mub.description.functions.length > 800);
   for (const { name } of mub.description.functions) assert.equal(typeof mub[name], "function", name);
 });
@@ -48,7 +48,7 @@ test("a hash table stores, finds, lists and removes keys", () =>
     assert.deepEqual(new Map(entries(hash)), expected);
   }));
 
-test("null is refused where the library needs an address, and passed where it may be missing", () =>
+test("null is rejected unless the parameter is nullable", () =>
   withHash((hash) => {
     assert.throws(() => mub.mub_hash_get(null, Buffer.from("key"), 3), /mub_hash_get: hash may not be null/);
     assert.equal(mub.mub_hash_insert(hash, null, 0, 1), 1);
@@ -56,14 +56,14 @@ test("null is refused where the library needs an address, and passed where it ma
     mub.mub_hash_free(hash, null, 0, null);
   }));
 
-test("values of 64 bits come back whole", () =>
+test("64-bit values are not truncated", () =>
   withHash((hash) => {
     const value = 0xfedcba9876543210n;
     insert(hash, "wide", value);
     assert.equal(mub.mub_hash_get(hash, Buffer.from("wide"), 4), value);
   }));
 
-test("the library calls back", () =>
+test("callbacks are called", () =>
   withHash((hash) => {
     [3, 1, 2].forEach((value) => insert(hash, `v${value}`, value));
     const released = [];
@@ -74,7 +74,7 @@ test("the library calls back", () =>
     assert.equal(Number(mub.read(hash, "mub_hash").count), 0);
   }));
 
-test("comparers sort, and pointers to numbers are filled", () => {
+test("comparers sort, and pointers to numbers receive results", () => {
   const array = mub.make("mub_arrayd");
   mub.mub_arrayd_init(array, 0);
   [30, 10, 20].forEach((value, key) => mub.mub_arrayd_append(array, key, value));

@@ -1,4 +1,4 @@
-/* The program that the tutorial builds in steps: what a small shop has in stock, and what that is worth. */
+/* The program that the tutorial develops: the stock of a small shop, and its value. */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -7,7 +7,7 @@
 /* [article] */
 typedef struct article {
   int64_t pieces;
-  int64_t cents; /* the price of one */
+  int64_t cents; /* the price per piece */
   const mub_hash_entry *name;
 } article;
 /* [article] */
@@ -21,12 +21,12 @@ typedef struct stock {
 static void stock_init(stock *s) {
   mub_pool_init(&s->articles);
   s->articles.block_size = sizeof(article);
-  mub_hash_init(&s->by_name, 1, 0); /* a pool for its entries, none for values */
+  mub_hash_init(&s->by_name, 1, 0); /* with its own entry pool, and no value pool */
 }
 
 static void stock_term(stock *s) {
   mub_hash_term(&s->by_name);
-  mub_pool_term(&s->articles); /* every article, at once */
+  mub_pool_term(&s->articles); /* releases all articles at once */
 }
 /* [stock] */
 
@@ -114,7 +114,7 @@ static int save(const stock *s, mub_stream *file) {
   for (int64_t i = 0; i < list.count; i++) size += article_bytes(article_at(list.items[i]));
   done = done && mub_stream_expand(file, size + 4);
   if (done) {
-    mub_stream_shrink(file, size + 4); /* the whole length beforehand: writing never grows a stream */
+    mub_stream_shrink(file, size + 4); /* set the final length first: writing does not grow a stream */
     for (int64_t i = 0; i < list.count; i++) write_article(s, article_at(list.items[i]), file, &position);
     mub_stream_set_dword(file, &position, mub_stream_crc32(file->data, size));
   }
