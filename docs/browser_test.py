@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Opens the built documentation in a headless Chromium, from its files, and uses it.
+"""Tests the built manual in a headless Chromium, opened from its files.
 
     docs/browser_test.py HTML_DIRECTORY [--screenshots DIRECTORY]
 
@@ -31,7 +31,7 @@ driver = None
 
 
 class Page(HTMLParser):
-    """What a page links to, and where it can be linked to."""
+    """The links of a page, and the anchors in it."""
 
     def __init__(self, path):
         super().__init__()
@@ -69,15 +69,15 @@ class Links(unittest.TestCase):
         if not (pages / name).is_file():
             return f"{source}: no file for {link}"
         if place and place not in self.parsed[name].places:
-            return f"{source}: no place for {link}"
+            return f"{source}: no anchor for {link}"
         return None
 
-    def test_every_link_leads_somewhere(self):
+    def test_every_link_has_a_target(self):
         faults = [self.fault_of(link, source) for source, page in self.parsed.items() for link in page.links]
         self.assertEqual([], [fault for fault in faults if fault])
         self.assertGreater(len(faults), 5000)
 
-    def test_the_search_index_has_every_function_at_its_place(self):
+    def test_the_search_index_has_the_place_of_every_function(self):
         rows = search_rows()
         self.assertEqual(sorted(exported_functions()), sorted(row[0] for row in rows))
         self.assertEqual([], [fault for fault in (self.fault_of(row[2], "api-index.js") for row in rows) if fault])
@@ -87,7 +87,7 @@ class Links(unittest.TestCase):
             title = text[text.index(f'id="{place}"'):][:400]
             self.assertIn(f"</span>{name}()", title)
 
-    def test_a_function_names_the_programs_that_call_it(self):
+    def test_a_function_lists_the_examples_that_call_it(self):
         calls = {}
         for source in [*(ROOT / "examples/cookbook").glob("*.c"), *(ROOT / "examples/tutorial").glob("*.c")]:
             for name in re.findall(r"\b(mub_\w+)\(", source.read_text()):
@@ -179,7 +179,7 @@ class Browser(unittest.TestCase):
             self.assertEqual(wanted, self.count())
             self.assertGreater(wanted, 0)
 
-    def test_the_keyboard_is_enough(self):
+    def test_the_search_works_with_the_keyboard(self):
         body = driver.find_element(By.TAG_NAME, "body")
         body.send_keys("/")
         self.assertEqual(self.input, driver.switch_to.active_element)
@@ -199,7 +199,7 @@ class Browser(unittest.TestCase):
         url = {row[0]: row[2] for row in search_rows()}["mub_pool_new"]
         self.assertTrue(driver.current_url.endswith(url), driver.current_url)
 
-    def test_it_says_what_it_is(self):
+    def test_the_search_is_accessible(self):
         self.ask("hash")
         self.assertTrue(self.panel_shown())
         self.assertEqual("combobox", self.input.get_attribute("role"))
@@ -211,12 +211,12 @@ class Browser(unittest.TestCase):
         driver.find_element(By.CSS_SELECTOR, "nav.modules h2").click()
         self.assertFalse(self.panel_shown())
 
-    def test_a_click_leads_there(self):
+    def test_a_click_opens_the_function(self):
         self.ask("mub_bits_find")
         driver.find_element(By.CSS_SELECTOR, "#hits a").click()
         self.assertIn("group__bits.html#", driver.current_url)
 
-    def test_no_page_is_wider_than_a_phone(self):
+    def test_every_page_fits_a_phone(self):
         resize(PHONE)
         for path in sorted(pages.glob("*.html")):
             self.open(path.name)

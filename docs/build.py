@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Builds the HTML documentation in PAGES; what Doxygen reads goes to WORK. What either holds is lost.
+"""Builds the HTML manual in PAGES, with intermediate files in WORK. Existing content of both is deleted.
 
     docs/build.py --pages PAGES --work WORK --mubdex PROGRAM --library LIBMUB
 
-Doxygen reads the public headers, and what is written here beside them: the README, the guides, the programs, and pictures
-drawn by mubdex from live containers. The index of the search box is made from Doxygen's tag file, so that it leads where
-the functions are.
+Doxygen reads the public headers, and files that this script writes: the README, the guides, the examples, and
+pictures that mubdex draws from live containers. The index of the search box uses the URLs of Doxygen's tag
+file.
 """
 
 import argparse
@@ -28,28 +28,28 @@ import api_reader  # noqa: E402
 from symbol_map import version_text  # noqa: E402
 from tidy import tidy  # noqa: E402
 
-# Pictures: of which module, from which text, and what they show.
+# {module: (text, caption)} of the pictures.
 PICTURES = {
-    "hash": ("few.txt", "A live table: each bucket has the chain of its entries, the oldest first."),
-    "btree": ("many.txt", "A live tree: the leaves hold the records in key order; above them, the greatest key of each."),
-    "pool": ("many.txt", "A live pool after every other word was removed: released blocks in the order of their reuse."),
+    "hash": ("few.txt", "A hash table: each bucket has a chain of entries, the oldest first."),
+    "btree": ("many.txt", "A B-tree: the leaves list the records in key order; each inner node has the greatest key of its children."),
+    "pool": ("many.txt", "A pool after every other word was removed: the free stack lists the released blocks in the order of reuse."),
 }
-# What Markdown and Doxygen would take for markup in a plain text.
+# Characters of plain text that Markdown or Doxygen would interpret.
 SPECIAL = re.compile(r"[\\@#%*~|\[\]<>&_]")
-# What Doxygen writes beside the pages and nothing refers to.
+# Files that Doxygen writes but no page refers to.
 LEFTOVERS = ["*.png", "doxygen.*", "jquery.js", "dynsections.js", "tabs.css", "menu*.js", "nav_*", "annotated.html",
              "classes.html", "functions*.html", "globals*.html", "files.html", "dir_*.html", "modules.html", "pages.html",
              "examples.html", "graph_legend.*"]
 
 
 def readme_rows():
-    """[(module names, header, what it is)] of the README's table, in its order."""
+    """[(module names, header, description)] of the table in README."""
     rows = re.findall(r"^\| ([\w, ]+) \| `(\w+\.h)` \| (.*) \|$", (ROOT / "README.md").read_text(), re.MULTILINE)
     return [(names.split(", "), header, text) for names, header, text in rows]
 
 
 def readme_page(modules):
-    """The README as the main page, with the names of modules and functions leading to their pages."""
+    """The README as the main page, with links to the pages of modules and guides."""
     def row(match):
         names = [f"[{name}](@ref {name})" if name in modules else name for name in match.group(1).split(", ")]
         return f"| {', '.join(names)} |"
@@ -64,12 +64,12 @@ def guides():
 
 
 def guide_page(name):
-    """The page under its own name, whatever the directory is called."""
+    """The guide, with its file name as its page name."""
     text = (ROOT / f"docs/{name}.md").read_text()
     return re.sub(r"^# ([^{\n]*).*", rf"# \1 {{#{name}}}", text, count=1)
 
 
-# ---- the programs ----
+# ---- examples ----
 
 def programs():
     for directory in ("cookbook", "tutorial", "mubdex"):
@@ -77,7 +77,7 @@ def programs():
 
 
 def opening(source):
-    """The paragraphs of the comment that a program opens with; none when it opens otherwise."""
+    """The paragraphs of the comment at the beginning of a program; empty if there is none."""
     match = re.match(r"/\*(.*?)\*/", source.read_text(), re.DOTALL)
     if not match:
         return []
@@ -95,7 +95,7 @@ def escaped(lines):
 
 
 def marked_up(paragraph):
-    """Prose, or a table or drawing, which stays as it is."""
+    """A paragraph of prose, or an indented table or drawing as verbatim text."""
     if all(re.match(r" \S", line) for line in paragraph):
         return escaped(paragraph)
     return "@verbatim\n" + "\n".join(line[1:] for line in paragraph) + "\n@endverbatim"
@@ -113,32 +113,32 @@ def cookbook_page():
     for source in sorted((ROOT / "examples" / "cookbook").glob("*.c")):
         title = html.escape(" ".join(" ".join(opening(source)[0]).split()))
         items.append(f'<dt><a href="{example_url(source)}">{source.stem.replace("_", " ")}</a></dt><dd>{title}</dd>')
-    return ("/**\n@page cookbook Cookbook\n\nShort whole programs, each the model of one use; what they print is compared "
-            "at every test run. The page of a function names those that call it.\n\n"
+    return ("/**\n@page cookbook Cookbook\n\nShort complete programs, one per task. The tests compare their "
+            "output. The page of a function lists the examples that call it.\n\n"
             f'<dl class="terms">{"".join(items)}</dl>\n\n'
-            "Longer: <code>examples/mubdex</code>, an index of the words of a text, of which "
-            f'<a href="{example_url(ROOT / "examples/mubdex/word_index.c")}">word index</a> is the heart.\n*/\n')
+            "A larger example: <code>examples/mubdex</code>, an index of the words of a text. Its core is "
+            f'<a href="{example_url(ROOT / "examples/mubdex/word_index.c")}">word index</a>.\n*/\n')
 
 
-# ---- what surrounds the pages ----
+# ---- page heads and navigation ----
 
 def header_group(header):
     return header.removeprefix("mub_").replace(".", "_")
 
 
 def module_heads(modules):
-    """What comes before a module's own description: its header, and where that is described as a whole."""
+    """The beginning of a module's page: its header, and a link to the page of that header."""
     for module in modules:
         header, siblings = module["header"], [other for other in modules if other["header"] == module["header"]]
         include = f'<code>\\#include \"{header}\"</code>'.replace('\\"', '"')
         if len(siblings) > 1:
             include += (f'; see @ref {header_group(header)} "{header}" for what its modules share, and for a table of '
-                        'what the operations return.')
+                        'results.')
         yield f'/**\n@addtogroup {module["name"]}\n@details {include}\n*/\n'
 
 
 def contents(modules):
-    """The links at the side: the pages, then the modules, those of a header in one line."""
+    """The navigation: the guides, then the modules, with one line per row of the table in README."""
     link = lambda url, name: f'<a href="$relpath^{url}">{name}</a>'
     listed = [names for names, _, _ in readme_rows()]
     listed += [[name] for name in modules if not any(name in names for names in listed)]
@@ -161,7 +161,7 @@ def drawn(module, out, mubdex):
 # ---- the index of the search box ----
 
 def places(tag_file):
-    """{name: URL} of all that Doxygen has documented."""
+    """{name: URL} of everything in Doxygen's tag file."""
     found = {}
     for compound in ElementTree.parse(tag_file).getroot().iter("compound"):
         for member in compound.iter("member"):
@@ -173,16 +173,16 @@ def places(tag_file):
 
 
 def search_index(functions, tag_file):
-    """One row a function: name, module, URL, summary, and whether it may allocate."""
+    """One row per function: name, module, URL, summary, and whether it may allocate."""
     url = places(tag_file)
     missing = [function["name"] for function in functions if function["name"] not in url]
     if missing:
-        sys.exit(f"docs/build.py: no place in the pages for {', '.join(missing)}")
+        sys.exit(f"docs/build.py: no documentation found for {', '.join(missing)}")
     return [[function["name"], function["module"], url[function["name"]], function["summary"], function["may_allocate"]]
             for function in functions]
 
 
-# ---- all of it ----
+# ---- main ----
 
 def write_input(modules, work, out, mubdex):
     source, names = work / "input", [module["name"] for module in modules]
@@ -218,7 +218,7 @@ def main():
     settings = {"MUB_ROOT": str(ROOT), "MUB_DOCS_WORK": str(work.resolve()), "MUB_VERSION": version_text(ROOT),
                 "MUB_WARN_AS_ERROR": "FAIL_ON_WARNINGS"}
     if subprocess.run(["doxygen", "docs/Doxyfile"], cwd=ROOT, env={**os.environ, **settings}).returncode != 0:
-        sys.exit("docs/build.py: Doxygen found faults in its input")
+        sys.exit("docs/build.py: Doxygen failed")
     shutil.copytree(work / "html", pages, dirs_exist_ok=True)
     for path in {path for pattern in LEFTOVERS for path in pages.glob(pattern)}:
         path.unlink()

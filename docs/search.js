@@ -1,18 +1,18 @@
-// The search box: finds functions by name and summary, whatever the typing errors.
+// The search box: finds functions by name and summary, and tolerates typos.
 "use strict";
 
 (() => {
   const SHOWN = 60;
-  const LEAST = 0.5; // similarity of a whole name that makes up for words that are nowhere
+  const LEAST = 0.5; // names this similar to the query are found even if one of its words matches nothing
 
   const functions = window.MUB_INDEX.map(([name, module, url, summary, allocates]) => ({
     name, module, url, allocates,
     summary,
     words: name.replace(/^mub_/, "").split("_"),
-    told: [...new Set(summary.toLowerCase().match(/[a-z0-9]{3,}/g) || [])],
+    described: [...new Set(summary.toLowerCase().match(/[a-z0-9]{3,}/g) || [])],
   }));
 
-  // Edits that make one word the other: letters added, dropped, changed, or exchanged with a neighbour.
+  // The edit distance: letters added, removed, changed, or exchanged with a neighbour.
   function distance(a, b) {
     let before = [], last = Array.from({length: b.length + 1}, (_, i) => i);
     for (let i = 1; i <= a.length; i++) {
@@ -29,8 +29,8 @@
     return last[b.length];
   }
 
-  // 1: the same, 0: nothing in common worth showing.
-  function likeness(asked, word) {
+  // From 1, the same word, to 0, not similar enough to show.
+  function similarity(asked, word) {
     if (asked === word) return 1;
     if (word.startsWith(asked)) return 0.75 + 0.2 * asked.length / word.length;
     const errors = asked.length < 3 ? 0 : asked.length < 6 ? 1 : 2;
@@ -39,22 +39,22 @@
     return asked.length > 2 && word.includes(asked) ? 0.55 : 0;
   }
 
-  // The likeness to each word is computed once a query: many names share their words.
+  // The similarity to each word is computed only once per query, as many names share their words.
   function scorer(query) {
     const asked = query.toLowerCase().split(/[^a-z0-9]+/).filter((word) => word !== "" && word !== "mub");
     const whole = asked.join("_");
     const known = asked.map(() => new Map());
     const best = (i, words) => Math.max(0, ...words.map((word) => {
-      if (!known[i].has(word)) known[i].set(word, likeness(asked[i], word));
+      if (!known[i].has(word)) known[i].set(word, similarity(asked[i], word));
       return known[i].get(word);
     }));
     return (f) => {
       if (asked.length === 0) return 1;
       const name = f.words.join("_");
-      const alike = Math.max(0, 1 - distance(whole, name) / Math.max(whole.length, name.length));
-      const scores = asked.map((_, i) => Math.max(best(i, f.words), 0.4 * best(i, f.told)));
-      if (scores.includes(0) && alike < LEAST) return 0;
-      return alike + scores.reduce((sum, score) => sum + score, 0) / scores.length;
+      const whole_name = Math.max(0, 1 - distance(whole, name) / Math.max(whole.length, name.length));
+      const scores = asked.map((_, i) => Math.max(best(i, f.words), 0.4 * best(i, f.described)));
+      if (scores.includes(0) && whole_name < LEAST) return 0;
+      return whole_name + scores.reduce((sum, score) => sum + score, 0) / scores.length;
     };
   }
 
@@ -85,7 +85,7 @@
     const summary = document.createElement("span");
     Object.assign(item, {id: "hit-" + i, role: "option"});
     Object.assign(link, {href: f.url, tabIndex: -1});
-    // What stands between back quotes is code.
+    // Text between backquotes is code.
     summary.append(...f.summary.split("`").map((part, k) => (k % 2 ? coded(part) : part)));
     link.append(coded(f.name), " ", summary);
     item.append(link);
@@ -158,7 +158,7 @@
   for (const module of [...new Set(functions.map((f) => f.module))].sort()) byModule.add(new Option(module, module));
   input.form.hidden = false;
 
-  // The contents at the side: open where there is room for them, and they tell where we are.
+  // The contents at the side: open if the window is wide enough, with the current page marked.
   const contents = document.querySelector("nav.modules details");
   contents.open = window.matchMedia("(min-width: 60rem)").matches;
   const here = window.location.pathname.split("/").pop() || "index.html";

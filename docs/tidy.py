@@ -1,10 +1,10 @@
-"""Takes from Doxygen's pages what only clutters them."""
+"""Simplifies Doxygen's pages: removes clutter and corrects headings."""
 
 import re
 
 REPLACEMENTS = [(re.compile(pattern, re.DOTALL), text) for pattern, text in [
     (r'&#160;?\s*<a href="[^"]*">More\.\.\.</a><br />|\s*<a href="[^"]*">More\.\.\.</a><br />', ""),
-    (r"<(/?)h1>", r"<\1h2>"),  # sections: the title alone is the page's first heading
+    (r"<(/?)h1>", r"<\1h2>"),  # sections: a page has one h1, its title
     (r'<div class="headertitle"><div class="title">([^<]*)<div class="ingroups">(.*?)</div></div></div>',
      r'<h1>\1</h1><p class="ingroups">Part of \2</p>'),
     (r'<div class="headertitle"><div class="title">(.*?)</div></div>', r"<h1>\1</h1>"),
