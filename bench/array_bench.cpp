@@ -1,4 +1,4 @@
-// Keyed arrays: sorting and searching string keys and integer keys.
+// Arrays with keys: sorting and searching, with string and integer keys.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -84,7 +84,7 @@ void find_std(benchmark::State &state) {
 
 using Pairs = std::vector<std::pair<uint64_t, uint64_t>>;
 
-// Random 63-bit keys, which the searches order as the sorts do.
+// Random 63-bit keys, which signed and unsigned comparisons order in the same way.
 Pairs random_pairs(int64_t count) {
   std::mt19937_64 random(1);
   Pairs pairs(static_cast<size_t>(count));

@@ -1,6 +1,6 @@
-// What the benchmarks share: keys, the names of the results, and the bytes that the heap has in use.
+// Shared by the benchmarks: keys, the names of benchmarks, and the size of the heap.
 //
-// A benchmark is named <workload>/<who>/<n>, where who is "mub" or a peer; tools/bench pairs them by that.
+// A benchmark is named WORKLOAD/WHO/N, where WHO is "mub" or a peer; tools/bench pairs them by name.
 #ifndef MUB_BENCH_SUPPORT_H
 #define MUB_BENCH_SUPPORT_H
 
@@ -16,14 +16,14 @@
 
 namespace mub_bench {
 
-// The same texts, laid out in memory in the order of the vector, as they lie when they are cut out of a
-// file: what is measured then is the container and not the way to the keys.
+// The same texts, stored in the order of the vector, like words of a file: so the container is measured, and
+// not cache misses on the keys.
 inline std::vector<std::string> laid_out(const std::vector<std::string> &texts) {
   std::vector<std::string> copies(texts.begin(), texts.end());
   return copies;
 }
 
-// Different texts of 8 to 24 bytes; the same ones for the same salt, and none shared between two salts.
+// Distinct texts of 8 to 24 bytes. They depend only on the salt; different salts give disjoint sets.
 inline std::vector<std::string> random_keys(int64_t count, uint64_t salt) {
   std::mt19937_64 random(salt);
   std::vector<std::string> keys;
@@ -38,7 +38,7 @@ inline std::vector<std::string> random_keys(int64_t count, uint64_t salt) {
   return laid_out(keys);
 }
 
-// `length` bytes out of an alphabet that starts at 'a'.
+// `length` letters of an alphabet that starts at 'a'.
 inline std::string random_text(int64_t length, uint64_t alphabet, uint64_t salt) {
   std::mt19937_64 random(salt);
   std::string text(static_cast<size_t>(length), ' ');
@@ -52,10 +52,10 @@ std::vector<Item> shuffled(std::vector<Item> items) {
   return items;
 }
 
-// Enough keys that a small container's run is not learned by heart by the branch predictor.
+// Enough keys that the branch predictor cannot learn the run even of a small container.
 constexpr int64_t kKeysInAll = 200000;
 
-// Items drawn at random, at least as many as there are.
+// Items chosen at random, at least as many as there are.
 template <class Item>
 std::vector<Item> drawn(const std::vector<Item> &items) {
   std::mt19937_64 random(42);
@@ -70,13 +70,13 @@ inline int64_t heap_bytes_in_use() {
   return static_cast<int64_t>(info.uordblks + info.hblkhd);
 }
 
-// The heap keeps what it was given, so that no benchmark pays for pages that the one before returned to the
+// Keeps released memory in the heap, so that no benchmark pays for pages that an earlier one returned to the
 // system.
 [[maybe_unused]] inline const bool heap_is_kept = [] {
   return mallopt(M_TRIM_THRESHOLD, 1 << 30) != 0 && mallopt(M_MMAP_THRESHOLD, 1 << 30) != 0;
 }();
 
-// Measures the release of a map that is filled anew every time.
+// Measures the release of a map, which is filled anew each time.
 template <class Fill>
 void release(benchmark::State &state, Fill fill) {
   for (auto _ : state) {
@@ -88,7 +88,7 @@ void release(benchmark::State &state, Fill fill) {
   }
 }
 
-// The bytes that a map has allocated per entry, with what the allocator adds to each block.
+// The bytes that a map allocates per entry, with the overhead of the allocator.
 template <class Fill>
 void memory(benchmark::State &state, Fill fill) {
   for (auto _ : state) {
@@ -100,8 +100,8 @@ void memory(benchmark::State &state, Fill fill) {
   }
 }
 
-// For what takes far less time than its preparation: a fixed number of runs, so that the preparation does
-// not go on for minutes.
+// For operations that take far less time than their preparation: a fixed number of runs, so that the
+// preparation does not take minutes.
 inline void add_runs(const std::string &workload, const std::string &who,
                      void (*function)(benchmark::State &), const std::vector<int64_t> &sizes) {
   for (const int64_t size : sizes) {

@@ -1,4 +1,4 @@
-// Bit sets: setting and testing single bits in an order that has nothing to do with memory.
+// Bit sets: setting and testing single bits in random order.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Ordered maps: mub_btreex and mub_btree against std::map and absl::btree_map. Integer keys fill their 64
-// bits, texts have 8 to 24 bytes.
+// Ordered maps: mub_btreex and mub_btree against std::map and absl::btree_map. Integer keys use all 64
+// bits; texts have 8 to 24 bytes.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ namespace {
 using Integers = std::vector<uint64_t>;
 using Texts = std::vector<std::string>;
 
-// ---- what is measured, by the map that does it
+// ---- the operations of each map
 
 class MubIntegers {
  public:
@@ -135,7 +135,7 @@ std::unique_ptr<Map> filled(const Keys &keys) {
   return map;
 }
 
-// Fills maps with one set of keys after the other.
+// Fills maps, each with another set of keys.
 template <class Map, class MakeKeys>
 void insert(benchmark::State &state, MakeKeys make_keys) {
   std::vector<decltype(make_keys(1, 1))> sets;
@@ -154,7 +154,7 @@ void insert(benchmark::State &state, MakeKeys make_keys) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-// Looks keys up in orders that have nothing to do with that of insertion, and that do not repeat soon.
+// Looks up keys in random orders, which repeat only after a long time.
 template <class Map, class Keys>
 void look_up(benchmark::State &state, const Keys &keys) {
   const auto map = filled<Map>(keys);

@@ -1,4 +1,4 @@
-// CRC-32 against the libraries known for theirs.
+// CRC-32 against libraries with fast implementations.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// String maps: mub_hash against std::unordered_map, absl::flat_hash_map and uthash's idea of a chained
-// table, GLib's GHashTable. Keys are texts of 8 to 24 bytes.
+// String maps: mub_hash against std::unordered_map, absl::flat_hash_map and GLib's GHashTable, a
+// chained table. Keys are texts of 8 to 24 bytes.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -25,7 +25,7 @@ namespace {
 using mub_bench::random_keys;
 using mub_bench::shuffled;
 
-// ---- what is measured, by the map that does it
+// ---- the operations of each map
 
 class MubMap {
  public:
@@ -137,7 +137,7 @@ void insert(benchmark::State &state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-// Looks every one of `wanted` up, in an order that has nothing to do with that of insertion.
+// Looks up every key in `wanted`, in random order.
 template <class Map>
 void look_up(benchmark::State &state, const std::vector<std::string> &wanted) {
   const auto map = filled<Map>(random_keys(state.range(0), 1));
@@ -184,8 +184,8 @@ void memory(benchmark::State &state) {
   mub_bench::memory(state, [&] { return filled<Map>(keys); });
 }
 
-// Removes keys of a table that keeps its size otherwise. The peer is the same table with its entries in a
-// caller's pool, where the offsets after a removed key can only be reached along the chains.
+// Removes keys from a table and adds them again, untimed. The peer "walk" is the same table with its
+// entries in an external pool, where a removal must follow the chains to update offsets.
 void remove_from(benchmark::State &state, bool own_pool) {
   auto keys = shuffled(random_keys(state.range(0), 1));
   mub_pool pool;
@@ -220,7 +220,7 @@ void add(const std::string &who) {
   add_sizes("map_memory", who, memory<Map>, {1000, 100000, 1000000});
 }
 
-// The hash of keys of 8 to 24 bytes, enough of them that none is predicted.
+// The hash of keys of 8 to 24 bytes, too many for the branch predictor to learn.
 template <class Hash>
 void hash_keys(benchmark::State &state, Hash hash) {
   const auto keys = random_keys(state.range(0), 3);

@@ -108,7 +108,7 @@ void hit_random(benchmark::State &state) {
   look_up<Map>(state, keys, shuffled(keys));
 }
 
-// Takes all keys out, in an order that has nothing to do with that of insertion.
+// Removes all keys in random order.
 template <class Map>
 void erase(benchmark::State &state) {
   const Keys keys = random_numbers(state.range(0));

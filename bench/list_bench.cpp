@@ -1,4 +1,4 @@
-// Lists at their two ends, walked, searched and copied. The keyed list has texts of 8 to 24 bytes as keys.
+// Lists: adding and removing at both ends, walks, searches, clones. Keys are texts of 8 to 24 bytes.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -152,7 +152,7 @@ void fill(List &list, int64_t count) {
   for (int64_t i = 0; i < count; ++i) list.add_tail(static_cast<uint64_t>(i));
 }
 
-// And the release of the whole.
+// Includes the release of the list.
 template <class List, bool kHead>
 void add(benchmark::State &state) {
   for (auto _ : state) {
@@ -164,7 +164,7 @@ void add(benchmark::State &state) {
   }
 }
 
-// A thousand values in at the tail and out at the head, of a list that holds n.
+// Adds a thousand values at the tail and removes as many from the head of a list of n values.
 template <class List>
 void queue(benchmark::State &state) {
   List list;
@@ -177,7 +177,7 @@ void queue(benchmark::State &state) {
   }
 }
 
-// A thousand in at one of the ends and out again.
+// Adds a thousand values at one end and removes them there.
 template <class List, bool kHead>
 void stack(benchmark::State &state) {
   List list;
@@ -241,7 +241,7 @@ template <class List>
 void add_keyed(const char *who) {
   add_ends<List>("list_keyed", who);
   add_whole<List>("list_keyed", who);
-  // A removal meets all key bytes and offsets of the list, so that the sizes matter.
+  // A removal processes all key bytes and offsets of the list, so its size matters.
   mub_bench::add_sizes("list_keyed_queue", who, queue<List>, {10, 100, 1000, 10000});
 }
 

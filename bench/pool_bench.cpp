@@ -35,7 +35,7 @@ class MallocBlocks {
   }
 };
 
-// Blocks that nobody has had before, each written to, and their release all together.
+// Allocates fresh blocks, writes to each, and releases all at once.
 template <class Blocks>
 void fresh(benchmark::State &state) {
   std::vector<void *> taken(static_cast<size_t>(state.range(0)));
@@ -50,7 +50,7 @@ void fresh(benchmark::State &state) {
   }
 }
 
-// Taking blocks again after they were given back in an order that has nothing to do with memory.
+// Returns all blocks in random order and allocates them again.
 template <class Blocks>
 void reuse(benchmark::State &state) {
   Blocks blocks;

@@ -14,7 +14,7 @@
 
 namespace {
 
-// Builds a text out of n pieces of 1 to 32 bytes.
+// Builds a text from n pieces of 1 to 32 bytes.
 std::vector<std::string> pieces(int64_t count) {
   std::mt19937_64 random(5);
   std::vector<std::string> pieces;
@@ -42,7 +42,7 @@ void append_std(benchmark::State &state) {
   }
 }
 
-// Numbers of every length.
+// Converts numbers of all lengths to text.
 std::vector<int64_t> numbers(int64_t count) {
   std::mt19937_64 random(6);
   std::vector<int64_t> numbers;
@@ -70,7 +70,7 @@ void integer_std(benchmark::State &state) {
   }
 }
 
-// A search through the whole of a text of letters for four of them that are not there.
+// Searches a whole text of letters for four letters that do not occur in it.
 template <class Find>
 void find(benchmark::State &state, Find find) {
   const std::string text = mub_bench::random_text(state.range(0), 26, 7);
@@ -96,7 +96,7 @@ void find_std(benchmark::State &state) {
   find(state, [](const std::string &text, const std::string &wanted) { return text.find(wanted); });
 }
 
-// Prints a line of a word and two numbers, n times.
+// Formats a line with a word and two numbers, n times.
 template <class Number, class Print>
 void format(benchmark::State &state, const char *line, Print print) {
   const auto texts = pieces(state.range(0));
@@ -133,8 +133,8 @@ void integers_snprintf(benchmark::State &state) { format_snprintf<long>(state, k
 void decimals_mub(benchmark::State &state) { format_mub<double>(state, kDecimals); }
 void decimals_snprintf(benchmark::State &state) { format_snprintf<double>(state, kDecimals); }
 
-// Every "ab" of a text of eight letters, one pair in 64, becomes longer. Both sides start with a copy of the
-// text.
+// Replaces every "ab" in a text of eight letters, one pair in 64, by a longer text. Includes copying the
+// original.
 void replace_mub(benchmark::State &state) {
   const std::string text = mub_bench::random_text(state.range(0), 8, 8);
   mub_string string;

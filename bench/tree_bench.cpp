@@ -1,4 +1,4 @@
-// General trees: each entry is appended to one of those before it, so that a tree of N has about 2 ln N
+// General trees: each entry is appended to a random earlier one, so that a tree of N entries has about 2 ln N
 // levels.
 #include <benchmark/benchmark.h>
 
@@ -101,7 +101,7 @@ void walk(benchmark::State &state) {
   for (auto _ : state) benchmark::DoNotOptimize(tree.sum());
 }
 
-// And the release of the copy.
+// Includes the release of the clone.
 template <class Tree>
 void clone(benchmark::State &state) {
   Tree tree;

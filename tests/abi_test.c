@@ -1,9 +1,9 @@
-/* The library as a C program meets it: calls into the shared library, and data that the program shares with it. */
+/* Calls into the shared library from C, and data that the program shares with it. */
 #include <string.h>
 
 #include "mub.h"
 
-/* Numbers of any kind arrive. */
+/* Integers, floating-point numbers and pointers are passed correctly. */
 int main(void) {
   mub_string text;
   mub_string_init(&text);

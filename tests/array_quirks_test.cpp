@@ -1,5 +1,5 @@
-// What programs of the arrays' functions do not reach: spare slots that name keys, offsets at their end,
-// large tables, which items a sort compares.
+// What the random programs do not test in arrays: spare slots that refer to keys, offsets near 4 GiB, large
+// tables, and the comparisons that a sort makes.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -23,19 +23,19 @@ Keys keys_of(const mub_array &array) {
   return keys;
 }
 
-TEST(ArrayQuirks, SpareSlotsKeepKeysThatMayLeaveTheStreamAndItsBlock) {
+TEST(ArrayQuirks, SpareSlotsKeepOffsetsThatMayExceedTheKeyStream) {
   mub_array array;
   mub_array_init(&array, 0);
   for (const char *key : {"first", "second", "third", "last"}) mub_array_append(&array, key, -1, 1);
   mub_array_remove_at(&array, 3);
   mub_array_shrink(&array, 1);
   EXPECT_EQ(mub_array_set_at(&array, 1, "2", 1, 9), 1u);
-  EXPECT_EQ(array.entries[2].key_offset, 11u) << "no slot after the count moves along";
-  // The old key lies past the stream's end, which all the same moves by the difference of the lengths.
+  EXPECT_EQ(array.entries[2].key_offset, 11u) << "spare slots are not adjusted";
+  // The old key is past the end of the stream; the length still changes by the difference of the key lengths.
   EXPECT_EQ(mub_array_set_at(&array, 2, "new", 3, 9), 1u);
   EXPECT_EQ(std::string(reinterpret_cast<char *>(array.keys.data), 9), "first2thi");
   EXPECT_EQ(array.keys.length, 9);
-  // One that would leave the block is refused.
+  // A key that exceeds the capacity is refused.
   array.entries[3] = {static_cast<uint32_t>(array.keys.capacity - 1), 2, 7};
   EXPECT_EQ(mub_array_set_at(&array, 3, "abc", 3, 9), 0u);
   ++array.entries[3].key_offset;
@@ -54,14 +54,14 @@ TEST(ArrayQuirks, SpareSlotsKeepKeysThatMayLeaveTheStreamAndItsBlock) {
   EXPECT_EQ(mub_array_find_index(&array, "", 0), 0);
   mub_array_qsort(&array, 1);
   mub_array_insert_at(&array, 0, "key", 3, 2);
-  EXPECT_EQ(keys_of(array), Keys(2)) << "inserted after bytes that are gone";
+  EXPECT_EQ(keys_of(array), Keys(2)) << "the key bytes were released";
   mub_array_term(&array);
 }
 
-// A stream of 4 GiB, of which only the ends are ever touched.
-TEST(ArrayQuirks, OffsetsOfKeysEndAt32Bits) {
+// A stream of 4 GiB, of which only the ends are accessed.
+TEST(ArrayQuirks, KeysStayBelow4GiB) {
   constexpr int64_t kBytes = (int64_t{1} << 32) + 64;
-  if (static_cast<uint64_t>(kBytes) > SIZE_MAX) GTEST_SKIP() << "no such stream fits into memory";
+  if (static_cast<uint64_t>(kBytes) > SIZE_MAX) GTEST_SKIP() << "the stream exceeds the address space";
   constexpr auto kMapped = static_cast<size_t>(kBytes);
   void *map =
       mmap(nullptr, kMapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
@@ -82,13 +82,13 @@ TEST(ArrayQuirks, OffsetsOfKeysEndAt32Bits) {
   array.entries[0] = {0, 0, 6};
   array.entries[1] = {0, 0x90000000, 5};
   mub_array_qsort(&array, 1);
-  EXPECT_EQ(array.entries[0].value, 5u) << "lengths that differ by 2^31 compare the other way round";
+  EXPECT_EQ(array.entries[0].value, 5u) << "lengths that differ by more than 2^31 compare in reverse";
   array.keys = {nullptr, 0, 0};
   mub_array_term(&array);
   munmap(map, kMapped);
 }
 
-TEST(ArrayQuirks, TablesGrowByAtMost65536SlotsUnlessMoreAreWanted) {
+TEST(ArrayQuirks, TablesGrowByAtMost65536SlotsUnlessMoreAreRequested) {
   constexpr int64_t kSteps[][3] = {
       {0, 13, 16}, {0, 131072, 131072}, {131070, 131073, 196608}, {196608, 196609, 262144}};
   mub_arrayt words;
@@ -101,7 +101,7 @@ TEST(ArrayQuirks, TablesGrowByAtMost65536SlotsUnlessMoreAreWanted) {
   }
   words.count = INT64_MAX;
   mub_arrayt_append_array(&words, &words);
-  EXPECT_EQ(words.count, INT64_MAX) << "too many";
+  EXPECT_EQ(words.count, INT64_MAX) << "the sum of the counts overflows";
   mub_arrayt_term(&words);
 }
 
@@ -116,7 +116,7 @@ TEST(ArrayQuirks, AKeyIsClearedBeforeItsValueIsReleased) {
   mub_arrayx_term(&array);
 }
 
-// Items are ordered by their high words, and all differ; or there is no order.
+// Orders items by their high halves, or inconsistently. The trace depends on every comparison.
 uint64_t trace;
 void note(uint64_t word) { trace = (trace ^ word) * 0x100000001B3u; }
 int compare(uint64_t has_order, uint64_t a, uint64_t b, uint64_t) {
@@ -124,7 +124,7 @@ int compare(uint64_t has_order, uint64_t a, uint64_t b, uint64_t) {
   const uint64_t high = a >> 32, other = b >> 32;
   return has_order != 0 ? (high > other) - (high < other) : static_cast<int>((5 * high + other) % 3) - 1;
 }
-TEST(ArrayQuirks, EveryReleaseComparesTheSameItemsAndPlacesEqualOnesAlike) {
+TEST(ArrayQuirks, SortsAlwaysMakeTheSameComparisonsAndPlaceEqualItemsInTheSameOrder) {
   mub_arrays array;
   mub_arrays_init(&array, 0);
   for (const uint64_t size : {9u, 1000u}) {

@@ -1,4 +1,4 @@
-// What programs of bytes do not show: sizes beyond a test's heap, far addresses, CRC-32 in every variant.
+// What the random programs do not test in bytes: huge sizes, distant addresses, CRC-32 in every variant.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -38,8 +38,8 @@ TEST(Sizes, AreNotTruncatedToTheWidthOfAnAddress) {
   EXPECT_EQ(mub_arrays_expand(&items, int64_t{SIZE_MAX / 8} + 17), 0);
 }
 
-// At the end of a block, after which a page follows that cannot be read.
-TEST(PackedIntegers, AreReadBackUnlessAByteIsMissing) {
+// The block ends right before an unreadable page.
+TEST(PackedIntegers, AreReadBackUnlessTruncated) {
   const auto expect = [](auto value, auto write, auto read) {
     uint8_t room[9];
     mub_stream stream = {room, 9, 9};
@@ -58,7 +58,7 @@ TEST(PackedIntegers, AreReadBackUnlessAByteIsMissing) {
   }
 }
 
-TEST(StreamBlocks, AStringsLengthIsCutTo16Bits) {
+TEST(StreamBlocks, StringLengthsAreTruncatedTo16Bits) {
   std::string body(65538, 'x'), room(70000, '.');
   const mub_string text = {body.data(), 65538, 65538};
   mub_stream stream = {reinterpret_cast<uint8_t *>(room.data()), 70000, 70000};
@@ -68,12 +68,12 @@ TEST(StreamBlocks, AStringsLengthIsCutTo16Bits) {
 }
 
 #if UINTPTR_MAX > UINT32_MAX
-// 4 GiB apart, ranges count as near each other: the low halves of the addresses decide.
-TEST(Mem, DistanceIsThatOfTheLowAddressHalves) {
+// Only the low halves of addresses are compared, so ranges 4 GiB apart count as near.
+TEST(Mem, DistancesAreComputedFromTheLow32Bits) {
   constexpr size_t kSpan = (size_t{1} << 32) + 4096;
   void *map =
       mmap(nullptr, kSpan, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (map == MAP_FAILED) GTEST_SKIP() << "no room for 4 GiB of addresses";
+  if (map == MAP_FAILED) GTEST_SKIP() << "no address space for 4 GiB";
   char *low = static_cast<char *>(map), *high = low + (size_t{1} << 32);
   std::copy_n("near and far", 12, low);
   mub_mem_move(high + 7, low, 12);
@@ -95,14 +95,14 @@ TEST(Mem, LongRangesCompareToTheByte) {
   EXPECT_EQ(mub_mem_cmp(a.data(), a.size(), equal.data(), a.size()), 0);
 }
 
-TEST(Pool, FindsChunksExactlyButInTheMapByTheLow32Bits) {
+TEST(Pool, ComparesChunksExactlyButInTheMapByTheLow32Bits) {
   const auto at = [](int64_t address) { return reinterpret_cast<void *>(address); };
   void *chunks[] = {at(0x100001000), at(0x900002000), at(0x100000000)};
   mub_pool pool = {};
   pool.chunks = chunks;
   pool.chunk_count = 3;
   mub_pool_chunk *map = mub_pool_map(&pool);
-  // An address, its chunk and offset, and what bfind makes of it among the first two.
+  // An address, its chunk and offset, and the result of mub_pool_bfind() for the first two chunks.
   const int64_t places[][4] = {{0xFFFFFFFF, -1, 77, -1}, {0x100000FFF, 2, 0xFFF, 0},
                                {0x100001000, 0, 0, 1},   {0x900001000, 0, 0x800000000, 1},
                                {0x900002008, 1, 8, 1},   {0, -1, 77, 0}};
@@ -128,9 +128,9 @@ uint32_t after_byte(uint32_t crc, int byte) {
   return crc;
 }
 
-int as_it_is(int byte) { return byte; }
-// Runs of every length that end at the end of a page, or a few bytes before.
-void expect_agreement(uint32_t ones, auto run, int fold(int) = as_it_is) {
+int unchanged(int byte) { return byte; }
+// Runs of every length that end at a page boundary or a few bytes before.
+void expect_agreement(uint32_t ones, auto run, int fold(int) = unchanged) {
   std::mt19937_64 engine(run_seed());
   std::string bytes(3000, '\0');
   for (char &byte : bytes) byte = static_cast<char>(engine());

@@ -1,4 +1,4 @@
-// The C++ types: what they own, whom they call, in which order they are walked.
+// The C++ types: ownership, forwarding to the C functions, order of iteration.
 #include "mub.hpp"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 
 #include "support/fuse.h"
 
-// Each member compiles for each kind.
+// Every member function compiles for every kind.
 template class mub::basic_hash<mub::detail::hash_traits>;
 template class mub::basic_hash<mub::detail::hashd_traits>;
 template class mub::basic_hash<mub::detail::hashx_traits>;
@@ -28,7 +28,7 @@ template class mub::detail::buffer<mub::stream, mub::detail::stream_traits>;
 namespace mub_test {
 namespace {
 
-// Different keys; those of bytes begin with a NUL.
+// Distinct keys; byte strings begin with a NUL.
 template <class Key>
 Key key_at(int n) {
   return static_cast<Key>(n) * 0x10001;
@@ -44,7 +44,7 @@ std::array<uint32_t, 4> key_at(int n) {
   return {1, 2, 3, static_cast<uint32_t>(n)};
 }
 
-// Adds `n`; false when it was refused, which arrays do not report.
+// Adds `n`; false if that fails, which arrays do not report.
 template <class Keyed>
 auto add(Keyed &keyed, int n) -> decltype(keyed.get({}), true) {
   const int64_t size = keyed.size();
@@ -78,7 +78,7 @@ bool add(mub::pool &pool, int n) {
   return block != nullptr;
 }
 
-// The number of an item, of a block's address or of what else a walk yields.
+// The number of an item, of the address of a block, or of anything else that an iterator yields.
 template <class Item>
 uint64_t number(const Item &item) {
   if constexpr (std::is_integral_v<Item>) {
@@ -89,8 +89,8 @@ uint64_t number(const Item &item) {
     return item.value;
   }
 }
-// How many a container holds: the numbers from 1 on, in the order of its own walk. What a forward-only walk
-// yields, that of a hash table or of mub::tree, is sorted first.
+// The size of a container, which must have the numbers from 1 on in the order of iteration. The items of
+// containers with forward iterators only, hash tables and mub::tree, are sorted first.
 template <class Range>
 int held(Range &&range) {
   std::vector<uint64_t> numbers;
@@ -136,7 +136,7 @@ TYPED_TEST(Owner, MovesSwapsAndClonesButDoesNotCopy) {
   TypeParam second = std::move(first);
   EXPECT_EQ(held(first), 0) << "moved from";
   const bool is_added = add(first, 1);
-  EXPECT_EQ(held(first), is_added ? 1 : 0) << "refused without a pool";
+  EXPECT_EQ(held(first), is_added ? 1 : 0) << "fails without a pool";
   first.reset();
   EXPECT_TRUE(add(first, 1));
   swap(first, second);
@@ -145,15 +145,15 @@ TYPED_TEST(Owner, MovesSwapsAndClonesButDoesNotCopy) {
   TypeParam &same = second;
   second = std::move(same);
   first = first.clone();
-  EXPECT_EQ(held(first), 0) << "a copy of nothing";
+  EXPECT_EQ(held(first), 0) << "a copy of an empty container";
   first = second.clone();
   EXPECT_TRUE(add(first, 41) && add(second, 41));
   second.reset();
-  EXPECT_EQ(held(first), 41) << "a copy stands alone";
+  EXPECT_EQ(held(first), 41) << "the copy is independent";
 }
 
-// A pool that cannot be had is missing afterwards. Whatever is not released is the sanitizer's to report.
-TYPED_TEST(Owner, IsMadeAndCopiedWhenMemoryRunsOut) {
+// A pool that cannot be allocated is missing. The sanitizer reports leaks.
+TYPED_TEST(Owner, IsConstructedAndClonedWhenMemoryRunsOut) {
   const auto container = filled<TypeParam>(40);
   for_every_allocation([&](auto refused_in) {
     TypeParam fresh, copy;
@@ -164,7 +164,7 @@ TYPED_TEST(Owner, IsMadeAndCopiedWhenMemoryRunsOut) {
       is_added = add(fresh, 1);
     });
     const int copied = held(copy);
-    EXPECT_TRUE(copied == 40 || (met && copied == 0)) << "whole also where what failed was not needed";
+    EXPECT_TRUE(copied == 40 || (met && copied == 0)) << "complete if the failed allocation was not needed";
     EXPECT_TRUE(is_added || met);
     EXPECT_EQ(held(fresh), is_added ? 1 : 0);
   });
@@ -176,7 +176,7 @@ using KeyedTypes = testing::Types<mub::hash, mub::hashd, mub::hashx, mub::hasht,
                                   mub::btreex, mub::array, mub::arrayd, mub::arrayx>;
 TYPED_TEST_SUITE(Keyed, KeyedTypes);
 
-TYPED_TEST(Keyed, PassesKeysAndValuesOn) {
+TYPED_TEST(Keyed, PassesKeysAndValues) {
   using Key = typename TypeParam::key_type;
   auto map = filled<TypeParam>(40);
   const TypeParam &constant = map;
@@ -193,7 +193,7 @@ TYPED_TEST(Keyed, PassesKeysAndValuesOn) {
   EXPECT_TRUE(map.empty() && constant.begin() == constant.end());
 }
 
-TEST(CppBtree, IsWalkedFromAnyRecord) {
+TEST(CppBtree, IteratesFromAnyRecord) {
   const auto check = [](auto tree) {
     using Key = typename decltype(tree)::key_type;
     const Key between = key_at<Key>(8), above_all = key_at<Key>(60);
@@ -207,7 +207,7 @@ TEST(CppBtree, IsWalkedFromAnyRecord) {
   check(filled<mub::btreex>(50));
 }
 
-TEST(CppContainers, TakeSettingsAlong) {
+TEST(CppContainers, MoveAndCloneTheirSettings) {
   const auto check = [](auto container, auto setting) {
     container.c()->*setting = 2;
     auto moved = std::move(container);
@@ -231,7 +231,7 @@ void add_hundred(const mub_pool_chunk *, uint64_t, mub_pool *, uint64_t copy, mu
   *mub::to_pointer<uint64_t>(copy) += 100;
 }
 
-TEST(CppContainers, MoveAndCopyTheBlocksOfTheirValues) {
+TEST(CppContainers, MoveAndCloneValueBlocks) {
   const auto check = [](auto container, auto add_nine) {
     const uint64_t value = add_nine(container);
     auto moved = std::move(container);
@@ -256,7 +256,7 @@ TEST(CppContainers, MoveAndCopyTheBlocksOfTheirValues) {
   check(mub::arrays(mub::value_blocks{8}), [](auto &array) { return array.append_new(set_to_nine); });
 }
 
-TEST(CppContainers, GiveTheCallersPoolsTheirEntriesBack) {
+TEST(CppContainers, ReturnEntriesToExternalPools) {
   mub::pool entries(sizeof(mub_btree_entry)), nodes(sizeof(mub_btree_node));
   {
     mub::hash a(entries.c()), b(entries.c());
@@ -271,10 +271,10 @@ TEST(CppContainers, GiveTheCallersPoolsTheirEntriesBack) {
   EXPECT_TRUE(entries.empty() && nodes.empty());
 }
 
-TEST(CppArrays, AreWalkedAtRandom) {
+TEST(CppArrays, HaveRandomAccessIterators) {
   mub::arrayt words;
   for (const uint64_t word : {5u, 1u, 4u, 2u, 3u, 6u}) words.append(word);
-  std::sort(words.begin(), words.end());  // across the words in the record and those after them
+  std::sort(words.begin(), words.end());  // across the words in the record itself and in the heap block
   EXPECT_EQ(held(words), 6);
   auto numbers = filled<mub::arrayd>(6);
   EXPECT_EQ(numbers.end()[-1].value, 6u);
@@ -292,12 +292,12 @@ TEST(CppTrees, MoveWithTheirRoots) {
   const mub::bitree moved_pair = std::move(pair), copy = moved_pair.clone();
   EXPECT_EQ(held(mub::children(moved.root())), 2);
   EXPECT_EQ(held(moved), 3);
-  EXPECT_EQ((++moved.begin())->value, 3u) << "in the order of a document";
+  EXPECT_EQ((++moved.begin())->value, 3u) << "in depth-first order";
   EXPECT_TRUE(first->parent == moved.root() && moved_pair.root()->right->parent == moved_pair.root());
   EXPECT_TRUE(copy.root()->right != nullptr);
 }
 
-TEST(CppContainers, PassPositionsOn) {
+TEST(CppContainers, PassPositions) {
   mub::list list;
   auto *third = list.push_back("c", 3);
   ASSERT_TRUE(list.push_front("a", 1) && list.push_back("e", 5));

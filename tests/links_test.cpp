@@ -1,12 +1,11 @@
-// What programs do not reach in lists and trees: see list_family.cpp and tree_family.cpp in
-// tests/interpreter.
+// What the random programs of tests/interpreter/ do not test in lists and trees.
 #include <gtest/gtest.h>
 
 #include "mub.hpp"
 
 namespace {
 
-TEST(UnrolledList, ReadsNoSlotThatABlockDoesNotHave) {
+TEST(UnrolledList, ReadsNoSlotOutsideABlock) {
   mub::listx list;
   ASSERT_TRUE(list.push_back(1));
   mub_listx_block *block = list.c()->head;
@@ -20,14 +19,14 @@ TEST(UnrolledList, ReadsNoSlotThatABlockDoesNotHave) {
   EXPECT_TRUE(block->count == 31 && block->values[31] == 0) << "cleared";
 }
 
-TEST(LinkedList, LeavesAloneWhatIsNotItsOwn) {
+TEST(LinkedList, IgnoresEntriesAndKeysThatAreNotItsOwn) {
   mub::list list;
   mub_list_entry foreign = {}, *entry = list.push_back("key", 1);
   entry->next = &foreign;
-  EXPECT_EQ(list.clone().c()->head->next, nullptr) << "no block of the pool";
+  EXPECT_EQ(list.clone().c()->head->next, nullptr) << "not a block of the pool";
   mub_list_adjust_t(list.c(), 0, -2);
   EXPECT_EQ(list.pop_front(), 1u);
-  EXPECT_EQ(list.c()->keys.length, 3) << "the key had left the stream";
+  EXPECT_EQ(list.c()->keys.length, 3) << "the key was outside the stream";
   list.clear();
   EXPECT_EQ(mub_list_remove_at(list.c(), entry), 0u) << "an empty list has no positions";
 }
@@ -35,7 +34,7 @@ TEST(LinkedList, LeavesAloneWhatIsNotItsOwn) {
 int64_t released = 0;
 void count(uint64_t) { ++released; }
 
-// Each entry hung on the one before, on one side after the other.
+// Each entry is a child of the one before; in the binary tree, the side alternates every 1000 entries.
 TEST(Trees, MayBeAsDeepAsMemoryAllows) {
   constexpr int64_t kCount = 1000000;
   mub::tree tree;
@@ -55,9 +54,9 @@ TEST(Trees, MayBeAsDeepAsMemoryAllows) {
   EXPECT_EQ(released, 4 * kCount);
 }
 
-// Equals that were linked before their head have no parent yet. What is no block of the pool is left out of a
-// clone of it, and copied where the clone shares the pool.
-TEST(BinaryTree, NeedsNoParentsToBeWalked) {
+// Equals linked before their head have no parent. An entry that is not a block of the pool is left out of the
+// clone of an owned pool, but copied if the pool is external.
+TEST(BinaryTree, IsClonedWithoutRelyingOnParents) {
   mub::bitree tree;
   mub_bitree_entry *head = tree.make(), *equal = tree.make(), foreign = {};
   tree.add(head, 0, equal);

@@ -1,4 +1,4 @@
-// What programs of tests/interpreter/ do not come to in hash tables and B-trees: see maps.h there.
+// What the random programs of tests/interpreter/ do not test in hash tables and B-trees.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// A record with pools of its own.
+// A record with owned pools.
 template <class R, class Node, auto kTerm, auto kSet>
 struct Map : R {
   ~Map() { kTerm(this); }
@@ -35,7 +35,7 @@ struct TreeOfNumbers : Map<mub_btreed, mub_btreed_node, mub_btreed_term, mub_btr
   }
 };
 
-TEST(MapsOfBytes, KeysOutsideTheStoreAreNotFoundAndNoneGrowsItBeyond32Bits) {
+TEST(MapsOfBytes, KeysOutsideTheKeyStreamAreNotFoundAndItsLengthIsLimitedTo32Bits) {
   Table table;
   Tree tree;
   for (const char *key : {"a", "bc"})
@@ -48,7 +48,7 @@ TEST(MapsOfBytes, KeysOutsideTheStoreAreNotFoundAndNoneGrowsItBeyond32Bits) {
   EXPECT_EQ(table.entry_pool->live_count + tree.node_pool->live_count, 2 + 2);
 }
 
-TEST(Maps, SwapsAndClonesLeaveTheOrderOfEachRecord) {
+TEST(Maps, SwapsAndClonesKeepTheSettingsOfEachRecord) {
   const auto expect_kept = [](auto first, auto second, auto order, auto swap, auto clone) {
     first.*order = 1;
     second.*order = 0;
@@ -61,17 +61,17 @@ TEST(Maps, SwapsAndClonesLeaveTheOrderOfEachRecord) {
   expect_kept(TreeOfNumbers(2), TreeOfNumbers(2), &mub_btreed::key_type, mub_btreed_swap, mub_btreed_clone);
 }
 
-TEST(HashOfBytes, InsertionsFindTheFirstOfTheChainWhateverItsHash) {
+TEST(HashOfBytes, InsertionsCompareKeysAndNotHashes) {
   Table table;
   mub_hash_entry *first = table.add("Key", -1), *found = nullptr;
-  table.add("key", -1);  // which has the same bucket
+  table.add("key", -1);  // in the same bucket
   table.nocase = 1;
   EXPECT_EQ(mub_hash_entry_set(&table, "KEY", 3, &found), 0);
-  EXPECT_EQ(found, first) << "though the other has the hash";
+  EXPECT_EQ(found, first) << "although the other entry has the right hash";
 }
 
-// What lies right after a chunk, between its neighbours, too.
-TEST(HashClone, HasNoValuesThatAreNoBlocks) {
+// Including an address right after a chunk, between two chunks.
+TEST(HashClone, DropsValuesThatAreNotBlocks) {
   for (const bool has_chunks : {false, true}) {
     Table owner, copy;
     owner.value_pool->block_size = sizeof(uint64_t);
@@ -84,7 +84,7 @@ TEST(HashClone, HasNoValuesThatAreNoBlocks) {
   }
 }
 
-TEST(HashLowLayer, TakesBucketsAndHashesAsGiven) {
+TEST(HashLowLayer, TrustsGivenBucketsAndHashes) {
   Table table;
   mub_hash_entry *entry = table.add("known", -1);
   const uint32_t hash = entry->hash;
@@ -97,12 +97,12 @@ TEST(HashLowLayer, TakesBucketsAndHashesAsGiven) {
   EXPECT_EQ(inserted, 1);
   EXPECT_TRUE(entry->next == fresh && fresh->next == nullptr && fresh->value == 0);
   EXPECT_EQ(mub_hash_entry_remove(&table, bucket, hash, "known", 5), entry);
-  EXPECT_EQ(table.count + table.keys.length, 1 + 5) << "counts and key bytes are the caller's to keep";
+  EXPECT_EQ(table.count + table.keys.length, 1 + 5) << "the caller maintains counts and key bytes";
 }
 
-// The table's count is that of its live blocks, which are not all in its chains; what lies on the free stack
-// may have any link, and what is taken from there any offset.
-TEST(HashRemoval, LeavesWhatIsNotInTheChains) {
+// The count is that of the pool's live blocks, of which some are in no chain. Blocks on the free stack may
+// have any link, and blocks reused from there any offset.
+TEST(HashRemoval, IgnoresBlocksThatAreInNoChain) {
   Table table, copy;
   const auto take_out = [&](int i) { return mub_hash_remove_t(&table, std::to_string(i).data(), 4); };
   const auto remove = [&](int i) { mub_hash_remove(&table, std::to_string(i).data(), 4); };
@@ -127,7 +127,7 @@ TEST(HashRemoval, LeavesWhatIsNotInTheChains) {
   EXPECT_EQ(popped->key_offset, 0x77777777u);
 }
 
-// Keys have no alignment. The orders are those of the types from 0 on.
+// Keys may be unaligned. The results are those for key types from 0 on.
 TEST(BTreeOfNumbers, KeysCompareByTheirType) {
   const auto expect = [](auto compare, auto a, auto b, const std::vector<int> &orders) {
     char bytes[1 + 2 * sizeof a] = {};
@@ -138,25 +138,25 @@ TEST(BTreeOfNumbers, KeysCompareByTheirType) {
   };
   const auto compare32 = mub_btreed_var_compare, compare64 = mub_btreex_var_compare;
   expect(compare32, 1u, 2u, {0, -1, -1, 0, 0, -1, 0, 0});
-  expect(compare32, ~0u, 0u, {0, -1, 1, 0, 0, 0, 0, 0});         // -1, 2^32 - 1, no number
+  expect(compare32, ~0u, 0u, {0, -1, 1, 0, 0, 0, 0, 0});         // -1, 2^32 - 1, NaN
   expect(compare32, 0x80000000, 0u, {0, -1, 1, 0, 0, 0, 0, 0});  // minus zero is zero
   expect(compare64, uint64_t{1}, uint64_t{1} << 32, {0, 0, 0, -1, -1, 0, -1, 0});
   expect(compare64, ~uint64_t{0}, uint64_t{0}, {0, 0, 0, -1, 1, 0, 0, 0});
   expect(compare64, 0xC000000000000000, 0xBFF0000000000000, {0, 0, 0, 1, 1, 0, -1, 0});  // -2.0, -1.0
 }
 
-TEST(BTreeOfNumbers, AnUnknownTypeAndNoNumberEqualEverything) {
+TEST(BTreeOfNumbers, UnknownKeyTypesAndNanCompareEqualToEverything) {
   TreeOfNumbers unknown(3), floats(5);
   EXPECT_EQ(mub_btreed_insert(&unknown, 8, 1), 1);
   EXPECT_EQ(mub_btreed_insert(&unknown, 9, 2), 0);
   EXPECT_EQ(mub_btreed_remove(&unknown, 7), 1u);
   for (const uint32_t key : {0x3F800000u, 0xBF800000u, 0u}) EXPECT_EQ(mub_btreed_insert(&floats, key, 1), 1);
   for (const uint32_t key : {0x80000000u, 0x7FC00000u})
-    EXPECT_EQ(mub_btreed_insert(&floats, key, 1), 0) << "0 is there, and so is what is no number";
+    EXPECT_EQ(mub_btreed_insert(&floats, key, 1), 0) << "equal to the key 0, also NaN";
 }
 
-// Nodes of four levels, so many that walks fetch what comes next.
-TEST(BTreeOfNumbers, LargeTreesAreClonedAndWalkedBothWays) {
+// Four levels, large enough that walks prefetch.
+TEST(BTreeOfNumbers, LargeTreesAreClonedAndWalkedInBothDirections) {
   constexpr uint32_t kCount = 140000;
   TreeOfNumbers tree(2), copy(2);
   for (uint32_t i = 1; i <= kCount; ++i) tree.add(i * 0x9E3779B1);
@@ -174,8 +174,8 @@ TEST(BTreeOfNumbers, LargeTreesAreClonedAndWalkedBothWays) {
   EXPECT_TRUE(std::equal(up.begin(), up.end(), down.rbegin(), down.rend()));
 }
 
-// An entry keeps the offset of a name that reads like the key of its last child.
-TEST(BTreeOfBytes, NamesThatReadAlikeKeepTheirOffsets) {
+// A node keeps the offset of its key if that has the same bytes as the key of its last child.
+TEST(BTreeOfBytes, KeysWithTheSameBytesKeepTheirOffsets) {
   for (const int which : {0, 1, 2}) {
     const char *last_key = which == 0 ? "zk25" : "zK25";
     Tree tree;
@@ -190,8 +190,8 @@ TEST(BTreeOfBytes, NamesThatReadAlikeKeepTheirOffsets) {
   }
 }
 
-// A half without records keeps its place in walks and searches, and takes records.
-TEST(BTreeParts, EmptyHalvesTakeRecords) {
+// A split half without records keeps its place in walks and searches, and accepts records.
+TEST(BTreeParts, EmptyHalvesAcceptRecords) {
   Tree tree;
   auto *greatest = tree.add("b", -1);
   mub_btree_split(&tree, &tree.root);
@@ -206,12 +206,12 @@ TEST(BTreeParts, EmptyHalvesTakeRecords) {
   auto *empty = mub_btree_entry_new(&tree, 0);
   empty->parent = &tree.root;
   mub_arrays_append(&tree.root.children, reinterpret_cast<uintptr_t>(empty));
-  EXPECT_EQ(mub_btree_node_bfind(&tree, "c", 1), greatest) << "no leaf after it";
+  EXPECT_EQ(mub_btree_node_bfind(&tree, "c", 1), greatest) << "there is no leaf after it";
 }
 
-// The upper half of a split that its parent does not list has no neighbours there; when it splits in turn,
-// the new half is listed where its keys belong.
-TEST(BTreeParts, HalvesThatNoParentListsTakeRecords) {
+// The upper half of a split is not in its parent's table, so it has no neighbours there. If it splits in
+// turn, the new half is inserted into the table at its place in key order.
+TEST(BTreeParts, HalvesThatNoParentListsAcceptRecords) {
   TreeOfNumbers tree(1);
   for (uint32_t key = 0; key < 100; key += 2) mub_btreed_insert(&tree, key, 1);
   mub_btreed_entry *upper = mub_btreed_split_node(&tree, mub_btreed_first_entry(&tree.root));
@@ -226,8 +226,8 @@ TEST(BTreeParts, HalvesThatNoParentListsTakeRecords) {
   mub_pool_free(tree.entry_pool, upper);
 }
 
-// A tree of one record and as many levels as there can be is walked, cloned and emptied without recursion.
-TEST(BTreeParts, DegenerateTreesTakeABoundedStack) {
+// A tree of one record and the maximum number of levels is walked, cloned and emptied without recursion.
+TEST(BTreeParts, DegenerateTreesUseABoundedStack) {
   TreeOfNumbers tree(1), copy(1);
   mub_btreed_insert(&tree, 1, 1);
   uint64_t below = tree.root.children.items[0];

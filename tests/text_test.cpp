@@ -1,4 +1,4 @@
-// What programs do not reach of strings: the search for hostile texts.
+// What the random programs do not test in strings: searches in hostile texts.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -15,14 +15,14 @@
 
 namespace {
 
-TEST(Format, PrintsNumbersOfTheWidthOfAnAddress) {
+TEST(Format, PrintsNumbersOfPointerSize) {
   mub_string text = {};
   mub_string_format(&text, "%zu %td", SIZE_MAX, PTRDIFF_MIN);
   EXPECT_EQ(text.data, std::to_string(SIZE_MAX) + " " + std::to_string(PTRDIFF_MIN));
   mub_string_term(&text);
 }
 
-// All patterns of up to 7 units and all texts of up to 11, of two sorts; each bit is one.
+// All patterns of up to 7 units and all texts of up to 11 units, of an alphabet of two; each bit is a unit.
 TEST(WordSearch, AgreesWithTheStandardAlgorithm) {
   const auto units_of = [](uint32_t bits) {
     std::u16string units;
@@ -41,13 +41,13 @@ TEST(WordSearch, AgreesWithTheStandardAlgorithm) {
   }
 }
 
-// The product of both lengths would take minutes.
+// Time proportional to the product of the lengths would be minutes.
 TEST(Search, TakesLinearTimeInHostileTexts) {
   constexpr int64_t kCount = 1 << 21, kHalf = kCount / 2;
   const std::vector<uint16_t> text(kCount, 0x0100);
   std::vector<uint16_t> wanted(kHalf, 0x0001);
   const auto find = [&] { return mub_wchar_str(text.data(), kCount, wanted.data(), kHalf); };
-  EXPECT_EQ(find(), -1) << "all hits begin within units";
+  EXPECT_EQ(find(), -1) << "every match of the bytes begins inside a unit";
   for (const size_t at : {size_t{0}, size_t{kHalf / 3}, size_t{kHalf - 1}}) {
     wanted.assign(kHalf, 0x0100);
     wanted[at] = 0x0001;
@@ -55,7 +55,7 @@ TEST(Search, TakesLinearTimeInHostileTexts) {
   }
 }
 
-// Texts of two letters, so that most of what looks like a hit is none.
+// An alphabet of two letters makes partial matches frequent.
 TEST(Search, GivesTheSameResultInEveryVariant) {
   std::mt19937 engine(static_cast<uint32_t>(mub_test::run_seed()));
   const auto draw = [&](size_t size) {
@@ -79,8 +79,8 @@ TEST(Search, GivesTheSameResultInEveryVariant) {
   }
 }
 
-// A search of bytes by vectors or of units by bytes gives up after some false hits, and another one goes on.
-TEST(Search, FindsWhatBeginsWhereItsPatienceEnds) {
+// The fast searches give up after some false matches, and the linear search continues there.
+TEST(Search, FindsAMatchWhereTheFastSearchGivesUp) {
   std::vector<uint8_t> wanted(200, 'a');
   wanted[60] = 'b';
   for (int64_t at = 0; at < 300; ++at) {

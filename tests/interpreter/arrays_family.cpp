@@ -1,5 +1,5 @@
-// Arrays under programs: worlds of three records of a kind, each with its whole table as the model, spare
-// slots included. What a step draws is put down in the world, where the expectations of all kinds find it.
+// Programs for arrays: worlds of three records of a kind. The model of a record is its whole table, spare
+// slots included. Drawn arguments are stored in the world, where the checks of all kinds find them.
 #include <climits>
 #include <set>
 
@@ -21,7 +21,7 @@ namespace mub_test {
 // role mub_string \* string = StringOut
 // role uint64_t \* items;int64_t count = Words
 
-// ---- comparers, for which all blocks are alike
+// ---- comparers, which treat all blocks as equal
 
 uint64_t rank_of(uint64_t value) { return std::min<uint64_t>(value, 40); }
 int by_rank(uint64_t a, uint64_t b) {
@@ -30,7 +30,7 @@ int by_rank(uint64_t a, uint64_t b) {
 }
 int by_whim(uint64_t a, uint64_t b) { return static_cast<int>((5 * rank_of(a) + rank_of(b)) % 3) - 1; }
 
-// Of this step.
+// Drawn in this step.
 mub_compare_fn order;
 uint64_t context, extra;
 int compare_items(uint64_t a, uint64_t b, uint64_t own) {
@@ -59,7 +59,7 @@ struct Item {
 };
 struct Table {
   std::vector<Item> slots = {};
-  int64_t count = 0;  // an incomplete clone states more than there is
+  int64_t count = 0;  // exceeds the number of slots in an incomplete clone
 
   int64_t capacity() const { return std::ssize(slots); }
   int64_t used() const { return std::min(count, capacity()); }
@@ -74,7 +74,7 @@ struct Table {
   }
 };
 
-// The copy that a block has in the clone of its pool; 0 of what is no block.
+// The copy of a block in the clone of its pool; 0 if the value is not a block.
 uint64_t copied_block(const mub_pool &pool, const mub_pool &copy, uint64_t block) {
   for (int64_t i = 0; i < pool.chunk_count; ++i) {
     const uint64_t offset = block - reinterpret_cast<uintptr_t>(pool.chunks[i]);
@@ -90,14 +90,14 @@ template <class R>
 struct WorldOf : World {
   static constexpr bool kHasBytes = std::is_same_v<R, mub_array>, kIsItems = std::is_same_v<R, mub_arrays>;
   static constexpr bool kIsWords = std::is_same_v<R, mub_arrayt>, kIsBare = kIsItems || kIsWords;
-  // Keys that are numbers compare by the sign of a difference of this width.
+  // Integer keys are compared by the sign of their difference, which has this width.
   static constexpr bool kHasNarrowKeys = std::is_same_v<R, mub_arrayd> || kIsWords;
   using Difference = std::conditional_t<kHasNarrowKeys, int32_t, int64_t>;
   using Number = std::make_unsigned_t<Difference>;
   struct Slot {
     R record;
     Table table = {};
-    mub_pool *pool = nullptr;  // its own, the world's or none
+    mub_pool *pool = nullptr;  // owned, external (the world's), or none
     void add_own_pools(std::vector<mub_pool *> &pools) const {
       if (record.own_pool != 0) pools.push_back(pool);
     }
@@ -155,11 +155,11 @@ struct WorldOf : World {
     order = nullptr;
     context = extra = 0;
     seen.clear();
-    // Where there is no out value, initialisers see the count.
+    // Without an out value, initialisers check the count.
     out_value = reinterpret_cast<const uint64_t *>(&self->record.count);
     return &self->record;
   }
-  // A slot as it is; the bytes of spare ones are left open.
+  // Reads a slot; the keys of spare slots are unspecified.
   static Item read(const R &array, int64_t index) {
     if constexpr (kIsWords) {
       const uint64_t word = index < 4 ? array.inline_items[index] : array.tail[index - 4];
@@ -174,7 +174,7 @@ struct WorldOf : World {
       return {"", array.entries[index].key, array.entries[index].value};
     }
   }
-  // A slot's address, and how many lie there in a row.
+  // The address of a slot, and the number of adjacent slots from there.
   static auto run_from(R &array, int64_t index) {
     if constexpr (kIsWords) {
       return index < 4 ? std::pair(array.inline_items + index, 4 - index)
@@ -190,7 +190,7 @@ struct WorldOf : World {
       Table &table = slot->table;
       mix(record.count);
       ASSERT_EQ(record.count, table.count);
-      // A step that was refused something may have reserved slots, and written to spare ones.
+      // A step with a failed allocation may have reserved slots and written to spare ones.
       if (failed) table.resize(record.capacity);
       ASSERT_EQ(record.capacity, table.capacity());
       size_t bytes = 0;
@@ -213,11 +213,11 @@ struct WorldOf : World {
 
   int64_t draw_index() {
     index = program.near(program.one_in(4) ? self->record.capacity : self->record.count);
-    // What the keys of spare slots refer to is left open.
+    // The keys of spare slots are unspecified.
     if (kHasBytes && index >= self->table.count) index = INT64_MAX;
     return index;
   }
-  // Some slots, or more than there can be.
+  // A number of slots, or more than there can be.
   int64_t draw_room() {
     index = program.near(self->record.capacity);
     if (index > 500) index = index > INT32_MAX ? INT64_MAX - index % 8 : index % 500;
@@ -246,7 +246,7 @@ struct WorldOf : World {
     order = kOrders[program.below(4)];
     return {};
   }
-  // A text to be split, which may lie in the array's own keys or spare slots. Lengths below 1 are of no text.
+  // A text to be split, which may be in the array's own keys or spare slots. A length below 1 means no text.
   std::tuple<const char *, int64_t> draw_text() {
     text.clear();
     for (int64_t left = program.below(program.one_in(4) ? 400 : 12); left > 0; --left)
@@ -264,7 +264,7 @@ struct WorldOf : World {
     }
     return {passed.data(), passed.empty() ? -1 : std::ssize(passed)};
   }
-  // Words that no array has.
+  // Words outside any array.
   std::tuple<uint64_t *, int64_t> draw_words() {
     draw_self();
     words.clear();
@@ -273,10 +273,10 @@ struct WorldOf : World {
     return {sorted_words.data(), std::ssize(words)};
   }
 
-  // ---- what is expected of a step, and put into the model
+  // ---- checks of results, and updates of the model
 
-  // The slot that a search finds, or -1, and where a new one belongs. Which of equal ones is found, or what
-  // is found without an order, can be relied on.
+  // The slot that a search finds, or -1, and the index for a new one. It is specified which of several equal
+  // items is found, and also what is found in an unsorted array.
   std::pair<int64_t, int64_t> search() {
     Table &table = self->table;
     if (kIsItems && order == nullptr) return {-1, table.count};
@@ -293,7 +293,7 @@ struct WorldOf : World {
     }
     return {-1, low};
   }
-  // The slot that an operation other than an addition is about, or -1.
+  // The slot that an operation reads or changes, or -1; not for additions.
   template <class Op>
   int64_t position() {
     Table &table = self->table;
@@ -318,7 +318,7 @@ struct WorldOf : World {
       return at < 0 ? nullptr : self->record.entries + at;
     }
   }
-  // What reads, replaces or removes a slot.
+  // Operations that read, replace or remove a slot.
   template <class Op, class Result>
   void expect(Op, Result result) {
     const int64_t at = position<Op>();
@@ -354,13 +354,13 @@ struct WorldOf : World {
     EXPECT_EQ(seen, is_callback_given ? values : std::vector<uint64_t>());
   }
 
-  // Adds the drawn item at an index as the record has it; -1 when that was refused.
+  // Adds the drawn item at the record's index; -1 if that was refused.
   int64_t add(int64_t at, bool is_appended) {
     Table &table = self->table;
     if (at < 0 || (failed && self->record.count == table.count)) return -1;
     table.expand(table.count + 1, kLeast);
     at = std::min(at, table.count);
-    // The empty key comes after all others, and stands for one that finds no room there.
+    // An empty key is only added at the end, also in place of a key for which there is no memory.
     if (kHasBytes && at < table.count && item.bytes.empty()) return -1;
     if (is_appended && failed && read(self->record, at).bytes.empty()) item.bytes.clear();
     table.slots.erase(table.begin() + table.count++);
@@ -391,7 +391,7 @@ struct WorldOf : World {
     const bool is_taken = at >= 0 && block != 0;
     if (is_taken) ++live[self->pool];
     EXPECT_TRUE(at >= 0 || block == (hit < 0 ? 0 : table[hit].value));
-    // A refused insertion has initialised its block already.
+    // An insertion that fails has already initialised its block.
     if (failed || (at < 0 && hit < 0)) return;
     EXPECT_EQ(is_taken, hit < 0 && self->pool != nullptr);
     EXPECT_EQ(seen, is_taken && is_callback_given ? std::vector{block} : std::vector<uint64_t>());
@@ -409,7 +409,7 @@ struct WorldOf : World {
   void expect(op::from_string_, None) {
     expect_pieces();
     if constexpr (!kHasBytes) {
-      // Some may hold the text; as numbers, its bytes differ between machines.
+      // Spare slots may contain the text, whose bytes as numbers depend on the machine.
       self->table.resize(self->record.capacity);
       for (int64_t i = self->table.count; i < self->table.capacity(); ++i) {
         *run_from(self->record, i).first = {};
@@ -442,7 +442,7 @@ struct WorldOf : World {
       expected += (expected.empty() ? "" : ",") + (kHasBytes ? bytes : digits);
     }
     EXPECT_EQ(std::string_view(joined.data, clipped(joined.length)), expected);
-    // Room for the keys, or 5 or 9 characters a number, and what is between them is made at once.
+    // Capacity for all keys, or 5 or 9 characters per number, and the separators is reserved at once.
     int64_t room = std::max<int64_t>(self->table.used() - 1, 0);
     for (const Item &each : self->table) room += kHasBytes ? std::ssize(each.bytes) : kIsWords ? 8 : 4;
     const int64_t grown = room <= capacity ? capacity : std::max(capacity + 8, room) / 8 * 8 + 7;
@@ -466,7 +466,7 @@ struct WorldOf : World {
     if (index < 0 || (table.capacity() == 0 && (kHasBytes || kIsItems))) return;
     const int64_t before = std::exchange(table.count, std::min(index, table.capacity()));
     ASSERT_EQ(self->record.count, table.count);
-    // What the keys of spare slots refer to is left open.
+    // The keys of spare slots are unspecified.
     if (kHasBytes) self->record.count = table.count = before;
   }
   void expect(op::swap_, None) {
@@ -484,7 +484,7 @@ struct WorldOf : World {
     copy.count = self->table.count;
     if (failed && peer->record.capacity == 0) return copy.slots.clear();
     EXPECT_TRUE(!has_copies || live[peer->pool] == live[self->pool]);
-    // An incomplete source leaves the slots that there were, but not their keys.
+    // An incomplete source leaves the existing slots, but not their keys.
     if (kHasBytes && self->table.used() < copy.used()) {
       Functions<R>::shrink_(&peer->record, self->table.used());
       copy.count = self->table.used();
@@ -502,7 +502,7 @@ struct WorldOf : World {
   }
   void expect(op::length_, int64_t result) { EXPECT_EQ(result, 8 * self->table.count); }
 
-  // An order sorts; without one the slots are all there.
+  // With a consistent comparer the slots are sorted; with any other they are a permutation.
   template <class Op>
   requires(named<Op>("qsort")) void expect(Op, None) {
     Table &table = self->table;
@@ -530,7 +530,7 @@ struct WorldOf : World {
   Pool pool{8}, users[2] = {Pool(8), Pool(8)};
   std::map<const mub_pool *, int64_t> live = {{&pool, 0}};  // blocks of the pools
 
-  // What this step has drawn.
+  // Drawn in this step.
   Slot *self = nullptr, *peer = nullptr;
   Item item = {};
   int64_t index = 0;
@@ -562,7 +562,7 @@ struct KeyOfBytes : ByteKey<mub_array> {
 template <class R>
 using Key = std::conditional_t<WorldOf<R>::kHasBytes, KeyOfBytes,
                                Drawn<typename WorldOf<R>::Number, &WorldOf<R>::draw_key>>;
-// Any record, this one included.
+// Any record, including Self.
 template <class R>
 struct Peer {
   explicit Peer(WorldOf<R> &world) {
@@ -600,7 +600,7 @@ void by_hand(op::init_, auto &world, auto) {
   world.start(*world.self);
 }
 void by_hand(op::term_, auto &world, auto) { by_hand(op::init_(), world, nullptr); }
-// One, or many at once.
+// Appends once, or many times.
 template <class R, class F>
 void by_hand(op::append_, WorldOf<R> &world, F append) {
   int64_t left = world.program.one_in(4) ? world.program.below(40) : 1;

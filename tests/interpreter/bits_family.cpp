@@ -1,4 +1,4 @@
-// Bit sets under programs.
+// Programs for bit sets.
 #include "bits_ops.inc"
 
 #include "interpreter/units.h"
@@ -35,7 +35,7 @@ constexpr auto draw_position = [](auto &world) {
   return static_cast<uint32_t>(world.program.near(world.program.one_in(3) ? 32 : 8));
 };
 constexpr auto draw_switch = [](auto &world) { return static_cast<int>(world.program.below(3) - 1) * 256; };
-// Mostly inside, sometimes right after the end or far beyond the next growth.
+// Mostly in range, sometimes right after the end or far beyond the next growth.
 constexpr auto draw_bit = [](auto &world) {
   Program &program = world.program;
   const int64_t end = 8 * world.self->length(), beyond = program.one_in(4) ? 12000 : 20;
@@ -63,7 +63,7 @@ uint32_t want(op::find_, Bits &slot, uint32_t bit) {
   return bit / 8 < slot.bytes.size() ? slot.bytes[bit / 8] & mask(bit % 8) : 0;
 }
 void want(op::zero_, Bits &slot) { std::ranges::fill(slot.bytes, 0); }
-// The stream has the block, too, with room for the terminator of a string.
+// The stream has the same block, which has room for the terminator of a string.
 void by_hand(op::swap_, auto &world, auto swap) {
   mub_bits &bits = Self<mub_bits>(world).slot.record;
   mub_stream stream = {};

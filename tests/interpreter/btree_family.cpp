@@ -1,4 +1,4 @@
-// B-trees under programs: see maps.h.
+// Programs for B-trees: see maps.h.
 #include "btree_ops.inc"
 #include "interpreter/maps.h"
 
@@ -6,7 +6,7 @@ namespace mub_test {
 
 // role (const )?mub_btree\w*_entry \* entry = Entry<%s>
 
-// An entry of a tree and all below it, in the order of the keys; parents come first.
+// All nodes (entries) below one, in key order, parents first.
 template <class R>
 struct Parts {
   using E = typename Kind<R>::Entry;
@@ -51,7 +51,7 @@ struct BtreeKind : MapKind<R, N, Keys> {
                                               : key_of(*reinterpret_cast<const E *>(last)));
   }
 
-  // All invariants of the engine. The root's key stays right while removals do not move the keys.
+  // Checks all invariants of the engine. The root's key is exact until a removal moves keys.
   static void read(R &tree, const typename BtreeKind::Content &expected,
                    typename BtreeKind::Content &content) {
     const Parts parts(tree);
@@ -104,8 +104,8 @@ struct Entry {
 
 // ---- walks
 
-// Sets a cursor, and takes steps to and fro, or on to the end. `index` is -1 before the first record, and the
-// count after the last.
+// Sets a cursor and moves it back and forth, or on to the end. `index` is -1 before the first record, and the
+// count after the last one.
 template <class R>
 void walk(Slot<R> &slot, const auto &key, Program program) {
   const auto &f = slot.f;
@@ -151,7 +151,7 @@ void check(op::last_entry_, auto &world, auto &from, auto *result) {
 
 // ---- keys
 
-// The leaf below an entry that holds a key, or would hold it. The key of the last may be out of date.
+// The leaf below an entry that has a key, or would have it. The key of the last leaf may be out of date.
 auto *leaf_of(const auto &slot, auto &top, const auto &key) {
   const auto leaves = Parts(slot.record, top).leaves;
   return *std::find_if(leaves.begin(), leaves.end() - 1,
@@ -217,7 +217,7 @@ void by_hand(op::split_, auto &world, auto split) {
     if (!splits_all) return;
   }
 }
-// The caller puts the new half after the old one.
+// The caller inserts the new half after the old one.
 void by_hand(OneOf<op::split_entry_, op::split_node_> auto, auto &world, auto split) {
   auto &slot = Self(world).slot;
   auto *lower = Entry(world).value;
@@ -253,7 +253,7 @@ void by_hand(OneOf<op::entry_init_, op::node_init_> auto, WorldOf<R> &world, aut
   EXPECT_TRUE(node.prev == nullptr && node.next == nullptr);
   mub_arrays_remove_all(&entry.children);
 }
-// A new entry, which becomes an empty leaf among others or stays alone, is removed again; a root is not.
+// Removes a new entry, linked as an empty leaf or not linked. A root is not removed.
 void by_hand(OneOf<op::entry_new_, op::remove_entry_t_> auto, auto &world, auto) {
   auto &slot = Self(world).slot;
   auto &tree = slot.record;
@@ -272,7 +272,7 @@ void by_hand(OneOf<op::entry_new_, op::remove_entry_t_> auto, auto &world, auto)
   slot.f.remove_entry_t_(&tree, entry);
   slot.f.remove_entry_t_(&tree, &tree.root);
 }
-// What is out of order below an entry, and the names from a leaf up, are put in order.
+// Restores keys that were changed below an entry, and keys from a leaf up to the root.
 void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, auto &world, auto) {
   auto &slot = Self(world).slot;
   auto &tree = slot.record;
@@ -292,7 +292,7 @@ void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, auto &wo
   slot.f.set_parent_(top);
   slot.f.set_pool_(&tree, top);
 }
-// A record that is unlinked is linked again by the links of the one beside it.
+// Unlinks a record, and links it again at its neighbour.
 void by_hand(op::set_next_, auto &world, auto set_next) {
   const auto &slot = Self(world).slot;
   auto *leaf = world.program.one_of(Parts(slot.record).leaves);
@@ -306,7 +306,7 @@ void by_hand(op::set_next_, auto &world, auto set_next) {
   }
   set_next(leaf, index);
 }
-// The keys below an entry, but not its own.
+// Includes the keys below an entry, but not its own.
 void by_hand(op::adjust_t_, auto &world, auto adjust) {
   auto &tree = Self(world).slot.record;
   auto *top = Entry(world).value;
@@ -326,7 +326,7 @@ auto content_from(const Slot<R> &slot, auto &top) {
   content.links_are_exact = content.fits = false;
   return content;
 }
-// Empties what is below an entry, walks over the rest, and empties the tree.
+// Empties the part below an entry, walks over the rest, and empties the tree.
 void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, auto &world, auto empty) {
   Self self(world);
   auto *top = Entry(world).value;
@@ -337,7 +337,7 @@ void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, auto &world
   world.read_by_all([&] { walk(self.slot, key, world.program); });
   drop_all(world, self.slot, self.slot.f.remove_all_);
 }
-// Into an empty tree, which is emptied again. It gets all key bytes, and so all keys.
+// Clones into an empty tree and empties that again. The copy gets all key bytes, even those of other parts.
 void by_hand(op::clone_entry_, auto &world, auto clone) {
   auto &slot = Self(world).slot;
   auto &to = Peer(world).slot;

@@ -1,4 +1,4 @@
-// Byte streams, with strings beside them, and the functions of views and of bytes alone under programs.
+// Programs for byte streams and strings, for character views, and for functions on plain bytes.
 #include "bytes_ops.inc"
 
 #include <numeric>
@@ -21,7 +21,7 @@ namespace mub_test {
 // role uint8_t \*\* bytes = Out<uint8_t *>
 // role (u?int64_t|uint32_t) value = Word
 
-// ---- at the cursor of a stream
+// ---- fields at the cursor of a stream
 
 using Stream = Slot<mub_stream>;
 
@@ -49,7 +49,7 @@ using Word = Drawn<uint64_t, draw_word>;
 
 uint64_t low(uint64_t value, int bits) { return value & ~uint64_t{0} >> (64 - bits); }
 
-// What the name of an operation says about its integer.
+// The format of an integer, from the name of the operation.
 struct Form {
   explicit Form(std::string_view name) : is_packed(name.find("flate") != name.npos) {
     constexpr std::string_view kNames[] = {"_byte", "_word", "_tword", "_dword", "_xword", "_lword"};
@@ -58,7 +58,7 @@ struct Form {
     is_lword = is_packed && width == 8;
     longest = !is_packed ? width : is_lword ? 9 : 1 << width / 2;
   }
-  // The bits of a value that so many bytes hold.
+  // The number of bits that fit into a packed length.
   int bits_in(int length) const {
     return is_lword ? (length == 9 ? 64 : 7 * length) : 8 * length - (is_packed ? width / 2 : 0);
   }
@@ -67,11 +67,11 @@ struct Form {
     while (length < longest && low(value, 8 * width) >> bits_in(length) != 0) ++length;
     return length;
   }
-  // The first byte counts the further ones.
+  // The first byte determines the number of bytes.
   int length_after(uint8_t head) const {
     return !is_packed ? width : is_lword ? std::countl_one(head) + 1 : (head >> (8 - width / 2)) + 1;
   }
-  // The places of a value's bytes, in the order in which they are stored.
+  // The significance of each stored byte, in stored order.
   std::string_view places(int length) const {
     constexpr std::string_view kOfLword[] = {"0",      "10",      "201",      "3201",     "40123",
                                              "540123", "6450123", "76450123", "801234567"};
@@ -79,7 +79,7 @@ struct Form {
     return is_packed ? std::string_view("3210").substr(clipped(4 - length))
                      : std::string_view("01234567").substr(0, clipped(length));
   }
-  // The value, and how far the cursor moves.
+  // The value, and the number of bytes that the cursor moves.
   std::pair<uint64_t, int> decoded(Stream &stream, int64_t at) const {
     const int64_t left = left_at(stream, at);
     const auto byte_at = [&](int64_t i) { return static_cast<uint8_t>(want(op::get_at_(), stream, i)); };
@@ -100,7 +100,7 @@ uint64_t want(auto op, Stream &stream, Position &position) {
   EXPECT_EQ(position.now, position.after(moves));
   return value;
 }
-// The bytes that were written are those that give the value back.
+// The written bytes must decode to the value.
 void want(auto op, Stream &stream, Position &position, uint64_t value) {
   const Form form(op.kName);
   const int length = form.length_of(value);
@@ -113,7 +113,8 @@ void want(auto op, Stream &stream, Position &position, uint64_t value) {
 void check(auto op, auto &, Word &value, int result) {
   EXPECT_EQ(result, Form(op.kName).length_of(value.value));
 }
-// Blocks of another record, after a prefix; the cursor moves on even where the record cannot grow.
+// Framed blocks: the content of another record after its length. The cursor moves even if the record cannot
+// grow.
 template <class Other>
 void check(auto op, auto &world, Self<mub_stream> &self, Position &position, Peer<Other> &other,
            int64_t result) {
@@ -143,7 +144,7 @@ void check(op::get_buffer_, auto &, Self<mub_stream> &self, Position &position, 
   EXPECT_EQ(*bytes.value, there > 0 ? self.slot.record.data + position.at : nullptr);
   EXPECT_EQ(count.now, there > 0 ? std::min(count.at, there) : 0);
 }
-// What the string had is not released.
+// The old block of the string is not released.
 void by_hand(op::clone_string_, auto &world, auto clone) {
   const Self<mub_stream> self(world);
   Slot<mub_string> &out = Peer<mub_string>(world).slot;
@@ -161,12 +162,12 @@ void by_hand(op::check_, auto &world, auto check) {
   EXPECT_EQ(check(text.data, text.count), static_cast<int>(sum));
   EXPECT_EQ(check(nullptr, 1), 0);
 }
-// Every length has a test of its own.
+// bytes_test.cpp tests every length.
 void by_hand(op::crc32_, auto &, auto crc32) {
   EXPECT_EQ(crc32("123456789", 9) + crc32("1", -1) + crc32(nullptr, 1), 0xCBF43926);
 }
 
-// ---- views, and functions of bytes and of terminated texts alone
+// ---- views, and functions on bytes and terminated texts
 
 using Char = Slot<mub_char>;
 using Terminated = Text<mub_char, kTerminated>;
@@ -184,12 +185,12 @@ void want(op::copy_, Char &view, const auto &text) {
   view.filled = text.size();
 }
 
-// Machines differ in how far apart texts with an end are.
+// Of a comparison of terminated texts, only the sign is the same on all machines.
 void check(OneOf<op::cmp_, op::icmp_> auto op, auto &, Terminated &a, Terminated &b, int result) {
   EXPECT_EQ(std::clamp(result, -1, 1), std::clamp(want(op, a, b), -1, 1));
 }
 
-// The data of a view as a run of bytes, and as a string of the heap.
+// The data of a view as plain bytes, and as a heap-allocated string.
 struct Data : Self<mub_char> {
   using Self<mub_char>::Self;
   auto arguments() const { return std::tuple(slot.data, std::min(slot.filled, size_of(slot.units))); }
@@ -213,7 +214,7 @@ void check(op::dup_, auto &world, Owned &string, Terminated &source, Capacity &l
   string.slot.adopt(copy + U'\0');
 }
 
-// Two ranges of a view's bytes, mostly near each other.
+// Two ranges in the bytes of a view, usually near each other.
 struct Ranges : Self<mub_char> {
   explicit Ranges(auto &world) : Self<mub_char>(world) {
     Program &program = world.program;
@@ -226,8 +227,8 @@ struct Ranges : Self<mub_char> {
   auto arguments() const { return std::tuple(slot.data + to, slot.data + from, count); }
   int64_t from, to, count;
 };
-// A copy goes from low to high, so that it may take bytes that it has put; at a distance of 7 or less through
-// other memory. What is moved leaves zeros then.
+// A copy goes from low to high addresses, and so may copy bytes that it has just written; at a distance of 7
+// or less it goes through a buffer. A move leaves zeros, unless the ranges are near.
 void check(OneOf<op::copy_, op::move_> auto op, auto &, Ranges &ranges, None) {
   const auto [from, to, count] = std::tuple(ranges.from, ranges.to, ranges.count);
   const bool is_near = std::abs(to - from) <= 7;

@@ -1,20 +1,19 @@
-// Worlds of containers whose entries and values come from pools: three records of a kind, each with its
-// model; and the operations that all of these have.
+// Worlds of containers with pools for entries and values: three records of a kind, each with its model; and
+// the operations that all these containers have.
 //
-// A kind says how a record is read by the public fields alone, which checks the invariants of the engine on
-// the way:
-//   Content                       the model of a record: items in order, each with the entry that holds it, its
-//                                 value, and its place() among the others; what an empty record holds at first
+// A kind reads a record by its public fields, and checks the invariants of the engine at the same time:
+//   Content                       the model of a record: items in order, each with its entry, value and
+//                                 place() among the others; by default that of an empty record
 //   kEntryBytes, kNodeBytes       the sizes of its blocks
-//   kIsOrdered                    callbacks see the values in the order of the items
-//   kCloneKeepsEntryPool          whatever the source has
-//   kTermKeepsFlags               of the pools that it owned
-//   kTermLeavesEntries            in a pool that is not its own
-//   kRemovalKeepsValues           a removal of all leaves the blocks of an owned value pool
-//   set_order(record, which)      gives it one of the orders 0 to 3, where there are orders
-//   read(record, expected, read)  puts the items that a record has into `read`; `expected` is the model
-//   entries_of(record)            the blocks that it has from its entry pool
-//   use_fresh(record, world)      if there, uses a record as `init` has left it
+//   kIsOrdered                    callbacks get the values in the order of the items
+//   kCloneKeepsEntryPool          even if the source has an external pool
+//   kTermKeepsFlags               of owned pools
+//   kTermLeavesEntries            in an external pool
+//   kRemovalKeepsValues           removing all entries keeps the blocks of an owned value pool
+//   set_order(record, which)      sets one of the orders 0 to 3, if there are several
+//   read(record, expected, read)  stores the items of a record in `read`; `expected` is the model
+//   entries_of(record)            the number of blocks allocated from its entry pool
+//   use_fresh(record, world)      optional: uses a record directly after `init`
 #ifndef MUB_TESTS_INTERPRETER_CONTAINERS_H
 #define MUB_TESTS_INTERPRETER_CONTAINERS_H
 
@@ -34,7 +33,7 @@ inline constexpr bool kHasNodePool = requires(R record) {
   record.node_pool;
 };
 
-// The pools that a record owns, a bit each.
+// The owned pools of a record, one bit each.
 int owned_by(const auto &record) {
   const int owned = record.owns_entry_pool | record.owns_value_pool << 2;
   if constexpr (requires { record.owns_node_pool; }) return owned | record.owns_node_pool << 1;
@@ -49,18 +48,18 @@ void init_record(R &record, int owned) {
   }
 }
 
-// A record with its model. Pools that it does not own are the world's.
+// A record with its model. External pools belong to the world.
 template <class R>
 struct Slot {
   static constexpr Functions<R> f{};  // the library's functions for the record
   static constexpr Kind<R> kind{};
   R record;
   typename Kind<R>::Content content = {};
-  int owned = 0;            // the pools that the record owns, a bit each
+  int owned = 0;            // the owned pools, one bit each
   int order = 0;            // of 0 and 1, or of 2 and 3
-  bool has_values = false;  // values are blocks of its value pool, or 0; else any words
+  bool has_values = false;  // values are blocks of its value pool, or 0; otherwise any words
   int64_t blocks = 0;       // value blocks of the content
-  int64_t blocks_left = 0;  // value blocks that only the end of an owned pool gives back
+  int64_t blocks_left = 0;  // value blocks that remain until their owned pool is emptied
 
   bool owns_entries() const { return (owned & 1) != 0; }
   bool owns_nodes() const { return (owned & 2) != 0; }
@@ -84,8 +83,8 @@ struct WorldOf : World {
     nodes.block_size = Kind<R>::kNodeBytes;
     values.block_size = users[0].block_size = users[1].block_size = sizeof(uint64_t);
     mub_pool_new(&users[0]);
-    // Two records have the same order, so that there is something to swap with and to clone to; the third
-    // has another one, and perhaps plain words for values.
+    // Two records have the same order, so that they can be swapped and cloned. The third has another order,
+    // and its values may be plain words.
     const int settings = program.byte() | program.byte() << 8;
     for (int i = 0; i < kSlots; ++i) {
       slots[i].owned = settings >> (3 * i) & 7;
@@ -97,7 +96,7 @@ struct WorldOf : World {
   ~WorldOf() {
     for (auto &slot : slots) end(slot);
     const bool is_lost = (entries.live_count | nodes.live_count | values.live_count) != 0;
-    EXPECT_TRUE(!is_lost || ::testing::Test::HasFailure()) << "entries, nodes or values are lost";
+    EXPECT_TRUE(!is_lost || ::testing::Test::HasFailure()) << "leaked entries, nodes or values";
     for (mub_pool *pool : {&entries, &nodes, &values, &users[0], &users[1]}) mub_pool_term(pool);
   }
 
@@ -120,7 +119,7 @@ struct WorldOf : World {
     Functions<R>::term_(&slot.record);
   }
 
-  // The records that a step may have changed against their models; now and then all.
+  // Compares the records that the step may have changed with their models, and every 8 steps all records.
   void compare() {
     for (auto &slot : slots) {
       const bool is_due = &slot == self || &slot == peer || steps % 8 == 0;
@@ -130,7 +129,7 @@ struct WorldOf : World {
       mix(slot.record.count);
     }
   }
-  // The model then knows where new entries lie.
+  // Also stores the addresses of new entries in the model.
   void compare(Slot<R> &slot) {
     typename Kind<R>::Content read;
     ASSERT_NO_FATAL_FAILURE(Kind<R>::read(slot.record, slot.content, read));
@@ -148,7 +147,7 @@ struct WorldOf : World {
     slot.content = std::move(read);
   }
 
-  // A value as the slot holds them.
+  // A value of the sort that the slot has.
   uint64_t draw_value(const Slot<R> &slot) {
     if (program.one_in(4)) return 0;
     if (!slot.has_values) return program.byte() + 1;
@@ -156,7 +155,7 @@ struct WorldOf : World {
     *block = steps;
     return reinterpret_cast<uintptr_t>(block);
   }
-  // A value that a container has handed over, or that it did not take.
+  // Releases a value that a container returned or did not store.
   void give_back(const Slot<R> &slot, uint64_t value) {
     if (slot.has_values) mub_pool_free(slot.record.value_pool, reinterpret_cast<void *>(value));
   }
@@ -181,7 +180,7 @@ struct Self {
   auto arguments() const { return std::tuple(&slot.record); }
   Slot<R> &slot;
 };
-// Another record, or the same, that agrees with Self in its settings.
+// A record with the same settings as Self; may be Self.
 template <class R>
 struct Peer {
   explicit Peer(WorldOf<R> &world)
@@ -191,7 +190,7 @@ struct Peer {
   auto arguments() const { return std::tuple(&slot.record); }
   Slot<R> &slot;
 };
-// The same; what it holds is dropped, and its values are given back beforehand.
+// The destination of a clone: as Peer. Its content will be dropped, so its values are released first.
 template <class R>
 struct Destination : Peer<R> {
   explicit Destination(WorldOf<R> &world) : Peer<R>(world) {
@@ -209,7 +208,7 @@ struct Value {
   uint64_t word;
 };
 
-// The offsets of keys in a store.
+// The offsets of keys in a key stream.
 struct OffsetsOf {
   explicit OffsetsOf(const auto &...items) { (add(items), ...); }
   void add(const auto &items) {
@@ -220,8 +219,8 @@ struct OffsetsOf {
   };
   std::vector<Offset> all;
 };
-// Keys after what is cut out of a store are lowered, by 32 bits; an empty one right there stays. All are put
-// back as they were, so that what was lowered beside them is found.
+// Checks that the offsets of keys after a removed range are reduced, modulo 2^32; that of an empty key at its
+// start is not. Then restores all offsets, so that any other change is detected later.
 void lower_and_raise(auto &world, const mub_stream &keys, const OffsetsOf &offsets, auto adjust) {
   const auto offset = static_cast<uint32_t>(world.program.below(keys.length + 2));
   const auto length = static_cast<uint32_t>(world.program.below(2 * keys.length + 9));
@@ -232,7 +231,7 @@ void lower_and_raise(auto &world, const mub_stream &keys, const OffsetsOf &offse
   }
 }
 
-// Calls a function with what roles stand for, and with other arguments as they are.
+// Calls a function with the arguments of roles, and with other arguments as they are.
 auto call_with(auto function, const auto &...args) {
   const auto arguments_of = [](const auto &arg) {
     if constexpr (requires { arg.arguments(); }) {
@@ -244,9 +243,9 @@ auto call_with(auto function, const auto &...args) {
   return std::apply(function, std::tuple_cat(arguments_of(args)...));
 }
 
-// ---- operations that all have
+// ---- operations of all containers
 
-// The values that are not 0, in the order in which they are released.
+// The nonzero values, in the order of release.
 Words values_of(const auto &content) {
   Words values;
   for (const auto &item : content) {
@@ -254,7 +253,7 @@ Words values_of(const auto &content) {
   }
   return values;
 }
-// A callback has seen these words, if there was one.
+// The callback, if given, was called with these words.
 template <class R>
 void expect_seen(Words words, bool is_given) {
   if (!is_given) words.clear();
@@ -264,7 +263,7 @@ void expect_seen(Words words, bool is_given) {
   }
   EXPECT_EQ(seen, words);
 }
-// Values that a call has let go; their blocks stay in a pool of the record's own.
+// A call released these values; their blocks remain allocated in an owned pool.
 template <class R>
 void expect_released(Slot<R> &slot, const Words &values, const Free &release) {
   expect_seen<R>(values, release.is_given);
@@ -280,7 +279,7 @@ void check(op::free_all_, auto &, auto &self, Free &release, auto result) {
   self.slot.content = {};
   self.slot.blocks_left = 0;
 }
-// Empties a part of a record by a function that releases its values or does not look at them.
+// Empties a part of a record with a function that releases its values or ignores them.
 void release_by(auto empty, auto &world, auto &self, const Words &values, auto... part) {
   const Free release(world);
   if constexpr (requires(mub_free_fn none) { empty(&self.slot.record, part..., none); }) {
@@ -291,8 +290,7 @@ void release_by(auto empty, auto &world, auto &self, const Words &values, auto..
     call_with(empty, self, part...);
   }
 }
-// All entries are gone by a call that did not look at values: those in a pool of the world's are the caller's
-// to release.
+// A call removed all entries without releasing values: the caller must release those in an external pool.
 void expect_dropped(auto &world, auto &slot) {
   const Words values = values_of(slot.content);
   if (!slot.owns_values()) world.give_back(slot, values);
@@ -321,10 +319,10 @@ void check(op::term_, auto &world, auto &self, auto result) {
   EXPECT_EQ(owned_by(record), slot.kind.kTermKeepsFlags ? slot.owned : 0);
   slot.f.remove_all_(&record);
   slot.f.term_(&record);
-  EXPECT_EQ(record.count, 0) << "ended once more";
+  EXPECT_EQ(record.count, 0) << "terminated twice";
   world.start(slot);
 }
-// Pools that cannot be had are left out.
+// A pool that cannot be allocated is missing.
 template <class R>
 void by_hand(op::init_, WorldOf<R> &world, auto) {
   R record;
@@ -336,7 +334,7 @@ void by_hand(op::init_, WorldOf<R> &world, auto) {
   EXPECT_EQ(record.count, 0);
   if constexpr (requires { Kind<R>::use_fresh(record, world); }) Kind<R>::use_fresh(record, world);
   Functions<R>::term_(&record);
-  record.owns_entry_pool = record.owns_value_pool = 1;  // without a pool, these say nothing
+  record.owns_entry_pool = record.owns_value_pool = 1;  // without a pool, these are ignored
   Functions<R>::remove_all_(&record);
   Functions<R>::free_all_(&record, nullptr);
   Functions<R>::term_(&record);
@@ -348,8 +346,8 @@ requires(Op::kName == "swap") void check(Op, WorldOf<R> &, Self<R> &self, Peer<R
   std::swap(self.slot.owned, peer.slot.owned);
 }
 
-// Values that are blocks of the source's own pool are copied; others are shared, and then given up at once,
-// as only one of the two may release them.
+// Values that are blocks of the source's own pool are copied. Others are shared, so they are removed from the
+// copy, as only one of the two may release them.
 template <class R>
 void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &user, Destination<R> &destination,
            UserPool<1> &copied_user, Cloner &cloner, auto result) {
@@ -363,7 +361,7 @@ void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &user, Dest
   ASSERT_NO_FATAL_FAILURE(Kind<R>::read(copy.record, expected, read));
   const bool owns_values = source.owns_values(), keeps_values = copy.owns_values();
   const int kept = copy.owned & (source.owned | (Kind<R>::kCloneKeepsEntryPool ? 1 : 0));
-  // What pools of its own a copy has given up when it fails is left open.
+  // It is unspecified which owned pools a failed copy keeps.
   copy.owned = owned_by(copy.record);
   if (world.failed && read.size() == typename Kind<R>::Content().size()) {
     EXPECT_TRUE(seen.empty() && copy.record.count == 0 && values_of(read).empty());
@@ -372,7 +370,8 @@ void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &user, Dest
   }
   EXPECT_EQ(copy.owned, kept);
   const bool copies_user = cloner.is_given && user.pool != nullptr && copied_user.pool == &world.users[1];
-  EXPECT_TRUE(!copies_user || world.users[1].live_count == 1) << "the other has a block";
+  EXPECT_TRUE(!copies_user || world.users[1].live_count == 1)
+      << "a copied user pool has the block of its source";
   ASSERT_EQ(read.size(), source.content.size());
   Words pairs;
   for (size_t i = 0; i < read.size(); ++i) {

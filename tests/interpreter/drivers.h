@@ -1,9 +1,9 @@
-// What runs the programs of a family. The generated steps, which end a family's source, include it.
-//   - Seeded runs, in which every function has its turn. Where MUB_PROGRAM_TRACES names a file, a line for each
-//     kind goes there, which is the same on every machine for the same seed.
-//   - The sweep over all allocations.
+// Runs the programs of a family. Included by the generated steps, at the end of a family's source.
+//   - Seeded runs, which must reach every function. They append a line for each kind to the file
+//     MUB_PROGRAM_TRACES, if set; for the same seed it is the same on every machine.
+//   - Runs with failing allocations.
 //   - With MUB_TWO_READERS, in a build with ThreadSanitizer, runs in which two threads read.
-//   - With MUB_FUZZER, the entry point of libFuzzer, whose programs begin with the number of a kind.
+//   - With MUB_FUZZER, the entry point for libFuzzer, whose programs begin with the number of a kind.
 #ifndef MUB_TESTS_INTERPRETER_DRIVERS_H
 #define MUB_TESTS_INTERPRETER_DRIVERS_H
 
@@ -35,7 +35,7 @@ template <class R>
 struct Runner {
   StepsOf<R> steps = steps_of<R>();
 
-  // Gives what the run has come to.
+  // Returns the world at the end of the run.
   World run(const Bytes &bytes, Refusals refusals = {}) {
     WorldOf<R> world(Program(bytes.data(), bytes.size()), refusals);
     mub_test::run(world, steps);
@@ -64,7 +64,7 @@ void run_one(const Bytes &bytes) {
 
 #else
 
-// MUB_TEST_SCALE asks for so many times the programs.
+// MUB_TEST_SCALE multiplies the number of programs.
 inline int64_t scaled(int64_t programs) {
   const char *scale = std::getenv("MUB_TEST_SCALE");
   return scale == nullptr ? programs : programs * std::atoi(scale);
@@ -97,13 +97,13 @@ REGISTER_TYPED_TEST_SUITE_P(Programs, AgreeWithTheModelWhileTwoThreadsRead);
 TYPED_TEST_P(Programs, AgreeWithTheModel) {
   const uint64_t trace = this->run_many(50);
   for (const auto &step : this->runner.steps)
-    EXPECT_GT(step.reached, 0) << step.name << " is reached by no program";
+    EXPECT_GT(step.reached, 0) << step.name << " was reached by no program";
   if (const char *traces = std::getenv("MUB_PROGRAM_TRACES"))
     std::ofstream(traces, std::ios::app) << this->runner.steps[0].name << ' ' << trace << '\n';
 }
 
-// Each function is called in the middle of some programs, and each of its allocations is refused there, alone
-// or with all that follow; the program then goes on to its end.
+// Each function is called in the middle of some programs, and each of its allocations fails there, alone or
+// with all that follow. The program then continues to its end.
 TYPED_TEST_P(Programs, SurviveRefusedAllocations) {
   std::mt19937_64 engine(run_seed() + 1);
   const auto functions = static_cast<int64_t>(this->runner.steps.size());

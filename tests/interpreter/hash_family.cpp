@@ -1,4 +1,4 @@
-// Hash tables under programs: see maps.h.
+// Programs for hash tables: see maps.h.
 #include "hash_ops.inc"
 
 #include <array>
@@ -10,7 +10,7 @@ namespace mub_test {
 
 using FourWords = std::array<uint32_t, 4>;
 
-// All words but one are alike; the keys of a group differ in one of the four places.
+// All words but one are equal; the keys of a group differ in one of the four words.
 template <>
 FourWords hard_number<FourWords>(int64_t n) {
   FourWords words;
@@ -18,7 +18,7 @@ FourWords hard_number<FourWords>(int64_t n) {
   words[static_cast<size_t>(n) % 4] = static_cast<uint32_t>(n / 8 + 1);
   return words;
 }
-// The bytes of a key; those of a number begin with the lowest.
+// The bytes of a key; numbers in little-endian order.
 template <class T>
 std::string bytes_of(const T &key) {
   std::string bytes;
@@ -29,12 +29,12 @@ std::string bytes_of(const T &key) {
   }
   return bytes;
 }
-// The key hash is compared with its polynomial in bytes_test.cpp.
+// bytes_test.cpp compares the key hash with a bitwise CRC-32.
 uint32_t hash_of(const auto &key) {
   const std::string bytes = bytes_of(key);
   return mub::key_hash(bytes.data(), static_cast<int64_t>(bytes.size()));
 }
-// What says in which bucket a key is: its hash, or a number itself.
+// The number that selects the bucket: the hash of a key, or an integer key itself.
 uint64_t word_of(const auto &key) { return hash_of(key); }
 uint64_t word_of(const std::integral auto &number) { return number; }
 int64_t bucket_of(const auto &table, const auto &text) {
@@ -48,7 +48,7 @@ struct HashKind : MapKind<R, E, Keys> {
   static constexpr int64_t kEntryBytes = sizeof(E), kNodeBytes = 8;
   static int64_t entries_of(const R &table) { return table.count; }
 
-  // Invariants 1 to 4 of the engine. A key that was added twice would be in the same chain.
+  // Invariants 1 to 4 of the engine. A key that was added twice would be in one chain.
   static void read(R &table, typename HashKind::Content expected, typename HashKind::Content &content) {
     const int64_t buckets = table.buckets.count;
     ASSERT_TRUE(buckets == 0 ||
@@ -88,7 +88,7 @@ struct Kind<mub_hashx> : HashKind<mub_hashx, mub_hashx_entry, NumberKeys<mub_has
 template <>
 struct Kind<mub_hasht> : HashKind<mub_hasht, mub_hasht_entry, NumberKeys<mub_hasht, FourWords>> {};
 
-// ---- operations of hash tables alone
+// ---- operations only of hash tables
 
 void check(op::free_, auto &, auto &self, auto &key, Free &release, auto result) {
   const auto *item = self.slot.content.find(key.text);
@@ -106,17 +106,17 @@ void by_hand(op::expand_, auto &world, auto expand) {
 void check(op::insert_t_, auto &world, auto &self, auto &key, Out<int> &inserted, auto *result) {
   expect_node_set(world, self.slot, key, result, *inserted.value);
 }
-// A negative length finds nothing in the low layer.
+// In the building blocks, a negative length finds nothing.
 void check(op::find_t_, auto &, auto &self, auto &key, auto *result) {
   expect_node(result, key.length < 0 ? nullptr : self.slot.content.find(key.text));
 }
-// Ends an entry that was taken out of its chain.
+// Releases an entry that was removed from its chain.
 void end_entry(auto &world, auto &slot, auto *entry) {
   world.give_back(slot, entry->value);
   --slot.record.count;
   mub_pool_free(slot.record.entry_pool, entry);
 }
-// The entry keeps its fields while it is held, whatever else is removed.
+// The removed entry is not changed by further removals.
 void check(op::remove_t_, auto &world, auto &self, auto &key, auto *result) {
   check(op::find_t_(), world, self, key, result);
   if (result == nullptr) return;
@@ -127,7 +127,7 @@ void check(op::remove_t_, auto &world, auto &self, auto &key, auto *result) {
   EXPECT_EQ(std::memcmp(result, &held, sizeof held), 0);
   end_entry(world, self.slot, result);
 }
-// A new entry is the last of its chain and has no key yet. Tables of byte keys do not clear it.
+// A new entry is the last of its chain and has no key yet. Tables with byte-string keys do not clear it.
 void undo_entry_new(auto &table, int64_t bucket, auto *entry) {
   if (entry == nullptr) return;
   constexpr bool kHasBytes = requires { table.keys; };
@@ -137,8 +137,8 @@ void undo_entry_new(auto &table, int64_t bucket, auto *entry) {
   *link = nullptr;
   mub_pool_free(table.entry_pool, entry);
 }
-// With the bucket and the hash that a key has, the low layer agrees with the rest. Key bytes are the caller's
-// to cut.
+// With the right bucket and hash, the building blocks agree with the other functions. The caller must remove
+// the key bytes.
 void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_> auto, auto &world, auto) {
   Self self(world);
   const Key key(world);
@@ -176,7 +176,8 @@ void by_hand(op::adjust_t_, auto &world, auto adjust) {
                   [&](uint32_t offset, int64_t length) { adjust(&slot.record, offset, length); });
 }
 
-// All entries are met, each once. Before the first bucket are all of them, after the last one none.
+// The walk visits every entry once. From before the first bucket it finds all entries, after the last one
+// none.
 void by_hand(OneOf<op::entry_first_, op::entry_next_> auto, auto &world, auto) {
   const auto &slot = Self(world).slot;
   const int64_t end = world.program.one_in(2) ? INT64_MAX : slot.record.buckets.count - 1;
@@ -199,7 +200,7 @@ void by_hand(OneOf<op::entry_first_, op::entry_next_> auto, auto &world, auto) {
   });
 }
 
-// The table is to be ended next: it still counts entries that went back to their pool.
+// The table must be terminated next: its count still includes entries that were returned to their pool.
 void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, auto &world, auto empty) {
   Self self(world);
   auto &table = self.slot.record;
@@ -223,7 +224,7 @@ void check(op::key_, auto &, auto &key, auto &, auto result) { EXPECT_EQ(result,
 // role const void \* [ab];int64_t [ab]_length = Key<%s>
 // role const uint32_t \* [ab] = Key<%s>
 
-// Words differ by the wrapped difference of the first ones that do.
+// The result is the wrapped difference of the first words that differ.
 void check(op::cmp_, auto &, auto &a, auto &b, int result) {
   if constexpr (requires { a.bytes; }) {
     EXPECT_EQ(result, a.length == b.length && (a.length < 1 || a.bytes == b.bytes) ? 1 : 0);

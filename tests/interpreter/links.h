@@ -1,7 +1,7 @@
-// Lists and trees as programs drive them: the model of a record is the sequence of its items, in the order of
-// the list or of a document. A tree's first item is its root.
+// Lists and trees: the model of a record is the sequence of its items, in list order, or for trees in
+// depth-first order. The first item of a tree is its root.
 //
-// A family says read_items(record, items): reads a record by its fields, and checks its links on the way.
+// A family defines read_items(record, items), which reads a record by its fields and checks its links.
 #ifndef MUB_TESTS_INTERPRETER_LINKS_H
 #define MUB_TESTS_INTERPRETER_LINKS_H
 
@@ -14,14 +14,14 @@ namespace mub_test {
 // role (mub_(tree_)?compare\w*_fn) compare = Comparer<%t>
 
 struct Item {
-  void *entry = nullptr;  // where it lies; nullptr until it is read for the first time
+  void *entry = nullptr;  // its address; nullptr until it is first read
   uint64_t value = 0;
   std::string key = {};  // in a list of keys
   int depth = 0;         // in a tree
-  int side = 0;          // on which it hangs in a binary tree
+  int side = 0;          // in a binary tree
   auto place() const { return std::tie(key, depth, side); }
 };
-// What an empty record holds is its root, if it has one.
+// An empty record has its root, if it is a tree.
 template <bool kHasRoot>
 struct Items : std::vector<Item> {
   Items() : std::vector<Item>(kHasRoot ? 1 : 0) {}
@@ -53,9 +53,9 @@ struct Kind {
   }
 };
 
-// ---- roles, and what checks ask of them
+// ---- roles, and helpers for checks
 
-// An entry of Self's, or NULL when there may be none.
+// An entry of Self, or NULL if that is allowed.
 template <class R, bool kMayBeNone>
 struct EntryOf {
   using Entry = typename Kind<R>::Entry;
@@ -76,7 +76,7 @@ using Place = EntryOf<R, true>;
 
 inline constexpr uint64_t kContext = 0x123456789ABCDEF0;
 inline constexpr auto draw_context = [](auto &) { return kContext; };
-// Comparers get a list's value with 1 added as the key, so that they tell their arguments apart.
+// In lists, keys are values plus 1, so that exchanged arguments of a comparer are detected.
 inline int compare(uint64_t value, uint64_t key) { return value + 1 == key ? 0 : -1; }
 inline int compare(uint64_t key, uint64_t value, uint64_t context) {
   return context == kContext ? compare(value, key) : 0;
@@ -96,8 +96,8 @@ struct Comparer : AnyComparer {
   auto arguments() const { return std::tuple(is_given ? static_cast<Function>(compare) : nullptr); }
 };
 
-// Two records of the same content, one for the call and one for the model. They are empty, or one unit before
-// they may have to grow.
+// Two records with the same content, one for the call and one as its model. They are empty, or one unit short
+// of a size at which they may have to grow.
 template <class Owner, auto kAppend>
 struct Pair {
   explicit Pair(auto &world) {
@@ -111,7 +111,7 @@ struct Pair {
   Owner record, expected;
 };
 
-// The role of a kind that a step has, if any; and the result of its function.
+// The argument with a given role, or NULL; and the result of the function.
 template <class Role, class... Args>
 const Role *role_of(const Args &...args) {
   const Role *found = nullptr;
@@ -129,7 +129,7 @@ bool is_cleared(const auto &entry) {
   const std::string zeros(sizeof entry, '\0');
   return std::memcmp(&entry, zeros.data(), sizeof entry) == 0;
 }
-// A block that the caller has taken is left alone when others are removed.
+// An entry that the caller allocated is not changed when other entries are removed.
 template <class R, class E>
 void check(op::entry_new_, WorldOf<R> &world, Self<R> &self, E *entry) {
   EXPECT_EQ(entry == nullptr, world.failed);

@@ -1,4 +1,4 @@
-// Lists under programs: see links.h.
+// Programs for lists: see links.h.
 #include "list_ops.inc"
 
 #include "interpreter/links.h"
@@ -36,7 +36,7 @@ void read_items(const auto &list, Items<false> &items) {
   }
   ASSERT_EQ(list.tail, before);
   if constexpr (requires { list.keys; }) {
-    ASSERT_EQ(list.keys.length, key_bytes) << "keys alone";
+    ASSERT_EQ(list.keys.length, key_bytes) << "the key stream has only the bytes of keys";
   }
 }
 
@@ -48,14 +48,14 @@ struct Walker : Place<R> {
   auto arguments() { return std::tuple(&at); }
   typename Kind<R>::Entry *at = this->entry;
 };
-// Half of them are the value that they stand for, and the others greater by 1, as comparers want it.
+// Half of them are values, and the others are values plus 1, which comparers expect.
 inline constexpr auto draw_wanted = [](auto &world) {
   const Place<mub_lists> place(world);
   const uint64_t value = place.entry != nullptr ? place.entry->value : 77;
   return value + static_cast<uint64_t>(world.program.below(2));
 };
 using Wanted = Drawn<uint64_t, draw_wanted>;
-// Only its lowest byte counts.
+// Only the lowest byte is used.
 inline constexpr auto draw_separator = [](auto &world) {
   return "abx1"[world.program.below(4)] - 0x100 * static_cast<int>(world.program.below(3));
 };
@@ -64,7 +64,7 @@ using StringOut = Pair<mub::string, mub_string_append_char>;
 
 // ---- operations
 
-// A new value is a block, or 0; the other additions give the entry, or the list.
+// The _new operations return a block or 0; the others return the entry or the list.
 template <class Op>
 void check(Op, auto &world, auto &self,
            const auto &...args) requires(named<Op>("add") || named<Op>("insert")) {
@@ -76,7 +76,7 @@ void check(Op, auto &world, auto &self,
   if (const auto *key = role_of<ByteKey<R>>(args...)) item.key = key->bytes;
   if constexpr (named<Op>("_new")) {
     EXPECT_EQ(seen, role_of<Init>(args...)->is_given && result != 0 ? Words{result} : Words());
-    EXPECT_TRUE(seen.empty() || out_value_seen == items.size()) << "the list is as it was";
+    EXPECT_TRUE(seen.empty() || out_value_seen == items.size()) << "the list was not changed yet";
     EXPECT_EQ(result == 0, world.failed || !slot.has_values);
     EXPECT_TRUE(world.failed || slot.record.count > std::ssize(items));
     if (slot.record.count == std::ssize(items)) return;
@@ -98,7 +98,7 @@ void check(Op, auto &world, auto &self,
   items.insert(items.at(index), item);
 }
 
-// Reads, and removals, at an end or a place.
+// Reads and removals at an end or a position.
 template <class Op, class R>
 void check(Op, WorldOf<R> &world, Self<R> &self,
            const auto &...args) requires(named<Op>("get") || named<Op>("remove")) {
@@ -124,7 +124,7 @@ void check(Op, WorldOf<R> &world, Self<R> &self,
   }
   if (!named<Op>("remove") || index >= items.size()) return;
   if constexpr (named<Op>("remove_at")) {
-    EXPECT_EQ(place->entry->value, 0u) << "cleared in the block";
+    EXPECT_EQ(place->entry->value, 0u) << "the slot was cleared";
   }
   world.give_back(self.slot, item.value);
   items.erase(items.at(index));
@@ -144,8 +144,8 @@ void check(Op, WorldOf<R> &, Self<R> &self, const auto &...args) requires(named<
   EXPECT_EQ(result_of(args...), is_found ? found->entry : nullptr);
 }
 
-// Copies of a list's items, which may be its own, are at an end. No block is in two places: values that are
-// blocks are cleared in the copies.
+// Items of a list, perhaps of the same list, are copied to an end. No block may have two owners: values that
+// are blocks are 0 in the copies.
 template <class Op, class R>
 void check(Op, WorldOf<R> &world, Self<R> &self, Peer<R> &source, None) {
   if (world.failed) return;
@@ -161,7 +161,7 @@ void check(Op, WorldOf<R> &world, Self<R> &self, Peer<R> &source, None) {
   items.insert(is_head ? items.begin() : items.end(), added.begin(), added.end());
 }
 
-// Entries go back to their pool, and the list still refers to them.
+// Entries are returned to their pool, but the list still refers to them.
 template <class R, class F>
 void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> &world, F empty) {
   Self<R> self(world);
@@ -177,7 +177,7 @@ void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> 
   slot.content.clear();
   drop_all(world, slot, Functions<R>::remove_all_);
 }
-// The tail block alone.
+// Only for the tail block.
 void by_hand(op::free_array_, WorldOf<mub_listx> &world, auto free_array) {
   Self<mub_listx> self(world);
   const Free release(world);
@@ -199,7 +199,7 @@ void by_hand(op::adjust_t_, WorldOf<mub_list> &world, auto adjust) {
                   [&](uint32_t offset, uint32_t length) { adjust(&list, offset, length); });
 }
 
-// An array takes the same keys from a text.
+// An array reads the same keys from a text.
 void check(op::from_string_, auto &world, Self<mub_list> &self, Separator &separator, ByteKey<mub_list> &text,
            None) {
   mub::array keys;
@@ -207,7 +207,7 @@ void check(op::from_string_, auto &world, Self<mub_list> &self, Separator &separ
     mub_array_from_string(keys.c(), separator.value, text.bytes.data(), std::ssize(text.bytes));
   for (const auto [key, value] : keys) self.slot.content.push_back({.key = std::string(key)});
 }
-// And it makes the same string of them, of the same capacity.
+// An array also produces the same string, with the same capacity.
 void check(op::to_string_, auto &world, Self<mub_list> &self, Separator &separator, StringOut &out, None) {
   mub::array keys;
   for (const Item &item : self.slot.content) keys.append(item.key, 0);

@@ -1,4 +1,4 @@
-// Keys of maps: how they are drawn, passed, and turned into what orders as they do.
+// Keys of maps: draws and passes them, and converts them to values that sort in the same order.
 #ifndef MUB_TESTS_INTERPRETER_MAP_KEYS_H
 #define MUB_TESTS_INTERPRETER_MAP_KEYS_H
 
@@ -12,15 +12,15 @@
 
 namespace mub_test {
 
-// Keys are drawn from so many, so that a program comes upon them again; runs are of more.
+// Few different keys, so that a program draws them repeatedly; sequences have more.
 constexpr int64_t kDrawnKeys = 160, kKeysOfRuns = 256;
 
-// The bytes of a record's keys; nothing when it has none yet.
+// The key stream of a record; empty if it has none yet.
 inline std::string_view stored_keys(const mub_stream &keys) {
   if (keys.data == nullptr) return "";
   return {reinterpret_cast<const char *>(keys.data), static_cast<size_t>(keys.length)};
 }
-// A text that compares as a record compares keys, perhaps without their case.
+// A text that sorts as the record sorts keys, in lower case if the record ignores case.
 std::string folded(const auto &record, std::string_view bytes) {
   std::string text(bytes);
   if constexpr (requires { record.nocase; }) {
@@ -30,9 +30,9 @@ std::string folded(const auto &record, std::string_view bytes) {
   return text;
 }
 
-// Byte strings: from a few letters, the empty one and prefixes of others among them, in both cases and with
-// NULs; with an explicit length, up to their NUL, as NULL, or as a part of the keys that a record of the
-// world has, which may move.
+// Byte strings of a few letters in both cases and NULs, including the empty key and prefixes of other keys.
+// They are passed with a length, up to their NUL, as NULL, or as a part of a record's key stream, which the
+// call may move.
 template <class R>
 struct ByteKey {
   explicit ByteKey(WorldOf<R> &world, int64_t number = -1)
@@ -69,7 +69,7 @@ struct ByteKey {
     return program.text(2) + std::string(times, last);
   }
 };
-// The keys of records that hold byte strings.
+// Records with byte-string keys.
 template <class R>
 struct ByteKeys {
   using KeyArgument = ByteKey<R>;
@@ -83,12 +83,12 @@ struct ByteKeys {
   static void check_store(const R &record, const auto &nodes) {
     int64_t bytes = 0;
     for (const auto *node : nodes) bytes += node->key_length;
-    ASSERT_EQ(bytes, record.keys.length) << "the store has the bytes of the keys alone";
+    ASSERT_EQ(bytes, record.keys.length) << "the key stream has other bytes than those of keys";
   }
 };
 
-// Numbers that fill their width: small ones of both signs, ones that differ in their highest bits or lowest
-// alone.
+// Numbers of the full width: small ones of both signs, and ones that differ only in their highest or lowest
+// bits.
 template <class Integer>
 Integer hard_number(int64_t n) {
   constexpr int kBits = 8 * sizeof(Integer);
@@ -97,14 +97,14 @@ Integer hard_number(int64_t n) {
                           static_cast<Integer>(m | Integer{1} << (kBits / 2))};
   return hard[n % 4];
 }
-// A number that orders as a key of the type does.
+// An unsigned number that sorts as the key does in its type.
 template <class Bits>
 Bits ordered(Bits bits, uint32_t key_type) {
   constexpr Bits kSign = Bits{1} << (8 * sizeof bits - 1);
   if (key_type < 5) return key_type % 2 != 0 ? bits ^ kSign : bits;
   return (bits & kSign) != 0 ? ~bits : bits | kSign;
 }
-// The keys of records that hold a number or an array of words in each entry, which pass them so.
+// Records whose keys are numbers, or arrays of words.
 template <class R, class T>
 struct NumberKeys {
   using Text = T;
@@ -112,7 +112,7 @@ struct NumberKeys {
     explicit KeyArgument(WorldOf<R> &world, int64_t number = -1)
         : key(hard_number<T>(number < 0 ? world.program.below(kDrawnKeys) : number)) {
       if constexpr (requires(R record) { record.key_type; }) {
-        // One bit less in the exponent, and a float is a number.
+        // Clear a bit of the exponent, to avoid NaN.
         if (world.self->record.key_type >= 5) key &= ~(T{1} << (8 * sizeof key - 2));
       }
       text = text_of(world.self->record, *this);
@@ -125,7 +125,7 @@ struct NumberKeys {
       }
     }
     T key, text;
-    int64_t length = 0;  // never negative: numbers have no length to measure
+    int64_t length = 0;  // for byte strings, negative: up to the NUL
   };
   static void set_order(R *record, int which) {
     if constexpr (requires { record->key_type; }) {

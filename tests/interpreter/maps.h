@@ -1,7 +1,7 @@
-// Hash tables and B-trees as programs drive them: what they hold, in the order of the keys.
+// Hash tables and B-trees: the model is the sequence of items in key order.
 //
-// Beside what containers.h asks for, a kind is built on one of map_keys.h that says how its keys are drawn,
-// passed and ordered.
+// In addition to the requirements of containers.h, a kind derives from a struct of map_keys.h, which draws,
+// passes and orders its keys.
 #ifndef MUB_TESTS_INTERPRETER_MAPS_H
 #define MUB_TESTS_INTERPRETER_MAPS_H
 
@@ -12,16 +12,16 @@ namespace mub_test {
 
 template <class Text>
 struct Item {
-  Text text;              // orders as the key does
-  void *entry = nullptr;  // where it lies; nullptr until it is read for the first time
+  Text text;              // sorts like the key
+  void *entry = nullptr;  // its address; nullptr until it is first read
   uint64_t value = 0;
   int64_t sequence = 0;  // later additions have greater ones
   const Text &place() const { return text; }
 };
 template <class Text>
 struct Items : std::vector<Item<Text>> {
-  // Whether the links of a tree and the key of its root can be checked: a clone's links lead into its source.
-  // Whether a table has enough buckets, and no entry of a tree too many children.
+  // Whether the links of a tree and the key of its root are exact: those of a clone point into its source.
+  // Whether a table has enough buckets, and no node of a tree has too many children.
   bool links_are_exact = true, fits = true;
 
   auto not_before(const Text &text) {
@@ -43,13 +43,13 @@ struct Key : Kind<R>::KeyArgument {
 template <class R>
 using NodeOut = Out<typename Kind<R>::Node *>;
 
-// What the kinds of maps share.
+// Shared by all kinds of maps.
 template <class R, class N, class Keys>
 struct MapKind : Keys {
   using Content = Items<typename Keys::Text>;
   using Node = N;
   static constexpr bool kCloneKeepsEntryPool = false, kTermKeepsFlags = false, kRemovalKeepsValues = false;
-  // A record makes do without a pool for its values or nodes, or with one that has no block size yet.
+  // A record works without a value pool or node pool, and with one that has no block size yet.
   static void use_fresh(R &record, WorldOf<R> &world) {
     const Out<uint64_t> out(world);
     const bool has_nodes = (owned_by(record) & (kHasNodePool<R> ? 2 : 1)) != 0;
@@ -58,7 +58,7 @@ struct MapKind : Keys {
   }
 };
 
-// Calls `use` with a key, or with each of a run of them that ascends or descends.
+// Calls `use` with one key, or with each of an ascending or descending sequence of keys.
 void with_keys(auto &world, auto use) {
   const int64_t stride = 4 * world.program.below(12) - 4;
   if (stride > 4) {
@@ -80,7 +80,7 @@ void expect_node(const auto *node, const auto *item) {
   ASSERT_EQ(node == nullptr, item == nullptr);
   EXPECT_TRUE(node == nullptr || item->entry == nullptr || item->entry == node);
 }
-// Puts what a call has added into the model, and gives its item; a refused call has added nothing.
+// Adds the key to the model unless the call was refused, and returns its item.
 auto *expect_added(auto &world, auto &slot, const auto &key, int result) {
   auto &content = slot.content;
   EXPECT_TRUE(content.find(key.text) != nullptr ? result == 0 : world.failed || result == 1);
@@ -112,7 +112,7 @@ void check(op::set_, auto &world, auto &self, auto &key, auto &out, auto &init, 
   EXPECT_TRUE(item == nullptr ? value == before : world.failed || (value != 0) == self.slot.has_values);
   if (item != nullptr) item->value = value;
 }
-// Those that add a key, or find its node.
+// Operations that add a key or find its node.
 void expect_node_set(auto &world, auto &slot, const auto &key, auto *node, int result) {
   if (auto *item = expect_added(world, slot, key, result)) item->entry = node;
   expect_node(node, slot.content.find(key.text));
@@ -122,7 +122,7 @@ void check(auto, auto &world, auto &self, auto &key, Out<Node *> &out, int resul
   expect_node_set(world, self.slot, key, *out.value, result);
 }
 
-// Those that find a node, its value, or whether it is there.
+// Operations that find a node, its value, or whether it exists.
 void check(auto, auto &, auto &self, auto &key, auto result) {
   const auto *item = self.slot.content.find(key.text);
   if constexpr (std::is_pointer_v<decltype(result)>) {

@@ -1,4 +1,4 @@
-// Block pools under programs.
+// Programs for block pools.
 #include <algorithm>
 #include <set>
 
@@ -6,18 +6,18 @@
 
 namespace mub_test {
 
-// Blocks are known by the order in which they were carved. Negative numbers stand for NULL and for addresses
-// before and after all chunks.
+// Blocks are numbered in the order in which they were first allocated. Negative numbers are NULL and
+// addresses before and after all chunks.
 constexpr int64_t kNone = -1, kBefore = -2, kAfter = -3;
 
 // A pool with its model.
 struct Slot {
   mub_pool pool = {};
   int64_t live = 0, carved = 0;
-  std::string bytes;           // of all chunks
-  std::set<int64_t> taken;     // of the blocks that were carved
-  std::vector<int64_t> freed;  // the others, as a stack
-  int64_t pages = 0;           // of the stack; the last one may be empty
+  std::string bytes;           // in all chunks
+  std::set<int64_t> taken;     // blocks in use
+  std::vector<int64_t> freed;  // the free stack
+  int64_t pages = 0;           // of the free stack; the last one may be empty
 
   int64_t per_chunk() const { return pool.blocks_per_chunk; }
   void *at(int64_t block) const {
@@ -35,7 +35,7 @@ struct Slot {
     pool.block_size = 8 * program.below(4);
     pool.blocks_per_chunk = program.below(20);
   }
-  // Takes over the model of another slot, as the record already has.
+  // Copies the model of another slot; the record is already a copy.
   void become(const Slot &other) {
     const mub_pool record = pool;
     *this = other;
@@ -88,7 +88,7 @@ struct WorldOf<mub_pool> : World {
     for (Slot &slot : slots) ASSERT_NO_FATAL_FAILURE(slot.compare());
   }
   Slot &slot() { return slots[program.below(3)]; }
-  // A block that is taken, or another address.
+  // A block in use, or another address.
   int64_t block(const Slot &slot) {
     if (slot.taken.empty() || program.one_in(16)) return kAfter + program.below(3);
     return *std::next(slot.taken.begin(), program.below(std::ssize(slot.taken)));
@@ -103,7 +103,7 @@ void begin_again(Pools &world) {
   slot.become({});
   if (world.program.one_in(2)) slot.begin(world.program);
 }
-// Runs of blocks, so that chunks and pages fill.
+// Allocates many blocks, so that chunks and pages fill up.
 void take(Pools &world) {
   Slot &slot = world.slot();
   for (int64_t i = world.program.below(30); i >= 0 && !::testing::Test::HasFailure(); --i) {
@@ -114,7 +114,7 @@ void take(Pools &world) {
     if (block != nullptr) ++slot.live;
   }
 }
-// Blocks are written before they are given back, so that all bytes of a chunk are 0 or as they were left.
+// Writes to blocks before releasing them, so that the bytes of all chunks are known.
 void give(Pools &world) {
   Slot &slot = world.slot();
   const auto size = static_cast<size_t>(slot.pool.block_size);
@@ -127,7 +127,7 @@ void give(Pools &world) {
     world.call([&] { mub_pool_free(&slot.pool, slot.at(block)); });
     if (block == kNone) continue;
     --slot.live;
-    if (world.failed) continue;  // the block is lost
+    if (world.failed) continue;  // the block stays unused
     if (slot.pages == 0 || slot.free_used() == slot.per_chunk()) ++slot.pages;
     slot.freed.push_back(block);
     slot.taken.erase(block);
@@ -137,7 +137,7 @@ void pop(Pools &world) {
   Slot &slot = world.slot();
   EXPECT_EQ(mub_pool_from_empty(&slot.pool), slot.at(slot.pop()));
 }
-// A table that is full grows.
+// Only a full table grows.
 void expand(Pools &world) {
   mub_pool &pool = world.slot().pool;
   const int64_t before = pool.free_capacity, grown = before + std::max<int64_t>(pool.free_count / 2, 4);
@@ -149,9 +149,9 @@ void swap(Pools &world) {
   Slot &a = world.slot(), &b = world.slot();
   mub_pool_swap(&a.pool, &b.pool);
   std::swap(a, b);
-  std::swap(a.pool, b.pool);  // these are as the call has left them
+  std::swap(a.pool, b.pool);  // the records were already swapped
 }
-// What lies in no chunk is never given out, and without a map nothing that was free is.
+// Released addresses outside all chunks are not reused by a clone; without a map, no released address is.
 void clone(Pools &world) {
   Slot &source = world.slot(), &copy = world.slot();
   mub_pool_chunk *map = world.program.one_in(8) ? nullptr : mub_pool_map(&source.pool);
@@ -170,7 +170,7 @@ void clone(Pools &world) {
   }
 }
 int order(auto a, auto b) { return std::less<>()(b, a) - std::less<>()(a, b); }
-// The map, and the addresses of blocks by chunk and offset.
+// The chunk map, and its translation of addresses.
 void ask_the_map(Pools &world) {
   Slot &slot = world.slot();
   mub_pool_chunk *map = world.call([&] { return mub_pool_map(&slot.pool); });
@@ -198,7 +198,7 @@ void ask_the_map(Pools &world) {
   EXPECT_TRUE(std::ranges::is_sorted(map, map + chunks, {}, &mub_pool_chunk::base));
   mub_pool_umap(map);
 }
-// The blocks that are free in the order of their addresses, and those that are taken.
+// The free blocks, sorted by address, and the iterator over the blocks in use.
 void walk(Pools &world) {
   Slot &slot = world.slot();
   std::vector<void *> free, sorted(slot.freed.size());

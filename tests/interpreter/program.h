@@ -1,5 +1,5 @@
-// A program is a run of bytes; whoever interprets it takes its choices from it, one after another. Any bytes
-// are a program: choices are reduced to what there is to choose from, and past the end all are 0.
+// A program is a sequence of bytes, from which an interpreter reads its choices. Any bytes are a valid
+// program: each choice is reduced to its range, and past the end of the program every byte reads as 0.
 #ifndef MUB_TESTS_INTERPRETER_PROGRAM_H
 #define MUB_TESTS_INTERPRETER_PROGRAM_H
 
@@ -11,10 +11,10 @@
 
 namespace mub_test {
 
-// What a string's search has found; npos is -1.
+// The result of a string's search as an index; npos becomes -1.
 inline int64_t index_of(size_t position) { return static_cast<ptrdiff_t>(position); }
 
-// A number that may be more than an address has, for strings that are shorter.
+// A number as a size, limited to PTRDIFF_MAX.
 inline size_t clipped(int64_t number) { return static_cast<size_t>(std::min<int64_t>(number, PTRDIFF_MAX)); }
 
 class Program {
@@ -40,7 +40,7 @@ class Program {
     return word;
   }
 
-  // A number around `bound` or another one at which code may change its mind.
+  // A number near `bound`, another boundary value, or a number below `bound`.
   int64_t near(int64_t bound) {
     constexpr int64_t kFar[] = {INT64_MIN, INT64_MAX, INT32_MIN, INT32_MAX, UINT32_MAX, 1LL << 32, -1, 0};
     const int64_t kind = below(4);
@@ -49,8 +49,7 @@ class Program {
     return bound > 0 ? below(bound) : below(3) - 1;
   }
 
-  // Up to `longest` bytes out of the first letters of an alphabet that may be small, which makes for many
-  // repeats.
+  // Up to `longest` letters. The alphabet is often small, so that there are many repetitions.
   std::string text(int64_t longest) {
     const int64_t letters = byte() % 4 == 0 ? 200 : 2;
     std::string text(static_cast<size_t>(below(longest + 1)), '\0');

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""reach.py SOURCE…: fails when a public function is in none of the families' sources and steps. That a program comes to
-each step is what the programs test themselves.
+"""reach.py SOURCE…: fails if a public function occurs in no source and no step of a family. The tests
+themselves check that programs reach each step.
 """
 
 import re
@@ -15,4 +15,4 @@ import headers  # noqa: E402
 named = {name for source in sys.argv[1:] for name in re.findall(r"\bmub_\w+", Path(source).read_text())}
 functions = {each.name for each in headers.declarations(ROOT) if each.parameters is not None}
 if functions - named:
-    sys.exit("reached by no program: " + " ".join(sorted(functions - named)))
+    sys.exit("no family has a step for: " + " ".join(sorted(functions - named)))

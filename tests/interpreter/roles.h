@@ -1,4 +1,4 @@
-// The roles that every family has: out values and callbacks.
+// Roles shared by all families: out parameters and callbacks.
 #ifndef MUB_TESTS_INTERPRETER_ROLES_H
 #define MUB_TESTS_INTERPRETER_ROLES_H
 
@@ -14,11 +14,11 @@
 
 namespace mub_test {
 
-// What the callbacks of the last call saw; a callback has no context of its own.
+// The arguments of the callbacks in the last call. Global, as callbacks have no context.
 inline std::vector<uint64_t> seen;
 inline bool is_callback_given;
 inline void note(uint64_t value) { seen.push_back(value); }
-// An initialiser also notes what the caller's out value is while it runs, or else the record's count.
+// An initialiser also records the caller's out value at the time of the call, or else the record's count.
 inline const uint64_t *out_value;
 inline uint64_t out_value_seen;
 inline void note_init(uint64_t value) {
@@ -30,7 +30,7 @@ inline void note_clone(const mub_pool_chunk *, uint64_t source, mub_pool *, uint
   seen.push_back(copy);
 }
 
-// What a function object, or a member of the world, draws.
+// A value drawn by a function object or by a member of the world.
 template <class T, auto kDraw>
 struct Drawn {
   template <class W>
@@ -48,7 +48,7 @@ struct Out {
   auto arguments() const { return std::tuple(value.get()); }
   std::unique_ptr<T> value;
 };
-// A callback that notes what it is called with, or none.
+// A callback that records its arguments, or NULL.
 template <class Function, Function kNote>
 struct Callback {
   template <class W>
@@ -62,8 +62,8 @@ struct Callback {
 using Init = Callback<mub_init_fn, note_init>;
 using Free = Callback<mub_free_fn, note>;
 using Cloner = Callback<mub_clone_fn, note_clone>;
-// A pool beside the containers that a clone may take along, or none: one of the world's, or one that the
-// destination has for itself, in which case the clone must leave it alone.
+// A user pool for a clone, or NULL. It may also be a pool that the destination owns, which the clone must not
+// change.
 template <int kIndex>
 struct UserPool {
   explicit UserPool(auto &world) : pool(world.program.one_in(2) ? &world.users[kIndex] : nullptr) {

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""steps.py SOURCES OUT KIND…: writes the steps of some records' functions, from the public headers.
+"""steps.py SOURCES OUT KIND…: generates steps for the functions of some records, from the public headers.
 
-KIND is a record, or RECORD+PREFIX… with functions of other prefixes, too. SOURCES are joined by commas. Each function
-becomes step<op::OPERATION, ROLE…>: what a parameter's type and name say chooses its role. Operations that a source
-names in the parameters of a by_hand draw their arguments there. A function with a parameter that has no role and no
-by_hand is an error here; one that no program reaches is found by the test. Functions<RECORD>::OPERATION_ names the
-function. A family that draws everything itself names its steps: // steps of KIND: FUNCTION…
+KIND is a record, or RECORD+PREFIX… to include functions with other prefixes. SOURCES are separated by commas.
+Each function becomes step<op::OPERATION, ROLE…>; the types and names of parameters select their roles. An
+operation with an overload of by_hand in a source draws its arguments there. A function with neither roles for
+all parameters nor a by_hand is an error. Functions<RECORD>::OPERATION_ is the function itself. A family that
+has only its own steps lists them: // steps of KIND: FUNCTION…
 """
 
 import re
@@ -17,8 +17,8 @@ sys.path.insert(0, str(ROOT / "tools"))
 sys.dont_write_bytecode = True
 import headers  # noqa: E402
 
-# (type, name): the role; %s is the record, %t and %n type and name. The first that matches counts, and takes as many
-# parameters as it has parts.
+# (pattern of "type name", role). In a role, %s is the record, %t the type and %n the name. The first match is
+# used; a pattern with several parts, separated by semicolons, matches as many parameters.
 ROLES = [
     (r"%r \* destination", "Destination<%s>"),
     (r"(const )?%r \* .*", "Self<%s>"),
@@ -55,7 +55,7 @@ def roles_of(function, record):
 
 
 def base_of(operation, operations):
-    """With a context comparer, or as an index, an operation is expected to do what it does without."""
+    """An operation with suffix _x or _index is checked like the operation without the suffix."""
     without = re.sub("_x|_index", "", operation)
     return f" : {without}_" if without != operation and without in operations else ""
 
@@ -85,7 +85,7 @@ def main(sources, out, *kinds):
             lines.append(f'    {{"{name}", [](WorldOf<{record}> &world) {{ {body} }}}},')
         tables.append("};")
         lines.append("  };\n}")
-    # The underscore keeps operations apart from keywords and macros.
+    # The trailing underscore avoids clashes with keywords and macros.
     tags = "".join(f'struct {operation}_{base_of(operation, operations)} {{\n'
                    f'  static constexpr std::string_view kName = "{operation}";\n}};\n'
                    for operation in sorted(operations))

@@ -1,4 +1,4 @@
-// Strings, narrow and wide, and views of narrow ones under programs.
+// Programs for strings, narrow and wide, and views of narrow strings.
 #include "text_ops.inc"
 
 #include <cstdio>
@@ -30,7 +30,7 @@ constexpr auto draw_numeral = [](auto &world) {
   }
 };
 
-// A string for views.
+// A string of which there are views.
 struct Viewed : Peer<mub_char> {
   using Peer<mub_char>::Peer;
   auto arguments() const { return std::tuple(&string); }
@@ -67,7 +67,7 @@ void want(OneOf<op::left_, op::right_> auto op, View &view, int64_t count) {
 
 // ---- strings
 
-// A copy of one unit of 0 is empty.
+// A copy of a single 0 unit is empty.
 void want(op::copy_char_, auto &slot, char32_t unit) { slot.take(Units(unit == 0 ? 0 : 1, unit)); }
 void want(op::append_char_, auto &slot, char32_t unit) { slot.take(slot.content() + unit); }
 template <class Op>
@@ -84,7 +84,7 @@ T want(OneOf<op::get_long_, op::get_float_, op::get_double_> auto, auto &string,
   const Reading reading(string);
   return std::is_same_v<T, double> ? static_cast<T>(reading.decimal) : static_cast<T>(reading.integer);
 }
-// Where the number does not fit, machines differ in it.
+// If the number overflows, the result depends on the machine.
 void by_hand(op::get_integer_, auto &world, auto get) {
   const Self<mub_string> self(world);
   const int64_t otherwise = draw_numeral<int64_t>(world);
@@ -97,7 +97,7 @@ int64_t want(op::replace_char_, auto &slot, char32_t from, char32_t to) {
   change_each(slot, [&](char32_t unit) { return unit == from ? to : unit; });
   return std::ranges::count(before, from);
 }
-// Puts what next() points to in the place of each marker; NULL ends that.
+// Replaces each marker by the text from next(), until that is NULL.
 template <class R>
 int64_t substitute(Slot<R> &slot, const auto &marker, auto next) {
   if (marker.measured < 1) return 0;
@@ -130,8 +130,9 @@ void by_hand(op::match_, auto &world, auto match) {
   substitute(self.slot, marker,
              [&] { return next == std::end(texts) || next->data == nullptr ? nullptr : next++; });
 }
-// The buffer has room for the format, for the text of each plain %s and for 32 bytes per other percent sign but
-// one at the very end; it grows once if the result is longer. Where snprintf fails, the string is unchanged.
+// The first estimate of the size is the format, the text of each plain %s, and 32 bytes per other percent
+// sign except one at the very end. The buffer grows once if the result is longer. If snprintf fails, the
+// string is unchanged.
 void by_hand(op::format_, auto &world, auto print) {
   const Self<mub_string> self(world);
   const Terminated text(world);
@@ -161,7 +162,7 @@ void by_hand(op::format_, auto &world, auto print) {
   expect(32, "%llu", ~0ULL);
   expect(96, "= %%%*d", static_cast<int>(96 + world.program.below(8)), d);
   expect(32, "%5000d", d);
-  expect(32, "%ls", L"\u20AC");  // no character of the C locale
+  expect(32, "%ls", L"\u20AC");  // not a character in the C locale
   expect(32 + of_x, "%S%s", L"wide", x);
   expect(64, "%-*s%.*s", 300, "", 9, x);
   expect(4 * 32 + of_x, "%e%.3G%La%*g%s", f, f, 0.0L, 9, f, x);
@@ -170,7 +171,7 @@ void by_hand(op::format_, auto &world, auto print) {
          x);
   expect(4 * 32, "%lu%zu%li%c", 1UL, size_t{UINT32_MAX}, -1L, 0xE4);
   expect(4 * 32 + of_x, "%c%lc%p%n%s", 'c', wint_t{'w'}, nullptr, &count, x);
-  // More arguments of each sort than there are registers.
+  // More arguments of each class than registers for them.
   expect(25 * 32 + of_x, "%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%d%f%s", f, 1, .2, 2, .3, 3, .4, 4,
          .5, 5, .6, 6, .7, 7, .8, 8, .9, 9, 1., 10, 1.1, 11, 1.2, 12, f, x);
   for (const char *format : {"%5-d%s", "%5*d%s", "%$d%s", "%llld%s", "%hld%s", "%y%s"}) expect(64, format, x);

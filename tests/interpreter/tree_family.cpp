@@ -1,4 +1,4 @@
-// Trees under programs: see links.h. The items stand in the order of a document, each with its depth.
+// Programs for trees: see links.h. The items are in depth-first order, each with its depth.
 #include "tree_ops.inc"
 
 #include "interpreter/links.h"
@@ -19,7 +19,7 @@ namespace mub_test {
 
 using Document = Items<true>;
 
-// The end of what is at and below an item; and the item above it, which is the root's own for the root.
+// The end of the subtree of an item; and its parent, which for the root is the root itself.
 size_t end_of(const Document &items, size_t index) {
   size_t end = index + 1;
   while (end < items.size() && items[end].depth > items[index].depth) ++end;
@@ -33,7 +33,7 @@ size_t above(const Document &items, size_t index) {
 bool is_below(const Document &items, size_t index, size_t top) {
   return index > top && index < end_of(items, top);
 }
-// The indexes on the way from the root to an item.
+// The indexes on the path from the root to an item.
 Words path_to(const Document &items, size_t index) {
   Words path = index == 0 ? Words() : path_to(items, above(items, index));
   path.push_back(1);
@@ -63,7 +63,7 @@ void read_items(auto &tree, Document &items) {
   ASSERT_EQ(tree.root.parent, nullptr);
   read_below(tree.root, items);
 }
-// Those below an item come before it.
+// Descendants before their ancestors.
 Words values_of(const Document &items, size_t index = 0) {
   Words values;
   for (size_t at = index + 1; at < end_of(items, index); at = end_of(items, at)) {
@@ -76,7 +76,7 @@ Words values_of(const Document &items, size_t index = 0) {
 
 // ---- roles
 
-// The tree of entries that come without it.
+// The tree, for functions that take only entries.
 struct Within : Self<mub_tree> {
   using Self::Self;
   std::tuple<> arguments() const { return {}; }
@@ -94,13 +94,13 @@ struct Fresh {
   auto arguments() const { return std::tuple(entry); }
   typename Kind<R>::Entry *entry = nullptr;
 };
-// Left (0), right (1) or among the equals (2), which callers choose by the sign of a number.
+// Left (0), right (1) or among the equals (2); callers select it by the sign of a number.
 struct Direction {
   explicit Direction(auto &world) : side(static_cast<int>(world.program.below(3))) {}
   auto arguments() const { return std::tuple(side == 2 ? 0 : side == 1 ? INT32_MAX : INT32_MIN); }
   int side;
 };
-// An entry, and a bound: itself, one above it, or none, as which the root counts too.
+// An entry, and a bound: the entry itself, an ancestor, or NULL, which means the same as the root.
 struct Range : Node<mub_tree> {
   explicit Range(auto &world) : EntryOf(world), bound(index) {
     while (bound > 0 && !world.program.one_in(3)) bound = above(items, bound);
@@ -110,7 +110,7 @@ struct Range : Node<mub_tree> {
   size_t bound;
   bool has_bound;
 };
-// A word that is some entry's value, or none.
+// A word that is the value of an entry, or of none.
 uint64_t draw_key(auto &world) {
   const Node<mub_tree> node(world);
   return world.program.one_in(4) ? 99 : node.items[node.index].value;
@@ -137,8 +137,7 @@ using ArrayOut = Pair<mub::arrayt, mub_arrayt_append>;
 
 // ---- linking and cutting
 
-// Checks what hangs on an entry of no tree against items of a tree, of which it may be a copy; gives what is
-// there.
+// Compares an unlinked subtree with items of a tree, of which it may be a copy. Returns its entries.
 Document expect_like(const Document &items, size_t index, auto &entry, bool is_copy) {
   Document there;
   there.clear();
@@ -153,8 +152,8 @@ Document expect_like(const Document &items, size_t index, auto &entry, bool is_c
   return there;
 }
 
-// An entry is linked before a sibling, last of all children, or on a side, of which what was there is no
-// longer reachable.
+// Links an entry before a sibling, as the last child, or on a side; what was on that side becomes
+// unreachable.
 template <class Op, class R>
 void check(Op, WorldOf<R> &world, Self<R> &self, Place<R> &place, const auto &...args) {
   Slot<R> &slot = self.slot;
@@ -184,7 +183,7 @@ void check(Op, WorldOf<R> &world, Self<R> &self, Place<R> &place, const auto &..
   items.insert(items.at(at), {entry, entry->value, "", depth, side});
 }
 
-// Removes an entry, which may be none, with all below it, and links it again, as the last child.
+// Removes an entry, or NULL, with its subtree, and links it again as the last child.
 void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, auto remove) {
   Self<mub_tree> self(world);
   Place<mub_tree> place(world);
@@ -200,8 +199,8 @@ void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, aut
   std::rotate(items.at(place.index), items.at(end), items.at(end_of(items, parent)));
 }
 
-// Clones an entry and, unless the step is the clone alone, removes the clone again. Where the removal leaves
-// the blocks to the end of their pool (`stays`), they must be unchanged, and the test frees them.
+// Clones an entry and, unless the step is only the clone, removes the clone again. If its blocks stay
+// allocated until their pool is emptied (`stays`), they must be unchanged, and the test frees them.
 template <class R, class F>
 void by_hand(OneOf<op::clone_entry_, op::entry_remove_, op::entry_remove_x_, op::entry_free_> auto op,
              WorldOf<R> &world, F give_back) {
@@ -240,7 +239,7 @@ void by_hand(op::entry_init_, WorldOf<R> &, void (*init)(E *)) {
   init(&entry);
   EXPECT_TRUE(is_cleared(entry));
 }
-// The parents that depend on an entry are set again: those of its children, of their equals and of its own.
+// Restores the parents that depend on an entry: those of its children, of their equals and of its own equals.
 template <class R, class E>
 void by_hand(op::set_parent_, WorldOf<R> &world, void (*set_parent)(E *)) {
   Self<R> self(world);
@@ -252,7 +251,7 @@ void by_hand(op::set_parent_, WorldOf<R> &world, void (*set_parent)(E *)) {
   }
   set_parent(node.entry);
 }
-// The root with an entry of the caller's, and back.
+// Exchanges the root with an entry of the caller, and back.
 void by_hand(op::entry_swap_, auto &world, auto swap) {
   Self self(world);
   auto &root = self.slot.record.root;
@@ -276,7 +275,7 @@ void by_hand(op::cmp_, auto &world, auto compare_bytes) {
 void check(op::entry_index_, auto &, Within &, Node<mub_tree> &node, int64_t result) {
   EXPECT_EQ(static_cast<uint64_t>(result), path_to(node.items, node.index).back());
 }
-// The same as if each index was put before the others.
+// The array as if each index had been inserted at the front.
 void check(op::entry_array_, auto &world, Within &, Node<mub_tree> &node, ArrayOut &out, None) {
   Words path = world.failed ? Words() : path_to(node.items, node.index);
   for (; !path.empty(); path.pop_back()) out.expected.insert_at(0, path.back());
@@ -293,8 +292,7 @@ void check(op::entry_find_child_, auto &, Within &, Node<mub_tree> &a, Node<mub_
   EXPECT_EQ(result, is_below(a.items, b.index, a.index) ? 1 : 0);
 }
 
-// Neighbours and searches: the first entry, or the last one, that is where the operation looks, and has the
-// key.
+// Neighbours and searches: the first entry, or the last one, in the range of the operation that has the key.
 template <class Op>
 void check(Op, auto &, Within &, const auto &node,
            const auto &...args) requires(Op::kName.starts_with("entry_")) {
@@ -320,7 +318,7 @@ void check(Op, auto &, Within &, const auto &node,
   EXPECT_EQ(result_of(args...), comparer == nullptr || comparer->is_given ? node.entry_at(found) : nullptr);
 }
 
-// Entries that are missing on a path are appended, each to the one before; only one at the end gets a value.
+// Missing entries on a path are appended, each to the one before; only the last one gets a value.
 template <class Op>
 void check(Op, auto &world, Self<mub_tree> &self,
            const auto &...args) requires(Op::kName.starts_with("find") || Op::kName.starts_with("insert")) {

@@ -1,7 +1,7 @@
-// Texts and bytes under programs.
+// Programs for texts and bytes.
 //
-// Models hold units, narrow or wide, as characters of 32 bits. want() says what an operation does to the
-// models of its records, and gives.
+// Models store units, narrow or wide, as char32_t. want() applies an operation to the models of its records
+// and returns the expected result.
 #ifndef MUB_TESTS_INTERPRETER_UNITS_H
 #define MUB_TESTS_INTERPRETER_UNITS_H
 
@@ -31,7 +31,7 @@ Units units_of(const Unit *units, int64_t count) {
   return Units(first, first + count);
 }
 
-// `count` units from `start`, or as many as there are; none where either lies outside.
+// Up to `count` units from `start`; none if either is out of range.
 inline Units part(const Units &units, int64_t start, int64_t count) {
   if (start < 0 || count < 1 || start >= size_of(units)) return {};
   return units.substr(clipped(start), clipped(count));
@@ -41,8 +41,8 @@ inline int64_t wrapping_sum(int64_t a, int64_t b) {
   return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
 }
 
-// A sort of units, of few letters that recur, or of those that some operation looks at. The halves of some
-// wide ones recur in one another.
+// An alphabet: a few letters, so that there are repetitions, or letters that some operation treats specially.
+// Some wide units consist of halves of others.
 template <class Unit>
 const Units &draw_letters(Program &program) {
   static const Units kLetters[][4] = {
@@ -51,7 +51,7 @@ const Units &draw_letters(Program &program) {
        U"-.0123456789x"}};
   return program.one_of(kLetters[sizeof(Unit) - 1]);
 }
-// At least one. Long ones repeat a short one, but for two units.
+// At least one unit. Long texts repeat a short one, except for two units.
 template <class Unit>
 Units draw_units(Program &program) {
   const Units &letters = draw_letters<Unit>(program);
@@ -66,8 +66,8 @@ Units draw_units(Program &program) {
 
 // ---- records with their models
 
-// Units of a block that a record has or views, or of none. The start of a view may lie anywhere, and its
-// length may be one below 0, where no unit is in it.
+// Units of a block that a record owns or views, or no block. A view may start anywhere, and its length may be
+// negative, which makes it empty.
 template <class U>
 struct Span {
   using Unit = U;
@@ -84,7 +84,7 @@ struct Span {
   }
 
   Unit *data = nullptr;
-  Units units;  // all of the block
+  Units units;  // the whole block
   int64_t start = 0, filled = 0;
 };
 
@@ -115,7 +115,7 @@ struct Slot : Span<std::remove_pointer_t<decltype(R::data)>> {
     end_at(size_of(content));
   }
   void keep(int64_t at, int64_t count) { take(part(this->content(), at, count)); }
-  // What an operation on the left, in the middle or on the right takes, by the first letter of its name.
+  // The result of an operation on the left, middle or right part, by the first letter of its name.
   Units cut(char side, int64_t first, int64_t count) const {
     if (side == 'r' && count > 0) first = filled - std::min(count, filled);
     return part(this->content(), first, count);
@@ -141,10 +141,10 @@ struct Slot : Span<std::remove_pointer_t<decltype(R::data)>> {
   }
 
   R record = {};
-  int64_t loose = 0;  // what lies between the content and here is left open
+  int64_t loose = 0;  // the units between the content and here are unspecified
 };
 
-// A part of a view. A view of another text does not take one that is bound.
+// A part of a view. If it is bound, a view of another text does not accept it.
 struct Part : Span<char> {
   bool is_bound;
 };
@@ -169,7 +169,7 @@ struct Slot<mub_stringx> : Span<char> {
   mub_stringx record = {};
 };
 
-// Of a block of its own, or of none; some are not measured yet.
+// A view of its own block, or of none. A negative length means that the text ends at its NUL.
 template <>
 struct Slot<mub_char> : Span<char> {
   ~Slot() { mub_free(data); }
@@ -188,7 +188,7 @@ struct Slot<mub_char> : Span<char> {
     start = 0;
     adopt(drawn);
   }
-  // The record has another block, or none, and the one before is released.
+  // The record has a new block, or none; the old block is released.
   void adopt(const Units &content) {
     data = record.data;
     units = content;
@@ -203,7 +203,7 @@ struct Slot<mub_char> : Span<char> {
   }
   mub_char record = {};
 };
-// Records that a part of another one goes to.
+// Records that receive a part of another one.
 template <class T>
 concept Takes = requires {
   &T::take;
@@ -217,7 +217,7 @@ struct WorldOf : World {
   auto &slot(const mub_string *) requires(!std::is_same_v<R, mub_string>) {
     return strings[program.below(2)];
   }
-  // A new one, since views of others may still be in use.
+  // A new record, as other records may be views of existing ones.
   auto &slot(const mub_char *) requires(std::is_same_v<R, mub_stringx>) {
     viewed.emplace_back().draw(program);
     return viewed.back();
@@ -237,8 +237,8 @@ struct WorldOf : World {
   Slot<R> slots[3];
   Slot<mub_string> strings[2];
   Slot<R> *self = &slots[0];   // of this step
-  bool asks_too_much = false;  // no heap has what this step wants
-  bool is_far = false;         // a number of this step may make up for what draw_huge() adds to 4 GiB
+  bool asks_too_much = false;  // this step requests more memory than there can be
+  bool is_far = false;         // a number of this step may cancel out what draw_huge() adds to 4 GiB
 };
 
 // ---- roles
@@ -257,14 +257,14 @@ struct Self : Peer<R> {
 };
 
 inline constexpr auto draw_number = [](auto &world) {
-  // Lengths of views may be far away.
+  // Lengths of views may be out of range.
   const int64_t bound = world.program.one_in(2) ? world.self->length() : world.self->capacity();
   const int64_t number = world.program.near(std::max<int64_t>(bound, -2));
   world.is_far |= number > 5000;
   return number;
 };
 using Number = Drawn<int64_t, draw_number>;
-// The last one is small when it is truncated to 32 bits; the 10000 are more than a step may subtract from it.
+// The last one is small if truncated to 32 bits. A step subtracts less than 10000 from it.
 inline int64_t draw_huge(Program &program) {
   constexpr int64_t kHuge[] = {INT64_MAX, INT64_MAX - 7, INT64_MAX - 64, INT64_MAX / 2,
                                int64_t{UINT32_MAX} + 10000};
@@ -288,17 +288,16 @@ struct Letter {
   int given;  // only the low bits count
 };
 
-// How a text is given: with a count, which may be one below 1; up to its end; or in either way, to be read or
-// to be put into the record, and then maybe more of it than any heap has.
+// How a text is passed: with a count, which may be less than 1; up to its NUL; or either of them, for a text
+// that is read, or one that is stored in the record, whose count may be impossibly large.
 enum Given { kCounted, kTerminated, kRead, kPut };
 
-// NULL, units of the record's own, the same elsewhere, nearly the same, or others. What is not the record's
-// own lies next to a page that cannot be read.
+// NULL, units in the record itself, a copy of these, nearly the same, or different units. Units outside the
+// record are next to an unreadable page.
 template <class R, Given kGiven, class Unit = typename Slot<R>::Unit>
 struct Text {
   static constexpr int64_t kBytes = sizeof(typename Slot<R>::Unit) / sizeof(Unit);
-  // So many units are a character of the runtime, as which texts without a count are measured and searched
-  // for.
+  // Units per char or wchar_t of the C library, which measures and searches texts without a count.
   static constexpr size_t kStep = sizeof(Unit) == 1 ? 1 : sizeof(wchar_t) / sizeof(Unit);
 
   explicit Text(WorldOf<R> &world) {
@@ -335,13 +334,13 @@ struct Text {
     if constexpr (kGiven == kTerminated) return std::tuple(data);
     if constexpr (kGiven != kTerminated) return std::tuple(data, count);
   }
-  // What bytes of wide units are does not depend on their order then.
+  // So the bytes of wide units do not depend on the byte order.
   static void make_halves_alike(Slot<R> &slot) {
     for (size_t i = 0; i < slot.units.size(); ++i)
       slot.record.data[i] = static_cast<uint16_t>(slot.units[i] = (slot.units[i] & 0xFF) * 0x101);
   }
 
-  // Before the first of 0; -1 when there is none.
+  // The number of characters before the first 0, or -1 if there is none.
   int64_t characters() const {
     for (size_t i = 0; i + kStep <= all.size(); i += kStep)
       if (all.compare(i, kStep, Units(kStep, 0)) == 0) return static_cast<int64_t>(i / kStep);
@@ -349,15 +348,15 @@ struct Text {
   }
   int64_t size() const { return count < 0 ? measured : count; }
   Units units() const { return part(all, 0, size()); }
-  // Where others are searched for: an end that is not given by a count is found, too.
+  // The text to search. Without a count, the terminating 0 is included.
   Units searched() const { return part(all, 0, size() + (kGiven == kTerminated ? 1 : 0)); }
-  // As a search for it takes it: up to its end in characters of the runtime, or by its count, at least one
-  // unit.
+  // The text to search for: up to its end in characters of the C library, or its count of units, at least
+  // one.
   Units wanted() const {
     if (measured >= 0) return all.substr(0, static_cast<size_t>(measured) * kStep);
     return part(all, 0, std::max<int64_t>(count, 1));
   }
-  // As units of the record.
+  // Converted to units of the record.
   Units put() const {
     Units put = units();
     for (char32_t &unit : put) unit |= kBytes > 1 && unit >= 0x80 ? 0xFF00 : 0;
@@ -376,7 +375,7 @@ struct Text {
 template <class T>
 concept IsText = std::is_class_v<T>;
 
-// As the runtime has it in the locale that programs begin with.
+// As in the C locale.
 inline char32_t lowered(char32_t unit) { return unit >= U'A' && unit <= U'Z' ? unit + 32 : unit; }
 inline char32_t raised(char32_t unit) { return unit >= U'a' && unit <= U'z' ? unit - 32 : unit; }
 
@@ -402,7 +401,7 @@ void want(OneOf<op::append_, op::append_str_> auto, auto &slot, const auto &text
   if (text.data != nullptr) slot.take(slot.content() + text.put());
 }
 
-// Bytes of strings and their views are signed, and -1 where there are none.
+// Bytes of strings and their views are signed, and -1 out of range.
 int want(op::get_at_, auto &slot, int64_t at) {
   constexpr bool is_signed = std::is_same_v<decltype(*slot.data), char &>;
   const Units unit = part(slot.reach(), at, 1);
@@ -419,7 +418,7 @@ void change_each(auto &slot, auto change) {
 void want(op::make_lower_, auto &slot) { change_each(slot, lowered); }
 void want(op::make_upper_, auto &slot) { change_each(slot, raised); }
 
-// Lengths below 0 count as they are.
+// Negative lengths are used as they are.
 int difference(auto op, const Units &a, int64_t a_length, const Units &b, int64_t b_length) {
   const auto fold = [&](char32_t unit) { return op.kName[0] == 'i' ? lowered(unit) : unit; };
   const auto [x, y] = std::ranges::mismatch(a, b, {}, fold, fold);
@@ -446,8 +445,8 @@ int64_t want(OneOf<op::find_char_pos_, op::find_pos_> auto, auto &slot, char32_t
 int64_t want(op::reverse_find_, auto &slot, char32_t unit) {
   return unit == 0 ? -1 : index_of(slot.content().rfind(unit));
 }
-// In a string, a text without a count is searched for by characters of the runtime, up to the first of 0;
-// bytes within the content, wide ones in the whole block.
+// In a string, the C library searches for a text without a count, up to the first 0 character: narrow texts
+// in the content, wide ones in the whole block.
 int64_t want(op::find_pos_, auto &slot, const IsText auto &text, int64_t start) {
   if (text.data == nullptr) return -1;
   if (slot.kIsView || text.count >= 0)
@@ -483,8 +482,8 @@ bool want(op::trim_, auto &slot) {
   return true;
 }
 
-// Texts for strings are measured, those for streams, too, but wide ones are not. In a stream the old part may
-// end further away than the new content.
+// Narrow texts, also for streams, are measured; wide texts are not. In a stream, the replaced part may end
+// after the content.
 int want(op::update_, auto &slot, int64_t at, int64_t old_count, const auto &text) {
   const int64_t count = sizeof(*text.data) == 1 && text.data != nullptr ? text.size() : text.count;
   if (at < 0 || at > slot.length() || old_count < 0 || count < 0) return 0;
@@ -508,21 +507,21 @@ void want(op::delete_, auto &slot, int64_t at, int64_t count) {
 void want(op::mid_, auto &slot, int64_t start, int64_t count) {
   if (!slot.is_empty() && start >= 0) slot.take(slot.cut('m', start, count));
 }
-// What is cut off on the right stays in the buffer.
+// Units removed at the right end remain in the buffer.
 void want(OneOf<op::left_, op::right_> auto op, auto &slot, int64_t count) {
   if (op.kName == "left" && slot.length() > count) return slot.end_at(count);
   if (op.kName == "right" && !slot.is_empty() && slot.length() > count) slot.take(slot.cut('r', 0, count));
 }
-// Into another record: "mid_string", and so on.
+// Operations that store the result in another record: "mid_string" and so on.
 void want(auto op, auto &slot, int64_t start, int64_t count, Takes auto &out) {
   out.take(slot.cut(op.kName[0], start, count));
 }
 void want(auto op, auto &slot, int64_t count, Takes auto &out) { out.take(slot.cut(op.kName[0], 0, count)); }
 
-// Digits, and those past a point, step by step: each rounds.
+// Converts digit by digit, as each step rounds.
 struct Reading {
   explicit Reading(const auto &slot) {
-    // mub_char adds the digit's code before it subtracts that of '0', which rounds differently.
+    // mub_char adds the character code before it subtracts '0', which rounds differently.
     constexpr bool kAddsTheCode = std::is_same_v<std::decay_t<decltype(slot)>, Slot<mub_char>>;
     const Units units = slot.content(), digits = U"0123456789";
     const auto end_of_digits = [&](size_t i) {
@@ -555,7 +554,7 @@ double want(op::get_float_, auto &slot) { return Reading(slot).decimal; }
 
 // ---- checks
 
-// What want() takes for a role.
+// The argument of want() for a role.
 template <class Role>
 auto &model_of(Role &role) {
   if constexpr (requires { role.slot; })
@@ -567,8 +566,8 @@ auto &model_of(Role &role) {
 }
 
 inline bool operator==(None, bool) { return true; }
-// What is refused does nothing, and gives 0; a model that gives nothing expects 1. The last argument is the
-// result.
+// A refused operation does nothing and returns 0. If want() returns nothing, the expected result is 1. The
+// last argument is the result.
 template <class... Args>
 void check(auto op, auto &world, Args &&...args) {
   const auto all = std::tie(args...);

@@ -25,14 +25,14 @@ int64_t allocations_so_far() { return allocations; }
 
 }  // namespace mub_test
 
-// Sizes that no heap can give are part of the tests: the sanitizer shall answer NULL as malloc does.
+// Tests allocate impossible sizes: make the sanitizer return NULL, as malloc does.
 extern "C" const char *__asan_default_options();
 extern "C" const char *__asan_default_options() { return "allocator_may_return_null=1"; }
 
-// The linker's --wrap gives these names.
+// The names are those of the linker's option --wrap.
 extern "C" void *__real_malloc(size_t size);
 extern "C" void *__wrap_malloc(size_t size);
-// Blocks of 4 GiB and more are always refused.
+// Allocations of 4 GiB and more always fail.
 void *__wrap_malloc(size_t size) {
   const int64_t number = allocations++;
   const bool is_refused = number >= first_refused && number < end_of_refusals;

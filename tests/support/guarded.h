@@ -1,5 +1,5 @@
-// Bytes that end right before an unreadable page, or begin right after one: an over-read of one byte faults
-// in every build, also where the sanitizer does not look (vector loads, libc).
+// Bytes that end right before an unreadable page, or begin right after one. Reading one byte too many faults
+// in every build, also in code that sanitizers do not check (vector loads, libc).
 #ifndef MUB_TESTS_SUPPORT_GUARDED_H
 #define MUB_TESTS_SUPPORT_GUARDED_H
 
@@ -20,7 +20,7 @@ class Guarded {
     mapped_ = (size_ + page - 1) / page * page + 2 * page;
     map_ = static_cast<char *>(
         mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    // One page before and one after are closed.
+    // Protect the pages before and after.
     mprotect(map_, page, PROT_NONE);
     mprotect(map_ + mapped_ - page, page, PROT_NONE);
     data_ = at_start ? map_ + page : map_ + mapped_ - page - size_;

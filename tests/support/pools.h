@@ -1,4 +1,4 @@
-// Pools of the tests.
+// Pools for tests.
 #ifndef MUB_TESTS_SUPPORT_POOLS_H
 #define MUB_TESTS_SUPPORT_POOLS_H
 
@@ -8,7 +8,7 @@
 
 namespace mub_test {
 
-// A pool that is emptied at the end of its scope.
+// A pool that is terminated at the end of its scope.
 struct Pool : mub_pool {
   explicit Pool(int64_t size_bytes) {
     mub_pool_init(this);

@@ -1,4 +1,4 @@
-// Randomness with a printed seed: MUB_TEST_SEED=n repeats a run.
+// The seed for random numbers, which is printed; MUB_TEST_SEED=n repeats a run.
 #ifndef MUB_TESTS_SUPPORT_RANDOM_H
 #define MUB_TESTS_SUPPORT_RANDOM_H
 

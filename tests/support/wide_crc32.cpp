@@ -1,5 +1,5 @@
-// CRC-32 in registers of 512 bits, for processors without them: each is four registers of 128 bits here, and
-// the library's source is compiled once more with them.
+// Emulates CRC-32 with 512-bit registers on processors without them: compiles the library's source again with
+// a type of four 128-bit registers.
 #include "support/wide_crc32.h"
 
 #if MUB_CRC_X86
@@ -26,7 +26,7 @@ __attribute__((target("pclmul"))) Wide products(Wide a, const Wide &b) {
   for (int i = 0; i < 4; ++i) a.part[i] = _mm_clmulepi64_si128(a.part[i], b.part[i], kHalves);
   return a;
 }
-// Bytes that the mask leaves out are not touched.
+// Bytes not in the mask are not accessed.
 Wide load_masked(uint64_t mask, const void *bytes) {
   uint8_t loaded[sizeof(Wide)] = {};
   for (size_t i = 0; i < sizeof loaded; ++i) {

@@ -1,4 +1,4 @@
-// A variant of CRC-32 that the processor may not have, in software.
+// A software emulation of the variant of CRC-32 that the processor may not support.
 #ifndef MUB_TESTS_SUPPORT_WIDE_CRC32_H
 #define MUB_TESTS_SUPPORT_WIDE_CRC32_H
 
