@@ -1,7 +1,7 @@
 /**
  * @defgroup array_h mub_array.h: growable arrays
  *
- * Growable arrays, used as plain lists or kept sorted as dictionaries.
+ * Growable arrays, either in any order or sorted, as dictionaries.
  *
  *     mub_array    entries ──► [offset, length, value][offset, length, value] …  byte-string keys
  *                                  │
@@ -13,38 +13,39 @@
  *     mub_arrayt   [word][word][word][word]                   64-bit words, the first four in the record
  *                  tail    ──► [word][word] …
  *
- * **Growth.** A table grows by half its count, at least 8 and at most 65536 slots, or to what was asked for
- * if that is more, in multiples of 4; it never shrinks. Fresh slots are all zero. Growth moves the table:
- * pointers to entries and items are then invalid, as they are after every operation that adds, removes or
- * sorts.
+ * **Growth.** A table grows by half its count, by at least 8 and at most 65536 slots, or to the requested
+ * size if that is more, in multiples of 4; it never shrinks. New slots are zero-filled. Growth moves the
+ * table: pointers to entries and items are then invalid, as they are after every operation that adds, removes
+ * or sorts.
  *
- * **Positions.** `_get_entry`, `_get_at`, `_set_at` and `_update_at` reach every slot of the table, also
- * those from `count` up to `capacity`; the count does not change. A fresh slot reads as an empty key (an
- * integer key as 0) and value 0, a used one as it was left. Insertion and removal are bounded by `count`, and
- * so are all positions in mub_arrayt.
+ * **Positions.** `_get_entry`, `_get_at`, `_set_at` and `_update_at` access every slot of the table,
+ * including the spare ones from `count` up to `capacity`; the count does not change. A spare slot has an
+ * empty key (an integer key is 0) and value 0 if it was never used, else its old content. Insertion and
+ * removal are bounded by `count`, and so are all positions in mub_arrayt.
  *
- * **Sorted use.** Operations that need a sorted array search by halving the table and rely on the order that
- * the `descending` field names: 0 ascending (as after `_init`), else descending. Set it before the first
- * insertion. In any other order they find or place a key arbitrarily, yet never outside the table. Among
- * equal keys, which only the operations without a search can add, any one is found.
+ * **Sorted use.** Operations that need a sorted array use binary search and rely on the order that the
+ * `descending` field specifies: 0 is ascending (as after `_init`), any other value descending. Set it before
+ * the first insertion. If the array is in another order, the result of a search and the position of an
+ * insertion are unspecified, but always lie within the table. Among equal keys, which only the operations
+ * without a search can add, any one may be found.
  *
- * **Sorting.** The sorts do not look at `descending`: sort a `descending` array with direction 0. Except for
- * mub_arrayt_qsort() they take no memory.
+ * **Sorting.** The sort functions ignore `descending`: sort a `descending` array with direction 0. Except for
+ * mub_arrayt_qsort() they allocate no memory.
  *
  * **Value pool.** The `_new` operations take a block of `pool` for the value (in mub_arrays: for the item)
- * and pass it to an initialiser before the new entry is in the array. A pool made by `_init` has no block
- * size: store the size of your values in `pool->block_size` first. Without a block (no pool, no size, no
- * memory) the entry is added nevertheless, with value 0.
+ * and pass it to an initialiser before the new entry is added to the array. A pool created by `_init` has no
+ * block size: store the size of your values in `pool->block_size` first. If there is no block (no pool, no
+ * block size or no memory), the entry is added with value 0.
  *
  * **Releasing.** The `_free` operations call your function with each value that is not 0, and return its
- * block if the pool is external. Blocks of an owned pool are released with the whole pool: `_free`,
- * `_free_at` and `_free_all_entry` leave them allocated.
+ * block if the pool is external. Blocks of an owned pool are released with the whole pool only: after
+ * `_free`, `_free_at` and `_free_all_entry` they are still allocated.
  *
- * **Clones.** A clone that runs out of memory is empty, but its `count` is that of its source; nothing reads
- * beyond `capacity`, and the next growth turns those entries into real ones, all zero. A clone of a
- * mub_arrayt is unchanged instead.
+ * **Clones.** If memory runs out while an array is cloned, the destination is empty except that its `count`
+ * is that of the source. No function reads beyond `capacity`, and the next growth turns the missing entries
+ * into zero-filled ones. The destination of mub_arrayt_clone() is unchanged instead.
  *
- * What the operations return, those with a key on a sorted array:
+ * What the everyday operations return; those with a key need a sorted array:
  *
  * | operation       | key present                | key absent                    | out of memory          |
  * | --------------- | -------------------------- | ----------------------------- | ---------------------- |
@@ -81,31 +82,30 @@ extern "C" {
 /**
  * @defgroup array mub_array: an array of entries with byte-string keys
  *
- * An array of entries with byte-string keys. A key is `length` bytes at `key`; they are copied. A negative
- * length means that the key ends at its first NUL, unless the function uses lengths as given. NULL is the
- * empty key. Keys compare byte by byte as unsigned values; of two that agree as far as both go, the shorter
- * is first ("ab" before "abc"). Case always counts.
+ * An array of entries with byte-string keys. A key is `length` bytes at `key`; keys are copied. With a
+ * negative length the key ends at its first NUL, unless the function uses lengths as given. NULL is the empty
+ * key. Keys are compared byte by byte as unsigned values; a key that is a prefix of another precedes it ("ab"
+ * before "abc"). The comparison is case-sensitive.
  *
- * The empty key is a key like any other with one exception: it cannot be inserted before an existing entry,
- * only appended. An insertion of the empty key before an entry is refused; mub_array_insert() returns 1 even
- * then. The same goes for any key before an entry whose own key starts past the end of the key stream, as it
- * may after mub_array_shrink() has lengthened the array.
+ * The empty key can be appended, but not inserted before an existing entry: such an insertion fails, although
+ * mub_array_insert() returns 1. The same applies to any key before an entry whose own key starts past the end
+ * of the key stream, which is possible after mub_array_shrink() has lengthened the array.
  *
- * All keys of an array take at most 2^32 - 1 bytes. A key beyond that, or one for which memory runs out, is
- * refused by the insertions, wherever it belongs, and the array is unchanged; mub_array_append(),
- * mub_array_append_new() and mub_array_from_string() add it as an empty key.
+ * The keys of an array take at most 2^32 - 1 bytes in total. If a key would exceed that, or if memory runs
+ * out for it, an insertion fails and the array is unchanged; mub_array_append(), mub_array_append_new() and
+ * mub_array_from_string() add an empty key instead.
  *
- * Key pointers that operations return point into the key stream; they are NULL while it has no block. The
- * keys have no NUL after them, and the pointers are invalid after the next operation that adds, changes or
- * removes a key.
+ * Keys are returned as pointers into the key stream, which are NULL while no key bytes are stored. They are
+ * not NUL-terminated, and the pointers are invalid after the next operation that adds, changes or removes a
+ * key.
  *
  * @{
  */
 
-/** One slot. Its key fields are the array's; its value may be changed in place. */
+/** One slot of the table. The value may be changed in place, the key fields must not. */
 typedef struct mub_array_entry {
-  uint32_t key_offset; /**< where the key's bytes start in the key stream */
-  uint32_t key_length; /**< bytes of the key */
+  uint32_t key_offset; /**< the key's offset in the key stream */
+  uint32_t key_length; /**< the length of the key in bytes */
   uint64_t value;      /**< the caller's; may be changed in place */
 } mub_array_entry;
 
@@ -114,20 +114,20 @@ typedef struct mub_array {
   mub_array_entry *entries; /**< the table; NULL until the first growth */
   int64_t count;            /**< entries in use */
   int64_t capacity;         /**< slots in the table */
-  mub_stream keys;          /**< the key stream; sorting moves entries, never these bytes */
-  mub_pool *pool;           /**< the value pool: NULL, made by `_init`, or an external one, written here */
-  uint16_t own_pool;        /**< 1: made by `_init`, released by `_term` */
+  mub_stream keys;          /**< the key stream; sorting does not move its bytes */
+  mub_pool *pool;           /**< the value pool: NULL, created by `_init`, or an external one */
+  uint16_t own_pool;        /**< 1: created by `_init`, released by `_term` */
   uint16_t descending;      /**< not 0: the sorted operations use descending order */
 } mub_array;
 
 /**
- * Makes the record an empty array, ascending.
+ * Initialises an empty array, ascending.
  *
  * @param[out] array     the array
- * @param[in] with_pool  not 0: make a value pool that the array owns
+ * @param[in] with_pool  not 0: create a value pool that the array owns
  * @return the array
- * @failure none; the value pool is missing if memory runs out: `pool` is NULL and `own_pool` 0
- * @owner the record is the caller's; a pool made here belongs to the array until mub_array_term()
+ * @failure none; if memory runs out for the value pool, `pool` is NULL and `own_pool` 0
+ * @owner the record belongs to the caller; a pool created here belongs to the array until mub_array_term()
  * @invalidates nothing
  */
 MUB_API mub_array *mub_array_init(mub_array *array, int with_pool);
@@ -135,11 +135,11 @@ MUB_API mub_array *mub_array_init(mub_array *array, int with_pool);
 /**
  * Releases the table, the keys and an owned pool.
  *
- * An external pool stays in its field. Values are not visited.
+ * An external pool remains in its field. Values are not released.
  *
  * @param[in,out] array  the array
  * @return the array
- * @owner what the array owns is released; values and external pools stay the caller's
+ * @owner what the array owns is released; values and external pools remain the caller's
  * @invalidates pointers to entries and to keys, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -149,8 +149,8 @@ MUB_API mub_array *mub_array_term(mub_array *array);
  * Makes room for `wanted` entries in total.
  *
  * @param[in,out] array  the array
- * @param[in] wanted     slots wanted in total
- * @return 1 if there is room, as there always is for a `wanted` up to the capacity
+ * @param[in] wanted     the total number of slots needed
+ * @return 1 if there is room; always if `wanted` is at most the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to entries, if the table grows
  * @cost O(count) if the table grows
@@ -160,8 +160,8 @@ MUB_API int mub_array_expand(mub_array *array, int64_t wanted);
 /**
  * Sets the count to `n`, or to the capacity if that is less.
  *
- * This may also lengthen the array: spare slots come into use as they are. Keys and values are not touched.
- * Does nothing for a negative `n`, or without a table.
+ * This can also lengthen the array, with the spare slots as they are. Keys and values are not changed. Does
+ * nothing for a negative `n`, or without a table.
  *
  * @param[in,out] array  the array
  * @param[in] n          the new count
@@ -170,36 +170,36 @@ MUB_API int mub_array_expand(mub_array *array, int64_t wanted);
 MUB_API void mub_array_shrink(mub_array *array, int64_t n);
 
 /**
- * Exchanges the entries and keys of two arrays.
+ * Swaps the entries and keys of two arrays.
  *
- * `pool`, `own_pool` and `descending` stay with their records, so values that are pool blocks then lie in the
- * other array's pool.
+ * `pool`, `own_pool` and `descending` are not exchanged, so values that are pool blocks then lie in the other
+ * array's pool.
  *
  * @param[in,out] a  one array
  * @param[in,out] b  the other array
- * @owner the entries of one array now belong to the other; the pools stay where they are
+ * @owner the entries of one array now belong to the other; the pools are not exchanged
  * @invalidates nothing
  */
 MUB_API void mub_array_swap(mub_array *a, mub_array *b);
 
 /**
- * Makes the destination a copy of the source.
+ * Copies an array, replacing the content of the destination.
  *
  * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
- * called for every entry, value 0 included. A value that is no block of the pool becomes 0, and so do all
+ * called for every entry, value 0 included. A value that is not a block of the pool becomes 0, and so do all
  * values if the destination has no pool of its own. If the source does not own its pool, values are copied as
- * they are, `clone` is not called, and the destination shares the source's pool and gives up its own.
+ * words, `clone` is not called, and the destination shares the source's pool and releases its own.
  * `descending` is not copied.
  *
  * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
  * arrays are the same.
  *
  * @param[in] source                the array to copy; it does not change
- * @param[in,out] source_pool       a pool outside the array that the values point into; NULL if there is none
+ * @param[in,out] source_pool       a further pool that the values point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
  *                                  old contents are overwritten and its old values not released
  * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
- *                                  `source_pool` itself, which both then share; NULL if there is none
+ *                                  `source_pool` itself, to share it; NULL if there is none
  * @param[in] clone                 adjusts each copied value; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
@@ -215,7 +215,8 @@ MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_poo
 /**
  * Empties the array: releases the table and empties an owned pool.
  *
- * The block of the keys is kept. Values are not visited, and blocks of an external pool are not returned.
+ * The memory of the key stream is kept. Values are not released, and blocks of an external pool are not
+ * returned.
  *
  * @param[in,out] array  the array
  * @return the array
@@ -228,13 +229,13 @@ MUB_API mub_array *mub_array_remove_all(mub_array *array);
 /**
  * Releases every value, then empties the array like mub_array_remove_all().
  *
- * The block of the keys is released too.
+ * The memory of the key stream is released too.
  *
  * @param[in,out] array  the array
  * @param[in] free       called with each released value that is not 0; NULL: not called
  * @return the array
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block goes back to an external pool; the table is released and
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `free`, its block is returned to an external pool; the table is released and
  *   an owned pool emptied
  * @invalidates pointers to entries and to keys, and all value blocks
  * @cost O(count), and one release per chunk of an owned pool
@@ -245,12 +246,12 @@ MUB_API mub_array *mub_array_free_all(mub_array *array, mub_free_fn free);
 /**
  * Releases every value, in order.
  *
- * The entries are unchanged and their values are stale afterwards.
+ * The entries are unchanged, so their values are no longer valid.
  *
  * @param[in,out] array  the array
  * @param[in] free       called with each released value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block goes back to an external pool, although the array still
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `free`, its block is returned to an external pool, although the array still
  *   holds it
  * @invalidates the values
  * @cost O(count)
@@ -260,16 +261,17 @@ MUB_API mub_array *mub_array_free_all(mub_array *array, mub_free_fn free);
 MUB_API void mub_array_free_all_entry(mub_array *array, mub_free_fn free);
 
 /**
- * Adds an entry at the end, whatever the order.
+ * Adds an entry at the end, without regard to the order.
  *
- * A key beyond 2^32 - 1 bytes of keys, or one for which memory runs out, is added as an empty key.
+ * If the keys would exceed 2^32 - 1 bytes, or if memory runs out for the key, the entry is added with an
+ * empty key.
  *
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @failure the array is unchanged if there is no memory for the entry
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries and to keys
  * @cost O(length); O(count) when the table grows, O(bytes of all keys) when the key stream does
  * @bounds key[length]
@@ -280,15 +282,16 @@ MUB_API void mub_array_append(mub_array *array, const void *key, int64_t length,
 /**
  * Adds an entry at the end, with a new block of the value pool as its value.
  *
- * A key beyond 2^32 - 1 bytes of keys, or one for which memory runs out, is added as an empty key.
+ * If the keys would exceed 2^32 - 1 bytes, or if memory runs out for the key, the entry is added with an
+ * empty key.
  *
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
  * @param[in] init       called with the new block; NULL: not called
  * @return the block
- * @failure 0 if there was no block, and the entry is added with value 0; also 0 if there was no memory for
- *   the entry, and nothing is added
+ * @failure 0 if the pool had no block, in which case the entry is added with value 0, or if there was no
+ *   memory for the entry, in which case nothing is added
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries and to keys
  * @cost O(length); O(count) when the table grows, O(bytes of all keys) when the key stream does
@@ -300,12 +303,12 @@ MUB_API uint64_t mub_array_append_new(mub_array *array, const void *key, int64_t
 /**
  * Adds copies of all entries of the source at the end.
  *
- * Values are copied as they are.
+ * Values are copied as words.
  *
  * @param[in,out] destination  the array that grows
  * @param[in] source           the array to copy from; may be the destination itself
  * @failure the destination is unchanged if memory runs out, or if the keys would exceed 2^32 - 1 bytes
- * @owner keys are copied; values are copied as words, so that both arrays refer to the same things
+ * @owner keys are copied; values are copied as words, so both arrays refer to the same data
  * @invalidates pointers to entries and to keys of the destination
  * @cost O(entries copied and the bytes of their keys); O(count) when the table grows, O(bytes of all keys)
  *   when the key stream does
@@ -313,13 +316,14 @@ MUB_API uint64_t mub_array_append_new(mub_array *array, const void *key, int64_t
 MUB_API void mub_array_append_array(mub_array *destination, const mub_array *source);
 
 /**
- * Finds the slot at `index`, to read it or to change its value.
+ * Returns the address of the slot at `index`, to read it or to change its value.
  *
  * @param[in] array  the array
  * @param[in] index  a position, counted from 0
  * @return its address
  * @failure NULL unless `0 <= index < capacity`
- * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
+ * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
+ *   moved or removed
  */
 MUB_API mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t index);
 
@@ -328,13 +332,13 @@ MUB_API mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t ind
  *
  * @param[in] array    the array
  * @param[in] index    a position, counted from 0
- * @param[out] key     receives the address of the key, which has no NUL after it; NULL unless `0 <= index <
- *                     capacity`, and while the key stream has no block
- * @param[out] length  receives the bytes of the key; 0 unless `0 <= index < capacity`
+ * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL unless
+ *                     `0 <= index < capacity`, and while no key bytes are stored
+ * @param[out] length  receives the length of the key in bytes; 0 unless `0 <= index < capacity`
  * @return the value
  * @failure 0 unless `0 <= index < capacity`
- * @owner the key lies in the array's key stream, valid until a key is added, changed or removed; the value
- *   stays in the array
+ * @owner the key lies in the array's key stream; the pointer is valid until a key is added, changed or
+ *   removed; the value stays in the array
  * @bounds key[length]
  */
 MUB_API uint64_t mub_array_get_at(const mub_array *array, int64_t index, const char **key, int64_t *length);
@@ -343,13 +347,13 @@ MUB_API uint64_t mub_array_get_at(const mub_array *array, int64_t index, const c
  * Reads the key and the value of the first entry.
  *
  * @param[in] array    the array
- * @param[out] key     receives the address of the key, which has no NUL after it; NULL in an empty array, and
- *                     while the key stream has no block
- * @param[out] length  receives the bytes of the key; 0 in an empty array
+ * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL in an empty array,
+ *                     and while no key bytes are stored
+ * @param[out] length  receives the length of the key in bytes; 0 in an empty array
  * @return the value
  * @failure 0 in an empty array
- * @owner the key lies in the array's key stream, valid until a key is added, changed or removed; the value
- *   stays in the array
+ * @owner the key lies in the array's key stream; the pointer is valid until a key is added, changed or
+ *   removed; the value stays in the array
  * @bounds key[length]
  */
 MUB_API uint64_t mub_array_get_first(const mub_array *array, const char **key, int64_t *length);
@@ -358,33 +362,33 @@ MUB_API uint64_t mub_array_get_first(const mub_array *array, const char **key, i
  * Reads the key and the value of the last entry.
  *
  * @param[in] array    the array
- * @param[out] key     receives the address of the key, which has no NUL after it; NULL in an empty array, and
- *                     while the key stream has no block
- * @param[out] length  receives the bytes of the key; 0 in an empty array
+ * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL in an empty array,
+ *                     and while no key bytes are stored
+ * @param[out] length  receives the length of the key in bytes; 0 in an empty array
  * @return the value
  * @failure 0 in an empty array
- * @owner the key lies in the array's key stream, valid until a key is added, changed or removed; the value
- *   stays in the array
+ * @owner the key lies in the array's key stream; the pointer is valid until a key is added, changed or
+ *   removed; the value stays in the array
  * @bounds key[length]
  */
 MUB_API uint64_t mub_array_get_last(const mub_array *array, const char **key, int64_t *length);
 
 /**
- * Replaces the key and the value of the slot at `index`, whatever that does to the order.
+ * Replaces the key and the value of the slot at `index`, without regard to the order.
  *
- * A slot past the count may refer to bytes past the end of the key stream: its key is replaced as
- * mub_stream_update() replaces a range that reaches past the length.
+ * The key of a spare slot may lie past the end of the key stream: it is replaced as mub_stream_update()
+ * replaces a range that extends past the length.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
- * @failure 0, and nothing changes, outside `0 <= index < capacity` and if the key cannot be replaced: there
- *   is no memory for it, the old key starts past the end of the stream, the old or the new key would not lie
- *   wholly in the stream's block, or the stream's length would fall below 0 or exceed 2^32 - 1 bytes
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @failure 0, and nothing changes, unless `0 <= index < capacity`, or if the key cannot be replaced: because
+ *   memory ran out, the old key starts past the end of the key stream, the old or the new key would not lie
+ *   wholly inside the stream's block, or the stream's length would become negative or exceed 2^32 - 1 bytes
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates pointers to keys
  * @cost O(length); O(count + bytes of all keys) if the key's length changes
  * @bounds key[length]
@@ -398,10 +402,10 @@ MUB_API uint64_t mub_array_set_at(mub_array *array, int64_t index, const void *k
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 unless `0 <= index < capacity`
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  */
 MUB_API uint64_t mub_array_update_at(mub_array *array, int64_t index, uint64_t value);
@@ -412,11 +416,11 @@ MUB_API uint64_t mub_array_update_at(mub_array *array, int64_t index, uint64_t v
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
- * @param[in] length     bytes of the key, used as given; a negative length adds nothing
- * @param[in] value      any word, 0 included
+ * @param[in] length     bytes of the key; if negative, nothing is added
+ * @param[in] value      any 64-bit word, 0 included
  * @failure nothing is added for a negative index or length, for an empty key before an entry, if memory runs
  *   out, or if the keys would exceed 2^32 - 1 bytes
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries and to keys
  * @cost O(count + bytes of all keys)
  * @bounds key[length]
@@ -448,8 +452,8 @@ MUB_API uint64_t mub_array_remove_at(mub_array *array, int64_t index);
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] free       called with each released value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block goes back to an external pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the value is passed to `free`, its block is returned to an external pool
  * @invalidates pointers to entries and to keys, and the value
  * @cost O(count + bytes of all keys)
  * @nullable free
@@ -457,20 +461,21 @@ MUB_API uint64_t mub_array_remove_at(mub_array *array, int64_t index);
 MUB_API void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn free);
 
 /**
- * Adds a key with its value unless the key is present.
+ * Adds a key with a value unless the key is present.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return 1 if the key was absent, even if it could not be added
- * @failure 0 if the key was present, and its value is unchanged; the result is 1 and the array is unchanged
- *   if memory ran out, if the keys would exceed 2^32 - 1 bytes, and for the empty key before an entry
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @failure 0 if the key was present, whose value is unchanged; if memory ran out, if the keys would exceed
+ *   2^32 - 1 bytes, or for the empty key before an existing entry, the result is 1 although the array is
+ *   unchanged
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries and to keys
- * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move the entries after it
  * @bounds key[length]
  * @nullable key
  */
@@ -479,21 +484,22 @@ MUB_API int mub_array_insert(mub_array *array, const void *key, int64_t length, 
 /**
  * Adds a key with a new block of the value pool as its value unless the key is present.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
- * @param[out] value     receives the block before `init` runs (0 if there was none, and the entry is added
- *                       with value 0); the stored value if the key was present; 0 if the insertion was
- *                       refused
+ * @param[out] value     receives the block, before `init` is called (0 if the pool had none, in which case
+ *                       the entry is added with value 0); the stored value if the key was present; 0 if the
+ *                       insertion failed
  * @param[in] init       called with the new block; NULL: not called
  * @return the index of the new entry
  * @failure -1 if the key was present, if memory ran out, if the keys would exceed 2^32 - 1 bytes, or for the
- *   empty key before an entry; the block of a refused insertion goes back to the pool after `init` has run
+ *   empty key before an existing entry; if the insertion fails, the block is returned to the pool after
+ *   `init` has been called
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries and to keys
- * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move the entries after it
  * @bounds key[length]
  * @nullable key, init
  */
@@ -503,15 +509,15 @@ MUB_API int mub_array_insert_new(mub_array *array, const void *key, int64_t leng
 /**
  * Replaces the value of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent; nothing changes
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(log count)
  * @bounds key[length]
@@ -522,7 +528,7 @@ MUB_API uint64_t mub_array_update(mub_array *array, const void *key, int64_t len
 /**
  * Removes a key.
  *
- * Its value is not released. The array must be sorted as its `descending` field says.
+ * Its value is not released. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key; NULL is the empty key
@@ -531,7 +537,7 @@ MUB_API uint64_t mub_array_update(mub_array *array, const void *key, int64_t len
  * @failure 0 if the key is absent
  * @owner the value is returned and not released
  * @invalidates pointers to entries and to keys
- * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move the entries after it
  * @bounds key[length]
  * @nullable key
  */
@@ -540,16 +546,16 @@ MUB_API uint64_t mub_array_remove(mub_array *array, const void *key, int64_t len
 /**
  * Removes a key, if it is present, and releases its value.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
  * @param[in] free       called with each released value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block goes back to an external pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the value is passed to `free`, its block is returned to an external pool
  * @invalidates pointers to entries and to keys, and the value
- * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move the entries after it
  * @bounds key[length]
  * @nullable key, free
  */
@@ -558,18 +564,19 @@ MUB_API void mub_array_free(mub_array *array, const void *key, int64_t length, m
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
- * Set its value in place. The array must be sorted as its `descending` field says.
+ * Set its value directly. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key, which are copied; NULL is the empty key
- * @param[in] length     bytes of the key, used as given; a negative length finds and adds nothing, but an
- *                       empty array measures the key up to its first NUL
+ * @param[in] length     bytes of the key; if negative, nothing is found or added, except that in an empty
+ *                       array the key ends at its first NUL
  * @return the entry
  * @failure NULL if memory ran out, if the keys would exceed 2^32 - 1 bytes, for the empty key before an
- *   entry, and for a negative length, unless the array is empty
- * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
+ *   existing entry, and for a negative length, unless the array is empty
+ * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
+ *   moved or removed
  * @invalidates pointers to entries and to keys
- * @cost O(log count) to search, O(count + bytes of all keys) to move what is after it
+ * @cost O(log count) to search, O(count + bytes of all keys) to move the entries after it
  * @bounds key[length]
  * @nullable key
  */
@@ -578,14 +585,15 @@ MUB_API mub_array_entry *mub_array_entry_insert(mub_array *array, const void *ke
 /**
  * Finds the entry of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array   the array
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key, used as given; a negative length finds nothing
  * @return the entry
  * @failure NULL if the key is absent
- * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
+ * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
+ *   moved or removed
  * @cost O(log count)
  * @bounds key[length]
  * @nullable key
@@ -595,7 +603,7 @@ MUB_API mub_array_entry *mub_array_entry_find(const mub_array *array, const void
 /**
  * Looks up the value of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array   the array
  * @param[in] key     the bytes of the key; NULL is the empty key
@@ -612,7 +620,7 @@ MUB_API uint64_t mub_array_find(const mub_array *array, const void *key, int64_t
 /**
  * Looks up the index of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array   the array
  * @param[in] key     the bytes of the key; NULL is the empty key
@@ -626,7 +634,7 @@ MUB_API uint64_t mub_array_find(const mub_array *array, const void *key, int64_t
 MUB_API int64_t mub_array_find_index(const mub_array *array, const void *key, int64_t length);
 
 /**
- * Looks up the value of the first entry with a key, in an array in any order.
+ * Looks up the value of the first entry with a key, by linear search; the array need not be sorted.
  *
  * @param[in] array   the array
  * @param[in] key     the bytes of the key; NULL is the empty key
@@ -641,7 +649,7 @@ MUB_API int64_t mub_array_find_index(const mub_array *array, const void *key, in
 MUB_API uint64_t mub_array_afind(const mub_array *array, const void *key, int64_t length);
 
 /**
- * Looks up the index of the first entry with a key, in an array in any order.
+ * Looks up the index of the first entry with a key, by linear search; the array need not be sorted.
  *
  * @param[in] array   the array
  * @param[in] key     the bytes of the key; NULL is the empty key
@@ -658,7 +666,7 @@ MUB_API int64_t mub_array_afind_index(const mub_array *array, const void *key, i
  * Looks up the value of a key, or that of the entry before which the key would be inserted, or that of the
  * last entry if the key would go after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array   the array
  * @param[in] key     the bytes of the key; NULL is the empty key
@@ -673,9 +681,10 @@ MUB_API int64_t mub_array_afind_index(const mub_array *array, const void *key, i
 MUB_API uint64_t mub_array_bfind(const mub_array *array, const void *key, int64_t length);
 
 /**
- * Looks up the index of the entry whose value mub_array_bfind() gives.
+ * Looks up the index of a key, or that of the entry before which the key would be inserted, or that of the
+ * last entry if the key would go after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array   the array
  * @param[in] key     the bytes of the key; NULL is the empty key
@@ -689,7 +698,7 @@ MUB_API uint64_t mub_array_bfind(const mub_array *array, const void *key, int64_
 MUB_API int64_t mub_array_bfind_index(const mub_array *array, const void *key, int64_t length);
 
 /**
- * Sorts by key, in place and not stably.
+ * Sorts by key; in place, not stable.
  *
  * @param[in,out] array  the array
  * @param[in] ascending  not 0: ascending, 0: descending
@@ -699,7 +708,7 @@ MUB_API int64_t mub_array_bfind_index(const mub_array *array, const void *key, i
 MUB_API void mub_array_qsort(mub_array *array, int ascending);
 
 /**
- * Sorts by key, ascending, in place and not stably.
+ * Sorts by key, ascending; in place, not stable.
  *
  * @param[in,out] array  the array
  * @invalidates pointers to entries
@@ -708,7 +717,7 @@ MUB_API void mub_array_qsort(mub_array *array, int ascending);
 MUB_API void mub_array_qsort_p(mub_array *array);
 
 /**
- * Sorts by key, descending, in place and not stably.
+ * Sorts by key, descending; in place, not stable.
  *
  * @param[in,out] array  the array
  * @invalidates pointers to entries
@@ -717,13 +726,13 @@ MUB_API void mub_array_qsort_p(mub_array *array);
 MUB_API void mub_array_qsort_n(mub_array *array);
 
 /**
- * Sorts by value with a comparer, in place and not stably.
+ * Sorts by value with a comparator; in place, not stable.
  *
- * An inconsistent comparer leaves the entries in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
  * @param[in] ascending  not 0: ascending, 0: descending
- * @param[in] compare    called with two values; with NULL, nothing happens
+ * @param[in] compare    called with two values; NULL: nothing happens
  * @invalidates pointers to entries
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -731,12 +740,12 @@ MUB_API void mub_array_qsort_n(mub_array *array);
 MUB_API void mub_array_qsort_x(mub_array *array, int ascending, mub_compare_fn compare);
 
 /**
- * Sorts by value with a comparer, ascending, in place and not stably.
+ * Sorts by value with a comparator, ascending; in place, not stable.
  *
- * An inconsistent comparer leaves the entries in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] compare    called with two values; with NULL, nothing happens
+ * @param[in] compare    called with two values; NULL: nothing happens
  * @invalidates pointers to entries
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -744,12 +753,12 @@ MUB_API void mub_array_qsort_x(mub_array *array, int ascending, mub_compare_fn c
 MUB_API void mub_array_qsort_x_p(mub_array *array, mub_compare_fn compare);
 
 /**
- * Sorts by value with a comparer, descending, in place and not stably.
+ * Sorts by value with a comparator, descending; in place, not stable.
  *
- * An inconsistent comparer leaves the entries in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] compare    called with two values; with NULL, nothing happens
+ * @param[in] compare    called with two values; NULL: nothing happens
  * @invalidates pointers to entries
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -772,7 +781,7 @@ MUB_API void mub_array_qsort_x_n(mub_array *array, mub_compare_fn compare);
 MUB_API void mub_array_to_string(const mub_array *array, int separator, mub_string *string);
 
 /**
- * Appends the pieces of a text as keys with value 0.
+ * Splits a text at a separator and appends the pieces, as keys with value 0.
  *
  * The array is neither emptied nor sorted. Each piece is trimmed as by mub_char_trim(). Empty pieces are
  * appended too, except the last: "a, ,b," gives "a", "" and "b".
@@ -780,9 +789,9 @@ MUB_API void mub_array_to_string(const mub_array *array, int separator, mub_stri
  * @param[in,out] array  the array
  * @param[in] separator  the separator; its low 8 bits are used
  * @param[in] text       the text to split
- * @param[in] length     bytes of the text, used as given; below 1 appends nothing
- * @failure nothing is appended if memory for the entries runs out; a piece without room for its bytes is
- *   appended as an empty key
+ * @param[in] length     bytes of the text; if below 1, nothing is appended
+ * @failure nothing is appended if memory runs out for the entries; if it runs out for the bytes of a piece,
+ *   an empty key is appended
  * @owner the pieces are copied
  * @invalidates pointers to entries and to keys
  * @cost O(length)
@@ -795,17 +804,19 @@ MUB_API void mub_array_from_string(mub_array *array, int separator, const char *
 /**
  * @defgroup arrayd mub_arrayd: an array of entries with 32-bit integer keys
  *
- * An array of entries with 32-bit integer keys, which are kept in the entries. Sorted insertions are refused
- * only for lack of memory.
+ * An array of entries with 32-bit integer keys, which are stored in the entries. Insertions fail only if
+ * memory runs out.
  *
- * The sorted operations compare by the sign of the difference between two keys, wrapped around to 32 bits: to
- * them 0xFFFFFFFF is 1 below 0. The sorts compare keys as unsigned values, so that 0xFFFFFFFF comes last.
- * Both agree as long as all keys lie within 2^31 of each other.
+ * The sorted operations compare two keys by the sign of their difference as a 32-bit number, so that
+ * 0xFFFFFFFF is 1 below 0. The sort functions compare keys as unsigned numbers, so that 0xFFFFFFFF comes
+ * last. Both agree as long as no two keys differ by 2^31 or more.
  *
  * @{
  */
 
-/** One slot. Its value may be changed in place; so may its key, where the order allows it. */
+/**
+ * One slot of the table. The value may be changed in place, and so may the key if that preserves the order.
+ */
 typedef struct mub_arrayd_entry {
   uint32_t key;   /**< the key */
   uint64_t value; /**< the caller's; may be changed in place */
@@ -816,19 +827,19 @@ typedef struct mub_arrayd {
   mub_arrayd_entry *entries; /**< the table; NULL until the first growth */
   int64_t count;             /**< entries in use */
   int64_t capacity;          /**< slots in the table */
-  mub_pool *pool;            /**< the value pool: NULL, made by `_init`, or an external one, written here */
-  uint16_t own_pool;         /**< 1: made by `_init`, released by `_term` */
+  mub_pool *pool;            /**< the value pool: NULL, created by `_init`, or an external one */
+  uint16_t own_pool;         /**< 1: created by `_init`, released by `_term` */
   uint16_t descending;       /**< not 0: the sorted operations use descending order */
 } mub_arrayd;
 
 /**
- * Makes the record an empty array, ascending.
+ * Initialises an empty array, ascending.
  *
  * @param[out] array     the array
- * @param[in] with_pool  not 0: make a value pool that the array owns
+ * @param[in] with_pool  not 0: create a value pool that the array owns
  * @return the array
- * @failure none; the value pool is missing if memory runs out: `pool` is NULL and `own_pool` 0
- * @owner the record is the caller's; a pool made here belongs to the array until mub_arrayd_term()
+ * @failure none; if memory runs out for the value pool, `pool` is NULL and `own_pool` 0
+ * @owner the record belongs to the caller; a pool created here belongs to the array until mub_arrayd_term()
  * @invalidates nothing
  */
 MUB_API mub_arrayd *mub_arrayd_init(mub_arrayd *array, int with_pool);
@@ -836,11 +847,11 @@ MUB_API mub_arrayd *mub_arrayd_init(mub_arrayd *array, int with_pool);
 /**
  * Releases the table and an owned pool.
  *
- * An external pool stays in its field. Values are not visited.
+ * An external pool remains in its field. Values are not released.
  *
  * @param[in,out] array  the array
  * @return the array
- * @owner what the array owns is released; values and external pools stay the caller's
+ * @owner what the array owns is released; values and external pools remain the caller's
  * @invalidates pointers to entries, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -850,8 +861,8 @@ MUB_API mub_arrayd *mub_arrayd_term(mub_arrayd *array);
  * Makes room for `wanted` entries in total.
  *
  * @param[in,out] array  the array
- * @param[in] wanted     slots wanted in total
- * @return 1 if there is room, as there always is for a `wanted` up to the capacity
+ * @param[in] wanted     the total number of slots needed
+ * @return 1 if there is room; always if `wanted` is at most the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to entries, if the table grows
  * @cost O(count) if the table grows
@@ -861,8 +872,8 @@ MUB_API int mub_arrayd_expand(mub_arrayd *array, int64_t wanted);
 /**
  * Sets the count to `n`, or to the capacity if that is less.
  *
- * This may also lengthen the array: spare slots come into use as they are. Without a table the count becomes
- * 0. Does nothing for a negative `n`.
+ * This can also lengthen the array, with the spare slots as they are. Without a table the count becomes 0.
+ * Does nothing for a negative `n`.
  *
  * @param[in,out] array  the array
  * @param[in] n          the new count
@@ -871,36 +882,36 @@ MUB_API int mub_arrayd_expand(mub_arrayd *array, int64_t wanted);
 MUB_API void mub_arrayd_shrink(mub_arrayd *array, int64_t n);
 
 /**
- * Exchanges the entries of two arrays.
+ * Swaps the entries of two arrays.
  *
- * `pool`, `own_pool` and `descending` stay with their records, so values that are pool blocks then lie in the
- * other array's pool.
+ * `pool`, `own_pool` and `descending` are not exchanged, so values that are pool blocks then lie in the other
+ * array's pool.
  *
  * @param[in,out] a  one array
  * @param[in,out] b  the other array
- * @owner the entries of one array now belong to the other; the pools stay where they are
+ * @owner the entries of one array now belong to the other; the pools are not exchanged
  * @invalidates nothing
  */
 MUB_API void mub_arrayd_swap(mub_arrayd *a, mub_arrayd *b);
 
 /**
- * Makes the destination a copy of the source.
+ * Copies an array, replacing the content of the destination.
  *
  * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
- * called for every entry, value 0 included. A value that is no block of the pool becomes 0, and so do all
+ * called for every entry, value 0 included. A value that is not a block of the pool becomes 0, and so do all
  * values if the destination has no pool of its own. If the source does not own its pool, values are copied as
- * they are, `clone` is not called, and the destination shares the source's pool and gives up its own.
+ * words, `clone` is not called, and the destination shares the source's pool and releases its own.
  * `descending` is not copied.
  *
  * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
  * arrays are the same.
  *
  * @param[in] source                the array to copy; it does not change
- * @param[in,out] source_pool       a pool outside the array that the values point into; NULL if there is none
+ * @param[in,out] source_pool       a further pool that the values point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
  *                                  old contents are overwritten and its old values not released
  * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
- *                                  `source_pool` itself, which both then share; NULL if there is none
+ *                                  `source_pool` itself, to share it; NULL if there is none
  * @param[in] clone                 adjusts each copied value; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
@@ -916,7 +927,7 @@ MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_
 /**
  * Empties the array: releases the table and empties an owned pool.
  *
- * Values are not visited, and blocks of an external pool are not returned.
+ * Values are not released, and blocks of an external pool are not returned.
  *
  * @param[in,out] array  the array
  * @return the array
@@ -932,8 +943,8 @@ MUB_API mub_arrayd *mub_arrayd_remove_all(mub_arrayd *array);
  * @param[in,out] array  the array
  * @param[in] free       called with each released value that is not 0; NULL: not called
  * @return the array
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block goes back to an external pool; the table is released and
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `free`, its block is returned to an external pool; the table is released and
  *   an owned pool emptied
  * @invalidates pointers to entries, and all value blocks
  * @cost O(count), and one release per chunk of an owned pool
@@ -944,12 +955,12 @@ MUB_API mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn free);
 /**
  * Releases every value, in order.
  *
- * The entries are unchanged and their values are stale afterwards.
+ * The entries are unchanged, so their values are no longer valid.
  *
  * @param[in,out] array  the array
  * @param[in] free       called with each released value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block goes back to an external pool, although the array still
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `free`, its block is returned to an external pool, although the array still
  *   holds it
  * @invalidates the values
  * @cost O(count)
@@ -959,13 +970,13 @@ MUB_API mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn free);
 MUB_API void mub_arrayd_free_all_entry(mub_arrayd *array, mub_free_fn free);
 
 /**
- * Adds an entry at the end, whatever the order.
+ * Adds an entry at the end, without regard to the order.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @failure the array is unchanged if memory runs out
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries
  * @cost O(1); O(count) when the table grows
  */
@@ -978,8 +989,8 @@ MUB_API void mub_arrayd_append(mub_arrayd *array, uint32_t key, uint64_t value);
  * @param[in] key        the key
  * @param[in] init       called with the new block; NULL: not called
  * @return the block
- * @failure 0 if there was no block, and the entry is added with value 0; also 0 if there was no memory for
- *   the entry, and nothing is added
+ * @failure 0 if the pool had no block, in which case the entry is added with value 0, or if there was no
+ *   memory for the entry, in which case nothing is added
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
  * @cost O(1); O(count) when the table grows
@@ -990,25 +1001,26 @@ MUB_API uint64_t mub_arrayd_append_new(mub_arrayd *array, uint32_t key, mub_init
 /**
  * Adds copies of all entries of the source at the end.
  *
- * Values are copied as they are.
+ * Values are copied as words.
  *
  * @param[in,out] destination  the array that grows
  * @param[in] source           the array to copy from; may be the destination itself
  * @failure the destination is unchanged if memory runs out
- * @owner values are copied as words, so that both arrays refer to the same things
+ * @owner values are copied as words, so both arrays refer to the same data
  * @invalidates pointers to entries of the destination
  * @cost O(entries copied); O(count) when the table grows
  */
 MUB_API void mub_arrayd_append_array(mub_arrayd *destination, const mub_arrayd *source);
 
 /**
- * Finds the slot at `index`, to read it or to change its value.
+ * Returns the address of the slot at `index`, to read it or to change its value.
  *
  * @param[in] array  the array
  * @param[in] index  a position, counted from 0
  * @return its address
  * @failure NULL unless `0 <= index < capacity`
- * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
+ * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
+ *   moved or removed
  */
 MUB_API mub_arrayd_entry *mub_arrayd_get_entry(const mub_arrayd *array, int64_t index);
 
@@ -1047,15 +1059,15 @@ MUB_API uint64_t mub_arrayd_get_first(const mub_arrayd *array, uint32_t *key);
 MUB_API uint64_t mub_arrayd_get_last(const mub_arrayd *array, uint32_t *key);
 
 /**
- * Replaces the key and the value of the slot at `index`, whatever that does to the order.
+ * Replaces the key and the value of the slot at `index`, without regard to the order.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 unless `0 <= index < capacity`
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  */
 MUB_API uint64_t mub_arrayd_set_at(mub_arrayd *array, int64_t index, uint32_t key, uint64_t value);
@@ -1065,10 +1077,10 @@ MUB_API uint64_t mub_arrayd_set_at(mub_arrayd *array, int64_t index, uint32_t ke
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 unless `0 <= index < capacity`
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  */
 MUB_API uint64_t mub_arrayd_update_at(mub_arrayd *array, int64_t index, uint64_t value);
@@ -1079,9 +1091,9 @@ MUB_API uint64_t mub_arrayd_update_at(mub_arrayd *array, int64_t index, uint64_t
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @failure nothing is added for a negative index, or if memory runs out
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries
  * @cost O(count)
  */
@@ -1090,7 +1102,7 @@ MUB_API void mub_arrayd_insert_at(mub_arrayd *array, int64_t index, uint32_t key
 /**
  * Removes the entry at `index`.
  *
- * Its value is not released. If it was the last entry, its slot, which is now spare, has key 0.
+ * Its value is not released. If it was the last entry, the key in the slot, which is now spare, is set to 0.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
@@ -1111,8 +1123,8 @@ MUB_API uint64_t mub_arrayd_remove_at(mub_arrayd *array, int64_t index, uint32_t
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] free       called with each released value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block goes back to an external pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the value is passed to `free`, its block is returned to an external pool
  * @invalidates pointers to entries, and the value
  * @cost O(count)
  * @nullable free
@@ -1120,17 +1132,17 @@ MUB_API uint64_t mub_arrayd_remove_at(mub_arrayd *array, int64_t index, uint32_t
 MUB_API void mub_arrayd_free_at(mub_arrayd *array, int64_t index, mub_free_fn free);
 
 /**
- * Adds a key with its value unless the key is present.
+ * Adds a key with a value unless the key is present.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return 1 if the key was absent, even if it could not be added
- * @failure 0 if the key was present, and its value is unchanged; without memory the result is 1, and nothing
- *   is added
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @failure 0 if the key was present, whose value is unchanged; if memory ran out, the result is 1 although
+ *   nothing is added
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
  */
@@ -1139,16 +1151,17 @@ MUB_API int mub_arrayd_insert(mub_arrayd *array, uint32_t key, uint64_t value);
 /**
  * Adds a key with a new block of the value pool as its value unless the key is present.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[out] value     receives the block before `init` runs (0 if there was none, and the entry is added
- *                       with value 0); the stored value if the key was present; 0 if memory ran out
+ * @param[out] value     receives the block, before `init` is called (0 if the pool had none, in which case
+ *                       the entry is added with value 0); the stored value if the key was present; 0 if
+ *                       memory ran out
  * @param[in] init       called with the new block; NULL: not called
  * @return the index of the new entry
- * @failure -1 if the key was present or memory ran out; the block of a refused insertion goes back to the
- *   pool after `init` has run
+ * @failure -1 if the key was present or memory ran out; if the insertion fails, the block is returned to the
+ *   pool after `init` has been called
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -1159,14 +1172,14 @@ MUB_API int mub_arrayd_insert_new(mub_arrayd *array, uint32_t key, uint64_t *val
 /**
  * Replaces the value of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent; nothing changes
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(log count)
  */
@@ -1175,7 +1188,7 @@ MUB_API uint64_t mub_arrayd_update(mub_arrayd *array, uint32_t key, uint64_t val
 /**
  * Removes a key.
  *
- * Its value is not released. The array must be sorted as its `descending` field says.
+ * Its value is not released. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
@@ -1183,22 +1196,22 @@ MUB_API uint64_t mub_arrayd_update(mub_arrayd *array, uint32_t key, uint64_t val
  * @failure 0 if the key is absent
  * @owner the value is returned and not released
  * @invalidates pointers to entries
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  */
 MUB_API uint64_t mub_arrayd_remove(mub_arrayd *array, uint32_t key);
 
 /**
  * Removes a key, if it is present, and releases its value.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
  * @param[in] free       called with each released value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block goes back to an external pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the value is passed to `free`, its block is returned to an external pool
  * @invalidates pointers to entries, and the value
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  * @nullable free
  */
 MUB_API void mub_arrayd_free(mub_arrayd *array, uint32_t key, mub_free_fn free);
@@ -1206,13 +1219,14 @@ MUB_API void mub_arrayd_free(mub_arrayd *array, uint32_t key, mub_free_fn free);
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
- * Set its value in place. The array must be sorted as its `descending` field says.
+ * Set its value directly. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
  * @return the entry
  * @failure NULL if memory ran out
- * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
+ * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
+ *   moved or removed
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
  */
@@ -1221,13 +1235,14 @@ MUB_API mub_arrayd_entry *mub_arrayd_entry_insert(mub_arrayd *array, uint32_t ke
 /**
  * Finds the entry of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
  * @return the entry
  * @failure NULL if the key is absent
- * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
+ * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
+ *   moved or removed
  * @cost O(log count)
  */
 MUB_API mub_arrayd_entry *mub_arrayd_entry_find(const mub_arrayd *array, uint32_t key);
@@ -1235,7 +1250,7 @@ MUB_API mub_arrayd_entry *mub_arrayd_entry_find(const mub_arrayd *array, uint32_
 /**
  * Looks up the value of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1249,7 +1264,7 @@ MUB_API uint64_t mub_arrayd_find(const mub_arrayd *array, uint32_t key);
 /**
  * Looks up the index of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1260,7 +1275,7 @@ MUB_API uint64_t mub_arrayd_find(const mub_arrayd *array, uint32_t key);
 MUB_API int64_t mub_arrayd_find_index(const mub_arrayd *array, uint32_t key);
 
 /**
- * Looks up the value of the first entry with a key, in an array in any order.
+ * Looks up the value of the first entry with a key, by linear search; the array need not be sorted.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1272,7 +1287,7 @@ MUB_API int64_t mub_arrayd_find_index(const mub_arrayd *array, uint32_t key);
 MUB_API uint64_t mub_arrayd_afind(const mub_arrayd *array, uint32_t key);
 
 /**
- * Looks up the index of the first entry with a key, in an array in any order.
+ * Looks up the index of the first entry with a key, by linear search; the array need not be sorted.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1286,7 +1301,7 @@ MUB_API int64_t mub_arrayd_afind_index(const mub_arrayd *array, uint32_t key);
  * Looks up the value of a key, or that of the entry before which the key would be inserted, or that of the
  * last entry if the key would go after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1298,9 +1313,10 @@ MUB_API int64_t mub_arrayd_afind_index(const mub_arrayd *array, uint32_t key);
 MUB_API uint64_t mub_arrayd_bfind(const mub_arrayd *array, uint32_t key);
 
 /**
- * Looks up the index of the entry whose value mub_arrayd_bfind() gives.
+ * Looks up the index of a key, or that of the entry before which the key would be inserted, or that of the
+ * last entry if the key would go after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1311,7 +1327,7 @@ MUB_API uint64_t mub_arrayd_bfind(const mub_arrayd *array, uint32_t key);
 MUB_API int64_t mub_arrayd_bfind_index(const mub_arrayd *array, uint32_t key);
 
 /**
- * Sorts by key as an unsigned value, in place and not stably.
+ * Sorts by key as an unsigned number; in place, not stable.
  *
  * @param[in,out] array  the array
  * @param[in] ascending  not 0: ascending, 0: descending
@@ -1321,7 +1337,7 @@ MUB_API int64_t mub_arrayd_bfind_index(const mub_arrayd *array, uint32_t key);
 MUB_API void mub_arrayd_qsort(mub_arrayd *array, int ascending);
 
 /**
- * Sorts by key as an unsigned value, ascending, in place and not stably.
+ * Sorts by key as an unsigned number, ascending; in place, not stable.
  *
  * @param[in,out] array  the array
  * @invalidates pointers to entries
@@ -1330,7 +1346,7 @@ MUB_API void mub_arrayd_qsort(mub_arrayd *array, int ascending);
 MUB_API void mub_arrayd_qsort_p(mub_arrayd *array);
 
 /**
- * Sorts by key as an unsigned value, descending, in place and not stably.
+ * Sorts by key as an unsigned number, descending; in place, not stable.
  *
  * @param[in,out] array  the array
  * @invalidates pointers to entries
@@ -1339,13 +1355,13 @@ MUB_API void mub_arrayd_qsort_p(mub_arrayd *array);
 MUB_API void mub_arrayd_qsort_n(mub_arrayd *array);
 
 /**
- * Sorts by value with a comparer, in place and not stably.
+ * Sorts by value with a comparator; in place, not stable.
  *
- * An inconsistent comparer leaves the entries in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
  * @param[in] ascending  not 0: ascending, 0: descending
- * @param[in] compare    called with two values; with NULL, nothing happens
+ * @param[in] compare    called with two values; NULL: nothing happens
  * @invalidates pointers to entries
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -1353,12 +1369,12 @@ MUB_API void mub_arrayd_qsort_n(mub_arrayd *array);
 MUB_API void mub_arrayd_qsort_x(mub_arrayd *array, int ascending, mub_compare_fn compare);
 
 /**
- * Sorts by value with a comparer, ascending, in place and not stably.
+ * Sorts by value with a comparator, ascending; in place, not stable.
  *
- * An inconsistent comparer leaves the entries in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] compare    called with two values; with NULL, nothing happens
+ * @param[in] compare    called with two values; NULL: nothing happens
  * @invalidates pointers to entries
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -1366,12 +1382,12 @@ MUB_API void mub_arrayd_qsort_x(mub_arrayd *array, int ascending, mub_compare_fn
 MUB_API void mub_arrayd_qsort_x_p(mub_arrayd *array, mub_compare_fn compare);
 
 /**
- * Sorts by value with a comparer, descending, in place and not stably.
+ * Sorts by value with a comparator, descending; in place, not stable.
  *
- * An inconsistent comparer leaves the entries in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] compare    called with two values; with NULL, nothing happens
+ * @param[in] compare    called with two values; NULL: nothing happens
  * @invalidates pointers to entries
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -1379,7 +1395,7 @@ MUB_API void mub_arrayd_qsort_x_p(mub_arrayd *array, mub_compare_fn compare);
 MUB_API void mub_arrayd_qsort_x_n(mub_arrayd *array, mub_compare_fn compare);
 
 /**
- * Joins the keys, in decimal as unsigned values, into one text with the separator between them.
+ * Joins the keys, as unsigned decimal numbers, into one text with the separator between them.
  *
  * @param[in] array       the array
  * @param[in] separator   the separator; its low 8 bits are used
@@ -1392,7 +1408,7 @@ MUB_API void mub_arrayd_qsort_x_n(mub_arrayd *array, mub_compare_fn compare);
 MUB_API void mub_arrayd_to_string(const mub_arrayd *array, int separator, mub_string *string);
 
 /**
- * Appends the pieces of a text as keys with value 0.
+ * Splits a text at a separator and appends the pieces, as keys with value 0.
  *
  * The array is neither emptied nor sorted. Each piece is trimmed as by mub_char_trim() and read as by
  * mub_char_get_long(); the key is the low 32 bits. Empty pieces give 0, except that the last one is left out:
@@ -1401,8 +1417,8 @@ MUB_API void mub_arrayd_to_string(const mub_arrayd *array, int separator, mub_st
  * @param[in,out] array  the array
  * @param[in] separator  the separator; its low 8 bits are used
  * @param[in] text       the text to split
- * @param[in] length     bytes of the text, used as given; below 1 appends nothing
- * @failure nothing is appended if memory for the entries runs out
+ * @param[in] length     bytes of the text; if below 1, nothing is appended
+ * @failure nothing is appended if memory runs out
  * @owner the text is only read
  * @invalidates pointers to entries
  * @cost O(length)
@@ -1416,13 +1432,15 @@ MUB_API void mub_arrayd_from_string(mub_arrayd *array, int separator, const char
  * @defgroup arrayx mub_arrayx: an array of entries with 64-bit integer keys
  *
  * Like mub_arrayd, but with 64-bit keys and without conversions to and from text. The sorted operations
- * compare by the sign of the difference wrapped around to 64 bits, which agrees with the sorts as long as all
- * keys lie within 2^63 of each other.
+ * compare two keys by the sign of their difference as a 64-bit number, which agrees with the sort functions
+ * as long as no two keys differ by 2^63 or more.
  *
  * @{
  */
 
-/** One slot. Its value may be changed in place; so may its key, where the order allows it. */
+/**
+ * One slot of the table. The value may be changed in place, and so may the key if that preserves the order.
+ */
 typedef struct mub_arrayx_entry {
   uint64_t key;   /**< the key */
   uint64_t value; /**< the caller's; may be changed in place */
@@ -1433,19 +1451,19 @@ typedef struct mub_arrayx {
   mub_arrayx_entry *entries; /**< the table; NULL until the first growth */
   int64_t count;             /**< entries in use */
   int64_t capacity;          /**< slots in the table */
-  mub_pool *pool;            /**< the value pool: NULL, made by `_init`, or an external one, written here */
-  uint16_t own_pool;         /**< 1: made by `_init`, released by `_term` */
+  mub_pool *pool;            /**< the value pool: NULL, created by `_init`, or an external one */
+  uint16_t own_pool;         /**< 1: created by `_init`, released by `_term` */
   uint16_t descending;       /**< not 0: the sorted operations use descending order */
 } mub_arrayx;
 
 /**
- * Makes the record an empty array, ascending.
+ * Initialises an empty array, ascending.
  *
  * @param[out] array     the array
- * @param[in] with_pool  not 0: make a value pool that the array owns
+ * @param[in] with_pool  not 0: create a value pool that the array owns
  * @return the array
- * @failure none; the value pool is missing if memory runs out: `pool` is NULL and `own_pool` 0
- * @owner the record is the caller's; a pool made here belongs to the array until mub_arrayx_term()
+ * @failure none; if memory runs out for the value pool, `pool` is NULL and `own_pool` 0
+ * @owner the record belongs to the caller; a pool created here belongs to the array until mub_arrayx_term()
  * @invalidates nothing
  */
 MUB_API mub_arrayx *mub_arrayx_init(mub_arrayx *array, int with_pool);
@@ -1453,11 +1471,11 @@ MUB_API mub_arrayx *mub_arrayx_init(mub_arrayx *array, int with_pool);
 /**
  * Releases the table and an owned pool.
  *
- * An external pool stays in its field. Values are not visited.
+ * An external pool remains in its field. Values are not released.
  *
  * @param[in,out] array  the array
  * @return the array
- * @owner what the array owns is released; values and external pools stay the caller's
+ * @owner what the array owns is released; values and external pools remain the caller's
  * @invalidates pointers to entries, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -1467,8 +1485,8 @@ MUB_API mub_arrayx *mub_arrayx_term(mub_arrayx *array);
  * Makes room for `wanted` entries in total.
  *
  * @param[in,out] array  the array
- * @param[in] wanted     slots wanted in total
- * @return 1 if there is room, as there always is for a `wanted` up to the capacity
+ * @param[in] wanted     the total number of slots needed
+ * @return 1 if there is room; always if `wanted` is at most the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to entries, if the table grows
  * @cost O(count) if the table grows
@@ -1478,8 +1496,8 @@ MUB_API int mub_arrayx_expand(mub_arrayx *array, int64_t wanted);
 /**
  * Sets the count to `n`, or to the capacity if that is less.
  *
- * This may also lengthen the array: spare slots come into use as they are. Without a table the count becomes
- * 0. Does nothing for a negative `n`.
+ * This can also lengthen the array, with the spare slots as they are. Without a table the count becomes 0.
+ * Does nothing for a negative `n`.
  *
  * @param[in,out] array  the array
  * @param[in] n          the new count
@@ -1488,36 +1506,36 @@ MUB_API int mub_arrayx_expand(mub_arrayx *array, int64_t wanted);
 MUB_API void mub_arrayx_shrink(mub_arrayx *array, int64_t n);
 
 /**
- * Exchanges the entries of two arrays.
+ * Swaps the entries of two arrays.
  *
- * `pool`, `own_pool` and `descending` stay with their records, so values that are pool blocks then lie in the
- * other array's pool.
+ * `pool`, `own_pool` and `descending` are not exchanged, so values that are pool blocks then lie in the other
+ * array's pool.
  *
  * @param[in,out] a  one array
  * @param[in,out] b  the other array
- * @owner the entries of one array now belong to the other; the pools stay where they are
+ * @owner the entries of one array now belong to the other; the pools are not exchanged
  * @invalidates nothing
  */
 MUB_API void mub_arrayx_swap(mub_arrayx *a, mub_arrayx *b);
 
 /**
- * Makes the destination a copy of the source.
+ * Copies an array, replacing the content of the destination.
  *
  * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
- * called for every entry, value 0 included. A value that is no block of the pool becomes 0, and so do all
+ * called for every entry, value 0 included. A value that is not a block of the pool becomes 0, and so do all
  * values if the destination has no pool of its own. If the source does not own its pool, values are copied as
- * they are, `clone` is not called, and the destination shares the source's pool and gives up its own.
+ * words, `clone` is not called, and the destination shares the source's pool and releases its own.
  * `descending` is not copied.
  *
  * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
  * arrays are the same.
  *
  * @param[in] source                the array to copy; it does not change
- * @param[in,out] source_pool       a pool outside the array that the values point into; NULL if there is none
+ * @param[in,out] source_pool       a further pool that the values point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
  *                                  old contents are overwritten and its old values not released
  * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
- *                                  `source_pool` itself, which both then share; NULL if there is none
+ *                                  `source_pool` itself, to share it; NULL if there is none
  * @param[in] clone                 adjusts each copied value; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
@@ -1533,7 +1551,7 @@ MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_
 /**
  * Empties the array: releases the table and empties an owned pool.
  *
- * Values are not visited, and blocks of an external pool are not returned.
+ * Values are not released, and blocks of an external pool are not returned.
  *
  * @param[in,out] array  the array
  * @return the array
@@ -1549,8 +1567,8 @@ MUB_API mub_arrayx *mub_arrayx_remove_all(mub_arrayx *array);
  * @param[in,out] array  the array
  * @param[in] free       called with each released value that is not 0; NULL: not called
  * @return the array
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block goes back to an external pool; the table is released and
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `free`, its block is returned to an external pool; the table is released and
  *   an owned pool emptied
  * @invalidates pointers to entries, and all value blocks
  * @cost O(count), and one release per chunk of an owned pool
@@ -1561,12 +1579,12 @@ MUB_API mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn free);
 /**
  * Releases every value, in order.
  *
- * The entries are unchanged and their values are stale afterwards.
+ * The entries are unchanged, so their values are no longer valid.
  *
  * @param[in,out] array  the array
  * @param[in] free       called with each released value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block goes back to an external pool, although the array still
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `free`, its block is returned to an external pool, although the array still
  *   holds it
  * @invalidates the values
  * @cost O(count)
@@ -1576,13 +1594,13 @@ MUB_API mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn free);
 MUB_API void mub_arrayx_free_all_entry(mub_arrayx *array, mub_free_fn free);
 
 /**
- * Adds an entry at the end, whatever the order.
+ * Adds an entry at the end, without regard to the order.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @failure the array is unchanged if memory runs out
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries
  * @cost O(1); O(count) when the table grows
  */
@@ -1595,8 +1613,8 @@ MUB_API void mub_arrayx_append(mub_arrayx *array, uint64_t key, uint64_t value);
  * @param[in] key        the key
  * @param[in] init       called with the new block; NULL: not called
  * @return the block
- * @failure 0 if there was no block, and the entry is added with value 0; also 0 if there was no memory for
- *   the entry, and nothing is added
+ * @failure 0 if the pool had no block, in which case the entry is added with value 0, or if there was no
+ *   memory for the entry, in which case nothing is added
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
  * @cost O(1); O(count) when the table grows
@@ -1607,25 +1625,26 @@ MUB_API uint64_t mub_arrayx_append_new(mub_arrayx *array, uint64_t key, mub_init
 /**
  * Adds copies of all entries of the source at the end.
  *
- * Values are copied as they are.
+ * Values are copied as words.
  *
  * @param[in,out] destination  the array that grows
  * @param[in] source           the array to copy from; may be the destination itself
  * @failure the destination is unchanged if memory runs out
- * @owner values are copied as words, so that both arrays refer to the same things
+ * @owner values are copied as words, so both arrays refer to the same data
  * @invalidates pointers to entries of the destination
  * @cost O(entries copied); O(count) when the table grows
  */
 MUB_API void mub_arrayx_append_array(mub_arrayx *destination, const mub_arrayx *source);
 
 /**
- * Finds the slot at `index`, to read it or to change its value.
+ * Returns the address of the slot at `index`, to read it or to change its value.
  *
  * @param[in] array  the array
  * @param[in] index  a position, counted from 0
  * @return its address
  * @failure NULL unless `0 <= index < capacity`
- * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
+ * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
+ *   moved or removed
  */
 MUB_API mub_arrayx_entry *mub_arrayx_get_entry(const mub_arrayx *array, int64_t index);
 
@@ -1664,15 +1683,15 @@ MUB_API uint64_t mub_arrayx_get_first(const mub_arrayx *array, uint64_t *key);
 MUB_API uint64_t mub_arrayx_get_last(const mub_arrayx *array, uint64_t *key);
 
 /**
- * Replaces the key and the value of the slot at `index`, whatever that does to the order.
+ * Replaces the key and the value of the slot at `index`, without regard to the order.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 unless `0 <= index < capacity`
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  */
 MUB_API uint64_t mub_arrayx_set_at(mub_arrayx *array, int64_t index, uint64_t key, uint64_t value);
@@ -1682,10 +1701,10 @@ MUB_API uint64_t mub_arrayx_set_at(mub_arrayx *array, int64_t index, uint64_t ke
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 unless `0 <= index < capacity`
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  */
 MUB_API uint64_t mub_arrayx_update_at(mub_arrayx *array, int64_t index, uint64_t value);
@@ -1696,9 +1715,9 @@ MUB_API uint64_t mub_arrayx_update_at(mub_arrayx *array, int64_t index, uint64_t
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @failure nothing is added for a negative index, or if memory runs out
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries
  * @cost O(count)
  */
@@ -1707,7 +1726,7 @@ MUB_API void mub_arrayx_insert_at(mub_arrayx *array, int64_t index, uint64_t key
 /**
  * Removes the entry at `index`.
  *
- * Its value is not released. If it was the last entry, its slot, which is now spare, has key 0.
+ * Its value is not released. If it was the last entry, the key in the slot, which is now spare, is set to 0.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
@@ -1728,8 +1747,8 @@ MUB_API uint64_t mub_arrayx_remove_at(mub_arrayx *array, int64_t index, uint64_t
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] free       called with each released value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block goes back to an external pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the value is passed to `free`, its block is returned to an external pool
  * @invalidates pointers to entries, and the value
  * @cost O(count)
  * @nullable free
@@ -1737,17 +1756,17 @@ MUB_API uint64_t mub_arrayx_remove_at(mub_arrayx *array, int64_t index, uint64_t
 MUB_API void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn free);
 
 /**
- * Adds a key with its value unless the key is present.
+ * Adds a key with a value unless the key is present.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return 1 if the key was absent, even if it could not be added
- * @failure 0 if the key was present, and its value is unchanged; without memory the result is 1, and nothing
- *   is added
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @failure 0 if the key was present, whose value is unchanged; if memory ran out, the result is 1 although
+ *   nothing is added
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
  */
@@ -1756,16 +1775,17 @@ MUB_API int mub_arrayx_insert(mub_arrayx *array, uint64_t key, uint64_t value);
 /**
  * Adds a key with a new block of the value pool as its value unless the key is present.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[out] value     receives the block before `init` runs (0 if there was none, and the entry is added
- *                       with value 0); the stored value if the key was present; 0 if memory ran out
+ * @param[out] value     receives the block, before `init` is called (0 if the pool had none, in which case
+ *                       the entry is added with value 0); the stored value if the key was present; 0 if
+ *                       memory ran out
  * @param[in] init       called with the new block; NULL: not called
  * @return the index of the new entry
- * @failure -1 if the key was present or memory ran out; the block of a refused insertion goes back to the
- *   pool after `init` has run
+ * @failure -1 if the key was present or memory ran out; if the insertion fails, the block is returned to the
+ *   pool after `init` has been called
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -1776,14 +1796,14 @@ MUB_API int mub_arrayx_insert_new(mub_arrayx *array, uint64_t key, uint64_t *val
 /**
  * Replaces the value of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent; nothing changes
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(log count)
  */
@@ -1792,7 +1812,7 @@ MUB_API uint64_t mub_arrayx_update(mub_arrayx *array, uint64_t key, uint64_t val
 /**
  * Removes a key.
  *
- * Its value is not released. The array must be sorted as its `descending` field says.
+ * Its value is not released. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
@@ -1800,22 +1820,22 @@ MUB_API uint64_t mub_arrayx_update(mub_arrayx *array, uint64_t key, uint64_t val
  * @failure 0 if the key is absent
  * @owner the value is returned and not released
  * @invalidates pointers to entries
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  */
 MUB_API uint64_t mub_arrayx_remove(mub_arrayx *array, uint64_t key);
 
 /**
  * Removes a key, if it is present, and releases its value.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
  * @param[in] free       called with each released value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block goes back to an external pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the value is passed to `free`, its block is returned to an external pool
  * @invalidates pointers to entries, and the value
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  * @nullable free
  */
 MUB_API void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn free);
@@ -1823,13 +1843,14 @@ MUB_API void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn free);
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
- * Set its value in place. The array must be sorted as its `descending` field says.
+ * Set its value directly. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
  * @return the entry
  * @failure NULL if memory ran out
- * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
+ * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
+ *   moved or removed
  * @invalidates pointers to entries
  * @cost O(log count) to search, O(count) to move the slots after it
  */
@@ -1838,13 +1859,14 @@ MUB_API mub_arrayx_entry *mub_arrayx_entry_insert(mub_arrayx *array, uint64_t ke
 /**
  * Finds the entry of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
  * @return the entry
  * @failure NULL if the key is absent
- * @owner the entry lies in the array's table, valid until the table grows or the entry is moved or removed
+ * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
+ *   moved or removed
  * @cost O(log count)
  */
 MUB_API mub_arrayx_entry *mub_arrayx_entry_find(const mub_arrayx *array, uint64_t key);
@@ -1852,7 +1874,7 @@ MUB_API mub_arrayx_entry *mub_arrayx_entry_find(const mub_arrayx *array, uint64_
 /**
  * Looks up the value of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1866,7 +1888,7 @@ MUB_API uint64_t mub_arrayx_find(const mub_arrayx *array, uint64_t key);
 /**
  * Looks up the index of a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1877,7 +1899,7 @@ MUB_API uint64_t mub_arrayx_find(const mub_arrayx *array, uint64_t key);
 MUB_API int64_t mub_arrayx_find_index(const mub_arrayx *array, uint64_t key);
 
 /**
- * Looks up the value of the first entry with a key, in an array in any order.
+ * Looks up the value of the first entry with a key, by linear search; the array need not be sorted.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1889,7 +1911,7 @@ MUB_API int64_t mub_arrayx_find_index(const mub_arrayx *array, uint64_t key);
 MUB_API uint64_t mub_arrayx_afind(const mub_arrayx *array, uint64_t key);
 
 /**
- * Looks up the index of the first entry with a key, in an array in any order.
+ * Looks up the index of the first entry with a key, by linear search; the array need not be sorted.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1903,7 +1925,7 @@ MUB_API int64_t mub_arrayx_afind_index(const mub_arrayx *array, uint64_t key);
  * Looks up the value of a key, or that of the entry before which the key would be inserted, or that of the
  * last entry if the key would go after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1915,9 +1937,10 @@ MUB_API int64_t mub_arrayx_afind_index(const mub_arrayx *array, uint64_t key);
 MUB_API uint64_t mub_arrayx_bfind(const mub_arrayx *array, uint64_t key);
 
 /**
- * Looks up the index of the entry whose value mub_arrayx_bfind() gives.
+ * Looks up the index of a key, or that of the entry before which the key would be inserted, or that of the
+ * last entry if the key would go after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
  * @param[in] key    the key
@@ -1928,7 +1951,7 @@ MUB_API uint64_t mub_arrayx_bfind(const mub_arrayx *array, uint64_t key);
 MUB_API int64_t mub_arrayx_bfind_index(const mub_arrayx *array, uint64_t key);
 
 /**
- * Sorts by key as an unsigned value, in place and not stably.
+ * Sorts by key as an unsigned number; in place, not stable.
  *
  * @param[in,out] array  the array
  * @param[in] ascending  not 0: ascending, 0: descending
@@ -1938,7 +1961,7 @@ MUB_API int64_t mub_arrayx_bfind_index(const mub_arrayx *array, uint64_t key);
 MUB_API void mub_arrayx_qsort(mub_arrayx *array, int ascending);
 
 /**
- * Sorts by key as an unsigned value, ascending, in place and not stably.
+ * Sorts by key as an unsigned number, ascending; in place, not stable.
  *
  * @param[in,out] array  the array
  * @invalidates pointers to entries
@@ -1947,7 +1970,7 @@ MUB_API void mub_arrayx_qsort(mub_arrayx *array, int ascending);
 MUB_API void mub_arrayx_qsort_p(mub_arrayx *array);
 
 /**
- * Sorts by key as an unsigned value, descending, in place and not stably.
+ * Sorts by key as an unsigned number, descending; in place, not stable.
  *
  * @param[in,out] array  the array
  * @invalidates pointers to entries
@@ -1956,13 +1979,13 @@ MUB_API void mub_arrayx_qsort_p(mub_arrayx *array);
 MUB_API void mub_arrayx_qsort_n(mub_arrayx *array);
 
 /**
- * Sorts by value with a comparer, in place and not stably.
+ * Sorts by value with a comparator; in place, not stable.
  *
- * An inconsistent comparer leaves the entries in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
  * @param[in] ascending  not 0: ascending, 0: descending
- * @param[in] compare    called with two values; with NULL, nothing happens
+ * @param[in] compare    called with two values; NULL: nothing happens
  * @invalidates pointers to entries
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -1970,12 +1993,12 @@ MUB_API void mub_arrayx_qsort_n(mub_arrayx *array);
 MUB_API void mub_arrayx_qsort_x(mub_arrayx *array, int ascending, mub_compare_fn compare);
 
 /**
- * Sorts by value with a comparer, ascending, in place and not stably.
+ * Sorts by value with a comparator, ascending; in place, not stable.
  *
- * An inconsistent comparer leaves the entries in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] compare    called with two values; with NULL, nothing happens
+ * @param[in] compare    called with two values; NULL: nothing happens
  * @invalidates pointers to entries
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -1983,12 +2006,12 @@ MUB_API void mub_arrayx_qsort_x(mub_arrayx *array, int ascending, mub_compare_fn
 MUB_API void mub_arrayx_qsort_x_p(mub_arrayx *array, mub_compare_fn compare);
 
 /**
- * Sorts by value with a comparer, descending, in place and not stably.
+ * Sorts by value with a comparator, descending; in place, not stable.
  *
- * An inconsistent comparer leaves the entries in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] compare    called with two values; with NULL, nothing happens
+ * @param[in] compare    called with two values; NULL: nothing happens
  * @invalidates pointers to entries
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -1998,16 +2021,17 @@ MUB_API void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare);
 /** @} */
 
 /**
- * @defgroup arrays mub_arrays: an array of bare 64-bit items, sorted by your comparer or not
+ * @defgroup arrays mub_arrays: an array of bare 64-bit items, sorted by your comparator or not
  *
- * An array of bare items. An item is one 64-bit word: a pointer to a record of yours, a number, or a block of
- * the item pool. The array never interprets it: the sorted operations order items by the comparer that you
- * pass, which must be the same at every call. It is called as `compare(item, key, context)` with a stored
- * item; the key is whatever you pass (a name, a number, a record), and the comparer alone gives it a meaning.
- * The `_x` forms differ only in their comparer: it is called as `compare(context, item, key, extra)`. Without
- * a comparer (NULL) insertions go to the end, sorts do nothing, and everything else finds nothing.
+ * An array of bare items. An item is a 64-bit word: a pointer to a struct of yours, a number, or a block of
+ * the item pool. The array never interprets it: the sorted operations order items with the comparator that
+ * you pass, which must be the same for every call. It is called as `compare(item, key, context)`, where
+ * `item` is a stored item and `key` is the word that you passed (a name, a number, a struct), which only the
+ * comparator interprets. The `_x` functions differ in their comparator only: it is called as
+ * `compare(context, item, key, extra)`. Without a comparator (NULL), insertions append, sorts do nothing and
+ * searches find nothing.
  *
- * To the releasing operations, an item 0 is an empty slot.
+ * The `_free` operations ignore items that are 0.
  *
  * @{
  */
@@ -2017,18 +2041,18 @@ typedef struct mub_arrays {
   uint64_t *items;     /**< the table; NULL until the first growth */
   int64_t count;       /**< items in use */
   int64_t capacity;    /**< slots in the table */
-  mub_pool *pool;      /**< the item pool: NULL, made by `_init`, or an external one, written here */
-  uint16_t own_pool;   /**< 1: made by `_init`, released by `_term` */
+  mub_pool *pool;      /**< the item pool: NULL, created by `_init`, or an external one */
+  uint16_t own_pool;   /**< 1: created by `_init`, released by `_term` */
   uint16_t descending; /**< not 0: the sorted operations use descending order */
 } mub_arrays;
 
 /**
- * Makes the record an empty array, ascending.
+ * Initialises an empty array, ascending.
  *
  * @param[out] array     the array
- * @param[in] with_pool  not 0: make an item pool that the array owns
- * @failure the item pool is missing if memory runs out: `pool` is NULL and `own_pool` 0
- * @owner the record is the caller's; a pool made here belongs to the array until mub_arrays_term()
+ * @param[in] with_pool  not 0: create an item pool that the array owns
+ * @failure if memory runs out for the item pool, `pool` is NULL and `own_pool` 0
+ * @owner the record belongs to the caller; a pool created here belongs to the array until mub_arrays_term()
  * @invalidates nothing
  */
 MUB_API void mub_arrays_init(mub_arrays *array, int with_pool);
@@ -2036,10 +2060,10 @@ MUB_API void mub_arrays_init(mub_arrays *array, int with_pool);
 /**
  * Releases the table and an owned pool.
  *
- * An external pool stays in its field. Items are not visited.
+ * An external pool remains in its field. Items are not released.
  *
  * @param[in,out] array  the array
- * @owner what the array owns is released; items and external pools stay the caller's
+ * @owner what the array owns is released; items and external pools remain the caller's
  * @invalidates pointers to slots, and all item blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -2049,8 +2073,8 @@ MUB_API void mub_arrays_term(mub_arrays *array);
  * Makes room for `wanted` items in total.
  *
  * @param[in,out] array  the array
- * @param[in] wanted     slots wanted in total
- * @return 1 if there is room, as there always is for a `wanted` up to the capacity
+ * @param[in] wanted     the total number of slots needed
+ * @return 1 if there is room; always if `wanted` is at most the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to slots, if the table grows
  * @cost O(count) if the table grows
@@ -2060,8 +2084,8 @@ MUB_API int mub_arrays_expand(mub_arrays *array, int64_t wanted);
 /**
  * Sets the count to `n`, or to the capacity if that is less.
  *
- * This may also lengthen the array: spare slots come into use as they are. Does nothing for a negative `n`,
- * or without a table.
+ * This can also lengthen the array, with the spare slots as they are. Does nothing for a negative `n`, or
+ * without a table.
  *
  * @param[in,out] array  the array
  * @param[in] n          the new count
@@ -2070,9 +2094,9 @@ MUB_API int mub_arrays_expand(mub_arrays *array, int64_t wanted);
 MUB_API void mub_arrays_shrink(mub_arrays *array, int64_t n);
 
 /**
- * Exchanges the items and pools of two arrays.
+ * Swaps the items and pools of two arrays.
  *
- * `descending` stays with its record.
+ * The `descending` fields are not exchanged.
  *
  * @param[in,out] a  one array
  * @param[in,out] b  the other array
@@ -2082,23 +2106,23 @@ MUB_API void mub_arrays_shrink(mub_arrays *array, int64_t n);
 MUB_API void mub_arrays_swap(mub_arrays *a, mub_arrays *b);
 
 /**
- * Makes the destination a copy of the source.
+ * Copies an array, replacing the content of the destination.
  *
  * If the source owns its pool, the pool is cloned, every item is translated to its copy, and `clone` is
- * called for every item, 0 included. An item that is no block of the pool becomes 0, and so do all items if
- * the destination has no pool of its own. If the source does not own its pool, items are copied as they are,
- * `clone` is not called, and the destination shares the source's pool and gives up its own. `descending` is
+ * called for every item, 0 included. An item that is not a block of the pool becomes 0, and so do all items
+ * if the destination has no pool of its own. If the source does not own its pool, items are copied as words,
+ * `clone` is not called, and the destination shares the source's pool and releases its own. `descending` is
  * not copied.
  *
  * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
  * arrays are the same.
  *
  * @param[in] source                the array to copy; it does not change
- * @param[in,out] source_pool       a pool outside the array that the items point into; NULL if there is none
+ * @param[in,out] source_pool       a further pool that the items point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
  *                                  old contents are overwritten and its old items not released
  * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
- *                                  `source_pool` itself, which both then share; NULL if there is none
+ *                                  `source_pool` itself, to share it; NULL if there is none
  * @param[in] clone                 adjusts each copied item; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
@@ -2114,7 +2138,7 @@ MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_
 /**
  * Empties the array: releases the table and empties an owned pool.
  *
- * Items are not visited, and blocks of an external pool are not returned.
+ * Items are not released, and blocks of an external pool are not returned.
  *
  * @param[in,out] array  the array
  * @owner the table is released and an owned pool emptied; items are not released
@@ -2129,9 +2153,9 @@ MUB_API void mub_arrays_remove_all(mub_arrays *array);
  * @param[in,out] array  the array
  * @param[in] free       called with each released item that is not 0; NULL: not called
  * @return the array
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each item is passed to `free`, its block goes back to an external pool; the table is released and an
- *   owned pool emptied
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each item is passed to `free`, its block is returned to an external pool; the table is released and
+ *   an owned pool emptied
  * @invalidates pointers to slots, and all item blocks
  * @cost O(count), and one release per chunk of an owned pool
  * @nullable free
@@ -2141,12 +2165,12 @@ MUB_API mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn free);
 /**
  * Releases every item, in order.
  *
- * The slots are unchanged and their items are stale afterwards.
+ * The slots are unchanged, so their items are no longer valid.
  *
  * @param[in,out] array  the array
  * @param[in] free       called with each released item that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each item is passed to `free`, its block goes back to an external pool, although the array still
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each item is passed to `free`, its block is returned to an external pool, although the array still
  *   holds it
  * @invalidates the items
  * @cost O(count)
@@ -2156,12 +2180,12 @@ MUB_API mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn free);
 MUB_API void mub_arrays_free_all_entry(mub_arrays *array, mub_free_fn free);
 
 /**
- * Adds an item at the end, whatever the order.
+ * Adds an item at the end, without regard to the order.
  *
  * @param[in,out] array  the array
- * @param[in] item       any word
+ * @param[in] item       any 64-bit word
  * @failure the array is unchanged if memory runs out
- * @owner the item is kept as it is; what it refers to stays the caller's
+ * @owner the item is stored as is; what it refers to remains the caller's
  * @invalidates pointers to slots
  * @cost O(1); O(count) when the table grows
  */
@@ -2173,8 +2197,8 @@ MUB_API void mub_arrays_append(mub_arrays *array, uint64_t item);
  * @param[in,out] array  the array
  * @param[in] init       called with the new block; NULL: not called
  * @return the block
- * @failure 0 if there was no block, and 0 is appended; also 0 if there was no memory for the slot, and
- *   nothing is appended
+ * @failure 0 if the pool had no block, in which case 0 is appended, or if there was no memory for the slot,
+ *   in which case nothing is appended
  * @owner the block belongs to the item pool; the array refers to it
  * @invalidates pointers to slots
  * @cost O(1); O(count) when the table grows
@@ -2188,20 +2212,21 @@ MUB_API uint64_t mub_arrays_append_new(mub_arrays *array, mub_init_fn init);
  * @param[in,out] destination  the array that grows
  * @param[in] source           the array to copy from; may be the destination itself
  * @failure the destination is unchanged if memory runs out
- * @owner items are copied as words, so that both arrays refer to the same things
+ * @owner items are copied as words, so both arrays refer to the same data
  * @invalidates pointers to slots of the destination
  * @cost O(items copied); O(count) when the table grows
  */
 MUB_API void mub_arrays_append_array(mub_arrays *destination, const mub_arrays *source);
 
 /**
- * Finds the slot at `index`.
+ * Returns the address of the slot at `index`.
  *
  * @param[in] array  the array
  * @param[in] index  a position, counted from 0
  * @return its address
  * @failure NULL unless `0 <= index < capacity`
- * @owner the slot lies in the array's table, valid until the table grows or the item is moved or removed
+ * @owner the slot lies in the array's table; the address is valid until the table grows or the item is moved
+ *   or removed
  */
 MUB_API uint64_t *mub_arrays_get_entry(const mub_arrays *array, int64_t index);
 
@@ -2217,14 +2242,14 @@ MUB_API uint64_t *mub_arrays_get_entry(const mub_arrays *array, int64_t index);
 MUB_API uint64_t mub_arrays_get_at(const mub_arrays *array, int64_t index);
 
 /**
- * Replaces the item at `index`, whatever that does to the order.
+ * Replaces the item at `index`, without regard to the order.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] item       any word
+ * @param[in] item       any 64-bit word
  * @return the previous item
  * @failure 0 unless `0 <= index < capacity`
- * @owner the previous item is returned and not released; the new one is kept as it is
+ * @owner the previous item is returned and not released; the new one is stored as is
  * @invalidates nothing
  */
 MUB_API uint64_t mub_arrays_set_at(mub_arrays *array, int64_t index, uint64_t item);
@@ -2254,9 +2279,9 @@ MUB_API uint64_t mub_arrays_get_last(const mub_arrays *array);
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] item       any word
+ * @param[in] item       any 64-bit word
  * @failure nothing is added for a negative index, or if memory runs out
- * @owner the item is kept as it is; what it refers to stays the caller's
+ * @owner the item is stored as is; what it refers to remains the caller's
  * @invalidates pointers to slots
  * @cost O(count)
  */
@@ -2283,8 +2308,8 @@ MUB_API uint64_t mub_arrays_remove_at(mub_arrays *array, int64_t index);
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
  * @param[in] free       called with each released item that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner the item is passed to `free`, its block goes back to an external pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the item is passed to `free`, its block is returned to an external pool
  * @invalidates pointers to slots, and the item
  * @cost O(count)
  * @nullable free
@@ -2294,16 +2319,16 @@ MUB_API void mub_arrays_free_at(mub_arrays *array, int64_t index, mub_free_fn fr
 /**
  * Adds an item unless an equal one is present.
  *
- * The item is also the key. The array must be sorted as its `descending` field says.
+ * The item is also the key. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] item       any word; also passed to the comparer as the key
- * @param[in] context    any word; passed to the comparer as its last argument
- * @param[in] compare    called as `compare(stored, item, context)`; with NULL the item is appended
+ * @param[in] item       any 64-bit word; also passed to the comparator as the key
+ * @param[in] context    any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare    called as `compare(stored, item, context)`; NULL: the item is appended
  * @return 1 if no equal item was present, even if the item could not be added
- * @failure 0 if an equal item was present, and the array is unchanged; without memory the result is 1, and
- *   nothing is added
- * @owner the item is kept as it is; what it refers to stays the caller's
+ * @failure 0 if an equal item was present, and the array is unchanged; if memory ran out, the result is 1
+ *   although nothing is added
+ * @owner the item is stored as is; what it refers to remains the caller's
  * @invalidates pointers to slots
  * @cost O(log count) to search, O(count) to move the slots after it
  * @nullable compare
@@ -2314,17 +2339,17 @@ MUB_API int mub_arrays_insert(mub_arrays *array, uint64_t item, uint64_t context
 /**
  * Adds an item unless an equal one is present.
  *
- * The item is also the key. The array must be sorted as its `descending` field says.
+ * The item is also the key. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] context    any word; passed to the comparer as its first argument
- * @param[in] item       any word; also passed to the comparer as the key
- * @param[in] extra      any word; passed to the comparer as its last argument
- * @param[in] compare    called as `compare(context, stored, item, extra)`; with NULL the item is appended
+ * @param[in] context    any 64-bit word; passed to the comparator as its first argument
+ * @param[in] item       any 64-bit word; also passed to the comparator as the key
+ * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare    called as `compare(context, stored, item, extra)`; NULL: the item is appended
  * @return 1 if no equal item was present, even if the item could not be added
- * @failure 0 if an equal item was present, and the array is unchanged; without memory the result is 1, and
- *   nothing is added
- * @owner the item is kept as it is; what it refers to stays the caller's
+ * @failure 0 if an equal item was present, and the array is unchanged; if memory ran out, the result is 1
+ *   although nothing is added
+ * @owner the item is stored as is; what it refers to remains the caller's
  * @invalidates pointers to slots
  * @cost O(log count) to search, O(count) to move the slots after it
  * @nullable compare
@@ -2333,22 +2358,21 @@ MUB_API int mub_arrays_insert_x(mub_arrays *array, uint64_t context, uint64_t it
                                 mub_compare_context_fn compare);
 
 /**
- * Adds a new block of the item pool where a key belongs unless an equal item is present.
+ * Adds a new block of the item pool at the position of a key unless an equal item is present.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] key        what to look for, passed to the comparer
- * @param[in] context    any word; passed to the comparer as its last argument
- * @param[out] item      receives the block before `init` runs (0 if there was none, which is added
- *                       nevertheless), or the equal item; 0 if memory for the slot ran out
- * @param[in] init       called with the new block; should store the key in it, so that it sorts where it was
- *                       placed; NULL: not called
- * @param[in] compare    called as `compare(item, key, context)` with a stored item; with NULL the block is
- *                       appended
+ * @param[in] key        the key to look for, passed to the comparator
+ * @param[in] context    any 64-bit word; passed to the comparator as its last argument
+ * @param[out] item      receives the block, before `init` is called (0 if the pool had none, in which case
+ *                       item 0 is added); the equal item if there is one; 0 if memory ran out for the slot
+ * @param[in] init       called with the new block, in which it should store the key, so that the array stays
+ *                       sorted; NULL: not called
+ * @param[in] compare    called as `compare(item, key, context)` for stored items; NULL: the block is appended
  * @return the index of the new item
- * @failure -1 if an equal one was present or memory ran out; the block of a refused insertion goes back to
- *   the pool after `init` has run
+ * @failure -1 if an equal one was present or memory ran out; if the insertion fails, the block is returned to
+ *   the pool after `init` has been called
  * @owner the block belongs to the item pool; the array refers to it
  * @invalidates pointers to slots
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -2358,23 +2382,23 @@ MUB_API int mub_arrays_insert_new(mub_arrays *array, uint64_t key, uint64_t cont
                                   mub_init_fn init, mub_compare_item_fn compare);
 
 /**
- * Adds a new block of the item pool where a key belongs unless an equal item is present.
+ * Adds a new block of the item pool at the position of a key unless an equal item is present.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] context    any word; passed to the comparer as its first argument
- * @param[in] key        what to look for, passed to the comparer
- * @param[in] extra      any word; passed to the comparer as its last argument
- * @param[out] item      receives the block before `init` runs (0 if there was none, which is added
- *                       nevertheless), or the equal item; 0 if memory for the slot ran out
- * @param[in] init       called with the new block; should store the key in it, so that it sorts where it was
- *                       placed; NULL: not called
- * @param[in] compare    called as `compare(context, item, key, extra)` with a stored item; with NULL the
- *                       block is appended
+ * @param[in] context    any 64-bit word; passed to the comparator as its first argument
+ * @param[in] key        the key to look for, passed to the comparator
+ * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
+ * @param[out] item      receives the block, before `init` is called (0 if the pool had none, in which case
+ *                       item 0 is added); the equal item if there is one; 0 if memory ran out for the slot
+ * @param[in] init       called with the new block, in which it should store the key, so that the array stays
+ *                       sorted; NULL: not called
+ * @param[in] compare    called as `compare(context, item, key, extra)` for stored items; NULL: the block is
+ *                       appended
  * @return the index of the new item
- * @failure -1 if an equal one was present or memory ran out; the block of a refused insertion goes back to
- *   the pool after `init` has run
+ * @failure -1 if an equal one was present or memory ran out; if the insertion fails, the block is returned to
+ *   the pool after `init` has been called
  * @owner the block belongs to the item pool; the array refers to it
  * @invalidates pointers to slots
  * @cost O(log count) to search, O(count) to move the slots after it
@@ -2384,18 +2408,17 @@ MUB_API int mub_arrays_insert_new_x(mub_arrays *array, uint64_t context, uint64_
                                     uint64_t *item, mub_init_fn init, mub_compare_context_fn compare);
 
 /**
- * Replaces the stored item that is equal to `item` by `item` itself.
+ * Replaces the stored item that is equal to `item` with `item`.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] item       any word; also passed to the comparer as the key
- * @param[in] context    any word; passed to the comparer as its last argument
- * @param[in] compare    called as `compare(item, key, context)` with a stored item; with NULL nothing is
- *                       found
+ * @param[in] item       any 64-bit word; also passed to the comparator as the key
+ * @param[in] context    any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare    called as `compare(item, key, context)` for stored items; NULL: nothing is found
  * @return the replaced item
  * @failure 0 if there is none; nothing changes
- * @owner the previous item is returned and not released; the new one is kept as it is
+ * @owner the previous item is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(log count)
  * @nullable compare
@@ -2404,19 +2427,19 @@ MUB_API uint64_t mub_arrays_update(mub_arrays *array, uint64_t item, uint64_t co
                                    mub_compare_item_fn compare);
 
 /**
- * Replaces the stored item that is equal to `item` by `item` itself.
+ * Replaces the stored item that is equal to `item` with `item`.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] context    any word; passed to the comparer as its first argument
- * @param[in] item       any word; also passed to the comparer as the key
- * @param[in] extra      any word; passed to the comparer as its last argument
- * @param[in] compare    called as `compare(context, item, key, extra)` with a stored item; with NULL nothing
- *                       is found
+ * @param[in] context    any 64-bit word; passed to the comparator as its first argument
+ * @param[in] item       any 64-bit word; also passed to the comparator as the key
+ * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare    called as `compare(context, item, key, extra)` for stored items; NULL: nothing is
+ *                       found
  * @return the replaced item
  * @failure 0 if there is none; nothing changes
- * @owner the previous item is returned and not released; the new one is kept as it is
+ * @owner the previous item is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(log count)
  * @nullable compare
@@ -2427,18 +2450,17 @@ MUB_API uint64_t mub_arrays_update_x(mub_arrays *array, uint64_t context, uint64
 /**
  * Removes the item equal to a key.
  *
- * It is not released. The array must be sorted as its `descending` field says.
+ * It is not released. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] key        what to look for, passed to the comparer
- * @param[in] context    any word; passed to the comparer as its last argument
- * @param[in] compare    called as `compare(item, key, context)` with a stored item; with NULL nothing is
- *                       found
+ * @param[in] key        the key to look for, passed to the comparator
+ * @param[in] context    any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare    called as `compare(item, key, context)` for stored items; NULL: nothing is found
  * @return the item
  * @failure 0 if there is none
  * @owner the item is returned and not released
  * @invalidates pointers to slots
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  * @nullable compare
  */
 MUB_API uint64_t mub_arrays_remove(mub_arrays *array, uint64_t key, uint64_t context,
@@ -2447,19 +2469,19 @@ MUB_API uint64_t mub_arrays_remove(mub_arrays *array, uint64_t key, uint64_t con
 /**
  * Removes the item equal to a key.
  *
- * It is not released. The array must be sorted as its `descending` field says.
+ * It is not released. The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] context    any word; passed to the comparer as its first argument
- * @param[in] key        what to look for, passed to the comparer
- * @param[in] extra      any word; passed to the comparer as its last argument
- * @param[in] compare    called as `compare(context, item, key, extra)` with a stored item; with NULL nothing
- *                       is found
+ * @param[in] context    any 64-bit word; passed to the comparator as its first argument
+ * @param[in] key        the key to look for, passed to the comparator
+ * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare    called as `compare(context, item, key, extra)` for stored items; NULL: nothing is
+ *                       found
  * @return the item
  * @failure 0 if there is none
  * @owner the item is returned and not released
  * @invalidates pointers to slots
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  * @nullable compare
  */
 MUB_API uint64_t mub_arrays_remove_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
@@ -2468,18 +2490,17 @@ MUB_API uint64_t mub_arrays_remove_x(mub_arrays *array, uint64_t context, uint64
 /**
  * Removes the item equal to a key, if there is one, and releases it.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] key        what to look for, passed to the comparer
- * @param[in] context    any word; passed to the comparer as its last argument
+ * @param[in] key        the key to look for, passed to the comparator
+ * @param[in] context    any 64-bit word; passed to the comparator as its last argument
  * @param[in] free       called with each released item that is not 0; NULL: not called
- * @param[in] compare    called as `compare(item, key, context)` with a stored item; with NULL nothing is
- *                       found
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner the item is passed to `free`, its block goes back to an external pool
+ * @param[in] compare    called as `compare(item, key, context)` for stored items; NULL: nothing is found
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the item is passed to `free`, its block is returned to an external pool
  * @invalidates pointers to slots, and the item
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  * @nullable free, compare
  */
 MUB_API void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, mub_free_fn free,
@@ -2488,19 +2509,19 @@ MUB_API void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, 
 /**
  * Removes the item equal to a key, if there is one, and releases it.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] context    any word; passed to the comparer as its first argument
- * @param[in] key        what to look for, passed to the comparer
- * @param[in] extra      any word; passed to the comparer as its last argument
+ * @param[in] context    any 64-bit word; passed to the comparator as its first argument
+ * @param[in] key        the key to look for, passed to the comparator
+ * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
  * @param[in] free       called with each released item that is not 0; NULL: not called
- * @param[in] compare    called as `compare(context, item, key, extra)` with a stored item; with NULL nothing
- *                       is found
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner the item is passed to `free`, its block goes back to an external pool
+ * @param[in] compare    called as `compare(context, item, key, extra)` for stored items; NULL: nothing is
+ *                       found
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the item is passed to `free`, its block is returned to an external pool
  * @invalidates pointers to slots, and the item
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  * @nullable free, compare
  */
 MUB_API void mub_arrays_free_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
@@ -2509,12 +2530,12 @@ MUB_API void mub_arrays_free_x(mub_arrays *array, uint64_t context, uint64_t key
 /**
  * Looks up the item equal to a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array    the array
- * @param[in] key      what to look for, passed to the comparer
- * @param[in] context  any word; passed to the comparer as its last argument
- * @param[in] compare  called as `compare(item, key, context)` with a stored item; with NULL nothing is found
+ * @param[in] key      the key to look for, passed to the comparator
+ * @param[in] context  any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare  called as `compare(item, key, context)` for stored items; NULL: nothing is found
  * @return the item
  * @failure 0 if there is none
  * @owner the item stays in the array
@@ -2527,14 +2548,13 @@ MUB_API uint64_t mub_arrays_find(const mub_arrays *array, uint64_t key, uint64_t
 /**
  * Looks up the item equal to a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array    the array
- * @param[in] context  any word; passed to the comparer as its first argument
- * @param[in] key      what to look for, passed to the comparer
- * @param[in] extra    any word; passed to the comparer as its last argument
- * @param[in] compare  called as `compare(context, item, key, extra)` with a stored item; with NULL nothing is
- *                     found
+ * @param[in] context  any 64-bit word; passed to the comparator as its first argument
+ * @param[in] key      the key to look for, passed to the comparator
+ * @param[in] extra    any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare  called as `compare(context, item, key, extra)` for stored items; NULL: nothing is found
  * @return the item
  * @failure 0 if there is none
  * @owner the item stays in the array
@@ -2547,12 +2567,12 @@ MUB_API uint64_t mub_arrays_find_x(const mub_arrays *array, uint64_t context, ui
 /**
  * Looks up the index of the item equal to a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array    the array
- * @param[in] key      what to look for, passed to the comparer
- * @param[in] context  any word; passed to the comparer as its last argument
- * @param[in] compare  called as `compare(item, key, context)` with a stored item; with NULL nothing is found
+ * @param[in] key      the key to look for, passed to the comparator
+ * @param[in] context  any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare  called as `compare(item, key, context)` for stored items; NULL: nothing is found
  * @return the index
  * @failure -1 if there is none
  * @cost O(log count)
@@ -2564,14 +2584,13 @@ MUB_API int64_t mub_arrays_find_index(const mub_arrays *array, uint64_t key, uin
 /**
  * Looks up the index of the item equal to a key.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array    the array
- * @param[in] context  any word; passed to the comparer as its first argument
- * @param[in] key      what to look for, passed to the comparer
- * @param[in] extra    any word; passed to the comparer as its last argument
- * @param[in] compare  called as `compare(context, item, key, extra)` with a stored item; with NULL nothing is
- *                     found
+ * @param[in] context  any 64-bit word; passed to the comparator as its first argument
+ * @param[in] key      the key to look for, passed to the comparator
+ * @param[in] extra    any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare  called as `compare(context, item, key, extra)` for stored items; NULL: nothing is found
  * @return the index
  * @failure -1 if there is none
  * @cost O(log count)
@@ -2584,14 +2603,14 @@ MUB_API int64_t mub_arrays_find_index_x(const mub_arrays *array, uint64_t contex
  * Looks up the item equal to a key, or the item before which the key belongs, or the last item if the key
  * belongs after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array    the array
- * @param[in] key      what to look for, passed to the comparer
- * @param[in] context  any word; passed to the comparer as its last argument
- * @param[in] compare  called as `compare(item, key, context)` with a stored item; with NULL nothing is found
+ * @param[in] key      the key to look for, passed to the comparator
+ * @param[in] context  any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare  called as `compare(item, key, context)` for stored items; NULL: nothing is found
  * @return the item
- * @failure 0 in an empty array or without a comparer
+ * @failure 0 in an empty array or without a comparator
  * @owner the item stays in the array
  * @cost O(log count)
  * @nullable compare
@@ -2603,16 +2622,15 @@ MUB_API uint64_t mub_arrays_bfind(const mub_arrays *array, uint64_t key, uint64_
  * Looks up the item equal to a key, or the item before which the key belongs, or the last item if the key
  * belongs after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array    the array
- * @param[in] context  any word; passed to the comparer as its first argument
- * @param[in] key      what to look for, passed to the comparer
- * @param[in] extra    any word; passed to the comparer as its last argument
- * @param[in] compare  called as `compare(context, item, key, extra)` with a stored item; with NULL nothing is
- *                     found
+ * @param[in] context  any 64-bit word; passed to the comparator as its first argument
+ * @param[in] key      the key to look for, passed to the comparator
+ * @param[in] extra    any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare  called as `compare(context, item, key, extra)` for stored items; NULL: nothing is found
  * @return the item
- * @failure 0 in an empty array or without a comparer
+ * @failure 0 in an empty array or without a comparator
  * @owner the item stays in the array
  * @cost O(log count)
  * @nullable compare
@@ -2621,16 +2639,17 @@ MUB_API uint64_t mub_arrays_bfind_x(const mub_arrays *array, uint64_t context, u
                                     mub_compare_context_fn compare);
 
 /**
- * Looks up the index of the item that mub_arrays_bfind() gives.
+ * Looks up the index of the item equal to a key, or of the item before which the key belongs, or of the last
+ * item if the key belongs after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array    the array
- * @param[in] key      what to look for, passed to the comparer
- * @param[in] context  any word; passed to the comparer as its last argument
- * @param[in] compare  called as `compare(item, key, context)` with a stored item; with NULL nothing is found
+ * @param[in] key      the key to look for, passed to the comparator
+ * @param[in] context  any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare  called as `compare(item, key, context)` for stored items; NULL: nothing is found
  * @return the index
- * @failure -1 in an empty array or without a comparer
+ * @failure -1 in an empty array or without a comparator
  * @cost O(log count)
  * @nullable compare
  */
@@ -2638,18 +2657,18 @@ MUB_API int64_t mub_arrays_bfind_index(const mub_arrays *array, uint64_t key, ui
                                        mub_compare_item_fn compare);
 
 /**
- * Looks up the index of the item that mub_arrays_bfind_x() gives.
+ * Looks up the index of the item equal to a key, or of the item before which the key belongs, or of the last
+ * item if the key belongs after all of them.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array    the array
- * @param[in] context  any word; passed to the comparer as its first argument
- * @param[in] key      what to look for, passed to the comparer
- * @param[in] extra    any word; passed to the comparer as its last argument
- * @param[in] compare  called as `compare(context, item, key, extra)` with a stored item; with NULL nothing is
- *                     found
+ * @param[in] context  any 64-bit word; passed to the comparator as its first argument
+ * @param[in] key      the key to look for, passed to the comparator
+ * @param[in] extra    any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare  called as `compare(context, item, key, extra)` for stored items; NULL: nothing is found
  * @return the index
- * @failure -1 in an empty array or without a comparer
+ * @failure -1 in an empty array or without a comparator
  * @cost O(log count)
  * @nullable compare
  */
@@ -2657,13 +2676,13 @@ MUB_API int64_t mub_arrays_bfind_index_x(const mub_arrays *array, uint64_t conte
                                          uint64_t extra, mub_compare_context_fn compare);
 
 /**
- * Sorts the items, in place and not stably.
+ * Sorts the items; in place, not stable.
  *
- * An inconsistent comparer leaves the items in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
  * @param[in] ascending  not 0: ascending, 0: descending
- * @param[in] compare    called as `compare(item, other item, 0)`; with NULL nothing happens
+ * @param[in] compare    called as `compare(item, other item, 0)`; NULL: nothing happens
  * @invalidates pointers to slots
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -2671,12 +2690,12 @@ MUB_API int64_t mub_arrays_bfind_index_x(const mub_arrays *array, uint64_t conte
 MUB_API void mub_arrays_qsort(mub_arrays *array, int ascending, mub_compare_item_fn compare);
 
 /**
- * Sorts the items ascending, in place and not stably.
+ * Sorts the items ascending; in place, not stable.
  *
- * An inconsistent comparer leaves the items in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] compare    called as `compare(item, other item, 0)`; with NULL nothing happens
+ * @param[in] compare    called as `compare(item, other item, 0)`; NULL: nothing happens
  * @invalidates pointers to slots
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -2684,12 +2703,12 @@ MUB_API void mub_arrays_qsort(mub_arrays *array, int ascending, mub_compare_item
 MUB_API void mub_arrays_qsort_p(mub_arrays *array, mub_compare_item_fn compare);
 
 /**
- * Sorts the items descending, in place and not stably.
+ * Sorts the items descending; in place, not stable.
  *
- * An inconsistent comparer leaves the items in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] compare    called as `compare(item, other item, 0)`; with NULL nothing happens
+ * @param[in] compare    called as `compare(item, other item, 0)`; NULL: nothing happens
  * @invalidates pointers to slots
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -2697,14 +2716,14 @@ MUB_API void mub_arrays_qsort_p(mub_arrays *array, mub_compare_item_fn compare);
 MUB_API void mub_arrays_qsort_n(mub_arrays *array, mub_compare_item_fn compare);
 
 /**
- * Sorts the items, in place and not stably.
+ * Sorts the items; in place, not stable.
  *
- * An inconsistent comparer leaves the items in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] context    any word; passed to the comparer as its first argument
+ * @param[in] context    any 64-bit word; passed to the comparator as its first argument
  * @param[in] ascending  not 0: ascending, 0: descending
- * @param[in] compare    called as `compare(context, item, other item, 0)`; with NULL nothing happens
+ * @param[in] compare    called as `compare(context, item, other item, 0)`; NULL: nothing happens
  * @invalidates pointers to slots
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -2713,13 +2732,13 @@ MUB_API void mub_arrays_qsort_x(mub_arrays *array, uint64_t context, int ascendi
                                 mub_compare_context_fn compare);
 
 /**
- * Sorts the items ascending, in place and not stably.
+ * Sorts the items ascending; in place, not stable.
  *
- * An inconsistent comparer leaves the items in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] context    any word; passed to the comparer as its first argument
- * @param[in] compare    called as `compare(context, item, other item, 0)`; with NULL nothing happens
+ * @param[in] context    any 64-bit word; passed to the comparator as its first argument
+ * @param[in] compare    called as `compare(context, item, other item, 0)`; NULL: nothing happens
  * @invalidates pointers to slots
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -2727,13 +2746,13 @@ MUB_API void mub_arrays_qsort_x(mub_arrays *array, uint64_t context, int ascendi
 MUB_API void mub_arrays_qsort_x_p(mub_arrays *array, uint64_t context, mub_compare_context_fn compare);
 
 /**
- * Sorts the items descending, in place and not stably.
+ * Sorts the items descending; in place, not stable.
  *
- * An inconsistent comparer leaves the items in an arbitrary order.
+ * With an inconsistent comparator the resulting order is unspecified.
  *
  * @param[in,out] array  the array
- * @param[in] context    any word; passed to the comparer as its first argument
- * @param[in] compare    called as `compare(context, item, other item, 0)`; with NULL nothing happens
+ * @param[in] context    any 64-bit word; passed to the comparator as its first argument
+ * @param[in] compare    called as `compare(context, item, other item, 0)`; NULL: nothing happens
  * @invalidates pointers to slots
  * @cost O(count log count) comparisons on average
  * @nullable compare
@@ -2746,36 +2765,31 @@ MUB_API void mub_arrays_qsort_x_n(mub_arrays *array, uint64_t context, mub_compa
  * @defgroup arrayt mub_arrayt: an array of 64-bit words, the first four of them inside the record
  *
  * An array of words, the first four of them in the record. A word is a number, signed or unsigned, or a
- * pointer. Up to four words take no memory besides the record; word i is `inline_items[i]` for i < 4 and
- * `tail[i - 4]` from there on. There are no values, pools or callbacks.
+ * pointer. Up to four words need no allocation; word i is `inline_items[i]` for i < 4, else `tail[i - 4]`.
+ * There are no values, pools or callbacks.
  *
- * Positions end at `count` here, not at the capacity. The sorted operations compare two words by the sign of
- * the difference of their low 32 bits, wrapped around to 32 bits: words that differ only in higher bits are
- * equal to them. The sorts compare whole words as unsigned values. Both agree as long as all words are below
- * 2^32 and within 2^31 of each other.
+ * Unlike in the other arrays, positions are bounded by `count`, not by the capacity. The sorted operations
+ * compare two words by the sign of the difference of their low 32 bits as a 32-bit number: words that differ
+ * in higher bits only are equal. The sort functions compare whole words as unsigned numbers. Both agree as
+ * long as all words are below 2^32 and no two differ by 2^31 or more.
  *
  * @{
  */
 
 /** An array of words, the first four of them in the record. */
 typedef struct mub_arrayt {
-  /** words 0 to 3; mub_arrayt_init() leaves them as they are */
-  uint64_t inline_items[4];
-  /** the words after these; NULL until the capacity exceeds four */
-  uint64_t *tail;
-  /** words in use */
-  int64_t count;
-  /** words that fit, the four in the record included; 0 after mub_arrayt_remove_all() */
-  int64_t capacity;
-  /** not 0: the sorted operations use descending order */
-  uint16_t descending;
+  uint64_t inline_items[4]; /**< words 0 to 3; not initialised by mub_arrayt_init() */
+  uint64_t *tail;           /**< the further words; NULL until the capacity exceeds 4 */
+  int64_t count;            /**< words in use */
+  int64_t capacity;         /**< words that fit, including these four; 0 after mub_arrayt_remove_all() */
+  uint16_t descending;      /**< not 0: the sorted operations use descending order */
 } mub_arrayt;
 
 /**
- * Makes the record an empty array, ascending, of capacity 4.
+ * Initialises an empty array, ascending, with capacity 4.
  *
  * @param[out] array  the array
- * @owner the record is the caller's
+ * @owner the record belongs to the caller
  * @invalidates nothing
  */
 MUB_API void mub_arrayt_init(mub_arrayt *array);
@@ -2794,7 +2808,7 @@ MUB_API void mub_arrayt_term(mub_arrayt *array);
 /**
  * Empties the array: releases the tail and clears the words in the record.
  *
- * The capacity is 0 until the next growth makes it 4 or more.
+ * The capacity is 0 until the array grows again, to at least 4.
  *
  * @param[in,out] array  the array
  * @return the array
@@ -2812,10 +2826,10 @@ MUB_API mub_arrayt *mub_arrayt_remove_all(mub_arrayt *array);
 MUB_API int64_t mub_arrayt_length(const mub_arrayt *array);
 
 /**
- * Makes room for `wanted` words in total, and for four at least.
+ * Makes room for `wanted` words in total, and for at least four.
  *
  * @param[in,out] array  the array
- * @param[in] wanted     words wanted in total
+ * @param[in] wanted     the total number of words needed
  * @return 1 if there is room
  * @failure 0 if memory ran out
  * @invalidates pointers to words of the tail, if the tail grows
@@ -2826,7 +2840,7 @@ MUB_API int mub_arrayt_expand(mub_arrayt *array, int64_t wanted);
 /**
  * Sets the count to `n`, or to the capacity if that is less.
  *
- * This may also lengthen the array: spare words come into use as they are. Does nothing for a negative `n`.
+ * This can also lengthen the array, with the spare words as they are. Does nothing for a negative `n`.
  *
  * @param[in,out] array  the array
  * @param[in] n          the new count
@@ -2835,9 +2849,9 @@ MUB_API int mub_arrayt_expand(mub_arrayt *array, int64_t wanted);
 MUB_API void mub_arrayt_shrink(mub_arrayt *array, int64_t n);
 
 /**
- * Exchanges the words of two arrays.
+ * Swaps the words of two arrays.
  *
- * `descending` stays with its record.
+ * The `descending` fields are not exchanged.
  *
  * @param[in,out] a  one array
  * @param[in,out] b  the other array
@@ -2847,7 +2861,7 @@ MUB_API void mub_arrayt_shrink(mub_arrayt *array, int64_t n);
 MUB_API void mub_arrayt_swap(mub_arrayt *a, mub_arrayt *b);
 
 /**
- * Makes the words of the destination those of the source.
+ * Copies the words of an array, replacing those of the destination.
  *
  * `descending` is not copied.
  *
@@ -2861,10 +2875,10 @@ MUB_API void mub_arrayt_swap(mub_arrayt *a, mub_arrayt *b);
 MUB_API void mub_arrayt_clone(const mub_arrayt *source, mub_arrayt *destination);
 
 /**
- * Adds a word at the end, whatever the order.
+ * Adds a word at the end, without regard to the order.
  *
  * @param[in,out] array  the array
- * @param[in] item       any word
+ * @param[in] item       any 64-bit word
  * @failure the array is unchanged if memory runs out
  * @invalidates pointers to words of the tail
  * @cost O(1); O(count) when the tail grows
@@ -2899,7 +2913,7 @@ MUB_API uint64_t mub_arrayt_get_at(const mub_arrayt *array, int64_t index);
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] item       any word
+ * @param[in] item       any 64-bit word
  * @invalidates nothing
  */
 MUB_API void mub_arrayt_set_at(mub_arrayt *array, int64_t index, uint64_t item);
@@ -2923,15 +2937,15 @@ MUB_API uint64_t mub_arrayt_get_first(const mub_arrayt *array);
 MUB_API uint64_t mub_arrayt_get_last(const mub_arrayt *array);
 
 /**
- * Adds a word unless one is present that is equal in its low 32 bits.
+ * Adds a word unless one with the same low 32 bits is present.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] item       any word
+ * @param[in] item       any 64-bit word
  * @return 1 if no equal word was present, even if the word could not be added
- * @failure 0 if an equal word was present, and the array is unchanged; without memory the result is 1, and
- *   nothing is added
+ * @failure 0 if an equal word was present, and the array is unchanged; if memory ran out, the result is 1
+ *   although nothing is added
  * @invalidates pointers to words
  * @cost O(log count) to search, O(count) to move the words after it
  */
@@ -2940,24 +2954,24 @@ MUB_API int mub_arrayt_insert(mub_arrayt *array, uint64_t item);
 /**
  * Removes the word whose low 32 bits are `key`.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in,out] array  the array
- * @param[in] key        what to look for: the low 32 bits of a word
+ * @param[in] key        the key to look for: the low 32 bits of a word
  * @return 1 if removed
  * @failure 0 if there is none
  * @invalidates pointers to words
- * @cost O(log count) to search, O(count) to move what is after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  */
 MUB_API int mub_arrayt_remove(mub_arrayt *array, uint32_t key);
 
 /**
  * Looks for a word whose low 32 bits are `key`.
  *
- * The array must be sorted as its `descending` field says.
+ * The array must be sorted according to its `descending` field.
  *
  * @param[in] array  the array
- * @param[in] key    what to look for: the low 32 bits of a word
+ * @param[in] key    the key to look for: the low 32 bits of a word
  * @return 1 if there is one
  * @failure 0 if there is none
  * @cost O(log count)
@@ -2969,7 +2983,7 @@ MUB_API int mub_arrayt_find(const mub_arrayt *array, uint32_t key);
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] item       any word
+ * @param[in] item       any 64-bit word
  * @failure nothing is added for a negative index, or if memory runs out
  * @invalidates pointers to words
  * @cost O(count)
@@ -2989,22 +3003,22 @@ MUB_API void mub_arrayt_insert_at(mub_arrayt *array, int64_t index, uint64_t ite
 MUB_API uint64_t mub_arrayt_remove_at(mub_arrayt *array, int64_t index);
 
 /**
- * Sorts by the whole words as unsigned values.
+ * Sorts by whole words, as unsigned numbers.
  *
  * @param[in,out] array  the array
  * @param[in] ascending  not 0: ascending, 0: descending
  * @param[in] unique     not 0: of equal words only one is kept
- * @failure nothing changes if there is no memory for a second table of the words
+ * @failure the array is unchanged if there is no memory for a second table of the words
  * @invalidates pointers to words
  * @cost O(count log count)
  */
 MUB_API void mub_arrayt_qsort(mub_arrayt *array, int ascending, int unique);
 
 /**
- * Sorts words in any memory, ascending as unsigned values, in place.
+ * Sorts an array of words in memory, ascending as unsigned numbers, in place.
  *
  * @param[in,out] items  the first of the words to sort
- * @param[in] count      how many words there are; below 2 does nothing
+ * @param[in] count      the number of words; below 2 does nothing
  * @invalidates nothing
  * @cost O(count log count) on average
  * @bounds items[count]
@@ -3013,10 +3027,10 @@ MUB_API void mub_arrayt_qsort(mub_arrayt *array, int ascending, int unique);
 MUB_API void mub_arrayt_qsort_p(uint64_t *items, int64_t count);
 
 /**
- * Sorts words in any memory, descending as unsigned values, in place.
+ * Sorts an array of words in memory, descending as unsigned numbers, in place.
  *
  * @param[in,out] items  the first of the words to sort
- * @param[in] count      how many words there are; below 2 does nothing
+ * @param[in] count      the number of words; below 2 does nothing
  * @invalidates nothing
  * @cost O(count log count) on average
  * @bounds items[count]
@@ -3025,7 +3039,7 @@ MUB_API void mub_arrayt_qsort_p(uint64_t *items, int64_t count);
 MUB_API void mub_arrayt_qsort_n(uint64_t *items, int64_t count);
 
 /**
- * Joins the words, in decimal as signed values, into one text with the separator between them.
+ * Joins the words, as signed decimal numbers, into one text with the separator between them.
  *
  * @param[in] array       the array
  * @param[in] separator   the separator; its low 8 bits are used
@@ -3038,7 +3052,7 @@ MUB_API void mub_arrayt_qsort_n(uint64_t *items, int64_t count);
 MUB_API void mub_arrayt_to_string(const mub_arrayt *array, int separator, mub_string *string);
 
 /**
- * Appends the pieces of a text as words.
+ * Splits a text at a separator and appends the pieces, as words.
  *
  * The array is neither emptied nor sorted. Each piece is trimmed as by mub_char_trim() and read as by
  * mub_char_get_long(). Empty pieces give 0, except that the last one is left out.
@@ -3046,7 +3060,7 @@ MUB_API void mub_arrayt_to_string(const mub_arrayt *array, int separator, mub_st
  * @param[in,out] array  the array
  * @param[in] separator  the separator; its low 8 bits are used
  * @param[in] text       the text to split
- * @param[in] length     bytes of the text, used as given; below 1 appends nothing
+ * @param[in] length     bytes of the text; if below 1, nothing is appended
  * @failure nothing is appended if memory runs out
  * @owner the text is only read
  * @invalidates pointers to words of the tail

@@ -16,28 +16,29 @@
  * (`mub_btree_node`). An entry of a higher level is an inner node, whose children are entries one level
  * lower.
  *
- * **Splits.** An entry that reaches 32 children splits: the lower half (16 of 32) stays, the upper half moves
- * to a new entry beside it. The tree grows in height only at the root, which is part of the tree's record and
- * stays where it is. Removals do not rebalance: an entry is removed when it is empty, and a tree that has
- * lost its last key is a single empty leaf again.
+ * **Splits.** An entry that reaches 32 children is split: the lower half (16 of 32) stays, the upper half
+ * moves to a new entry right after it. The tree grows in height at the root only, which is part of the tree's
+ * record and never moves. Removals do not rebalance the tree: an entry is removed once it is empty, and a
+ * tree without keys is a single empty leaf again.
  *
- * **Pools.** A tree needs an entry pool and a node pool before its first insertion: made by `_init`, or
- * external ones, written into the fields, whose blocks are at least as large as `mub_btree_entry` and
+ * **Pools.** A tree needs an entry pool and a node pool before its first insertion: pools created by `_init`,
+ * or external ones stored in the fields, whose block sizes are at least those of `mub_btree_entry` and
  * `mub_btree_node` or their variants. Several trees may share external pools. Only `_set` needs a value pool:
- * it stores a block of it in every new record. A value pool made by `_init` has no block size yet: store the
- * size of your values in `value_pool->block_size` first.
+ * it takes a block for the value of every new record. A value pool created by `_init` has no block size:
+ * store the size of your values in `value_pool->block_size` first.
  *
- * **Links.** `prev` and `next` are exact in a tree that is not a clone and from which nothing was removed
- * since it was last empty: a removal leaves the links of the neighbours as they are, and those of a clone
- * point into its source. Insertions do not follow the links.
+ * **Links.** `prev` and `next` are correct only in a tree that is not a clone and from which nothing was
+ * removed since it was last empty: a removal does not update the links of the neighbours, and the links in a
+ * clone point into its source. Insertions do not follow the links.
  *
- * **Cursors.** A cursor walks the records in key order, whatever was removed or cloned before. It is a plain
- * record of the caller's, with nothing to release; a step compares no keys. It is valid until a key is added
- * or removed, or the tree is emptied, swapped, cloned into or released: then seek again. Any number of
- * cursors may walk one tree, also in several threads while no thread changes it.
+ * **Cursors.** A cursor visits the records in key order, even after removals and in clones. It is a plain
+ * struct that the caller owns and need not release; a step compares no keys. A cursor is valid until a key is
+ * added or removed, or the tree is emptied, swapped, cloned into or released: then seek again. Any number of
+ * cursors may be used with one tree, also in several threads while no thread changes the tree.
  *
- * **Memory.** An insertion that runs out of memory is refused as a whole. Only a split may be left out: the
- * entry then holds more than 31 children, and splits at the next insertion there. Nothing here recurses.
+ * **Memory.** An insertion that runs out of memory fails as a whole. Only if there is no memory for a split
+ * does it succeed without one: the entry then holds more than 31 children, and is split by the next insertion
+ * there. No function recurses.
  *
  * What the everyday operations return:
  *
@@ -73,85 +74,65 @@ extern "C" {
  * @defgroup btree mub_btree: an ordered map from byte strings to 64-bit values
  *
  * An ordered map whose keys are byte strings. A key is `length` bytes at `key`; a negative length means that
- * it ends at its first NUL. A NULL key is the empty key, which is a key like any other and comes before all
- * others. Keys are copied; all keys of a tree take at most 2^32 - 1 bytes, and an insertion beyond that is
- * refused as if memory had run out. Keys compare byte by byte as unsigned values; if one key is the beginning
- * of another, the shorter comes first. With `nocase` every byte passes through tolower first.
+ * it ends at its first NUL. A NULL key is the empty key, which is valid and precedes all others. Keys are
+ * copied. The keys of a tree take at most 2^32 - 1 bytes in total; an insertion beyond that fails as if
+ * memory had run out. Keys are compared byte by byte as unsigned values; a key that is a prefix of another
+ * precedes it. With `nocase`, every byte is first converted by tolower.
  *
  * @{
  */
 
-/** A record: one key with its value. It stays where it is until it is removed. */
+/** A record: a key and its value. Its address does not change until it is removed. */
 typedef struct mub_btree_node {
-  /** where the key's bytes start in the key stream; changes when another key is removed */
-  uint32_t key_offset;
-  /** bytes of the key */
-  uint32_t key_length;
-  /** the previous record; NULL at the least key; see Links in mub_btree.h */
-  struct mub_btree_node *prev;
-  /** the next record; NULL at the greatest key */
-  struct mub_btree_node *next;
-  /** the caller's; may be changed in place */
-  uint64_t value;
+  uint32_t key_offset;         /**< the key's offset in the key stream; may change when others are removed */
+  uint32_t key_length;         /**< the length of the key in bytes */
+  struct mub_btree_node *prev; /**< the previous record, NULL at the least key; see Links in mub_btree.h */
+  struct mub_btree_node *next; /**< the next record; NULL at the greatest key */
+  uint64_t value;              /**< the caller's; may be changed in place */
 } mub_btree_node;
 
 /** A node of the tree: a leaf or an inner node. */
 typedef struct mub_btree_entry {
-  /** where the bytes of the last child's key start; may be out of date in the root, which no search reads */
-  uint32_t key_offset;
-  /** bytes of that key */
-  uint32_t key_length;
-  /** 0: a leaf, whose children are records; else its children are entries one level lower */
-  int16_t level;
-  /** the inner node above; NULL for the root */
-  struct mub_btree_entry *parent;
-  /** in key order; its `pool` is the one that the children come from */
-  mub_arrays children;
+  uint32_t key_offset;            /**< the offset of the last child's key; may be outdated in the root */
+  uint32_t key_length;            /**< the length of that key in bytes */
+  int16_t level;                  /**< 0: a leaf of records; else an inner node of entries one level lower */
+  struct mub_btree_entry *parent; /**< the inner node above; NULL for the root */
+  mub_arrays children;            /**< in key order; its `pool` is that of the children */
 } mub_btree_entry;
 
 /** An ordered map whose keys are byte strings. */
 typedef struct mub_btree {
-  /** the top of the tree; a leaf while there are few keys */
-  mub_btree_entry root;
-  /** keys in the tree */
-  int64_t count;
-  /** the key stream: the bytes of the live keys in the order of insertion; at most 2^32 - 1 of them */
-  mub_stream keys;
-  /** where the entries come from; NULL if there is none */
-  mub_pool *entry_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_entry_pool;
-  /** where the records come from; NULL if there is none */
-  mub_pool *node_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_node_pool;
-  /** where value blocks come from; NULL if there is none */
-  mub_pool *value_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_value_pool;
-  /** not 0: keys compare as if passed through tolower; set it before the first insertion */
-  uint16_t nocase;
+  mub_btree_entry root;     /**< the top of the tree; a leaf while there are few keys */
+  int64_t count;            /**< keys in the tree */
+  mub_stream keys;          /**< the key stream: all keys in the order of insertion; at most 2^32 - 1 bytes */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *node_pool;      /**< the pool of the records; NULL if there is none */
+  uint16_t owns_node_pool;  /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
+  uint16_t nocase;          /**< not 0: case is ignored, by tolower; set it before the first insertion */
 } mub_btree;
 
-/** A position in a walk over a tree, or outside its ends. */
+/** A position in a tree: at a record, before the first or after the last. */
 typedef struct mub_btree_cursor {
-  const mub_btree *tree; /**< the tree that it walks */
-  mub_btree_entry *leaf; /**< where it is; NULL in an empty tree */
-  int64_t index;         /**< in the leaf; -1: before the first record; the leaf's count: after the last */
+  const mub_btree *tree; /**< the tree */
+  mub_btree_entry *leaf; /**< the leaf of the position; NULL in an empty tree */
+  int64_t index;         /**< index in the leaf; -1: before the first, its count: after the last record */
 } mub_btree_cursor;
 
 /**
- * Makes the record an empty tree with `nocase` 0.
+ * Initialises an empty tree, with `nocase` 0.
  *
- * Its root has room for 32 children.
+ * The root has room for 32 children.
  *
  * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: make an entry pool that the tree owns
- * @param[in] own_node_pool   not 0: make a node pool that the tree owns
- * @param[in] own_value_pool  not 0: make a value pool that the tree owns
+ * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] own_node_pool   not 0: create a node pool that the tree owns
+ * @param[in] own_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the tree until mub_btree_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the tree until mub_btree_term()
  * @invalidates nothing
  */
 MUB_API mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_node_pool, int own_value_pool);
@@ -159,13 +140,13 @@ MUB_API mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_n
 /**
  * Releases everything that the tree owns.
  *
- * Entries and records go back to external pools. Values are not visited, and `nocase` is unchanged.
+ * Entries and records are returned to external pools. Values are not released, and `nocase` is unchanged.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
- *   pools stay the caller's
+ *   pools remain the caller's
  * @invalidates all records and entries, pointers to keys, and the tree's cursors
  * @cost O(entries), and one release per chunk of the pools; O(keys) with an external node pool
  */
@@ -177,10 +158,10 @@ MUB_API mub_btree *mub_btree_term(mub_btree *tree);
  * @param[in,out] tree  the tree
  * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates the tree's cursors, and pointers to keys
  * @cost O(log n)
  * @bounds key[length]
@@ -195,8 +176,8 @@ MUB_API int mub_btree_insert(mub_btree *tree, const void *key, int64_t length, u
  * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key; negative: up to its first NUL
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, when the record holds it but `value_out` does not yet;
- *                        NULL: not called
+ * @param[in] init        called with the new block, after it is stored in the record but before it is stored
+ *                        in `*value_out`; NULL: not called
  * @return 1 if the key is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the tree: a block of the value pool, or the word already stored
@@ -231,10 +212,10 @@ MUB_API uint64_t mub_btree_get(const mub_btree *tree, const void *key, int64_t l
  * @param[in,out] tree  the tree
  * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(log n)
  * @bounds key[length]
@@ -262,30 +243,30 @@ MUB_API int mub_btree_find(const mub_btree *tree, const void *key, int64_t lengt
  * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the record goes back to its pool
+ * @owner the value is returned and not released; the record is returned to its pool
  * @invalidates the record of the key, the links of its neighbours, the offsets of keys inserted later,
  *   pointers to keys, and the tree's cursors
- * @cost O(keys): the key's bytes are cut out of the key stream and the offsets after them lowered;
- *   sequentially over memory if the tree owns its node pool and that holds nothing else, else along the
- *   leaves
+ * @cost O(keys): the key's bytes are removed from the key stream and the offsets of later keys lowered, in a
+ *   sequential pass over memory if the tree owns its node pool and that pool holds nothing else, else along
+ *   the leaves
  * @bounds key[length]
  * @nullable key
  */
 MUB_API uint64_t mub_btree_remove(mub_btree *tree, const void *key, int64_t length);
 
 /**
- * Empties the tree, which can be used again.
+ * Empties the tree; it can be used again.
  *
- * Entries and records go back to external pools, owned pools are emptied, and values are not visited. The
- * block of the key stream is kept, the root's table of children is not.
+ * Entries and records are returned to external pools and owned pools are emptied. Values are not released.
+ * The memory of the key stream is kept, that of the root's children is released.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries and records go back to their pools, and value blocks of an owned value pool are released
- *   with it; other values stay the caller's
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries and records are returned to their pools, and value blocks of an owned value pool are
+ *   released with it; other values remain the caller's
  * @invalidates all records and entries, pointers to keys, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
@@ -294,14 +275,14 @@ MUB_API mub_btree *mub_btree_remove_all(mub_btree *tree);
 /**
  * Releases every value that is not 0, then empties the tree like mub_btree_remove_all().
  *
- * The values' blocks go back to an external value pool. The block of the key stream is released too.
+ * The values' blocks are returned to an external value pool. The memory of the key stream is released too.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
  * @return the tree
- * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries and
- *   records go back to their pools
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries and
+ *   records are returned to their pools
  * @invalidates all records and entries, pointers to keys, and the tree's cursors
  * @cost O(keys)
  * @nullable release
@@ -311,7 +292,7 @@ MUB_API mub_btree *mub_btree_free_all(mub_btree *tree, mub_free_fn release);
 /**
  * Finds the record of a key, or adds one with value 0.
  *
- * Set its `value` in place.
+ * Set its `value` directly.
  *
  * @param[in,out] tree   the tree
  * @param[in] key        the bytes of the key; NULL is the empty key
@@ -358,10 +339,10 @@ MUB_API mub_btree_node *mub_btree_node_get(const mub_btree *tree, const void *ke
 MUB_API mub_btree_node *mub_btree_node_find(const mub_btree *tree, const void *key, int64_t length);
 
 /**
- * Finds the record of a key, or one near it: the first above the key in the leaf that would hold it, else
- * that leaf's last.
+ * Finds the record of a key, or one near it: in the leaf that would hold the key, the first record above it,
+ * else the last.
  *
- * A key above all keys gives the greatest record.
+ * For a key above all keys, this is the record with the greatest key.
  *
  * @param[in] tree    the tree
  * @param[in] key     the bytes of the key; NULL is the empty key
@@ -398,9 +379,9 @@ MUB_API mub_btree_node *mub_btree_node_first(const mub_btree *tree);
 MUB_API mub_btree_node *mub_btree_node_last(const mub_btree *tree);
 
 /**
- * Finds the record after another one, whatever was removed before.
+ * Finds the next record in key order, even after removals.
  *
- * For a walk, a cursor is faster.
+ * To iterate over a tree, use a cursor, which is faster.
  *
  * @param[in] tree  the tree
  * @param[in] node  a record of the tree
@@ -412,9 +393,9 @@ MUB_API mub_btree_node *mub_btree_node_last(const mub_btree *tree);
 MUB_API mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btree_node *node);
 
 /**
- * Finds the record before another one, whatever was removed before.
+ * Finds the previous record in key order, even after removals.
  *
- * For a walk, a cursor is faster.
+ * To iterate over a tree, use a cursor, which is faster.
  *
  * @param[in] tree  the tree
  * @param[in] node  a record of the tree
@@ -426,7 +407,7 @@ MUB_API mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btr
 MUB_API mub_btree_node *mub_btree_node_prev(const mub_btree *tree, const mub_btree_node *node);
 
 /**
- * Starts a walk at the record with the least key.
+ * Sets a cursor to the record with the least key.
  *
  * @param[out] cursor  receives the position
  * @param[in] tree     the tree
@@ -439,7 +420,7 @@ MUB_API mub_btree_node *mub_btree_node_prev(const mub_btree *tree, const mub_btr
 MUB_API mub_btree_node *mub_btree_cursor_first(mub_btree_cursor *cursor, const mub_btree *tree);
 
 /**
- * Starts a walk at the record with the greatest key.
+ * Sets a cursor to the record with the greatest key.
  *
  * @param[out] cursor  receives the position
  * @param[in] tree     the tree
@@ -452,7 +433,7 @@ MUB_API mub_btree_node *mub_btree_cursor_first(mub_btree_cursor *cursor, const m
 MUB_API mub_btree_node *mub_btree_cursor_last(mub_btree_cursor *cursor, const mub_btree *tree);
 
 /**
- * Starts a walk at the first record whose key is not less than a key.
+ * Sets a cursor to the first record whose key is not less than the given key.
  *
  * @param[out] cursor  receives the position
  * @param[in] tree     the tree
@@ -470,13 +451,13 @@ MUB_API mub_btree_node *mub_btree_cursor_seek(mub_btree_cursor *cursor, const mu
                                               const void *key, int64_t length);
 
 /**
- * Steps to the next record in key order.
+ * Advances to the next record in key order.
  *
- * From before the first record it steps to the first.
+ * A cursor before the first record moves to the first.
  *
  * @param[in,out] cursor  a cursor of a tree that has not changed since the cursor was set
  * @return the record
- * @failure NULL after the last record, where the cursor stays
+ * @failure NULL at the end; the cursor is then after the last record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
  * @invalidates nothing
  * @cost O(1) on average
@@ -484,13 +465,13 @@ MUB_API mub_btree_node *mub_btree_cursor_seek(mub_btree_cursor *cursor, const mu
 MUB_API mub_btree_node *mub_btree_cursor_next(mub_btree_cursor *cursor);
 
 /**
- * Steps to the previous record in key order.
+ * Moves back to the previous record in key order.
  *
- * From after the last record it steps to the last.
+ * A cursor after the last record moves to the last.
  *
  * @param[in,out] cursor  a cursor of a tree that has not changed since the cursor was set
  * @return the record
- * @failure NULL before the first record, where the cursor stays
+ * @failure NULL at the beginning; the cursor is then before the first record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
  * @invalidates nothing
  * @cost O(1) on average
@@ -508,7 +489,7 @@ MUB_API mub_btree_node *mub_btree_cursor_prev(mub_btree_cursor *cursor);
 MUB_API mub_btree_node *mub_btree_cursor_node(const mub_btree_cursor *cursor);
 
 /**
- * Follows first children down to a leaf.
+ * Descends along the first children to a leaf.
  *
  * @param[in] entry  an entry of any level
  * @return the first leaf below the entry; the entry itself if it is a leaf
@@ -519,7 +500,7 @@ MUB_API mub_btree_node *mub_btree_cursor_node(const mub_btree_cursor *cursor);
 MUB_API mub_btree_entry *mub_btree_first_entry(const mub_btree_entry *entry);
 
 /**
- * Follows last children down to a leaf.
+ * Descends along the last children to a leaf.
  *
  * @param[in] entry  an entry of any level
  * @return the last leaf below the entry; the entry itself if it is a leaf
@@ -530,9 +511,9 @@ MUB_API mub_btree_entry *mub_btree_first_entry(const mub_btree_entry *entry);
 MUB_API mub_btree_entry *mub_btree_last_entry(const mub_btree_entry *entry);
 
 /**
- * Exchanges two trees with their pools.
+ * Swaps two trees, including their pools.
  *
- * `nocase` stays with its record.
+ * The `nocase` fields are not exchanged.
  *
  * @param[in,out] a  one tree
  * @param[in,out] b  the other tree
@@ -545,24 +526,24 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  * Copies a tree.
  *
  * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
- * their places, and addresses are translated. A value that does not point into the value pool becomes 0, and
- * so do all values if the destination has no value pool of its own. External pools are shared, and the
- * destination gives up its own: entries and records are copied to fresh blocks of external pools, and values
- * are copied as words if the source owns no value pool, so that both trees refer to the same blocks. The
- * `prev` and `next` links of the copied records still point into the source: walk a clone with a cursor. The
- * destination's `nocase` is unchanged. A user pool is cloned only if both user pools and `callback` are
- * given.
+ * their positions in the pools, and addresses are translated. A value that does not point into the value pool
+ * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
+ * and the destination releases its own: entries and records are copied to new blocks of external pools. If
+ * the source does not own a value pool, values are copied as words, so both trees refer to the same blocks.
+ * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
+ * a clone. The destination's `nocase` is unchanged. A user pool is cloned only if both user pools and
+ * `callback` are given.
  *
  * @param[in] source                     the tree to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
- *                                       is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every record in key order if the source owns its value
  *                                       pool; NULL: not called
  * @return the number of keys
- * @failure 0 if memory ran out; the destination is empty then
+ * @failure 0 if memory ran out; the destination is then empty
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   trees
  * @invalidates all records and entries of the destination, pointers to its keys, and its cursors
@@ -573,8 +554,8 @@ MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_p
                                 mub_pool *destination_user_pool, mub_clone_fn callback);
 
 /**
- * Makes a block an empty leaf: key offset and length 0, no parent, room for 32 children, no pool for the
- * children.
+ * Initialises a block as an empty leaf: key offset and length 0, no parent, room for 32 children, no pool for
+ * the children.
  *
  * @param[out] entry  the block
  * @failure the leaf has no room for children if memory runs out
@@ -585,11 +566,11 @@ MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_p
 MUB_API void mub_btree_entry_init(mub_btree_entry *entry);
 
 /**
- * Takes an entry from the entry pool, as mub_btree_entry_init() leaves it.
+ * Takes an entry from the entry pool and initialises it with mub_btree_entry_init().
  *
  * @param[in,out] tree  the tree
- * @param[in] level     chooses the pool of the children: below 1 the node pool, else the entry pool; it is
- *                      not stored
+ * @param[in] level     selects the pool of the children: below 1 the node pool, else the entry pool; it is
+ *                      not stored in the entry
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the new entry is a block of the entry pool; no parent refers to it yet
@@ -608,14 +589,14 @@ MUB_API mub_btree_entry *mub_btree_entry_new(mub_btree *tree, int level);
 MUB_API void mub_btree_node_init(mub_btree_node *node);
 
 /**
- * Orders an entry's key against a key.
+ * Compares an entry's key with a key.
  *
  * @param[in] tree    the tree
  * @param[in] entry   an entry of the tree: a leaf or an inner node
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key, used as given
- * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, else of the
- *   lengths
+ * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, or else of
+ *   the lengths
  * @cost O(length)
  * @bounds key[length]
  * @nullable key
@@ -625,14 +606,14 @@ MUB_API int mub_btree_entry_compare(const mub_btree *tree, const mub_btree_entry
                                     int64_t length);
 
 /**
- * Orders an entry's key against another entry's.
+ * Compares the keys of two entries.
  *
  * @param[in] tree    the tree
  * @param[in] a       one entry
  * @param[in] b       the other entry
- * @param[in] unused  not used; gives the function the shape of the other comparers
- * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, else of the
- *   lengths
+ * @param[in] unused  not used; it makes the signature that of the other comparison functions
+ * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, or else of
+ *   the lengths
  * @cost O(length)
  * @level low
  */
@@ -640,14 +621,14 @@ MUB_API int mub_btree_entrys_compare(const mub_btree *tree, const mub_btree_entr
                                      const mub_btree_entry *b, int64_t unused);
 
 /**
- * Orders a record's key against a key.
+ * Compares a record's key with a key.
  *
  * @param[in] tree    the tree
  * @param[in] node    a record of the tree
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key, used as given
- * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, else of the
- *   lengths
+ * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, or else of
+ *   the lengths
  * @cost O(length)
  * @bounds key[length]
  * @nullable key
@@ -657,8 +638,8 @@ MUB_API int mub_btree_node_compare(const mub_btree *tree, const mub_btree_node *
                                    int64_t length);
 
 /**
- * Gives an entry the key of its last child, and does the same for its parents, up to the first whose key is
- * already right.
+ * Sets an entry's key to that of its last child, and likewise those of its ancestors, up to the first whose
+ * key is already correct.
  *
  * @param[in] tree       the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -669,7 +650,7 @@ MUB_API int mub_btree_node_compare(const mub_btree *tree, const mub_btree_node *
 MUB_API void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Makes an entry of level 1 or more the parent of its children.
+ * Sets the `parent` of all children of an inner node to that node.
  *
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
@@ -679,13 +660,13 @@ MUB_API void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry);
 MUB_API void mub_btree_set_parent(mub_btree_entry *entry);
 
 /**
- * Links a record of a leaf with its neighbours: with the one after it in the leaf and the `prev` of that one,
- * or, if it is the last, with the one before it and the `next` of that one.
+ * Links a record with its neighbours: inserts it before the next record of the leaf or, if it is the last of
+ * the leaf, after the previous one.
  *
- * These links are followed as they are and must not be stale. A record alone in its leaf is unchanged.
+ * The neighbours' links must be valid. The only record of a leaf is unchanged.
  *
  * @param[in,out] leaf  an entry of level 0
- * @param[in] index     the record's place in the leaf
+ * @param[in] index     the record's index in the leaf
  * @invalidates nothing
  * @level low
  */
@@ -704,16 +685,16 @@ MUB_API void mub_btree_set_next(mub_btree_entry *leaf, int64_t index);
 MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Moves the upper half of an entry's children to a new entry of the same level and parent, which is not yet
- * among the children of the parent.
+ * Moves the upper half of an entry's children to a new entry of the same level and parent, without adding it
+ * to the parent's children.
  *
- * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
- * its key: a search may end there and miss a key of the new entry.
+ * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
+ * keeps its key: a search may then stop there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @return the new entry
- * @failure NULL if memory ran out; nothing is moved then
+ * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
  * @level low
@@ -721,16 +702,16 @@ MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
 MUB_API mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Moves the upper half of a leaf's records to a new leaf of the same parent, which is not yet among the
- * children of the parent.
+ * Moves the upper half of a leaf's records to a new leaf of the same parent, without adding it to the
+ * parent's children.
  *
- * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
- * its key: a search may end there and miss a key of the new entry.
+ * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
+ * keeps its key: a search may then stop there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  a leaf of the tree
  * @return the new leaf
- * @failure NULL if memory ran out; nothing is moved then
+ * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
  * @level low
@@ -738,11 +719,11 @@ MUB_API mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry 
 MUB_API mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Splits an entry and inserts the new half after it in the parent, splitting the parent in turn if it then
- * holds more than 31 children.
+ * Splits an entry and inserts the new entry after it in the parent, which is split in turn if it then has
+ * more than 31 children.
  *
- * Splitting the root moves its children to two new entries below it. With fewer than two children, the lower
- * half is empty, as after mub_btree_split_entry().
+ * If the root is split, its children move to two new entries below it. With fewer than two children, the
+ * lower half is empty, as after mub_btree_split_entry().
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -771,7 +752,7 @@ MUB_API mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree
                                           const void *key, int64_t length);
 
 /**
- * Adds a key with value 0 to a leaf unless the leaf holds it.
+ * Adds a key with value 0 to a leaf unless the leaf contains it.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] leaf   the leaf that mub_btree_find_t() gives for the key
@@ -791,7 +772,8 @@ MUB_API int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const voi
                                mub_btree_node **node_out);
 
 /**
- * Lowers the key offsets below an entry after key bytes were deleted from the key stream.
+ * Lowers the key offsets of the records and entries below an entry after key bytes were removed from the key
+ * stream.
  *
  * The entry's own key is unchanged.
  *
@@ -799,7 +781,7 @@ MUB_API int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const voi
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] offset     where the bytes were: keys from there on move, but not an empty key at this very
  *                       offset
- * @param[in] length     how many there were
+ * @param[in] length     the number of bytes removed
  * @invalidates the offsets that it lowers
  * @cost O(keys below)
  * @level low
@@ -807,15 +789,15 @@ MUB_API int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const voi
 MUB_API void mub_btree_adjust_t(mub_btree *tree, mub_btree_entry *entry, uint32_t offset, uint32_t length);
 
 /**
- * Removes an empty entry from its parent and returns it to the entry pool, together with the parents that
- * become empty.
+ * Removes an empty entry from its parent and returns it to the entry pool, and likewise each ancestor that
+ * becomes empty.
  *
- * The root stays; emptied, it is a leaf again.
+ * The root is not removed: once empty, it is a leaf again.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an empty entry of the tree
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner the entry goes back to its pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the entry is returned to its pool
  * @invalidates the entry, and the tree's cursors
  * @cost O(log n)
  * @level low
@@ -823,14 +805,16 @@ MUB_API void mub_btree_adjust_t(mub_btree *tree, mub_btree_entry *entry, uint32_
 MUB_API void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Releases the tables of children of an entry and of all entries below it.
+ * Releases what is below an entry: records, entries and their tables of children.
  *
- * Records and entries below it go back to external pools. Count, keys and levels are unchanged.
+ * Records and entries are returned to external pools. The tree's count, its keys and the entry's level are
+ * unchanged.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner what is below the entry goes back to external pools; in owned pools it stays until they are emptied
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner what is below the entry is returned to external pools; in owned pools it stays allocated until they
+ *   are emptied
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
  * @level low
@@ -840,13 +824,13 @@ MUB_API void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry)
 /**
  * Does the same as mub_btree_remove_all_entry() after releasing each value that is not 0.
  *
- * The values' blocks go back to an external value pool.
+ * The values' blocks are returned to an external value pool.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] release    called with every value that is not 0, in key order; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; then as for
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; then as for
  *   mub_btree_remove_all_entry()
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
@@ -856,11 +840,11 @@ MUB_API void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry)
 MUB_API void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, mub_free_fn release);
 
 /**
- * Copies what is below an entry of one tree to an empty entry of another, in fresh blocks of the
- * destination's pools.
+ * Copies what is below an entry of one tree to an empty entry of another, in new blocks of the destination's
+ * pools.
  *
- * Values are copied as words, links as they are, and keys as offsets: the destination's key stream must hold
- * the same bytes. Its count is unchanged.
+ * Values, links and key offsets are copied unchanged: the destination's key stream must hold the same bytes.
+ * The count of the destination is unchanged.
  *
  * @param[in] source                 the tree to copy; it does not change
  * @param[in] source_entry           the entry to copy from
@@ -868,7 +852,7 @@ MUB_API void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, m
  * @param[in,out] destination_entry  an entry of `destination` without children; receives the level and the
  *                                   key
  * @return 1
- * @failure 0 if memory ran out; the entry is empty then
+ * @failure 0 if memory ran out; the entry is then empty
  * @owner the copies belong to the destination; values are copied as words
  * @invalidates the cursors of the destination
  * @cost O(keys below)
@@ -882,69 +866,65 @@ MUB_API int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry
 /**
  * @defgroup btreed mub_btreed: an ordered map from 32-bit numbers to 64-bit values
  *
- * An ordered map whose keys are 32-bit numbers. `key_type` says how keys compare: 1 as signed numbers, 2 as
- * unsigned ones, 5 as floating-point ones. Any other type makes all keys equal, so that only one can be
- * inserted. A floating-point key is passed as its bits. A NaN compares equal to every key: do not insert one.
+ * An ordered map whose keys are 32-bit numbers. `key_type` determines how keys are compared: 1 as signed, 2
+ * as unsigned, 5 as floating-point numbers. With any other type all keys are equal, so only one can be
+ * inserted. Pass the bits of a floating-point key. A NaN is equal to every key: do not insert one.
  *
  * @{
  */
 
 /**
- * A record: one key with its value.
+ * A record: a key and its value.
  *
- * It stays where it is until it is removed. Its address is also that of its key.
+ * Its address does not change until it is removed, and is also that of its key.
  */
 typedef struct mub_btreed_node {
   uint32_t key;                 /**< the key */
-  struct mub_btreed_node *prev; /**< the previous record; NULL at the least key; see Links in mub_btree.h */
+  struct mub_btreed_node *prev; /**< the previous record, NULL at the least key; see Links in mub_btree.h */
   struct mub_btreed_node *next; /**< the next record; NULL at the greatest key */
   uint64_t value;               /**< the caller's; may be changed in place */
 } mub_btreed_node;
 
 /** A node of the tree: a leaf or an inner node. */
 typedef struct mub_btreed_entry {
-  /** the key of the last child */
-  uint32_t key;
-  /** 0: a leaf, whose children are records; else its children are entries one level lower */
-  int16_t level;
-  /** the inner node above; NULL for the root */
-  struct mub_btreed_entry *parent;
-  /** in key order; its `pool` is the one that the children come from */
-  mub_arrays children;
+  uint32_t key;                    /**< the key of the last child */
+  int16_t level;                   /**< 0: a leaf of records; else an inner node of entries one level lower */
+  struct mub_btreed_entry *parent; /**< the inner node above; NULL for the root */
+  mub_arrays children;             /**< in key order; its `pool` is that of the children */
 } mub_btreed_entry;
 
 /** An ordered map whose keys are 32-bit numbers. */
 typedef struct mub_btreed {
   mub_btreed_entry root;    /**< the top of the tree; a leaf while there are few keys */
   int64_t count;            /**< keys in the tree */
-  mub_pool *entry_pool;     /**< where the entries come from; NULL if there is none */
-  uint16_t owns_entry_pool; /**< 1: made by `_init`, released by `_term` */
-  mub_pool *node_pool;      /**< where the records come from; NULL if there is none */
-  uint16_t owns_node_pool;  /**< 1: made by `_init`, released by `_term` */
-  mub_pool *value_pool;     /**< where value blocks come from; NULL if there is none */
-  uint16_t owns_value_pool; /**< 1: made by `_init`, released by `_term` */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *node_pool;      /**< the pool of the records; NULL if there is none */
+  uint16_t owns_node_pool;  /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
   uint32_t key_type;        /**< 1 signed, 2 unsigned, 5 floating point; set it before the first insertion */
 } mub_btreed;
 
-/** A position in a walk over a tree, or outside its ends. */
+/** A position in a tree: at a record, before the first or after the last. */
 typedef struct mub_btreed_cursor {
-  const mub_btreed *tree; /**< the tree that it walks */
-  mub_btreed_entry *leaf; /**< where it is; NULL in an empty tree */
-  int64_t index;          /**< in the leaf; -1: before the first record; the leaf's count: after the last */
+  const mub_btreed *tree; /**< the tree */
+  mub_btreed_entry *leaf; /**< the leaf of the position; NULL in an empty tree */
+  int64_t index;          /**< index in the leaf; -1: before the first, its count: after the last record */
 } mub_btreed_cursor;
 
 /**
- * Makes the record an empty tree of signed keys, `key_type` 1.
+ * Initialises an empty tree of signed keys, with `key_type` 1.
  *
- * Its root has room for 32 children.
+ * The root has room for 32 children.
  *
  * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: make an entry pool that the tree owns
- * @param[in] own_node_pool   not 0: make a node pool that the tree owns
- * @param[in] own_value_pool  not 0: make a value pool that the tree owns
+ * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] own_node_pool   not 0: create a node pool that the tree owns
+ * @param[in] own_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the tree until mub_btreed_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the tree until mub_btreed_term()
  * @invalidates nothing
  */
 MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int own_entry_pool, int own_node_pool,
@@ -953,13 +933,13 @@ MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int own_entry_pool, int ow
 /**
  * Releases everything that the tree owns.
  *
- * Entries and records go back to external pools. Values are not visited, and `key_type` is unchanged.
+ * Entries and records are returned to external pools. Values are not released, and `key_type` is unchanged.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
- *   pools stay the caller's
+ *   pools remain the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries), and one release per chunk of the pools; O(keys) with an external node pool
  */
@@ -970,10 +950,10 @@ MUB_API mub_btreed *mub_btreed_term(mub_btreed *tree);
  *
  * @param[in,out] tree  the tree
  * @param[in] key       the key
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates the tree's cursors
  * @cost O(log n)
  */
@@ -985,8 +965,8 @@ MUB_API int mub_btreed_insert(mub_btreed *tree, uint32_t key, uint64_t value);
  * @param[in,out] tree    the tree
  * @param[in] key         the key
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, when the record holds it but `value_out` does not yet;
- *                        NULL: not called
+ * @param[in] init        called with the new block, after it is stored in the record but before it is stored
+ *                        in `*value_out`; NULL: not called
  * @return 1 if the key is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the tree: a block of the value pool, or the word already stored
@@ -1015,10 +995,10 @@ MUB_API uint64_t mub_btreed_get(const mub_btreed *tree, uint32_t key);
  *
  * @param[in,out] tree  the tree
  * @param[in] key       the key
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(log n)
  */
@@ -1040,24 +1020,24 @@ MUB_API int mub_btreed_find(const mub_btreed *tree, uint32_t key);
  * @param[in,out] tree  the tree
  * @param[in] key       the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the record goes back to its pool
+ * @owner the value is returned and not released; the record is returned to its pool
  * @invalidates the record of the key, the links of its neighbours, and the tree's cursors
  * @cost O(log n)
  */
 MUB_API uint64_t mub_btreed_remove(mub_btreed *tree, uint32_t key);
 
 /**
- * Empties the tree, which can be used again.
+ * Empties the tree; it can be used again.
  *
- * Entries and records go back to external pools, owned pools are emptied, and values are not visited.
+ * Entries and records are returned to external pools and owned pools are emptied. Values are not released.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries and records go back to their pools, and value blocks of an owned value pool are released
- *   with it; other values stay the caller's
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries and records are returned to their pools, and value blocks of an owned value pool are
+ *   released with it; other values remain the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
@@ -1066,14 +1046,14 @@ MUB_API mub_btreed *mub_btreed_remove_all(mub_btreed *tree);
 /**
  * Releases every value that is not 0, then empties the tree like mub_btreed_remove_all().
  *
- * The values' blocks go back to an external value pool.
+ * The values' blocks are returned to an external value pool.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
  * @return the tree
- * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries and
- *   records go back to their pools
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries and
+ *   records are returned to their pools
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(keys)
  * @nullable release
@@ -1083,7 +1063,7 @@ MUB_API mub_btreed *mub_btreed_free_all(mub_btreed *tree, mub_free_fn release);
 /**
  * Finds the record of a key, or adds one with value 0.
  *
- * Set its `value` in place.
+ * Set its `value` directly.
  *
  * @param[in,out] tree   the tree
  * @param[in] key        the key
@@ -1121,10 +1101,10 @@ MUB_API mub_btreed_node *mub_btreed_node_get(const mub_btreed *tree, uint32_t ke
 MUB_API mub_btreed_node *mub_btreed_node_find(const mub_btreed *tree, uint32_t key);
 
 /**
- * Finds the record of a key, or one near it: the first above the key in the leaf that would hold it, else
- * that leaf's last.
+ * Finds the record of a key, or one near it: in the leaf that would hold the key, the first record above it,
+ * else the last.
  *
- * A key above all keys gives the greatest record.
+ * For a key above all keys, this is the record with the greatest key.
  *
  * @param[in] tree  the tree
  * @param[in] key   the key
@@ -1158,9 +1138,9 @@ MUB_API mub_btreed_node *mub_btreed_node_first(const mub_btreed *tree);
 MUB_API mub_btreed_node *mub_btreed_node_last(const mub_btreed *tree);
 
 /**
- * Finds the record after another one, whatever was removed before.
+ * Finds the next record in key order, even after removals.
  *
- * For a walk, a cursor is faster.
+ * To iterate over a tree, use a cursor, which is faster.
  *
  * @param[in] tree  the tree
  * @param[in] node  a record of the tree
@@ -1172,9 +1152,9 @@ MUB_API mub_btreed_node *mub_btreed_node_last(const mub_btreed *tree);
 MUB_API mub_btreed_node *mub_btreed_node_next(const mub_btreed *tree, const mub_btreed_node *node);
 
 /**
- * Finds the record before another one, whatever was removed before.
+ * Finds the previous record in key order, even after removals.
  *
- * For a walk, a cursor is faster.
+ * To iterate over a tree, use a cursor, which is faster.
  *
  * @param[in] tree  the tree
  * @param[in] node  a record of the tree
@@ -1186,7 +1166,7 @@ MUB_API mub_btreed_node *mub_btreed_node_next(const mub_btreed *tree, const mub_
 MUB_API mub_btreed_node *mub_btreed_node_prev(const mub_btreed *tree, const mub_btreed_node *node);
 
 /**
- * Starts a walk at the record with the least key.
+ * Sets a cursor to the record with the least key.
  *
  * @param[out] cursor  receives the position
  * @param[in] tree     the tree
@@ -1199,7 +1179,7 @@ MUB_API mub_btreed_node *mub_btreed_node_prev(const mub_btreed *tree, const mub_
 MUB_API mub_btreed_node *mub_btreed_cursor_first(mub_btreed_cursor *cursor, const mub_btreed *tree);
 
 /**
- * Starts a walk at the record with the greatest key.
+ * Sets a cursor to the record with the greatest key.
  *
  * @param[out] cursor  receives the position
  * @param[in] tree     the tree
@@ -1212,7 +1192,7 @@ MUB_API mub_btreed_node *mub_btreed_cursor_first(mub_btreed_cursor *cursor, cons
 MUB_API mub_btreed_node *mub_btreed_cursor_last(mub_btreed_cursor *cursor, const mub_btreed *tree);
 
 /**
- * Starts a walk at the first record whose key is not less than a key.
+ * Sets a cursor to the first record whose key is not less than the given key.
  *
  * @param[out] cursor  receives the position
  * @param[in] tree     the tree
@@ -1227,13 +1207,13 @@ MUB_API mub_btreed_node *mub_btreed_cursor_seek(mub_btreed_cursor *cursor, const
                                                 uint32_t key);
 
 /**
- * Steps to the next record in key order.
+ * Advances to the next record in key order.
  *
- * From before the first record it steps to the first.
+ * A cursor before the first record moves to the first.
  *
  * @param[in,out] cursor  a cursor of a tree that has not changed since the cursor was set
  * @return the record
- * @failure NULL after the last record, where the cursor stays
+ * @failure NULL at the end; the cursor is then after the last record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
  * @invalidates nothing
  * @cost O(1) on average
@@ -1241,13 +1221,13 @@ MUB_API mub_btreed_node *mub_btreed_cursor_seek(mub_btreed_cursor *cursor, const
 MUB_API mub_btreed_node *mub_btreed_cursor_next(mub_btreed_cursor *cursor);
 
 /**
- * Steps to the previous record in key order.
+ * Moves back to the previous record in key order.
  *
- * From after the last record it steps to the last.
+ * A cursor after the last record moves to the last.
  *
  * @param[in,out] cursor  a cursor of a tree that has not changed since the cursor was set
  * @return the record
- * @failure NULL before the first record, where the cursor stays
+ * @failure NULL at the beginning; the cursor is then before the first record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
  * @invalidates nothing
  * @cost O(1) on average
@@ -1265,7 +1245,7 @@ MUB_API mub_btreed_node *mub_btreed_cursor_prev(mub_btreed_cursor *cursor);
 MUB_API mub_btreed_node *mub_btreed_cursor_node(const mub_btreed_cursor *cursor);
 
 /**
- * Follows first children down to a leaf.
+ * Descends along the first children to a leaf.
  *
  * @param[in] entry  an entry of any level
  * @return the first leaf below the entry; the entry itself if it is a leaf
@@ -1276,7 +1256,7 @@ MUB_API mub_btreed_node *mub_btreed_cursor_node(const mub_btreed_cursor *cursor)
 MUB_API mub_btreed_entry *mub_btreed_first_entry(const mub_btreed_entry *entry);
 
 /**
- * Follows last children down to a leaf.
+ * Descends along the last children to a leaf.
  *
  * @param[in] entry  an entry of any level
  * @return the last leaf below the entry; the entry itself if it is a leaf
@@ -1287,9 +1267,9 @@ MUB_API mub_btreed_entry *mub_btreed_first_entry(const mub_btreed_entry *entry);
 MUB_API mub_btreed_entry *mub_btreed_last_entry(const mub_btreed_entry *entry);
 
 /**
- * Exchanges two trees with their pools.
+ * Swaps two trees, including their pools.
  *
- * `key_type` stays with its record.
+ * The `key_type` fields are not exchanged.
  *
  * @param[in,out] a  one tree
  * @param[in,out] b  the other tree
@@ -1302,24 +1282,24 @@ MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
  * Copies a tree.
  *
  * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
- * their places, and addresses are translated. A value that does not point into the value pool becomes 0, and
- * so do all values if the destination has no value pool of its own. External pools are shared, and the
- * destination gives up its own: entries and records are copied to fresh blocks of external pools, and values
- * are copied as words if the source owns no value pool, so that both trees refer to the same blocks. The
- * `prev` and `next` links of the copied records still point into the source: walk a clone with a cursor. The
- * destination's `key_type` is unchanged. A user pool is cloned only if both user pools and `callback` are
- * given.
+ * their positions in the pools, and addresses are translated. A value that does not point into the value pool
+ * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
+ * and the destination releases its own: entries and records are copied to new blocks of external pools. If
+ * the source does not own a value pool, values are copied as words, so both trees refer to the same blocks.
+ * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
+ * a clone. The destination's `key_type` is unchanged. A user pool is cloned only if both user pools and
+ * `callback` are given.
  *
  * @param[in] source                     the tree to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
- *                                       is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every record in key order if the source owns its value
  *                                       pool; NULL: not called
  * @return the number of keys
- * @failure 0 if memory ran out; the destination is empty then
+ * @failure 0 if memory ran out; the destination is then empty
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   trees
  * @invalidates all records and entries of the destination, and its cursors
@@ -1331,33 +1311,36 @@ MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user
                                  mub_clone_fn callback);
 
 /**
- * Orders two keys.
+ * Compares two keys.
  *
- * @param[in] a         the address of a key, or of a record that begins with one; it needs no alignment
- * @param[in] b         the address of the other
- * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
+ * @param[in] a         the address of a key, or of a record, which begins with its key; need not be aligned
+ * @param[in] b         the address of the other key or record
+ * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
+ *                      equal
  * @return -1, 0 or 1
  * @level low
  */
 MUB_API int mub_btreed_var_compare(const void *a, const void *b, uint32_t key_type);
 
 /**
- * Orders an entry's key against the key at an address.
+ * Compares an entry's key with the key at an address.
  *
  * @param[in] entry     an entry of the tree: a leaf or an inner node
- * @param[in] key       the address of a key; it needs no alignment
- * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
+ * @param[in] key       the address of a key; need not be aligned
+ * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
+ *                      equal
  * @return -1, 0 or 1
  * @level low
  */
 MUB_API int mub_btreed_entry_compare(const mub_btreed_entry *entry, const void *key, uint32_t key_type);
 
 /**
- * Orders an entry's key against another entry's.
+ * Compares the keys of two entries.
  *
  * @param[in] a         one entry
  * @param[in] b         the other entry
- * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
+ * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
+ *                      equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -1365,18 +1348,19 @@ MUB_API int mub_btreed_entrys_compare(const mub_btreed_entry *a, const mub_btree
                                       uint32_t key_type);
 
 /**
- * Orders a record's key against the key at an address.
+ * Compares a record's key with the key at an address.
  *
  * @param[in] node      a record of the tree
- * @param[in] key       the address of a key; it needs no alignment
- * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
+ * @param[in] key       the address of a key; need not be aligned
+ * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
+ *                      equal
  * @return -1, 0 or 1
  * @level low
  */
 MUB_API int mub_btreed_node_compare(const mub_btreed_node *node, const void *key, uint32_t key_type);
 
 /**
- * Makes a block an empty leaf: key 0, no parent, room for 32 children, no pool for the children.
+ * Initialises a block as an empty leaf: key 0, no parent, room for 32 children, no pool for the children.
  *
  * @param[out] entry  the block
  * @failure the leaf has no room for children if memory runs out
@@ -1387,11 +1371,11 @@ MUB_API int mub_btreed_node_compare(const mub_btreed_node *node, const void *key
 MUB_API void mub_btreed_entry_init(mub_btreed_entry *entry);
 
 /**
- * Takes an entry from the entry pool, as mub_btreed_entry_init() leaves it.
+ * Takes an entry from the entry pool and initialises it with mub_btreed_entry_init().
  *
  * @param[in,out] tree  the tree
- * @param[in] level     chooses the pool of the children: below 1 the node pool, else the entry pool; it is
- *                      not stored
+ * @param[in] level     selects the pool of the children: below 1 the node pool, else the entry pool; it is
+ *                      not stored in the entry
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the new entry is a block of the entry pool; no parent refers to it yet
@@ -1410,8 +1394,8 @@ MUB_API mub_btreed_entry *mub_btreed_entry_new(mub_btreed *tree, int level);
 MUB_API void mub_btreed_node_init(mub_btreed_node *node);
 
 /**
- * Gives an entry the key of its last child, and does the same for its parents, up to the first whose key is
- * already right.
+ * Sets an entry's key to that of its last child, and likewise those of its ancestors, up to the first whose
+ * key is already correct.
  *
  * @param[in] tree       the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1422,7 +1406,7 @@ MUB_API void mub_btreed_node_init(mub_btreed_node *node);
 MUB_API void mub_btreed_set_name(const mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Makes an entry of level 1 or more the parent of its children.
+ * Sets the `parent` of all children of an inner node to that node.
  *
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
@@ -1432,13 +1416,13 @@ MUB_API void mub_btreed_set_name(const mub_btreed *tree, mub_btreed_entry *entry
 MUB_API void mub_btreed_set_parent(mub_btreed_entry *entry);
 
 /**
- * Links a record of a leaf with its neighbours: with the one after it in the leaf and the `prev` of that one,
- * or, if it is the last, with the one before it and the `next` of that one.
+ * Links a record with its neighbours: inserts it before the next record of the leaf or, if it is the last of
+ * the leaf, after the previous one.
  *
- * These links are followed as they are and must not be stale. A record alone in its leaf is unchanged.
+ * The neighbours' links must be valid. The only record of a leaf is unchanged.
  *
  * @param[in,out] leaf  an entry of level 0
- * @param[in] index     the record's place in the leaf
+ * @param[in] index     the record's index in the leaf
  * @invalidates nothing
  * @level low
  */
@@ -1457,16 +1441,16 @@ MUB_API void mub_btreed_set_next(mub_btreed_entry *leaf, int64_t index);
 MUB_API void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Moves the upper half of an entry's children to a new entry of the same level and parent, which is not yet
- * among the children of the parent.
+ * Moves the upper half of an entry's children to a new entry of the same level and parent, without adding it
+ * to the parent's children.
  *
- * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
- * its key: a search may end there and miss a key of the new entry.
+ * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
+ * keeps its key: a search may then stop there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @return the new entry
- * @failure NULL if memory ran out; nothing is moved then
+ * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
  * @level low
@@ -1474,16 +1458,16 @@ MUB_API void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry
 MUB_API mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Moves the upper half of a leaf's records to a new leaf of the same parent, which is not yet among the
- * children of the parent.
+ * Moves the upper half of a leaf's records to a new leaf of the same parent, without adding it to the
+ * parent's children.
  *
- * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
- * its key: a search may end there and miss a key of the new entry.
+ * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
+ * keeps its key: a search may then stop there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  a leaf of the tree
  * @return the new leaf
- * @failure NULL if memory ran out; nothing is moved then
+ * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
  * @level low
@@ -1491,11 +1475,11 @@ MUB_API mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_en
 MUB_API mub_btreed_entry *mub_btreed_split_node(mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Splits an entry and inserts the new half after it in the parent, splitting the parent in turn if it then
- * holds more than 31 children.
+ * Splits an entry and inserts the new entry after it in the parent, which is split in turn if it then has
+ * more than 31 children.
  *
- * Splitting the root moves its children to two new entries below it. With fewer than two children, the lower
- * half is empty, as after mub_btreed_split_entry().
+ * If the root is split, its children move to two new entries below it. With fewer than two children, the
+ * lower half is empty, as after mub_btreed_split_entry().
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1521,7 +1505,7 @@ MUB_API mub_btreed_entry *mub_btreed_find_t(const mub_btreed *tree, const mub_bt
                                             uint32_t key);
 
 /**
- * Adds a key with value 0 to a leaf unless the leaf holds it.
+ * Adds a key with value 0 to a leaf unless the leaf contains it.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] leaf   the leaf that mub_btreed_find_t() gives for the key
@@ -1538,15 +1522,15 @@ MUB_API int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32
                                 mub_btreed_node **node_out);
 
 /**
- * Removes an empty entry from its parent and returns it to the entry pool, together with the parents that
- * become empty.
+ * Removes an empty entry from its parent and returns it to the entry pool, and likewise each ancestor that
+ * becomes empty.
  *
- * The root stays; emptied, it is a leaf again.
+ * The root is not removed: once empty, it is a leaf again.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an empty entry of the tree
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner the entry goes back to its pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the entry is returned to its pool
  * @invalidates the entry, and the tree's cursors
  * @cost O(log n)
  * @level low
@@ -1554,14 +1538,16 @@ MUB_API int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32
 MUB_API void mub_btreed_remove_entry_t(mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Releases the tables of children of an entry and of all entries below it.
+ * Releases what is below an entry: records, entries and their tables of children.
  *
- * Records and entries below it go back to external pools. Count, keys and levels are unchanged.
+ * Records and entries are returned to external pools. The tree's count, its keys and the entry's level are
+ * unchanged.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner what is below the entry goes back to external pools; in owned pools it stays until they are emptied
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner what is below the entry is returned to external pools; in owned pools it stays allocated until they
+ *   are emptied
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
  * @level low
@@ -1571,13 +1557,13 @@ MUB_API void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *ent
 /**
  * Does the same as mub_btreed_remove_all_entry() after releasing each value that is not 0.
  *
- * The values' blocks go back to an external value pool.
+ * The values' blocks are returned to an external value pool.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] release    called with every value that is not 0, in key order; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; then as for
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; then as for
  *   mub_btreed_remove_all_entry()
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
@@ -1587,10 +1573,10 @@ MUB_API void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *ent
 MUB_API void mub_btreed_free_all_entry(mub_btreed *tree, mub_btreed_entry *entry, mub_free_fn release);
 
 /**
- * Copies what is below an entry of one tree to an empty entry of another, in fresh blocks of the
- * destination's pools.
+ * Copies what is below an entry of one tree to an empty entry of another, in new blocks of the destination's
+ * pools.
  *
- * Values are copied as words, and links as they are. The count of the destination is unchanged.
+ * Values and links are copied unchanged. The count of the destination is unchanged.
  *
  * @param[in] source                 the tree to copy; it does not change
  * @param[in] source_entry           the entry to copy from
@@ -1598,7 +1584,7 @@ MUB_API void mub_btreed_free_all_entry(mub_btreed *tree, mub_btreed_entry *entry
  * @param[in,out] destination_entry  an entry of `destination` without children; receives the level and the
  *                                   key
  * @return 1
- * @failure 0 if memory ran out; the entry is empty then
+ * @failure 0 if memory ran out; the entry is then empty
  * @owner the copies belong to the destination; values are copied as words
  * @invalidates the cursors of the destination
  * @cost O(keys below)
@@ -1612,68 +1598,64 @@ MUB_API int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_en
 /**
  * @defgroup btreex mub_btreex: an ordered map from 64-bit numbers to 64-bit values
  *
- * An ordered map whose keys are 64-bit numbers. `key_type` says how keys compare: 3 as signed numbers, 4 as
- * unsigned ones, 6 as floating-point ones. All else is as for mub_btreed.
+ * An ordered map whose keys are 64-bit numbers. `key_type` determines how keys are compared: 3 as signed, 4
+ * as unsigned, 6 as floating-point numbers. Otherwise like mub_btreed.
  *
  * @{
  */
 
 /**
- * A record: one key with its value.
+ * A record: a key and its value.
  *
- * It stays where it is until it is removed. Its address is also that of its key.
+ * Its address does not change until it is removed, and is also that of its key.
  */
 typedef struct mub_btreex_node {
   uint64_t key;                 /**< the key */
-  struct mub_btreex_node *prev; /**< the previous record; NULL at the least key; see Links in mub_btree.h */
+  struct mub_btreex_node *prev; /**< the previous record, NULL at the least key; see Links in mub_btree.h */
   struct mub_btreex_node *next; /**< the next record; NULL at the greatest key */
   uint64_t value;               /**< the caller's; may be changed in place */
 } mub_btreex_node;
 
 /** A node of the tree: a leaf or an inner node. */
 typedef struct mub_btreex_entry {
-  /** the key of the last child */
-  uint64_t key;
-  /** 0: a leaf, whose children are records; else its children are entries one level lower */
-  int16_t level;
-  /** the inner node above; NULL for the root */
-  struct mub_btreex_entry *parent;
-  /** in key order; its `pool` is the one that the children come from */
-  mub_arrays children;
+  uint64_t key;                    /**< the key of the last child */
+  int16_t level;                   /**< 0: a leaf of records; else an inner node of entries one level lower */
+  struct mub_btreex_entry *parent; /**< the inner node above; NULL for the root */
+  mub_arrays children;             /**< in key order; its `pool` is that of the children */
 } mub_btreex_entry;
 
 /** An ordered map whose keys are 64-bit numbers. */
 typedef struct mub_btreex {
   mub_btreex_entry root;    /**< the top of the tree; a leaf while there are few keys */
   int64_t count;            /**< keys in the tree */
-  mub_pool *entry_pool;     /**< where the entries come from; NULL if there is none */
-  uint16_t owns_entry_pool; /**< 1: made by `_init`, released by `_term` */
-  mub_pool *node_pool;      /**< where the records come from; NULL if there is none */
-  uint16_t owns_node_pool;  /**< 1: made by `_init`, released by `_term` */
-  mub_pool *value_pool;     /**< where value blocks come from; NULL if there is none */
-  uint16_t owns_value_pool; /**< 1: made by `_init`, released by `_term` */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *node_pool;      /**< the pool of the records; NULL if there is none */
+  uint16_t owns_node_pool;  /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
   uint32_t key_type;        /**< 3 signed, 4 unsigned, 6 floating point; set it before the first insertion */
 } mub_btreex;
 
-/** A position in a walk over a tree, or outside its ends. */
+/** A position in a tree: at a record, before the first or after the last. */
 typedef struct mub_btreex_cursor {
-  const mub_btreex *tree; /**< the tree that it walks */
-  mub_btreex_entry *leaf; /**< where it is; NULL in an empty tree */
-  int64_t index;          /**< in the leaf; -1: before the first record; the leaf's count: after the last */
+  const mub_btreex *tree; /**< the tree */
+  mub_btreex_entry *leaf; /**< the leaf of the position; NULL in an empty tree */
+  int64_t index;          /**< index in the leaf; -1: before the first, its count: after the last record */
 } mub_btreex_cursor;
 
 /**
- * Makes the record an empty tree of signed keys, `key_type` 3.
+ * Initialises an empty tree of signed keys, with `key_type` 3.
  *
- * Its root has room for 32 children.
+ * The root has room for 32 children.
  *
  * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: make an entry pool that the tree owns
- * @param[in] own_node_pool   not 0: make a node pool that the tree owns
- * @param[in] own_value_pool  not 0: make a value pool that the tree owns
+ * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] own_node_pool   not 0: create a node pool that the tree owns
+ * @param[in] own_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the tree until mub_btreex_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the tree until mub_btreex_term()
  * @invalidates nothing
  */
 MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int own_entry_pool, int own_node_pool,
@@ -1682,13 +1664,13 @@ MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int own_entry_pool, int ow
 /**
  * Releases everything that the tree owns.
  *
- * Entries and records go back to external pools. Values are not visited, and `key_type` is unchanged.
+ * Entries and records are returned to external pools. Values are not released, and `key_type` is unchanged.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
- *   pools stay the caller's
+ *   pools remain the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries), and one release per chunk of the pools; O(keys) with an external node pool
  */
@@ -1699,10 +1681,10 @@ MUB_API mub_btreex *mub_btreex_term(mub_btreex *tree);
  *
  * @param[in,out] tree  the tree
  * @param[in] key       the key
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates the tree's cursors
  * @cost O(log n)
  */
@@ -1714,8 +1696,8 @@ MUB_API int mub_btreex_insert(mub_btreex *tree, uint64_t key, uint64_t value);
  * @param[in,out] tree    the tree
  * @param[in] key         the key
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, when the record holds it but `value_out` does not yet;
- *                        NULL: not called
+ * @param[in] init        called with the new block, after it is stored in the record but before it is stored
+ *                        in `*value_out`; NULL: not called
  * @return 1 if the key is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the tree: a block of the value pool, or the word already stored
@@ -1744,10 +1726,10 @@ MUB_API uint64_t mub_btreex_get(const mub_btreex *tree, uint64_t key);
  *
  * @param[in,out] tree  the tree
  * @param[in] key       the key
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(log n)
  */
@@ -1769,24 +1751,24 @@ MUB_API int mub_btreex_find(const mub_btreex *tree, uint64_t key);
  * @param[in,out] tree  the tree
  * @param[in] key       the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the record goes back to its pool
+ * @owner the value is returned and not released; the record is returned to its pool
  * @invalidates the record of the key, the links of its neighbours, and the tree's cursors
  * @cost O(log n)
  */
 MUB_API uint64_t mub_btreex_remove(mub_btreex *tree, uint64_t key);
 
 /**
- * Empties the tree, which can be used again.
+ * Empties the tree; it can be used again.
  *
- * Entries and records go back to external pools, owned pools are emptied, and values are not visited.
+ * Entries and records are returned to external pools and owned pools are emptied. Values are not released.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries and records go back to their pools, and value blocks of an owned value pool are released
- *   with it; other values stay the caller's
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries and records are returned to their pools, and value blocks of an owned value pool are
+ *   released with it; other values remain the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
@@ -1795,14 +1777,14 @@ MUB_API mub_btreex *mub_btreex_remove_all(mub_btreex *tree);
 /**
  * Releases every value that is not 0, then empties the tree like mub_btreex_remove_all().
  *
- * The values' blocks go back to an external value pool.
+ * The values' blocks are returned to an external value pool.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
  * @return the tree
- * @failure none; a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries and
- *   records go back to their pools
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries and
+ *   records are returned to their pools
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(keys)
  * @nullable release
@@ -1812,7 +1794,7 @@ MUB_API mub_btreex *mub_btreex_free_all(mub_btreex *tree, mub_free_fn release);
 /**
  * Finds the record of a key, or adds one with value 0.
  *
- * Set its `value` in place.
+ * Set its `value` directly.
  *
  * @param[in,out] tree   the tree
  * @param[in] key        the key
@@ -1850,10 +1832,10 @@ MUB_API mub_btreex_node *mub_btreex_node_get(const mub_btreex *tree, uint64_t ke
 MUB_API mub_btreex_node *mub_btreex_node_find(const mub_btreex *tree, uint64_t key);
 
 /**
- * Finds the record of a key, or one near it: the first above the key in the leaf that would hold it, else
- * that leaf's last.
+ * Finds the record of a key, or one near it: in the leaf that would hold the key, the first record above it,
+ * else the last.
  *
- * A key above all keys gives the greatest record.
+ * For a key above all keys, this is the record with the greatest key.
  *
  * @param[in] tree  the tree
  * @param[in] key   the key
@@ -1887,9 +1869,9 @@ MUB_API mub_btreex_node *mub_btreex_node_first(const mub_btreex *tree);
 MUB_API mub_btreex_node *mub_btreex_node_last(const mub_btreex *tree);
 
 /**
- * Finds the record after another one, whatever was removed before.
+ * Finds the next record in key order, even after removals.
  *
- * For a walk, a cursor is faster.
+ * To iterate over a tree, use a cursor, which is faster.
  *
  * @param[in] tree  the tree
  * @param[in] node  a record of the tree
@@ -1901,9 +1883,9 @@ MUB_API mub_btreex_node *mub_btreex_node_last(const mub_btreex *tree);
 MUB_API mub_btreex_node *mub_btreex_node_next(const mub_btreex *tree, const mub_btreex_node *node);
 
 /**
- * Finds the record before another one, whatever was removed before.
+ * Finds the previous record in key order, even after removals.
  *
- * For a walk, a cursor is faster.
+ * To iterate over a tree, use a cursor, which is faster.
  *
  * @param[in] tree  the tree
  * @param[in] node  a record of the tree
@@ -1915,7 +1897,7 @@ MUB_API mub_btreex_node *mub_btreex_node_next(const mub_btreex *tree, const mub_
 MUB_API mub_btreex_node *mub_btreex_node_prev(const mub_btreex *tree, const mub_btreex_node *node);
 
 /**
- * Starts a walk at the record with the least key.
+ * Sets a cursor to the record with the least key.
  *
  * @param[out] cursor  receives the position
  * @param[in] tree     the tree
@@ -1928,7 +1910,7 @@ MUB_API mub_btreex_node *mub_btreex_node_prev(const mub_btreex *tree, const mub_
 MUB_API mub_btreex_node *mub_btreex_cursor_first(mub_btreex_cursor *cursor, const mub_btreex *tree);
 
 /**
- * Starts a walk at the record with the greatest key.
+ * Sets a cursor to the record with the greatest key.
  *
  * @param[out] cursor  receives the position
  * @param[in] tree     the tree
@@ -1941,7 +1923,7 @@ MUB_API mub_btreex_node *mub_btreex_cursor_first(mub_btreex_cursor *cursor, cons
 MUB_API mub_btreex_node *mub_btreex_cursor_last(mub_btreex_cursor *cursor, const mub_btreex *tree);
 
 /**
- * Starts a walk at the first record whose key is not less than a key.
+ * Sets a cursor to the first record whose key is not less than the given key.
  *
  * @param[out] cursor  receives the position
  * @param[in] tree     the tree
@@ -1956,13 +1938,13 @@ MUB_API mub_btreex_node *mub_btreex_cursor_seek(mub_btreex_cursor *cursor, const
                                                 uint64_t key);
 
 /**
- * Steps to the next record in key order.
+ * Advances to the next record in key order.
  *
- * From before the first record it steps to the first.
+ * A cursor before the first record moves to the first.
  *
  * @param[in,out] cursor  a cursor of a tree that has not changed since the cursor was set
  * @return the record
- * @failure NULL after the last record, where the cursor stays
+ * @failure NULL at the end; the cursor is then after the last record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
  * @invalidates nothing
  * @cost O(1) on average
@@ -1970,13 +1952,13 @@ MUB_API mub_btreex_node *mub_btreex_cursor_seek(mub_btreex_cursor *cursor, const
 MUB_API mub_btreex_node *mub_btreex_cursor_next(mub_btreex_cursor *cursor);
 
 /**
- * Steps to the previous record in key order.
+ * Moves back to the previous record in key order.
  *
- * From after the last record it steps to the last.
+ * A cursor after the last record moves to the last.
  *
  * @param[in,out] cursor  a cursor of a tree that has not changed since the cursor was set
  * @return the record
- * @failure NULL before the first record, where the cursor stays
+ * @failure NULL at the beginning; the cursor is then before the first record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
  * @invalidates nothing
  * @cost O(1) on average
@@ -1994,7 +1976,7 @@ MUB_API mub_btreex_node *mub_btreex_cursor_prev(mub_btreex_cursor *cursor);
 MUB_API mub_btreex_node *mub_btreex_cursor_node(const mub_btreex_cursor *cursor);
 
 /**
- * Follows first children down to a leaf.
+ * Descends along the first children to a leaf.
  *
  * @param[in] entry  an entry of any level
  * @return the first leaf below the entry; the entry itself if it is a leaf
@@ -2005,7 +1987,7 @@ MUB_API mub_btreex_node *mub_btreex_cursor_node(const mub_btreex_cursor *cursor)
 MUB_API mub_btreex_entry *mub_btreex_first_entry(const mub_btreex_entry *entry);
 
 /**
- * Follows last children down to a leaf.
+ * Descends along the last children to a leaf.
  *
  * @param[in] entry  an entry of any level
  * @return the last leaf below the entry; the entry itself if it is a leaf
@@ -2016,9 +1998,9 @@ MUB_API mub_btreex_entry *mub_btreex_first_entry(const mub_btreex_entry *entry);
 MUB_API mub_btreex_entry *mub_btreex_last_entry(const mub_btreex_entry *entry);
 
 /**
- * Exchanges two trees with their pools.
+ * Swaps two trees, including their pools.
  *
- * `key_type` stays with its record.
+ * The `key_type` fields are not exchanged.
  *
  * @param[in,out] a  one tree
  * @param[in,out] b  the other tree
@@ -2031,24 +2013,24 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
  * Copies a tree.
  *
  * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
- * their places, and addresses are translated. A value that does not point into the value pool becomes 0, and
- * so do all values if the destination has no value pool of its own. External pools are shared, and the
- * destination gives up its own: entries and records are copied to fresh blocks of external pools, and values
- * are copied as words if the source owns no value pool, so that both trees refer to the same blocks. The
- * `prev` and `next` links of the copied records still point into the source: walk a clone with a cursor. The
- * destination's `key_type` is unchanged. A user pool is cloned only if both user pools and `callback` are
- * given.
+ * their positions in the pools, and addresses are translated. A value that does not point into the value pool
+ * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
+ * and the destination releases its own: entries and records are copied to new blocks of external pools. If
+ * the source does not own a value pool, values are copied as words, so both trees refer to the same blocks.
+ * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
+ * a clone. The destination's `key_type` is unchanged. A user pool is cloned only if both user pools and
+ * `callback` are given.
  *
  * @param[in] source                     the tree to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
- *                                       is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every record in key order if the source owns its value
  *                                       pool; NULL: not called
  * @return the number of keys
- * @failure 0 if memory ran out; the destination is empty then
+ * @failure 0 if memory ran out; the destination is then empty
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   trees
  * @invalidates all records and entries of the destination, and its cursors
@@ -2060,33 +2042,36 @@ MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user
                                  mub_clone_fn callback);
 
 /**
- * Orders two keys.
+ * Compares two keys.
  *
- * @param[in] a         the address of a key, or of a record that begins with one; it needs no alignment
- * @param[in] b         the address of the other
- * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
+ * @param[in] a         the address of a key, or of a record, which begins with its key; need not be aligned
+ * @param[in] b         the address of the other key or record
+ * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
+ *                      equal
  * @return -1, 0 or 1
  * @level low
  */
 MUB_API int mub_btreex_var_compare(const void *a, const void *b, uint32_t key_type);
 
 /**
- * Orders an entry's key against the key at an address.
+ * Compares an entry's key with the key at an address.
  *
  * @param[in] entry     an entry of the tree: a leaf or an inner node
- * @param[in] key       the address of a key; it needs no alignment
- * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
+ * @param[in] key       the address of a key; need not be aligned
+ * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
+ *                      equal
  * @return -1, 0 or 1
  * @level low
  */
 MUB_API int mub_btreex_entry_compare(const mub_btreex_entry *entry, const void *key, uint32_t key_type);
 
 /**
- * Orders an entry's key against another entry's.
+ * Compares the keys of two entries.
  *
  * @param[in] a         one entry
  * @param[in] b         the other entry
- * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
+ * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
+ *                      equal
  * @return -1, 0 or 1
  * @level low
  */
@@ -2094,18 +2079,19 @@ MUB_API int mub_btreex_entrys_compare(const mub_btreex_entry *a, const mub_btree
                                       uint32_t key_type);
 
 /**
- * Orders a record's key against the key at an address.
+ * Compares a record's key with the key at an address.
  *
  * @param[in] node      a record of the tree
- * @param[in] key       the address of a key; it needs no alignment
- * @param[in] key_type  how the keys compare, as in the tree's field; any other type makes all keys equal
+ * @param[in] key       the address of a key; need not be aligned
+ * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
+ *                      equal
  * @return -1, 0 or 1
  * @level low
  */
 MUB_API int mub_btreex_node_compare(const mub_btreex_node *node, const void *key, uint32_t key_type);
 
 /**
- * Makes a block an empty leaf: key 0, no parent, room for 32 children, no pool for the children.
+ * Initialises a block as an empty leaf: key 0, no parent, room for 32 children, no pool for the children.
  *
  * @param[out] entry  the block
  * @failure the leaf has no room for children if memory runs out
@@ -2116,11 +2102,11 @@ MUB_API int mub_btreex_node_compare(const mub_btreex_node *node, const void *key
 MUB_API void mub_btreex_entry_init(mub_btreex_entry *entry);
 
 /**
- * Takes an entry from the entry pool, as mub_btreex_entry_init() leaves it.
+ * Takes an entry from the entry pool and initialises it with mub_btreex_entry_init().
  *
  * @param[in,out] tree  the tree
- * @param[in] level     chooses the pool of the children: below 1 the node pool, else the entry pool; it is
- *                      not stored
+ * @param[in] level     selects the pool of the children: below 1 the node pool, else the entry pool; it is
+ *                      not stored in the entry
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the new entry is a block of the entry pool; no parent refers to it yet
@@ -2139,8 +2125,8 @@ MUB_API mub_btreex_entry *mub_btreex_entry_new(mub_btreex *tree, int level);
 MUB_API void mub_btreex_node_init(mub_btreex_node *node);
 
 /**
- * Gives an entry the key of its last child, and does the same for its parents, up to the first whose key is
- * already right.
+ * Sets an entry's key to that of its last child, and likewise those of its ancestors, up to the first whose
+ * key is already correct.
  *
  * @param[in] tree       the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -2151,7 +2137,7 @@ MUB_API void mub_btreex_node_init(mub_btreex_node *node);
 MUB_API void mub_btreex_set_name(const mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Makes an entry of level 1 or more the parent of its children.
+ * Sets the `parent` of all children of an inner node to that node.
  *
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
@@ -2161,13 +2147,13 @@ MUB_API void mub_btreex_set_name(const mub_btreex *tree, mub_btreex_entry *entry
 MUB_API void mub_btreex_set_parent(mub_btreex_entry *entry);
 
 /**
- * Links a record of a leaf with its neighbours: with the one after it in the leaf and the `prev` of that one,
- * or, if it is the last, with the one before it and the `next` of that one.
+ * Links a record with its neighbours: inserts it before the next record of the leaf or, if it is the last of
+ * the leaf, after the previous one.
  *
- * These links are followed as they are and must not be stale. A record alone in its leaf is unchanged.
+ * The neighbours' links must be valid. The only record of a leaf is unchanged.
  *
  * @param[in,out] leaf  an entry of level 0
- * @param[in] index     the record's place in the leaf
+ * @param[in] index     the record's index in the leaf
  * @invalidates nothing
  * @level low
  */
@@ -2186,16 +2172,16 @@ MUB_API void mub_btreex_set_next(mub_btreex_entry *leaf, int64_t index);
 MUB_API void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Moves the upper half of an entry's children to a new entry of the same level and parent, which is not yet
- * among the children of the parent.
+ * Moves the upper half of an entry's children to a new entry of the same level and parent, without adding it
+ * to the parent's children.
  *
- * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
- * its key: a search may end there and miss a key of the new entry.
+ * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
+ * keeps its key: a search may then stop there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @return the new entry
- * @failure NULL if memory ran out; nothing is moved then
+ * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
  * @level low
@@ -2203,16 +2189,16 @@ MUB_API void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry
 MUB_API mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Moves the upper half of a leaf's records to a new leaf of the same parent, which is not yet among the
- * children of the parent.
+ * Moves the upper half of a leaf's records to a new leaf of the same parent, without adding it to the
+ * parent's children.
  *
- * Both take the keys of their last children. With fewer than two children, `entry` is left empty and keeps
- * its key: a search may end there and miss a key of the new entry.
+ * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
+ * keeps its key: a search may then stop there and miss a key of the new entry.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  a leaf of the tree
  * @return the new leaf
- * @failure NULL if memory ran out; nothing is moved then
+ * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
  * @level low
@@ -2220,11 +2206,11 @@ MUB_API mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_en
 MUB_API mub_btreex_entry *mub_btreex_split_node(mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Splits an entry and inserts the new half after it in the parent, splitting the parent in turn if it then
- * holds more than 31 children.
+ * Splits an entry and inserts the new entry after it in the parent, which is split in turn if it then has
+ * more than 31 children.
  *
- * Splitting the root moves its children to two new entries below it. With fewer than two children, the lower
- * half is empty, as after mub_btreex_split_entry().
+ * If the root is split, its children move to two new entries below it. With fewer than two children, the
+ * lower half is empty, as after mub_btreex_split_entry().
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -2250,7 +2236,7 @@ MUB_API mub_btreex_entry *mub_btreex_find_t(const mub_btreex *tree, const mub_bt
                                             uint64_t key);
 
 /**
- * Adds a key with value 0 to a leaf unless the leaf holds it.
+ * Adds a key with value 0 to a leaf unless the leaf contains it.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] leaf   the leaf that mub_btreex_find_t() gives for the key
@@ -2267,15 +2253,15 @@ MUB_API int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64
                                 mub_btreex_node **node_out);
 
 /**
- * Removes an empty entry from its parent and returns it to the entry pool, together with the parents that
- * become empty.
+ * Removes an empty entry from its parent and returns it to the entry pool, and likewise each ancestor that
+ * becomes empty.
  *
- * The root stays; emptied, it is a leaf again.
+ * The root is not removed: once empty, it is a leaf again.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an empty entry of the tree
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner the entry goes back to its pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner the entry is returned to its pool
  * @invalidates the entry, and the tree's cursors
  * @cost O(log n)
  * @level low
@@ -2283,14 +2269,16 @@ MUB_API int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64
 MUB_API void mub_btreex_remove_entry_t(mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Releases the tables of children of an entry and of all entries below it.
+ * Releases what is below an entry: records, entries and their tables of children.
  *
- * Records and entries below it go back to external pools. Count, keys and levels are unchanged.
+ * Records and entries are returned to external pools. The tree's count, its keys and the entry's level are
+ * unchanged.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner what is below the entry goes back to external pools; in owned pools it stays until they are emptied
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner what is below the entry is returned to external pools; in owned pools it stays allocated until they
+ *   are emptied
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
  * @level low
@@ -2300,13 +2288,13 @@ MUB_API void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *ent
 /**
  * Does the same as mub_btreex_remove_all_entry() after releasing each value that is not 0.
  *
- * The values' blocks go back to an external value pool.
+ * The values' blocks are returned to an external value pool.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] release    called with every value that is not 0, in key order; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; then as for
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; then as for
  *   mub_btreex_remove_all_entry()
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
@@ -2316,10 +2304,10 @@ MUB_API void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *ent
 MUB_API void mub_btreex_free_all_entry(mub_btreex *tree, mub_btreex_entry *entry, mub_free_fn release);
 
 /**
- * Copies what is below an entry of one tree to an empty entry of another, in fresh blocks of the
- * destination's pools.
+ * Copies what is below an entry of one tree to an empty entry of another, in new blocks of the destination's
+ * pools.
  *
- * Values are copied as words, and links as they are. The count of the destination is unchanged.
+ * Values and links are copied unchanged. The count of the destination is unchanged.
  *
  * @param[in] source                 the tree to copy; it does not change
  * @param[in] source_entry           the entry to copy from
@@ -2327,7 +2315,7 @@ MUB_API void mub_btreex_free_all_entry(mub_btreex *tree, mub_btreex_entry *entry
  * @param[in,out] destination_entry  an entry of `destination` without children; receives the level and the
  *                                   key
  * @return 1
- * @failure 0 if memory ran out; the entry is empty then
+ * @failure 0 if memory ran out; the entry is then empty
  * @owner the copies belong to the destination; values are copied as words
  * @invalidates the cursors of the destination
  * @cost O(keys below)

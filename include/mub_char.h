@@ -1,17 +1,18 @@
 /**
- * @defgroup char mub_char: a counted view of characters that parsers narrow without copying
+ * @defgroup char mub_char: a counted view of characters for parsing without copying
  *
- * A counted view of characters, which parsers narrow field by field without copying.
+ * A view of characters with a length, which parsers can narrow to a field without copying.
  *
  *     "  name =  value "
  *               ^~~~~~~       data = the first ^, length = 7; after mub_char_trim data = the v, length = 5
  *
- * A view has no terminator and no capacity. Its bytes belong to whoever made them; only mub_char_copy()
- * allocates. A negative length stands for a text that is not measured yet: mub_char_length() and
- * mub_stringx_copy_char() measure it, and every other function reads nothing through such a view. White space
- * is tab, line feed, carriage return and space.
+ * A view has no terminator and no capacity. It does not own its characters unless they were allocated by
+ * mub_char_copy(). A negative length means that the text has not been measured yet: mub_char_length() and
+ * mub_stringx_copy_char() measure it up to its NUL, and no other function reads through such a view. White
+ * space is tab, line feed, carriage return and space.
  *
- * Numbers are read with grammars of their own, whatever the locale, and without white space, '+' or exponent:
+ * Numbers are read with the following grammar, regardless of the locale; white space, '+' and exponents are
+ * not accepted:
  *
  *     integer   -? digit+                          decimal   -? digit+ ( '.' digit* )?
  *
@@ -22,7 +23,7 @@
  * | `_find…`, mub_char_reverse_find()         | the index  | -1                  |                      |
  * | mub_char_get_long(), mub_char_get_float() | the number | 0, 0.0              |                      |
  * | mub_char_is_long(), mub_char_is_float()   | 1          | 0                   |                      |
- * | mub_char_copy()                           |            |                     | the view stays empty |
+ * | mub_char_copy()                           |            |                     | the view is empty    |
  *
  * @{
  */
@@ -35,27 +36,27 @@
 extern "C" {
 #endif
 
-/** A counted view of characters, which parsers narrow field by field without copying. */
+/** A view of characters with a length, which parsers can narrow to a field without copying. */
 typedef struct mub_char {
-  char *data;     /**< the first character; NULL for none; owned only if mub_char_copy() filled the view */
+  char *data;     /**< the first character, or NULL; owned only if allocated by mub_char_copy() */
   int64_t length; /**< characters in the view; negative: not measured yet */
 } mub_char;
 
 /**
- * Makes an empty view.
+ * Initialises an empty view.
  *
  * @param[out] view  the view
  * @return the view
- * @owner the record is the caller's
+ * @owner the record belongs to the caller
  * @invalidates nothing
  */
 MUB_API mub_char *mub_char_init(mub_char *view);
 
 /**
- * Releases the characters, with free, of a view that mub_char_copy() filled and no trimming moved, and makes
- * it empty.
+ * Releases the characters of a view that mub_char_copy() filled and that was not trimmed since, and makes the
+ * view empty.
  *
- * Empty a view of other characters with mub_char_init().
+ * The characters are released with free. To empty a view of other characters, use mub_char_init().
  *
  * @param[in,out] view  the view
  * @return the view
@@ -65,10 +66,10 @@ MUB_API mub_char *mub_char_init(mub_char *view);
 MUB_API mub_char *mub_char_term(mub_char *view);
 
 /**
- * Narrows a view by the white space at both ends, and by NULs at its end.
+ * Removes white space from both ends of a view, and NULs from its end.
  *
- * No byte is moved or written. A view with a NUL among its leading white space becomes empty, and so does one
- * that is not measured.
+ * The characters are neither moved nor written. A view with a NUL among its leading white space becomes
+ * empty, and so does one with a negative length.
  *
  * @param[in,out] view  the view
  * @invalidates nothing
@@ -77,12 +78,12 @@ MUB_API mub_char *mub_char_term(mub_char *view);
 MUB_API void mub_char_trim(mub_char *view);
 
 /**
- * Sets the length of a view that has data, to anything that is not negative.
+ * Sets the length of a view that has data, to any value that is not negative.
  *
- * There is no upper bound: the caller is responsible for the characters.
+ * The length is not checked: the caller must ensure that there are as many characters.
  *
  * @param[in,out] view  the view
- * @param[in] length    characters; a negative length does nothing
+ * @param[in] length    the new length; if negative, nothing happens
  * @invalidates nothing
  */
 MUB_API void mub_char_shrink(mub_char *view, int64_t length);
@@ -98,7 +99,7 @@ MUB_API int mub_char_is_empty(const mub_char *view);
 /**
  * Gets the length of a view.
  *
- * A negative length is first replaced by the length of the text up to its NUL, or by 0 without data.
+ * A negative length is first replaced by that of the text up to its NUL, or by 0 if there is no data.
  *
  * @param[in,out] view  the view
  * @return the length
@@ -108,7 +109,7 @@ MUB_API int mub_char_is_empty(const mub_char *view);
 MUB_API int64_t mub_char_length(mub_char *view);
 
 /**
- * Passes every character through the runtime's tolower, in place.
+ * Converts every character to lower case in place, with the C library's tolower.
  *
  * @param[in,out] view  the view
  * @invalidates nothing
@@ -117,7 +118,7 @@ MUB_API int64_t mub_char_length(mub_char *view);
 MUB_API void mub_char_make_lower(mub_char *view);
 
 /**
- * Passes every character through the runtime's toupper, in place.
+ * Converts every character to upper case in place, with the C library's toupper.
  *
  * @param[in,out] view  the view
  * @invalidates nothing
@@ -126,13 +127,13 @@ MUB_API void mub_char_make_lower(mub_char *view);
 MUB_API void mub_char_make_upper(mub_char *view);
 
 /**
- * Fills an empty view with a copy of a text and a NUL after it.
+ * Allocates a NUL-terminated copy of a text and makes an empty view refer to it.
  *
- * @param[in,out] view  a view that has data is unchanged
- * @param[in] text      the text; NULL does nothing
+ * @param[in,out] view  the view; if it has data, it is unchanged
+ * @param[in] text      the text; NULL: nothing happens
  * @param[in] count     characters of the text; negative: up to its NUL
- * @failure the view stays empty if memory runs out
- * @owner the copy is the view's; release it with mub_char_term()
+ * @failure the view remains empty if memory runs out
+ * @owner the copy belongs to the view; release it with mub_char_term()
  * @invalidates nothing
  * @cost O(count)
  * @bounds text[count]
@@ -186,13 +187,13 @@ MUB_API int mub_char_is_float(const mub_char *view);
 MUB_API double mub_char_get_float(const mub_char *view);
 
 /**
- * Orders a view against a text as mub_mem_cmp() does.
+ * Compares a view with a text, as mub_mem_cmp() does.
  *
- * An empty view equals NULL and a count of 0, and sorts before every other text: with a negative count even
- * before the empty text.
+ * An empty view equals NULL with a count of 0, and is less than any other text: with a negative count even
+ * less than the empty text.
  *
  * @param[in] view   the view
- * @param[in] text   the text; NULL and a count of 0 sort before every view that is not empty
+ * @param[in] text   the text; NULL with a count of 0 is less than any view that is not empty
  * @param[in] count  characters of the text; negative: up to its NUL
  * @return a negative number, 0 or a positive one
  * @cost O(count)
@@ -202,13 +203,13 @@ MUB_API double mub_char_get_float(const mub_char *view);
 MUB_API int mub_char_compare(const mub_char *view, const char *text, int64_t count);
 
 /**
- * Orders a view against a text as mub_mem_icmp() does, without regard to case.
+ * Compares a view with a text without regard to case, as mub_mem_icmp() does.
  *
- * An empty view equals NULL and a count of 0, and sorts before every other text: with a negative count even
- * before the empty text.
+ * An empty view equals NULL with a count of 0, and is less than any other text: with a negative count even
+ * less than the empty text.
  *
  * @param[in] view   the view
- * @param[in] text   the text; NULL and a count of 0 sort before every view that is not empty
+ * @param[in] text   the text; NULL with a count of 0 is less than any view that is not empty
  * @param[in] count  characters of the text; negative: up to its NUL
  * @return a negative number, 0 or a positive one
  * @cost O(count)
@@ -220,7 +221,7 @@ MUB_API int mub_char_icompare(const mub_char *view, const char *text, int64_t co
 /**
  * Finds the first occurrence of a character.
  *
- * 0 is never found.
+ * The character 0 is never found.
  *
  * @param[in] view       the view
  * @param[in] character  the character to find; its low 8 bits are used
@@ -233,11 +234,11 @@ MUB_API int64_t mub_char_find_char(const mub_char *view, int character);
 /**
  * Finds the first occurrence of a character at or after index `start`.
  *
- * 0 is never found.
+ * The character 0 is never found.
  *
  * @param[in] view       the view
  * @param[in] character  the character to find; its low 8 bits are used
- * @param[in] start      where to begin, counted from 0
+ * @param[in] start      the index at which to begin
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the view
  * @cost O(length)
@@ -247,7 +248,7 @@ MUB_API int64_t mub_char_find_char_pos(const mub_char *view, int character, int6
 /**
  * Finds the last occurrence of a character.
  *
- * 0 is never found.
+ * The character 0 is never found.
  *
  * @param[in] view       the view
  * @param[in] character  the character to find; its low 8 bits are used
@@ -262,8 +263,8 @@ MUB_API int64_t mub_char_reverse_find(const mub_char *view, int character);
  *
  * @param[in] view   the view
  * @param[in] text   the text to find; NULL is not found
- * @param[in] count  characters of the text; negative: up to its NUL; for an empty text its first character
- *                   is searched for, even if that is the NUL, as by mub_mem_str()
+ * @param[in] count  characters of the text; negative: up to its NUL; if there are none, the first character
+ *                   at `text` is searched for, even if that is the NUL, as by mub_mem_str()
  * @return its index
  * @failure -1 if there is none
  * @cost O(length + count)
@@ -277,9 +278,9 @@ MUB_API int64_t mub_char_find(const mub_char *view, const char *text, int64_t co
  *
  * @param[in] view   the view
  * @param[in] text   the text to find; NULL is not found
- * @param[in] count  characters of the text; negative: up to its NUL; for an empty text its first character
- *                   is searched for, even if that is the NUL, as by mub_mem_str()
- * @param[in] start  where to begin, counted from 0
+ * @param[in] count  characters of the text; negative: up to its NUL; if there are none, the first character
+ *                   at `text` is searched for, even if that is the NUL, as by mub_mem_str()
+ * @param[in] start  the index at which to begin
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the view
  * @cost O(length + count)

@@ -9,18 +9,18 @@
  *                       [2] ──► entry ──► NULL              keys (mub_hash): the bytes of all keys, packed
  *                       …
  *
- * A table starts without buckets. The first insertion makes 4, and an insertion that brings the average to
- * two entries per bucket doubles them. New entries go to the end of their chain. Only `_remove_all`,
- * `_free_all` and `_term` release buckets.
+ * A table starts without buckets. The first insertion allocates 4, and an insertion that raises the average
+ * to two entries per bucket doubles their number. New entries are appended to their chain. Only
+ * `_remove_all`, `_free_all` and `_term` release buckets.
  *
- * **Entry pool.** A table needs one before its first insertion: made by `_init`, or an external one, written
- * into `entry_pool`, whose blocks are at least as large as the table's entry record. Several tables may share
- * an external pool.
+ * **Entry pool.** A table needs an entry pool before its first insertion: one created by `_init`, or an
+ * external one stored in `entry_pool`, whose block size is at least that of the table's entry struct. Several
+ * tables may share an external pool.
  *
- * **Value pool.** Only `_set` needs one: it stores a block of it in every new entry. A pool made by `_init`
- * has no block size yet: store the size of your values in `value_pool->block_size` before the first `_set`.
- * `_free` and `_free_all` return single blocks only to an external value pool; those of an owned one stay
- * allocated until the whole pool is emptied.
+ * **Value pool.** Only `_set` needs a value pool: it takes a block for the value of every new entry. A pool
+ * created by `_init` has no block size: store the size of your values in `value_pool->block_size` before the
+ * first `_set`. `_free` and `_free_all` return blocks to an external value pool only; blocks of an owned pool
+ * stay allocated until the pool is emptied.
  *
  * What the everyday operations return:
  *
@@ -55,9 +55,9 @@ extern "C" {
  * @defgroup hash mub_hash: a chained hash table from byte strings to 64-bit values
  *
  * A hash table whose keys are byte strings. A key is `length` bytes at `key`; a negative length means that it
- * ends at its first NUL. A NULL key is the empty key, which is a key like any other. Keys are copied; all
- * keys of a table take at most 2^32 - 1 bytes, and an insertion beyond that is refused as if memory had run
- * out. The hash of a key is the CRC-32 register over `CRC_TABLE`, started at 0 and not inverted.
+ * ends at its first NUL. A NULL key is the empty key, which is valid. Keys are copied. The keys of a table
+ * take at most 2^32 - 1 bytes in total; an insertion beyond that fails as if memory had run out. The hash of
+ * a key is a CRC-32 computed with `CRC_TABLE`, with the initial value 0 and no final inversion.
  *
  * @{
  */
@@ -65,45 +65,37 @@ extern "C" {
 /**
  * One entry.
  *
- * It does not move until it is removed. Its `key_offset` changes when another key is removed.
+ * Its address does not change until it is removed. Its `key_offset` may change when another key is removed.
  */
 typedef struct mub_hash_entry {
   struct mub_hash_entry *next; /**< the next entry in the chain; NULL at its end */
   uint32_t hash;               /**< the hash of the key, from mub_hash_key() */
-  uint32_t key_offset;         /**< where the key's bytes start in the key stream */
-  uint32_t key_length;         /**< bytes of the key */
+  uint32_t key_offset;         /**< the key's offset in the key stream */
+  uint32_t key_length;         /**< the length of the key in bytes */
   uint64_t value;              /**< the caller's; may be changed in place */
 } mub_hash_entry;
 
 /** A hash table whose keys are byte strings. */
 typedef struct mub_hash {
-  /** `items` are the chain heads; `count` is the number of buckets: 0, or 4 times a power of 2 */
-  mub_arrays buckets;
-  /** entries in the table */
-  int64_t count;
-  /** the key stream: the bytes of the live keys in the order of insertion; at most 2^32 - 1 of them */
-  mub_stream keys;
-  /** where the entries come from; NULL if there is none */
-  mub_pool *entry_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_entry_pool;
-  /** where value blocks come from; NULL if there is none */
-  mub_pool *value_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_value_pool;
-  /** not 0: keys compare as if passed through tolower; set it before the first insertion */
-  int16_t nocase;
+  mub_arrays buckets;       /**< `items`: the heads of the chains; `count`: 0, or 4 times a power of 2 */
+  int64_t count;            /**< entries in the table */
+  mub_stream keys;          /**< the key stream: all keys in the order of insertion; at most 2^32 - 1 bytes */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
+  int16_t nocase;           /**< not 0: case is ignored, by tolower; set it before the first insertion */
 } mub_hash;
 
 /**
- * Makes the record an empty table with `nocase` 0.
+ * Initialises an empty table, with `nocase` 0.
  *
  * @param[out] hash            the table
- * @param[in] with_entry_pool  not 0: make an entry pool that the table owns
- * @param[in] with_value_pool  not 0: make a value pool that the table owns
+ * @param[in] with_entry_pool  not 0: create an entry pool that the table owns
+ * @param[in] with_value_pool  not 0: create a value pool that the table owns
  * @return the table
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the table until mub_hash_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the table until mub_hash_term()
  * @invalidates nothing
  */
 MUB_API mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_value_pool);
@@ -111,26 +103,26 @@ MUB_API mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_va
 /**
  * Releases everything that the table owns.
  *
- * Values are not visited. Entries in an external entry pool stay allocated there: call mub_hash_remove_all()
- * first to return them. `nocase` is unchanged.
+ * Values are not released. Entries in an external entry pool stay allocated: call mub_hash_remove_all() first
+ * to return them. `nocase` is unchanged.
  *
  * @param[in,out] hash  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
- *   external pools stay the caller's
+ *   external pools remain the caller's
  * @invalidates all entries, and pointers to keys
  * @cost one release per chunk of the pools
  */
 MUB_API void mub_hash_term(mub_hash *hash);
 
 /**
- * Exchanges two tables with their pools.
+ * Swaps two tables, including their pools.
  *
- * `nocase` stays with its record.
+ * The `nocase` fields are not exchanged.
  *
  * @param[in,out] a  one table
  * @param[in,out] b  the other table
  * @owner what one table owned now belongs to the other
- * @invalidates walks of both tables
+ * @invalidates iterations over both tables
  */
 MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
 
@@ -138,15 +130,16 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
  * Copies a table.
  *
  * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * places, and addresses are translated. A value that does not point into the value pool becomes 0, and so do
- * all values if the destination has no value pool of its own. External pools are shared, and the destination
- * gives up its own: entries are copied to fresh blocks of an external entry pool, and values are copied as
- * words if the source owns no value pool, so that both tables refer to the same blocks. The destination's
- * `nocase` is unchanged. A user pool is cloned only if both user pools and `callback` are given.
+ * positions in the pool, and addresses are translated. A value that does not point into the value pool
+ * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
+ * and the destination releases its own: entries are copied to new blocks of an external entry pool. If the
+ * source does not own a value pool, values are copied as words, so both tables refer to the same blocks. The
+ * destination's `nocase` is unchanged. A user pool is cloned only if both user pools and `callback` are
+ * given.
  *
  * @param[in] source                     the table to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
- *                                       is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised table with the same flags; its old contents are
  *                                       dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
@@ -165,12 +158,13 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
                                  mub_pool *destination_user_pool, mub_clone_fn callback);
 
 /**
- * Computes the hash of a key: the CRC-32 register over `CRC_TABLE`, started at 0 and not inverted.
+ * Computes the hash of a key: its CRC-32 with the table `CRC_TABLE`, the initial value 0 and no final
+ * inversion.
  *
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
- * @param[in] nocase  not 0: each byte passes through tolower first
- * @return the 32 bits of the hash; 0 for the empty key
+ * @param[in] nocase  not 0: each byte is first converted by tolower
+ * @return the hash; 0 for the empty key
  * @cost O(length)
  * @bounds key[length]
  * @nullable key
@@ -181,7 +175,7 @@ MUB_API uint64_t mub_hash_key(const void *key, int64_t length, int nocase);
 /**
  * Checks whether two byte ranges are equal.
  *
- * Lengths are used as given: ranges whose lengths are equal and below 1 are equal.
+ * Two ranges of the same length below 1 are equal.
  *
  * @param[in] a         the first range
  * @param[in] a_length  bytes of `a`
@@ -201,13 +195,13 @@ MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t
  * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key; negative: up to its first NUL
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, which `value_out` and the entry already hold; NULL: not
- *                        called
+ * @param[in] init        called with the new block, after it is stored in the entry and in `*value_out`;
+ *                        NULL: not called
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk, and pointers to keys
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of an iteration in progress, and pointers to keys
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[length]
  * @nullable key, init
  */
@@ -235,12 +229,12 @@ MUB_API uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t len
  * @param[in,out] hash  the table
  * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk, and pointers to keys
- * @cost O(1) expected; doubles the buckets now and then
+ * @owner the value is stored as is; what it refers to remains the caller's
+ * @invalidates the bucket position of an iteration in progress, and pointers to keys
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[length]
  * @nullable key
  */
@@ -254,10 +248,10 @@ MUB_API int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uin
  * @param[in,out] hash  the table
  * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(1) expected
  * @bounds key[length]
@@ -285,13 +279,13 @@ MUB_API int mub_hash_find(const mub_hash *hash, const void *key, int64_t length)
  * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry of the key, the offsets of keys inserted later, and pointers to keys
- * @cost O(entries): the key's bytes are cut out of the key stream and the offsets after them lowered;
- *   sequentially over memory if the table owns its entry pool and that holds nothing else, else along the
- *   chains
+ * @cost O(entries): the key's bytes are removed from the key stream and the offsets of later keys lowered, in
+ *   a sequential pass over memory if the table owns its entry pool and that pool holds nothing else, else
+ *   along the chains
  * @bounds key[length]
  * @nullable key
  */
@@ -300,35 +294,35 @@ MUB_API uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length
 /**
  * Removes a key and releases its value.
  *
- * The value's block goes back to an external value pool; in an owned one it stays allocated until the pool is
- * emptied.
+ * The value's block is returned to an external value pool; a block of an owned pool stays allocated until the
+ * pool is emptied.
  *
  * @param[in,out] hash  the table
  * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] release   called with the value, 0 included, after the entry is unlinked; NULL: not called
  * @return the table
- * @failure NULL if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
- *   mub_pool_free()
- * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
+ * @failure NULL if the key is absent; if the pool's free stack cannot grow, a returned block is not reused:
+ *   see mub_pool_free()
+ * @owner the value is passed to `release`, its block is returned to an external value pool, and the entry to
  *   its pool
  * @invalidates the entry of the key, the offsets of keys inserted later, and pointers to keys
- * @cost as mub_hash_remove()
+ * @cost O(entries), as for mub_hash_remove()
  * @bounds key[length]
  * @nullable key, release
  */
 MUB_API mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length, mub_free_fn release);
 
 /**
- * Empties the table, which then has no buckets and can be used again.
+ * Empties the table and releases its buckets; the table can be used again.
  *
- * Entries go back to an external pool, owned pools are emptied, and values are not visited. The block of the
- * key stream is kept.
+ * Entries are returned to an external pool and owned pools are emptied. Values are not released. The memory
+ * of the key stream is kept.
  *
  * @param[in,out] hash  the table
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries go back to their pool, and value blocks of an owned value pool are released with it; other
- *   values stay the caller's
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
+ *   other values remain the caller's
  * @invalidates all entries, and pointers to keys
  * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
  */
@@ -337,12 +331,12 @@ MUB_API void mub_hash_remove_all(mub_hash *hash);
 /**
  * Releases every value that is not 0, then empties the table like mub_hash_remove_all().
  *
- * The block of the key stream is released too.
+ * The memory of the key stream is released too.
  *
  * @param[in,out] hash  the table
  * @param[in] release   called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
  *   their pool
  * @invalidates all entries, and pointers to keys
  * @cost O(entries)
@@ -353,12 +347,12 @@ MUB_API void mub_hash_free_all(mub_hash *hash, mub_free_fn release);
 /**
  * Returns every entry block to the entry pool, owned or external.
  *
- * Buckets and counts stay as they are and refer to blocks that the table no longer owns: call mub_hash_term()
+ * Buckets and count are unchanged and refer to blocks that the table no longer owns: call mub_hash_term()
  * next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] hash  the table
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries go back to their pool, although the table still refers to them; values are not released
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
  * @level low
@@ -368,14 +362,14 @@ MUB_API void mub_hash_remove_all_entry(mub_hash *hash);
 /**
  * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
  *
- * The values' blocks go back to an external value pool. Buckets and counts stay as they are: call
+ * The values' blocks are returned to an external value pool. Buckets and count are unchanged: call
  * mub_hash_term() next, as after mub_hash_remove_all_entry().
  *
  * @param[in,out] hash  the table
  * @param[in] release   called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   an external entry pool, although the table still refers to them
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
@@ -386,7 +380,7 @@ MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
- * Set its `value` in place; the entry does not move until it is removed.
+ * Set its `value` directly; the entry does not move until it is removed.
  *
  * @param[in,out] hash    the table
  * @param[in] key         the bytes of the key; NULL is the empty key
@@ -395,8 +389,8 @@ MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, and pointers to keys
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of an iteration in progress, and pointers to keys
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[length]
  * @nullable key
  */
@@ -418,10 +412,10 @@ MUB_API int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, 
 MUB_API mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key, int64_t length);
 
 /**
- * Starts a walk over the entries: bucket by bucket, the oldest entry first within a chain.
+ * Starts an iteration over the entries: bucket by bucket, the oldest entry of each chain first.
  *
- * Insertions may change that order. Step past an entry before you remove it: a walk cannot continue from a
- * removed one.
+ * Insertions may change that order. To remove the current entry, advance to the next one first: an iteration
+ * cannot continue from a removed entry.
  *
  * @param[in] hash         the table
  * @param[out] bucket_out  receives the bucket, for mub_hash_entry_next()
@@ -433,7 +427,7 @@ MUB_API mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key
 MUB_API mub_hash_entry *mub_hash_entry_first(const mub_hash *hash, int64_t *bucket_out);
 
 /**
- * Steps to the next entry.
+ * Advances to the next entry.
  *
  * @param[in] hash           the table
  * @param[in,out] bucket_io  the bucket, as the previous call left it; unchanged at the end
@@ -447,17 +441,17 @@ MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucke
                                             const mub_hash_entry *entry);
 
 /**
- * Finds a key in a bucket, or links a new block at the end of the chain.
+ * Finds a key in a bucket, or appends a new entry to the chain.
  *
- * Stored hashes are not compared, and neither `hash_value` nor the key is stored: apart from `next`, the new
- * block is as the pool returned it. The caller fills it in and counts it.
+ * Stored hashes are not compared. Neither `hash_value` nor the key is stored: apart from `next`, the new
+ * entry is as the pool returned it. The caller fills it in and counts it.
  *
  * @param[in,out] hash       the table
- * @param[in] bucket         where to look: 0 to the number of buckets less 1
+ * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
  * @param[in] hash_value     the hash of the key, from mub_hash_key()
  * @param[in] key            the bytes of the key; NULL is the empty key
  * @param[in] length         bytes of the key, used as given; a negative length finds nothing
- * @param[out] inserted_out  receives 1 if the block is new, else 0
+ * @param[out] inserted_out  receives 1 if the entry is new, else 0
  * @return the entry
  * @failure NULL if no block can be allocated
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
@@ -474,7 +468,7 @@ MUB_API mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint3
  * Finds a key in a bucket: the first entry with this hash and this key.
  *
  * @param[in] hash        the table
- * @param[in] bucket      where to look: 0 to the number of buckets less 1
+ * @param[in] bucket      the bucket to search, from 0 to the number of buckets less 1
  * @param[in] hash_value  the hash of the key, from mub_hash_key()
  * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key, used as given; a negative length finds nothing
@@ -495,14 +489,14 @@ MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket
  * Key bytes and count are unchanged.
  *
  * @param[in,out] hash    the table
- * @param[in] bucket      where to look: 0 to the number of buckets less 1
+ * @param[in] bucket      the bucket to search, from 0 to the number of buckets less 1
  * @param[in] hash_value  the hash of the key, from mub_hash_key()
  * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key, used as given; a negative length finds nothing
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
- * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates a walk that stands on the entry
+ * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @invalidates an iteration that is at the entry
  * @cost O(entries in the bucket)
  * @bounds key[length]
  * @nullable key
@@ -512,13 +506,13 @@ MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, ui
                                               const void *key, int64_t length);
 
 /**
- * Doubles the buckets and reserves 32 bytes of key storage for each old one.
+ * Doubles the number of buckets and reserves 32 bytes of key storage for each old one.
  *
- * Chains keep their order. Does nothing without buckets.
+ * Chains keep their order. Does nothing if there are no buckets.
  *
  * @param[in,out] hash  the table
  * @failure the table is unchanged if memory runs out
- * @invalidates the bucket position of a running walk, and pointers to keys
+ * @invalidates the bucket position of an iteration in progress, and pointers to keys
  * @cost O(entries)
  * @level low
  */
@@ -527,8 +521,8 @@ MUB_API void mub_hash_expand(mub_hash *hash);
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
- * Keys are compared, but stored hashes are not: a key added before `nocase` changed is still found if its
- * bucket has not changed with it.
+ * Keys are compared, stored hashes are not: a key added before `nocase` was changed is still found if its
+ * bucket is the same.
  *
  * @param[in,out] hash       the table
  * @param[in] key            the bytes of the key; NULL is the empty key
@@ -537,8 +531,8 @@ MUB_API void mub_hash_expand(mub_hash *hash);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk, and pointers to keys
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of an iteration in progress, and pointers to keys
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -565,14 +559,14 @@ MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, i
  * Unlinks the entry of a key and deletes its key bytes.
  *
  * The count is unchanged. The entry keeps its fields, whatever else is removed. Leave its `next` NULL until
- * the count is lowered, and lower the count before returning the block.
+ * you decrement the count, and decrement the count before you return the block.
  *
  * @param[in,out] hash  the table
  * @param[in] key       the bytes of the key; NULL is the empty key
  * @param[in] length    bytes of the key, used as given; a negative length finds nothing
  * @return the entry
  * @failure NULL if the key is absent
- * @owner the caller lowers the count and returns the entry to the entry pool
+ * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
  * @invalidates the offsets of keys inserted later, and pointers to keys
  * @cost O(entries)
  * @bounds key[length]
@@ -582,14 +576,14 @@ MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, i
 MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length);
 
 /**
- * Lowers the key offsets after key bytes were deleted from the key stream.
+ * Lowers the key offsets after key bytes were removed from the key stream.
  *
  * @param[in,out] hash  the table
- * @param[in] offset    where the bytes were: keys from there on move, but not an empty key at this very
- *                      offset
- * @param[in] length    how many there were; the low 32 bits are used, and offsets wrap modulo 2^32
- * @invalidates the offsets that it lowers
- * @cost O(entries): follows the chains
+ * @param[in] offset    where the bytes were; offsets from there on are lowered, except that of an empty key
+ *                      at `offset` itself
+ * @param[in] length    the number of bytes removed; its low 32 bits are used, and offsets wrap modulo 2^32
+ * @invalidates copies of the offsets that it lowers
+ * @cost O(entries), along the chains
  * @level low
  */
 MUB_API void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length);
@@ -599,14 +593,14 @@ MUB_API void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length);
 /**
  * @defgroup hashd mub_hashd: a chained hash table from 32-bit integers to 64-bit values
  *
- * A hash table whose keys are 32-bit integers. A key is its own hash: it lies in bucket key mod the number of
- * buckets, so that consecutive keys fill consecutive buckets. Negative keys are passed as the unsigned
- * numbers of the same bits.
+ * A hash table whose keys are 32-bit integers. A key is its own hash: its bucket is the key modulo the number
+ * of buckets, so consecutive keys fill consecutive buckets. To use negative keys, cast them to the unsigned
+ * type.
  *
  * @{
  */
 
-/** One entry; it stays where it is until it is removed. */
+/** One entry; its address does not change until it is removed. */
 typedef struct mub_hashd_entry {
   struct mub_hashd_entry *next; /**< the next entry in the chain; NULL at its end */
   uint32_t key;                 /**< the key */
@@ -615,29 +609,23 @@ typedef struct mub_hashd_entry {
 
 /** A hash table whose keys are 32-bit integers. */
 typedef struct mub_hashd {
-  /** `items` are the chain heads; `count` is the number of buckets: 0, or 4 times a power of 2 */
-  mub_arrays buckets;
-  /** entries in the table */
-  int64_t count;
-  /** where the entries come from; NULL if there is none */
-  mub_pool *entry_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_entry_pool;
-  /** where value blocks come from; NULL if there is none */
-  mub_pool *value_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_value_pool;
+  mub_arrays buckets;       /**< `items`: the heads of the chains; `count`: 0, or 4 times a power of 2 */
+  int64_t count;            /**< entries in the table */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
 } mub_hashd;
 
 /**
- * Makes the record an empty table.
+ * Initialises an empty table.
  *
  * @param[out] table           the table
- * @param[in] with_entry_pool  not 0: make an entry pool that the table owns
- * @param[in] with_value_pool  not 0: make a value pool that the table owns
+ * @param[in] with_entry_pool  not 0: create an entry pool that the table owns
+ * @param[in] with_value_pool  not 0: create a value pool that the table owns
  * @return the table
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the table until mub_hashd_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the table until mub_hashd_term()
  * @invalidates nothing
  */
 MUB_API mub_hashd *mub_hashd_init(mub_hashd *table, int with_entry_pool, int with_value_pool);
@@ -645,24 +633,24 @@ MUB_API mub_hashd *mub_hashd_init(mub_hashd *table, int with_entry_pool, int wit
 /**
  * Releases everything that the table owns.
  *
- * Values are not visited. Entries in an external entry pool stay allocated there: call mub_hashd_remove_all()
+ * Values are not released. Entries in an external entry pool stay allocated: call mub_hashd_remove_all()
  * first to return them.
  *
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
- *   external pools stay the caller's
+ *   external pools remain the caller's
  * @invalidates all entries
  * @cost one release per chunk of the pools
  */
 MUB_API void mub_hashd_term(mub_hashd *table);
 
 /**
- * Exchanges two tables with their pools.
+ * Swaps two tables, including their pools.
  *
  * @param[in,out] a  one table
  * @param[in,out] b  the other table
  * @owner what one table owned now belongs to the other
- * @invalidates walks of both tables
+ * @invalidates iterations over both tables
  */
 MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
 
@@ -670,15 +658,15 @@ MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
  * Copies a table.
  *
  * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * places, and addresses are translated. A value that does not point into the value pool becomes 0, and so do
- * all values if the destination has no value pool of its own. External pools are shared, and the destination
- * gives up its own: entries are copied to fresh blocks of an external entry pool, and values are copied as
- * words if the source owns no value pool, so that both tables refer to the same blocks. A user pool is cloned
- * only if both user pools and `callback` are given.
+ * positions in the pool, and addresses are translated. A value that does not point into the value pool
+ * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
+ * and the destination releases its own: entries are copied to new blocks of an external entry pool. If the
+ * source does not own a value pool, values are copied as words, so both tables refer to the same blocks. A
+ * user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
- *                                       is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised table with the same flags; its old contents are
  *                                       dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
@@ -698,10 +686,9 @@ MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_use
                                    mub_clone_fn callback);
 
 /**
- * Computes a CRC hash of a key: the CRC-32 register of mub_hash_key() over the key's 4 bytes, least
- * significant first.
+ * Computes a CRC-32 of a key: that of mub_hash_key() over the key's 4 bytes, least significant byte first.
  *
- * The table does not use it; it is for callers who want their keys mixed.
+ * The table does not use it. Callers may apply it to keys that are badly distributed before they insert them.
  *
  * @param[in] key  the key
  * @return the hash
@@ -715,13 +702,13 @@ MUB_API uint32_t mub_hashd_key(uint32_t key);
  * @param[in,out] table   the table
  * @param[in] key         the key
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, which `value_out` and the entry already hold; NULL: not
- *                        called
+ * @param[in] init        called with the new block, after it is stored in the entry and in `*value_out`;
+ *                        NULL: not called
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of an iteration in progress
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @nullable init
  */
 MUB_API int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, mub_init_fn init);
@@ -743,12 +730,12 @@ MUB_API uint64_t mub_hashd_get(const mub_hashd *table, uint32_t key);
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @owner the value is stored as is; what it refers to remains the caller's
+ * @invalidates the bucket position of an iteration in progress
+ * @cost O(1) expected, amortised over the doublings of the buckets
  */
 MUB_API int mub_hashd_insert(mub_hashd *table, uint32_t key, uint64_t value);
 
@@ -759,10 +746,10 @@ MUB_API int mub_hashd_insert(mub_hashd *table, uint32_t key, uint64_t value);
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(1) expected
  */
@@ -784,9 +771,9 @@ MUB_API int mub_hashd_find(const mub_hashd *table, uint32_t key);
  * @param[in,out] table  the table
  * @param[in] key        the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry of the key
  * @cost O(1) expected
  */
@@ -795,16 +782,16 @@ MUB_API uint64_t mub_hashd_remove(mub_hashd *table, uint32_t key);
 /**
  * Removes a key and releases its value.
  *
- * The value's block goes back to an external value pool; in an owned one it stays allocated until the pool is
- * emptied.
+ * The value's block is returned to an external value pool; a block of an owned pool stays allocated until the
+ * pool is emptied.
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
  * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
  * @return the table
- * @failure NULL if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
- *   mub_pool_free()
- * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
+ * @failure NULL if the key is absent; if the pool's free stack cannot grow, a returned block is not reused:
+ *   see mub_pool_free()
+ * @owner the value is passed to `release`, its block is returned to an external value pool, and the entry to
  *   its pool
  * @invalidates the entry of the key
  * @cost O(1) expected
@@ -813,14 +800,14 @@ MUB_API uint64_t mub_hashd_remove(mub_hashd *table, uint32_t key);
 MUB_API mub_hashd *mub_hashd_free(mub_hashd *table, uint32_t key, mub_free_fn release);
 
 /**
- * Empties the table, which then has no buckets and can be used again.
+ * Empties the table and releases its buckets; the table can be used again.
  *
- * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ * Entries are returned to an external pool and owned pools are emptied. Values are not released.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries go back to their pool, and value blocks of an owned value pool are released with it; other
- *   values stay the caller's
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
+ *   other values remain the caller's
  * @invalidates all entries
  * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
  */
@@ -831,8 +818,8 @@ MUB_API void mub_hashd_remove_all(mub_hashd *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
  *   their pool
  * @invalidates all entries
  * @cost O(entries)
@@ -843,12 +830,12 @@ MUB_API void mub_hashd_free_all(mub_hashd *table, mub_free_fn release);
 /**
  * Returns every entry block to the entry pool, owned or external.
  *
- * Buckets and counts stay as they are and refer to blocks that the table no longer owns: call
- * mub_hashd_term() next. With an external pool, emptying the table would return the blocks a second time.
+ * Buckets and count are unchanged and refer to blocks that the table no longer owns: call mub_hashd_term()
+ * next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries go back to their pool, although the table still refers to them; values are not released
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
  * @level low
@@ -858,14 +845,14 @@ MUB_API void mub_hashd_remove_all_entry(mub_hashd *table);
 /**
  * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
  *
- * The values' blocks go back to an external value pool. Buckets and counts stay as they are: call
+ * The values' blocks are returned to an external value pool. Buckets and count are unchanged: call
  * mub_hashd_term() next, as after mub_hashd_remove_all_entry().
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   an external entry pool, although the table still refers to them
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
@@ -876,7 +863,7 @@ MUB_API void mub_hashd_free_all_entry(mub_hashd *table, mub_free_fn release);
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
- * Set its `value` in place; the entry does not move until it is removed.
+ * Set its `value` directly; the entry does not move until it is removed.
  *
  * @param[in,out] table   the table
  * @param[in] key         the key
@@ -884,8 +871,8 @@ MUB_API void mub_hashd_free_all_entry(mub_hashd *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of an iteration in progress
+ * @cost O(1) expected, amortised over the doublings of the buckets
  */
 MUB_API int mub_hashd_entry_set(mub_hashd *table, uint32_t key, mub_hashd_entry **entry_out);
 
@@ -902,10 +889,10 @@ MUB_API int mub_hashd_entry_set(mub_hashd *table, uint32_t key, mub_hashd_entry 
 MUB_API mub_hashd_entry *mub_hashd_entry_get(const mub_hashd *table, uint32_t key);
 
 /**
- * Starts a walk over the entries: bucket by bucket, the oldest entry first within a chain.
+ * Starts an iteration over the entries: bucket by bucket, the oldest entry of each chain first.
  *
- * Insertions may change that order. Step past an entry before you remove it: a walk cannot continue from a
- * removed one.
+ * Insertions may change that order. To remove the current entry, advance to the next one first: an iteration
+ * cannot continue from a removed entry.
  *
  * @param[in] table        the table
  * @param[out] bucket_out  receives the bucket, for mub_hashd_entry_next()
@@ -917,7 +904,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_get(const mub_hashd *table, uint32_t ke
 MUB_API mub_hashd_entry *mub_hashd_entry_first(const mub_hashd *table, int64_t *bucket_out);
 
 /**
- * Steps to the next entry.
+ * Advances to the next entry.
  *
  * @param[in] table          the table
  * @param[in,out] bucket_io  the bucket, as the previous call left it; unchanged at the end
@@ -931,14 +918,14 @@ MUB_API mub_hashd_entry *mub_hashd_entry_next(const mub_hashd *table, int64_t *b
                                               const mub_hashd_entry *entry);
 
 /**
- * Finds a key in a bucket, or links a new block at the end of the chain, with `next` NULL and `value` 0.
+ * Finds a key in a bucket, or appends a new entry to the chain, with `next` NULL and `value` 0.
  *
- * The key is not stored: the caller fills it in and counts the entry.
+ * The key is not stored: the caller stores it and counts the entry.
  *
  * @param[in,out] table      the table
- * @param[in] bucket         where to look: 0 to the number of buckets less 1
+ * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
  * @param[in] key            the key
- * @param[out] inserted_out  receives 1 if the block is new, else 0
+ * @param[out] inserted_out  receives 1 if the entry is new, else 0
  * @return the entry
  * @failure NULL if no block can be allocated
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
@@ -953,7 +940,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_new(mub_hashd *table, int64_t bucket, u
  * Finds a key in a bucket.
  *
  * @param[in] table   the table
- * @param[in] bucket  where to look: 0 to the number of buckets less 1
+ * @param[in] bucket  the bucket to search, from 0 to the number of buckets less 1
  * @param[in] key     the key
  * @return the entry
  * @failure NULL if there is none
@@ -969,25 +956,25 @@ MUB_API mub_hashd_entry *mub_hashd_entry_find(const mub_hashd *table, int64_t bu
  * The count is unchanged.
  *
  * @param[in,out] table  the table
- * @param[in] bucket     where to look: 0 to the number of buckets less 1
+ * @param[in] bucket     the bucket to search, from 0 to the number of buckets less 1
  * @param[in] key        the key
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
- * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates a walk that stands on the entry
+ * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @invalidates an iteration that is at the entry
  * @cost O(entries in the bucket)
  * @level low
  */
 MUB_API mub_hashd_entry *mub_hashd_entry_remove(mub_hashd *table, int64_t bucket, uint32_t key);
 
 /**
- * Doubles the buckets.
+ * Doubles the number of buckets.
  *
- * Chains keep their order. Does nothing without buckets.
+ * Chains keep their order. Does nothing if there are no buckets.
  *
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
- * @invalidates the bucket position of a running walk
+ * @invalidates the bucket position of an iteration in progress
  * @cost O(entries)
  * @level low
  */
@@ -1002,8 +989,8 @@ MUB_API void mub_hashd_expand(mub_hashd *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of an iteration in progress
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @level low
  */
 MUB_API mub_hashd_entry *mub_hashd_insert_t(mub_hashd *table, uint32_t key, int *inserted_out);
@@ -1030,8 +1017,8 @@ MUB_API mub_hashd_entry *mub_hashd_find_t(const mub_hashd *table, uint32_t key);
  * @param[in] key        the key
  * @return the entry
  * @failure NULL if the key is absent
- * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates a walk that stands on the entry
+ * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @invalidates an iteration that is at the entry
  * @cost O(1) expected
  * @level low
  */
@@ -1042,13 +1029,13 @@ MUB_API mub_hashd_entry *mub_hashd_remove_t(mub_hashd *table, uint32_t key);
 /**
  * @defgroup hashx mub_hashx: a chained hash table from 64-bit integers to 64-bit values
  *
- * A hash table whose keys are 64-bit integers. A key is its own hash, as in mub_hashd: it lies in bucket key
- * mod the number of buckets.
+ * A hash table whose keys are 64-bit integers. A key is its own hash, as in mub_hashd: its bucket is the key
+ * modulo the number of buckets.
  *
  * @{
  */
 
-/** One entry; it stays where it is until it is removed. */
+/** One entry; its address does not change until it is removed. */
 typedef struct mub_hashx_entry {
   struct mub_hashx_entry *next; /**< the next entry in the chain; NULL at its end */
   uint64_t key;                 /**< the key */
@@ -1057,29 +1044,23 @@ typedef struct mub_hashx_entry {
 
 /** A hash table whose keys are 64-bit integers. */
 typedef struct mub_hashx {
-  /** `items` are the chain heads; `count` is the number of buckets: 0, or 4 times a power of 2 */
-  mub_arrays buckets;
-  /** entries in the table */
-  int64_t count;
-  /** where the entries come from; NULL if there is none */
-  mub_pool *entry_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_entry_pool;
-  /** where value blocks come from; NULL if there is none */
-  mub_pool *value_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_value_pool;
+  mub_arrays buckets;       /**< `items`: the heads of the chains; `count`: 0, or 4 times a power of 2 */
+  int64_t count;            /**< entries in the table */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
 } mub_hashx;
 
 /**
- * Makes the record an empty table.
+ * Initialises an empty table.
  *
  * @param[out] table           the table
- * @param[in] with_entry_pool  not 0: make an entry pool that the table owns
- * @param[in] with_value_pool  not 0: make a value pool that the table owns
+ * @param[in] with_entry_pool  not 0: create an entry pool that the table owns
+ * @param[in] with_value_pool  not 0: create a value pool that the table owns
  * @return the table
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the table until mub_hashx_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the table until mub_hashx_term()
  * @invalidates nothing
  */
 MUB_API mub_hashx *mub_hashx_init(mub_hashx *table, int with_entry_pool, int with_value_pool);
@@ -1087,24 +1068,24 @@ MUB_API mub_hashx *mub_hashx_init(mub_hashx *table, int with_entry_pool, int wit
 /**
  * Releases everything that the table owns.
  *
- * Values are not visited. Entries in an external entry pool stay allocated there: call mub_hashx_remove_all()
+ * Values are not released. Entries in an external entry pool stay allocated: call mub_hashx_remove_all()
  * first to return them.
  *
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
- *   external pools stay the caller's
+ *   external pools remain the caller's
  * @invalidates all entries
  * @cost one release per chunk of the pools
  */
 MUB_API void mub_hashx_term(mub_hashx *table);
 
 /**
- * Exchanges two tables with their pools.
+ * Swaps two tables, including their pools.
  *
  * @param[in,out] a  one table
  * @param[in,out] b  the other table
  * @owner what one table owned now belongs to the other
- * @invalidates walks of both tables
+ * @invalidates iterations over both tables
  */
 MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
 
@@ -1112,15 +1093,15 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
  * Copies a table.
  *
  * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * places, and addresses are translated. A value that does not point into the value pool becomes 0, and so do
- * all values if the destination has no value pool of its own. External pools are shared, and the destination
- * gives up its own: entries are copied to fresh blocks of an external entry pool, and values are copied as
- * words if the source owns no value pool, so that both tables refer to the same blocks. A user pool is cloned
- * only if both user pools and `callback` are given.
+ * positions in the pool, and addresses are translated. A value that does not point into the value pool
+ * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
+ * and the destination releases its own: entries are copied to new blocks of an external entry pool. If the
+ * source does not own a value pool, values are copied as words, so both tables refer to the same blocks. A
+ * user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
- *                                       is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised table with the same flags; its old contents are
  *                                       dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
@@ -1140,10 +1121,9 @@ MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_use
                                    mub_clone_fn callback);
 
 /**
- * Computes a CRC hash of a key: the CRC-32 register of mub_hash_key() over the key's 8 bytes, least
- * significant first.
+ * Computes a CRC-32 of a key: that of mub_hash_key() over the key's 8 bytes, least significant byte first.
  *
- * The table does not use it; it is for callers who want their keys mixed.
+ * The table does not use it. Callers may apply it to keys that are badly distributed before they insert them.
  *
  * @param[in] key  the key
  * @return the hash
@@ -1157,13 +1137,13 @@ MUB_API uint32_t mub_hashx_key(uint64_t key);
  * @param[in,out] table   the table
  * @param[in] key         the key
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, which `value_out` and the entry already hold; NULL: not
- *                        called
+ * @param[in] init        called with the new block, after it is stored in the entry and in `*value_out`;
+ *                        NULL: not called
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of an iteration in progress
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @nullable init
  */
 MUB_API int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, mub_init_fn init);
@@ -1185,12 +1165,12 @@ MUB_API uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key);
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @owner the value is stored as is; what it refers to remains the caller's
+ * @invalidates the bucket position of an iteration in progress
+ * @cost O(1) expected, amortised over the doublings of the buckets
  */
 MUB_API int mub_hashx_insert(mub_hashx *table, uint64_t key, uint64_t value);
 
@@ -1201,10 +1181,10 @@ MUB_API int mub_hashx_insert(mub_hashx *table, uint64_t key, uint64_t value);
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(1) expected
  */
@@ -1226,9 +1206,9 @@ MUB_API int mub_hashx_find(const mub_hashx *table, uint64_t key);
  * @param[in,out] table  the table
  * @param[in] key        the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry of the key
  * @cost O(1) expected
  */
@@ -1237,16 +1217,16 @@ MUB_API uint64_t mub_hashx_remove(mub_hashx *table, uint64_t key);
 /**
  * Removes a key and releases its value.
  *
- * The value's block goes back to an external value pool; in an owned one it stays allocated until the pool is
- * emptied.
+ * The value's block is returned to an external value pool; a block of an owned pool stays allocated until the
+ * pool is emptied.
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
  * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
  * @return the table
- * @failure NULL if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
- *   mub_pool_free()
- * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
+ * @failure NULL if the key is absent; if the pool's free stack cannot grow, a returned block is not reused:
+ *   see mub_pool_free()
+ * @owner the value is passed to `release`, its block is returned to an external value pool, and the entry to
  *   its pool
  * @invalidates the entry of the key
  * @cost O(1) expected
@@ -1255,14 +1235,14 @@ MUB_API uint64_t mub_hashx_remove(mub_hashx *table, uint64_t key);
 MUB_API mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn release);
 
 /**
- * Empties the table, which then has no buckets and can be used again.
+ * Empties the table and releases its buckets; the table can be used again.
  *
- * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ * Entries are returned to an external pool and owned pools are emptied. Values are not released.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries go back to their pool, and value blocks of an owned value pool are released with it; other
- *   values stay the caller's
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
+ *   other values remain the caller's
  * @invalidates all entries
  * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
  */
@@ -1273,8 +1253,8 @@ MUB_API void mub_hashx_remove_all(mub_hashx *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
  *   their pool
  * @invalidates all entries
  * @cost O(entries)
@@ -1285,12 +1265,12 @@ MUB_API void mub_hashx_free_all(mub_hashx *table, mub_free_fn release);
 /**
  * Returns every entry block to the entry pool, owned or external.
  *
- * Buckets and counts stay as they are and refer to blocks that the table no longer owns: call
- * mub_hashx_term() next. With an external pool, emptying the table would return the blocks a second time.
+ * Buckets and count are unchanged and refer to blocks that the table no longer owns: call mub_hashx_term()
+ * next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries go back to their pool, although the table still refers to them; values are not released
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
  * @level low
@@ -1300,14 +1280,14 @@ MUB_API void mub_hashx_remove_all_entry(mub_hashx *table);
 /**
  * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
  *
- * The values' blocks go back to an external value pool. Buckets and counts stay as they are: call
+ * The values' blocks are returned to an external value pool. Buckets and count are unchanged: call
  * mub_hashx_term() next, as after mub_hashx_remove_all_entry().
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   an external entry pool, although the table still refers to them
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
@@ -1318,7 +1298,7 @@ MUB_API void mub_hashx_free_all_entry(mub_hashx *table, mub_free_fn release);
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
- * Set its `value` in place; the entry does not move until it is removed.
+ * Set its `value` directly; the entry does not move until it is removed.
  *
  * @param[in,out] table   the table
  * @param[in] key         the key
@@ -1326,8 +1306,8 @@ MUB_API void mub_hashx_free_all_entry(mub_hashx *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of an iteration in progress
+ * @cost O(1) expected, amortised over the doublings of the buckets
  */
 MUB_API int mub_hashx_entry_set(mub_hashx *table, uint64_t key, mub_hashx_entry **entry_out);
 
@@ -1344,10 +1324,10 @@ MUB_API int mub_hashx_entry_set(mub_hashx *table, uint64_t key, mub_hashx_entry 
 MUB_API mub_hashx_entry *mub_hashx_entry_get(const mub_hashx *table, uint64_t key);
 
 /**
- * Starts a walk over the entries: bucket by bucket, the oldest entry first within a chain.
+ * Starts an iteration over the entries: bucket by bucket, the oldest entry of each chain first.
  *
- * Insertions may change that order. Step past an entry before you remove it: a walk cannot continue from a
- * removed one.
+ * Insertions may change that order. To remove the current entry, advance to the next one first: an iteration
+ * cannot continue from a removed entry.
  *
  * @param[in] table        the table
  * @param[out] bucket_out  receives the bucket, for mub_hashx_entry_next()
@@ -1359,7 +1339,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_get(const mub_hashx *table, uint64_t ke
 MUB_API mub_hashx_entry *mub_hashx_entry_first(const mub_hashx *table, int64_t *bucket_out);
 
 /**
- * Steps to the next entry.
+ * Advances to the next entry.
  *
  * @param[in] table          the table
  * @param[in,out] bucket_io  the bucket, as the previous call left it; unchanged at the end
@@ -1373,14 +1353,14 @@ MUB_API mub_hashx_entry *mub_hashx_entry_next(const mub_hashx *table, int64_t *b
                                               const mub_hashx_entry *entry);
 
 /**
- * Finds a key in a bucket, or links a new block at the end of the chain, with `next` NULL and `value` 0.
+ * Finds a key in a bucket, or appends a new entry to the chain, with `next` NULL and `value` 0.
  *
- * The key is not stored: the caller fills it in and counts the entry.
+ * The key is not stored: the caller stores it and counts the entry.
  *
  * @param[in,out] table      the table
- * @param[in] bucket         where to look: 0 to the number of buckets less 1
+ * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
  * @param[in] key            the key
- * @param[out] inserted_out  receives 1 if the block is new, else 0
+ * @param[out] inserted_out  receives 1 if the entry is new, else 0
  * @return the entry
  * @failure NULL if no block can be allocated
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
@@ -1395,7 +1375,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_new(mub_hashx *table, int64_t bucket, u
  * Finds a key in a bucket.
  *
  * @param[in] table   the table
- * @param[in] bucket  where to look: 0 to the number of buckets less 1
+ * @param[in] bucket  the bucket to search, from 0 to the number of buckets less 1
  * @param[in] key     the key
  * @return the entry
  * @failure NULL if there is none
@@ -1411,25 +1391,25 @@ MUB_API mub_hashx_entry *mub_hashx_entry_find(const mub_hashx *table, int64_t bu
  * The count is unchanged.
  *
  * @param[in,out] table  the table
- * @param[in] bucket     where to look: 0 to the number of buckets less 1
+ * @param[in] bucket     the bucket to search, from 0 to the number of buckets less 1
  * @param[in] key        the key
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
- * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates a walk that stands on the entry
+ * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @invalidates an iteration that is at the entry
  * @cost O(entries in the bucket)
  * @level low
  */
 MUB_API mub_hashx_entry *mub_hashx_entry_remove(mub_hashx *table, int64_t bucket, uint64_t key);
 
 /**
- * Doubles the buckets.
+ * Doubles the number of buckets.
  *
- * Chains keep their order. Does nothing without buckets.
+ * Chains keep their order. Does nothing if there are no buckets.
  *
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
- * @invalidates the bucket position of a running walk
+ * @invalidates the bucket position of an iteration in progress
  * @cost O(entries)
  * @level low
  */
@@ -1444,8 +1424,8 @@ MUB_API void mub_hashx_expand(mub_hashx *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of a running walk
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket position of an iteration in progress
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @level low
  */
 MUB_API mub_hashx_entry *mub_hashx_insert_t(mub_hashx *table, uint64_t key, int *inserted_out);
@@ -1472,8 +1452,8 @@ MUB_API mub_hashx_entry *mub_hashx_find_t(const mub_hashx *table, uint64_t key);
  * @param[in] key        the key
  * @return the entry
  * @failure NULL if the key is absent
- * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates a walk that stands on the entry
+ * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @invalidates an iteration that is at the entry
  * @cost O(1) expected
  * @level low
  */
@@ -1485,12 +1465,13 @@ MUB_API mub_hashx_entry *mub_hashx_remove_t(mub_hashx *table, uint64_t key);
  * @defgroup hasht mub_hasht: a chained hash table from 16-byte keys to 64-bit values
  *
  * A hash table whose keys are 16 bytes, as four 32-bit words. A key is passed as a pointer to its words,
- * which insertions copy; its hash is mub_hasht_key(). No function walks over the entries.
+ * which are copied on insertion; its hash is mub_hasht_key(). There are no functions that iterate over the
+ * entries.
  *
  * @{
  */
 
-/** One entry; it stays where it is until it is removed. */
+/** One entry; its address does not change until it is removed. */
 typedef struct mub_hasht_entry {
   struct mub_hasht_entry *next; /**< the next entry in the chain; NULL at its end */
   uint32_t key[4];              /**< the key */
@@ -1499,29 +1480,23 @@ typedef struct mub_hasht_entry {
 
 /** A hash table whose keys are 16 bytes, as four 32-bit words. */
 typedef struct mub_hasht {
-  /** `items` are the chain heads; `count` is the number of buckets: 0, or 4 times a power of 2 */
-  mub_arrays buckets;
-  /** entries in the table */
-  int64_t count;
-  /** where the entries come from; NULL if there is none */
-  mub_pool *entry_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_entry_pool;
-  /** where value blocks come from; NULL if there is none */
-  mub_pool *value_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_value_pool;
+  mub_arrays buckets;       /**< `items`: the heads of the chains; `count`: 0, or 4 times a power of 2 */
+  int64_t count;            /**< entries in the table */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
 } mub_hasht;
 
 /**
- * Makes the record an empty table.
+ * Initialises an empty table.
  *
  * @param[out] table           the table
- * @param[in] with_entry_pool  not 0: make an entry pool that the table owns
- * @param[in] with_value_pool  not 0: make a value pool that the table owns
+ * @param[in] with_entry_pool  not 0: create an entry pool that the table owns
+ * @param[in] with_value_pool  not 0: create a value pool that the table owns
  * @return the table
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the table until mub_hasht_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the table until mub_hasht_term()
  * @invalidates nothing
  */
 MUB_API mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int with_value_pool);
@@ -1529,19 +1504,19 @@ MUB_API mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int wit
 /**
  * Releases everything that the table owns.
  *
- * Values are not visited. Entries in an external entry pool stay allocated there: call mub_hasht_remove_all()
+ * Values are not released. Entries in an external entry pool stay allocated: call mub_hasht_remove_all()
  * first to return them.
  *
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
- *   external pools stay the caller's
+ *   external pools remain the caller's
  * @invalidates all entries
  * @cost one release per chunk of the pools
  */
 MUB_API void mub_hasht_term(mub_hasht *table);
 
 /**
- * Exchanges two tables with their pools.
+ * Swaps two tables, including their pools.
  *
  * @param[in,out] a  one table
  * @param[in,out] b  the other table
@@ -1554,15 +1529,15 @@ MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
  * Copies a table.
  *
  * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * places, and addresses are translated. A value that does not point into the value pool becomes 0, and so do
- * all values if the destination has no value pool of its own. External pools are shared, and the destination
- * gives up its own: entries are copied to fresh blocks of an external entry pool, and values are copied as
- * words if the source owns no value pool, so that both tables refer to the same blocks. A user pool is cloned
- * only if both user pools and `callback` are given.
+ * positions in the pool, and addresses are translated. A value that does not point into the value pool
+ * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
+ * and the destination releases its own: entries are copied to new blocks of an external entry pool. If the
+ * source does not own a value pool, values are copied as words, so both tables refer to the same blocks. A
+ * user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values refer to and that is cloned too; NULL if there
- *                                       is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised table with the same flags; its old contents are
  *                                       dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
@@ -1582,8 +1557,8 @@ MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_use
                                    mub_clone_fn callback);
 
 /**
- * Computes the hash of a key: the CRC-32 register of mub_hash_key() over its 16 bytes, word by word, least
- * significant byte first.
+ * Computes the hash of a key: the CRC-32 of mub_hash_key() over its 16 bytes, word by word, least significant
+ * byte first.
  *
  * @param[in] key  the four words of the key
  * @return the hash
@@ -1598,7 +1573,7 @@ MUB_API uint32_t mub_hasht_key(const uint32_t *key);
  * @param[in] a  the four words of one key
  * @param[in] b  the four words of the other
  * @return 0 if they are equal, else the difference of the first unequal words, word of `a` minus word of `b`,
- *   cut to a signed 32-bit number: its sign is no order
+ *   truncated to a signed 32-bit number; its sign does not define an order
  * @bounds a[4], b[4]
  * @level low
  */
@@ -1621,13 +1596,13 @@ MUB_API void mub_hasht_copy(uint32_t *destination, const uint32_t *source);
  * @param[in,out] table   the table
  * @param[in] key         the four words of the key, which are copied
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
- * @param[in] init        called with the new block, which `value_out` and the entry already hold; NULL: not
- *                        called
+ * @param[in] init        called with the new block, after it is stored in the entry and in `*value_out`;
+ *                        NULL: not called
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket numbers of entries, if the buckets double
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket numbers of entries, if the number of buckets doubles
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[4]
  * @nullable init
  */
@@ -1651,12 +1626,12 @@ MUB_API uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key);
  *
  * @param[in,out] table  the table
  * @param[in] key        the four words of the key, which are copied
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates the bucket numbers of entries, if the buckets double
- * @cost O(1) expected; doubles the buckets now and then
+ * @owner the value is stored as is; what it refers to remains the caller's
+ * @invalidates the bucket numbers of entries, if the number of buckets doubles
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[4]
  */
 MUB_API int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t value);
@@ -1668,10 +1643,10 @@ MUB_API int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t val
  *
  * @param[in,out] table  the table
  * @param[in] key        the four words of the key
- * @param[in] value      any word, 0 included
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent
- * @owner the previous value is returned and not released; the new one is kept as it is
+ * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
  * @cost O(1) expected
  * @bounds key[4]
@@ -1695,9 +1670,9 @@ MUB_API int mub_hasht_find(const mub_hasht *table, const uint32_t *key);
  * @param[in,out] table  the table
  * @param[in] key        the four words of the key
  * @return the value
- * @failure 0 if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
+ * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry of the key
  * @cost O(1) expected
  * @bounds key[4]
@@ -1707,16 +1682,16 @@ MUB_API uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key);
 /**
  * Removes a key and releases its value.
  *
- * The value's block goes back to an external value pool; in an owned one it stays allocated until the pool is
- * emptied.
+ * The value's block is returned to an external value pool; a block of an owned pool stays allocated until the
+ * pool is emptied.
  *
  * @param[in,out] table  the table
  * @param[in] key        the four words of the key
  * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
  * @return the table
- * @failure NULL if the key is absent; a block for which the pool's free stack cannot grow is not reused: see
- *   mub_pool_free()
- * @owner the value is passed to `release`, its block goes back to an external value pool, and the entry to
+ * @failure NULL if the key is absent; if the pool's free stack cannot grow, a returned block is not reused:
+ *   see mub_pool_free()
+ * @owner the value is passed to `release`, its block is returned to an external value pool, and the entry to
  *   its pool
  * @invalidates the entry of the key
  * @cost O(1) expected
@@ -1726,14 +1701,14 @@ MUB_API uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key);
 MUB_API mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_free_fn release);
 
 /**
- * Empties the table, which then has no buckets and can be used again.
+ * Empties the table and releases its buckets; the table can be used again.
  *
- * Entries go back to an external pool, owned pools are emptied, and values are not visited.
+ * Entries are returned to an external pool and owned pools are emptied. Values are not released.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries go back to their pool, and value blocks of an owned value pool are released with it; other
- *   values stay the caller's
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
+ *   other values remain the caller's
  * @invalidates all entries
  * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
  */
@@ -1744,8 +1719,8 @@ MUB_API void mub_hasht_remove_all(mub_hasht *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool, and entries to
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
  *   their pool
  * @invalidates all entries
  * @cost O(entries)
@@ -1756,12 +1731,12 @@ MUB_API void mub_hasht_free_all(mub_hasht *table, mub_free_fn release);
 /**
  * Returns every entry block to the entry pool, owned or external.
  *
- * Buckets and counts stay as they are and refer to blocks that the table no longer owns: call
- * mub_hasht_term() next. With an external pool, emptying the table would return the blocks a second time.
+ * Buckets and count are unchanged and refer to blocks that the table no longer owns: call mub_hasht_term()
+ * next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner entries go back to their pool, although the table still refers to them; values are not released
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
  * @level low
@@ -1771,14 +1746,14 @@ MUB_API void mub_hasht_remove_all_entry(mub_hasht *table);
 /**
  * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
  *
- * The values' blocks go back to an external value pool. Buckets and counts stay as they are: call
+ * The values' blocks are returned to an external value pool. Buckets and count are unchanged: call
  * mub_hasht_term() next, as after mub_hasht_remove_all_entry().
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack cannot grow is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   an external entry pool, although the table still refers to them
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
@@ -1789,7 +1764,7 @@ MUB_API void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release);
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
- * Set its `value` in place; the entry does not move until it is removed.
+ * Set its `value` directly; the entry does not move until it is removed.
  *
  * @param[in,out] table   the table
  * @param[in] key         the four words of the key, which are copied
@@ -1797,8 +1772,8 @@ MUB_API void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket numbers of entries, if the buckets double
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket numbers of entries, if the number of buckets doubles
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[4]
  */
 MUB_API int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht_entry **entry_out);
@@ -1817,14 +1792,14 @@ MUB_API int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht
 MUB_API mub_hasht_entry *mub_hasht_entry_get(const mub_hasht *table, const uint32_t *key);
 
 /**
- * Finds a key in a bucket, or links a new block at the end of the chain, with `next` NULL and `value` 0.
+ * Finds a key in a bucket, or appends a new entry to the chain, with `next` NULL and `value` 0.
  *
- * The key is not stored: the caller fills it in and counts the entry.
+ * The key is not stored: the caller stores it and counts the entry.
  *
  * @param[in,out] table      the table
- * @param[in] bucket         where to look: 0 to the number of buckets less 1
+ * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
  * @param[in] key            the four words of the key
- * @param[out] inserted_out  receives 1 if the block is new, else 0
+ * @param[out] inserted_out  receives 1 if the entry is new, else 0
  * @return the entry
  * @failure NULL if no block can be allocated
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
@@ -1840,7 +1815,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_new(mub_hasht *table, int64_t bucket, c
  * Finds a key in a bucket.
  *
  * @param[in] table   the table
- * @param[in] bucket  where to look: 0 to the number of buckets less 1
+ * @param[in] bucket  the bucket to search, from 0 to the number of buckets less 1
  * @param[in] key     the four words of the key
  * @return the entry
  * @failure NULL if there is none
@@ -1857,12 +1832,12 @@ MUB_API mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bu
  * The count is unchanged.
  *
  * @param[in,out] table  the table
- * @param[in] bucket     where to look: 0 to the number of buckets less 1
+ * @param[in] bucket     the bucket to search, from 0 to the number of buckets less 1
  * @param[in] key        the four words of the key
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
- * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates the place of the entry in its chain
+ * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @invalidates the entry's position in its chain
  * @cost O(entries in the bucket)
  * @bounds key[4]
  * @level low
@@ -1870,9 +1845,9 @@ MUB_API mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bu
 MUB_API mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket, const uint32_t *key);
 
 /**
- * Doubles the buckets.
+ * Doubles the number of buckets.
  *
- * Chains keep their order. Does nothing without buckets.
+ * Chains keep their order. Does nothing if there are no buckets.
  *
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
@@ -1891,8 +1866,8 @@ MUB_API void mub_hasht_expand(mub_hasht *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket numbers of entries, if the buckets double
- * @cost O(1) expected; doubles the buckets now and then
+ * @invalidates the bucket numbers of entries, if the number of buckets doubles
+ * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[4]
  * @level low
  */
@@ -1921,8 +1896,8 @@ MUB_API mub_hasht_entry *mub_hasht_find_t(const mub_hasht *table, const uint32_t
  * @param[in] key        the four words of the key
  * @return the entry
  * @failure NULL if the key is absent
- * @owner the caller lowers the count and returns the entry to the entry pool
- * @invalidates the place of the entry in its chain
+ * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @invalidates the entry's position in its chain
  * @cost O(1) expected
  * @bounds key[4]
  * @level low

@@ -11,17 +11,19 @@
  *              key ──┐    key ──┐    key ──┐
  *     keys: [ bytes of all keys, packed in the order of insertion ]
  *
- * The order is the caller's: nothing is sorted, and keys and values may repeat. A position in a list is the
- * address of an entry: it stays valid, whatever else is added or removed, until that entry is removed.
+ * The caller determines the order: a list is not sorted, and may contain equal keys and values. A position in
+ * a list is the address of an entry. It remains valid until that entry is removed, whatever else is added or
+ * removed.
  *
- * **Entry pool.** A list needs one before its first addition: made by `_init`, or an external one, written
- * into `entry_pool`, with a block size of at least that of the list's entry (or block) record. Several lists
- * may share an external pool. Without an entry pool, additions fail as without memory.
+ * **Entry pool.** A list needs an entry pool before its first addition: one created by `_init`, or an
+ * external one stored in `entry_pool`, whose block size is at least that of the list's entry (or block)
+ * struct. Several lists may share an external pool. Without an entry pool, additions fail as if memory had
+ * run out.
  *
- * **Value pool.** Only the `_new` functions need one; they give every new entry a block of it. A pool made by
- * `_init` has no block size yet: store the size of your values in `value_pool->block_size` before the first
- * `_new`. Blocks of an owned value pool are released with the whole pool; single blocks go back to an
- * external pool only.
+ * **Value pool.** Only the `_new` functions need a value pool: they take a block for the value of every new
+ * entry. A pool created by `_init` has no block size: store the size of your values in
+ * `value_pool->block_size` before the first `_new`. Blocks are returned individually to an external pool
+ * only; those of an owned pool are released with the whole pool.
  *
  * What the everyday operations return:
  *
@@ -37,8 +39,8 @@
  * | `_remove_at`                        | the value, not released | 0 at NULL          |               |
  * | `_clone`                            | the destination         |                    | it, but empty |
  *
- * mub_listx_add_head() and mub_listx_add_tail() return the list, or NULL without memory. If only the block of
- * the value pool is missing, the `_new` functions return 0 and add value 0.
+ * mub_listx_add_head() and mub_listx_add_tail() return the list, or NULL if memory ran out. If memory runs
+ * out for the block of the value pool alone, the `_new` functions add value 0 and return 0.
  *
  * @{
  */
@@ -58,9 +60,9 @@ extern "C" {
  * @defgroup list mub_list: a doubly linked list of entries with byte-string keys
  *
  * A linked list of entries with keys. A key is `length` bytes at `key`; a negative length means that it ends
- * at its first NUL, and a NULL key is the empty key, which is a key like any other. Keys are copied. A key
- * that a function returns is a pointer into the key stream (NULL while the stream has no block) and a length,
- * valid until an addition or a removal. All keys of a list take at most 2^32 - 1 bytes.
+ * at its first NUL, and a NULL key is the empty key, which is valid. Keys are copied. A key that a function
+ * returns is a pointer into the key stream (NULL while the stream has no block) and a length, valid until an
+ * addition or a removal. The keys of a list take at most 2^32 - 1 bytes in total.
  *
  * @{
  */
@@ -68,45 +70,37 @@ extern "C" {
 /**
  * One entry.
  *
- * An entry stays where it is until it is removed. Its key offset may change when another entry is removed.
+ * Its address does not change until it is removed. Its `key_offset` may change when another entry is removed.
  */
 typedef struct mub_list_entry {
   struct mub_list_entry *prev; /**< the previous entry; NULL at the head */
   struct mub_list_entry *next; /**< the next entry; NULL at the tail */
-  uint32_t key_offset;         /**< where the key's bytes start in the key stream */
-  uint32_t key_length;         /**< bytes of the key */
+  uint32_t key_offset;         /**< the key's offset in the key stream */
+  uint32_t key_length;         /**< the length of the key in bytes */
   uint64_t value;              /**< the caller's; may be changed in place */
 } mub_list_entry;
 
 /** A linked list of entries with keys. */
 typedef struct mub_list {
-  /** the first one; NULL if the list is empty */
-  mub_list_entry *head;
-  /** the last one; NULL if the list is empty */
-  mub_list_entry *tail;
-  /** entries */
-  int64_t count;
-  /** the key stream: the bytes of all keys in the order of insertion; at most 2^32 - 1 */
-  mub_stream keys;
-  /** where the entries come from; NULL if there is none */
-  mub_pool *entry_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_entry_pool;
-  /** where value blocks come from; NULL if there is none */
-  mub_pool *value_pool;
-  /** 1: made by `_init`, released by `_term` */
-  uint16_t owns_value_pool;
+  mub_list_entry *head;     /**< the first entry; NULL if the list is empty */
+  mub_list_entry *tail;     /**< the last entry; NULL if the list is empty */
+  int64_t count;            /**< entries in the list */
+  mub_stream keys;          /**< the key stream: all keys in the order of insertion; at most 2^32 - 1 bytes */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
 } mub_list;
 
 /**
- * Makes the record an empty list.
+ * Initialises an empty list.
  *
  * @param[out] list           the list
- * @param[in] own_entry_pool  not 0: make an entry pool that the list owns
- * @param[in] own_value_pool  not 0: make a value pool that the list owns
+ * @param[in] own_entry_pool  not 0: create an entry pool that the list owns
+ * @param[in] own_value_pool  not 0: create a value pool that the list owns
  * @return the list
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the list until mub_list_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the list until mub_list_term()
  * @invalidates nothing
  */
 MUB_API mub_list *mub_list_init(mub_list *list, int own_entry_pool, int own_value_pool);
@@ -114,19 +108,19 @@ MUB_API mub_list *mub_list_init(mub_list *list, int own_entry_pool, int own_valu
 /**
  * Releases everything that the list owns and returns entries to an external entry pool.
  *
- * Values are not visited. The list is then empty; the fields of its own pools are NULL and their flags 0.
+ * Values are not released. The list is then empty; the fields of owned pools are NULL and their flags 0.
  *
  * @param[in,out] list  the list
  * @return the list
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner what the list owns is released; values and external pools stay the caller's
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner what the list owns is released; values and external pools remain the caller's
  * @invalidates all entries, pointers to keys, and all value blocks of an owned pool
  * @cost one release per chunk of the pools; O(entries) with an external entry pool
  */
 MUB_API mub_list *mub_list_term(mub_list *list);
 
 /**
- * Exchanges two lists with their pools.
+ * Swaps two lists, including their pools.
  *
  * @param[in,out] a  one list
  * @param[in,out] b  the other list
@@ -138,23 +132,24 @@ MUB_API void mub_list_swap(mub_list *a, mub_list *b);
 /**
  * Copies a list.
  *
- * Owned pools are cloned: entries and value blocks keep their places in them, and addresses are translated. A
- * value that is no block of the value pool becomes 0, and so do all values if the destination has no value
- * pool of its own. External pools are shared, and the destination gives up its own pool: it takes fresh
- * blocks of an external entry pool, and with an external value pool, values are copied as words.
+ * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
+ * translated. A value that is not a block of the value pool becomes 0, and so do all values if the
+ * destination has no value pool of its own. External pools are shared, and the destination releases its own
+ * pool: entries are copied to new blocks of an external entry pool, and values are copied as words if the
+ * value pool is external.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both lists are the same.
  *
  * @param[in] source                     the list to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised list with the same flags; its old entries are dropped
  *                                       and their values not released
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
- * @param[in] callback                   called for every entry in turn, value 0 included, if the source owns
- *                                       its value pool; NULL: not called
+ * @param[in] callback                   called for every entry from the head on, value 0 included, if the
+ *                                       source owns its value pool; NULL: not called
  * @return the destination
  * @failure none; the destination is empty if memory runs out, or if it has no pool to take entries from
  * @owner the copy belongs to the destination; an external pool is shared by both lists
@@ -170,7 +165,7 @@ MUB_API mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_p
  * Takes a block of the entry pool.
  *
  * @param[in,out] list  the list
- * @return the entry, cleared and neither linked nor counted
+ * @return the entry, zero-filled, neither linked nor counted
  * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
@@ -179,15 +174,15 @@ MUB_API mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_p
 MUB_API mub_list_entry *mub_list_entry_new(mub_list *list);
 
 /**
- * Adds an entry before all others.
+ * Adds an entry at the head.
  *
  * @param[in,out] list  the list
  * @param[in] key       the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the entry
  * @failure NULL if memory ran out or the keys would exceed 2^32 - 1 bytes
- * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
+ * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
  * @cost O(length) amortised, for the bytes of the key
@@ -197,15 +192,15 @@ MUB_API mub_list_entry *mub_list_entry_new(mub_list *list);
 MUB_API mub_list_entry *mub_list_add_head(mub_list *list, const void *key, int64_t length, uint64_t value);
 
 /**
- * Adds an entry after all others.
+ * Adds an entry at the tail.
  *
  * @param[in,out] list  the list
  * @param[in] key       the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the entry
  * @failure NULL if memory ran out or the keys would exceed 2^32 - 1 bytes
- * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
+ * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
  * @cost O(length) amortised, for the bytes of the key
@@ -215,15 +210,15 @@ MUB_API mub_list_entry *mub_list_add_head(mub_list *list, const void *key, int64
 MUB_API mub_list_entry *mub_list_add_tail(mub_list *list, const void *key, int64_t length, uint64_t value);
 
 /**
- * Adds an entry before all others, with a block of the value pool as its value.
+ * Adds an entry at the head, with a new block of the value pool as its value.
  *
  * @param[in,out] list  the list
  * @param[in] key       the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] init      called with the new block before the entry is linked and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out or the keys would exceed 2^32 - 1 bytes; also 0 if there was no block, and the
- *   entry is added with value 0
+ * @failure 0 if memory ran out or the keys would exceed 2^32 - 1 bytes; also 0 if only the value pool had no
+ *   block, in which case the entry is added with value 0
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates pointers to keys
  * @cost O(length) amortised, for the bytes of the key
@@ -233,15 +228,15 @@ MUB_API mub_list_entry *mub_list_add_tail(mub_list *list, const void *key, int64
 MUB_API uint64_t mub_list_add_head_new(mub_list *list, const void *key, int64_t length, mub_init_fn init);
 
 /**
- * Adds an entry after all others, with a block of the value pool as its value.
+ * Adds an entry at the tail, with a new block of the value pool as its value.
  *
  * @param[in,out] list  the list
  * @param[in] key       the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length    bytes of the key; negative: up to its first NUL
  * @param[in] init      called with the new block before the entry is linked and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out or the keys would exceed 2^32 - 1 bytes; also 0 if there was no block, and the
- *   entry is added with value 0
+ * @failure 0 if memory ran out or the keys would exceed 2^32 - 1 bytes; also 0 if only the value pool had no
+ *   block, in which case the entry is added with value 0
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates pointers to keys
  * @cost O(length) amortised, for the bytes of the key
@@ -251,44 +246,44 @@ MUB_API uint64_t mub_list_add_head_new(mub_list *list, const void *key, int64_t 
 MUB_API uint64_t mub_list_add_tail_new(mub_list *list, const void *key, int64_t length, mub_init_fn init);
 
 /**
- * Adds a copy of every entry of another list before all others, in the order of `source`.
+ * Adds a copy of every entry of another list at the head, in the order of `source`.
  *
  * Values are copied as words.
  *
  * @param[in,out] list  the list
  * @param[in] source    the list to copy from; may be `list` itself
  * @failure nothing is added if memory runs out or the keys would exceed 2^32 - 1 bytes
- * @owner keys are copied; values are copied as words, so that both lists refer to the same things
+ * @owner keys are copied; values are copied as words, so both lists refer to the same data
  * @invalidates pointers to keys
  * @cost O(entries of `source` and the bytes of their keys)
  */
 MUB_API void mub_list_add_head_list(mub_list *list, const mub_list *source);
 
 /**
- * Adds a copy of every entry of another list after all others, in the order of `source`.
+ * Adds a copy of every entry of another list at the tail, in the order of `source`.
  *
  * Values are copied as words.
  *
  * @param[in,out] list  the list
  * @param[in] source    the list to copy from; may be `list` itself
  * @failure nothing is added if memory runs out or the keys would exceed 2^32 - 1 bytes
- * @owner keys are copied; values are copied as words, so that both lists refer to the same things
+ * @owner keys are copied; values are copied as words, so both lists refer to the same data
  * @invalidates pointers to keys
  * @cost O(entries of `source` and the bytes of their keys)
  */
 MUB_API void mub_list_add_tail_list(mub_list *list, const mub_list *source);
 
 /**
- * Adds an entry right before another.
+ * Inserts an entry before another.
  *
  * @param[in,out] list      the list
- * @param[in,out] position  the other entry; with NULL the new one goes before all others
+ * @param[in,out] position  the entry to insert before; NULL: the new entry becomes the head
  * @param[in] key           the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length        bytes of the key; negative: up to its first NUL
- * @param[in] value         any word, 0 included
+ * @param[in] value         any 64-bit word, 0 included
  * @return the entry
  * @failure NULL if memory ran out or the keys would exceed 2^32 - 1 bytes
- * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
+ * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
  * @cost O(length) amortised, for the bytes of the key
@@ -299,16 +294,16 @@ MUB_API mub_list_entry *mub_list_insert_before(mub_list *list, mub_list_entry *p
                                                int64_t length, uint64_t value);
 
 /**
- * Adds an entry right after another.
+ * Inserts an entry after another.
  *
  * @param[in,out] list      the list
- * @param[in,out] position  the other entry; with NULL the new one goes after all others
+ * @param[in,out] position  the entry to insert after; NULL: the new entry becomes the tail
  * @param[in] key           the bytes of the key, which are copied; NULL is the empty key
  * @param[in] length        bytes of the key; negative: up to its first NUL
- * @param[in] value         any word, 0 included
+ * @param[in] value         any 64-bit word, 0 included
  * @return the entry
  * @failure NULL if memory ran out or the keys would exceed 2^32 - 1 bytes
- * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
+ * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
  * @cost O(length) amortised, for the bytes of the key
@@ -342,9 +337,9 @@ MUB_API mub_list_entry *mub_list_get_tail_position(const mub_list *list);
  * Reads the first entry.
  *
  * @param[in] list     the list
- * @param[out] key     receives the address of its key, which has no NUL after it; NULL in an empty list, and
- *                     while the key stream has no block
- * @param[out] length  receives the bytes of the key; 0 in an empty list
+ * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL in an empty list,
+ *                     and while no key bytes are stored
+ * @param[out] length  receives the length of the key in bytes; 0 in an empty list
  * @return its value
  * @failure 0 in an empty list
  * @owner the key lies in the list's key stream, valid until an entry is added or removed; the value stays in
@@ -357,9 +352,9 @@ MUB_API uint64_t mub_list_get_head(const mub_list *list, const char **key, int64
  * Reads the last entry.
  *
  * @param[in] list     the list
- * @param[out] key     receives the address of its key, which has no NUL after it; NULL in an empty list, and
- *                     while the key stream has no block
- * @param[out] length  receives the bytes of the key; 0 in an empty list
+ * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL in an empty list,
+ *                     and while no key bytes are stored
+ * @param[out] length  receives the length of the key in bytes; 0 in an empty list
  * @return its value
  * @failure 0 in an empty list
  * @owner the key lies in the list's key stream, valid until an entry is added or removed; the value stays in
@@ -369,13 +364,13 @@ MUB_API uint64_t mub_list_get_head(const mub_list *list, const char **key, int64
 MUB_API uint64_t mub_list_get_tail(const mub_list *list, const char **key, int64_t *length);
 
 /**
- * Reads the entry at a position and steps towards the tail.
+ * Reads the entry at a position and advances to the next.
  *
  * @param[in] list          the list
  * @param[in,out] position  in: the entry to read, may be NULL; out: the entry after it, NULL after the tail
- * @param[out] key          receives the address of the key of the entry read, which has no NUL after it; NULL
- *                          at position NULL, and while the key stream has no block
- * @param[out] length       receives the bytes of the key; 0 at position NULL
+ * @param[out] key          receives the address of the entry's key, which is not NUL-terminated; NULL at
+ *                          position NULL, and while no key bytes are stored
+ * @param[out] length       receives the length of the key in bytes; 0 at position NULL
  * @return the value of the entry read
  * @failure 0 at position NULL
  * @owner the key lies in the list's key stream, valid until an entry is added or removed; the value stays in
@@ -386,13 +381,13 @@ MUB_API uint64_t mub_list_get_next(const mub_list *list, mub_list_entry **positi
                                    int64_t *length);
 
 /**
- * Reads the entry at a position and steps towards the head.
+ * Reads the entry at a position and moves back to the previous.
  *
  * @param[in] list          the list
  * @param[in,out] position  in: the entry to read, may be NULL; out: the entry before it, NULL before the head
- * @param[out] key          receives the address of the key of the entry read, which has no NUL after it; NULL
- *                          at position NULL, and while the key stream has no block
- * @param[out] length       receives the bytes of the key; 0 at position NULL
+ * @param[out] key          receives the address of the entry's key, which is not NUL-terminated; NULL at
+ *                          position NULL, and while no key bytes are stored
+ * @param[out] length       receives the length of the key in bytes; 0 at position NULL
  * @return the value of the entry read
  * @failure 0 at position NULL
  * @owner the key lies in the list's key stream, valid until an entry is added or removed; the value stays in
@@ -407,9 +402,9 @@ MUB_API uint64_t mub_list_get_prev(const mub_list *list, mub_list_entry **positi
  *
  * @param[in] list      the list
  * @param[in] position  the entry
- * @param[out] key      receives the address of its key, which has no NUL after it; NULL at position NULL, and
- *                      while the key stream has no block
- * @param[out] length   receives the bytes of the key; 0 at position NULL
+ * @param[out] key      receives the address of the key, which is not NUL-terminated; NULL at position NULL,
+ *                      and while no key bytes are stored
+ * @param[out] length   receives the length of the key in bytes; 0 at position NULL
  * @return its value
  * @failure 0 at position NULL
  * @owner the key lies in the list's key stream, valid until an entry is added or removed; the value stays in
@@ -421,12 +416,12 @@ MUB_API uint64_t mub_list_get_at(const mub_list *list, const mub_list_entry *pos
                                  int64_t *length);
 
 /**
- * Finds the first entry with a key; case counts.
+ * Finds the first entry with a key; the comparison is case-sensitive.
  *
  * @param[in] list    the list
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
- * @return the first such entry from the head
+ * @return the first such entry, from the head
  * @failure NULL if there is none
  * @owner the entry is a block of the entry pool and belongs to the list until it is removed
  * @cost O(entries)
@@ -440,12 +435,12 @@ MUB_API mub_list_entry *mub_list_find(const mub_list *list, const void *key, int
  *
  * @param[in,out] list  the list
  * @return the value
- * @failure 0 if the list is empty; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the list is empty; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry, and pointers to keys
- * @cost O(entries): the key's bytes are removed from the key stream and the offsets after them lowered, in
- *   one pass over memory if the list owns its entry pool; O(1) for an empty key
+ * @cost O(entries): the key's bytes are removed from the key stream and the offsets of later keys lowered, in
+ *   a sequential pass over memory if the list owns its entry pool; O(1) for an empty key
  */
 MUB_API uint64_t mub_list_remove_head(mub_list *list);
 
@@ -454,43 +449,43 @@ MUB_API uint64_t mub_list_remove_head(mub_list *list);
  *
  * @param[in,out] list  the list
  * @return the value
- * @failure 0 if the list is empty; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the list is empty; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry, and pointers to keys
- * @cost O(entries): the key's bytes are removed from the key stream and the offsets after them lowered, in
- *   one pass over memory if the list owns its entry pool; O(1) for an empty key
+ * @cost O(entries): the key's bytes are removed from the key stream and the offsets of later keys lowered, in
+ *   a sequential pass over memory if the list owns its entry pool; O(1) for an empty key
  */
 MUB_API uint64_t mub_list_remove_tail(mub_list *list);
 
 /**
  * Removes the entry at a position and returns its value, which is not released.
  *
- * The entry's block then has value 0.
+ * The value in the returned block is set to 0.
  *
  * @param[in,out] list      the list
  * @param[in,out] position  the entry; with NULL nothing happens
  * @return the value
- * @failure 0 at position NULL; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 at position NULL; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry, and pointers to keys
- * @cost O(entries): the key's bytes are removed from the key stream and the offsets after them lowered, in
- *   one pass over memory if the list owns its entry pool; O(1) for an empty key
+ * @cost O(entries): the key's bytes are removed from the key stream and the offsets of later keys lowered, in
+ *   a sequential pass over memory if the list owns its entry pool; O(1) for an empty key
  * @nullable position
  */
 MUB_API uint64_t mub_list_remove_at(mub_list *list, mub_list_entry *position);
 
 /**
- * Empties the list, which can be used again.
+ * Empties the list; it can be used again.
  *
- * Entries go back to an external pool, an owned entry pool is emptied, and the block of the key stream is
- * kept. Values are not visited, and an owned value pool keeps its blocks.
+ * Entries are returned to an external pool, an owned entry pool is emptied, and the memory of the key stream
+ * is kept. Values are not released, and an owned value pool keeps its blocks.
  *
  * @param[in,out] list  the list
  * @return the list
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to their pool; values are not released
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool; values are not released
  * @invalidates all entries, and pointers to keys
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -499,14 +494,14 @@ MUB_API mub_list *mub_list_remove_all(mub_list *list);
 /**
  * Releases every value that is not 0, then empties the list.
  *
- * The values' blocks go back to an external value pool, and an owned one is emptied. The block of the key
+ * The values' blocks are returned to an external value pool; an owned one is emptied. The memory of the key
  * stream is released too.
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   their pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to their pool
  * @invalidates all entries, pointers to keys, and the values
  * @cost O(entries)
  * @nullable release
@@ -514,14 +509,15 @@ MUB_API mub_list *mub_list_remove_all(mub_list *list);
 MUB_API void mub_list_free_all(mub_list *list, mub_free_fn release);
 
 /**
- * Returns every entry to an external entry pool; nothing happens with an owned one.
+ * Returns every entry to an external entry pool; does nothing if the pool is owned.
  *
- * Links and count stay as they are and refer to blocks that the list no longer owns: set `head` and `tail` to
- * NULL and `count` to 0 before anything else, mub_list_term() included.
+ * Links and count are unchanged and refer to blocks that the list no longer owns: set `head` and `tail` to
+ * NULL and `count` to 0 before any other call, mub_list_term() included.
  *
  * @param[in,out] list  the list
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to an external pool, although the list still refers to them; values are not released
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to an external pool, although the list still refers to them; values are not
+ *   released
  * @invalidates all entries, if their pool is external
  * @cost O(entries)
  * @level low
@@ -531,14 +527,14 @@ MUB_API void mub_list_remove_all_entry(mub_list *list);
 /**
  * Releases every value that is not 0 and returns the entries to an external entry pool.
  *
- * The values' blocks go back to an external value pool. Links and count stay as they are, as in
+ * The values' blocks are returned to an external value pool. Links and count are unchanged, as by
  * mub_list_remove_all_entry().
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   an external pool, although the list still refers to them
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to an external pool, although the list still refers to them
  * @invalidates the values; all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
@@ -547,12 +543,12 @@ MUB_API void mub_list_remove_all_entry(mub_list *list);
 MUB_API void mub_list_free_all_entry(mub_list *list, mub_free_fn release);
 
 /**
- * Lowers the key offsets after bytes were removed from the key stream: those beyond `offset`, and that of a
- * non-empty key at `offset` itself.
+ * Lowers the key offsets after key bytes were removed from the key stream: those above `offset`, and that of
+ * a non-empty key at `offset` itself.
  *
  * @param[in,out] list  the list
  * @param[in] offset    where the bytes were
- * @param[in] length    what the offsets are lowered by; its low 32 bits are used
+ * @param[in] length    the number of bytes removed; its low 32 bits are used
  * @invalidates nothing
  * @cost O(entries)
  * @level low
@@ -560,7 +556,7 @@ MUB_API void mub_list_free_all_entry(mub_list *list, mub_free_fn release);
 MUB_API void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length);
 
 /**
- * Adds the pieces of a text as keys with value 0 at the tail.
+ * Splits a text at a separator and adds the pieces at the tail, as keys with value 0.
  *
  * Each piece is trimmed as by mub_char_trim(). Empty pieces are added too, except the last: "a, ,b," gives
  * "a", "" and "b".
@@ -602,7 +598,7 @@ MUB_API void mub_list_to_string(const mub_list *list, int separator, mub_string 
  * @{
  */
 
-/** One entry; it stays where it is until it is removed. */
+/** One entry; its address does not change until it is removed. */
 typedef struct mub_lists_entry {
   struct mub_lists_entry *prev; /**< the previous entry; NULL at the head */
   struct mub_lists_entry *next; /**< the next entry; NULL at the tail */
@@ -611,24 +607,24 @@ typedef struct mub_lists_entry {
 
 /** A linked list of bare values. */
 typedef struct mub_lists {
-  mub_lists_entry *head;    /**< the first one; NULL if the list is empty */
-  mub_lists_entry *tail;    /**< the last one; NULL if the list is empty */
-  int64_t count;            /**< values */
-  mub_pool *entry_pool;     /**< where the entries come from; NULL if there is none */
-  uint16_t owns_entry_pool; /**< 1: made by `_init`, released by `_term` */
-  mub_pool *value_pool;     /**< where value blocks come from; NULL if there is none */
-  uint16_t owns_value_pool; /**< 1: made by `_init`, released by `_term` */
+  mub_lists_entry *head;    /**< the first entry; NULL if the list is empty */
+  mub_lists_entry *tail;    /**< the last entry; NULL if the list is empty */
+  int64_t count;            /**< values in the list */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
 } mub_lists;
 
 /**
- * Makes the record an empty list.
+ * Initialises an empty list.
  *
  * @param[out] list           the list
- * @param[in] own_entry_pool  not 0: make an entry pool that the list owns
- * @param[in] own_value_pool  not 0: make a value pool that the list owns
+ * @param[in] own_entry_pool  not 0: create an entry pool that the list owns
+ * @param[in] own_value_pool  not 0: create a value pool that the list owns
  * @return the list
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the list until mub_lists_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the list until mub_lists_term()
  * @invalidates nothing
  */
 MUB_API mub_lists *mub_lists_init(mub_lists *list, int own_entry_pool, int own_value_pool);
@@ -636,19 +632,19 @@ MUB_API mub_lists *mub_lists_init(mub_lists *list, int own_entry_pool, int own_v
 /**
  * Releases everything that the list owns and returns entries to an external entry pool.
  *
- * Values are not visited. The list is then empty; the fields of its own pools are NULL and their flags 0.
+ * Values are not released. The list is then empty; the fields of owned pools are NULL and their flags 0.
  *
  * @param[in,out] list  the list
  * @return the list
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner what the list owns is released; values and external pools stay the caller's
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner what the list owns is released; values and external pools remain the caller's
  * @invalidates all entries, and all value blocks of an owned pool
  * @cost one release per chunk of the pools; O(entries) with an external entry pool
  */
 MUB_API mub_lists *mub_lists_term(mub_lists *list);
 
 /**
- * Exchanges two lists with their pools.
+ * Swaps two lists, including their pools.
  *
  * @param[in,out] a  one list
  * @param[in,out] b  the other list
@@ -660,23 +656,24 @@ MUB_API void mub_lists_swap(mub_lists *a, mub_lists *b);
 /**
  * Copies a list.
  *
- * Owned pools are cloned: entries and value blocks keep their places in them, and addresses are translated. A
- * value that is no block of the value pool becomes 0, and so do all values if the destination has no value
- * pool of its own. External pools are shared, and the destination gives up its own pool: it takes fresh
- * blocks of an external entry pool, and with an external value pool, values are copied as words.
+ * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
+ * translated. A value that is not a block of the value pool becomes 0, and so do all values if the
+ * destination has no value pool of its own. External pools are shared, and the destination releases its own
+ * pool: entries are copied to new blocks of an external entry pool, and values are copied as words if the
+ * value pool is external.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both lists are the same.
  *
  * @param[in] source                     the list to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised list with the same flags; its old entries are dropped
  *                                       and their values not released
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
- * @param[in] callback                   called for every entry in turn, value 0 included, if the source owns
- *                                       its value pool; NULL: not called
+ * @param[in] callback                   called for every entry from the head on, value 0 included, if the
+ *                                       source owns its value pool; NULL: not called
  * @return the destination
  * @failure none; the destination is empty if memory runs out, or if it has no pool to take entries from
  * @owner the copy belongs to the destination; an external pool is shared by both lists
@@ -693,7 +690,7 @@ MUB_API mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_use
  * Takes a block of the entry pool.
  *
  * @param[in,out] list  the list
- * @return the entry, cleared and neither linked nor counted
+ * @return the entry, zero-filled, neither linked nor counted
  * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
@@ -702,38 +699,38 @@ MUB_API mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_use
 MUB_API mub_lists_entry *mub_lists_entry_new(mub_lists *list);
 
 /**
- * Adds a value before all others.
+ * Adds a value at the head.
  *
  * @param[in,out] list  the list
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the entry
  * @failure NULL if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
+ * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates nothing
  */
 MUB_API mub_lists_entry *mub_lists_add_head(mub_lists *list, uint64_t value);
 
 /**
- * Adds a value after all others.
+ * Adds a value at the tail.
  *
  * @param[in,out] list  the list
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the entry
  * @failure NULL if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
+ * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates nothing
  */
 MUB_API mub_lists_entry *mub_lists_add_tail(mub_lists *list, uint64_t value);
 
 /**
- * Adds a block of the value pool before all others.
+ * Adds a new block of the value pool at the head.
  *
  * @param[in,out] list  the list
  * @param[in] init      called with the new block before the entry is linked and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; also 0 if there was no block, and 0 is added
+ * @failure 0 if memory ran out; also 0 if only the value pool had no block, in which case value 0 is added
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates nothing
  * @nullable init
@@ -741,12 +738,12 @@ MUB_API mub_lists_entry *mub_lists_add_tail(mub_lists *list, uint64_t value);
 MUB_API uint64_t mub_lists_add_head_new(mub_lists *list, mub_init_fn init);
 
 /**
- * Adds a block of the value pool after all others.
+ * Adds a new block of the value pool at the tail.
  *
  * @param[in,out] list  the list
  * @param[in] init      called with the new block before the entry is linked and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; also 0 if there was no block, and 0 is added
+ * @failure 0 if memory ran out; also 0 if only the value pool had no block, in which case value 0 is added
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates nothing
  * @nullable init
@@ -754,38 +751,38 @@ MUB_API uint64_t mub_lists_add_head_new(mub_lists *list, mub_init_fn init);
 MUB_API uint64_t mub_lists_add_tail_new(mub_lists *list, mub_init_fn init);
 
 /**
- * Adds the values of another list before all others, in the order of `source`.
+ * Adds the values of another list at the head, in the order of `source`.
  *
  * @param[in,out] list  the list
  * @param[in] source    the list to copy from; may be `list` itself
  * @failure nothing is added if memory runs out
- * @owner values are copied as words, so that both lists refer to the same things
+ * @owner values are copied as words, so both lists refer to the same data
  * @invalidates nothing
  * @cost O(entries of `source`)
  */
 MUB_API void mub_lists_add_head_list(mub_lists *list, const mub_lists *source);
 
 /**
- * Adds the values of another list after all others, in the order of `source`.
+ * Adds the values of another list at the tail, in the order of `source`.
  *
  * @param[in,out] list  the list
  * @param[in] source    the list to copy from; may be `list` itself
  * @failure nothing is added if memory runs out
- * @owner values are copied as words, so that both lists refer to the same things
+ * @owner values are copied as words, so both lists refer to the same data
  * @invalidates nothing
  * @cost O(entries of `source`)
  */
 MUB_API void mub_lists_add_tail_list(mub_lists *list, const mub_lists *source);
 
 /**
- * Adds a value right before an entry.
+ * Inserts a value before an entry.
  *
  * @param[in,out] list      the list
- * @param[in,out] position  the entry; with NULL the value goes before all others
- * @param[in] value         any word, 0 included
+ * @param[in,out] position  the entry to insert before; NULL: the value is added at the head
+ * @param[in] value         any 64-bit word, 0 included
  * @return the new entry
  * @failure NULL if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
+ * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates nothing
  * @nullable position
@@ -793,14 +790,14 @@ MUB_API void mub_lists_add_tail_list(mub_lists *list, const mub_lists *source);
 MUB_API mub_lists_entry *mub_lists_insert_before(mub_lists *list, mub_lists_entry *position, uint64_t value);
 
 /**
- * Adds a value right after an entry.
+ * Inserts a value after an entry.
  *
  * @param[in,out] list      the list
- * @param[in,out] position  the entry; with NULL the value goes after all others
- * @param[in] value         any word, 0 included
+ * @param[in,out] position  the entry to insert after; NULL: the value is added at the tail
+ * @param[in] value         any 64-bit word, 0 included
  * @return the new entry
  * @failure NULL if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's; the entry is a block of the entry
+ * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates nothing
  * @nullable position
@@ -848,7 +845,7 @@ MUB_API uint64_t mub_lists_get_head(const mub_lists *list);
 MUB_API uint64_t mub_lists_get_tail(const mub_lists *list);
 
 /**
- * Reads the value at a position and steps towards the tail.
+ * Reads the value at a position and advances to the next.
  *
  * @param[in] list          the list
  * @param[in,out] position  in: the entry to read, may be NULL; out: the entry after it, NULL after the tail
@@ -859,7 +856,7 @@ MUB_API uint64_t mub_lists_get_tail(const mub_lists *list);
 MUB_API uint64_t mub_lists_get_next(const mub_lists *list, mub_lists_entry **position);
 
 /**
- * Reads the value at a position and steps towards the head.
+ * Reads the value at a position and moves back to the previous.
  *
  * @param[in] list          the list
  * @param[in,out] position  in: the entry to read, may be NULL; out: the entry before it, NULL before the head
@@ -885,8 +882,8 @@ MUB_API uint64_t mub_lists_get_at(const mub_lists *list, const mub_lists_entry *
  * Finds the first entry with a value.
  *
  * @param[in] list   the list
- * @param[in] value  any word, 0 included
- * @return the first such entry from the head
+ * @param[in] value  any 64-bit word, 0 included
+ * @return the first such entry, from the head
  * @failure NULL if there is none
  * @owner the entry is a block of the entry pool and belongs to the list until it is removed
  * @cost O(entries)
@@ -894,11 +891,11 @@ MUB_API uint64_t mub_lists_get_at(const mub_lists *list, const mub_lists_entry *
 MUB_API mub_lists_entry *mub_lists_find_at(const mub_lists *list, uint64_t value);
 
 /**
- * Finds the first entry whose value a comparer finds equal to a key.
+ * Finds the first entry whose value equals a key, by a comparator.
  *
  * @param[in] list     the list
- * @param[in] key      what to look for; passed to the comparer
- * @param[in] compare  called as `compare(value, key)` from the head on; 0 ends the search. NULL finds nothing
+ * @param[in] key      the key to look for; passed to the comparator
+ * @param[in] compare  called as `compare(value, key)` from the head on until it returns 0; NULL finds nothing
  * @return the entry
  * @failure NULL if there is none
  * @owner the entry is a block of the entry pool and belongs to the list until it is removed
@@ -908,13 +905,13 @@ MUB_API mub_lists_entry *mub_lists_find_at(const mub_lists *list, uint64_t value
 MUB_API mub_lists_entry *mub_lists_find(const mub_lists *list, uint64_t key, mub_compare_fn compare);
 
 /**
- * Finds the first entry whose value a comparer with a context finds equal to a key.
+ * Finds the first entry whose value equals a key, by a comparator with a context.
  *
  * @param[in] list     the list
- * @param[in] key      what to look for; passed to the comparer
- * @param[in] context  any word; passed to the comparer as its last argument
- * @param[in] compare  called as `compare(key, value, context)` from the head on; 0 ends the search. Unlike
- *                     that of mub_lists_find(), it gets the key first. NULL finds nothing
+ * @param[in] key      the key to look for; passed to the comparator
+ * @param[in] context  any 64-bit word; passed to the comparator as its last argument
+ * @param[in] compare  called as `compare(key, value, context)` from the head on until it returns 0; the key
+ *                     is its first argument, unlike in mub_lists_find(); NULL finds nothing
  * @return the entry
  * @failure NULL if there is none
  * @owner the entry is a block of the entry pool and belongs to the list until it is removed
@@ -925,56 +922,55 @@ MUB_API mub_lists_entry *mub_lists_find_x(const mub_lists *list, uint64_t key, u
                                           mub_compare_item_fn compare);
 
 /**
- * Removes the first value, which is not released.
+ * Removes the first value and returns it; it is not released.
  *
  * @param[in,out] list  the list
  * @return the value
- * @failure 0 if the list is empty; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the list is empty; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry
  */
 MUB_API uint64_t mub_lists_remove_head(mub_lists *list);
 
 /**
- * Removes the last value, which is not released.
+ * Removes the last value and returns it; it is not released.
  *
  * @param[in,out] list  the list
  * @return the value
- * @failure 0 if the list is empty; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the list is empty; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry
  */
 MUB_API uint64_t mub_lists_remove_tail(mub_lists *list);
 
 /**
- * Removes the value at a position, which is not released.
+ * Removes the value at a position and returns it; it is not released.
  *
- * The entry's block then has value 0.
+ * The value in the returned block is set to 0.
  *
  * @param[in,out] list      the list
  * @param[in,out] position  the entry; with NULL nothing happens
  * @return the value
- * @failure 0 at position NULL; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 at position NULL; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
- * @owner the value is returned and not released; the entry goes back to its pool
+ * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry
  * @nullable position
  */
 MUB_API uint64_t mub_lists_remove_at(mub_lists *list, mub_lists_entry *position);
 
 /**
- * Empties the list, which can be used again.
+ * Empties the list; it can be used again.
  *
- * Entries go back to an external pool, and owned pools are emptied: unlike in mub_list_remove_all(), an owned
- * value pool too. Values are not visited.
+ * Entries are returned to an external pool, and owned pools are emptied, including an owned value pool,
+ * unlike by mub_list_remove_all(). Values are not released.
  *
  * @param[in,out] list  the list
  * @return the list
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to their pool; values are not released, but the blocks of an owned value pool are
- *   gone
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool; values are not released, but an owned value pool is emptied
  * @invalidates all entries, and the value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -983,13 +979,13 @@ MUB_API mub_lists *mub_lists_remove_all(mub_lists *list);
 /**
  * Releases every value that is not 0, then empties the list.
  *
- * The values' blocks go back to an external value pool, and an owned one is emptied.
+ * The values' blocks are returned to an external value pool; an owned one is emptied.
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   their pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to their pool
  * @invalidates all entries, and the values
  * @cost O(entries)
  * @nullable release
@@ -999,12 +995,12 @@ MUB_API void mub_lists_free_all(mub_lists *list, mub_free_fn release);
 /**
  * Returns every entry to the entry pool, owned or external.
  *
- * Links and count stay as they are and refer to blocks that the list no longer owns: set `head` and `tail` to
- * NULL and `count` to 0 before anything else, mub_lists_term() included.
+ * Links and count are unchanged and refer to blocks that the list no longer owns: set `head` and `tail` to
+ * NULL and `count` to 0 before any other call, mub_lists_term() included.
  *
  * @param[in,out] list  the list
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to their pool, although the list still refers to them; values are not released
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool, although the list still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
  * @level low
@@ -1014,14 +1010,14 @@ MUB_API void mub_lists_remove_all_entry(mub_lists *list);
 /**
  * Releases every value that is not 0 and returns the entries to an external entry pool.
  *
- * The values' blocks go back to an external value pool. Links and count stay as they are, as in
+ * The values' blocks are returned to an external value pool. Links and count are unchanged, as by
  * mub_lists_remove_all_entry().
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   an external pool, although the list still refers to them
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to an external pool, although the list still refers to them
  * @invalidates the values; all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
@@ -1034,8 +1030,8 @@ MUB_API void mub_lists_free_all_entry(mub_lists *list, mub_free_fn release);
 /**
  * @defgroup listx mub_listx: a doubly linked list of blocks of up to 32 values
  *
- * A linked list of blocks of values. Values are added and removed only at the two ends. There are no
- * positions: read the blocks themselves,
+ * A linked list of blocks of values. Values are added and removed at the ends only. There are no positions;
+ * to iterate, read the blocks:
  *
  *     for (const mub_listx_block *block = list.head; block != NULL; block = block->next)
  *       for (int64_t i = 0; i < block->count; ++i) use(block->values[i]);
@@ -1048,29 +1044,29 @@ typedef struct mub_listx_block {
   struct mub_listx_block *prev; /**< the previous block; NULL at the head */
   struct mub_listx_block *next; /**< the next block; NULL at the tail */
   int64_t count;                /**< values in the block; 1 to 32 in a list */
-  uint64_t values[32];          /**< from slot 0 on; may be changed in place; spare slots hold anything */
+  uint64_t values[32];          /**< from index 0 on; may be changed in place; unused slots are unspecified */
 } mub_listx_block;
 
 /** A linked list of blocks of values. */
 typedef struct mub_listx {
-  mub_listx_block *head;    /**< the first one; NULL if the list is empty */
-  mub_listx_block *tail;    /**< the last one; NULL if the list is empty */
+  mub_listx_block *head;    /**< the first block; NULL if the list is empty */
+  mub_listx_block *tail;    /**< the last block; NULL if the list is empty */
   int64_t count;            /**< values in all blocks */
-  mub_pool *entry_pool;     /**< where the blocks come from; NULL if there is none */
-  uint16_t owns_entry_pool; /**< 1: made by `_init`, released by `_term` */
-  mub_pool *value_pool;     /**< where value blocks come from; NULL if there is none */
-  uint16_t owns_value_pool; /**< 1: made by `_init`, released by `_term` */
+  mub_pool *entry_pool;     /**< the pool of the blocks; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
 } mub_listx;
 
 /**
- * Makes the record an empty list.
+ * Initialises an empty list.
  *
  * @param[out] list           the list
- * @param[in] own_entry_pool  not 0: make an entry pool that the list owns
- * @param[in] own_value_pool  not 0: make a value pool that the list owns
+ * @param[in] own_entry_pool  not 0: create an entry pool that the list owns
+ * @param[in] own_value_pool  not 0: create a value pool that the list owns
  * @return the list
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the list until mub_listx_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the list until mub_listx_term()
  * @invalidates nothing
  */
 MUB_API mub_listx *mub_listx_init(mub_listx *list, int own_entry_pool, int own_value_pool);
@@ -1078,12 +1074,12 @@ MUB_API mub_listx *mub_listx_init(mub_listx *list, int own_entry_pool, int own_v
 /**
  * Releases everything that the list owns and returns blocks to an external entry pool.
  *
- * Values are not visited. The list is then empty; the fields of its own pools are NULL and their flags 0.
+ * Values are not released. The list is then empty; the fields of owned pools are NULL and their flags 0.
  *
  * @param[in,out] list  the list
  * @return the list
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner what the list owns is released; values and external pools stay the caller's
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner what the list owns is released; values and external pools remain the caller's
  * @invalidates all blocks, those of an owned value pool included
  * @cost one release per chunk of the pools; O(blocks) with an external entry pool
  */
@@ -1093,7 +1089,7 @@ MUB_API mub_listx *mub_listx_term(mub_listx *list);
  * Takes a block of the entry pool.
  *
  * @param[in,out] list  the list
- * @return the block, cleared and not linked
+ * @return the block, zero-filled and not linked
  * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
@@ -1102,52 +1098,52 @@ MUB_API mub_listx *mub_listx_term(mub_listx *list);
 MUB_API mub_listx_block *mub_listx_entry_new(mub_listx *list);
 
 /**
- * Adds a value before all others.
+ * Adds a value at the head.
  *
  * @param[in,out] list  the list
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the list
  * @failure NULL if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's
- * @invalidates positions in the head block, whose values move up unless the block is full
+ * @owner the value is stored as is; what it refers to remains the caller's
+ * @invalidates indexes in the head block, whose values move up unless the block is full
  * @cost O(1); at most 31 values move
  */
 MUB_API mub_listx *mub_listx_add_head(mub_listx *list, uint64_t value);
 
 /**
- * Adds a value after all others.
+ * Adds a value at the tail.
  *
  * @param[in,out] list  the list
- * @param[in] value     any word, 0 included
+ * @param[in] value     any 64-bit word, 0 included
  * @return the list
  * @failure NULL if memory ran out
- * @owner the value is kept as it is; what it refers to stays the caller's
+ * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates nothing
  * @cost O(1)
  */
 MUB_API mub_listx *mub_listx_add_tail(mub_listx *list, uint64_t value);
 
 /**
- * Adds a block of the value pool before all others.
+ * Adds a new block of the value pool at the head.
  *
  * @param[in,out] list  the list
  * @param[in] init      called with the new block before it is added and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; also 0 if there was no block of the value pool, and 0 is added
+ * @failure 0 if memory ran out; also 0 if only the value pool had no block, in which case value 0 is added
  * @owner the block belongs to the value pool; the list refers to it
- * @invalidates positions in the head block, whose values move up unless the block is full
+ * @invalidates indexes in the head block, whose values move up unless the block is full
  * @cost O(1); at most 31 values move
  * @nullable init
  */
 MUB_API uint64_t mub_listx_add_head_new(mub_listx *list, mub_init_fn init);
 
 /**
- * Adds a block of the value pool after all others.
+ * Adds a new block of the value pool at the tail.
  *
  * @param[in,out] list  the list
  * @param[in] init      called with the new block before it is added and counted; NULL: not called
  * @return the block
- * @failure 0 if memory ran out; also 0 if there was no block of the value pool, and 0 is added
+ * @failure 0 if memory ran out; also 0 if only the value pool had no block, in which case value 0 is added
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates nothing
  * @cost O(1)
@@ -1156,25 +1152,25 @@ MUB_API uint64_t mub_listx_add_head_new(mub_listx *list, mub_init_fn init);
 MUB_API uint64_t mub_listx_add_tail_new(mub_listx *list, mub_init_fn init);
 
 /**
- * Removes the first value, which is not released.
+ * Removes the first value and returns it; it is not released.
  *
  * @param[in,out] list  the list
  * @return the value
- * @failure 0 if the list is empty; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the list is empty; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released
- * @invalidates positions in the head block, whose values move down; the block itself, if this was its last
+ * @invalidates indexes in the head block, whose values move down, and the block itself if this was its last
  *   value
  * @cost O(1); at most 31 values move
  */
 MUB_API uint64_t mub_listx_remove_head(mub_listx *list);
 
 /**
- * Removes the last value, which is not released.
+ * Removes the last value and returns it; it is not released.
  *
  * @param[in,out] list  the list
  * @return the value
- * @failure 0 if the list is empty; a block for which the pool's free stack finds no memory is not reused: see
+ * @failure 0 if the list is empty; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released
  * @invalidates the tail block, if this was its last value
@@ -1182,15 +1178,15 @@ MUB_API uint64_t mub_listx_remove_head(mub_listx *list);
 MUB_API uint64_t mub_listx_remove_tail(mub_listx *list);
 
 /**
- * Empties the list, which can be used again.
+ * Empties the list; it can be used again.
  *
- * Blocks go back to an external pool, and an owned entry pool is emptied. Values are not visited, and an
- * owned value pool keeps its blocks.
+ * Blocks are returned to an external pool, and an owned entry pool is emptied. Values are not released, and
+ * an owned value pool keeps its blocks.
  *
  * @param[in,out] list  the list
  * @return the list
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner blocks go back to their pool; values are not released
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner blocks are returned to their pool; values are not released
  * @invalidates all blocks
  * @cost one release per chunk; O(blocks) with an external entry pool
  */
@@ -1199,13 +1195,13 @@ MUB_API mub_listx *mub_listx_remove_all(mub_listx *list);
 /**
  * Releases every value that is not 0, then empties the list.
  *
- * The values' blocks go back to an external value pool, and an owned one is emptied.
+ * The values' blocks are returned to an external value pool; an owned one is emptied.
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; the list's blocks
- *   go back to their pool
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; the list's
+ *   blocks are returned to their pool
  * @invalidates all blocks, and the values
  * @cost O(values)
  * @nullable release
@@ -1213,14 +1209,15 @@ MUB_API mub_listx *mub_listx_remove_all(mub_listx *list);
 MUB_API void mub_listx_free_all(mub_listx *list, mub_free_fn release);
 
 /**
- * Returns every block to an external entry pool; nothing happens with an owned one.
+ * Returns every block to an external entry pool; does nothing if the pool is owned.
  *
- * Links and count stay as they are and refer to blocks that the list no longer owns: set `head` and `tail` to
- * NULL and `count` to 0 before anything else, mub_listx_term() included.
+ * Links and count are unchanged and refer to blocks that the list no longer owns: set `head` and `tail` to
+ * NULL and `count` to 0 before any other call, mub_listx_term() included.
  *
  * @param[in,out] list  the list
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner blocks go back to an external pool, although the list still refers to them; values are not released
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner blocks are returned to an external pool, although the list still refers to them; values are not
+ *   released
  * @invalidates all blocks, if their pool is external
  * @cost O(blocks)
  * @level low
@@ -1231,13 +1228,13 @@ MUB_API void mub_listx_remove_all_entry(mub_listx *list);
  * Releases the values of every block like mub_listx_free_array(), then returns the block to an external entry
  * pool.
  *
- * Links and count stay as they are, as in mub_listx_remove_all_entry().
+ * Links and count are unchanged, as by mub_listx_remove_all_entry().
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; the list's blocks
- *   go back to an external pool, although the list still refers to them
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; the list's
+ *   blocks are returned to an external pool, although the list still refers to them
  * @invalidates the values; all blocks, if their pool is external
  * @cost O(values)
  * @nullable release
@@ -1248,13 +1245,13 @@ MUB_API void mub_listx_free_all_entry(mub_listx *list, mub_free_fn release);
 /**
  * Releases the values of one block that are not 0.
  *
- * Their blocks go back to an external value pool. The block keeps its count and the words of the values.
+ * Their blocks are returned to an external value pool. The list's block keeps its count and its words.
  *
  * @param[in,out] list   the list
  * @param[in,out] block  a block of the list
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool, although the
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool, although the
  *   list's block still holds it
  * @invalidates the values
  * @nullable release

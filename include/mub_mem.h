@@ -1,11 +1,11 @@
 /**
  * @defgroup mem mub_mem: counted bytes and NUL-terminated strings: copy, move, search, compare
  *
- * The heap pair, counted bytes and NUL-terminated strings.
+ * malloc and free, and functions for counted bytes and NUL-terminated strings.
  *
- * The functions `mub_mem_…` work on a pointer and a count of bytes. Bytes compare as unsigned values; nothing
- * is read or written for a count below 1. NULL is accepted with such a count only. The functions `mub_str_…`
- * work on text that ends with a NUL; NULL is accepted where a function says so.
+ * The functions `mub_mem_…` work on a pointer and a count of bytes. Bytes are compared as unsigned values.
+ * With a count below 1 nothing is read or written, and only then may the pointer be NULL. The functions
+ * `mub_str_…` work on NUL-terminated text; NULL is accepted where documented.
  *
  * What the operations return:
  *
@@ -28,9 +28,9 @@ extern "C" {
 #endif
 
 /**
- * Allocates memory; exactly the runtime's malloc.
+ * Allocates memory; the same as the C library's malloc.
  *
- * @param[in] size  bytes wanted
+ * @param[in] size  the number of bytes
  * @return the block
  * @failure NULL if memory ran out
  * @owner the block is the caller's; release it with mub_free() or free
@@ -38,10 +38,9 @@ extern "C" {
 MUB_API void *mub_malloc(uint64_t size);
 
 /**
- * Releases memory; exactly the runtime's free.
+ * Releases memory; the same as the C library's free.
  *
- * @param[in] block  a block from mub_malloc() or one that the library returned to the caller; NULL is
- *                   harmless
+ * @param[in] block  a block from mub_malloc() or one that the library returned to the caller; NULL is ignored
  * @owner the block is released
  * @invalidates the block
  * @nullable block
@@ -51,8 +50,8 @@ MUB_API void mub_free(void *block);
 /**
  * Sets bytes to 0.
  *
- * @param[out] destination  where the bytes go; NULL only with a count below 1
- * @param[in] count         how many bytes; below 1 there are none
+ * @param[out] destination  receives the bytes; NULL only with a count below 1
+ * @param[in] count         the number of bytes; below 1 there are none
  * @invalidates nothing
  * @cost O(count)
  * @bounds destination[count]
@@ -64,13 +63,13 @@ MUB_API void mub_mem_zero(void *destination, int64_t count);
  * Copies bytes forward, from low addresses to high, 8 bytes at a time.
  *
  * The ranges may overlap. A destination that begins inside the source range, 8 bytes or more above the
- * source, receives the first `destination - source` bytes repeated over its whole length; this fills memory
- * with a pattern. Every other overlap, and any distance of 7 bytes or less, copies as memmove does. The
- * distance is that of the low 32 bits of the addresses, as a signed number.
+ * source, receives the first `destination - source` bytes repeated over its whole length, which fills memory
+ * with a pattern. With any other overlap, and at a distance of 7 bytes or less, the function copies as
+ * memmove does. The distance is computed from the low 32 bits of the addresses, as a signed number.
  *
- * @param[out] destination  where the bytes go; NULL only with a count below 1
+ * @param[out] destination  receives the bytes; NULL only with a count below 1
  * @param[in] source        the bytes to copy; NULL only with a count below 1
- * @param[in] count         how many bytes; below 1 there are none
+ * @param[in] count         the number of bytes; below 1 there are none
  * @invalidates nothing
  * @cost O(count)
  * @bounds destination[count], source[count]
@@ -79,14 +78,14 @@ MUB_API void mub_mem_zero(void *destination, int64_t count);
 MUB_API void mub_mem_copy(void *destination, const void *source, int64_t count);
 
 /**
- * Copies bytes as mub_mem_copy() does, then clears the bytes of the source that are not part of the
- * destination.
+ * Copies bytes as mub_mem_copy() does, then sets the bytes of the source that are not part of the destination
+ * to 0.
  *
- * At a distance of 7 bytes or less nothing is cleared: the source is left as memmove leaves it.
+ * At a distance of 7 bytes or less nothing is set to 0: the source is as after memmove.
  *
- * @param[out] destination  where the bytes go; NULL only with a count below 1
+ * @param[out] destination  receives the bytes; NULL only with a count below 1
  * @param[in,out] source    the bytes to move; NULL only with a count below 1
- * @param[in] count         how many bytes; below 1 there are none
+ * @param[in] count         the number of bytes; below 1 there are none
  * @invalidates nothing
  * @cost O(count)
  * @bounds destination[count], source[count]
@@ -98,7 +97,7 @@ MUB_API void mub_mem_move(void *destination, void *source, int64_t count);
  * Finds the first occurrence of a byte.
  *
  * @param[in] data   the bytes to search; NULL only with a count below 1
- * @param[in] count  how many bytes; below 1 there are none
+ * @param[in] count  the number of bytes; below 1 there are none
  * @param[in] byte   the byte to find; its low 8 bits are used
  * @return its index
  * @failure -1 if there is none
@@ -112,7 +111,7 @@ MUB_API int64_t mub_mem_chr(const void *data, int64_t count, int byte);
  * Finds the last occurrence of a byte.
  *
  * @param[in] data   the bytes to search; NULL only with a count below 1
- * @param[in] count  how many bytes; below 1 there are none
+ * @param[in] count  the number of bytes; below 1 there are none
  * @param[in] byte   the byte to find; its low 8 bits are used
  * @return its index
  * @failure -1 if there is none
@@ -126,9 +125,9 @@ MUB_API int64_t mub_mem_rchr(const void *data, int64_t count, int byte);
  * Finds the first occurrence of a byte pattern.
  *
  * @param[in] data            the bytes to search; NULL only with a count below 1
- * @param[in] count           how many bytes; below 1 there are none
- * @param[in] pattern         at least one byte, which is always read
- * @param[in] pattern_length  bytes of the pattern; 1 or less looks for its first byte alone
+ * @param[in] count           the number of bytes; below 1 there are none
+ * @param[in] pattern         the pattern; its first byte is always read
+ * @param[in] pattern_length  bytes of the pattern; 1 or less searches for its first byte alone
  * @return its index
  * @failure -1 if there is none
  * @cost O(count + pattern_length)
@@ -138,14 +137,14 @@ MUB_API int64_t mub_mem_rchr(const void *data, int64_t count, int byte);
 MUB_API int64_t mub_mem_str(const void *data, int64_t count, const void *pattern, int64_t pattern_length);
 
 /**
- * Orders two byte ranges.
+ * Compares two byte ranges.
  *
  * @param[in] a         the first range; NULL only with a length below 1
  * @param[in] a_length  bytes of `a`; below 1 there are none
  * @param[in] b         the second range; NULL only with a length below 1
  * @param[in] b_length  bytes of `b`; below 1 there are none
- * @return the difference of the first two bytes that differ, that of `a` minus that of `b`; if there are
- *   none, the difference of the lengths, cut to 32 bits, so that a range sorts before what it is a prefix of
+ * @return the difference of the first two bytes that differ, that of `a` minus that of `b`; if none differ,
+ *   the difference of the lengths, truncated to 32 bits, so that a prefix of a range is less than the range
  * @cost O(count)
  * @bounds a[a_length], b[b_length]
  * @nullable a, b
@@ -153,14 +152,14 @@ MUB_API int64_t mub_mem_str(const void *data, int64_t count, const void *pattern
 MUB_API int mub_mem_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
 /**
- * Orders two byte ranges, with every byte passed through the runtime's tolower first.
+ * Compares two byte ranges without regard to case: every byte is first converted by the C library's tolower.
  *
  * @param[in] a         the first range; NULL only with a length below 1
  * @param[in] a_length  bytes of `a`; below 1 there are none
  * @param[in] b         the second range; NULL only with a length below 1
  * @param[in] b_length  bytes of `b`; below 1 there are none
- * @return the difference of the first two bytes that differ, that of `a` minus that of `b`; if there are
- *   none, the difference of the lengths, cut to 32 bits, so that a range sorts before what it is a prefix of
+ * @return the difference of the first two bytes that differ, that of `a` minus that of `b`; if none differ,
+ *   the difference of the lengths, truncated to 32 bits, so that a prefix of a range is less than the range
  * @cost O(count)
  * @bounds a[a_length], b[b_length]
  * @nullable a, b
@@ -168,14 +167,14 @@ MUB_API int mub_mem_cmp(const void *a, int64_t a_length, const void *b, int64_t 
 MUB_API int mub_mem_icmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
 /**
- * Replaces an owned string by a copy of a text, with a NUL after it.
+ * Replaces a string allocated with malloc by a NUL-terminated copy of a text.
  *
- * The old block is released, with free, after the copy is made, so that `source` may lie in it.
+ * The old string is released with free after the copy is made, so `source` may lie in it.
  *
- * @param[in,out] string  the address of the owned pointer, which may hold NULL
+ * @param[in,out] string  the address of the pointer to the string, which may be NULL
  * @param[in] source      the text to copy; NULL stores NULL; a text shorter than `length` is padded with NULs
  * @param[in] length      characters to copy; negative: up to the NUL
- * @failure the old string stays if memory runs out
+ * @failure the old string is kept if memory runs out
  * @owner the new block is the caller's; release it with free
  * @invalidates the old string
  * @cost O(length)
@@ -192,7 +191,7 @@ MUB_API void mub_str_dup(char **string, const char *source, int64_t length);
  *
  * @param[in,out] string  the string, changed in place and terminated if anything is removed; NULL does
  *                        nothing
- * @param[in] length      its length; 0 or less empties the string instead of trimming it
+ * @param[in] length      its length; if 0 or less, the string is emptied instead of trimmed
  * @invalidates nothing
  * @cost O(length)
  * @bounds string[length]
@@ -203,7 +202,7 @@ MUB_API void mub_str_trim(char *string, int64_t length);
 /**
  * Finds the first occurrence of a character.
  *
- * 0 finds the terminator.
+ * The character 0 finds the terminator.
  *
  * @param[in] string     the text to search, ending with a NUL; NULL has no characters
  * @param[in] character  the character to find, converted to a char as by strchr
@@ -217,7 +216,7 @@ MUB_API int64_t mub_str_chr(const char *string, int character);
 /**
  * Finds the last occurrence of a character.
  *
- * 0 finds the terminator.
+ * The character 0 finds the terminator.
  *
  * @param[in] string     the text to search, ending with a NUL; NULL has no characters
  * @param[in] character  the character to find, converted to a char as by strchr
@@ -231,7 +230,7 @@ MUB_API int64_t mub_str_rchr(const char *string, int character);
 /**
  * Finds the first occurrence of a text.
  *
- * An empty one is found at 0.
+ * An empty text is found at 0.
  *
  * @param[in] haystack  the text to search, ending with a NUL
  * @param[in] needle    the text to find, ending with a NUL
@@ -243,9 +242,9 @@ MUB_API int64_t mub_str_rchr(const char *string, int character);
 MUB_API int64_t mub_str_str(const char *haystack, const char *needle);
 
 /**
- * Orders two strings as strcmp does.
+ * Compares two strings as strcmp does.
  *
- * NULL sorts first and equals NULL.
+ * NULL is less than any string and equal to NULL.
  *
  * @param[in] a  one text, ending with a NUL
  * @param[in] b  the other text, ending with a NUL
@@ -256,9 +255,9 @@ MUB_API int64_t mub_str_str(const char *haystack, const char *needle);
 MUB_API int mub_str_cmp(const char *a, const char *b);
 
 /**
- * Orders two strings as strcasecmp does.
+ * Compares two strings as strcasecmp does.
  *
- * NULL sorts first and equals NULL.
+ * NULL is less than any string and equal to NULL.
  *
  * @param[in] a  one text, ending with a NUL
  * @param[in] b  the other text, ending with a NUL

@@ -1,20 +1,20 @@
 /**
  * @defgroup pool mub_pool: fixed-size blocks that never move, released all at once
  *
- * Fixed-size blocks, carved from zero-filled chunks and reused last in, first out.
+ * An allocator of fixed-size blocks, which are taken from zero-filled chunks and reused last in, first out.
  *
  *     chunks ──► chunk 0 [block][block] … [block]          free_pages ──► page 0 [address] … [address]
  *                chunk 1 [block][block]  (unused)                         page 1 [address]
  *                                      ▲ chunk_used                                      ▲ free_used
  *
- * Blocks never move. Chunks and pages stay allocated until mub_pool_empty(), which releases them all at once:
- * that is how a whole structure of nodes is released in a few calls. A pool, and every address kept in its
- * blocks, can be copied by address translation: mub_pool_map(), mub_pool_clone(), then mub_pool_get_addr()
- * and mub_pool_set_addr() for each address.
+ * Blocks never move. Chunks and pages stay allocated until mub_pool_empty() releases all of them, so that a
+ * whole structure of nodes is released in a few calls. To copy a pool whose blocks contain addresses of each
+ * other, use mub_pool_map() and mub_pool_clone(), then translate each address with mub_pool_get_addr() and
+ * mub_pool_set_addr().
  *
- * The owner sets `block_size` after mub_pool_init() and before the first block is taken, and changes it and
- * `blocks_per_chunk` later only after mub_pool_empty(). The pool does not check that a returned block is its
- * own, or that it is returned only once.
+ * Set `block_size` after mub_pool_init() and before you take the first block. Change it, or
+ * `blocks_per_chunk`, only after mub_pool_empty(). The pool does not check that a returned block belongs to
+ * it, or that it is returned only once.
  *
  * What the everyday operations return:
  *
@@ -40,30 +40,21 @@
 extern "C" {
 #endif
 
-/** Fixed-size blocks, carved from zero-filled chunks and reused last in, first out. */
+/**
+ * An allocator of fixed-size blocks, which are taken from zero-filled chunks and reused last in, first out.
+ */
 struct mub_pool {
-  /** bytes per block; 0: the pool gives no blocks */
-  int64_t block_size;
-  /** blocks per chunk, addresses per page; the first block taken or returned raises it to at least 16 */
-  int64_t blocks_per_chunk;
-  /** blocks taken and not returned */
-  int64_t live_count;
-  /** blocks taken from the last chunk in use; -1: no chunk is in use */
-  int64_t chunk_used;
-  /** chunks in use */
-  int64_t chunk_count;
-  /** slots of the table; those after `chunk_count` are NULL or hold spare chunks */
-  int64_t chunk_capacity;
-  /** the chunk table; NULL until a chunk is needed */
-  void **chunks;
-  /** addresses in the last free page; -1: no page is in use */
-  int64_t free_used;
-  /** free pages in use; all but the last are full */
-  int64_t free_count;
-  /** slots of the table; those after `free_count` are NULL or hold spare pages */
-  int64_t free_capacity;
-  /** the table of free pages, the stack of released blocks; NULL until the first release */
-  void **free_pages;
+  int64_t block_size;       /**< bytes per block; 0: no block can be taken */
+  int64_t blocks_per_chunk; /**< blocks per chunk, addresses per page; raised to at least 16 on first use */
+  int64_t live_count;       /**< blocks taken and not returned */
+  int64_t chunk_used;       /**< blocks taken from the last chunk in use; -1: no chunk is in use */
+  int64_t chunk_count;      /**< chunks in use */
+  int64_t chunk_capacity;   /**< slots in `chunks`; those from `chunk_count` on are NULL or spare chunks */
+  void **chunks;            /**< the chunk table; NULL until a block is taken */
+  int64_t free_used;        /**< addresses in the last free page; -1: no page is in use */
+  int64_t free_count;       /**< free pages in use; all but the last are full */
+  int64_t free_capacity;    /**< slots in `free_pages`; those from `free_count` on are NULL or spare pages */
+  void **free_pages;        /**< the free stack, pages of returned blocks; NULL until one is returned */
 };
 
 /** One chunk of a chunk map, which is sorted by address. */
@@ -72,21 +63,21 @@ struct mub_pool_chunk {
   uint64_t base; /**< the address of its first block */
 };
 
-/** A walk over the live blocks of a pool; made by mub_pool_iter_new(). */
+/** An iterator over the live blocks of a pool, created by mub_pool_iter_new(). */
 typedef struct mub_pool_iter {
-  int64_t chunk;      /**< chunk of the block returned last */
-  int64_t slot;       /**< its place in the chunk, in blocks */
-  void **free_blocks; /**< the released blocks, sorted; NULL if there were none */
-  mub_pool *pool;     /**< the pool that is walked */
+  int64_t chunk;      /**< the chunk of the last block returned */
+  int64_t slot;       /**< its index in the chunk */
+  void **free_blocks; /**< the returned blocks, sorted; NULL if there were none */
+  mub_pool *pool;     /**< the pool */
 } mub_pool_iter;
 
 /**
- * Makes the record an empty pool.
+ * Initialises an empty pool.
  *
  * Nothing is allocated; set `block_size` next.
  *
  * @param[out] pool  its old contents are ignored
- * @owner the record is the caller's
+ * @owner the record belongs to the caller
  * @invalidates nothing
  */
 MUB_API void mub_pool_init(mub_pool *pool);
@@ -99,27 +90,27 @@ MUB_API void mub_pool_init(mub_pool *pool);
  * @param[in,out] pool  the pool
  * @owner all blocks are released
  * @invalidates all blocks, chunk maps and iterators
- * @cost one release per chunk and page, whatever the number of blocks
+ * @cost one release per chunk and page, regardless of the number of blocks
  */
 MUB_API void mub_pool_term(mub_pool *pool);
 
 /**
- * Releases every chunk and page, and with them every block.
+ * Releases every chunk and page, and thereby every block.
  *
  * `block_size` and `blocks_per_chunk` are unchanged, so the pool can be used again at once.
  *
  * @param[in,out] pool  the pool
  * @owner all blocks are released
  * @invalidates all blocks, chunk maps and iterators
- * @cost one release per chunk and page, whatever the number of blocks
+ * @cost one release per chunk and page, regardless of the number of blocks
  */
 MUB_API void mub_pool_empty(mub_pool *pool);
 
 /**
- * Takes a block: the one released last, else a fresh one.
+ * Takes a block from the pool: the one returned last, or else a fresh one.
  *
  * @param[in,out] pool  the pool
- * @return the block, filled with zeros if it is fresh and as it was left if it is reused
+ * @return the block, zero-filled if it is fresh and with its old content if it is reused
  * @failure NULL if `block_size` is 0 or memory ran out
  * @owner the block belongs to the pool's user until it is returned or the pool is emptied
  * @invalidates iterators of the pool, and its chunk maps if it takes another chunk
@@ -128,12 +119,12 @@ MUB_API void mub_pool_empty(mub_pool *pool);
 MUB_API void *mub_pool_new(mub_pool *pool);
 
 /**
- * Returns a block, which becomes the next one to be reused.
+ * Returns a block to the pool; it is the next one to be reused.
  *
  * @param[in,out] pool  the pool
  * @param[in] block     a block of this pool; NULL is ignored
- * @failure if there is no memory for another page of the free stack, the block is dropped: it is not reused,
- *   it is released with its chunk, and iterators return it until then
+ * @failure if there is no memory for another page of the free stack, the block is never reused: it is
+ *   released with its chunk, and iterators return it until then
  * @owner the block goes back to the pool
  * @invalidates the block, and iterators of the pool
  * @nullable block
@@ -141,7 +132,7 @@ MUB_API void *mub_pool_new(mub_pool *pool);
 MUB_API void mub_pool_free(mub_pool *pool, void *block);
 
 /**
- * Makes room for one more chunk or page in a table: a full one grows by half its count, at least 4, to a
+ * Makes room for one more chunk or page in a table: a full table grows by half its count, by at least 4, to a
  * multiple of 4.
  *
  * @param[in,out] group  the address of the pool's `chunk_used` or `free_used`: the first of the four fields
@@ -156,7 +147,7 @@ MUB_API void mub_pool_expand(int64_t *group);
 /**
  * Pops the block released last off the free stack.
  *
- * `live_count` is unchanged; mub_pool_new() is the one that counts.
+ * `live_count` is not changed; mub_pool_new() updates it.
  *
  * @param[in,out] pool  the pool
  * @return the block
@@ -168,7 +159,7 @@ MUB_API void mub_pool_expand(int64_t *group);
 MUB_API void *mub_pool_from_empty(mub_pool *pool);
 
 /**
- * Exchanges two pools.
+ * Swaps two pools.
  *
  * Blocks keep their addresses.
  *
@@ -180,7 +171,7 @@ MUB_API void *mub_pool_from_empty(mub_pool *pool);
 MUB_API void mub_pool_swap(mub_pool *a, mub_pool *b);
 
 /**
- * Builds a chunk map: the chunks in use by ascending address, for mub_pool_get_addr().
+ * Builds a chunk map, the chunks in use sorted by address, for mub_pool_get_addr().
  *
  * @param[in] pool  the pool
  * @return a heap array of `chunk_count` elements, valid until the pool takes another chunk or is emptied
@@ -201,11 +192,11 @@ MUB_API mub_pool_chunk *mub_pool_map(const mub_pool *pool);
 MUB_API void mub_pool_umap(mub_pool_chunk *map);
 
 /**
- * Translates an address into a chunk and an offset, which are the same in a clone of the pool.
+ * Translates an address into a chunk index and an offset, which are the same in a clone of the pool.
  *
  * @param[in] pool     the pool
  * @param[in] map      the chunk map of `pool`; NULL finds nothing
- * @param[in] block    any address in a chunk, whose end is not checked; NULL is not found
+ * @param[in] block    any address in a chunk; the end of the chunk is not checked; NULL is not found
  * @param[out] offset  receives the distance in bytes from the start of the chunk; unchanged if nothing is
  *                     found
  * @return the index in the chunk table
@@ -217,36 +208,37 @@ MUB_API int mub_pool_get_addr(const mub_pool *pool, const mub_pool_chunk *map, c
                               int64_t *offset);
 
 /**
- * Translates a chunk and an offset back into an address.
+ * Translates a chunk index and an offset back into an address.
  *
  * @param[in] pool    the pool
- * @param[in] chunk   an index in the chunk table; too large a one is not detected
+ * @param[in] chunk   an index in the chunk table, not checked against the number of chunks
  * @param[in] offset  bytes from the start of the chunk
  * @return the address
  * @failure NULL for a negative index
- * @owner the address lies in a block of the pool, valid until that is returned or the pool is emptied
+ * @owner the address lies in a block of the pool and is valid until that block is returned or the pool is
+ *   emptied
  */
 MUB_API void *mub_pool_set_addr(const mub_pool *pool, int chunk, int64_t offset);
 
 /**
- * Copies a pool, chunk by chunk and byte for byte, and translates its free stack.
+ * Copies a pool chunk by chunk, byte for byte, and translates its free stack.
  *
- * Addresses stored in the blocks are copied as they are: translate them afterwards.
+ * Addresses stored in blocks are copied unchanged: translate them afterwards.
  *
  * @param[in] source           the pool to copy; it does not change
- * @param[in] map              the chunk map of `source`; with NULL, the copy reuses none of the released
- *                             blocks, and iterators return them
+ * @param[in] map              the chunk map of `source`; NULL: blocks that were returned to `source` are not
+ *                             reused by the copy, and iterators return them
  * @param[in,out] destination  an initialised pool, which is emptied first
  * @failure the destination is empty if memory runs out
  * @owner the copies of the chunks belong to the destination
  * @invalidates all blocks, chunk maps and iterators of the destination
- * @cost one allocation and one copy per chunk and page; O(log chunks) per released block
+ * @cost one allocation and one copy per chunk and page; O(log chunks) per returned block
  * @nullable map
  */
 MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, mub_pool *destination);
 
 /**
- * Orders two elements of a chunk map by address, for qsort.
+ * Compares two elements of a chunk map by address, for qsort.
  *
  * @param[in] a  the address of a mub_pool_chunk
  * @param[in] b  the address of another
@@ -259,7 +251,7 @@ MUB_API int mub_pool_compare(const void *a, const void *b);
  * Sorts a chunk map by address.
  *
  * @param[in,out] map  the map
- * @param[in] count    elements; below 1 does nothing
+ * @param[in] count    the number of elements; below 1 does nothing
  * @invalidates nothing
  * @cost O(count log count)
  * @bounds map[count]
@@ -270,11 +262,11 @@ MUB_API void mub_pool_sort(mub_pool_chunk *map, int64_t count);
 /**
  * Finds the chunk with the greatest address at or below an address.
  *
- * Only the low 32 bits of the distances are compared, which is exact while the chunks and the address lie
- * within 2 GiB of each other. mub_pool_get_addr() has no such limit.
+ * Only the low 32 bits of the distances are compared, which is correct as long as the chunks and the address
+ * lie within 2 GiB of each other. mub_pool_get_addr() does not have this limit.
  *
  * @param[in] map      a sorted map
- * @param[in] count    its elements
+ * @param[in] count    the number of its elements
  * @param[in] address  the address to look for, NULL included
  * @return the position in the map
  * @failure -1 if there is none
@@ -286,7 +278,7 @@ MUB_API void mub_pool_sort(mub_pool_chunk *map, int64_t count);
 MUB_API int mub_pool_bfind(const mub_pool_chunk *map, int64_t count, const void *address);
 
 /**
- * Orders two free blocks by address, for qsort and bsearch.
+ * Compares two free blocks by address, for qsort and bsearch.
  *
  * @param[in] a  the address of a block address
  * @param[in] b  the address of another
@@ -299,7 +291,7 @@ MUB_API int mub_pool_empty_compare(const void *a, const void *b);
  * Sorts block addresses.
  *
  * @param[in,out] blocks  the addresses
- * @param[in] count       how many there are; below 1 does nothing
+ * @param[in] count       the number of addresses; below 1 does nothing
  * @invalidates nothing
  * @cost O(count log count)
  * @bounds blocks[count]
@@ -311,7 +303,7 @@ MUB_API void mub_pool_empty_sort(void **blocks, int64_t count);
  * Checks whether a block is among sorted block addresses.
  *
  * @param[in] blocks  the sorted addresses; NULL holds none
- * @param[in] count   how many there are
+ * @param[in] count   the number of addresses
  * @param[in] block   the block to look for; NULL is not found
  * @return 1 if it is, else 0
  * @cost O(log count)
@@ -334,17 +326,17 @@ MUB_API int mub_pool_empty_find(void *const *blocks, int64_t count, const void *
 MUB_API void mub_pool_empty_array(const mub_pool *pool, void **out);
 
 /**
- * Prepares a walk over the live blocks.
+ * Creates an iterator over the live blocks.
  *
- * The pool must not change until the walk ends.
+ * The pool must not change during the iteration.
  *
  * @param[in,out] pool  the pool
  * @return the iterator
  * @failure NULL if memory ran out; the other iterator functions accept it and return no blocks
  * @owner the iterator is the caller's; release it with mub_pool_iter_free()
  * @invalidates nothing
- * @cost O(r log r) for r released blocks
- * @threads only reads the pool, like a function that takes it as const
+ * @cost O(r log r) for r returned blocks
+ * @threads the pool is only read, as by a function that takes it as const
  */
 MUB_API mub_pool_iter *mub_pool_iter_new(mub_pool *pool);
 
@@ -359,27 +351,27 @@ MUB_API mub_pool_iter *mub_pool_iter_new(mub_pool *pool);
 MUB_API void mub_pool_iter_free(mub_pool_iter *iter);
 
 /**
- * Starts the walk, or starts it again.
+ * Starts or restarts the iteration.
  *
- * @param[in,out] iter  the iterator, from mub_pool_iter_new(); NULL walks over no blocks
+ * @param[in,out] iter  the iterator, from mub_pool_iter_new(); NULL yields no blocks
  * @return the first live block
  * @failure NULL if there is none
- * @owner the block stays its user's
+ * @owner the block remains its user's
  * @invalidates nothing
- * @cost O(log r) for each block passed over, of r released blocks
+ * @cost O(log r) for each block visited or skipped, with r returned blocks
  * @nullable iter
  */
 MUB_API void *mub_pool_iter_first(mub_pool_iter *iter);
 
 /**
- * Steps to the next live block: chunk by chunk, in ascending order within each.
+ * Advances to the next live block: chunk by chunk, in ascending order within each.
  *
- * @param[in,out] iter  the iterator, from mub_pool_iter_new(); NULL walks over no blocks
+ * @param[in,out] iter  the iterator, from mub_pool_iter_new(); NULL yields no blocks
  * @return the block
  * @failure NULL at the end
- * @owner the block stays its user's
+ * @owner the block remains its user's
  * @invalidates nothing
- * @cost O(log r) for each block passed over, of r released blocks
+ * @cost O(log r) for each block visited or skipped, with r returned blocks
  * @nullable iter
  */
 MUB_API void *mub_pool_iter_next(mub_pool_iter *iter);

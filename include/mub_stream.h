@@ -7,24 +7,24 @@
  *     data ──► [ content ................ | spare ........... ]
  *                0                  length            capacity
  *
- * **Growth.** Operations that say "grows" enlarge the block if they need more: to what they need, or by half
- * the length if that is more (at least 8 bytes, at most 8 MiB at a time, and not past 2 GiB), rounded up to a
- * multiple of 8. Growth moves the block: every pointer into it is then invalid, while positions stay valid.
- * The block never shrinks; mub_stream_term() releases it.
+ * **Growth.** Operations that add content enlarge the block if needed: to the size needed, or by half the
+ * length if that is more (at least 8 bytes, at most 8 MiB at a time, and not past 2 GiB), rounded up to a
+ * multiple of 8. Growth moves the block: pointers into it are then invalid, positions remain valid. The block
+ * never shrinks; mub_stream_term() releases it.
  *
- * **Spare bytes.** Bytes after the length are 0 in a fresh block and keep their old content when the length
- * is cut. Indexes are bounded by the capacity, the cursor by the length.
+ * **Spare bytes.** Bytes after the length are 0 in a new block, and keep their old content when the length is
+ * reduced. Functions with an index are bounded by the capacity, functions with a cursor by the length.
  *
- * **Cursor.** The caller keeps a position, whose address each operation takes. A field that does not lie
- * wholly inside the content reads as 0, and is not written at all; unless documented otherwise the position
- * moves on in both cases, so that a position above the length shows a reader that the data was cut short.
- * Writers size the stream first, with mub_stream_expand() and mub_stream_shrink(): writing never grows it.
- * Bytes at a negative position read as 0 and cannot be written.
+ * **Cursor.** The caller keeps a position and passes its address to each operation. A field that does not lie
+ * wholly inside the content is read as 0 and not written. Unless documented otherwise the position advances
+ * even then, so a position above the length tells a reader that the data was truncated. Writing at a cursor
+ * never enlarges the stream: set its length first, with mub_stream_expand() and mub_stream_shrink(). Bytes at
+ * a negative position are read as 0 and not written.
  *
- * **Byte order.** Fields are little-endian whatever the machine.
+ * **Byte order.** Fields are little-endian on every machine.
  *
- * **Packed integers** take fewer bytes the smaller they are; the first byte's high bits give the number of
- * bytes that follow. There are three classes, and a reader must use the one that the writer used:
+ * **Packed integers** take fewer bytes for smaller numbers; the high bits of the first byte give the number
+ * of bytes that follow. There are three formats, and a reader must use that of the writer:
  *
  *     word    15 bits   1 or 2 bytes   0xxxxxxx, 1xxxxxxx then 8 bits
  *     dword   30 bits   1 to 4 bytes   how many bytes follow in 2 bits, then the value, highest byte first
@@ -34,13 +34,15 @@
  * one group of 8. The first group holds the highest bits, and each group is little-endian: 0x123456789ABCDE
  * is FE 12 56 34 DE BC 9A 78.
  *
- * A stream and a mub_string can exchange their blocks: both keep room for a terminator after the capacity.
+ * A stream and a mub_string can exchange their blocks, since both reserve a byte for a terminator after the
+ * capacity.
  *
  * What the everyday operations return:
  *
  * | operation                                | present    | absent, or outside the content | out of memory |
  * | ---------------------------------------- | ---------- | ------------------------------ | ------------- |
  * | `_append`, `_copy`, `_clone`             |            |                                | unchanged     |
+ * | mub_stream_clone_string()                | 1          |                                | 0, empty      |
  * | mub_stream_insert(), mub_stream_update() | 1          | 0, unchanged                   | 0, unchanged  |
  * | mub_stream_find(), mub_stream_find_pos() | the index  | -1                             |               |
  * | `_get_byte` to `_get_lword`              | the number | 0, the position moves on       |               |
@@ -66,22 +68,22 @@ extern "C" {
  * checksums.
  */
 typedef struct mub_stream {
-  uint8_t *data;    /**< the block, from malloc; NULL until something is stored */
+  uint8_t *data;    /**< the block, from malloc; NULL while nothing is allocated */
   int64_t length;   /**< bytes of content */
-  int64_t capacity; /**< bytes of content that fit the block; 0 without one */
+  int64_t capacity; /**< bytes of content that fit; 0 without a block */
 } mub_stream;
 
 /**
- * Makes the record an empty stream; nothing is allocated.
+ * Initialises an empty stream; nothing is allocated.
  *
  * @param[out] stream  its old contents are ignored
- * @owner the record is the caller's
+ * @owner the record belongs to the caller
  * @invalidates nothing
  */
 MUB_API void mub_stream_init(mub_stream *stream);
 
 /**
- * Releases the block and leaves an empty stream, ready for use again.
+ * Releases the block; the stream is then empty and can be used again.
  *
  * @param[in,out] stream  the stream
  * @owner the block is released
@@ -90,7 +92,7 @@ MUB_API void mub_stream_init(mub_stream *stream);
 MUB_API void mub_stream_term(mub_stream *stream);
 
 /**
- * Checks whether there is no content.
+ * Checks whether the stream is empty.
  *
  * @param[in] stream  the stream
  * @return 1 if the stream is empty, else 0
@@ -98,25 +100,25 @@ MUB_API void mub_stream_term(mub_stream *stream);
 MUB_API int mub_stream_is_empty(const mub_stream *stream);
 
 /**
- * Clears a range.
+ * Fills a range with 0.
  *
  * Does nothing unless the range lies within the capacity. The length is unchanged.
  *
  * @param[in,out] stream  the stream
- * @param[in] offset      where the range begins
- * @param[in] count       how many bytes; below 1 there are none
+ * @param[in] offset      the start of the range
+ * @param[in] count       the number of bytes; below 1 there are none
  * @invalidates nothing
  * @cost O(count)
  */
 MUB_API void mub_stream_zero(mub_stream *stream, int64_t offset, int64_t count);
 
 /**
- * Grows to a capacity of at least `size` bytes.
+ * Makes room for `size` bytes of content.
  *
  * The length is unchanged.
  *
  * @param[in,out] stream  the stream
- * @param[in] size        bytes wanted
+ * @param[in] size        the capacity needed, in bytes
  * @return 1 if there is room
  * @failure 0 if memory ran out; the stream is unchanged
  * @invalidates pointers into the block, if it grows
@@ -127,8 +129,8 @@ MUB_API int mub_stream_expand(mub_stream *stream, int64_t size);
 /**
  * Sets the length to `length`, or to the capacity if that is less.
  *
- * This may also lengthen the content: spare bytes then belong to it. Does nothing for a negative length, or
- * for a stream without a block.
+ * This can also lengthen the content, with the spare bytes as they are. Does nothing for a negative length,
+ * or for a stream without a block.
  *
  * @param[in,out] stream  the stream
  * @param[in] length      the new length in bytes
@@ -137,7 +139,7 @@ MUB_API int mub_stream_expand(mub_stream *stream, int64_t size);
 MUB_API void mub_stream_shrink(mub_stream *stream, int64_t length);
 
 /**
- * Exchanges two streams with their blocks.
+ * Swaps two streams, including their blocks.
  *
  * @param[in,out] a  one stream
  * @param[in,out] b  the other stream
@@ -147,10 +149,10 @@ MUB_API void mub_stream_shrink(mub_stream *stream, int64_t length);
 MUB_API void mub_stream_swap(mub_stream *a, mub_stream *b);
 
 /**
- * Exchanges a stream and a string with their blocks.
+ * Swaps a stream and a string, including their blocks.
  *
- * No terminator is added: a NUL follows the content of the string only if the byte after the stream's content
- * is 0. mub_string_shrink() with the length of the string adds one.
+ * No terminator is added: the string is NUL-terminated only if the byte after the stream's content is 0. To
+ * add a terminator, call mub_string_shrink() with the length of the string.
  *
  * @param[in,out] stream  the stream
  * @param[in,out] string  an initialised string
@@ -160,9 +162,10 @@ MUB_API void mub_stream_swap(mub_stream *a, mub_stream *b);
 MUB_API void mub_stream_swap_string(mub_stream *stream, mub_string *string);
 
 /**
- * Copies a stream over another, which grows to at least the capacity of the source.
+ * Copies a stream, replacing the content of the destination, whose capacity becomes at least that of the
+ * source.
  *
- * The spare bytes of the destination are not cleared.
+ * The spare bytes of the destination are not set to 0.
  *
  * @param[in] source           the stream to copy from; it does not change
  * @param[in,out] destination  an initialised stream, whose content is replaced
@@ -174,10 +177,10 @@ MUB_API void mub_stream_swap_string(mub_stream *stream, mub_string *string);
 MUB_API void mub_stream_clone(const mub_stream *source, mub_stream *destination);
 
 /**
- * Makes a record a string with a copy of the stream's content, and at least the capacity of the source.
+ * Initialises a string with a copy of the stream's content, and with at least the capacity of the stream.
  *
  * @param[in] source        the stream to copy from; it does not change
- * @param[out] destination  initialised here: what it held is not released
+ * @param[out] destination  the string, which is initialised: its old buffer is not released
  * @return 1
  * @failure 0 if memory ran out; the string is then empty
  * @owner the bytes are copied
@@ -187,11 +190,11 @@ MUB_API void mub_stream_clone(const mub_stream *source, mub_stream *destination)
 MUB_API int mub_stream_clone_string(const mub_stream *source, mub_string *destination);
 
 /**
- * Makes bytes the whole content; grows.
+ * Replaces the content with a range of bytes, enlarging the block if needed.
  *
  * @param[in,out] stream  the stream
- * @param[in] bytes       the bytes, which may lie in the stream itself; NULL empties the stream
- * @param[in] count       how many bytes; negative: up to the first NUL
+ * @param[in] bytes       the first of the bytes, which may lie in the stream itself; NULL empties the stream
+ * @param[in] count       the number of bytes; negative: up to the first NUL
  * @failure the stream is unchanged if memory runs out
  * @owner the bytes are copied
  * @invalidates pointers into the block
@@ -202,11 +205,11 @@ MUB_API int mub_stream_clone_string(const mub_stream *source, mub_string *destin
 MUB_API void mub_stream_copy(mub_stream *stream, const void *bytes, int64_t count);
 
 /**
- * Appends bytes to the content; grows.
+ * Appends a range of bytes to the content, enlarging the block if needed.
  *
  * @param[in,out] stream  the stream
- * @param[in] bytes       the bytes, which may lie in the stream itself; NULL appends nothing
- * @param[in] count       how many bytes; negative: up to the first NUL
+ * @param[in] bytes       the first of the bytes, which may lie in the stream itself; NULL appends nothing
+ * @param[in] count       the number of bytes; negative: up to the first NUL
  * @failure the stream is unchanged if memory runs out
  * @owner the bytes are copied
  * @invalidates pointers into the block
@@ -219,10 +222,10 @@ MUB_API void mub_stream_append(mub_stream *stream, const void *bytes, int64_t co
 /**
  * Reads the byte at `index`.
  *
- * Spare bytes, between the length and the capacity, can be read too.
+ * The spare bytes between the length and the capacity can be read, too.
  *
  * @param[in] stream  the stream
- * @param[in] index   a position, counted from 0
+ * @param[in] index   the index, counted from 0
  * @return the byte
  * @failure 0 unless `0 <= index < capacity`
  */
@@ -234,7 +237,7 @@ MUB_API uint8_t mub_stream_get_at(const mub_stream *stream, int64_t index);
  * The length is unchanged.
  *
  * @param[in,out] stream  the stream
- * @param[in] index       a position, counted from 0
+ * @param[in] index       the index, counted from 0
  * @param[in] byte        the byte; its low 8 bits are used
  * @invalidates nothing
  */
@@ -244,9 +247,9 @@ MUB_API void mub_stream_set_at(mub_stream *stream, int64_t index, int byte);
  * Reads 8 bits at the cursor, little-endian.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the field as an unsigned number
- * @failure 0 if the field does not lie wholly inside the content; the position moves on nevertheless
+ * @failure 0 if the field does not lie wholly inside the content; the position advances anyway
  */
 MUB_API uint8_t mub_stream_get_byte(const mub_stream *stream, int64_t *position);
 
@@ -254,9 +257,9 @@ MUB_API uint8_t mub_stream_get_byte(const mub_stream *stream, int64_t *position)
  * Reads 16 bits at the cursor, little-endian.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the field as an unsigned number
- * @failure 0 if the field does not lie wholly inside the content; the position moves on nevertheless
+ * @failure 0 if the field does not lie wholly inside the content; the position advances anyway
  */
 MUB_API uint16_t mub_stream_get_word(const mub_stream *stream, int64_t *position);
 
@@ -264,9 +267,9 @@ MUB_API uint16_t mub_stream_get_word(const mub_stream *stream, int64_t *position
  * Reads 24 bits at the cursor, little-endian.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the field as an unsigned number
- * @failure 0 if the field does not lie wholly inside the content; the position moves on nevertheless
+ * @failure 0 if the field does not lie wholly inside the content; the position advances anyway
  */
 MUB_API uint32_t mub_stream_get_tword(const mub_stream *stream, int64_t *position);
 
@@ -274,9 +277,9 @@ MUB_API uint32_t mub_stream_get_tword(const mub_stream *stream, int64_t *positio
  * Reads 32 bits at the cursor, little-endian.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the field as an unsigned number
- * @failure 0 if the field does not lie wholly inside the content; the position moves on nevertheless
+ * @failure 0 if the field does not lie wholly inside the content; the position advances anyway
  */
 MUB_API uint32_t mub_stream_get_dword(const mub_stream *stream, int64_t *position);
 
@@ -284,9 +287,9 @@ MUB_API uint32_t mub_stream_get_dword(const mub_stream *stream, int64_t *positio
  * Reads 48 bits at the cursor, little-endian.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the field as an unsigned number
- * @failure 0 if the field does not lie wholly inside the content; the position moves on nevertheless
+ * @failure 0 if the field does not lie wholly inside the content; the position advances anyway
  */
 MUB_API uint64_t mub_stream_get_xword(const mub_stream *stream, int64_t *position);
 
@@ -294,19 +297,19 @@ MUB_API uint64_t mub_stream_get_xword(const mub_stream *stream, int64_t *positio
  * Reads 64 bits at the cursor, little-endian.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the field as a signed number
- * @failure 0 if the field does not lie wholly inside the content; the position moves on nevertheless
+ * @failure 0 if the field does not lie wholly inside the content; the position advances anyway
  */
 MUB_API int64_t mub_stream_get_lword(const mub_stream *stream, int64_t *position);
 
 /**
  * Writes the low 8 bits of a number at the cursor, little-endian.
  *
- * A field that does not lie wholly inside the content is not written; the position moves on nevertheless.
+ * A field that does not lie wholly inside the content is not written; the position advances anyway.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] value         the number to write
  * @invalidates nothing
  */
@@ -315,10 +318,10 @@ MUB_API void mub_stream_set_byte(mub_stream *stream, int64_t *position, uint32_t
 /**
  * Writes the low 16 bits of a number at the cursor, little-endian.
  *
- * A field that does not lie wholly inside the content is not written; the position moves on nevertheless.
+ * A field that does not lie wholly inside the content is not written; the position advances anyway.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] value         the number to write
  * @invalidates nothing
  */
@@ -327,10 +330,10 @@ MUB_API void mub_stream_set_word(mub_stream *stream, int64_t *position, uint32_t
 /**
  * Writes the low 24 bits of a number at the cursor, little-endian.
  *
- * A field that does not lie wholly inside the content is not written; the position moves on nevertheless.
+ * A field that does not lie wholly inside the content is not written; the position advances anyway.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] value         the number to write
  * @invalidates nothing
  */
@@ -339,10 +342,10 @@ MUB_API void mub_stream_set_tword(mub_stream *stream, int64_t *position, uint32_
 /**
  * Writes a number of 32 bits at the cursor, little-endian.
  *
- * A field that does not lie wholly inside the content is not written; the position moves on nevertheless.
+ * A field that does not lie wholly inside the content is not written; the position advances anyway.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] value         the number to write
  * @invalidates nothing
  */
@@ -351,10 +354,10 @@ MUB_API void mub_stream_set_dword(mub_stream *stream, int64_t *position, uint32_
 /**
  * Writes the low 48 bits of a number at the cursor, little-endian.
  *
- * A field that does not lie wholly inside the content is not written; the position moves on nevertheless.
+ * A field that does not lie wholly inside the content is not written; the position advances anyway.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] value         the number to write
  * @invalidates nothing
  */
@@ -363,10 +366,10 @@ MUB_API void mub_stream_set_xword(mub_stream *stream, int64_t *position, uint64_
 /**
  * Writes a number of 64 bits at the cursor, little-endian.
  *
- * A field that does not lie wholly inside the content is not written; the position moves on nevertheless.
+ * A field that does not lie wholly inside the content is not written; the position advances anyway.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] value         the number to write
  * @invalidates nothing
  */
@@ -375,13 +378,13 @@ MUB_API void mub_stream_set_lword(mub_stream *stream, int64_t *position, int64_t
 /**
  * Writes a string as its length (16 bits) and its bytes.
  *
- * What does not fit before the stream's length is dropped; the position moves on by 2 and the string's full
- * length nevertheless.
+ * Bytes that would lie past the stream's length are not written; the position advances by 2 and the full
+ * length of the string in any case.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
- * @param[in] string        the string, shorter than 65536 bytes: of a longer one only the low 16 bits of the
- *                          length are recorded
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
+ * @param[in] string        the string, shorter than 65536 bytes: only the low 16 bits of its length are
+ *                          recorded
  * @return the new position
  * @owner the bytes are copied
  * @invalidates nothing
@@ -390,14 +393,14 @@ MUB_API void mub_stream_set_lword(mub_stream *stream, int64_t *position, int64_t
 MUB_API int64_t mub_stream_set_string(mub_stream *stream, int64_t *position, const mub_string *string);
 
 /**
- * Reads what mub_stream_set_string() wrote into a string, replacing its content.
+ * Reads a string that mub_stream_set_string() wrote, replacing the content of `string`.
  *
- * The position moves on by 2 and the recorded length, which is 0 if it does not lie inside the content.
+ * The position advances by 2 and the recorded length, which is 0 if it does not lie inside the content.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
- * @param[in,out] string    an initialised string, which grows; receives no byte from past the stream's
- *                          length, and is emptied if there are none before it
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
+ * @param[in,out] string    an initialised string; receives only bytes before the stream's length, and is
+ *                          emptied if there are none
  * @return the new position
  * @failure none; the string is unchanged if memory runs out
  * @owner the bytes are copied
@@ -409,11 +412,11 @@ MUB_API int64_t mub_stream_get_string(const mub_stream *stream, int64_t *positio
 /**
  * Writes a stream as its length (32 bits) and its bytes.
  *
- * What does not fit before the stream's length is dropped; the position moves on by 4 and the full length of
- * `source` nevertheless.
+ * Bytes that would lie past the stream's length are not written; the position advances by 4 and the full
+ * length of `source` in any case.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] source        the stream to write, shorter than 4 GiB; may be `stream` itself
  * @return the new position
  * @owner the bytes are copied
@@ -423,14 +426,14 @@ MUB_API int64_t mub_stream_get_string(const mub_stream *stream, int64_t *positio
 MUB_API int64_t mub_stream_set_stream(mub_stream *stream, int64_t *position, const mub_stream *source);
 
 /**
- * Reads what mub_stream_set_stream() wrote into another stream, replacing its content.
+ * Reads a stream that mub_stream_set_stream() wrote, replacing the content of `destination`.
  *
- * The position moves on by 4 and the recorded length, which is 0 if it does not lie inside the content.
+ * The position advances by 4 and the recorded length, which is 0 if it does not lie inside the content.
  *
  * @param[in] stream           the stream
- * @param[in,out] position     the cursor; in: where the field begins; out: where the next one does
- * @param[in,out] destination  an initialised stream, which grows; receives no byte from past the stream's
- *                             length, and is emptied if there are none before it; may be `stream` itself
+ * @param[in,out] position     the cursor; in: the position of the field; out: the position after it
+ * @param[in,out] destination  an initialised stream; receives only bytes before the stream's length, and is
+ *                             emptied if there are none; may be `stream` itself
  * @return the new position
  * @failure none; the destination is unchanged if memory runs out
  * @owner the bytes are copied
@@ -440,14 +443,15 @@ MUB_API int64_t mub_stream_set_stream(mub_stream *stream, int64_t *position, con
 MUB_API int64_t mub_stream_get_stream(const mub_stream *stream, int64_t *position, mub_stream *destination);
 
 /**
- * Writes bytes at the cursor, without a length before them.
+ * Writes bytes at the cursor, without their length.
  *
- * What does not fit before the stream's length is dropped; the position moves by `count` in any case.
+ * Bytes that would lie past the stream's length are not written; the position advances by `count` in any
+ * case.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] bytes         the first of the bytes, which may lie in the stream itself; NULL writes nothing
- * @param[in] count         how many bytes; below 1 nothing is written
+ * @param[in] count         the number of bytes; if below 1, nothing is written
  * @owner the bytes are copied
  * @invalidates nothing
  * @cost O(count)
@@ -457,16 +461,17 @@ MUB_API int64_t mub_stream_get_stream(const mub_stream *stream, int64_t *positio
 MUB_API void mub_stream_set_buffer(mub_stream *stream, int64_t *position, const void *bytes, int64_t count);
 
 /**
- * Finds bytes at the cursor, without copying.
+ * Gets the address of the bytes at the cursor, without copying.
  *
- * The position moves by the count wanted in any case.
+ * The position advances by the number of bytes requested in any case.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[out] bytes        receives the address of the first byte, inside the stream's block; NULL if the
  *                          cursor is outside the content
- * @param[in,out] count     in: bytes wanted; out: how many of them there are, 0 if the cursor is outside the
- *                          content; a negative count is not changed inside it
+ * @param[in,out] count     in: the number of bytes requested; out: how many of them there are, 0 if the
+ *                          cursor is outside the content; a negative count is not changed if the cursor is
+ *                          inside the content
  * @return the new position
  * @owner the bytes belong to the stream; the address is valid until the block moves
  * @bounds bytes[count]
@@ -494,7 +499,7 @@ MUB_API int64_t mub_stream_find(const mub_stream *stream, int byte);
  *
  * @param[in] stream  the stream
  * @param[in] byte    the byte; its low 8 bits are used
- * @param[in] start   where to begin, counted from 0
+ * @param[in] start   the index at which to begin
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the content
  * @cost O(length)
@@ -502,12 +507,12 @@ MUB_API int64_t mub_stream_find(const mub_stream *stream, int byte);
 MUB_API int64_t mub_stream_find_pos(const mub_stream *stream, int byte, int64_t start);
 
 /**
- * Inserts bytes before a position; grows.
+ * Inserts bytes before a position, enlarging the block if needed.
  *
  * @param[in,out] stream  the stream
- * @param[in] position    where to insert: 0 to the length
+ * @param[in] position    the position to insert before: 0 to the length
  * @param[in] bytes       the first of the bytes, which may lie in the stream itself; NULL inserts nothing
- * @param[in] count       how many bytes; negative: up to the first NUL
+ * @param[in] count       the number of bytes; negative: up to the first NUL
  * @return 1 if inserted
  * @failure 0, and the stream is unchanged, if the position is negative or above the length, there is nothing
  *   to insert, or memory ran out
@@ -520,15 +525,15 @@ MUB_API int64_t mub_stream_find_pos(const mub_stream *stream, int byte, int64_t 
 MUB_API int mub_stream_insert(mub_stream *stream, int64_t position, const void *bytes, int64_t count);
 
 /**
- * Replaces a range by other bytes; grows.
+ * Replaces a range with other bytes, enlarging the block if needed.
  *
  * @param[in,out] stream  the stream
- * @param[in] position    where the range begins: 0 to the length
- * @param[in] old_count   bytes to replace; may reach past the content: the length changes by the difference
- *                        of the counts in any case, and new bytes past both the old and the new length are
- *                        dropped
+ * @param[in] position    the start of the range: 0 to the length
+ * @param[in] old_count   the number of bytes to replace; may extend past the content: the length changes by
+ *                        the difference of the counts in any case, and new bytes past both the old and the
+ *                        new length are dropped
  * @param[in] bytes       the new bytes, which may lie in the stream itself; NULL only with a `new_count` of 0
- * @param[in] new_count   how many new bytes; negative: up to the first NUL
+ * @param[in] new_count   the number of new bytes; negative: up to the first NUL
  * @return 1 if replaced
  * @failure 0, and the stream is unchanged, if the position is negative or above the length, `old_count` is
  *   negative, the bytes are NULL with a count other than 0, the length would become negative, or memory
@@ -545,11 +550,11 @@ MUB_API int mub_stream_update(mub_stream *stream, int64_t position, int64_t old_
 /**
  * Removes a range.
  *
- * A range that runs past the content is refused as a whole.
+ * Does nothing if the range extends past the content.
  *
  * @param[in,out] stream  the stream
- * @param[in] position    where the range begins, counted from 0
- * @param[in] count       how many bytes; below 1 there are none
+ * @param[in] position    the start of the range, counted from 0
+ * @param[in] count       the number of bytes; below 1 there are none
  * @invalidates nothing
  * @cost O(bytes after the position)
  */
@@ -561,7 +566,7 @@ MUB_API void mub_stream_delete(mub_stream *stream, int64_t position, int64_t cou
  * A negative `n` changes nothing.
  *
  * @param[in,out] stream  the stream
- * @param[in] n           how many bytes
+ * @param[in] n           the number of bytes
  * @invalidates nothing
  */
 MUB_API void mub_stream_left(mub_stream *stream, int64_t n);
@@ -570,7 +575,7 @@ MUB_API void mub_stream_left(mub_stream *stream, int64_t n);
  * Keeps the last `n` bytes, or as many as there are; none if `n` is below 1.
  *
  * @param[in,out] stream  the stream
- * @param[in] n           how many bytes
+ * @param[in] n           the number of bytes
  * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(n)
@@ -583,8 +588,8 @@ MUB_API void mub_stream_right(mub_stream *stream, int64_t n);
  * A negative `start` changes nothing.
  *
  * @param[in,out] stream  the stream
- * @param[in] start       where to begin, counted from 0
- * @param[in] n           how many bytes
+ * @param[in] start       the index at which to begin
+ * @param[in] n           the number of bytes
  * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(n)
@@ -592,13 +597,13 @@ MUB_API void mub_stream_right(mub_stream *stream, int64_t n);
 MUB_API void mub_stream_mid(mub_stream *stream, int64_t start, int64_t n);
 
 /**
- * Copies the first `n` bytes, or as many as there are, into a string, replacing its content.
+ * Copies the first `n` bytes, or as many as there are, into a string.
  *
- * It becomes empty if `n` is below 1.
+ * The destination becomes empty if `n` is below 1.
  *
  * @param[in] source           the stream to copy from; it does not change
- * @param[in] n                how many bytes
- * @param[in,out] destination  an initialised string, which grows
+ * @param[in] n                the number of bytes
+ * @param[in,out] destination  an initialised string, whose content is replaced
  * @return 1
  * @failure 0 if memory ran out; the string is unchanged
  * @owner the bytes are copied
@@ -608,13 +613,13 @@ MUB_API void mub_stream_mid(mub_stream *stream, int64_t start, int64_t n);
 MUB_API int mub_stream_left_string(const mub_stream *source, int64_t n, mub_string *destination);
 
 /**
- * Copies the first `n` bytes, or as many as there are, into a stream, replacing its content.
+ * Copies the first `n` bytes, or as many as there are, into a stream.
  *
- * It becomes empty if `n` is below 1.
+ * The destination becomes empty if `n` is below 1.
  *
  * @param[in] source           the stream to copy from; it does not change
- * @param[in] n                how many bytes
- * @param[in,out] destination  an initialised stream, which grows; may be `source`
+ * @param[in] n                the number of bytes
+ * @param[in,out] destination  an initialised stream, whose content is replaced; may be `source`
  * @return 1
  * @failure 0 if memory ran out; the destination is unchanged
  * @owner the bytes are copied
@@ -624,13 +629,13 @@ MUB_API int mub_stream_left_string(const mub_stream *source, int64_t n, mub_stri
 MUB_API int mub_stream_left_stream(const mub_stream *source, int64_t n, mub_stream *destination);
 
 /**
- * Copies the last `n` bytes, or as many as there are, into a string, replacing its content.
+ * Copies the last `n` bytes, or as many as there are, into a string.
  *
- * It becomes empty if `n` is below 1.
+ * The destination becomes empty if `n` is below 1.
  *
  * @param[in] source           the stream to copy from; it does not change
- * @param[in] n                how many bytes
- * @param[in,out] destination  an initialised string, which grows
+ * @param[in] n                the number of bytes
+ * @param[in,out] destination  an initialised string, whose content is replaced
  * @return 1
  * @failure 0 if memory ran out; the string is unchanged
  * @owner the bytes are copied
@@ -640,13 +645,13 @@ MUB_API int mub_stream_left_stream(const mub_stream *source, int64_t n, mub_stre
 MUB_API int mub_stream_right_string(const mub_stream *source, int64_t n, mub_string *destination);
 
 /**
- * Copies the last `n` bytes, or as many as there are, into a stream, replacing its content.
+ * Copies the last `n` bytes, or as many as there are, into a stream.
  *
- * It becomes empty if `n` is below 1.
+ * The destination becomes empty if `n` is below 1.
  *
  * @param[in] source           the stream to copy from; it does not change
- * @param[in] n                how many bytes
- * @param[in,out] destination  an initialised stream, which grows; may be `source`
+ * @param[in] n                the number of bytes
+ * @param[in,out] destination  an initialised stream, whose content is replaced; may be `source`
  * @return 1
  * @failure 0 if memory ran out; the destination is unchanged
  * @owner the bytes are copied
@@ -656,14 +661,14 @@ MUB_API int mub_stream_right_string(const mub_stream *source, int64_t n, mub_str
 MUB_API int mub_stream_right_stream(const mub_stream *source, int64_t n, mub_stream *destination);
 
 /**
- * Copies up to `n` bytes from `start` on into a string, replacing its content.
+ * Copies up to `n` bytes from `start` on into a string.
  *
- * It becomes empty if `n` is below 1 or `start` lies outside the content.
+ * The destination becomes empty if `n` is below 1 or `start` lies outside the content.
  *
  * @param[in] source           the stream to copy from; it does not change
- * @param[in] start            where to begin, counted from 0
- * @param[in] n                how many bytes
- * @param[in,out] destination  an initialised string, which grows
+ * @param[in] start            the index at which to begin
+ * @param[in] n                the number of bytes
+ * @param[in,out] destination  an initialised string, whose content is replaced
  * @return 1
  * @failure 0 if memory ran out; the string is unchanged
  * @owner the bytes are copied
@@ -674,14 +679,14 @@ MUB_API int mub_stream_mid_string(const mub_stream *source, int64_t start, int64
                                   mub_string *destination);
 
 /**
- * Copies up to `n` bytes from `start` on into a stream, replacing its content.
+ * Copies up to `n` bytes from `start` on into a stream.
  *
- * It becomes empty if `n` is below 1 or `start` lies outside the content.
+ * The destination becomes empty if `n` is below 1 or `start` lies outside the content.
  *
  * @param[in] source           the stream to copy from; it does not change
- * @param[in] start            where to begin, counted from 0
- * @param[in] n                how many bytes
- * @param[in,out] destination  an initialised stream, which grows; may be `source`
+ * @param[in] start            the index at which to begin
+ * @param[in] n                the number of bytes
+ * @param[in,out] destination  an initialised stream, whose content is replaced; may be `source`
  * @return 1
  * @failure 0 if memory ran out; the destination is unchanged
  * @owner the bytes are copied
@@ -692,22 +697,21 @@ MUB_API int mub_stream_mid_stream(const mub_stream *source, int64_t start, int64
                                   mub_stream *destination);
 
 /**
- * Computes how many bytes the low 16 bits of a number take as a packed word.
+ * Computes the size of the low 16 bits of a number as a packed word.
  *
  * @param[in] value  the number to measure
- * @return 1 or 2
+ * @return the number of bytes, 1 or 2
  */
 MUB_API int mub_stream_deflate_word_length(uint32_t value);
 
 /**
  * Writes a number as a packed word at the cursor.
  *
- * If it does not fit inside the content, nothing is written; the position moves on nevertheless.
+ * If it does not fit inside the content, nothing is written; the position advances anyway.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
- * @param[in] value         the number to write; the low 16 bits are used, and bit 15 is lost: 0x8001 is read
- *                          back as 1
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
+ * @param[in] value         the number to write; only its low 15 bits are stored: 0x8001 is read back as 1
  * @invalidates nothing
  */
 MUB_API void mub_stream_deflate_word(mub_stream *stream, int64_t *position, uint32_t value);
@@ -715,31 +719,31 @@ MUB_API void mub_stream_deflate_word(mub_stream *stream, int64_t *position, uint
 /**
  * Reads a packed word at the cursor.
  *
- * If it is cut short by the end of the content, the missing bytes are taken from the spare bytes, or are 0
- * past the capacity.
+ * If the end of the content truncates it, the missing bytes are taken from the spare bytes, or are 0 past the
+ * capacity.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the number
- * @failure 0 at the end of the content or past it, where the position stays
+ * @failure 0 at or past the end of the content; the position does not advance
  */
 MUB_API uint16_t mub_stream_inflate_word(const mub_stream *stream, int64_t *position);
 
 /**
- * Computes how many bytes a number takes as a packed dword.
+ * Computes the size of a number as a packed dword.
  *
  * @param[in] value  the number to measure
- * @return 1 to 4
+ * @return the number of bytes, 1 to 4
  */
 MUB_API int mub_stream_deflate_dword_length(uint32_t value);
 
 /**
  * Writes a number as a packed dword at the cursor.
  *
- * If it does not fit inside the content, nothing is written; the position moves on nevertheless.
+ * If it does not fit inside the content, nothing is written; the position advances anyway.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] value         the number to write; bits 30 and 31 are lost
  * @invalidates nothing
  */
@@ -748,31 +752,31 @@ MUB_API void mub_stream_deflate_dword(mub_stream *stream, int64_t *position, uin
 /**
  * Reads a packed dword at the cursor.
  *
- * If it is cut short by the end of the content, the missing bytes are taken from the spare bytes, or are 0
- * past the capacity.
+ * If the end of the content truncates it, the missing bytes are taken from the spare bytes, or are 0 past the
+ * capacity.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the number
- * @failure 0 at the end of the content or past it, where the position stays
+ * @failure 0 at or past the end of the content; the position does not advance
  */
 MUB_API uint32_t mub_stream_inflate_dword(const mub_stream *stream, int64_t *position);
 
 /**
- * Computes how many bytes a number takes as a packed lword.
+ * Computes the size of a number as a packed lword.
  *
  * @param[in] value  the number to measure
- * @return 1 to 9
+ * @return the number of bytes, 1 to 9
  */
 MUB_API int mub_stream_deflate_lword_length(uint64_t value);
 
 /**
  * Writes a number as a packed lword at the cursor.
  *
- * If it does not fit inside the content, nothing is written and the position stays.
+ * If it does not fit inside the content, nothing is written and the position does not advance.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @param[in] value         the number to write
  * @invalidates nothing
  */
@@ -781,23 +785,23 @@ MUB_API void mub_stream_deflate_lword(mub_stream *stream, int64_t *position, uin
 /**
  * Reads a packed lword at the cursor.
  *
- * A value of 64 ones reads as -1 too, but moves the position on by 9.
+ * A value of 64 ones is also read as -1, but the position then advances by 9.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: where the field begins; out: where the next one does
+ * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the number
- * @failure -1 at the end of the content or past it, where the position stays, or if the further bytes are cut
- *   short; the position is then after the first byte
+ * @failure -1 at or past the end of the content, where the position does not advance, or if the further bytes
+ *   are truncated; the position is then after the first byte
  */
 MUB_API int64_t mub_stream_inflate_lword(const mub_stream *stream, int64_t *position);
 
 /**
- * Computes the standard CRC-32 of bytes: reflected, with the polynomial 0xEDB88320.
+ * Computes the standard CRC-32 of bytes (reflected polynomial 0xEDB88320).
  *
- * The register begins with all ones and is inverted at the end.
+ * The initial value is all ones, and the result is inverted.
  *
- * @param[in] bytes  the first of the bytes; NULL has none
- * @param[in] count  how many bytes; below 1 there are none
+ * @param[in] bytes  the first of the bytes; NULL: there are none
+ * @param[in] count  the number of bytes; below 1 there are none
  * @return the checksum; 0 for no bytes
  * @cost O(count)
  * @bounds bytes[count]
@@ -808,8 +812,8 @@ MUB_API uint32_t mub_stream_crc32(const void *bytes, int64_t count);
 /**
  * Computes the exclusive or of bytes.
  *
- * @param[in] bytes  the first of the bytes; NULL has none
- * @param[in] count  how many bytes; below 1 there are none
+ * @param[in] bytes  the first of the bytes; NULL: there are none
+ * @param[in] count  the number of bytes; below 1 there are none
  * @return 0 to 255; 0 for no bytes
  * @cost O(count)
  * @bounds bytes[count]
@@ -817,8 +821,7 @@ MUB_API uint32_t mub_stream_crc32(const void *bytes, int64_t count);
  */
 MUB_API int mub_stream_check(const void *bytes, int64_t count);
 
-/** Entry i is what the CRC-32 register i becomes after eight steps:
- * `(r >> 1) ^ (r & 1 ? 0xEDB88320 : 0)`. */
+/** The CRC-32 table: entry i is i after eight steps `r = (r >> 1) ^ (r & 1 ? 0xEDB88320 : 0)`. */
 MUB_API extern const uint32_t CRC_TABLE[256];
 
 /** @} */

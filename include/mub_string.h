@@ -1,21 +1,21 @@
 /**
  * @defgroup string_h mub_string.h: strings
  *
- * A growable string of bytes, and a view of a text that is not copied.
+ * A growable string of bytes, and a view of text that is not copied.
  *
  *     data ──► [ content ........ | 0 | spare ... ]      capacity + 1 bytes
  *                0                  length
  *
- * The content is followed by a NUL, so that `data` can be passed to whatever takes a NUL-terminated text; its
- * length is kept beside it, so that the content may hold NULs. A string whose `data` is NULL is empty, and
- * every function accepts it.
+ * The content is followed by a NUL, so `data` can be passed to functions that take NUL-terminated text. Since
+ * the length is stored, the content may also contain NULs. A string whose `data` is NULL is empty, and every
+ * function accepts it.
  *
- * Texts are given with a count of bytes; a negative one means that the text ends at its NUL. A text may lie
- * in the string that it goes into. Whatever makes a string grow invalidates pointers into it. Growth is by
- * half the length, at least 8 bytes and at most 8 MiB, and rounded up so that the block, terminator included,
- * is a multiple of 8; appending is O(1) amortised. Past 2^31 - 1 bytes a buffer takes what is asked for and
- * no more: expand such a string first, or every few appends copy it. Functions that return nothing leave the
- * string as it was if memory runs out.
+ * Texts are passed with a count of bytes; if it is negative, the text ends at its NUL. A text may lie in the
+ * string that it is copied into. Every function that enlarges a string invalidates pointers into it. The
+ * buffer grows by half the length, by at least 8 bytes and at most 8 MiB, rounded up so that the block,
+ * terminator included, is a multiple of 8; appending is O(1) amortised. Past 2^31 - 1 bytes a buffer grows
+ * only as needed: call mub_string_expand() first, or nearly every append copies the string. Functions that
+ * return nothing leave the string unchanged if memory runs out.
  *
  * White space is tab, line feed, carriage return and space.
  *
@@ -46,28 +46,25 @@ extern "C" {
 #endif
 
 /**
- * @defgroup string mub_string: a growable string with its length kept and a NUL after it
+ * @defgroup string mub_string: a growable, NUL-terminated string with a length
  *
  * A growable string of bytes.
  *
  * @{
  */
 
-/** A growable string of bytes, with a NUL after its content. */
+/** A growable string of bytes, NUL-terminated. */
 typedef struct mub_string {
-  /** `capacity + 1` bytes, or NULL while nothing was ever allocated; `data[length]` is 0 */
-  char *data;
-  /** bytes of content, at most capacity */
-  int64_t length;
-  /** bytes of content that fit */
-  int64_t capacity;
+  char *data;       /**< `capacity + 1` bytes, or NULL while nothing is allocated; `data[length]` is 0 */
+  int64_t length;   /**< bytes of content, at most `capacity` */
+  int64_t capacity; /**< bytes of content that fit */
 } mub_string;
 
 /**
- * Makes the record an empty string; nothing is allocated.
+ * Initialises an empty string; nothing is allocated.
  *
  * @param[out] string  the string
- * @owner the record is the caller's
+ * @owner the record belongs to the caller
  * @invalidates nothing
  */
 MUB_API void mub_string_init(mub_string *string);
@@ -82,7 +79,7 @@ MUB_API void mub_string_init(mub_string *string);
 MUB_API void mub_string_term(mub_string *string);
 
 /**
- * Checks whether there is no content.
+ * Checks whether the string is empty.
  *
  * @param[in] string  the string
  * @return 1 if the string is empty, else 0
@@ -95,7 +92,7 @@ MUB_API int mub_string_is_empty(const mub_string *string);
  * The content is unchanged.
  *
  * @param[in,out] string  the string
- * @param[in] capacity    bytes wanted
+ * @param[in] capacity    bytes of content needed
  * @return 1 if there is room
  * @failure 0 if memory ran out; the string is unchanged
  * @invalidates pointers into the buffer, if it grows
@@ -106,8 +103,8 @@ MUB_API int mub_string_expand(mub_string *string, int64_t capacity);
 /**
  * Sets the length to `length`, or to the capacity if that is less, and writes the terminator.
  *
- * A length above the current one exposes what lies there. Does nothing for a negative length, or for a string
- * without a buffer.
+ * A length above the current one adds the spare content after it as it is. Does nothing for a negative
+ * length, or for a string without a buffer.
  *
  * @param[in,out] string  the string
  * @param[in] length      the new length in bytes
@@ -121,15 +118,15 @@ MUB_API void mub_string_shrink(mub_string *string, int64_t length);
  * Does nothing unless the whole range lies within the capacity. The length is unchanged.
  *
  * @param[in,out] string  the string
- * @param[in] position    a position, counted from 0
- * @param[in] count       bytes to fill
+ * @param[in] position    the index, counted from 0
+ * @param[in] count       the number of bytes
  * @invalidates nothing
  * @cost O(count)
  */
 MUB_API void mub_string_zero(mub_string *string, int64_t position, int64_t count);
 
 /**
- * Exchanges two strings with their buffers.
+ * Swaps two strings, including their buffers.
  *
  * @param[in,out] a  one string
  * @param[in,out] b  the other string
@@ -139,7 +136,8 @@ MUB_API void mub_string_zero(mub_string *string, int64_t position, int64_t count
 MUB_API void mub_string_swap(mub_string *a, mub_string *b);
 
 /**
- * Makes the destination a copy of the source, with room for at least the capacity of the source.
+ * Copies a string, replacing the content of the destination, whose capacity becomes at least that of the
+ * source.
  *
  * @param[in] source           the string to copy; it does not change
  * @param[in,out] destination  an initialised string, whose content is replaced
@@ -152,10 +150,10 @@ MUB_API void mub_string_swap(mub_string *a, mub_string *b);
 MUB_API int mub_string_clone(const mub_string *source, mub_string *destination);
 
 /**
- * Makes a text the whole content.
+ * Replaces the content with a text.
  *
  * @param[in,out] string  the string
- * @param[in] text        the text; may lie in the string itself; NULL empties the string
+ * @param[in] text        the text, which may lie in the string itself; NULL empties the string
  * @param[in] count       bytes of the text; negative: up to its NUL
  * @return 1
  * @failure 0 if memory ran out; the string is unchanged
@@ -168,7 +166,7 @@ MUB_API int mub_string_clone(const mub_string *source, mub_string *destination);
 MUB_API int mub_string_copy(mub_string *string, const char *text, int64_t count);
 
 /**
- * Makes a byte the whole content; 0 empties the string.
+ * Replaces the content with a single byte; 0 empties the string.
  *
  * @param[in,out] string  the string
  * @param[in] character   the byte; its low 8 bits are used
@@ -178,7 +176,7 @@ MUB_API int mub_string_copy(mub_string *string, const char *text, int64_t count)
 MUB_API void mub_string_copy_char(mub_string *string, int character);
 
 /**
- * Makes the decimal digits of a number the whole content.
+ * Replaces the content with a number in decimal.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -188,7 +186,7 @@ MUB_API void mub_string_copy_char(mub_string *string, int character);
 MUB_API void mub_string_copy_integer(mub_string *string, int64_t value);
 
 /**
- * Makes the decimal digits of a number the whole content.
+ * Replaces the content with a number in decimal.
  *
  * The same as mub_string_copy_integer().
  *
@@ -200,7 +198,7 @@ MUB_API void mub_string_copy_integer(mub_string *string, int64_t value);
 MUB_API void mub_string_copy_long(mub_string *string, int64_t value);
 
 /**
- * Makes a number, printed with printf's `%f`, the whole content.
+ * Replaces the content with a number, formatted with printf's `%%f`.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -210,9 +208,9 @@ MUB_API void mub_string_copy_long(mub_string *string, int64_t value);
 MUB_API void mub_string_copy_float(mub_string *string, float value);
 
 /**
- * Makes a number, printed with printf's `%f`, the whole content.
+ * Replaces the content with a number, formatted with printf's `%%f`.
  *
- * The longest takes 317 bytes.
+ * The longest number takes 317 bytes.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -225,7 +223,7 @@ MUB_API void mub_string_copy_double(mub_string *string, double value);
  * Appends a text to the content.
  *
  * @param[in,out] string  the string
- * @param[in] text        the text; may lie in the string itself; NULL appends nothing
+ * @param[in] text        the text, which may lie in the string itself; NULL appends nothing
  * @param[in] count       bytes of the text; negative: up to its NUL
  * @failure the string is unchanged if memory runs out
  * @owner the text is copied
@@ -237,7 +235,7 @@ MUB_API void mub_string_copy_double(mub_string *string, double value);
 MUB_API void mub_string_append(mub_string *string, const char *text, int64_t count);
 
 /**
- * Appends a byte to the content; 0 is appended like any other.
+ * Appends a byte to the content; 0 is appended, too.
  *
  * @param[in,out] string  the string
  * @param[in] character   the byte; its low 8 bits are used
@@ -248,7 +246,7 @@ MUB_API void mub_string_append(mub_string *string, const char *text, int64_t cou
 MUB_API void mub_string_append_char(mub_string *string, int character);
 
 /**
- * Appends the decimal digits of a number to the content.
+ * Appends a number in decimal to the content.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -259,7 +257,7 @@ MUB_API void mub_string_append_char(mub_string *string, int character);
 MUB_API void mub_string_append_integer(mub_string *string, int64_t value);
 
 /**
- * Appends the decimal digits of a number to the content.
+ * Appends a number in decimal to the content.
  *
  * The same as mub_string_append_integer().
  *
@@ -272,7 +270,7 @@ MUB_API void mub_string_append_integer(mub_string *string, int64_t value);
 MUB_API void mub_string_append_long(mub_string *string, int64_t value);
 
 /**
- * Appends a number, printed with printf's `%f`, to the content.
+ * Appends a number, formatted with printf's `%%f`, to the content.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -283,7 +281,7 @@ MUB_API void mub_string_append_long(mub_string *string, int64_t value);
 MUB_API void mub_string_append_float(mub_string *string, float value);
 
 /**
- * Appends a number, printed with printf's `%f`, to the content.
+ * Appends a number, formatted with printf's `%%f`, to the content.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -298,7 +296,7 @@ MUB_API void mub_string_append_double(mub_string *string, double value);
  *
  * @param[in] string     the string
  * @param[in] otherwise  the result for an empty string
- * @return the number, cut to 32 bits; `otherwise` for an empty string
+ * @return the number, truncated to 32 bits; `otherwise` for an empty string
  * @failure 0 if the content does not begin with one
  * @cost O(digits)
  */
@@ -347,10 +345,10 @@ MUB_API double mub_string_get_double(const mub_string *string, double otherwise)
 /**
  * Reads the byte at `index`.
  *
- * Below the capacity, the terminator and the spare bytes can be read too.
+ * Below the capacity, the terminator and the spare bytes can be read, too.
  *
  * @param[in] string  the string
- * @param[in] index   a position, counted from 0
+ * @param[in] index   the index, counted from 0
  * @return the byte, as a signed char
  * @failure -1 unless `0 <= index < capacity`
  */
@@ -362,14 +360,14 @@ MUB_API int mub_string_get_at(const mub_string *string, int64_t index);
  * The length is unchanged.
  *
  * @param[in,out] string  the string
- * @param[in] index       a position, counted from 0
+ * @param[in] index       the index, counted from 0
  * @param[in] character   the byte; its low 8 bits are used
  * @invalidates nothing
  */
 MUB_API void mub_string_set_at(mub_string *string, int64_t index, int character);
 
 /**
- * Passes every byte of the content through the runtime's tolower.
+ * Converts every byte of the content to lower case, with the C library's tolower.
  *
  * @param[in,out] string  the string
  * @invalidates nothing
@@ -378,7 +376,7 @@ MUB_API void mub_string_set_at(mub_string *string, int64_t index, int character)
 MUB_API void mub_string_make_lower(mub_string *string);
 
 /**
- * Passes every byte of the content through the runtime's toupper.
+ * Converts every byte of the content to upper case, with the C library's toupper.
  *
  * @param[in,out] string  the string
  * @invalidates nothing
@@ -387,13 +385,13 @@ MUB_API void mub_string_make_lower(mub_string *string);
 MUB_API void mub_string_make_upper(mub_string *string);
 
 /**
- * Orders the content against a text, as mub_mem_cmp() does.
+ * Compares the content with a text, as mub_mem_cmp() does.
  *
- * NULL and a count of 0 sort before content that is not empty (result 1). Empty content equals them and an
- * empty text, and sorts before any other text (result -1).
+ * Content that is not empty is greater than NULL and than a text with a count of 0 (result 1). Empty content
+ * equals these and an empty text, and is less than any other text (result -1).
  *
  * @param[in] string  the string
- * @param[in] text    the text to compare with; NULL has no content
+ * @param[in] text    the text to compare with; NULL: a text without content
  * @param[in] count   bytes of the text; negative: up to its NUL
  * @return a negative number, 0 or a positive one
  * @cost O(count)
@@ -403,13 +401,13 @@ MUB_API void mub_string_make_upper(mub_string *string);
 MUB_API int mub_string_compare(const mub_string *string, const char *text, int64_t count);
 
 /**
- * Orders the content against a text, without regard to case, as mub_mem_icmp() does.
+ * Compares the content with a text without regard to case, as mub_mem_icmp() does.
  *
- * NULL and a count of 0 sort before content that is not empty (result 1). Empty content equals them and an
- * empty text, and sorts before any other text (result -1).
+ * Content that is not empty is greater than NULL and than a text with a count of 0 (result 1). Empty content
+ * equals these and an empty text, and is less than any other text (result -1).
  *
  * @param[in] string  the string
- * @param[in] text    the text to compare with; NULL has no content
+ * @param[in] text    the text to compare with; NULL: a text without content
  * @param[in] count   bytes of the text; negative: up to its NUL
  * @return a negative number, 0 or a positive one
  * @cost O(count)
@@ -421,7 +419,7 @@ MUB_API int mub_string_icompare(const mub_string *string, const char *text, int6
 /**
  * Finds the first occurrence of a byte.
  *
- * 0 is never found.
+ * The byte 0 is never found.
  *
  * @param[in] string     the string
  * @param[in] character  the byte; its low 8 bits are used
@@ -434,11 +432,11 @@ MUB_API int64_t mub_string_find_char(const mub_string *string, int character);
 /**
  * Finds the first occurrence of a byte at or after index `start`.
  *
- * 0 is never found.
+ * The byte 0 is never found.
  *
  * @param[in] string     the string
  * @param[in] character  the byte; its low 8 bits are used
- * @param[in] start      where to begin, counted from 0
+ * @param[in] start      the index at which to begin
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the content
  * @cost O(length)
@@ -448,7 +446,7 @@ MUB_API int64_t mub_string_find_char_pos(const mub_string *string, int character
 /**
  * Finds the last occurrence of a byte.
  *
- * 0 is never found.
+ * The byte 0 is never found.
  *
  * @param[in] string     the string
  * @param[in] character  the byte; its low 8 bits are used
@@ -463,9 +461,9 @@ MUB_API int64_t mub_string_reverse_find(const mub_string *string, int character)
  *
  * @param[in] string  the string
  * @param[in] text    the text to find; NULL is not found
- * @param[in] count   bytes of the text, as in mub_mem_str(), so that 0 looks for the first byte of the text;
- *                    negative: as strstr, so that an empty text is found at once and the search ends at the
- *                    first NUL
+ * @param[in] count   bytes of the text; 0 searches for the first byte of the text, as mub_mem_str() does;
+ *                    negative: up to its NUL, and the search is that of strstr, which finds an empty text at
+ *                    once and stops at the first NUL of the content
  * @return its index
  * @failure -1 if there is none, and always in an empty string
  * @cost O(length + count)
@@ -479,10 +477,10 @@ MUB_API int64_t mub_string_find(const mub_string *string, const char *text, int6
  *
  * @param[in] string  the string
  * @param[in] text    the text to find; NULL is not found
- * @param[in] count   bytes of the text, as in mub_mem_str(), so that 0 looks for the first byte of the text;
- *                    negative: as strstr, so that an empty text is found at once and the search ends at the
- *                    first NUL
- * @param[in] start   where to begin, counted from 0
+ * @param[in] count   bytes of the text; 0 searches for the first byte of the text, as mub_mem_str() does;
+ *                    negative: up to its NUL, and the search is that of strstr, which finds an empty text at
+ *                    once and stops at the first NUL of the content
+ * @param[in] start   the index at which to begin
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the content
  * @cost O(length + count)
@@ -494,7 +492,7 @@ MUB_API int64_t mub_string_find_pos(const mub_string *string, const char *text, 
 /**
  * Removes white space at both ends of the content, and NULs at its end.
  *
- * If there is a NUL among the leading white space, the whole content is removed.
+ * If there is a NUL among the leading white space, the string is emptied.
  *
  * @param[in,out] string  the string
  * @return 1 if anything was removed, else 0
@@ -504,28 +502,28 @@ MUB_API int64_t mub_string_find_pos(const mub_string *string, const char *text, 
 MUB_API int mub_string_trim(mub_string *string);
 
 /**
- * Replaces every byte `from` of the content by `to`.
+ * Replaces every byte `from` of the content with `to`.
  *
  * @param[in,out] string  the string
  * @param[in] from        the byte to replace; its low 8 bits are used
  * @param[in] to          the new byte; its low 8 bits are used
- * @return how many were replaced
+ * @return the number of replacements
  * @invalidates nothing
  * @cost O(length)
  */
 MUB_API int64_t mub_string_replace_char(mub_string *string, int from, int to);
 
 /**
- * Replaces every occurrence of a text by another, left to right.
+ * Replaces every occurrence of a text with another, from left to right.
  *
- * Occurrences do not overlap, and the search ends at the first NUL of the content. The content moves to a
- * fresh buffer even if there is no occurrence.
+ * Occurrences do not overlap, and the search ends at the first NUL of the content. The content moves to a new
+ * buffer even if there is no occurrence.
  *
  * @param[in,out] string  the string
  * @param[in] from        the text to replace, ending with a NUL; NULL and the empty text leave the string
  *                        unchanged
- * @param[in] to          the new text, ending with a NUL; NULL deletes
- * @return how many were replaced
+ * @param[in] to          the new text, ending with a NUL; NULL: occurrences are deleted
+ * @return the number of replacements
  * @failure 0 if memory ran out; the string is unchanged
  * @owner both texts are copied
  * @invalidates pointers into the buffer
@@ -535,10 +533,10 @@ MUB_API int64_t mub_string_replace_char(mub_string *string, int from, int to);
 MUB_API int64_t mub_string_replace(mub_string *string, const char *from, const char *to);
 
 /**
- * Replaces the first occurrence of a marker by the first of the texts that follow, the second by the second,
- * and so on, until either run out.
+ * Replaces the first occurrence of a marker with the first of the texts that follow, the second with the
+ * second, and so on, until there are no more of either.
  *
- * Otherwise as mub_string_replace(): further occurrences stay as they are.
+ * Further occurrences are unchanged. Otherwise like mub_string_replace().
  *
  * @param[in,out] string  the string
  * @param[in] marker      the text to replace, ending with a NUL; NULL and the empty text leave the string
@@ -554,21 +552,21 @@ MUB_API int64_t mub_string_replace(mub_string *string, const char *from, const c
 MUB_API void mub_string_match(mub_string *string, const char *marker, ...);
 
 /**
- * Makes what printf prints the whole content, in a fresh buffer.
+ * Replaces the content with the output of printf, in a new buffer.
  *
- * The buffer is sized for the length of the format, the length of each text given to a plain `%s`, and 32
- * bytes for each other percent sign except one at the very end. If the output is longer, the buffer grows
- * once more and the output is printed again, as happens for long texts given to conversions with a width,
- * flags or a precision. NULL counts as 32 too, and so do texts for and after a positional or unknown
- * conversion.
+ * The initial size of the buffer is the length of the format, plus the length of each text passed to a plain
+ * `%%s`, plus 32 bytes for each other percent sign except one at the very end. If the output is longer, as it
+ * may be for long texts passed to conversions with a width, flags or a precision, the buffer is enlarged and
+ * the output formatted again. A NULL text also counts as 32 bytes, and so does every text for or after a
+ * positional or unknown conversion.
  *
  * @param[in,out] string  the string
- * @param[in] format      a printf format; an empty one empties the string
+ * @param[in] format      a printf format; if empty, the string is emptied
  * @param ...             the arguments, as printf takes them; texts among them may lie in the string
  * @failure the string is unchanged if memory runs out or printf fails
  * @owner the texts are copied
  * @invalidates pointers into the buffer
- * @cost O(bytes printed)
+ * @cost O(bytes formatted)
  */
 MUB_API void mub_string_format(mub_string *string, const char *format, ...) MUB_PRINTF(2, 3);
 
@@ -576,8 +574,8 @@ MUB_API void mub_string_format(mub_string *string, const char *format, ...) MUB_
  * Inserts a text before `position`.
  *
  * @param[in,out] string  the string
- * @param[in] position    where to insert: 0 to the length
- * @param[in] text        the text; may lie in the string itself; NULL inserts nothing
+ * @param[in] position    the position to insert before: 0 to the length
+ * @param[in] text        the text, which may lie in the string itself; NULL inserts nothing
  * @param[in] count       bytes of the text; negative: up to its NUL
  * @return 1 if inserted
  * @failure 0, and nothing changes, if the position is negative or above the length, there is nothing to
@@ -591,12 +589,13 @@ MUB_API void mub_string_format(mub_string *string, const char *format, ...) MUB_
 MUB_API int mub_string_insert(mub_string *string, int64_t position, const char *text, int64_t count);
 
 /**
- * Replaces a range by a text.
+ * Replaces a range with a text.
  *
  * @param[in,out] string  the string
- * @param[in] position    where the range begins: 0 to the length
- * @param[in] old_count   bytes to replace, or as many as there are
- * @param[in] text        the text; may lie in the string itself; NULL with a count of 0 deletes
+ * @param[in] position    the start of the range: 0 to the length
+ * @param[in] old_count   the number of bytes to replace, limited to those there are
+ * @param[in] text        the text, which may lie in the string itself; NULL with a count of 0 deletes the
+ *                        range
  * @param[in] count       bytes of the text; negative: up to its NUL
  * @return 1 if replaced
  * @failure 0, and nothing changes, if the position is negative or above the length, `old_count` is negative,
@@ -613,12 +612,12 @@ MUB_API int mub_string_update(mub_string *string, int64_t position, int64_t old_
 /**
  * Removes a range.
  *
- * A position above the length becomes the new length, as by mub_string_shrink(): the content is lengthened,
- * up to the capacity. Negative arguments do nothing.
+ * A position above the length becomes the new length, limited to the capacity, as by mub_string_shrink().
+ * Does nothing if an argument is negative.
  *
  * @param[in,out] string  the string
- * @param[in] position    where the range begins, counted from 0
- * @param[in] count       bytes to remove, or as many as there are
+ * @param[in] position    the start of the range, counted from 0
+ * @param[in] count       the number of bytes to remove, limited to those there are
  * @invalidates nothing
  * @cost O(length)
  */
@@ -628,20 +627,20 @@ MUB_API void mub_string_delete(mub_string *string, int64_t position, int64_t cou
  * Keeps the first `count` bytes, or as many as there are; a negative count keeps everything.
  *
  * @param[in,out] string  the string
- * @param[in] count       bytes to keep
+ * @param[in] count       the number of bytes
  * @invalidates nothing
  */
 MUB_API void mub_string_left(mub_string *string, int64_t count);
 
 /**
- * Keeps `count` bytes from `start`, or as many as there are; none if `start` is not below the length or the
- * count is below 1.
+ * Keeps `count` bytes from `start` on, or as many as there are; none if `start` is not below the length or
+ * the count is below 1.
  *
- * A negative start keeps everything.
+ * If `start` is negative, everything is kept.
  *
  * @param[in,out] string  the string
- * @param[in] start       where to begin, counted from 0
- * @param[in] count       bytes to keep
+ * @param[in] start       the index at which to begin
+ * @param[in] count       the number of bytes
  * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(count)
@@ -652,7 +651,7 @@ MUB_API void mub_string_mid(mub_string *string, int64_t start, int64_t count);
  * Keeps the last `count` bytes, or as many as there are; none if the count is below 1.
  *
  * @param[in,out] string  the string
- * @param[in] count       bytes to keep
+ * @param[in] count       the number of bytes
  * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(count)
@@ -660,11 +659,11 @@ MUB_API void mub_string_mid(mub_string *string, int64_t start, int64_t count);
 MUB_API void mub_string_right(mub_string *string, int64_t count);
 
 /**
- * Makes the first `count` bytes of a string, or as many as there are, the content of another; none if the
- * count is below 1.
+ * Copies the first `count` bytes of a string, or as many as there are, to another string; none if the count
+ * is below 1.
  *
  * @param[in] string   the string
- * @param[in] count    bytes to copy
+ * @param[in] count    the number of bytes
  * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
@@ -675,12 +674,12 @@ MUB_API void mub_string_right(mub_string *string, int64_t count);
 MUB_API int mub_string_left_string(const mub_string *string, int64_t count, mub_string *out);
 
 /**
- * Makes `count` bytes from `start`, or as many as there are, the content of another string; none if the count
- * is below 1 or `start` lies outside the content.
+ * Copies `count` bytes from `start` on, or as many as there are, to another string; none if the count is
+ * below 1 or `start` lies outside the content.
  *
  * @param[in] string   the string
- * @param[in] start    where to begin, counted from 0
- * @param[in] count    bytes to copy
+ * @param[in] start    the index at which to begin
+ * @param[in] count    the number of bytes
  * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
@@ -691,11 +690,11 @@ MUB_API int mub_string_left_string(const mub_string *string, int64_t count, mub_
 MUB_API int mub_string_mid_string(const mub_string *string, int64_t start, int64_t count, mub_string *out);
 
 /**
- * Makes the last `count` bytes of a string, or as many as there are, the content of another; none if the
- * count is below 1.
+ * Copies the last `count` bytes of a string, or as many as there are, to another string; none if the count is
+ * below 1.
  *
  * @param[in] string   the string
- * @param[in] count    bytes to copy
+ * @param[in] count    the number of bytes
  * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
@@ -708,43 +707,43 @@ MUB_API int mub_string_right_string(const mub_string *string, int64_t count, mub
 /** @} */
 
 /**
- * @defgroup stringx mub_stringx: a view of a span of a text that is owned elsewhere
+ * @defgroup stringx mub_stringx: a non-owning view of a span of text
  *
- * A mub_stringx is a span of a text that is owned elsewhere. Its operations move the span and never the text,
- * which they neither write nor terminate; nothing is allocated.
+ * A mub_stringx refers to a span of a text that it does not own. Its operations move the span and never write
+ * to the text or terminate it; nothing is allocated.
  *
  *     text ──► "  name =  value "
  *                         ^~~~~        start = 10, length = 5
  *
- * Positions count from the start of the span. A view of a string is valid as long as the string's buffer
- * stays where it is. Nothing is read through a view whose length is below 1.
+ * Positions count from the start of the span. A view of a string is valid until the string's buffer moves or
+ * is released. Nothing is read through a view whose length is below 1.
  *
  * @{
  */
 
-/** A view of a span of a text that is owned elsewhere. */
+/** A non-owning view of a span of text. */
 typedef struct mub_stringx {
-  const char *text; /**< the viewed text, never owned; NULL for an empty view */
-  int64_t start;    /**< where the span begins */
+  const char *text; /**< the text, not owned; NULL for an empty view */
+  int64_t start;    /**< the start of the span in the text */
   int64_t length;   /**< bytes in the span */
 } mub_stringx;
 
 /**
- * Makes an empty view.
+ * Initialises an empty view.
  *
  * @param[out] view  the view
- * @owner the record is the caller's
+ * @owner the record belongs to the caller
  * @invalidates nothing
  */
 MUB_API void mub_stringx_init(mub_stringx *view);
 
 /**
- * Makes an empty view; the same as mub_stringx_init().
+ * Makes the view empty; the same as mub_stringx_init().
  *
  * Nothing is released.
  *
  * @param[in,out] view  the view
- * @owner the text stays its owner's
+ * @owner the text remains its owner's
  * @invalidates nothing
  */
 MUB_API void mub_stringx_term(mub_stringx *view);
@@ -766,42 +765,42 @@ MUB_API int mub_stringx_is_empty(const mub_stringx *view);
 MUB_API void mub_stringx_shrink(mub_stringx *view);
 
 /**
- * Views what another view views.
+ * Makes a view refer to the span of another view.
  *
  * @param[in,out] view  the view
- * @param[in] other     the view to take over
- * @owner the text stays its owner's; both views refer to it
+ * @param[in] other     the view to copy
+ * @owner the text remains its owner's; both views refer to it
  * @invalidates nothing
  */
 MUB_API void mub_stringx_copy(mub_stringx *view, const mub_stringx *other);
 
 /**
- * Views the content of a string.
+ * Makes a view refer to the content of a string.
  *
  * @param[in,out] view  the view
  * @param[in] string    the string to view
- * @owner the text stays the string's; the view refers to it
+ * @owner the text remains the string's; the view refers to it
  * @invalidates nothing
  */
 MUB_API void mub_stringx_copy_string(mub_stringx *view, const mub_string *string);
 
 /**
- * Views the characters of a mub_char; if its length is negative, they reach to the NUL.
+ * Makes a view refer to the characters of a mub_char, up to their NUL if its length is negative.
  *
  * @param[in,out] view  the view
- * @param[in] other     the view to take over
- * @owner the text stays its owner's; the view refers to it
+ * @param[in] other     the view to copy
+ * @owner the text remains its owner's; the view refers to it
  * @invalidates nothing
  * @cost O(1); O(characters) for a negative length
  */
 MUB_API void mub_stringx_copy_char(mub_stringx *view, const mub_char *other);
 
 /**
- * Exchanges two views.
+ * Swaps two views.
  *
  * @param[in,out] a  one view
  * @param[in,out] b  the other view
- * @owner the texts stay their owners'
+ * @owner the texts remain their owners'
  * @invalidates nothing
  */
 MUB_API void mub_stringx_swap(mub_stringx *a, mub_stringx *b);
@@ -817,10 +816,10 @@ MUB_API void mub_stringx_swap(mub_stringx *a, mub_stringx *b);
 MUB_API int mub_stringx_get_at(const mub_stringx *view, int64_t index);
 
 /**
- * Orders the span against a text, as mub_string_compare() does.
+ * Compares the span with a text, as mub_string_compare() does.
  *
  * @param[in] view   the view
- * @param[in] text   the text to compare with; NULL has no content
+ * @param[in] text   the text to compare with; NULL: a text without content
  * @param[in] count  bytes of the text; negative: up to its NUL
  * @return a negative number, 0 or a positive one
  * @cost O(count)
@@ -830,10 +829,10 @@ MUB_API int mub_stringx_get_at(const mub_stringx *view, int64_t index);
 MUB_API int mub_stringx_compare(const mub_stringx *view, const char *text, int64_t count);
 
 /**
- * Orders the span against a text, without regard to case, as mub_string_icompare() does.
+ * Compares the span with a text without regard to case, as mub_string_icompare() does.
  *
  * @param[in] view   the view
- * @param[in] text   the text to compare with; NULL has no content
+ * @param[in] text   the text to compare with; NULL: a text without content
  * @param[in] count  bytes of the text; negative: up to its NUL
  * @return a negative number, 0 or a positive one
  * @cost O(count)
@@ -845,7 +844,7 @@ MUB_API int mub_stringx_icompare(const mub_stringx *view, const char *text, int6
 /**
  * Finds the first occurrence of a byte.
  *
- * 0 is never found.
+ * The byte 0 is never found.
  *
  * @param[in] view       the view
  * @param[in] character  the byte; its low 8 bits are used
@@ -858,11 +857,11 @@ MUB_API int64_t mub_stringx_find_char(const mub_stringx *view, int character);
 /**
  * Finds the first occurrence of a byte at or after index `start`.
  *
- * 0 is never found.
+ * The byte 0 is never found.
  *
  * @param[in] view       the view
  * @param[in] character  the byte; its low 8 bits are used
- * @param[in] start      where to begin, counted from the start of the span
+ * @param[in] start      the index at which to begin, counted from the start of the span
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the span
  * @cost O(length)
@@ -872,7 +871,7 @@ MUB_API int64_t mub_stringx_find_char_pos(const mub_stringx *view, int character
 /**
  * Finds the last occurrence of a byte.
  *
- * 0 is never found.
+ * The byte 0 is never found.
  *
  * @param[in] view       the view
  * @param[in] character  the byte; its low 8 bits are used
@@ -885,7 +884,7 @@ MUB_API int64_t mub_stringx_reverse_find(const mub_stringx *view, int character)
 /**
  * Finds the first occurrence of a text.
  *
- * As in mub_mem_str(), NULs are bytes like any other.
+ * As in mub_mem_str(), NULs are ordinary bytes.
  *
  * @param[in] view   the view
  * @param[in] text   the text to find; NULL is not found
@@ -901,12 +900,12 @@ MUB_API int64_t mub_stringx_find(const mub_stringx *view, const char *text, int6
 /**
  * Finds the first occurrence of a text at or after index `start`.
  *
- * As in mub_mem_str(), NULs are bytes like any other.
+ * As in mub_mem_str(), NULs are ordinary bytes.
  *
  * @param[in] view   the view
  * @param[in] text   the text to find; NULL is not found
  * @param[in] count  bytes of the text; negative: up to its NUL
- * @param[in] start  where to begin, counted from the start of the span
+ * @param[in] start  the index at which to begin, counted from the start of the span
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the span
  * @cost O(length + count)
@@ -957,7 +956,8 @@ MUB_API double mub_stringx_get_float(const mub_stringx *view);
 /**
  * Removes white space at both ends of the span, and NULs at its end.
  *
- * A span with a NUL among its leading white space becomes empty. A span that becomes empty keeps its start.
+ * A span with a NUL among its leading white space becomes empty. The start of a span that becomes empty is
+ * unchanged.
  *
  * @param[in,out] view  the view
  * @return 1 if the span changed, or if there is a text and the span is empty; else 0
@@ -969,11 +969,10 @@ MUB_API int mub_stringx_trim(mub_stringx *view);
 /**
  * Keeps the first `count` bytes of the span, or as many as there are.
  *
- * A negative count is stored as the length of a span that is not empty; nothing is read through the view
- * then.
+ * If the span is not empty, a negative count is stored as its length; nothing is then read through the view.
  *
  * @param[in,out] view  the view
- * @param[in] count     bytes to keep
+ * @param[in] count     the number of bytes
  * @invalidates nothing
  */
 MUB_API void mub_stringx_left(mub_stringx *view, int64_t count);
@@ -986,7 +985,7 @@ MUB_API void mub_stringx_left(mub_stringx *view, int64_t count);
  *
  * @param[in,out] view  the view
  * @param[in] offset    bytes from the start of the span
- * @param[in] count     bytes to keep
+ * @param[in] count     the number of bytes
  * @invalidates nothing
  */
 MUB_API void mub_stringx_mid(mub_stringx *view, int64_t offset, int64_t count);
@@ -998,94 +997,94 @@ MUB_API void mub_stringx_mid(mub_stringx *view, int64_t offset, int64_t count);
  * past it, unless the span is empty already.
  *
  * @param[in,out] view  the view
- * @param[in] count     bytes to keep
+ * @param[in] count     the number of bytes
  * @invalidates nothing
  */
 MUB_API void mub_stringx_right(mub_stringx *view, int64_t count);
 
 /**
- * Makes `out`, a view of the same text, view the first `count` bytes of the span, or as many as there are;
- * none if the count is below 1.
+ * Sets `out`, a view of the same text, to the first `count` bytes of the span, or as many as there are; none
+ * if the count is below 1.
  *
- * A view of another text is unchanged, unless there is nothing to view: then the start of `view` and the
- * length 0 are stored, whatever the text.
+ * If `out` is a view of another text, it is unchanged, unless the result is empty: then the start of `view`
+ * and the length 0 are stored in any case.
  *
  * @param[in] view     the view
- * @param[in] count    bytes to view
+ * @param[in] count    the number of bytes
  * @param[in,out] out  receives the view
- * @owner the text stays its owner's; `out` refers to it
+ * @owner the text remains its owner's; `out` refers to it
  * @invalidates nothing
  */
 MUB_API void mub_stringx_left_string(const mub_stringx *view, int64_t count, mub_stringx *out);
 
 /**
- * Makes `out`, a view of the same text, view `count` bytes from `offset`, or as many as there are; none if
- * the count is below 1 or `offset` lies outside the span.
+ * Sets `out`, a view of the same text, to `count` bytes from `offset`, or as many as there are; none if the
+ * count is below 1 or `offset` lies outside the span.
  *
- * A view of another text is unchanged, unless there is nothing to view: then the start of `view`, moved by
- * `offset`, and the length 0 are stored, whatever the text.
+ * If `out` is a view of another text, it is unchanged, unless the result is empty: then the start of `view`,
+ * moved by `offset`, and the length 0 are stored in any case.
  *
  * @param[in] view     the view
  * @param[in] offset   bytes from the start of the span
- * @param[in] count    bytes to view
+ * @param[in] count    the number of bytes
  * @param[in,out] out  receives the view
- * @owner the text stays its owner's; `out` refers to it
+ * @owner the text remains its owner's; `out` refers to it
  * @invalidates nothing
  */
 MUB_API void mub_stringx_mid_string(const mub_stringx *view, int64_t offset, int64_t count, mub_stringx *out);
 
 /**
- * Makes `out`, a view of the same text, view the last `count` bytes of the span, or as many as there are;
- * none if the count is below 1.
+ * Sets `out`, a view of the same text, to the last `count` bytes of the span, or as many as there are; none
+ * if the count is below 1.
  *
- * A view of another text is unchanged, unless there is nothing to view: then the start of `view` and the
- * length 0 are stored, whatever the text.
+ * If `out` is a view of another text, it is unchanged, unless the result is empty: then the start of `view`
+ * and the length 0 are stored in any case.
  *
  * @param[in] view     the view
- * @param[in] count    bytes to view
+ * @param[in] count    the number of bytes
  * @param[in,out] out  receives the view
- * @owner the text stays its owner's; `out` refers to it
+ * @owner the text remains its owner's; `out` refers to it
  * @invalidates nothing
  */
 MUB_API void mub_stringx_right_string(const mub_stringx *view, int64_t count, mub_stringx *out);
 
 /**
- * Makes `out` view the first `count` bytes of the span, or as many as there are.
+ * Sets `out` to the first `count` bytes of the span, or as many as there are.
  *
  * Without a text its data is NULL; otherwise the data is the start of the span, even if the length is 0.
  *
  * @param[in] view   the view
- * @param[in] count  bytes to view
+ * @param[in] count  the number of bytes
  * @param[out] out   receives the view
- * @owner the text stays its owner's; `out` refers to it, and its old data is not released
+ * @owner the text remains its owner's; `out` refers to it, and its old data is not released
  * @invalidates nothing
  */
 MUB_API void mub_stringx_left_char(const mub_stringx *view, int64_t count, mub_char *out);
 
 /**
- * Makes `out` view `count` bytes of the span from `offset`, or as many as there are; none if the count is
- * below 1 or `offset` lies outside the span.
+ * Sets `out` to `count` bytes of the span from `offset`, or as many as there are; none if the count is below
+ * 1 or `offset` lies outside the span.
  *
  * Without a text its data is NULL. If the length is 0, the data may lie outside the text.
  *
  * @param[in] view    the view
  * @param[in] offset  bytes from the start of the span
- * @param[in] count   bytes to view
+ * @param[in] count   the number of bytes
  * @param[out] out    receives the view
- * @owner the text stays its owner's; `out` refers to it, and its old data is not released
+ * @owner the text remains its owner's; `out` refers to it, and its old data is not released
  * @invalidates nothing
  */
 MUB_API void mub_stringx_mid_char(const mub_stringx *view, int64_t offset, int64_t count, mub_char *out);
 
 /**
- * Makes `out` view the last `count` bytes of the span, or as many as there are.
+ * Sets `out` to the last `count` bytes of the span, or as many as there are.
  *
  * Without a text its data is NULL. With a count below 1 it is the start of the span, and the length is 0.
  *
  * @param[in] view   the view
- * @param[in] count  bytes to view
+ * @param[in] count  the number of bytes
  * @param[out] out   receives the view
- * @owner the text stays its owner's; `out` refers to it, and its old data is not released
+ * @owner the text remains its owner's; `out` refers to it, and its old data is not released
  * @invalidates nothing
  */
 MUB_API void mub_stringx_right_char(const mub_stringx *view, int64_t count, mub_char *out);

@@ -12,20 +12,20 @@
  *     ┌► a ◄──► b ◄──► c ◄┐                                      a b
  *     └───────────────────┘  prev of the first is the last
  *
- * The root lies in the tree's record: the record's address is that of the root, which is never released.
- * Neither tree stores keys. The entries of a mub_tree are found by a comparer of the caller's; in a
- * mub_bitree, the caller says where an entry belongs.
+ * The root is the first field of the tree's record and is never released. Neither tree stores keys: the
+ * entries of a mub_tree are found with a comparator, and in a mub_bitree the caller determines where an entry
+ * is linked.
  *
- * **Entry pool.** The functions that make entries need one: made by `_init`, or an external one, written into
- * `entry_pool`, with a block size of at least that of the entry record. Several trees may share an external
- * pool. Entries may also lie in the caller's own memory, as long as no function that returns entries to a
- * pool reaches them.
+ * **Entry pool.** Functions that create entries need an entry pool: one created by `_init`, or an external
+ * one stored in `entry_pool`, whose block size is at least that of the entry struct. Several trees may share
+ * an external pool. Entries may also lie in the caller's own memory, as long as no function that returns
+ * entries to a pool reaches them.
  *
- * **Value pool.** A pool made by `_init` has no block size yet: store the size of your values in
- * `value_pool->block_size`. Blocks of an owned value pool are released with the whole pool; single blocks go
- * back to an external pool only.
+ * **Value pool.** A pool created by `_init` has no block size: store the size of your values in
+ * `value_pool->block_size`. Blocks are returned individually to an external pool only; those of an owned pool
+ * are released with the whole pool.
  *
- * **Depth.** Nothing recurses: a tree may be as deep, and a ring or a chain as long, as memory allows.
+ * **Depth.** No function recurses: only memory limits the depth of a tree and the length of a ring or chain.
  *
  * What the everyday operations return:
  *
@@ -59,45 +59,40 @@ extern "C" {
  *
  * A tree of entries with any number of children.
  *
- * A path is an array of keys, one per step. A step goes to the first entry that matches its key, in document
- * order, anywhere below the entry reached before: a child, a grandchild or deeper. So after inserting [a, b],
- * the path [b] leads to that b, too.
+ * A path is an array of keys, one per step. Each step leads to the first descendant of the current entry, in
+ * document order, that matches the key: a child, a grandchild or a deeper one. So after inserting [a, b], the
+ * path [b] also leads to that b.
  *
  * @{
  */
 
-/** One entry; it stays where it is until it is released. */
+/** One entry; its address does not change until it is released. */
 typedef struct mub_tree_entry {
-  /** the entry above; NULL in the root and in an entry that is not linked */
-  struct mub_tree_entry *parent;
-  /** its first child; NULL if there is none */
-  struct mub_tree_entry *first_child;
-  /** the previous sibling; of the first, the last */
-  struct mub_tree_entry *prev;
-  /** the next sibling; of the last, the first */
-  struct mub_tree_entry *next;
-  /** the caller's; may be changed in place */
-  uint64_t value;
+  struct mub_tree_entry *parent;      /**< the parent; NULL in the root and in an entry that is not linked */
+  struct mub_tree_entry *first_child; /**< its first child; NULL if there is none */
+  struct mub_tree_entry *prev;        /**< the previous sibling; for the first, the last */
+  struct mub_tree_entry *next;        /**< the next sibling; for the last, the first */
+  uint64_t value;                     /**< the caller's; may be changed in place */
 } mub_tree_entry;
 
-/** Entries with any number of children. */
+/** A tree of entries with any number of children. */
 typedef struct mub_tree {
-  mub_tree_entry root;      /**< paths start below it, and never lead to it; its value is the caller's too */
-  int64_t count;            /**< links made minus links undone, not entries: removing a subtree undoes one */
-  mub_pool *entry_pool;     /**< where the entries come from; NULL if there is none */
-  uint16_t owns_entry_pool; /**< 1: made by `_init`, released by `_term` */
-  mub_pool *value_pool;     /**< where value blocks come from; NULL if there is none */
-  uint16_t owns_value_pool; /**< 1: made by `_init`, released by `_term` */
+  mub_tree_entry root;      /**< the root; paths start below it and never lead to it */
+  int64_t count;            /**< entries linked minus entries unlinked; removing a subtree counts as one */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
 } mub_tree;
 
 /**
  * Checks whether an entry matches a key.
  *
- * Entries that mub_tree_insert() made on the way to the last one of a path have value 0.
+ * Entries that mub_tree_insert() created along a path, before its last, have value 0.
  *
  * @param[in] entry   the entry
  * @param[in] key     the key
- * @param[in] length  bytes of the key, as they were passed or as the path has them
+ * @param[in] length  length of the key in bytes, as passed by the caller or stored in the path
  * @return 0 if the entry matches
  * @bounds key[length]
  * @nullable key
@@ -107,12 +102,12 @@ typedef int (*mub_tree_compare_fn)(const mub_tree_entry *entry, const void *key,
 /**
  * Checks whether an entry matches a key in the `_x` functions, which pass the caller's context.
  *
- * Entries that mub_tree_insert_x() made on the way to the last one of a path have value 0.
+ * Entries that mub_tree_insert_x() created along a path, before its last, have value 0.
  *
  * @param[in] entry    the entry
  * @param[in] context  the caller's context
  * @param[in] key      the key
- * @param[in] length   bytes of the key, as they were passed or as the path has them
+ * @param[in] length   length of the key in bytes, as passed by the caller or stored in the path
  * @return 0 if the entry matches
  * @bounds key[length]
  * @nullable key
@@ -121,14 +116,14 @@ typedef int (*mub_tree_compare_x_fn)(const mub_tree_entry *entry, uint64_t conte
                                      int64_t length);
 
 /**
- * Makes the record a tree of a root alone.
+ * Initialises a tree that consists of its root.
  *
  * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: make an entry pool that the tree owns
- * @param[in] own_value_pool  not 0: make a value pool that the tree owns
+ * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] own_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the tree until mub_tree_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the tree until mub_tree_term()
  * @invalidates nothing
  */
 MUB_API mub_tree *mub_tree_init(mub_tree *tree, int own_entry_pool, int own_value_pool);
@@ -136,13 +131,13 @@ MUB_API mub_tree *mub_tree_init(mub_tree *tree, int own_entry_pool, int own_valu
 /**
  * Releases the pools that the tree owns and returns entries to an external entry pool.
  *
- * The fields of owned pools become NULL; their flags do not change. Values are not visited. The tree is then
- * empty, with a cleared root.
+ * The fields of owned pools become NULL; their flags do not change. Values are not released. The tree is then
+ * empty, with a zero-filled root.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner what the tree owns is released; values and external pools stay the caller's
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner what the tree owns is released; values and external pools remain the caller's
  * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -151,29 +146,29 @@ MUB_API mub_tree *mub_tree_term(mub_tree *tree);
 /**
  * Empties the tree.
  *
- * Entries go back to an external pool, owned pools are emptied, and the root is cleared. Values are not
- * visited.
+ * Entries are returned to an external pool, owned pools are emptied, and the root is zero-filled. Values are
+ * not released.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to their pool; values are not released
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool; values are not released
  * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
 MUB_API mub_tree *mub_tree_remove_all(mub_tree *tree);
 
 /**
- * Releases every value that is not 0, the root's included, then empties the tree and clears the root.
+ * Releases every value that is not 0, the root's included, then empties the tree and zero-fills the root.
  *
  * The values' blocks go back to an external value pool, and an owned one is emptied.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, children before their parents; NULL: not called
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   their pool
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to their pool
  * @invalidates all entries but the root, and the values
  * @cost O(entries)
  * @nullable release
@@ -183,18 +178,18 @@ MUB_API mub_tree *mub_tree_free_all(mub_tree *tree, mub_free_fn release);
 /**
  * Copies a tree.
  *
- * Owned pools are cloned: entries and value blocks keep their places in them, and addresses are translated. A
- * value that is no block of the value pool becomes 0, and so do all values if the destination has no value
- * pool of its own. An entry that is no block of the entry pool is left out, with all below it. External pools
- * are shared, and the destination gives up its own pool: it takes fresh blocks of an external entry pool, and
- * with an external value pool, values are copied as words.
+ * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
+ * translated. A value that is not a block of the value pool becomes 0, and so do all values if the
+ * destination has no value pool of its own. An entry that is not a block of the entry pool is omitted, with
+ * its descendants. External pools are shared, and the destination releases its own pool: entries are copied
+ * to new blocks of an external entry pool, and values are copied as words if the value pool is external.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both trees are the same.
  *
  * @param[in] source                     the tree to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised tree with the same flags; its old entries are dropped
  *                                       and their values not released
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
@@ -213,11 +208,12 @@ MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_p
                                  mub_pool *destination_user_pool, mub_clone_fn callback);
 
 /**
- * Copies an entry and all below it into fresh blocks of a tree's entry pool.
+ * Copies an entry and its descendants into new blocks of a tree's entry pool.
  *
  * Values are copied as words.
  *
- * @param[in,out] tree  the tree that gets the copy; its `count` rises by the links within the copy
+ * @param[in,out] tree  the tree that receives the copy; its `count` grows by the number of links within the
+ *                      copy
  * @param[in] source    an entry of this tree or of any other
  * @return the copy, not linked
  * @failure NULL if memory ran out or there is no entry pool
@@ -231,7 +227,7 @@ MUB_API mub_tree_entry *mub_tree_clone_entry(mub_tree *tree, const mub_tree_entr
 /**
  * Checks whether two byte ranges are equal.
  *
- * Lengths are used as given.
+ * A negative length is not measured.
  *
  * @param[in] a         the first range
  * @param[in] a_length  bytes of `a`
@@ -245,7 +241,8 @@ MUB_API mub_tree_entry *mub_tree_clone_entry(mub_tree *tree, const mub_tree_entr
 MUB_API int mub_tree_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
 /**
- * Makes an entry the parent of all its children, after its content was moved there from another entry.
+ * Sets the `parent` of all children of an entry to that entry, after its fields were moved there from another
+ * entry.
  *
  * @param[in,out] entry  an entry
  * @invalidates nothing
@@ -255,7 +252,7 @@ MUB_API int mub_tree_cmp(const void *a, int64_t a_length, const void *b, int64_t
 MUB_API void mub_tree_set_parent(mub_tree_entry *entry);
 
 /**
- * Clears the five fields of an entry.
+ * Zero-fills an entry.
  *
  * @param[out] entry  an entry
  * @invalidates nothing
@@ -278,34 +275,33 @@ MUB_API mub_tree_entry *mub_tree_entry_new(mub_tree *tree);
  * Links an entry as the last child of another.
  *
  * @param[in,out] tree    the tree
- * @param[in,out] parent  the entry that gets a child; with NULL nothing changes
- * @param[in,out] child   an entry that is not linked, with or without children of its own; with NULL nothing
- *                        changes
- * @owner the tree refers to the entry, which stays where it is
+ * @param[in,out] parent  the parent; NULL: nothing changes
+ * @param[in,out] child   an entry that is not linked, with or without children; NULL: nothing changes
+ * @owner the tree refers to the entry, which does not move
  * @invalidates nothing
  * @nullable parent, child
  */
 MUB_API void mub_tree_entry_append(mub_tree *tree, mub_tree_entry *parent, mub_tree_entry *child);
 
 /**
- * Links an entry right before another.
+ * Links an entry as the previous sibling of another.
  *
  * @param[in,out] tree     the tree
- * @param[in,out] sibling  the other entry; with NULL, or an entry without a parent, nothing changes
- * @param[in,out] entry    an entry that is not linked; with NULL or `sibling` itself nothing changes
- * @owner the tree refers to the entry, which stays where it is
+ * @param[in,out] sibling  the other entry; NULL, or an entry without a parent: nothing changes
+ * @param[in,out] entry    an entry that is not linked; NULL, or `sibling` itself: nothing changes
+ * @owner the tree refers to the entry, which does not move
  * @invalidates nothing
  * @nullable sibling, entry
  */
 MUB_API void mub_tree_entry_insert(mub_tree *tree, mub_tree_entry *sibling, mub_tree_entry *entry);
 
 /**
- * Unlinks an entry with all below it.
+ * Unlinks an entry with its descendants.
  *
- * Nothing is released, and `count` falls by 1.
+ * Nothing is released, and `count` is decremented.
  *
  * @param[in,out] tree   the tree
- * @param[in,out] entry  the entry; with NULL, or an entry without a parent, nothing changes
+ * @param[in,out] entry  the entry; NULL, or an entry without a parent: nothing changes
  * @owner the tree no longer refers to the entry: it is the caller's, to link or to return
  * @invalidates nothing
  * @nullable entry
@@ -313,49 +309,51 @@ MUB_API void mub_tree_entry_insert(mub_tree *tree, mub_tree_entry *sibling, mub_
 MUB_API void mub_tree_entry_remove(mub_tree *tree, mub_tree_entry *entry);
 
 /**
- * Returns an entry and all below it to an external entry pool; nothing happens with an owned one.
+ * Returns an entry and its descendants to an external entry pool; does nothing if the pool is owned.
  *
- * Links and `count` stay as they are, so unlink the entry first. The root is not returned and still links to
- * its former children: clear its `first_child`.
+ * Links and `count` are unchanged, so unlink the entry first. The root is not returned and still refers to
+ * its former children: set its `first_child` to NULL.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to an external pool, although links still lead to them; values are not released
- * @invalidates the entry and those below it, if their pool is external
- * @cost O(entries below)
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to an external pool, although other entries may still refer to them; values are
+ *   not released
+ * @invalidates the entry and its descendants, if their pool is external
+ * @cost O(descendants)
  * @level low
  */
 MUB_API void mub_tree_entry_remove_x(mub_tree *tree, mub_tree_entry *entry);
 
 /**
- * Releases the values of an entry and all below it, and returns the entries as mub_tree_entry_remove_x()
+ * Releases the values of an entry and its descendants, and returns the entries as mub_tree_entry_remove_x()
  * does.
  *
- * The values' blocks go back to an external value pool, whoever owns the entry pool. The entries keep the
- * words of their values.
+ * The values' blocks are returned to an external value pool, whoever owns the entry pool. The entries keep
+ * their value words.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry
  * @param[in] release    called with every value that is not 0, children before their parents; NULL: not
  *                       called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   an external pool, although links still lead to them
- * @invalidates the values; the entry and those below it, if their pool is external
- * @cost O(entries below)
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to an external pool, although other entries may still refer to them
+ * @invalidates the values; the entry and its descendants, if their pool is external
+ * @cost O(descendants)
  * @nullable release
+ * @level low
  */
 MUB_API void mub_tree_entry_free(mub_tree *tree, mub_tree_entry *entry, mub_free_fn release);
 
 /**
- * Exchanges the five fields of two entries, then makes each the parent of its new children.
+ * Exchanges the fields of two entries, then sets the `parent` of their children.
  *
- * This is for entries without a parent: the siblings and the parent of a linked entry are not updated.
+ * Use it for entries without a parent: the siblings and the parent of a linked entry are not updated.
  *
  * @param[in,out] a  one entry
  * @param[in,out] b  the other entry
- * @owner both entries stay where they are
+ * @owner the entries themselves do not move
  * @invalidates nothing
  * @cost O(children)
  * @level low
@@ -368,7 +366,7 @@ MUB_API void mub_tree_entry_swap(mub_tree_entry *a, mub_tree_entry *b);
  * @param[in] entry  an entry
  * @return the child
  * @failure NULL if there is none
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  */
 MUB_API mub_tree_entry *mub_tree_entry_last(const mub_tree_entry *entry);
 
@@ -378,7 +376,7 @@ MUB_API mub_tree_entry *mub_tree_entry_last(const mub_tree_entry *entry);
  * @param[in] entry  an entry
  * @return the sibling
  * @failure NULL after the last and without a parent
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  */
 MUB_API mub_tree_entry *mub_tree_entry_next(const mub_tree_entry *entry);
 
@@ -388,54 +386,54 @@ MUB_API mub_tree_entry *mub_tree_entry_next(const mub_tree_entry *entry);
  * @param[in] entry  an entry
  * @return the sibling
  * @failure NULL before the first and without a parent
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  */
 MUB_API mub_tree_entry *mub_tree_entry_prev(const mub_tree_entry *entry);
 
 /**
- * Steps to the next entry in document order.
+ * Advances to the next entry in document order.
  *
- * In document order an entry comes before its children, and siblings come in turn.
+ * In document order an entry precedes its children, and siblings keep their order.
  *
- * @param[in] bound  the search stays below this entry; NULL: below the top
+ * @param[in] bound  only descendants of this entry are returned; NULL: all entries of the tree
  * @param[in] entry  an entry
- * @return the first child, else what mub_tree_entry_find_next() gives
+ * @return the first child, or else the result of mub_tree_entry_find_next()
  * @failure NULL at the end
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
- * @cost O(depth); O(1) on average in a walk over the tree
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
+ * @cost O(depth); O(1) on average in an iteration over the tree
  * @nullable bound
  */
 MUB_API mub_tree_entry *mub_tree_entry_iter_next(const mub_tree_entry *bound, const mub_tree_entry *entry);
 
 /**
- * Steps to the next entry in document order, skipping all below the entry.
+ * Advances to the next entry in document order, skipping the descendants of the entry.
  *
- * In document order an entry comes before its children, and siblings come in turn.
+ * In document order an entry precedes its children, and siblings keep their order.
  *
- * @param[in] bound  the search stays below this entry; NULL: below the top
+ * @param[in] bound  only descendants of this entry are returned; NULL: all entries of the tree
  * @param[in] entry  an entry
  * @return the next sibling of the entry, or of its nearest ancestor that has one
- * @failure NULL if `bound` or the top is reached first
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @failure NULL if there is none below `bound`
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @cost O(depth)
  * @nullable bound
  */
 MUB_API mub_tree_entry *mub_tree_entry_find_next(const mub_tree_entry *bound, const mub_tree_entry *entry);
 
 /**
- * Searches the entries after `start` in document order, as far as they are below `bound`.
+ * Searches the descendants of `bound` that come after `start` in document order.
  *
- * In document order an entry comes before its children, and siblings come in turn.
+ * In document order an entry precedes its children, and siblings keep their order.
  *
- * @param[in] bound    `start` itself: only what is below it; an ancestor: on to the end of what is below
- *                     that; NULL: on to the end of the tree
- * @param[in] start    where to begin; not compared itself
- * @param[in] key      the key to look for; passed to the comparer
- * @param[in] length   the length of the key; passed to the comparer
+ * @param[in] bound    `start` itself, to search its descendants only; an ancestor of `start`, to search up to
+ *                     the end of that ancestor's descendants; NULL, to search up to the end of the tree
+ * @param[in] start    the entry to start after; not compared itself
+ * @param[in] key      the key to look for; passed to the comparator
+ * @param[in] length   the length of the key; passed to the comparator
  * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
- * @return the first entry that matches
+ * @return the first matching entry
  * @failure NULL if there is none
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @cost O(entries visited)
  * @bounds key[length]
  * @nullable bound, key, compare
@@ -444,20 +442,20 @@ MUB_API mub_tree_entry *mub_tree_entry_find(const mub_tree_entry *bound, const m
                                             const void *key, int64_t length, mub_tree_compare_fn compare);
 
 /**
- * Searches the entries after `start` in document order, as far as they are below `bound`.
+ * Searches the descendants of `bound` that come after `start` in document order.
  *
- * In document order an entry comes before its children, and siblings come in turn.
+ * In document order an entry precedes its children, and siblings keep their order.
  *
- * @param[in] bound    `start` itself: only what is below it; an ancestor: on to the end of what is below
- *                     that; NULL: on to the end of the tree
- * @param[in] start    where to begin; not compared itself
- * @param[in] context  any word; passed to the comparer before the key
- * @param[in] key      the key to look for; passed to the comparer
- * @param[in] length   the length of the key; passed to the comparer
+ * @param[in] bound    `start` itself, to search its descendants only; an ancestor of `start`, to search up to
+ *                     the end of that ancestor's descendants; NULL, to search up to the end of the tree
+ * @param[in] start    the entry to start after; not compared itself
+ * @param[in] context  any 64-bit word; passed to the comparator before the key
+ * @param[in] key      the key to look for; passed to the comparator
+ * @param[in] length   the length of the key; passed to the comparator
  * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
- * @return the first entry that matches
+ * @return the first matching entry
  * @failure NULL if there is none
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @cost O(entries visited)
  * @bounds key[length]
  * @nullable bound, key, compare
@@ -467,17 +465,17 @@ MUB_API mub_tree_entry *mub_tree_entry_find_x(const mub_tree_entry *bound, const
                                               mub_tree_compare_x_fn compare);
 
 /**
- * Searches the ancestors of an entry, upward.
+ * Searches the ancestors of an entry, the nearest first.
  *
- * @param[in] stop     the ancestor at which the search ends, not compared itself; NULL: the search goes up to
- *                     the root, which is compared
+ * @param[in] stop     the ancestor at which the search ends, not compared itself; NULL: search up to the
+ *                     root, which is compared
  * @param[in] entry    an entry
- * @param[in] key      the key to look for; passed to the comparer
- * @param[in] length   the length of the key; passed to the comparer
+ * @param[in] key      the key to look for; passed to the comparator
+ * @param[in] length   the length of the key; passed to the comparator
  * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
- * @return the nearest ancestor that matches
+ * @return the nearest matching ancestor
  * @failure NULL if there is none
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @cost O(depth)
  * @bounds key[length]
  * @nullable stop, key, compare
@@ -487,18 +485,18 @@ MUB_API mub_tree_entry *mub_tree_entry_find_parent(const mub_tree_entry *stop, c
                                                    mub_tree_compare_fn compare);
 
 /**
- * Searches the ancestors of an entry, upward.
+ * Searches the ancestors of an entry, the nearest first.
  *
- * @param[in] stop     the ancestor at which the search ends, not compared itself; NULL: the search goes up to
- *                     the root, which is compared
+ * @param[in] stop     the ancestor at which the search ends, not compared itself; NULL: search up to the
+ *                     root, which is compared
  * @param[in] entry    an entry
- * @param[in] context  any word; passed to the comparer before the key
- * @param[in] key      the key to look for; passed to the comparer
- * @param[in] length   the length of the key; passed to the comparer
+ * @param[in] context  any 64-bit word; passed to the comparator before the key
+ * @param[in] key      the key to look for; passed to the comparator
+ * @param[in] length   the length of the key; passed to the comparator
  * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
- * @return the nearest ancestor that matches
+ * @return the nearest matching ancestor
  * @failure NULL if there is none
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @cost O(depth)
  * @bounds key[length]
  * @nullable stop, key, compare
@@ -508,27 +506,27 @@ MUB_API mub_tree_entry *mub_tree_entry_find_parent_x(const mub_tree_entry *stop,
                                                      mub_tree_compare_x_fn compare);
 
 /**
- * Checks whether an entry is anywhere below another.
+ * Checks whether an entry is a descendant of another.
  *
- * @param[in] ancestor  the entry that may be above
+ * @param[in] ancestor  the possible ancestor
  * @param[in] entry     an entry
- * @return 1 if it is, else 0; 0 also if both are the same
+ * @return 1 if it is, else 0; 0 if both are the same entry
  * @cost O(depth)
  */
 MUB_API int mub_tree_entry_find_child(const mub_tree_entry *ancestor, const mub_tree_entry *entry);
 
 /**
- * Computes the position of an entry among its siblings.
+ * Computes the index of an entry among its siblings.
  *
  * @param[in] entry  an entry
- * @return the position, counted from 1; 1 without a parent
- * @cost O(position)
+ * @return the index, counted from 1; 1 without a parent
+ * @cost O(index)
  */
 MUB_API int64_t mub_tree_entry_index(const mub_tree_entry *entry);
 
 /**
- * Inserts the index path of an entry before the words of an array: what mub_tree_entry_index() gives for each
- * entry from the top down to this one.
+ * Prepends the index path of an entry to an array: the mub_tree_entry_index() of each entry from the root
+ * down to this one.
  *
  * The path of the root is [1].
  *
@@ -537,33 +535,34 @@ MUB_API int64_t mub_tree_entry_index(const mub_tree_entry *entry);
  * @failure the array is unchanged if memory runs out
  * @owner the words are copied
  * @invalidates pointers to words of the array
- * @cost O(words + depth + sum of the positions)
+ * @cost O(words + depth + sum of the indexes)
  */
 MUB_API void mub_tree_entry_array(const mub_tree_entry *entry, mub_arrayt *array);
 
 /**
- * Orders two entries of one tree as in a document: by their index paths.
+ * Compares two entries of a tree by document order.
  *
  * @param[in] a  one entry
  * @param[in] b  the other entry
- * @return the difference of the first indexes that differ, else of the depths, so that an ancestor comes
- *   first; 0 for the same entry
- * @cost O(depth + sum of the positions)
+ * @return the difference of the first indexes that differ in their index paths, or else of the depths, so an
+ *   ancestor comes first; 0 for the same entry
+ * @cost O(depth + sum of the indexes)
  */
 MUB_API int mub_tree_entry_compare(const mub_tree_entry *a, const mub_tree_entry *b);
 
 /**
- * Follows a path, and appends an entry to the one reached wherever no entry matches.
+ * Follows a path, and appends a child to the current entry for every step that no entry matches.
  *
  * @param[in,out] tree  the tree
  * @param[in] path      the keys of the steps; only read
- * @param[in] init      called with the block of the value pool that a new last entry gets; NULL: not called.
- *                      Entries made on the way to the last one have value 0, and so has the last one if there
- *                      was no block
- * @param[in] compare   checks whether an entry matches a key; with NULL nothing happens
+ * @param[in] init      called with the block of the value pool that becomes the value of a new last entry;
+ *                      NULL: not called. Other new entries have value 0, and so has the last one if the pool
+ *                      had no block
+ * @param[in] compare   checks whether an entry matches a key; NULL: nothing happens
  * @return the entry at the end of the path, found or new
- * @failure NULL for an empty path, without a comparer, and if memory ran out; entries made before that stay
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @failure NULL for an empty path, without a comparator, and if memory ran out; entries created before that
+ *   remain
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @invalidates nothing
  * @cost O(entries visited)
  * @nullable init, compare
@@ -572,18 +571,19 @@ MUB_API mub_tree_entry *mub_tree_insert(mub_tree *tree, const mub_array *path, m
                                         mub_tree_compare_fn compare);
 
 /**
- * Follows a path, and appends an entry to the one reached wherever no entry matches.
+ * Follows a path, and appends a child to the current entry for every step that no entry matches.
  *
  * @param[in,out] tree  the tree
  * @param[in] path      the keys of the steps; only read
- * @param[in] context   any word; passed to the comparer before the key
- * @param[in] init      called with the block of the value pool that a new last entry gets; NULL: not called.
- *                      Entries made on the way to the last one have value 0, and so has the last one if there
- *                      was no block
- * @param[in] compare   checks whether an entry matches a key; with NULL nothing happens
+ * @param[in] context   any 64-bit word; passed to the comparator before the key
+ * @param[in] init      called with the block of the value pool that becomes the value of a new last entry;
+ *                      NULL: not called. Other new entries have value 0, and so has the last one if the pool
+ *                      had no block
+ * @param[in] compare   checks whether an entry matches a key; NULL: nothing happens
  * @return the entry at the end of the path, found or new
- * @failure NULL for an empty path, without a comparer, and if memory ran out; entries made before that stay
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @failure NULL for an empty path, without a comparator, and if memory ran out; entries created before that
+ *   remain
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @invalidates nothing
  * @cost O(entries visited)
  * @nullable init, compare
@@ -592,21 +592,21 @@ MUB_API mub_tree_entry *mub_tree_insert_x(mub_tree *tree, const mub_array *path,
                                           mub_init_fn init, mub_tree_compare_x_fn compare);
 
 /**
- * Follows a path from its middle, and appends an entry to the one reached wherever no entry matches.
+ * Follows the rest of a path, and appends a child to the current entry for every step that no entry matches.
  *
  * @param[in,out] tree     the tree
- * @param[in,out] current  the entry that the path has reached so far
- * @param[in] depth        the number of steps taken, which is the index of the next key, not below 0; at the
- *                         end of the path the result is NULL
+ * @param[in,out] current  the entry reached by the steps so far
+ * @param[in] depth        the number of steps taken so far, which is the index of the next key; not negative;
+ *                         at the end of the path the result is NULL
  * @param[in] path         the keys of the steps; only read
- * @param[in] init         called with the block of the value pool that a new last entry gets; NULL: not
- *                         called. Entries made on the way to the last one have value 0, and so has the last
- *                         one if there was no block
- * @param[in] compare      checks whether an entry matches a key; with NULL nothing happens
+ * @param[in] init         called with the block of the value pool that becomes the value of a new last entry;
+ *                         NULL: not called. Other new entries have value 0, and so has the last one if the
+ *                         pool had no block
+ * @param[in] compare      checks whether an entry matches a key; NULL: nothing happens
  * @return the entry at the end of the path, found or new
- * @failure NULL at the end of the path, without a comparer, and if memory ran out; entries made before that
- *   stay
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @failure NULL at the end of the path, without a comparator, and if memory ran out; entries created before
+ *   that remain
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @invalidates nothing
  * @cost O(entries visited)
  * @nullable init, compare
@@ -617,22 +617,22 @@ MUB_API mub_tree_entry *mub_tree_insert_t(mub_tree *tree, mub_tree_entry *curren
                                           mub_tree_compare_fn compare);
 
 /**
- * Follows a path from its middle, and appends an entry to the one reached wherever no entry matches.
+ * Follows the rest of a path, and appends a child to the current entry for every step that no entry matches.
  *
  * @param[in,out] tree     the tree
- * @param[in,out] current  the entry that the path has reached so far
- * @param[in] depth        the number of steps taken, which is the index of the next key, not below 0; at the
- *                         end of the path the result is NULL
+ * @param[in,out] current  the entry reached by the steps so far
+ * @param[in] depth        the number of steps taken so far, which is the index of the next key; not negative;
+ *                         at the end of the path the result is NULL
  * @param[in] path         the keys of the steps; only read
- * @param[in] context      any word; passed to the comparer before the key
- * @param[in] init         called with the block of the value pool that a new last entry gets; NULL: not
- *                         called. Entries made on the way to the last one have value 0, and so has the last
- *                         one if there was no block
- * @param[in] compare      checks whether an entry matches a key; with NULL nothing happens
+ * @param[in] context      any 64-bit word; passed to the comparator before the key
+ * @param[in] init         called with the block of the value pool that becomes the value of a new last entry;
+ *                         NULL: not called. Other new entries have value 0, and so has the last one if the
+ *                         pool had no block
+ * @param[in] compare      checks whether an entry matches a key; NULL: nothing happens
  * @return the entry at the end of the path, found or new
- * @failure NULL at the end of the path, without a comparer, and if memory ran out; entries made before that
- *   stay
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @failure NULL at the end of the path, without a comparator, and if memory ran out; entries created before
+ *   that remain
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @invalidates nothing
  * @cost O(entries visited)
  * @nullable init, compare
@@ -650,7 +650,7 @@ MUB_API mub_tree_entry *mub_tree_insert_x_t(mub_tree *tree, mub_tree_entry *curr
  * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
  * @return the entry at its end
  * @failure NULL if no entry matches a step or the path is empty
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @cost O(entries visited)
  * @nullable compare
  */
@@ -662,11 +662,11 @@ MUB_API mub_tree_entry *mub_tree_find(const mub_tree *tree, const mub_array *pat
  *
  * @param[in] tree     the tree
  * @param[in] path     the keys of the steps; only read
- * @param[in] context  any word; passed to the comparer before the key
+ * @param[in] context  any 64-bit word; passed to the comparator before the key
  * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
  * @return the entry at its end
  * @failure NULL if no entry matches a step or the path is empty
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @cost O(entries visited)
  * @nullable compare
  */
@@ -674,16 +674,16 @@ MUB_API mub_tree_entry *mub_tree_find_x(const mub_tree *tree, const mub_array *p
                                         mub_tree_compare_x_fn compare);
 
 /**
- * Follows a path from its middle.
+ * Follows the rest of a path.
  *
- * @param[in] current  the entry that the path has reached so far
- * @param[in] depth    the number of steps taken, which is the index of the next key; at the end of the path
- *                     the result is NULL
+ * @param[in] current  the entry reached by the steps so far
+ * @param[in] depth    the number of steps taken so far, which is the index of the next key; at the end of the
+ *                     path the result is NULL
  * @param[in] path     the keys of the steps; only read
  * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
  * @return the entry at its end
  * @failure NULL if no entry matches a step or the path is at its end
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @cost O(entries visited)
  * @nullable compare
  * @level low
@@ -692,17 +692,17 @@ MUB_API mub_tree_entry *mub_tree_find_t(const mub_tree_entry *current, int64_t d
                                         mub_tree_compare_fn compare);
 
 /**
- * Follows a path from its middle.
+ * Follows the rest of a path.
  *
- * @param[in] current  the entry that the path has reached so far
- * @param[in] depth    the number of steps taken, which is the index of the next key; at the end of the path
- *                     the result is NULL
+ * @param[in] current  the entry reached by the steps so far
+ * @param[in] depth    the number of steps taken so far, which is the index of the next key; at the end of the
+ *                     path the result is NULL
  * @param[in] path     the keys of the steps; only read
- * @param[in] context  any word; passed to the comparer before the key
+ * @param[in] context  any 64-bit word; passed to the comparator before the key
  * @param[in] compare  checks whether an entry matches a key; NULL finds nothing
  * @return the entry at its end
  * @failure NULL if no entry matches a step or the path is at its end
- * @owner the entry stays where it is: a block of the entry pool, the root, or the caller's own memory
+ * @owner the entry remains where it is: in a block of the entry pool, the root, or memory of the caller
  * @cost O(entries visited)
  * @nullable compare
  * @level low
@@ -715,40 +715,40 @@ MUB_API mub_tree_entry *mub_tree_find_x_t(const mub_tree_entry *current, int64_t
 /**
  * @defgroup bitree mub_bitree: a binary tree of links, with chains of equals
  *
- * A binary tree of links. The caller compares keys of its own, walks down by the fields and says on which
- * side a new entry goes.
+ * A binary tree of links. The caller keeps and compares the keys, descends through the fields of the entries,
+ * and determines on which side a new entry is linked.
  *
  * @{
  */
 
-/** One entry; it stays where it is until it is released. */
+/** One entry; its address does not change until it is released. */
 typedef struct mub_bitree_entry {
-  struct mub_bitree_entry *parent; /**< NULL in the root; on a chain of equals, the parent of its head */
-  struct mub_bitree_entry *equal;  /**< the next entry that ranks equal, or NULL */
-  struct mub_bitree_entry *left;   /**< ranks lower, or NULL */
-  struct mub_bitree_entry *right;  /**< ranks higher, or NULL */
+  struct mub_bitree_entry *parent; /**< NULL in the root; in a chain of equals, that of the first entry */
+  struct mub_bitree_entry *equal;  /**< the next entry that compares equal, or NULL */
+  struct mub_bitree_entry *left;   /**< the child that compares less, or NULL */
+  struct mub_bitree_entry *right;  /**< the child that compares greater, or NULL */
   uint64_t value;                  /**< the caller's; may be changed in place */
 } mub_bitree_entry;
 
 /** A binary tree of links. */
 typedef struct mub_bitree {
-  mub_bitree_entry root;    /**< an entry like any other, except for its place in the record */
-  int64_t count;            /**< links made by mub_bitree_entry_add() */
-  mub_pool *entry_pool;     /**< where the entries come from; NULL if there is none */
-  uint16_t owns_entry_pool; /**< 1: made by `_init`, released by `_term` */
-  mub_pool *value_pool;     /**< where value blocks come from; NULL if there is none */
-  uint16_t owns_value_pool; /**< 1: made by `_init`, released by `_term` */
+  mub_bitree_entry root;    /**< the root, an entry like any other */
+  int64_t count;            /**< the number of links made by mub_bitree_entry_add() */
+  mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
+  uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
+  mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
+  uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
 } mub_bitree;
 
 /**
- * Makes the record a tree of a root alone.
+ * Initialises a tree that consists of its root.
  *
  * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: make an entry pool that the tree owns
- * @param[in] own_value_pool  not 0: make a value pool that the tree owns
+ * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] own_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
- * @failure none; a pool for which memory runs out is missing: its field is NULL and its flag 0
- * @owner the record is the caller's; the pools made here belong to the tree until mub_bitree_term()
+ * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
+ * @owner the record belongs to the caller; the pools created here belong to the tree until mub_bitree_term()
  * @invalidates nothing
  */
 MUB_API mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int own_value_pool);
@@ -756,13 +756,13 @@ MUB_API mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int ow
 /**
  * Releases the pools that the tree owns and returns entries to an external entry pool.
  *
- * The fields of owned pools become NULL; their flags do not change. Values are not visited. The tree is then
- * empty, with a cleared root.
+ * The fields of owned pools become NULL; their flags do not change. Values are not released. The tree is then
+ * empty, with a zero-filled root.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner what the tree owns is released; values and external pools stay the caller's
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner what the tree owns is released; values and external pools remain the caller's
  * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -771,20 +771,20 @@ MUB_API mub_bitree *mub_bitree_term(mub_bitree *tree);
 /**
  * Empties the tree.
  *
- * Entries go back to an external pool, owned pools are emptied, and the root is cleared. Values are not
- * visited.
+ * Entries are returned to an external pool, owned pools are emptied, and the root is zero-filled. Values are
+ * not released.
  *
  * @param[in,out] tree  the tree
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to their pool; values are not released
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to their pool; values are not released
  * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
 MUB_API mub_bitree *mub_bitree_remove_all(mub_bitree *tree);
 
 /**
- * Releases every value that is not 0, the root's included, then empties the tree and clears the root.
+ * Releases every value that is not 0, the root's included, then empties the tree and zero-fills the root.
  *
  * The values' blocks go back to an external value pool, and an owned one is emptied.
  *
@@ -792,9 +792,9 @@ MUB_API mub_bitree *mub_bitree_remove_all(mub_bitree *tree);
  * @param[in] release   called once with every value that is not 0, in the order of mub_bitree_entry_remove();
  *                      NULL: not called
  * @return the tree
- * @failure none; a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   their pool
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to their pool
  * @invalidates all entries but the root, and the values
  * @cost O(entries)
  * @nullable release
@@ -804,27 +804,27 @@ MUB_API mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release);
 /**
  * Copies a tree.
  *
- * Owned pools are cloned: entries and value blocks keep their places in them, and addresses are translated. A
- * link to what is no block of the entry pool becomes NULL. A value that is no block of the value pool becomes
- * 0, and so do all values if the destination has no value pool of its own.
+ * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
+ * translated. A link to an entry that is not a block of the entry pool becomes NULL. A value that is not a
+ * block of the value pool becomes 0, and so do all values if the destination has no value pool of its own.
  *
- * Unless both trees own their entry pools, the copies are fresh blocks of the destination's entry pool; a
+ * Unless both trees own their entry pools, the copies are new blocks of the destination's entry pool; a
  * destination without one shares an external one of the source. An external value pool is shared: values are
- * copied as words, and the destination gives up its own value pool.
+ * copied as words, and the destination releases its own value pool.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both trees are the same.
  *
  * @param[in] source                     the tree to copy; it does not change
- * @param[in,out] source_user_pool       a pool that the values point into and that is cloned too; NULL if
- *                                       there is none
+ * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
+ *                                       if there is none
  * @param[in,out] destination            an initialised tree with the same flags; its old entries are dropped
  *                                       and their values not released
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called once for every entry, the root and value 0 included, if the
- *                                       source owns its value pool: for an entry, then for its left side, its
- *                                       right side and its equals; NULL: not called
+ *                                       source owns its value pool: for an entry, then for its left and right
+ *                                       subtrees and its equals; NULL: not called
  * @return the destination
  * @failure none; the destination is empty if memory runs out, or if it has no pool to take entries from
  * @owner the copy belongs to the destination; a shared pool stays its owner's
@@ -843,7 +843,8 @@ MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_
  *
  * Values are copied as words.
  *
- * @param[in,out] tree  the tree that gets the copy; its `count` rises by the links within the copy
+ * @param[in,out] tree  the tree that receives the copy; its `count` grows by the number of links within the
+ *                      copy
  * @param[in] source    an entry of this tree or of any other
  * @return the copy, its `parent` NULL
  * @failure NULL if memory ran out or there is no entry pool
@@ -855,8 +856,8 @@ MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_
 MUB_API mub_bitree_entry *mub_bitree_clone_entry(mub_bitree *tree, const mub_bitree_entry *source);
 
 /**
- * Makes an entry the parent of its left and right children and their equals, and gives its own equals its
- * parent, after its content was moved there from another entry.
+ * Sets the `parent` of an entry's left and right children and their equals to the entry, and that of its own
+ * equals to its parent, after its fields were moved there from another entry.
  *
  * @param[in,out] entry  an entry
  * @invalidates nothing
@@ -866,7 +867,7 @@ MUB_API mub_bitree_entry *mub_bitree_clone_entry(mub_bitree *tree, const mub_bit
 MUB_API void mub_bitree_set_parent(mub_bitree_entry *entry);
 
 /**
- * Clears the five fields of an entry.
+ * Zero-fills an entry.
  *
  * @param[out] entry  an entry
  * @invalidates nothing
@@ -888,16 +889,16 @@ MUB_API mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree);
 /**
  * Links an entry to another.
  *
- * What was linked there before can no longer be reached from it: add an equal entry to the last one of the
- * chain.
+ * The link is overwritten: what was linked there can no longer be reached from `entry`. Add an equal entry to
+ * the last one of the chain.
  *
  * @param[in,out] tree   the tree
- * @param[in,out] entry  the entry to link to; with NULL nothing changes
+ * @param[in,out] entry  the entry to link to; NULL: nothing changes
  * @param[in] direction  below 0: as left child; above 0: as right child; 0: as next equal, with the parent of
  *                       `entry`
- * @param[in,out] added  the entry to link; with NULL nothing changes
+ * @param[in,out] added  the entry to link; NULL: nothing changes
  * @return the tree
- * @owner the tree refers to the entry, which stays where it is
+ * @owner the tree refers to the entry, which does not move
  * @invalidates nothing
  * @nullable entry, added
  */
@@ -905,13 +906,13 @@ MUB_API mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *ent
                                          mub_bitree_entry *added);
 
 /**
- * Exchanges the five fields of two entries, then calls mub_bitree_set_parent() for both.
+ * Exchanges the fields of two entries, then calls mub_bitree_set_parent() for both.
  *
  * Links from other entries to the two are unchanged.
  *
  * @param[in,out] a  one entry
  * @param[in,out] b  the other entry
- * @owner both entries stay where they are
+ * @owner the entries themselves do not move
  * @invalidates nothing
  * @cost O(equals)
  * @level low
@@ -919,37 +920,40 @@ MUB_API mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *ent
 MUB_API void mub_bitree_entry_swap(mub_bitree_entry *a, mub_bitree_entry *b);
 
 /**
- * Returns an entry and all that is linked from it to the entry pool, owned or external: its left side, its
- * right side, its equals and then the entry itself.
+ * Returns an entry and everything linked from it to the entry pool, owned or external: its left subtree, its
+ * right subtree, its equals and then the entry itself.
  *
- * The root is not returned. Links and `count` stay as they are: clear the link to the entry, or the links of
- * the root.
+ * The root is not returned. Links and `count` are unchanged: clear the link to the entry, or the links of the
+ * root.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner entries go back to the pool, although links still lead to them; values are not released
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner entries are returned to the pool, although other entries may still refer to them; values are not
+ *   released
  * @invalidates the entry and those linked from it
  * @cost O(entries visited)
+ * @level low
  */
 MUB_API void mub_bitree_entry_remove(mub_bitree *tree, mub_bitree_entry *entry);
 
 /**
- * Releases the values of an entry and all that is linked from it, in the order of mub_bitree_entry_remove().
+ * Releases the values of an entry and everything linked from it, in the order of mub_bitree_entry_remove().
  *
- * The values' blocks go back to an external value pool. Entries go back to an external entry pool; in an
- * owned one they stay, with the words of their values. Links and `count` stay as they are.
+ * The values' blocks are returned to an external value pool, and entries to an external entry pool; in an
+ * owned one they stay allocated and keep their value words. Links and `count` are unchanged.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry
  * @param[in] release    called once with every value that is not 0, in the order of
  *                       mub_bitree_entry_remove(); NULL: not called
- * @failure a block for which the pool's free stack finds no memory is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block goes back to an external value pool; entries go back to
- *   an external pool, although links still lead to them
+ * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
+ *   returned to an external pool, although other entries may still refer to them
  * @invalidates the values; the entry and those linked from it, if their pool is external
  * @cost O(entries visited)
  * @nullable release
+ * @level low
  */
 MUB_API void mub_bitree_entry_free(mub_bitree *tree, mub_bitree_entry *entry, mub_free_fn release);
 

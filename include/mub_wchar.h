@@ -1,22 +1,22 @@
 /**
- * @defgroup wchar mub_wchar: the growable string over 16-bit units
+ * @defgroup wchar mub_wchar: a growable string of 16-bit units
  *
  * A growable string of 16-bit units.
  *
  *     data ──► [ content ........ | 0 | spare ... ]      capacity + 1 units
  *                0                  length
  *
- * Lengths, positions, capacities and counts are counted in units. As in a mub_string, the content is followed
- * by a unit of 0, a text may lie in the string that it goes into, growth is by half the length (at least 8
- * units and at most 8 Mi units at a time), and functions that return nothing leave the string as it was if
- * memory runs out. White space is tab, line feed, carriage return and space.
+ * Lengths, positions, capacities and counts are in units. As in a mub_string, the content is followed by a
+ * unit of 0, a text may lie in the string that it is copied into, the buffer grows by half the length (by at
+ * least 8 and at most 8 Mi units), and functions that return nothing leave the string unchanged if memory
+ * runs out. White space is tab, line feed, carriage return and space.
  *
- * Wide texts are given with a count of units. Pass counts: a negative one means that the text ends where the
- * runtime's wcslen ends it, at a wide character of 0, and wchar_t is platform-dependent. Where it has 32
- * bits, such a text is measured in steps of two units: it ends at two units of 0, the first of them at an
- * even index, and the number of steps is taken as the number of units. A search for such a text, as by
- * wcsstr, goes through the string in steps of two units too. Narrow texts end at their NUL. No text needs to
- * be aligned for more than units.
+ * Wide texts are passed with a count of units. Avoid negative counts: they mean that the C library's wcslen
+ * measures the text, and the size of wchar_t depends on the platform. Where wchar_t has 32 bits, such a text
+ * is measured in steps of two units: it ends at two units of 0, the first of them at an even index, and the
+ * number of steps is used as the number of units. A search for such a text, as by wcsstr, also proceeds
+ * through the string in steps of two units. Narrow texts end at their NUL. Texts need only the alignment of
+ * 16-bit units.
  *
  * What the everyday operations return:
  *
@@ -44,19 +44,16 @@ extern "C" {
 
 /** A growable string of 16-bit units, with a unit of 0 after its content. */
 typedef struct mub_wchar {
-  /** `capacity + 1` units, or NULL while nothing was ever allocated; `data[length]` is 0 */
-  uint16_t *data;
-  /** units of content, at most capacity */
-  int64_t length;
-  /** units of content that fit */
-  int64_t capacity;
+  uint16_t *data;   /**< `capacity + 1` units, or NULL while nothing is allocated; `data[length]` is 0 */
+  int64_t length;   /**< units of content, at most `capacity` */
+  int64_t capacity; /**< units of content that fit */
 } mub_wchar;
 
 /**
- * Makes the record an empty string; nothing is allocated.
+ * Initialises an empty string; nothing is allocated.
  *
  * @param[out] string  the string
- * @owner the record is the caller's
+ * @owner the record belongs to the caller
  * @invalidates nothing
  */
 MUB_API void mub_wchar_init(mub_wchar *string);
@@ -71,7 +68,7 @@ MUB_API void mub_wchar_init(mub_wchar *string);
 MUB_API void mub_wchar_term(mub_wchar *string);
 
 /**
- * Checks whether there is no content.
+ * Checks whether the string is empty.
  *
  * @param[in] string  the string
  * @return 1 if the string is empty, else 0
@@ -84,7 +81,7 @@ MUB_API int mub_wchar_is_empty(const mub_wchar *string);
  * The content is unchanged.
  *
  * @param[in,out] string  the string
- * @param[in] capacity    units wanted
+ * @param[in] capacity    units of content needed
  * @return 1 if there is room
  * @failure 0 if memory ran out; the string is unchanged
  * @invalidates pointers into the buffer, if it grows
@@ -95,8 +92,8 @@ MUB_API int mub_wchar_expand(mub_wchar *string, int64_t capacity);
 /**
  * Sets the length to `length`, or to the capacity if that is less, and writes the terminator.
  *
- * A length above the current one exposes what lies there. Does nothing for a negative length, or for a string
- * without a buffer.
+ * A length above the current one adds the spare content after it as it is. Does nothing for a negative
+ * length, or for a string without a buffer.
  *
  * @param[in,out] string  the string
  * @param[in] length      the new length in units
@@ -110,15 +107,15 @@ MUB_API void mub_wchar_shrink(mub_wchar *string, int64_t length);
  * Does nothing unless the whole range lies within the capacity. The length is unchanged.
  *
  * @param[in,out] string  the string
- * @param[in] position    a position, counted from 0
- * @param[in] count       units to fill
+ * @param[in] position    the index, counted from 0
+ * @param[in] count       the number of units
  * @invalidates nothing
  * @cost O(count)
  */
 MUB_API void mub_wchar_zero(mub_wchar *string, int64_t position, int64_t count);
 
 /**
- * Exchanges two strings with their buffers.
+ * Swaps two strings, including their buffers.
  *
  * @param[in,out] a  one string
  * @param[in,out] b  the other string
@@ -128,7 +125,8 @@ MUB_API void mub_wchar_zero(mub_wchar *string, int64_t position, int64_t count);
 MUB_API void mub_wchar_swap(mub_wchar *a, mub_wchar *b);
 
 /**
- * Makes the destination a copy of the source, with room for at least the capacity of the source.
+ * Copies a string, replacing the content of the destination, whose capacity becomes at least that of the
+ * source.
  *
  * @param[in] source           the string to copy; it does not change
  * @param[in,out] destination  an initialised string, whose content is replaced
@@ -141,11 +139,11 @@ MUB_API void mub_wchar_swap(mub_wchar *a, mub_wchar *b);
 MUB_API int mub_wchar_clone(const mub_wchar *source, mub_wchar *destination);
 
 /**
- * Makes a text the whole content.
+ * Replaces the content with a text.
  *
  * @param[in,out] string  the string
- * @param[in] text        the text; may lie in the string itself; NULL empties the string
- * @param[in] count       units of the text; negative: up to its end, as the runtime's wcslen finds it
+ * @param[in] text        the text, which may lie in the string itself; NULL empties the string
+ * @param[in] count       units of the text; negative: as many as the C library's wcslen counts
  * @failure the string is unchanged if memory runs out
  * @owner the text is copied
  * @invalidates pointers into the buffer
@@ -156,9 +154,9 @@ MUB_API int mub_wchar_clone(const mub_wchar *source, mub_wchar *destination);
 MUB_API void mub_wchar_copy(mub_wchar *string, const uint16_t *text, int64_t count);
 
 /**
- * Makes a narrow text the whole content.
+ * Replaces the content with a narrow text.
  *
- * A byte is widened as a signed char: from 0x80 on, its unit has 0xFF as its high byte.
+ * A byte is widened as a signed char: the units of bytes from 0x80 on have the high byte 0xFF.
  *
  * @param[in,out] string  the string
  * @param[in] text        the narrow text; NULL empties the string
@@ -173,7 +171,7 @@ MUB_API void mub_wchar_copy(mub_wchar *string, const uint16_t *text, int64_t cou
 MUB_API void mub_wchar_copy_str(mub_wchar *string, const char *text, int64_t count);
 
 /**
- * Makes a unit the whole content; 0 empties the string.
+ * Replaces the content with a single unit; 0 empties the string.
  *
  * @param[in,out] string  the string
  * @param[in] unit        the unit; its low 16 bits are used
@@ -183,7 +181,7 @@ MUB_API void mub_wchar_copy_str(mub_wchar *string, const char *text, int64_t cou
 MUB_API void mub_wchar_copy_char(mub_wchar *string, int unit);
 
 /**
- * Makes the decimal digits of a number the whole content.
+ * Replaces the content with a number in decimal.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -193,7 +191,7 @@ MUB_API void mub_wchar_copy_char(mub_wchar *string, int unit);
 MUB_API void mub_wchar_copy_integer(mub_wchar *string, int64_t value);
 
 /**
- * Makes the decimal digits of a number the whole content.
+ * Replaces the content with a number in decimal.
  *
  * The same as mub_wchar_copy_integer().
  *
@@ -205,7 +203,7 @@ MUB_API void mub_wchar_copy_integer(mub_wchar *string, int64_t value);
 MUB_API void mub_wchar_copy_long(mub_wchar *string, int64_t value);
 
 /**
- * Makes a number, printed with printf's `%f`, the whole content.
+ * Replaces the content with a number, formatted with printf's `%%f`.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -215,9 +213,9 @@ MUB_API void mub_wchar_copy_long(mub_wchar *string, int64_t value);
 MUB_API void mub_wchar_copy_float(mub_wchar *string, float value);
 
 /**
- * Makes a number, printed with printf's `%f`, the whole content.
+ * Replaces the content with a number, formatted with printf's `%%f`.
  *
- * The longest takes 317 units.
+ * The longest number takes 317 units.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -230,8 +228,8 @@ MUB_API void mub_wchar_copy_double(mub_wchar *string, double value);
  * Appends a text to the content.
  *
  * @param[in,out] string  the string
- * @param[in] text        the text; may lie in the string itself; NULL appends nothing
- * @param[in] count       units of the text; negative: up to its end, as the runtime's wcslen finds it
+ * @param[in] text        the text, which may lie in the string itself; NULL appends nothing
+ * @param[in] count       units of the text; negative: as many as the C library's wcslen counts
  * @failure the string is unchanged if memory runs out
  * @owner the text is copied
  * @invalidates pointers into the buffer
@@ -257,7 +255,7 @@ MUB_API void mub_wchar_append(mub_wchar *string, const uint16_t *text, int64_t c
 MUB_API void mub_wchar_append_str(mub_wchar *string, const char *text, int64_t count);
 
 /**
- * Appends a unit to the content; 0 is appended like any other.
+ * Appends a unit to the content; 0 is appended, too.
  *
  * @param[in,out] string  the string
  * @param[in] unit        the unit; its low 16 bits are used
@@ -268,7 +266,7 @@ MUB_API void mub_wchar_append_str(mub_wchar *string, const char *text, int64_t c
 MUB_API void mub_wchar_append_char(mub_wchar *string, int unit);
 
 /**
- * Appends the decimal digits of a number to the content.
+ * Appends a number in decimal to the content.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -279,7 +277,7 @@ MUB_API void mub_wchar_append_char(mub_wchar *string, int unit);
 MUB_API void mub_wchar_append_integer(mub_wchar *string, int64_t value);
 
 /**
- * Appends the decimal digits of a number to the content.
+ * Appends a number in decimal to the content.
  *
  * The same as mub_wchar_append_integer().
  *
@@ -292,7 +290,7 @@ MUB_API void mub_wchar_append_integer(mub_wchar *string, int64_t value);
 MUB_API void mub_wchar_append_long(mub_wchar *string, int64_t value);
 
 /**
- * Appends a number, printed with printf's `%f`, to the content.
+ * Appends a number, formatted with printf's `%%f`, to the content.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -303,7 +301,7 @@ MUB_API void mub_wchar_append_long(mub_wchar *string, int64_t value);
 MUB_API void mub_wchar_append_float(mub_wchar *string, float value);
 
 /**
- * Appends a number, printed with printf's `%f`, to the content.
+ * Appends a number, formatted with printf's `%%f`, to the content.
  *
  * @param[in,out] string  the string
  * @param[in] value       the number to write
@@ -316,10 +314,10 @@ MUB_API void mub_wchar_append_double(mub_wchar *string, double value);
 /**
  * Reads the unit at `index`.
  *
- * Below the capacity, the terminator and the spare units can be read too.
+ * Below the capacity, the terminator and the spare units can be read, too.
  *
  * @param[in] string  the string
- * @param[in] index   a position, counted from 0
+ * @param[in] index   the index, counted from 0
  * @return the unit
  * @failure 0 unless `0 <= index < capacity`
  */
@@ -331,14 +329,14 @@ MUB_API uint16_t mub_wchar_get_at(const mub_wchar *string, int64_t index);
  * The length is unchanged.
  *
  * @param[in,out] string  the string
- * @param[in] index       a position, counted from 0
+ * @param[in] index       the index, counted from 0
  * @param[in] unit        the unit; its low 16 bits are used
  * @invalidates nothing
  */
 MUB_API void mub_wchar_set_at(mub_wchar *string, int64_t index, int unit);
 
 /**
- * Passes every unit of the content up to 255 through the runtime's tolower.
+ * Converts every unit of the content up to 255 to lower case, with the C library's tolower.
  *
  * @param[in,out] string  the string
  * @invalidates nothing
@@ -347,7 +345,7 @@ MUB_API void mub_wchar_set_at(mub_wchar *string, int64_t index, int unit);
 MUB_API void mub_wchar_make_lower(mub_wchar *string);
 
 /**
- * Passes every unit of the content up to 255 through the runtime's toupper.
+ * Converts every unit of the content up to 255 to upper case, with the C library's toupper.
  *
  * @param[in,out] string  the string
  * @invalidates nothing
@@ -356,14 +354,14 @@ MUB_API void mub_wchar_make_lower(mub_wchar *string);
 MUB_API void mub_wchar_make_upper(mub_wchar *string);
 
 /**
- * Orders the content against a text, as mub_wchar_cmp() does.
+ * Compares the content with a text, as mub_wchar_cmp() does.
  *
- * NULL and a count of 0 sort before content that is not empty (result 1). Empty content equals them and an
- * empty text, and sorts before any other text (result -1).
+ * Content that is not empty is greater than NULL and than a text with a count of 0 (result 1). Empty content
+ * equals these and an empty text, and is less than any other text (result -1).
  *
  * @param[in] string  the string
- * @param[in] text    the text to compare with; NULL has no content
- * @param[in] count   units of the text; negative: up to its end, as the runtime's wcslen finds it
+ * @param[in] text    the text to compare with; NULL: a text without content
+ * @param[in] count   units of the text; negative: as many as the C library's wcslen counts
  * @return a negative number, 0 or a positive one
  * @cost O(count)
  * @bounds text[count]
@@ -372,14 +370,14 @@ MUB_API void mub_wchar_make_upper(mub_wchar *string);
 MUB_API int mub_wchar_compare(const mub_wchar *string, const uint16_t *text, int64_t count);
 
 /**
- * Orders the content against a text, without regard to case, as mub_wchar_icmp() does.
+ * Compares the content with a text without regard to case, as mub_wchar_icmp() does.
  *
- * NULL and a count of 0 sort before content that is not empty (result 1). Empty content equals them and an
- * empty text, and sorts before any other text (result -1).
+ * Content that is not empty is greater than NULL and than a text with a count of 0 (result 1). Empty content
+ * equals these and an empty text, and is less than any other text (result -1).
  *
  * @param[in] string  the string
- * @param[in] text    the text to compare with; NULL has no content
- * @param[in] count   units of the text; negative: up to its end, as the runtime's wcslen finds it
+ * @param[in] text    the text to compare with; NULL: a text without content
+ * @param[in] count   units of the text; negative: as many as the C library's wcslen counts
  * @return a negative number, 0 or a positive one
  * @cost O(count)
  * @bounds text[count]
@@ -390,7 +388,7 @@ MUB_API int mub_wchar_icompare(const mub_wchar *string, const uint16_t *text, in
 /**
  * Finds the first occurrence of a unit.
  *
- * 0 is never found.
+ * The unit 0 is never found.
  *
  * @param[in] string  the string
  * @param[in] unit    the unit; its low 16 bits are used
@@ -403,11 +401,11 @@ MUB_API int64_t mub_wchar_find_char(const mub_wchar *string, int unit);
 /**
  * Finds the first occurrence of a unit at or after index `start`.
  *
- * 0 is never found.
+ * The unit 0 is never found.
  *
  * @param[in] string  the string
  * @param[in] unit    the unit; its low 16 bits are used
- * @param[in] start   where to begin, counted from 0
+ * @param[in] start   the index at which to begin
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the content
  * @cost O(length)
@@ -417,7 +415,7 @@ MUB_API int64_t mub_wchar_find_char_pos(const mub_wchar *string, int unit, int64
 /**
  * Finds the last occurrence of a unit.
  *
- * 0 is never found.
+ * The unit 0 is never found.
  *
  * @param[in] string  the string
  * @param[in] unit    the unit; its low 16 bits are used
@@ -430,12 +428,13 @@ MUB_API int64_t mub_wchar_reverse_find(const mub_wchar *string, int unit);
 /**
  * Finds the first occurrence of a text.
  *
- * With a negative count, an occurrence begins in the content but may end after it, within the buffer.
+ * With a negative count, an occurrence begins in the content but may extend past it, within the buffer.
  *
  * @param[in] string  the string
  * @param[in] text    the text to find; NULL is not found
- * @param[in] count   units of the text, as in mub_wchar_str(); negative: as wcsstr, which finds an empty text
- *                    at once and ends at the first wide character of 0
+ * @param[in] count   units of the text; 0 searches for its first unit, as mub_wchar_str() does; negative: the
+ *                    search is that of wcsstr, which finds an empty text at once and stops at the first wide
+ *                    character of 0
  * @return its index
  * @failure -1 if there is none, and always in an empty string
  * @cost O(length + count)
@@ -447,13 +446,14 @@ MUB_API int64_t mub_wchar_find(const mub_wchar *string, const uint16_t *text, in
 /**
  * Finds the first occurrence of a text at or after index `start`.
  *
- * With a negative count, an occurrence begins in the content but may end after it, within the buffer.
+ * With a negative count, an occurrence begins in the content but may extend past it, within the buffer.
  *
  * @param[in] string  the string
  * @param[in] text    the text to find; NULL is not found
- * @param[in] count   units of the text, as in mub_wchar_str(); negative: as wcsstr, which finds an empty text
- *                    at once and ends at the first wide character of 0
- * @param[in] start   where to begin, counted from 0
+ * @param[in] count   units of the text; 0 searches for its first unit, as mub_wchar_str() does; negative: the
+ *                    search is that of wcsstr, which finds an empty text at once and stops at the first wide
+ *                    character of 0
+ * @param[in] start   the index at which to begin
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the content
  * @cost O(length + count)
@@ -466,7 +466,7 @@ MUB_API int64_t mub_wchar_find_pos(const mub_wchar *string, const uint16_t *text
 /**
  * Removes white space at both ends of the content, and units of 0 at its end.
  *
- * If there is a unit of 0 among the leading white space, the whole content is removed.
+ * If there is a unit of 0 among the leading white space, the string is emptied.
  *
  * @param[in,out] string  the string
  * @return 1 if anything was removed, else 0
@@ -476,28 +476,28 @@ MUB_API int64_t mub_wchar_find_pos(const mub_wchar *string, const uint16_t *text
 MUB_API int mub_wchar_trim(mub_wchar *string);
 
 /**
- * Replaces every unit `from` of the content by `to`.
+ * Replaces every unit `from` of the content with `to`.
  *
  * @param[in,out] string  the string
  * @param[in] from        the unit to replace; its low 16 bits are used
  * @param[in] to          the new unit; its low 16 bits are used
- * @return how many were replaced
+ * @return the number of replacements
  * @invalidates nothing
  * @cost O(length)
  */
 MUB_API int64_t mub_wchar_replace_char(mub_wchar *string, int from, int to);
 
 /**
- * Replaces every occurrence of a text by another, left to right.
+ * Replaces every occurrence of a text with another, from left to right.
  *
  * Both texts are measured as by wcslen, and `from` is searched for as by wcsstr. As many units as wcslen
- * counts are replaced, and the search goes on after them; it ends at an occurrence that would replace units
- * past the content. The content moves to a fresh buffer even if there is no occurrence.
+ * counts are replaced, and the search continues after them; it ends at an occurrence that would replace units
+ * past the content. The content moves to a new buffer even if there is no occurrence.
  *
  * @param[in,out] string  the string
  * @param[in] from        the text to replace; NULL and the empty text leave the string unchanged
- * @param[in] to          the new text; NULL deletes
- * @return how many were replaced
+ * @param[in] to          the new text; NULL: occurrences are deleted
+ * @return the number of replacements
  * @failure 0 if memory ran out; the string is unchanged
  * @owner both texts are copied
  * @invalidates pointers into the buffer
@@ -510,9 +510,9 @@ MUB_API int64_t mub_wchar_replace(mub_wchar *string, const uint16_t *from, const
  * Inserts a text before `position`.
  *
  * @param[in,out] string  the string
- * @param[in] position    where to insert: 0 to the length
- * @param[in] text        the text; may lie in the string itself; NULL inserts nothing
- * @param[in] count       units of the text, never measured
+ * @param[in] position    the position to insert before: 0 to the length
+ * @param[in] text        the text, which may lie in the string itself; NULL inserts nothing
+ * @param[in] count       units of the text; it is not measured if the count is negative
  * @return 1 if inserted
  * @failure 0, and nothing changes, if the position is negative or above the length, the count is below 1,
  *   the text is NULL, or memory ran out
@@ -525,13 +525,14 @@ MUB_API int64_t mub_wchar_replace(mub_wchar *string, const uint16_t *from, const
 MUB_API int mub_wchar_insert(mub_wchar *string, int64_t position, const uint16_t *text, int64_t count);
 
 /**
- * Replaces a range by a text.
+ * Replaces a range with a text.
  *
  * @param[in,out] string  the string
- * @param[in] position    where the range begins: 0 to the length
- * @param[in] old_count   units to replace, or as many as there are
- * @param[in] text        the text; may lie in the string itself; NULL with a count of 0 deletes
- * @param[in] count       units of the text, never measured
+ * @param[in] position    the start of the range: 0 to the length
+ * @param[in] old_count   the number of units to replace, limited to those there are
+ * @param[in] text        the text, which may lie in the string itself; NULL with a count of 0 deletes the
+ *                        range
+ * @param[in] count       units of the text; it is not measured if the count is negative
  * @return 1 if replaced
  * @failure 0, and nothing changes, if the position is negative or above the length, a count is negative, the
  *   text is NULL with a count above 0, or memory ran out
@@ -547,12 +548,12 @@ MUB_API int mub_wchar_update(mub_wchar *string, int64_t position, int64_t old_co
 /**
  * Removes a range.
  *
- * A position above the length becomes the new length, as by mub_wchar_shrink(): the content is lengthened, up
- * to the capacity. Negative arguments do nothing.
+ * A position above the length becomes the new length, limited to the capacity, as by mub_wchar_shrink(). Does
+ * nothing if an argument is negative.
  *
  * @param[in,out] string  the string
- * @param[in] position    where the range begins, counted from 0
- * @param[in] count       units to remove, or as many as there are
+ * @param[in] position    the start of the range, counted from 0
+ * @param[in] count       the number of units to remove, limited to those there are
  * @invalidates nothing
  * @cost O(length)
  */
@@ -562,20 +563,20 @@ MUB_API void mub_wchar_delete(mub_wchar *string, int64_t position, int64_t count
  * Keeps the first `count` units, or as many as there are; a negative count keeps everything.
  *
  * @param[in,out] string  the string
- * @param[in] count       units to keep
+ * @param[in] count       the number of units
  * @invalidates nothing
  */
 MUB_API void mub_wchar_left(mub_wchar *string, int64_t count);
 
 /**
- * Keeps `count` units from `start`, or as many as there are; none if `start` is not below the length or the
- * count is below 1.
+ * Keeps `count` units from `start` on, or as many as there are; none if `start` is not below the length or
+ * the count is below 1.
  *
- * A negative start keeps everything.
+ * If `start` is negative, everything is kept.
  *
  * @param[in,out] string  the string
- * @param[in] start       where to begin, counted from 0
- * @param[in] count       units to keep
+ * @param[in] start       the index at which to begin
+ * @param[in] count       the number of units
  * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(count)
@@ -586,7 +587,7 @@ MUB_API void mub_wchar_mid(mub_wchar *string, int64_t start, int64_t count);
  * Keeps the last `count` units, or as many as there are; none if the count is below 1.
  *
  * @param[in,out] string  the string
- * @param[in] count       units to keep
+ * @param[in] count       the number of units
  * @failure none; nothing is allocated
  * @invalidates nothing
  * @cost O(count)
@@ -594,11 +595,11 @@ MUB_API void mub_wchar_mid(mub_wchar *string, int64_t start, int64_t count);
 MUB_API void mub_wchar_right(mub_wchar *string, int64_t count);
 
 /**
- * Makes the first `count` units of a string, or as many as there are, the content of another; none if the
- * count is below 1.
+ * Copies the first `count` units of a string, or as many as there are, to another string; none if the count
+ * is below 1.
  *
  * @param[in] string   the string
- * @param[in] count    units to copy
+ * @param[in] count    the number of units
  * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
@@ -609,12 +610,12 @@ MUB_API void mub_wchar_right(mub_wchar *string, int64_t count);
 MUB_API int mub_wchar_left_wchar(const mub_wchar *string, int64_t count, mub_wchar *out);
 
 /**
- * Makes `count` units from `start`, or as many as there are, the content of another string; none if the count
- * is below 1 or `start` lies outside the content.
+ * Copies `count` units from `start` on, or as many as there are, to another string; none if the count is
+ * below 1 or `start` lies outside the content.
  *
  * @param[in] string   the string
- * @param[in] start    where to begin, counted from 0
- * @param[in] count    units to copy
+ * @param[in] start    the index at which to begin
+ * @param[in] count    the number of units
  * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
@@ -625,11 +626,11 @@ MUB_API int mub_wchar_left_wchar(const mub_wchar *string, int64_t count, mub_wch
 MUB_API int mub_wchar_mid_wchar(const mub_wchar *string, int64_t start, int64_t count, mub_wchar *out);
 
 /**
- * Makes the last `count` units of a string, or as many as there are, the content of another; none if the
- * count is below 1.
+ * Copies the last `count` units of a string, or as many as there are, to another string; none if the count is
+ * below 1.
  *
  * @param[in] string   the string
- * @param[in] count    units to copy
+ * @param[in] count    the number of units
  * @param[in,out] out  an initialised string, whose content is replaced; may be `string` itself
  * @return 1
  * @failure 0 if memory ran out; `out` is unchanged
@@ -642,10 +643,10 @@ MUB_API int mub_wchar_right_wchar(const mub_wchar *string, int64_t count, mub_wc
 /**
  * Finds the first occurrence of a unit in an array of units.
  *
- * 0 can be found.
+ * The unit 0 can be found.
  *
  * @param[in] units   the units to search
- * @param[in] length  how many there are; below 1 there are none
+ * @param[in] length  the number of units; below 1 there are none
  * @param[in] unit    the unit; its low 16 bits are used
  * @return its index
  * @failure -1 if there is none
@@ -657,10 +658,10 @@ MUB_API int64_t mub_wchar_chr(const uint16_t *units, int64_t length, int unit);
 /**
  * Finds the last occurrence of a unit in an array of units.
  *
- * 0 can be found.
+ * The unit 0 can be found.
  *
  * @param[in] units   the units to search
- * @param[in] length  how many there are; below 1 there are none
+ * @param[in] length  the number of units; below 1 there are none
  * @param[in] unit    the unit; its low 16 bits are used
  * @return its index
  * @failure -1 if there is none
@@ -673,9 +674,9 @@ MUB_API int64_t mub_wchar_rchr(const uint16_t *units, int64_t length, int unit);
  * Finds the first occurrence of a text in an array of units.
  *
  * @param[in] units          the units to search
- * @param[in] length         how many there are; below 1 there are none
+ * @param[in] length         the number of units; below 1 there are none
  * @param[in] needle         the units to find, at least one
- * @param[in] needle_length  units of `needle`; below 1 looks for its first unit
+ * @param[in] needle_length  units of `needle`; below 1: its first unit is searched for
  * @return its index
  * @failure -1 if there is none
  * @cost O(length + needle_length)
@@ -685,26 +686,29 @@ MUB_API int64_t mub_wchar_str(const uint16_t *units, int64_t length, const uint1
                               int64_t needle_length);
 
 /**
- * Orders two arrays of units by value.
+ * Compares two arrays of units by value.
  *
  * @param[in] a         the first array
  * @param[in] a_length  units of `a`; below 1 there are none
  * @param[in] b         the second array
  * @param[in] b_length  units of `b`; below 1 there are none
- * @return the difference of the first two units that differ, else that of the lengths, cut to 32 bits
+ * @return the difference of the first two units that differ, or else that of the lengths, truncated to 32
+ *   bits
  * @cost O(length)
  * @bounds a[a_length], b[b_length]
  */
 MUB_API int mub_wchar_cmp(const uint16_t *a, int64_t a_length, const uint16_t *b, int64_t b_length);
 
 /**
- * Orders two arrays of units by value, every unit up to 255 passed through the runtime's tolower.
+ * Compares two arrays of units without regard to case: every unit up to 255 is first converted by the C
+ * library's tolower.
  *
  * @param[in] a         the first array
  * @param[in] a_length  units of `a`; below 1 there are none
  * @param[in] b         the second array
  * @param[in] b_length  units of `b`; below 1 there are none
- * @return the difference of the first two units that differ, else that of the lengths, cut to 32 bits
+ * @return the difference of the first two units that differ, or else that of the lengths, truncated to 32
+ *   bits
  * @cost O(length)
  * @bounds a[a_length], b[b_length]
  */

@@ -68,11 +68,11 @@ class Json(unittest.TestCase):
         self.assertEqual(insert["summary"], "Adds a key with a value unless the key is present.")
         self.assertEqual(insert["returns"], {"type": "int", "doc": "1 if added"})
         self.assertEqual(insert["failure"]["value"], "0")
-        self.assertEqual(insert["invalidates"], "the bucket position of a running walk, and pointers to keys")
-        self.assertEqual(insert["cost"], "O(1) expected; doubles the buckets now and then")
+        self.assertEqual(insert["invalidates"], "the bucket position of an iteration in progress, and pointers to keys")
+        self.assertEqual(insert["cost"], "O(1) expected, amortised over the doublings of the buckets")
         self.assertEqual([found["name"] for found in insert["parameters"]], ["hash", "key", "length", "value"])
         self.assertEqual((insert["level"], FUNCTIONS["mub_hash_insert_t"]["level"]), ("everyday", "low"))
-        self.assertIn("like a function that takes it as const", FUNCTIONS["mub_pool_iter_new"]["threads"])
+        self.assertIn("by a function that takes it as const", FUNCTIONS["mub_pool_iter_new"]["threads"])
 
     def test_describes_callbacks(self):
         compare = CALLBACKS["mub_tree_compare_fn"]
