@@ -89,6 +89,12 @@ struct stream_traits {
   static constexpr auto find_unit = mub_stream_find_pos;
 };
 
+// The C functions read the first byte of a text even if its length is 0, and that of an empty view may be out
+// of bounds.
+inline std::int64_t find_empty(std::int64_t start, std::int64_t size) noexcept {
+  return start >= 0 && start <= size ? start : -1;
+}
+
 template <class Traits>
 struct buffer_life {
   using record = typename Traits::record;
@@ -234,10 +240,11 @@ class string : public detail::buffer<string, detail::string_traits> {
   int icompare(std::string_view text) const { return mub_string_icompare(c(), text.data(), length(text)); }
 
   /**
-   * The index of the first occurrence of a text, which must not be empty, at or after `start`; -1 if there is
-   * none. See mub_string_find_pos().
+   * The index of the first occurrence of a text at or after `start`; -1 if there is none. An empty text is found
+   * at `start`, if that is 0 to size(). See mub_string_find_pos().
    */
   std::int64_t find(std::string_view text, std::int64_t start = 0) const {
+    if (text.empty()) return detail::find_empty(start, size());
     return mub_string_find_pos(c(), text.data(), length(text), start);
   }
 
@@ -359,13 +366,15 @@ class stringx {
   void right(std::int64_t count) { mub_stringx_right(&view_, count); }
 
   /**
-   * The index of the first occurrence of a character, or of a text, which must not be empty, at or after
-   * `start`; -1 if there is none. See mub_stringx_find_char_pos() and mub_stringx_find_pos().
+   * The index of the first occurrence of a character, or of a text, at or after `start`; -1 if there is none. An
+   * empty text is found at `start`, if that is 0 to size(). See mub_stringx_find_char_pos() and
+   * mub_stringx_find_pos().
    */
   std::int64_t find(char character, std::int64_t start = 0) const {
     return mub_stringx_find_char_pos(&view_, character, start);
   }
   std::int64_t find(std::string_view text, std::int64_t start = 0) const {
+    if (text.empty()) return detail::find_empty(start, size());
     return mub_stringx_find_pos(&view_, text.data(), static_cast<std::int64_t>(text.size()), start);
   }
 

@@ -310,6 +310,7 @@ TEST(CppContainers, PassPositions) {
   text.append_integer(-5);
   EXPECT_EQ(text.view(), std::string("A\0x-5", 5));
   EXPECT_EQ(text.find("-5"), 3);
+  EXPECT_TRUE(text.find("") == 0 && text.find("", 5) == 5 && text.find("", 6) == -1) << "nothing is read";
   EXPECT_STREQ(mub::string().c_str(), "");
   mub::stream stream;
   ASSERT_TRUE(stream.resize(7));
@@ -320,6 +321,7 @@ TEST(CppContainers, PassPositions) {
   EXPECT_EQ(stream.get_word(position = 1), 0x0203);
   mub::stringx field(std::string_view("  12 rest", 5));
   EXPECT_TRUE(field.trim() && field.is_integer() && field.get_integer() == 12);
+  EXPECT_TRUE(field.find("", 2) == 2 && field.find("", 3) == -1);
 }
 
 }  // namespace
