@@ -39,7 +39,7 @@ SPECIAL = re.compile(r"[\\@#%*~|\[\]<>&_]")
 # Files that Doxygen writes but no page refers to.
 LEFTOVERS = ["*.png", "doxygen.*", "jquery.js", "dynsections.js", "tabs.css", "menu*.js", "nav_*", "annotated.html",
              "classes.html", "functions*.html", "globals*.html", "files.html", "dir_*.html", "modules.html", "pages.html",
-             "examples.html", "graph_legend.*"]
+             "examples.html", "graph_legend.*", "hierarchy.html", "*mub_1_1detail*.html", "namespacemub*"]
 
 
 def readme_rows():
@@ -142,7 +142,8 @@ def contents(modules):
     link = lambda url, name: f'<a href="$relpath^{url}">{name}</a>'
     listed = [names for names, _, _ in readme_rows()]
     listed += [[name] for name in modules if not any(name in names for names in listed)]
-    pages = [link("index.html", "Overview"), link("cookbook.html", "Cookbook"), link("group__base.html", "Rules")]
+    pages = [link("index.html", "Overview"), link("cookbook.html", "Cookbook"), link("group__base.html", "Rules"),
+             link("group__cpp.html", "C++")]
     pages[1:1] = [link(f"{name}.html", title) for name, title in guides().items()]
     lines = [", ".join(link(f"group__{name}.html", name) for name in names if name in modules) for names in listed]
     item = lambda lines: "".join(f"<li>{line}</li>\n" for line in lines)

@@ -1,11 +1,15 @@
-/* mub.hpp: libmub for C++17: owning types over the C records, in namespace mub.
+/**
+ * @defgroup cpp mub.hpp: the C++ interface
  *
- *   mub::hash words;
- *   if (!words.insert("the", 1)) …                       false: the key was there, or memory ran out
- *   for (auto [key, value] : words) value += 1;          key is a std::string_view, value a reference
- *   mub_hash_update(words.c(), "the", -1, 2);            c() is the record, for everything else
+ * Owning types over the C records, header-only and for C++17, in namespace `mub`.
  *
- * mub_base.hpp has the rules that hold for all of them. */
+ *     mub::hash words;
+ *     if (!words.insert("the", 1)) …                 false: the key was present, or memory ran out
+ *     for (auto [key, value] : words) value += 1;    key is a std::string_view, value a reference
+ *     mub_hash_update(words.c(), "the", -1, 2);      c() is the record, for everything else
+ *
+ * The types of all headers follow the rules of @ref base_hpp "mub_base.hpp".
+ */
 #ifndef MUB_HPP
 #define MUB_HPP
 

@@ -1,15 +1,20 @@
-/* mub_array.hpp: mub::array, mub::arrayd, mub::arrayx, mub::arrays and mub::arrayt, the arrays of
- * mub_array.h.
+/**
+ * @defgroup array_hpp mub_array.hpp: growable arrays
+ * @ingroup cpp
  *
- *   mub::array    keys std::string_view      mub::arrays   bare items, ordered by your comparers
- *   mub::arrayd   keys std::uint32_t         mub::arrayt   words, the first four of them in the record
- *   mub::arrayx   keys std::uint64_t
+ * The arrays of mub_array.h.
  *
- * contains, get, find, insert, emplace, update, remove, find_index and nearest_index are for arrays that are
- * kept sorted; append, scan_index and the operations with an index are for those in any order, which sort()
- * sorts. Additions that return nothing do nothing if memory runs out: call reserve() first to learn whether
- * there is room for the entries. Only mub::array::append() with a key adds an entry even if there is no room
- * for the key, which is then empty. Every addition, removal and sort invalidates iterators. */
+ *     mub::array    keys std::string_view      mub::arrays   bare items, ordered by your comparators
+ *     mub::arrayd   keys std::uint32_t         mub::arrayt   words, the first four of them in the record
+ *     mub::arrayx   keys std::uint64_t
+ *
+ * contains, get, find, insert, emplace, update, remove, find_index and nearest_index need a sorted array;
+ * append, scan_index and the operations with an index work in any order, and sort() sorts. That an array is
+ * sorted is not checked. Additions that return nothing do nothing if memory runs out: call reserve() first to
+ * find out whether there is room for the entries. Only mub::array::append() with a key adds an entry even if
+ * there is no memory for the key, which is then empty. Every addition, removal and sort invalidates
+ * iterators.
+ */
 #ifndef MUB_ARRAY_HPP
 #define MUB_ARRAY_HPP
 
@@ -126,8 +131,8 @@ struct arrayx_traits : integer_key<std::uint64_t> {
   }
 };
 
-// The arrays with a value pool. mub_array_swap and its like leave the pools where they are; mub_arrays_swap
-// exchanges them.
+// The arrays with a value pool. mub_array_swap() and its variants do not exchange the pools;
+// mub_arrays_swap() does.
 template <class Traits, bool kSwapsPools>
 struct array_life {
   using record = typename Traits::record;
@@ -143,7 +148,7 @@ struct array_life {
   }
 };
 
-// A clone without the pool that its source has, or one that ran out of memory, is left empty.
+// A clone without the pool that its source has, or for which memory ran out, stays empty.
 template <class Traits>
 void clone_array(const typename Traits::record *source, typename Traits::record *copy, mub_clone_fn adjust) {
   copy->descending = source->descending;
@@ -152,17 +157,17 @@ void clone_array(const typename Traits::record *source, typename Traits::record 
   if (copy->count > copy->capacity) Traits::remove_all(copy);
 }
 
-// The entries that have slots: a record that mub_array_clone left without memory has a greater count.
+// The number of entries with slots: if mub_array_clone() runs out of memory, the count exceeds it.
 template <class Record>
 std::int64_t slots_in_use(const Record *array) noexcept {
   return array->count < array->capacity ? array->count : array->capacity;
 }
 
-// For the flag of sort(): a comparer of the wrong type, or a lambda, would convert to bool.
+// For the flag of sort(): a comparator of the wrong type, or a lambda, would convert to bool.
 template <class Flag>
 using only_bool = std::enable_if_t<std::is_same_v<Flag, bool>, int>;
 
-// A random access iterator by index: Access::at(record, index) is what it yields.
+// A random access iterator by index, which yields Access::at(record, index).
 template <class Access>
 class index_iterator
     : public walker<index_iterator<Access>, typename Access::reference, std::random_access_iterator_tag> {
@@ -218,14 +223,20 @@ struct word_access {
   using record = mub_arrayt;
   using reference = Value &;
   static reference at(const record *array, std::int64_t index) noexcept {
-    // The iterators of a const array yield const words alone.
+    // The iterators of a const array yield const words only.
     return index < 4 ? const_cast<record *>(array)->inline_items[index] : array->tail[index - 4];
   }
 };
 
 }  // namespace detail
 
-/** Entries with keys; see mub_array. */
+/** @addtogroup array_hpp
+ * @{ */
+
+/**
+ * An array of entries with keys, which owns its table, its keys and the pool that it created, but not what
+ * its values refer to; see mub_array.
+ */
 template <class Traits>
 class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits> {
   using base = detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits>;
@@ -237,18 +248,18 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   using typename base::entry_type;
   using typename base::key_type;
 
-  /** Makes an empty array without a value pool. */
+  /** Constructs an empty array without a value pool. */
   basic_array() noexcept : base(std::in_place, 0) {}
 
-  /** With a value pool of its own. */
+  /** Constructs an empty array that owns a value pool. */
   explicit basic_array(value_blocks values) noexcept : base(std::in_place, 1) {
     detail::set_block_size(c()->pool, values.size);
   }
 
-  /** With an external value pool. */
+  /** Constructs an empty array with an external value pool, which must outlive it. */
   explicit basic_array(mub_pool *values) noexcept : basic_array() { c()->pool = values; }
 
-  /** A copy, made by mub_array_clone() without a source pool; empty if memory ran out. */
+  /** Returns a copy, made by mub_array_clone() without a source pool; empty if memory ran out. */
   [[nodiscard]] basic_array clone(mub_clone_fn adjust = nullptr) const {
     basic_array copy;
     if (c()->own_pool != 0) copy = basic_array(value_blocks{0});
@@ -259,79 +270,106 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   /** Makes room for `wanted` entries in total; false if memory ran out. See mub_array_expand(). */
   [[nodiscard]] bool reserve(std::int64_t wanted) { return Traits::expand(c(), wanted) != 0; }
 
-  /** Sets the count, which may also rise up to the capacity; see mub_array_shrink(). */
+  /** Sets the count, which can also be increased up to the capacity; see mub_array_shrink(). */
   void shrink(std::int64_t n) { Traits::shrink(c(), n); }
 
-  /** Adds an entry at the end; see mub_array_append(). */
+  /** Adds an entry at the end, without regard to the order; see mub_array_append(). */
   void append(key_type key, std::uint64_t value) { Traits::call(Traits::append, c(), key, value); }
 
-  /** Adds copies of all entries of an array, which may be this one; see mub_array_append_array(). */
+  /**
+   * Adds copies of all entries of an array, which may be this one, at the end; see mub_array_append_array().
+   */
   void append(const basic_array &source) { Traits::append_array(c(), source.c()); }
 
-  /** Adds an entry at the end, its value a block of the value pool; see mub_array_append_new(). */
+  /**
+   * Adds an entry at the end, with a new block of the value pool as its value, and returns the block; 0 if
+   * there is none. See mub_array_append_new().
+   */
   std::uint64_t append_new(key_type key, mub_init_fn init = nullptr) {
     return Traits::call(Traits::append_new, c(), key, init);
   }
 
-  /** Adds an entry before the one at an index; see mub_array_insert_at(). */
+  /** Adds an entry before the one at an index, or at the end; see mub_array_insert_at(). */
   void insert_at(std::int64_t index, key_type key, std::uint64_t value) {
     Traits::call([index](auto *array, auto... rest) { Traits::insert_at(array, index, rest...); }, c(), key,
                  value);
   }
 
-  /** Removes the entry at an index and returns its value; see mub_array_remove_at(). */
+  /**
+   * Removes the entry at an index and returns its value, which is not released; see mub_array_remove_at().
+   */
   std::uint64_t remove_at(std::int64_t index) { return Traits::remove_at(c(), index); }
 
-  /** Removes the entry at an index and releases its value; see mub_array_free_at(). */
+  /** Removes the entry at an index and passes its value to `release`; see mub_array_free_at(). */
   void free_at(std::int64_t index, mub_free_fn release) { Traits::free_at(c(), index, release); }
 
-  /** The slot at an index; nullptr outside the capacity. See mub_array_get_entry(). */
+  /**
+   * Returns the slot at an index, spare ones included; nullptr outside the capacity. See
+   * mub_array_get_entry().
+   */
+  ///@{
   entry_type *at(std::int64_t index) { return Traits::get_entry(c(), index); }
   const entry_type *at(std::int64_t index) const { return Traits::get_entry(c(), index); }
+  ///@}
 
-  /** The entry at an index below size(). */
+  /** Returns the key and value at an index from 0 to size() - 1, which is not checked. */
+  ///@{
   typename iterator::reference operator[](std::int64_t index) { return *iterator(c(), index); }
   typename const_iterator::reference operator[](std::int64_t index) const {
     return *const_iterator(c(), index);
   }
+  ///@}
 
   /**
-   * The entry of a key, added with value 0 if the key is absent; nullptr if that was refused. See
+   * Returns the entry of a key, added with value 0 if the key is absent; nullptr if that failed. See
    * mub_array_entry_insert().
    */
   [[nodiscard]] entry_type *emplace(key_type key) { return Traits::call(Traits::entry_insert, c(), key); }
 
-  /** The index of a key; -1 if it is absent. See mub_array_find_index(). */
+  /** Returns the index of a key; -1 if it is absent. See mub_array_find_index(). */
   std::int64_t find_index(key_type key) const { return Traits::call(Traits::find_index, c(), key); }
 
-  /** Where a key is or belongs, at most the last index; -1 in an empty array. See mub_array_bfind_index(). */
+  /**
+   * Returns the index where a key is or belongs, at most the last one; -1 in an empty array. See
+   * mub_array_bfind_index().
+   */
   std::int64_t nearest_index(key_type key) const { return Traits::call(Traits::bfind_index, c(), key); }
 
   /**
-   * The index of the first entry with a key, in any order; -1 if there is none. See mub_array_afind_index().
+   * Returns the index of the first entry with a key, by linear search; -1 if there is none. See
+   * mub_array_afind_index().
    */
   std::int64_t scan_index(key_type key) const { return Traits::call(Traits::afind_index, c(), key); }
 
-  /** Sorts by key; see mub_array_qsort(). */
+  /** Sorts by key, not stable; ascending unless the flag is false. See mub_array_qsort(). */
+  ///@{
   void sort() { sort(true); }
   template <class Flag, detail::only_bool<Flag> = 0>
   void sort(Flag ascending) {
     Traits::qsort(c(), ascending);
   }
+  ///@}
 
-  /** Sorts by value; see mub_array_qsort_x(). */
+  /** Sorts by value with a comparator, not stable; see mub_array_qsort_x(). */
   void sort(mub_compare_fn compare, bool ascending = true) { Traits::qsort_x(c(), ascending, compare); }
 
-  /** A walk in the order of the array. */
+  /** Iterators in the order of the array. */
+  ///@{
   iterator begin() noexcept { return iterator(c(), 0); }
   const_iterator begin() const noexcept { return const_iterator(c(), 0); }
   iterator end() noexcept { return iterator(c(), detail::slots_in_use(c())); }
   const_iterator end() const noexcept { return const_iterator(c(), detail::slots_in_use(c())); }
+  ///@}
 };
 
+/** An array with byte-string keys; see mub_array. */
 using array = basic_array<detail::array_traits>;
+/** An array with 32-bit integer keys; see mub_arrayd. */
 using arrayd = basic_array<detail::arrayd_traits>;
+/** An array with 64-bit integer keys; see mub_arrayx. */
 using arrayx = basic_array<detail::arrayx_traits>;
+
+/** @} */
 
 namespace detail {
 
@@ -357,7 +395,13 @@ struct arrayt_life {
 
 }  // namespace detail
 
-/** Bare 64-bit items; see mub_arrays. Iterators are pointers. */
+/** @addtogroup array_hpp
+ * @{ */
+
+/**
+ * An array of bare 64-bit items, which owns its table and the pool that it created, but not what the items
+ * refer to; see mub_arrays. Iterators are pointers.
+ */
 class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_traits, true>> {
   using base = detail::owner<arrays, detail::array_life<detail::arrays_traits, true>>;
 
@@ -366,15 +410,15 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   using iterator = std::uint64_t *;
   using const_iterator = const std::uint64_t *;
 
-  /** Makes an empty array without an item pool. */
+  /** Constructs an empty array without an item pool. */
   arrays() noexcept : base(std::in_place, 0) {}
 
-  /** With an item pool of its own. */
+  /** Constructs an empty array that owns an item pool. */
   explicit arrays(value_blocks items) noexcept : base(std::in_place, 1) {
     detail::set_block_size(c()->pool, items.size);
   }
 
-  /** A copy, made by mub_arrays_clone() without a source pool; empty if memory ran out. */
+  /** Returns a copy, made by mub_arrays_clone() without a source pool; empty if memory ran out. */
   [[nodiscard]] arrays clone(mub_clone_fn adjust = nullptr) const {
     arrays copy;
     if (c()->own_pool != 0) copy = arrays(value_blocks{0});
@@ -382,44 +426,49 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
     return copy;
   }
 
-  /** The number of items, and whether there are none. */
+  /** Returns the number of items. */
   std::int64_t size() const noexcept { return c()->count; }
+  /** Checks whether there are no items. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
   /** Makes room for `wanted` items in total; false if memory ran out. See mub_arrays_expand(). */
   [[nodiscard]] bool reserve(std::int64_t wanted) { return mub_arrays_expand(c(), wanted) != 0; }
 
-  /** Sets the count, which may also rise up to the capacity; see mub_arrays_shrink(). */
+  /** Sets the count, which can also be increased up to the capacity; see mub_arrays_shrink(). */
   void shrink(std::int64_t n) { mub_arrays_shrink(c(), n); }
 
-  /** Adds an item at the end; see mub_arrays_append(). */
+  /** Adds an item at the end, without regard to the order; see mub_arrays_append(). */
   void append(std::uint64_t item) { mub_arrays_append(c(), item); }
 
-  /** Adds all items of an array, which may be this one; see mub_arrays_append_array(). */
+  /** Adds all items of an array, which may be this one, at the end; see mub_arrays_append_array(). */
   void append(const arrays &source) { mub_arrays_append_array(c(), source.c()); }
 
-  /** Adds a block of the item pool at the end; see mub_arrays_append_new(). */
+  /**
+   * Adds a new block of the item pool at the end and returns it; 0 if there is none. See
+   * mub_arrays_append_new().
+   */
   std::uint64_t append_new(mub_init_fn init = nullptr) { return mub_arrays_append_new(c(), init); }
 
-  /** Insert or remove an item at an index; see mub_arrays_insert_at() and mub_arrays_remove_at(). */
+  /** Adds an item before the one at an index, or at the end; see mub_arrays_insert_at(). */
   void insert_at(std::int64_t index, std::uint64_t item) { mub_arrays_insert_at(c(), index, item); }
+  /** Removes the item at an index and returns it, not released; see mub_arrays_remove_at(). */
   std::uint64_t remove_at(std::int64_t index) { return mub_arrays_remove_at(c(), index); }
 
   /**
-   * Adds an item to a sorted array unless an equal one is present; also true if memory ran out. See
-   * mub_arrays_insert().
+   * Adds an item to a sorted array unless an equal one is present. Returns whether none was present, even if
+   * memory ran out. See mub_arrays_insert().
    */
   [[nodiscard]] bool insert(std::uint64_t item, mub_compare_item_fn compare, std::uint64_t context = 0) {
     return mub_arrays_insert(c(), item, context, compare) != 0;
   }
 
-  /** The item of a sorted array that is equal to a key; 0 if there is none. See mub_arrays_find(). */
+  /** Returns the item of a sorted array that is equal to a key; 0 if there is none. See mub_arrays_find(). */
   std::uint64_t find(std::uint64_t key, mub_compare_item_fn compare, std::uint64_t context = 0) const {
     return mub_arrays_find(c(), key, context, compare);
   }
 
   /**
-   * The index of the item of a sorted array that is equal to a key; -1 if there is none. See
+   * Returns the index of the item of a sorted array that is equal to a key; -1 if there is none. See
    * mub_arrays_find_index().
    */
   std::int64_t find_index(std::uint64_t key, mub_compare_item_fn compare, std::uint64_t context = 0) const {
@@ -427,44 +476,48 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   }
 
   /**
-   * Removes the item equal to a key from a sorted array and returns it; 0 if there is none. See
+   * Removes the item equal to a key from a sorted array and returns it, not released; 0 if there is none. See
    * mub_arrays_remove().
    */
   std::uint64_t remove(std::uint64_t key, mub_compare_item_fn compare, std::uint64_t context = 0) {
     return mub_arrays_remove(c(), key, context, compare);
   }
 
-  /** Sorts the items; see mub_arrays_qsort(). */
+  /** Sorts the items, not stable; see mub_arrays_qsort(). */
   void sort(mub_compare_item_fn compare, bool ascending = true) { mub_arrays_qsort(c(), ascending, compare); }
 
-  /** Removes all items, which are not visited; see mub_arrays_remove_all(). */
+  /** Removes all items, which are not released; see mub_arrays_remove_all(). */
   void clear() { mub_arrays_remove_all(c()); }
 
-  /** Releases every item that is not 0, then removes all; see mub_arrays_free_all(). */
+  /** Calls `release` with every item that is not 0, then removes all; see mub_arrays_free_all(). */
   void free_all(mub_free_fn release) { mub_arrays_free_all(c(), release); }
 
-  /** The item at an index below size(). */
+  /** Returns the item at an index from 0 to size() - 1, which is not checked. */
+  ///@{
   std::uint64_t &operator[](std::int64_t index) noexcept { return c()->items[index]; }
   const std::uint64_t &operator[](std::int64_t index) const noexcept { return c()->items[index]; }
+  ///@}
 
-  /** The items, in the order of the array. */
+  /** Iterators in the order of the array. */
+  ///@{
   iterator begin() noexcept { return c()->items; }
   const_iterator begin() const noexcept { return c()->items; }
   iterator end() noexcept { return c()->items + detail::slots_in_use(c()); }
   const_iterator end() const noexcept { return c()->items + detail::slots_in_use(c()); }
+  ///@}
 };
 
-/** 64-bit words, the first four of them in the record; see mub_arrayt. */
+/** An array of 64-bit words, the first four of them in the record, which owns its table; see mub_arrayt. */
 class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
  public:
   using value_type = std::uint64_t;
   using iterator = detail::index_iterator<detail::word_access<std::uint64_t>>;
   using const_iterator = detail::index_iterator<detail::word_access<const std::uint64_t>>;
 
-  /** Makes an empty one. */
+  /** Constructs an empty array; nothing is allocated. */
   arrayt() noexcept : owner(std::in_place) {}
 
-  /** A copy; empty if memory ran out. See mub_arrayt_clone(). */
+  /** Returns a copy; empty if memory ran out. See mub_arrayt_clone(). */
   [[nodiscard]] arrayt clone() const {
     arrayt copy;
     copy.c()->descending = c()->descending;
@@ -472,51 +525,69 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
     return copy;
   }
 
-  /** The number of words, and whether there are none. */
+  /** Returns the number of words. */
   std::int64_t size() const noexcept { return c()->count; }
+  /** Checks whether there are no words. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
   /** Makes room for `wanted` words in total; false if memory ran out. See mub_arrayt_expand(). */
   [[nodiscard]] bool reserve(std::int64_t wanted) { return mub_arrayt_expand(c(), wanted) != 0; }
 
-  /** Adds a word at the end; see mub_arrayt_append(). */
+  /** Adds a word at the end, without regard to the order; see mub_arrayt_append(). */
   void append(std::uint64_t word) { mub_arrayt_append(c(), word); }
 
-  /** Adds all words of an array, which may be this one; see mub_arrayt_append_array(). */
+  /** Adds all words of an array, which may be this one, at the end; see mub_arrayt_append_array(). */
   void append(const arrayt &source) { mub_arrayt_append_array(c(), source.c()); }
 
-  /** Insert or remove a word at an index; see mub_arrayt_insert_at() and mub_arrayt_remove_at(). */
+  /** Adds a word before the one at an index, or at the end; see mub_arrayt_insert_at(). */
   void insert_at(std::int64_t index, std::uint64_t word) { mub_arrayt_insert_at(c(), index, word); }
+  /** Removes the word at an index and returns it; see mub_arrayt_remove_at(). */
   std::uint64_t remove_at(std::int64_t index) { return mub_arrayt_remove_at(c(), index); }
 
   /**
-   * For sorted arrays, by the low 32 bits of the words; see mub_arrayt_insert(), mub_arrayt_find() and
-   * mub_arrayt_remove().
+   * Adds a word to a sorted array unless one with the same low 32 bits is present. Returns whether none was
+   * present, even if memory ran out. See mub_arrayt_insert().
    */
   [[nodiscard]] bool insert(std::uint64_t word) { return mub_arrayt_insert(c(), word) != 0; }
+  /** Checks whether a sorted array has a word whose low 32 bits are `key`; see mub_arrayt_find(). */
   bool contains(std::uint32_t key) const { return mub_arrayt_find(c(), key) != 0; }
+  /**
+   * Removes the word whose low 32 bits are `key` from a sorted array, if there is one; see
+   * mub_arrayt_remove().
+   */
   bool remove(std::uint32_t key) { return mub_arrayt_remove(c(), key) != 0; }
 
-  /** Sorts by the whole words; see mub_arrayt_qsort(). */
+  /**
+   * Sorts by whole words, ascending unless the flag is false; with `unique`, equal words are kept once. See
+   * mub_arrayt_qsort().
+   */
+  ///@{
   void sort() { sort(true); }
   template <class Flag, detail::only_bool<Flag> = 0>
   void sort(Flag ascending, bool unique = false) {
     mub_arrayt_qsort(c(), ascending, unique);
   }
+  ///@}
 
-  /** Removes all words; see mub_arrayt_remove_all(). */
+  /** Removes all words and releases the table; see mub_arrayt_remove_all(). */
   void clear() { mub_arrayt_remove_all(c()); }
 
-  /** The word at an index below size(). */
+  /** Returns the word at an index from 0 to size() - 1, which is not checked. */
+  ///@{
   std::uint64_t &operator[](std::int64_t index) noexcept { return *iterator(c(), index); }
   const std::uint64_t &operator[](std::int64_t index) const noexcept { return *const_iterator(c(), index); }
+  ///@}
 
-  /** A walk in the order of the array. */
+  /** Iterators in the order of the array. */
+  ///@{
   iterator begin() noexcept { return iterator(c(), 0); }
   const_iterator begin() const noexcept { return const_iterator(c(), 0); }
   iterator end() noexcept { return iterator(c(), size()); }
   const_iterator end() const noexcept { return const_iterator(c(), size()); }
+  ///@}
 };
+
+/** @} */
 
 }  // namespace v1
 }  // namespace mub

@@ -1,30 +1,34 @@
-/* mub_base.hpp: what the C++ headers of libmub share.
+/**
+ * @defgroup base_hpp mub_base.hpp: rules of the C++ interface
+ * @ingroup cpp
  *
- * A type of namespace mub owns one C record: the constructors initialise it and the destructor terminates it.
- * Members call the C functions and allocate nothing besides: "see mub_hash_insert()" refers to the
- * description in the C headers, and the rules of mub_base.h hold here too. Nothing throws, and everything
- * works without exceptions and RTTI. Rules that hold for all types:
+ * A type of namespace `mub` owns one C record: its constructors initialise the record and its destructor
+ * terminates it. Members call the C functions and allocate nothing else; "see mub_hash_insert()" refers to
+ * the documentation of the C function, and the @ref base "common rules" apply here, too. No function throws,
+ * and the headers compile without exceptions and RTTI. Common to all types:
  *
- * Record.     c() is the record: pass it to the C functions that have no member here, read its fields, and
- *             set those that are yours to set (`nocase`, `descending`, `key_type`).
- * Copies.     Types move and do not copy; clone() makes a copy, which is empty if memory ran out. The copy
- *             has the same settings.
- * Moves.      Moving takes contents, pools and settings along; entries keep their addresses, except for the
- *             root of a tree, which lies in the record. A moved-from object is empty and without pools:
- *             look-ups find nothing, and a container whose entries lie in a pool refuses insertions, until it
- *             is assigned to or reset().
- * Keys.       Byte-string keys are std::string_view: any bytes, NULs included, of the length of the view.
- * Values.     64-bit words; to_word and to_pointer convert pointers. The library never interprets them, and
- *             no destructor does: free_all(release) releases what they own.
- * Entries.    find() and the like return a pointer to the entry in the container, or nullptr; its `value` may
- *             be changed in place.
- * Iterators.  Those of keyed containers yield an item { key, value & } by value: for (auto [key, value] :
- *             table). They are invalidated as the walks of the C interface are; through a const container
- *             values are const.
- * Pools.      By default a container owns the pool of its entries and has none for values. value_blocks{n}
- *             gives it one with blocks of n bytes. External pools are passed to the constructors that take
- *             mub_pool pointers; they must outlive the container, whose destructor returns its entries to
- *             them. Do not return the entries earlier, for instance with mub_hash_remove_all_entry(). */
+ * - **Record.** c() returns the record: pass it to the C functions that have no member here, read its fields,
+ *   and set those that are the caller's to set (`nocase`, `descending`, `key_type`).
+ * - **Copies.** Types can be moved but not copied. clone() returns a copy with the same settings, which is
+ *   empty if memory ran out.
+ * - **Moves.** A move transfers contents, pools and settings. Entries keep their addresses, except for the
+ *   root of a tree, which lies in the record. A moved-from object is empty and has no pools: look-ups find
+ *   nothing, and a container whose entries lie in a pool refuses insertions until it is assigned to or
+ *   reset().
+ * - **Keys.** Byte-string keys are passed as std::string_view: any bytes, NULs included. Keys that iterators
+ *   return are views of the container's memory, valid until a key is added or removed.
+ * - **Values.** Values are 64-bit words; to_word() and to_pointer() convert pointers. Neither the library nor
+ *   a destructor interprets them: free_all() releases what they own.
+ * - **Entries.** find() and similar members return a pointer to the entry in the container, or nullptr; its
+ *   `value` may be changed in place.
+ * - **Iterators.** Iterators of keyed containers yield an item { key, value & } by value: `for (auto [key,
+ *   value] : table)`. They are invalidated like the iterations of the C interface, which is not checked;
+ *   neither is the range of an iterator or index. Through a const container, values are const.
+ * - **Pools.** By default a container owns the pool of its entries and has none for values. `value_blocks{n}`
+ *   adds one with blocks of n bytes. External pools are passed to the constructors that take mub_pool
+ *   pointers. They must outlive the container, whose destructor returns its entries to them: do not return
+ *   the entries earlier, for instance with mub_hash_remove_all_entry().
+ */
 #ifndef MUB_BASE_HPP
 #define MUB_BASE_HPP
 
@@ -40,50 +44,55 @@
 #include "mub_stream.h"
 
 namespace mub {
-// Inline, so that no symbol of a program can meet one inside the static library.
+// Inline, so that the symbols of a program cannot clash with those inside the static library.
 inline namespace v1 {
 
-/** The word that stands for a pointer. */
+/** @addtogroup base_hpp
+ * @{ */
+
+/** Converts a pointer to a word. */
 inline std::uint64_t to_word(const void *pointer) noexcept {
   return reinterpret_cast<std::uintptr_t>(pointer);
 }
 
-/** The pointer that a word stands for; 0 is nullptr. */
+/** Converts a word to a pointer; 0 becomes nullptr. The type is not checked. */
 template <class T>
 T *to_pointer(std::uint64_t word) noexcept {
   return reinterpret_cast<T *>(static_cast<std::uintptr_t>(word));
 }
 
-/** Asks a constructor for a value pool of the container's own, whose blocks have `size` bytes. */
+/** Makes a constructor create a value pool that the container owns. */
 struct value_blocks {
-  std::int64_t size;
+  std::int64_t size; /**< the size of its blocks in bytes */
 };
 
-/** A key, and a reference to its value; what iterators of keyed containers yield. */
+/** A key and a reference to its value, as yielded by the iterators of keyed containers. */
 template <class Key, class Value = std::uint64_t>
 struct item {
-  Key key;
-  Value &value;
+  Key key;      /**< the key; a view of the container's memory if it is a string */
+  Value &value; /**< the value in the container */
 };
 
-/** The entry of a key, nullptr if memory ran out, and whether it is new. */
+/** The result of emplace(). */
 template <class Entry>
 struct emplaced {
-  Entry *entry;
-  bool inserted;
+  Entry *entry;  /**< the entry of the key; nullptr if memory ran out */
+  bool inserted; /**< whether the entry is new */
 };
 
-/** The value of a key, and whether the key is new. */
+/** The result of set(). */
 struct set_value {
-  std::uint64_t value;
-  bool inserted;
+  std::uint64_t value; /**< the value of the key; 0 if memory ran out */
+  bool inserted;       /**< whether the key is new */
 };
+
+/** @} */
 
 namespace detail {
 
 /**
- * Owns a record. `Life` has init(record, flags…) like the C function, bare(record), which initialises it
- * without pools, release(record), and swap(record, record), which exchanges the settings too.
+ * The owner of a record. `Life` has init(record, flags…), like the C function, bare(record), which
+ * initialises it without pools, release(record), and swap(record, record), which exchanges the settings, too.
  */
 template <class Derived, class Life>
 class owner {
@@ -93,15 +102,22 @@ class owner {
   owner(const owner &) = delete;
   owner &operator=(const owner &) = delete;
 
-  /** The record, for the C functions. */
+  /** Returns the record, for use with the C functions. It lives as long as the object. */
+  ///@{
   record_type *c() noexcept { return &record_; }
   const record_type *c() const noexcept { return &record_; }
+  ///@}
 
-  /** Exchanges everything, settings included. */
+  /**
+   * Swaps everything, including pools and settings. Iterators of both objects are invalid afterwards; entries
+   * keep their addresses.
+   */
+  ///@{
   void swap(Derived &other) noexcept { Life::swap(&record_, other.c()); }
   friend void swap(Derived &a, Derived &b) noexcept { a.swap(b); }
+  ///@}
 
-  /** Releases the contents and starts again as the default constructor does. */
+  /** Releases the contents and the pools that are owned, and starts again as a default-constructed object. */
   void reset() noexcept { static_cast<Derived &>(*this) = Derived(); }
 
  protected:
@@ -125,7 +141,7 @@ class owner {
   record_type record_;
 };
 
-// The field of a record that the C swaps leave where it is: a pointer to the member, or nullptr.
+// Swaps the setting that the C function does not exchange: a pointer to the member, or nullptr.
 template <class Record, class Setting>
 void swap_setting(Record *a, Record *b, Setting setting) noexcept {
   if constexpr (!std::is_null_pointer_v<Setting>) std::swap(a->*setting, b->*setting);
@@ -136,7 +152,7 @@ void copy_setting(const Record *source, Record *copy, Setting setting) noexcept 
   if constexpr (!std::is_null_pointer_v<Setting>) copy->*setting = source->*setting;
 }
 
-// A copy for which no value pool could be made stays empty: its values would all become 0.
+// A copy for which no value pool could be created stays empty: all its values would become 0.
 template <class Traits>
 void clone_to(typename Traits::record *copy, const typename Traits::record *source, mub_clone_fn adjust) {
   if (copy->owns_value_pool == source->owns_value_pool) Traits::clone(source, nullptr, copy, nullptr, adjust);
@@ -174,8 +190,8 @@ struct integer_key {
   }
 };
 
-// The operators that an iterator gets from its operator*, from step() and, if it goes both ways, from
-// step_back(). Two are equal if their place()s are.
+// The operators of an iterator, derived from its operator*, step() and, if it is bidirectional, step_back().
+// Two iterators are equal if their place()s are.
 template <class Derived, class Reference, class Category>
 class walker {
  public:
@@ -183,7 +199,7 @@ class walker {
   using value_type = std::remove_cv_t<std::remove_reference_t<Reference>>;
   using reference = Reference;
   using difference_type = std::ptrdiff_t;
-  // Points at an item that the iterator made for it.
+  // Holds the item that operator-> points to.
   struct arrow {
     value_type item;
     const value_type *operator->() const noexcept { return &item; }
@@ -225,7 +241,7 @@ class walker {
   const Derived &self() const noexcept { return static_cast<const Derived &>(*this); }
 };
 
-/** What hash tables, B-trees and sorted arrays have in common. */
+/** The members that hash tables, B-trees and sorted arrays have in common. */
 template <class Derived, class Life, class Traits>
 class keyed : public owner<Derived, Life> {
   using base = owner<Derived, Life>;
@@ -236,52 +252,64 @@ class keyed : public owner<Derived, Life> {
   using entry_type = typename Traits::entry;
   using base::c;
 
-  /** The number of entries. */
+  /** Returns the number of entries. */
   std::int64_t size() const noexcept { return c()->count; }
 
-  /** Whether there are no entries. */
+  /** Checks whether there are no entries. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
-  /** Whether a key is present; see mub_hash_find(). */
+  /** Checks whether a key is present; see mub_hash_find(). */
   bool contains(key_type key) const { return Traits::call(Traits::find, c(), key) != 0; }
 
-  /** The value of a key; 0 if it is absent. See mub_hash_get(). */
+  /** Returns the value of a key; 0 if it is absent. See mub_hash_get(). */
   mapped_type get(key_type key) const { return Traits::call(Traits::get, c(), key); }
 
-  /** The entry of a key; nullptr if it is absent. See mub_hash_entry_get(). */
+  /**
+   * Returns the entry of a key, which belongs to the container; nullptr if it is absent. See
+   * mub_hash_entry_get().
+   */
+  ///@{
   entry_type *find(key_type key) { return Traits::call(Traits::entry_get, c(), key); }
   const entry_type *find(key_type key) const { return Traits::call(Traits::entry_get, c(), key); }
+  ///@}
 
   /**
    * Adds a key with a value unless the key is present; see mub_hash_insert(), mub_btree_insert() and
-   * mub_array_insert(). In arrays the result is also true if memory ran out.
+   * mub_array_insert(). Returns whether it was added: false if the key was present or memory ran out; arrays
+   * return true if memory ran out. Invalidates the iterators of arrays and B-trees.
    */
   [[nodiscard]] bool insert(key_type key, mapped_type value) {
     return Traits::call(Traits::insert, c(), key, value) != 0;
   }
 
-  /** Replaces the value of a key that is present. Returns the previous value; 0 if the key is absent. */
+  /**
+   * Replaces the value of a key that is present. Returns the previous value, which is not released; 0 if the
+   * key is absent.
+   */
   mapped_type update(key_type key, mapped_type value) {
     return Traits::call(Traits::update, c(), key, value);
   }
 
   /**
    * Removes a key and returns its value, which is not released; 0 if the key is absent. See
-   * mub_hash_remove().
+   * mub_hash_remove(). Invalidates the entry and iterators at it; in arrays and B-trees all iterators.
    */
   mapped_type remove(key_type key) { return Traits::call(Traits::remove, c(), key); }
 
-  /** Removes all entries; values are not visited. See mub_hash_remove_all(). */
+  /** Removes all entries; values are not released. Invalidates all iterators. See mub_hash_remove_all(). */
   void clear() { Traits::remove_all(c()); }
 
-  /** Releases every value that is not 0, then removes all entries. See mub_hash_free_all(). */
+  /**
+   * Calls `release` with every value that is not 0, then removes all entries. Invalidates all iterators. See
+   * mub_hash_free_all().
+   */
   void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
 
  protected:
   using base::base;
 };
 
-/** What hash tables and B-trees have in common: their entries lie in pools. */
+/** The members that hash tables and B-trees have in common: their entries lie in pools. */
 template <class Derived, class Life, class Traits>
 class map : public keyed<Derived, Life, Traits> {
   using base = keyed<Derived, Life, Traits>;
@@ -292,7 +320,7 @@ class map : public keyed<Derived, Life, Traits> {
   using typename base::key_type;
 
   /**
-   * Finds the entry of a key, or adds one with value 0; see mub_hash_entry_set().
+   * Finds the entry of a key, or adds one with value 0; see mub_hash_entry_set() and mub_btree_node_set().
    *
    *     if (auto [entry, inserted] = words.emplace("the"); entry != nullptr) ++entry->value;
    */
@@ -302,7 +330,10 @@ class map : public keyed<Derived, Life, Traits> {
     return {entry, inserted};
   }
 
-  /** Finds the value of a key, or adds the key with a block of the value pool; see mub_hash_set(). */
+  /**
+   * Finds the value of a key, or adds the key with a block of the value pool, which is passed to `init`; see
+   * mub_hash_set() and mub_btree_set().
+   */
   [[nodiscard]] set_value set(key_type key, mub_init_fn init = nullptr) {
     std::uint64_t value = 0;
     const bool inserted = Traits::call(Traits::set, c(), key, &value, init) != 0;

@@ -1,4 +1,9 @@
-/* mub_bits.hpp: mub::bits, the growable set of bits of mub_bits.h. */
+/**
+ * @defgroup bits_hpp mub_bits.hpp: the set of bits
+ * @ingroup cpp
+ *
+ * The growable set of bits of mub_bits.h.
+ */
 #ifndef MUB_BITS_HPP
 #define MUB_BITS_HPP
 
@@ -16,43 +21,48 @@ struct bits_life {
   static void init(record *bits) noexcept { mub_bits_init(bits); }
   static void bare(record *bits) noexcept { mub_bits_init(bits); }
   static void release(record *bits) noexcept { mub_bits_term(bits); }
-  // mub_bits_swap() exchanges nothing: it gives the block to a stream.
+  // mub_bits_swap() does not swap: it passes the block to a stream.
   static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
 };
 
 }  // namespace detail
 
-/** A set of bits, numbered from 0; see mub_bits. */
+/** @addtogroup bits_hpp
+ * @{ */
+
+/** A growable set of bits, numbered from 0, which owns its block; see mub_bits. */
 class bits : public detail::owner<bits, detail::bits_life> {
  public:
-  /** Makes an empty set. */
+  /** Constructs an empty set; nothing is allocated. */
   bits() noexcept : owner(std::in_place) {}
 
-  /** A copy; empty if memory ran out. */
+  /** Returns a copy; empty if memory ran out. */
   [[nodiscard]] bits clone() const {
     bits copy;
     if (c()->size != 0 && copy.reserve(c()->size)) std::memcpy(copy.c()->data, c()->data, c()->size);
     return copy;
   }
 
-  /** The size in bytes of 8 bits each; bits beyond it read as clear. */
+  /** Returns the size in bytes of 8 bits; bits beyond it read as clear. */
   std::uint32_t size_bytes() const noexcept { return c()->size; }
 
-  /** Grows to at least `bytes` bytes; false if memory ran out. See mub_bits_expand(). */
+  /** Enlarges the set to at least `bytes` bytes; false if memory ran out. See mub_bits_expand(). */
   [[nodiscard]] bool reserve(std::uint32_t bytes) { return mub_bits_expand(c(), bytes) != 0; }
 
-  /** Whether a bit is set; see mub_bits_find(). */
+  /** Checks whether a bit is set; see mub_bits_find(). */
   bool test(std::uint32_t bit) const { return mub_bits_find(c(), bit) != 0; }
 
   /**
-   * Sets or clears a bit. Nothing changes if memory runs out: call reserve() first to find out. See
-   * mub_bits_insert().
+   * Sets or clears a bit, enlarging the set if needed. It is unchanged if memory runs out: call reserve()
+   * first to detect that. See mub_bits_insert().
    */
   void set(std::uint32_t bit, bool on = true) { mub_bits_insert(c(), bit, on); }
 
-  /** Clears all bits; see mub_bits_zero(). */
+  /** Clears all bits; the size is unchanged. See mub_bits_zero(). */
   void clear() { mub_bits_zero(c()); }
 };
+
+/** @} */
 
 }  // namespace v1
 }  // namespace mub

@@ -1,8 +1,13 @@
-/* mub_btree.hpp: mub::btree, mub::btreed and mub::btreex, the ordered maps of mub_btree.h.
+/**
+ * @defgroup btree_hpp mub_btree.hpp: ordered maps
+ * @ingroup cpp
  *
- *   mub::btree    keys std::string_view
- *   mub::btreed   keys std::uint32_t, the bits of a number as `c()->key_type` says: signed unless you set it
- *   mub::btreex   keys std::uint64_t, the same */
+ * The ordered maps of mub_btree.h.
+ *
+ *     mub::btree    keys std::string_view
+ *     mub::btreed   keys std::uint32_t, the bits of a number of type c()->key_type, by default signed
+ *     mub::btreex   keys std::uint64_t, likewise
+ */
 #ifndef MUB_BTREE_HPP
 #define MUB_BTREE_HPP
 
@@ -114,7 +119,7 @@ struct btree_life {
   }
 };
 
-// Goes in key order; the end iterator has no record, and a step back from it leads to the last one.
+// Iterates in key order; the end iterator has no record, and a step back from it leads to the last one.
 template <class Traits, class Value>
 class btree_iterator : public walker<btree_iterator<Traits, Value>, item<typename Traits::key_type, Value>,
                                      std::bidirectional_iterator_tag> {
@@ -156,10 +161,14 @@ class btree_iterator : public walker<btree_iterator<Traits, Value>, item<typenam
 
 }  // namespace detail
 
+/** @addtogroup btree_hpp
+ * @{ */
+
 /**
- * An ordered map; see mub_btree. Its entries are the records, mub_btree_node. Moving a tree allocates a small
- * table for the root of the tree that is left empty. Iterators hold a cursor: they are valid until the tree
- * changes.
+ * An ordered map, which owns its nodes, its keys and the pools that it created, but not what its values refer
+ * to; see mub_btree. Its entries are the records, mub_btree_node. Moving a tree allocates a small table for
+ * the root of the moved-from tree. Iterators contain a cursor: adding or removing a key invalidates all of
+ * them.
  */
 template <class Traits>
 class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits> {
@@ -174,19 +183,19 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   using typename base::entry_type;
   using typename base::key_type;
 
-  /** With pools of its own for entries and records. */
+  /** Constructs an empty tree that owns pools for entries and records. */
   basic_btree() noexcept : basic_btree(true, true, false) {}
 
-  /** With the pools of its own that the flags ask for; see mub_btree_init(). */
+  /** Constructs an empty tree that owns the pools that the flags select; see mub_btree_init(). */
   basic_btree(bool own_entry_pool, bool own_node_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_node_pool, own_value_pool) {}
 
-  /** With pools of its own for entries, records and values. */
+  /** Constructs an empty tree that owns pools for entries, records and values. */
   explicit basic_btree(value_blocks values) noexcept : basic_btree(true, true, true) {
     detail::set_block_size(c()->value_pool, values.size);
   }
 
-  /** With external pools. */
+  /** Constructs an empty tree with external pools, which must outlive it. */
   basic_btree(mub_pool *entries, mub_pool *nodes, mub_pool *values = nullptr) noexcept
       : basic_btree(false, false, false) {
     c()->entry_pool = entries;
@@ -194,7 +203,7 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
     c()->value_pool = values;
   }
 
-  /** A copy, made by mub_btree_clone() without user pools; empty if memory ran out. */
+  /** Returns a copy, made by mub_btree_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] basic_btree clone(mub_clone_fn adjust = nullptr) const {
     basic_btree copy(c()->owns_entry_pool != 0, c()->owns_node_pool != 0, c()->owns_value_pool != 0);
     detail::copy_setting(c(), copy.c(), Traits::setting);
@@ -202,35 +211,51 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
     return copy;
   }
 
-  /** The record of a key or one near it; end() in an empty tree. See mub_btree_node_bfind(). */
+  /**
+   * Returns an iterator to the record of a key or one near it; end() in an empty tree. See
+   * mub_btree_node_bfind().
+   */
+  ///@{
   iterator nearest(key_type key) { return iterator_to(Traits::call(Traits::nearest, c(), key)); }
   const_iterator nearest(key_type key) const {
     return const_iterator::at(c(), Traits::call(Traits::nearest, c(), key));
   }
+  ///@}
 
-  /** The first record whose key is not less than a key; end() if there is none. */
+  /** Returns an iterator to the first record whose key is not less than a key; end() if there is none. */
+  ///@{
   iterator lower_bound(key_type key) { return iterator::from(c(), key); }
   const_iterator lower_bound(key_type key) const { return const_iterator::from(c(), key); }
+  ///@}
 
-  /** An iterator at a record of this tree; end() for nullptr. */
+  /** Returns an iterator to a record, which must belong to this tree; end() for nullptr. */
   iterator iterator_to(entry_type *node) { return iterator::at(c(), node); }
 
-  /** A walk over all records in key order; see mub_btree_cursor_first() and mub_btree_cursor_next(). */
+  /** Iterators over all records in key order; see mub_btree_cursor_first() and mub_btree_cursor_next(). */
+  ///@{
   iterator begin() { return iterator::first(c()); }
   const_iterator begin() const { return const_iterator::first(c()); }
   iterator end() noexcept { return iterator(c()); }
   const_iterator end() const noexcept { return const_iterator(c()); }
+  ///@}
 
-  /** A walk over all records, from the greatest key down. */
+  /** Iterators over all records, from the greatest key down. */
+  ///@{
   reverse_iterator rbegin() { return reverse_iterator(end()); }
   const_reverse_iterator rbegin() const { return const_reverse_iterator(end()); }
   reverse_iterator rend() { return reverse_iterator(begin()); }
   const_reverse_iterator rend() const { return const_reverse_iterator(begin()); }
+  ///@}
 };
 
+/** An ordered map with byte-string keys; see mub_btree. */
 using btree = basic_btree<detail::btree_traits>;
+/** An ordered map with 32-bit keys; see mub_btreed. */
 using btreed = basic_btree<detail::btreed_traits>;
+/** An ordered map with 64-bit keys; see mub_btreex. */
 using btreex = basic_btree<detail::btreex_traits>;
+
+/** @} */
 
 }  // namespace v1
 }  // namespace mub

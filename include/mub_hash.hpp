@@ -1,7 +1,12 @@
-/* mub_hash.hpp: mub::hash, mub::hashd, mub::hashx and mub::hasht, the hash tables of mub_hash.h.
+/**
+ * @defgroup hash_hpp mub_hash.hpp: hash tables
+ * @ingroup cpp
  *
- *   mub::hash    keys std::string_view      mub::hashx   keys std::uint64_t
- *   mub::hashd   keys std::uint32_t         mub::hasht   keys std::array<std::uint32_t, 4> */
+ * The hash tables of mub_hash.h.
+ *
+ *     mub::hash    keys std::string_view      mub::hashx   keys std::uint64_t
+ *     mub::hashd   keys std::uint32_t         mub::hasht   keys std::array<std::uint32_t, 4>
+ */
 #ifndef MUB_HASH_HPP
 #define MUB_HASH_HPP
 
@@ -112,7 +117,7 @@ struct hasht_traits {
     return {entry->key[0], entry->key[1], entry->key[2], entry->key[3]};
   }
 
-  // There is no C function for this walk: it goes over the chains in the order of the other tables'.
+  // There is no C function for this iteration; the order is that of the other tables.
   static entry *entry_first(const record *table, std::int64_t *bucket) noexcept {
     *bucket = 0;
     return first_from(table, bucket);
@@ -146,7 +151,7 @@ struct hash_life {
   }
 };
 
-// Goes bucket by bucket; the end iterator has no entry.
+// Iterates bucket by bucket; the end iterator has no entry.
 template <class Traits, class Value>
 class hash_iterator : public walker<hash_iterator<Traits, Value>, item<typename Traits::key_type, Value>,
                                     std::forward_iterator_tag> {
@@ -170,9 +175,13 @@ class hash_iterator : public walker<hash_iterator<Traits, Value>, item<typename 
 
 }  // namespace detail
 
+/** @addtogroup hash_hpp
+ * @{ */
+
 /**
- * A hash table; see mub_hash. An iterator may or may not visit entries that are inserted after it was made;
- * removing its entry invalidates it.
+ * A hash table, which owns its buckets, its keys and the pools that it created, but not what its values refer
+ * to; see mub_hash. An iterator may or may not visit entries that are inserted after its creation; removing
+ * its entry invalidates it.
  */
 template <class Traits>
 class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Traits>, Traits> {
@@ -184,25 +193,25 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
   using base::c;
   using typename base::key_type;
 
-  /** With an entry pool of its own. */
+  /** Constructs an empty table that owns an entry pool. */
   basic_hash() noexcept : basic_hash(true, false) {}
 
-  /** With the pools of its own that the flags ask for; see mub_hash_init(). */
+  /** Constructs an empty table that owns the pools that the flags select; see mub_hash_init(). */
   basic_hash(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
-  /** With an entry pool and a value pool of its own. */
+  /** Constructs an empty table that owns an entry pool and a value pool. */
   explicit basic_hash(value_blocks values) noexcept : basic_hash(true, true) {
     detail::set_block_size(c()->value_pool, values.size);
   }
 
-  /** With external pools. */
+  /** Constructs an empty table with external pools, which must outlive it. */
   explicit basic_hash(mub_pool *entries, mub_pool *values = nullptr) noexcept : basic_hash(false, false) {
     c()->entry_pool = entries;
     c()->value_pool = values;
   }
 
-  /** A copy, made by mub_hash_clone() without user pools; empty if memory ran out. */
+  /** Returns a copy, made by mub_hash_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] basic_hash clone(mub_clone_fn adjust = nullptr) const {
     basic_hash copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
     detail::copy_setting(c(), copy.c(), Traits::setting);
@@ -210,22 +219,33 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
     return copy;
   }
 
-  /** Removes a key and releases its value; see mub_hash_free(). Returns whether the key was present. */
+  /**
+   * Removes a key and passes its value to `release`; returns whether the key was present. See
+   * mub_hash_free().
+   */
   bool free(key_type key, mub_free_fn release) {
     return Traits::call(Traits::free, c(), key, release) != nullptr;
   }
 
-  /** A walk over all entries; see mub_hash_entry_first(). */
+  /** Iterators over all entries; see mub_hash_entry_first() for their order. */
+  ///@{
   iterator begin() { return iterator(c()); }
   const_iterator begin() const { return const_iterator(c()); }
   iterator end() noexcept { return {}; }
   const_iterator end() const noexcept { return {}; }
+  ///@}
 };
 
+/** A hash table with byte-string keys; see mub_hash. */
 using hash = basic_hash<detail::hash_traits>;
+/** A hash table with 32-bit integer keys; see mub_hashd. */
 using hashd = basic_hash<detail::hashd_traits>;
+/** A hash table with 64-bit integer keys; see mub_hashx. */
 using hashx = basic_hash<detail::hashx_traits>;
+/** A hash table with 16-byte keys; see mub_hasht. */
 using hasht = basic_hash<detail::hasht_traits>;
+
+/** @} */
 
 }  // namespace v1
 }  // namespace mub

@@ -1,11 +1,16 @@
-/* mub_list.hpp: mub::list, mub::lists and mub::listx, the linked lists of mub_list.h.
+/**
+ * @defgroup list_hpp mub_list.hpp: linked lists
+ * @ingroup cpp
  *
- *   mub::list    for (auto [key, value] : list)      values with std::string_view keys
- *   mub::lists   for (std::uint64_t &value : list)   bare values
- *   mub::listx   for (std::uint64_t &value : list)   bare values, up to 32 in a block: no positions
+ * The linked lists of mub_list.h.
  *
- * A position is the address of an entry, as in C. With nullptr, insert_before() adds at the head,
- * insert_after() at the tail, and remove_at() does nothing. */
+ *     mub::list    for (auto [key, value] : list)      values with std::string_view keys
+ *     mub::lists   for (std::uint64_t &value : list)   bare values
+ *     mub::listx   for (std::uint64_t &value : list)   bare values, up to 32 in a block: no positions
+ *
+ * A position is the address of an entry, as in C; that it belongs to the list is not checked. With nullptr,
+ * insert_before() adds at the head, insert_after() adds at the tail, and remove_at() does nothing.
+ */
 #ifndef MUB_LIST_HPP
 #define MUB_LIST_HPP
 
@@ -16,7 +21,7 @@ namespace mub {
 inline namespace v1 {
 namespace detail {
 
-// A position in a walk over single entries; that of a listx also has an index within the block.
+// Iterates over single entries; the iterator of a listx also has an index within the block.
 template <class Traits, class Value>
 class list_iterator : public walker<list_iterator<Traits, Value>, typename Traits::template reference<Value>,
                                     std::bidirectional_iterator_tag> {
@@ -34,7 +39,7 @@ class list_iterator : public walker<list_iterator<Traits, Value>, typename Trait
   void step_back() noexcept { entry_ = entry_ == nullptr ? list_->tail : entry_->prev; }
   const void *place() const noexcept { return entry_; }
 
-  /** The entry of the iterator; nullptr at the end. */
+  /** Returns the entry of the iterator; nullptr at the end. */
   entry_type *position() const noexcept { return entry_; }
 
  private:
@@ -140,7 +145,7 @@ struct list_life {
   static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
 };
 
-/** What the lists have in common. */
+/** The members that all lists have in common. */
 template <class Derived, class Traits>
 class linked : public owner<Derived, list_life<Traits>> {
   using base = owner<Derived, list_life<Traits>>;
@@ -152,55 +157,61 @@ class linked : public owner<Derived, list_life<Traits>> {
   using const_reverse_iterator = std::reverse_iterator<const_iterator>;
   using base::c;
 
-  /** With an entry pool of its own. */
+  /** Constructs an empty list that owns an entry pool. */
   linked() noexcept : linked(true, false) {}
 
-  /** With pools of its own, or without; see mub_list_init(). */
+  /** Constructs an empty list that owns the pools that the flags select; see mub_list_init(). */
   linked(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
-  /** With an entry pool and a value pool of its own. */
+  /** Constructs an empty list that owns an entry pool and a value pool. */
   explicit linked(value_blocks values) noexcept : linked(true, true) {
     set_block_size(c()->value_pool, values.size);
   }
 
-  /** With external pools. */
+  /** Constructs an empty list with external pools, which must outlive it. */
   explicit linked(mub_pool *entries, mub_pool *values = nullptr) noexcept : linked(false, false) {
     c()->entry_pool = entries;
     c()->value_pool = values;
   }
 
-  /** The number of values, and whether there are none. */
+  /** Returns the number of values. */
   std::int64_t size() const noexcept { return c()->count; }
+  /** Checks whether the list is empty. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
-  /**
-   * Remove the first or the last value and return it; 0 if there is none. See mub_list_remove_head() and
-   * mub_list_remove_tail().
-   */
+  /** Removes the first value and returns it, not released; 0 if there is none. See mub_list_remove_head(). */
   std::uint64_t pop_front() { return Traits::remove_head(c()); }
+  /** Removes the last value and returns it, not released; 0 if there is none. See mub_list_remove_tail(). */
   std::uint64_t pop_back() { return Traits::remove_tail(c()); }
 
-  /** Removes all values, which are not visited; see mub_list_remove_all(). */
+  /** Removes all values, which are not released. Invalidates all iterators. See mub_list_remove_all(). */
   void clear() { Traits::remove_all(c()); }
 
-  /** Releases every value that is not 0, then removes all; see mub_list_free_all(). */
+  /**
+   * Calls `release` with every value that is not 0, then removes all. Invalidates all iterators. See
+   * mub_list_free_all().
+   */
   void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
 
-  /** A walk from the head. An iterator is valid until its entry is removed. */
+  /** Iterators from the head. An iterator of list or lists is valid until its entry is removed. */
+  ///@{
   iterator begin() noexcept { return iterator(c(), c()->head); }
   const_iterator begin() const noexcept { return const_iterator(c(), c()->head); }
   iterator end() noexcept { return iterator(c(), nullptr); }
   const_iterator end() const noexcept { return const_iterator(c(), nullptr); }
+  ///@}
 
-  /** A walk from the tail. */
+  /** Iterators from the tail. */
+  ///@{
   reverse_iterator rbegin() noexcept { return reverse_iterator(end()); }
   const_reverse_iterator rbegin() const noexcept { return const_reverse_iterator(end()); }
   reverse_iterator rend() noexcept { return reverse_iterator(begin()); }
   const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
+  ///@}
 };
 
-/** The lists whose entries are positions. */
+/** The members that list and lists have in common: their entries are positions. */
 template <class Derived, class Traits>
 class positioned : public linked<Derived, Traits> {
  public:
@@ -208,24 +219,30 @@ class positioned : public linked<Derived, Traits> {
   using linked<Derived, Traits>::linked;
   using linked<Derived, Traits>::c;
 
-  /** A copy, made by mub_list_clone() without user pools; empty if memory ran out. */
+  /** Returns a copy, made by mub_list_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] Derived clone(mub_clone_fn adjust = nullptr) const {
     Derived copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
     clone_to<Traits>(copy.c(), c(), adjust);
     return copy;
   }
 
-  /** Removes the entry at a position and returns its value; see mub_list_remove_at(). */
+  /**
+   * Removes the entry at a position and returns its value, which is not released; see mub_list_remove_at().
+   */
   std::uint64_t remove_at(entry_type *position) { return Traits::remove_at(c(), position); }
 
   /**
-   * Add copies of all entries of a list, which may be this one, all or none; see mub_list_add_head_list() and
-   * mub_list_add_tail_list().
+   * Adds copies of all entries of a list, which may be this one, at the head; none if memory runs out. See
+   * mub_list_add_head_list().
    */
   void prepend(const Derived &source) { Traits::add_head_list(c(), source.c()); }
+  /**
+   * Adds copies of all entries of a list, which may be this one, at the tail; none if memory runs out. See
+   * mub_list_add_tail_list().
+   */
   void append(const Derived &source) { Traits::add_tail_list(c(), source.c()); }
 
-  /** A walk from an entry of this list; the end for nullptr. */
+  /** Returns an iterator to an entry, which must belong to this list; end() for nullptr. */
   typename positioned::iterator iterator_to(entry_type *entry) noexcept {
     return typename positioned::iterator(c(), entry);
   }
@@ -233,65 +250,94 @@ class positioned : public linked<Derived, Traits> {
 
 }  // namespace detail
 
-/** Values with byte-string keys; see mub_list. Additions return the entry; nullptr if they were refused. */
+/** @addtogroup list_hpp
+ * @{ */
+
+/**
+ * A linked list of values with byte-string keys, which owns its keys and the pools that it created; see
+ * mub_list. Additions return the new entry; nullptr if memory ran out or the keys would exceed 2^32 - 1
+ * bytes.
+ */
 class list : public detail::positioned<list, detail::list_traits> {
  public:
   using positioned::positioned;
 
-  /** Add an entry at the head or the tail; see mub_list_add_head() and mub_list_add_tail(). */
+  /**
+   * Adds an entry at the head (front) or the tail (back); see mub_list_add_head() and mub_list_add_tail().
+   */
+  ///@{
   [[nodiscard]] entry_type *push_front(std::string_view key, std::uint64_t value) {
     return mub_list_add_head(c(), key.data(), length(key), value);
   }
   [[nodiscard]] entry_type *push_back(std::string_view key, std::uint64_t value) {
     return mub_list_add_tail(c(), key.data(), length(key), value);
   }
+  ///@}
 
-  /** Add an entry beside another; see mub_list_insert_before() and mub_list_insert_after(). */
+  /** Inserts an entry before or after another; see mub_list_insert_before() and mub_list_insert_after(). */
+  ///@{
   [[nodiscard]] entry_type *insert_before(entry_type *position, std::string_view key, std::uint64_t value) {
     return mub_list_insert_before(c(), position, key.data(), length(key), value);
   }
   [[nodiscard]] entry_type *insert_after(entry_type *position, std::string_view key, std::uint64_t value) {
     return mub_list_insert_after(c(), position, key.data(), length(key), value);
   }
+  ///@}
 
-  /** The first entry with a key; nullptr if there is none. See mub_list_find(). */
+  /** Returns the first entry with a key; nullptr if there is none. See mub_list_find(). */
+  ///@{
   entry_type *find(std::string_view key) { return mub_list_find(c(), key.data(), length(key)); }
   const entry_type *find(std::string_view key) const { return mub_list_find(c(), key.data(), length(key)); }
+  ///@}
 
  private:
   static std::int64_t length(std::string_view key) noexcept { return static_cast<std::int64_t>(key.size()); }
 };
 
-/** Bare values; see mub_lists. Additions return the entry; nullptr if memory ran out. */
+/**
+ * A linked list of bare values, which owns the pools that it created; see mub_lists. Additions return the new
+ * entry; nullptr if memory ran out.
+ */
 class lists : public detail::positioned<lists, detail::lists_traits> {
  public:
   using positioned::positioned;
 
-  /** Add a value at the head or the tail; see mub_lists_add_head() and mub_lists_add_tail(). */
+  /**
+   * Adds a value at the head (front) or the tail (back); see mub_lists_add_head() and mub_lists_add_tail().
+   */
+  ///@{
   [[nodiscard]] entry_type *push_front(std::uint64_t value) { return mub_lists_add_head(c(), value); }
   [[nodiscard]] entry_type *push_back(std::uint64_t value) { return mub_lists_add_tail(c(), value); }
+  ///@}
 
-  /** Add a value beside another; see mub_lists_insert_before() and mub_lists_insert_after(). */
+  /** Inserts a value before or after an entry; see mub_lists_insert_before() and mub_lists_insert_after(). */
+  ///@{
   [[nodiscard]] entry_type *insert_before(entry_type *position, std::uint64_t value) {
     return mub_lists_insert_before(c(), position, value);
   }
   [[nodiscard]] entry_type *insert_after(entry_type *position, std::uint64_t value) {
     return mub_lists_insert_after(c(), position, value);
   }
+  ///@}
 
-  /** The first entry with a value; nullptr if there is none. See mub_lists_find_at(). */
+  /** Returns the first entry with a value; nullptr if there is none. See mub_lists_find_at(). */
+  ///@{
   entry_type *find(std::uint64_t value) { return mub_lists_find_at(c(), value); }
   const entry_type *find(std::uint64_t value) const { return mub_lists_find_at(c(), value); }
+  ///@}
 };
 
-/** Bare values in blocks; see mub_listx. Every addition and removal invalidates iterators. */
+/**
+ * A linked list of blocks of bare values, which owns the pools that it created; see mub_listx. Every addition
+ * and removal invalidates all iterators.
+ */
 class listx : public detail::linked<listx, detail::listx_traits> {
  public:
   using linked::linked;
 
   /**
-   * A copy of the values as words, with an entry pool of its own, or sharing an external one; empty if memory
-   * ran out.
+   * Returns a copy of the values as words, which owns an entry pool or shares an external one; empty if
+   * memory ran out.
    */
   [[nodiscard]] listx clone() const {
     listx copy(c()->owns_entry_pool != 0, false);
@@ -305,12 +351,16 @@ class listx : public detail::linked<listx, detail::listx_traits> {
   }
 
   /**
-   * Add a value at the head or the tail; false if memory ran out. See mub_listx_add_head() and
-   * mub_listx_add_tail().
+   * Adds a value at the head (front) or the tail (back); false if memory ran out. See mub_listx_add_head()
+   * and mub_listx_add_tail().
    */
+  ///@{
   [[nodiscard]] bool push_front(std::uint64_t value) { return mub_listx_add_head(c(), value) != nullptr; }
   [[nodiscard]] bool push_back(std::uint64_t value) { return mub_listx_add_tail(c(), value) != nullptr; }
+  ///@}
 };
+
+/** @} */
 
 }  // namespace v1
 }  // namespace mub

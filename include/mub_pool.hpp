@@ -1,8 +1,13 @@
-/* mub_pool.hpp: mub::pool, the block pool of mub_pool.h.
+/**
+ * @defgroup pool_hpp mub_pool.hpp: the block pool
+ * @ingroup cpp
  *
- *   mub::pool nodes(sizeof(node));
- *   auto *n = static_cast<node *>(nodes.allocate());     zero-filled if fresh; no constructor runs
- *   for (void *block : nodes.blocks()) … */
+ * The block pool of mub_pool.h.
+ *
+ *     mub::pool nodes(sizeof(node));
+ *     auto *n = static_cast<node *>(nodes.allocate());    zero-filled if fresh; no constructor is called
+ *     for (void *block : nodes.blocks()) …
+ */
 #ifndef MUB_POOL_HPP
 #define MUB_POOL_HPP
 
@@ -23,12 +28,17 @@ struct pool_life {
 
 }  // namespace detail
 
+/** @addtogroup pool_hpp
+ * @{ */
+
 /**
- * A walk over the live blocks of a pool, which must not change until it ends. Made by pool::blocks(). An
- * object holds one walk, which begin() restarts: older iterators of the object are then invalid.
+ * The range of the live blocks of a pool, created by pool::blocks(). The pool must not change while the range
+ * is in use, which is not checked. A range has a single iteration, which begin() restarts: older iterators of
+ * the range are then invalid.
  */
 class live_blocks {
  public:
+  /** An input iterator, which yields the address of a block. */
   class iterator : public detail::walker<iterator, void *, std::input_iterator_tag> {
    public:
     iterator() = default;
@@ -42,54 +52,74 @@ class live_blocks {
     void *block_ = nullptr;
   };
 
+  /** Creates an iterator over a pool; the range is empty if memory ran out. */
+  ///@{
   explicit live_blocks(mub_pool *pool) noexcept : walk_(mub_pool_iter_new(pool)) {}
   live_blocks(const live_blocks &) = delete;
   live_blocks &operator=(const live_blocks &) = delete;
   ~live_blocks() { mub_pool_iter_free(walk_); }
+  ///@}
 
-  /** The first block; chunk by chunk, in ascending order within each. */
+  /** Starts or restarts the iteration: chunk by chunk, in ascending order within each. */
+  ///@{
   iterator begin() const { return iterator(walk_); }
   iterator end() const noexcept { return {}; }
+  ///@}
 
  private:
   mub_pool_iter *walk_;
 };
 
-/** Blocks of one size; see mub_pool. The destructor releases them all. */
+/**
+ * An allocator of blocks of one size; see mub_pool. It owns all blocks, which the destructor releases without
+ * calling destructors of objects in them.
+ */
 class pool : public detail::owner<pool, detail::pool_life> {
  public:
-  /** With blocks of `block_size` bytes; a pool of size 0 gives no blocks. */
+  /** Constructs a pool of blocks of `block_size` bytes; with 0, no block can be allocated. */
   explicit pool(std::int64_t block_size = 0) noexcept : owner(std::in_place) { c()->block_size = block_size; }
 
   /**
-   * A copy, byte for byte, its blocks in the same places of its chunks; empty if memory ran out. See
-   * mub_pool_clone(): addresses in the blocks still point into the source.
+   * Returns a copy, byte for byte, whose blocks have the same positions in its chunks; empty if memory ran
+   * out. Addresses in the blocks still point into the source. See mub_pool_clone().
    */
   [[nodiscard]] pool clone() const {
     pool copy(c()->block_size);
     mub_pool_chunk *map = mub_pool_map(c());
-    // Without the map the free blocks of the copy would be lost.
+    // Without the map the free blocks of the copy would not be reused.
     if (map != nullptr) mub_pool_clone(c(), map, copy.c());
     mub_pool_umap(map);
     return copy;
   }
 
-  /** Takes a block; nullptr if the block size is 0 or memory ran out. See mub_pool_new(). */
+  /**
+   * Takes a block, which is not constructed; nullptr if the block size is 0 or memory ran out. See
+   * mub_pool_new().
+   */
   [[nodiscard]] void *allocate() { return mub_pool_new(c()); }
 
-  /** Returns a block to this pool; see mub_pool_free(). */
+  /**
+   * Returns a block; that it belongs to this pool and is returned only once is not checked. See
+   * mub_pool_free().
+   */
   void deallocate(void *block) { mub_pool_free(c(), block); }
 
-  /** The number of live blocks, and whether there are none. */
+  /** Returns the number of live blocks. */
   std::int64_t size() const noexcept { return c()->live_count; }
+  /** Checks whether there are no live blocks. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
-  /** Releases all blocks; the block size stays. See mub_pool_empty(). */
+  /**
+   * Releases all blocks, which invalidates their addresses; the block size is unchanged. See
+   * mub_pool_empty().
+   */
   void clear() { mub_pool_empty(c()); }
 
-  /** A walk over the live blocks; over none if memory ran out. See mub_pool_iter_new(). */
+  /** Returns the range of the live blocks; empty if memory ran out. See mub_pool_iter_new(). */
   [[nodiscard]] live_blocks blocks() { return live_blocks(c()); }
 };
+
+/** @} */
 
 }  // namespace v1
 }  // namespace mub

@@ -1,13 +1,18 @@
-/* mub_text.hpp: mub::string, mub::wchar and mub::stream, the growable buffers of mub_string.h, mub_wchar.h
- * and mub_stream.h, and mub::stringx, the view of mub_string.h.
+/**
+ * @defgroup text_hpp mub_text.hpp: strings and streams
+ * @ingroup cpp
  *
- *   mub::string    chars, NUL after them             mub::stream    bytes, with a cursor for fields
- *   mub::wchar     16-bit units, 0 after them        mub::stringx   a span of a text that is owned elsewhere
+ * mub::string, mub::wchar and mub::stream own the growable buffers of mub_string.h, mub_wchar.h and
+ * mub_stream.h; mub::stringx is the view of mub_string.h.
  *
- * Texts are given as std::string_view, wide ones as std::u16string_view, and may lie in the buffer itself.
- * Members that return nothing leave the buffer as it was if memory runs out: call reserve() first, or compare
- * size(). Whatever makes a buffer grow invalidates views and iterators. For printing, use the C functions,
- * whose formats the compiler checks: mub_string_format(s.c(), "%d", n). */
+ *     mub::string    chars, NUL-terminated        mub::stream     bytes, with a cursor for fields
+ *     mub::wchar     16-bit units, terminated     mub::stringx    a non-owning view of a span of text
+ *
+ * Texts are passed as std::string_view, wide ones as std::u16string_view, and may lie in the buffer itself.
+ * Members that return nothing leave the buffer unchanged if memory runs out: call reserve() first, or compare
+ * size(). Every member that enlarges a buffer invalidates views, iterators and pointers into it. To format
+ * text, use the C functions, whose formats the compiler checks: `mub_string_format(s.c(), "%d", n)`.
+ */
 #ifndef MUB_TEXT_HPP
 #define MUB_TEXT_HPP
 
@@ -20,9 +25,8 @@ namespace mub {
 inline namespace v1 {
 namespace detail {
 
-// `view` is the type of texts that members take and return, `stored` the type in the record, and `unit` the
-// one that members use: wide units as char16_t alone, because memory may not be used as two types of integers
-// at once.
+// `view` is the type of texts that members take and return, `stored` the type of units in the record, and
+// `unit` that of members: wide units are accessed as char16_t only, because of the aliasing rules.
 struct string_traits {
   using record = mub_string;
   using stored = char;
@@ -104,7 +108,7 @@ struct buffer_life {
   static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
 };
 
-/** What the buffers have in common; sizes and positions count units. */
+/** The members that strings and streams have in common; sizes and positions are in units. */
 template <class Derived, class Traits>
 class buffer : public owner<Derived, buffer_life<Traits>> {
   using base = owner<Derived, buffer_life<Traits>>;
@@ -116,51 +120,59 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
   using const_iterator = const unit_type *;
   using base::c;
 
-  /** Makes an empty one. */
+  /** Constructs an empty buffer; nothing is allocated. */
   buffer() noexcept : base(std::in_place) {}
 
-  /** A copy of a text; empty if memory ran out. */
+  /** Constructs a buffer with a copy of a text; it is empty if memory ran out. */
   explicit buffer(view_type text) : buffer() { Traits::copy(c(), units(text), length(text)); }
 
-  /** A copy, with the same capacity or more; see mub_string_clone(). */
+  /** Returns a copy with at least the same capacity; empty if memory ran out. See mub_string_clone(). */
   [[nodiscard]] Derived clone() const {
     Derived copy;
     Traits::clone(c(), copy.c());
     return copy;
   }
 
-  /** The number of units of content, whether there are none, and how many fit. */
+  /** Returns the number of units of content. */
   std::int64_t size() const noexcept { return c()->length; }
+  /** Checks whether there is no content. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+  /** Returns the number of units that fit without another allocation. */
   std::int64_t capacity() const noexcept { return c()->capacity; }
 
-  /** The content; nullptr while nothing was ever stored. */
+  /** Returns the content, valid until the buffer grows; nullptr while nothing is allocated. */
+  ///@{
   unit_type *data() noexcept { return reinterpret_cast<unit_type *>(c()->data); }
   const unit_type *data() const noexcept { return reinterpret_cast<const unit_type *>(c()->data); }
+  ///@}
 
-  /** The content, until the buffer grows. */
+  /** Returns a view of the content, valid until the buffer grows or is released. */
+  ///@{
   view_type view() const noexcept {
     return {reinterpret_cast<typename view_type::const_pointer>(c()->data),
             static_cast<std::size_t>(c()->length)};
   }
   operator view_type() const noexcept { return view(); }
+  ///@}
 
-  /** The units of the content. */
+  /** Iterators over the units of the content, valid until the buffer grows. */
+  ///@{
   iterator begin() noexcept { return data(); }
   const_iterator begin() const noexcept { return data(); }
   iterator end() noexcept { return data() + size(); }
   const_iterator end() const noexcept { return data() + size(); }
+  ///@}
 
   /** Makes room for `capacity` units of content; false if memory ran out. See mub_string_expand(). */
   [[nodiscard]] bool reserve(std::int64_t capacity) { return Traits::expand(c(), capacity) != 0; }
 
-  /** Sets the length, which may also rise up to the capacity; see mub_string_shrink(). */
+  /** Sets the length, which can also be increased up to the capacity; see mub_string_shrink(). */
   void shrink(std::int64_t length) { Traits::shrink(c(), length); }
 
-  /** Sets the length to 0. */
+  /** Sets the length to 0; the capacity is unchanged. */
   void clear() { Traits::shrink(c(), 0); }
 
-  /** Appends a text to the content; see mub_string_append(). */
+  /** Appends a text to the content, which is unchanged if memory runs out; see mub_string_append(). */
   void append(view_type text) { Traits::append(c(), units(text), length(text)); }
 
   /**
@@ -172,7 +184,7 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
   }
 
   /**
-   * Replaces `count` units at a position by a text; false if nothing changed. See mub_string_update(),
+   * Replaces `count` units at a position with a text; false if nothing changed. See mub_string_update(),
    * mub_wchar_update() or mub_stream_update().
    */
   [[nodiscard]] bool update(std::int64_t position, std::int64_t count, view_type text) {
@@ -184,14 +196,16 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
    */
   void erase(std::int64_t position, std::int64_t count) { Traits::erase(c(), position, count); }
 
-  /** Keep a part of the content; see mub_string_left(), mub_string_mid() and mub_string_right(). */
+  /** Keeps the first `count` units; see mub_string_left(). */
   void left(std::int64_t count) { Traits::left(c(), count); }
+  /** Keeps `count` units from `start` on; see mub_string_mid(). */
   void mid(std::int64_t start, std::int64_t count) { Traits::mid(c(), start, count); }
+  /** Keeps the last `count` units; see mub_string_right(). */
   void right(std::int64_t count) { Traits::right(c(), count); }
 
   /**
-   * The index of the first occurrence of a unit at or after `start`; -1 if there is none. 0 is never found.
-   * See mub_string_find_char_pos().
+   * Returns the index of the first occurrence of a unit at or after `start`; -1 if there is none. The unit 0
+   * is never found. See mub_string_find_char_pos().
    */
   std::int64_t find(unit_type unit, std::int64_t start = 0) const {
     return Traits::find_unit(c(), unit, start);
@@ -206,42 +220,50 @@ class buffer : public owner<Derived, buffer_life<Traits>> {
 
 }  // namespace detail
 
-/** A growable string of bytes; see mub_string. */
+/** @addtogroup text_hpp
+ * @{ */
+
+/** A growable string of bytes, which owns its buffer; see mub_string. */
 class string : public detail::buffer<string, detail::string_traits> {
  public:
   using buffer::buffer;
   using buffer::find;
 
-  /** The content with a NUL after it; never nullptr. */
+  /** Returns the NUL-terminated content, valid until the buffer grows; never nullptr. */
   const char *c_str() const noexcept { return c()->data != nullptr ? c()->data : ""; }
 
   /**
-   * Makes a text the whole content. Returns false, and nothing changes, if memory ran out; see
+   * Replaces the content with a text. Returns false, and nothing changes, if memory ran out; see
    * mub_string_copy().
    */
   [[nodiscard]] bool assign(std::string_view text) {
     return mub_string_copy(c(), text.data(), length(text)) != 0;
   }
 
-  /**
-   * Append a character or a printed number to the content; see mub_string_append_char(),
-   * mub_string_append_integer() and mub_string_append_double().
-   */
+  /** Appends a character; see mub_string_append_char(). */
   void append_char(char character) { mub_string_append_char(c(), character); }
+  /** Appends a number in decimal; see mub_string_append_integer(). */
   void append_integer(std::int64_t value) { mub_string_append_integer(c(), value); }
+  /** Appends a number as printf's `%%f` formats it; see mub_string_append_double(). */
   void append_double(double value) { mub_string_append_double(c(), value); }
 
-  /** The number that the content begins with; see mub_string_get_long() and mub_string_get_double(). */
+  /**
+   * Returns the integer that the content begins with, `otherwise` if it is empty; see mub_string_get_long().
+   */
   std::int64_t get_integer(std::int64_t otherwise = 0) const { return mub_string_get_long(c(), otherwise); }
+  /**
+   * Returns the number that the content begins with, `otherwise` if it is empty; see mub_string_get_double().
+   */
   double get_double(double otherwise = 0) const { return mub_string_get_double(c(), otherwise); }
 
-  /** Order the content against a text; see mub_string_compare() and mub_string_icompare(). */
+  /** Compares the content with a text; see mub_string_compare(). */
   int compare(std::string_view text) const { return mub_string_compare(c(), text.data(), length(text)); }
+  /** Compares the content with a text without regard to case; see mub_string_icompare(). */
   int icompare(std::string_view text) const { return mub_string_icompare(c(), text.data(), length(text)); }
 
   /**
-   * The index of the first occurrence of a text at or after `start`; -1 if there is none. An empty text is found
-   * at `start`, if that is 0 to size(). See mub_string_find_pos().
+   * Returns the index of the first occurrence of a text at or after `start`; -1 if there is none. An empty
+   * text is found at `start`, if that is 0 to size(). See mub_string_find_pos().
    */
   std::int64_t find(std::string_view text, std::int64_t start = 0) const {
     if (text.empty()) return detail::find_empty(start, size());
@@ -249,65 +271,69 @@ class string : public detail::buffer<string, detail::string_traits> {
   }
 
   /**
-   * Removes white space at both ends, and NULs at the end. Returns whether there were any; see
+   * Removes white space at both ends, and NULs at the end. Returns whether anything was removed; see
    * mub_string_trim().
    */
   bool trim() { return mub_string_trim(c()) != 0; }
 
-  /** Change the case of every byte; see mub_string_make_lower() and mub_string_make_upper(). */
+  /** Converts every byte to lower case; see mub_string_make_lower(). */
   void make_lower() { mub_string_make_lower(c()); }
+  /** Converts every byte to upper case; see mub_string_make_upper(). */
   void make_upper() { mub_string_make_upper(c()); }
 
   /**
-   * Replaces every occurrence of a NUL-terminated text. Returns how many there were; see
-   * mub_string_replace().
+   * Replaces every occurrence of a NUL-terminated text with another, and returns the number of replacements.
+   * Invalidates views and iterators in any case. See mub_string_replace().
    */
   std::int64_t replace(const char *from, const char *to) { return mub_string_replace(c(), from, to); }
 };
 
-/** A growable string of 16-bit units; see mub_wchar. */
+/** A growable string of 16-bit units, which owns its buffer; see mub_wchar. */
 class wchar : public detail::buffer<wchar, detail::wchar_traits> {
  public:
   using buffer::buffer;
 
-  /** Makes a text the whole content; see mub_wchar_copy(). */
+  /** Replaces the content with a text; it is unchanged if memory runs out. See mub_wchar_copy(). */
   void assign(std::u16string_view text) { mub_wchar_copy(c(), units(text), length(text)); }
 
-  /**
-   * Appends a wide text, or a narrow one, widened, to the content; see mub_wchar_append() and
-   * mub_wchar_append_str().
-   */
   using buffer::append;
+  /** Appends a narrow text, whose bytes are widened as signed chars; see mub_wchar_append_str(). */
   void append(std::string_view narrow) {
     mub_wchar_append_str(c(), narrow.data(), static_cast<std::int64_t>(narrow.size()));
   }
+  /** Appends a number in decimal; see mub_wchar_append_integer(). */
   void append_integer(std::int64_t value) { mub_wchar_append_integer(c(), value); }
 
-  /** Order the content against a text; see mub_wchar_compare() and mub_wchar_icompare(). */
+  /** Compares the content with a text; see mub_wchar_compare(). */
   int compare(std::u16string_view text) const { return mub_wchar_compare(c(), units(text), length(text)); }
+  /** Compares the content with a text without regard to case; see mub_wchar_icompare(). */
   int icompare(std::u16string_view text) const { return mub_wchar_icompare(c(), units(text), length(text)); }
 
   /**
-   * Removes white space at both ends, and units of 0 at the end. Returns whether there were any; see
+   * Removes white space at both ends, and units of 0 at the end. Returns whether anything was removed; see
    * mub_wchar_trim().
    */
   bool trim() { return mub_wchar_trim(c()) != 0; }
 };
 
 /**
- * A growable byte buffer; see mub_stream. Fields are read and written at a position that you keep and that
- * moves on. They are little-endian, and writing never grows the stream: resize it first.
+ * A growable byte buffer, which owns its block; see mub_stream. Fields are little-endian. They are read and
+ * written at a position that the caller keeps and that advances past the field, even if the field does not
+ * lie wholly inside the content: then it is read as 0 and not written. Writing a field never enlarges the
+ * stream: resize() it first.
  */
 class stream : public detail::buffer<stream, detail::stream_traits> {
  public:
   using buffer::buffer;
 
-  /** Makes bytes the whole content; see mub_stream_copy(). */
+  /**
+   * Replaces the content with a range of bytes; it is unchanged if memory runs out. See mub_stream_copy().
+   */
   void assign(std::string_view bytes) { mub_stream_copy(c(), bytes.data(), length(bytes)); }
 
   /**
-   * Grows to at least `size` bytes and makes that the length; false if memory ran out. See
-   * mub_stream_expand() and mub_stream_shrink(): former spare bytes keep their content.
+   * Sets the length to `size`, allocating if needed; false, and nothing changes, if memory ran out. New bytes
+   * are the spare bytes as they are. See mub_stream_expand() and mub_stream_shrink().
    */
   [[nodiscard]] bool resize(std::int64_t size) {
     if (!reserve(size)) return false;
@@ -315,86 +341,105 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
     return true;
   }
 
-  /** Read 8, 16, 24, 32, 48 or 64 bits; see mub_stream_get_byte() and so on. */
+  /** Reads 8, 16, 24, 32, 48 or 64 bits; see mub_stream_get_byte() to mub_stream_get_lword(). */
+  ///@{
   std::uint8_t get_byte(std::int64_t &position) const { return mub_stream_get_byte(c(), &position); }
   std::uint16_t get_word(std::int64_t &position) const { return mub_stream_get_word(c(), &position); }
   std::uint32_t get_tword(std::int64_t &position) const { return mub_stream_get_tword(c(), &position); }
   std::uint32_t get_dword(std::int64_t &position) const { return mub_stream_get_dword(c(), &position); }
   std::uint64_t get_xword(std::int64_t &position) const { return mub_stream_get_xword(c(), &position); }
   std::int64_t get_lword(std::int64_t &position) const { return mub_stream_get_lword(c(), &position); }
+  ///@}
 
-  /** Write as many bits; see mub_stream_set_byte() and so on. */
+  /** Writes 8, 16, 24, 32, 48 or 64 bits; see mub_stream_set_byte() to mub_stream_set_lword(). */
+  ///@{
   void set_byte(std::int64_t &position, std::uint32_t value) { mub_stream_set_byte(c(), &position, value); }
   void set_word(std::int64_t &position, std::uint32_t value) { mub_stream_set_word(c(), &position, value); }
   void set_tword(std::int64_t &position, std::uint32_t value) { mub_stream_set_tword(c(), &position, value); }
   void set_dword(std::int64_t &position, std::uint32_t value) { mub_stream_set_dword(c(), &position, value); }
   void set_xword(std::int64_t &position, std::uint64_t value) { mub_stream_set_xword(c(), &position, value); }
   void set_lword(std::int64_t &position, std::int64_t value) { mub_stream_set_lword(c(), &position, value); }
+  ///@}
 
-  /** The CRC-32 of the content; see mub_stream_crc32(). */
+  /** Returns the CRC-32 of the content; see mub_stream_crc32(). */
   std::uint32_t crc32() const { return mub_stream_crc32(c()->data, c()->length); }
 };
 
-/** A span of a text that is owned elsewhere; see mub_stringx. It is copied like a pointer. */
+/**
+ * A non-owning view of a span of text; see mub_stringx. It is copied like a pointer, and must not be used
+ * after the text has moved or was released, which is not checked.
+ */
 class stringx {
  public:
-  /** An empty view, or one of a whole text. */
+  /** Constructs an empty view. */
   stringx() noexcept { mub_stringx_init(&view_); }
+  /** Constructs a view of a whole text. */
   stringx(std::string_view text) noexcept : view_{text.data(), 0, static_cast<std::int64_t>(text.size())} {}
 
-  /** The record, for the C functions. */
+  /** Returns the record, for use with the C functions. */
+  ///@{
   mub_stringx *c() noexcept { return &view_; }
   const mub_stringx *c() const noexcept { return &view_; }
+  ///@}
 
-  /** The span; empty if its length is below 1. */
+  /** Returns the span as a view; empty if its length is below 1. */
+  ///@{
   std::string_view view() const noexcept {
     if (view_.text == nullptr || view_.length <= 0) return {};
     return {view_.text + view_.start, static_cast<std::size_t>(view_.length)};
   }
   operator std::string_view() const noexcept { return view(); }
+  ///@}
 
-  /** The number of bytes in the span, negative if a negative one was stored, and whether there are none. */
+  /** Returns the number of bytes in the span; negative if a negative length was stored. */
   std::int64_t size() const noexcept { return view_.length; }
+  /** Checks whether there are no bytes in the span. */
   [[nodiscard]] bool empty() const noexcept { return view().empty(); }
 
   /** Removes white space at both ends of the span, and NULs at its end; see mub_stringx_trim(). */
   bool trim() { return mub_stringx_trim(&view_) != 0; }
 
-  /** Keep a part of the span; see mub_stringx_left(), mub_stringx_mid() and mub_stringx_right(). */
+  /** Keeps the first `count` bytes of the span; see mub_stringx_left(). */
   void left(std::int64_t count) { mub_stringx_left(&view_, count); }
+  /** Keeps `count` bytes from `offset` on; see mub_stringx_mid(). */
   void mid(std::int64_t offset, std::int64_t count) { mub_stringx_mid(&view_, offset, count); }
+  /** Keeps the last `count` bytes of the span; see mub_stringx_right(). */
   void right(std::int64_t count) { mub_stringx_right(&view_, count); }
 
   /**
-   * The index of the first occurrence of a character, or of a text, at or after `start`; -1 if there is none. An
-   * empty text is found at `start`, if that is 0 to size(). See mub_stringx_find_char_pos() and
-   * mub_stringx_find_pos().
+   * Returns the index of the first occurrence of a character at or after `start`; -1 if there is none. See
+   * mub_stringx_find_char_pos().
    */
   std::int64_t find(char character, std::int64_t start = 0) const {
     return mub_stringx_find_char_pos(&view_, character, start);
   }
+
+  /**
+   * Returns the index of the first occurrence of a text at or after `start`; -1 if there is none. An empty
+   * text is found at `start`, if that is 0 to size(). See mub_stringx_find_pos().
+   */
   std::int64_t find(std::string_view text, std::int64_t start = 0) const {
     if (text.empty()) return detail::find_empty(start, size());
     return mub_stringx_find_pos(&view_, text.data(), static_cast<std::int64_t>(text.size()), start);
   }
 
-  /**
-   * Whether the whole span is an integer, and the one that it begins with; see mub_stringx_is_long() and
-   * mub_stringx_get_long().
-   */
+  /** Checks whether the whole span is an integer; see mub_stringx_is_long(). */
   bool is_integer() const { return mub_stringx_is_long(&view_) != 0; }
+  /** Returns the integer that the span begins with; 0 if there is none. See mub_stringx_get_long(). */
   std::int64_t get_integer() const { return mub_stringx_get_long(&view_); }
 
-  /**
-   * Whether the whole span is a decimal number, and the one that it begins with; see mub_stringx_is_float()
-   * and mub_stringx_get_float().
-   */
+  /** Checks whether the whole span is a decimal number; see mub_stringx_is_float(). */
   bool is_decimal() const { return mub_stringx_is_float(&view_) != 0; }
+  /**
+   * Returns the decimal number that the span begins with; 0 if there is none. See mub_stringx_get_float().
+   */
   double get_decimal() const { return mub_stringx_get_float(&view_); }
 
  private:
   mub_stringx view_;
 };
+
+/** @} */
 
 }  // namespace v1
 }  // namespace mub

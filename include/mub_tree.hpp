@@ -1,12 +1,17 @@
-/* mub_tree.hpp: mub::tree and mub::bitree, the trees of links of mub_tree.h.
+/**
+ * @defgroup tree_hpp mub_tree.hpp: trees
+ * @ingroup cpp
  *
- *   mub::tree outline;
- *   auto *chapter = outline.append(outline.root(), 1);
- *   for (mub_tree_entry &entry : outline) …                     all below the root, parents first
- *   for (mub_tree_entry &entry : mub::children(chapter)) …      the children of one entry
+ * The trees of mub_tree.h.
  *
- * Moving or swapping a tree moves its root, which lies in the record; all other entries keep their
- * addresses. */
+ *     mub::tree outline;
+ *     auto *chapter = outline.append(outline.root(), 1);
+ *     for (mub_tree_entry &entry : outline) …                     all below the root, parents first
+ *     for (mub_tree_entry &entry : mub::children(chapter)) …      the children of one entry
+ *
+ * Moving or swapping a tree moves its root, which lies in the record; all other entries keep their addresses.
+ * That entries belong to the tree they are passed to is not checked.
+ */
 #ifndef MUB_TREE_HPP
 #define MUB_TREE_HPP
 
@@ -58,7 +63,7 @@ struct tree_life {
   }
 };
 
-/** What the trees have in common. */
+/** The members that both trees have in common. */
 template <class Derived, class Traits>
 class rooted : public owner<Derived, tree_life<Traits>> {
   using base = owner<Derived, tree_life<Traits>>;
@@ -67,51 +72,57 @@ class rooted : public owner<Derived, tree_life<Traits>> {
   using entry_type = typename Traits::entry;
   using base::c;
 
-  /** With an entry pool of its own. */
+  /** Constructs a tree of a root alone that owns an entry pool. */
   rooted() noexcept : rooted(true, false) {}
 
-  /** With pools of its own, or without; see mub_tree_init(). */
+  /** Constructs a tree of a root alone that owns the pools that the flags select; see mub_tree_init(). */
   rooted(bool own_entry_pool, bool own_value_pool) noexcept
       : base(std::in_place, own_entry_pool, own_value_pool) {}
 
-  /** With an entry pool and a value pool of its own. */
+  /** Constructs a tree of a root alone that owns an entry pool and a value pool. */
   explicit rooted(value_blocks values) noexcept : rooted(true, true) {
     set_block_size(c()->value_pool, values.size);
   }
 
-  /** With external pools. */
+  /** Constructs a tree of a root alone with external pools, which must outlive it. */
   explicit rooted(mub_pool *entries, mub_pool *values = nullptr) noexcept : rooted(false, false) {
     c()->entry_pool = entries;
     c()->value_pool = values;
   }
 
-  /** A copy, made by mub_tree_clone() without user pools; empty if memory ran out. */
+  /** Returns a copy, made by mub_tree_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] Derived clone(mub_clone_fn adjust = nullptr) const {
     Derived copy(c()->owns_entry_pool != 0, c()->owns_value_pool != 0);
     clone_to<Traits>(copy.c(), c(), adjust);
     return copy;
   }
 
-  /** The entry in the record, which is always there. */
+  /** Returns the root, which lies in the record and always exists. */
+  ///@{
   entry_type *root() noexcept { return &c()->root; }
   const entry_type *root() const noexcept { return &c()->root; }
+  ///@}
 
-  /** Links made minus links undone; the record's `count`. */
+  /** Returns the number of entries linked minus those unlinked, the record's `count`. */
   std::int64_t links() const noexcept { return c()->count; }
 
   /**
-   * An entry of the entry pool, cleared and not linked; nullptr if memory ran out. See mub_tree_entry_new().
+   * Takes an entry from the entry pool, zero-filled and not linked; nullptr if memory ran out. See
+   * mub_tree_entry_new().
    */
   [[nodiscard]] entry_type *make() { return Traits::entry_new(c()); }
 
-  /** Removes all entries; values are not visited. See mub_tree_remove_all(). */
+  /** Removes all entries but the root; values are not released. See mub_tree_remove_all(). */
   void clear() { Traits::remove_all(c()); }
 
-  /** Releases every value that is not 0, then removes all entries. See mub_tree_free_all(). */
+  /**
+   * Calls `release` with every value that is not 0, then removes all entries but the root. See
+   * mub_tree_free_all().
+   */
   void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
 };
 
-// Goes through what is below an entry, parents first.
+// Iterates over the descendants of an entry, parents first.
 template <class Entry>
 class document_iterator : public walker<document_iterator<Entry>, Entry &, std::forward_iterator_tag> {
  public:
@@ -127,7 +138,8 @@ class document_iterator : public walker<document_iterator<Entry>, Entry &, std::
   mub_tree_entry *entry_ = nullptr;
 };
 
-// Goes along a ring of siblings; the end has no entry, and the step back from it leads to the last.
+// Iterates over a ring of siblings; the end iterator has no entry, and a step back from it leads to the last
+// one.
 template <class Entry>
 class sibling_iterator : public walker<sibling_iterator<Entry>, Entry &, std::bidirectional_iterator_tag> {
  public:
@@ -154,24 +166,32 @@ struct sibling_range {
 
 }  // namespace detail
 
-/** The children of an entry, in their order. */
+/** @addtogroup tree_hpp
+ * @{ */
+
+/** Returns the range of the children of an entry, in their order. */
+///@{
 inline detail::sibling_range<mub_tree_entry> children(mub_tree_entry *parent) noexcept { return {parent}; }
 inline detail::sibling_range<const mub_tree_entry> children(const mub_tree_entry *parent) noexcept {
   return {parent};
 }
+///@}
 
-/** A general tree; see mub_tree. An iterator is valid until its entry is unlinked. */
+/**
+ * A general tree, which owns the pools that it created, but not what its values refer to; see mub_tree. An
+ * iterator is valid until its entry is unlinked.
+ */
 class tree : public detail::rooted<tree, detail::tree_traits> {
  public:
   using iterator = detail::document_iterator<mub_tree_entry>;
   using const_iterator = detail::document_iterator<const mub_tree_entry>;
   using rooted::rooted;
 
-  /** Links an entry as the last child of another; see mub_tree_entry_append(). */
+  /** Links an unlinked entry as the last child of another; see mub_tree_entry_append(). */
   void link(mub_tree_entry *parent, mub_tree_entry *child) { mub_tree_entry_append(c(), parent, child); }
 
   /**
-   * Makes an entry with a value and links it as the last child of another. Returns the entry; nullptr if
+   * Creates an entry with a value and links it as the last child of another. Returns the entry; nullptr if
    * memory ran out.
    */
   [[nodiscard]] mub_tree_entry *append(mub_tree_entry *parent, std::uint64_t value) {
@@ -182,48 +202,64 @@ class tree : public detail::rooted<tree, detail::tree_traits> {
     return child;
   }
 
-  /** Links an entry right before another; see mub_tree_entry_insert(). */
+  /** Links an unlinked entry as the previous sibling of another; see mub_tree_entry_insert(). */
   void insert_before(mub_tree_entry *sibling, mub_tree_entry *entry) {
     mub_tree_entry_insert(c(), sibling, entry);
   }
 
-  /** Unlinks an entry with all below it; nothing is released. See mub_tree_entry_remove(). */
+  /** Unlinks an entry with its descendants; nothing is released. See mub_tree_entry_remove(). */
   void unlink(mub_tree_entry *entry) { mub_tree_entry_remove(c(), entry); }
 
-  /** Follows a path of keys, adding what is missing; see mub_tree_insert(). */
+  /**
+   * Follows a path of keys, adding the missing entries, and returns the last; nullptr for an empty path, or if
+   * memory ran out. See
+   * mub_tree_insert().
+   */
   [[nodiscard]] mub_tree_entry *insert(const array &path, mub_tree_compare_fn compare,
                                        mub_init_fn init = nullptr) {
     return mub_tree_insert(c(), path.c(), init, compare);
   }
 
-  /** Follows a path of keys; nullptr if no entry matches a step. See mub_tree_find(). */
+  /**
+   * Follows a path of keys and returns the last entry; nullptr if no entry matches a step. See
+   * mub_tree_find().
+   */
+  ///@{
   mub_tree_entry *find(const array &path, mub_tree_compare_fn compare) {
     return mub_tree_find(c(), path.c(), compare);
   }
   const mub_tree_entry *find(const array &path, mub_tree_compare_fn compare) const {
     return mub_tree_find(c(), path.c(), compare);
   }
+  ///@}
 
-  /** A walk over all entries below the root, parents first; see mub_tree_entry_iter_next(). */
+  /** Iterators over all entries below the root, parents first; see mub_tree_entry_iter_next(). */
+  ///@{
   iterator begin() { return iterator(root(), mub_tree_entry_iter_next(root(), root())); }
   const_iterator begin() const { return const_iterator(root(), mub_tree_entry_iter_next(root(), root())); }
   iterator end() noexcept { return {}; }
   const_iterator end() const noexcept { return {}; }
+  ///@}
 };
 
-/** A binary tree of links; see mub_bitree. Walk it by the fields of its entries. */
+/**
+ * A binary tree of links, which owns the pools that it created, but not what its values refer to; see
+ * mub_bitree. Use the fields of its entries to traverse it.
+ */
 class bitree : public detail::rooted<bitree, detail::bitree_traits> {
  public:
   using rooted::rooted;
 
   /**
-   * Links an entry to another, below 0 as left child, above 0 as right child, 0 as next equal; see
-   * mub_bitree_entry_add().
+   * Links an entry to another: as its left child if `direction` is below 0, as its right child if above 0, as
+   * its next equal if 0. The previous link is overwritten. See mub_bitree_entry_add().
    */
   void add(mub_bitree_entry *entry, int direction, mub_bitree_entry *added) {
     mub_bitree_entry_add(c(), entry, direction, added);
   }
 };
+
+/** @} */
 
 }  // namespace v1
 }  // namespace mub
