@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "mub_btree.h"
@@ -34,6 +35,12 @@ struct TreeOfNumbers : Map<mub_btreed, mub_btreed_node, mub_btreed_term, mub_btr
     key_type = type;
   }
 };
+
+TEST(HashLowLayer, KeysOfFourWordsCompareUpToTheFirstDifferentWord) {
+  const uint32_t key[] = {1, 2, 3, 4, 5}, same[] = {1, 2, 3, 4, 9}, other[] = {1, 2, 9, 0, 5};
+  EXPECT_EQ(mub_hasht_cmp(key, same), 0);
+  EXPECT_EQ(mub_hasht_cmp(key, other), 3 - 9);
+}
 
 TEST(MapsOfBytes, KeysOutsideTheKeyStreamAreNotFoundAndItsLengthIsLimitedTo32Bits) {
   Table table;
@@ -82,6 +89,31 @@ TEST(HashClone, DropsValuesThatAreNotBlocks) {
     mub_hash_clone(&owner, nullptr, &copy, nullptr, nullptr);
     EXPECT_EQ(mub_hash_entry_get(&copy, "key", 3)->value, 0u);
   }
+}
+
+TEST(HashClone, ReturnsTheBlocksOfAnExternalPoolIfMemoryRunsOut) {
+  constexpr int64_t kCount = 100;
+  mub_pool pool;
+  mub_hash table, copy;
+  mub_pool_init(&pool);
+  pool.block_size = sizeof(mub_hash_entry);
+  mub_hash_init(&table, 0, 0);
+  table.entry_pool = &pool;
+  for (int64_t i = 0; i < kCount; ++i) mub_hash_insert(&table, std::to_string(i).data(), -1, 1);
+  EXPECT_GE(table.keys.capacity, 64);
+  int64_t allowed = 0;
+  for (bool is_refused = true; is_refused; ++allowed) {
+    mub_hash_init(&copy, 0, 0);
+    mub_test::arm_fuse(allowed, mub_test::Blow::kForever);
+    mub_hash_clone(&table, nullptr, &copy, nullptr, nullptr);
+    is_refused = mub_test::disarm_fuse();
+    EXPECT_EQ(copy.count, is_refused ? 0 : kCount);
+    EXPECT_EQ(pool.live_count, kCount + copy.count);
+    mub_hash_term(&copy);
+  }
+  EXPECT_GT(allowed, 4) << "chunks were refused, too";
+  mub_hash_term(&table);
+  mub_pool_term(&pool);
 }
 
 TEST(HashLowLayer, TrustsGivenBucketsAndHashes) {
@@ -224,6 +256,20 @@ TEST(BTreeParts, HalvesThatNoParentListsAcceptRecords) {
   for (int64_t i = 1; i < children.count; ++i) EXPECT_LT(name(i - 1), name(i));
   mub_btreed_remove_all_entry(&tree, upper);
   mub_pool_free(tree.entry_pool, upper);
+}
+
+// An inner node that a caller has emptied refuses keys, and is passed over where offsets are lowered.
+TEST(BTreeParts, EmptiedInnerNodesRefuseKeys) {
+  Tree tree;
+  for (int i = 1000; i < 2000; ++i) tree.add(std::to_string(i).data(), 4);
+  auto *inner = reinterpret_cast<mub_btree_entry *>(tree.root.children.items[0]);
+  ASSERT_GT(inner->level, 0);
+  const mub_arrays children = std::exchange(inner->children, {});
+  EXPECT_EQ(mub_btree_insert(&tree, "0", 1, 1), 0);
+  EXPECT_EQ(mub_btree_remove(&tree, "1999", 4), 0u);
+  EXPECT_TRUE(tree.count == 999 && mub_btree_find(&tree, "1998", 4) == 1);
+  inner->children = children;
+  EXPECT_EQ(mub_btree_find(&tree, "1000", 4), 1);
 }
 
 // A tree of one record and the maximum number of levels is walked, cloned and emptied without recursion.

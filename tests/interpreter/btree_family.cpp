@@ -331,7 +331,9 @@ void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, auto &world
   Self self(world);
   auto *top = Entry(world).value;
   const auto gone = content_from(self.slot, *top);
+  const int64_t live = self.slot.owns_nodes() ? self.slot.record.node_pool->live_count : 0;
   release_by(empty, world, self, values_of(gone), top);
+  EXPECT_TRUE(live == 0 || self.slot.record.node_pool->live_count == live) << "records of owned pools stay";
   for (const auto &item : gone) self.slot.content.remove(item.text);
   const Key key(world);
   world.read_by_all([&] { walk(self.slot, key, world.program); });
