@@ -13,17 +13,17 @@
 
 namespace mub {
 
-template <class Record, class Entry>
-struct IntegerSlots : SlotsWithoutStream<Record, KeysInItems<Record, decltype(Entry::key)>> {
-  using Slot = Entry;
-  static constexpr auto kSlots = &Record::entries;
+template <class Array>
+struct IntegerSlots : SlotsWithoutStream<Array, KeysInItems<Array, decltype(Array::entries->key)>> {
+  using Slot = std::remove_pointer_t<decltype(Array::entries)>;
+  static constexpr auto kSlots = &Array::entries;
   static constexpr bool kSwapsPools = false;
 };
 
 template <>
-struct SlotPolicy<mub_arrayd> : IntegerSlots<mub_arrayd, mub_arrayd_entry> {};
+struct Policy<mub_arrayd> : IntegerSlots<mub_arrayd> {};
 template <>
-struct SlotPolicy<mub_arrayx> : IntegerSlots<mub_arrayx, mub_arrayx_entry> {};
+struct Policy<mub_arrayx> : IntegerSlots<mub_arrayx> {};
 
 // Compares entries with a searched key by the sign of the difference.
 template <class Integer>
@@ -60,27 +60,27 @@ uint64_t read_entry(const Entry *entry, Key &key) {
   return slots::value_or_0(entry);
 }
 
-template <class Record, class Key>
-uint64_t set_at(Record &array, int64_t index, Key key, uint64_t value) {
+template <class Array, class Key>
+uint64_t set_at(Array &array, int64_t index, Key key, uint64_t value) {
   auto *entry = slots::slot_at(array, index);
   if (entry != nullptr) entry->key = key;
   return slots::exchange_value(entry, value);
 }
 
-template <class Record, class Key>
-uint64_t remove_at(Record &array, int64_t index, Key &key) {
+template <class Array, class Key>
+uint64_t remove_at(Array &array, int64_t index, Key &key) {
   read_entry(index < slots::used(array) ? slots::slot_at(array, index) : nullptr, key);
   return slots::remove_at(array, index);
 }
 
-template <class Record, class Key>
-int64_t scan_for(const Record &array, Key key) {
+template <class Array, class Key>
+int64_t scan_for(const Array &array, Key key) {
   return slots::scan(array, [key](const auto &entry) { return entry.key == key; });
 }
 
-template <class Record>
-void sort(Record &array, bool ascending) {
-  slots::sort(array, ascending, IntegerKeyOrder<slots::KeyOf<Record>>());
+template <class Array>
+void sort(Array &array, bool ascending) {
+  slots::sort(array, ascending, IntegerKeyOrder<KeyOf<Array>>());
 }
 
 }  // namespace integers

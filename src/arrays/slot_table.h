@@ -17,7 +17,7 @@
 // Threads: functions that take a const record write nothing, so readers may run in parallel. The exception is
 // free_values(), which returns blocks to the pool.
 //
-// The policy is the specialisation SlotPolicy<Record>. It provides what containers/key_store.h lists, and
+// The policy provides what containers/key_store.h lists, and
 //   Slot, kSlots                     the type of a slot, and the field that points to the table
 //   kSwapsPools                      whether swap() exchanges the value pools, too
 //   store_empty_key(array, slot)     gives a new slot the empty key; this cannot fail
@@ -45,40 +45,38 @@
 #include "bytes/unit_buffer.h"
 #include "containers/container_pools.h"
 #include "containers/key_store.h"
+#include "containers/policy.h"
 #include "mub_array.h"
 #include "pool/pool.h"
 
 namespace mub {
 
-template <class Record>
-struct SlotPolicy;
-
 // The value pool.
-template <class Record>
-auto pool_of(Record &array) {
+template <class Array>
+auto pool_of(Array &array) {
   return PoolField{array.pool, array.own_pool};
 }
 
 // For records that keep no key bytes outside their slots.
-template <class Record, class Keys>
+template <class Array, class Keys>
 struct SlotsWithoutStream : Keys {
   template <class Slot>
-  static void store_empty_key(Record &, Slot &) {}  // GCOVR_EXCL_LINE: store_key never fails
+  static void store_empty_key(Array &, Slot &) {}  // GCOVR_EXCL_LINE: store_key never fails
   template <class Slot, class Key>
-  static bool open_key(Record &, const Slot &, const Key &) {
+  static bool open_key(Array &, const Slot &, const Key &) {
     return true;
   }
   template <class Slot, class Key>
-  static void place_key(Record &array, Slot &slot, const Key &key) {
+  static void place_key(Array &array, Slot &slot, const Key &key) {
     Keys::store_key(array, slot, key);
   }
   template <class Slot>
-  static void close_key(Record &, const Slot &) {}
-  static bool reserve_keys_of(Record &, const Record &) { return true; }
+  static void close_key(Array &, const Slot &) {}
+  static bool reserve_keys_of(Array &, const Array &) { return true; }
 };
 
 template <>
-struct SlotPolicy<mub_arrays> : SlotsWithoutStream<mub_arrays, NoKeys<mub_arrays>> {
+struct Policy<mub_arrays> : SlotsWithoutStream<mub_arrays, NoKeys<mub_arrays>> {
   using Slot = uint64_t;
   static constexpr auto kSlots = &mub_arrays::items;
   static constexpr bool kSwapsPools = true;
@@ -86,16 +84,12 @@ struct SlotPolicy<mub_arrays> : SlotsWithoutStream<mub_arrays, NoKeys<mub_arrays
 
 namespace slots {
 
-template <class Record>
-using PolicyOf = SlotPolicy<Record>;
-template <class Record>
-using SlotOf = typename SlotPolicy<Record>::Slot;
-template <class Record>
-using KeyOf = typename SlotPolicy<Record>::Key;
+template <class Array>
+using SlotOf = typename Policy<Array>::Slot;
 
-template <class Record>
-auto &table(Record &array) {
-  return array.*SlotPolicy<std::remove_const_t<Record>>::kSlots;
+template <class Array>
+auto &table(Array &array) {
+  return array.*Policy<std::remove_const_t<Array>>::kSlots;
 }
 
 // The value of an entry; a bare item is its own value.
@@ -108,109 +102,109 @@ auto &value_of(Slot &slot) {
   }
 }
 
-template <class Record>
-int64_t used(const Record &array) {
+template <class Array>
+int64_t used(const Array &array) {
   return std::min(array.count, array.capacity);
 }
 
 // ---- growth
 
-template <class Record>
-__attribute__((noinline)) bool grow(Record &array, int64_t wanted) {
+template <class Array>
+__attribute__((noinline)) bool grow(Array &array, int64_t wanted) {
   if (wanted > kMaxUnits) return false;
   const int64_t capacity = grown_slots(array.count, array.capacity, wanted);
-  void *grown = regrown(table(array), array.capacity, capacity, sizeof(SlotOf<Record>));
+  void *grown = regrown(table(array), array.capacity, capacity, sizeof(SlotOf<Array>));
   if (grown == nullptr) return false;
-  table(array) = static_cast<SlotOf<Record> *>(grown);
+  table(array) = static_cast<SlotOf<Array> *>(grown);
   array.capacity = capacity;
   return true;
 }
 
 // Makes room for `wanted` slots; false, and the record unchanged, if memory runs out.
-template <class Record>
-bool expand(Record &array, int64_t wanted) {
+template <class Array>
+bool expand(Array &array, int64_t wanted) {
   return array.capacity >= wanted || grow(array, wanted);
 }
 
-template <class Record>
-void set_count(Record &array, int64_t count) {
+template <class Array>
+void set_count(Array &array, int64_t count) {
   if (count >= 0) array.count = std::min(count, array.capacity);
 }
 
-template <class Record>
-void shrink(Record &array, int64_t count) {
+template <class Array>
+void shrink(Array &array, int64_t count) {
   if (table(array) != nullptr) set_count(array, count);
 }
 
 // ---- whole arrays
 
-template <class Record>
-void init(Record &array, bool with_pool) {
+template <class Array>
+void init(Array &array, bool with_pool) {
   std::memset(&array, 0, sizeof array);  // clears the padding, too: new records compare equal with memcmp
   if (with_pool) pool_of(array).make(0);
 }
 
-template <class Record>
-void release_table(Record &array) {
+template <class Array>
+void release_table(Array &array) {
   release(table(array));
   table(array) = nullptr;
   array.count = 0;
   array.capacity = 0;
 }
 
-template <class Record>
-void term(Record &array) {
+template <class Array>
+void term(Array &array) {
   release_table(array);
-  PolicyOf<Record>::term_keys(array);
+  Policy<Array>::term_keys(array);
   pool_of(array).destroy();
 }
 
-template <class Record>
-void remove_all(Record &array) {
+template <class Array>
+void remove_all(Array &array) {
   release_table(array);
-  PolicyOf<Record>::clear_keys(array);
+  Policy<Array>::clear_keys(array);
   pool_of(array).empty();
 }
 
-template <class Record>
-void free_values(const Record &array, mub_free_fn release_it) {
+template <class Array>
+void free_values(const Array &array, mub_free_fn release_it) {
   for (int64_t i = 0; i < used(array); ++i) {
     release_value(pool_of(array), value_of(table(array)[i]), release_it);
   }
 }
 
-template <class Record>
-void free_all(Record &array, mub_free_fn release_it) {
+template <class Array>
+void free_all(Array &array, mub_free_fn release_it) {
   if (release_it != nullptr || array.own_pool == 0) free_values(array, release_it);
   release_table(array);
-  PolicyOf<Record>::term_keys(array);
+  Policy<Array>::term_keys(array);
   pool_of(array).empty();
 }
 
 // `descending` stays with its record.
-template <class Record>
-void swap(Record &a, Record &b) {
+template <class Array>
+void swap(Array &a, Array &b) {
   std::swap(table(a), table(b));
   std::swap(a.count, b.count);
   std::swap(a.capacity, b.capacity);
-  PolicyOf<Record>::swap_keys(a, b);
-  if constexpr (PolicyOf<Record>::kSwapsPools) pool_of(a).swap(pool_of(b));
+  Policy<Array>::swap_keys(a, b);
+  if constexpr (Policy<Array>::kSwapsPools) pool_of(a).swap(pool_of(b));
 }
 
 // ---- positions, bounded by the capacity and not by the count
 
-template <class Record>
-SlotOf<Record> *slot_at(const Record &array, int64_t index) {
+template <class Array>
+SlotOf<Array> *slot_at(const Array &array, int64_t index) {
   return index >= 0 && index < array.capacity ? table(array) + index : nullptr;
 }
 
-template <class Record>
-SlotOf<Record> *first_slot(const Record &array) {
+template <class Array>
+SlotOf<Array> *first_slot(const Array &array) {
   return array.count < 1 ? nullptr : slot_at(array, 0);
 }
 
-template <class Record>
-SlotOf<Record> *last_slot(const Record &array) {
+template <class Array>
+SlotOf<Array> *last_slot(const Array &array) {
   return array.count < 1 ? nullptr : slot_at(array, array.count - 1);
 }
 
@@ -227,34 +221,34 @@ uint64_t exchange_value(Slot *slot, uint64_t value) {
 // ---- adding; functions that return a slot return the new one, or nullptr if memory ran out
 
 // If there is no memory for the key, the slot gets the empty key.
-template <class Record>
-SlotOf<Record> *append(Record &array, const KeyOf<Record> &key, uint64_t value) {
+template <class Array>
+SlotOf<Array> *append(Array &array, const KeyOf<Array> &key, uint64_t value) {
   if (!expand(array, array.count + 1)) return nullptr;
-  SlotOf<Record> *slot = table(array) + array.count;
-  if (!PolicyOf<Record>::store_key(array, *slot, key)) PolicyOf<Record>::store_empty_key(array, *slot);
+  SlotOf<Array> *slot = table(array) + array.count;
+  if (!Policy<Array>::store_key(array, *slot, key)) Policy<Array>::store_empty_key(array, *slot);
   value_of(*slot) = value;
   ++array.count;
   return slot;
 }
 
 // Makes room for a new slot at `index`, which is below the count, and gives it its key.
-template <class Record>
-bool open_slot(Record &array, int64_t index, const KeyOf<Record> &key) {
-  SlotOf<Record> *slot = table(array) + index;
-  if (!PolicyOf<Record>::open_key(array, *slot, key)) return false;
+template <class Array>
+bool open_slot(Array &array, int64_t index, const KeyOf<Array> &key) {
+  SlotOf<Array> *slot = table(array) + index;
+  if (!Policy<Array>::open_key(array, *slot, key)) return false;
   buffer::move_units(slot + 1, slot, array.count - index);
-  PolicyOf<Record>::place_key(array, *slot, key);
+  Policy<Array>::place_key(array, *slot, key);
   return true;
 }
 
 // If there is no memory for the key, nothing is added: an empty key would break the order.
-template <class Record>
-SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t value) {
+template <class Array>
+SlotOf<Array> *insert_at(Array &array, int64_t index, const KeyOf<Array> &key, uint64_t value) {
   if (index < 0 || !expand(array, array.count + 1)) return nullptr;
   index = std::min(index, array.count);
-  SlotOf<Record> *slot = table(array) + index;
+  SlotOf<Array> *slot = table(array) + index;
   const bool has_key =
-      index < array.count ? open_slot(array, index, key) : PolicyOf<Record>::store_key(array, *slot, key);
+      index < array.count ? open_slot(array, index, key) : Policy<Array>::store_key(array, *slot, key);
   if (!has_key) return nullptr;
   value_of(*slot) = value;
   ++array.count;
@@ -263,8 +257,8 @@ SlotOf<Record> *insert_at(Record &array, int64_t index, const KeyOf<Record> &key
 
 // Appends a slot whose value is a new block of the value pool, and returns the block. `init_it` runs before
 // the slot is added.
-template <class Record>
-uint64_t append_new(Record &array, const KeyOf<Record> &key, mub_init_fn init_it) {
+template <class Array>
+uint64_t append_new(Array &array, const KeyOf<Array> &key, mub_init_fn init_it) {
   if (!expand(array, array.count + 1)) return 0;
   const uint64_t value = take_value(array.pool, init_it);
   append(array, key, value);
@@ -273,13 +267,13 @@ uint64_t append_new(Record &array, const KeyOf<Record> &key, mub_init_fn init_it
 
 // Inserts one before `index`, and returns the index of the new slot. `init_it` runs after the block was
 // stored in `value_out`. If memory runs out, the block goes back to its pool and the result is -1.
-template <class Record>
-int insert_new_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64_t &value_out,
+template <class Array>
+int insert_new_at(Array &array, int64_t index, const KeyOf<Array> &key, uint64_t &value_out,
                   mub_init_fn init_it) {
   void *block = pool::take(array.pool);
   value_out = word_of(block);
   initialise(word_of(block), init_it);
-  const SlotOf<Record> *slot = insert_at(array, index, key, word_of(block));
+  const SlotOf<Array> *slot = insert_at(array, index, key, word_of(block));
   if (slot != nullptr) return static_cast<int>(slot - table(array));
   pool::give(array.pool, block);
   value_out = 0;
@@ -287,45 +281,45 @@ int insert_new_at(Record &array, int64_t index, const KeyOf<Record> &key, uint64
 }
 
 // `source` may be `array` itself: the slots that it has at the start are appended.
-template <class Record>
-void append_array(Record &array, const Record &source) {
+template <class Array>
+void append_array(Array &array, const Array &source) {
   const int64_t added = used(source);
   int64_t count;
   if (__builtin_add_overflow(array.count, added, &count)) return;
-  if (!expand(array, count) || !PolicyOf<Record>::reserve_keys_of(array, source)) return;
+  if (!expand(array, count) || !Policy<Array>::reserve_keys_of(array, source)) return;
   for (int64_t i = 0; i < added; ++i) {
-    const SlotOf<Record> &slot = table(source)[i];
-    append(array, PolicyOf<Record>::key_of(source, slot), value_of(slot));
+    const SlotOf<Array> &slot = table(source)[i];
+    append(array, Policy<Array>::key_of(source, slot), value_of(slot));
   }
 }
 
 // ---- removing
 
 // Removes a slot whose key was erased. This also corrects the count of a clone that ran out of memory.
-template <class Record>
-void close_slot(Record &array, SlotOf<Record> *slot) {
-  PolicyOf<Record>::close_key(array, *slot);
+template <class Array>
+void close_slot(Array &array, SlotOf<Array> *slot) {
+  Policy<Array>::close_key(array, *slot);
   const int64_t last = used(array) - 1;
   buffer::move_units(slot, slot + 1, last - (slot - table(array)));
   array.count = last;
 }
 
-template <class Record>
-uint64_t remove_at(Record &array, int64_t index) {
+template <class Array>
+uint64_t remove_at(Array &array, int64_t index) {
   if (index < 0 || index >= used(array)) return 0;
-  SlotOf<Record> *slot = table(array) + index;
+  SlotOf<Array> *slot = table(array) + index;
   const uint64_t value = value_of(*slot);
-  PolicyOf<Record>::erase_key(array, *slot);
+  Policy<Array>::erase_key(array, *slot);
   close_slot(array, slot);
   return value;
 }
 
 // `release_it` runs after the key was erased and before the slot is removed.
-template <class Record>
-void free_at(Record &array, int64_t index, mub_free_fn release_it) {
+template <class Array>
+void free_at(Array &array, int64_t index, mub_free_fn release_it) {
   if (index < 0 || index >= used(array)) return;
-  SlotOf<Record> *slot = table(array) + index;
-  PolicyOf<Record>::erase_key(array, *slot);
+  SlotOf<Array> *slot = table(array) + index;
+  Policy<Array>::erase_key(array, *slot);
   release_value(pool_of(array), value_of(*slot), release_it);
   // `release_it` must not change the array. In case it did, look again: the table may have moved or shrunk.
   if (index < used(array)) close_slot(array, table(array) + index);  // GCOVR_EXCL_BR_LINE
@@ -334,9 +328,9 @@ void free_at(Record &array, int64_t index, mub_free_fn release_it) {
 // ---- sorted arrays
 
 // SlotOrder::kIsDifference: the order returns a difference, whose sign can be turned into a mask.
-template <class Record, class SlotOrder>
-Spot find(const Record &array, SlotOrder order) {
-  const SlotOf<Record> *first = table(array);
+template <class Array, class SlotOrder>
+Spot find(const Array &array, SlotOrder order) {
+  const SlotOf<Array> *first = table(array);
   const auto compare_at = [&](int64_t i) { return order(first[i]); };
   if constexpr (SlotOrder::kIsDifference) {
     return binary_search_without_branches(used(array), array.descending != 0, compare_at,
@@ -346,32 +340,32 @@ Spot find(const Record &array, SlotOrder order) {
   }
 }
 
-template <class Record, class SlotOrder>
-int64_t find_index(const Record &array, SlotOrder order) {
+template <class Array, class SlotOrder>
+int64_t find_index(const Array &array, SlotOrder order) {
   const Spot spot = find(array, order);
   return spot.found ? spot.index : -1;
 }
 
-template <class Record, class SlotOrder>
-SlotOf<Record> *find_slot(const Record &array, SlotOrder order) {
+template <class Array, class SlotOrder>
+SlotOf<Array> *find_slot(const Array &array, SlotOrder order) {
   const Spot spot = find(array, order);
   return spot.found ? table(array) + spot.index : nullptr;
 }
 
-template <class Record, class SlotOrder>
-int64_t nearest_index(const Record &array, SlotOrder order) {
+template <class Array, class SlotOrder>
+int64_t nearest_index(const Array &array, SlotOrder order) {
   return nearest(find(array, order), used(array));
 }
 
-template <class Record, class SlotOrder>
-SlotOf<Record> *nearest_slot(const Record &array, SlotOrder order) {
+template <class Array, class SlotOrder>
+SlotOf<Array> *nearest_slot(const Array &array, SlotOrder order) {
   return slot_at(array, nearest_index(array, order));
 }
 
 // Returns the index of the first slot that passes the test; -1 if there is none.
-template <class Record, class IsWanted>
-int64_t scan(const Record &array, IsWanted is_wanted) {
-  const SlotOf<Record> *first = table(array);
+template <class Array, class IsWanted>
+int64_t scan(const Array &array, IsWanted is_wanted) {
+  const SlotOf<Array> *first = table(array);
   for (int64_t i = 0; i < used(array); ++i) {
     if (is_wanted(first[i])) return i;
   }
@@ -379,8 +373,8 @@ int64_t scan(const Record &array, IsWanted is_wanted) {
 }
 
 // Returns 0 if the key was present, else 1, even if memory ran out.
-template <class Record, class SlotOrder>
-int insert(Record &array, const KeyOf<Record> &key, uint64_t value, SlotOrder order) {
+template <class Array, class SlotOrder>
+int insert(Array &array, const KeyOf<Array> &key, uint64_t value, SlotOrder order) {
   const Spot spot = find(array, order);
   if (spot.found) return 0;
   insert_at(array, spot.index, key, value);
@@ -388,8 +382,8 @@ int insert(Record &array, const KeyOf<Record> &key, uint64_t value, SlotOrder or
 }
 
 // Returns the index of the new entry; -1 if the key was present or memory ran out.
-template <class Record, class SlotOrder>
-int insert_new(Record &array, const KeyOf<Record> &key, uint64_t &value_out, mub_init_fn init_it,
+template <class Array, class SlotOrder>
+int insert_new(Array &array, const KeyOf<Array> &key, uint64_t &value_out, mub_init_fn init_it,
                SlotOrder order) {
   value_out = 0;
   const Spot spot = find(array, order);
@@ -399,16 +393,16 @@ int insert_new(Record &array, const KeyOf<Record> &key, uint64_t &value_out, mub
 }
 
 // Returns the slot of a key, which is added with value 0 if it is missing; nullptr if memory ran out.
-template <class Record, class SlotOrder>
-SlotOf<Record> *find_or_insert(Record &array, const KeyOf<Record> &key, SlotOrder order) {
+template <class Array, class SlotOrder>
+SlotOf<Array> *find_or_insert(Array &array, const KeyOf<Array> &key, SlotOrder order) {
   const Spot spot = find(array, order);
   return spot.found ? table(array) + spot.index : insert_at(array, spot.index, key, 0);
 }
 
 // ---- sorting, in the direction of the call; `descending` is not read
 
-template <class Record, class Order>
-void sort(Record &array, bool ascending, const Order &order) {
+template <class Array, class Order>
+void sort(Array &array, bool ascending, const Order &order) {
   mub::sort(table(array), used(array), ascending, order);
 }
 
@@ -425,8 +419,8 @@ struct ValueOrder {
   int compare(Key a, Key b) const { return call(a, b); }
 };
 
-template <class Record, class Call>
-void sort_values(Record &array, bool ascending, Call call) {
+template <class Array, class Call>
+void sort_values(Array &array, bool ascending, Call call) {
   sort(array, ascending, ValueOrder<Call>{call});
 }
 

@@ -14,8 +14,8 @@
 //
 // Threads: functions that take a const container write nothing.
 //
-// What a container does with its keys is a policy. All policies use these names; an engine lists at its head
-// what else it requires.
+// What a container does with its keys is up to its policy (policy.h). All policies use these names; an engine
+// lists at its head what else it requires.
 //   Key                              a key as it is passed
 //   key_of(container, item)          the key of an item
 //   store_key(container, item, key)  gives a new item its key; false if there is no room
