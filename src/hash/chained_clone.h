@@ -10,11 +10,10 @@
 
 namespace mub::chained {
 
-template <class Kind>
+template <class Table>
 class Cloning {
  public:
-  using Table = TableOf<Kind>;
-  using Entry = EntryOf<Kind>;
+  using Entry = EntryOf<Table>;
 
   Cloning(const Table &source, Table &copy, CloneCallback &callback)
       : source_(source), copy_(copy), callback_(callback) {}
@@ -23,7 +22,7 @@ class Cloning {
   bool run() {
     share_callers_pools(source_, copy_, callback_);
     if (source_.owns_entry_pool == 0) copy_.buckets.pool = source_.entry_pool;
-    if (!Kind::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, callback_)) return false;
+    if (!Policy<Table>::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, callback_)) return false;
     if (!slots::expand(copy_.buckets, source_.buckets.capacity)) return false;
     copy_.buckets.count = source_.buckets.count;
     if (pools_.entries.is_whole()) {
@@ -46,24 +45,23 @@ class Cloning {
     const auto translate_next = [&](Entry &entry) {
       entry.next = record_of<Entry>(pools_.entries.translate(word_of(entry.next)));
     };
-    if (fills_its_pool<Kind>(source_, 0)) {
+    if (fills_its_pool(source_, 0)) {
       pool::for_each_block<Entry>(*copy_.entry_pool, translate_next);
       return;
     }
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
-      for (Entry *entry = head<Kind>(copy_, bucket); entry != nullptr; entry = entry->next)
-        translate_next(*entry);
+      for (Entry *entry = head(copy_, bucket); entry != nullptr; entry = entry->next) translate_next(*entry);
     }
   }
 
   bool copy_entries() {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
       Entry *last = nullptr;
-      for (const Entry *entry = head<Kind>(source_, bucket); entry != nullptr; entry = entry->next) {
+      for (const Entry *entry = head(source_, bucket); entry != nullptr; entry = entry->next) {
         Entry *copy = pools_.entries.copy_of(*entry);
         if (copy == nullptr) return false;
         copy->next = nullptr;
-        link<Kind>(copy_, bucket, last, copy);
+        link(copy_, bucket, last, copy);
         last = copy;
       }
     }
@@ -72,8 +70,8 @@ class Cloning {
 
   void translate_values() {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
-      const Entry *entry = head<Kind>(source_, bucket);
-      for (Entry *copy = head<Kind>(copy_, bucket); copy != nullptr; copy = copy->next, entry = entry->next) {
+      const Entry *entry = head(source_, bucket);
+      for (Entry *copy = head(copy_, bucket); copy != nullptr; copy = copy->next, entry = entry->next) {
         copy->value = pools_.values.translate(entry->value);
         callback_.notify(entry->value, copy->value);
       }
@@ -86,11 +84,11 @@ class Cloning {
   PoolCopies pools_;
 };
 
-template <class Kind>
-TableOf<Kind> *clone(const TableOf<Kind> &source, TableOf<Kind> &copy, CloneCallback callback) {
+template <class Table>
+Table *clone(const Table &source, Table &copy, CloneCallback callback) {
   if (&source == &copy) return &copy;
-  remove_all<Kind>(copy);
-  if (!Cloning<Kind>(source, copy, callback).run()) remove_all<Kind>(copy);
+  remove_all(copy);
+  if (!Cloning(source, copy, callback).run()) remove_all(copy);
   return &copy;
 }
 

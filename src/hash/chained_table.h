@@ -22,8 +22,8 @@
 //
 // Threads: functions that take a const table write nothing, so readers may run in parallel.
 //
-// The policy is the template argument Kind. It provides what containers/key_store.h lists, and
-//   Table, Entry                        the records
+// The policy provides what containers/key_store.h lists, and
+//   Entry                               the struct of an entry
 //   kClearsNewEntries                   whether entry_new(), which stores no key, sets the value to 0
 //   word(table, key)                    the word that chooses the bucket of a key
 //   entry_word(entry)                   the word of a stored key
@@ -44,6 +44,7 @@
 #include "arrays/slot_table.h"
 #include "base/prefetch.h"
 #include "containers/container_pools.h"
+#include "containers/policy.h"
 #include "mub_hash.h"
 #include "pool/pool.h"
 
@@ -57,30 +58,24 @@ constexpr int64_t kMeanChain = 2;
 // How many buckets ahead a pass over the table prefetches.
 constexpr int64_t kPrefetchBuckets = 16;
 
-template <class Kind>
-using EntryOf = typename Kind::Entry;
-template <class Kind>
-using TableOf = typename Kind::Table;
-template <class Kind>
-using KeyOf = typename Kind::Key;
-
 template <class Table>
 int64_t bucket_of(const Table &table, uint64_t word) {
   return static_cast<int64_t>(word & static_cast<uint64_t>(table.buckets.count - 1));
 }
 
-template <class Kind>
-EntryOf<Kind> *head(const TableOf<Kind> &table, int64_t bucket) {
-  return record_of<EntryOf<Kind>>(table.buckets.items[bucket]);
+template <class Table>
+EntryOf<Table> *head(const Table &table, int64_t bucket) {
+  return record_of<EntryOf<Table>>(table.buckets.items[bucket]);
 }
 
 // Prefetches for a pass over the buckets: the head of the chain kPrefetchBuckets ahead, and the second entry
 // of the chain half as far ahead, whose head was prefetched before.
-template <class Kind>
-void prefetch_chain(const mub_arrays &buckets, int64_t bucket) {
+template <class Table>
+void prefetch_chain(const Table &table, int64_t bucket) {
+  const mub_arrays &buckets = table.buckets;
   if (bucket + kPrefetchBuckets >= buckets.count) return;
   prefetch(record_of<void>(buckets.items[bucket + kPrefetchBuckets]));
-  const auto *nearer = record_of<EntryOf<Kind>>(buckets.items[bucket + kPrefetchBuckets / 2]);
+  const auto *nearer = record_of<EntryOf<Table>>(buckets.items[bucket + kPrefetchBuckets / 2]);
   if (nearer != nullptr) prefetch(nearer->next);
 }
 
@@ -94,10 +89,10 @@ struct Place {
   Entry *before;
 };
 
-template <class Kind, class Test>
-Place<EntryOf<Kind>> search(const TableOf<Kind> &table, int64_t bucket, Test is_wanted) {
-  EntryOf<Kind> *before = nullptr;
-  EntryOf<Kind> *entry = head<Kind>(table, bucket);
+template <class Table, class Test>
+Place<EntryOf<Table>> search(const Table &table, int64_t bucket, Test is_wanted) {
+  EntryOf<Table> *before = nullptr;
+  EntryOf<Table> *entry = head(table, bucket);
   while (entry != nullptr && !is_wanted(*entry)) {
     before = entry;
     entry = entry->next;
@@ -105,16 +100,16 @@ Place<EntryOf<Kind>> search(const TableOf<Kind> &table, int64_t bucket, Test is_
   return {entry, before};
 }
 
-template <class Kind>
-EntryOf<Kind> *find_in(const TableOf<Kind> &table, int64_t bucket, uint64_t word, KeyOf<Kind> key) {
-  EntryOf<Kind> *entry = head<Kind>(table, bucket);
-  while (entry != nullptr && !Kind::matches(table, *entry, word, key)) entry = entry->next;
+template <class Table>
+EntryOf<Table> *find_in(const Table &table, int64_t bucket, uint64_t word, KeyOf<Table> key) {
+  EntryOf<Table> *entry = head(table, bucket);
+  while (entry != nullptr && !Policy<Table>::matches(table, *entry, word, key)) entry = entry->next;
   return entry;
 }
 
 // Links `next` after `before`, or at the head of the bucket if `before` is null.
-template <class Kind>
-void link(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *before, EntryOf<Kind> *next) {
+template <class Table>
+void link(Table &table, int64_t bucket, EntryOf<Table> *before, EntryOf<Table> *next) {
   if (before == nullptr) {
     table.buckets.items[bucket] = word_of(next);
   } else {
@@ -123,53 +118,54 @@ void link(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *before, EntryOf<K
 }
 
 // Links a new block of the entry pool after `last`; nullptr if there is none.
-template <class Kind>
-EntryOf<Kind> *link_new(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last) {
-  auto *entry = static_cast<EntryOf<Kind> *>(pool::take(table.entry_pool));
+template <class Table>
+EntryOf<Table> *link_new(Table &table, int64_t bucket, EntryOf<Table> *last) {
+  auto *entry = static_cast<EntryOf<Table> *>(pool::take(table.entry_pool));
   if (entry == nullptr) return nullptr;
   entry->next = nullptr;
-  link<Kind>(table, bucket, last, entry);
+  link(table, bucket, last, entry);
   return entry;
 }
 
 // The search of an insertion: finds the first entry of the bucket with the key, whatever hash is stored with
 // it. That hash may be outdated, if `nocase` has changed since.
-template <class Kind>
-Place<EntryOf<Kind>> search_key(const TableOf<Kind> &table, int64_t bucket, KeyOf<Kind> key) {
-  return search<Kind>(table, bucket,
-                      [&](const EntryOf<Kind> &entry) { return Kind::same_key(table, entry, key); });
+template <class Table>
+Place<EntryOf<Table>> search_key(const Table &table, int64_t bucket, KeyOf<Table> key) {
+  return search(table, bucket,
+                [&](const EntryOf<Table> &entry) { return Policy<Table>::same_key(table, entry, key); });
 }
 
-template <class Kind>
-EntryOf<Kind> *entry_new(TableOf<Kind> &table, int64_t bucket, KeyOf<Kind> key, int &inserted) {
-  const auto place = search_key<Kind>(table, bucket, key);
+template <class Table>
+EntryOf<Table> *entry_new(Table &table, int64_t bucket, KeyOf<Table> key, int &inserted) {
+  const auto place = search_key(table, bucket, key);
   inserted = 0;
   if (place.entry != nullptr) return place.entry;
-  EntryOf<Kind> *entry = link_new<Kind>(table, bucket, place.before);
+  EntryOf<Table> *entry = link_new(table, bucket, place.before);
   if (entry == nullptr) return nullptr;
-  if constexpr (Kind::kClearsNewEntries) entry->value = 0;
+  if constexpr (Policy<Table>::kClearsNewEntries) entry->value = 0;
   inserted = 1;
   return entry;
 }
 
-template <class Kind>
-EntryOf<Kind> *unlink(TableOf<Kind> &table, int64_t bucket, uint64_t word, KeyOf<Kind> key) {
-  const auto place = search<Kind>(
-      table, bucket, [&](const EntryOf<Kind> &entry) { return Kind::matches(table, entry, word, key); });
+template <class Table>
+EntryOf<Table> *unlink(Table &table, int64_t bucket, uint64_t word, KeyOf<Table> key) {
+  const auto place = search(table, bucket, [&](const EntryOf<Table> &entry) {
+    return Policy<Table>::matches(table, entry, word, key);
+  });
   if (place.entry == nullptr) return nullptr;
-  link<Kind>(table, bucket, place.before, place.entry->next);
+  link(table, bucket, place.before, place.entry->next);
   place.entry->next = nullptr;
   return place.entry;
 }
 
 // Calls `visit` with every entry. `visit` may release the entry.
-template <class Kind, class Visit>
-void for_each(const TableOf<Kind> &table, Visit visit) {
+template <class Table, class Visit>
+void for_each(const Table &table, Visit visit) {
   for (int64_t bucket = 0; bucket < table.buckets.count; ++bucket) {
-    prefetch_chain<Kind>(table.buckets, bucket);
-    EntryOf<Kind> *entry = head<Kind>(table, bucket);
+    prefetch_chain(table, bucket);
+    EntryOf<Table> *entry = head(table, bucket);
     while (entry != nullptr) {
-      EntryOf<Kind> *next = entry->next;
+      EntryOf<Table> *next = entry->next;
       visit(*entry);
       entry = next;
     }
@@ -179,9 +175,9 @@ void for_each(const TableOf<Kind> &table, Visit visit) {
 // Counts the entries in the chains by a pass over the entry pool: every entry is either the head of a bucket
 // or the `next` of another entry. Entries that a caller has unlinked have no `next`, and those of blocks on
 // the free stack are subtracted.
-template <class Kind>
-int64_t count_linked(const TableOf<Kind> &table) {
-  using Entry = EntryOf<Kind>;
+template <class Table>
+int64_t count_linked(const Table &table) {
+  using Entry = EntryOf<Table>;
   int64_t linked = table.buckets.count -
                    std::count(table.buckets.items, table.buckets.items + table.buckets.count, uint64_t{0});
   const auto follower = [](const Entry &entry) { return entry.next != nullptr ? 1 : 0; };
@@ -195,10 +191,10 @@ int64_t count_linked(const TableOf<Kind> &table) {
 // Whether every live block of the table's own entry pool is in a chain, except for `unlinked` entries that
 // were just removed. If so, a pass over the pool changes no entry that belongs to the caller. `count` is not
 // enough to decide this: it includes entries that the caller has unlinked but not yet subtracted.
-template <class Kind>
-bool fills_its_pool(const TableOf<Kind> &table, int64_t unlinked) {
-  return holds_only<EntryOf<Kind>>(entry_pool_of(table), table.count) &&
-         count_linked<Kind>(table) == table.count - unlinked;
+template <class Table>
+bool fills_its_pool(const Table &table, int64_t unlinked) {
+  return holds_only<EntryOf<Table>>(entry_pool_of(table), table.count) &&
+         count_linked(table) == table.count - unlinked;
 }
 
 // ---- growth
@@ -206,38 +202,38 @@ bool fills_its_pool(const TableOf<Kind> &table, int64_t unlinked) {
 // Splits the chain of a bucket between itself and bucket + old_count. The side is an array index, not a
 // branch, which would be mispredicted every other time. An entry whose word does not belong to the lower
 // bucket goes to the upper one, even if it belongs to neither.
-template <class Kind>
-void split(mub_arrays &buckets, int64_t bucket, int64_t old_count) {
-  EntryOf<Kind> *first[2] = {nullptr, nullptr};
-  EntryOf<Kind> **end[2] = {&first[0], &first[1]};
-  for (auto *entry = record_of<EntryOf<Kind>>(buckets.items[bucket]); entry != nullptr; entry = entry->next) {
-    const uint64_t word = Kind::entry_word(*entry) & static_cast<uint64_t>(2 * old_count - 1);
+template <class Table>
+void split(Table &table, int64_t bucket, int64_t old_count) {
+  EntryOf<Table> *first[2] = {nullptr, nullptr};
+  EntryOf<Table> **end[2] = {&first[0], &first[1]};
+  for (EntryOf<Table> *entry = head(table, bucket); entry != nullptr; entry = entry->next) {
+    const uint64_t word = Policy<Table>::entry_word(*entry) & static_cast<uint64_t>(2 * old_count - 1);
     const int side = word != static_cast<uint64_t>(bucket) ? 1 : 0;
     *end[side] = entry;
     end[side] = &entry->next;
   }
   *end[0] = nullptr;
   *end[1] = nullptr;
-  buckets.items[bucket] = word_of(first[0]);
-  buckets.items[bucket + old_count] = word_of(first[1]);
+  table.buckets.items[bucket] = word_of(first[0]);
+  table.buckets.items[bucket + old_count] = word_of(first[1]);
 }
 
-template <class Kind>
-void expand(TableOf<Kind> &table) {
+template <class Table>
+void expand(Table &table) {
   const int64_t old_count = table.buckets.count;
   if (old_count < 1) return;
-  Kind::reserve_keys(table, kKeyBytesPerBucket * old_count);
+  Policy<Table>::reserve_keys(table, kKeyBytesPerBucket * old_count);
   if (!slots::expand(table.buckets, 2 * old_count)) return;
   for (int64_t bucket = 0; bucket < old_count; ++bucket) {
-    prefetch_chain<Kind>(table.buckets, bucket);
-    split<Kind>(table.buckets, bucket, old_count);
+    prefetch_chain(table, bucket);
+    split(table, bucket, old_count);
   }
   table.buckets.count = 2 * old_count;
 }
 
-template <class Kind>
-bool make_first_buckets(TableOf<Kind> &table) {
-  Kind::reserve_keys(table, kFirstKeyBytes);
+template <class Table>
+bool make_first_buckets(Table &table) {
+  Policy<Table>::reserve_keys(table, kFirstKeyBytes);
   if (!slots::expand(table.buckets, kFirstBuckets)) return false;
   table.buckets.count = kFirstBuckets;
   return true;
@@ -245,102 +241,101 @@ bool make_first_buckets(TableOf<Kind> &table) {
 
 // ---- one key
 
-template <class Kind>
-EntryOf<Kind> *find(const TableOf<Kind> &table, KeyOf<Kind> key) {
+template <class Table>
+EntryOf<Table> *find(const Table &table, KeyOf<Table> key) {
   if (table.buckets.count < 1) return nullptr;
-  const uint64_t word = Kind::word(table, key);
-  return find_in<Kind>(table, bucket_of(table, word), word, key);
+  const uint64_t word = Policy<Table>::word(table, key);
+  return find_in(table, bucket_of(table, word), word, key);
 }
 
 // Appends an entry for a key that the chain lacks; nullptr, and the table unchanged, if memory runs out.
-template <class Kind>
-EntryOf<Kind> *append(TableOf<Kind> &table, int64_t bucket, EntryOf<Kind> *last, uint64_t word,
-                      KeyOf<Kind> key) {
-  auto *entry = static_cast<EntryOf<Kind> *>(pool::take(table.entry_pool));
+template <class Table>
+EntryOf<Table> *append(Table &table, int64_t bucket, EntryOf<Table> *last, uint64_t word, KeyOf<Table> key) {
+  auto *entry = static_cast<EntryOf<Table> *>(pool::take(table.entry_pool));
   if (entry == nullptr) return nullptr;
-  Kind::store_word(*entry, word);
-  if (!Kind::store_key(table, *entry, key)) {
+  Policy<Table>::store_word(*entry, word);
+  if (!Policy<Table>::store_key(table, *entry, key)) {
     pool::give(table.entry_pool, entry);
     return nullptr;
   }
   entry->next = nullptr;
   entry->value = 0;
-  link<Kind>(table, bucket, last, entry);
-  if (++table.count >= kMeanChain * table.buckets.count) expand<Kind>(table);
+  link(table, bucket, last, entry);
+  if (++table.count >= kMeanChain * table.buckets.count) expand(table);
   return entry;
 }
 
-template <class Kind>
-EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted);
+template <class Table>
+EntryOf<Table> *insert(Table &table, KeyOf<Table> key, int &inserted);
 
-template <class Kind>
-__attribute__((noinline)) EntryOf<Kind> *insert_first(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
+template <class Table>
+__attribute__((noinline)) EntryOf<Table> *insert_first(Table &table, KeyOf<Table> key, int &inserted) {
   // The key may lie in the block of the key stream, which an emptied table keeps and which is about to grow.
-  return Kind::with_pinned(table, key, [&](KeyOf<Kind> pinned) {
-    return make_first_buckets<Kind>(table) ? insert<Kind>(table, pinned, inserted) : nullptr;
+  return Policy<Table>::with_pinned(table, key, [&](KeyOf<Table> pinned) {
+    return make_first_buckets(table) ? insert(table, pinned, inserted) : nullptr;
   });
 }
 
 // Finds the entry of a key or adds it; nullptr if memory runs out.
-template <class Kind>
-EntryOf<Kind> *insert(TableOf<Kind> &table, KeyOf<Kind> key, int &inserted) {
+template <class Table>
+EntryOf<Table> *insert(Table &table, KeyOf<Table> key, int &inserted) {
   inserted = 0;
-  if (table.buckets.count < 1) return insert_first<Kind>(table, key, inserted);
-  const uint64_t word = Kind::word(table, key);
+  if (table.buckets.count < 1) return insert_first(table, key, inserted);
+  const uint64_t word = Policy<Table>::word(table, key);
   const int64_t bucket = bucket_of(table, word);
-  const auto place = search_key<Kind>(table, bucket, key);
+  const auto place = search_key(table, bucket, key);
   if (place.entry != nullptr) return place.entry;
-  EntryOf<Kind> *entry = append<Kind>(table, bucket, place.before, word, key);
+  EntryOf<Table> *entry = append(table, bucket, place.before, word, key);
   inserted = entry != nullptr ? 1 : 0;
   return entry;
 }
 
 // Unlinks the entry of a key and deletes its key bytes. The caller lowers `count` and returns the block.
-template <class Kind>
-EntryOf<Kind> *detach(TableOf<Kind> &table, KeyOf<Kind> key) {
+template <class Table>
+EntryOf<Table> *detach(Table &table, KeyOf<Table> key) {
   if (table.buckets.count < 1) return nullptr;
-  const uint64_t word = Kind::word(table, key);
-  EntryOf<Kind> *entry = unlink<Kind>(table, bucket_of(table, word), word, key);
-  if (entry != nullptr) Kind::erase_key(table, *entry);
+  const uint64_t word = Policy<Table>::word(table, key);
+  EntryOf<Table> *entry = unlink(table, bucket_of(table, word), word, key);
+  if (entry != nullptr) Policy<Table>::erase_key(table, *entry);
   return entry;
 }
 
 // `init` runs after the block was stored in the entry and in `value_out`.
-template <class Kind>
-int set(TableOf<Kind> &table, KeyOf<Kind> key, uint64_t &value_out, mub_init_fn init) {
+template <class Table>
+int set(Table &table, KeyOf<Table> key, uint64_t &value_out, mub_init_fn init) {
   int inserted;
-  EntryOf<Kind> *entry = insert<Kind>(table, key, inserted);
+  EntryOf<Table> *entry = insert(table, key, inserted);
   if (inserted != 0) entry->value = word_of(pool::take(table.value_pool));
   value_out = entry == nullptr ? 0 : entry->value;
   if (inserted != 0) initialise(value_out, init);
   return inserted;
 }
 
-template <class Kind>
-uint64_t get(const TableOf<Kind> &table, KeyOf<Kind> key) {
-  const EntryOf<Kind> *entry = find<Kind>(table, key);
+template <class Table>
+uint64_t get(const Table &table, KeyOf<Table> key) {
+  const EntryOf<Table> *entry = find(table, key);
   return entry == nullptr ? 0 : entry->value;
 }
 
-template <class Kind>
-int insert_value(TableOf<Kind> &table, KeyOf<Kind> key, uint64_t value) {
+template <class Table>
+int insert_value(Table &table, KeyOf<Table> key, uint64_t value) {
   int inserted;
-  EntryOf<Kind> *entry = insert<Kind>(table, key, inserted);
+  EntryOf<Table> *entry = insert(table, key, inserted);
   if (inserted != 0) entry->value = value;
   return inserted;
 }
 
-template <class Kind>
-uint64_t update(TableOf<Kind> &table, KeyOf<Kind> key, uint64_t value) {
-  EntryOf<Kind> *entry = find<Kind>(table, key);
+template <class Table>
+uint64_t update(Table &table, KeyOf<Table> key, uint64_t value) {
+  EntryOf<Table> *entry = find(table, key);
   return entry == nullptr ? 0 : std::exchange(entry->value, value);
 }
 
 // Removes a key. `part_with` is called with the value, after the entry was unlinked and before its block is
 // returned.
-template <class Kind, class PartWith>
-bool remove(TableOf<Kind> &table, KeyOf<Kind> key, PartWith part_with) {
-  EntryOf<Kind> *entry = detach<Kind>(table, key);
+template <class Table, class PartWith>
+bool remove(Table &table, KeyOf<Table> key, PartWith part_with) {
+  EntryOf<Table> *entry = detach(table, key);
   if (entry == nullptr) return false;
   --table.count;
   part_with(entry->value);
@@ -348,16 +343,16 @@ bool remove(TableOf<Kind> &table, KeyOf<Kind> key, PartWith part_with) {
   return true;
 }
 
-template <class Kind>
-uint64_t remove(TableOf<Kind> &table, KeyOf<Kind> key) {
+template <class Table>
+uint64_t remove(Table &table, KeyOf<Table> key) {
   uint64_t removed = 0;
-  remove<Kind>(table, key, [&](uint64_t value) { removed = value; });
+  remove(table, key, [&](uint64_t value) { removed = value; });
   return removed;
 }
 
-template <class Kind>
-TableOf<Kind> *free(TableOf<Kind> &table, KeyOf<Kind> key, mub_free_fn release_it) {
-  const bool found = remove<Kind>(table, key, [&](uint64_t value) {
+template <class Table>
+Table *free(Table &table, KeyOf<Table> key, mub_free_fn release_it) {
+  const bool found = remove(table, key, [&](uint64_t value) {
     if (release_it != nullptr) release_it(value);
     return_value(value_pool_of(table), value);
   });
@@ -366,83 +361,83 @@ TableOf<Kind> *free(TableOf<Kind> &table, KeyOf<Kind> key, mub_free_fn release_i
 
 // ---- walks
 
-template <class Kind>
-EntryOf<Kind> *first_from(const TableOf<Kind> &table, int64_t bucket, int64_t &bucket_out) {
+template <class Table>
+EntryOf<Table> *first_from(const Table &table, int64_t bucket, int64_t &bucket_out) {
   for (; bucket < table.buckets.count; ++bucket) {
     if (table.buckets.items[bucket] == 0) continue;
     bucket_out = bucket;
-    return head<Kind>(table, bucket);
+    return head(table, bucket);
   }
   return nullptr;
 }
 
-template <class Kind>
-EntryOf<Kind> *entry_first(const TableOf<Kind> &table, int64_t &bucket_out) {
+template <class Table>
+EntryOf<Table> *entry_first(const Table &table, int64_t &bucket_out) {
   bucket_out = 0;
-  return table.count == 0 ? nullptr : first_from<Kind>(table, 0, bucket_out);
+  return table.count == 0 ? nullptr : first_from(table, 0, bucket_out);
 }
 
-template <class Kind>
-EntryOf<Kind> *entry_next(const TableOf<Kind> &table, int64_t &bucket, const EntryOf<Kind> &entry) {
+template <class Table>
+EntryOf<Table> *entry_next(const Table &table, int64_t &bucket, const EntryOf<Table> &entry) {
   if (entry.next != nullptr) return entry.next;
   // The caller passes the bucket: any number must be safe.
   if (bucket >= table.buckets.count - 1) return nullptr;
-  return first_from<Kind>(table, std::max<int64_t>(bucket + 1, 0), bucket);
+  return first_from(table, std::max<int64_t>(bucket + 1, 0), bucket);
 }
 
 // ---- the whole table
 
-template <class Kind>
-void init(TableOf<Kind> &table, int with_entry_pool, int with_value_pool) {
+template <class Table>
+void init(Table &table, int with_entry_pool, int with_value_pool) {
   table = {};
-  if (with_entry_pool != 0) entry_pool_of(table).make(sizeof(EntryOf<Kind>));
+  if (with_entry_pool != 0) entry_pool_of(table).make(sizeof(EntryOf<Table>));
   if (with_value_pool != 0) value_pool_of(table).make(0);
   table.buckets.pool = table.entry_pool;
 }
 
-template <class Kind>
-void term(TableOf<Kind> &table) {
-  Kind::term_keys(table);
+template <class Table>
+void term(Table &table) {
+  Policy<Table>::term_keys(table);
   slots::term(table.buckets);
   table.buckets.pool = nullptr;
   destroy_pools(table);
   table.count = 0;
 }
 
-template <class Kind>
-void swap(TableOf<Kind> &a, TableOf<Kind> &b) {
+template <class Table>
+void swap(Table &a, Table &b) {
   slots::swap(a.buckets, b.buckets);
   std::swap(a.count, b.count);
-  Kind::swap_keys(a, b);
+  Policy<Table>::swap_keys(a, b);
   swap_pools(a, b);
 }
 
-template <class Kind>
-void remove_all_entry(TableOf<Kind> &table) {
-  for_each<Kind>(table, [&](EntryOf<Kind> &entry) { pool::give(table.entry_pool, &entry); });
+template <class Table>
+void remove_all_entry(Table &table) {
+  for_each(table, [&](EntryOf<Table> &entry) { pool::give(table.entry_pool, &entry); });
 }
 
-template <class Kind>
-void remove_all(TableOf<Kind> &table) {
-  if (table.owns_entry_pool == 0) remove_all_entry<Kind>(table);
-  Kind::clear_keys(table);
+template <class Table>
+void remove_all(Table &table) {
+  if (table.owns_entry_pool == 0) remove_all_entry(table);
+  Policy<Table>::clear_keys(table);
   slots::remove_all(table.buckets);
   empty_pools(table);
   table.count = 0;
 }
 
-template <class Kind>
-void free_all_entry(TableOf<Kind> &table, mub_free_fn release_it) {
-  for_each<Kind>(table, [&](EntryOf<Kind> &entry) {
+template <class Table>
+void free_all_entry(Table &table, mub_free_fn release_it) {
+  for_each(table, [&](EntryOf<Table> &entry) {
     release_value(value_pool_of(table), entry.value, release_it);
     if (table.owns_entry_pool == 0) pool::give(table.entry_pool, &entry);
   });
 }
 
-template <class Kind>
-void free_all(TableOf<Kind> &table, mub_free_fn release_it) {
-  if (frees_one_by_one(table, release_it)) free_all_entry<Kind>(table, release_it);
-  Kind::term_keys(table);
+template <class Table>
+void free_all(Table &table, mub_free_fn release_it) {
+  if (frees_one_by_one(table, release_it)) free_all_entry(table, release_it);
+  Policy<Table>::term_keys(table);
   slots::term(table.buckets);
   empty_pools(table);
   table.count = 0;

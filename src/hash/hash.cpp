@@ -12,33 +12,35 @@ __attribute__((noinline)) bool same_text(const uint8_t *stored, ByteKey key) {
   return bytes::icompare(stored, key.length, key.bytes, key.length) == 0;
 }
 
+}  // namespace
+
 // Byte-string keys in the table's key stream, hashed by the CRC-32 register.
-struct ByteKeys : PackedKeys<mub_hash> {
-  using Table = mub_hash;
+template <>
+struct Policy<mub_hash> : PackedKeys<mub_hash> {
   using Entry = mub_hash_entry;
   static constexpr bool kClearsNewEntries = false;
 
-  static uint64_t word(const Table &table, Key key) {
+  static uint64_t word(const mub_hash &table, Key key) {
     return table.nocase == 0 ? key_hash(key.bytes, key.length) : key_hash_nocase(key.bytes, key.length);
   }
   static uint64_t entry_word(const Entry &entry) { return entry.hash; }
 
-  static bool same_key(const Table &table, const Entry &entry, Key key) {
+  static bool same_key(const mub_hash &table, const Entry &entry, Key key) {
     if (entry.key_length != key.length) return false;
     const Key own = key_of(table, entry);
     if (own.length != key.length) return false;
     return table.nocase == 0 ? bytes::equal(own.bytes, key.bytes, key.length) : same_text(own.bytes, key);
   }
-  static bool matches(const Table &table, const Entry &entry, uint64_t word, Key key) {
+  static bool matches(const mub_hash &table, const Entry &entry, uint64_t word, Key key) {
     return entry.hash == word && same_key(table, entry, key);
   }
 
   // Failure does not matter here: an insertion fails if there is no room for its own key.
-  static void reserve_keys(Table &table, int64_t size_bytes) { buffer::expand(table.keys, size_bytes); }
+  static void reserve_keys(mub_hash &table, int64_t size_bytes) { buffer::expand(table.keys, size_bytes); }
 
   static void store_word(Entry &entry, uint64_t word) { entry.hash = static_cast<uint32_t>(word); }
 
-  static void erase_key(Table &table, Entry &entry) {
+  static void erase_key(mub_hash &table, Entry &entry) {
     const uint32_t offset = entry.key_offset;
     const uint32_t length = entry.key_length;
     PackedKeys::cut_key(table, entry, [&](keys::Range cut) { lower_offsets(table, cut); });
@@ -49,20 +51,19 @@ struct ByteKeys : PackedKeys<mub_hash> {
   }
 
   // Called after one entry was unlinked and before `count` is lowered.
-  static void lower_offsets(Table &table, keys::Range cut) {
-    const bool fills_pool = chained::fills_its_pool<ByteKeys>(table, 1);
+  static void lower_offsets(mub_hash &table, keys::Range cut) {
+    const bool fills_pool = chained::fills_its_pool(table, 1);
     keys::lower_offsets<Entry>(table.entry_pool, fills_pool, cut,
-                               [&](auto lower) { chained::for_each<ByteKeys>(table, lower); });
+                               [&](auto lower) { chained::for_each(table, lower); });
   }
 
   template <class Use>
-  static Entry *with_pinned(const Table &table, Key key, Use use) {
+  static Entry *with_pinned(const mub_hash &table, Key key, Use use) {
     const PinnedBytes pinned = buffer::pinned(table.keys, key.bytes, key.length);
     return pinned.failed() ? nullptr : use({bytes::as_bytes(pinned.bytes()), key.length});
   }
 };
 
-}  // namespace
 }  // namespace mub
 
 using namespace mub;
@@ -70,17 +71,17 @@ using namespace mub;
 extern "C" {
 
 mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_value_pool) {
-  chained::init<ByteKeys>(*hash, with_entry_pool, with_value_pool);
+  chained::init(*hash, with_entry_pool, with_value_pool);
   return hash;
 }
 
-void mub_hash_term(mub_hash *hash) { chained::term<ByteKeys>(*hash); }
+void mub_hash_term(mub_hash *hash) { chained::term(*hash); }
 
-void mub_hash_swap(mub_hash *a, mub_hash *b) { chained::swap<ByteKeys>(*a, *b); }
+void mub_hash_swap(mub_hash *a, mub_hash *b) { chained::swap(*a, *b); }
 
 mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
                          mub_pool *destination_user_pool, mub_clone_fn callback) {
-  return chained::clone<ByteKeys>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  return chained::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
 
 uint64_t mub_hash_key(const void *key, int64_t length, int nocase) {
@@ -94,92 +95,90 @@ int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t b_lengt
 }
 
 int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64_t *value_out, mub_init_fn init) {
-  return chained::set<ByteKeys>(*hash, measured_key(key, length), *value_out, init);
+  return chained::set(*hash, measured_key(key, length), *value_out, init);
 }
 
 uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t length) {
-  return chained::get<ByteKeys>(*hash, measured_key(key, length));
+  return chained::get(*hash, measured_key(key, length));
 }
 
 int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uint64_t value) {
-  return chained::insert_value<ByteKeys>(*hash, measured_key(key, length), value);
+  return chained::insert_value(*hash, measured_key(key, length), value);
 }
 
 uint64_t mub_hash_update(mub_hash *hash, const void *key, int64_t length, uint64_t value) {
-  return chained::update<ByteKeys>(*hash, measured_key(key, length), value);
+  return chained::update(*hash, measured_key(key, length), value);
 }
 
 int mub_hash_find(const mub_hash *hash, const void *key, int64_t length) {
-  return chained::find<ByteKeys>(*hash, measured_key(key, length)) != nullptr ? 1 : 0;
+  return chained::find(*hash, measured_key(key, length)) != nullptr ? 1 : 0;
 }
 
 uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length) {
-  return chained::remove<ByteKeys>(*hash, measured_key(key, length));
+  return chained::remove(*hash, measured_key(key, length));
 }
 
 mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length, mub_free_fn release) {
-  return chained::free<ByteKeys>(*hash, measured_key(key, length), release);
+  return chained::free(*hash, measured_key(key, length), release);
 }
 
-void mub_hash_remove_all(mub_hash *hash) { chained::remove_all<ByteKeys>(*hash); }
+void mub_hash_remove_all(mub_hash *hash) { chained::remove_all(*hash); }
 
-void mub_hash_free_all(mub_hash *hash, mub_free_fn release) { chained::free_all<ByteKeys>(*hash, release); }
+void mub_hash_free_all(mub_hash *hash, mub_free_fn release) { chained::free_all(*hash, release); }
 
-void mub_hash_remove_all_entry(mub_hash *hash) { chained::remove_all_entry<ByteKeys>(*hash); }
+void mub_hash_remove_all_entry(mub_hash *hash) { chained::remove_all_entry(*hash); }
 
-void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release) {
-  chained::free_all_entry<ByteKeys>(*hash, release);
-}
+void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release) { chained::free_all_entry(*hash, release); }
 
 int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, mub_hash_entry **entry_out) {
   int inserted;
-  *entry_out = chained::insert<ByteKeys>(*hash, measured_key(key, length), inserted);
+  *entry_out = chained::insert(*hash, measured_key(key, length), inserted);
   return inserted;
 }
 
 mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key, int64_t length) {
-  return chained::find<ByteKeys>(*hash, measured_key(key, length));
+  return chained::find(*hash, measured_key(key, length));
 }
 
 mub_hash_entry *mub_hash_entry_first(const mub_hash *hash, int64_t *bucket_out) {
-  return chained::entry_first<ByteKeys>(*hash, *bucket_out);
+  return chained::entry_first(*hash, *bucket_out);
 }
 
 mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucket_io, const mub_hash_entry *entry) {
-  return chained::entry_next<ByteKeys>(*hash, *bucket_io, *entry);
+  return chained::entry_next(*hash, *bucket_io, *entry);
 }
 
 mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint32_t, const void *key, int64_t length,
                                    int *inserted_out) {
-  return chained::entry_new<ByteKeys>(*hash, bucket, raw_key(key, length), *inserted_out);
+  return chained::entry_new(*hash, bucket, raw_key(key, length), *inserted_out);
 }
 
 mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket, uint32_t hash_value,
                                     const void *key, int64_t length) {
-  return chained::find_in<ByteKeys>(*hash, bucket, hash_value, raw_key(key, length));
+  return chained::find_in(*hash, bucket, hash_value, raw_key(key, length));
 }
 
 mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, uint32_t hash_value, const void *key,
                                       int64_t length) {
-  return chained::unlink<ByteKeys>(*hash, bucket, hash_value, raw_key(key, length));
+  return chained::unlink(*hash, bucket, hash_value, raw_key(key, length));
 }
 
-void mub_hash_expand(mub_hash *hash) { chained::expand<ByteKeys>(*hash); }
+void mub_hash_expand(mub_hash *hash) { chained::expand(*hash); }
 
 mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64_t length, int *inserted_out) {
-  return chained::insert<ByteKeys>(*hash, measured_key(key, length), *inserted_out);
+  return chained::insert(*hash, measured_key(key, length), *inserted_out);
 }
 
 mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length) {
-  return length < 0 ? nullptr : chained::find<ByteKeys>(*hash, raw_key(key, length));
+  return length < 0 ? nullptr : chained::find(*hash, raw_key(key, length));
 }
 
 mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length) {
-  return length < 0 ? nullptr : chained::detach<ByteKeys>(*hash, raw_key(key, length));
+  return length < 0 ? nullptr : chained::detach(*hash, raw_key(key, length));
 }
 
 void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length) {
   const keys::Range cut = {offset, static_cast<uint32_t>(length)};
-  chained::for_each<ByteKeys>(*hash, [&](mub_hash_entry &entry) { keys::lower_offset(entry, cut); });
+  chained::for_each(*hash, [&](mub_hash_entry &entry) { keys::lower_offset(entry, cut); });
 }
 }

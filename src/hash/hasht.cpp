@@ -3,7 +3,7 @@
 
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"
-#include "hash/keys_in_entries.h"
+#include "hash/fixed_keys.h"
 
 namespace mub {
 namespace {
@@ -23,24 +23,26 @@ uint32_t hash_of(const uint32_t *key) {
   return key_hash(bytes, sizeof bytes);
 }
 
+}  // namespace
+
 // Keys of four words. Entries have no field for a hash, so keys are hashed again when the buckets double.
-struct Keys : KeysInEntries<mub_hasht, mub_hasht_entry, FourWords> {
-  static uint64_t word(const Table &, const Key &key) { return hash_of(key.words); }
+template <>
+struct Policy<mub_hasht> : FixedKeys<mub_hasht, mub_hasht_entry, FourWords> {
+  static uint64_t word(const mub_hasht &, const Key &key) { return hash_of(key.words); }
   static uint64_t entry_word(const Entry &entry) { return hash_of(entry.key); }
-  static bool same_key(const Table &, const Entry &entry, const Key &key) {
+  static bool same_key(const mub_hasht &, const Entry &entry, const Key &key) {
     return std::equal(key.words, key.words + kKeyWords, entry.key);
   }
   // There is no stored word to compare first.
-  static bool matches(const Table &table, const Entry &entry, uint64_t, const Key &key) {
+  static bool matches(const mub_hasht &table, const Entry &entry, uint64_t, const Key &key) {
     return same_key(table, entry, key);
   }
-  static bool store_key(Table &, Entry &entry, const Key &key) {
+  static bool store_key(mub_hasht &, Entry &entry, const Key &key) {
     std::copy_n(key.words, kKeyWords, entry.key);
     return true;
   }
 };
 
-}  // namespace
 }  // namespace mub
 
 using namespace mub;
@@ -48,17 +50,17 @@ using namespace mub;
 extern "C" {
 
 mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int with_value_pool) {
-  chained::init<Keys>(*table, with_entry_pool, with_value_pool);
+  chained::init(*table, with_entry_pool, with_value_pool);
   return table;
 }
 
-void mub_hasht_term(mub_hasht *table) { chained::term<Keys>(*table); }
+void mub_hasht_term(mub_hasht *table) { chained::term(*table); }
 
-void mub_hasht_swap(mub_hasht *a, mub_hasht *b) { chained::swap<Keys>(*a, *b); }
+void mub_hasht_swap(mub_hasht *a, mub_hasht *b) { chained::swap(*a, *b); }
 
 mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool, mub_hasht *destination,
                            mub_pool *destination_user_pool, mub_clone_fn callback) {
-  return chained::clone<Keys>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  return chained::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
 
 uint32_t mub_hasht_key(const uint32_t *key) { return hash_of(key); }
@@ -73,77 +75,77 @@ void mub_hasht_copy(uint32_t *destination, const uint32_t *source) {
 }
 
 int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value_out, mub_init_fn init) {
-  return chained::set<Keys>(*table, words_of(key), *value_out, init);
+  return chained::set(*table, words_of(key), *value_out, init);
 }
 
 uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key) {
-  return chained::get<Keys>(*table, words_of(key));
+  return chained::get(*table, words_of(key));
 }
 
 int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t value) {
-  return chained::insert_value<Keys>(*table, words_of(key), value);
+  return chained::insert_value(*table, words_of(key), value);
 }
 
 uint64_t mub_hasht_update(mub_hasht *table, const uint32_t *key, uint64_t value) {
-  return chained::update<Keys>(*table, words_of(key), value);
+  return chained::update(*table, words_of(key), value);
 }
 
 int mub_hasht_find(const mub_hasht *table, const uint32_t *key) {
-  return chained::find<Keys>(*table, words_of(key)) != nullptr ? 1 : 0;
+  return chained::find(*table, words_of(key)) != nullptr ? 1 : 0;
 }
 
 uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key) {
-  return chained::remove<Keys>(*table, words_of(key));
+  return chained::remove(*table, words_of(key));
 }
 
 mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_free_fn release) {
-  return chained::free<Keys>(*table, words_of(key), release);
+  return chained::free(*table, words_of(key), release);
 }
 
-void mub_hasht_remove_all(mub_hasht *table) { chained::remove_all<Keys>(*table); }
+void mub_hasht_remove_all(mub_hasht *table) { chained::remove_all(*table); }
 
-void mub_hasht_free_all(mub_hasht *table, mub_free_fn release) { chained::free_all<Keys>(*table, release); }
+void mub_hasht_free_all(mub_hasht *table, mub_free_fn release) { chained::free_all(*table, release); }
 
-void mub_hasht_remove_all_entry(mub_hasht *table) { chained::remove_all_entry<Keys>(*table); }
+void mub_hasht_remove_all_entry(mub_hasht *table) { chained::remove_all_entry(*table); }
 
 void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release) {
-  chained::free_all_entry<Keys>(*table, release);
+  chained::free_all_entry(*table, release);
 }
 
 int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht_entry **entry_out) {
   int inserted;
-  *entry_out = chained::insert<Keys>(*table, words_of(key), inserted);
+  *entry_out = chained::insert(*table, words_of(key), inserted);
   return inserted;
 }
 
 mub_hasht_entry *mub_hasht_entry_get(const mub_hasht *table, const uint32_t *key) {
-  return chained::find<Keys>(*table, words_of(key));
+  return chained::find(*table, words_of(key));
 }
 
 mub_hasht_entry *mub_hasht_entry_new(mub_hasht *table, int64_t bucket, const uint32_t *key,
                                      int *inserted_out) {
-  return chained::entry_new<Keys>(*table, bucket, words_of(key), *inserted_out);
+  return chained::entry_new(*table, bucket, words_of(key), *inserted_out);
 }
 
 mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bucket, const uint32_t *key) {
-  return chained::find_in<Keys>(*table, bucket, 0, words_of(key));
+  return chained::find_in(*table, bucket, 0, words_of(key));
 }
 
 mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket, const uint32_t *key) {
-  return chained::unlink<Keys>(*table, bucket, 0, words_of(key));
+  return chained::unlink(*table, bucket, 0, words_of(key));
 }
 
-void mub_hasht_expand(mub_hasht *table) { chained::expand<Keys>(*table); }
+void mub_hasht_expand(mub_hasht *table) { chained::expand(*table); }
 
 mub_hasht_entry *mub_hasht_insert_t(mub_hasht *table, const uint32_t *key, int *inserted_out) {
-  return chained::insert<Keys>(*table, words_of(key), *inserted_out);
+  return chained::insert(*table, words_of(key), *inserted_out);
 }
 
 mub_hasht_entry *mub_hasht_find_t(const mub_hasht *table, const uint32_t *key) {
-  return chained::find<Keys>(*table, words_of(key));
+  return chained::find(*table, words_of(key));
 }
 
 mub_hasht_entry *mub_hasht_remove_t(mub_hasht *table, const uint32_t *key) {
-  return chained::detach<Keys>(*table, words_of(key));
+  return chained::detach(*table, words_of(key));
 }
 }
