@@ -15,8 +15,7 @@
 //
 // Threads: functions that take a const list write nothing, so readers may run in parallel.
 //
-// The policy is ChainPolicy<List>, specialised for lists that have keys, or several values in an entry. It
-// provides what containers/key_store.h lists, and
+// The policy provides what containers/key_store.h lists, and
 //   Entry                                     the struct of an entry
 //   retract_key(list, entry)                  removes the key that was stored last; used to undo additions
 //   release_values(list, entry, release_it)   releases the values of an entry
@@ -28,6 +27,7 @@
 
 #include "containers/container_pools.h"
 #include "containers/key_store.h"
+#include "containers/policy.h"
 #include "containers/pool_copy.h"
 #include "mub_list.h"
 #include "pool/pool.h"
@@ -39,23 +39,13 @@ template <class List, class Keys>
 struct ListEntries : Keys {
   using Entry = std::remove_pointer_t<decltype(List::head)>;
 
+  static void retract_key(List &, const Entry &) {}
   static void release_values(List &list, const Entry &entry, mub_free_fn release_it) {
     release_value(value_pool_of(list), entry.value, release_it);
   }
 };
 
-template <class List>
-struct ChainPolicy : ListEntries<List, NoKeys<List>> {
-  template <class Entry>
-  static void retract_key(List &, Entry &) {}
-};
-
 namespace chain {
-
-template <class List>
-using EntryOf = typename ChainPolicy<List>::Entry;
-template <class List>
-using KeyOf = typename ChainPolicy<List>::Key;
 
 // ---- positions
 
@@ -147,7 +137,7 @@ EntryOf<List> *take_entry(List &list) {
 template <class List>
 EntryOf<List> *take_entry_with(List &list, KeyOf<List> key) {
   EntryOf<List> *entry = take_entry(list);
-  if (entry == nullptr || ChainPolicy<List>::store_key(list, *entry, key)) return entry;
+  if (entry == nullptr || Policy<List>::store_key(list, *entry, key)) return entry;
   pool::give(list.entry_pool, entry);
   return nullptr;
 }
@@ -190,7 +180,7 @@ template <class List>
 void retract(List &list, End end, int64_t count) {
   while (list.count > count) {
     EntryOf<List> &latest = *entry_at(list, end);
-    ChainPolicy<List>::retract_key(list, latest);
+    Policy<List>::retract_key(list, latest);
     drop(list, latest);
   }
 }
@@ -204,7 +194,7 @@ void add_list(List &list, const List &source, End end) {
   const End start = opposite(end);
   const EntryOf<List> *entry = entry_at(source, start);
   for (int64_t i = 0; entry != nullptr && i < added; ++i) {
-    const auto key = ChainPolicy<List>::key_of(source, *entry);
+    const auto key = Policy<List>::key_of(source, *entry);
     if (add(list, gap_at(list, end), key, entry->value) == nullptr) return retract(list, end, old_count);
     entry = next_from(*entry, start);
   }
@@ -229,7 +219,7 @@ template <class List>
 uint64_t remove(List &list, EntryOf<List> *entry) {
   if (entry == nullptr) return 0;
   const uint64_t value = entry->value;
-  ChainPolicy<List>::erase_key(list, *entry);
+  Policy<List>::erase_key(list, *entry);
   drop(list, *entry);
   return value;
 }
@@ -273,7 +263,7 @@ void return_entries_to_caller(List &list) {
 template <class List>
 void term(List &list) {
   return_entries_to_caller(list);
-  ChainPolicy<List>::term_keys(list);
+  Policy<List>::term_keys(list);
   destroy_pools(list);
   forget_entries(list);
 }
@@ -282,7 +272,7 @@ void term(List &list) {
 template <class List>
 void remove_all(List &list) {
   return_entries_to_caller(list);
-  ChainPolicy<List>::clear_keys(list);
+  Policy<List>::clear_keys(list);
   entry_pool_of(list).empty();
   forget_entries(list);
 }
@@ -297,7 +287,7 @@ void remove_all_with_values(List &list) {
 template <class List>
 void free_all_entry(List &list, mub_free_fn release_it) {
   for_each(list, [&](EntryOf<List> &entry) {
-    ChainPolicy<List>::release_values(list, entry, release_it);
+    Policy<List>::release_values(list, entry, release_it);
     if (list.owns_entry_pool == 0) pool::give(list.entry_pool, &entry);
   });
 }
@@ -305,7 +295,7 @@ void free_all_entry(List &list, mub_free_fn release_it) {
 template <class List>
 void free_all(List &list, mub_free_fn release_it) {
   if (frees_one_by_one(list, release_it)) free_all_entry(list, release_it);
-  ChainPolicy<List>::term_keys(list);
+  Policy<List>::term_keys(list);
   empty_pools(list);
   forget_entries(list);
 }
@@ -332,7 +322,7 @@ template <class List>
 bool copy_content(const List &source, List &copy, CloneCallback &callback) {
   share_callers_pools(source, copy, callback);
   PoolCopies pools;
-  if (!ChainPolicy<List>::clone_keys(source, copy) || !pools.clone(source, copy, callback)) return false;
+  if (!Policy<List>::clone_keys(source, copy) || !pools.clone(source, copy, callback)) return false;
   if (!copy_entries(source, copy, pools.entries)) return false;
   if (source.owns_value_pool == 0) return true;
   // Last, when nothing can fail: the callback is called for all entries or for none.

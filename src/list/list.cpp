@@ -10,7 +10,7 @@
 namespace mub {
 
 template <>
-struct ChainPolicy<mub_list> : ListEntries<mub_list, PackedKeys<mub_list>> {
+struct Policy<mub_list> : ListEntries<mub_list, PackedKeys<mub_list>> {
   static void retract_key(mub_list &list, Entry &entry) {
     buffer::shrink(list.keys, entry.key_offset);
     reset_key(entry);
@@ -29,10 +29,8 @@ struct ChainPolicy<mub_list> : ListEntries<mub_list, PackedKeys<mub_list>> {
 
 namespace {
 
-using Policy = ChainPolicy<mub_list>;
-
 uint64_t read_entry(const mub_list &list, const mub_list_entry *entry, const char **key, int64_t *length) {
-  const ByteKey bytes = entry != nullptr ? Policy::key_of(list, *entry) : ByteKey{nullptr, 0};
+  const ByteKey bytes = entry != nullptr ? Policy<mub_list>::key_of(list, *entry) : ByteKey{nullptr, 0};
   *key = reinterpret_cast<const char *>(bytes.bytes);
   *length = bytes.length;
   return chain::value_or_0(entry);
@@ -130,7 +128,7 @@ uint64_t mub_list_get_at(const mub_list *list, const mub_list_entry *position, c
 mub_list_entry *mub_list_find(const mub_list *list, const void *key, int64_t length) {
   const ByteKey wanted = measured_key(key, length);
   return chain::find(*list, [&](const mub_list_entry &entry) {
-    const ByteKey own = Policy::key_of(*list, entry);
+    const ByteKey own = Policy<mub_list>::key_of(*list, entry);
     return bytes::equal(own.bytes, own.length, wanted.bytes, wanted.length);
   });
 }
@@ -155,7 +153,7 @@ void mub_list_remove_all_entry(mub_list *list) { chain::return_entries_to_caller
 void mub_list_free_all_entry(mub_list *list, mub_free_fn release) { chain::free_all_entry(*list, release); }
 
 void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length) {
-  Policy::lower_offsets(*list, {offset, static_cast<uint32_t>(length)});
+  Policy<mub_list>::lower_offsets(*list, {offset, static_cast<uint32_t>(length)});
 }
 
 void mub_list_from_string(mub_list *list, int separator, const char *text, int64_t length) {
@@ -175,7 +173,7 @@ void mub_list_to_string(const mub_list *list, int separator, mub_string *string)
   const int64_t room = list->keys.length + std::max<int64_t>(list->count - 1, 0);
   pieces::join(*string, room, separator, [list](auto visit) {
     chain::for_each(*list, [&](const mub_list_entry &entry) {
-      const ByteKey key = Policy::key_of(*list, entry);
+      const ByteKey key = Policy<mub_list>::key_of(*list, entry);
       visit(pieces::BytesText{key.bytes, key.length});
     });
   });

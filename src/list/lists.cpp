@@ -3,6 +3,9 @@
 
 #include "list/linked_chain.h"
 
+template <>
+struct mub::Policy<mub_lists> : ListEntries<mub_lists, NoKeys<mub_lists>> {};
+
 using namespace mub;
 using chain::End;
 

@@ -15,7 +15,7 @@ int64_t held(const mub_listx_block &block) { return std::clamp<int64_t>(block.co
 }  // namespace
 
 template <>
-struct ChainPolicy<mub_listx> : ListEntries<mub_listx, NoKeys<mub_listx>> {
+struct Policy<mub_listx> : ListEntries<mub_listx, NoKeys<mub_listx>> {
   static void release_values(mub_listx &list, const Entry &block, mub_free_fn release_it) {
     for (int64_t i = 0; i < held(block); ++i) {
       release_value(value_pool_of(list), block.values[i], release_it);
@@ -135,6 +135,6 @@ void mub_listx_remove_all_entry(mub_listx *list) { chain::return_entries_to_call
 void mub_listx_free_all_entry(mub_listx *list, mub_free_fn release) { chain::free_all_entry(*list, release); }
 
 void mub_listx_free_array(mub_listx *list, mub_listx_block *block, mub_free_fn release) {
-  ChainPolicy<mub_listx>::release_values(*list, *block, release);
+  Policy<mub_listx>::release_values(*list, *block, release);
 }
 }
