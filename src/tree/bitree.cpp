@@ -4,10 +4,8 @@
 
 using namespace mub;
 
-namespace {
-
-struct Sides {
-  using Tree = mub_bitree;
+template <>
+struct mub::Policy<mub_bitree> {
   using Entry = mub_bitree_entry;
 
   static Entry *first_branch(const Entry &entry) {
@@ -42,7 +40,7 @@ struct Sides {
   }
 
   // Unlike in other containers, the copy keeps an entry pool that it has.
-  static void share_pools(const Tree &source, Tree &copy, CloneCallback &callback) {
+  static void share_pools(const mub_bitree &source, mub_bitree &copy, CloneCallback &callback) {
     const bool shares_entries = source.owns_entry_pool == 0 && copy.entry_pool == nullptr;
     if (shares_entries) share_pool(source.entry_pool, entry_pool_of(copy), callback);
     if (source.owns_value_pool == 0) share_pool(source.value_pool, value_pool_of(copy), callback);
@@ -57,6 +55,11 @@ struct Sides {
   }
 };
 
+template <>
+struct mub::Policy<mub_bitree_entry> : Policy<mub_bitree> {};
+
+namespace {
+
 void add(mub_bitree &tree, mub_bitree_entry &entry, int direction, mub_bitree_entry &added) {
   (direction < 0 ? entry.left : direction > 0 ? entry.right : entry.equal) = &added;
   added.parent = direction != 0 ? &entry : entry.parent;
@@ -68,40 +71,40 @@ void add(mub_bitree &tree, mub_bitree_entry &entry, int direction, mub_bitree_en
 extern "C" {
 
 mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int own_value_pool) {
-  linked::init<Sides>(*tree, own_entry_pool, own_value_pool);
+  linked::init(*tree, own_entry_pool, own_value_pool);
   return tree;
 }
 
 mub_bitree *mub_bitree_term(mub_bitree *tree) {
-  linked::term<Sides>(*tree);
+  linked::term(*tree);
   return tree;
 }
 
 mub_bitree *mub_bitree_remove_all(mub_bitree *tree) {
-  linked::remove_all<Sides>(*tree);
+  linked::remove_all(*tree);
   return tree;
 }
 
 mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release) {
-  linked::free_all<Sides>(*tree, release);
+  linked::free_all(*tree, release);
   return tree;
 }
 
 mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_user_pool, mub_bitree *destination,
                              mub_pool *destination_user_pool, mub_clone_fn callback) {
-  linked::clone<Sides>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  linked::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
 }
 
 mub_bitree_entry *mub_bitree_clone_entry(mub_bitree *tree, const mub_bitree_entry *source) {
-  return linked::Copying<Sides>(*tree).clone(*source);
+  return linked::Copying(*tree).clone(*source);
 }
 
-void mub_bitree_set_parent(mub_bitree_entry *entry) { Sides::set_parent(*entry); }
+void mub_bitree_set_parent(mub_bitree_entry *entry) { Policy<mub_bitree>::set_parent(*entry); }
 
 void mub_bitree_entry_init(mub_bitree_entry *entry) { *entry = {}; }
 
-mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree) { return linked::take_entry<Sides>(*tree); }
+mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree) { return linked::take_entry(*tree); }
 
 mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *entry, int direction,
                                  mub_bitree_entry *added) {
@@ -109,13 +112,13 @@ mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *entry, int 
   return tree;
 }
 
-void mub_bitree_entry_swap(mub_bitree_entry *a, mub_bitree_entry *b) { linked::swap_entries<Sides>(*a, *b); }
+void mub_bitree_entry_swap(mub_bitree_entry *a, mub_bitree_entry *b) { linked::swap_entries(*a, *b); }
 
 void mub_bitree_entry_remove(mub_bitree *tree, mub_bitree_entry *entry) {
-  linked::return_entries<Sides>(*tree, *entry);
+  linked::return_entries(*tree, *entry);
 }
 
 void mub_bitree_entry_free(mub_bitree *tree, mub_bitree_entry *entry, mub_free_fn release) {
-  linked::free_entries<Sides>(*tree, *entry, release);
+  linked::free_entries(*tree, *entry, release);
 }
 }

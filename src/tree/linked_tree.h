@@ -24,8 +24,9 @@
 // Threads: searches and steps that take const entries write nothing, so readers may run in parallel. A walk
 // writes to `parent` even if it keeps the entries: a clone walks the copy and only reads the source.
 //
-// The policy is the template argument Kind. It provides
-//   Tree, Entry                            the public structs
+// The policy provides the following. Functions that are given entries alone reach it through their type: the
+// policy of an entry is that of its tree.
+//   Entry                                  the struct of an entry
 //   first_branch(entry)                    returns the first branch; nullptr if there is none
 //   next_branch(above, branch)             returns the branch after another one; nullptr after the last
 //   copy_branches(entry, copy_of)          replaces every branch by copy_of(branch); null omits it
@@ -41,33 +42,29 @@
 #include <utility>
 
 #include "containers/container_pools.h"
+#include "containers/policy.h"
 #include "containers/pool_copy.h"
 #include "mub_tree.h"
 #include "pool/pool.h"
 
 namespace mub::linked {
 
-template <class Kind>
-using EntryOf = typename Kind::Entry;
-template <class Kind>
-using TreeOf = typename Kind::Tree;
-
 // Calls enter(entry) before and leave(entry, above) after the entries below it. `enter` may replace the
 // branches, `leave` may release the entry.
-template <class Kind, class Enter, class Leave>
-void walk(EntryOf<Kind> &top, Enter enter, Leave leave) {
-  EntryOf<Kind> *entry = &top;
+template <class Entry, class Enter, class Leave>
+void walk(Entry &top, Enter enter, Leave leave) {
+  Entry *entry = &top;
   enter(top);
-  EntryOf<Kind> *branch = Kind::first_branch(top);
+  Entry *branch = Policy<Entry>::first_branch(top);
   while (branch != nullptr || entry != &top) {
     if (branch != nullptr) {
       branch->parent = entry;
       entry = branch;
       enter(*entry);
-      branch = Kind::first_branch(*entry);
+      branch = Policy<Entry>::first_branch(*entry);
     } else {
-      EntryOf<Kind> *above = entry->parent;
-      branch = Kind::next_branch(*above, *entry);
+      Entry *above = entry->parent;
+      branch = Policy<Entry>::next_branch(*above, *entry);
       leave(*entry, above);
       entry = above;
     }
@@ -76,108 +73,107 @@ void walk(EntryOf<Kind> &top, Enter enter, Leave leave) {
 }
 
 // A walk that keeps the entries.
-template <class Kind, class Enter>
-void walk(EntryOf<Kind> &top, Enter enter) {
-  walk<Kind>(top, enter, Kind::restore_parents);
+template <class Entry, class Enter>
+void walk(Entry &top, Enter enter) {
+  walk(top, enter, Policy<Entry>::restore_parents);
 }
 
 // A walk from below, which may release the entries.
-template <class Kind, class Leave>
-void walk_upward(EntryOf<Kind> &top, Leave leave) {
-  walk<Kind>(
-      top, [](const EntryOf<Kind> &) {}, leave);
+template <class Entry, class Leave>
+void walk_upward(Entry &top, Leave leave) {
+  walk(
+      top, [](const Entry &) {}, leave);
 }
 
 // ---- entries
 
-template <class Kind>
-EntryOf<Kind> *take_entry(TreeOf<Kind> &tree) {
-  auto *entry = static_cast<EntryOf<Kind> *>(pool::take(tree.entry_pool));
+template <class Tree>
+EntryOf<Tree> *take_entry(Tree &tree) {
+  auto *entry = static_cast<EntryOf<Tree> *>(pool::take(tree.entry_pool));
   if (entry != nullptr) *entry = {};
   return entry;
 }
 
-template <class Kind>
-void return_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
+template <class Tree>
+void return_entry(Tree &tree, EntryOf<Tree> &entry) {
   if (&entry != &tree.root) pool::give(tree.entry_pool, &entry);
 }
 
-template <class Kind>
-void return_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top) {
+template <class Tree>
+void return_entries(Tree &tree, EntryOf<Tree> &top) {
   if (tree.entry_pool == nullptr) return;
-  walk_upward<Kind>(top,
-                    [&](EntryOf<Kind> &entry, const EntryOf<Kind> *) { return_entry<Kind>(tree, entry); });
+  walk_upward(top, [&](EntryOf<Tree> &entry, const EntryOf<Tree> *) { return_entry(tree, entry); });
 }
 
 // Releases the values of all entries from `top` down. The entries are returned to a caller's pool; without a
 // pool, or with an owned one, they stay linked.
-template <class Kind>
-void free_entries(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_it) {
+template <class Tree>
+void free_entries(Tree &tree, EntryOf<Tree> &top, mub_free_fn release_it) {
   const bool returns_entries = entry_pool_of(tree).is_callers();
-  walk_upward<Kind>(top, [&](EntryOf<Kind> &entry, const EntryOf<Kind> *above) {
+  walk_upward(top, [&](EntryOf<Tree> &entry, const EntryOf<Tree> *above) {
     release_value(value_pool_of(tree), entry.value, release_it);
     if (returns_entries) {
-      return_entry<Kind>(tree, entry);
+      return_entry(tree, entry);
     } else {
-      Kind::restore_parents(entry, above);
+      Policy<Tree>::restore_parents(entry, above);
     }
   });
 }
 
-template <class Kind>
-void swap_entries(EntryOf<Kind> &a, EntryOf<Kind> &b) {
+template <class Entry>
+void swap_entries(Entry &a, Entry &b) {
   std::swap(a, b);
-  Kind::set_parent(a);
-  Kind::set_parent(b);
+  Policy<Entry>::set_parent(a);
+  Policy<Entry>::set_parent(b);
 }
 
 // ---- the whole tree
 
-template <class Kind>
-void init(TreeOf<Kind> &tree, int own_entry_pool, int own_value_pool) {
+template <class Tree>
+void init(Tree &tree, int own_entry_pool, int own_value_pool) {
   tree = {};
-  if (own_entry_pool != 0) entry_pool_of(tree).make(sizeof(EntryOf<Kind>));
+  if (own_entry_pool != 0) entry_pool_of(tree).make(sizeof(EntryOf<Tree>));
   if (own_value_pool != 0) value_pool_of(tree).make(0);
 }
 
-template <class Kind>
-void remove_all(TreeOf<Kind> &tree) {
-  if (tree.owns_entry_pool == 0) return_entries<Kind>(tree, tree.root);
+template <class Tree>
+void remove_all(Tree &tree) {
+  if (tree.owns_entry_pool == 0) return_entries(tree, tree.root);
   empty_pools(tree);
   tree.root = {};
   tree.count = 0;
 }
 
-template <class Kind>
-void term(TreeOf<Kind> &tree) {
-  remove_all<Kind>(tree);
+template <class Tree>
+void term(Tree &tree) {
+  remove_all(tree);
   uint16_t owns_entries = tree.owns_entry_pool;  // copies, as the flags of the tree must not change
   uint16_t owns_values = tree.owns_value_pool;
   PoolField{tree.entry_pool, owns_entries}.destroy();
   PoolField{tree.value_pool, owns_values}.destroy();
 }
 
-template <class Kind>
-void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
+template <class Tree>
+void free_all(Tree &tree, mub_free_fn release_it) {
   if (frees_one_by_one(tree, release_it)) {
-    free_entries<Kind>(tree, tree.root, release_it);
+    free_entries(tree, tree.root, release_it);
     tree.root = {};  // its branches were returned
   }
-  remove_all<Kind>(tree);
+  remove_all(tree);
 }
 
 // ---- copies
 
 // Copies entries with all below them. A copied entry first refers to the branches of its source. When the
 // walk enters the copy, it replaces these by copies, which it then enters.
-template <class Kind>
+template <class Tree>
 class Copying {
  public:
-  explicit Copying(TreeOf<Kind> &copy) : copy_(copy) {}
+  explicit Copying(Tree &copy) : copy_(copy) {}
 
   // False if memory runs out; the caller then empties the copy.
-  bool clone(const TreeOf<Kind> &source, CloneCallback &callback) {
-    Kind::share_pools(source, copy_, callback);
+  bool clone(const Tree &source, CloneCallback &callback) {
+    Policy<Tree>::share_pools(source, copy_, callback);
     if (!pools_.clone(source, copy_, callback)) return false;
     copy_.root = source.root;
     if (!copy_below(copy_.root)) return false;
@@ -187,12 +183,12 @@ class Copying {
   }
 
   // Returns a copy of an entry and all below it, not linked; nullptr if memory runs out.
-  EntryOf<Kind> *clone(const EntryOf<Kind> &source) {
+  EntryOf<Tree> *clone(const EntryOf<Tree> &source) {
     pools_.entries.take_from(copy_.entry_pool);
-    EntryOf<Kind> *top = pools_.entries.copy_of(source);
+    EntryOf<Tree> *top = pools_.entries.copy_of(source);
     if (top == nullptr) return nullptr;
     if (!copy_below(*top)) {
-      return_entries<Kind>(copy_, *top);
+      return_entries(copy_, *top);
       return nullptr;
     }
     copy_.count += copied_;
@@ -200,18 +196,18 @@ class Copying {
   }
 
  private:
-  bool copy_below(EntryOf<Kind> &top) {
-    Kind::detach(top);
-    walk<Kind>(top, [this](EntryOf<Kind> &entry) {
-      Kind::copy_branches(entry, [this](const EntryOf<Kind> &branch) { return copy_of(branch); });
+  bool copy_below(EntryOf<Tree> &top) {
+    Policy<Tree>::detach(top);
+    walk(top, [this](EntryOf<Tree> &entry) {
+      Policy<Tree>::copy_branches(entry, [this](const EntryOf<Tree> &branch) { return copy_of(branch); });
     });
     return !failed_;
   }
 
   // After memory ran out, nothing more is copied, and the walk ends with the copies made so far.
-  EntryOf<Kind> *copy_of(const EntryOf<Kind> &source) {
+  EntryOf<Tree> *copy_of(const EntryOf<Tree> &source) {
     if (pools_.entries.is_whole()) return pools_.entries.copy_of(source);
-    EntryOf<Kind> *copy = failed_ ? nullptr : pools_.entries.copy_of(source);
+    EntryOf<Tree> *copy = failed_ ? nullptr : pools_.entries.copy_of(source);
     failed_ = copy == nullptr;
     copied_ += failed_ ? 0 : 1;
     return copy;
@@ -219,24 +215,24 @@ class Copying {
 
   // Last, when nothing can fail: the callback is called for all entries or for none.
   void translate_values(const CloneCallback &callback) {
-    walk<Kind>(copy_.root, [&](EntryOf<Kind> &entry) {
+    walk(copy_.root, [&](EntryOf<Tree> &entry) {
       const uint64_t source_value = entry.value;
       entry.value = pools_.values.translate(source_value);
       callback.notify(source_value, entry.value);
     });
   }
 
-  TreeOf<Kind> &copy_;
+  Tree &copy_;
   PoolCopies pools_;
   int64_t copied_ = 0;
   bool failed_ = false;
 };
 
-template <class Kind>
-void clone(const TreeOf<Kind> &source, TreeOf<Kind> &copy, CloneCallback callback) {
+template <class Tree>
+void clone(const Tree &source, Tree &copy, CloneCallback callback) {
   if (&source == &copy) return;
-  remove_all<Kind>(copy);
-  if (!Copying<Kind>(copy).clone(source, callback)) remove_all<Kind>(copy);
+  remove_all(copy);
+  if (!Copying(copy).clone(source, callback)) remove_all(copy);
 }
 
 }  // namespace mub::linked
