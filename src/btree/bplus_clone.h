@@ -10,19 +10,18 @@
 
 namespace mub::bplus {
 
-template <class Kind>
+template <class Tree>
 class Cloning {
  public:
-  using Tree = TreeOf<Kind>;
-  using Entry = EntryOf<Kind>;
-  using Record = RecordOf<Kind>;
+  using Entry = EntryOf<Tree>;
+  using Record = RecordOf<Tree>;
 
   Cloning(const Tree &source, Tree &copy) : source_(source), copy_(copy) {}
 
   // False if memory runs out; the caller then empties the copy.
   bool run(CloneCallback &callback) {
     share_callers_pools(source_, copy_, callback);
-    if (!Kind::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, callback)) return false;
+    if (!Policy<Tree>::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, callback)) return false;
     if (!slots::expand(copy_.root.children, kOrder)) return false;  // as an initialised root has
     if (!copy_below(source_.root, copy_.root)) return false;
     copy_.count = source_.count;
@@ -42,7 +41,7 @@ class Cloning {
     const Entry *from = &source_top;
     Entry *to = &copy_top;
     copy_top.level = source_top.level;
-    Kind::copy_key(copy_top, source_top);
+    Policy<Tree>::copy_key(copy_top, source_top);
     while (from != nullptr) {
       if (!copy_children(*from, *to)) return false;
       from = next_from_above(*from, source_top, true);
@@ -57,7 +56,7 @@ class Cloning {
     if (!slots::expand(to.children, from.children.capacity)) return false;
     for (int64_t i = 0; i < from.children.count; ++i) {
       const bool copied = from.level > 0 ? copy_entry(*entry_at(from, i), to)
-                                         : append_copy(pools_.nodes.copy_of(*record_at<Kind>(from, i)), to);
+                                         : append_copy(pools_.nodes.copy_of(*record_at(from, i)), to);
       if (!copied) return false;
     }
     return true;
@@ -82,8 +81,8 @@ class Cloning {
     const Entry *to = first_leaf(copy_.root);
     for (const Entry *from = first_leaf(source_.root); from != nullptr; from = neighbour<1>(*from)) {
       for (int64_t i = 0; i < from->children.count; ++i) {
-        const uint64_t value = record_at<Kind>(*from, i)->value;
-        Record *record = record_at<Kind>(*to, i);
+        const uint64_t value = record_at(*from, i)->value;
+        Record *record = record_at(*to, i);
         record->value = pools_.values.translate(value);
         callback.notify(value, record->value);
       }
@@ -96,21 +95,20 @@ class Cloning {
   PoolCopies pools_;
 };
 
-template <class Kind>
-int64_t clone(const TreeOf<Kind> &source, TreeOf<Kind> &copy, CloneCallback callback) {
+template <class Tree>
+int64_t clone(const Tree &source, Tree &copy, CloneCallback callback) {
   if (&source == &copy) return source.count;
-  remove_all<Kind>(copy);
-  if (!Cloning<Kind>(source, copy).run(callback)) remove_all<Kind>(copy);
+  remove_all(copy);
+  if (!Cloning(source, copy).run(callback)) remove_all(copy);
   return copy.count;
 }
 
-template <class Kind>
-bool clone_entry(const TreeOf<Kind> &source, const EntryOf<Kind> &from, TreeOf<Kind> &copy,
-                 EntryOf<Kind> &to) {
-  if (Cloning<Kind>(source, copy).run_in_fresh_blocks(from, to)) return true;
-  empty_from<Kind>(
-      copy, to, [](const RecordOf<Kind> &) {}, Blocks::kGoBack);
-  Kind::reset_key(to);
+template <class Tree>
+bool clone_entry(const Tree &source, const EntryOf<Tree> &from, Tree &copy, EntryOf<Tree> &to) {
+  if (Cloning(source, copy).run_in_fresh_blocks(from, to)) return true;
+  empty_from(
+      copy, to, [](const RecordOf<Tree> &) {}, Blocks::kGoBack);
+  Policy<Tree>::reset_key(to);
   to.level = 0;
   return false;
 }

@@ -9,6 +9,7 @@
 #include "arrays/slot_table.h"
 #include "btree/node_search.h"
 #include "btree/tree_walk.h"
+#include "containers/policy.h"
 #include "mub_btree.h"
 #include "pool/pool.h"
 
@@ -17,20 +18,14 @@ namespace mub::bplus {
 // The number of children at which an entry splits. Part of the interface: callers can see the splits.
 constexpr int64_t kOrder = 32;
 
-template <class Kind>
-using TreeOf = typename Kind::Tree;
-template <class Kind>
-using EntryOf = typename Kind::Entry;
-template <class Kind>
-using RecordOf = typename Kind::Record;
-template <class Kind>
-using KeyOf = typename Kind::Key;
-template <class Kind>
-using CursorOf = typename Kind::Cursor;
+template <class Tree>
+using RecordOf = typename Policy<Tree>::Record;
+template <class Tree>
+using CursorOf = typename Policy<Tree>::Cursor;
 
-template <class Kind>
-RecordOf<Kind> *record_at(const EntryOf<Kind> &leaf, int64_t index) {
-  return child_at<RecordOf<Kind>>(leaf.children, index);
+template <class Entry>
+RecordOf<Entry> *record_at(const Entry &leaf, int64_t index) {
+  return child_at<RecordOf<Entry>>(leaf.children, index);
 }
 
 // The table of children must have room for one more.
@@ -56,9 +51,9 @@ bool entry_init(Entry &entry) {
   return slots::expand(entry.children, kOrder);
 }
 
-template <class Kind>
-void return_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
-  Kind::reset_key(entry);
+template <class Tree>
+void return_entry(Tree &tree, EntryOf<Tree> &entry) {
+  Policy<Tree>::reset_key(entry);
   slots::release_table(entry.children);
   pool::give(tree.entry_pool, &entry);
 }
@@ -68,9 +63,9 @@ mub_pool *children_pool(const Tree &tree, int level) {
   return level < 1 ? tree.node_pool : tree.entry_pool;
 }
 
-template <class Kind>
-EntryOf<Kind> *entry_new(TreeOf<Kind> &tree, int level) {
-  auto *entry = static_cast<EntryOf<Kind> *>(pool::take(tree.entry_pool));
+template <class Tree>
+EntryOf<Tree> *entry_new(Tree &tree, int level) {
+  auto *entry = static_cast<EntryOf<Tree> *>(pool::take(tree.entry_pool));
   if (entry == nullptr) return nullptr;
   if (!entry_init(*entry)) {
     pool::give(tree.entry_pool, entry);
@@ -96,30 +91,30 @@ void set_pool(const Tree &tree, Entry &top) {
 // ---- names: the name of an entry is the key of its last child
 
 // Calls `use` with the last child, if there is one.
-template <class Kind, class Use>
-void with_last_child(const EntryOf<Kind> &entry, Use use) {
+template <class Entry, class Use>
+void with_last_child(const Entry &entry, Use use) {
   const int64_t last = entry.children.count - 1;
   if (last < 0) return;
   if (entry.level > 0) {
     use(*entry_at(entry, last));
   } else {
-    use(*record_at<Kind>(entry, last));
+    use(*record_at(entry, last));
   }
 }
 
-template <class Kind>
-void copy_name(EntryOf<Kind> &entry) {
-  with_last_child<Kind>(entry, [&](const auto &child) { Kind::copy_key(entry, child); });
+template <class Entry>
+void copy_name(Entry &entry) {
+  with_last_child(entry, [&](const auto &child) { Policy<Entry>::copy_key(entry, child); });
 }
 
-template <class Kind>
-void set_name(const TreeOf<Kind> &tree, EntryOf<Kind> &from) {
-  EntryOf<Kind> *entry = &from;
+template <class Tree>
+void set_name(const Tree &tree, EntryOf<Tree> &from) {
+  EntryOf<Tree> *entry = &from;
   while (entry != nullptr) {
-    EntryOf<Kind> *above = nullptr;
-    with_last_child<Kind>(*entry, [&](const auto &child) {
-      if (Kind::has_name(tree, *entry, child)) return;
-      Kind::copy_key(*entry, child);
+    EntryOf<Tree> *above = nullptr;
+    with_last_child(*entry, [&](const auto &child) {
+      if (Policy<Tree>::has_name(tree, *entry, child)) return;
+      Policy<Tree>::copy_key(*entry, child);
       above = entry->parent;
     });
     entry = above;
@@ -130,12 +125,12 @@ void set_name(const TreeOf<Kind> &tree, EntryOf<Kind> &from) {
 
 // Returns a new entry with the level and parent of another one, and room for the upper half of its children;
 // nullptr if memory runs out.
-template <class Kind>
-EntryOf<Kind> *sibling_new(TreeOf<Kind> &tree, const EntryOf<Kind> &entry) {
-  EntryOf<Kind> *upper = entry_new<Kind>(tree, entry.level);
+template <class Tree>
+EntryOf<Tree> *sibling_new(Tree &tree, const EntryOf<Tree> &entry) {
+  EntryOf<Tree> *upper = entry_new(tree, entry.level);
   if (upper == nullptr) return nullptr;
   if (!slots::expand(upper->children, (entry.children.count + 1) / 2)) {
-    return_entry<Kind>(tree, *upper);
+    return_entry(tree, *upper);
     return nullptr;
   }
   upper->level = entry.level;
@@ -143,34 +138,34 @@ EntryOf<Kind> *sibling_new(TreeOf<Kind> &tree, const EntryOf<Kind> &entry) {
   return upper;
 }
 
-template <class Kind>
-void move_upper_half(EntryOf<Kind> &entry, EntryOf<Kind> &upper) {
+template <class Entry>
+void move_upper_half(Entry &entry, Entry &upper) {
   const int64_t kept = entry.children.count / 2;
   upper.children.count = entry.children.count - kept;
   entry.children.count = kept;
   buffer::move_units(upper.children.items, entry.children.items + kept, upper.children.count);
   set_parent(upper);
-  copy_name<Kind>(entry);
-  copy_name<Kind>(upper);
+  copy_name(entry);
+  copy_name(upper);
 }
 
-template <class Kind>
-EntryOf<Kind> *split_off(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
-  EntryOf<Kind> *upper = sibling_new<Kind>(tree, entry);
-  if (upper != nullptr) move_upper_half<Kind>(entry, *upper);
+template <class Tree>
+EntryOf<Tree> *split_off(Tree &tree, EntryOf<Tree> &entry) {
+  EntryOf<Tree> *upper = sibling_new(tree, entry);
+  if (upper != nullptr) move_upper_half(entry, *upper);
   return upper;
 }
 
 // The root cannot move, as it is part of the record: its table of children moves to a new entry below it.
-template <class Kind>
-void split_root(TreeOf<Kind> &tree, EntryOf<Kind> &root) {
-  EntryOf<Kind> *upper = sibling_new<Kind>(tree, root);
+template <class Tree>
+void split_root(Tree &tree, EntryOf<Tree> &root) {
+  EntryOf<Tree> *upper = sibling_new(tree, root);
   if (upper == nullptr) return;
-  EntryOf<Kind> *lower = entry_new<Kind>(tree, root.level);
-  if (lower == nullptr) return return_entry<Kind>(tree, *upper);
-  move_upper_half<Kind>(root, *upper);
+  EntryOf<Tree> *lower = entry_new(tree, root.level);
+  if (lower == nullptr) return return_entry(tree, *upper);
+  move_upper_half(root, *upper);
   lower->level = root.level;
-  Kind::copy_key(*lower, root);
+  Policy<Tree>::copy_key(*lower, root);
   lower->parent = upper->parent = &root;
   slots::swap(lower->children, root.children);
   set_parent(*lower);
@@ -178,40 +173,41 @@ void split_root(TreeOf<Kind> &tree, EntryOf<Kind> &root) {
   append_child(root.children, upper);
   ++root.level;
   root.children.pool = tree.entry_pool;
-  Kind::copy_key(root, *upper);
+  Policy<Tree>::copy_key(root, *upper);
 }
 
 // The index of the upper half of a split entry among the parent's children: after the entry or, if the parent
 // does not list the entry, where its key belongs.
-template <class Kind>
-int64_t index_of_upper(const TreeOf<Kind> &tree, const EntryOf<Kind> &parent, const EntryOf<Kind> &entry,
-                       const EntryOf<Kind> &upper) {
+template <class Tree>
+int64_t index_of_upper(const Tree &tree, const EntryOf<Tree> &parent, const EntryOf<Tree> &entry,
+                       const EntryOf<Tree> &upper) {
   const mub_arrays &siblings = parent.children;
   const int64_t index = position(siblings, &entry);
   if (index < siblings.count) return index + 1;
-  return Kind::with_order(tree, Kind::key_of(tree, upper),
-                          [&](const auto &order) { return search<EntryOf<Kind>>(siblings, order).index; });
+  return Policy<Tree>::with_order(tree, Policy<Tree>::key_of(tree, upper), [&](const auto &order) {
+    return search<EntryOf<Tree>>(siblings, order).index;
+  });
 }
 
 // Splits one entry, unless memory runs out. Returns the parent if that has to be split next, else nullptr.
-template <class Kind>
-EntryOf<Kind> *split_once(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
-  EntryOf<Kind> *parent = entry.parent;
+template <class Tree>
+EntryOf<Tree> *split_once(Tree &tree, EntryOf<Tree> &entry) {
+  EntryOf<Tree> *parent = entry.parent;
   if (parent == nullptr) {
-    split_root<Kind>(tree, entry);
+    split_root(tree, entry);
     return nullptr;
   }
   if (!slots::expand(parent->children, parent->children.count + 1)) return nullptr;
-  const EntryOf<Kind> *upper = split_off<Kind>(tree, entry);
+  const EntryOf<Tree> *upper = split_off(tree, entry);
   if (upper == nullptr) return nullptr;
-  insert_child(parent->children, index_of_upper<Kind>(tree, *parent, entry, *upper), upper);
+  insert_child(parent->children, index_of_upper(tree, *parent, entry, *upper), upper);
   return parent->children.count >= kOrder ? parent : nullptr;
 }
 
-template <class Kind>
-void split(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
-  EntryOf<Kind> *over_full = &entry;
-  while (over_full != nullptr) over_full = split_once<Kind>(tree, *over_full);
+template <class Tree>
+void split(Tree &tree, EntryOf<Tree> &entry) {
+  EntryOf<Tree> *over_full = &entry;
+  while (over_full != nullptr) over_full = split_once(tree, *over_full);
 }
 
 }  // namespace mub::bplus

@@ -37,8 +37,9 @@
 // Threads: functions that take a const tree write nothing, so readers may run in parallel, each with cursors
 // of its own.
 //
-// The policy is the template argument Kind. It provides what containers/key_store.h lists, and
-//   Tree, Entry, Record, Cursor         the public structs
+// The policy provides what containers/key_store.h lists, and the following. Functions that are given an entry
+// alone reach it through the entry's type: the policy of an entry is that of its tree.
+//   Entry, Record, Cursor               the public structs
 //   with_order(tree, key, use)          returns use(order), where order(child) compares the key of an entry
 //                                       or a record with the searched key; see node_search.h
 //   has_name(tree, entry, child)        whether the name of the entry is the key of the child
@@ -66,24 +67,24 @@ namespace mub::bplus {
 // ---- places of records
 
 // The position of a key: where its record is, or where a new one belongs.
-template <class Kind>
+template <class Entry>
 struct Place {
-  EntryOf<Kind> *leaf;
+  Entry *leaf;
   Spot spot;
 
-  RecordOf<Kind> *record() const { return spot.found ? record_at<Kind>(*leaf, spot.index) : nullptr; }
+  RecordOf<Entry> *record() const { return spot.found ? record_at(*leaf, spot.index) : nullptr; }
 };
 
-template <class Kind, class Order>
-Place<Kind> locate_below(const EntryOf<Kind> &from, const Order &order) {
-  const EntryOf<Kind> *leaf = &from;
-  const Spot spot = descend<RecordOf<Kind>>(leaf, order);
-  return {const_cast<EntryOf<Kind> *>(leaf), spot};
+template <class Entry, class Order>
+Place<Entry> locate_below(const Entry &from, const Order &order) {
+  const Entry *leaf = &from;
+  const Spot spot = descend<RecordOf<Entry>>(leaf, order);
+  return {const_cast<Entry *>(leaf), spot};
 }
 
-template <class Kind>
-Place<Kind> locate(const TreeOf<Kind> &tree, const EntryOf<Kind> &from, KeyOf<Kind> key) {
-  return Kind::with_order(tree, key, [&](const auto &order) { return locate_below<Kind>(from, order); });
+template <class Tree>
+Place<EntryOf<Tree>> locate(const Tree &tree, const EntryOf<Tree> &from, KeyOf<Tree> key) {
+  return Policy<Tree>::with_order(tree, key, [&](const auto &order) { return locate_below(from, order); });
 }
 
 // ---- insertion
@@ -98,55 +99,55 @@ void link(Record *prev, Record &record, Record *next) {
 }
 
 // The record next to a leaf on one side; nullptr when there is none.
-template <class Kind, int kStep>
-RecordOf<Kind> *record_beside(const EntryOf<Kind> &leaf) {
-  const EntryOf<Kind> *beside = leaf_beside<kStep>(&leaf);
+template <int kStep, class Entry>
+RecordOf<Entry> *record_beside(const Entry &leaf) {
+  const Entry *beside = leaf_beside<kStep>(&leaf);
   if (beside == nullptr) return nullptr;
-  return record_at<Kind>(*beside, kStep > 0 ? 0 : beside->children.count - 1);
+  return record_at(*beside, kStep > 0 ? 0 : beside->children.count - 1);
 }
 
 // Links a new record between its neighbours. They are found in the leaves, because links may be stale.
-template <class Kind>
-void link_in_leaf(EntryOf<Kind> &leaf, int64_t index) {
+template <class Entry>
+void link_in_leaf(Entry &leaf, int64_t index) {
   const int64_t last = leaf.children.count - 1;
-  RecordOf<Kind> *prev = index > 0 ? record_at<Kind>(leaf, index - 1) : record_beside<Kind, -1>(leaf);
-  RecordOf<Kind> *next = index < last ? record_at<Kind>(leaf, index + 1) : record_beside<Kind, 1>(leaf);
-  link(prev, *record_at<Kind>(leaf, index), next);
+  RecordOf<Entry> *prev = index > 0 ? record_at(leaf, index - 1) : record_beside<-1>(leaf);
+  RecordOf<Entry> *next = index < last ? record_at(leaf, index + 1) : record_beside<1>(leaf);
+  link(prev, *record_at(leaf, index), next);
 }
 
 // Links a record of a leaf: between the next record and its `prev` or, if it is the last one of the leaf,
 // between the previous record and its `next`. Does nothing if it is alone in the leaf.
-template <class Kind>
-void set_next(EntryOf<Kind> &leaf, int64_t index) {
+template <class Entry>
+void set_next(Entry &leaf, int64_t index) {
   const int64_t last = leaf.children.count - 1;
   if (last < 1) return;
-  RecordOf<Kind> &record = *record_at<Kind>(leaf, index);
+  RecordOf<Entry> &record = *record_at(leaf, index);
   if (index < last) {
-    RecordOf<Kind> *next = record_at<Kind>(leaf, index + 1);
+    RecordOf<Entry> *next = record_at(leaf, index + 1);
     link(next->prev, record, next);
   } else {
-    RecordOf<Kind> *prev = record_at<Kind>(leaf, last - 1);
+    RecordOf<Entry> *prev = record_at(leaf, last - 1);
     link(prev, record, prev->next);
   }
 }
 
 // Returns a new record with the key, not yet linked or listed; nullptr if memory runs out.
-template <class Kind>
-RecordOf<Kind> *record_new(TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  auto *record = static_cast<RecordOf<Kind> *>(pool::take(tree.node_pool));
+template <class Tree>
+RecordOf<Tree> *record_new(Tree &tree, KeyOf<Tree> key) {
+  auto *record = static_cast<RecordOf<Tree> *>(pool::take(tree.node_pool));
   if (record == nullptr) return nullptr;
   *record = {};
-  if (Kind::store_key(tree, *record, key)) return record;
+  if (Policy<Tree>::store_key(tree, *record, key)) return record;
   pool::give(tree.node_pool, record);
   return nullptr;
 }
 
 // Adds a new record to a leaf, and counts it; nullptr if memory runs out.
-template <class Kind>
-inline RecordOf<Kind> *add_record(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, int64_t index, KeyOf<Kind> key) {
+template <class Tree>
+inline RecordOf<Tree> *add_record(Tree &tree, EntryOf<Tree> &leaf, int64_t index, KeyOf<Tree> key) {
   leaf.children.pool = tree.node_pool;
   if (!slots::expand(leaf.children, leaf.children.count + 1)) return nullptr;
-  RecordOf<Kind> *record = record_new<Kind>(tree, key);
+  RecordOf<Tree> *record = record_new(tree, key);
   if (record == nullptr) return nullptr;
   insert_child(leaf.children, index, record);
   ++tree.count;
@@ -154,80 +155,80 @@ inline RecordOf<Kind> *add_record(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, int64
 }
 
 // Finds the record of a key, whose position is known, or adds it; nullptr if memory runs out.
-template <class Kind>
-RecordOf<Kind> *insert_at(TreeOf<Kind> &tree, const Place<Kind> &place, KeyOf<Kind> key, bool &inserted) {
+template <class Tree>
+RecordOf<Tree> *insert_at(Tree &tree, const Place<EntryOf<Tree>> &place, KeyOf<Tree> key, bool &inserted) {
   inserted = false;
   if (place.spot.found) return place.record();
-  EntryOf<Kind> &leaf = *place.leaf;
+  EntryOf<Tree> &leaf = *place.leaf;
   if (leaf.level > 0) return nullptr;  // an inner node whose children were removed by the caller
-  RecordOf<Kind> *record = add_record<Kind>(tree, leaf, place.spot.index, key);
+  RecordOf<Tree> *record = add_record(tree, leaf, place.spot.index, key);
   if (record == nullptr) return nullptr;
   // Only a new last record changes the name. That of the root may be outdated: set it every time.
-  if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name<Kind>(tree, leaf);
-  link_in_leaf<Kind>(leaf, place.spot.index);
-  if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
+  if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name(tree, leaf);
+  link_in_leaf(leaf, place.spot.index);
+  if (leaf.children.count >= kOrder) split(tree, leaf);
   inserted = true;
   return record;
 }
 
 // Adds a record after all others of the tree to the last leaf, where its only neighbour is.
-template <class Kind>
-RecordOf<Kind> *append(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, bool &inserted) {
+template <class Tree>
+RecordOf<Tree> *append(Tree &tree, EntryOf<Tree> &leaf, KeyOf<Tree> key, bool &inserted) {
   const int64_t count = leaf.children.count;
-  RecordOf<Kind> *record = add_record<Kind>(tree, leaf, count, key);
+  RecordOf<Tree> *record = add_record(tree, leaf, count, key);
   inserted = record != nullptr;
   if (record == nullptr) return nullptr;
-  set_name<Kind>(tree, leaf);
-  link<RecordOf<Kind>>(record_at<Kind>(leaf, count - 1), *record, nullptr);
-  if (leaf.children.count >= kOrder) split<Kind>(tree, leaf);
+  set_name(tree, leaf);
+  link<RecordOf<Tree>>(record_at(leaf, count - 1), *record, nullptr);
+  if (leaf.children.count >= kOrder) split(tree, leaf);
   return record;
 }
 
 // Whether a key belongs after all records of the tree. `leaf` is the last leaf.
-template <class Kind>
-bool is_after_all(const TreeOf<Kind> &tree, const EntryOf<Kind> &leaf, KeyOf<Kind> key) {
+template <class Tree>
+bool is_after_all(const Tree &tree, const EntryOf<Tree> &leaf, KeyOf<Tree> key) {
   const int64_t count = leaf.children.count;
   if (count < 1) return false;
-  const RecordOf<Kind> &last = *record_at<Kind>(leaf, count - 1);
-  return Kind::with_order(tree, key, [&](const auto &order) { return order(last) < 0; });
+  const RecordOf<Tree> &last = *record_at(leaf, count - 1);
+  return Policy<Tree>::with_order(tree, key, [&](const auto &order) { return order(last) < 0; });
 }
 
 // Keys that are inserted in ascending order are appended without a search.
-template <class Kind>
-RecordOf<Kind> *insert(TreeOf<Kind> &tree, KeyOf<Kind> key, bool &inserted) {
-  EntryOf<Kind> *last = last_leaf(tree.root);
-  if (is_after_all<Kind>(tree, *last, key)) return append<Kind>(tree, *last, key, inserted);
-  return insert_at<Kind>(tree, locate<Kind>(tree, tree.root, key), key, inserted);
+template <class Tree>
+RecordOf<Tree> *insert(Tree &tree, KeyOf<Tree> key, bool &inserted) {
+  EntryOf<Tree> *last = last_leaf(tree.root);
+  if (is_after_all(tree, *last, key)) return append(tree, *last, key, inserted);
+  return insert_at(tree, locate(tree, tree.root, key), key, inserted);
 }
 
-template <class Kind>
-int node_set(TreeOf<Kind> &tree, KeyOf<Kind> key, RecordOf<Kind> *&record_out) {
+template <class Tree>
+int node_set(Tree &tree, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
   bool inserted;
-  record_out = insert<Kind>(tree, key, inserted);
+  record_out = insert(tree, key, inserted);
   return inserted ? 1 : 0;
 }
 
 // The same, but searches from the given entry instead of the root.
-template <class Kind>
-int node_set_in(TreeOf<Kind> &tree, EntryOf<Kind> &leaf, KeyOf<Kind> key, RecordOf<Kind> *&record_out) {
+template <class Tree>
+int node_set_in(Tree &tree, EntryOf<Tree> &leaf, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
   bool inserted;
-  record_out = insert_at<Kind>(tree, locate<Kind>(tree, leaf, key), key, inserted);
+  record_out = insert_at(tree, locate(tree, leaf, key), key, inserted);
   return inserted ? 1 : 0;
 }
 
-template <class Kind>
-int insert_value(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t value) {
+template <class Tree>
+int insert_value(Tree &tree, KeyOf<Tree> key, uint64_t value) {
   bool inserted;
-  RecordOf<Kind> *record = insert<Kind>(tree, key, inserted);
+  RecordOf<Tree> *record = insert(tree, key, inserted);
   if (inserted) record->value = value;
   return inserted ? 1 : 0;
 }
 
-template <class Kind>
-int set(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t &value_out, mub_init_fn init) {
+template <class Tree>
+int set(Tree &tree, KeyOf<Tree> key, uint64_t &value_out, mub_init_fn init) {
   value_out = 0;
   bool inserted;
-  RecordOf<Kind> *record = insert<Kind>(tree, key, inserted);
+  RecordOf<Tree> *record = insert(tree, key, inserted);
   if (record == nullptr) return 0;
   if (inserted) {
     record->value = word_of(pool::take(tree.value_pool));
@@ -239,20 +240,20 @@ int set(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t &value_out, mub_init_fn in
 
 // ---- one key
 
-template <class Kind>
-RecordOf<Kind> *find(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  return locate<Kind>(tree, tree.root, key).record();
+template <class Tree>
+RecordOf<Tree> *find(const Tree &tree, KeyOf<Tree> key) {
+  return locate(tree, tree.root, key).record();
 }
 
-template <class Kind>
-uint64_t get(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  const RecordOf<Kind> *record = find<Kind>(tree, key);
+template <class Tree>
+uint64_t get(const Tree &tree, KeyOf<Tree> key) {
+  const RecordOf<Tree> *record = find(tree, key);
   return record == nullptr ? 0 : record->value;
 }
 
-template <class Kind>
-uint64_t update(TreeOf<Kind> &tree, KeyOf<Kind> key, uint64_t value) {
-  RecordOf<Kind> *record = find<Kind>(tree, key);
+template <class Tree>
+uint64_t update(Tree &tree, KeyOf<Tree> key, uint64_t value) {
+  RecordOf<Tree> *record = find(tree, key);
   return record == nullptr ? 0 : std::exchange(record->value, value);
 }
 
@@ -272,9 +273,9 @@ Entry *top_of_removal(Entry &entry) {
   return top;
 }
 
-template <class Kind>
-void remove_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
-  EntryOf<Kind> *top = top_of_removal(entry);
+template <class Tree>
+void remove_entry(Tree &tree, EntryOf<Tree> &entry) {
+  EntryOf<Tree> *top = top_of_removal(entry);
   if (&entry == &tree.root) return;
   if (top == &tree.root) {
     top = entry_at(*top, 0);
@@ -283,26 +284,26 @@ void remove_entry(TreeOf<Kind> &tree, EntryOf<Kind> &entry) {
     tree.root.children.pool = tree.node_pool;
   } else if (top->parent != nullptr) {
     slots::remove_at(top->parent->children, position(top->parent->children, top));
-    set_name<Kind>(tree, *top->parent);
+    set_name(tree, *top->parent);
   }
   while (top != &entry) {
-    EntryOf<Kind> *below = entry_at(*top, 0);
-    return_entry<Kind>(tree, *top);
+    EntryOf<Tree> *below = entry_at(*top, 0);
+    return_entry(tree, *top);
     top = below;
   }
-  return_entry<Kind>(tree, entry);
+  return_entry(tree, entry);
 }
 
-template <class Kind>
-uint64_t remove(TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
-  RecordOf<Kind> *record = place.record();
+template <class Tree>
+uint64_t remove(Tree &tree, KeyOf<Tree> key) {
+  const auto place = locate(tree, tree.root, key);
+  RecordOf<Tree> *record = place.record();
   if (record == nullptr) return 0;
   const uint64_t value = record->value;
   slots::remove_at(place.leaf->children, place.spot.index);
-  set_name<Kind>(tree, *place.leaf);
-  if (place.leaf->children.count == 0) remove_entry<Kind>(tree, *place.leaf);
-  Kind::erase_key(tree, *record);
+  set_name(tree, *place.leaf);
+  if (place.leaf->children.count == 0) remove_entry(tree, *place.leaf);
+  Policy<Tree>::erase_key(tree, *record);
   pool::give(tree.node_pool, record);
   --tree.count;
   return value;

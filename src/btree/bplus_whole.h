@@ -11,15 +11,15 @@
 
 namespace mub::bplus {
 
-template <class Kind>
-void init(TreeOf<Kind> &tree, bool own_entry_pool, bool own_node_pool, bool own_value_pool) {
+template <class Tree>
+void init(Tree &tree, bool own_entry_pool, bool own_node_pool, bool own_value_pool) {
   std::memset(&tree, 0, sizeof tree);  // clears the padding, too: new records compare equal with memcmp
   entry_init(tree.root);
-  if (own_entry_pool) entry_pool_of(tree).make(sizeof(EntryOf<Kind>));
-  if (own_node_pool) node_pool_of(tree).make(sizeof(RecordOf<Kind>));
+  if (own_entry_pool) entry_pool_of(tree).make(sizeof(EntryOf<Tree>));
+  if (own_node_pool) node_pool_of(tree).make(sizeof(RecordOf<Tree>));
   if (own_value_pool) value_pool_of(tree).make(0);
   tree.root.children.pool = tree.node_pool;
-  Kind::init_keys(tree);
+  Policy<Tree>::init_keys(tree);
 }
 
 // ---- emptying
@@ -29,19 +29,19 @@ enum class Blocks { kStayInOwnedPools, kGoBack };
 // Releases the tables of children of `top` and of all entries below it, after calling `part_with` with every
 // record. Records and entries below `top` are returned to caller's pools. Those in owned pools stay until
 // these are emptied, unless Blocks::kGoBack asks to return them, too.
-template <class Kind, class PartWith>
-void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with,
+template <class Tree, class PartWith>
+void empty_from(Tree &tree, EntryOf<Tree> &top, PartWith part_with,
                 Blocks blocks = Blocks::kStayInOwnedPools) {
   const bool gives_records = tree.owns_node_pool == 0 || blocks == Blocks::kGoBack;
   const bool gives_entries = tree.owns_entry_pool == 0 || blocks == Blocks::kGoBack;
-  const auto give_records = [&](const EntryOf<Kind> &leaf) {
+  const auto give_records = [&](const EntryOf<Tree> &leaf) {
     for (int64_t i = 0; i < leaf.children.count; ++i) {
-      RecordOf<Kind> *record = record_at<Kind>(leaf, i);
+      RecordOf<Tree> *record = record_at(leaf, i);
       part_with(*record);
       if (gives_records) pool::give(tree.node_pool, record);
     }
   };
-  for_each_from_below(top, [&](EntryOf<Kind> &entry) {
+  for_each_from_below(top, [&](EntryOf<Tree> &entry) {
     if (entry.level < 1) give_records(entry);
     slots::release_table(entry.children);
     if (&entry != &top && gives_entries) pool::give(tree.entry_pool, &entry);
@@ -49,41 +49,41 @@ void empty_from(TreeOf<Kind> &tree, EntryOf<Kind> &top, PartWith part_with,
 }
 
 // Whether the tree owns its entry pool, and every block ever taken from it is now an entry of the tree.
-template <class Kind>
-bool entries_fill_pool(const TreeOf<Kind> &tree) {
+template <class Tree>
+bool entries_fill_pool(const Tree &tree) {
   if (tree.owns_entry_pool == 0) return false;
   int64_t entries = 0;
-  for (const EntryOf<Kind> *entry = &tree.root; entry != nullptr && entry->level > 0;
+  for (const EntryOf<Tree> *entry = &tree.root; entry != nullptr && entry->level > 0;
        entry = next_from_above(*entry, tree.root, false)) {
     entries += entry->children.count;
   }
-  return holds_only<EntryOf<Kind>>(entry_pool_of(tree), entries) &&
+  return holds_only<EntryOf<Tree>>(entry_pool_of(tree), entries) &&
          pool::blocks_ever_taken(*tree.entry_pool) == entries;
 }
 
 // Releases tables in the order of their entries in memory. Following the tree would miss the cache for each.
-template <class Kind>
-void release_tables(TreeOf<Kind> &tree) {
-  pool::for_each_block<EntryOf<Kind>>(*tree.entry_pool,
-                                      [](EntryOf<Kind> &entry) { slots::release_table(entry.children); });
+template <class Tree>
+void release_tables(Tree &tree) {
+  pool::for_each_block<EntryOf<Tree>>(*tree.entry_pool,
+                                      [](EntryOf<Tree> &entry) { slots::release_table(entry.children); });
   slots::release_table(tree.root.children);
 }
 
-template <class Kind>
-void remove_all_entry(TreeOf<Kind> &tree, EntryOf<Kind> &top) {
-  empty_from<Kind>(tree, top, [](const RecordOf<Kind> &) {});
+template <class Tree>
+void remove_all_entry(Tree &tree, EntryOf<Tree> &top) {
+  empty_from(tree, top, [](const RecordOf<Tree> &) {});
 }
 
-template <class Kind>
-void free_all_entry(TreeOf<Kind> &tree, EntryOf<Kind> &top, mub_free_fn release_it) {
-  empty_from<Kind>(tree, top, [&](const RecordOf<Kind> &record) {
+template <class Tree>
+void free_all_entry(Tree &tree, EntryOf<Tree> &top, mub_free_fn release_it) {
+  empty_from(tree, top, [&](const RecordOf<Tree> &record) {
     release_value(value_pool_of(tree), record.value, release_it);
   });
 }
 
-template <class Kind>
-void reset(TreeOf<Kind> &tree) {
-  Kind::reset_key(tree.root);
+template <class Tree>
+void reset(Tree &tree) {
+  Policy<Tree>::reset_key(tree.root);
   tree.root.level = 0;
   tree.root.parent = nullptr;
   tree.root.children.pool = tree.node_pool;
@@ -91,61 +91,61 @@ void reset(TreeOf<Kind> &tree) {
 }
 
 // Empties the tree without visiting values.
-template <class Kind>
-void remove_all_below_root(TreeOf<Kind> &tree) {
-  if (tree.owns_node_pool != 0 && entries_fill_pool<Kind>(tree)) {
-    release_tables<Kind>(tree);
+template <class Tree>
+void remove_all_below_root(Tree &tree) {
+  if (tree.owns_node_pool != 0 && entries_fill_pool(tree)) {
+    release_tables(tree);
   } else {
-    remove_all_entry<Kind>(tree, tree.root);
+    remove_all_entry(tree, tree.root);
   }
 }
 
-template <class Kind>
-void remove_all(TreeOf<Kind> &tree) {
-  remove_all_below_root<Kind>(tree);
-  Kind::clear_keys(tree);
+template <class Tree>
+void remove_all(Tree &tree) {
+  remove_all_below_root(tree);
+  Policy<Tree>::clear_keys(tree);
   empty_pools(tree);
-  reset<Kind>(tree);
+  reset(tree);
 }
 
-template <class Kind>
-void free_all(TreeOf<Kind> &tree, mub_free_fn release_it) {
+template <class Tree>
+void free_all(Tree &tree, mub_free_fn release_it) {
   if (release_it != nullptr || value_pool_of(tree).is_callers()) {
-    free_all_entry<Kind>(tree, tree.root, release_it);
+    free_all_entry(tree, tree.root, release_it);
   } else {
-    remove_all_below_root<Kind>(tree);
+    remove_all_below_root(tree);
   }
-  Kind::term_keys(tree);
+  Policy<Tree>::term_keys(tree);
   empty_pools(tree);
-  reset<Kind>(tree);
+  reset(tree);
 }
 
-template <class Kind>
-void term(TreeOf<Kind> &tree) {
-  remove_all_below_root<Kind>(tree);
-  Kind::term_keys(tree);
+template <class Tree>
+void term(Tree &tree) {
+  remove_all_below_root(tree);
+  Policy<Tree>::term_keys(tree);
   destroy_pools(tree);
-  reset<Kind>(tree);
+  reset(tree);
 }
 
 // ---- swapping
 
-template <class Kind>
-void swap_roots(EntryOf<Kind> &a, EntryOf<Kind> &b) {
+template <class Entry>
+void swap_roots(Entry &a, Entry &b) {
   slots::swap(a.children, b.children);
-  EntryOf<Kind> key_of_a = {};
-  Kind::copy_key(key_of_a, a);
-  Kind::copy_key(a, b);
-  Kind::copy_key(b, key_of_a);
+  Entry key_of_a = {};
+  Policy<Entry>::copy_key(key_of_a, a);
+  Policy<Entry>::copy_key(a, b);
+  Policy<Entry>::copy_key(b, key_of_a);
   std::swap(a.level, b.level);
   set_parent(a);
   set_parent(b);
 }
 
-template <class Kind>
-void swap(TreeOf<Kind> &a, TreeOf<Kind> &b) {
-  swap_roots<Kind>(a.root, b.root);
-  Kind::swap_keys(a, b);
+template <class Tree>
+void swap(Tree &a, Tree &b) {
+  swap_roots(a.root, b.root);
+  Policy<Tree>::swap_keys(a, b);
   std::swap(a.count, b.count);
   swap_pools(a, b);
   set_pool(a, a.root);

@@ -28,9 +28,11 @@ void for_each_record(const mub_btree_entry &top, Visit visit) {
   }
 }
 
+}  // namespace
+
 // Byte-string keys for bplus_tree.h, in the tree's key stream.
-struct ByteKeys : PackedKeys<mub_btree> {
-  using Tree = mub_btree;
+template <>
+struct Policy<mub_btree> : PackedKeys<mub_btree> {
   using Entry = mub_btree_entry;
   using Record = mub_btree_node;
   using Cursor = mub_btree_cursor;
@@ -49,13 +51,13 @@ struct ByteKeys : PackedKeys<mub_btree> {
   };
 
   template <class Use>
-  static auto with_order(const Tree &tree, Key key, Use use) {
+  static auto with_order(const mub_btree &tree, Key key, Use use) {
     if (tree.nocase != 0) return use(Order<true>{tree.keys, key});
     return use(Order<false>{tree.keys, key});
   }
 
   template <class Item>
-  static int compare(const Tree &tree, const Item &item, Key key) {
+  static int compare(const mub_btree &tree, const Item &item, Key key) {
     const Key own = key_of(tree, item);
     return tree.nocase != 0 ? bytes::icompare(own.bytes, own.length, key.bytes, key.length)
                             : bytes::compare(own.bytes, own.length, key.bytes, key.length);
@@ -63,7 +65,7 @@ struct ByteKeys : PackedKeys<mub_btree> {
 
   // A name with the bytes of the child's key is kept, even if its offset differs, as it may in the root.
   template <class Child>
-  static bool has_name(const Tree &tree, const Entry &entry, const Child &child) {
+  static bool has_name(const mub_btree &tree, const Entry &entry, const Child &child) {
     if (entry.key_length != child.key_length) return false;
     if (entry.key_offset == child.key_offset) return true;
     const Key name = key_of(tree, entry), key = key_of(tree, child);
@@ -76,21 +78,23 @@ struct ByteKeys : PackedKeys<mub_btree> {
     entry.key_length = child.key_length;
   }
 
-  static void erase_key(Tree &tree, Record &record) {
+  static void erase_key(mub_btree &tree, Record &record) {
     PackedKeys::cut_key(tree, record, [&](keys::Range cut) { lower_offsets(tree, cut); });
   }
 
-  static void lower_offsets(Tree &tree, keys::Range cut) {
+  static void lower_offsets(mub_btree &tree, keys::Range cut) {
     const bool fills_pool = holds_only<Record>(node_pool_of(tree), tree.count);
     lower_names(tree.root, cut);
     keys::lower_offsets<Record>(tree.node_pool, fills_pool, cut,
                                 [&](auto lower) { for_each_record(tree.root, lower); });
   }
 
-  static void init_keys(Tree &) {}
+  static void init_keys(mub_btree &) {}
 };
 
-}  // namespace
+template <>
+struct Policy<mub_btree_entry> : Policy<mub_btree> {};
+
 }  // namespace mub
 
 using namespace mub;
@@ -98,164 +102,156 @@ using namespace mub;
 extern "C" {
 
 mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_node_pool, int own_value_pool) {
-  bplus::init<ByteKeys>(*tree, own_entry_pool != 0, own_node_pool != 0, own_value_pool != 0);
+  bplus::init(*tree, own_entry_pool != 0, own_node_pool != 0, own_value_pool != 0);
   return tree;
 }
 
 mub_btree *mub_btree_term(mub_btree *tree) {
-  bplus::term<ByteKeys>(*tree);
+  bplus::term(*tree);
   return tree;
 }
 
 int mub_btree_insert(mub_btree *tree, const void *key, int64_t length, uint64_t value) {
-  return bplus::insert_value<ByteKeys>(*tree, measured_key(key, length), value);
+  return bplus::insert_value(*tree, measured_key(key, length), value);
 }
 
 int mub_btree_set(mub_btree *tree, const void *key, int64_t length, uint64_t *value_out, mub_init_fn init) {
-  return bplus::set<ByteKeys>(*tree, measured_key(key, length), *value_out, init);
+  return bplus::set(*tree, measured_key(key, length), *value_out, init);
 }
 
 uint64_t mub_btree_get(const mub_btree *tree, const void *key, int64_t length) {
-  return bplus::get<ByteKeys>(*tree, measured_key(key, length));
+  return bplus::get(*tree, measured_key(key, length));
 }
 
 uint64_t mub_btree_update(mub_btree *tree, const void *key, int64_t length, uint64_t value) {
-  return bplus::update<ByteKeys>(*tree, measured_key(key, length), value);
+  return bplus::update(*tree, measured_key(key, length), value);
 }
 
 int mub_btree_find(const mub_btree *tree, const void *key, int64_t length) {
-  return bplus::find<ByteKeys>(*tree, measured_key(key, length)) != nullptr ? 1 : 0;
+  return bplus::find(*tree, measured_key(key, length)) != nullptr ? 1 : 0;
 }
 
 uint64_t mub_btree_remove(mub_btree *tree, const void *key, int64_t length) {
-  return bplus::remove<ByteKeys>(*tree, measured_key(key, length));
+  return bplus::remove(*tree, measured_key(key, length));
 }
 
 mub_btree *mub_btree_remove_all(mub_btree *tree) {
-  bplus::remove_all<ByteKeys>(*tree);
+  bplus::remove_all(*tree);
   return tree;
 }
 
 mub_btree *mub_btree_free_all(mub_btree *tree, mub_free_fn release) {
-  bplus::free_all<ByteKeys>(*tree, release);
+  bplus::free_all(*tree, release);
   return tree;
 }
 
 int mub_btree_node_set(mub_btree *tree, const void *key, int64_t length, mub_btree_node **node_out) {
-  return bplus::node_set<ByteKeys>(*tree, measured_key(key, length), *node_out);
+  return bplus::node_set(*tree, measured_key(key, length), *node_out);
 }
 
 mub_btree_node *mub_btree_node_get(const mub_btree *tree, const void *key, int64_t length) {
-  return bplus::find<ByteKeys>(*tree, measured_key(key, length));
+  return bplus::find(*tree, measured_key(key, length));
 }
 
 mub_btree_node *mub_btree_node_find(const mub_btree *tree, const void *key, int64_t length) {
-  return bplus::find<ByteKeys>(*tree, measured_key(key, length));
+  return bplus::find(*tree, measured_key(key, length));
 }
 
 mub_btree_node *mub_btree_node_bfind(const mub_btree *tree, const void *key, int64_t length) {
-  return bplus::find_nearest<ByteKeys>(*tree, measured_key(key, length));
+  return bplus::find_nearest(*tree, measured_key(key, length));
 }
 
-mub_btree_node *mub_btree_node_first(const mub_btree *tree) { return bplus::first_record<ByteKeys>(*tree); }
+mub_btree_node *mub_btree_node_first(const mub_btree *tree) { return bplus::first_record(*tree); }
 
-mub_btree_node *mub_btree_node_last(const mub_btree *tree) { return bplus::last_record<ByteKeys>(*tree); }
+mub_btree_node *mub_btree_node_last(const mub_btree *tree) { return bplus::last_record(*tree); }
 
 mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btree_node *node) {
-  return bplus::step<ByteKeys, 1>(*tree, *node);
+  return bplus::step<1>(*tree, *node);
 }
 
 mub_btree_node *mub_btree_node_prev(const mub_btree *tree, const mub_btree_node *node) {
-  return bplus::step<ByteKeys, -1>(*tree, *node);
+  return bplus::step<-1>(*tree, *node);
 }
 
 mub_btree_node *mub_btree_cursor_first(mub_btree_cursor *cursor, const mub_btree *tree) {
-  return bplus::cursor_start<ByteKeys, 1>(*cursor, *tree);
+  return bplus::cursor_start<1>(*cursor, *tree);
 }
 
 mub_btree_node *mub_btree_cursor_last(mub_btree_cursor *cursor, const mub_btree *tree) {
-  return bplus::cursor_start<ByteKeys, -1>(*cursor, *tree);
+  return bplus::cursor_start<-1>(*cursor, *tree);
 }
 
 mub_btree_node *mub_btree_cursor_seek(mub_btree_cursor *cursor, const mub_btree *tree, const void *key,
                                       int64_t length) {
-  return bplus::cursor_seek<ByteKeys>(*cursor, *tree, measured_key(key, length));
+  return bplus::cursor_seek(*cursor, *tree, measured_key(key, length));
 }
 
-mub_btree_node *mub_btree_cursor_next(mub_btree_cursor *cursor) {
-  return bplus::cursor_step<ByteKeys, 1>(*cursor);
-}
+mub_btree_node *mub_btree_cursor_next(mub_btree_cursor *cursor) { return bplus::cursor_step<1>(*cursor); }
 
-mub_btree_node *mub_btree_cursor_prev(mub_btree_cursor *cursor) {
-  return bplus::cursor_step<ByteKeys, -1>(*cursor);
-}
+mub_btree_node *mub_btree_cursor_prev(mub_btree_cursor *cursor) { return bplus::cursor_step<-1>(*cursor); }
 
 mub_btree_node *mub_btree_cursor_node(const mub_btree_cursor *cursor) {
-  return bplus::cursor_record<ByteKeys>(*cursor);
+  return bplus::cursor_record(*cursor);
 }
 
 mub_btree_entry *mub_btree_first_entry(const mub_btree_entry *entry) { return bplus::first_leaf(*entry); }
 
 mub_btree_entry *mub_btree_last_entry(const mub_btree_entry *entry) { return bplus::last_leaf(*entry); }
 
-void mub_btree_swap(mub_btree *a, mub_btree *b) { bplus::swap<ByteKeys>(*a, *b); }
+void mub_btree_swap(mub_btree *a, mub_btree *b) { bplus::swap(*a, *b); }
 
 int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub_btree *destination,
                         mub_pool *destination_user_pool, mub_clone_fn callback) {
-  return bplus::clone<ByteKeys>(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  return bplus::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
 
 void mub_btree_entry_init(mub_btree_entry *entry) { bplus::entry_init(*entry); }
 
-mub_btree_entry *mub_btree_entry_new(mub_btree *tree, int level) {
-  return bplus::entry_new<ByteKeys>(*tree, level);
-}
+mub_btree_entry *mub_btree_entry_new(mub_btree *tree, int level) { return bplus::entry_new(*tree, level); }
 
 void mub_btree_node_init(mub_btree_node *node) { *node = {}; }
 
 int mub_btree_entry_compare(const mub_btree *tree, const mub_btree_entry *entry, const void *key,
                             int64_t length) {
-  return ByteKeys::compare(*tree, *entry, raw_key(key, length));
+  return Policy<mub_btree>::compare(*tree, *entry, raw_key(key, length));
 }
 
 int mub_btree_entrys_compare(const mub_btree *tree, const mub_btree_entry *a, const mub_btree_entry *b,
                              int64_t) {
-  return ByteKeys::compare(*tree, *a, ByteKeys::key_of(*tree, *b));
+  return Policy<mub_btree>::compare(*tree, *a, Policy<mub_btree>::key_of(*tree, *b));
 }
 
 int mub_btree_node_compare(const mub_btree *tree, const mub_btree_node *node, const void *key,
                            int64_t length) {
-  return ByteKeys::compare(*tree, *node, raw_key(key, length));
+  return Policy<mub_btree>::compare(*tree, *node, raw_key(key, length));
 }
 
-void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry) {
-  bplus::set_name<ByteKeys>(*tree, *entry);
-}
+void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry) { bplus::set_name(*tree, *entry); }
 
 void mub_btree_set_parent(mub_btree_entry *entry) { bplus::set_parent(*entry); }
 
-void mub_btree_set_next(mub_btree_entry *leaf, int64_t index) { bplus::set_next<ByteKeys>(*leaf, index); }
+void mub_btree_set_next(mub_btree_entry *leaf, int64_t index) { bplus::set_next(*leaf, index); }
 
 void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry) { bplus::set_pool(*tree, *entry); }
 
 mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry) {
-  return bplus::split_off<ByteKeys>(*tree, *entry);
+  return bplus::split_off(*tree, *entry);
 }
 
 mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *entry) {
-  return bplus::split_off<ByteKeys>(*tree, *entry);
+  return bplus::split_off(*tree, *entry);
 }
 
-void mub_btree_split(mub_btree *tree, mub_btree_entry *entry) { bplus::split<ByteKeys>(*tree, *entry); }
+void mub_btree_split(mub_btree *tree, mub_btree_entry *entry) { bplus::split(*tree, *entry); }
 
 mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree_entry *entry, const void *key,
                                   int64_t length) {
-  return bplus::locate<ByteKeys>(*tree, *entry, measured_key(key, length)).leaf;
+  return bplus::locate(*tree, *entry, measured_key(key, length)).leaf;
 }
 
 int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const void *key, int64_t length,
                        mub_btree_node **node_out) {
-  return bplus::node_set_in<ByteKeys>(*tree, *leaf, measured_key(key, length), *node_out);
+  return bplus::node_set_in(*tree, *leaf, measured_key(key, length), *node_out);
 }
 
 void mub_btree_adjust_t(mub_btree *, mub_btree_entry *entry, uint32_t offset, uint32_t length) {
@@ -264,20 +260,18 @@ void mub_btree_adjust_t(mub_btree *, mub_btree_entry *entry, uint32_t offset, ui
   for_each_record(*entry, [&](mub_btree_node &node) { keys::lower_offset(node, cut); });
 }
 
-void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry) {
-  bplus::remove_entry<ByteKeys>(*tree, *entry);
-}
+void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry) { bplus::remove_entry(*tree, *entry); }
 
 void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry) {
-  bplus::remove_all_entry<ByteKeys>(*tree, *entry);
+  bplus::remove_all_entry(*tree, *entry);
 }
 
 void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, mub_free_fn release) {
-  bplus::free_all_entry<ByteKeys>(*tree, *entry, release);
+  bplus::free_all_entry(*tree, *entry, release);
 }
 
 int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry *source_entry,
                           mub_btree *destination, mub_btree_entry *destination_entry) {
-  return bplus::clone_entry<ByteKeys>(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+  return bplus::clone_entry(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
 }
 }

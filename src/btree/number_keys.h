@@ -91,12 +91,11 @@ auto with_comparison(typename Numbers::Bits key, uint32_t key_type, Use use) {
   }
 }
 
-template <class TreeRecord, class EntryRecord, class NodeRecord, class CursorRecord, class Numbers>
-struct NumberKeys : KeysInItems<TreeRecord, typename Numbers::Bits> {
-  using Tree = TreeRecord;
-  using Entry = EntryRecord;
-  using Record = NodeRecord;
-  using Cursor = CursorRecord;
+template <class Tree, class TreeRecord, class TreeCursor, class Numbers>
+struct NumberKeys : KeysInItems<Tree, typename Numbers::Bits> {
+  using Entry = decltype(Tree::root);
+  using Record = TreeRecord;
+  using Cursor = TreeCursor;
   using Key = typename Numbers::Bits;
 
   template <class Use>

@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 
 #include "base/prefetch.h"
 #include "btree/bplus_tree.h"
@@ -38,16 +39,16 @@ Entry *outermost_leaf(const Entry &root) {
   return has_children(*leaf) ? leaf : leaf_beside<kStep>(leaf);
 }
 
-template <class Kind>
-RecordOf<Kind> *first_record(const TreeOf<Kind> &tree) {
-  const EntryOf<Kind> *leaf = outermost_leaf<1>(tree.root);
-  return leaf == nullptr ? nullptr : record_at<Kind>(*leaf, 0);
+template <class Tree>
+RecordOf<Tree> *first_record(const Tree &tree) {
+  const EntryOf<Tree> *leaf = outermost_leaf<1>(tree.root);
+  return leaf == nullptr ? nullptr : record_at(*leaf, 0);
 }
 
-template <class Kind>
-RecordOf<Kind> *last_record(const TreeOf<Kind> &tree) {
-  const EntryOf<Kind> *leaf = outermost_leaf<-1>(tree.root);
-  return leaf == nullptr ? nullptr : record_at<Kind>(*leaf, leaf->children.count - 1);
+template <class Tree>
+RecordOf<Tree> *last_record(const Tree &tree) {
+  const EntryOf<Tree> *leaf = outermost_leaf<-1>(tree.root);
+  return leaf == nullptr ? nullptr : record_at(*leaf, leaf->children.count - 1);
 }
 
 // Prefetches for the steps after a leaf: the nearest records of the next leaf, the table of the second and
@@ -69,86 +70,89 @@ void prefetch_beyond(const Entry &leaf) {
   prefetch(&fourth->children.items);
 }
 
-template <class Kind>
-RecordOf<Kind> *cursor_record(const CursorOf<Kind> &cursor) {
+// The type of the records that a cursor walks over.
+template <class Cursor>
+using RecordUnder = RecordOf<std::remove_pointer_t<decltype(Cursor::leaf)>>;
+
+template <class Cursor>
+RecordUnder<Cursor> *cursor_record(const Cursor &cursor) {
   if (cursor.leaf == nullptr) return nullptr;
   const bool is_on_record = cursor.index >= 0 && cursor.index < cursor.leaf->children.count;
-  return is_on_record ? record_at<Kind>(*cursor.leaf, cursor.index) : nullptr;
+  return is_on_record ? record_at(*cursor.leaf, cursor.index) : nullptr;
 }
 
 // Moves to the first record of a leaf that has records, or to its last one if kStep is -1.
-template <class Kind, int kStep>
-RecordOf<Kind> *enter_leaf(CursorOf<Kind> &cursor, EntryOf<Kind> &leaf) {
+template <int kStep, class Cursor, class Entry>
+RecordOf<Entry> *enter_leaf(Cursor &cursor, Entry &leaf) {
   cursor.leaf = &leaf;
   cursor.index = kStep > 0 ? 0 : leaf.children.count - 1;
   if (cursor.tree->root.level >= kLevelsInCache) prefetch_beyond<kStep>(leaf);
-  return record_at<Kind>(leaf, cursor.index);
+  return record_at(leaf, cursor.index);
 }
 
 // Moves to the next leaf in the direction of kStep; at the end of the tree, to the position past all records.
-template <class Kind, int kStep>
-__attribute__((noinline)) RecordOf<Kind> *step_out(CursorOf<Kind> &cursor) {
-  EntryOf<Kind> *leaf = leaf_beside<kStep>(cursor.leaf);
-  if (leaf != nullptr) return enter_leaf<Kind, kStep>(cursor, *leaf);
+template <int kStep, class Cursor>
+__attribute__((noinline)) RecordUnder<Cursor> *step_out(Cursor &cursor) {
+  auto *leaf = leaf_beside<kStep>(cursor.leaf);
+  if (leaf != nullptr) return enter_leaf<kStep>(cursor, *leaf);
   cursor.index = kStep > 0 ? cursor.leaf->children.count : -1;
   return nullptr;
 }
 
-template <class Kind, int kStep>
-RecordOf<Kind> *cursor_step(CursorOf<Kind> &cursor) {
+template <int kStep, class Cursor>
+RecordUnder<Cursor> *cursor_step(Cursor &cursor) {
   if (cursor.leaf == nullptr) return nullptr;
   const mub_arrays &records = cursor.leaf->children;
   const int64_t index = cursor.index + kStep;
   // As unsigned numbers, one comparison covers both ends.
-  if (static_cast<uint64_t>(index) >= static_cast<uint64_t>(records.count))
-    return step_out<Kind, kStep>(cursor);
+  if (static_cast<uint64_t>(index) >= static_cast<uint64_t>(records.count)) return step_out<kStep>(cursor);
   cursor.index = index;
   const int64_t ahead = index + kPrefetchRecords * kStep;
   if (static_cast<uint64_t>(ahead) < static_cast<uint64_t>(records.count)) {
     prefetch(record_of<void>(records.items[ahead]));
   }
-  return child_at<RecordOf<Kind>>(records, index);
+  return record_at(*cursor.leaf, index);
 }
 
 // Moves to the first record of the tree, or to the last one if kStep is -1.
-template <class Kind, int kStep>
-RecordOf<Kind> *cursor_start(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree) {
-  EntryOf<Kind> *leaf = outermost_leaf<kStep>(tree.root);
+template <int kStep, class Tree>
+RecordOf<Tree> *cursor_start(CursorOf<Tree> &cursor, const Tree &tree) {
+  EntryOf<Tree> *leaf = outermost_leaf<kStep>(tree.root);
   cursor = {&tree, nullptr, 0};
-  return leaf == nullptr ? nullptr : enter_leaf<Kind, kStep>(cursor, *leaf);
+  return leaf == nullptr ? nullptr : enter_leaf<kStep>(cursor, *leaf);
 }
 
-template <class Kind>
-RecordOf<Kind> *cursor_seek(CursorOf<Kind> &cursor, const TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
+template <class Tree>
+RecordOf<Tree> *cursor_seek(CursorOf<Tree> &cursor, const Tree &tree, KeyOf<Tree> key) {
+  const auto place = locate(tree, tree.root, key);
   cursor = {&tree, place.leaf, place.spot.index};
-  if (place.spot.index < place.leaf->children.count) return record_at<Kind>(*place.leaf, place.spot.index);
+  if (place.spot.index < place.leaf->children.count) return record_at(*place.leaf, place.spot.index);
   // The key is above all records of its leaf: the last leaf, unless the caller has changed the tree.
-  if (RecordOf<Kind> *record = step_out<Kind, 1>(cursor)) return record;
+  if (RecordOf<Tree> *record = step_out<1>(cursor)) return record;
   if (has_children(*cursor.leaf)) return nullptr;
-  cursor_start<Kind, -1>(cursor, tree);
+  cursor_start<-1>(cursor, tree);
   if (cursor.leaf != nullptr) ++cursor.index;
   return nullptr;
 }
 
 // Returns the record of a key or a near one: the next greater one in the leaf that would hold the key, else
 // the last one of that leaf. If that leaf is empty, the nearest record of its neighbours.
-template <class Kind>
-RecordOf<Kind> *find_nearest(const TreeOf<Kind> &tree, KeyOf<Kind> key) {
-  const Place<Kind> place = locate<Kind>(tree, tree.root, key);
+template <class Tree>
+RecordOf<Tree> *find_nearest(const Tree &tree, KeyOf<Tree> key) {
+  const auto place = locate(tree, tree.root, key);
   const int64_t count = place.leaf->children.count;
-  if (count > 0) return record_at<Kind>(*place.leaf, nearest(place.spot, count));
-  CursorOf<Kind> cursor;
-  RecordOf<Kind> *above = cursor_seek<Kind>(cursor, tree, key);
-  return above != nullptr ? above : cursor_step<Kind, -1>(cursor);
+  if (count > 0) return record_at(*place.leaf, nearest(place.spot, count));
+  CursorOf<Tree> cursor;
+  RecordOf<Tree> *above = cursor_seek(cursor, tree, key);
+  return above != nullptr ? above : cursor_step<-1>(cursor);
 }
 
 // A step from a record without a cursor: its position is found by a search for its key.
-template <class Kind, int kStep>
-RecordOf<Kind> *step(const TreeOf<Kind> &tree, const RecordOf<Kind> &record) {
-  CursorOf<Kind> cursor;
-  const RecordOf<Kind> *found = cursor_seek<Kind>(cursor, tree, Kind::key_of(tree, record));
-  return found == &record ? cursor_step<Kind, kStep>(cursor) : nullptr;
+template <int kStep, class Tree>
+RecordOf<Tree> *step(const Tree &tree, const RecordOf<Tree> &record) {
+  CursorOf<Tree> cursor;
+  const RecordOf<Tree> *found = cursor_seek(cursor, tree, Policy<Tree>::key_of(tree, record));
+  return found == &record ? cursor_step<kStep>(cursor) : nullptr;
 }
 
 }  // namespace mub::bplus
