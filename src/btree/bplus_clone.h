@@ -106,8 +106,7 @@ int64_t clone(const Tree &source, Tree &copy, CloneCallback callback) {
 template <class Tree>
 bool clone_entry(const Tree &source, const EntryOf<Tree> &from, Tree &copy, EntryOf<Tree> &to) {
   if (Cloning(source, copy).run_in_fresh_blocks(from, to)) return true;
-  empty_from(
-      copy, to, [](const RecordOf<Tree> &) {}, Blocks::kGoBack);
+  remove_all_entry(copy, to, Blocks::kGoBack);
   Policy<Tree>::reset_key(to);
   to.level = 0;
   return false;

@@ -30,8 +30,7 @@ enum class Blocks { kStayInOwnedPools, kGoBack };
 // record. Records and entries below `top` are returned to caller's pools. Those in owned pools stay until
 // these are emptied, unless Blocks::kGoBack asks to return them, too.
 template <class Tree, class PartWith>
-void empty_from(Tree &tree, EntryOf<Tree> &top, PartWith part_with,
-                Blocks blocks = Blocks::kStayInOwnedPools) {
+void empty_from(Tree &tree, EntryOf<Tree> &top, Blocks blocks, PartWith part_with) {
   const bool gives_records = tree.owns_node_pool == 0 || blocks == Blocks::kGoBack;
   const bool gives_entries = tree.owns_entry_pool == 0 || blocks == Blocks::kGoBack;
   const auto give_records = [&](const EntryOf<Tree> &leaf) {
@@ -70,13 +69,13 @@ void release_tables(Tree &tree) {
 }
 
 template <class Tree>
-void remove_all_entry(Tree &tree, EntryOf<Tree> &top) {
-  empty_from(tree, top, [](const RecordOf<Tree> &) {});
+void remove_all_entry(Tree &tree, EntryOf<Tree> &top, Blocks blocks = Blocks::kStayInOwnedPools) {
+  empty_from(tree, top, blocks, [](const RecordOf<Tree> &) {});
 }
 
 template <class Tree>
 void free_all_entry(Tree &tree, EntryOf<Tree> &top, mub_free_fn release_it) {
-  empty_from(tree, top, [&](const RecordOf<Tree> &record) {
+  empty_from(tree, top, Blocks::kStayInOwnedPools, [&](const RecordOf<Tree> &record) {
     release_value(value_pool_of(tree), record.value, release_it);
   });
 }
