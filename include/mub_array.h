@@ -9,7 +9,7 @@
  *
  *     mub_arrayd   entries ──► [key, value][key, value] …     32-bit integer keys
  *     mub_arrayx   entries ──► [key, value][key, value] …     64-bit integer keys
- *     mub_arrays   items   ──► [item][item] …                 bare 64-bit items, ordered by your comparers
+ *     mub_arrays   items   ──► [item][item] …                 64-bit items, with your comparators
  *     mub_arrayt   [word][word][word][word]                   64-bit words, the first four in the record
  *                  tail    ──► [word][word] …
  *

@@ -74,7 +74,7 @@ test("callbacks are called", () =>
     assert.equal(Number(mub.read(hash, "mub_hash").count), 0);
   }));
 
-test("comparers sort, and pointers to numbers receive results", () => {
+test("comparators sort, and pointers to numbers receive results", () => {
   const array = mub.make("mub_arrayd");
   mub.mub_arrayd_init(array, 0);
   [30, 10, 20].forEach((value, key) => mub.mub_arrayd_append(array, key, value));

@@ -1,11 +1,11 @@
-// mub_arrays: slot_table.h with bare 64-bit items, ordered by the comparers that callers pass.
+// mub_arrays: slot_table.h with bare 64-bit items, ordered by the comparators that callers pass.
 #include "arrays/slot_clone.h"
 
 using namespace mub;
 
 namespace {
 
-// Compares items with a searched key by a caller's comparer.
+// Compares items with a searched key by a caller's comparator.
 struct ItemOrder {
   static constexpr bool kIsDifference = false;
   uint64_t key;
@@ -27,7 +27,7 @@ struct ContextOrder {
   int operator()(uint64_t item) const { return call(context, item, key, extra); }
 };
 
-// For both kinds of comparer. Without a comparer nothing is found, and new items are appended.
+// For both kinds of comparator. Without a comparator nothing is found, and new items are appended.
 
 template <class Order>
 int insert(mub_arrays &array, uint64_t item, const Order &order) {

@@ -2,7 +2,7 @@
 // its sign into a mask. If several keys are equal to the searched one, the first one probed is found. Callers
 // can see which, so the sequence of probes is part of the interface.
 //
-// Invariants, for any comparer and any table, sorted or not:
+// Invariants, for any comparator and any table, sorted or not:
 //   1. Only slots from 0 to count - 1 are compared, and none of them twice.
 //   2. The resulting index is from 0 to count, and below count if the key was found.
 //
@@ -39,8 +39,8 @@ Spot search_in_order(int64_t count, CompareAt compare_at) {
 }
 
 // `compare_at(i)` orders slot i against the searched key. The search of a descending table swaps the tests:
-// negating INT_MIN, which a comparer may return, would overflow. Each direction has its own loop, which need
-// not test it.
+// negating INT_MIN, which a comparator may return, would overflow. Each direction has its own loop, which
+// need not test it.
 template <class CompareAt>
 Spot binary_search(int64_t count, bool descending, CompareAt compare_at) {
   return descending ? search_in_order<true>(count, compare_at) : search_in_order<false>(count, compare_at);

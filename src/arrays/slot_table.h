@@ -406,7 +406,7 @@ void sort(Array &array, bool ascending, const Order &order) {
   mub::sort(table(array), used(array), ascending, order);
 }
 
-// Orders slots by their values with a caller's comparer.
+// Orders slots by their values with a caller's comparator.
 template <class Call>
 struct ValueOrder {
   using Key = uint64_t;

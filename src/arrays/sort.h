@@ -2,7 +2,7 @@
 // for ranges of up to 8 slots. It is not stable, and callers can see where equal keys end up: the sequence of
 // comparisons and moves is part of the interface, and with it kSelectionSlots.
 //
-// Invariants, for any comparer, even one that contradicts itself:
+// Invariants, for any comparator, even one that contradicts itself:
 //   1. No slot outside the range is read or moved: scans are bounded by indexes and not by a sentinel.
 //   2. Both parts of a partition are shorter than its range, so the sort ends.
 //   3. Slots are only swapped: the result is a permutation of the input.
@@ -50,7 +50,7 @@ class Sorting {
 
   Key key(int64_t index) const { return order_.key(slots_[index]); }
   void swap(int64_t a, int64_t b) { std::swap(slots_[a], slots_[b]); }
-  // A descending sort swaps the tests: negating INT_MIN, which a comparer may return, would overflow.
+  // A descending sort swaps the tests: negating INT_MIN, which a comparator may return, would overflow.
   static bool after(int order) { return kAscending ? order > 0 : order < 0; }
   bool after(const Key &a, const Key &b) const { return after(order_.compare(a, b)); }
   bool equal(const Key &a, const Key &b) const { return order_.compare(a, b) == 0; }

@@ -33,11 +33,11 @@ void copy(mub_char &view, const char *text, int64_t count) {
   view = {data, length};
 }
 
-template <class Comparer>
-int compare(const mub_char &view, const char *text, int64_t count, Comparer comparer) {
+template <class Comparator>
+int compare(const mub_char &view, const char *text, int64_t count, Comparator comparator) {
   const bool has_text = text != nullptr && count != 0;
   if (view.data == nullptr || view.length == 0) return has_text ? -1 : 0;
-  return has_text ? comparer(view.data, view.length, text, measured(text, count)) : 1;
+  return has_text ? comparator(view.data, view.length, text, measured(text, count)) : 1;
 }
 
 }  // namespace

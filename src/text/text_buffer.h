@@ -72,12 +72,12 @@ bool trim(Record &record) {
 }
 
 // Compares a span with a text; an empty one sorts first.
-template <class Unit, class Comparer>
-int compare(const Unit *data, int64_t length, const Unit *text, int64_t count, Comparer comparer) {
+template <class Unit, class Comparator>
+int compare(const Unit *data, int64_t length, const Unit *text, int64_t count, Comparator comparator) {
   const bool has_text = text != nullptr && count != 0;
   const int64_t text_length = has_text ? UnitOps<Unit>::measured(text, count) : 0;
   if (data == nullptr || length == 0) return text_length > 0 ? -1 : 0;
-  return has_text ? comparer(data, length, text, text_length) : 1;
+  return has_text ? comparator(data, length, text, text_length) : 1;
 }
 
 // Searches for a counted text as mub_mem_str() does, for any other as strstr() does, up to the first NUL.

@@ -1,4 +1,4 @@
-// mub_tree: linked_tree.h with rings of children, and searches by a caller's comparer.
+// mub_tree: linked_tree.h with rings of children, and searches by a caller's comparator.
 #include <utility>
 
 #include "arrays/byte_keys.h"
@@ -57,11 +57,11 @@ namespace {
 
 // ---- searches
 
-// A caller's comparer, with or without a context.
-class Comparer {
+// A caller's comparator, with or without a context.
+class Comparator {
  public:
-  explicit Comparer(mub_tree_compare_fn compare) : plain_(compare) {}
-  Comparer(mub_tree_compare_x_fn compare, uint64_t context) : with_context_(compare), context_(context) {}
+  explicit Comparator(mub_tree_compare_fn compare) : plain_(compare) {}
+  Comparator(mub_tree_compare_x_fn compare, uint64_t context) : with_context_(compare), context_(context) {}
 
   bool is_missing() const { return plain_ == nullptr && with_context_ == nullptr; }
   bool matches(const Entry &entry, const ByteKey &key) const {
@@ -78,17 +78,17 @@ class Comparer {
 
 ByteKey as_given(const void *key, int64_t length) { return {bytes::as_bytes(key), length}; }
 
-Entry *find(const Entry *bound, const Entry &start, const ByteKey &key, const Comparer &comparer) {
-  if (comparer.is_missing()) return nullptr;
+Entry *find(const Entry *bound, const Entry &start, const ByteKey &key, const Comparator &comparator) {
+  if (comparator.is_missing()) return nullptr;
   Entry *entry = rings::next_in_order(bound, start);
-  while (entry != nullptr && !comparer.matches(*entry, key)) entry = rings::next_in_order(bound, *entry);
+  while (entry != nullptr && !comparator.matches(*entry, key)) entry = rings::next_in_order(bound, *entry);
   return entry;
 }
 
-Entry *find_above(const Entry *stop, const Entry &entry, const ByteKey &key, const Comparer &comparer) {
-  if (comparer.is_missing()) return nullptr;
+Entry *find_above(const Entry *stop, const Entry &entry, const ByteKey &key, const Comparator &comparator) {
+  if (comparator.is_missing()) return nullptr;
   Entry *above = entry.parent;
-  while (above != nullptr && above != stop && !comparer.matches(*above, key)) above = above->parent;
+  while (above != nullptr && above != stop && !comparator.matches(*above, key)) above = above->parent;
   return above != stop ? above : nullptr;
 }
 
@@ -105,15 +105,15 @@ ByteKey component(const mub_array &path, int64_t index) {
   return entry != nullptr ? key_of(path, *entry) : ByteKey{nullptr, 0};
 }
 
-Entry *step(const Entry &current, int64_t depth, const mub_array &path, const Comparer &comparer) {
-  return find(&current, current, component(path, depth), comparer);
+Entry *step(const Entry &current, int64_t depth, const mub_array &path, const Comparator &comparator) {
+  return find(&current, current, component(path, depth), comparator);
 }
 
-Entry *follow(const Entry &start, int64_t depth, const mub_array &path, const Comparer &comparer) {
+Entry *follow(const Entry &start, int64_t depth, const mub_array &path, const Comparator &comparator) {
   const Entry *current = &start;
   Entry *found = nullptr;
   for (; current != nullptr && depth < slots::used(path); ++depth) {
-    current = found = step(*current, depth, path, comparer);
+    current = found = step(*current, depth, path, comparator);
   }
   return found;
 }
@@ -128,12 +128,12 @@ Entry *append_new(mub_tree &tree, Entry &parent) {
 
 // Returns the entry at the end of a path. Missing entries are added; only the last one gets a value.
 Entry *insert(mub_tree &tree, Entry &start, int64_t depth, const mub_array &path, mub_init_fn init,
-              const Comparer &comparer) {
-  if (comparer.is_missing() || depth >= slots::used(path)) return nullptr;
+              const Comparator &comparator) {
+  if (comparator.is_missing() || depth >= slots::used(path)) return nullptr;
   Entry *current = &start;
   bool made = false;
   for (; current != nullptr && depth < slots::used(path); ++depth) {
-    Entry *found = step(*current, depth, path, comparer);
+    Entry *found = step(*current, depth, path, comparator);
     made = found == nullptr;
     current = made ? append_new(tree, *current) : found;
   }
@@ -249,24 +249,24 @@ mub_tree_entry *mub_tree_entry_find_next(const mub_tree_entry *bound, const mub_
 
 mub_tree_entry *mub_tree_entry_find(const mub_tree_entry *bound, const mub_tree_entry *start, const void *key,
                                     int64_t length, mub_tree_compare_fn compare) {
-  return find(bound, *start, as_given(key, length), Comparer(compare));
+  return find(bound, *start, as_given(key, length), Comparator(compare));
 }
 
 mub_tree_entry *mub_tree_entry_find_x(const mub_tree_entry *bound, const mub_tree_entry *start,
                                       uint64_t context, const void *key, int64_t length,
                                       mub_tree_compare_x_fn compare) {
-  return find(bound, *start, as_given(key, length), Comparer(compare, context));
+  return find(bound, *start, as_given(key, length), Comparator(compare, context));
 }
 
 mub_tree_entry *mub_tree_entry_find_parent(const mub_tree_entry *stop, const mub_tree_entry *entry,
                                            const void *key, int64_t length, mub_tree_compare_fn compare) {
-  return find_above(stop, *entry, as_given(key, length), Comparer(compare));
+  return find_above(stop, *entry, as_given(key, length), Comparator(compare));
 }
 
 mub_tree_entry *mub_tree_entry_find_parent_x(const mub_tree_entry *stop, const mub_tree_entry *entry,
                                              uint64_t context, const void *key, int64_t length,
                                              mub_tree_compare_x_fn compare) {
-  return find_above(stop, *entry, as_given(key, length), Comparer(compare, context));
+  return find_above(stop, *entry, as_given(key, length), Comparator(compare, context));
 }
 
 int mub_tree_entry_find_child(const mub_tree_entry *ancestor, const mub_tree_entry *entry) {
@@ -283,41 +283,41 @@ int mub_tree_entry_compare(const mub_tree_entry *a, const mub_tree_entry *b) {
 
 mub_tree_entry *mub_tree_insert(mub_tree *tree, const mub_array *path, mub_init_fn init,
                                 mub_tree_compare_fn compare) {
-  return insert(*tree, tree->root, 0, *path, init, Comparer(compare));
+  return insert(*tree, tree->root, 0, *path, init, Comparator(compare));
 }
 
 mub_tree_entry *mub_tree_insert_x(mub_tree *tree, const mub_array *path, uint64_t context, mub_init_fn init,
                                   mub_tree_compare_x_fn compare) {
-  return insert(*tree, tree->root, 0, *path, init, Comparer(compare, context));
+  return insert(*tree, tree->root, 0, *path, init, Comparator(compare, context));
 }
 
 mub_tree_entry *mub_tree_insert_t(mub_tree *tree, mub_tree_entry *current, int64_t depth,
                                   const mub_array *path, mub_init_fn init, mub_tree_compare_fn compare) {
-  return insert(*tree, *current, depth, *path, init, Comparer(compare));
+  return insert(*tree, *current, depth, *path, init, Comparator(compare));
 }
 
 mub_tree_entry *mub_tree_insert_x_t(mub_tree *tree, mub_tree_entry *current, int64_t depth,
                                     const mub_array *path, uint64_t context, mub_init_fn init,
                                     mub_tree_compare_x_fn compare) {
-  return insert(*tree, *current, depth, *path, init, Comparer(compare, context));
+  return insert(*tree, *current, depth, *path, init, Comparator(compare, context));
 }
 
 mub_tree_entry *mub_tree_find(const mub_tree *tree, const mub_array *path, mub_tree_compare_fn compare) {
-  return follow(tree->root, 0, *path, Comparer(compare));
+  return follow(tree->root, 0, *path, Comparator(compare));
 }
 
 mub_tree_entry *mub_tree_find_x(const mub_tree *tree, const mub_array *path, uint64_t context,
                                 mub_tree_compare_x_fn compare) {
-  return follow(tree->root, 0, *path, Comparer(compare, context));
+  return follow(tree->root, 0, *path, Comparator(compare, context));
 }
 
 mub_tree_entry *mub_tree_find_t(const mub_tree_entry *current, int64_t depth, const mub_array *path,
                                 mub_tree_compare_fn compare) {
-  return follow(*current, depth, *path, Comparer(compare));
+  return follow(*current, depth, *path, Comparator(compare));
 }
 
 mub_tree_entry *mub_tree_find_x_t(const mub_tree_entry *current, int64_t depth, const mub_array *path,
                                   uint64_t context, mub_tree_compare_x_fn compare) {
-  return follow(*current, depth, *path, Comparer(compare, context));
+  return follow(*current, depth, *path, Comparator(compare, context));
 }
 }

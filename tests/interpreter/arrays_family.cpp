@@ -16,12 +16,12 @@ namespace mub_test {
 // role int64_t (wanted|n) = Drawn<%t, &WorldOf<%s>::draw_room>
 // role int (ascending|unique|separator) = Drawn<%t, &WorldOf<%s>::draw_%n>
 // role uint64_t (context|extra) = Drawn<%t, &WorldOf<%s>::draw_%n>
-// role mub_compare_\w*fn compare = Drawn<AnyComparer, &WorldOf<%s>::draw_%n>
+// role mub_compare_\w*fn compare = Drawn<AnyComparator, &WorldOf<%s>::draw_%n>
 // role const char \* text;int64_t length = Drawn<std::tuple<const char *, int64_t>, &WorldOf<%s>::draw_text>
 // role mub_string \* string = StringOut
 // role uint64_t \* items;int64_t count = Words
 
-// ---- comparers, which treat all blocks as equal
+// ---- comparators, which treat all blocks as equal
 
 uint64_t rank_of(uint64_t value) { return std::min<uint64_t>(value, 40); }
 int by_rank(uint64_t a, uint64_t b) {
@@ -41,7 +41,7 @@ int compare_in_context(uint64_t own, uint64_t a, uint64_t b, uint64_t own_extra)
   EXPECT_TRUE(own == context && own_extra == extra);
   return order(a, b);
 }
-struct AnyComparer {
+struct AnyComparator {
   operator mub_compare_fn() const { return order; }
   operator mub_compare_item_fn() const { return order == nullptr ? nullptr : compare_items; }
   operator mub_compare_context_fn() const { return order == nullptr ? nullptr : compare_in_context; }
@@ -241,7 +241,7 @@ struct WorldOf : World {
   int draw_ascending() { return (is_ascending = program.one_in(2)) ? 7 : 0; }
   int draw_unique() { return (is_unique = program.one_in(2)) ? 7 : 0; }
   int draw_separator() { return program.one_in(2) ? ',' : 0x700 | ','; }
-  AnyComparer draw_compare() {
+  AnyComparator draw_compare() {
     static constexpr mub_compare_fn kOrders[] = {nullptr, by_rank, by_rank, by_whim};
     order = kOrders[program.below(4)];
     return {};
@@ -502,15 +502,15 @@ struct WorldOf : World {
   }
   void expect(op::length_, int64_t result) { EXPECT_EQ(result, 8 * self->table.count); }
 
-  // With a consistent comparer the slots are sorted; with any other they are a permutation.
+  // With a consistent comparator the slots are sorted; with any other they are a permutation.
   template <class Op>
   requires(named<Op>("qsort")) void expect(Op, None) {
     Table &table = self->table;
-    constexpr bool kHasComparer = kIsItems || named<Op>("_x");
-    if (failed || (kHasComparer && order == nullptr)) return;
+    constexpr bool kHasComparator = kIsItems || named<Op>("_x");
+    if (failed || (kHasComparator && order == nullptr)) return;
     const bool is_upward = named<Op>("_p") || (!named<Op>("_n") && is_ascending);
     const auto comes_before = [&](const Item &a, const Item &b) {
-      const int sign = kHasComparer ? order(a.value, b.value) : (a.key() > b.key()) - (a.key() < b.key());
+      const int sign = kHasComparator ? order(a.value, b.value) : (a.key() > b.key()) - (a.key() < b.key());
       return sign != 0 && (sign < 0) == is_upward;
     };
     std::multiset<Item> expected(table.begin(), table.end());

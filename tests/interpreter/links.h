@@ -11,7 +11,7 @@
 namespace mub_test {
 
 // role uint64_t context = Drawn<uint64_t, draw_context>
-// role (mub_(tree_)?compare\w*_fn) compare = Comparer<%t>
+// role (mub_(tree_)?compare\w*_fn) compare = Comparator<%t>
 
 struct Item {
   void *entry = nullptr;  // its address; nullptr until it is first read
@@ -76,7 +76,7 @@ using Place = EntryOf<R, true>;
 
 inline constexpr uint64_t kContext = 0x123456789ABCDEF0;
 inline constexpr auto draw_context = [](auto &) { return kContext; };
-// In lists, keys are values plus 1, so that exchanged arguments of a comparer are detected.
+// In lists, keys are values plus 1, so that exchanged arguments of a comparator are detected.
 inline int compare(uint64_t value, uint64_t key) { return value + 1 == key ? 0 : -1; }
 inline int compare(uint64_t key, uint64_t value, uint64_t context) {
   return context == kContext ? compare(value, key) : 0;
@@ -87,12 +87,12 @@ inline int compare(const mub_tree_entry *entry, const void *key, int64_t length)
 inline int compare(const mub_tree_entry *entry, uint64_t context, const void *key, int64_t length) {
   return context == kContext ? compare(entry, key, length) : 0;
 }
-struct AnyComparer {
+struct AnyComparator {
   bool is_given;
 };
 template <class Function>
-struct Comparer : AnyComparer {
-  explicit Comparer(auto &world) : AnyComparer{!world.program.one_in(8)} {}
+struct Comparator : AnyComparator {
+  explicit Comparator(auto &world) : AnyComparator{!world.program.one_in(8)} {}
   auto arguments() const { return std::tuple(is_given ? static_cast<Function>(compare) : nullptr); }
 };
 

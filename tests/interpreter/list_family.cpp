@@ -48,7 +48,7 @@ struct Walker : Place<R> {
   auto arguments() { return std::tuple(&at); }
   typename Kind<R>::Entry *at = this->entry;
 };
-// Half of them are values, and the others are values plus 1, which comparers expect.
+// Half of them are values, and the others are values plus 1, which comparators expect.
 inline constexpr auto draw_wanted = [](auto &world) {
   const Place<mub_lists> place(world);
   const uint64_t value = place.entry != nullptr ? place.entry->value : 77;
@@ -134,13 +134,13 @@ template <class Op, class R>
 void check(Op, WorldOf<R> &, Self<R> &self, const auto &...args) requires(named<Op>("find")) {
   const auto *key = role_of<ByteKey<R>>(args...);
   const auto *wanted = role_of<Wanted>(args...);
-  const auto *comparer = role_of<AnyComparer>(args...);
+  const auto *comparator = role_of<AnyComparator>(args...);
   const auto is_wanted = [&](const Item &item) {
     return key != nullptr ? item.key == key->bytes
-                          : item.value + (comparer != nullptr ? 1 : 0) == wanted->value;
+                          : item.value + (comparator != nullptr ? 1 : 0) == wanted->value;
   };
   const auto found = std::ranges::find_if(self.slot.content, is_wanted);
-  const bool is_found = found != self.slot.content.end() && (comparer == nullptr || comparer->is_given);
+  const bool is_found = found != self.slot.content.end() && (comparator == nullptr || comparator->is_given);
   EXPECT_EQ(result_of(args...), is_found ? found->entry : nullptr);
 }
 

@@ -299,7 +299,7 @@ void check(Op, auto &, Within &, const auto &node,
   const Document &items = node.items;
   const auto *range = role_of<Range>(node);
   const auto *key = role_of<Key>(args...);
-  const auto *comparer = role_of<AnyComparer>(args...);
+  const auto *comparator = role_of<AnyComparator>(args...);
   const size_t index = node.index, bound = range != nullptr ? range->bound : above(items, index);
   const auto is_looked_at = [&](size_t at) {
     if (named<Op>("last")) return at > index && above(items, at) == index;
@@ -315,7 +315,8 @@ void check(Op, auto &, Within &, const auto &node,
         named<Op>("last") || named<Op>("prev") || named<Op>("parent") || found == items.size();
     if (is_later && is_looked_at(at) && (key == nullptr || items[at].value == key->word)) found = at;
   }
-  EXPECT_EQ(result_of(args...), comparer == nullptr || comparer->is_given ? node.entry_at(found) : nullptr);
+  EXPECT_EQ(result_of(args...),
+            comparator == nullptr || comparator->is_given ? node.entry_at(found) : nullptr);
 }
 
 // Missing entries on a path are appended, each to the one before; only the last one gets a value.
@@ -331,7 +332,7 @@ void check(Op, auto &world, Self<mub_tree> &self,
   size_t at = from != nullptr ? from->index : 0;
   int64_t depth = drawn_depth != nullptr ? drawn_depth->value : 0;
   const int64_t end = std::ssize(keys);
-  const bool is_asked = depth < end && role_of<AnyComparer>(args...)->is_given;
+  const bool is_asked = depth < end && role_of<AnyComparator>(args...)->is_given;
   uint64_t value = 0;
   for (; is_asked && depth < end; ++depth) {
     const size_t parent = at;
