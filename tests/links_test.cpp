@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "mub.hpp"
+#include "support/fuse.h"
 
 namespace {
 
@@ -29,6 +30,44 @@ TEST(LinkedList, IgnoresEntriesAndKeysThatAreNotItsOwn) {
   EXPECT_EQ(list.c()->keys.length, 3) << "the key was outside the stream";
   list.clear();
   EXPECT_EQ(mub_list_remove_at(list.c(), entry), 0u) << "an empty list has no positions";
+}
+
+TEST(LinkedList, ReturnsTheBlocksOfAnExternalPoolIfACloneRunsOutOfMemory) {
+  mub_pool pool;
+  mub_list list, copy;
+  mub_pool_init(&pool);
+  pool.block_size = sizeof(mub_list_entry);
+  mub_list_init(&list, 0, 0);
+  list.entry_pool = &pool;
+  for (int i = 0; i < 100; ++i) mub_list_add_tail(&list, "key", 3, 1);
+  int64_t allowed = 0;
+  for (bool is_refused = true; is_refused; ++allowed) {
+    mub_list_init(&copy, 0, 0);
+    mub_test::arm_fuse(allowed, mub_test::Blow::kForever);
+    mub_list_clone(&list, nullptr, &copy, nullptr, nullptr);
+    is_refused = mub_test::disarm_fuse();
+    EXPECT_EQ(copy.count, is_refused ? 0 : 100);
+    EXPECT_EQ(pool.live_count, 100 + copy.count);
+    mub_list_term(&copy);
+  }
+  EXPECT_GT(allowed, 3) << "chunks were refused, too";
+  mub_list_term(&list);
+  mub_pool_term(&pool);
+}
+
+TEST(Trees, PathsAreWholeOrNotThereAtAll) {
+  mub::tree tree;
+  mub_tree_entry *entry = tree.root();
+  for (int i = 0; i < 40; ++i) entry = tree.append(entry, 1);
+  int64_t allowed = 0;
+  for (bool is_refused = true; is_refused; ++allowed) {
+    mub::arrayt path;
+    mub_test::arm_fuse(allowed, mub_test::Blow::kOnce);
+    mub_tree_entry_array(entry, path.c());
+    is_refused = mub_test::disarm_fuse();
+    EXPECT_EQ(path.size(), is_refused ? 0 : 41);
+  }
+  EXPECT_GT(allowed, 2);
 }
 
 int64_t released = 0;
