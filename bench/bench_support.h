@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 #include <random>
 #include <string>
 #include <unordered_set>
@@ -63,6 +64,44 @@ std::vector<Item> drawn(const std::vector<Item> &items) {
   const auto count = static_cast<int64_t>(items.size());
   for (int64_t i = 0; i < std::max(kKeysInAll, count); ++i) wanted.push_back(items[random() % items.size()]);
   return wanted;
+}
+
+// The sum of the values of the keys: one look-up after the other, but for maps that take all at once.
+template <class Map, class Keys>
+auto sum_of(const Map &map, const Keys &wanted, int) -> decltype(map.sum_of(wanted)) {
+  return map.sum_of(wanted);
+}
+template <class Map, class Keys>
+uint64_t sum_of(const Map &map, const Keys &wanted, ...) {
+  uint64_t sum = 0;
+  for (const auto &key : wanted) sum += map.get(key);
+  return sum;
+}
+
+// For maps with byte-string keys that take all at once.
+template <class Record, class GetMany>
+uint64_t sum_of_batch(const Record &record, GetMany get_many, const std::vector<std::string> &wanted) {
+  constexpr size_t kBatch = 256;
+  const void *keys[kBatch];
+  int64_t lengths[kBatch];
+  uint64_t values[kBatch];
+  uint64_t sum = 0;
+  for (size_t first = 0; first < wanted.size(); first += kBatch) {
+    const size_t count = std::min(kBatch, wanted.size() - first);
+    for (size_t i = 0; i < count; ++i) {
+      keys[i] = wanted[first + i].data();
+      lengths[i] = static_cast<int64_t>(wanted[first + i].size());
+    }
+    get_many(&record, keys, lengths, static_cast<int64_t>(count), values);
+    for (size_t i = 0; i < count; ++i) sum += values[i];
+  }
+  return sum;
+}
+template <class Record, class GetMany>
+uint64_t sum_of_batch(const Record &record, GetMany get_many, const std::vector<uint64_t> &wanted) {
+  std::vector<uint64_t> values(wanted.size());
+  get_many(&record, wanted.data(), static_cast<int64_t>(wanted.size()), values.data());
+  return std::accumulate(values.begin(), values.end(), uint64_t{0});
 }
 
 inline int64_t heap_bytes_in_use() {

@@ -55,6 +55,7 @@ class MubIntegers {
     mub_btreex_term(&tree_);
     clear_record();
   }
+  const mub_btreex &tree() const { return tree_; }
 
  private:
   void clear_record() {
@@ -62,6 +63,13 @@ class MubIntegers {
     tree_.key_type = 4;
   }
   mub_btreex tree_;
+};
+
+class MubIntegerBatches : public MubIntegers {
+ public:
+  uint64_t sum_of(const Integers &wanted) const {
+    return mub_bench::sum_of_batch(tree(), mub_btreex_get_many, wanted);
+  }
 };
 
 class MubTexts {
@@ -81,9 +89,17 @@ class MubTexts {
     mub_btree_term(&tree_);
     mub_btree_init(&tree_, 1, 1, 0);
   }
+  const mub_btree &tree() const { return tree_; }
 
  private:
   mub_btree tree_;
+};
+
+class MubTextBatches : public MubTexts {
+ public:
+  uint64_t sum_of(const std::vector<std::string> &wanted) const {
+    return mub_bench::sum_of_batch(tree(), mub_btree_get_many, wanted);
+  }
 };
 
 template <class Map>
@@ -160,9 +176,7 @@ void look_up(benchmark::State &state, const Keys &keys) {
   const auto map = filled<Map>(keys);
   const Keys wanted = mub_bench::drawn(keys);
   for (auto _ : state) {
-    uint64_t sum = 0;
-    for (const auto &key : wanted) sum += map->get(key);
-    benchmark::DoNotOptimize(sum);
+    benchmark::DoNotOptimize(mub_bench::sum_of(*map, wanted, 0));
   }
   state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
 }
@@ -206,10 +220,12 @@ void memory(benchmark::State &state) {
 const std::vector<int64_t> kSizes = {1000, 100000, 1000000};
 const std::vector<int64_t> kWalkSizes = {100, 1000, 8000, 100000, 1000000};
 
-template <class Map>
+// `Batches` is the map, but where it has look-ups of many keys.
+template <class Map, class Batches = Map>
 void add_integers(const std::string &who) {
   using mub_bench::add_sizes;
   add_sizes("u64_lookup", who, get_integers<Map>, kSizes);
+  add_sizes("u64_lookup_batch", who, get_integers<Batches>, kSizes);
   add_sizes(
       "u64_insert_random", who, [](auto &state) { insert<Map>(state, random_integers); }, kSizes);
   add_sizes(
@@ -220,16 +236,17 @@ void add_integers(const std::string &who) {
   add_sizes("u64_memory", who, memory<Map>, kSizes);
 }
 
-template <class Map>
+template <class Map, class Batches = Map>
 void add_texts(const std::string &who) {
   mub_bench::add_sizes("text_lookup", who, get_texts<Map>, kSizes);
+  mub_bench::add_sizes("text_lookup_batch", who, get_texts<Batches>, kSizes);
   mub_bench::add_sizes(
       "text_insert", who, [](auto &state) { insert<Map>(state, mub_bench::random_keys); }, kSizes);
 }
 
 [[maybe_unused]] const bool registered = [] {
-  add_integers<MubIntegers>("mub");
-  add_texts<MubTexts>("mub");
+  add_integers<MubIntegers, MubIntegerBatches>("mub");
+  add_texts<MubTexts, MubTextBatches>("mub");
   add_integers<Peer<std::map<uint64_t, uint64_t>>>("std::map");
   add_texts<Peer<std::map<std::string, uint64_t>>>("std::map");
 #ifdef MUB_PEER_ABSL

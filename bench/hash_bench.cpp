@@ -45,10 +45,18 @@ class MubMap {
     mub_hash_term(&table_);
     mub_hash_init(&table_, 1, 0);
   }
-  mub_hash &table() { return table_; }
+  const mub_hash &table() const { return table_; }
 
  private:
   mub_hash table_;
+};
+
+// Looks keys up 256 at a time.
+class MubBatches : public MubMap {
+ public:
+  uint64_t sum_of(const std::vector<std::string> &wanted) const {
+    return mub_bench::sum_of_batch(table(), mub_hash_get_many, wanted);
+  }
 };
 
 class StdMap {
@@ -142,9 +150,7 @@ template <class Map>
 void look_up(benchmark::State &state, const std::vector<std::string> &wanted) {
   const auto map = filled<Map>(random_keys(state.range(0), 1));
   for (auto _ : state) {
-    uint64_t sum = 0;
-    for (const std::string &key : wanted) sum += map->get(key);
-    benchmark::DoNotOptimize(sum);
+    benchmark::DoNotOptimize(mub_bench::sum_of(*map, wanted, 0));
   }
   state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
 }
@@ -209,12 +215,15 @@ void remove_from(benchmark::State &state, bool own_pool) {
   mub_pool_term(&pool);
 }
 
-template <class Map>
+// `Batches` is the map, but where it has look-ups of many keys.
+template <class Map, class Batches = Map>
 void add(const std::string &who) {
   using mub_bench::add_sizes;
   add_sizes("map_insert", who, insert<Map>, {1000, 100000, 1000000});
   add_sizes("map_hit", who, hit<Map>, {1000, 100000, 1000000});
   add_sizes("map_miss", who, miss<Map>, {1000, 100000, 1000000});
+  add_sizes("map_hit_batch", who, hit<Batches>, {1000, 100000, 1000000});
+  add_sizes("map_miss_batch", who, miss<Batches>, {1000, 100000, 1000000});
   add_sizes("map_clone", who, clone<Map>, {1000, 100000});
   mub_bench::add_runs("map_release", who, release<Map>, {1000, 100000, 1000000});
   add_sizes("map_memory", who, memory<Map>, {1000, 100000, 1000000});
@@ -245,7 +254,7 @@ void remove_mub(benchmark::State &state) { remove_from(state, true); }
 void remove_chains(benchmark::State &state) { remove_from(state, false); }
 
 [[maybe_unused]] const bool registered = [] {
-  add<MubMap>("mub");
+  add<MubMap, MubBatches>("mub");
   add<StdMap>("std::unordered_map");
 #ifdef MUB_PEER_ABSL
   add<AbslMap>("absl::flat_hash_map");

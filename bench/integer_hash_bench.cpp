@@ -34,9 +34,17 @@ class MubMap {
     mub_hashx_term(&table_);
     mub_hashx_init(&table_, 1, 0);
   }
+  const mub_hashx &table() const { return table_; }
 
  private:
   mub_hashx table_;
+};
+
+class MubBatches : public MubMap {
+ public:
+  uint64_t sum_of(const Keys &wanted) const {
+    return mub_bench::sum_of_batch(table(), mub_hashx_get_many, wanted);
+  }
 };
 
 template <class Map>
@@ -90,9 +98,7 @@ template <class Map>
 void look_up(benchmark::State &state, const Keys &keys, const Keys &wanted) {
   const auto map = filled<Map>(keys);
   for (auto _ : state) {
-    uint64_t sum = 0;
-    for (const uint64_t key : wanted) sum += map->get(key);
-    benchmark::DoNotOptimize(sum);
+    benchmark::DoNotOptimize(mub_bench::sum_of(*map, wanted, 0));
   }
 }
 
@@ -130,19 +136,21 @@ void release(benchmark::State &state) {
   mub_bench::release(state, [&] { return filled<Map>(keys); });
 }
 
-template <class Map>
+// `Batches` is the map, but where it has look-ups of many keys.
+template <class Map, class Batches = Map>
 void add(const std::string &who) {
   const std::vector<int64_t> sizes = {1000, 100000, 1000000};
   mub_bench::add_sizes("hashx_insert_sequence", who, insert<Map, sequence>, sizes);
   mub_bench::add_sizes("hashx_insert_random", who, insert<Map, random_numbers>, sizes);
   mub_bench::add_sizes("hashx_hit_in_order", who, hit_in_order<Map>, sizes);
   mub_bench::add_sizes("hashx_hit_random", who, hit_random<Map>, sizes);
+  mub_bench::add_sizes("hashx_hit_batch", who, hit_random<Batches>, sizes);
   mub_bench::add_sizes("hashx_erase", who, erase<Map>, sizes);
   mub_bench::add_runs("hashx_release", who, release<Map>, sizes);
 }
 
 [[maybe_unused]] const bool registered = [] {
-  add<MubMap>("mub");
+  add<MubMap, MubBatches>("mub");
   add<StdLikeMap<std::unordered_map<uint64_t, uint64_t>>>("std::unordered_map");
 #ifdef MUB_PEER_ABSL
   add<StdLikeMap<absl::flat_hash_map<uint64_t, uint64_t>>>("absl::flat_hash_map");

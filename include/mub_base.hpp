@@ -170,6 +170,24 @@ struct byte_key {
   static auto call(Function function, Record *record, key_type key, Rest... rest) {
     return function(record, key.data(), static_cast<std::int64_t>(key.size()), rest...);
   }
+  // The C function takes pointers and lengths apart, so views are passed on some at a time.
+  template <class Function, class Record>
+  static std::int64_t call_many(Function function, const Record *record, const key_type *keys,
+                                std::int64_t count, std::uint64_t *values) {
+    constexpr std::int64_t batch = 64;
+    const void *data[batch];
+    std::int64_t lengths[batch];
+    std::int64_t present = 0;
+    for (std::int64_t first = 0; first < count; first += batch) {
+      const std::int64_t size = count - first < batch ? count - first : batch;
+      for (std::int64_t i = 0; i < size; ++i) {
+        data[i] = keys[first + i].data();
+        lengths[i] = static_cast<std::int64_t>(keys[first + i].size());
+      }
+      present += function(record, data, lengths, size, values + first);
+    }
+    return present;
+  }
   template <class Record, class Entry>
   static key_type key_of(const Record *record, const Entry *entry) noexcept {
     return {reinterpret_cast<const char *>(record->keys.data) + entry->key_offset, entry->key_length};
@@ -183,6 +201,11 @@ struct integer_key {
   template <class Function, class Record, class... Rest>
   static auto call(Function function, Record *record, key_type key, Rest... rest) {
     return function(record, key, rest...);
+  }
+  template <class Function, class Record>
+  static std::int64_t call_many(Function function, const Record *record, const key_type *keys,
+                                std::int64_t count, std::uint64_t *values) {
+    return function(record, keys, count, values);
   }
   template <class Record, class Entry>
   static key_type key_of(const Record *, const Entry *entry) noexcept {
@@ -263,6 +286,14 @@ class keyed : public owner<Derived, Life> {
 
   /** Returns the value of a key; 0 if it is absent. See mub_hash_get(). */
   mapped_type get(key_type key) const { return Traits::call(Traits::get, c(), key); }
+
+  /**
+   * Stores the values of `count` keys, 0 for those that are absent, and returns how many keys are present.
+   * Hash tables and B-trees have it; see mub_hash_get_many().
+   */
+  std::int64_t get_many(const key_type *keys, std::int64_t count, mapped_type *values) const {
+    return Traits::call_many(Traits::get_many, c(), keys, count, values);
+  }
 
   /**
    * Returns the entry of a key, which belongs to the container; nullptr if it is absent. See

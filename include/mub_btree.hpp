@@ -32,6 +32,7 @@ struct btree_traits : byte_key {
   static constexpr auto insert = mub_btree_insert;
   static constexpr auto set = mub_btree_set;
   static constexpr auto get = mub_btree_get;
+  static constexpr auto get_many = mub_btree_get_many;
   static constexpr auto update = mub_btree_update;
   static constexpr auto find = mub_btree_find;
   static constexpr auto remove = mub_btree_remove;
@@ -61,6 +62,7 @@ struct btreed_traits : integer_key<std::uint32_t> {
   static constexpr auto insert = mub_btreed_insert;
   static constexpr auto set = mub_btreed_set;
   static constexpr auto get = mub_btreed_get;
+  static constexpr auto get_many = mub_btreed_get_many;
   static constexpr auto update = mub_btreed_update;
   static constexpr auto find = mub_btreed_find;
   static constexpr auto remove = mub_btreed_remove;
@@ -90,6 +92,7 @@ struct btreex_traits : integer_key<std::uint64_t> {
   static constexpr auto insert = mub_btreex_insert;
   static constexpr auto set = mub_btreex_set;
   static constexpr auto get = mub_btreex_get;
+  static constexpr auto get_many = mub_btreex_get_many;
   static constexpr auto update = mub_btreex_update;
   static constexpr auto find = mub_btreex_find;
   static constexpr auto remove = mub_btreex_remove;

@@ -32,6 +32,7 @@ struct hash_traits : byte_key {
   static constexpr auto insert = mub_hash_insert;
   static constexpr auto set = mub_hash_set;
   static constexpr auto get = mub_hash_get;
+  static constexpr auto get_many = mub_hash_get_many;
   static constexpr auto update = mub_hash_update;
   static constexpr auto find = mub_hash_find;
   static constexpr auto remove = mub_hash_remove;
@@ -55,6 +56,7 @@ struct hashd_traits : integer_key<std::uint32_t> {
   static constexpr auto insert = mub_hashd_insert;
   static constexpr auto set = mub_hashd_set;
   static constexpr auto get = mub_hashd_get;
+  static constexpr auto get_many = mub_hashd_get_many;
   static constexpr auto update = mub_hashd_update;
   static constexpr auto find = mub_hashd_find;
   static constexpr auto remove = mub_hashd_remove;
@@ -78,6 +80,7 @@ struct hashx_traits : integer_key<std::uint64_t> {
   static constexpr auto insert = mub_hashx_insert;
   static constexpr auto set = mub_hashx_set;
   static constexpr auto get = mub_hashx_get;
+  static constexpr auto get_many = mub_hashx_get_many;
   static constexpr auto update = mub_hashx_update;
   static constexpr auto find = mub_hashx_find;
   static constexpr auto remove = mub_hashx_remove;
@@ -102,6 +105,7 @@ struct hasht_traits {
   static constexpr auto insert = mub_hasht_insert;
   static constexpr auto set = mub_hasht_set;
   static constexpr auto get = mub_hasht_get;
+  static constexpr auto get_many = mub_hasht_get_many;
   static constexpr auto update = mub_hasht_update;
   static constexpr auto find = mub_hasht_find;
   static constexpr auto remove = mub_hasht_remove;
@@ -112,6 +116,11 @@ struct hasht_traits {
   template <class Function, class Record, class... Rest>
   static auto call(Function function, Record *record, const key_type &key, Rest... rest) {
     return function(record, key.data(), rest...);
+  }
+  template <class Function>
+  static std::int64_t call_many(Function function, const record *table, const key_type *keys,
+                                std::int64_t count, std::uint64_t *values) {
+    return function(table, reinterpret_cast<const std::uint32_t(*)[4]>(keys), count, values);
   }
   static key_type key_of(const record *, const entry *entry) noexcept {
     return {entry->key[0], entry->key[1], entry->key[2], entry->key[3]};

@@ -193,6 +193,23 @@ TYPED_TEST(Keyed, PassesKeysAndValues) {
   EXPECT_TRUE(map.empty() && constant.begin() == constant.end());
 }
 
+TEST(CppMaps, GiveTheValuesOfManyKeys) {
+  const auto check = [](const auto &map) {
+    std::vector<typename std::decay_t<decltype(map)>::key_type> keys;
+    for (int n = 90; n > 0; --n) keys.push_back(key_at<typename decltype(keys)::value_type>(n));
+    std::vector<uint64_t> values(keys.size());
+    EXPECT_EQ(map.get_many(keys.data(), 90, values.data()), 70);
+    for (size_t i = 0; i < 90; ++i) EXPECT_EQ(values[i], i < 20 ? 0 : 90 - i);
+  };
+  check(filled<mub::hash>(70));
+  check(filled<mub::hashd>(70));
+  check(filled<mub::hashx>(70));
+  check(filled<mub::hasht>(70));
+  check(filled<mub::btree>(70));
+  check(filled<mub::btreed>(70));
+  check(filled<mub::btreex>(70));
+}
+
 TEST(CppBtree, IteratesFromAnyRecord) {
   const auto check = [](auto tree) {
     using Key = typename decltype(tree)::key_type;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -157,6 +158,125 @@ TEST(HashRemoval, IgnoresBlocksThatAreInNoChain) {
   mub_pool_free(table.entry_pool, held);
   for (int i = 1010; i < 1012; ++i) remove(i);
   EXPECT_EQ(popped->key_offset, 0x77777777u);
+}
+
+// A batch gives what its look-ups give; of the keys, every eighth is absent.
+constexpr uint32_t kManyKeys = 40000;
+template <class T>
+void expect_batch(const std::vector<T> &keys, auto get, auto get_many) {
+  std::vector<uint64_t> values(keys.size() + 1, 99), expected(keys.size());
+  std::ranges::transform(keys, expected.begin(), get);
+  const auto count = static_cast<int64_t>(keys.size());
+  EXPECT_EQ(get_many(count, values.data()), count - std::ranges::count(expected, 0u));
+  EXPECT_EQ(values.back(), 99u);
+  values.pop_back();
+  EXPECT_EQ(values, expected);
+  EXPECT_EQ(get_many(-1, values.data()), 0);
+}
+template <class R, class T>
+void expect_batch_of_numbers(const R &map, const std::vector<T> &keys, auto get, auto get_many) {
+  expect_batch(
+      keys, [&](T key) { return get(&map, key); },
+      [&](int64_t count, uint64_t *values) { return get_many(&map, keys.data(), count, values); });
+}
+template <class T>
+std::vector<T> many_numbers() {
+  std::vector<T> keys(kManyKeys + 5);
+  for (size_t i = 0; i < keys.size(); ++i) keys[i] = static_cast<T>(i * 0x9E3779B97F4A7C15u);
+  return keys;
+}
+void add_most(const auto &keys, auto insert) {
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (i % 8 != 0) insert(keys[i], i + 1);
+  }
+}
+
+TEST(Batches, LargeHashTablesGiveWhatSingleLookUpsGive) {
+  const auto keys32 = many_numbers<uint32_t>();
+  const auto keys64 = many_numbers<uint64_t>();
+  mub_hashd d;
+  mub_hashx x;
+  mub_hasht t;
+  mub_hashd_init(&d, 1, 0);
+  mub_hashx_init(&x, 1, 0);
+  mub_hasht_init(&t, 1, 0);
+  add_most(keys32, [&](uint32_t key, uint64_t value) { mub_hashd_insert(&d, key, value); });
+  add_most(keys64, [&](uint64_t key, uint64_t value) { mub_hashx_insert(&x, key, value); });
+  expect_batch_of_numbers(d, keys32, mub_hashd_get, mub_hashd_get_many);
+  expect_batch_of_numbers(x, keys64, mub_hashx_get, mub_hashx_get_many);
+  std::vector<std::array<uint32_t, 4>> quads;
+  for (const uint32_t key : keys32) quads.push_back({1, 1, key % 100, key});
+  add_most(quads, [&](const auto &key, uint64_t value) { mub_hasht_insert(&t, key.data(), value); });
+  expect_batch(
+      quads, [&](const auto &key) { return mub_hasht_get(&t, key.data()); },
+      [&](int64_t count, uint64_t *values) {
+        return mub_hasht_get_many(&t, reinterpret_cast<const uint32_t(*)[4]>(quads.data()), count, values);
+      });
+  mub_hashd_term(&d);
+  mub_hashx_term(&x);
+  mub_hasht_term(&t);
+}
+
+// Of trees, too, that a caller has given a key type under which they are in no order, or no number equals
+// itself, and of trees with an inner node without children, or a leaf beside inner nodes.
+TEST(Batches, LargeTreesGiveWhatSingleLookUpsGive) {
+  const auto keys32 = many_numbers<uint32_t>();
+  const auto keys64 = many_numbers<uint64_t>();
+  mub_btreex x;
+  mub_btreex_init(&x, 1, 1, 0);
+  add_most(keys64, [&](uint64_t key, uint64_t value) { mub_btreex_insert(&x, key, value); });
+  expect_batch_of_numbers(x, keys64, mub_btreex_get, mub_btreex_get_many);
+  mub_btreex_term(&x);
+  TreeOfNumbers d(2);
+  add_most(keys32, [&](uint32_t key, uint64_t value) { mub_btreed_insert(&d, key, value); });
+  const auto expect = [&] { expect_batch_of_numbers(d, keys32, mub_btreed_get, mub_btreed_get_many); };
+  for (const uint32_t type : {7u, 5u, 2u}) {
+    d.key_type = type;
+    expect();
+  }
+  uint64_t &second = d.root.children.items[1];
+  auto *inner = reinterpret_cast<mub_btreed_entry *>(second);
+  const int64_t count = std::exchange(inner->children.count, 0);
+  expect();
+  inner->children.count = count;
+  second = reinterpret_cast<uintptr_t>(mub_btreed_first_entry(&d.root));
+  expect();
+  second = reinterpret_cast<uintptr_t>(inner);
+}
+
+// Without lengths, keys end at their first NUL.
+TEST(Batches, LargeMapsOfBytesGiveWhatSingleLookUpsGive) {
+  for (const bool folds_case : {false, true}) {
+    Table table;
+    Tree tree;
+    table.nocase = folds_case ? 1 : 0;
+    tree.nocase = folds_case ? 1 : 0;
+    std::vector<std::string> texts;
+    for (const uint32_t key : many_numbers<uint32_t>()) texts.push_back("Key" + std::to_string(key));
+    add_most(texts, [&](const std::string &text, uint64_t value) {
+      mub_hash_insert(&table, text.data(), -1, value);
+      mub_btree_insert(&tree, text.data(), -1, value);
+    });
+    if (folds_case) std::ranges::for_each(texts, [](std::string &text) { text[0] = 'k'; });
+    std::vector<const void *> keys;
+    std::vector<int64_t> lengths;
+    for (const std::string &text : texts) {
+      keys.push_back(text.data());
+      lengths.push_back(keys.size() % 3 == 0 ? -1 : static_cast<int64_t>(text.size()));
+    }
+    for (const bool has_lengths : {false, true}) {
+      const int64_t *given = has_lengths ? lengths.data() : nullptr;
+      const auto expect = [&](const auto &map, auto get, auto get_many) {
+        expect_batch(
+            keys, [&](const void *key) { return get(&map, key, -1); },
+            [&](int64_t count, uint64_t *values) {
+              return get_many(&map, keys.data(), given, count, values);
+            });
+      };
+      expect(table, mub_hash_get, mub_hash_get_many);
+      expect(tree, mub_btree_get, mub_btree_get_many);
+    }
+  }
 }
 
 // Keys may be unaligned. The results are those for key types from 0 on.

@@ -39,8 +39,9 @@ def parameters_of(text):
         if part == "...":
             yield Parameter("...", "...")
         elif part != "void":
-            kind, name = re.fullmatch(r"(.*?)(\w+)", part).groups()
-            yield Parameter(name, re.sub(r"\s*(\*+)\s*", r" \1", kind).strip())
+            # In "int (*name)[4]" the type goes on after the name.
+            kind, name, rest = re.fullmatch(r"(.*?)(\w+)(\)\[\w+\])?", part).groups()
+            yield Parameter(name, re.sub(r"\s*(\*+)\s*", r" \1", kind).strip() + (rest or ""))
 
 
 def declarations_of(path):

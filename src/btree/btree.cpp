@@ -1,3 +1,4 @@
+#include "btree/batch_get.h"
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/tree_cursor.h"
@@ -40,12 +41,15 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
   template <bool kFoldsCase>
   struct Order {
     static constexpr bool kByQuarters = false;
+    static constexpr bool kIsBranchFree = false;
     template <class Child>
     int operator()(const Child &child) const {
       const Key own = keys::key_of(store, child);
       if constexpr (kFoldsCase) return bytes::icompare(own.bytes, own.length, key.bytes, key.length);
       return bytes::order(own.bytes, own.length, key.bytes, key.length);
     }
+    Order with_key(Key other) const { return {store, other}; }
+
     const mub_stream &store;
     Key key;
   };
@@ -109,6 +113,12 @@ mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_node_pool
 mub_btree *mub_btree_term(mub_btree *tree) {
   bplus::term(*tree);
   return tree;
+}
+
+int64_t mub_btree_get_many(const mub_btree *tree, const void *const *keys, const int64_t *lengths,
+                           int64_t count, uint64_t *values_out) {
+  const auto key_at = [=](int64_t i) { return measured_key(keys[i], lengths != nullptr ? lengths[i] : -1); };
+  return bplus::get_many(*tree, key_at, count, values_out);
 }
 
 int mub_btree_insert(mub_btree *tree, const void *key, int64_t length, uint64_t value) {

@@ -1,3 +1,4 @@
+#include "btree/batch_get.h"
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/number_keys.h"
@@ -21,6 +22,12 @@ mub_btreed *mub_btreed_init(mub_btreed *tree, int own_entry_pool, int own_node_p
 mub_btreed *mub_btreed_term(mub_btreed *tree) {
   bplus::term(*tree);
   return tree;
+}
+
+int64_t mub_btreed_get_many(const mub_btreed *tree, const uint32_t *keys, int64_t count,
+                            uint64_t *values_out) {
+  return bplus::get_many(
+      *tree, [=](int64_t i) { return keys[i]; }, count, values_out);
 }
 
 int mub_btreed_insert(mub_btreed *tree, uint32_t key, uint64_t value) {

@@ -1,3 +1,4 @@
+#include "btree/batch_get.h"
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/number_keys.h"
@@ -21,6 +22,12 @@ mub_btreex *mub_btreex_init(mub_btreex *tree, int own_entry_pool, int own_node_p
 mub_btreex *mub_btreex_term(mub_btreex *tree) {
   bplus::term(*tree);
   return tree;
+}
+
+int64_t mub_btreex_get_many(const mub_btreex *tree, const uint64_t *keys, int64_t count,
+                            uint64_t *values_out) {
+  return bplus::get_many(
+      *tree, [=](int64_t i) { return keys[i]; }, count, values_out);
 }
 
 int mub_btreex_insert(mub_btreex *tree, uint64_t key, uint64_t value) {

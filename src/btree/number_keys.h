@@ -37,6 +37,7 @@ struct IntegerComparison {
     const Bits flipped = stored ^ flip;
     return flipped < flipped_key ? -1 : flipped != flipped_key;
   }
+  IntegerComparison with_key(Bits key) const { return {key, flip}; }
 
   Bits flipped_key;
   Bits flip;
@@ -51,6 +52,7 @@ struct FloatComparison {
     const auto stored = bytes::load<Float>(&bits);
     return stored < key ? -1 : stored > key;
   }
+  FloatComparison with_key(Bits other) const { return FloatComparison(other); }
 
   Float key;
 };
@@ -59,16 +61,22 @@ template <class Bits>
 struct AllEqual {
   static constexpr bool kBranchFree = false;
   int operator()(Bits) const { return 0; }
+  AllEqual with_key(Bits) const { return {}; }
 };
 
 template <class Comparison, bool kQuarters>
 struct ChildOrder {
   static constexpr bool kByQuarters = kQuarters;
+  static constexpr bool kIsBranchFree = Comparison::kBranchFree;
   template <class Child>
   int operator()(const Child &child) const {
     return compare(child.key);
   }
-  const Comparison &compare;
+  template <class Key>
+  ChildOrder with_key(Key key) const {
+    return {compare.with_key(key)};
+  }
+  Comparison compare;
 };
 
 // Up to this number, the records of a tree stay in the second- or third-level cache.

@@ -24,6 +24,7 @@
 //   clear_keys(container)            removes all keys and keeps their memory
 //   term_keys(container)             removes all keys and releases their memory
 //   swap_keys(a, b)                  exchanges the keys of two containers
+//   prefetch_key(container, item)    prefetches what key_of() refers to
 //   clone_keys(source, copy)         copies all keys; false if memory runs out
 #ifndef MUB_CONTAINERS_KEY_STORE_H
 #define MUB_CONTAINERS_KEY_STORE_H
@@ -31,6 +32,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "base/prefetch.h"
 #include "bytes/bytes.h"
 #include "bytes/unit_buffer.h"
 #include "pool/pool.h"
@@ -118,6 +120,11 @@ struct PackedKeys {
   }
 
   template <class Item>
+  static void prefetch_key(const Container &container, const Item &item) {
+    prefetch(key_of(container, item).bytes);
+  }
+
+  template <class Item>
   static bool store_key(Container &container, Item &item, const Key &key) {
     mub_stream &store = container.keys;
     const int64_t offset = store.length;
@@ -158,6 +165,8 @@ struct PackedKeys {
 // For containers without a key stream, there is nothing to do for all keys together.
 template <class Container>
 struct NoKeyStream {
+  template <class Item>
+  static void prefetch_key(const Container &, const Item &) {}
   static void clear_keys(Container &) {}
   static void term_keys(Container &) {}
   static void swap_keys(Container &, Container &) {}

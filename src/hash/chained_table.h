@@ -29,6 +29,7 @@
 //   entry_word(entry)                   the word of a stored key
 //   same_key(table, entry, key)         whether the entry has the key; used by insertions
 //   matches(table, entry, word, key)    the same, but compares the stored word first; used by all others
+//   may_match(entry, word, key)         whether it may match, as far as the entry itself can tell
 //   store_word(entry, word)             stores the word of a new entry, if it has a field for it
 //   reserve_keys(table, bytes)          makes room for key bytes; does nothing if memory runs out
 //   with_pinned(table, key, use)        calls use(key) with a copy of the key if it lies in the key storage,
@@ -100,11 +101,16 @@ Place<EntryOf<Table>> search(const Table &table, int64_t bucket, Test is_wanted)
   return {entry, before};
 }
 
+// The first entry with the key, from an entry of its chain on.
 template <class Table>
-EntryOf<Table> *find_in(const Table &table, int64_t bucket, uint64_t word, KeyOf<Table> key) {
-  EntryOf<Table> *entry = head(table, bucket);
+EntryOf<Table> *find_from(const Table &table, EntryOf<Table> *entry, uint64_t word, KeyOf<Table> key) {
   while (entry != nullptr && !Policy<Table>::matches(table, *entry, word, key)) entry = entry->next;
   return entry;
+}
+
+template <class Table>
+EntryOf<Table> *find_in(const Table &table, int64_t bucket, uint64_t word, KeyOf<Table> key) {
+  return find_from(table, head(table, bucket), word, key);
 }
 
 // Links `next` after `before`, or at the head of the bucket if `before` is null.
@@ -382,7 +388,9 @@ EntryOf<Table> *entry_next(const Table &table, int64_t &bucket, const EntryOf<Ta
   if (entry.next != nullptr) return entry.next;
   // The caller passes the bucket: any number must be safe.
   if (bucket >= table.buckets.count - 1) return nullptr;
-  return first_from(table, std::max<int64_t>(bucket + 1, 0), bucket);
+  // A branch: a conditional move would make the next step wait for `entry.next`.
+  if (bucket < 0) return first_from(table, 0, bucket);
+  return first_from(table, bucket + 1, bucket);
 }
 
 // ---- the whole table

@@ -42,6 +42,7 @@ struct IntegerKeys : FixedKeys<Table, TableEntry, Integer> {
   static bool matches(const Table &table, const Entry &entry, uint64_t, Integer key) {
     return same_key(table, entry, key);
   }
+  static bool may_match(const Entry &entry, uint64_t, Integer key) { return entry.key == key; }
 
   // A CRC of the key, for callers who want to mix their keys; the table itself does not use it.
   static uint32_t mixed(Integer key) {

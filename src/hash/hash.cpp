@@ -1,6 +1,7 @@
 #include "bytes/bytes.h"
 #include "containers/key_store.h"
 #include "crc32/crc32.h"
+#include "hash/batch_get.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"
 
@@ -33,6 +34,9 @@ struct Policy<mub_hash> : PackedKeys<mub_hash> {
   }
   static bool matches(const mub_hash &table, const Entry &entry, uint64_t word, Key key) {
     return entry.hash == word && same_key(table, entry, key);
+  }
+  static bool may_match(const Entry &entry, uint64_t word, Key key) {
+    return entry.hash == word && entry.key_length == key.length;
   }
 
   // Failure does not matter here: an insertion fails if there is no room for its own key.
@@ -100,6 +104,12 @@ int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64_t *valu
 
 uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t length) {
   return chained::get(*hash, measured_key(key, length));
+}
+
+int64_t mub_hash_get_many(const mub_hash *hash, const void *const *keys, const int64_t *lengths,
+                          int64_t count, uint64_t *values_out) {
+  const auto key_at = [=](int64_t i) { return measured_key(keys[i], lengths != nullptr ? lengths[i] : -1); };
+  return chained::get_many(*hash, key_at, count, values_out);
 }
 
 int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uint64_t value) {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "hash/batch_get.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"
 #include "hash/fixed_keys.h"
@@ -37,6 +38,7 @@ struct Policy<mub_hasht> : FixedKeys<mub_hasht, mub_hasht_entry, FourWords> {
   static bool matches(const mub_hasht &table, const Entry &entry, uint64_t, const Key &key) {
     return same_key(table, entry, key);
   }
+  static bool may_match(const Entry &entry, uint64_t, const Key &key) { return entry.key[0] == key.words[0]; }
   static bool store_key(mub_hasht &, Entry &entry, const Key &key) {
     std::copy_n(key.words, kKeyWords, entry.key);
     return true;
@@ -80,6 +82,12 @@ int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value_out, mu
 
 uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key) {
   return chained::get(*table, words_of(key));
+}
+
+int64_t mub_hasht_get_many(const mub_hasht *table, const uint32_t (*keys)[4], int64_t count,
+                           uint64_t *values_out) {
+  return chained::get_many(
+      *table, [=](int64_t i) { return words_of(keys[i]); }, count, values_out);
 }
 
 int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t value) {

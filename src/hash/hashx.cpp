@@ -1,3 +1,4 @@
+#include "hash/batch_get.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"
 #include "hash/fixed_keys.h"
@@ -30,6 +31,12 @@ int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, mub_init_
 }
 
 uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key) { return chained::get(*table, key); }
+
+int64_t mub_hashx_get_many(const mub_hashx *table, const uint64_t *keys, int64_t count,
+                           uint64_t *values_out) {
+  return chained::get_many(
+      *table, [=](int64_t i) { return keys[i]; }, count, values_out);
+}
 
 int mub_hashx_insert(mub_hashx *table, uint64_t key, uint64_t value) {
   return chained::insert_value(*table, key, value);

@@ -5,6 +5,8 @@
 #ifndef MUB_TESTS_INTERPRETER_MAPS_H
 #define MUB_TESTS_INTERPRETER_MAPS_H
 
+#include <list>
+
 #include "interpreter/containers.h"
 #include "interpreter/map_keys.h"
 
@@ -136,6 +138,25 @@ void check(op::update_, auto &world, auto &self, auto &key, auto &value, uint64_
   auto *item = self.slot.content.find(key.text);
   EXPECT_EQ(result, value_of(item));
   world.give_back(self.slot, item != nullptr ? std::exchange(item->value, value.word) : value.word);
+}
+
+// Any number of keys; those of a record that folds case, of NULL and up to a NUL among them.
+void by_hand(op::get_many_, auto &world, auto get_many) {
+  Self self(world);
+  std::list<decltype(Key(world))> keys;
+  Words expected;
+  int64_t present = 0;
+  for (int64_t left = world.program.below(40); left > 0; --left) {
+    keys.emplace_back(world);
+    const auto *item = self.slot.content.find(keys.back().text);
+    expected.push_back(value_of(item));
+    present += item != nullptr ? 1 : 0;
+  }
+  world.read_by_all([&] {
+    Words values(keys.size());
+    EXPECT_EQ(decltype(Key(world))::get_many(get_many, &self.slot.record, keys, values.data()), present);
+    EXPECT_EQ(values, expected);
+  });
 }
 
 void remove_keys(auto &world, auto &self) {

@@ -1,0 +1,96 @@
+// Looks up many keys of a hash table at a time. One look-up waits for its bucket, its entry and its key bytes
+// in turn; those of a group advance together, so that their cache misses overlap.
+#ifndef MUB_HASH_BATCH_GET_H
+#define MUB_HASH_BATCH_GET_H
+
+#include <algorithm>
+#include <cstdint>
+
+#include "base/prefetch.h"
+#include "hash/chained_table.h"
+
+namespace mub::chained {
+
+// How many look-ups advance together: more than that do not fit the processor's queue of cache misses.
+constexpr int64_t kGroup = 16;
+// Tables of fewer entries stay in a cache, and are faster without the passes over the group.
+constexpr int64_t kFewEntries = 0x1000;
+
+template <class Table>
+struct Lookup {
+  KeyOf<Table> key;
+  uint64_t word;
+  EntryOf<Table> *entry;
+
+  bool is_candidate() const { return entry == nullptr || Policy<Table>::may_match(*entry, word, key); }
+};
+
+template <class Entry>
+bool store_value(const Entry *entry, uint64_t &value_out) {
+  value_out = entry == nullptr ? 0 : entry->value;
+  return entry != nullptr;
+}
+
+// Moves each look-up along its chain, one step of all at a time, to the first entry that may match.
+template <class Table>
+void follow_chains(Lookup<Table> *lookups, int64_t count) {
+  bool has_moved = true;
+  while (has_moved) {
+    has_moved = false;
+    for (int64_t i = 0; i < count; ++i) {
+      Lookup<Table> &lookup = lookups[i];
+      if (lookup.is_candidate()) continue;
+      lookup.entry = lookup.entry->next;
+      prefetch(lookup.entry);
+      has_moved = true;
+    }
+  }
+}
+
+template <class Table, class KeyAt>
+int64_t get_group(const Table &table, KeyAt key_at, int64_t count, uint64_t *values_out) {
+  Lookup<Table> lookups[kGroup];
+  for (int64_t i = 0; i < count; ++i) {
+    Lookup<Table> &lookup = lookups[i];
+    lookup.key = key_at(i);
+    lookup.word = Policy<Table>::word(table, lookup.key);
+    prefetch(&table.buckets.items[bucket_of(table, lookup.word)]);
+  }
+  for (int64_t i = 0; i < count; ++i) {
+    lookups[i].entry = head(table, bucket_of(table, lookups[i].word));
+    prefetch(lookups[i].entry);
+  }
+  follow_chains(lookups, count);
+  for (int64_t i = 0; i < count; ++i) {
+    if (lookups[i].entry != nullptr) Policy<Table>::prefetch_key(table, *lookups[i].entry);
+  }
+  int64_t present = 0;
+  for (int64_t i = 0; i < count; ++i) {
+    const EntryOf<Table> *entry = find_from(table, lookups[i].entry, lookups[i].word, lookups[i].key);
+    present += store_value(entry, values_out[i]) ? 1 : 0;
+  }
+  return present;
+}
+
+// Stores for each key what get() returns; the result is how many keys are present. key_at(i) is the key of
+// an index.
+template <class Table, class KeyAt>
+int64_t get_many(const Table &table, KeyAt key_at, int64_t count, uint64_t *values_out) {
+  int64_t present = 0;
+  if (table.count < kFewEntries || table.buckets.count < 1) {
+    for (int64_t i = 0; i < count; ++i) {
+      present += store_value(find(table, key_at(i)), values_out[i]) ? 1 : 0;
+    }
+    return present;
+  }
+  for (int64_t first = 0; first < count; first += kGroup) {
+    present += get_group(
+        table, [&](int64_t i) { return key_at(first + i); }, std::min(kGroup, count - first),
+        values_out + first);
+  }
+  return present;
+}
+
+}  // namespace mub::chained
+
+#endif
