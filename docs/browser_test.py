@@ -146,7 +146,7 @@ class Browser(unittest.TestCase):
 
     def test_single_misspelt_words_are_found_in_any_order(self):
         for query, wanted in [("replce", "mub_string_replace"), ("nxet node btree", "mub_btree_node_next"),
-                              ("polynomail", "mub_stream_crc32"), ("relesed stack", "mub_pool_from_empty")]:
+                              ("polynomail", "mub_stream_crc32"), ("retuned stack", "mub_pool_from_empty")]:
             self.ask(query)
             self.assertIn(wanted, self.hits()[:4], query)
 

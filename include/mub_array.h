@@ -34,8 +34,12 @@
  *
  * **Value pool.** The `_new` operations take a block of `pool` for the value (in mub_arrays: for the item)
  * and pass it to an initialiser before the new entry is added to the array. A pool created by `_init` has no
- * block size: store the size of your values in `pool->block_size` first. If there is no block (no pool, no
- * block size or no memory), the entry is added with value 0.
+ * block size: check that `pool` is not NULL, then store the size of your values in `pool->block_size`. If
+ * there is no block (no pool, no block size or no memory), the entry is added with value 0.
+ *
+ * In an array with a pool, every value (in mub_arrays: every item) must be 0 or the address of a block of
+ * that pool: the `_free` operations return it to the pool if that is external, and `_clone` translates it if
+ * the pool is owned.
  *
  * **Releasing.** The `_free` operations call your function with each value that is not 0, and return its
  * block if the pool is external. Blocks of an owned pool are released with the whole pool only: after
@@ -60,7 +64,7 @@
  * | `_update`       | the previous value or item | 0, not added                  |                        |
  * | `_remove`       | the value or item          | 0                             |                        |
  * | `_append_new`   | the new block              | the new block                 | 0                      |
- * | `_clone`        |                            |                               | the destination, empty |
+ * | `_clone`        | the destination            |                               | it, but empty          |
  *
  * In an empty array `_bfind` returns 0 and `_bfind_index` -1. `_find` and `_remove` of mub_arrayt return 1 if
  * the word is present, else 0.
@@ -135,11 +139,13 @@ MUB_API mub_array *mub_array_init(mub_array *array, int with_pool);
 /**
  * Releases the table, the keys and an owned pool.
  *
- * An external pool remains in its field. Values are not released.
+ * An external pool remains in its field. No function is called for the values; an owned pool is released with
+ * its blocks.
  *
  * @param[in,out] array  the array
  * @return the array
- * @owner what the array owns is released; values and external pools remain the caller's
+ * @owner what the array owns is released, the blocks of its own pool included; other values and external
+ *   pools remain the caller's
  * @invalidates pointers to entries and to keys, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -186,9 +192,12 @@ MUB_API void mub_array_swap(mub_array *a, mub_array *b);
  * Copies an array, replacing the content of the destination.
  *
  * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
- * called for every entry, value 0 included. A value that is not a block of the pool becomes 0, and so do all
- * values if the destination has no pool of its own. If the source does not own its pool, values are copied as
- * words, `clone` is not called, and the destination shares the source's pool and releases its own.
+ * called for every entry, value 0 included. A value that is not an address in the source's pool becomes 0,
+ * and so do all values if the destination owns no pool.
+ *
+ * If the source does not own its pool, values are copied as words and `clone` is not called. The destination
+ * then uses the source's pool, and a pool that it owned is destroyed.
+ *
  * `descending` is not copied.
  *
  * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
@@ -197,7 +206,7 @@ MUB_API void mub_array_swap(mub_array *a, mub_array *b);
  * @param[in] source                the array to copy; it does not change
  * @param[in,out] source_pool       a further pool that the values point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten and its old values not released
+ *                                  old contents are overwritten, without a call for its old values
  * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
  *                                  `source_pool` itself, to share it; NULL if there is none
  * @param[in] clone                 adjusts each copied value; NULL: not called
@@ -215,12 +224,12 @@ MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_poo
 /**
  * Empties the array: releases the table and empties an owned pool.
  *
- * The memory of the key stream is kept. Values are not released, and blocks of an external pool are not
- * returned.
+ * The memory of the key stream is kept. No function is called for the values; emptying an owned pool releases
+ * its blocks, and blocks of an external pool are not returned to it.
  *
  * @param[in,out] array  the array
  * @return the array
- * @owner the table is released and an owned pool emptied; values are not released
+ * @owner the table is released and an owned pool emptied; other values remain the caller's
  * @invalidates pointers to entries and to keys, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -847,11 +856,13 @@ MUB_API mub_arrayd *mub_arrayd_init(mub_arrayd *array, int with_pool);
 /**
  * Releases the table and an owned pool.
  *
- * An external pool remains in its field. Values are not released.
+ * An external pool remains in its field. No function is called for the values; an owned pool is released with
+ * its blocks.
  *
  * @param[in,out] array  the array
  * @return the array
- * @owner what the array owns is released; values and external pools remain the caller's
+ * @owner what the array owns is released, the blocks of its own pool included; other values and external
+ *   pools remain the caller's
  * @invalidates pointers to entries, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -898,9 +909,12 @@ MUB_API void mub_arrayd_swap(mub_arrayd *a, mub_arrayd *b);
  * Copies an array, replacing the content of the destination.
  *
  * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
- * called for every entry, value 0 included. A value that is not a block of the pool becomes 0, and so do all
- * values if the destination has no pool of its own. If the source does not own its pool, values are copied as
- * words, `clone` is not called, and the destination shares the source's pool and releases its own.
+ * called for every entry, value 0 included. A value that is not an address in the source's pool becomes 0,
+ * and so do all values if the destination owns no pool.
+ *
+ * If the source does not own its pool, values are copied as words and `clone` is not called. The destination
+ * then uses the source's pool, and a pool that it owned is destroyed.
+ *
  * `descending` is not copied.
  *
  * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
@@ -909,7 +923,7 @@ MUB_API void mub_arrayd_swap(mub_arrayd *a, mub_arrayd *b);
  * @param[in] source                the array to copy; it does not change
  * @param[in,out] source_pool       a further pool that the values point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten and its old values not released
+ *                                  old contents are overwritten, without a call for its old values
  * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
  *                                  `source_pool` itself, to share it; NULL if there is none
  * @param[in] clone                 adjusts each copied value; NULL: not called
@@ -927,11 +941,12 @@ MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_
 /**
  * Empties the array: releases the table and empties an owned pool.
  *
- * Values are not released, and blocks of an external pool are not returned.
+ * No function is called for the values; emptying an owned pool releases its blocks, and blocks of an external
+ * pool are not returned to it.
  *
  * @param[in,out] array  the array
  * @return the array
- * @owner the table is released and an owned pool emptied; values are not released
+ * @owner the table is released and an owned pool emptied; other values remain the caller's
  * @invalidates pointers to entries, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -1471,11 +1486,13 @@ MUB_API mub_arrayx *mub_arrayx_init(mub_arrayx *array, int with_pool);
 /**
  * Releases the table and an owned pool.
  *
- * An external pool remains in its field. Values are not released.
+ * An external pool remains in its field. No function is called for the values; an owned pool is released with
+ * its blocks.
  *
  * @param[in,out] array  the array
  * @return the array
- * @owner what the array owns is released; values and external pools remain the caller's
+ * @owner what the array owns is released, the blocks of its own pool included; other values and external
+ *   pools remain the caller's
  * @invalidates pointers to entries, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -1522,9 +1539,12 @@ MUB_API void mub_arrayx_swap(mub_arrayx *a, mub_arrayx *b);
  * Copies an array, replacing the content of the destination.
  *
  * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
- * called for every entry, value 0 included. A value that is not a block of the pool becomes 0, and so do all
- * values if the destination has no pool of its own. If the source does not own its pool, values are copied as
- * words, `clone` is not called, and the destination shares the source's pool and releases its own.
+ * called for every entry, value 0 included. A value that is not an address in the source's pool becomes 0,
+ * and so do all values if the destination owns no pool.
+ *
+ * If the source does not own its pool, values are copied as words and `clone` is not called. The destination
+ * then uses the source's pool, and a pool that it owned is destroyed.
+ *
  * `descending` is not copied.
  *
  * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
@@ -1533,7 +1553,7 @@ MUB_API void mub_arrayx_swap(mub_arrayx *a, mub_arrayx *b);
  * @param[in] source                the array to copy; it does not change
  * @param[in,out] source_pool       a further pool that the values point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten and its old values not released
+ *                                  old contents are overwritten, without a call for its old values
  * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
  *                                  `source_pool` itself, to share it; NULL if there is none
  * @param[in] clone                 adjusts each copied value; NULL: not called
@@ -1551,11 +1571,12 @@ MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_
 /**
  * Empties the array: releases the table and empties an owned pool.
  *
- * Values are not released, and blocks of an external pool are not returned.
+ * No function is called for the values; emptying an owned pool releases its blocks, and blocks of an external
+ * pool are not returned to it.
  *
  * @param[in,out] array  the array
  * @return the array
- * @owner the table is released and an owned pool emptied; values are not released
+ * @owner the table is released and an owned pool emptied; other values remain the caller's
  * @invalidates pointers to entries, and all value blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -2060,10 +2081,12 @@ MUB_API void mub_arrays_init(mub_arrays *array, int with_pool);
 /**
  * Releases the table and an owned pool.
  *
- * An external pool remains in its field. Items are not released.
+ * An external pool remains in its field. No function is called for the items; an owned pool is released with
+ * its blocks.
  *
  * @param[in,out] array  the array
- * @owner what the array owns is released; items and external pools remain the caller's
+ * @owner what the array owns is released, the blocks of its own pool included; other items and external pools
+ *   remain the caller's
  * @invalidates pointers to slots, and all item blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */
@@ -2109,10 +2132,13 @@ MUB_API void mub_arrays_swap(mub_arrays *a, mub_arrays *b);
  * Copies an array, replacing the content of the destination.
  *
  * If the source owns its pool, the pool is cloned, every item is translated to its copy, and `clone` is
- * called for every item, 0 included. An item that is not a block of the pool becomes 0, and so do all items
- * if the destination has no pool of its own. If the source does not own its pool, items are copied as words,
- * `clone` is not called, and the destination shares the source's pool and releases its own. `descending` is
- * not copied.
+ * called for every item, 0 included. An item that is not an address in the source's pool becomes 0, and so do
+ * all items if the destination owns no pool.
+ *
+ * If the source does not own its pool, items are copied as words and `clone` is not called. The destination
+ * then uses the source's pool, and a pool that it owned is destroyed.
+ *
+ * `descending` is not copied.
  *
  * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
  * arrays are the same.
@@ -2120,7 +2146,7 @@ MUB_API void mub_arrays_swap(mub_arrays *a, mub_arrays *b);
  * @param[in] source                the array to copy; it does not change
  * @param[in,out] source_pool       a further pool that the items point into; NULL if there is none
  * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten and its old items not released
+ *                                  old contents are overwritten, without a call for its old items
  * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
  *                                  `source_pool` itself, to share it; NULL if there is none
  * @param[in] clone                 adjusts each copied item; NULL: not called
@@ -2138,10 +2164,11 @@ MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_
 /**
  * Empties the array: releases the table and empties an owned pool.
  *
- * Items are not released, and blocks of an external pool are not returned.
+ * No function is called for the items; emptying an owned pool releases its blocks, and blocks of an external
+ * pool are not returned to it.
  *
  * @param[in,out] array  the array
- * @owner the table is released and an owned pool emptied; items are not released
+ * @owner the table is released and an owned pool emptied; other items remain the caller's
  * @invalidates pointers to slots, and all item blocks of an owned pool
  * @cost one release per chunk of an owned pool
  */

@@ -3,28 +3,31 @@
  *
  * These conventions apply to every header of libmub, unless the documentation of a function says otherwise.
  *
- * - **Records.** Every container is a plain struct that the caller owns: on the stack, in a heap block or
- *   inside another struct. Pass its address to the module's `_init` before use and to `_term` afterwards. A
- *   pointer to a record must not be NULL.
- * - **Threads.** Containers are independent of each other. Any number of threads may read one container, that
- *   is, call functions that take it as `const`, while no thread changes it. A change needs exclusive access.
- *   Containers that share a pool count as one container in this rule. Exceptions are documented under the tag
+ * - **Records.** Every container, bit set, string, stream and pool is a plain struct that the caller owns: on
+ *   the stack, in a heap block or inside another struct. Pass its address to the module's `_init` before use
+ *   and to `_term` afterwards. A pointer to a record must not be NULL.
+ * - **Threads.** Records are independent of each other. Any number of threads may read one record, that is,
+ *   call functions that take it as `const`, while no thread changes it. A change needs exclusive access.
+ *   Records that share a pool count as one record in this rule. Exceptions are documented under the tag
  *   `threads`.
  * - **Lengths.** Lengths, counts, indexes and positions are `int64_t`. A function that has no length, index
- *   or position to return returns -1. A text passed with a negative length ends at its first NUL. With any
- *   other negative count, nothing is copied, cleared, checked or deleted.
+ *   or position to return returns -1. A negative length of a text or key, and of bytes added to a stream,
+ *   means "up to the first NUL". Any other negative count does nothing. Some functions, mostly building
+ *   blocks, use lengths as given, and say so.
  * - **Results.** Boolean results are 1 and 0. Failures are reported by the result alone: the library never
  *   aborts or logs, and the value of `errno` is unspecified after a call.
  * - **Memory.** A call that runs out of memory returns its failure result and leaves contents, counts and
  *   keys unchanged. Only the reserved capacity may have grown.
  * - **Aliasing.** Bytes and keys passed to a function may lie in the target's own buffer: the function
- *   behaves as if it had copied them first. Swapping a container with itself, or cloning it into itself, has
- *   no effect.
+ *   behaves as if it had copied them first. Swapping a record with itself, or cloning it into itself, has no
+ *   effect.
  * - **Pools.** A pool that `_init` creates is owned by the container. A pool that the caller stores in a pool
  *   field is external and remains the caller's: blocks are taken from it and returned to it individually, and
  *   it is never emptied.
- * - **Values.** A value is a 64-bit word that the library does not interpret: a number, a pointer cast
- *   through `uintptr_t`, or a block of a value pool. Where a value is optional, 0 means none.
+ * - **Values.** A value is a 64-bit word, such as a number or a pointer cast through `uintptr_t`, that the
+ *   library does not interpret, unless the container has a value pool: then every value must be 0 or the
+ *   address of a block of that pool, because `_free` returns it to the pool and `_clone` translates it. Where
+ *   a value is optional, 0 means none.
  * - **Callbacks.** A callback must not change the container that calls it. Only the sign of a comparator's
  *   result matters.
  *

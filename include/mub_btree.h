@@ -25,7 +25,11 @@
  * or external ones stored in the fields, whose block sizes are at least those of `mub_btree_entry` and
  * `mub_btree_node` or their variants. Several trees may share external pools. Only `_set` needs a value pool:
  * it takes a block for the value of every new record. A value pool created by `_init` has no block size:
- * store the size of your values in `value_pool->block_size` first.
+ * check that `value_pool` is not NULL, then store the size of your values in `value_pool->block_size`.
+ *
+ * Without an entry pool or a node pool, insertions fail as if memory had run out. In a tree with a value
+ * pool, every value must be 0 or the address of a block of that pool: `_free_all` returns it to the pool if
+ * that is external, and `_clone` translates it if the pool is owned.
  *
  * **Links.** `prev` and `next` are correct only in a tree that is not a clone and from which nothing was
  * removed since it was last empty: a removal does not update the links of the neighbours, and the links in a
@@ -54,7 +58,9 @@
  * | `_node_get`    | the record                   | NULL                   |                        |
  * | `_node_bfind`  | the record                   | a near one, or NULL    |                        |
  * | `_cursor_seek` | the record                   | the next one, or NULL  |                        |
- * | `_clone`       |                              |                        | 0, the copy is empty   |
+ * | `_clone`       | the number of keys           |                        | 0, the copy is empty   |
+ *
+ * If only the value block cannot be allocated, `_set` adds the key with value 0 and returns 1.
  *
  * @{
  */
@@ -77,7 +83,7 @@ extern "C" {
  * it ends at its first NUL. A NULL key is the empty key, which is valid and precedes all others. Keys are
  * copied. The keys of a tree take at most 2^32 - 1 bytes in total; an insertion beyond that fails as if
  * memory had run out. Keys are compared byte by byte as unsigned values; a key that is a prefix of another
- * precedes it. With `nocase`, every byte is first converted by tolower.
+ * precedes it. If `nocase` is not 0, every byte is first converted by tolower().
  *
  * @{
  */
@@ -111,7 +117,7 @@ typedef struct mub_btree {
   uint16_t owns_node_pool;  /**< 1: created by `_init`, released by `_term` */
   mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
   uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
-  uint16_t nocase;          /**< not 0: case is ignored, by tolower; set it before the first insertion */
+  uint16_t nocase;          /**< not 0: ignore case, as by tolower(); set it before the first insertion */
 } mub_btree;
 
 /** A position in a tree: at a record, before the first or after the last. */
@@ -140,7 +146,8 @@ MUB_API mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_n
 /**
  * Releases everything that the tree owns.
  *
- * Entries and records are returned to external pools. Values are not released, and `nocase` is unchanged.
+ * Entries and records are returned to external pools. No function is called for the values; an owned value
+ * pool is released with its blocks. `nocase` is unchanged.
  *
  * @param[in,out] tree  the tree
  * @return the tree
@@ -267,9 +274,8 @@ MUB_API int mub_btree_find(const mub_btree *tree, const void *key, int64_t lengt
  * @owner the value is returned and not released; the record is returned to its pool
  * @invalidates the record of the key, the links of its neighbours, the offsets of keys inserted later,
  *   pointers to keys, and the tree's cursors
- * @cost O(keys): the key's bytes are removed from the key stream and the offsets of later keys lowered, in a
- *   sequential pass over memory if the tree owns its node pool and that pool holds nothing else, else along
- *   the leaves
+ * @cost O(keys): the bytes of the later keys move and their offsets are lowered, in one pass over the chunks
+ *   if the tree owns its node pool and the pool holds nothing else, otherwise along the leaves
  * @bounds key[length]
  * @nullable key
  */
@@ -278,8 +284,9 @@ MUB_API uint64_t mub_btree_remove(mub_btree *tree, const void *key, int64_t leng
 /**
  * Empties the tree; it can be used again.
  *
- * Entries and records are returned to external pools and owned pools are emptied. Values are not released.
- * The memory of the key stream is kept, that of the root's children is released.
+ * Entries and records are returned to external pools and owned pools are emptied. No function is called for
+ * the values; emptying an owned value pool releases its blocks. The memory of the key stream is kept, that of
+ * the root's children is released.
  *
  * @param[in,out] tree  the tree
  * @return the tree
@@ -545,10 +552,13 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  * Copies a tree.
  *
  * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
- * their positions in the pools, and addresses are translated. A value that does not point into the value pool
- * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
- * and the destination releases its own: entries and records are copied to new blocks of external pools. If
- * the source does not own a value pool, values are copied as words, so both trees refer to the same blocks.
+ * their positions in the pools, and addresses are translated. A value that is not an address in the source's
+ * value pool becomes 0, and so do all values if the destination owns no value pool.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries and records
+ * get new blocks of external pools. If the source does not own a value pool, values are copied as words, so
+ * both trees refer to the same blocks.
+ *
  * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
  * a clone. The destination's `nocase` is unchanged. A user pool is cloned only if both user pools and
  * `callback` are given.
@@ -556,7 +566,8 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
+ * @param[in,out] destination            an initialised tree with the same `owns_…` flags; its old contents
+ *                                       are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every record in key order if the source owns its value
@@ -952,7 +963,8 @@ MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int own_entry_pool, int ow
 /**
  * Releases everything that the tree owns.
  *
- * Entries and records are returned to external pools. Values are not released, and `key_type` is unchanged.
+ * Entries and records are returned to external pools. No function is called for the values; an owned value
+ * pool is released with its blocks. `key_type` is unchanged.
  *
  * @param[in,out] tree  the tree
  * @return the tree
@@ -1067,7 +1079,8 @@ MUB_API uint64_t mub_btreed_remove(mub_btreed *tree, uint32_t key);
 /**
  * Empties the tree; it can be used again.
  *
- * Entries and records are returned to external pools and owned pools are emptied. Values are not released.
+ * Entries and records are returned to external pools and owned pools are emptied. No function is called for
+ * the values; emptying an owned value pool releases its blocks.
  *
  * @param[in,out] tree  the tree
  * @return the tree
@@ -1318,10 +1331,13 @@ MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
  * Copies a tree.
  *
  * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
- * their positions in the pools, and addresses are translated. A value that does not point into the value pool
- * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
- * and the destination releases its own: entries and records are copied to new blocks of external pools. If
- * the source does not own a value pool, values are copied as words, so both trees refer to the same blocks.
+ * their positions in the pools, and addresses are translated. A value that is not an address in the source's
+ * value pool becomes 0, and so do all values if the destination owns no value pool.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries and records
+ * get new blocks of external pools. If the source does not own a value pool, values are copied as words, so
+ * both trees refer to the same blocks.
+ *
  * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
  * a clone. The destination's `key_type` is unchanged. A user pool is cloned only if both user pools and
  * `callback` are given.
@@ -1329,7 +1345,8 @@ MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
+ * @param[in,out] destination            an initialised tree with the same `owns_…` flags; its old contents
+ *                                       are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every record in key order if the source owns its value
@@ -1700,7 +1717,8 @@ MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int own_entry_pool, int ow
 /**
  * Releases everything that the tree owns.
  *
- * Entries and records are returned to external pools. Values are not released, and `key_type` is unchanged.
+ * Entries and records are returned to external pools. No function is called for the values; an owned value
+ * pool is released with its blocks. `key_type` is unchanged.
  *
  * @param[in,out] tree  the tree
  * @return the tree
@@ -1815,7 +1833,8 @@ MUB_API uint64_t mub_btreex_remove(mub_btreex *tree, uint64_t key);
 /**
  * Empties the tree; it can be used again.
  *
- * Entries and records are returned to external pools and owned pools are emptied. Values are not released.
+ * Entries and records are returned to external pools and owned pools are emptied. No function is called for
+ * the values; emptying an owned value pool releases its blocks.
  *
  * @param[in,out] tree  the tree
  * @return the tree
@@ -2066,10 +2085,13 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
  * Copies a tree.
  *
  * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
- * their positions in the pools, and addresses are translated. A value that does not point into the value pool
- * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
- * and the destination releases its own: entries and records are copied to new blocks of external pools. If
- * the source does not own a value pool, values are copied as words, so both trees refer to the same blocks.
+ * their positions in the pools, and addresses are translated. A value that is not an address in the source's
+ * value pool becomes 0, and so do all values if the destination owns no value pool.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries and records
+ * get new blocks of external pools. If the source does not own a value pool, values are copied as words, so
+ * both trees refer to the same blocks.
+ *
  * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
  * a clone. The destination's `key_type` is unchanged. A user pool is cloned only if both user pools and
  * `callback` are given.
@@ -2077,7 +2099,8 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised tree with the same flags; its old contents are dropped
+ * @param[in,out] destination            an initialised tree with the same `owns_…` flags; its old contents
+ *                                       are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every record in key order if the source owns its value

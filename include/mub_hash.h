@@ -15,12 +15,15 @@
  *
  * **Entry pool.** A table needs an entry pool before its first insertion: one created by `_init`, or an
  * external one stored in `entry_pool`, whose block size is at least that of the table's entry struct. Several
- * tables may share an external pool.
+ * tables may share an external pool. Without an entry pool, insertions fail as if memory had run out.
  *
- * **Value pool.** Only `_set` needs a value pool: it takes a block for the value of every new entry. A pool
- * created by `_init` has no block size: store the size of your values in `value_pool->block_size` before the
- * first `_set`. `_free` and `_free_all` return blocks to an external value pool only; blocks of an owned pool
- * stay allocated until the pool is emptied.
+ * **Value pool.** Only `_set` needs one: it takes a block for the value of every new entry. A value pool
+ * created by `_init` has no block size: check that `value_pool` is not NULL, then store the size of your
+ * values in `value_pool->block_size` before the first `_set`.
+ *
+ * In a table with a value pool, every value must be 0 or the address of a block of that pool: `_free` and
+ * `_free_all` return it to the pool if that is external, and `_clone` translates it if the pool is owned.
+ * Blocks of an owned pool stay allocated until the pool is emptied.
  *
  * What the everyday operations return:
  *
@@ -35,7 +38,9 @@
  * | `_remove`    | the value, not released      | 0                      |                         |
  * | `_free`      | the table                    | NULL                   |                         |
  * | `_entry_get` | the entry                    | NULL                   |                         |
- * | `_clone`     |                              |                        | the destination, empty  |
+ * | `_clone`     | the destination              |                        | it, but empty           |
+ *
+ * If only the value block cannot be allocated, `_set` adds the key with value 0 and returns 1.
  *
  * @{
  */
@@ -57,7 +62,9 @@ extern "C" {
  * A hash table whose keys are byte strings. A key is `length` bytes at `key`; a negative length means that it
  * ends at its first NUL. A NULL key is the empty key, which is valid. Keys are copied. The keys of a table
  * take at most 2^32 - 1 bytes in total; an insertion beyond that fails as if memory had run out. The hash of
- * a key is a CRC-32 computed with `CRC_TABLE`, with the initial value 0 and no final inversion.
+ * a key is a CRC-32 computed with `CRC_TABLE` (mub_stream.h), with the initial value 0 and no final
+ * inversion. If `nocase` is not 0, keys are compared and hashed without regard to case, as converted by
+ * tolower().
  *
  * @{
  */
@@ -84,7 +91,7 @@ typedef struct mub_hash {
   uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
   mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
   uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
-  int16_t nocase;           /**< not 0: case is ignored, by tolower; set it before the first insertion */
+  int16_t nocase;           /**< not 0: ignore case, as by tolower(); set it before the first insertion */
 } mub_hash;
 
 /**
@@ -103,8 +110,8 @@ MUB_API mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_va
 /**
  * Releases everything that the table owns.
  *
- * Values are not released. Entries in an external entry pool stay allocated: call mub_hash_remove_all() first
- * to return them. `nocase` is unchanged.
+ * No function is called for the values; an owned value pool is released with its blocks. Entries in an
+ * external entry pool stay allocated: call mub_hash_remove_all() first to return them. `nocase` is unchanged.
  *
  * @param[in,out] hash  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
@@ -130,18 +137,21 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
  * Copies a table.
  *
  * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * positions in the pool, and addresses are translated. A value that does not point into the value pool
- * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
- * and the destination releases its own: entries are copied to new blocks of an external entry pool. If the
- * source does not own a value pool, values are copied as words, so both tables refer to the same blocks. The
- * destination's `nocase` is unchanged. A user pool is cloned only if both user pools and `callback` are
+ * positions in the pool, and addresses are translated. A value that is not an address in the source's value
+ * pool becomes 0, and so do all values if the destination owns no value pool.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries get new
+ * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
+ * both tables refer to the same blocks.
+ *
+ * The destination's `nocase` is unchanged. A user pool is cloned only if both user pools and `callback` are
  * given.
  *
  * @param[in] source                     the table to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised table with the same flags; its old contents are
- *                                       dropped
+ * @param[in,out] destination            an initialised table with the same `owns_…` flags; its old contents
+ *                                       are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
@@ -163,7 +173,7 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
  *
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
- * @param[in] nocase  not 0: each byte is first converted by tolower
+ * @param[in] nocase  not 0: each byte is first converted by tolower()
  * @return the hash; 0 for the empty key
  * @cost O(length)
  * @bounds key[length]
@@ -175,7 +185,7 @@ MUB_API uint64_t mub_hash_key(const void *key, int64_t length, int nocase);
 /**
  * Checks whether two byte ranges are equal.
  *
- * Two ranges of the same length below 1 are equal.
+ * If both lengths are equal and below 1, the ranges are equal.
  *
  * @param[in] a         the first range
  * @param[in] a_length  bytes of `a`
@@ -200,7 +210,7 @@ MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of an iteration in progress, and pointers to keys
+ * @invalidates an iteration in progress, if the number of buckets doubles; pointers to keys
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[length]
  * @nullable key, init
@@ -252,7 +262,7 @@ MUB_API int64_t mub_hash_get_many(const mub_hash *hash, const void *const *keys,
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is stored as is; what it refers to remains the caller's
- * @invalidates the bucket position of an iteration in progress, and pointers to keys
+ * @invalidates an iteration in progress, if the number of buckets doubles; pointers to keys
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[length]
  * @nullable key
@@ -302,9 +312,8 @@ MUB_API int mub_hash_find(const mub_hash *hash, const void *key, int64_t length)
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry of the key, the offsets of keys inserted later, and pointers to keys
- * @cost O(entries): the key's bytes are removed from the key stream and the offsets of later keys lowered, in
- *   a sequential pass over memory if the table owns its entry pool and that pool holds nothing else, else
- *   along the chains
+ * @cost O(entries): the bytes of the later keys move and their offsets are lowered, in one pass over the
+ *   chunks if the table owns its entry pool and the pool holds nothing else, otherwise along the chains
  * @bounds key[length]
  * @nullable key
  */
@@ -335,8 +344,8 @@ MUB_API mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length,
 /**
  * Empties the table and releases its buckets; the table can be used again.
  *
- * Entries are returned to an external pool and owned pools are emptied. Values are not released. The memory
- * of the key stream is kept.
+ * Entries are returned to an external pool and owned pools are emptied. No function is called for the values;
+ * emptying an owned value pool releases its blocks. The memory of the key stream is kept.
  *
  * @param[in,out] hash  the table
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
@@ -408,7 +417,7 @@ MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of an iteration in progress, and pointers to keys
+ * @invalidates an iteration in progress, if the number of buckets doubles; pointers to keys
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[length]
  * @nullable key
@@ -433,8 +442,8 @@ MUB_API mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key
 /**
  * Starts an iteration over the entries: bucket by bucket, the oldest entry of each chain first.
  *
- * Insertions may change that order. To remove the current entry, advance to the next one first: an iteration
- * cannot continue from a removed entry.
+ * If an insertion doubles the buckets, start the iteration again: continuing can skip or repeat entries. To
+ * remove the current entry, advance to the next one first: an iteration cannot continue from a removed entry.
  *
  * @param[in] hash         the table
  * @param[out] bucket_out  receives the bucket, for mub_hash_entry_next()
@@ -463,7 +472,7 @@ MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucke
  * Finds a key in a bucket, or appends a new entry to the chain.
  *
  * Stored hashes are not compared. Neither `hash_value` nor the key is stored: apart from `next`, the new
- * entry is as the pool returned it. The caller fills it in and counts it.
+ * entry has the content that mub_pool_new() gave it. The caller fills it in and counts it.
  *
  * @param[in,out] hash       the table
  * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
@@ -525,13 +534,13 @@ MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, ui
                                               const void *key, int64_t length);
 
 /**
- * Doubles the number of buckets and reserves 32 bytes of key storage for each old one.
+ * Doubles the number of buckets, and gives the key stream a capacity of at least 32 bytes per old bucket.
  *
  * Chains keep their order. Does nothing if there are no buckets.
  *
  * @param[in,out] hash  the table
- * @failure the table is unchanged if memory runs out
- * @invalidates the bucket position of an iteration in progress, and pointers to keys
+ * @failure the buckets are unchanged if memory runs out; the key stream may have moved
+ * @invalidates an iteration in progress, and pointers to keys
  * @cost O(entries)
  * @level low
  */
@@ -550,7 +559,7 @@ MUB_API void mub_hash_expand(mub_hash *hash);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of an iteration in progress, and pointers to keys
+ * @invalidates an iteration in progress, if the number of buckets doubles; pointers to keys
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[length]
  * @nullable key
@@ -652,8 +661,8 @@ MUB_API mub_hashd *mub_hashd_init(mub_hashd *table, int with_entry_pool, int wit
 /**
  * Releases everything that the table owns.
  *
- * Values are not released. Entries in an external entry pool stay allocated: call mub_hashd_remove_all()
- * first to return them.
+ * No function is called for the values; an owned value pool is released with its blocks. Entries in an
+ * external entry pool stay allocated: call mub_hashd_remove_all() first to return them.
  *
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
@@ -677,17 +686,20 @@ MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
  * Copies a table.
  *
  * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * positions in the pool, and addresses are translated. A value that does not point into the value pool
- * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
- * and the destination releases its own: entries are copied to new blocks of an external entry pool. If the
- * source does not own a value pool, values are copied as words, so both tables refer to the same blocks. A
- * user pool is cloned only if both user pools and `callback` are given.
+ * positions in the pool, and addresses are translated. A value that is not an address in the source's value
+ * pool becomes 0, and so do all values if the destination owns no value pool.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries get new
+ * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
+ * both tables refer to the same blocks.
+ *
+ * A user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised table with the same flags; its old contents are
- *                                       dropped
+ * @param[in,out] destination            an initialised table with the same `owns_…` flags; its old contents
+ *                                       are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
@@ -726,7 +738,7 @@ MUB_API uint32_t mub_hashd_key(uint32_t key);
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @nullable init
  */
@@ -770,7 +782,7 @@ MUB_API int64_t mub_hashd_get_many(const mub_hashd *table, const uint32_t *keys,
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is stored as is; what it refers to remains the caller's
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  */
 MUB_API int mub_hashd_insert(mub_hashd *table, uint32_t key, uint64_t value);
@@ -838,7 +850,8 @@ MUB_API mub_hashd *mub_hashd_free(mub_hashd *table, uint32_t key, mub_free_fn re
 /**
  * Empties the table and releases its buckets; the table can be used again.
  *
- * Entries are returned to an external pool and owned pools are emptied. Values are not released.
+ * Entries are returned to an external pool and owned pools are emptied. No function is called for the values;
+ * emptying an owned value pool releases its blocks.
  *
  * @param[in,out] table  the table
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
@@ -907,7 +920,7 @@ MUB_API void mub_hashd_free_all_entry(mub_hashd *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  */
 MUB_API int mub_hashd_entry_set(mub_hashd *table, uint32_t key, mub_hashd_entry **entry_out);
@@ -927,8 +940,8 @@ MUB_API mub_hashd_entry *mub_hashd_entry_get(const mub_hashd *table, uint32_t ke
 /**
  * Starts an iteration over the entries: bucket by bucket, the oldest entry of each chain first.
  *
- * Insertions may change that order. To remove the current entry, advance to the next one first: an iteration
- * cannot continue from a removed entry.
+ * If an insertion doubles the buckets, start the iteration again: continuing can skip or repeat entries. To
+ * remove the current entry, advance to the next one first: an iteration cannot continue from a removed entry.
  *
  * @param[in] table        the table
  * @param[out] bucket_out  receives the bucket, for mub_hashd_entry_next()
@@ -1010,7 +1023,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_remove(mub_hashd *table, int64_t bucket
  *
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(entries)
  * @level low
  */
@@ -1025,7 +1038,7 @@ MUB_API void mub_hashd_expand(mub_hashd *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @level low
  */
@@ -1104,8 +1117,8 @@ MUB_API mub_hashx *mub_hashx_init(mub_hashx *table, int with_entry_pool, int wit
 /**
  * Releases everything that the table owns.
  *
- * Values are not released. Entries in an external entry pool stay allocated: call mub_hashx_remove_all()
- * first to return them.
+ * No function is called for the values; an owned value pool is released with its blocks. Entries in an
+ * external entry pool stay allocated: call mub_hashx_remove_all() first to return them.
  *
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
@@ -1129,17 +1142,20 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
  * Copies a table.
  *
  * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * positions in the pool, and addresses are translated. A value that does not point into the value pool
- * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
- * and the destination releases its own: entries are copied to new blocks of an external entry pool. If the
- * source does not own a value pool, values are copied as words, so both tables refer to the same blocks. A
- * user pool is cloned only if both user pools and `callback` are given.
+ * positions in the pool, and addresses are translated. A value that is not an address in the source's value
+ * pool becomes 0, and so do all values if the destination owns no value pool.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries get new
+ * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
+ * both tables refer to the same blocks.
+ *
+ * A user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised table with the same flags; its old contents are
- *                                       dropped
+ * @param[in,out] destination            an initialised table with the same `owns_…` flags; its old contents
+ *                                       are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
@@ -1178,7 +1194,7 @@ MUB_API uint32_t mub_hashx_key(uint64_t key);
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @nullable init
  */
@@ -1222,7 +1238,7 @@ MUB_API int64_t mub_hashx_get_many(const mub_hashx *table, const uint64_t *keys,
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is stored as is; what it refers to remains the caller's
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  */
 MUB_API int mub_hashx_insert(mub_hashx *table, uint64_t key, uint64_t value);
@@ -1290,7 +1306,8 @@ MUB_API mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn re
 /**
  * Empties the table and releases its buckets; the table can be used again.
  *
- * Entries are returned to an external pool and owned pools are emptied. Values are not released.
+ * Entries are returned to an external pool and owned pools are emptied. No function is called for the values;
+ * emptying an owned value pool releases its blocks.
  *
  * @param[in,out] table  the table
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
@@ -1359,7 +1376,7 @@ MUB_API void mub_hashx_free_all_entry(mub_hashx *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  */
 MUB_API int mub_hashx_entry_set(mub_hashx *table, uint64_t key, mub_hashx_entry **entry_out);
@@ -1379,8 +1396,8 @@ MUB_API mub_hashx_entry *mub_hashx_entry_get(const mub_hashx *table, uint64_t ke
 /**
  * Starts an iteration over the entries: bucket by bucket, the oldest entry of each chain first.
  *
- * Insertions may change that order. To remove the current entry, advance to the next one first: an iteration
- * cannot continue from a removed entry.
+ * If an insertion doubles the buckets, start the iteration again: continuing can skip or repeat entries. To
+ * remove the current entry, advance to the next one first: an iteration cannot continue from a removed entry.
  *
  * @param[in] table        the table
  * @param[out] bucket_out  receives the bucket, for mub_hashx_entry_next()
@@ -1462,7 +1479,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_remove(mub_hashx *table, int64_t bucket
  *
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(entries)
  * @level low
  */
@@ -1477,7 +1494,7 @@ MUB_API void mub_hashx_expand(mub_hashx *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket position of an iteration in progress
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @level low
  */
@@ -1557,8 +1574,8 @@ MUB_API mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int wit
 /**
  * Releases everything that the table owns.
  *
- * Values are not released. Entries in an external entry pool stay allocated: call mub_hasht_remove_all()
- * first to return them.
+ * No function is called for the values; an owned value pool is released with its blocks. Entries in an
+ * external entry pool stay allocated: call mub_hasht_remove_all() first to return them.
  *
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
@@ -1582,17 +1599,20 @@ MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
  * Copies a table.
  *
  * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * positions in the pool, and addresses are translated. A value that does not point into the value pool
- * becomes 0, and so do all values if the destination has no value pool of its own. External pools are shared,
- * and the destination releases its own: entries are copied to new blocks of an external entry pool. If the
- * source does not own a value pool, values are copied as words, so both tables refer to the same blocks. A
- * user pool is cloned only if both user pools and `callback` are given.
+ * positions in the pool, and addresses are translated. A value that is not an address in the source's value
+ * pool becomes 0, and so do all values if the destination owns no value pool.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries get new
+ * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
+ * both tables refer to the same blocks.
+ *
+ * A user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised table with the same flags; its old contents are
- *                                       dropped
+ * @param[in,out] destination            an initialised table with the same `owns_…` flags; its old contents
+ *                                       are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
@@ -1773,7 +1793,8 @@ MUB_API mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_fre
 /**
  * Empties the table and releases its buckets; the table can be used again.
  *
- * Entries are returned to an external pool and owned pools are emptied. Values are not released.
+ * Entries are returned to an external pool and owned pools are emptied. No function is called for the values;
+ * emptying an owned value pool releases its blocks.
  *
  * @param[in,out] table  the table
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()

@@ -21,9 +21,12 @@
  * run out.
  *
  * **Value pool.** Only the `_new` functions need a value pool: they take a block for the value of every new
- * entry. A pool created by `_init` has no block size: store the size of your values in
- * `value_pool->block_size` before the first `_new`. Blocks are returned individually to an external pool
- * only; those of an owned pool are released with the whole pool.
+ * entry. A pool created by `_init` has no block size: check that `value_pool` is not NULL, then store the
+ * size of your values in `value_pool->block_size`.
+ *
+ * In a list with a value pool, every value must be 0 or the address of a block of that pool: `_free_all`
+ * returns it to the pool if that is external, and `_clone` translates it if the pool is owned. Blocks of an
+ * owned pool are released with the whole pool.
  *
  * What the everyday operations return:
  *
@@ -108,12 +111,14 @@ MUB_API mub_list *mub_list_init(mub_list *list, int own_entry_pool, int own_valu
 /**
  * Releases everything that the list owns and returns entries to an external entry pool.
  *
- * Values are not released. The list is then empty; the fields of owned pools are NULL and their flags 0.
+ * No function is called for the values; an owned value pool is released with its blocks. The list is then
+ * empty; the fields of owned pools are NULL and their flags 0.
  *
  * @param[in,out] list  the list
  * @return the list
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner what the list owns is released; values and external pools remain the caller's
+ * @owner what the list owns is released, the blocks of its own value pool included; other values and external
+ *   pools remain the caller's
  * @invalidates all entries, pointers to keys, and all value blocks of an owned pool
  * @cost one release per chunk of the pools; O(entries) with an external entry pool
  */
@@ -133,10 +138,12 @@ MUB_API void mub_list_swap(mub_list *a, mub_list *b);
  * Copies a list.
  *
  * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
- * translated. A value that is not a block of the value pool becomes 0, and so do all values if the
- * destination has no value pool of its own. External pools are shared, and the destination releases its own
- * pool: entries are copied to new blocks of an external entry pool, and values are copied as words if the
- * value pool is external.
+ * translated. A value that is not an address in the source's value pool becomes 0, and so do all values if
+ * the destination owns no value pool.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries get new
+ * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
+ * both lists refer to the same blocks.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both lists are the same.
@@ -144,8 +151,8 @@ MUB_API void mub_list_swap(mub_list *a, mub_list *b);
  * @param[in] source                     the list to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised list with the same flags; its old entries are dropped
- *                                       and their values not released
+ * @param[in,out] destination            an initialised list with the same `owns_…` flags; its old entries are
+ *                                       dropped, without a call for their values
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry from the head on, value 0 included, if the
@@ -480,12 +487,12 @@ MUB_API uint64_t mub_list_remove_at(mub_list *list, mub_list_entry *position);
  * Empties the list; it can be used again.
  *
  * Entries are returned to an external pool, an owned entry pool is emptied, and the memory of the key stream
- * is kept. Values are not released, and an owned value pool keeps its blocks.
+ * is kept. No function is called for the values; an owned value pool keeps its blocks.
  *
  * @param[in,out] list  the list
  * @return the list
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries are returned to their pool; values are not released
+ * @owner entries are returned to their pool; values remain the caller's
  * @invalidates all entries, and pointers to keys
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -632,12 +639,14 @@ MUB_API mub_lists *mub_lists_init(mub_lists *list, int own_entry_pool, int own_v
 /**
  * Releases everything that the list owns and returns entries to an external entry pool.
  *
- * Values are not released. The list is then empty; the fields of owned pools are NULL and their flags 0.
+ * No function is called for the values; an owned value pool is released with its blocks. The list is then
+ * empty; the fields of owned pools are NULL and their flags 0.
  *
  * @param[in,out] list  the list
  * @return the list
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner what the list owns is released; values and external pools remain the caller's
+ * @owner what the list owns is released, the blocks of its own value pool included; other values and external
+ *   pools remain the caller's
  * @invalidates all entries, and all value blocks of an owned pool
  * @cost one release per chunk of the pools; O(entries) with an external entry pool
  */
@@ -657,10 +666,12 @@ MUB_API void mub_lists_swap(mub_lists *a, mub_lists *b);
  * Copies a list.
  *
  * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
- * translated. A value that is not a block of the value pool becomes 0, and so do all values if the
- * destination has no value pool of its own. External pools are shared, and the destination releases its own
- * pool: entries are copied to new blocks of an external entry pool, and values are copied as words if the
- * value pool is external.
+ * translated. A value that is not an address in the source's value pool becomes 0, and so do all values if
+ * the destination owns no value pool.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries get new
+ * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
+ * both lists refer to the same blocks.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both lists are the same.
@@ -668,8 +679,8 @@ MUB_API void mub_lists_swap(mub_lists *a, mub_lists *b);
  * @param[in] source                     the list to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised list with the same flags; its old entries are dropped
- *                                       and their values not released
+ * @param[in,out] destination            an initialised list with the same `owns_…` flags; its old entries are
+ *                                       dropped, without a call for their values
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry from the head on, value 0 included, if the
@@ -965,12 +976,14 @@ MUB_API uint64_t mub_lists_remove_at(mub_lists *list, mub_lists_entry *position)
  * Empties the list; it can be used again.
  *
  * Entries are returned to an external pool, and owned pools are emptied, including an owned value pool,
- * unlike by mub_list_remove_all(). Values are not released.
+ * unlike in mub_list_remove_all(). No function is called for the values; emptying an owned value pool
+ * releases its blocks.
  *
  * @param[in,out] list  the list
  * @return the list
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries are returned to their pool; values are not released, but an owned value pool is emptied
+ * @owner entries are returned to their pool and an owned value pool is emptied; other values remain the
+ *   caller's
  * @invalidates all entries, and the value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -1074,12 +1087,14 @@ MUB_API mub_listx *mub_listx_init(mub_listx *list, int own_entry_pool, int own_v
 /**
  * Releases everything that the list owns and returns blocks to an external entry pool.
  *
- * Values are not released. The list is then empty; the fields of owned pools are NULL and their flags 0.
+ * No function is called for the values; an owned value pool is released with its blocks. The list is then
+ * empty; the fields of owned pools are NULL and their flags 0.
  *
  * @param[in,out] list  the list
  * @return the list
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner what the list owns is released; values and external pools remain the caller's
+ * @owner what the list owns is released, the blocks of its own value pool included; other values and external
+ *   pools remain the caller's
  * @invalidates all blocks, those of an owned value pool included
  * @cost one release per chunk of the pools; O(blocks) with an external entry pool
  */
@@ -1180,13 +1195,13 @@ MUB_API uint64_t mub_listx_remove_tail(mub_listx *list);
 /**
  * Empties the list; it can be used again.
  *
- * Blocks are returned to an external pool, and an owned entry pool is emptied. Values are not released, and
- * an owned value pool keeps its blocks.
+ * Blocks are returned to an external pool, and an owned entry pool is emptied. No function is called for the
+ * values; an owned value pool keeps its blocks.
  *
  * @param[in,out] list  the list
  * @return the list
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner blocks are returned to their pool; values are not released
+ * @owner blocks are returned to their pool; values remain the caller's
  * @invalidates all blocks
  * @cost one release per chunk; O(blocks) with an external entry pool
  */

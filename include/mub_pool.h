@@ -12,22 +12,23 @@
  * other, use mub_pool_map() and mub_pool_clone(), then translate each address with mub_pool_get_addr() and
  * mub_pool_set_addr().
  *
- * Set `block_size` after mub_pool_init() and before you take the first block. Change it, or
- * `blocks_per_chunk`, only after mub_pool_empty(). The pool does not check that a returned block belongs to
- * it, or that it is returned only once.
+ * Set `block_size`, and `blocks_per_chunk` if 16 is too few, after mub_pool_init(); later change them only
+ * right after mub_pool_empty(). Only the first block of a chunk is aligned as by malloc: make `block_size` a
+ * multiple of the alignment that your blocks need (`sizeof` of a struct is). The pool does not check that a
+ * returned block belongs to it, or that it is returned only once.
  *
  * What the everyday operations return:
  *
- * | operation             | present                | absent                    | out of memory     |
- * | --------------------- | ---------------------- | ------------------------- | ----------------- |
- * | mub_pool_new()        | a block                | NULL without a block size | NULL              |
- * | mub_pool_map()        | the chunk map          | NULL without chunks       | NULL              |
- * | mub_pool_get_addr()   | the index of the chunk | -1                        |                   |
- * | mub_pool_set_addr()   | the address            | NULL                      |                   |
- * | mub_pool_iter_new()   | an iterator            |                           | NULL              |
- * | mub_pool_iter_first() | a block                | NULL                      |                   |
- * | mub_pool_iter_next()  | a block                | NULL                      |                   |
- * | mub_pool_clone()      |                        |                           | the copy is empty |
+ * | operation             | success                | nothing to return          | out of memory            |
+ * | --------------------- | ---------------------- | -------------------------- | ------------------------ |
+ * | mub_pool_new()        | a block                | NULL without a block size  | NULL                     |
+ * | mub_pool_map()        | the chunk map          | NULL without a chunk table | NULL                     |
+ * | mub_pool_get_addr()   | the index of the chunk | -1                         |                          |
+ * | mub_pool_set_addr()   | the address            | NULL                       |                          |
+ * | mub_pool_iter_new()   | an iterator            |                            | NULL                     |
+ * | mub_pool_iter_first() | a block                | NULL                       |                          |
+ * | mub_pool_iter_next()  | a block                | NULL                       |                          |
+ * | mub_pool_clone()      | (no result)            |                            | the destination is empty |
  *
  * @{
  */
@@ -49,7 +50,7 @@ struct mub_pool {
   int64_t live_count;       /**< blocks taken and not returned */
   int64_t chunk_used;       /**< blocks taken from the last chunk in use; -1: no chunk is in use */
   int64_t chunk_count;      /**< chunks in use */
-  int64_t chunk_capacity;   /**< slots in `chunks`; those from `chunk_count` on are NULL or spare chunks */
+  int64_t chunk_capacity;   /**< slots in `chunks`; those from `chunk_count` on are NULL */
   void **chunks;            /**< the chunk table; NULL until a block is taken */
   int64_t free_used;        /**< addresses in the last free page; -1: no page is in use */
   int64_t free_count;       /**< free pages in use; all but the last are full */
@@ -65,9 +66,9 @@ struct mub_pool_chunk {
 
 /** An iterator over the live blocks of a pool, created by mub_pool_iter_new(). */
 typedef struct mub_pool_iter {
-  int64_t chunk;      /**< the chunk of the last block returned */
-  int64_t slot;       /**< its index in the chunk */
-  void **free_blocks; /**< the returned blocks, sorted; NULL if there were none */
+  int64_t chunk;      /**< the chunk of the block visited last */
+  int64_t slot;       /**< the index of that block in its chunk */
+  void **free_blocks; /**< the addresses on the free stack, sorted; NULL if there were none */
   mub_pool *pool;     /**< the pool */
 } mub_pool_iter;
 
@@ -145,7 +146,7 @@ MUB_API void mub_pool_free(mub_pool *pool, void *block);
 MUB_API void mub_pool_expand(int64_t *group);
 
 /**
- * Pops the block released last off the free stack.
+ * Pops the block that was returned last off the free stack.
  *
  * `live_count` is not changed; mub_pool_new() updates it.
  *
@@ -228,7 +229,8 @@ MUB_API void *mub_pool_set_addr(const mub_pool *pool, int chunk, int64_t offset)
  * @param[in] source           the pool to copy; it does not change
  * @param[in] map              the chunk map of `source`; NULL: blocks that were returned to `source` are not
  *                             reused by the copy, and iterators return them
- * @param[in,out] destination  an initialised pool, which is emptied first
+ * @param[in,out] destination  an initialised pool, which is emptied first; `block_size` and
+ *                             `blocks_per_chunk` are copied
  * @failure the destination is empty if memory runs out
  * @owner the copies of the chunks belong to the destination
  * @invalidates all blocks, chunk maps and iterators of the destination

@@ -21,9 +21,12 @@
  * an external pool. Entries may also lie in the caller's own memory, as long as no function that returns
  * entries to a pool reaches them.
  *
- * **Value pool.** A pool created by `_init` has no block size: store the size of your values in
- * `value_pool->block_size`. Blocks are returned individually to an external pool only; those of an owned pool
- * are released with the whole pool.
+ * **Value pool.** A pool created by `_init` has no block size: check that `value_pool` is not NULL, then
+ * store the size of your values in `value_pool->block_size`.
+ *
+ * In a tree with a value pool, every value must be 0 or the address of a block of that pool: `_free_all`
+ * returns it to the pool if that is external, and `_clone` translates it if the pool is owned. Blocks of an
+ * owned pool are released with the whole pool.
  *
  * **Depth.** No function recurses: only memory limits the depth of a tree and the length of a ring or chain.
  *
@@ -131,13 +134,14 @@ MUB_API mub_tree *mub_tree_init(mub_tree *tree, int own_entry_pool, int own_valu
 /**
  * Releases the pools that the tree owns and returns entries to an external entry pool.
  *
- * The fields of owned pools become NULL; their flags do not change. Values are not released. The tree is then
- * empty, with a zero-filled root.
+ * The fields of owned pools become NULL; their flags do not change. No function is called for the values; an
+ * owned value pool is released with its blocks. The tree is then empty, with a zero-filled root.
  *
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner what the tree owns is released; values and external pools remain the caller's
+ * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
+ *   pools remain the caller's
  * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -146,13 +150,14 @@ MUB_API mub_tree *mub_tree_term(mub_tree *tree);
 /**
  * Empties the tree.
  *
- * Entries are returned to an external pool, owned pools are emptied, and the root is zero-filled. Values are
- * not released.
+ * Entries are returned to an external pool, owned pools are emptied, and the root is zero-filled. No function
+ * is called for the values; emptying an owned value pool releases its blocks.
  *
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries are returned to their pool; values are not released
+ * @owner entries are returned to their pool and an owned value pool is emptied; other values remain the
+ *   caller's
  * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -179,10 +184,13 @@ MUB_API mub_tree *mub_tree_free_all(mub_tree *tree, mub_free_fn release);
  * Copies a tree.
  *
  * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
- * translated. A value that is not a block of the value pool becomes 0, and so do all values if the
- * destination has no value pool of its own. An entry that is not a block of the entry pool is omitted, with
- * its descendants. External pools are shared, and the destination releases its own pool: entries are copied
- * to new blocks of an external entry pool, and values are copied as words if the value pool is external.
+ * translated. A value that is not an address in the source's value pool becomes 0, and so do all values if
+ * the destination owns no value pool. An entry that is not a block of the entry pool is omitted, with its
+ * descendants.
+ *
+ * External pools replace those of the destination, which are destroyed if it owns them; entries get new
+ * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
+ * both trees refer to the same blocks.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both trees are the same.
@@ -190,8 +198,8 @@ MUB_API mub_tree *mub_tree_free_all(mub_tree *tree, mub_free_fn release);
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised tree with the same flags; its old entries are dropped
- *                                       and their values not released
+ * @param[in,out] destination            an initialised tree with the same `owns_…` flags; its old entries are
+ *                                       dropped, without a call for their values
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, the root and value 0 included, parents before
@@ -756,13 +764,14 @@ MUB_API mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int ow
 /**
  * Releases the pools that the tree owns and returns entries to an external entry pool.
  *
- * The fields of owned pools become NULL; their flags do not change. Values are not released. The tree is then
- * empty, with a zero-filled root.
+ * The fields of owned pools become NULL; their flags do not change. No function is called for the values; an
+ * owned value pool is released with its blocks. The tree is then empty, with a zero-filled root.
  *
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner what the tree owns is released; values and external pools remain the caller's
+ * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
+ *   pools remain the caller's
  * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -771,13 +780,14 @@ MUB_API mub_bitree *mub_bitree_term(mub_bitree *tree);
 /**
  * Empties the tree.
  *
- * Entries are returned to an external pool, owned pools are emptied, and the root is zero-filled. Values are
- * not released.
+ * Entries are returned to an external pool, owned pools are emptied, and the root is zero-filled. No function
+ * is called for the values; emptying an owned value pool releases its blocks.
  *
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries are returned to their pool; values are not released
+ * @owner entries are returned to their pool and an owned value pool is emptied; other values remain the
+ *   caller's
  * @invalidates all entries but the root, and all value blocks of an owned pool
  * @cost one release per chunk; O(entries) with an external entry pool
  */
@@ -805,8 +815,8 @@ MUB_API mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release);
  * Copies a tree.
  *
  * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
- * translated. A link to an entry that is not a block of the entry pool becomes NULL. A value that is not a
- * block of the value pool becomes 0, and so do all values if the destination has no value pool of its own.
+ * translated. A link to an entry that is not a block of the entry pool becomes NULL. A value that is not an
+ * address in the source's value pool becomes 0, and so do all values if the destination owns no value pool.
  *
  * Unless both trees own their entry pools, the copies are new blocks of the destination's entry pool; a
  * destination without one shares an external one of the source. An external value pool is shared: values are
@@ -818,8 +828,8 @@ MUB_API mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release);
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised tree with the same flags; its old entries are dropped
- *                                       and their values not released
+ * @param[in,out] destination            an initialised tree with the same `owns_…` flags; its old entries are
+ *                                       dropped, without a call for their values
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called once for every entry, the root and value 0 included, if the

@@ -68,7 +68,7 @@ class Json(unittest.TestCase):
         self.assertEqual(insert["summary"], "Adds a key with a value unless the key is present.")
         self.assertEqual(insert["returns"], {"type": "int", "doc": "1 if added"})
         self.assertEqual(insert["failure"]["value"], "0")
-        self.assertEqual(insert["invalidates"], "the bucket position of an iteration in progress, and pointers to keys")
+        self.assertEqual(insert["invalidates"], "an iteration in progress, if the number of buckets doubles; pointers to keys")
         self.assertEqual(insert["cost"], "O(1) expected, amortised over the doublings of the buckets")
         self.assertEqual([found["name"] for found in insert["parameters"]], ["hash", "key", "length", "value"])
         self.assertEqual((insert["level"], FUNCTIONS["mub_hash_insert_t"]["level"]), ("everyday", "low"))
