@@ -486,7 +486,7 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   /** Sorts the items, not stable; see mub_arrays_qsort(). */
   void sort(mub_compare_item_fn compare, bool ascending = true) { mub_arrays_qsort(c(), ascending, compare); }
 
-  /** Removes all items, which are not released; see mub_arrays_remove_all(). */
+  /** Removes all items without a call for them; see mub_arrays_remove_all(). */
   void clear() { mub_arrays_remove_all(c()); }
 
   /** Calls `release` with every item that is not 0, then removes all; see mub_arrays_free_all(). */

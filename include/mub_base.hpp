@@ -3,9 +3,9 @@
  * @ingroup cpp
  *
  * A type of namespace `mub` owns one C record: its constructors initialise the record and its destructor
- * terminates it. Members call the C functions and allocate nothing else; "see mub_hash_insert()" refers to
- * the documentation of the C function, and the @ref base "common rules" apply here, too. No function throws,
- * and the headers compile without exceptions and RTTI. Common to all types:
+ * terminates it. Members only call the C functions and allocate nothing themselves; "see mub_hash_insert()"
+ * refers to the documentation of the C function. The @ref base "common rules" apply. No function throws, and
+ * the headers compile without exceptions and RTTI. Common to all types:
  *
  * - **Record.** c() returns the record: pass it to the C functions that have no member here, read its fields,
  *   and set those that are the caller's to set (`nocase`, `descending`, `key_type`).
@@ -17,13 +17,15 @@
  *   reset().
  * - **Keys.** Byte-string keys are passed as std::string_view: any bytes, NULs included. Keys that iterators
  *   return are views of the container's memory, valid until a key is added or removed.
- * - **Values.** Values are 64-bit words; to_word() and to_pointer() convert pointers. Neither the library nor
- *   a destructor interprets them: free_all() releases what they own.
+ * - **Values.** Values are 64-bit words; to_word() and to_pointer() convert pointers. A destructor does
+ *   nothing for values: to release what they own, call free_all() first. It also returns their blocks to an
+ *   external value pool, which the destructor does not.
  * - **Entries.** find() and similar members return a pointer to the entry in the container, or nullptr; its
  *   `value` may be changed in place.
  * - **Iterators.** Iterators of keyed containers yield an item { key, value & } by value: `for (auto [key,
- *   value] : table)`. They are invalidated like the iterations of the C interface, which is not checked;
- *   neither is the range of an iterator or index. Through a const container, values are const.
+ *   value] : table)`. What invalidates an iteration in C invalidates iterators here. Nothing checks for
+ *   invalid iterators, or for iterators and indexes out of range. Through a const container, values are
+ *   const.
  * - **Pools.** By default a container owns the pool of its entries and has none for values. `value_blocks{n}`
  *   adds one with blocks of n bytes. External pools are passed to the constructors that take mub_pool
  *   pointers. They must outlive the container, whose destructor returns its entries to them: do not return
@@ -66,7 +68,7 @@ struct value_blocks {
   std::int64_t size; /**< the size of its blocks in bytes */
 };
 
-/** A key and a reference to its value, as yielded by the iterators of keyed containers. */
+/** A pair of a key and a reference to its value, as yielded by the iterators of keyed containers. */
 template <class Key, class Value = std::uint64_t>
 struct item {
   Key key;      /**< the key; a view of the container's memory if it is a string */
@@ -91,8 +93,9 @@ struct set_value {
 namespace detail {
 
 /**
- * The owner of a record. `Life` has init(record, flags…), like the C function, bare(record), which
- * initialises it without pools, release(record), and swap(record, record), which exchanges the settings, too.
+ * Owns a record. `Life` provides init(record, flags…), which calls the C function; bare(record), which
+ * initialises the record without pools; release(record); and swap(record, record), which also exchanges the
+ * settings.
  */
 template <class Derived, class Life>
 class owner {
@@ -275,10 +278,10 @@ class keyed : public owner<Derived, Life> {
   using entry_type = typename Traits::entry;
   using base::c;
 
-  /** Returns the number of entries. */
+  /** Returns the number of keys. */
   std::int64_t size() const noexcept { return c()->count; }
 
-  /** Checks whether there are no entries. */
+  /** Checks whether there are no keys. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
   /** Checks whether a key is present; see mub_hash_find(). */
@@ -307,7 +310,8 @@ class keyed : public owner<Derived, Life> {
   /**
    * Adds a key with a value unless the key is present; see mub_hash_insert(), mub_btree_insert() and
    * mub_array_insert(). Returns whether it was added: false if the key was present or memory ran out; arrays
-   * return true if memory ran out. Invalidates the iterators of arrays and B-trees.
+   * return true if memory ran out. Invalidates the iterators of arrays and B-trees, and those of hash tables
+   * if the number of buckets doubles.
    */
   [[nodiscard]] bool insert(key_type key, mapped_type value) {
     return Traits::call(Traits::insert, c(), key, value) != 0;
@@ -327,7 +331,10 @@ class keyed : public owner<Derived, Life> {
    */
   mapped_type remove(key_type key) { return Traits::call(Traits::remove, c(), key); }
 
-  /** Removes all entries; values are not released. Invalidates all iterators. See mub_hash_remove_all(). */
+  /**
+   * Removes all entries without a call for their values. Invalidates all iterators. See
+   * mub_hash_remove_all().
+   */
   void clear() { Traits::remove_all(c()); }
 
   /**
@@ -352,6 +359,7 @@ class map : public keyed<Derived, Life, Traits> {
 
   /**
    * Finds the entry of a key, or adds one with value 0; see mub_hash_entry_set() and mub_btree_node_set().
+   * Invalidates iterators as insert() does.
    *
    *     if (auto [entry, inserted] = words.emplace("the"); entry != nullptr) ++entry->value;
    */
@@ -363,7 +371,7 @@ class map : public keyed<Derived, Life, Traits> {
 
   /**
    * Finds the value of a key, or adds the key with a block of the value pool, which is passed to `init`; see
-   * mub_hash_set() and mub_btree_set().
+   * mub_hash_set() and mub_btree_set(). Invalidates iterators as insert() does.
    */
   [[nodiscard]] set_value set(key_type key, mub_init_fn init = nullptr) {
     std::uint64_t value = 0;

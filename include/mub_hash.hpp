@@ -189,8 +189,9 @@ class hash_iterator : public walker<hash_iterator<Traits, Value>, item<typename 
 
 /**
  * A hash table, which owns its buckets, its keys and the pools that it created, but not what its values refer
- * to; see mub_hash. An iterator may or may not visit entries that are inserted after its creation; removing
- * its entry invalidates it.
+ * to; see mub_hash. An iterator may or may not visit entries that are inserted after its creation. Removing
+ * its entry invalidates it. An insertion that doubles the number of buckets invalidates all iterators:
+ * continuing can skip or repeat entries.
  */
 template <class Traits>
 class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Traits>, Traits> {

@@ -185,7 +185,7 @@ class linked : public owner<Derived, list_life<Traits>> {
   /** Removes the last value and returns it, not released; 0 if there is none. See mub_list_remove_tail(). */
   std::uint64_t pop_back() { return Traits::remove_tail(c()); }
 
-  /** Removes all values, which are not released. Invalidates all iterators. See mub_list_remove_all(). */
+  /** Removes all values without a call for them. Invalidates all iterators. See mub_list_remove_all(). */
   void clear() { Traits::remove_all(c()); }
 
   /**

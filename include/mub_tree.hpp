@@ -112,7 +112,7 @@ class rooted : public owner<Derived, tree_life<Traits>> {
    */
   [[nodiscard]] entry_type *make() { return Traits::entry_new(c()); }
 
-  /** Removes all entries but the root; values are not released. See mub_tree_remove_all(). */
+  /** Removes all entries but the root, without a call for their values. See mub_tree_remove_all(). */
   void clear() { Traits::remove_all(c()); }
 
   /**
@@ -211,9 +211,8 @@ class tree : public detail::rooted<tree, detail::tree_traits> {
   void unlink(mub_tree_entry *entry) { mub_tree_entry_remove(c(), entry); }
 
   /**
-   * Follows a path of keys, adding the missing entries, and returns the last; nullptr for an empty path, or if
-   * memory ran out. See
-   * mub_tree_insert().
+   * Follows a path of keys, adding the missing entries, and returns the last; nullptr for an empty path, or
+   * if memory ran out. See mub_tree_insert().
    */
   [[nodiscard]] mub_tree_entry *insert(const array &path, mub_tree_compare_fn compare,
                                        mub_init_fn init = nullptr) {
