@@ -1,6 +1,6 @@
 """Runs the tests on changed sources; see tools/mutate.
 
-    mutate.py FAMILY [N] [SEED]
+    mutate.py LAYER [N] [SEED]
 
 The changes are made in build/mutate/, a copy of the sources.
 """
@@ -24,7 +24,7 @@ from typing import NamedTuple
 sys.dont_write_bytecode = True
 from mutants import changed_source, difference, places_of  # noqa: E402
 
-# The tests of each family, by their names in ctest. Tests that are not listed here are run for every family.
+# The tests of each layer, by their names in ctest. Tests that are not listed here are run for every layer.
 OWN_TESTS = {
     "base": r"(bytes|pool).*",
     "bytes": r"(bytes|text).*",
