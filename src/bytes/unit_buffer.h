@@ -17,7 +17,8 @@
 //   Unit           the type of a unit
 //   kTerminated    whether a unit of 0 follows the content
 //
-// Counts are measured by the caller; a negative one does nothing.
+// The caller has already replaced the negative length of a text by its measured length; any other negative
+// count does nothing.
 #ifndef MUB_BYTES_UNIT_BUFFER_H
 #define MUB_BYTES_UNIT_BUFFER_H
 
@@ -93,7 +94,7 @@ bool holds(const Record &record, int64_t index) {
   return index >= 0 && index < record.capacity;
 }
 
-// A stream's capacity is rounded to a multiple of 8; a terminated record's so that capacity + 1 is one.
+// A capacity is rounded up to a multiple of 8; in a terminated record, capacity + 1 is that multiple.
 template <class Record>
 int64_t rounded_capacity(int64_t target) {
   if constexpr (BufferTraits<Record>::kTerminated) return (target / 8) * 8 + 7;
@@ -205,8 +206,8 @@ bool append(Record &record, const void *units, int64_t count) {
 }
 
 // Replaces `old_count` units at `position` by `count` units. The old range may extend past the content as
-// long as the resulting length is not negative; new units that would lie past the resulting content are
-// dropped.
+// long as the resulting length is not negative. New units past both the old and the resulting length are
+// dropped; those between the two remain as spare units.
 template <class Record>
 bool update(Record &record, int64_t position, int64_t old_count, const void *units, int64_t count) {
   if (position < 0 || old_count < 0 || count < 0 || position > record.length) return false;
@@ -215,7 +216,7 @@ bool update(Record &record, int64_t position, int64_t old_count, const void *uni
   if (__builtin_add_overflow(record.length, count - old_count, &length) || length < 0) return false;
   const PinnedBytes source = pinned(record, units, count);
   if (source.failed() || !expand(record, length)) return false;
-  // Units are dropped past the longer of the two lengths, because a shrinking update writes before it moves.
+  // The longer of the two lengths counts, because a shrinking update writes before it moves.
   const int64_t written = std::min(count, std::max(record.length, length) - position);
   const int64_t tail = record.length - position - old_count;
   if (count > old_count && tail > 0) {

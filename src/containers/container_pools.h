@@ -1,6 +1,6 @@
 // The pools of a container. Each has a field in the record and a flag next to it: the flag is 1 for an owned
-// pool, which the container made and will destroy, and 0 for a caller's pool or none. Values may be blocks of
-// the value pool, which are taken for new entries and released with them.
+// pool, which the container made and will destroy, and 0 for an external pool or none. Values may be blocks
+// of the value pool, which are taken for new entries and released with them.
 //
 //   container   entry_pool, owns_entry_pool ──► entries
 //               node_pool,  owns_node_pool  ──► records, in B-trees only
@@ -116,7 +116,7 @@ bool holds_only(const Field &field, int64_t count) {
   if (field.owned == 0) return false;
   const mub_pool &pool = *field.pool;
   return pool.live_count == count && pool.block_size == int64_t{sizeof(Block)} &&
-         pool::blocks_ever_taken(pool) == count + pool::free_blocks(pool);
+         pool::carved_blocks(pool) == count + pool::free_blocks(pool);
 }
 
 // ---- values
@@ -133,7 +133,7 @@ inline uint64_t take_value(mub_pool *pool, mub_init_fn init) {
   return value;
 }
 
-// Returns a block to a caller's pool. The blocks of an owned pool are released with the whole pool.
+// Returns a block to an external pool. The blocks of an owned pool are released with the whole pool.
 template <class Field>
 inline void return_value(const Field &values, uint64_t value) {
   if (values.owned == 0) pool::give(values.pool, record_of<void>(value));

@@ -124,10 +124,10 @@ class CloneCallback {
   CloneCallback(mub_pool *source, mub_pool *destination, mub_clone_fn call)
       : source_(source), destination_(destination), call_(call) {}
 
-  // The caller's pool is not to be cloned over `pool`, which belongs to the container's clone.
+  // The user pool is not to be cloned over `pool`, which belongs to the container's clone.
   void protect(const mub_pool *pool) { is_protected_ = is_protected_ || pool == destination_; }
 
-  // Clones the caller's pool, if both pools and the callback are given. Nothing is copied if the destination
+  // Clones the user pool, if both pools and the callback are given. Nothing is copied if the destination
   // is the source or protected. Returns false if memory runs out.
   bool clone_pool() {
     if (source_ == nullptr || destination_ == nullptr || call_ == nullptr) return true;

@@ -15,7 +15,7 @@
 namespace mub::pool {
 namespace {
 
-// How many chunks or pages ahead their release prefetches.
+// When chunks or pages are released, the one this many ahead is prefetched.
 constexpr int64_t kPrefetchPages = 8;
 
 // The chunk table or the page table of a pool, which have the same structure. Here, both hold "pages".
@@ -62,10 +62,10 @@ bool expand(const Table &table) {
 }
 
 // Opens the next page of the table, a spare one if there is one; false if memory runs out.
-bool open_page(const Table &table, int64_t units, int64_t unit_bytes) {
+bool open_page(const Table &table, int64_t count, int64_t item_bytes) {
   if (!expand(table)) return false;
   void *&page = table.pages[table.count];
-  if (page == nullptr) page = allocate_zeroed(units, unit_bytes);
+  if (page == nullptr) page = allocate_zeroed(count, item_bytes);
   if (page == nullptr) return false;
   ++table.count;
   table.used = 0;
@@ -88,16 +88,17 @@ void *pop_free(mub_pool &pool) {
   return free_page(pool, pool.free_count - 1)[pool.free_used];
 }
 
-// Makes a table of the same capacity, with a copy of each page in use that fill(page, copy) fills.
+// Allocates a table of the same capacity and a page for each page in use, and calls fill(page, copy) for
+// each.
 template <class Fill>
-bool clone_table(const Table &source, const Table &destination, int64_t units, int64_t unit_bytes,
+bool clone_table(const Table &source, const Table &destination, int64_t count, int64_t item_bytes,
                  Fill fill) {
   if (source.pages == nullptr) return true;
   destination.pages = static_cast<void **>(allocate_zeroed(source.capacity, sizeof(void *)));
   if (destination.pages == nullptr) return false;
   destination.capacity = source.capacity;
   for (int64_t i = 0; i < source.count; ++i) {
-    destination.pages[i] = allocate(units, unit_bytes);
+    destination.pages[i] = allocate(count, item_bytes);
     if (destination.pages[i] == nullptr) return false;
     fill(source.pages[i], destination.pages[i]);
   }

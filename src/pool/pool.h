@@ -1,6 +1,6 @@
 // The engine of the block pools. Blocks of one size are carved from chunks and never move; a stack of pages
-// has the addresses of those that were returned. Taking and returning a block are inline, because containers
-// do so once per entry.
+// holds the addresses of those that were returned. Taking and returning a block are inline, because
+// containers do so once per entry.
 //
 //   chunks ──► [0] ──► [ block | block | block | block ]      free_pages ──► [0] ──► [ address | address ]
 //              [1] ──► [ block | block | never taken … ]                     [1] ──► [ address | … ]
@@ -8,15 +8,15 @@
 //
 // Invariants:
 //   1. chunk_count <= chunk_capacity, and free_count <= free_capacity. A table is null if its capacity is 0.
-//      Its slots below the count have chunks or pages; later ones are null or have spare ones.
+//      Its slots below the count hold chunks or pages; later ones are null, except for spare pages.
 //   2. chunk_used is -1 without chunks, else 1 to blocks_per_chunk; all chunks but the last are used up.
 //      free_used is -1 without pages, else 0 to blocks_per_chunk; all pages but the last are full.
 //   3. blocks_per_chunk >= kMinBlocksPerChunk while there is a chunk or a page.
 //   4. live_count is the number of blocks taken less the number returned.
-//   5. If callers return the pool's own blocks only, and each once: the free stack has addresses of carved
-//      blocks, no two equal, or null where clone() could not translate one. live_count and the size of the
-//      free stack add up to the number of blocks ever carved, but for blocks that mub_pool_from_empty()
-//      popped, blocks that were returned when no page could be allocated, and nulls that were popped.
+//   5. As long as callers return only the pool's own blocks, and each once: the free stack holds addresses of
+//      carved blocks, all different, or null where clone() could not translate one. Every carved block is
+//      live or on the free stack, except those popped with mub_pool_from_empty(), those returned when no page
+//      could be allocated, and those whose null was popped.
 //   6. The bytes of a fresh chunk are 0; a block that is taken again is as it was when it was returned.
 //
 // Threads: functions that take a const pool write nothing; all others need the pool for themselves.
@@ -31,7 +31,7 @@
 
 namespace mub {
 
-// An address as the value of a container, and back.
+// Converts between an address and the 64-bit word that holds it.
 inline uint64_t word_of(const void *address) { return reinterpret_cast<uintptr_t>(address); }
 
 template <class Record>
@@ -60,8 +60,8 @@ inline void **free_page(const mub_pool &pool, int64_t page) {
   return static_cast<void **>(pool.free_pages[page]);
 }
 
-inline void *block_at(const mub_pool &pool, int64_t chunk, int64_t slot) {
-  return static_cast<char *>(pool.chunks[chunk]) + slot * pool.block_size;
+inline void *block_at(const mub_pool &pool, int64_t chunk, int64_t index) {
+  return static_cast<char *>(pool.chunks[chunk]) + index * pool.block_size;
 }
 
 // Unsigned, because in a pool without chunks the factors may have any value.
@@ -80,7 +80,7 @@ inline void *take(mub_pool *pool) {
     ++pool->live_count;
     return block;
   }
-  // Unsigned, so that one comparison also covers -1, without a chunk.
+  // Unsigned, so that one comparison also covers chunk_used == -1, before the first chunk.
   if (static_cast<uint64_t>(pool->chunk_used) >= static_cast<uint64_t>(pool->blocks_per_chunk)) {
     return take_slowly(*pool);
   }
@@ -107,9 +107,9 @@ inline void prefetch_chunk(const mub_pool &pool, int64_t chunk) {
   prefetch(pool.chunks[chunk], static_cast<int64_t>(std::min(chunk_bytes(pool), kPrefetchBytes)));
 }
 
-// Calls `visit` for every block ever carved, free ones included, chunk by chunk. If the entries of a
-// container fill the pool, this is several times faster than following their links: compare the rows of
-// map_remove in bench/hash_bench.cpp.
+// Calls `visit` for every carved block, free ones included, chunk by chunk. If the entries of a container
+// fill the pool, this is several times faster than following their links: compare the rows of map_remove in
+// bench/hash_bench.cpp.
 template <class Block, class Visit>
 void for_each_block(const mub_pool &pool, Visit visit) {
   for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
@@ -121,7 +121,7 @@ void for_each_block(const mub_pool &pool, Visit visit) {
 }
 
 // The number of blocks carved from the chunks, whether live, free or lost.
-inline int64_t blocks_ever_taken(const mub_pool &pool) {
+inline int64_t carved_blocks(const mub_pool &pool) {
   return pool.chunk_count < 1 ? 0 : (pool.chunk_count - 1) * pool.blocks_per_chunk + pool.chunk_used;
 }
 

@@ -105,7 +105,7 @@ void return_entries(Tree &tree, EntryOf<Tree> &top) {
   walk_upward(top, [&](EntryOf<Tree> &entry, const EntryOf<Tree> *) { return_entry(tree, entry); });
 }
 
-// Releases the values of all entries from `top` down. The entries are returned to a caller's pool; without a
+// Releases the values of all entries from `top` down. The entries are returned to an external pool; without a
 // pool, or with an owned one, they stay linked.
 template <class Tree>
 void free_entries(Tree &tree, EntryOf<Tree> &top, mub_free_fn release_it) {
