@@ -52,6 +52,7 @@
  * | `_set`         | 0, `*value_out` is the value | 1, `*value_out` is new | 0, `*value_out` is 0   |
  * | `_node_set`    | 0, `*node_out` is the record | 1, `*node_out` is new  | 0, `*node_out` is NULL |
  * | `_get`         | the value                    | 0                      |                        |
+ * | `_get_many`    | as `_get`, for each key      | 0, for each key        |                        |
  * | `_find`        | 1                            | 0                      |                        |
  * | `_update`      | the previous value           | 0, not added           |                        |
  * | `_remove`      | the value, not released      | 0                      |                        |

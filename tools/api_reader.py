@@ -66,6 +66,17 @@ def type_of(element):
     return re.sub(r"\s*(\*+)\s*", r" \1", text).strip()
 
 
+def type_of_parameter(element):
+    """Of a pointer to an array, the type goes on after the name: "const uint32_t (*)[4]"."""
+    array = element.findtext("array")
+    kind = type_of(element.find("type"))
+    return kind if array is None else f"{kind.removesuffix('( *)').rstrip()} (*){array}"
+
+
+def is_pointer(kind):
+    return kind.endswith("*") or "(*)" in kind
+
+
 # ---- functions and callbacks ----
 
 def tags_of(member):
@@ -123,7 +134,7 @@ def arguments_of(member):
 
 def function_of(member, module):
     kind, name = type_of(member.find("type")), member.findtext("name")
-    declared = [(found.findtext("declname") or "...", type_of(found.find("type"))) for found in member.findall("param")]
+    declared = [(found.findtext("declname") or "...", type_of_parameter(found)) for found in member.findall("param")]
     declared = [found for found in declared if found != ("...", "void")]
     tags, common = common_part(member, kind, declared)
     location = member.find("location")
@@ -257,7 +268,7 @@ def parts_faults(found):
             yield f"no @param {parameter['name']}"
         if parameter["name"] == "...":
             continue
-        if parameter["direction"] != "in" and not parameter["type"].endswith("*"):
+        if parameter["direction"] != "in" and not is_pointer(parameter["type"]):
             yield f"@param {parameter['name']}: {parameter['direction']}, but not a pointer"
         if parameter["direction"] != "in" and re.fullmatch(r"const [^*]*\*", parameter["type"]):
             yield f"@param {parameter['name']}: {parameter['direction']}, but const"
@@ -276,7 +287,7 @@ def bounds_faults(text, types):
     if text and not re.fullmatch(r"\w+\[\w+\](, \w+\[\w+\])*", text):
         yield f"@bounds {text}: not of the form NAME[LENGTH], …"
     for name, length in BOUND.findall(text):
-        if not types.get(name, "").endswith("*"):
+        if not is_pointer(types.get(name, "")):
             yield f"@bounds {name}: no pointer parameter of that name"
         if not length.isdigit() and not re.fullmatch(r"u?int(\d+_t)?( \*)?", types.get(length, "")):
             yield f"@bounds {name}: {length} is not a length"

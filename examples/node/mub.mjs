@@ -10,7 +10,7 @@
 import { readFileSync } from "node:fs";
 import koffi from "koffi";
 
-const isPointer = (type) => type.endsWith("*");
+const isPointer = (type) => type.endsWith("*") || type.includes("(*)");
 const target = (type) => type.slice(0, -1).trim().replace(/^const /, "");
 
 export function load({ library, api }) {
