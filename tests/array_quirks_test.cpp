@@ -29,6 +29,10 @@ TEST(ArrayQuirks, SpareSlotsKeepOffsetsThatMayExceedTheKeyStream) {
   for (const char *key : {"first", "second", "third", "last"}) mub_array_append(&array, key, -1, 1);
   mub_array_remove_at(&array, 3);
   mub_array_shrink(&array, 1);
+  const char *spare_key;
+  int64_t spare_length;
+  EXPECT_EQ(mub_array_get_at(&array, 2, &spare_key, &spare_length), 1u);
+  EXPECT_EQ(std::string(spare_key, static_cast<size_t>(spare_length)), "third");
   EXPECT_EQ(mub_array_set_at(&array, 1, "2", 1, 9), 1u);
   EXPECT_EQ(array.entries[2].key_offset, 11u) << "spare slots are not adjusted";
   // The old key is past the end of the stream; the length still changes by the difference of the key lengths.

@@ -46,7 +46,7 @@ inline int64_t wrapping_sum(int64_t a, int64_t b) {
 template <class Unit>
 const Units &draw_letters(Program &program) {
   static const Units kLetters[][4] = {
-      {U"ab", U"abc", Units(U" \t\r\n\0\v?aAzZ[@`{\xE9", 16), U"-.0123456789x"},
+      {U"ab", U"ab\xE9", Units(U" \t\r\n\0\v?aAzZ[@`{\xE9", 16), U"-.0123456789x"},
       {U"\u6162\u6261", U"\u6162\u6261\u6161", Units(U" \t\r\n\0\v\u0141\u6162AzZ[\u0120`{\xE9", 16),
        U"-.0123456789x"}};
   return program.one_of(kLetters[sizeof(Unit) - 1]);

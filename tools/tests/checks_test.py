@@ -108,6 +108,16 @@ class CheckApi(Tree):
         self.write("include/mub_b.h", "")
         self.assert_reports(self.check("check_api"), "include/mub_b.h: not included by mub.h")
 
+    def test_reports_inline_names_that_are_not_exported_not_listed_or_of_another_function(self):
+        self.write("include/mub_inline.h", """/** mub_one(), mub_two(). */
+#define mub_two(...) mub_inline_one(__VA_ARGS__)
+#define mub_three(...) mub_inline_three(__VA_ARGS__)
+""")
+        self.assert_reports(
+            self.check("check_api"), "mub_three: in mub_inline.h's macros but not in its list",
+            "mub_one: in its list but not in mub_inline.h's macros", "mub_two: calls another function",
+            "mub_three: not exported")
+
     def test_keeps_released_names_in_their_version(self):
         later = VERSION.replace("MINOR 0", "MINOR 1").replace("1.0.2", "1.1.2")
         self.write("include/mub_base.h", later)
@@ -309,6 +319,7 @@ class CheckHeaders(Tree):
         for path in ("tools/check_headers", "docs/interface.doxy"):
             self.write(path, (TOOLS.parent / path).read_text())
         self.write("include/mub.hpp", '#include "mub.h"\n')
+        self.write("include/mub_inline.h", '#include "mub.h"\n')
         self.write("include/mub_base.h", VERSION + "typedef int mub_any;\n")  # C does not allow an empty translation unit
 
     def check_headers(self, header):
