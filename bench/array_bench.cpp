@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 #include <random>
 #include <string>
 #include <utility>
@@ -152,8 +153,61 @@ void find_integers_std(benchmark::State &state) {
   state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
 }
 
+// Bare numbers: adding them at the end, and reading them in any order.
+class MubNumbers : mub_arrays {
+ public:
+  MubNumbers() { mub_arrays_init(this, 0); }
+  ~MubNumbers() { mub_arrays_term(this); }
+  MubNumbers(const MubNumbers &) = delete;
+  MubNumbers &operator=(const MubNumbers &) = delete;
+
+  void add(uint64_t number) { mub_arrays_append(this, number); }
+  uint64_t at(uint64_t index) const { return mub_arrays_get_at(this, static_cast<int64_t>(index)); }
+};
+
+class StdNumbers {
+ public:
+  void add(uint64_t number) { numbers_.push_back(number); }
+  uint64_t at(uint64_t index) const { return index < numbers_.size() ? numbers_[index] : 0; }
+
+ private:
+  std::vector<uint64_t> numbers_;
+};
+
+template <class Numbers>
+void append_numbers(benchmark::State &state) {
+  for (auto _ : state) {
+    Numbers numbers;
+    for (int64_t i = 0; i < state.range(0); ++i) numbers.add(static_cast<uint64_t>(i));
+    benchmark::DoNotOptimize(&numbers);
+  }
+}
+
+template <class Numbers>
+void read_numbers(benchmark::State &state) {
+  std::vector<uint64_t> order(static_cast<size_t>(state.range(0)));
+  std::iota(order.begin(), order.end(), 0u);
+  Numbers numbers;
+  for (const uint64_t number : order) numbers.add(number);
+  order = mub_bench::shuffled(order);
+  for (auto _ : state) {
+    uint64_t sum = 0;
+    for (const uint64_t index : order) sum += numbers.at(index);
+    benchmark::DoNotOptimize(sum);
+  }
+}
+
+template <class Numbers>
+void add_numbers(const char *who) {
+  mub_bench::add_sizes("append_number", who, append_numbers<Numbers>, {1000, 100000});
+  mub_bench::add_sizes("read_number", who, read_numbers<Numbers>, {1000, 100000});
+}
+
 [[maybe_unused]] const bool registered = [] {
   using mub_bench::add_sizes;
+  add_numbers<MubNumbers>(mub_bench::kMub);
+  if (mub_bench::kIsInline) return true;
+  add_numbers<StdNumbers>("std::vector");
   add_sizes("sort_texts", "mub", sort_mub, {1000, 100000});
   add_sizes("sort_texts", "std::sort", sort_std, {1000, 100000});
   add_sizes("find_sorted_text", "mub", find_mub, {1000, 100000});

@@ -1,6 +1,7 @@
 // Shared by the benchmarks: keys, the names of benchmarks, and the size of the heap.
 //
-// A benchmark is named WORKLOAD/WHO/N, where WHO is "mub" or a peer; tools/bench pairs them by name.
+// A benchmark is named WORKLOAD/WHO/N, where WHO is "mub", "mub_inline" or a peer; tools/bench pairs them by
+// name.
 #ifndef MUB_BENCH_SUPPORT_H
 #define MUB_BENCH_SUPPORT_H
 
@@ -16,6 +17,16 @@
 #include <vector>
 
 namespace mub_bench {
+
+// Some programs contain their source twice, the second time compiled with mub_inline.h. The second one has only
+// the workloads that call a function of that header, and no peers.
+#ifdef MUB_INLINE_H
+constexpr bool kIsInline = true;
+constexpr char kMub[] = "mub_inline";
+#else
+constexpr bool kIsInline = false;
+constexpr char kMub[] = "mub";
+#endif
 
 // The same texts, stored in the order of the vector, like words of a file: so the container is measured, and
 // not cache misses on the keys.

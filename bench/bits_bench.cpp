@@ -72,8 +72,8 @@ void add(const char *who) {
 }
 
 [[maybe_unused]] const bool registered = [] {
-  add<MubBits>("mub");
-  add<StdBits>("std::vector<bool>");
+  add<MubBits>(mub_bench::kMub);
+  if (!mub_bench::kIsInline) add<StdBits>("std::vector<bool>");
   return true;
 }();
 

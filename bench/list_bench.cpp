@@ -259,6 +259,10 @@ void add_unrolled(const char *who) {
 }
 
 [[maybe_unused]] const bool registered = [] {
+  if (mub_bench::kIsInline) {
+    mub_bench::add_sizes("list_keyed_walk", mub_bench::kMub, walk<MubKeyed>, kSizes);
+    return true;
+  }
   add_keyed<MubKeyed>("mub");
   add_keyed<StdKeyed>("std::list");
   add_values<MubBare>("mub");

@@ -72,8 +72,8 @@ void add(const char *who) {
 }
 
 [[maybe_unused]] const bool registered = [] {
-  add<MubBlocks>("mub");
-  add<MallocBlocks>("malloc");
+  add<MubBlocks>(mub_bench::kMub);
+  if (!mub_bench::kIsInline) add<MallocBlocks>("malloc");
   return true;
 }();
 

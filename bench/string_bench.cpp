@@ -42,6 +42,25 @@ void append_std(benchmark::State &state) {
   }
 }
 
+// Builds a text out of n characters.
+void push_back_mub(benchmark::State &state) {
+  for (auto _ : state) {
+    mub_string string;
+    mub_string_init(&string);
+    for (int64_t i = 0; i < state.range(0); ++i) mub_string_append_char(&string, static_cast<char>(i));
+    benchmark::DoNotOptimize(string.data);
+    mub_string_term(&string);
+  }
+}
+
+void push_back_std(benchmark::State &state) {
+  for (auto _ : state) {
+    std::string string;
+    for (int64_t i = 0; i < state.range(0); ++i) string.push_back(static_cast<char>(i));
+    benchmark::DoNotOptimize(string.data());
+  }
+}
+
 // Converts numbers of all lengths to text.
 std::vector<int64_t> numbers(int64_t count) {
   std::mt19937_64 random(6);
@@ -169,6 +188,9 @@ void replace_std(benchmark::State &state) {
 
 [[maybe_unused]] const bool registered = [] {
   using mub_bench::add_sizes;
+  add_sizes("string_push_back", mub_bench::kMub, push_back_mub, {1000, 100000});
+  if (mub_bench::kIsInline) return true;
+  add_sizes("string_push_back", "std::string", push_back_std, {1000, 100000});
   add_sizes("string_append", "mub", append_mub, {1000, 100000});
   add_sizes("string_append", "std::string", append_std, {1000, 100000});
   add_sizes("integer_to_text", "mub", integer_mub, {1000});

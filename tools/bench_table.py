@@ -7,10 +7,12 @@
 Benchmarks are named WORKLOAD/WHO/N, where WHO is "mub" or a peer. For each workload, N and peer there is a
 ratio peer / mub: above 1, libmub is faster, or needs less memory. Values are medians of the repetitions.
 "spread" is (maximum - minimum) / median, the larger of the two sides, and shows how far to trust a ratio.
+WHO may also be "mub_inline", for libmub with mub_inline.h; the rows of these are called "WORKLOAD (inline)".
 """
 
 import argparse
 import csv
+import itertools
 import json
 import re
 import statistics
@@ -19,7 +21,8 @@ from collections import defaultdict
 from pathlib import Path
 from typing import NamedTuple
 
-OURS = "mub"
+# Names of libmub, and what they add to the workload.
+OURS = {"mub": "", "mub_inline": " (inline)"}
 # What the benchmark library appends to a name: "/iterations:1", "/repeats:3", "/manual_time" …
 APPENDED = re.compile(r"/(?:[a-z_]+:[0-9.]+|manual_time|real_time|process_time)(?=/|$)")
 MEMORY = "bytes_per_entry"
@@ -58,8 +61,8 @@ def name_faults(paths):
         if not sides:
             yield f"{family_of(path)}: no benchmarks"
         for name, who in sides.items():
-            if OURS not in who:
-                yield f"{family_of(path)}: {name.workload}/{name.n}: {', '.join(sorted(who))}, but no {OURS}"
+            if "mub" not in who:
+                yield f"{family_of(path)}: {name.workload}/{name.n}: {', '.join(sorted(who))}, but no mub"
 
 
 def nanoseconds(run):
@@ -99,14 +102,16 @@ def spread(values):
 def rows_of(samples):
     for name, measures in samples.items():
         for measure, sides in measures.items():
-            ours = sides.get(OURS)
-            for peer, theirs in sides.items():
-                if peer == OURS or not ours:
+            peers = {who: values for who, values in sides.items() if who not in OURS}
+            for (who, suffix), (peer, theirs) in itertools.product(OURS.items(), peers.items()):
+                if who not in sides:
                     continue
+                ours = sides[who]
                 mub, other = statistics.median(ours), statistics.median(theirs)
                 ratio = other / mub if mub else float("inf")
                 worst = max(spread(ours), spread(theirs))
-                yield [*name, peer, measure, f"{mub:.3g}", f"{other:.3g}", ratio_text(ratio), f"{worst:.0f}"]
+                yield [name.family, name.workload + suffix, name.n, peer, measure, f"{mub:.3g}", f"{other:.3g}",
+                       ratio_text(ratio), f"{worst:.0f}"]
 
 
 def ratio_text(ratio):

@@ -40,8 +40,10 @@ class BenchTable(unittest.TestCase):
     def test_takes_medians_and_divides_the_peer_by_mub(self):
         rows = self.rows(
             run("hit/std::map/10", 1, 300), run("hit/mub/10", 0, 100), run("hit/mub/10", 0, 900),
-            run("hit/mub/10", 0, 200), run("hit/mub/20", 0, 50), run("hit/mub/10_mean", 0, 1, run_type="aggregate"))
-        self.assertEqual(rows, [("hit", "10", "std::map", "ns", "200", "300", "1.50")])
+            run("hit/mub/10", 0, 200), run("hit/mub_inline/10", 2, 150), run("hit/mub/20", 0, 50), run("hit/mub/10_mean", 0, 1, run_type="aggregate"))
+        self.assertEqual(rows, [
+            ("hit", "10", "std::map", "ns", "200", "300", "1.50"),
+            ("hit (inline)", "10", "std::map", "ns", "150", "300", "2.00")])
 
     def test_reads_items_wall_time_and_memory(self):
         rows = self.rows(
