@@ -392,6 +392,14 @@ TEST(BTreeParts, EmptiedInnerNodesRefuseKeys) {
   EXPECT_EQ(mub_btree_find(&tree, "1000", 4), 1);
 }
 
+// The table of a node is allocated once, with room for the record that splits it.
+TEST(BTreeParts, TablesOfFullNodesDoNotGrow) {
+  TreeOfNumbers tree(1);
+  for (uint32_t key = 0; key < 32; ++key) mub_btreed_insert(&tree, key, 1);
+  EXPECT_EQ(tree.root.level, 1);
+  EXPECT_EQ(mub_btreed_first_entry(&tree.root)->children.capacity, 32);
+}
+
 // A tree of one record and the maximum number of levels is walked, cloned and emptied without recursion.
 TEST(BTreeParts, DegenerateTreesUseABoundedStack) {
   TreeOfNumbers tree(1), copy(1);
