@@ -21,7 +21,8 @@
 //   Slot, kSlots                     the type of a slot, and the field that points to the table
 //   kSwapsPools                      whether swap() exchanges the value pools, too
 //   store_empty_key(array, slot)     gives a new slot the empty key; this cannot fail
-//   open_key(array, slot, key)       makes room for a key before that of `slot`; false if memory runs out
+//   open_key(array, slot, key)       inserts the bytes of a key before those of `slot`; false if it is empty
+//                                    or there is no room
 //   place_key(array, slot, key)      gives the key to `slot` after open_key; the slots from there on have
 //                                    moved up, and `count` does not yet include the new one
 //   close_key(array, slot)           called after erase_key and before `slot` is removed: updates the keys of

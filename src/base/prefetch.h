@@ -15,7 +15,7 @@ inline void prefetch(const void *address) {
   __asm__ volatile("");
 }
 
-// Prefetches all of a block.
+// Prefetches a block: all but perhaps the last cache line, if the block does not begin at the start of one.
 inline void prefetch(const void *block, int64_t size_bytes) {
   const auto *bytes = static_cast<const char *>(block);
   for (int64_t at = 0; at < size_bytes; at += kCacheLineBytes) prefetch(bytes + at);

@@ -1,6 +1,8 @@
 // Looks up many keys of a B-tree at a time. A single look-up waits for a child, its key and the next child in
-// turn. The look-ups of a group go down the tree together, one probe of each at a time, so that their cache
-// misses overlap.
+// turn. The look-ups of a group go down the tree together, all by one probe per round, so that their cache
+// misses overlap. Part of the engine in bplus_tree.h, where its invariants and policy are.
+//
+// Threads: the tree is only read.
 #ifndef MUB_BTREE_BATCH_GET_H
 #define MUB_BTREE_BATCH_GET_H
 
@@ -17,7 +19,7 @@ constexpr int64_t kGroup = 16;
 // Smaller trees stay in a cache, where the passes over a group cost more than they save.
 constexpr int64_t kFewRecords = 0x8000;
 
-// A look-up on its way down: the entry that it has reached, and the range of its children that is left to
+// A look-up on its way down: the node that it has reached, and the range of its children that is left to
 // search.
 template <class Tree>
 struct Lookup {
@@ -93,8 +95,8 @@ void search_by_halves(const Order &order, Lookup<Tree> *lookups, int64_t count) 
   }
 }
 
-// Searches the children of each look-up's entry; `first` and `is_found` are then what search() returns.
-// False where an entry has no children, as only callers leave one.
+// Searches the children of each look-up's node; `first` and `is_found` are then what search() returns. False
+// if a node has no children.
 template <class Child, class Tree, class Order>
 bool search_children(const Tree &tree, const Order &order, Lookup<Tree> *lookups, int64_t count) {
   for (int64_t i = 0; i < count; ++i) {
@@ -112,7 +114,7 @@ bool search_children(const Tree &tree, const Order &order, Lookup<Tree> *lookups
   return true;
 }
 
-// Goes down to a level; false where leaves do not have the same depth, as only callers make them.
+// Goes down to a level; false if a node has another level, because leaves differ in depth.
 template <class Tree>
 bool go_down(Lookup<Tree> *lookups, int64_t count, int64_t level) {
   for (int64_t i = 0; i < count; ++i) {
@@ -129,7 +131,8 @@ bool go_down(Lookup<Tree> *lookups, int64_t count, int64_t level) {
   return is_even;
 }
 
-// Brings all look-ups to the ends of their searches in the leaves.
+// Brings all look-ups to the ends of their searches in the leaves. Returns false if a node has no children or
+// leaves differ in depth, which only the low layer can cause; each key is then looked up alone.
 template <class Tree, class Order>
 bool descend_together(const Tree &tree, const Order &order, Lookup<Tree> *lookups, int64_t count) {
   for (int64_t i = 0; i < count; ++i) lookups[i].entry = &tree.root;
@@ -144,6 +147,7 @@ template <class Tree, class KeyAt>
 int64_t get_group(const Tree &tree, KeyAt key_at, int64_t count, uint64_t *values_out) {
   Lookup<Tree> lookups[kGroup];
   for (int64_t i = 0; i < count; ++i) lookups[i].key = key_at(i);
+  // key_at(0) only selects the type of the order: with_key() replaces the key.
   const bool is_together =
       tree.count >= kFewRecords && Policy<Tree>::with_order(tree, key_at(0), [&](const auto &order) {
         return descend_together(tree, order, lookups, count);

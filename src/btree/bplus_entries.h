@@ -1,4 +1,4 @@
-// The entries of a B-tree: making them, giving them the key of their last child as their name, and splitting
+// The nodes of a B-tree: making them, giving them the key of their last child as their name, and splitting
 // them. Part of the engine in bplus_tree.h, where its invariants and policy are.
 #ifndef MUB_BTREE_BPLUS_ENTRIES_H
 #define MUB_BTREE_BPLUS_ENTRIES_H
@@ -15,7 +15,7 @@
 
 namespace mub::bplus {
 
-// The number of children at which an entry splits. Part of the interface: callers can see the splits.
+// The number of children at which a node splits. Part of the interface: callers can see the splits.
 constexpr int64_t kOrder = 32;
 
 template <class Tree>
@@ -42,7 +42,7 @@ void append_child(mub_arrays &children, const Child *child) {
   insert_child(children, children.count, child);
 }
 
-// ---- entries
+// ---- nodes
 
 // Makes a block an empty leaf; false, and no table of children, if memory runs out.
 template <class Entry>
@@ -63,6 +63,8 @@ mub_pool *children_pool(const Tree &tree, int level) {
   return level < 1 ? tree.node_pool : tree.entry_pool;
 }
 
+// Returns a new, empty leaf; nullptr if memory runs out. `level` only selects the pool of the children; the
+// caller sets the field.
 template <class Tree>
 EntryOf<Tree> *entry_new(Tree &tree, int level) {
   auto *entry = static_cast<EntryOf<Tree> *>(pool::take(tree.entry_pool));
@@ -75,12 +77,14 @@ EntryOf<Tree> *entry_new(Tree &tree, int level) {
   return entry;
 }
 
+// Makes an inner node the parent of its children. The children of a leaf have no such field.
 template <class Entry>
 void set_parent(Entry &entry) {
   if (entry.level < 1) return;
   for (int64_t i = 0; i < entry.children.count; ++i) entry_at(entry, i)->parent = &entry;
 }
 
+// Sets `children.pool` in `top` and the inner nodes below it; skips leaves below `top`.
 template <class Tree, class Entry>
 void set_pool(const Tree &tree, Entry &top) {
   top.children.pool = children_pool(tree, top.level);
@@ -88,7 +92,7 @@ void set_pool(const Tree &tree, Entry &top) {
   while ((entry = next_from_above(*entry, top, false)) != nullptr) entry->children.pool = tree.entry_pool;
 }
 
-// ---- names: the name of an entry is the key of its last child
+// ---- names: the name of a node is the key of its last child
 
 // Calls `use` with the last child, if there is one.
 template <class Entry, class Use>
@@ -107,6 +111,7 @@ void copy_name(Entry &entry) {
   with_last_child(entry, [&](const auto &child) { Policy<Entry>::copy_key(entry, child); });
 }
 
+// Sets the name of a node and of its ancestors, up to the first that has it already.
 template <class Tree>
 void set_name(const Tree &tree, EntryOf<Tree> &from) {
   EntryOf<Tree> *entry = &from;
@@ -123,7 +128,7 @@ void set_name(const Tree &tree, EntryOf<Tree> &from) {
 
 // ---- splitting
 
-// Returns a new entry with the level and parent of another one, and room for the upper half of its children;
+// Returns a new node with the level and parent of another one, and room for the upper half of its children;
 // nullptr if memory runs out.
 template <class Tree>
 EntryOf<Tree> *sibling_new(Tree &tree, const EntryOf<Tree> &entry) {
@@ -156,7 +161,7 @@ EntryOf<Tree> *split_off(Tree &tree, EntryOf<Tree> &entry) {
   return upper;
 }
 
-// The root cannot move, as it is part of the record: its table of children moves to a new entry below it.
+// The root cannot move, as it is part of the record: its table of children moves to a new node below it.
 template <class Tree>
 void split_root(Tree &tree, EntryOf<Tree> &root) {
   EntryOf<Tree> *upper = sibling_new(tree, root);
@@ -176,8 +181,8 @@ void split_root(Tree &tree, EntryOf<Tree> &root) {
   Policy<Tree>::copy_key(root, *upper);
 }
 
-// The index of the upper half of a split entry among the parent's children: after the entry or, if the parent
-// does not list the entry, where its key belongs.
+// The index of the upper half of a split node among the parent's children: after the node or, if the parent
+// does not list the node, where its key belongs.
 template <class Tree>
 int64_t index_of_upper(const Tree &tree, const EntryOf<Tree> &parent, const EntryOf<Tree> &entry,
                        const EntryOf<Tree> &upper) {
@@ -189,7 +194,7 @@ int64_t index_of_upper(const Tree &tree, const EntryOf<Tree> &parent, const Entr
   });
 }
 
-// Splits one entry, unless memory runs out. Returns the parent if that has to be split next, else nullptr.
+// Splits one node, unless memory runs out. Returns the parent if that has to be split next, else nullptr.
 template <class Tree>
 EntryOf<Tree> *split_once(Tree &tree, EntryOf<Tree> &entry) {
   EntryOf<Tree> *parent = entry.parent;

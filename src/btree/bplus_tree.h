@@ -10,44 +10,50 @@
 //           Record (a key with its value)                                         ▼   ▼
 //             prev, next: the neighbours in key order                       Record ⇄ Record
 //
-// An entry is a leaf or an inner node. The public names of entries and records are mub_btree_entry and
-// mub_btree_node. The name of an entry is the key that it has from its last child.
+// A node is a leaf or an inner node; its type is `Entry` (public: mub_btree_entry). A record's public type is
+// mub_btree_node, and its pool is `node_pool`. The name of a node is the key that it has from its last child.
 //
 // Invariants:
-//   1. The children of an entry of level L > 0 are entries of level L - 1; those of a leaf (level 0) are
-//      records. Every entry but the root has a child. A root without children is a leaf.
-//   2. The parent of an entry is the entry that lists it; the root has none.
-//   3. The name of every entry but the root is the key of its last child, with the same offset. The name of
+//   1. The children of a node of level L > 0 are nodes of level L - 1; those of a leaf (level 0) are records.
+//      Every node but the root has a child. A root without children is a leaf.
+//   2. The parent of a node is the node that lists it; the root has none.
+//   3. The name of every node but the root is the key of its last child, with the same offset. The name of
 //      the root is not searched: removals do not lower its offset, and an empty root keeps its last name.
 //   4. The keys of the records ascend from leaf to leaf; no two are equal.
-//   5. An entry has at most 31 children, unless memory ran out when it was to split.
+//   5. A node has at most 31 children, unless memory ran out when it was to split.
 //   6. `count` is the number of records.
 //   7. `prev` and `next` of the records are their neighbours in key order if nothing was removed since the
 //      tree was last empty, and it is not a clone. Otherwise they may point anywhere; only set_next()
 //      follows them.
-//   8. Records are live blocks of the node pool, and entries other than the root of the entry pool. From the
-//      first insertion on, `children.pool` is the node pool in leaves and the entry pool in inner nodes.
+//   8. Records are live blocks of the node pool; nodes, except the root, are live blocks of the entry pool.
+//      From the first insertion on, `children.pool` is the node pool in leaves and the entry pool in inner
+//      nodes. Nothing allocates from it, but callers can see it.
 //   9. With byte-string keys, the keys of the records fill the key stream without gaps, and do not overlap.
-// They hold until a caller uses the low layer: entry_new, split_entry and split_node make entries that no
+// They hold until a caller uses the low layer: entry_new, split_entry and split_node make nodes that no
 // parent lists, splits of fewer than two children leave an empty one, the set_ functions and adjust_t change
 // single fields, insert_t trusts its caller to pass the right leaf, and remove_all_entry, free_all_entry and
-// clone_entry change neither the count nor what is above. Searches and walks allow for empty entries. 4 also
+// clone_entry change neither the count nor what is above. Searches and walks allow for empty nodes. 4 also
 // assumes that `nocase` or `key_type` does not change while there are records.
 //
 // Threads: functions that take a const tree write nothing, so readers may run in parallel, each with cursors
 // of its own.
 //
-// The policy provides what containers/key_store.h lists, and the following. Functions that are given an entry
-// alone reach it through the entry's type: the policy of an entry is that of its tree.
+// The policy provides what containers/key_store.h lists, where prefetch_key also accepts nodes, and the
+// following. Functions that are given a node alone reach it through the node's type: the policy of a node is
+// that of its tree.
 //   Entry, Record, Cursor               the public structs
-//   with_order(tree, key, use)          returns use(order), where order(child) compares the key of an entry
-//                                       or a record with the searched key; see node_search.h
-//   has_name(tree, entry, child)        whether the name of the entry is the key of the child
-//   copy_key(entry, child)              gives the entry the key of the child as its name
+//   with_order(tree, key, use)          returns use(order), where order(child) compares the key of a node
+//                                       or a record with the searched key
+//   order.with_key(key)                 the same order for another searched key
+//   Order::kByQuarters                  whether node_search.h searches without branches
+//   Order::kIsBranchFree                whether batch_get.h searches without branches
+//   has_name(tree, entry, child)        whether the name of the node is the key of the child
+//   copy_key(entry, child)              gives the node the key of the child as its name
 //   init_keys(tree)                     initialises fields of the tree that are not 0 at the start
 //
-// Parts of the engine: bplus_entries.h (entries and splits), node_search.h (searches), tree_walk.h (walks
-// over entries), tree_cursor.h (walks over records), bplus_whole.h (whole trees) and bplus_clone.h.
+// Parts of the engine: bplus_entries.h (nodes and splits), node_search.h (searches), batch_get.h (look-ups of
+// many keys), tree_walk.h (walks over nodes), tree_cursor.h (walks over records), bplus_whole.h (whole trees)
+// and bplus_clone.h.
 #ifndef MUB_BTREE_BPLUS_TREE_H
 #define MUB_BTREE_BPLUS_TREE_H
 
@@ -163,7 +169,8 @@ RecordOf<Tree> *insert_at(Tree &tree, const Place<EntryOf<Tree>> &place, KeyOf<T
   if (leaf.level > 0) return nullptr;  // an inner node whose children were removed by the caller
   RecordOf<Tree> *record = add_record(tree, leaf, place.spot.index, key);
   if (record == nullptr) return nullptr;
-  // Only a new last record changes the name. That of the root may be outdated: set it every time.
+  // Only a new last record changes the name. A root that is a leaf may have an outdated name: it is set every
+  // time.
   if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name(tree, leaf);
   link_in_leaf(leaf, place.spot.index);
   if (leaf.children.count >= kOrder) split(tree, leaf);
@@ -208,7 +215,7 @@ int node_set(Tree &tree, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
   return inserted ? 1 : 0;
 }
 
-// The same, but searches from the given entry instead of the root.
+// The same, but searches from the given node instead of the root.
 template <class Tree>
 int node_set_in(Tree &tree, EntryOf<Tree> &leaf, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
   bool inserted;
@@ -264,7 +271,7 @@ bool is_only_child(const Entry &entry) {
   return entry.parent != nullptr && entry.parent->children.count == 1 && is_last(entry);
 }
 
-// Returns the uppermost entry that is left without records when `entry` is removed: an ancestor without other
+// Returns the uppermost node that is left without records when `entry` is removed: an ancestor without other
 // children, or `entry` itself.
 template <class Entry>
 Entry *top_of_removal(Entry &entry) {
@@ -273,6 +280,8 @@ Entry *top_of_removal(Entry &entry) {
   return top;
 }
 
+// Removes a node with the ancestors that would be left without children, and returns them to the entry pool.
+// Its own children are not returned. The root stays: it becomes an empty leaf if nothing else is left.
 template <class Tree>
 void remove_entry(Tree &tree, EntryOf<Tree> &entry) {
   EntryOf<Tree> *top = top_of_removal(entry);

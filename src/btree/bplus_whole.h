@@ -26,8 +26,8 @@ void init(Tree &tree, bool own_entry_pool, bool own_node_pool, bool own_value_po
 
 enum class Blocks { kStayInOwnedPools, kGoBack };
 
-// Releases the tables of children of `top` and of all entries below it, after calling `part_with` with every
-// record. Records and entries below `top` are returned to external pools. Those in owned pools stay until
+// Releases the tables of children of `top` and of all nodes below it, after calling `part_with` with every
+// record. Records and nodes below `top` are returned to external pools. Those in owned pools stay until
 // these are emptied, unless Blocks::kGoBack asks to return them, too.
 template <class Tree, class PartWith>
 void empty_from(Tree &tree, EntryOf<Tree> &top, Blocks blocks, PartWith part_with) {
@@ -47,7 +47,8 @@ void empty_from(Tree &tree, EntryOf<Tree> &top, Blocks blocks, PartWith part_wit
   });
 }
 
-// Whether the tree owns its entry pool, and every block carved from it is now an entry of the tree.
+// Whether the tree owns its entry pool, and every block carved from it is now a node of the tree. Free blocks
+// may hold anything, and release_tables() would release what they seem to refer to.
 template <class Tree>
 bool entries_fill_pool(const Tree &tree) {
   if (tree.owns_entry_pool == 0) return false;
@@ -60,7 +61,7 @@ bool entries_fill_pool(const Tree &tree) {
          pool::carved_blocks(*tree.entry_pool) == entries;
 }
 
-// Releases tables in the order of their entries in memory. Following the tree would miss the cache for each.
+// Releases tables in the order of their nodes in memory. Following the tree would miss the cache for each.
 template <class Tree>
 void release_tables(Tree &tree) {
   pool::for_each_block<EntryOf<Tree>>(*tree.entry_pool,

@@ -1,3 +1,4 @@
+// mub_btree: bplus_tree.h with byte-string keys.
 #include "btree/batch_get.h"
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
@@ -8,7 +9,7 @@
 namespace mub {
 namespace {
 
-// Lowers the offsets of all entries below `top`.
+// Lowers the offsets of all nodes below `top`.
 void lower_names(mub_btree_entry &top, keys::Range cut) {
   for (auto *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
     if (entry->level < 1) break;
@@ -60,6 +61,7 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
     return use(Order<false>{tree.keys, key});
   }
 
+  // Unlike an order, returns the exact difference: part of the interface.
   template <class Item>
   static int compare(const mub_btree &tree, const Item &item, Key key) {
     const Key own = key_of(tree, item);
@@ -68,6 +70,7 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
   }
 
   // A name with the bytes of the child's key is kept, even if its offset differs, as it may in the root.
+  // Callers can see the offset that is kept.
   template <class Child>
   static bool has_name(const mub_btree &tree, const Entry &entry, const Child &child) {
     if (entry.key_length != child.key_length) return false;

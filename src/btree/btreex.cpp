@@ -1,3 +1,4 @@
+// mub_btreex: bplus_tree.h with 64-bit number keys.
 #include "btree/batch_get.h"
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"

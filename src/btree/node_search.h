@@ -1,5 +1,5 @@
-// The search among the children of an entry, and the descent to a leaf. All searches by key go through here:
-// another layout of the keys, such as copies next to the table of children, would be read only here. Part of
+// The search among the children of a node, and the descent to a leaf. Single look-ups search here;
+// batch_get.h probes the same tables for groups. Another layout of the keys would be read in both. Part of
 // the engine in bplus_tree.h, where its invariants are. Nothing is written.
 //
 // order(child) compares the key of a child with the searched one, and is inlined into the loops.

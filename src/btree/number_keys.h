@@ -1,4 +1,4 @@
-// Number keys for bplus_tree.h, stored in records and entries. The tree's key_type says how their bits
+// Number keys for bplus_tree.h, stored in records and nodes. The tree's key_type says how their bits
 // compare: as signed, unsigned or floating-point numbers.
 #ifndef MUB_BTREE_NUMBER_KEYS_H
 #define MUB_BTREE_NUMBER_KEYS_H

@@ -29,7 +29,7 @@ namespace mub::bplus {
 // How many records ahead a walk prefetches.
 constexpr int64_t kPrefetchRecords = 8;
 
-// If the root has a lower level, the tree stays in the caches: prefetching beyond the leaf would only cost.
+// A tree whose root has a lower level stays in the caches: prefetching beyond the leaf would only take time.
 constexpr int kLevelsInCache = 3;
 
 // The first leaf that has records, or the last one; nullptr in an empty tree.
@@ -51,8 +51,8 @@ RecordOf<Tree> *last_record(const Tree &tree) {
   return leaf == nullptr ? nullptr : record_at(*leaf, leaf->children.count - 1);
 }
 
-// Prefetches for the steps after a leaf: the nearest records of the next leaf, the table of the second and
-// the entry of the third. Their addresses are in what was prefetched one leaf earlier.
+// Prefetches for the steps after a leaf: the nearest records of the next leaf, the table of children of the
+// second one, and the third one itself. Their addresses are in what was prefetched one leaf earlier.
 template <int kStep, class Entry>
 void prefetch_beyond(const Entry &leaf) {
   const Entry *second = neighbour<kStep>(leaf);
@@ -122,6 +122,8 @@ RecordOf<Tree> *cursor_start(CursorOf<Tree> &cursor, const Tree &tree) {
   return leaf == nullptr ? nullptr : enter_leaf<kStep>(cursor, *leaf);
 }
 
+// Moves to the record of a key, or to that of the next greater key, and returns it. If there is none, moves
+// to the position after the last record, and returns nullptr.
 template <class Tree>
 RecordOf<Tree> *cursor_seek(CursorOf<Tree> &cursor, const Tree &tree, KeyOf<Tree> key) {
   const auto place = locate(tree, tree.root, key);

@@ -1,4 +1,4 @@
-// Walks over the entries of a B+-tree: to children, parents and neighbouring leaves, and over whole
+// Walks over the nodes of a B+-tree: to children, parents and neighbouring leaves, and over whole
 // subtrees. Positions among siblings are found by address: nothing here compares keys, recurses or writes to
 // the tree. Part of the engine in bplus_tree.h, where its invariants are.
 #ifndef MUB_BTREE_TREE_WALK_H
@@ -86,7 +86,7 @@ Entry *leaf_beside(const Entry *leaf) {
   return beside;
 }
 
-// The first entry of level 1 at or below `entry`; a leaf is returned as it is.
+// The first node of level 1 at or below `entry`; a leaf is returned as it is.
 template <class Entry>
 Entry *first_above_leaves(Entry &entry) {
   Entry *above = &entry;
@@ -103,8 +103,8 @@ void prefetch_leaves(const Entry &above, int64_t index) {
   prefetch(entry_at(above, index + kPrefetchLeaves / 2)->children.items);
 }
 
-// Calls `visit` with every entry below `top` and then with `top`: children before their parent, in key order.
-// `visit` may return the entry and its children to their pools: the next entry is determined before the call.
+// Calls `visit` with every node below `top` and then with `top`: children before their parent, in key order.
+// `visit` may return the node and its children to their pools: the next node is determined before the call.
 template <class Entry, class Visit>
 void for_each_from_below(Entry &top, Visit visit) {
   Entry *entry = first_above_leaves(top);
@@ -121,7 +121,7 @@ void for_each_from_below(Entry &top, Visit visit) {
   visit(top);
 }
 
-// The next entry of a walk over `top` and all below it, parents before their children; nullptr at its end.
+// The next node of a walk over `top` and all below it, parents before their children; nullptr at its end.
 // Leaves are visited only if `with_leaves`.
 template <class Entry>
 Entry *next_from_above(const Entry &entry, const Entry &top, bool with_leaves) {

@@ -1,15 +1,13 @@
-// The pools of a container. Each has a field in the record and a flag next to it: the flag is 1 for an owned
-// pool, which the container made and will destroy, and 0 for an external pool or none. Values may be blocks
-// of the value pool, which are taken for new entries and released with them.
+// The pools of a container. Each has a field in the record and a flag, which is 1 for an owned pool and 0 for
+// an external pool or none. Values may be blocks of the value pool, taken when an entry is added.
 //
 //   container   entry_pool, owns_entry_pool ──► entries
 //               node_pool,  owns_node_pool  ──► records, in B-trees only
 //               value_pool, owns_value_pool ──► values         (in arrays: pool, own_pool)
 //
 // Invariants:
-//   1. An owned pool is a heap record of one container only.
-//   2. A flag of 0 means that the container does not own the pool. A flag of 1 does not mean that there is
-//      one: terminated trees keep their flags.
+//   1. An owned pool is a heap-allocated mub_pool that belongs to one container.
+//   2. A flag of 1 does not mean that there is a pool: a terminated mub_tree or mub_bitree keeps its flags.
 //   3. The block size of an owned pool of entries or records is the size of these; that of a value pool is
 //      set by the caller.
 //
@@ -33,7 +31,6 @@ struct PoolField {
   Pool &pool;
   Flag &owned;
 
-  // The flag alone does not mean that there is a pool: terminated trees keep their flags.
   bool is_owned() const { return owned != 0 && pool != nullptr; }
   bool is_callers() const { return owned == 0 && pool != nullptr; }
 
@@ -107,10 +104,10 @@ void swap_pools(Container &a, Container &b) {
   for (size_t i = 0; i < fields.size(); ++i) fields[i].swap(others[i]);
 }
 
-// Whether an owned pool has exactly `count` live blocks, which are then those of the container's `count`
-// items. If so, the container may change its items chunk by chunk instead of following their links, provided
-// that the change leaves blocks on the free stack harmless. A block that a caller popped off the free stack
-// does not count as live, so the number of carved blocks is compared as well.
+// Whether an owned pool has exactly `count` live blocks. If the container's items are `count` different
+// blocks of the pool, these are all of them, and the container may change its items chunk by chunk instead of
+// following their links, provided that the change leaves blocks on the free stack harmless. A block that a
+// caller popped off the free stack does not count as live, so the number of carved blocks is compared, too.
 template <class Block, class Field>
 bool holds_only(const Field &field, int64_t count) {
   if (field.owned == 0) return false;

@@ -5,12 +5,13 @@
 //   keys ──► [ key of a | key of b | key of c | spare … ]        item c:  key_offset, key_length
 //                                  ▲ key_offset
 //
-// Invariants of packed keys. Callers of low-level functions can break them, and so does an array whose clone
-// ran out of memory:
+// Invariants of packed keys. Callers of the low layer can break them, and so does an array whose clone ran
+// out of memory:
 //   1. The stream is at most kMaxBytes long.
 //   2. The key of an item lies in the content of the stream.
-//   3. The keys of all items fill the content without gaps, and no two overlap. (In a B-tree, the items are
-//      the records; inner nodes refer to the same keys.)
+//   3. The keys of all items fill the content without gaps and do not overlap; in arrays, the content may
+//      also hold bytes of no entry (byte_keys.h). In a B-tree, the items are the records; leaves and inner
+//      nodes refer to the same keys.
 //
 // Threads: functions that take a const container write nothing.
 //
@@ -20,7 +21,7 @@
 //   key_of(container, item)          the key of an item
 //   store_key(container, item, key)  gives a new item its key; false if there is no room
 //   erase_key(container, item)       removes the key of an item that is about to be removed
-//   reset_key(item)                  gives an item the key of one that is all zeros
+//   reset_key(item)                  gives an item the key of an all-zero item
 //   clear_keys(container)            removes all keys and keeps their memory
 //   term_keys(container)             removes all keys and releases their memory
 //   swap_keys(a, b)                  exchanges the keys of two containers
@@ -44,7 +45,7 @@ struct ByteKey {
   int64_t length;
 };
 
-// A null pointer is the empty key, whatever the length; a negative length stays negative.
+// With a null pointer, a positive length counts as 0. A negative length stays negative, and matches no key.
 inline ByteKey raw_key(const void *key, int64_t length) {
   return {bytes::as_bytes(key), key != nullptr ? length : std::min<int64_t>(length, 0)};
 }
@@ -56,18 +57,18 @@ inline ByteKey measured_key(const void *key, int64_t length) { return raw_key(ke
 
 namespace keys {
 
-// A store is never longer than this, because offsets have 32 bits.
+// A key stream is never longer than this, because offsets have 32 bits.
 constexpr int64_t kMaxBytes = 0xFFFFFFFF;
 
 inline bool has_room(const mub_stream &store, int64_t length) { return length <= kMaxBytes - store.length; }
 
-// A range of bytes in a store, such as those of a key.
+// A range of bytes in a key stream, such as those of a key.
 struct Range {
   uint32_t offset;
   uint32_t length;
 };
 
-// Cuts a range out of a store, unless it runs past the end.
+// Cuts a range out of a key stream, unless it runs past the end.
 inline void erase(mub_stream &store, Range cut) {
   const int64_t position = cut.offset;
   const int64_t count = cut.length;
@@ -86,8 +87,9 @@ void lower_offset(Item &item, Range cut) {
   if (is_after) item.key_offset -= cut.length;
 }
 
-// The key of an item. Low-level functions can move an offset out of the store, or below 0; such a key reads
-// as empty.
+// The key of an item. The low layer can move an offset out of the key stream, or below 0. A key past the
+// stream's capacity reads as empty; past the length, stale bytes are read. In arrays, the limit is the end of
+// the block, one byte later, so that the key of a spare slot can be replaced wherever it lies (byte_keys.h).
 template <class Item>
 ByteKey key_of(const mub_stream &store, const Item &item) {
   if (int64_t{item.key_offset} + item.key_length > store.capacity) return {store.data, 0};
@@ -135,8 +137,8 @@ struct PackedKeys {
   }
 
   // Implements erase_key, given lower(cut), which lowers the offsets of the other items. The fields of this
-  // item are reset first: no cut moves an empty key at offset 0, so that the pass over a pool leaves blocks
-  // on the free stack alone.
+  // item are reset first: no cut moves an empty key at offset 0, so later passes over the pool do not change
+  // its free block. (mub_hash restores the fields, and passes change them. A new entry overwrites them.)
   template <class Item, class Lower>
   static void cut_key(Container &container, Item &item, Lower lower) {
     const keys::Range cut = {item.key_offset, item.key_length};

@@ -1,6 +1,6 @@
-// What differs between the kinds of a container is its policy: static functions, types and constants that an
-// engine reaches through the type of the container's record. Each record has one, specialised in its export
-// file, or in a header where other files use the container, too.
+// What differs between the variants of a container is its policy: static functions, types and constants that
+// an engine reaches through the type of the container's record. Each record has one, specialised in its
+// export file, or in a header where other files use the container, too.
 #ifndef MUB_CONTAINERS_POLICY_H
 #define MUB_CONTAINERS_POLICY_H
 

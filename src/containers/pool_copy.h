@@ -1,10 +1,10 @@
 // Copies of pools, for cloning containers. A block has the same chunk number and the same offset in a pool
 // and in its copy, so that an address in the pool can be translated to one in the copy.
 //
-//   address ──► last chunk in the map at or below it ──► index, offset ──► copy.chunks[index] + offset
+//   address ──► last chunk at or below it ──► index, offset ──► destination_->chunks[index] + offset
 //
 // Invariants of PoolCopy, once clone() has returned true:
-//   1. copy.chunks[i] was copied from source.chunks[i], and chunk_bytes_ is the size of both.
+//   1. destination_->chunks[i] was copied from source_->chunks[i], and chunk_bytes_ is the size of both.
 //   2. map_ has all chunks of the source, in ascending order of their addresses.
 //   3. last_[g] is the position in map_ of the last chunk that starts in granule g or before it; the
 //      granules, of 2^granule_bits_ bytes each, begin at the first chunk and cover the start of each.
@@ -47,7 +47,8 @@ class PoolCopy {
     destination_ = &destination;
     return pool::clone(*source_, map_, destination);
   }
-  // Both, and prepares for translating. Not inlined, so that all kinds of containers share one function.
+  // map() and clone_to(), and makes the index for translate(). Not inlined, so that all kinds of containers
+  // share one function.
   __attribute__((noinline)) bool clone(const mub_pool &source, mub_pool &destination) {
     return map(source) && index_chunks() && clone_to(destination);
   }
@@ -103,6 +104,7 @@ class PoolCopy {
     return word - base_ + copy_base_;
   }
 
+  // Bounds the index to about 8 numbers per chunk.
   static constexpr int64_t kGranulesPerChunk = 8;
 
   const mub_pool *source_ = nullptr;
@@ -117,8 +119,8 @@ class PoolCopy {
   uint64_t copy_base_ = 0;
 };
 
-// The callback of a clone, and the two pools that the caller passes with it: a pool outside the container to
-// which the values refer, and the one that becomes its copy.
+// The callback of a clone, and the user pools that the caller passes with it: the source's, and the one that
+// becomes its copy.
 class CloneCallback {
  public:
   CloneCallback(mub_pool *source, mub_pool *destination, mub_clone_fn call)
@@ -152,7 +154,8 @@ class CloneCallback {
   PoolCopy pool_;
 };
 
-// Makes a clone share a pool that its source does not own. The clone's own pool is destroyed.
+// Makes a clone share a pool that its source does not own, or have none if the source has none. The clone's
+// own pool is destroyed.
 template <class Field>
 void share_pool(mub_pool *callers_pool, const Field &copy, CloneCallback &callback) {
   if (copy.owned != 0) callback.forget(copy.pool);
@@ -207,7 +210,8 @@ class BlockCopies {
 
 // The pools of a container and those of its clone.
 struct PoolCopies {
-  // Returns false if memory runs out.
+  // Returns false if memory runs out. The user pool comes last, when the copy's own pools are protected: the
+  // caller may have passed one of them as its destination.
   template <class Container>
   bool clone(const Container &source, const Container &copy, CloneCallback &callback) {
     if (!entries.clone(entry_pool_of(source), entry_pool_of(copy), callback)) return false;

@@ -1,5 +1,8 @@
 // Looks up many keys of a hash table at a time. One look-up waits for its bucket, its entry and its key bytes
-// in turn; those of a group advance together, so that their cache misses overlap.
+// in turn; those of a group advance together, so that their cache misses overlap. Part of the engine in
+// chained_table.h, where its invariants and policy are.
+//
+// Threads: the table is only read.
 #ifndef MUB_HASH_BATCH_GET_H
 #define MUB_HASH_BATCH_GET_H
 
@@ -31,7 +34,7 @@ bool store_value(const Entry *entry, uint64_t &value_out) {
   return entry != nullptr;
 }
 
-// Moves each look-up along its chain, one step of all at a time, to the first entry that may match.
+// Moves each look-up along its chain to the first entry that may match, all by one step per round.
 template <class Table>
 void follow_chains(Lookup<Table> *lookups, int64_t count) {
   bool has_moved = true;

@@ -16,9 +16,10 @@
 //   5. Every entry is a live block of the entry pool.
 //   6. With byte-string keys, the keys of the entries fill the key stream without gaps, and do not overlap.
 // 1 holds for any sequence of calls. The others hold until a caller uses the low layer: entry_new links an
-// entry without key and count, entry_remove and remove_t unlink one without counting it, remove_all_entry
-// and free_all_entry return blocks that are still linked, and adjust_t moves offsets alone. 2 and 3 also
-// assume that `nocase` does not change while there are entries.
+// entry without a key and without raising `count`, entry_remove and remove_t unlink one without lowering
+// `count`, remove_all_entry and free_all_entry return blocks that are still linked, and adjust_t moves
+// offsets alone. 2 and 3 also assume that `nocase` does not change while there are entries. Nothing allocates
+// from `buckets.pool`, but callers can see it.
 //
 // Threads: functions that take a const table write nothing, so readers may run in parallel.
 //
@@ -31,8 +32,8 @@
 //   matches(table, entry, word, key)    the same, but compares the stored word first; used by all others
 //   may_match(entry, word, key)         whether it may match, as far as the entry itself can tell
 //   store_word(entry, word)             stores the word of a new entry, if it has a field for it
-//   reserve_keys(table, bytes)          makes room for key bytes; does nothing if memory runs out
-//   with_pinned(table, key, use)        calls use(key) with a copy of the key if it lies in the key storage,
+//   reserve_keys(table, bytes)          makes room for `bytes` bytes of keys in total, if there is memory
+//   with_pinned(table, key, use)        calls use(key) with a copy of the key if it lies in the key stream,
 //                                       which may move; returns nullptr if memory runs out
 // erase_key leaves the key fields of the removed entry unchanged.
 #ifndef MUB_HASH_CHAINED_TABLE_H
@@ -164,7 +165,7 @@ EntryOf<Table> *unlink(Table &table, int64_t bucket, uint64_t word, KeyOf<Table>
   return place.entry;
 }
 
-// Calls `visit` with every entry. `visit` may release the entry.
+// Calls `visit` with every entry. `visit` may return the entry to its pool.
 template <class Table, class Visit>
 void for_each(const Table &table, Visit visit) {
   for (int64_t bucket = 0; bucket < table.buckets.count; ++bucket) {
@@ -359,6 +360,7 @@ uint64_t remove(Table &table, KeyOf<Table> key) {
 template <class Table>
 Table *free(Table &table, KeyOf<Table> key, mub_free_fn release_it) {
   const bool found = remove(table, key, [&](uint64_t value) {
+    // Unlike release_value(), also passes 0: part of the interface.
     if (release_it != nullptr) release_it(value);
     return_value(value_pool_of(table), value);
   });
@@ -388,7 +390,8 @@ EntryOf<Table> *entry_next(const Table &table, int64_t &bucket, const EntryOf<Ta
   if (entry.next != nullptr) return entry.next;
   // The caller passes the bucket: any number must be safe.
   if (bucket >= table.buckets.count - 1) return nullptr;
-  // A branch: a conditional move would make the next step wait for `entry.next`.
+  // Not first_from(max(bucket + 1, 0)): compiled to a conditional move, it would make the next step wait until
+  // `entry.next` is loaded.
   if (bucket < 0) return first_from(table, 0, bucket);
   return first_from(table, bucket + 1, bucket);
 }
@@ -403,6 +406,7 @@ void init(Table &table, int with_entry_pool, int with_value_pool) {
   table.buckets.pool = table.entry_pool;
 }
 
+// Entries in an external pool are not returned: part of the interface (remove_all() does return them).
 template <class Table>
 void term(Table &table) {
   Policy<Table>::term_keys(table);

@@ -14,7 +14,7 @@ void store_little_endian(Word word, uint8_t *bytes) {
   for (unsigned i = 0; i < sizeof word; ++i) bytes[i] = static_cast<uint8_t>(word >> (8 * i));
 }
 
-// The common part of their policies.
+// The common part of the policies of fixed-size keys.
 template <class Table, class TableEntry, class Key>
 struct FixedKeys : KeysInItems<Table, Key> {
   using Entry = TableEntry;

@@ -1,3 +1,4 @@
+// mub_hash: chained_table.h with byte-string keys.
 #include "bytes/bytes.h"
 #include "containers/key_store.h"
 #include "crc32/crc32.h"
@@ -15,7 +16,7 @@ __attribute__((noinline)) bool same_text(const uint8_t *stored, ByteKey key) {
 
 }  // namespace
 
-// Byte-string keys in the table's key stream, hashed by the CRC-32 register.
+// Byte-string keys in the table's key stream, hashed by key_hash() (crc32.h).
 template <>
 struct Policy<mub_hash> : PackedKeys<mub_hash> {
   using Entry = mub_hash_entry;

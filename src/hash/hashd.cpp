@@ -1,3 +1,4 @@
+// mub_hashd: chained_table.h with 32-bit integer keys.
 #include "hash/batch_get.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"

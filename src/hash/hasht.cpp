@@ -1,3 +1,4 @@
+// mub_hasht: chained_table.h with keys of four 32-bit words.
 #include <algorithm>
 #include <cstddef>
 

@@ -1,3 +1,4 @@
+// mub_hashx: chained_table.h with 64-bit integer keys.
 #include "hash/batch_get.h"
 #include "hash/chained_clone.h"
 #include "hash/chained_table.h"

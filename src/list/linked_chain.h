@@ -1,5 +1,5 @@
 // The engine of the lists: a doubly linked chain of entries, which are blocks of a pool and never move. An
-// entry has one value, or a block of up to 32 in mub_listx.
+// entry has one value; in mub_listx it is a block of up to 32, and listx.cpp adds and removes values itself.
 //
 //   list   head ──► entry ◄──► entry ◄──► entry ◄── tail
 //
@@ -106,7 +106,7 @@ void unlink(List &list, const EntryOf<List> &entry) {
   (entry.next != nullptr ? entry.next->prev : list.tail) = entry.prev;
 }
 
-// Calls `visit` with every entry. `visit` may release the entry.
+// Calls `visit` with every entry. `visit` may return the entry to its pool.
 template <class List, class Visit>
 void for_each(const List &list, Visit visit) {
   EntryOf<List> *entry = list.head;

@@ -57,7 +57,7 @@ mub_listx *add(mub_listx &list, uint64_t value) {
 }
 
 // `init` runs before the value is added. It must not change the list. In case it did, look again: the block
-// may be full or released.
+// may be full, or back in its pool.
 template <End kEnd>
 uint64_t add_new(mub_listx &list, mub_init_fn init) {
   mub_listx_block *block = block_with_room<kEnd>(list);

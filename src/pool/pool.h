@@ -17,7 +17,8 @@
 //      carved blocks, all different, or null where clone() could not translate one. Every carved block is
 //      live or on the free stack, except those popped with mub_pool_from_empty(), those returned when no page
 //      could be allocated, and those whose null was popped.
-//   6. The bytes of a fresh chunk are 0; a block that is taken again is as it was when it was returned.
+//   6. The bytes of a fresh chunk are 0. A block that is taken again is as it was when it was returned,
+//      unless its container changed it in a pass over the chunks.
 //
 // Threads: functions that take a const pool write nothing; all others need the pool for themselves.
 #ifndef MUB_POOL_POOL_H

@@ -1,6 +1,6 @@
-// The engine of the trees: a walk over all entries below one, and what is built on it, releasing and copying.
-// What hangs below an entry are its branches: the children on its ring in mub_tree; its left child, its right
-// child and its next equal in mub_bitree.
+// The engine of the trees: a walk over an entry and all below it, and what is built on it: returning entries
+// to their pool, and copying them. What hangs below an entry are its branches: the children on its ring in
+// mub_tree; its left child, its right child and its next equal in mub_bitree.
 //
 //   entry ──first──► branch ──next──► branch ──next──► branch
 //     ▲                │ parent         │ parent         │ parent
@@ -12,9 +12,9 @@
 //
 // Invariants:
 //   1. The root lies in the tree's record, and its parent is null.
-//   2. Every other entry is a branch of exactly one entry, which is its parent; there are no cycles. The
-//      parent of an equal is that of the head of its chain.
-//   3. The ring of an entry is closed in both directions, and `first_child` is on it (mub_tree).
+//   2. Every other entry is a branch of exactly one entry. That is its parent, unless it is an equal: its
+//      parent is that of the head of its chain. There are no cycles.
+//   3. The ring of an entry's children is closed in both directions, and `first_child` is on it (mub_tree).
 // They hold as long as the caller adds only entries that are not linked yet, in a mub_bitree in places that
 // are free, and unlinks entries before it returns or swaps them. If equals were added to an entry before it
 // was linked itself, their parent is null until mub_bitree_set_parent() or a walk sets it; walks do not
@@ -50,7 +50,7 @@
 namespace mub::linked {
 
 // Calls enter(entry) before and leave(entry, above) after the entries below it. `enter` may replace the
-// branches, `leave` may release the entry.
+// branches, `leave` may return the entry to its pool.
 template <class Entry, class Enter, class Leave>
 void walk(Entry &top, Enter enter, Leave leave) {
   Entry *entry = &top;
@@ -78,7 +78,7 @@ void walk(Entry &top, Enter enter) {
   walk(top, enter, Policy<Entry>::restore_parents);
 }
 
-// A walk from below, which may release the entries.
+// A walk from below, which may return the entries to their pool.
 template <class Entry, class Leave>
 void walk_upward(Entry &top, Leave leave) {
   walk(
@@ -157,7 +157,7 @@ template <class Tree>
 void free_all(Tree &tree, mub_free_fn release_it) {
   if (frees_one_by_one(tree, release_it)) {
     free_entries(tree, tree.root, release_it);
-    tree.root = {};  // its branches were returned
+    tree.root = {};  // its branches may have been returned: remove_all() must not visit them
   }
   remove_all(tree);
 }

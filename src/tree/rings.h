@@ -87,7 +87,8 @@ inline Entry *next_past(const Entry *bound, const Entry &entry) {
   return nullptr;
 }
 
-// Reads the sibling, and prefetches the entries that follow it: reading takes no longer than prefetching it.
+// Reads the sibling: its fields are needed to prefetch beyond it, and reading takes no longer than
+// prefetching.
 inline Entry *next_in_order(const Entry *bound, const Entry &entry) {
   if (const Entry *sibling = entry.next) {
     prefetch(sibling->first_child);
@@ -96,6 +97,7 @@ inline Entry *next_in_order(const Entry *bound, const Entry &entry) {
   return entry.first_child != nullptr ? entry.first_child : next_past(bound, entry);
 }
 
+// The position of an entry among its siblings, from 1; 1 for the root, too.
 inline int64_t index_of(const Entry &entry) {
   int64_t index = 1;
   for (const Entry *at = prev_sibling(entry); at != nullptr; at = prev_sibling(*at)) ++index;
