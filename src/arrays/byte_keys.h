@@ -49,11 +49,11 @@ struct Policy<mub_array> : PackedKeys<mub_array> {
     entry.key_length = 0;
   }
   // False for an empty key, too: buffer::insert() refuses to insert no bytes.
-  static bool open_key(mub_array &array, const Slot &entry, const Key &key) {
+  static bool insert_key_bytes(mub_array &array, const Slot &entry, const Key &key) {
     return keys::has_room(array.keys, key.length) &&
            buffer::insert(array.keys, entry.key_offset, key.bytes, key.length);
   }
-  static void place_key(mub_array &array, Slot &entry, const Key &key) {
+  static void set_inserted_key(mub_array &array, Slot &entry, const Key &key) {
     const uint32_t offset = entry.key_offset;
     const auto length = static_cast<uint32_t>(key.length);
     shift_keys(array, array.count + 1, offset, length);
@@ -63,7 +63,7 @@ struct Policy<mub_array> : PackedKeys<mub_array> {
   static void erase_key(mub_array &array, Slot &entry) {
     keys::erase(array.keys, {entry.key_offset, entry.key_length});
   }
-  static void close_key(mub_array &array, const Slot &entry) {
+  static void shift_keys_down(mub_array &array, const Slot &entry) {
     if (entry.key_length != 0) shift_keys(array, slots::used(array), key_end(entry), 0 - entry.key_length);
   }
   static bool reserve_keys_of(mub_array &array, const mub_array &source) {

@@ -185,7 +185,7 @@ inline void sort(uint64_t *items, int64_t count, bool ascending) {
 }
 
 // Copies sorted words into the array; if `unique`, without repetitions.
-inline void take_over(mub_arrayt &array, const uint64_t *sorted, int64_t count, bool unique) {
+inline void store_sorted(mub_arrayt &array, const uint64_t *sorted, int64_t count, bool unique) {
   int64_t taken = 0;
   for (int64_t i = 0; i < count; ++i) {
     if (!unique || i == 0 || sorted[i] != sorted[i - 1]) word(array, taken++) = sorted[i];
@@ -201,7 +201,7 @@ inline void sort(mub_arrayt &array, bool ascending, bool unique) {
   if (run == nullptr) return;
   for (int64_t i = 0; i < count; ++i) run[i] = word(array, i);
   sort(run, count, ascending);
-  take_over(array, run, count, unique);
+  store_sorted(array, run, count, unique);
   release(run);
 }
 

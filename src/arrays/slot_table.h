@@ -14,18 +14,19 @@
 // byte_keys.h adds what holds for keys in a stream. No order is maintained: a sorted array stays sorted only
 // while its caller uses the operations for sorted arrays. A search in any other array ends inside the table.
 //
-// Threads: functions that take a const record write nothing, so readers may run in parallel. The exception is
-// free_values(), which returns blocks to the pool.
+// Threads: functions that take a const record write nothing, so readers may run in parallel.
 //
 // The policy provides what containers/key_store.h lists, and
 //   Slot, kSlots                     the type of a slot, and the field that points to the table
 //   kSwapsPools                      whether swap() exchanges the value pools, too
 //   store_empty_key(array, slot)     gives a new slot the empty key; this cannot fail
-//   open_key(array, slot, key)       inserts the bytes of a key before those of `slot`; false if it is empty
+//   insert_key_bytes(array, slot, key)
+//                                    inserts the bytes of a key before those of `slot`; false if it is empty
 //                                    or there is no room
-//   place_key(array, slot, key)      gives the key to `slot` after open_key; the slots from there on have
-//                                    moved up, and `count` does not yet include the new one
-//   close_key(array, slot)           called after erase_key and before `slot` is removed: updates the keys of
+//   set_inserted_key(array, slot, key)
+//                                    gives the key to `slot` after insert_key_bytes; the slots from there on
+//                                    have moved up, and `count` does not yet include the new one
+//   shift_keys_down(array, slot)     called after erase_key and before `slot` is removed: updates the keys of
 //                                    the other slots. erase_key leaves the fields that it needs as they were
 //   reserve_keys_of(array, source)   makes room for the keys of another array; false if memory runs out
 // Orders are passed to each call: order(slot) compares the key of a slot with the searched key.
@@ -64,15 +65,15 @@ struct SlotsWithoutStream : Keys {
   template <class Slot>
   static void store_empty_key(Array &, Slot &) {}  // GCOVR_EXCL_LINE: store_key never fails
   template <class Slot, class Key>
-  static bool open_key(Array &, const Slot &, const Key &) {
+  static bool insert_key_bytes(Array &, const Slot &, const Key &) {
     return true;
   }
   template <class Slot, class Key>
-  static void place_key(Array &array, Slot &slot, const Key &key) {
+  static void set_inserted_key(Array &array, Slot &slot, const Key &key) {
     Keys::store_key(array, slot, key);
   }
   template <class Slot>
-  static void close_key(Array &, const Slot &) {}
+  static void shift_keys_down(Array &, const Slot &) {}
   static bool reserve_keys_of(Array &, const Array &) { return true; }
 };
 
@@ -168,7 +169,7 @@ void remove_all(Array &array) {
 }
 
 template <class Array>
-void free_values(const Array &array, mub_free_fn release_it) {
+void free_values(Array &array, mub_free_fn release_it) {
   for (int64_t i = 0; i < used(array); ++i) {
     release_value(pool_of(array), value_of(table(array)[i]), release_it);
   }
@@ -236,9 +237,9 @@ SlotOf<Array> *append(Array &array, const KeyOf<Array> &key, uint64_t value) {
 template <class Array>
 bool open_slot(Array &array, int64_t index, const KeyOf<Array> &key) {
   SlotOf<Array> *slot = table(array) + index;
-  if (!Policy<Array>::open_key(array, *slot, key)) return false;
+  if (!Policy<Array>::insert_key_bytes(array, *slot, key)) return false;
   buffer::move_units(slot + 1, slot, array.count - index);
-  Policy<Array>::place_key(array, *slot, key);
+  Policy<Array>::set_inserted_key(array, *slot, key);
   return true;
 }
 
@@ -299,7 +300,7 @@ void append_array(Array &array, const Array &source) {
 // Removes a slot whose key was erased. This also corrects the count of a clone that ran out of memory.
 template <class Array>
 void close_slot(Array &array, SlotOf<Array> *slot) {
-  Policy<Array>::close_key(array, *slot);
+  Policy<Array>::shift_keys_down(array, *slot);
   const int64_t last = used(array) - 1;
   buffer::move_units(slot, slot + 1, last - (slot - table(array)));
   array.count = last;

@@ -20,7 +20,7 @@ class Cloning {
 
   // False if memory runs out; the caller then empties the copy.
   bool run(CloneCallback &callback) {
-    share_callers_pools(source_, copy_, callback);
+    share_external_pools(source_, copy_, callback);
     if (!Policy<Tree>::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, callback)) return false;
     if (!slots::expand(copy_.root.children, kOrder)) return false;  // as an initialised root has
     if (!copy_below(source_.root, copy_.root)) return false;

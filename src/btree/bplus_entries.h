@@ -79,7 +79,7 @@ EntryOf<Tree> *entry_new(Tree &tree, int level) {
 
 // Makes an inner node the parent of its children. The children of a leaf have no such field.
 template <class Entry>
-void set_parent(Entry &entry) {
+void set_parent_of_children(Entry &entry) {
   if (entry.level < 1) return;
   for (int64_t i = 0; i < entry.children.count; ++i) entry_at(entry, i)->parent = &entry;
 }
@@ -149,7 +149,7 @@ void move_upper_half(Entry &entry, Entry &upper) {
   upper.children.count = entry.children.count - kept;
   entry.children.count = kept;
   buffer::move_units(upper.children.items, entry.children.items + kept, upper.children.count);
-  set_parent(upper);
+  set_parent_of_children(upper);
   copy_name(entry);
   copy_name(upper);
 }
@@ -173,7 +173,7 @@ void split_root(Tree &tree, EntryOf<Tree> &root) {
   Policy<Tree>::copy_key(*lower, root);
   lower->parent = upper->parent = &root;
   slots::swap(lower->children, root.children);
-  set_parent(*lower);
+  set_parent_of_children(*lower);
   append_child(root.children, lower);
   append_child(root.children, upper);
   ++root.level;

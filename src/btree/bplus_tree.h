@@ -217,9 +217,9 @@ int node_set(Tree &tree, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
 
 // The same, but searches from the given node instead of the root.
 template <class Tree>
-int node_set_in(Tree &tree, EntryOf<Tree> &leaf, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
+int node_set_in(Tree &tree, EntryOf<Tree> &from, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
   bool inserted;
-  record_out = insert_at(tree, locate(tree, leaf, key), key, inserted);
+  record_out = insert_at(tree, locate(tree, from, key), key, inserted);
   return inserted ? 1 : 0;
 }
 

@@ -26,17 +26,17 @@ void init(Tree &tree, bool own_entry_pool, bool own_node_pool, bool own_value_po
 
 enum class Blocks { kStayInOwnedPools, kGoBack };
 
-// Releases the tables of children of `top` and of all nodes below it, after calling `part_with` with every
+// Releases the tables of children of `top` and of all nodes below it, after calling `visit` with every
 // record. Records and nodes below `top` are returned to external pools. Those in owned pools stay until
 // these are emptied, unless Blocks::kGoBack asks to return them, too.
-template <class Tree, class PartWith>
-void empty_from(Tree &tree, EntryOf<Tree> &top, Blocks blocks, PartWith part_with) {
+template <class Tree, class Visit>
+void empty_from(Tree &tree, EntryOf<Tree> &top, Blocks blocks, Visit visit) {
   const bool gives_records = tree.owns_node_pool == 0 || blocks == Blocks::kGoBack;
   const bool gives_entries = tree.owns_entry_pool == 0 || blocks == Blocks::kGoBack;
   const auto give_records = [&](const EntryOf<Tree> &leaf) {
     for (int64_t i = 0; i < leaf.children.count; ++i) {
       RecordOf<Tree> *record = record_at(leaf, i);
-      part_with(*record);
+      visit(*record);
       if (gives_records) pool::give(tree.node_pool, record);
     }
   };
@@ -110,7 +110,7 @@ void remove_all(Tree &tree) {
 
 template <class Tree>
 void free_all(Tree &tree, mub_free_fn release_it) {
-  if (release_it != nullptr || value_pool_of(tree).is_callers()) {
+  if (release_it != nullptr || value_pool_of(tree).is_external()) {
     free_all_entry(tree, tree.root, release_it);
   } else {
     remove_all_below_root(tree);
@@ -138,8 +138,8 @@ void swap_roots(Entry &a, Entry &b) {
   Policy<Entry>::copy_key(a, b);
   Policy<Entry>::copy_key(b, key_of_a);
   std::swap(a.level, b.level);
-  set_parent(a);
-  set_parent(b);
+  set_parent_of_children(a);
+  set_parent_of_children(b);
 }
 
 template <class Tree>

@@ -120,8 +120,7 @@ mub_btree *mub_btree_term(mub_btree *tree) {
 
 int64_t mub_btree_get_many(const mub_btree *tree, const void *const *keys, const int64_t *lengths,
                            int64_t count, uint64_t *values_out) {
-  const auto key_at = [=](int64_t i) { return measured_key(keys[i], lengths != nullptr ? lengths[i] : -1); };
-  return bplus::get_many(*tree, key_at, count, values_out);
+  return bplus::get_many(*tree, measured_keys(keys, lengths), count, values_out);
 }
 
 int mub_btree_insert(mub_btree *tree, const void *key, int64_t length, uint64_t value) {
@@ -241,7 +240,7 @@ int mub_btree_node_compare(const mub_btree *tree, const mub_btree_node *node, co
 
 void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry) { bplus::set_name(*tree, *entry); }
 
-void mub_btree_set_parent(mub_btree_entry *entry) { bplus::set_parent(*entry); }
+void mub_btree_set_parent(mub_btree_entry *entry) { bplus::set_parent_of_children(*entry); }
 
 void mub_btree_set_next(mub_btree_entry *leaf, int64_t index) { bplus::set_next(*leaf, index); }
 

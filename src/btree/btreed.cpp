@@ -142,7 +142,7 @@ int mub_btreed_node_compare(const mub_btreed_node *node, const void *key, uint32
 
 void mub_btreed_set_name(const mub_btreed *tree, mub_btreed_entry *entry) { bplus::set_name(*tree, *entry); }
 
-void mub_btreed_set_parent(mub_btreed_entry *entry) { bplus::set_parent(*entry); }
+void mub_btreed_set_parent(mub_btreed_entry *entry) { bplus::set_parent_of_children(*entry); }
 
 void mub_btreed_set_next(mub_btreed_entry *leaf, int64_t index) { bplus::set_next(*leaf, index); }
 

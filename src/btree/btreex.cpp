@@ -142,7 +142,7 @@ int mub_btreex_node_compare(const mub_btreex_node *node, const void *key, uint32
 
 void mub_btreex_set_name(const mub_btreex *tree, mub_btreex_entry *entry) { bplus::set_name(*tree, *entry); }
 
-void mub_btreex_set_parent(mub_btreex_entry *entry) { bplus::set_parent(*entry); }
+void mub_btreex_set_parent(mub_btreex_entry *entry) { bplus::set_parent_of_children(*entry); }
 
 void mub_btreex_set_next(mub_btreex_entry *leaf, int64_t index) { bplus::set_next(*leaf, index); }
 

@@ -31,7 +31,7 @@ struct Numbers64 {
 // as unsigned ones.
 template <class Bits>
 struct IntegerComparison {
-  static constexpr bool kBranchFree = true;
+  static constexpr bool kIsBranchFree = true;
   IntegerComparison(Bits searched, Bits to_flip) : flipped_key(searched ^ to_flip), flip(to_flip) {}
   int operator()(Bits stored) const {
     const Bits flipped = stored ^ flip;
@@ -46,7 +46,7 @@ struct IntegerComparison {
 // Numbers that are neither less nor greater are equal: a NaN equals every number.
 template <class Float, class Bits>
 struct FloatComparison {
-  static constexpr bool kBranchFree = false;
+  static constexpr bool kIsBranchFree = false;
   explicit FloatComparison(Bits searched) : key(bytes::load<Float>(&searched)) {}
   int operator()(Bits bits) const {
     const auto stored = bytes::load<Float>(&bits);
@@ -59,7 +59,7 @@ struct FloatComparison {
 
 template <class Bits>
 struct AllEqual {
-  static constexpr bool kBranchFree = false;
+  static constexpr bool kIsBranchFree = false;
   int operator()(Bits) const { return 0; }
   AllEqual with_key(Bits) const { return {}; }
 };
@@ -67,7 +67,7 @@ struct AllEqual {
 template <class Comparison, bool kQuarters>
 struct ChildOrder {
   static constexpr bool kByQuarters = kQuarters;
-  static constexpr bool kIsBranchFree = Comparison::kBranchFree;
+  static constexpr bool kIsBranchFree = Comparison::kIsBranchFree;
   template <class Child>
   int operator()(const Child &child) const {
     return compare(child.key);
@@ -80,7 +80,7 @@ struct ChildOrder {
 };
 
 // Up to this number, the records of a tree stay in the second- or third-level cache.
-constexpr int64_t kCachedKeys = 0x20000;
+constexpr int64_t kCachedRecords = 0x20000;
 
 // Returns use(comparison) for the comparison of a key type. With an unknown type, all keys are equal.
 template <class Numbers, class Use>
@@ -110,8 +110,8 @@ struct NumberKeys : KeysInItems<Tree, typename Numbers::Bits> {
   static auto with_order(const Tree &tree, Key key, Use use) {
     return with_comparison<Numbers>(key, tree.key_type, [&](const auto &compare) {
       using Comparison = std::decay_t<decltype(compare)>;
-      if constexpr (Comparison::kBranchFree) {
-        if (tree.count <= kCachedKeys) return use(ChildOrder<Comparison, true>{compare});
+      if constexpr (Comparison::kIsBranchFree) {
+        if (tree.count <= kCachedRecords) return use(ChildOrder<Comparison, true>{compare});
       }
       return use(ChildOrder<Comparison, false>{compare});
     });

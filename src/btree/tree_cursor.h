@@ -55,19 +55,19 @@ RecordOf<Tree> *last_record(const Tree &tree) {
 // second one, and the third one itself. Their addresses are in what was prefetched one leaf earlier.
 template <int kStep, class Entry>
 void prefetch_beyond(const Entry &leaf) {
-  const Entry *second = neighbour<kStep>(leaf);
-  if (second == nullptr) return;
-  const int64_t count = second->children.count;
+  const Entry *next = neighbour<kStep>(leaf);
+  if (next == nullptr) return;
+  const int64_t count = next->children.count;
   for (int64_t i = 0; i < std::min(count, kPrefetchRecords); ++i) {
-    prefetch(record_of<void>(second->children.items[kStep > 0 ? i : count - 1 - i]));
+    prefetch(record_of<void>(next->children.items[kStep > 0 ? i : count - 1 - i]));
   }
+  const Entry *second = neighbour<kStep>(*next);
+  if (second == nullptr) return;
+  prefetch(second->children.items, second->children.count * int64_t{sizeof(uint64_t)});
   const Entry *third = neighbour<kStep>(*second);
   if (third == nullptr) return;
-  prefetch(third->children.items, third->children.count * int64_t{sizeof(uint64_t)});
-  const Entry *fourth = neighbour<kStep>(*third);
-  if (fourth == nullptr) return;
-  prefetch(fourth);
-  prefetch(&fourth->children.items);
+  prefetch(third);
+  prefetch(&third->children.items);
 }
 
 // The type of the records that a cursor walks over.

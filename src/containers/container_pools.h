@@ -32,7 +32,7 @@ struct PoolField {
   Flag &owned;
 
   bool is_owned() const { return owned != 0 && pool != nullptr; }
-  bool is_callers() const { return owned == 0 && pool != nullptr; }
+  bool is_external() const { return owned == 0 && pool != nullptr; }
 
   // Makes an owned pool, if there is memory for it.
   void make(int64_t block_size) const {
@@ -132,22 +132,22 @@ inline uint64_t take_value(mub_pool *pool, mub_init_fn init) {
 
 // Returns a block to an external pool. The blocks of an owned pool are released with the whole pool.
 template <class Field>
-inline void return_value(const Field &values, uint64_t value) {
-  if (values.owned == 0) pool::give(values.pool, record_of<void>(value));
+inline void give_back(const Field &value_pool, uint64_t value) {
+  if (value_pool.owned == 0) pool::give(value_pool.pool, record_of<void>(value));
 }
 
 // Whether freeing everything has to visit each entry. Blocks of owned pools need no visit.
 template <class Container>
-bool frees_one_by_one(const Container &container, mub_free_fn release_it) {
-  return release_it != nullptr || container.owns_entry_pool == 0 || value_pool_of(container).is_callers();
+bool must_visit_entries(const Container &container, mub_free_fn release_it) {
+  return release_it != nullptr || container.owns_entry_pool == 0 || value_pool_of(container).is_external();
 }
 
 // Passes a value to the caller's release function and returns its block. 0 is no value.
 template <class Field>
-inline void release_value(const Field &values, uint64_t value, mub_free_fn release_it) {
+inline void release_value(const Field &value_pool, uint64_t value, mub_free_fn release_it) {
   if (value == 0) return;
   if (release_it != nullptr) release_it(value);
-  return_value(values, value);
+  give_back(value_pool, value);
 }
 
 }  // namespace mub

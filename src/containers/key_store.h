@@ -53,6 +53,11 @@ inline ByteKey raw_key(const void *key, int64_t length) {
 // With a negative length, the key ends at the first NUL.
 inline ByteKey measured_key(const void *key, int64_t length) { return raw_key(key, measured(key, length)); }
 
+// The keys that a batch function is given, by index; without lengths, all end at their first NUL.
+inline auto measured_keys(const void *const *keys, const int64_t *lengths) {
+  return [=](int64_t i) { return measured_key(keys[i], lengths != nullptr ? lengths[i] : -1); };
+}
+
 // ---- packed keys
 
 namespace keys {

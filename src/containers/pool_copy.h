@@ -157,14 +157,14 @@ class CloneCallback {
 // Makes a clone share a pool that its source does not own, or have none if the source has none. The clone's
 // own pool is destroyed.
 template <class Field>
-void share_pool(mub_pool *callers_pool, const Field &copy, CloneCallback &callback) {
+void share_pool(mub_pool *external_pool, const Field &copy, CloneCallback &callback) {
   if (copy.owned != 0) callback.forget(copy.pool);
   copy.destroy();
-  copy.pool = callers_pool;
+  copy.pool = external_pool;
 }
 
 template <class Container>
-void share_callers_pools(const Container &source, Container &copy, CloneCallback &callback) {
+void share_external_pools(const Container &source, Container &copy, CloneCallback &callback) {
   const auto from = pools_of(source);
   const auto to = pools_of(copy);
   for (size_t i = 0; i < from.size(); ++i) {

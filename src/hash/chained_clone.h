@@ -20,7 +20,7 @@ class Cloning {
 
   // False if memory runs out; the caller then empties the copy.
   bool run() {
-    share_callers_pools(source_, copy_, callback_);
+    share_external_pools(source_, copy_, callback_);
     if (source_.owns_entry_pool == 0) copy_.buckets.pool = source_.entry_pool;
     if (!Policy<Table>::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, callback_)) return false;
     if (!slots::expand(copy_.buckets, source_.buckets.capacity)) return false;

@@ -338,14 +338,14 @@ uint64_t update(Table &table, KeyOf<Table> key, uint64_t value) {
   return entry == nullptr ? 0 : std::exchange(entry->value, value);
 }
 
-// Removes a key. `part_with` is called with the value, after the entry was unlinked and before its block is
-// returned.
-template <class Table, class PartWith>
-bool remove(Table &table, KeyOf<Table> key, PartWith part_with) {
+// Removes a key. `on_removed` is called with the value, after the entry was unlinked and before its block is
+// returned to the pool.
+template <class Table, class OnRemoved>
+bool remove(Table &table, KeyOf<Table> key, OnRemoved on_removed) {
   EntryOf<Table> *entry = detach(table, key);
   if (entry == nullptr) return false;
   --table.count;
-  part_with(entry->value);
+  on_removed(entry->value);
   pool::give(table.entry_pool, entry);
   return true;
 }
@@ -362,7 +362,7 @@ Table *free(Table &table, KeyOf<Table> key, mub_free_fn release_it) {
   const bool found = remove(table, key, [&](uint64_t value) {
     // Unlike release_value(), also passes 0: part of the interface.
     if (release_it != nullptr) release_it(value);
-    return_value(value_pool_of(table), value);
+    give_back(value_pool_of(table), value);
   });
   return found ? &table : nullptr;
 }
@@ -390,8 +390,8 @@ EntryOf<Table> *entry_next(const Table &table, int64_t &bucket, const EntryOf<Ta
   if (entry.next != nullptr) return entry.next;
   // The caller passes the bucket: any number must be safe.
   if (bucket >= table.buckets.count - 1) return nullptr;
-  // Not first_from(max(bucket + 1, 0)): compiled to a conditional move, it would make the next step wait until
-  // `entry.next` is loaded.
+  // Not first_from(max(bucket + 1, 0)): compiled to a conditional move, it would make the next step wait
+  // until `entry.next` is loaded.
   if (bucket < 0) return first_from(table, 0, bucket);
   return first_from(table, bucket + 1, bucket);
 }
@@ -448,7 +448,7 @@ void free_all_entry(Table &table, mub_free_fn release_it) {
 
 template <class Table>
 void free_all(Table &table, mub_free_fn release_it) {
-  if (frees_one_by_one(table, release_it)) free_all_entry(table, release_it);
+  if (must_visit_entries(table, release_it)) free_all_entry(table, release_it);
   Policy<Table>::term_keys(table);
   slots::term(table.buckets);
   empty_pools(table);

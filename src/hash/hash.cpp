@@ -109,8 +109,7 @@ uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t length) {
 
 int64_t mub_hash_get_many(const mub_hash *hash, const void *const *keys, const int64_t *lengths,
                           int64_t count, uint64_t *values_out) {
-  const auto key_at = [=](int64_t i) { return measured_key(keys[i], lengths != nullptr ? lengths[i] : -1); };
-  return chained::get_many(*hash, key_at, count, values_out);
+  return chained::get_many(*hash, measured_keys(keys, lengths), count, values_out);
 }
 
 int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uint64_t value) {

@@ -256,13 +256,13 @@ void return_entries(List &list) {
 }
 
 template <class List>
-void return_entries_to_caller(List &list) {
+void return_to_external_pool(List &list) {
   if (list.owns_entry_pool == 0) return_entries(list);
 }
 
 template <class List>
 void term(List &list) {
-  return_entries_to_caller(list);
+  return_to_external_pool(list);
   Policy<List>::term_keys(list);
   destroy_pools(list);
   forget_entries(list);
@@ -271,7 +271,7 @@ void term(List &list) {
 // Does not empty an owned value pool.
 template <class List>
 void remove_all(List &list) {
-  return_entries_to_caller(list);
+  return_to_external_pool(list);
   Policy<List>::clear_keys(list);
   entry_pool_of(list).empty();
   forget_entries(list);
@@ -294,7 +294,7 @@ void free_all_entry(List &list, mub_free_fn release_it) {
 
 template <class List>
 void free_all(List &list, mub_free_fn release_it) {
-  if (frees_one_by_one(list, release_it)) free_all_entry(list, release_it);
+  if (must_visit_entries(list, release_it)) free_all_entry(list, release_it);
   Policy<List>::term_keys(list);
   empty_pools(list);
   forget_entries(list);
@@ -320,7 +320,7 @@ bool copy_entries(const List &source, List &copy, BlockCopies &entries) {
 // False if memory runs out; the caller then empties the copy.
 template <class List>
 bool copy_content(const List &source, List &copy, CloneCallback &callback) {
-  share_callers_pools(source, copy, callback);
+  share_external_pools(source, copy, callback);
   PoolCopies pools;
   if (!Policy<List>::clone_keys(source, copy) || !pools.clone(source, copy, callback)) return false;
   if (!copy_entries(source, copy, pools.entries)) return false;

@@ -148,7 +148,7 @@ mub_list *mub_list_remove_all(mub_list *list) {
 
 void mub_list_free_all(mub_list *list, mub_free_fn release) { chain::free_all(*list, release); }
 
-void mub_list_remove_all_entry(mub_list *list) { chain::return_entries_to_caller(*list); }
+void mub_list_remove_all_entry(mub_list *list) { chain::return_to_external_pool(*list); }
 
 void mub_list_free_all_entry(mub_list *list, mub_free_fn release) { chain::free_all_entry(*list, release); }
 

@@ -130,7 +130,7 @@ mub_listx *mub_listx_remove_all(mub_listx *list) {
 
 void mub_listx_free_all(mub_listx *list, mub_free_fn release) { chain::free_all(*list, release); }
 
-void mub_listx_remove_all_entry(mub_listx *list) { chain::return_entries_to_caller(*list); }
+void mub_listx_remove_all_entry(mub_listx *list) { chain::return_to_external_pool(*list); }
 
 void mub_listx_free_all_entry(mub_listx *list, mub_free_fn release) { chain::free_all_entry(*list, release); }
 

@@ -109,7 +109,7 @@ void return_entries(Tree &tree, EntryOf<Tree> &top) {
 // pool, or with an owned one, they stay linked.
 template <class Tree>
 void free_entries(Tree &tree, EntryOf<Tree> &top, mub_free_fn release_it) {
-  const bool returns_entries = entry_pool_of(tree).is_callers();
+  const bool returns_entries = entry_pool_of(tree).is_external();
   walk_upward(top, [&](EntryOf<Tree> &entry, const EntryOf<Tree> *above) {
     release_value(value_pool_of(tree), entry.value, release_it);
     if (returns_entries) {
@@ -155,7 +155,7 @@ void term(Tree &tree) {
 
 template <class Tree>
 void free_all(Tree &tree, mub_free_fn release_it) {
-  if (frees_one_by_one(tree, release_it)) {
+  if (must_visit_entries(tree, release_it)) {
     free_entries(tree, tree.root, release_it);
     tree.root = {};  // its branches may have been returned: remove_all() must not visit them
   }

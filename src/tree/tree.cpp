@@ -46,7 +46,7 @@ struct mub::Policy<mub_tree> {
   static void restore_parents(const Entry &, const Entry *) {}
 
   static void share_pools(const mub_tree &source, mub_tree &copy, CloneCallback &callback) {
-    share_callers_pools(source, copy, callback);
+    share_external_pools(source, copy, callback);
   }
 };
 
