@@ -110,7 +110,7 @@ void swap_pools(Container &a, Container &b) {
 // caller popped off the free stack does not count as live, so the number of carved blocks is compared, too.
 template <class Block, class Field>
 bool holds_only(const Field &field, int64_t count) {
-  if (field.owned == 0) return false;
+  if (!field.is_owned()) return false;
   const mub_pool &pool = *field.pool;
   return pool.live_count == count && pool.block_size == int64_t{sizeof(Block)} &&
          pool::carved_blocks(pool) == count + pool::free_blocks(pool);
