@@ -291,14 +291,6 @@ class keyed : public owner<Derived, Life> {
   mapped_type get(key_type key) const { return Traits::call(Traits::get, c(), key); }
 
   /**
-   * Stores the values of `count` keys, 0 for those that are absent, and returns how many keys are present.
-   * Hash tables and B-trees have it; see mub_hash_get_many().
-   */
-  std::int64_t get_many(const key_type *keys, std::int64_t count, mapped_type *values) const {
-    return Traits::call_many(Traits::get_many, c(), keys, count, values);
-  }
-
-  /**
    * Returns the entry of a key, which belongs to the container; nullptr if it is absent. See
    * mub_hash_entry_get().
    */
@@ -356,6 +348,14 @@ class map : public keyed<Derived, Life, Traits> {
   using base::c;
   using typename base::entry_type;
   using typename base::key_type;
+
+  /**
+   * Stores the values of `count` keys, 0 for those that are absent, and returns how many keys are present; see
+   * mub_hash_get_many() and mub_btree_get_many().
+   */
+  std::int64_t get_many(const key_type *keys, std::int64_t count, std::uint64_t *values) const {
+    return Traits::call_many(Traits::get_many, c(), keys, count, values);
+  }
 
   /**
    * Finds the entry of a key, or adds one with value 0; see mub_hash_entry_set() and mub_btree_node_set().

@@ -213,14 +213,15 @@ MUB_API int mub_btree_set(mub_btree *tree, const void *key, int64_t length, uint
 MUB_API uint64_t mub_btree_get(const mub_btree *tree, const void *key, int64_t length);
 
 /**
- * Looks up the values of many keys. In a large tree this takes a fraction of the time of as many calls of
+ * Looks up the values of many keys. In a large tree, this takes a fraction of the time of as many calls of
  * mub_btree_get(), because the look-ups wait for memory together.
  *
  * @param[in] tree         the tree
  * @param[in] keys         the bytes of each key; NULL is the empty key
  * @param[in] lengths      bytes of each key; negative: up to its first NUL; NULL: all up to their first NUL
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_btree_get() returns for each key: its value, 0 if it is absent
+ * @param[out] values_out  what mub_btree_get() returns for each key: its value, or 0 if it is absent; must not
+ *                         overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the tree
@@ -1021,13 +1022,14 @@ MUB_API int mub_btreed_set(mub_btreed *tree, uint32_t key, uint64_t *value_out, 
 MUB_API uint64_t mub_btreed_get(const mub_btreed *tree, uint32_t key);
 
 /**
- * Looks up the values of many keys. In a large tree this takes a fraction of the time of as many calls of
+ * Looks up the values of many keys. In a large tree, this takes a fraction of the time of as many calls of
  * mub_btreed_get(), because the look-ups wait for memory together.
  *
  * @param[in] tree         the tree
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_btreed_get() returns for each key: its value, 0 if it is absent
+ * @param[out] values_out  what mub_btreed_get() returns for each key: its value, or 0 if it is absent; must not
+ *                         overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the tree
@@ -1775,13 +1777,14 @@ MUB_API int mub_btreex_set(mub_btreex *tree, uint64_t key, uint64_t *value_out, 
 MUB_API uint64_t mub_btreex_get(const mub_btreex *tree, uint64_t key);
 
 /**
- * Looks up the values of many keys. In a large tree this takes a fraction of the time of as many calls of
+ * Looks up the values of many keys. In a large tree, this takes a fraction of the time of as many calls of
  * mub_btreex_get(), because the look-ups wait for memory together.
  *
  * @param[in] tree         the tree
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_btreex_get() returns for each key: its value, 0 if it is absent
+ * @param[out] values_out  what mub_btreex_get() returns for each key: its value, or 0 if it is absent; must not
+ *                         overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the tree

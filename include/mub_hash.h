@@ -235,14 +235,15 @@ MUB_API int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64
 MUB_API uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t length);
 
 /**
- * Looks up the values of many keys. In a large table this takes a fraction of the time of as many calls of
+ * Looks up the values of many keys. In a large table, this takes a fraction of the time of as many calls of
  * mub_hash_get(), because the look-ups wait for memory together.
  *
  * @param[in] hash         the table
  * @param[in] keys         the bytes of each key; NULL is the empty key
  * @param[in] lengths      bytes of each key; negative: up to its first NUL; NULL: all up to their first NUL
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_hash_get() returns for each key: its value, 0 if it is absent
+ * @param[out] values_out  what mub_hash_get() returns for each key: its value, or 0 if it is absent; must not
+ *                         overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the table
@@ -758,13 +759,14 @@ MUB_API int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, m
 MUB_API uint64_t mub_hashd_get(const mub_hashd *table, uint32_t key);
 
 /**
- * Looks up the values of many keys. In a large table this takes a fraction of the time of as many calls of
+ * Looks up the values of many keys. In a large table, this takes a fraction of the time of as many calls of
  * mub_hashd_get(), because the look-ups wait for memory together.
  *
  * @param[in] table        the table
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_hashd_get() returns for each key: its value, 0 if it is absent
+ * @param[out] values_out  what mub_hashd_get() returns for each key: its value, or 0 if it is absent; must not
+ *                         overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the table
@@ -1214,13 +1216,14 @@ MUB_API int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, m
 MUB_API uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key);
 
 /**
- * Looks up the values of many keys. In a large table this takes a fraction of the time of as many calls of
+ * Looks up the values of many keys. In a large table, this takes a fraction of the time of as many calls of
  * mub_hashx_get(), because the look-ups wait for memory together.
  *
  * @param[in] table        the table
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_hashx_get() returns for each key: its value, 0 if it is absent
+ * @param[out] values_out  what mub_hashx_get() returns for each key: its value, or 0 if it is absent; must not
+ *                         overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the table
@@ -1696,13 +1699,14 @@ MUB_API int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value
 MUB_API uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key);
 
 /**
- * Looks up the values of many keys. In a large table this takes a fraction of the time of as many calls of
+ * Looks up the values of many keys. In a large table, this takes a fraction of the time of as many calls of
  * mub_hasht_get(), because the look-ups wait for memory together.
  *
  * @param[in] table        the table
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_hasht_get() returns for each key: its value, 0 if it is absent
+ * @param[out] values_out  what mub_hasht_get() returns for each key: its value, or 0 if it is absent; must not
+ *                         overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the table

@@ -17,7 +17,9 @@ namespace mub::bplus {
 // How many look-ups advance together.
 constexpr int64_t kGroup = 16;
 // Smaller trees stay in a cache, where the passes over a group cost more than they save.
-constexpr int64_t kFewRecords = 0x8000;
+constexpr int64_t kFewRecords = 0xC000;
+// Fewer look-ups have too little to overlap.
+constexpr int64_t kFewKeys = 4;
 
 // A look-up on its way down: the node that it has reached, and the range of its children that is left to
 // search.
@@ -69,29 +71,20 @@ void search_by_probes(const Tree &tree, const Order &order, Lookup<Tree> *lookup
   }
 }
 
-// For orders without branches: all look-ups halve their ranges in the same rounds, whatever they find, and
-// test for equality at the end.
+// For orders that search by quarters: all probes of the first step are prefetched, and without branches the
+// processor starts the next search before this one ends.
 template <class Child, class Tree, class Order>
-void search_by_halves(const Order &order, Lookup<Tree> *lookups, int64_t count) {
-  int64_t longest = 0;
+void search_prefetched(const Order &order, Lookup<Tree> *lookups, int64_t count) {
   for (int64_t i = 0; i < count; ++i) {
-    longest = std::max(longest, lookups[i].count);
-    prefetch(&lookups[i].template middle<Child>());
-  }
-  for (; longest > 1; longest -= longest / 2) {
-    for (int64_t i = 0; i < count; ++i) {
-      Lookup<Tree> &lookup = lookups[i];
-      const int64_t half = lookup.count / 2;
-      lookup.first += order.with_key(lookup.key)(lookup.template middle<Child>()) < 0 ? half : 0;
-      lookup.count -= half;
-      prefetch(&lookup.template middle<Child>());
+    const int64_t quarter = lookups[i].count / 4;
+    for (int64_t end = quarter; end < lookups[i].count && quarter > 0; end += quarter) {
+      prefetch(&lookups[i].template child<Child>(end - 1));
     }
   }
   for (int64_t i = 0; i < count; ++i) {
-    Lookup<Tree> &lookup = lookups[i];
-    lookup.first += order.with_key(lookup.key)(lookup.template child<Child>(lookup.first)) < 0 ? 1 : 0;
-    lookup.is_found = lookup.first < lookup.entry->children.count &&
-                      order.with_key(lookup.key)(lookup.template child<Child>(lookup.first)) == 0;
+    const Spot spot = search<Child>(lookups[i].entry->children, order.with_key(lookups[i].key));
+    lookups[i].first = spot.index;
+    lookups[i].is_found = spot.found;
   }
 }
 
@@ -106,8 +99,8 @@ bool search_children(const Tree &tree, const Order &order, Lookup<Tree> *lookups
     lookup.is_found = false;
     if (lookup.count < 1) return false;
   }
-  if constexpr (Order::kIsBranchFree) {
-    search_by_halves<Child>(order, lookups, count);
+  if constexpr (Order::kByQuarters) {
+    search_prefetched<Child>(order, lookups, count);
   } else {
     search_by_probes<Child>(tree, order, lookups, count);
   }
@@ -147,11 +140,11 @@ template <class Tree, class KeyAt>
 int64_t get_group(const Tree &tree, KeyAt key_at, int64_t count, uint64_t *values_out) {
   Lookup<Tree> lookups[kGroup];
   for (int64_t i = 0; i < count; ++i) lookups[i].key = key_at(i);
-  // key_at(0) only selects the type of the order: with_key() replaces the key.
-  const bool is_together =
-      tree.count >= kFewRecords && Policy<Tree>::with_order(tree, key_at(0), [&](const auto &order) {
-        return descend_together(tree, order, lookups, count);
-      });
+  // Any key will do to select the type of the order: with_key() replaces it.
+  const bool is_together = count >= kFewKeys && tree.count >= kFewRecords &&
+                           Policy<Tree>::with_order(tree, lookups[0].key, [&](const auto &order) {
+                             return descend_together(tree, order, lookups, count);
+                           });
   int64_t present = 0;
   for (int64_t i = 0; i < count; ++i) {
     const Lookup<Tree> &lookup = lookups[i];

@@ -46,7 +46,6 @@
 //                                       or a record with the searched key
 //   order.with_key(key)                 the same order for another searched key
 //   Order::kByQuarters                  whether node_search.h searches without branches
-//   Order::kIsBranchFree                whether batch_get.h searches without branches
 //   has_name(tree, entry, child)        whether the name of the node is the key of the child
 //   copy_key(entry, child)              gives the node the key of the child as its name
 //   init_keys(tree)                     initialises fields of the tree that are not 0 at the start

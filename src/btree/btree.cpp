@@ -42,7 +42,6 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
   template <bool kFoldsCase>
   struct Order {
     static constexpr bool kByQuarters = false;
-    static constexpr bool kIsBranchFree = false;
     template <class Child>
     int operator()(const Child &child) const {
       const Key own = keys::key_of(store, child);

@@ -67,7 +67,6 @@ struct AllEqual {
 template <class Comparison, bool kQuarters>
 struct ChildOrder {
   static constexpr bool kByQuarters = kQuarters;
-  static constexpr bool kIsBranchFree = Comparison::kIsBranchFree;
   template <class Child>
   int operator()(const Child &child) const {
     return compare(child.key);

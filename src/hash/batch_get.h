@@ -16,8 +16,9 @@ namespace mub::chained {
 
 // How many look-ups advance together: more than that do not fit the processor's queue of cache misses.
 constexpr int64_t kGroup = 16;
-// Tables of fewer entries stay in a cache, and are faster without the passes over the group.
-constexpr int64_t kFewEntries = 0x1000;
+// How many entries of a chain the look-ups pass together: chains have two on average, and few have more than
+// this.
+constexpr int kRounds = 8;
 
 template <class Table>
 struct Lookup {
@@ -34,11 +35,12 @@ bool store_value(const Entry *entry, uint64_t &value_out) {
   return entry != nullptr;
 }
 
-// Moves each look-up along its chain to the first entry that may match, all by one step per round.
+// Moves each look-up along its chain, all by one step per round, to the first entry that may match. After
+// some rounds only unusually long chains are left, which the look-ups follow on their own.
 template <class Table>
 void follow_chains(Lookup<Table> *lookups, int64_t count) {
   bool has_moved = true;
-  while (has_moved) {
+  for (int round = 0; has_moved && round < kRounds; ++round) {
     has_moved = false;
     for (int64_t i = 0; i < count; ++i) {
       Lookup<Table> &lookup = lookups[i];
@@ -80,7 +82,7 @@ int64_t get_group(const Table &table, KeyAt key_at, int64_t count, uint64_t *val
 template <class Table, class KeyAt>
 int64_t get_many(const Table &table, KeyAt key_at, int64_t count, uint64_t *values_out) {
   int64_t present = 0;
-  if (table.count < kFewEntries || table.buckets.count < 1) {
+  if (table.count < Policy<Table>::kBatchedFrom || table.buckets.count < 1) {
     for (int64_t i = 0; i < count; ++i) {
       present += store_value(find(table, key_at(i)), values_out[i]) ? 1 : 0;
     }

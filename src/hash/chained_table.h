@@ -31,6 +31,8 @@
 //   same_key(table, entry, key)         whether the entry has the key; used by insertions
 //   matches(table, entry, word, key)    the same, but compares the stored word first; used by all others
 //   may_match(entry, word, key)         whether it may match, as far as the entry itself can tell
+//   kBatchedFrom                        the number of entries from which batch_get.h looks keys up together;
+//                                       smaller tables stay in a cache, where single look-ups are as fast
 //   store_word(entry, word)             stores the word of a new entry, if it has a field for it
 //   reserve_keys(table, bytes)          makes room for `bytes` bytes of keys in total, if there is memory
 //   with_pinned(table, key, use)        calls use(key) with a copy of the key if it lies in the key stream,

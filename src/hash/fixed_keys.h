@@ -36,6 +36,8 @@ template <class Table, class TableEntry, class Integer>
 struct IntegerKeys : FixedKeys<Table, TableEntry, Integer> {
   using Entry = TableEntry;
 
+  static constexpr int64_t kBatchedFrom = 0x20000;
+
   static uint64_t word(const Table &, Integer key) { return key; }
   static uint64_t entry_word(const Entry &entry) { return entry.key; }
   static bool same_key(const Table &, const Entry &entry, Integer key) { return entry.key == key; }

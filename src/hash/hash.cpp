@@ -21,6 +21,7 @@ template <>
 struct Policy<mub_hash> : PackedKeys<mub_hash> {
   using Entry = mub_hash_entry;
   static constexpr bool kClearsNewEntries = false;
+  static constexpr int64_t kBatchedFrom = 0x1000;
 
   static uint64_t word(const mub_hash &table, Key key) {
     return table.nocase == 0 ? key_hash(key.bytes, key.length) : key_hash_nocase(key.bytes, key.length);

@@ -30,6 +30,8 @@ uint32_t hash_of(const uint32_t *key) {
 // Keys of four words. Entries have no field for a hash, so keys are hashed again when the buckets double.
 template <>
 struct Policy<mub_hasht> : FixedKeys<mub_hasht, mub_hasht_entry, FourWords> {
+  static constexpr int64_t kBatchedFrom = 0x1000;
+
   static uint64_t word(const mub_hasht &, const Key &key) { return hash_of(key.words); }
   static uint64_t entry_word(const Entry &entry) { return hash_of(entry.key); }
   static bool same_key(const mub_hasht &, const Entry &entry, const Key &key) {

@@ -44,7 +44,7 @@ class Json(unittest.TestCase):
         types = [field["type"] for record in API["records"] for field in record["fields"]]
         types += [found["type"] for function in API["functions"] for found in function["parameters"]]
         types += [function["returns"]["type"] for function in API["functions"]]
-        self.assertEqual({word.strip() for text in types
+        self.assertEqual({word.strip(" (") for text in types
                           for word in text.replace("const", "").partition("[")[0].split("*")[:1]} - known, set())
         modules = {module["name"] for module in API["modules"]}
         self.assertEqual({found["module"] for found in API["functions"] + API["records"]} - modules, set())
