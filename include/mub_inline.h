@@ -15,7 +15,8 @@
  *
  * **Names.** `mub_bits_insert(…)` is now a macro for `mub_inline_bits_insert(…)`, and so on; arguments are
  * evaluated once. A name that no parenthesis follows, as where the address of a function is taken, still
- * means the library's function.
+ * means the library's function. A member of such a name that is called, as in `ops->mub_pool_new(&pool)`,
+ * needs parentheses: `(ops->mub_pool_new)(&pool)`.
  *
  * **In C**, a function that is inline but not static may not call static functions, and these are static.
  * Such a function puts parentheses around the name.
@@ -67,6 +68,16 @@
 #define MUB_INLINE inline
 #else
 #define MUB_INLINE static inline
+#endif
+
+/* What is idiomatic in C is none of the including C++ program's warnings. */
+#if defined(__cplusplus) && defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wold-style-cast"
+#pragma GCC diagnostic ignored "-Wzero-as-null-pointer-constant"
+#ifndef __clang__
+#pragma GCC diagnostic ignored "-Wuseless-cast"
+#endif
 #endif
 
 /* ---- bits */
@@ -301,22 +312,26 @@ MUB_INLINE void mub_inline_pool_free(mub_pool *pool, void *block) {
 
 /* ---- arrays */
 
-/* The key of an entry of a list or an array; the capacity of a key stream is 0 without a block. */
-MUB_INLINE void mub_inline_key(const mub_stream *keys, uint32_t offset, uint32_t key_length, const char **key,
-                               int64_t *length) {
-  const int is_stored = keys->data != NULL && (int64_t)offset + key_length <= keys->capacity;
+/* The key of an entry of a list or an array, which reads as empty if it ends after `end`. */
+MUB_INLINE void mub_inline_key(const mub_stream *keys, uint32_t offset, uint32_t key_length, int64_t end,
+                               const char **key, int64_t *length) {
+  const int is_stored = keys->data != NULL && (int64_t)offset + key_length <= end;
   *key = (const char *)(is_stored ? keys->data + offset : keys->data);
   *length = is_stored ? key_length : 0;
 }
 
 MUB_INLINE uint64_t mub_inline_array_get_at(const mub_array *array, int64_t index, const char **key,
                                             int64_t *length) {
-  *key = NULL;
-  *length = 0;
-  if (index < 0 || index >= array->capacity) return 0;
+  if (index < 0 || index >= array->capacity) {
+    *key = NULL;
+    *length = 0;
+    return 0;
+  }
   const mub_array_entry *entry = array->entries + index;
-  mub_inline_key(&array->keys, entry->key_offset, entry->key_length, key, length);
-  return entry->value;
+  const uint64_t value = entry->value;
+  /* The byte after the capacity is readable, too. */
+  mub_inline_key(&array->keys, entry->key_offset, entry->key_length, array->keys.capacity + 1, key, length);
+  return value;
 }
 
 MUB_INLINE void mub_inline_arrayd_append(mub_arrayd *array, uint32_t key, uint64_t value) {
@@ -331,10 +346,13 @@ MUB_INLINE void mub_inline_arrayd_append(mub_arrayd *array, uint32_t key, uint64
 }
 
 MUB_INLINE uint64_t mub_inline_arrayd_get_at(const mub_arrayd *array, int64_t index, uint32_t *key) {
-  *key = 0;
-  if (index < 0 || index >= array->capacity) return 0;
-  *key = array->entries[index].key;
-  return array->entries[index].value;
+  if (index < 0 || index >= array->capacity) {
+    *key = 0;
+    return 0;
+  }
+  const mub_arrayd_entry entry = array->entries[index];
+  *key = entry.key;
+  return entry.value;
 }
 
 MUB_INLINE void mub_inline_arrayx_append(mub_arrayx *array, uint64_t key, uint64_t value) {
@@ -349,10 +367,13 @@ MUB_INLINE void mub_inline_arrayx_append(mub_arrayx *array, uint64_t key, uint64
 }
 
 MUB_INLINE uint64_t mub_inline_arrayx_get_at(const mub_arrayx *array, int64_t index, uint64_t *key) {
-  *key = 0;
-  if (index < 0 || index >= array->capacity) return 0;
-  *key = array->entries[index].key;
-  return array->entries[index].value;
+  if (index < 0 || index >= array->capacity) {
+    *key = 0;
+    return 0;
+  }
+  const mub_arrayx_entry entry = array->entries[index];
+  *key = entry.key;
+  return entry.value;
 }
 
 MUB_INLINE void mub_inline_arrays_append(mub_arrays *array, uint64_t item) {
@@ -405,11 +426,14 @@ MUB_INLINE void mub_inline_arrayt_set_at(mub_arrayt *array, int64_t index, uint6
 
 MUB_INLINE uint64_t mub_inline_list_get_at(const mub_list *list, const mub_list_entry *position,
                                            const char **key, int64_t *length) {
-  *key = NULL;
-  *length = 0;
-  if (position == NULL) return 0;
-  mub_inline_key(&list->keys, position->key_offset, position->key_length, key, length);
-  return position->value;
+  if (position == NULL) {
+    *key = NULL;
+    *length = 0;
+    return 0;
+  }
+  const uint64_t value = position->value;
+  mub_inline_key(&list->keys, position->key_offset, position->key_length, list->keys.capacity, key, length);
+  return value;
 }
 
 MUB_INLINE uint64_t mub_inline_list_get_head(const mub_list *list, const char **key, int64_t *length) {
@@ -476,6 +500,11 @@ MUB_INLINE uint64_t mub_inline_hashx_get(const mub_hashx *table, uint64_t key) {
   while (entry != NULL && entry->key != key) entry = entry->next;
   return entry != NULL ? entry->value : 0;
 }
+
+#if defined(__cplusplus) && defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+#undef MUB_INLINE
 
 /* ---- the names, without parentheses around them */
 

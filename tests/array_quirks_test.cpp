@@ -41,6 +41,8 @@ TEST(ArrayQuirks, SpareSlotsKeepOffsetsThatMayExceedTheKeyStream) {
   EXPECT_EQ(array.keys.length, 9);
   // A key that exceeds the capacity is refused.
   array.entries[3] = {static_cast<uint32_t>(array.keys.capacity - 1), 2, 7};
+  EXPECT_EQ(mub_array_get_at(&array, 3, &spare_key, &spare_length), 7u);
+  EXPECT_EQ(spare_length, 2) << "the byte after the capacity is readable";
   EXPECT_EQ(mub_array_set_at(&array, 3, "abc", 3, 9), 0u);
   ++array.entries[3].key_offset;
   EXPECT_EQ(mub_array_set_at(&array, 3, "ab", 2, 9), 0u);
