@@ -25,9 +25,9 @@ constexpr int64_t kFewKeys = 4;
 // search.
 template <class Tree>
 struct Lookup {
-  KeyOf<Tree> key;
   const EntryOf<Tree> *entry;
   int64_t first, count;
+  KeyOf<Tree> key;
   bool is_found;
 
   bool is_over() const { return is_found || count < 1; }
