@@ -350,8 +350,8 @@ class map : public keyed<Derived, Life, Traits> {
   using typename base::key_type;
 
   /**
-   * Stores the values of `count` keys, 0 for those that are absent, and returns how many keys are present; see
-   * mub_hash_get_many() and mub_btree_get_many().
+   * Stores the values of `count` keys, 0 for those that are absent, and returns how many keys are present.
+   * See mub_hash_get_many() and mub_btree_get_many().
    */
   std::int64_t get_many(const key_type *keys, std::int64_t count, std::uint64_t *values) const {
     return Traits::call_many(Traits::get_many, c(), keys, count, values);

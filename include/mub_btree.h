@@ -220,8 +220,7 @@ MUB_API uint64_t mub_btree_get(const mub_btree *tree, const void *key, int64_t l
  * @param[in] keys         the bytes of each key; NULL is the empty key
  * @param[in] lengths      bytes of each key; negative: up to its first NUL; NULL: all up to their first NUL
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_btree_get() returns for each key: its value, or 0 if it is absent; must not
- *                         overlap the keys
+ * @param[out] values_out  what mub_btree_get() returns for each key; must not overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the tree
@@ -1028,8 +1027,7 @@ MUB_API uint64_t mub_btreed_get(const mub_btreed *tree, uint32_t key);
  * @param[in] tree         the tree
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_btreed_get() returns for each key: its value, or 0 if it is absent; must not
- *                         overlap the keys
+ * @param[out] values_out  what mub_btreed_get() returns for each key; must not overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the tree
@@ -1783,8 +1781,7 @@ MUB_API uint64_t mub_btreex_get(const mub_btreex *tree, uint64_t key);
  * @param[in] tree         the tree
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_btreex_get() returns for each key: its value, or 0 if it is absent; must not
- *                         overlap the keys
+ * @param[out] values_out  what mub_btreex_get() returns for each key; must not overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the tree

@@ -242,8 +242,7 @@ MUB_API uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t len
  * @param[in] keys         the bytes of each key; NULL is the empty key
  * @param[in] lengths      bytes of each key; negative: up to its first NUL; NULL: all up to their first NUL
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_hash_get() returns for each key: its value, or 0 if it is absent; must not
- *                         overlap the keys
+ * @param[out] values_out  what mub_hash_get() returns for each key; must not overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the table
@@ -765,8 +764,7 @@ MUB_API uint64_t mub_hashd_get(const mub_hashd *table, uint32_t key);
  * @param[in] table        the table
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_hashd_get() returns for each key: its value, or 0 if it is absent; must not
- *                         overlap the keys
+ * @param[out] values_out  what mub_hashd_get() returns for each key; must not overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the table
@@ -1222,8 +1220,7 @@ MUB_API uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key);
  * @param[in] table        the table
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_hashx_get() returns for each key: its value, or 0 if it is absent; must not
- *                         overlap the keys
+ * @param[out] values_out  what mub_hashx_get() returns for each key; must not overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the table
@@ -1705,8 +1702,7 @@ MUB_API uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key);
  * @param[in] table        the table
  * @param[in] keys         the keys
  * @param[in] count        number of keys; below 1: nothing is done
- * @param[out] values_out  what mub_hasht_get() returns for each key: its value, or 0 if it is absent; must not
- *                         overlap the keys
+ * @param[out] values_out  what mub_hasht_get() returns for each key; must not overlap the keys
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the table

@@ -195,7 +195,7 @@ MUB_INLINE void mub_inline_store(uint8_t *bytes, uint64_t value, size_t size) {
 #endif
 }
 
-/* Moves the cursor over a field. The result is the field, or NULL unless it lies wholly inside the content. */
+/* Moves the cursor over a field. Returns the field, or NULL unless it lies wholly inside the content. */
 MUB_INLINE uint8_t *mub_inline_stream_field(const mub_stream *stream, int64_t *position, int64_t size) {
   const int64_t at = *position;
   *position = (int64_t)((uint64_t)at + (uint64_t)size);

@@ -3,6 +3,7 @@
 
 #include "mub.hpp"
 #include "support/fuse.h"
+#include "support/refused_clones.h"
 
 namespace {
 
@@ -33,26 +34,9 @@ TEST(LinkedList, IgnoresEntriesAndKeysThatAreNotItsOwn) {
 }
 
 TEST(LinkedList, ReturnsTheBlocksOfAnExternalPoolIfACloneRunsOutOfMemory) {
-  mub_pool pool;
-  mub_list list, copy;
-  mub_pool_init(&pool);
-  pool.block_size = sizeof(mub_list_entry);
-  mub_list_init(&list, 0, 0);
-  list.entry_pool = &pool;
-  for (int i = 0; i < 100; ++i) mub_list_add_tail(&list, "key", 3, 1);
-  int64_t allowed = 0;
-  for (bool is_refused = true; is_refused; ++allowed) {
-    mub_list_init(&copy, 0, 0);
-    mub_test::arm_fuse(allowed, mub_test::Blow::kForever);
-    mub_list_clone(&list, nullptr, &copy, nullptr, nullptr);
-    is_refused = mub_test::disarm_fuse();
-    EXPECT_EQ(copy.count, is_refused ? 0 : 100);
-    EXPECT_EQ(pool.live_count, 100 + copy.count);
-    mub_list_term(&copy);
-  }
-  EXPECT_GT(allowed, 3) << "chunks were refused, too";
-  mub_list_term(&list);
-  mub_pool_term(&pool);
+  const auto add = [](mub_list &list, int64_t) { mub_list_add_tail(&list, "key", 3, 1); };
+  mub_test::expect_blocks_returned<mub_list, mub_list_entry>(mub_list_init, add, mub_list_clone,
+                                                             mub_list_term);
 }
 
 TEST(Trees, PathsAreWholeOrNotThereAtAll) {

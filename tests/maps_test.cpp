@@ -11,6 +11,7 @@
 #include "mub_btree.h"
 #include "mub_hash.h"
 #include "support/fuse.h"
+#include "support/refused_clones.h"
 
 namespace {
 
@@ -93,28 +94,12 @@ TEST(HashClone, DropsValuesThatAreNotBlocks) {
 }
 
 TEST(HashClone, ReturnsTheBlocksOfAnExternalPoolIfMemoryRunsOut) {
-  constexpr int64_t kCount = 100;
-  mub_pool pool;
-  mub_hash table, copy;
-  mub_pool_init(&pool);
-  pool.block_size = sizeof(mub_hash_entry);
-  mub_hash_init(&table, 0, 0);
-  table.entry_pool = &pool;
-  for (int64_t i = 0; i < kCount; ++i) mub_hash_insert(&table, std::to_string(i).data(), -1, 1);
-  EXPECT_GE(table.keys.capacity, 64);
-  int64_t allowed = 0;
-  for (bool is_refused = true; is_refused; ++allowed) {
-    mub_hash_init(&copy, 0, 0);
-    mub_test::arm_fuse(allowed, mub_test::Blow::kForever);
-    mub_hash_clone(&table, nullptr, &copy, nullptr, nullptr);
-    is_refused = mub_test::disarm_fuse();
-    EXPECT_EQ(copy.count, is_refused ? 0 : kCount);
-    EXPECT_EQ(pool.live_count, kCount + copy.count);
-    mub_hash_term(&copy);
-  }
-  EXPECT_GT(allowed, 4) << "chunks were refused, too";
-  mub_hash_term(&table);
-  mub_pool_term(&pool);
+  const auto add = [](mub_hash &table, int64_t i) {
+    EXPECT_EQ(mub_hash_insert(&table, std::to_string(i).data(), -1, 1), 1);
+    EXPECT_GE(table.keys.capacity, 64);
+  };
+  mub_test::expect_blocks_returned<mub_hash, mub_hash_entry>(mub_hash_init, add, mub_hash_clone,
+                                                             mub_hash_term);
 }
 
 TEST(HashLowLayer, TrustsGivenBucketsAndHashes) {

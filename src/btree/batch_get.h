@@ -6,31 +6,30 @@
 #ifndef MUB_BTREE_BATCH_GET_H
 #define MUB_BTREE_BATCH_GET_H
 
-#include <algorithm>
 #include <cstdint>
 
+#include "arrays/search.h"
 #include "base/prefetch.h"
 #include "btree/bplus_tree.h"
+#include "containers/batch.h"
 
 namespace mub::bplus {
 
-// How many look-ups advance together.
-constexpr int64_t kGroup = 16;
 // Smaller trees stay in a cache, where the passes over a group cost more than they save.
 constexpr int64_t kFewRecords = 0xC000;
 // Fewer look-ups have too little to overlap.
 constexpr int64_t kFewKeys = 4;
 
-// A look-up on its way down: the node that it has reached, and the range of its children that is left to
-// search.
+// A look-up on its way down: the node that it has reached, and the children that are left to search, from
+// the spot on; when the search is over, the spot is what search() returns.
 template <class Tree>
 struct Lookup {
   const EntryOf<Tree> *entry;
-  int64_t first, count;
+  Spot spot;
+  int64_t count;
   KeyOf<Tree> key;
-  bool is_found;
 
-  bool is_over() const { return is_found || count < 1; }
+  bool is_over() const { return spot.found || count < 1; }
 
   template <class Child>
   const Child &child(int64_t index) const {
@@ -38,7 +37,7 @@ struct Lookup {
   }
   template <class Child>
   const Child &middle() const {
-    return child<Child>(first + (count - 1) / 2);
+    return child<Child>(spot.index + (count - 1) / 2);
   }
 };
 
@@ -47,10 +46,10 @@ template <class Child, class Tree, class Order>
 void probe(const Order &order, Lookup<Tree> &lookup) {
   const int64_t below = (lookup.count - 1) / 2;
   const int difference = order.with_key(lookup.key)(lookup.template middle<Child>());
-  if (difference <= 0) lookup.first += below;
-  if (difference < 0) ++lookup.first;
+  if (difference <= 0) lookup.spot.index += below;
+  if (difference < 0) ++lookup.spot.index;
   lookup.count = difference < 0 ? lookup.count - below - 1 : below;
-  lookup.is_found = difference == 0;
+  lookup.spot.found = difference == 0;
 }
 
 template <class Child, class Tree, class Order>
@@ -82,21 +81,17 @@ void search_prefetched(const Order &order, Lookup<Tree> *lookups, int64_t count)
     }
   }
   for (int64_t i = 0; i < count; ++i) {
-    const Spot spot = search<Child>(lookups[i].entry->children, order.with_key(lookups[i].key));
-    lookups[i].first = spot.index;
-    lookups[i].is_found = spot.found;
+    lookups[i].spot = search<Child>(lookups[i].entry->children, order.with_key(lookups[i].key));
   }
 }
 
-// Searches the children of each look-up's node; `first` and `is_found` are then what search() returns. False
-// if a node has no children.
+// Searches the children of each look-up's node; false if a node has none.
 template <class Child, class Tree, class Order>
 bool search_children(const Tree &tree, const Order &order, Lookup<Tree> *lookups, int64_t count) {
   for (int64_t i = 0; i < count; ++i) {
     Lookup<Tree> &lookup = lookups[i];
-    lookup.first = 0;
+    lookup.spot = {0, false};
     lookup.count = lookup.entry->children.count;
-    lookup.is_found = false;
     if (lookup.count < 1) return false;
   }
   if constexpr (Order::kByQuarters) {
@@ -112,8 +107,8 @@ template <class Tree>
 bool go_down(Lookup<Tree> *lookups, int64_t count, int64_t level) {
   for (int64_t i = 0; i < count; ++i) {
     Lookup<Tree> &lookup = lookups[i];
-    const int64_t last = lookup.entry->children.count - 1;
-    lookup.entry = &lookup.template child<EntryOf<Tree>>(std::min(lookup.first, last));
+    const int64_t index = nearest(lookup.spot, lookup.entry->children.count);
+    lookup.entry = &lookup.template child<EntryOf<Tree>>(index);
     prefetch(lookup.entry);
   }
   bool is_even = true;
@@ -151,11 +146,10 @@ int64_t get_group(const Tree &tree, KeyAt key_at, int64_t count, uint64_t *value
     const RecordOf<Tree> *record = nullptr;
     if (!is_together) {
       record = find(tree, lookup.key);
-    } else if (lookup.is_found) {
-      record = &lookup.template child<RecordOf<Tree>>(lookup.first);
+    } else if (lookup.spot.found) {
+      record = &lookup.template child<RecordOf<Tree>>(lookup.spot.index);
     }
-    values_out[i] = record == nullptr ? 0 : record->value;
-    present += record == nullptr ? 0 : 1;
+    present += store_value(record, values_out[i]);
   }
   return present;
 }
@@ -164,13 +158,9 @@ int64_t get_group(const Tree &tree, KeyAt key_at, int64_t count, uint64_t *value
 // an index.
 template <class Tree, class KeyAt>
 int64_t get_many(const Tree &tree, KeyAt key_at, int64_t count, uint64_t *values_out) {
-  int64_t present = 0;
-  for (int64_t first = 0; first < count; first += kGroup) {
-    present += get_group(
-        tree, [&](int64_t i) { return key_at(first + i); }, std::min(kGroup, count - first),
-        values_out + first);
-  }
-  return present;
+  return for_each_group(key_at, count, values_out, [&](auto key_in_group, int64_t size, uint64_t *values) {
+    return get_group(tree, key_in_group, size, values);
+  });
 }
 
 }  // namespace mub::bplus

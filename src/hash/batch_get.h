@@ -6,16 +6,14 @@
 #ifndef MUB_HASH_BATCH_GET_H
 #define MUB_HASH_BATCH_GET_H
 
-#include <algorithm>
 #include <cstdint>
 
 #include "base/prefetch.h"
+#include "containers/batch.h"
 #include "hash/chained_table.h"
 
 namespace mub::chained {
 
-// How many look-ups advance together: more than that do not fit the processor's queue of cache misses.
-constexpr int64_t kGroup = 16;
 // How many entries of a chain the look-ups pass together: chains have two on average, and few have more than
 // this.
 constexpr int kRounds = 8;
@@ -28,12 +26,6 @@ struct Lookup {
 
   bool is_candidate() const { return entry == nullptr || Policy<Table>::may_match(*entry, word, key); }
 };
-
-template <class Entry>
-bool store_value(const Entry *entry, uint64_t &value_out) {
-  value_out = entry == nullptr ? 0 : entry->value;
-  return entry != nullptr;
-}
 
 // Moves each look-up along its chain, all by one step per round, to the first entry that may match. After
 // some rounds only unusually long chains are left, which the look-ups follow on their own.
@@ -72,7 +64,7 @@ int64_t get_group(const Table &table, KeyAt key_at, int64_t count, uint64_t *val
   int64_t present = 0;
   for (int64_t i = 0; i < count; ++i) {
     const EntryOf<Table> *entry = find_from(table, lookups[i].entry, lookups[i].word, lookups[i].key);
-    present += store_value(entry, values_out[i]) ? 1 : 0;
+    present += store_value(entry, values_out[i]);
   }
   return present;
 }
@@ -81,19 +73,14 @@ int64_t get_group(const Table &table, KeyAt key_at, int64_t count, uint64_t *val
 // an index.
 template <class Table, class KeyAt>
 int64_t get_many(const Table &table, KeyAt key_at, int64_t count, uint64_t *values_out) {
-  int64_t present = 0;
   if (table.count < Policy<Table>::kBatchedFrom || table.buckets.count < 1) {
-    for (int64_t i = 0; i < count; ++i) {
-      present += store_value(find(table, key_at(i)), values_out[i]) ? 1 : 0;
-    }
+    int64_t present = 0;
+    for (int64_t i = 0; i < count; ++i) present += store_value(find(table, key_at(i)), values_out[i]);
     return present;
   }
-  for (int64_t first = 0; first < count; first += kGroup) {
-    present += get_group(
-        table, [&](int64_t i) { return key_at(first + i); }, std::min(kGroup, count - first),
-        values_out + first);
-  }
-  return present;
+  return for_each_group(key_at, count, values_out, [&](auto key_in_group, int64_t size, uint64_t *values) {
+    return get_group(table, key_in_group, size, values);
+  });
 }
 
 }  // namespace mub::chained

@@ -1,0 +1,34 @@
+// What the look-ups of many keys have in common: they advance in groups, and store the same results.
+#ifndef MUB_CONTAINERS_BATCH_H
+#define MUB_CONTAINERS_BATCH_H
+
+#include <algorithm>
+#include <cstdint>
+
+namespace mub {
+
+// How many look-ups advance together: more than that do not fit the processor's queue of cache misses.
+constexpr int64_t kGroup = 16;
+
+// Stores the value of an item, 0 without one; returns how many items there are.
+template <class Item>
+int store_value(const Item *item, uint64_t &value_out) {
+  value_out = item == nullptr ? 0 : item->value;
+  return item == nullptr ? 0 : 1;
+}
+
+// Calls get_group(key_at, count, values_out) for all keys, a group at a time; key_at(i) is then the key of an
+// index in the group. Returns the sum of the results.
+template <class KeyAt, class GetGroup>
+int64_t for_each_group(KeyAt key_at, int64_t count, uint64_t *values_out, GetGroup get_group) {
+  int64_t present = 0;
+  for (int64_t first = 0; first < count; first += kGroup) {
+    const auto key_in_group = [&](int64_t i) { return key_at(first + i); };
+    present += get_group(key_in_group, std::min(kGroup, count - first), values_out + first);
+  }
+  return present;
+}
+
+}  // namespace mub
+
+#endif
