@@ -24,7 +24,7 @@ constexpr int64_t kFewKeys = 4;
 // the spot on; when the search is over, the spot is what search() returns.
 template <class Tree>
 struct Lookup {
-  const EntryOf<Tree> *entry;
+  const NodeOf<Tree> *node;
   Spot spot;
   int64_t count;
   KeyOf<Tree> key;
@@ -33,7 +33,7 @@ struct Lookup {
 
   template <class Child>
   const Child &child(int64_t index) const {
-    return *child_at<Child>(entry->children, index);
+    return *child_at<Child>(node->children, index);
   }
   template <class Child>
   const Child &middle() const {
@@ -81,7 +81,7 @@ void search_prefetched(const Order &order, Lookup<Tree> *lookups, int64_t count)
     }
   }
   for (int64_t i = 0; i < count; ++i) {
-    lookups[i].spot = search<Child>(lookups[i].entry->children, order.with_key(lookups[i].key));
+    lookups[i].spot = search<Child>(lookups[i].node->children, order.with_key(lookups[i].key));
   }
 }
 
@@ -91,7 +91,7 @@ bool search_children(const Tree &tree, const Order &order, Lookup<Tree> *lookups
   for (int64_t i = 0; i < count; ++i) {
     Lookup<Tree> &lookup = lookups[i];
     lookup.spot = {0, false};
-    lookup.count = lookup.entry->children.count;
+    lookup.count = lookup.node->children.count;
     if (lookup.count < 1) return false;
   }
   if constexpr (Order::kByQuarters) {
@@ -107,14 +107,14 @@ template <class Tree>
 bool go_down(Lookup<Tree> *lookups, int64_t count, int64_t level) {
   for (int64_t i = 0; i < count; ++i) {
     Lookup<Tree> &lookup = lookups[i];
-    const int64_t index = nearest(lookup.spot, lookup.entry->children.count);
-    lookup.entry = &lookup.template child<EntryOf<Tree>>(index);
-    prefetch(lookup.entry);
+    const int64_t index = nearest(lookup.spot, lookup.node->children.count);
+    lookup.node = &lookup.template child<NodeOf<Tree>>(index);
+    prefetch(lookup.node);
   }
   bool is_even = true;
   for (int64_t i = 0; i < count; ++i) {
-    is_even &= lookups[i].entry->level == level;
-    prefetch(lookups[i].entry->children.items, kOrder * static_cast<int64_t>(sizeof(uint64_t)));
+    is_even &= lookups[i].node->level == level;
+    prefetch(lookups[i].node->children.items, kOrder * static_cast<int64_t>(sizeof(uint64_t)));
   }
   return is_even;
 }
@@ -123,9 +123,9 @@ bool go_down(Lookup<Tree> *lookups, int64_t count, int64_t level) {
 // leaves differ in depth, which only the low layer can cause; each key is then looked up alone.
 template <class Tree, class Order>
 bool descend_together(const Tree &tree, const Order &order, Lookup<Tree> *lookups, int64_t count) {
-  for (int64_t i = 0; i < count; ++i) lookups[i].entry = &tree.root;
+  for (int64_t i = 0; i < count; ++i) lookups[i].node = &tree.root;
   for (int64_t level = tree.root.level; level > 0; --level) {
-    if (!search_children<EntryOf<Tree>>(tree, order, lookups, count)) return false;
+    if (!search_children<NodeOf<Tree>>(tree, order, lookups, count)) return false;
     if (!go_down(lookups, count, level - 1)) return false;
   }
   return search_children<RecordOf<Tree>>(tree, order, lookups, count);

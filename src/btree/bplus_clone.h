@@ -13,7 +13,7 @@ namespace mub::bplus {
 template <class Tree>
 class Cloning {
  public:
-  using Entry = EntryOf<Tree>;
+  using Node = NodeOf<Tree>;
   using Record = RecordOf<Tree>;
 
   Cloning(const Tree &source, Tree &copy) : source_(source), copy_(copy) {}
@@ -29,7 +29,7 @@ class Cloning {
     return true;
   }
 
-  bool run_in_fresh_blocks(const Entry &from, Entry &to) {
+  bool run_in_fresh_blocks(const Node &from, Node &to) {
     pools_.entries.take_from(copy_.entry_pool);
     pools_.nodes.take_from(copy_.node_pool);
     return copy_below(from, to);
@@ -37,9 +37,9 @@ class Cloning {
 
  private:
   // Walks both trees in parallel, parents first.
-  bool copy_below(const Entry &source_top, Entry &copy_top) {
-    const Entry *from = &source_top;
-    Entry *to = &copy_top;
+  bool copy_below(const Node &source_top, Node &copy_top) {
+    const Node *from = &source_top;
+    Node *to = &copy_top;
     copy_top.level = source_top.level;
     Policy<Tree>::copy_key(copy_top, source_top);
     while (from != nullptr) {
@@ -51,35 +51,35 @@ class Cloning {
   }
 
   // Appends copies of the children one at a time, so that the copy can be emptied if memory runs out.
-  bool copy_children(const Entry &from, Entry &to) {
+  bool copy_children(const Node &from, Node &to) {
     to.children.pool = children_pool(copy_, to.level);
     if (!slots::expand(to.children, from.children.capacity)) return false;
     for (int64_t i = 0; i < from.children.count; ++i) {
-      const bool copied = from.level > 0 ? copy_entry(*entry_at(from, i), to)
+      const bool copied = from.level > 0 ? copy_node(*node_at(from, i), to)
                                          : append_copy(pools_.nodes.copy_of(*record_at(from, i)), to);
       if (!copied) return false;
     }
     return true;
   }
 
-  bool copy_entry(const Entry &from, Entry &parent) {
-    Entry *entry = pools_.entries.copy_of(from);
-    if (entry == nullptr) return false;
-    entry->parent = &parent;
-    entry->children = {};  // the copied field refers to the table of the source
-    return append_copy(entry, parent);
+  bool copy_node(const Node &from, Node &parent) {
+    Node *node = pools_.entries.copy_of(from);
+    if (node == nullptr) return false;
+    node->parent = &parent;
+    node->children = {};  // the copied field refers to the table of the source
+    return append_copy(node, parent);
   }
 
   template <class Child>
-  static bool append_copy(const Child *copy, Entry &parent) {
+  static bool append_copy(const Child *copy, Node &parent) {
     if (copy == nullptr) return false;
     append_child(parent.children, copy);
     return true;
   }
 
   void translate_values(const CloneCallback &callback) {
-    const Entry *to = first_leaf(copy_.root);
-    for (const Entry *from = first_leaf(source_.root); from != nullptr; from = neighbour<1>(*from)) {
+    const Node *to = first_leaf(copy_.root);
+    for (const Node *from = first_leaf(source_.root); from != nullptr; from = neighbour<1>(*from)) {
       for (int64_t i = 0; i < from->children.count; ++i) {
         const uint64_t value = record_at(*from, i)->value;
         Record *record = record_at(*to, i);
@@ -104,9 +104,9 @@ int64_t clone(const Tree &source, Tree &copy, CloneCallback callback) {
 }
 
 template <class Tree>
-bool clone_entry(const Tree &source, const EntryOf<Tree> &from, Tree &copy, EntryOf<Tree> &to) {
+bool clone_node(const Tree &source, const NodeOf<Tree> &from, Tree &copy, NodeOf<Tree> &to) {
   if (Cloning(source, copy).run_in_fresh_blocks(from, to)) return true;
-  remove_all_entry(copy, to, Blocks::kGoBack);
+  remove_all_below(copy, to, Blocks::kGoBack);
   Policy<Tree>::reset_key(to);
   to.level = 0;
   return false;

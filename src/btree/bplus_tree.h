@@ -2,15 +2,15 @@
 // leaves; every leaf and inner node has a table of pointers to its children, and the key of the last one. It
 // splits at 32 children and is removed when it becomes empty; nothing else is rebalanced.
 //
-//   tree ── root (Entry, embedded)              level 2
-//             children.items ──► [0] [1] … ──► Entry             level 1
-//                                     children.items ──► [0] [1] … ──► Entry (leaf)      level 0
+//   tree ── root (Node, embedded)               level 2
+//             children.items ──► [0] [1] … ──► Node              level 1
+//                                     children.items ──► [0] [1] … ──► Node (leaf)       level 0
 //                                                             children.items ──► [0] [1] …
 //                                                                                 │   │
 //           Record (a key with its value)                                         ▼   ▼
 //             prev, next: the neighbours in key order                       Record ⇄ Record
 //
-// A node is a leaf or an inner node; its type is `Entry` (public: mub_btree_entry). A record's public type is
+// A node is a leaf or an inner node; its type is `Node` (public: mub_btree_entry). A record's public type is
 // mub_btree_node, and its pool is `node_pool`. The name of a node is the key that it has from its last child.
 //
 // Invariants:
@@ -41,16 +41,16 @@
 // The policy provides what containers/key_store.h lists, where prefetch_key also accepts nodes, and the
 // following. Functions that are given a node alone reach it through the node's type: the policy of a node is
 // that of its tree.
-//   Entry, Record, Cursor               the public structs
+//   Node, Record, Cursor                the public structs
 //   with_order(tree, key, use)          returns use(order), where order(child) compares the key of a node
 //                                       or a record with the searched key
 //   order.with_key(key)                 the same order for another searched key
 //   Order::kByQuarters                  whether node_search.h searches without branches
-//   has_name(tree, entry, child)        whether the name of the node is the key of the child
-//   copy_key(entry, child)              gives the node the key of the child as its name
+//   has_name(tree, node, child)         whether the name of the node is the key of the child
+//   copy_key(node, child)               gives the node the key of the child as its name
 //   init_keys(tree)                     initialises fields of the tree that are not 0 at the start
 //
-// Parts of the engine: bplus_entries.h (nodes and splits), node_search.h (searches), batch_get.h (look-ups of
+// Parts of the engine: bplus_nodes.h (nodes and splits), node_search.h (searches), batch_get.h (look-ups of
 // many keys), tree_walk.h (walks over nodes), tree_cursor.h (walks over records), bplus_whole.h (whole trees)
 // and bplus_clone.h.
 #ifndef MUB_BTREE_BPLUS_TREE_H
@@ -60,7 +60,7 @@
 #include <utility>
 
 #include "arrays/slot_table.h"
-#include "btree/bplus_entries.h"
+#include "btree/bplus_nodes.h"
 #include "btree/node_search.h"
 #include "btree/tree_walk.h"
 #include "containers/container_pools.h"
@@ -72,23 +72,23 @@ namespace mub::bplus {
 // ---- places of records
 
 // The position of a key: where its record is, or where a new one belongs.
-template <class Entry>
+template <class Node>
 struct Place {
-  Entry *leaf;
+  Node *leaf;
   Spot spot;
 
-  RecordOf<Entry> *record() const { return spot.found ? record_at(*leaf, spot.index) : nullptr; }
+  RecordOf<Node> *record() const { return spot.found ? record_at(*leaf, spot.index) : nullptr; }
 };
 
-template <class Entry, class Order>
-Place<Entry> locate_below(const Entry &from, const Order &order) {
-  const Entry *leaf = &from;
-  const Spot spot = descend<RecordOf<Entry>>(leaf, order);
-  return {const_cast<Entry *>(leaf), spot};
+template <class Node, class Order>
+Place<Node> locate_below(const Node &from, const Order &order) {
+  const Node *leaf = &from;
+  const Spot spot = descend<RecordOf<Node>>(leaf, order);
+  return {const_cast<Node *>(leaf), spot};
 }
 
 template <class Tree>
-Place<EntryOf<Tree>> locate(const Tree &tree, const EntryOf<Tree> &from, KeyOf<Tree> key) {
+Place<NodeOf<Tree>> locate(const Tree &tree, const NodeOf<Tree> &from, KeyOf<Tree> key) {
   return Policy<Tree>::with_order(tree, key, [&](const auto &order) { return locate_below(from, order); });
 }
 
@@ -104,41 +104,41 @@ void link(Record *prev, Record &record, Record *next) {
 }
 
 // The record next to a leaf on one side; nullptr when there is none.
-template <int kStep, class Entry>
-RecordOf<Entry> *record_beside(const Entry &leaf) {
-  const Entry *beside = leaf_beside<kStep>(&leaf);
+template <int kStep, class Node>
+RecordOf<Node> *record_beside(const Node &leaf) {
+  const Node *beside = leaf_beside<kStep>(&leaf);
   if (beside == nullptr) return nullptr;
   return record_at(*beside, kStep > 0 ? 0 : beside->children.count - 1);
 }
 
 // Links a new record between its neighbours. They are found in the leaves, because links may be stale.
-template <class Entry>
-void link_in_leaf(Entry &leaf, int64_t index) {
+template <class Node>
+void link_in_leaf(Node &leaf, int64_t index) {
   const int64_t last = leaf.children.count - 1;
-  RecordOf<Entry> *prev = index > 0 ? record_at(leaf, index - 1) : record_beside<-1>(leaf);
-  RecordOf<Entry> *next = index < last ? record_at(leaf, index + 1) : record_beside<1>(leaf);
+  RecordOf<Node> *prev = index > 0 ? record_at(leaf, index - 1) : record_beside<-1>(leaf);
+  RecordOf<Node> *next = index < last ? record_at(leaf, index + 1) : record_beside<1>(leaf);
   link(prev, *record_at(leaf, index), next);
 }
 
 // Links a record of a leaf: between the next record and its `prev` or, if it is the last one of the leaf,
 // between the previous record and its `next`. Does nothing if it is alone in the leaf.
-template <class Entry>
-void set_next(Entry &leaf, int64_t index) {
+template <class Node>
+void set_next(Node &leaf, int64_t index) {
   const int64_t last = leaf.children.count - 1;
   if (last < 1) return;
-  RecordOf<Entry> &record = *record_at(leaf, index);
+  RecordOf<Node> &record = *record_at(leaf, index);
   if (index < last) {
-    RecordOf<Entry> *next = record_at(leaf, index + 1);
+    RecordOf<Node> *next = record_at(leaf, index + 1);
     link(next->prev, record, next);
   } else {
-    RecordOf<Entry> *prev = record_at(leaf, last - 1);
+    RecordOf<Node> *prev = record_at(leaf, last - 1);
     link(prev, record, prev->next);
   }
 }
 
 // Returns a new record with the key, not yet linked or listed; nullptr if memory runs out.
 template <class Tree>
-RecordOf<Tree> *record_new(Tree &tree, KeyOf<Tree> key) {
+RecordOf<Tree> *new_record(Tree &tree, KeyOf<Tree> key) {
   auto *record = static_cast<RecordOf<Tree> *>(pool::take(tree.node_pool));
   if (record == nullptr) return nullptr;
   *record = {};
@@ -149,10 +149,10 @@ RecordOf<Tree> *record_new(Tree &tree, KeyOf<Tree> key) {
 
 // Adds a new record to a leaf, and counts it; nullptr if memory runs out.
 template <class Tree>
-inline RecordOf<Tree> *add_record(Tree &tree, EntryOf<Tree> &leaf, int64_t index, KeyOf<Tree> key) {
+inline RecordOf<Tree> *add_record(Tree &tree, NodeOf<Tree> &leaf, int64_t index, KeyOf<Tree> key) {
   leaf.children.pool = tree.node_pool;
   if (!slots::expand(leaf.children, leaf.children.count + 1)) return nullptr;
-  RecordOf<Tree> *record = record_new(tree, key);
+  RecordOf<Tree> *record = new_record(tree, key);
   if (record == nullptr) return nullptr;
   insert_child(leaf.children, index, record);
   ++tree.count;
@@ -161,10 +161,10 @@ inline RecordOf<Tree> *add_record(Tree &tree, EntryOf<Tree> &leaf, int64_t index
 
 // Finds the record of a key, whose position is known, or adds it; nullptr if memory runs out.
 template <class Tree>
-RecordOf<Tree> *insert_at(Tree &tree, const Place<EntryOf<Tree>> &place, KeyOf<Tree> key, bool &inserted) {
+RecordOf<Tree> *insert_at(Tree &tree, const Place<NodeOf<Tree>> &place, KeyOf<Tree> key, bool &inserted) {
   inserted = false;
   if (place.spot.found) return place.record();
-  EntryOf<Tree> &leaf = *place.leaf;
+  NodeOf<Tree> &leaf = *place.leaf;
   if (leaf.level > 0) return nullptr;  // an inner node whose children were removed by the caller
   RecordOf<Tree> *record = add_record(tree, leaf, place.spot.index, key);
   if (record == nullptr) return nullptr;
@@ -179,7 +179,7 @@ RecordOf<Tree> *insert_at(Tree &tree, const Place<EntryOf<Tree>> &place, KeyOf<T
 
 // Adds a record after all others of the tree to the last leaf, where its only neighbour is.
 template <class Tree>
-RecordOf<Tree> *append(Tree &tree, EntryOf<Tree> &leaf, KeyOf<Tree> key, bool &inserted) {
+RecordOf<Tree> *append(Tree &tree, NodeOf<Tree> &leaf, KeyOf<Tree> key, bool &inserted) {
   const int64_t count = leaf.children.count;
   RecordOf<Tree> *record = add_record(tree, leaf, count, key);
   inserted = record != nullptr;
@@ -192,7 +192,7 @@ RecordOf<Tree> *append(Tree &tree, EntryOf<Tree> &leaf, KeyOf<Tree> key, bool &i
 
 // Whether a key belongs after all records of the tree. `leaf` is the last leaf.
 template <class Tree>
-bool is_after_all(const Tree &tree, const EntryOf<Tree> &leaf, KeyOf<Tree> key) {
+bool is_after_all(const Tree &tree, const NodeOf<Tree> &leaf, KeyOf<Tree> key) {
   const int64_t count = leaf.children.count;
   if (count < 1) return false;
   const RecordOf<Tree> &last = *record_at(leaf, count - 1);
@@ -202,13 +202,13 @@ bool is_after_all(const Tree &tree, const EntryOf<Tree> &leaf, KeyOf<Tree> key) 
 // Keys that are inserted in ascending order are appended without a search.
 template <class Tree>
 RecordOf<Tree> *insert(Tree &tree, KeyOf<Tree> key, bool &inserted) {
-  EntryOf<Tree> *last = last_leaf(tree.root);
+  NodeOf<Tree> *last = last_leaf(tree.root);
   if (is_after_all(tree, *last, key)) return append(tree, *last, key, inserted);
   return insert_at(tree, locate(tree, tree.root, key), key, inserted);
 }
 
 template <class Tree>
-int node_set(Tree &tree, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
+int insert_record(Tree &tree, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
   bool inserted;
   record_out = insert(tree, key, inserted);
   return inserted ? 1 : 0;
@@ -216,7 +216,7 @@ int node_set(Tree &tree, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
 
 // The same, but searches from the given node instead of the root.
 template <class Tree>
-int node_set_in(Tree &tree, EntryOf<Tree> &from, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
+int insert_record_from(Tree &tree, NodeOf<Tree> &from, KeyOf<Tree> key, RecordOf<Tree> *&record_out) {
   bool inserted;
   record_out = insert_at(tree, locate(tree, from, key), key, inserted);
   return inserted ? 1 : 0;
@@ -265,16 +265,16 @@ uint64_t update(Tree &tree, KeyOf<Tree> key, uint64_t value) {
 
 // ---- removal
 
-template <class Entry>
-bool is_only_child(const Entry &entry) {
-  return entry.parent != nullptr && entry.parent->children.count == 1 && is_last(entry);
+template <class Node>
+bool is_only_child(const Node &node) {
+  return node.parent != nullptr && node.parent->children.count == 1 && is_last(node);
 }
 
-// Returns the uppermost node that is left without records when `entry` is removed: an ancestor without other
-// children, or `entry` itself.
-template <class Entry>
-Entry *top_of_removal(Entry &entry) {
-  Entry *top = &entry;
+// Returns the uppermost node that is left without records when `node` is removed: an ancestor without other
+// children, or `node` itself.
+template <class Node>
+Node *top_of_removal(Node &node) {
+  Node *top = &node;
   while (is_only_child(*top)) top = top->parent;
   return top;
 }
@@ -282,11 +282,11 @@ Entry *top_of_removal(Entry &entry) {
 // Removes a node with the ancestors that would be left without children, and returns them to the entry pool.
 // Its own children are not returned. The root stays: it becomes an empty leaf if nothing else is left.
 template <class Tree>
-void remove_entry(Tree &tree, EntryOf<Tree> &entry) {
-  EntryOf<Tree> *top = top_of_removal(entry);
-  if (&entry == &tree.root) return;
+void remove_node(Tree &tree, NodeOf<Tree> &node) {
+  NodeOf<Tree> *top = top_of_removal(node);
+  if (&node == &tree.root) return;
   if (top == &tree.root) {
-    top = entry_at(*top, 0);
+    top = node_at(*top, 0);
     tree.root.children.count = 0;
     tree.root.level = 0;
     tree.root.children.pool = tree.node_pool;
@@ -294,12 +294,12 @@ void remove_entry(Tree &tree, EntryOf<Tree> &entry) {
     slots::remove_at(top->parent->children, position(top->parent->children, top));
     set_name(tree, *top->parent);
   }
-  while (top != &entry) {
-    EntryOf<Tree> *below = entry_at(*top, 0);
-    return_entry(tree, *top);
+  while (top != &node) {
+    NodeOf<Tree> *below = node_at(*top, 0);
+    return_node(tree, *top);
     top = below;
   }
-  return_entry(tree, entry);
+  return_node(tree, node);
 }
 
 template <class Tree>
@@ -310,7 +310,7 @@ uint64_t remove(Tree &tree, KeyOf<Tree> key) {
   const uint64_t value = record->value;
   slots::remove_at(place.leaf->children, place.spot.index);
   set_name(tree, *place.leaf);
-  if (place.leaf->children.count == 0) remove_entry(tree, *place.leaf);
+  if (place.leaf->children.count == 0) remove_node(tree, *place.leaf);
   Policy<Tree>::erase_key(tree, *record);
   pool::give(tree.node_pool, record);
   --tree.count;

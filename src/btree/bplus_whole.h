@@ -14,8 +14,8 @@ namespace mub::bplus {
 template <class Tree>
 void init(Tree &tree, bool own_entry_pool, bool own_node_pool, bool own_value_pool) {
   std::memset(&tree, 0, sizeof tree);  // clears the padding, too: new records compare equal with memcmp
-  entry_init(tree.root);
-  if (own_entry_pool) entry_pool_of(tree).make(sizeof(EntryOf<Tree>));
+  init_node(tree.root);
+  if (own_entry_pool) entry_pool_of(tree).make(sizeof(NodeOf<Tree>));
   if (own_node_pool) node_pool_of(tree).make(sizeof(RecordOf<Tree>));
   if (own_value_pool) value_pool_of(tree).make(0);
   tree.root.children.pool = tree.node_pool;
@@ -30,20 +30,20 @@ enum class Blocks { kStayInOwnedPools, kGoBack };
 // record. Records and nodes below `top` are returned to external pools. Those in owned pools stay until
 // these are emptied, unless Blocks::kGoBack asks to return them, too.
 template <class Tree, class Visit>
-void empty_from(Tree &tree, EntryOf<Tree> &top, Blocks blocks, Visit visit) {
+void empty_from(Tree &tree, NodeOf<Tree> &top, Blocks blocks, Visit visit) {
   const bool gives_records = tree.owns_node_pool == 0 || blocks == Blocks::kGoBack;
-  const bool gives_entries = tree.owns_entry_pool == 0 || blocks == Blocks::kGoBack;
-  const auto give_records = [&](const EntryOf<Tree> &leaf) {
+  const bool gives_nodes = tree.owns_entry_pool == 0 || blocks == Blocks::kGoBack;
+  const auto give_records = [&](const NodeOf<Tree> &leaf) {
     for (int64_t i = 0; i < leaf.children.count; ++i) {
       RecordOf<Tree> *record = record_at(leaf, i);
       visit(*record);
       if (gives_records) pool::give(tree.node_pool, record);
     }
   };
-  for_each_from_below(top, [&](EntryOf<Tree> &entry) {
-    if (entry.level < 1) give_records(entry);
-    slots::release_table(entry.children);
-    if (&entry != &top && gives_entries) pool::give(tree.entry_pool, &entry);
+  for_each_from_below(top, [&](NodeOf<Tree> &node) {
+    if (node.level < 1) give_records(node);
+    slots::release_table(node.children);
+    if (&node != &top && gives_nodes) pool::give(tree.entry_pool, &node);
   });
 }
 
@@ -52,30 +52,30 @@ void empty_from(Tree &tree, EntryOf<Tree> &top, Blocks blocks, Visit visit) {
 template <class Tree>
 bool entries_fill_pool(const Tree &tree) {
   if (tree.owns_entry_pool == 0) return false;
-  int64_t entries = 0;
-  for (const EntryOf<Tree> *entry = &tree.root; entry != nullptr && entry->level > 0;
-       entry = next_from_above(*entry, tree.root, false)) {
-    entries += entry->children.count;
+  int64_t nodes = 0;
+  for (const NodeOf<Tree> *node = &tree.root; node != nullptr && node->level > 0;
+       node = next_from_above(*node, tree.root, false)) {
+    nodes += node->children.count;
   }
-  return holds_only<EntryOf<Tree>>(entry_pool_of(tree), entries) &&
-         pool::carved_blocks(*tree.entry_pool) == entries;
+  return holds_only<NodeOf<Tree>>(entry_pool_of(tree), nodes) &&
+         pool::carved_blocks(*tree.entry_pool) == nodes;
 }
 
 // Releases tables in the order of their nodes in memory. Following the tree would miss the cache for each.
 template <class Tree>
 void release_tables(Tree &tree) {
-  pool::for_each_block<EntryOf<Tree>>(*tree.entry_pool,
-                                      [](EntryOf<Tree> &entry) { slots::release_table(entry.children); });
+  pool::for_each_block<NodeOf<Tree>>(*tree.entry_pool,
+                                     [](NodeOf<Tree> &node) { slots::release_table(node.children); });
   slots::release_table(tree.root.children);
 }
 
 template <class Tree>
-void remove_all_entry(Tree &tree, EntryOf<Tree> &top, Blocks blocks = Blocks::kStayInOwnedPools) {
+void remove_all_below(Tree &tree, NodeOf<Tree> &top, Blocks blocks = Blocks::kStayInOwnedPools) {
   empty_from(tree, top, blocks, [](const RecordOf<Tree> &) {});
 }
 
 template <class Tree>
-void free_all_entry(Tree &tree, EntryOf<Tree> &top, mub_free_fn release_it) {
+void free_all_below(Tree &tree, NodeOf<Tree> &top, mub_free_fn release_it) {
   empty_from(tree, top, Blocks::kStayInOwnedPools, [&](const RecordOf<Tree> &record) {
     release_value(value_pool_of(tree), record.value, release_it);
   });
@@ -96,7 +96,7 @@ void remove_all_below_root(Tree &tree) {
   if (tree.owns_node_pool != 0 && entries_fill_pool(tree)) {
     release_tables(tree);
   } else {
-    remove_all_entry(tree, tree.root);
+    remove_all_below(tree, tree.root);
   }
 }
 
@@ -111,7 +111,7 @@ void remove_all(Tree &tree) {
 template <class Tree>
 void free_all(Tree &tree, mub_free_fn release_it) {
   if (release_it != nullptr || value_pool_of(tree).is_external()) {
-    free_all_entry(tree, tree.root, release_it);
+    free_all_below(tree, tree.root, release_it);
   } else {
     remove_all_below_root(tree);
   }
@@ -130,13 +130,13 @@ void term(Tree &tree) {
 
 // ---- swapping
 
-template <class Entry>
-void swap_roots(Entry &a, Entry &b) {
+template <class Node>
+void swap_roots(Node &a, Node &b) {
   slots::swap(a.children, b.children);
-  Entry key_of_a = {};
-  Policy<Entry>::copy_key(key_of_a, a);
-  Policy<Entry>::copy_key(a, b);
-  Policy<Entry>::copy_key(b, key_of_a);
+  Node key_of_a = {};
+  Policy<Node>::copy_key(key_of_a, a);
+  Policy<Node>::copy_key(a, b);
+  Policy<Node>::copy_key(b, key_of_a);
   std::swap(a.level, b.level);
   set_parent_of_children(a);
   set_parent_of_children(b);
@@ -148,8 +148,8 @@ void swap(Tree &a, Tree &b) {
   Policy<Tree>::swap_keys(a, b);
   std::swap(a.count, b.count);
   swap_pools(a, b);
-  set_pool(a, a.root);
-  set_pool(b, b.root);
+  set_children_pools(a, a.root);
+  set_children_pools(b, b.root);
 }
 
 }  // namespace mub::bplus

@@ -11,10 +11,10 @@ namespace {
 
 // Lowers the offsets of all nodes below `top`.
 void lower_names(mub_btree_entry &top, keys::Range cut) {
-  for (auto *entry = &top; entry != nullptr; entry = bplus::next_from_above(*entry, top, false)) {
-    if (entry->level < 1) break;
-    for (int64_t i = 0; i < entry->children.count; ++i) {
-      keys::lower_offset(*bplus::entry_at(*entry, i), cut);
+  for (auto *node = &top; node != nullptr; node = bplus::next_from_above(*node, top, false)) {
+    if (node->level < 1) break;
+    for (int64_t i = 0; i < node->children.count; ++i) {
+      keys::lower_offset(*bplus::node_at(*node, i), cut);
     }
   }
 }
@@ -35,7 +35,7 @@ void for_each_record(const mub_btree_entry &top, Visit visit) {
 // Byte-string keys for bplus_tree.h, in the tree's key stream.
 template <>
 struct Policy<mub_btree> : PackedKeys<mub_btree> {
-  using Entry = mub_btree_entry;
+  using Node = mub_btree_entry;
   using Record = mub_btree_node;
   using Cursor = mub_btree_cursor;
 
@@ -71,17 +71,17 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
   // A name with the bytes of the child's key is kept, even if its offset differs, as it may in the root.
   // Callers can see the offset that is kept.
   template <class Child>
-  static bool has_name(const mub_btree &tree, const Entry &entry, const Child &child) {
-    if (entry.key_length != child.key_length) return false;
-    if (entry.key_offset == child.key_offset) return true;
-    const Key name = key_of(tree, entry), key = key_of(tree, child);
+  static bool has_name(const mub_btree &tree, const Node &node, const Child &child) {
+    if (node.key_length != child.key_length) return false;
+    if (node.key_offset == child.key_offset) return true;
+    const Key name = key_of(tree, node), key = key_of(tree, child);
     if (tree.nocase != 0) return bytes::icompare(name.bytes, name.length, key.bytes, key.length) == 0;
     return bytes::equal(name.bytes, name.length, key.bytes, key.length);
   }
   template <class Child>
-  static void copy_key(Entry &entry, const Child &child) {
-    entry.key_offset = child.key_offset;
-    entry.key_length = child.key_length;
+  static void copy_key(Node &node, const Child &child) {
+    node.key_offset = child.key_offset;
+    node.key_length = child.key_length;
   }
 
   static void erase_key(mub_btree &tree, Record &record) {
@@ -157,7 +157,7 @@ mub_btree *mub_btree_free_all(mub_btree *tree, mub_free_fn release) {
 }
 
 int mub_btree_node_set(mub_btree *tree, const void *key, int64_t length, mub_btree_node **node_out) {
-  return bplus::node_set(*tree, measured_key(key, length), *node_out);
+  return bplus::insert_record(*tree, measured_key(key, length), *node_out);
 }
 
 mub_btree_node *mub_btree_node_get(const mub_btree *tree, const void *key, int64_t length) {
@@ -216,9 +216,9 @@ int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub
   return bplus::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
 
-void mub_btree_entry_init(mub_btree_entry *entry) { bplus::entry_init(*entry); }
+void mub_btree_entry_init(mub_btree_entry *entry) { bplus::init_node(*entry); }
 
-mub_btree_entry *mub_btree_entry_new(mub_btree *tree, int level) { return bplus::entry_new(*tree, level); }
+mub_btree_entry *mub_btree_entry_new(mub_btree *tree, int level) { return bplus::new_node(*tree, level); }
 
 void mub_btree_node_init(mub_btree_node *node) { *node = {}; }
 
@@ -243,7 +243,9 @@ void mub_btree_set_parent(mub_btree_entry *entry) { bplus::set_parent_of_childre
 
 void mub_btree_set_next(mub_btree_entry *leaf, int64_t index) { bplus::set_next(*leaf, index); }
 
-void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry) { bplus::set_pool(*tree, *entry); }
+void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry) {
+  bplus::set_children_pools(*tree, *entry);
+}
 
 mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry) {
   return bplus::split_off(*tree, *entry);
@@ -262,7 +264,7 @@ mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree_entry *
 
 int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const void *key, int64_t length,
                        mub_btree_node **node_out) {
-  return bplus::node_set_in(*tree, *leaf, measured_key(key, length), *node_out);
+  return bplus::insert_record_from(*tree, *leaf, measured_key(key, length), *node_out);
 }
 
 void mub_btree_adjust_t(mub_btree *, mub_btree_entry *entry, uint32_t offset, uint32_t length) {
@@ -271,18 +273,18 @@ void mub_btree_adjust_t(mub_btree *, mub_btree_entry *entry, uint32_t offset, ui
   for_each_record(*entry, [&](mub_btree_node &node) { keys::lower_offset(node, cut); });
 }
 
-void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry) { bplus::remove_entry(*tree, *entry); }
+void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry) { bplus::remove_node(*tree, *entry); }
 
 void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry) {
-  bplus::remove_all_entry(*tree, *entry);
+  bplus::remove_all_below(*tree, *entry);
 }
 
 void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, mub_free_fn release) {
-  bplus::free_all_entry(*tree, *entry, release);
+  bplus::free_all_below(*tree, *entry, release);
 }
 
 int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry *source_entry,
                           mub_btree *destination, mub_btree_entry *destination_entry) {
-  return bplus::clone_entry(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+  return bplus::clone_node(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
 }
 }

@@ -62,7 +62,7 @@ mub_btreed *mub_btreed_free_all(mub_btreed *tree, mub_free_fn release) {
 }
 
 int mub_btreed_node_set(mub_btreed *tree, uint32_t key, mub_btreed_node **node_out) {
-  return bplus::node_set(*tree, key, *node_out);
+  return bplus::insert_record(*tree, key, *node_out);
 }
 
 mub_btreed_node *mub_btreed_node_get(const mub_btreed *tree, uint32_t key) { return bplus::find(*tree, key); }
@@ -118,9 +118,9 @@ int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user_pool, m
   return bplus::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
 
-void mub_btreed_entry_init(mub_btreed_entry *entry) { bplus::entry_init(*entry); }
+void mub_btreed_entry_init(mub_btreed_entry *entry) { bplus::init_node(*entry); }
 
-mub_btreed_entry *mub_btreed_entry_new(mub_btreed *tree, int level) { return bplus::entry_new(*tree, level); }
+mub_btreed_entry *mub_btreed_entry_new(mub_btreed *tree, int level) { return bplus::new_node(*tree, level); }
 
 void mub_btreed_node_init(mub_btreed_node *node) { *node = {}; }
 
@@ -146,7 +146,9 @@ void mub_btreed_set_parent(mub_btreed_entry *entry) { bplus::set_parent_of_child
 
 void mub_btreed_set_next(mub_btreed_entry *leaf, int64_t index) { bplus::set_next(*leaf, index); }
 
-void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry) { bplus::set_pool(*tree, *entry); }
+void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry) {
+  bplus::set_children_pools(*tree, *entry);
+}
 
 mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_entry *entry) {
   return bplus::split_off(*tree, *entry);
@@ -163,23 +165,23 @@ mub_btreed_entry *mub_btreed_find_t(const mub_btreed *tree, const mub_btreed_ent
 }
 
 int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32_t key, mub_btreed_node **node_out) {
-  return bplus::node_set_in(*tree, *leaf, key, *node_out);
+  return bplus::insert_record_from(*tree, *leaf, key, *node_out);
 }
 
 void mub_btreed_remove_entry_t(mub_btreed *tree, mub_btreed_entry *entry) {
-  bplus::remove_entry(*tree, *entry);
+  bplus::remove_node(*tree, *entry);
 }
 
 void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *entry) {
-  bplus::remove_all_entry(*tree, *entry);
+  bplus::remove_all_below(*tree, *entry);
 }
 
 void mub_btreed_free_all_entry(mub_btreed *tree, mub_btreed_entry *entry, mub_free_fn release) {
-  bplus::free_all_entry(*tree, *entry, release);
+  bplus::free_all_below(*tree, *entry, release);
 }
 
 int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_entry *source_entry,
                            mub_btreed *destination, mub_btreed_entry *destination_entry) {
-  return bplus::clone_entry(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+  return bplus::clone_node(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
 }
 }

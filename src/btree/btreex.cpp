@@ -62,7 +62,7 @@ mub_btreex *mub_btreex_free_all(mub_btreex *tree, mub_free_fn release) {
 }
 
 int mub_btreex_node_set(mub_btreex *tree, uint64_t key, mub_btreex_node **node_out) {
-  return bplus::node_set(*tree, key, *node_out);
+  return bplus::insert_record(*tree, key, *node_out);
 }
 
 mub_btreex_node *mub_btreex_node_get(const mub_btreex *tree, uint64_t key) { return bplus::find(*tree, key); }
@@ -118,9 +118,9 @@ int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user_pool, m
   return bplus::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
 
-void mub_btreex_entry_init(mub_btreex_entry *entry) { bplus::entry_init(*entry); }
+void mub_btreex_entry_init(mub_btreex_entry *entry) { bplus::init_node(*entry); }
 
-mub_btreex_entry *mub_btreex_entry_new(mub_btreex *tree, int level) { return bplus::entry_new(*tree, level); }
+mub_btreex_entry *mub_btreex_entry_new(mub_btreex *tree, int level) { return bplus::new_node(*tree, level); }
 
 void mub_btreex_node_init(mub_btreex_node *node) { *node = {}; }
 
@@ -146,7 +146,9 @@ void mub_btreex_set_parent(mub_btreex_entry *entry) { bplus::set_parent_of_child
 
 void mub_btreex_set_next(mub_btreex_entry *leaf, int64_t index) { bplus::set_next(*leaf, index); }
 
-void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry) { bplus::set_pool(*tree, *entry); }
+void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry) {
+  bplus::set_children_pools(*tree, *entry);
+}
 
 mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_entry *entry) {
   return bplus::split_off(*tree, *entry);
@@ -163,23 +165,23 @@ mub_btreex_entry *mub_btreex_find_t(const mub_btreex *tree, const mub_btreex_ent
 }
 
 int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64_t key, mub_btreex_node **node_out) {
-  return bplus::node_set_in(*tree, *leaf, key, *node_out);
+  return bplus::insert_record_from(*tree, *leaf, key, *node_out);
 }
 
 void mub_btreex_remove_entry_t(mub_btreex *tree, mub_btreex_entry *entry) {
-  bplus::remove_entry(*tree, *entry);
+  bplus::remove_node(*tree, *entry);
 }
 
 void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *entry) {
-  bplus::remove_all_entry(*tree, *entry);
+  bplus::remove_all_below(*tree, *entry);
 }
 
 void mub_btreex_free_all_entry(mub_btreex *tree, mub_btreex_entry *entry, mub_free_fn release) {
-  bplus::free_all_entry(*tree, *entry, release);
+  bplus::free_all_below(*tree, *entry, release);
 }
 
 int mub_btreex_clone_entry(const mub_btreex *source, const mub_btreex_entry *source_entry,
                            mub_btreex *destination, mub_btreex_entry *destination_entry) {
-  return bplus::clone_entry(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+  return bplus::clone_node(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
 }
 }

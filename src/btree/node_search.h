@@ -54,13 +54,13 @@ Spot search(const mub_arrays &children, const Order &order) {
 
 // Descends to the only leaf that can hold the key, and searches it. For a key above all others it follows the
 // last children. Stops at an inner node whose children were removed by the caller.
-template <class Record, class Entry, class Order>
-Spot descend(const Entry *&entry, const Order &order) {
-  while (entry->level > 0 && entry->children.count > 0) {
-    const mub_arrays &children = entry->children;
-    entry = entry_at(*entry, nearest(search<Entry>(children, order), children.count));
+template <class Record, class Node, class Order>
+Spot descend(const Node *&node, const Order &order) {
+  while (node->level > 0 && node->children.count > 0) {
+    const mub_arrays &children = node->children;
+    node = node_at(*node, nearest(search<Node>(children, order), children.count));
   }
-  return search<Record>(entry->children, order);
+  return search<Record>(node->children, order);
 }
 
 }  // namespace mub::bplus

@@ -100,7 +100,7 @@ auto with_comparison(typename Numbers::Bits key, uint32_t key_type, Use use) {
 
 template <class Tree, class TreeRecord, class TreeCursor, class Numbers>
 struct NumberKeys : KeysInItems<Tree, typename Numbers::Bits> {
-  using Entry = decltype(Tree::root);
+  using Node = decltype(Tree::root);
   using Record = TreeRecord;
   using Cursor = TreeCursor;
   using Key = typename Numbers::Bits;
@@ -123,12 +123,12 @@ struct NumberKeys : KeysInItems<Tree, typename Numbers::Bits> {
   }
 
   template <class Child>
-  static bool has_name(const Tree &, const Entry &entry, const Child &child) {
-    return entry.key == child.key;
+  static bool has_name(const Tree &, const Node &node, const Child &child) {
+    return node.key == child.key;
   }
   template <class Child>
-  static void copy_key(Entry &entry, const Child &child) {
-    entry.key = child.key;
+  static void copy_key(Node &node, const Child &child) {
+    node.key = child.key;
   }
 
   static void init_keys(Tree &tree) { tree.key_type = Numbers::kSigned; }

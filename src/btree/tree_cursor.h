@@ -33,38 +33,38 @@ constexpr int64_t kPrefetchRecords = 8;
 constexpr int kLevelsInCache = 3;
 
 // The first leaf that has records, or the last one; nullptr in an empty tree.
-template <int kStep, class Entry>
-Entry *outermost_leaf(const Entry &root) {
-  Entry *leaf = kStep > 0 ? first_leaf(root) : last_leaf(root);
+template <int kStep, class Node>
+Node *outermost_leaf(const Node &root) {
+  Node *leaf = kStep > 0 ? first_leaf(root) : last_leaf(root);
   return has_children(*leaf) ? leaf : leaf_beside<kStep>(leaf);
 }
 
 template <class Tree>
 RecordOf<Tree> *first_record(const Tree &tree) {
-  const EntryOf<Tree> *leaf = outermost_leaf<1>(tree.root);
+  const NodeOf<Tree> *leaf = outermost_leaf<1>(tree.root);
   return leaf == nullptr ? nullptr : record_at(*leaf, 0);
 }
 
 template <class Tree>
 RecordOf<Tree> *last_record(const Tree &tree) {
-  const EntryOf<Tree> *leaf = outermost_leaf<-1>(tree.root);
+  const NodeOf<Tree> *leaf = outermost_leaf<-1>(tree.root);
   return leaf == nullptr ? nullptr : record_at(*leaf, leaf->children.count - 1);
 }
 
 // Prefetches for the steps after a leaf: the nearest records of the next leaf, the table of children of the
 // second one, and the third one itself. Their addresses are in what was prefetched one leaf earlier.
-template <int kStep, class Entry>
-void prefetch_beyond(const Entry &leaf) {
-  const Entry *next = neighbour<kStep>(leaf);
+template <int kStep, class Node>
+void prefetch_beyond(const Node &leaf) {
+  const Node *next = neighbour<kStep>(leaf);
   if (next == nullptr) return;
   const int64_t count = next->children.count;
   for (int64_t i = 0; i < std::min(count, kPrefetchRecords); ++i) {
     prefetch(record_of<void>(next->children.items[kStep > 0 ? i : count - 1 - i]));
   }
-  const Entry *second = neighbour<kStep>(*next);
+  const Node *second = neighbour<kStep>(*next);
   if (second == nullptr) return;
   prefetch(second->children.items, second->children.count * int64_t{sizeof(uint64_t)});
-  const Entry *third = neighbour<kStep>(*second);
+  const Node *third = neighbour<kStep>(*second);
   if (third == nullptr) return;
   prefetch(third);
   prefetch(&third->children.items);
@@ -82,8 +82,8 @@ RecordUnder<Cursor> *cursor_record(const Cursor &cursor) {
 }
 
 // Moves to the first record of a leaf that has records, or to its last one if kStep is -1.
-template <int kStep, class Cursor, class Entry>
-RecordOf<Entry> *enter_leaf(Cursor &cursor, Entry &leaf) {
+template <int kStep, class Cursor, class Node>
+RecordOf<Node> *enter_leaf(Cursor &cursor, Node &leaf) {
   cursor.leaf = &leaf;
   cursor.index = kStep > 0 ? 0 : leaf.children.count - 1;
   if (cursor.tree->root.level >= kLevelsInCache) prefetch_beyond<kStep>(leaf);
@@ -117,7 +117,7 @@ RecordUnder<Cursor> *cursor_step(Cursor &cursor) {
 // Moves to the first record of the tree, or to the last one if kStep is -1.
 template <int kStep, class Tree>
 RecordOf<Tree> *cursor_start(CursorOf<Tree> &cursor, const Tree &tree) {
-  EntryOf<Tree> *leaf = outermost_leaf<kStep>(tree.root);
+  NodeOf<Tree> *leaf = outermost_leaf<kStep>(tree.root);
   cursor = {&tree, nullptr, 0};
   return leaf == nullptr ? nullptr : enter_leaf<kStep>(cursor, *leaf);
 }

@@ -21,9 +21,9 @@ Child *child_at(const mub_arrays &children, int64_t index) {
   return record_of<Child>(children.items[index]);
 }
 
-template <class Entry>
-Entry *entry_at(const Entry &entry, int64_t index) {
-  return child_at<Entry>(entry.children, index);
+template <class Node>
+Node *node_at(const Node &node, int64_t index) {
+  return child_at<Node>(node.children, index);
 }
 
 // The index of a child; the count if it is not listed.
@@ -31,47 +31,47 @@ inline int64_t position(const mub_arrays &children, const void *child) {
   return std::find(children.items, children.items + children.count, word_of(child)) - children.items;
 }
 
-template <class Entry>
-bool has_children(const Entry &entry) {
-  return entry.children.count > 0;
+template <class Node>
+bool has_children(const Node &node) {
+  return node.children.count > 0;
 }
 
-template <class Entry>
-bool is_last(const Entry &entry) {
-  const mub_arrays &siblings = entry.parent->children;
-  return siblings.items[siblings.count - 1] == word_of(&entry);
+template <class Node>
+bool is_last(const Node &node) {
+  const mub_arrays &siblings = node.parent->children;
+  return siblings.items[siblings.count - 1] == word_of(&node);
 }
 
-template <class Entry>
-Entry *sibling(const Entry &entry, int64_t distance) {
-  return entry_at(*entry.parent, position(entry.parent->children, &entry) + distance);
+template <class Node>
+Node *sibling(const Node &node, int64_t distance) {
+  return node_at(*node.parent, position(node.parent->children, &node) + distance);
 }
 
-template <class Entry>
-Entry *first_leaf(const Entry &entry) {
-  auto *leaf = const_cast<Entry *>(&entry);
-  while (leaf->level > 0 && leaf->children.count > 0) leaf = entry_at(*leaf, 0);
+template <class Node>
+Node *first_leaf(const Node &node) {
+  auto *leaf = const_cast<Node *>(&node);
+  while (leaf->level > 0 && leaf->children.count > 0) leaf = node_at(*leaf, 0);
   return leaf;
 }
 
-template <class Entry>
-Entry *last_leaf(const Entry &entry) {
-  auto *leaf = const_cast<Entry *>(&entry);
-  while (leaf->level > 0 && leaf->children.count > 0) leaf = entry_at(*leaf, leaf->children.count - 1);
+template <class Node>
+Node *last_leaf(const Node &node) {
+  auto *leaf = const_cast<Node *>(&node);
+  while (leaf->level > 0 && leaf->children.count > 0) leaf = node_at(*leaf, leaf->children.count - 1);
   return leaf;
 }
 
 // The leaf after another one, or before it if kStep is -1. nullptr at the end of the tree, and for a leaf
 // that its parent does not list, such as the upper half of a split that the caller has not inserted yet.
-template <int kStep, class Entry>
-Entry *neighbour(const Entry &leaf) {
-  for (const Entry *entry = &leaf; entry->parent != nullptr; entry = entry->parent) {
-    const mub_arrays &siblings = entry->parent->children;
-    const int64_t index = position(siblings, entry);
+template <int kStep, class Node>
+Node *neighbour(const Node &leaf) {
+  for (const Node *node = &leaf; node->parent != nullptr; node = node->parent) {
+    const mub_arrays &siblings = node->parent->children;
+    const int64_t index = position(siblings, node);
     if (index == siblings.count) return nullptr;
     const int64_t beside = index + kStep;
     if (beside < 0 || beside == siblings.count) continue;
-    const Entry &below = *child_at<Entry>(siblings, beside);
+    const Node &below = *child_at<Node>(siblings, beside);
     return kStep > 0 ? first_leaf(below) : last_leaf(below);
   }
   return nullptr;
@@ -79,54 +79,54 @@ Entry *neighbour(const Entry &leaf) {
 
 // The nearest leaf on one side that has records. Leaves are only empty if the caller has emptied the table of
 // children, or split a leaf of fewer than two records.
-template <int kStep, class Entry>
-Entry *leaf_beside(const Entry *leaf) {
-  Entry *beside = neighbour<kStep>(*leaf);
+template <int kStep, class Node>
+Node *leaf_beside(const Node *leaf) {
+  Node *beside = neighbour<kStep>(*leaf);
   while (beside != nullptr && !has_children(*beside)) beside = neighbour<kStep>(*beside);
   return beside;
 }
 
-// The first node of level 1 at or below `entry`; a leaf is returned as it is.
-template <class Entry>
-Entry *first_above_leaves(Entry &entry) {
-  Entry *above = &entry;
-  while (above->level > 1 && above->children.count > 0) above = entry_at(*above, 0);
+// The first node of level 1 at or below `node`; a leaf is returned as it is.
+template <class Node>
+Node *first_above_leaves(Node &node) {
+  Node *above = &node;
+  while (above->level > 1 && above->children.count > 0) above = node_at(*above, 0);
   return above;
 }
 
 // Prefetches for a walk over the leaves of one parent: the leaf kPrefetchLeaves ahead, and the table of
 // children of the one half as far ahead.
-template <class Entry>
-void prefetch_leaves(const Entry &above, int64_t index) {
+template <class Node>
+void prefetch_leaves(const Node &above, int64_t index) {
   if (index + kPrefetchLeaves >= above.children.count) return;
-  prefetch(entry_at(above, index + kPrefetchLeaves));
-  prefetch(entry_at(above, index + kPrefetchLeaves / 2)->children.items);
+  prefetch(node_at(above, index + kPrefetchLeaves));
+  prefetch(node_at(above, index + kPrefetchLeaves / 2)->children.items);
 }
 
 // Calls `visit` with every node below `top` and then with `top`: children before their parent, in key order.
 // `visit` may return the node and its children to their pools: the next node is determined before the call.
-template <class Entry, class Visit>
-void for_each_from_below(Entry &top, Visit visit) {
-  Entry *entry = first_above_leaves(top);
+template <class Node, class Visit>
+void for_each_from_below(Node &top, Visit visit) {
+  Node *node = first_above_leaves(top);
   while (true) {
-    for (int64_t i = 0; entry->level == 1 && i < entry->children.count; ++i) {
-      prefetch_leaves(*entry, i);
-      visit(*entry_at(*entry, i));
+    for (int64_t i = 0; node->level == 1 && i < node->children.count; ++i) {
+      prefetch_leaves(*node, i);
+      visit(*node_at(*node, i));
     }
-    if (entry == &top) break;
-    Entry *next = is_last(*entry) ? entry->parent : first_above_leaves(*sibling(*entry, 1));
-    visit(*entry);
-    entry = next;
+    if (node == &top) break;
+    Node *next = is_last(*node) ? node->parent : first_above_leaves(*sibling(*node, 1));
+    visit(*node);
+    node = next;
   }
   visit(top);
 }
 
 // The next node of a walk over `top` and all below it, parents before their children; nullptr at its end.
 // Leaves are visited only if `with_leaves`.
-template <class Entry>
-Entry *next_from_above(const Entry &entry, const Entry &top, bool with_leaves) {
-  if (entry.level > (with_leaves ? 0 : 1) && entry.children.count > 0) return entry_at(entry, 0);
-  const Entry *at = &entry;
+template <class Node>
+Node *next_from_above(const Node &node, const Node &top, bool with_leaves) {
+  if (node.level > (with_leaves ? 0 : 1) && node.children.count > 0) return node_at(node, 0);
+  const Node *at = &node;
   while (at != &top && is_last(*at)) at = at->parent;
   return at == &top ? nullptr : sibling(*at, 1);
 }

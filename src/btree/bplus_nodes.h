@@ -1,7 +1,7 @@
 // The nodes of a B-tree: making them, giving them the key of their last child as their name, and splitting
 // them. Part of the engine in bplus_tree.h, where its invariants and policy are.
-#ifndef MUB_BTREE_BPLUS_ENTRIES_H
-#define MUB_BTREE_BPLUS_ENTRIES_H
+#ifndef MUB_BTREE_BPLUS_NODES_H
+#define MUB_BTREE_BPLUS_NODES_H
 
 #include <algorithm>
 #include <cstdint>
@@ -19,13 +19,15 @@ namespace mub::bplus {
 constexpr int64_t kOrder = 32;
 
 template <class Tree>
+using NodeOf = typename Policy<Tree>::Node;
+template <class Tree>
 using RecordOf = typename Policy<Tree>::Record;
 template <class Tree>
 using CursorOf = typename Policy<Tree>::Cursor;
 
-template <class Entry>
-RecordOf<Entry> *record_at(const Entry &leaf, int64_t index) {
-  return child_at<RecordOf<Entry>>(leaf.children, index);
+template <class Node>
+RecordOf<Node> *record_at(const Node &leaf, int64_t index) {
+  return child_at<RecordOf<Node>>(leaf.children, index);
 }
 
 // The table of children must have room for one more.
@@ -45,17 +47,17 @@ void append_child(mub_arrays &children, const Child *child) {
 // ---- nodes
 
 // Makes a block an empty leaf; false, and no table of children, if memory runs out.
-template <class Entry>
-bool entry_init(Entry &entry) {
-  entry = {};
-  return slots::expand(entry.children, kOrder);
+template <class Node>
+bool init_node(Node &node) {
+  node = {};
+  return slots::expand(node.children, kOrder);
 }
 
 template <class Tree>
-void return_entry(Tree &tree, EntryOf<Tree> &entry) {
-  Policy<Tree>::reset_key(entry);
-  slots::release_table(entry.children);
-  pool::give(tree.entry_pool, &entry);
+void return_node(Tree &tree, NodeOf<Tree> &node) {
+  Policy<Tree>::reset_key(node);
+  slots::release_table(node.children);
+  pool::give(tree.entry_pool, &node);
 }
 
 template <class Tree>
@@ -66,63 +68,63 @@ mub_pool *children_pool(const Tree &tree, int level) {
 // Returns a new, empty leaf; nullptr if memory runs out. `level` only selects the pool of the children; the
 // caller sets the field.
 template <class Tree>
-EntryOf<Tree> *entry_new(Tree &tree, int level) {
-  auto *entry = static_cast<EntryOf<Tree> *>(pool::take(tree.entry_pool));
-  if (entry == nullptr) return nullptr;
-  if (!entry_init(*entry)) {
-    pool::give(tree.entry_pool, entry);
+NodeOf<Tree> *new_node(Tree &tree, int level) {
+  auto *node = static_cast<NodeOf<Tree> *>(pool::take(tree.entry_pool));
+  if (node == nullptr) return nullptr;
+  if (!init_node(*node)) {
+    pool::give(tree.entry_pool, node);
     return nullptr;
   }
-  entry->children.pool = children_pool(tree, level);
-  return entry;
+  node->children.pool = children_pool(tree, level);
+  return node;
 }
 
 // Makes an inner node the parent of its children. The children of a leaf have no such field.
-template <class Entry>
-void set_parent_of_children(Entry &entry) {
-  if (entry.level < 1) return;
-  for (int64_t i = 0; i < entry.children.count; ++i) entry_at(entry, i)->parent = &entry;
+template <class Node>
+void set_parent_of_children(Node &node) {
+  if (node.level < 1) return;
+  for (int64_t i = 0; i < node.children.count; ++i) node_at(node, i)->parent = &node;
 }
 
 // Sets `children.pool` in `top` and the inner nodes below it; skips leaves below `top`.
-template <class Tree, class Entry>
-void set_pool(const Tree &tree, Entry &top) {
+template <class Tree, class Node>
+void set_children_pools(const Tree &tree, Node &top) {
   top.children.pool = children_pool(tree, top.level);
-  Entry *entry = &top;
-  while ((entry = next_from_above(*entry, top, false)) != nullptr) entry->children.pool = tree.entry_pool;
+  Node *node = &top;
+  while ((node = next_from_above(*node, top, false)) != nullptr) node->children.pool = tree.entry_pool;
 }
 
 // ---- names: the name of a node is the key of its last child
 
 // Calls `use` with the last child, if there is one.
-template <class Entry, class Use>
-void with_last_child(const Entry &entry, Use use) {
-  const int64_t last = entry.children.count - 1;
+template <class Node, class Use>
+void with_last_child(const Node &node, Use use) {
+  const int64_t last = node.children.count - 1;
   if (last < 0) return;
-  if (entry.level > 0) {
-    use(*entry_at(entry, last));
+  if (node.level > 0) {
+    use(*node_at(node, last));
   } else {
-    use(*record_at(entry, last));
+    use(*record_at(node, last));
   }
 }
 
-template <class Entry>
-void copy_name(Entry &entry) {
-  with_last_child(entry, [&](const auto &child) { Policy<Entry>::copy_key(entry, child); });
+template <class Node>
+void copy_name(Node &node) {
+  with_last_child(node, [&](const auto &child) { Policy<Node>::copy_key(node, child); });
 }
 
 // Sets the name of a node and of its ancestors, up to the first that has it already.
 template <class Tree>
-void set_name(const Tree &tree, EntryOf<Tree> &from) {
-  EntryOf<Tree> *entry = &from;
-  while (entry != nullptr) {
-    EntryOf<Tree> *above = nullptr;
-    with_last_child(*entry, [&](const auto &child) {
-      if (Policy<Tree>::has_name(tree, *entry, child)) return;
-      Policy<Tree>::copy_key(*entry, child);
-      above = entry->parent;
+void set_name(const Tree &tree, NodeOf<Tree> &from) {
+  NodeOf<Tree> *node = &from;
+  while (node != nullptr) {
+    NodeOf<Tree> *above = nullptr;
+    with_last_child(*node, [&](const auto &child) {
+      if (Policy<Tree>::has_name(tree, *node, child)) return;
+      Policy<Tree>::copy_key(*node, child);
+      above = node->parent;
     });
-    entry = above;
+    node = above;
   }
 }
 
@@ -131,43 +133,43 @@ void set_name(const Tree &tree, EntryOf<Tree> &from) {
 // Returns a new node with the level and parent of another one, and room for the upper half of its children;
 // nullptr if memory runs out.
 template <class Tree>
-EntryOf<Tree> *sibling_new(Tree &tree, const EntryOf<Tree> &entry) {
-  EntryOf<Tree> *upper = entry_new(tree, entry.level);
+NodeOf<Tree> *new_sibling(Tree &tree, const NodeOf<Tree> &node) {
+  NodeOf<Tree> *upper = new_node(tree, node.level);
   if (upper == nullptr) return nullptr;
-  if (!slots::expand(upper->children, (entry.children.count + 1) / 2)) {
-    return_entry(tree, *upper);
+  if (!slots::expand(upper->children, (node.children.count + 1) / 2)) {
+    return_node(tree, *upper);
     return nullptr;
   }
-  upper->level = entry.level;
-  upper->parent = entry.parent;
+  upper->level = node.level;
+  upper->parent = node.parent;
   return upper;
 }
 
-template <class Entry>
-void move_upper_half(Entry &entry, Entry &upper) {
-  const int64_t kept = entry.children.count / 2;
-  upper.children.count = entry.children.count - kept;
-  entry.children.count = kept;
-  buffer::move_units(upper.children.items, entry.children.items + kept, upper.children.count);
+template <class Node>
+void move_upper_half(Node &node, Node &upper) {
+  const int64_t kept = node.children.count / 2;
+  upper.children.count = node.children.count - kept;
+  node.children.count = kept;
+  buffer::move_units(upper.children.items, node.children.items + kept, upper.children.count);
   set_parent_of_children(upper);
-  copy_name(entry);
+  copy_name(node);
   copy_name(upper);
 }
 
 template <class Tree>
-EntryOf<Tree> *split_off(Tree &tree, EntryOf<Tree> &entry) {
-  EntryOf<Tree> *upper = sibling_new(tree, entry);
-  if (upper != nullptr) move_upper_half(entry, *upper);
+NodeOf<Tree> *split_off(Tree &tree, NodeOf<Tree> &node) {
+  NodeOf<Tree> *upper = new_sibling(tree, node);
+  if (upper != nullptr) move_upper_half(node, *upper);
   return upper;
 }
 
 // The root cannot move, as it is part of the record: its table of children moves to a new node below it.
 template <class Tree>
-void split_root(Tree &tree, EntryOf<Tree> &root) {
-  EntryOf<Tree> *upper = sibling_new(tree, root);
+void split_root(Tree &tree, NodeOf<Tree> &root) {
+  NodeOf<Tree> *upper = new_sibling(tree, root);
   if (upper == nullptr) return;
-  EntryOf<Tree> *lower = entry_new(tree, root.level);
-  if (lower == nullptr) return return_entry(tree, *upper);
+  NodeOf<Tree> *lower = new_node(tree, root.level);
+  if (lower == nullptr) return return_node(tree, *upper);
   move_upper_half(root, *upper);
   lower->level = root.level;
   Policy<Tree>::copy_key(*lower, root);
@@ -184,34 +186,34 @@ void split_root(Tree &tree, EntryOf<Tree> &root) {
 // The index of the upper half of a split node among the parent's children: after the node or, if the parent
 // does not list the node, where its key belongs.
 template <class Tree>
-int64_t index_of_upper(const Tree &tree, const EntryOf<Tree> &parent, const EntryOf<Tree> &entry,
-                       const EntryOf<Tree> &upper) {
+int64_t index_of_upper(const Tree &tree, const NodeOf<Tree> &parent, const NodeOf<Tree> &node,
+                       const NodeOf<Tree> &upper) {
   const mub_arrays &siblings = parent.children;
-  const int64_t index = position(siblings, &entry);
+  const int64_t index = position(siblings, &node);
   if (index < siblings.count) return index + 1;
   return Policy<Tree>::with_order(tree, Policy<Tree>::key_of(tree, upper), [&](const auto &order) {
-    return search<EntryOf<Tree>>(siblings, order).index;
+    return search<NodeOf<Tree>>(siblings, order).index;
   });
 }
 
 // Splits one node, unless memory runs out. Returns the parent if that has to be split next, else nullptr.
 template <class Tree>
-EntryOf<Tree> *split_once(Tree &tree, EntryOf<Tree> &entry) {
-  EntryOf<Tree> *parent = entry.parent;
+NodeOf<Tree> *split_once(Tree &tree, NodeOf<Tree> &node) {
+  NodeOf<Tree> *parent = node.parent;
   if (parent == nullptr) {
-    split_root(tree, entry);
+    split_root(tree, node);
     return nullptr;
   }
   if (!slots::expand(parent->children, parent->children.count + 1)) return nullptr;
-  const EntryOf<Tree> *upper = split_off(tree, entry);
+  const NodeOf<Tree> *upper = split_off(tree, node);
   if (upper == nullptr) return nullptr;
-  insert_child(parent->children, index_of_upper(tree, *parent, entry, *upper), upper);
+  insert_child(parent->children, index_of_upper(tree, *parent, node, *upper), upper);
   return parent->children.count >= kOrder ? parent : nullptr;
 }
 
 template <class Tree>
-void split(Tree &tree, EntryOf<Tree> &entry) {
-  EntryOf<Tree> *over_full = &entry;
+void split(Tree &tree, NodeOf<Tree> &node) {
+  NodeOf<Tree> *over_full = &node;
   while (over_full != nullptr) over_full = split_once(tree, *over_full);
 }
 
