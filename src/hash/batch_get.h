@@ -1,6 +1,6 @@
 // Looks up many keys of a hash table at a time. One look-up waits for its bucket, its entry and its key bytes
 // in turn; those of a group advance together, so that their cache misses overlap. Part of the engine in
-// chained_table.h, where its invariants and policy are.
+// hash_table.h, where its invariants and policy are.
 //
 // Threads: the table is only read.
 #ifndef MUB_HASH_BATCH_GET_H
@@ -10,9 +10,9 @@
 
 #include "base/prefetch.h"
 #include "containers/batch.h"
-#include "hash/chained_table.h"
+#include "hash/hash_table.h"
 
-namespace mub::chained {
+namespace mub::hash_table {
 
 // How many entries of a chain the look-ups pass together: chains have two on average, and few have more than
 // this.
@@ -83,6 +83,6 @@ int64_t get_many(const Table &table, KeyAt key_at, int64_t count, uint64_t *valu
   });
 }
 
-}  // namespace mub::chained
+}  // namespace mub::hash_table
 
 #endif

@@ -1,10 +1,10 @@
-// mub_hash: chained_table.h with byte-string keys.
+// mub_hash: hash_table.h with byte-string keys.
 #include "bytes/bytes.h"
 #include "containers/key_store.h"
 #include "crc32/crc32.h"
 #include "hash/batch_get.h"
-#include "hash/chained_clone.h"
-#include "hash/chained_table.h"
+#include "hash/hash_table.h"
+#include "hash/hash_table_clone.h"
 
 namespace mub {
 namespace {
@@ -58,9 +58,9 @@ struct Policy<mub_hash> : PackedKeys<mub_hash> {
 
   // Called after one entry was unlinked and before `count` is lowered.
   static void lower_offsets(mub_hash &table, keys::Range cut) {
-    const bool fills_pool = chained::fills_its_pool(table, 1);
+    const bool fills_pool = hash_table::fills_its_pool(table, 1);
     keys::lower_offsets<Entry>(table.entry_pool, fills_pool, cut,
-                               [&](auto lower) { chained::for_each(table, lower); });
+                               [&](auto lower) { hash_table::for_each(table, lower); });
   }
 
   template <class Use>
@@ -77,17 +77,17 @@ using namespace mub;
 extern "C" {
 
 mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_value_pool) {
-  chained::init(*hash, with_entry_pool, with_value_pool);
+  hash_table::init(*hash, with_entry_pool, with_value_pool);
   return hash;
 }
 
-void mub_hash_term(mub_hash *hash) { chained::term(*hash); }
+void mub_hash_term(mub_hash *hash) { hash_table::term(*hash); }
 
-void mub_hash_swap(mub_hash *a, mub_hash *b) { chained::swap(*a, *b); }
+void mub_hash_swap(mub_hash *a, mub_hash *b) { hash_table::swap(*a, *b); }
 
 mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
                          mub_pool *destination_user_pool, mub_clone_fn callback) {
-  return chained::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  return hash_table::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
 
 uint64_t mub_hash_key(const void *key, int64_t length, int nocase) {
@@ -101,95 +101,97 @@ int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t b_lengt
 }
 
 int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64_t *value_out, mub_init_fn init) {
-  return chained::set(*hash, measured_key(key, length), *value_out, init);
+  return hash_table::set(*hash, measured_key(key, length), *value_out, init);
 }
 
 uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t length) {
-  return chained::get(*hash, measured_key(key, length));
+  return hash_table::get(*hash, measured_key(key, length));
 }
 
 int64_t mub_hash_get_many(const mub_hash *hash, const void *const *keys, const int64_t *lengths,
                           int64_t count, uint64_t *values_out) {
-  return chained::get_many(*hash, measured_keys(keys, lengths), count, values_out);
+  return hash_table::get_many(*hash, measured_keys(keys, lengths), count, values_out);
 }
 
 int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uint64_t value) {
-  return chained::insert_value(*hash, measured_key(key, length), value);
+  return hash_table::insert_value(*hash, measured_key(key, length), value);
 }
 
 uint64_t mub_hash_update(mub_hash *hash, const void *key, int64_t length, uint64_t value) {
-  return chained::update(*hash, measured_key(key, length), value);
+  return hash_table::update(*hash, measured_key(key, length), value);
 }
 
 int mub_hash_find(const mub_hash *hash, const void *key, int64_t length) {
-  return chained::find(*hash, measured_key(key, length)) != nullptr ? 1 : 0;
+  return hash_table::find(*hash, measured_key(key, length)) != nullptr ? 1 : 0;
 }
 
 uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length) {
-  return chained::remove(*hash, measured_key(key, length));
+  return hash_table::remove(*hash, measured_key(key, length));
 }
 
 mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length, mub_free_fn release) {
-  return chained::free(*hash, measured_key(key, length), release);
+  return hash_table::free(*hash, measured_key(key, length), release);
 }
 
-void mub_hash_remove_all(mub_hash *hash) { chained::remove_all(*hash); }
+void mub_hash_remove_all(mub_hash *hash) { hash_table::remove_all(*hash); }
 
-void mub_hash_free_all(mub_hash *hash, mub_free_fn release) { chained::free_all(*hash, release); }
+void mub_hash_free_all(mub_hash *hash, mub_free_fn release) { hash_table::free_all(*hash, release); }
 
-void mub_hash_remove_all_entry(mub_hash *hash) { chained::remove_all_entry(*hash); }
+void mub_hash_remove_all_entry(mub_hash *hash) { hash_table::remove_all_entry(*hash); }
 
-void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release) { chained::free_all_entry(*hash, release); }
+void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release) {
+  hash_table::free_all_entry(*hash, release);
+}
 
 int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, mub_hash_entry **entry_out) {
   int inserted;
-  *entry_out = chained::insert(*hash, measured_key(key, length), inserted);
+  *entry_out = hash_table::insert(*hash, measured_key(key, length), inserted);
   return inserted;
 }
 
 mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key, int64_t length) {
-  return chained::find(*hash, measured_key(key, length));
+  return hash_table::find(*hash, measured_key(key, length));
 }
 
 mub_hash_entry *mub_hash_entry_first(const mub_hash *hash, int64_t *bucket_out) {
-  return chained::entry_first(*hash, *bucket_out);
+  return hash_table::entry_first(*hash, *bucket_out);
 }
 
 mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucket_io, const mub_hash_entry *entry) {
-  return chained::entry_next(*hash, *bucket_io, *entry);
+  return hash_table::entry_next(*hash, *bucket_io, *entry);
 }
 
 mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint32_t, const void *key, int64_t length,
                                    int *inserted_out) {
-  return chained::entry_new(*hash, bucket, raw_key(key, length), *inserted_out);
+  return hash_table::entry_new(*hash, bucket, raw_key(key, length), *inserted_out);
 }
 
 mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket, uint32_t hash_value,
                                     const void *key, int64_t length) {
-  return chained::find_in(*hash, bucket, hash_value, raw_key(key, length));
+  return hash_table::find_in(*hash, bucket, hash_value, raw_key(key, length));
 }
 
 mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, uint32_t hash_value, const void *key,
                                       int64_t length) {
-  return chained::unlink(*hash, bucket, hash_value, raw_key(key, length));
+  return hash_table::unlink(*hash, bucket, hash_value, raw_key(key, length));
 }
 
-void mub_hash_expand(mub_hash *hash) { chained::expand(*hash); }
+void mub_hash_expand(mub_hash *hash) { hash_table::expand(*hash); }
 
 mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64_t length, int *inserted_out) {
-  return chained::insert(*hash, measured_key(key, length), *inserted_out);
+  return hash_table::insert(*hash, measured_key(key, length), *inserted_out);
 }
 
 mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length) {
-  return length < 0 ? nullptr : chained::find(*hash, raw_key(key, length));
+  return length < 0 ? nullptr : hash_table::find(*hash, raw_key(key, length));
 }
 
 mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length) {
-  return length < 0 ? nullptr : chained::detach(*hash, raw_key(key, length));
+  return length < 0 ? nullptr : hash_table::detach(*hash, raw_key(key, length));
 }
 
 void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length) {
   const keys::Range cut = {offset, static_cast<uint32_t>(length)};
-  chained::for_each(*hash, [&](mub_hash_entry &entry) { keys::lower_offset(entry, cut); });
+  hash_table::for_each(*hash, [&](mub_hash_entry &entry) { keys::lower_offset(entry, cut); });
 }
 }

@@ -1,11 +1,11 @@
-// mub_hasht: chained_table.h with keys of four 32-bit words.
+// mub_hasht: hash_table.h with keys of four 32-bit words.
 #include <algorithm>
 #include <cstddef>
 
 #include "hash/batch_get.h"
-#include "hash/chained_clone.h"
-#include "hash/chained_table.h"
 #include "hash/fixed_keys.h"
+#include "hash/hash_table.h"
+#include "hash/hash_table_clone.h"
 
 namespace mub {
 namespace {
@@ -55,17 +55,17 @@ using namespace mub;
 extern "C" {
 
 mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int with_value_pool) {
-  chained::init(*table, with_entry_pool, with_value_pool);
+  hash_table::init(*table, with_entry_pool, with_value_pool);
   return table;
 }
 
-void mub_hasht_term(mub_hasht *table) { chained::term(*table); }
+void mub_hasht_term(mub_hasht *table) { hash_table::term(*table); }
 
-void mub_hasht_swap(mub_hasht *a, mub_hasht *b) { chained::swap(*a, *b); }
+void mub_hasht_swap(mub_hasht *a, mub_hasht *b) { hash_table::swap(*a, *b); }
 
 mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool, mub_hasht *destination,
                            mub_pool *destination_user_pool, mub_clone_fn callback) {
-  return chained::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  return hash_table::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
 
 uint32_t mub_hasht_key(const uint32_t *key) { return hash_of(key); }
@@ -80,83 +80,83 @@ void mub_hasht_copy(uint32_t *destination, const uint32_t *source) {
 }
 
 int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value_out, mub_init_fn init) {
-  return chained::set(*table, words_of(key), *value_out, init);
+  return hash_table::set(*table, words_of(key), *value_out, init);
 }
 
 uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key) {
-  return chained::get(*table, words_of(key));
+  return hash_table::get(*table, words_of(key));
 }
 
 int64_t mub_hasht_get_many(const mub_hasht *table, const uint32_t (*keys)[4], int64_t count,
                            uint64_t *values_out) {
-  return chained::get_many(
+  return hash_table::get_many(
       *table, [=](int64_t i) { return words_of(keys[i]); }, count, values_out);
 }
 
 int mub_hasht_insert(mub_hasht *table, const uint32_t *key, uint64_t value) {
-  return chained::insert_value(*table, words_of(key), value);
+  return hash_table::insert_value(*table, words_of(key), value);
 }
 
 uint64_t mub_hasht_update(mub_hasht *table, const uint32_t *key, uint64_t value) {
-  return chained::update(*table, words_of(key), value);
+  return hash_table::update(*table, words_of(key), value);
 }
 
 int mub_hasht_find(const mub_hasht *table, const uint32_t *key) {
-  return chained::find(*table, words_of(key)) != nullptr ? 1 : 0;
+  return hash_table::find(*table, words_of(key)) != nullptr ? 1 : 0;
 }
 
 uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key) {
-  return chained::remove(*table, words_of(key));
+  return hash_table::remove(*table, words_of(key));
 }
 
 mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_free_fn release) {
-  return chained::free(*table, words_of(key), release);
+  return hash_table::free(*table, words_of(key), release);
 }
 
-void mub_hasht_remove_all(mub_hasht *table) { chained::remove_all(*table); }
+void mub_hasht_remove_all(mub_hasht *table) { hash_table::remove_all(*table); }
 
-void mub_hasht_free_all(mub_hasht *table, mub_free_fn release) { chained::free_all(*table, release); }
+void mub_hasht_free_all(mub_hasht *table, mub_free_fn release) { hash_table::free_all(*table, release); }
 
-void mub_hasht_remove_all_entry(mub_hasht *table) { chained::remove_all_entry(*table); }
+void mub_hasht_remove_all_entry(mub_hasht *table) { hash_table::remove_all_entry(*table); }
 
 void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release) {
-  chained::free_all_entry(*table, release);
+  hash_table::free_all_entry(*table, release);
 }
 
 int mub_hasht_entry_set(mub_hasht *table, const uint32_t *key, mub_hasht_entry **entry_out) {
   int inserted;
-  *entry_out = chained::insert(*table, words_of(key), inserted);
+  *entry_out = hash_table::insert(*table, words_of(key), inserted);
   return inserted;
 }
 
 mub_hasht_entry *mub_hasht_entry_get(const mub_hasht *table, const uint32_t *key) {
-  return chained::find(*table, words_of(key));
+  return hash_table::find(*table, words_of(key));
 }
 
 mub_hasht_entry *mub_hasht_entry_new(mub_hasht *table, int64_t bucket, const uint32_t *key,
                                      int *inserted_out) {
-  return chained::entry_new(*table, bucket, words_of(key), *inserted_out);
+  return hash_table::entry_new(*table, bucket, words_of(key), *inserted_out);
 }
 
 mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bucket, const uint32_t *key) {
-  return chained::find_in(*table, bucket, 0, words_of(key));
+  return hash_table::find_in(*table, bucket, 0, words_of(key));
 }
 
 mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket, const uint32_t *key) {
-  return chained::unlink(*table, bucket, 0, words_of(key));
+  return hash_table::unlink(*table, bucket, 0, words_of(key));
 }
 
-void mub_hasht_expand(mub_hasht *table) { chained::expand(*table); }
+void mub_hasht_expand(mub_hasht *table) { hash_table::expand(*table); }
 
 mub_hasht_entry *mub_hasht_insert_t(mub_hasht *table, const uint32_t *key, int *inserted_out) {
-  return chained::insert(*table, words_of(key), *inserted_out);
+  return hash_table::insert(*table, words_of(key), *inserted_out);
 }
 
 mub_hasht_entry *mub_hasht_find_t(const mub_hasht *table, const uint32_t *key) {
-  return chained::find(*table, words_of(key));
+  return hash_table::find(*table, words_of(key));
 }
 
 mub_hasht_entry *mub_hasht_remove_t(mub_hasht *table, const uint32_t *key) {
-  return chained::detach(*table, words_of(key));
+  return hash_table::detach(*table, words_of(key));
 }
 }

@@ -1,11 +1,11 @@
-// mub_list: linked_chain.h with byte-string keys.
+// mub_list: linked_list.h with byte-string keys.
 #include <algorithm>
 #include <utility>
 
 #include "bytes/bytes.h"
 #include "bytes/text_pieces.h"
 #include "containers/key_store.h"
-#include "list/linked_chain.h"
+#include "list/linked_list.h"
 
 namespace mub {
 
@@ -23,7 +23,7 @@ struct Policy<mub_list> : ListEntries<mub_list, PackedKeys<mub_list>> {
   static void lower_offsets(mub_list &list, keys::Range cut) {
     const bool fills_pool = holds_only<Entry>(entry_pool_of(list), list.count);
     keys::lower_offsets<Entry>(list.entry_pool, fills_pool, cut,
-                               [&](auto lower) { chain::for_each(list, lower); });
+                               [&](auto lower) { linked_list::for_each(list, lower); });
   }
 };
 
@@ -33,24 +33,24 @@ uint64_t read_entry(const mub_list &list, const mub_list_entry *entry, const cha
   const ByteKey bytes = entry != nullptr ? Policy<mub_list>::key_of(list, *entry) : ByteKey{nullptr, 0};
   *key = reinterpret_cast<const char *>(bytes.bytes);
   *length = bytes.length;
-  return chain::value_or_0(entry);
+  return linked_list::value_or_0(entry);
 }
 
 }  // namespace
 }  // namespace mub
 
 using namespace mub;
-using chain::End;
+using linked_list::End;
 
 extern "C" {
 
 mub_list *mub_list_init(mub_list *list, int own_entry_pool, int own_value_pool) {
-  chain::init(*list, own_entry_pool, own_value_pool);
+  linked_list::init(*list, own_entry_pool, own_value_pool);
   return list;
 }
 
 mub_list *mub_list_term(mub_list *list) {
-  chain::term(*list);
+  linked_list::term(*list);
   return list;
 }
 
@@ -58,44 +58,44 @@ void mub_list_swap(mub_list *a, mub_list *b) { std::swap(*a, *b); }
 
 mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_pool, mub_list *destination,
                          mub_pool *destination_user_pool, mub_clone_fn callback) {
-  chain::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  linked_list::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
 }
 
-mub_list_entry *mub_list_entry_new(mub_list *list) { return chain::take_entry(*list); }
+mub_list_entry *mub_list_entry_new(mub_list *list) { return linked_list::take_entry(*list); }
 
 mub_list_entry *mub_list_add_head(mub_list *list, const void *key, int64_t length, uint64_t value) {
-  return chain::add(*list, chain::gap_at(*list, End::kHead), measured_key(key, length), value);
+  return linked_list::add(*list, linked_list::gap_at(*list, End::kHead), measured_key(key, length), value);
 }
 
 mub_list_entry *mub_list_add_tail(mub_list *list, const void *key, int64_t length, uint64_t value) {
-  return chain::add(*list, chain::gap_at(*list, End::kTail), measured_key(key, length), value);
+  return linked_list::add(*list, linked_list::gap_at(*list, End::kTail), measured_key(key, length), value);
 }
 
 uint64_t mub_list_add_head_new(mub_list *list, const void *key, int64_t length, mub_init_fn init) {
-  return chain::add_new(*list, End::kHead, measured_key(key, length), init);
+  return linked_list::add_new(*list, End::kHead, measured_key(key, length), init);
 }
 
 uint64_t mub_list_add_tail_new(mub_list *list, const void *key, int64_t length, mub_init_fn init) {
-  return chain::add_new(*list, End::kTail, measured_key(key, length), init);
+  return linked_list::add_new(*list, End::kTail, measured_key(key, length), init);
 }
 
 void mub_list_add_head_list(mub_list *list, const mub_list *source) {
-  chain::add_list(*list, *source, End::kHead);
+  linked_list::add_list(*list, *source, End::kHead);
 }
 
 void mub_list_add_tail_list(mub_list *list, const mub_list *source) {
-  chain::add_list(*list, *source, End::kTail);
+  linked_list::add_list(*list, *source, End::kTail);
 }
 
 mub_list_entry *mub_list_insert_before(mub_list *list, mub_list_entry *position, const void *key,
                                        int64_t length, uint64_t value) {
-  return chain::add(*list, chain::gap_before(*list, position), measured_key(key, length), value);
+  return linked_list::add(*list, linked_list::gap_before(*list, position), measured_key(key, length), value);
 }
 
 mub_list_entry *mub_list_insert_after(mub_list *list, mub_list_entry *position, const void *key,
                                       int64_t length, uint64_t value) {
-  return chain::add(*list, chain::gap_after(*list, position), measured_key(key, length), value);
+  return linked_list::add(*list, linked_list::gap_after(*list, position), measured_key(key, length), value);
 }
 
 mub_list_entry *mub_list_get_head_position(const mub_list *list) { return list->head; }
@@ -112,12 +112,12 @@ uint64_t mub_list_get_tail(const mub_list *list, const char **key, int64_t *leng
 
 uint64_t mub_list_get_next(const mub_list *list, mub_list_entry **position, const char **key,
                            int64_t *length) {
-  return read_entry(*list, chain::step(*position, End::kHead), key, length);
+  return read_entry(*list, linked_list::step(*position, End::kHead), key, length);
 }
 
 uint64_t mub_list_get_prev(const mub_list *list, mub_list_entry **position, const char **key,
                            int64_t *length) {
-  return read_entry(*list, chain::step(*position, End::kTail), key, length);
+  return read_entry(*list, linked_list::step(*position, End::kTail), key, length);
 }
 
 uint64_t mub_list_get_at(const mub_list *list, const mub_list_entry *position, const char **key,
@@ -127,30 +127,32 @@ uint64_t mub_list_get_at(const mub_list *list, const mub_list_entry *position, c
 
 mub_list_entry *mub_list_find(const mub_list *list, const void *key, int64_t length) {
   const ByteKey wanted = measured_key(key, length);
-  return chain::find(*list, [&](const mub_list_entry &entry) {
+  return linked_list::find(*list, [&](const mub_list_entry &entry) {
     const ByteKey own = Policy<mub_list>::key_of(*list, entry);
     return bytes::equal(own.bytes, own.length, wanted.bytes, wanted.length);
   });
 }
 
-uint64_t mub_list_remove_head(mub_list *list) { return chain::remove(*list, list->head); }
+uint64_t mub_list_remove_head(mub_list *list) { return linked_list::remove(*list, list->head); }
 
-uint64_t mub_list_remove_tail(mub_list *list) { return chain::remove(*list, list->tail); }
+uint64_t mub_list_remove_tail(mub_list *list) { return linked_list::remove(*list, list->tail); }
 
 uint64_t mub_list_remove_at(mub_list *list, mub_list_entry *position) {
-  return chain::remove_at(*list, position);
+  return linked_list::remove_at(*list, position);
 }
 
 mub_list *mub_list_remove_all(mub_list *list) {
-  chain::remove_all(*list);
+  linked_list::remove_all(*list);
   return list;
 }
 
-void mub_list_free_all(mub_list *list, mub_free_fn release) { chain::free_all(*list, release); }
+void mub_list_free_all(mub_list *list, mub_free_fn release) { linked_list::free_all(*list, release); }
 
-void mub_list_remove_all_entry(mub_list *list) { chain::return_to_external_pool(*list); }
+void mub_list_remove_all_entry(mub_list *list) { linked_list::return_to_external_pool(*list); }
 
-void mub_list_free_all_entry(mub_list *list, mub_free_fn release) { chain::free_all_entry(*list, release); }
+void mub_list_free_all_entry(mub_list *list, mub_free_fn release) {
+  linked_list::free_all_entry(*list, release);
+}
 
 void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length) {
   Policy<mub_list>::lower_offsets(*list, {offset, static_cast<uint32_t>(length)});
@@ -163,16 +165,18 @@ void mub_list_from_string(mub_list *list, int separator, const char *text, int64
   if (pinned.failed()) return;
   const int64_t old_count = list->count;
   const auto add = [list](const char *key, int64_t key_length) {
-    return chain::add(*list, chain::gap_at(*list, End::kTail), raw_key(key, key_length), 0) != nullptr;
+    return linked_list::add(*list, linked_list::gap_at(*list, End::kTail), raw_key(key, key_length), 0) !=
+           nullptr;
   };
   const auto *own_text = static_cast<const char *>(pinned.bytes());
-  if (!pieces::for_each(own_text, text_length, separator, add)) chain::retract(*list, End::kTail, old_count);
+  if (!pieces::for_each(own_text, text_length, separator, add))
+    linked_list::retract(*list, End::kTail, old_count);
 }
 
 void mub_list_to_string(const mub_list *list, int separator, mub_string *string) {
   const int64_t room = list->keys.length + std::max<int64_t>(list->count - 1, 0);
   pieces::join(*string, room, separator, [list](auto visit) {
-    chain::for_each(*list, [&](const mub_list_entry &entry) {
+    linked_list::for_each(*list, [&](const mub_list_entry &entry) {
       const ByteKey key = Policy<mub_list>::key_of(*list, entry);
       visit(pieces::BytesText{key.bytes, key.length});
     });

@@ -1,8 +1,8 @@
-// mub_listx: an unrolled list. The entries of linked_chain.h are blocks of up to 32 values.
+// mub_listx: an unrolled list. The entries of linked_list.h are blocks of up to 32 values.
 #include <algorithm>
 #include <utility>
 
-#include "list/linked_chain.h"
+#include "list/linked_list.h"
 
 namespace mub {
 namespace {
@@ -25,18 +25,19 @@ struct Policy<mub_listx> : ListEntries<mub_listx, NoKeys<mub_listx>> {
 
 namespace {
 
-using chain::End;
+using linked_list::End;
 
 // Returns a block with room for one more value: the one at the end of the list, or a new one, not yet linked.
 template <End kEnd>
 mub_listx_block *block_with_room(mub_listx &list) {
-  mub_listx_block *block = chain::entry_at(list, kEnd);
-  return block != nullptr && held(*block) < kSlots ? block : chain::take_entry(list);
+  mub_listx_block *block = linked_list::entry_at(list, kEnd);
+  return block != nullptr && held(*block) < kSlots ? block : linked_list::take_entry(list);
 }
 
 template <End kEnd>
 void put(mub_listx &list, mub_listx_block &block, uint64_t value) {
-  if (&block != chain::entry_at(list, kEnd)) chain::link(list, chain::gap_at(list, kEnd), block);
+  if (&block != linked_list::entry_at(list, kEnd))
+    linked_list::link(list, linked_list::gap_at(list, kEnd), block);
   const int64_t count = held(block);
   uint64_t *slot = block.values + count;
   if constexpr (kEnd == End::kHead) {
@@ -72,7 +73,7 @@ uint64_t add_new(mub_listx &list, mub_init_fn init) {
 
 template <End kEnd>
 uint64_t remove(mub_listx &list) {
-  mub_listx_block *block = chain::entry_at(list, kEnd);
+  mub_listx_block *block = linked_list::entry_at(list, kEnd);
   const int64_t count = block != nullptr ? held(*block) : 0;
   if (count == 0) return 0;
   const int64_t rest = count - 1;
@@ -80,7 +81,7 @@ uint64_t remove(mub_listx &list) {
   --list.count;
   block->count = rest;
   if (rest == 0) {
-    chain::unlink(list, *block);
+    linked_list::unlink(list, *block);
     pool::give(list.entry_pool, block);
   } else if constexpr (kEnd == End::kHead) {
     std::copy(block->values + 1, block->values + count, block->values);
@@ -96,16 +97,16 @@ using namespace mub;
 extern "C" {
 
 mub_listx *mub_listx_init(mub_listx *list, int own_entry_pool, int own_value_pool) {
-  chain::init(*list, own_entry_pool, own_value_pool);
+  linked_list::init(*list, own_entry_pool, own_value_pool);
   return list;
 }
 
 mub_listx *mub_listx_term(mub_listx *list) {
-  chain::term(*list);
+  linked_list::term(*list);
   return list;
 }
 
-mub_listx_block *mub_listx_entry_new(mub_listx *list) { return chain::take_entry(*list); }
+mub_listx_block *mub_listx_entry_new(mub_listx *list) { return linked_list::take_entry(*list); }
 
 mub_listx *mub_listx_add_head(mub_listx *list, uint64_t value) { return add<End::kHead>(*list, value); }
 
@@ -124,15 +125,17 @@ uint64_t mub_listx_remove_head(mub_listx *list) { return remove<End::kHead>(*lis
 uint64_t mub_listx_remove_tail(mub_listx *list) { return remove<End::kTail>(*list); }
 
 mub_listx *mub_listx_remove_all(mub_listx *list) {
-  chain::remove_all(*list);
+  linked_list::remove_all(*list);
   return list;
 }
 
-void mub_listx_free_all(mub_listx *list, mub_free_fn release) { chain::free_all(*list, release); }
+void mub_listx_free_all(mub_listx *list, mub_free_fn release) { linked_list::free_all(*list, release); }
 
-void mub_listx_remove_all_entry(mub_listx *list) { chain::return_to_external_pool(*list); }
+void mub_listx_remove_all_entry(mub_listx *list) { linked_list::return_to_external_pool(*list); }
 
-void mub_listx_free_all_entry(mub_listx *list, mub_free_fn release) { chain::free_all_entry(*list, release); }
+void mub_listx_free_all_entry(mub_listx *list, mub_free_fn release) {
+  linked_list::free_all_entry(*list, release);
+}
 
 void mub_listx_free_array(mub_listx *list, mub_listx_block *block, mub_free_fn release) {
   Policy<mub_listx>::release_values(*list, *block, release);

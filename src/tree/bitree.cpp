@@ -71,40 +71,40 @@ void add(mub_bitree &tree, mub_bitree_entry &entry, int direction, mub_bitree_en
 extern "C" {
 
 mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int own_value_pool) {
-  linked::init(*tree, own_entry_pool, own_value_pool);
+  linked_tree::init(*tree, own_entry_pool, own_value_pool);
   return tree;
 }
 
 mub_bitree *mub_bitree_term(mub_bitree *tree) {
-  linked::term(*tree);
+  linked_tree::term(*tree);
   return tree;
 }
 
 mub_bitree *mub_bitree_remove_all(mub_bitree *tree) {
-  linked::remove_all(*tree);
+  linked_tree::remove_all(*tree);
   return tree;
 }
 
 mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release) {
-  linked::free_all(*tree, release);
+  linked_tree::free_all(*tree, release);
   return tree;
 }
 
 mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_user_pool, mub_bitree *destination,
                              mub_pool *destination_user_pool, mub_clone_fn callback) {
-  linked::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  linked_tree::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
 }
 
 mub_bitree_entry *mub_bitree_clone_entry(mub_bitree *tree, const mub_bitree_entry *source) {
-  return linked::Copying(*tree).clone(*source);
+  return linked_tree::Copying(*tree).clone(*source);
 }
 
 void mub_bitree_set_parent(mub_bitree_entry *entry) { Policy<mub_bitree>::set_parent(*entry); }
 
 void mub_bitree_entry_init(mub_bitree_entry *entry) { *entry = {}; }
 
-mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree) { return linked::take_entry(*tree); }
+mub_bitree_entry *mub_bitree_entry_new(mub_bitree *tree) { return linked_tree::take_entry(*tree); }
 
 mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *entry, int direction,
                                  mub_bitree_entry *added) {
@@ -112,13 +112,13 @@ mub_bitree *mub_bitree_entry_add(mub_bitree *tree, mub_bitree_entry *entry, int 
   return tree;
 }
 
-void mub_bitree_entry_swap(mub_bitree_entry *a, mub_bitree_entry *b) { linked::swap_entries(*a, *b); }
+void mub_bitree_entry_swap(mub_bitree_entry *a, mub_bitree_entry *b) { linked_tree::swap_entries(*a, *b); }
 
 void mub_bitree_entry_remove(mub_bitree *tree, mub_bitree_entry *entry) {
-  linked::return_entries(*tree, *entry);
+  linked_tree::return_entries(*tree, *entry);
 }
 
 void mub_bitree_entry_free(mub_bitree *tree, mub_bitree_entry *entry, mub_free_fn release) {
-  linked::free_entries(*tree, *entry, release);
+  linked_tree::free_entries(*tree, *entry, release);
 }
 }

@@ -47,7 +47,7 @@
 #include "mub_tree.h"
 #include "pool/pool.h"
 
-namespace mub::linked {
+namespace mub::linked_tree {
 
 // Calls enter(entry) before and leave(entry, above) after the entries below it. `enter` may replace the
 // branches, `leave` may return the entry to its pool.
@@ -235,6 +235,6 @@ void clone(const Tree &source, Tree &copy, CloneCallback callback) {
   if (!Copying(copy).clone(source, callback)) remove_all(copy);
 }
 
-}  // namespace mub::linked
+}  // namespace mub::linked_tree
 
 #endif

@@ -119,7 +119,7 @@ Entry *follow(const Entry &start, int64_t depth, const mub_array &path, const Co
 }
 
 Entry *append_new(mub_tree &tree, Entry &parent) {
-  Entry *entry = linked::take_entry(tree);
+  Entry *entry = linked_tree::take_entry(tree);
   if (entry == nullptr) return nullptr;
   rings::link_last(parent, *entry);
   ++tree.count;
@@ -166,33 +166,33 @@ void prepend_path(const Entry &entry, mub_arrayt &array) {
 extern "C" {
 
 mub_tree *mub_tree_init(mub_tree *tree, int own_entry_pool, int own_value_pool) {
-  linked::init(*tree, own_entry_pool, own_value_pool);
+  linked_tree::init(*tree, own_entry_pool, own_value_pool);
   return tree;
 }
 
 mub_tree *mub_tree_term(mub_tree *tree) {
-  linked::term(*tree);
+  linked_tree::term(*tree);
   return tree;
 }
 
 mub_tree *mub_tree_remove_all(mub_tree *tree) {
-  linked::remove_all(*tree);
+  linked_tree::remove_all(*tree);
   return tree;
 }
 
 mub_tree *mub_tree_free_all(mub_tree *tree, mub_free_fn release) {
-  linked::free_all(*tree, release);
+  linked_tree::free_all(*tree, release);
   return tree;
 }
 
 mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_pool, mub_tree *destination,
                          mub_pool *destination_user_pool, mub_clone_fn callback) {
-  linked::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+  linked_tree::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
 }
 
 mub_tree_entry *mub_tree_clone_entry(mub_tree *tree, const mub_tree_entry *source) {
-  return linked::Copying(*tree).clone(*source);
+  return linked_tree::Copying(*tree).clone(*source);
 }
 
 int mub_tree_cmp(const void *a, int64_t a_length, const void *b, int64_t b_length) {
@@ -203,7 +203,7 @@ void mub_tree_set_parent(mub_tree_entry *entry) { Policy<mub_tree>::set_parent(*
 
 void mub_tree_entry_init(mub_tree_entry *entry) { *entry = {}; }
 
-mub_tree_entry *mub_tree_entry_new(mub_tree *tree) { return linked::take_entry(*tree); }
+mub_tree_entry *mub_tree_entry_new(mub_tree *tree) { return linked_tree::take_entry(*tree); }
 
 void mub_tree_entry_append(mub_tree *tree, mub_tree_entry *parent, mub_tree_entry *child) {
   if (parent == nullptr || child == nullptr) return;
@@ -224,14 +224,14 @@ void mub_tree_entry_remove(mub_tree *tree, mub_tree_entry *entry) {
 }
 
 void mub_tree_entry_remove_x(mub_tree *tree, mub_tree_entry *entry) {
-  if (tree->owns_entry_pool == 0) linked::return_entries(*tree, *entry);
+  if (tree->owns_entry_pool == 0) linked_tree::return_entries(*tree, *entry);
 }
 
 void mub_tree_entry_free(mub_tree *tree, mub_tree_entry *entry, mub_free_fn release) {
-  linked::free_entries(*tree, *entry, release);
+  linked_tree::free_entries(*tree, *entry, release);
 }
 
-void mub_tree_entry_swap(mub_tree_entry *a, mub_tree_entry *b) { linked::swap_entries(*a, *b); }
+void mub_tree_entry_swap(mub_tree_entry *a, mub_tree_entry *b) { linked_tree::swap_entries(*a, *b); }
 
 mub_tree_entry *mub_tree_entry_last(const mub_tree_entry *entry) { return rings::last_child(*entry); }
 

@@ -1,4 +1,4 @@
-// The engine of the lists: a doubly linked chain of entries, which are blocks of a pool and never move. An
+// The engine of the lists: doubly linked lists of entries, which are blocks of a pool and never move. An
 // entry has one value; in mub_listx it is a block of up to 32, and listx.cpp adds and removes values itself.
 //
 //   list   head ──► entry ◄──► entry ◄──► entry ◄── tail
@@ -19,8 +19,8 @@
 //   Entry                                     the struct of an entry
 //   retract_key(list, entry)                  removes the key that was stored last; used to undo additions
 //   release_values(list, entry, release_it)   releases the values of an entry
-#ifndef MUB_LIST_LINKED_CHAIN_H
-#define MUB_LIST_LINKED_CHAIN_H
+#ifndef MUB_LIST_LINKED_LIST_H
+#define MUB_LIST_LINKED_LIST_H
 
 #include <cstdint>
 #include <type_traits>
@@ -45,7 +45,7 @@ struct ListEntries : Keys {
   }
 };
 
-namespace chain {
+namespace linked_list {
 
 // ---- positions
 
@@ -341,7 +341,7 @@ void clone(const List &source, List &copy, CloneCallback callback) {
   if (!copy_content(source, copy, callback)) remove_all_with_values(copy);
 }
 
-}  // namespace chain
+}  // namespace linked_list
 }  // namespace mub
 
 #endif

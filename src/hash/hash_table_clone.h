@@ -1,14 +1,14 @@
 // Cloning a hash table. If source and copy own their entry pools, blocks are copied chunk by chunk and the
 // addresses in them translated; otherwise entries are copied individually to new blocks of the copy's pool.
-// Buckets and the order of the chains are those of the source. Invariants and policy: see chained_table.h.
+// Buckets and the order of the chains are those of the source. Invariants and policy: see hash_table.h.
 // Threads: the source is only read.
-#ifndef MUB_HASH_CHAINED_CLONE_H
-#define MUB_HASH_CHAINED_CLONE_H
+#ifndef MUB_HASH_HASH_TABLE_CLONE_H
+#define MUB_HASH_HASH_TABLE_CLONE_H
 
 #include "containers/pool_copy.h"
-#include "hash/chained_table.h"
+#include "hash/hash_table.h"
 
-namespace mub::chained {
+namespace mub::hash_table {
 
 template <class Table>
 class Cloning {
@@ -92,6 +92,6 @@ Table *clone(const Table &source, Table &copy, CloneCallback callback) {
   return &copy;
 }
 
-}  // namespace mub::chained
+}  // namespace mub::hash_table
 
 #endif

@@ -38,8 +38,8 @@
 //   with_pinned(table, key, use)        calls use(key) with a copy of the key if it lies in the key stream,
 //                                       which may move; returns nullptr if memory runs out
 // erase_key leaves the key fields of the removed entry unchanged.
-#ifndef MUB_HASH_CHAINED_TABLE_H
-#define MUB_HASH_CHAINED_TABLE_H
+#ifndef MUB_HASH_HASH_TABLE_H
+#define MUB_HASH_HASH_TABLE_H
 
 #include <algorithm>
 #include <cstdint>
@@ -52,7 +52,7 @@
 #include "mub_hash.h"
 #include "pool/pool.h"
 
-namespace mub::chained {
+namespace mub::hash_table {
 
 // The growth rule. Callers see buckets and capacities: these constants are part of the interface.
 constexpr int64_t kFirstBuckets = 4;
@@ -457,6 +457,6 @@ void free_all(Table &table, mub_free_fn release_it) {
   table.count = 0;
 }
 
-}  // namespace mub::chained
+}  // namespace mub::hash_table
 
 #endif
