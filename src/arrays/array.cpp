@@ -125,44 +125,44 @@ void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn free) {
 
 int mub_array_insert(mub_array *array, const void *key, int64_t length, uint64_t value) {
   const ByteKey wanted = measured_key(key, length);
-  return slots::insert(*array, wanted, value, ByteOrder{*array, wanted});
+  return slots::insert(*array, wanted, value, ByteSearchOrder{*array, wanted});
 }
 
 int mub_array_insert_new(mub_array *array, const void *key, int64_t length, uint64_t *value,
                          mub_init_fn init) {
   const ByteKey wanted = measured_key(key, length);
-  return slots::insert_new(*array, wanted, *value, init, ByteOrder{*array, wanted});
+  return slots::insert_new(*array, wanted, *value, init, ByteSearchOrder{*array, wanted});
 }
 
 uint64_t mub_array_update(mub_array *array, const void *key, int64_t length, uint64_t value) {
-  return slots::exchange_value(slots::find_slot(*array, byte_order(*array, key, length)), value);
+  return slots::exchange_value(slots::find_slot(*array, byte_search_order(*array, key, length)), value);
 }
 
 uint64_t mub_array_remove(mub_array *array, const void *key, int64_t length) {
-  return slots::remove_at(*array, slots::find_index(*array, byte_order(*array, key, length)));
+  return slots::remove_at(*array, slots::find_index(*array, byte_search_order(*array, key, length)));
 }
 
 void mub_array_free(mub_array *array, const void *key, int64_t length, mub_free_fn free) {
-  slots::free_at(*array, slots::find_index(*array, byte_order(*array, key, length)), free);
+  slots::free_at(*array, slots::find_index(*array, byte_search_order(*array, key, length)), free);
 }
 
 mub_array_entry *mub_array_entry_insert(mub_array *array, const void *key, int64_t length) {
   if (length < 0 && array->count != 0)
-    return slots::find_slot(*array, ByteOrder{*array, raw_key(key, length)});
+    return slots::find_slot(*array, ByteSearchOrder{*array, raw_key(key, length)});
   const ByteKey wanted = measured_key(key, length);
-  return slots::find_or_insert(*array, wanted, ByteOrder{*array, wanted});
+  return slots::find_or_insert(*array, wanted, ByteSearchOrder{*array, wanted});
 }
 
 mub_array_entry *mub_array_entry_find(const mub_array *array, const void *key, int64_t length) {
-  return slots::find_slot(*array, ByteOrder{*array, raw_key(key, length)});
+  return slots::find_slot(*array, ByteSearchOrder{*array, raw_key(key, length)});
 }
 
 uint64_t mub_array_find(const mub_array *array, const void *key, int64_t length) {
-  return slots::value_or_0(slots::find_slot(*array, byte_order(*array, key, length)));
+  return slots::value_or_0(slots::find_slot(*array, byte_search_order(*array, key, length)));
 }
 
 int64_t mub_array_find_index(const mub_array *array, const void *key, int64_t length) {
-  return slots::find_index(*array, byte_order(*array, key, length));
+  return slots::find_index(*array, byte_search_order(*array, key, length));
 }
 
 uint64_t mub_array_afind(const mub_array *array, const void *key, int64_t length) {
@@ -174,20 +174,20 @@ int64_t mub_array_afind_index(const mub_array *array, const void *key, int64_t l
 }
 
 uint64_t mub_array_bfind(const mub_array *array, const void *key, int64_t length) {
-  return slots::value_or_0(slots::nearest_slot(*array, byte_order(*array, key, length)));
+  return slots::value_or_0(slots::nearest_slot(*array, byte_search_order(*array, key, length)));
 }
 
 int64_t mub_array_bfind_index(const mub_array *array, const void *key, int64_t length) {
-  return slots::nearest_index(*array, byte_order(*array, key, length));
+  return slots::nearest_index(*array, byte_search_order(*array, key, length));
 }
 
 void mub_array_qsort(mub_array *array, int ascending) {
-  slots::sort(*array, ascending != 0, ByteKeyOrder(*array));
+  slots::sort(*array, ascending != 0, ByteSortOrder(*array));
 }
 
-void mub_array_qsort_p(mub_array *array) { slots::sort(*array, true, ByteKeyOrder(*array)); }
+void mub_array_qsort_p(mub_array *array) { slots::sort(*array, true, ByteSortOrder(*array)); }
 
-void mub_array_qsort_n(mub_array *array) { slots::sort(*array, false, ByteKeyOrder(*array)); }
+void mub_array_qsort_n(mub_array *array) { slots::sort(*array, false, ByteSortOrder(*array)); }
 
 void mub_array_qsort_x(mub_array *array, int ascending, mub_compare_fn compare) {
   if (compare != nullptr) slots::sort_values(*array, ascending != 0, compare);

@@ -87,39 +87,39 @@ void mub_arrayd_free_at(mub_arrayd *array, int64_t index, mub_free_fn free) {
 }
 
 int mub_arrayd_insert(mub_arrayd *array, uint32_t key, uint64_t value) {
-  return slots::insert(*array, key, value, IntegerOrder{key});
+  return slots::insert(*array, key, value, IntegerSearchOrder{key});
 }
 
 int mub_arrayd_insert_new(mub_arrayd *array, uint32_t key, uint64_t *value, mub_init_fn init) {
-  return slots::insert_new(*array, key, *value, init, IntegerOrder{key});
+  return slots::insert_new(*array, key, *value, init, IntegerSearchOrder{key});
 }
 
 uint64_t mub_arrayd_update(mub_arrayd *array, uint32_t key, uint64_t value) {
-  return slots::exchange_value(slots::find_slot(*array, IntegerOrder{key}), value);
+  return slots::exchange_value(slots::find_slot(*array, IntegerSearchOrder{key}), value);
 }
 
 uint64_t mub_arrayd_remove(mub_arrayd *array, uint32_t key) {
-  return slots::remove_at(*array, slots::find_index(*array, IntegerOrder{key}));
+  return slots::remove_at(*array, slots::find_index(*array, IntegerSearchOrder{key}));
 }
 
 void mub_arrayd_free(mub_arrayd *array, uint32_t key, mub_free_fn free) {
-  slots::free_at(*array, slots::find_index(*array, IntegerOrder{key}), free);
+  slots::free_at(*array, slots::find_index(*array, IntegerSearchOrder{key}), free);
 }
 
 mub_arrayd_entry *mub_arrayd_entry_insert(mub_arrayd *array, uint32_t key) {
-  return slots::find_or_insert(*array, key, IntegerOrder{key});
+  return slots::find_or_insert(*array, key, IntegerSearchOrder{key});
 }
 
 mub_arrayd_entry *mub_arrayd_entry_find(const mub_arrayd *array, uint32_t key) {
-  return slots::find_slot(*array, IntegerOrder{key});
+  return slots::find_slot(*array, IntegerSearchOrder{key});
 }
 
 uint64_t mub_arrayd_find(const mub_arrayd *array, uint32_t key) {
-  return slots::value_or_0(slots::find_slot(*array, IntegerOrder{key}));
+  return slots::value_or_0(slots::find_slot(*array, IntegerSearchOrder{key}));
 }
 
 int64_t mub_arrayd_find_index(const mub_arrayd *array, uint32_t key) {
-  return slots::find_index(*array, IntegerOrder{key});
+  return slots::find_index(*array, IntegerSearchOrder{key});
 }
 
 uint64_t mub_arrayd_afind(const mub_arrayd *array, uint32_t key) {
@@ -131,11 +131,11 @@ int64_t mub_arrayd_afind_index(const mub_arrayd *array, uint32_t key) {
 }
 
 uint64_t mub_arrayd_bfind(const mub_arrayd *array, uint32_t key) {
-  return slots::value_or_0(slots::nearest_slot(*array, IntegerOrder{key}));
+  return slots::value_or_0(slots::nearest_slot(*array, IntegerSearchOrder{key}));
 }
 
 int64_t mub_arrayd_bfind_index(const mub_arrayd *array, uint32_t key) {
-  return slots::nearest_index(*array, IntegerOrder{key});
+  return slots::nearest_index(*array, IntegerSearchOrder{key});
 }
 
 void mub_arrayd_qsort(mub_arrayd *array, int ascending) { integers::sort(*array, ascending != 0); }

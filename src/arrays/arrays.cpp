@@ -6,7 +6,7 @@ using namespace mub;
 namespace {
 
 // Compares items with a searched key by a caller's comparator.
-struct ItemOrder {
+struct ItemSearchOrder {
   static constexpr bool kIsDifference = false;
   uint64_t key;
   uint64_t context;
@@ -16,7 +16,7 @@ struct ItemOrder {
   int operator()(uint64_t item) const { return call(item, key, context); }
 };
 
-struct ContextOrder {
+struct ContextSearchOrder {
   static constexpr bool kIsDifference = false;
   uint64_t context;
   uint64_t key;
@@ -29,26 +29,26 @@ struct ContextOrder {
 
 // For both kinds of comparator. Without a comparator nothing is found, and new items are appended.
 
-template <class Order>
-int insert(mub_arrays &array, uint64_t item, const Order &order) {
+template <class SearchOrder>
+int insert(mub_arrays &array, uint64_t item, const SearchOrder &order) {
   if (order.is_given()) return slots::insert(array, NoKey{}, item, order);
   slots::append(array, NoKey{}, item);
   return 1;
 }
 
-template <class Order>
-int insert_new(mub_arrays &array, uint64_t &item_out, mub_init_fn init, const Order &order) {
+template <class SearchOrder>
+int insert_new(mub_arrays &array, uint64_t &item_out, mub_init_fn init, const SearchOrder &order) {
   if (order.is_given()) return slots::insert_new(array, NoKey{}, item_out, init, order);
   return slots::insert_new_at(array, array.count, NoKey{}, item_out, init);
 }
 
-template <class Order>
-int64_t find_index(const mub_arrays &array, const Order &order) {
+template <class SearchOrder>
+int64_t find_index(const mub_arrays &array, const SearchOrder &order) {
   return order.is_given() ? slots::find_index(array, order) : -1;
 }
 
-template <class Order>
-int64_t nearest_index(const mub_arrays &array, const Order &order) {
+template <class SearchOrder>
+int64_t nearest_index(const mub_arrays &array, const SearchOrder &order) {
   return order.is_given() ? slots::nearest_index(array, order) : -1;
 }
 
@@ -137,90 +137,90 @@ void mub_arrays_free_at(mub_arrays *array, int64_t index, mub_free_fn free) {
 }
 
 int mub_arrays_insert(mub_arrays *array, uint64_t item, uint64_t context, mub_compare_item_fn compare) {
-  return insert(*array, item, ItemOrder{item, context, compare});
+  return insert(*array, item, ItemSearchOrder{item, context, compare});
 }
 
 int mub_arrays_insert_x(mub_arrays *array, uint64_t context, uint64_t item, uint64_t extra,
                         mub_compare_context_fn compare) {
-  return insert(*array, item, ContextOrder{context, item, extra, compare});
+  return insert(*array, item, ContextSearchOrder{context, item, extra, compare});
 }
 
 int mub_arrays_insert_new(mub_arrays *array, uint64_t key, uint64_t context, uint64_t *item, mub_init_fn init,
                           mub_compare_item_fn compare) {
-  return insert_new(*array, *item, init, ItemOrder{key, context, compare});
+  return insert_new(*array, *item, init, ItemSearchOrder{key, context, compare});
 }
 
 int mub_arrays_insert_new_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra, uint64_t *item,
                             mub_init_fn init, mub_compare_context_fn compare) {
-  return insert_new(*array, *item, init, ContextOrder{context, key, extra, compare});
+  return insert_new(*array, *item, init, ContextSearchOrder{context, key, extra, compare});
 }
 
 uint64_t mub_arrays_update(mub_arrays *array, uint64_t item, uint64_t context, mub_compare_item_fn compare) {
-  return exchange_item(*array, find_index(*array, ItemOrder{item, context, compare}), item);
+  return exchange_item(*array, find_index(*array, ItemSearchOrder{item, context, compare}), item);
 }
 
 uint64_t mub_arrays_update_x(mub_arrays *array, uint64_t context, uint64_t item, uint64_t extra,
                              mub_compare_context_fn compare) {
-  return exchange_item(*array, find_index(*array, ContextOrder{context, item, extra, compare}), item);
+  return exchange_item(*array, find_index(*array, ContextSearchOrder{context, item, extra, compare}), item);
 }
 
 uint64_t mub_arrays_remove(mub_arrays *array, uint64_t key, uint64_t context, mub_compare_item_fn compare) {
-  return slots::remove_at(*array, find_index(*array, ItemOrder{key, context, compare}));
+  return slots::remove_at(*array, find_index(*array, ItemSearchOrder{key, context, compare}));
 }
 
 uint64_t mub_arrays_remove_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
                              mub_compare_context_fn compare) {
-  return slots::remove_at(*array, find_index(*array, ContextOrder{context, key, extra, compare}));
+  return slots::remove_at(*array, find_index(*array, ContextSearchOrder{context, key, extra, compare}));
 }
 
 void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, mub_free_fn free,
                      mub_compare_item_fn compare) {
-  slots::free_at(*array, find_index(*array, ItemOrder{key, context, compare}), free);
+  slots::free_at(*array, find_index(*array, ItemSearchOrder{key, context, compare}), free);
 }
 
 void mub_arrays_free_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra, mub_free_fn free,
                        mub_compare_context_fn compare) {
-  slots::free_at(*array, find_index(*array, ContextOrder{context, key, extra, compare}), free);
+  slots::free_at(*array, find_index(*array, ContextSearchOrder{context, key, extra, compare}), free);
 }
 
 uint64_t mub_arrays_find(const mub_arrays *array, uint64_t key, uint64_t context,
                          mub_compare_item_fn compare) {
-  return item_at(*array, find_index(*array, ItemOrder{key, context, compare}));
+  return item_at(*array, find_index(*array, ItemSearchOrder{key, context, compare}));
 }
 
 uint64_t mub_arrays_find_x(const mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
                            mub_compare_context_fn compare) {
-  return item_at(*array, find_index(*array, ContextOrder{context, key, extra, compare}));
+  return item_at(*array, find_index(*array, ContextSearchOrder{context, key, extra, compare}));
 }
 
 int64_t mub_arrays_find_index(const mub_arrays *array, uint64_t key, uint64_t context,
                               mub_compare_item_fn compare) {
-  return find_index(*array, ItemOrder{key, context, compare});
+  return find_index(*array, ItemSearchOrder{key, context, compare});
 }
 
 int64_t mub_arrays_find_index_x(const mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
                                 mub_compare_context_fn compare) {
-  return find_index(*array, ContextOrder{context, key, extra, compare});
+  return find_index(*array, ContextSearchOrder{context, key, extra, compare});
 }
 
 uint64_t mub_arrays_bfind(const mub_arrays *array, uint64_t key, uint64_t context,
                           mub_compare_item_fn compare) {
-  return item_at(*array, nearest_index(*array, ItemOrder{key, context, compare}));
+  return item_at(*array, nearest_index(*array, ItemSearchOrder{key, context, compare}));
 }
 
 uint64_t mub_arrays_bfind_x(const mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
                             mub_compare_context_fn compare) {
-  return item_at(*array, nearest_index(*array, ContextOrder{context, key, extra, compare}));
+  return item_at(*array, nearest_index(*array, ContextSearchOrder{context, key, extra, compare}));
 }
 
 int64_t mub_arrays_bfind_index(const mub_arrays *array, uint64_t key, uint64_t context,
                                mub_compare_item_fn compare) {
-  return nearest_index(*array, ItemOrder{key, context, compare});
+  return nearest_index(*array, ItemSearchOrder{key, context, compare});
 }
 
 int64_t mub_arrays_bfind_index_x(const mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
                                  mub_compare_context_fn compare) {
-  return nearest_index(*array, ContextOrder{context, key, extra, compare});
+  return nearest_index(*array, ContextSearchOrder{context, key, extra, compare});
 }
 
 void mub_arrays_qsort(mub_arrays *array, int ascending, mub_compare_item_fn compare) {

@@ -87,39 +87,39 @@ void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn free) {
 }
 
 int mub_arrayx_insert(mub_arrayx *array, uint64_t key, uint64_t value) {
-  return slots::insert(*array, key, value, IntegerOrder{key});
+  return slots::insert(*array, key, value, IntegerSearchOrder{key});
 }
 
 int mub_arrayx_insert_new(mub_arrayx *array, uint64_t key, uint64_t *value, mub_init_fn init) {
-  return slots::insert_new(*array, key, *value, init, IntegerOrder{key});
+  return slots::insert_new(*array, key, *value, init, IntegerSearchOrder{key});
 }
 
 uint64_t mub_arrayx_update(mub_arrayx *array, uint64_t key, uint64_t value) {
-  return slots::exchange_value(slots::find_slot(*array, IntegerOrder{key}), value);
+  return slots::exchange_value(slots::find_slot(*array, IntegerSearchOrder{key}), value);
 }
 
 uint64_t mub_arrayx_remove(mub_arrayx *array, uint64_t key) {
-  return slots::remove_at(*array, slots::find_index(*array, IntegerOrder{key}));
+  return slots::remove_at(*array, slots::find_index(*array, IntegerSearchOrder{key}));
 }
 
 void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn free) {
-  slots::free_at(*array, slots::find_index(*array, IntegerOrder{key}), free);
+  slots::free_at(*array, slots::find_index(*array, IntegerSearchOrder{key}), free);
 }
 
 mub_arrayx_entry *mub_arrayx_entry_insert(mub_arrayx *array, uint64_t key) {
-  return slots::find_or_insert(*array, key, IntegerOrder{key});
+  return slots::find_or_insert(*array, key, IntegerSearchOrder{key});
 }
 
 mub_arrayx_entry *mub_arrayx_entry_find(const mub_arrayx *array, uint64_t key) {
-  return slots::find_slot(*array, IntegerOrder{key});
+  return slots::find_slot(*array, IntegerSearchOrder{key});
 }
 
 uint64_t mub_arrayx_find(const mub_arrayx *array, uint64_t key) {
-  return slots::value_or_0(slots::find_slot(*array, IntegerOrder{key}));
+  return slots::value_or_0(slots::find_slot(*array, IntegerSearchOrder{key}));
 }
 
 int64_t mub_arrayx_find_index(const mub_arrayx *array, uint64_t key) {
-  return slots::find_index(*array, IntegerOrder{key});
+  return slots::find_index(*array, IntegerSearchOrder{key});
 }
 
 uint64_t mub_arrayx_afind(const mub_arrayx *array, uint64_t key) {
@@ -131,11 +131,11 @@ int64_t mub_arrayx_afind_index(const mub_arrayx *array, uint64_t key) {
 }
 
 uint64_t mub_arrayx_bfind(const mub_arrayx *array, uint64_t key) {
-  return slots::value_or_0(slots::nearest_slot(*array, IntegerOrder{key}));
+  return slots::value_or_0(slots::nearest_slot(*array, IntegerSearchOrder{key}));
 }
 
 int64_t mub_arrayx_bfind_index(const mub_arrayx *array, uint64_t key) {
-  return slots::nearest_index(*array, IntegerOrder{key});
+  return slots::nearest_index(*array, IntegerSearchOrder{key});
 }
 
 void mub_arrayx_qsort(mub_arrayx *array, int ascending) { integers::sort(*array, ascending != 0); }

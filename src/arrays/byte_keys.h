@@ -73,7 +73,7 @@ struct Policy<mub_array> : PackedKeys<mub_array> {
 };
 
 // Compares entries with a searched key, byte by byte as unsigned values; a prefix comes first.
-struct ByteOrder {
+struct ByteSearchOrder {
   static constexpr bool kIsDifference = false;
   const mub_array &array;
   ByteKey key;
@@ -84,7 +84,7 @@ struct ByteOrder {
   }
 };
 
-inline ByteOrder byte_order(const mub_array &array, const void *key, int64_t length) {
+inline ByteSearchOrder byte_search_order(const mub_array &array, const void *key, int64_t length) {
   return {array, measured_key(key, length)};
 }
 
@@ -111,14 +111,14 @@ inline int64_t common_prefix(const mub_array &array) {
 
 // Compares entries with each other, for the sort. Past their common prefix most keys differ in the next 8
 // bytes. These are loaded once, as a number that sorts as they do; bytes past the end of a key count as 0.
-class ByteKeyOrder {
+class ByteSortOrder {
  public:
   struct Key {
     uint64_t head;
     const uint8_t *bytes;
     int64_t length;
   };
-  explicit ByteKeyOrder(const mub_array &array)
+  explicit ByteSortOrder(const mub_array &array)
       : data_(array.keys.data), readable_end_(readable_end(array.keys)), skipped_(common_prefix(array)) {}
 
   Key key(const mub_array_entry &entry) const {

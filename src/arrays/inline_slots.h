@@ -174,14 +174,14 @@ inline Spot find(const mub_arrayt &array, uint64_t key) {
 
 // ---- sorting, by all 64 bits as unsigned values
 
-struct WordOrder {
+struct WordSortOrder {
   using Key = uint64_t;
   Key key(uint64_t item) const { return item; }
   int compare(Key a, Key b) const { return a < b ? -1 : a != b; }
 };
 
 inline void sort(uint64_t *items, int64_t count, bool ascending) {
-  mub::sort(items, count, ascending, WordOrder());
+  mub::sort(items, count, ascending, WordSortOrder());
 }
 
 // Copies sorted words into the array; if `unique`, without repetitions.

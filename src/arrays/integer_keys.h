@@ -27,7 +27,7 @@ struct Policy<mub_arrayx> : IntegerSlots<mub_arrayx> {};
 
 // Compares entries with a searched key by the sign of the difference.
 template <class Integer>
-struct IntegerOrder {
+struct IntegerSearchOrder {
   static constexpr bool kIsDifference = true;
   Integer key;
 
@@ -37,11 +37,11 @@ struct IntegerOrder {
   }
 };
 template <class Integer>
-IntegerOrder(Integer) -> IntegerOrder<Integer>;
+IntegerSearchOrder(Integer) -> IntegerSearchOrder<Integer>;
 
 // Compares entries with each other, for the sort.
 template <class Integer>
-struct IntegerKeyOrder {
+struct IntegerSortOrder {
   using Key = Integer;
 
   template <class Entry>
@@ -80,7 +80,7 @@ int64_t scan_for(const Array &array, Key key) {
 
 template <class Array>
 void sort(Array &array, bool ascending) {
-  slots::sort(array, ascending, IntegerKeyOrder<KeyOf<Array>>());
+  slots::sort(array, ascending, IntegerSortOrder<KeyOf<Array>>());
 }
 
 }  // namespace integers

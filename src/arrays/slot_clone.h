@@ -11,10 +11,10 @@ namespace mub::slots {
 
 // If the source owns its pool and the copy does not, all values of the copy are 0.
 template <class Array>
-void clone_slots(const Array &source, Array &copy, BlockCopies &values, const CloneCallback &callback) {
+void clone_slots(const Array &source, Array &copy, BlockCopier &values, const CloneCallback &callback) {
   for (int64_t i = 0; i < used(source); ++i) {
     SlotOf<Array> &slot = table(copy)[i] = table(source)[i];
-    if (!pool_of(source).is_owned()) continue;
+    if (!value_pool_of(source).is_owned()) continue;
     value_of(slot) = values.translate(value_of(slot));
     callback.notify(value_of(table(source)[i]), value_of(slot));
   }
@@ -23,9 +23,10 @@ void clone_slots(const Array &source, Array &copy, BlockCopies &values, const Cl
 // False if memory runs out; the caller then empties the copy.
 template <class Array>
 bool clone_content(const Array &source, Array &copy, CloneCallback &callback) {
-  if (pool_of(copy).is_owned()) callback.protect(copy.pool);  // must precede clone_pool()
-  BlockCopies values;
-  if (!callback.clone_pool() || !values.clone(pool_of(source), pool_of(copy), callback)) return false;
+  if (value_pool_of(copy).is_owned()) callback.protect(copy.pool);  // must precede clone_pool()
+  BlockCopier values;
+  if (!callback.clone_pool() || !values.clone(value_pool_of(source), value_pool_of(copy), callback))
+    return false;
   if (!expand(copy, source.capacity) || !Policy<Array>::clone_keys(source, copy)) return false;
   clone_slots(source, copy, values, callback);
   return true;
@@ -34,7 +35,7 @@ bool clone_content(const Array &source, Array &copy, CloneCallback &callback) {
 template <class Array>
 void clone(const Array &source, Array &copy, CloneCallback callback) {
   if (&source == &copy) return;
-  if (!pool_of(source).is_owned()) share_pool(source.pool, pool_of(copy), callback);
+  if (!value_pool_of(source).is_owned()) share_pool(source.pool, value_pool_of(copy), callback);
   if (!clone_content(source, copy, callback)) remove_all(copy);
   copy.count = source.count;
 }

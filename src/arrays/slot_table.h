@@ -29,7 +29,8 @@
 //   shift_keys_down(array, slot)     called after erase_key and before `slot` is removed: updates the keys of
 //                                    the other slots. erase_key leaves the fields that it needs as they were
 //   reserve_keys_of(array, source)   makes room for the keys of another array; false if memory runs out
-// Orders are passed to each call: order(slot) compares the key of a slot with the searched key.
+// Searches are given a search order: order(slot) compares the key of a slot with the searched key. Sorts are
+// given a sort order (sort.h), which compares two slots.
 #ifndef MUB_ARRAYS_SLOT_TABLE_H
 #define MUB_ARRAYS_SLOT_TABLE_H
 
@@ -52,12 +53,6 @@
 #include "pool/pool.h"
 
 namespace mub {
-
-// The value pool.
-template <class Array>
-auto pool_of(Array &array) {
-  return PoolField{array.pool, array.own_pool};
-}
 
 // For records that keep no key bytes outside their slots.
 template <class Array, class Keys>
@@ -104,6 +99,12 @@ auto &value_of(Slot &slot) {
   }
 }
 
+// In place of that of container_pools.h, as arrays name the fields differently.
+template <class Array>
+auto value_pool_of(Array &array) {
+  return PoolField{array.pool, array.own_pool};
+}
+
 template <class Array>
 int64_t used(const Array &array) {
   return std::min(array.count, array.capacity);
@@ -143,7 +144,7 @@ void shrink(Array &array, int64_t count) {
 template <class Array>
 void init(Array &array, bool with_pool) {
   std::memset(&array, 0, sizeof array);  // clears the padding, too: new records compare equal with memcmp
-  if (with_pool) pool_of(array).make(0);
+  if (with_pool) value_pool_of(array).make(0);
 }
 
 template <class Array>
@@ -158,20 +159,20 @@ template <class Array>
 void term(Array &array) {
   release_table(array);
   Policy<Array>::term_keys(array);
-  pool_of(array).destroy();
+  value_pool_of(array).destroy();
 }
 
 template <class Array>
 void remove_all(Array &array) {
   release_table(array);
   Policy<Array>::clear_keys(array);
-  pool_of(array).empty();
+  value_pool_of(array).empty();
 }
 
 template <class Array>
 void free_values(Array &array, mub_free_fn release_it) {
   for (int64_t i = 0; i < used(array); ++i) {
-    release_value(pool_of(array), value_of(table(array)[i]), release_it);
+    release_value(value_pool_of(array), value_of(table(array)[i]), release_it);
   }
 }
 
@@ -180,7 +181,7 @@ void free_all(Array &array, mub_free_fn release_it) {
   if (release_it != nullptr || array.own_pool == 0) free_values(array, release_it);
   release_table(array);
   Policy<Array>::term_keys(array);
-  pool_of(array).empty();
+  value_pool_of(array).empty();
 }
 
 // `descending` stays with its record.
@@ -190,7 +191,7 @@ void swap(Array &a, Array &b) {
   std::swap(a.count, b.count);
   std::swap(a.capacity, b.capacity);
   Policy<Array>::swap_keys(a, b);
-  if constexpr (Policy<Array>::kSwapsPools) pool_of(a).swap(pool_of(b));
+  if constexpr (Policy<Array>::kSwapsPools) value_pool_of(a).swap(value_pool_of(b));
 }
 
 // ---- positions, bounded by the capacity and not by the count
@@ -322,19 +323,19 @@ void free_at(Array &array, int64_t index, mub_free_fn release_it) {
   if (index < 0 || index >= used(array)) return;
   SlotOf<Array> *slot = table(array) + index;
   Policy<Array>::erase_key(array, *slot);
-  release_value(pool_of(array), value_of(*slot), release_it);
+  release_value(value_pool_of(array), value_of(*slot), release_it);
   // `release_it` must not change the array. In case it did, look again: the table may have moved or shrunk.
   if (index < used(array)) close_slot(array, table(array) + index);  // GCOVR_EXCL_BR_LINE
 }
 
 // ---- sorted arrays
 
-// SlotOrder::kIsDifference: the order returns a difference, whose sign can be turned into a mask.
-template <class Array, class SlotOrder>
-Spot find(const Array &array, SlotOrder order) {
+// SearchOrder::kIsDifference: the order returns a difference, whose sign can be turned into a mask.
+template <class Array, class SearchOrder>
+Spot find(const Array &array, SearchOrder order) {
   const SlotOf<Array> *first = table(array);
   const auto compare_at = [&](int64_t i) { return order(first[i]); };
-  if constexpr (SlotOrder::kIsDifference) {
+  if constexpr (SearchOrder::kIsDifference) {
     return binary_search_without_branches(used(array), array.descending != 0, compare_at,
                                           [first](int64_t i) { prefetch(first + i); });
   } else {
@@ -342,25 +343,25 @@ Spot find(const Array &array, SlotOrder order) {
   }
 }
 
-template <class Array, class SlotOrder>
-int64_t find_index(const Array &array, SlotOrder order) {
+template <class Array, class SearchOrder>
+int64_t find_index(const Array &array, SearchOrder order) {
   const Spot spot = find(array, order);
   return spot.found ? spot.index : -1;
 }
 
-template <class Array, class SlotOrder>
-SlotOf<Array> *find_slot(const Array &array, SlotOrder order) {
+template <class Array, class SearchOrder>
+SlotOf<Array> *find_slot(const Array &array, SearchOrder order) {
   const Spot spot = find(array, order);
   return spot.found ? table(array) + spot.index : nullptr;
 }
 
-template <class Array, class SlotOrder>
-int64_t nearest_index(const Array &array, SlotOrder order) {
+template <class Array, class SearchOrder>
+int64_t nearest_index(const Array &array, SearchOrder order) {
   return nearest(find(array, order), used(array));
 }
 
-template <class Array, class SlotOrder>
-SlotOf<Array> *nearest_slot(const Array &array, SlotOrder order) {
+template <class Array, class SearchOrder>
+SlotOf<Array> *nearest_slot(const Array &array, SearchOrder order) {
   return slot_at(array, nearest_index(array, order));
 }
 
@@ -375,8 +376,8 @@ int64_t scan(const Array &array, IsWanted is_wanted) {
 }
 
 // Returns 0 if the key was present, else 1, even if memory ran out.
-template <class Array, class SlotOrder>
-int insert(Array &array, const KeyOf<Array> &key, uint64_t value, SlotOrder order) {
+template <class Array, class SearchOrder>
+int insert(Array &array, const KeyOf<Array> &key, uint64_t value, SearchOrder order) {
   const Spot spot = find(array, order);
   if (spot.found) return 0;
   insert_at(array, spot.index, key, value);
@@ -384,9 +385,9 @@ int insert(Array &array, const KeyOf<Array> &key, uint64_t value, SlotOrder orde
 }
 
 // Returns the index of the new entry; -1 if the key was present or memory ran out.
-template <class Array, class SlotOrder>
+template <class Array, class SearchOrder>
 int insert_new(Array &array, const KeyOf<Array> &key, uint64_t &value_out, mub_init_fn init_it,
-               SlotOrder order) {
+               SearchOrder order) {
   value_out = 0;
   const Spot spot = find(array, order);
   if (!spot.found) return insert_new_at(array, spot.index, key, value_out, init_it);
@@ -395,22 +396,22 @@ int insert_new(Array &array, const KeyOf<Array> &key, uint64_t &value_out, mub_i
 }
 
 // Returns the slot of a key, which is added with value 0 if it is missing; nullptr if memory ran out.
-template <class Array, class SlotOrder>
-SlotOf<Array> *find_or_insert(Array &array, const KeyOf<Array> &key, SlotOrder order) {
+template <class Array, class SearchOrder>
+SlotOf<Array> *find_or_insert(Array &array, const KeyOf<Array> &key, SearchOrder order) {
   const Spot spot = find(array, order);
   return spot.found ? table(array) + spot.index : insert_at(array, spot.index, key, 0);
 }
 
 // ---- sorting, in the direction of the call; `descending` is not read
 
-template <class Array, class Order>
-void sort(Array &array, bool ascending, const Order &order) {
+template <class Array, class SortOrder>
+void sort(Array &array, bool ascending, const SortOrder &order) {
   mub::sort(table(array), used(array), ascending, order);
 }
 
 // Orders slots by their values with a caller's comparator.
 template <class Call>
-struct ValueOrder {
+struct ValueSortOrder {
   using Key = uint64_t;
   Call call;
 
@@ -423,7 +424,7 @@ struct ValueOrder {
 
 template <class Array, class Call>
 void sort_values(Array &array, bool ascending, Call call) {
-  sort(array, ascending, ValueOrder<Call>{call});
+  sort(array, ascending, ValueSortOrder<Call>{call});
 }
 
 }  // namespace slots

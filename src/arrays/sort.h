@@ -10,7 +10,7 @@
 //
 // Threads: only the slots are written; there is no shared state.
 //
-// Order is a class with
+// SortOrder is a class with
 //   Key                 what is compared: loaded once per pivot or candidate, so it should fit into registers
 //   key(slot)           returns the key of a slot
 //   compare(a, b)       below 0 if `a` comes before `b`, above 0 if after it, 0 if they are equal
@@ -22,10 +22,10 @@
 
 namespace mub {
 
-template <bool kAscending, class Slot, class Order>
+template <bool kAscending, class Slot, class SortOrder>
 class Sorting {
  public:
-  Sorting(Slot *slots, const Order &order) : slots_(slots), order_(order) {}
+  Sorting(Slot *slots, const SortOrder &order) : slots_(slots), order_(order) {}
 
   void run(int64_t count) {
     if (count < 2) return;
@@ -37,7 +37,7 @@ class Sorting {
   }
 
  private:
-  using Key = typename Order::Key;
+  using Key = typename SortOrder::Key;
   struct Range {
     int64_t low;
     int64_t high;
@@ -139,17 +139,17 @@ class Sorting {
   }
 
   Slot *slots_;
-  const Order &order_;
+  const SortOrder &order_;
   int depth_ = 0;
   Range stack_[kStackDepth];
 };
 
-template <class Slot, class Order>
-void sort(Slot *slots, int64_t count, bool ascending, const Order &order) {
+template <class Slot, class SortOrder>
+void sort(Slot *slots, int64_t count, bool ascending, const SortOrder &order) {
   if (ascending) {
-    Sorting<true, Slot, Order>(slots, order).run(count);
+    Sorting<true, Slot, SortOrder>(slots, order).run(count);
   } else {
-    Sorting<false, Slot, Order>(slots, order).run(count);
+    Sorting<false, Slot, SortOrder>(slots, order).run(count);
   }
 }
 

@@ -16,9 +16,9 @@
 namespace mub::bplus {
 
 // Smaller trees stay in a cache, where the passes over a group cost more than they save.
-constexpr int64_t kFewRecords = 0xC000;
+constexpr int64_t kBatchedFrom = 0xC000;
 // Fewer look-ups have too little to overlap.
-constexpr int64_t kFewKeys = 4;
+constexpr int64_t kSmallestGroup = 4;
 
 // A look-up on its way down: the node that it has reached, and the children that are left to search, from
 // the spot on; when the search is over, the spot is what search() returns.
@@ -44,11 +44,11 @@ struct Lookup {
 // A binary search that probes the children that search() probes.
 template <class Child, class Tree, class Order>
 void probe(const Order &order, Lookup<Tree> &lookup) {
-  const int64_t below = (lookup.count - 1) / 2;
+  const int64_t before_middle = (lookup.count - 1) / 2;
   const int difference = order.with_key(lookup.key)(lookup.template middle<Child>());
-  if (difference <= 0) lookup.spot.index += below;
+  if (difference <= 0) lookup.spot.index += before_middle;
   if (difference < 0) ++lookup.spot.index;
-  lookup.count = difference < 0 ? lookup.count - below - 1 : below;
+  lookup.count = difference < 0 ? lookup.count - before_middle - 1 : before_middle;
   lookup.spot.found = difference == 0;
 }
 
@@ -111,12 +111,12 @@ bool go_down(Lookup<Tree> *lookups, int64_t count, int64_t level) {
     lookup.node = &lookup.template child<NodeOf<Tree>>(index);
     prefetch(lookup.node);
   }
-  bool is_even = true;
+  bool all_at_level = true;
   for (int64_t i = 0; i < count; ++i) {
-    is_even &= lookups[i].node->level == level;
+    all_at_level &= lookups[i].node->level == level;
     prefetch(lookups[i].node->children.items, kOrder * static_cast<int64_t>(sizeof(uint64_t)));
   }
-  return is_even;
+  return all_at_level;
 }
 
 // Brings all look-ups to the ends of their searches in the leaves. Returns false if a node has no children or
@@ -133,18 +133,18 @@ bool descend_together(const Tree &tree, const Order &order, Lookup<Tree> *lookup
 
 template <class Tree, class KeyAt>
 int64_t get_group(const Tree &tree, KeyAt key_at, int64_t count, uint64_t *values_out) {
-  Lookup<Tree> lookups[kGroup];
+  Lookup<Tree> lookups[kGroupSize];
   for (int64_t i = 0; i < count; ++i) lookups[i].key = key_at(i);
   // Any key will do to select the type of the order: with_key() replaces it.
-  const bool is_together = count >= kFewKeys && tree.count >= kFewRecords &&
-                           Policy<Tree>::with_order(tree, lookups[0].key, [&](const auto &order) {
-                             return descend_together(tree, order, lookups, count);
-                           });
+  const bool is_batched = count >= kSmallestGroup && tree.count >= kBatchedFrom &&
+                          Policy<Tree>::with_order(tree, lookups[0].key, [&](const auto &order) {
+                            return descend_together(tree, order, lookups, count);
+                          });
   int64_t present = 0;
   for (int64_t i = 0; i < count; ++i) {
     const Lookup<Tree> &lookup = lookups[i];
     const RecordOf<Tree> *record = nullptr;
-    if (!is_together) {
+    if (!is_batched) {
       record = find(tree, lookup.key);
     } else if (lookup.spot.found) {
       record = &lookup.template child<RecordOf<Tree>>(lookup.spot.index);

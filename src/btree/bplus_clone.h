@@ -29,9 +29,9 @@ class Cloning {
     return true;
   }
 
-  bool run_in_fresh_blocks(const Node &from, Node &to) {
-    pools_.entries.take_from(copy_.entry_pool);
-    pools_.nodes.take_from(copy_.node_pool);
+  bool run_with_new_blocks(const Node &from, Node &to) {
+    pools_.entry_pool.use_new_blocks_of(copy_.entry_pool);
+    pools_.node_pool.use_new_blocks_of(copy_.node_pool);
     return copy_below(from, to);
   }
 
@@ -44,8 +44,8 @@ class Cloning {
     Policy<Tree>::copy_key(copy_top, source_top);
     while (from != nullptr) {
       if (!copy_children(*from, *to)) return false;
-      from = next_from_above(*from, source_top, true);
-      to = next_from_above(*to, copy_top, true);
+      from = next_in_preorder(*from, source_top, true);
+      to = next_in_preorder(*to, copy_top, true);
     }
     return true;
   }
@@ -56,14 +56,14 @@ class Cloning {
     if (!slots::expand(to.children, from.children.capacity)) return false;
     for (int64_t i = 0; i < from.children.count; ++i) {
       const bool copied = from.level > 0 ? copy_node(*node_at(from, i), to)
-                                         : append_copy(pools_.nodes.copy_of(*record_at(from, i)), to);
+                                         : append_copy(pools_.node_pool.copy_of(*record_at(from, i)), to);
       if (!copied) return false;
     }
     return true;
   }
 
   bool copy_node(const Node &from, Node &parent) {
-    Node *node = pools_.entries.copy_of(from);
+    Node *node = pools_.entry_pool.copy_of(from);
     if (node == nullptr) return false;
     node->parent = &parent;
     node->children = {};  // the copied field refers to the table of the source
@@ -83,7 +83,7 @@ class Cloning {
       for (int64_t i = 0; i < from->children.count; ++i) {
         const uint64_t value = record_at(*from, i)->value;
         Record *record = record_at(*to, i);
-        record->value = pools_.values.translate(value);
+        record->value = pools_.value_pool.translate(value);
         callback.notify(value, record->value);
       }
       to = neighbour<1>(*to);
@@ -92,7 +92,7 @@ class Cloning {
 
   const Tree &source_;
   Tree &copy_;
-  PoolCopies pools_;
+  ContainerBlockCopiers pools_;
 };
 
 template <class Tree>
@@ -105,8 +105,8 @@ int64_t clone(const Tree &source, Tree &copy, CloneCallback callback) {
 
 template <class Tree>
 bool clone_node(const Tree &source, const NodeOf<Tree> &from, Tree &copy, NodeOf<Tree> &to) {
-  if (Cloning(source, copy).run_in_fresh_blocks(from, to)) return true;
-  remove_all_below(copy, to, Blocks::kGoBack);
+  if (Cloning(source, copy).run_with_new_blocks(from, to)) return true;
+  remove_all_below(copy, to, Returned::kAll);
   Policy<Tree>::reset_key(to);
   to.level = 0;
   return false;

@@ -91,7 +91,7 @@ template <class Tree, class Node>
 void set_children_pools(const Tree &tree, Node &top) {
   top.children.pool = children_pool(tree, top.level);
   Node *node = &top;
-  while ((node = next_from_above(*node, top, false)) != nullptr) node->children.pool = tree.entry_pool;
+  while ((node = next_in_preorder(*node, top, false)) != nullptr) node->children.pool = tree.entry_pool;
 }
 
 // ---- names: the name of a node is the key of its last child

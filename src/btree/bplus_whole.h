@@ -24,40 +24,41 @@ void init(Tree &tree, bool own_entry_pool, bool own_node_pool, bool own_value_po
 
 // ---- emptying
 
-enum class Blocks { kStayInOwnedPools, kGoBack };
+// Which blocks are returned to their pools.
+enum class Returned { kExternal, kAll };
 
 // Releases the tables of children of `top` and of all nodes below it, after calling `visit` with every
 // record. Records and nodes below `top` are returned to external pools. Those in owned pools stay until
-// these are emptied, unless Blocks::kGoBack asks to return them, too.
+// these are emptied, unless Returned::kAll asks to return them, too.
 template <class Tree, class Visit>
-void empty_from(Tree &tree, NodeOf<Tree> &top, Blocks blocks, Visit visit) {
-  const bool gives_records = tree.owns_node_pool == 0 || blocks == Blocks::kGoBack;
-  const bool gives_nodes = tree.owns_entry_pool == 0 || blocks == Blocks::kGoBack;
-  const auto give_records = [&](const NodeOf<Tree> &leaf) {
+void empty_from(Tree &tree, NodeOf<Tree> &top, Returned returned, Visit visit) {
+  const bool returns_records = tree.owns_node_pool == 0 || returned == Returned::kAll;
+  const bool returns_nodes = tree.owns_entry_pool == 0 || returned == Returned::kAll;
+  const auto return_records = [&](const NodeOf<Tree> &leaf) {
     for (int64_t i = 0; i < leaf.children.count; ++i) {
       RecordOf<Tree> *record = record_at(leaf, i);
       visit(*record);
-      if (gives_records) pool::give(tree.node_pool, record);
+      if (returns_records) pool::give(tree.node_pool, record);
     }
   };
-  for_each_from_below(top, [&](NodeOf<Tree> &node) {
-    if (node.level < 1) give_records(node);
+  for_each_postorder(top, [&](NodeOf<Tree> &node) {
+    if (node.level < 1) return_records(node);
     slots::release_table(node.children);
-    if (&node != &top && gives_nodes) pool::give(tree.entry_pool, &node);
+    if (&node != &top && returns_nodes) pool::give(tree.entry_pool, &node);
   });
 }
 
 // Whether the tree owns its entry pool, and every block carved from it is now a node of the tree. Free blocks
 // may hold anything, and release_tables() would release what they seem to refer to.
 template <class Tree>
-bool entries_fill_pool(const Tree &tree) {
+bool pool_has_only_nodes(const Tree &tree) {
   if (tree.owns_entry_pool == 0) return false;
   int64_t nodes = 0;
   for (const NodeOf<Tree> *node = &tree.root; node != nullptr && node->level > 0;
-       node = next_from_above(*node, tree.root, false)) {
+       node = next_in_preorder(*node, tree.root, false)) {
     nodes += node->children.count;
   }
-  return holds_only<NodeOf<Tree>>(entry_pool_of(tree), nodes) &&
+  return has_exactly<NodeOf<Tree>>(entry_pool_of(tree), nodes) &&
          pool::carved_blocks(*tree.entry_pool) == nodes;
 }
 
@@ -70,13 +71,13 @@ void release_tables(Tree &tree) {
 }
 
 template <class Tree>
-void remove_all_below(Tree &tree, NodeOf<Tree> &top, Blocks blocks = Blocks::kStayInOwnedPools) {
-  empty_from(tree, top, blocks, [](const RecordOf<Tree> &) {});
+void remove_all_below(Tree &tree, NodeOf<Tree> &top, Returned returned = Returned::kExternal) {
+  empty_from(tree, top, returned, [](const RecordOf<Tree> &) {});
 }
 
 template <class Tree>
 void free_all_below(Tree &tree, NodeOf<Tree> &top, mub_free_fn release_it) {
-  empty_from(tree, top, Blocks::kStayInOwnedPools, [&](const RecordOf<Tree> &record) {
+  empty_from(tree, top, Returned::kExternal, [&](const RecordOf<Tree> &record) {
     release_value(value_pool_of(tree), record.value, release_it);
   });
 }
@@ -93,7 +94,7 @@ void reset(Tree &tree) {
 // Empties the tree without visiting values.
 template <class Tree>
 void remove_all_below_root(Tree &tree) {
-  if (tree.owns_node_pool != 0 && entries_fill_pool(tree)) {
+  if (tree.owns_node_pool != 0 && pool_has_only_nodes(tree)) {
     release_tables(tree);
   } else {
     remove_all_below(tree, tree.root);

@@ -11,7 +11,7 @@ namespace {
 
 // Lowers the offsets of all nodes below `top`.
 void lower_names(mub_btree_entry &top, keys::Range cut) {
-  for (auto *node = &top; node != nullptr; node = bplus::next_from_above(*node, top, false)) {
+  for (auto *node = &top; node != nullptr; node = bplus::next_in_preorder(*node, top, false)) {
     if (node->level < 1) break;
     for (int64_t i = 0; i < node->children.count; ++i) {
       keys::lower_offset(*bplus::node_at(*node, i), cut);
@@ -89,9 +89,9 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
   }
 
   static void lower_offsets(mub_btree &tree, keys::Range cut) {
-    const bool fills_pool = holds_only<Record>(node_pool_of(tree), tree.count);
+    const bool pool_has_only_items = has_exactly<Record>(node_pool_of(tree), tree.count);
     lower_names(tree.root, cut);
-    keys::lower_offsets<Record>(tree.node_pool, fills_pool, cut,
+    keys::lower_offsets<Record>(tree.node_pool, pool_has_only_items, cut,
                                 [&](auto lower) { for_each_record(tree.root, lower); });
   }
 

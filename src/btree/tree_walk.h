@@ -103,10 +103,10 @@ void prefetch_leaves(const Node &above, int64_t index) {
   prefetch(node_at(above, index + kPrefetchLeaves / 2)->children.items);
 }
 
-// Calls `visit` with every node below `top` and then with `top`: children before their parent, in key order.
+// Calls `visit` with every node below `top` and then with `top`, in post-order.
 // `visit` may return the node and its children to their pools: the next node is determined before the call.
 template <class Node, class Visit>
-void for_each_from_below(Node &top, Visit visit) {
+void for_each_postorder(Node &top, Visit visit) {
   Node *node = first_above_leaves(top);
   while (true) {
     for (int64_t i = 0; node->level == 1 && i < node->children.count; ++i) {
@@ -121,10 +121,10 @@ void for_each_from_below(Node &top, Visit visit) {
   visit(top);
 }
 
-// The next node of a walk over `top` and all below it, parents before their children; nullptr at its end.
+// The next node of a pre-order walk over `top` and all below it; nullptr at its end.
 // Leaves are visited only if `with_leaves`.
 template <class Node>
-Node *next_from_above(const Node &node, const Node &top, bool with_leaves) {
+Node *next_in_preorder(const Node &node, const Node &top, bool with_leaves) {
   if (node.level > (with_leaves ? 0 : 1) && node.children.count > 0) return node_at(node, 0);
   const Node *at = &node;
   while (at != &top && is_last(*at)) at = at->parent;

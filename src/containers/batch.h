@@ -8,7 +8,7 @@
 namespace mub {
 
 // How many look-ups advance together: more than that do not fit the processor's queue of cache misses.
-constexpr int64_t kGroup = 16;
+constexpr int64_t kGroupSize = 16;
 
 // Stores the value of an item, 0 without one; returns how many items there are.
 template <class Item>
@@ -22,9 +22,9 @@ int store_value(const Item *item, uint64_t &value_out) {
 template <class KeyAt, class GetGroup>
 int64_t for_each_group(KeyAt key_at, int64_t count, uint64_t *values_out, GetGroup get_group) {
   int64_t present = 0;
-  for (int64_t first = 0; first < count; first += kGroup) {
+  for (int64_t first = 0; first < count; first += kGroupSize) {
     const auto key_in_group = [&](int64_t i) { return key_at(first + i); };
-    present += get_group(key_in_group, std::min(kGroup, count - first), values_out + first);
+    present += get_group(key_in_group, std::min(kGroupSize, count - first), values_out + first);
   }
   return present;
 }

@@ -109,7 +109,7 @@ void swap_pools(Container &a, Container &b) {
 // following their links, provided that the change leaves blocks on the free stack harmless. A block that a
 // caller popped off the free stack does not count as live, so the number of carved blocks is compared, too.
 template <class Block, class Field>
-bool holds_only(const Field &field, int64_t count) {
+bool has_exactly(const Field &field, int64_t count) {
   if (!field.is_owned()) return false;
   const mub_pool &pool = *field.pool;
   return pool.live_count == count && pool.block_size == int64_t{sizeof(Block)} &&

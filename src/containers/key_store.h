@@ -101,13 +101,13 @@ ByteKey key_of(const mub_stream &store, const Item &item) {
   return {store.data + item.key_offset, item.key_length};
 }
 
-// Lowers the offsets of all items of a container. If they fill an owned pool, they are visited chunk by
-// chunk, which takes a fraction of the time that for_each takes to follow the links (map_remove in
+// Lowers the offsets of all items of a container. If their pool has no other live blocks, they are visited
+// chunk by chunk, which takes a fraction of the time that for_each takes to follow the links (map_remove in
 // bench/hash_bench.cpp).
 template <class Item, class ForEach>
-void lower_offsets(mub_pool *pool, bool fills_pool, Range cut, ForEach for_each) {
+void lower_offsets(mub_pool *pool, bool pool_has_only_items, Range cut, ForEach for_each) {
   const auto lower = [cut](Item &item) { lower_offset(item, cut); };
-  if (fills_pool) {
+  if (pool_has_only_items) {
     pool::for_each_block<Item>(*pool, lower);
   } else {
     for_each(lower);

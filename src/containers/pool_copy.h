@@ -3,7 +3,7 @@
 //
 //   address ──► last chunk at or below it ──► index, offset ──► destination_->chunks[index] + offset
 //
-// Invariants of PoolCopy, once clone() has returned true:
+// Invariants of PoolCloner, once clone() has returned true:
 //   1. destination_->chunks[i] was copied from source_->chunks[i], and chunk_bytes_ is the size of both.
 //   2. map_ has all chunks of the source, in ascending order of their addresses.
 //   3. last_[g] is the position in map_ of the last chunk that starts in granule g or before it; the
@@ -24,16 +24,16 @@
 
 namespace mub {
 
-// A pool that is copied as a whole.
-class PoolCopy {
+// Clones a pool as a whole, and translates addresses in it to those in its copy.
+class PoolCloner {
  public:
-  PoolCopy() = default;
-  ~PoolCopy() {
+  PoolCloner() = default;
+  ~PoolCloner() {
     release(last_);
     release(map_);
   }
-  PoolCopy(const PoolCopy &) = delete;
-  PoolCopy &operator=(const PoolCopy &) = delete;
+  PoolCloner(const PoolCloner &) = delete;
+  PoolCloner &operator=(const PoolCloner &) = delete;
 
   // Maps `source`; false if memory runs out.
   bool map(const mub_pool &source) {
@@ -151,7 +151,7 @@ class CloneCallback {
   mub_pool *destination_;
   mub_clone_fn call_;
   bool is_protected_ = false;
-  PoolCopy pool_;
+  PoolCloner pool_;
 };
 
 // Makes a clone share a pool that its source does not own, or have none if the source has none. The clone's
@@ -172,9 +172,9 @@ void share_external_pools(const Container &source, Container &copy, CloneCallbac
   }
 }
 
-// The blocks of one pool and their copies. If both containers own their pools, the pool is copied as a whole,
-// blocks that are not in use included; otherwise each copy is a new block of the clone's pool.
-class BlockCopies {
+// Copies the blocks of one pool of a container. If both containers own their pools, the pool is copied as a
+// whole, blocks that are not in use included; otherwise each copy is a new block of the clone's pool.
+class BlockCopier {
  public:
   // Returns false if memory runs out.
   template <class Source, class Copy>
@@ -185,7 +185,7 @@ class BlockCopies {
     return !is_whole_ || whole_.clone(*source.pool, *copy.pool);
   }
   // Called instead of clone(): every copy is a new block of `pool`.
-  void take_from(mub_pool *pool) { pool_ = pool; }
+  void use_new_blocks_of(mub_pool *pool) { pool_ = pool; }
 
   bool is_whole() const { return is_whole_; }
 
@@ -205,25 +205,25 @@ class BlockCopies {
  private:
   mub_pool *pool_ = nullptr;
   bool is_whole_ = false;
-  PoolCopy whole_;
+  PoolCloner whole_;
 };
 
-// The pools of a container and those of its clone.
-struct PoolCopies {
+// Copies the blocks of all pools of a container; the members are named like the fields of its record.
+struct ContainerBlockCopiers {
   // Returns false if memory runs out. The user pool comes last, when the copy's own pools are protected: the
   // caller may have passed one of them as its destination.
   template <class Container>
   bool clone(const Container &source, const Container &copy, CloneCallback &callback) {
-    if (!entries.clone(entry_pool_of(source), entry_pool_of(copy), callback)) return false;
+    if (!entry_pool.clone(entry_pool_of(source), entry_pool_of(copy), callback)) return false;
     if constexpr (kHasNodePool<Container>) {
-      if (!nodes.clone(node_pool_of(source), node_pool_of(copy), callback)) return false;
+      if (!node_pool.clone(node_pool_of(source), node_pool_of(copy), callback)) return false;
     }
-    return values.clone(value_pool_of(source), value_pool_of(copy), callback) && callback.clone_pool();
+    return value_pool.clone(value_pool_of(source), value_pool_of(copy), callback) && callback.clone_pool();
   }
 
-  BlockCopies entries;
-  BlockCopies nodes;
-  BlockCopies values;
+  BlockCopier entry_pool;
+  BlockCopier node_pool;
+  BlockCopier value_pool;
 };
 
 }  // namespace mub

@@ -46,7 +46,7 @@ void follow_chains(Lookup<Table> *lookups, int64_t count) {
 
 template <class Table, class KeyAt>
 int64_t get_group(const Table &table, KeyAt key_at, int64_t count, uint64_t *values_out) {
-  Lookup<Table> lookups[kGroup];
+  Lookup<Table> lookups[kGroupSize];
   for (int64_t i = 0; i < count; ++i) {
     Lookup<Table> &lookup = lookups[i];
     lookup.key = key_at(i);

@@ -58,8 +58,8 @@ struct Policy<mub_hash> : PackedKeys<mub_hash> {
 
   // Called after one entry was unlinked and before `count` is lowered.
   static void lower_offsets(mub_hash &table, keys::Range cut) {
-    const bool fills_pool = hash_table::fills_its_pool(table, 1);
-    keys::lower_offsets<Entry>(table.entry_pool, fills_pool, cut,
+    const bool pool_has_only_items = hash_table::pool_has_only_entries(table, 1);
+    keys::lower_offsets<Entry>(table.entry_pool, pool_has_only_items, cut,
                                [&](auto lower) { hash_table::for_each(table, lower); });
   }
 

@@ -201,8 +201,8 @@ int64_t count_linked(const Table &table) {
 // were just removed. If so, a pass over the pool changes no entry that belongs to the caller. `count` is not
 // enough to decide this: it includes entries that the caller has unlinked but not yet subtracted.
 template <class Table>
-bool fills_its_pool(const Table &table, int64_t unlinked) {
-  return holds_only<EntryOf<Table>>(entry_pool_of(table), table.count) &&
+bool pool_has_only_entries(const Table &table, int64_t unlinked) {
+  return has_exactly<EntryOf<Table>>(entry_pool_of(table), table.count) &&
          count_linked(table) == table.count - unlinked;
 }
 

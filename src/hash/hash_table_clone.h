@@ -25,7 +25,7 @@ class Cloning {
     if (!Policy<Table>::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, callback_)) return false;
     if (!slots::expand(copy_.buckets, source_.buckets.capacity)) return false;
     copy_.buckets.count = source_.buckets.count;
-    if (pools_.entries.is_whole()) {
+    if (pools_.entry_pool.is_whole()) {
       translate_links();
     } else if (!copy_entries()) {
       return false;
@@ -40,12 +40,12 @@ class Cloning {
   // faster than one along the chains, but only allowed if all blocks belong to the table.
   void translate_links() {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
-      copy_.buckets.items[bucket] = pools_.entries.translate(source_.buckets.items[bucket]);
+      copy_.buckets.items[bucket] = pools_.entry_pool.translate(source_.buckets.items[bucket]);
     }
     const auto translate_next = [&](Entry &entry) {
-      entry.next = record_of<Entry>(pools_.entries.translate(word_of(entry.next)));
+      entry.next = record_of<Entry>(pools_.entry_pool.translate(word_of(entry.next)));
     };
-    if (fills_its_pool(source_, 0)) {
+    if (pool_has_only_entries(source_, 0)) {
       pool::for_each_block<Entry>(*copy_.entry_pool, translate_next);
       return;
     }
@@ -58,7 +58,7 @@ class Cloning {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
       Entry *last = nullptr;
       for (const Entry *entry = head(source_, bucket); entry != nullptr; entry = entry->next) {
-        Entry *copy = pools_.entries.copy_of(*entry);
+        Entry *copy = pools_.entry_pool.copy_of(*entry);
         if (copy == nullptr) return false;
         copy->next = nullptr;
         link(copy_, bucket, last, copy);
@@ -72,7 +72,7 @@ class Cloning {
     for (int64_t bucket = 0; bucket < source_.buckets.count; ++bucket) {
       const Entry *entry = head(source_, bucket);
       for (Entry *copy = head(copy_, bucket); copy != nullptr; copy = copy->next, entry = entry->next) {
-        copy->value = pools_.values.translate(entry->value);
+        copy->value = pools_.value_pool.translate(entry->value);
         callback_.notify(entry->value, copy->value);
       }
     }
@@ -81,7 +81,7 @@ class Cloning {
   const Table &source_;
   Table &copy_;
   CloneCallback &callback_;
-  PoolCopies pools_;
+  ContainerBlockCopiers pools_;
 };
 
 template <class Table>

@@ -244,7 +244,7 @@ void init(List &list, int own_entry_pool, int own_value_pool) {
 }
 
 template <class List>
-void forget_entries(List &list) {
+void reset(List &list) {
   list.head = nullptr;
   list.tail = nullptr;
   list.count = 0;
@@ -265,7 +265,7 @@ void term(List &list) {
   return_to_external_pool(list);
   Policy<List>::term_keys(list);
   destroy_pools(list);
-  forget_entries(list);
+  reset(list);
 }
 
 // Does not empty an owned value pool.
@@ -274,7 +274,7 @@ void remove_all(List &list) {
   return_to_external_pool(list);
   Policy<List>::clear_keys(list);
   entry_pool_of(list).empty();
-  forget_entries(list);
+  reset(list);
 }
 
 // Empties an owned value pool, too.
@@ -297,14 +297,14 @@ void free_all(List &list, mub_free_fn release_it) {
   if (must_visit_entries(list, release_it)) free_all_entry(list, release_it);
   Policy<List>::term_keys(list);
   empty_pools(list);
-  forget_entries(list);
+  reset(list);
 }
 
 // ---- copies
 
 // If the entry pool was copied as a whole, entries that are not blocks of it have no copy, and are omitted.
 template <class List>
-bool copy_entries(const List &source, List &copy, BlockCopies &entries) {
+bool copy_entries(const List &source, List &copy, BlockCopier &entries) {
   for (const EntryOf<List> *entry = source.head; entry != nullptr; entry = entry->next) {
     EntryOf<List> *copied = entries.copy_of(*entry);
     if (copied != nullptr) {
@@ -321,14 +321,14 @@ bool copy_entries(const List &source, List &copy, BlockCopies &entries) {
 template <class List>
 bool copy_content(const List &source, List &copy, CloneCallback &callback) {
   share_external_pools(source, copy, callback);
-  PoolCopies pools;
+  ContainerBlockCopiers pools;
   if (!Policy<List>::clone_keys(source, copy) || !pools.clone(source, copy, callback)) return false;
-  if (!copy_entries(source, copy, pools.entries)) return false;
+  if (!copy_entries(source, copy, pools.entry_pool)) return false;
   if (source.owns_value_pool == 0) return true;
   // Last, when nothing can fail: the callback is called for all entries or for none.
   for_each(copy, [&](EntryOf<List> &entry) {
     const uint64_t source_value = entry.value;
-    entry.value = pools.values.translate(source_value);
+    entry.value = pools.value_pool.translate(source_value);
     callback.notify(source_value, entry.value);
   });
   return true;

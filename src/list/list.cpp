@@ -21,8 +21,8 @@ struct Policy<mub_list> : ListEntries<mub_list, PackedKeys<mub_list>> {
   }
 
   static void lower_offsets(mub_list &list, keys::Range cut) {
-    const bool fills_pool = holds_only<Entry>(entry_pool_of(list), list.count);
-    keys::lower_offsets<Entry>(list.entry_pool, fills_pool, cut,
+    const bool pool_has_only_items = has_exactly<Entry>(entry_pool_of(list), list.count);
+    keys::lower_offsets<Entry>(list.entry_pool, pool_has_only_items, cut,
                                [&](auto lower) { linked_list::for_each(list, lower); });
   }
 };

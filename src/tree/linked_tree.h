@@ -78,9 +78,9 @@ void walk(Entry &top, Enter enter) {
   walk(top, enter, Policy<Entry>::restore_parents);
 }
 
-// A walk from below, which may return the entries to their pool.
+// A walk in post-order, which may return the entries to their pool.
 template <class Entry, class Leave>
-void walk_upward(Entry &top, Leave leave) {
+void walk_postorder(Entry &top, Leave leave) {
   walk(
       top, [](const Entry &) {}, leave);
 }
@@ -102,7 +102,7 @@ void return_entry(Tree &tree, EntryOf<Tree> &entry) {
 template <class Tree>
 void return_entries(Tree &tree, EntryOf<Tree> &top) {
   if (tree.entry_pool == nullptr) return;
-  walk_upward(top, [&](EntryOf<Tree> &entry, const EntryOf<Tree> *) { return_entry(tree, entry); });
+  walk_postorder(top, [&](EntryOf<Tree> &entry, const EntryOf<Tree> *) { return_entry(tree, entry); });
 }
 
 // Releases the values of all entries from `top` down. The entries are returned to an external pool; without a
@@ -110,7 +110,7 @@ void return_entries(Tree &tree, EntryOf<Tree> &top) {
 template <class Tree>
 void free_entries(Tree &tree, EntryOf<Tree> &top, mub_free_fn release_it) {
   const bool returns_entries = entry_pool_of(tree).is_external();
-  walk_upward(top, [&](EntryOf<Tree> &entry, const EntryOf<Tree> *above) {
+  walk_postorder(top, [&](EntryOf<Tree> &entry, const EntryOf<Tree> *above) {
     release_value(value_pool_of(tree), entry.value, release_it);
     if (returns_entries) {
       return_entry(tree, entry);
@@ -184,8 +184,8 @@ class Copying {
 
   // Returns a copy of an entry and all below it, not linked; nullptr if memory runs out.
   EntryOf<Tree> *clone(const EntryOf<Tree> &source) {
-    pools_.entries.take_from(copy_.entry_pool);
-    EntryOf<Tree> *top = pools_.entries.copy_of(source);
+    pools_.entry_pool.use_new_blocks_of(copy_.entry_pool);
+    EntryOf<Tree> *top = pools_.entry_pool.copy_of(source);
     if (top == nullptr) return nullptr;
     if (!copy_below(*top)) {
       return_entries(copy_, *top);
@@ -206,8 +206,8 @@ class Copying {
 
   // After memory ran out, nothing more is copied, and the walk ends with the copies made so far.
   EntryOf<Tree> *copy_of(const EntryOf<Tree> &source) {
-    if (pools_.entries.is_whole()) return pools_.entries.copy_of(source);
-    EntryOf<Tree> *copy = failed_ ? nullptr : pools_.entries.copy_of(source);
+    if (pools_.entry_pool.is_whole()) return pools_.entry_pool.copy_of(source);
+    EntryOf<Tree> *copy = failed_ ? nullptr : pools_.entry_pool.copy_of(source);
     failed_ = copy == nullptr;
     copied_ += failed_ ? 0 : 1;
     return copy;
@@ -217,13 +217,13 @@ class Copying {
   void translate_values(const CloneCallback &callback) {
     walk(copy_.root, [&](EntryOf<Tree> &entry) {
       const uint64_t source_value = entry.value;
-      entry.value = pools_.values.translate(source_value);
+      entry.value = pools_.value_pool.translate(source_value);
       callback.notify(source_value, entry.value);
     });
   }
 
   Tree &copy_;
-  PoolCopies pools_;
+  ContainerBlockCopiers pools_;
   int64_t copied_ = 0;
   bool failed_ = false;
 };
