@@ -18,8 +18,8 @@
 
 namespace mub_bench {
 
-// Some programs contain their source twice, the second time compiled with mub_inline.h. The second one has only
-// the workloads that call a function of that header, and no peers.
+// Some programs contain their source twice, the second time compiled with mub_inline.h. The second one has
+// only the workloads that call a function of that header, and no peers.
 #ifdef MUB_INLINE_H
 constexpr bool kIsInline = true;
 constexpr char kMub[] = "mub_inline";

@@ -210,8 +210,8 @@ TEST(Batches, LargeHashTablesGiveWhatSingleLookUpsGive) {
   mub_hasht_term(&t);
 }
 
-// In spite of what callers can do: a key type under which the keys are in no order, or no number equals itself;
-// records in the wrong leaves; an inner node without children; a leaf beside inner nodes.
+// In spite of what callers can do: a key type under which the keys are in no order, or no number equals
+// itself; records in the wrong leaves; an inner node without children; a leaf beside inner nodes.
 TEST(Batches, LargeTreesGiveWhatSingleLookUpsGive) {
   const auto keys64 = many_numbers<uint64_t>();
   mub_btreex x;

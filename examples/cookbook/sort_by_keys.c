@@ -1,7 +1,7 @@
 /* Sort structs by several keys, which each call selects anew.
  *
- * The array holds addresses; the structs do not move. The comparator's context holds the selection, so there is
- * no need for a global variable, nor for a comparator for each combination. */
+ * The array holds addresses; the structs do not move. The comparator's context holds the selection, so there
+ * is no need for a global variable, nor for a comparator for each combination. */
 #include <stdio.h>
 #include <stdlib.h>
 

@@ -99,7 +99,7 @@ auto &value_of(Slot &slot) {
   }
 }
 
-// In place of that of container_pools.h, as arrays name the fields differently.
+// Replaces that of container_pools.h: the fields of arrays have other names.
 template <class Array>
 auto value_pool_of(Array &array) {
   return PoolField{array.pool, array.own_pool};

@@ -108,9 +108,9 @@ inline void prefetch_chunk(const mub_pool &pool, int64_t chunk) {
   prefetch(pool.chunks[chunk], static_cast<int64_t>(std::min(chunk_bytes(pool), kPrefetchBytes)));
 }
 
-// Calls `visit` for every carved block, free ones included, chunk by chunk. If the entries of a container
-// fill the pool, this is several times faster than following their links: compare the rows of map_remove in
-// bench/hash_bench.cpp.
+// Calls `visit` for every carved block, free ones included, chunk by chunk. If the pool has only the entries
+// of one container, this is several times faster than following their links: compare the rows of map_remove
+// in bench/hash_bench.cpp.
 template <class Block, class Visit>
 void for_each_block(const mub_pool &pool, Visit visit) {
   for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
