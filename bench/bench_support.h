@@ -1,7 +1,7 @@
 // Shared by the benchmarks: keys, the names of benchmarks, and the size of the heap.
 //
-// A benchmark is named WORKLOAD/WHO/N, where WHO is "mub", "mub_inline" or a peer; tools/bench pairs them by
-// name.
+// A benchmark is named WORKLOAD/WHO/N, where WHO is "mub", "mub_inline", "mub_lto" or a peer; tools/bench pairs
+// them by name.
 #ifndef MUB_BENCH_SUPPORT_H
 #define MUB_BENCH_SUPPORT_H
 
@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <numeric>
 #include <random>
 #include <string>
@@ -19,13 +20,17 @@
 namespace mub_bench {
 
 // Some programs contain their source twice, the second time compiled with mub_inline.h. The second one has
-// only the workloads that call a function of that header, and no peers.
-#ifdef MUB_INLINE_H
-constexpr bool kIsInline = true;
+// only the workloads that call a function of that header, and no peers. A program that is linked with the
+// static library and optimised as a whole has no peers either.
+#if defined MUB_INLINE_H
 constexpr char kMub[] = "mub_inline";
+constexpr bool kIsInline = true, kHasPeers = false;
+#elif defined MUB_BENCH_LTO
+constexpr char kMub[] = "mub_lto";
+constexpr bool kIsInline = false, kHasPeers = false;
 #else
-constexpr bool kIsInline = false;
 constexpr char kMub[] = "mub";
+constexpr bool kIsInline = false, kHasPeers = true;
 #endif
 
 // The same texts, stored in the order of the vector, like words of a file: so the container is measured, and
@@ -89,6 +94,18 @@ uint64_t sum_of(const Map &map, const Keys &wanted, ...) {
   return sum;
 }
 
+// The same sum, but each look-up waits for the value before it. Values are small: their highest bit is 0.
+template <class Map, class Keys>
+uint64_t sum_in_sequence(const Map &map, const Keys &wanted) {
+  uint64_t sum = 0;
+  uint64_t value = 0;
+  for (size_t i = 0; i < wanted.size(); ++i) {
+    value = map.get(wanted[i + (value >> 63)]);
+    sum += value;
+  }
+  return sum;
+}
+
 // For maps with byte-string keys that take all at once.
 template <class Record, class GetMany>
 uint64_t sum_of_batch(const Record &record, GetMany get_many, const std::vector<std::string> &wanted) {
@@ -113,6 +130,25 @@ uint64_t sum_of_batch(const Record &record, GetMany get_many, const std::vector<
   std::vector<uint64_t> values(wanted.size());
   get_many(&record, wanted.data(), static_cast<int64_t>(wanted.size()), values.data());
   return std::accumulate(values.begin(), values.end(), uint64_t{0});
+}
+
+// Looks keys up that were drawn at random, so often that the branch predictor cannot learn them.
+template <class Map, class Keys>
+void look_up(benchmark::State &state, const Map &map, const Keys &wanted) {
+  for (auto _ : state) benchmark::DoNotOptimize(sum_of(map, wanted, 0));
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
+}
+template <class Map, class Keys>
+void look_up_in_sequence(benchmark::State &state, const Map &map, const Keys &wanted) {
+  for (auto _ : state) benchmark::DoNotOptimize(sum_in_sequence(map, wanted));
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
+}
+
+// The sum of all values, in the order of the map.
+template <class Map>
+void walk(benchmark::State &state, const Map &map) {
+  for (auto _ : state) benchmark::DoNotOptimize(map.sum());
+  state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
 inline int64_t heap_bytes_in_use() {
@@ -162,9 +198,11 @@ inline void add_runs(const std::string &workload, const std::string &who,
   }
 }
 
+// With MUB_BENCH_LARGE in the environment, workloads of a million items have ten million, too.
 template <class Function>
 void add_sizes(const std::string &workload, const std::string &who, Function function,
-               const std::vector<int64_t> &sizes) {
+               std::vector<int64_t> sizes) {
+  if (sizes.back() == 1000000 && std::getenv("MUB_BENCH_LARGE") != nullptr) sizes.push_back(10000000);
   for (const int64_t size : sizes) {
     benchmark::RegisterBenchmark((workload + "/" + who).c_str(), function)
         ->Arg(size)

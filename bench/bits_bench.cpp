@@ -73,7 +73,7 @@ void add(const char *who) {
 
 [[maybe_unused]] const bool registered = [] {
   add<MubBits>(mub_bench::kMub);
-  if (!mub_bench::kIsInline) add<StdBits>("std::vector<bool>");
+  if (mub_bench::kHasPeers) add<StdBits>("std::vector<bool>");
   return true;
 }();
 

@@ -170,32 +170,27 @@ void insert(benchmark::State &state, MakeKeys make_keys) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-// Looks up keys in random orders, which repeat only after a long time.
-template <class Map, class Keys>
-void look_up(benchmark::State &state, const Keys &keys) {
-  const auto map = filled<Map>(keys);
-  const Keys wanted = mub_bench::drawn(keys);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(mub_bench::sum_of(*map, wanted, 0));
-  }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
+template <class Map>
+void get_integers(benchmark::State &state) {
+  const Integers keys = random_integers(state.range(0), 1);
+  mub_bench::look_up(state, *filled<Map>(keys), mub_bench::drawn(keys));
 }
 
 template <class Map>
-void get_integers(benchmark::State &state) {
-  look_up<Map>(state, random_integers(state.range(0), 1));
+void get_integers_in_sequence(benchmark::State &state) {
+  const Integers keys = random_integers(state.range(0), 1);
+  mub_bench::look_up_in_sequence(state, *filled<Map>(keys), mub_bench::drawn(keys));
 }
 
 template <class Map>
 void get_texts(benchmark::State &state) {
-  look_up<Map>(state, mub_bench::random_keys(state.range(0), 1));
+  const auto keys = mub_bench::random_keys(state.range(0), 1);
+  mub_bench::look_up(state, *filled<Map>(keys), mub_bench::drawn(keys));
 }
 
 template <class Map>
 void walk(benchmark::State &state) {
-  const auto map = filled<Map>(random_integers(state.range(0), 1));
-  for (auto _ : state) benchmark::DoNotOptimize(map->sum());
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  mub_bench::walk(state, *filled<Map>(random_integers(state.range(0), 1)));
 }
 
 template <class Map>
@@ -225,6 +220,7 @@ template <class Map, class Batches = Map>
 void add_integers(const std::string &who) {
   using mub_bench::add_sizes;
   add_sizes("u64_lookup", who, get_integers<Map>, kSizes);
+  add_sizes("u64_lookup_in_sequence", who, get_integers_in_sequence<Map>, kSizes);
   add_sizes("u64_lookup_batch", who, get_integers<Batches>, kSizes);
   add_sizes(
       "u64_insert_random", who, [](auto &state) { insert<Map>(state, random_integers); }, kSizes);
@@ -245,8 +241,9 @@ void add_texts(const std::string &who) {
 }
 
 [[maybe_unused]] const bool registered = [] {
-  add_integers<MubIntegers, MubIntegerBatches>("mub");
-  add_texts<MubTexts, MubTextBatches>("mub");
+  add_integers<MubIntegers, MubIntegerBatches>(mub_bench::kMub);
+  add_texts<MubTexts, MubTextBatches>(mub_bench::kMub);
+  if (!mub_bench::kHasPeers) return true;
   add_integers<Peer<std::map<uint64_t, uint64_t>>>("std::map");
   add_texts<Peer<std::map<std::string, uint64_t>>>("std::map");
 #ifdef MUB_PEER_ABSL

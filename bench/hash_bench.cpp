@@ -22,6 +22,7 @@
 
 namespace {
 
+using mub_bench::drawn;
 using mub_bench::random_keys;
 using mub_bench::shuffled;
 
@@ -39,6 +40,15 @@ class MubMap {
   }
   uint64_t get(const std::string &key) const {
     return mub_hash_get(&table_, key.data(), static_cast<int64_t>(key.size()));
+  }
+  uint64_t sum() const {
+    uint64_t sum = 0;
+    int64_t bucket;
+    for (auto *entry = mub_hash_entry_first(&table_, &bucket); entry != nullptr;
+         entry = mub_hash_entry_next(&table_, &bucket, entry)) {
+      sum += entry->value;
+    }
+    return sum;
   }
   void clone_into(MubMap &copy) const { mub_hash_clone(&table_, nullptr, &copy.table_, nullptr, nullptr); }
   void clear() {
@@ -66,6 +76,11 @@ class StdMap {
     const auto found = map_.find(key);
     return found == map_.end() ? 0 : found->second;
   }
+  uint64_t sum() const {
+    uint64_t sum = 0;
+    for (const auto &[key, value] : map_) sum += value;
+    return sum;
+  }
   void clone_into(StdMap &copy) const { copy.map_ = map_; }
   void clear() { std::unordered_map<std::string, uint64_t>().swap(map_); }
 
@@ -80,6 +95,11 @@ class AbslMap {
   uint64_t get(const std::string &key) const {
     const auto found = map_.find(key);
     return found == map_.end() ? 0 : found->second;
+  }
+  uint64_t sum() const {
+    uint64_t sum = 0;
+    for (const auto &[key, value] : map_) sum += value;
+    return sum;
   }
   void clone_into(AbslMap &copy) const { copy.map_ = map_; }
   void clear() { absl::flat_hash_map<std::string, uint64_t>().swap(map_); }
@@ -103,6 +123,14 @@ class GlibMap {
   }
   uint64_t get(const std::string &key) const {
     return GPOINTER_TO_SIZE(g_hash_table_lookup(map_, key.c_str()));
+  }
+  uint64_t sum() const {
+    uint64_t sum = 0;
+    GHashTableIter iter;
+    gpointer value;
+    g_hash_table_iter_init(&iter, map_);
+    while (g_hash_table_iter_next(&iter, nullptr, &value)) sum += GPOINTER_TO_SIZE(value);
+    return sum;
   }
   void clone_into(GlibMap &copy) const {
     GHashTableIter iter;
@@ -145,24 +173,27 @@ void insert(benchmark::State &state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-// Looks up every key in `wanted`, in random order.
 template <class Map>
-void look_up(benchmark::State &state, const std::vector<std::string> &wanted) {
-  const auto map = filled<Map>(random_keys(state.range(0), 1));
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(mub_bench::sum_of(*map, wanted, 0));
-  }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(wanted.size()));
+void hit(benchmark::State &state) {
+  const auto keys = random_keys(state.range(0), 1);
+  mub_bench::look_up(state, *filled<Map>(keys), drawn(keys));
 }
 
 template <class Map>
-void hit(benchmark::State &state) {
-  look_up<Map>(state, mub_bench::laid_out(shuffled(random_keys(state.range(0), 1))));
+void hit_in_sequence(benchmark::State &state) {
+  const auto keys = random_keys(state.range(0), 1);
+  mub_bench::look_up_in_sequence(state, *filled<Map>(keys), drawn(keys));
 }
 
 template <class Map>
 void miss(benchmark::State &state) {
-  look_up<Map>(state, random_keys(state.range(0), 2));
+  const auto keys = random_keys(state.range(0), 1);
+  mub_bench::look_up(state, *filled<Map>(keys), drawn(random_keys(state.range(0), 2)));
+}
+
+template <class Map>
+void walk(benchmark::State &state) {
+  mub_bench::walk(state, *filled<Map>(random_keys(state.range(0), 1)));
 }
 
 template <class Map>
@@ -221,9 +252,11 @@ void add(const std::string &who) {
   using mub_bench::add_sizes;
   add_sizes("map_insert", who, insert<Map>, {1000, 100000, 1000000});
   add_sizes("map_hit", who, hit<Map>, {1000, 100000, 1000000});
+  add_sizes("map_hit_in_sequence", who, hit_in_sequence<Map>, {1000, 100000, 1000000});
   add_sizes("map_miss", who, miss<Map>, {1000, 100000, 1000000});
   add_sizes("map_hit_batch", who, hit<Batches>, {1000, 100000, 1000000});
   add_sizes("map_miss_batch", who, miss<Batches>, {1000, 100000, 1000000});
+  add_sizes("map_walk", who, walk<Map>, {1000, 100000, 1000000});
   add_sizes("map_clone", who, clone<Map>, {1000, 100000});
   mub_bench::add_runs("map_release", who, release<Map>, {1000, 100000, 1000000});
   add_sizes("map_memory", who, memory<Map>, {1000, 100000, 1000000});
@@ -254,7 +287,9 @@ void remove_mub(benchmark::State &state) { remove_from(state, true); }
 void remove_chains(benchmark::State &state) { remove_from(state, false); }
 
 [[maybe_unused]] const bool registered = [] {
-  add<MubMap, MubBatches>("mub");
+  add<MubMap, MubBatches>(mub_bench::kMub);
+  mub_bench::add_sizes("key_hash", mub_bench::kMub, hash_mub, {1000, 100000});
+  if (!mub_bench::kHasPeers) return true;
   add<StdMap>("std::unordered_map");
 #ifdef MUB_PEER_ABSL
   add<AbslMap>("absl::flat_hash_map");
@@ -262,7 +297,6 @@ void remove_chains(benchmark::State &state) { remove_from(state, false); }
 #ifdef MUB_PEER_GLIB
   add<GlibMap>("GHashTable");
 #endif
-  mub_bench::add_sizes("key_hash", "mub", hash_mub, {1000, 100000});
   mub_bench::add_sizes("key_hash", "std::hash", hash_std, {1000, 100000});
   mub_bench::add_sizes("map_remove", "mub", remove_mub, {100000, 1000000});
   mub_bench::add_sizes("map_remove", "walk along the chains", remove_chains, {100000, 1000000});

@@ -1,4 +1,4 @@
-// Blocks of a pool against blocks of malloc.
+// Blocks of a pool against blocks of malloc and boost::pool.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -7,6 +7,10 @@
 
 #include "bench_support.h"
 #include "mub_pool.h"
+
+#ifdef MUB_PEER_BOOST
+#include <boost/pool/pool.hpp>
+#endif
 
 namespace {
 
@@ -34,6 +38,18 @@ class MallocBlocks {
     for (void *block : blocks) std::free(block);
   }
 };
+
+#ifdef MUB_PEER_BOOST
+class BoostBlocks {
+ public:
+  void *take() { return pool_.malloc(); }
+  void give(void *block) { pool_.free(block); }
+  void give_all(const std::vector<void *> &) { pool_.purge_memory(); }
+
+ private:
+  boost::pool<> pool_{kBlockBytes};
+};
+#endif
 
 // Allocates fresh blocks, writes to each, and releases all at once.
 template <class Blocks>
@@ -73,7 +89,11 @@ void add(const char *who) {
 
 [[maybe_unused]] const bool registered = [] {
   add<MubBlocks>(mub_bench::kMub);
-  if (!mub_bench::kIsInline) add<MallocBlocks>("malloc");
+  if (!mub_bench::kHasPeers) return true;
+  add<MallocBlocks>("malloc");
+#ifdef MUB_PEER_BOOST
+  add<BoostBlocks>("boost::pool");
+#endif
   return true;
 }();
 

@@ -97,7 +97,7 @@ void add(const char *who) {
 
 [[maybe_unused]] const bool registered = [] {
   add<MubFields>(mub_bench::kMub);
-  if (!mub_bench::kIsInline) add<StdFields>("memcpy");
+  if (mub_bench::kHasPeers) add<StdFields>("memcpy");
   return true;
 }();
 

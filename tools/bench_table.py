@@ -7,7 +7,9 @@
 Benchmarks are named WORKLOAD/WHO/N, where WHO is "mub" or a peer. For each workload, N and peer there is a
 ratio peer / mub: above 1, libmub is faster, or needs less memory. Values are medians of the repetitions.
 "spread" is (maximum - minimum) / median, the larger of the two sides, and shows how far to trust a ratio.
-WHO may also be "mub_inline", for libmub with mub_inline.h; the rows of these are called "WORKLOAD (inline)".
+WHO may also be "mub_inline", for libmub with mub_inline.h, or "mub_lto", for the static library optimised with
+the program; their rows are called "WORKLOAD (inline)" and "WORKLOAD (LTO)". The results of a family may be in
+two files, FAMILY.json and FAMILY_lto.json.
 """
 
 import argparse
@@ -22,7 +24,7 @@ from pathlib import Path
 from typing import NamedTuple
 
 # Names of libmub, and what they add to the workload.
-OURS = {"mub": "", "mub_inline": " (inline)"}
+OURS = {"mub": "", "mub_inline": " (inline)", "mub_lto": " (LTO)"}
 # What the benchmark library appends to a name: "/iterations:1", "/repeats:3", "/manual_time" …
 APPENDED = re.compile(r"/(?:[a-z_]+:[0-9.]+|manual_time|real_time|process_time)(?=/|$)")
 MEMORY = "bytes_per_entry"
@@ -44,7 +46,7 @@ def parsed(family, text):
 
 
 def family_of(path):
-    return Path(path).stem
+    return Path(path).stem.removesuffix("_lto")
 
 
 def name_faults(paths):

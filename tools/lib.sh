@@ -34,8 +34,8 @@ lint_packages=(clang-format clang-tidy shellcheck)
 size_packages=(cloc)
 coverage_packages=(gcovr)
 mutation_packages=(python3-clang-14)
-bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev uthash-dev zlib1g-dev libdeflate-dev
-  libisal-dev pkg-config python3)
+bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev libboost-dev uthash-dev zlib1g-dev
+  libdeflate-dev libisal-dev pkg-config python3)
 
 abi_packages=(abigail-tools)
 packaging_packages=(debhelper doxygen dpkg-dev fakeroot graphviz lintian pkg-config)

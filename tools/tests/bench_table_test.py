@@ -30,20 +30,24 @@ class BenchTable(unittest.TestCase):
     def table(self, *arguments):
         return subprocess.run([sys.executable, TOOLS / "bench_table.py", *arguments], capture_output=True, text=True)
 
-    def rows(self, *runs):
-        results, ratios = self.directory / "hash.json", self.directory / "ratios.csv"
-        results.write_text(json.dumps({"benchmarks": runs}))
-        self.assertEqual(self.table("--csv", ratios, results).returncode, 0)
+    def rows(self, *runs, lto_runs=()):
+        files = {"hash.json": runs, "hash_lto.json": lto_runs}
+        for name, listed in files.items():
+            (self.directory / name).write_text(json.dumps({"benchmarks": listed}))
+        ratios = self.directory / "ratios.csv"
+        self.assertEqual(self.table("--csv", ratios, *map(self.directory.joinpath, files)).returncode, 0)
         with ratios.open(newline="") as file:
             return [tuple(row.values())[1:8] for row in csv.DictReader(file)]
 
     def test_takes_medians_and_divides_the_peer_by_mub(self):
         rows = self.rows(
             run("hit/std::map/10", 1, 300), run("hit/mub/10", 0, 100), run("hit/mub/10", 0, 900),
-            run("hit/mub/10", 0, 200), run("hit/mub_inline/10", 2, 150), run("hit/mub/20", 0, 50), run("hit/mub/10_mean", 0, 1, run_type="aggregate"))
+            run("hit/mub/10", 0, 200), run("hit/mub_inline/10", 2, 150), run("hit/mub/20", 0, 50),
+            run("hit/mub/10_mean", 0, 1, run_type="aggregate"), lto_runs=[run("hit/mub_lto/10", 0, 100)])
         self.assertEqual(rows, [
             ("hit", "10", "std::map", "ns", "200", "300", "1.50"),
-            ("hit (inline)", "10", "std::map", "ns", "150", "300", "2.00")])
+            ("hit (inline)", "10", "std::map", "ns", "150", "300", "2.00"),
+            ("hit (LTO)", "10", "std::map", "ns", "100", "300", "3.00")])
 
     def test_reads_items_wall_time_and_memory(self):
         rows = self.rows(
