@@ -64,7 +64,7 @@
  * | `_update`       | the previous value or item | 0, not added                  |                        |
  * | `_remove`       | the value or item          | 0                             |                        |
  * | `_append_new`   | the new block              | the new block                 | 0                      |
- * | `_clone`        | the destination            |                               | it, but empty          |
+ * | `_clone`        | the destination            |                               | empty destination      |
  *
  * In an empty array `_bfind` returns 0 and `_bfind_index` -1. `_find` and `_remove` of mub_arrayt return 1 if
  * the word is present, else 0.

@@ -26,8 +26,8 @@
  *   it is never emptied.
  * - **Values.** A value is a 64-bit word, such as a number or a pointer cast through `uintptr_t`, that the
  *   library does not interpret, unless the container has a value pool: then every value must be 0 or the
- *   address of a block of that pool, because `_free` returns it to the pool and `_clone` translates it. Where
- *   a value is optional, 0 means none.
+ *   address of a block of that pool, because `_free` returns it to an external pool, and `_clone` translates
+ *   it if the pool is owned. Where a value is optional, 0 means none.
  * - **Callbacks.** A callback must not change the container that calls it. Only the sign of a comparator's
  *   result matters.
  *

@@ -17,9 +17,9 @@
  * lower.
  *
  * **Splits.** An entry that reaches 32 children is split: the lower half (16 of 32) stays, the upper half
- * moves to a new entry right after it. The tree grows in height at the root only, which is part of the tree's
- * record and never moves. Removals do not rebalance the tree: an entry is removed once it is empty, and a
- * tree without keys is a single empty leaf again.
+ * moves to a new entry right after it. The tree grows in height at the root only, which is embedded in the
+ * `mub_btree` struct and never moves. Removals do not rebalance the tree: an entry is removed once it is
+ * empty, and a tree without keys is a single empty leaf again.
  *
  * **Pools.** A tree needs an entry pool and a node pool before its first insertion: pools created by `_init`,
  * or external ones stored in the fields, whose block sizes are at least those of `mub_btree_entry` and
@@ -37,8 +37,9 @@
  *
  * **Cursors.** A cursor visits the records in key order, even after removals and in clones. It is a plain
  * struct that the caller owns and need not release; a step compares no keys. A cursor is valid until a key is
- * added or removed, or the tree is emptied, swapped, cloned into or released: then seek again. Any number of
- * cursors may be used with one tree, also in several threads while no thread changes the tree.
+ * added or removed, or the tree is swapped, emptied, released or the destination of a clone; after that, seek
+ * again. Any number of cursors may be used with one tree, even in several threads, as long as no thread
+ * changes the tree.
  *
  * **Memory.** An insertion that runs out of memory fails as a whole. Only if there is no memory for a split
  * does it succeed without one: the entry then holds more than 31 children, and is split by the next insertion

@@ -39,7 +39,7 @@
  * | `_remove`    | the value, not released      | 0                      |                         |
  * | `_free`      | the table                    | NULL                   |                         |
  * | `_entry_get` | the entry                    | NULL                   |                         |
- * | `_clone`     | the destination              |                        | it, but empty           |
+ * | `_clone`     | the destination              |                        | empty destination       |
  *
  * If only the value block cannot be allocated, `_set` adds the key with value 0 and returns 1.
  *
@@ -186,7 +186,7 @@ MUB_API uint64_t mub_hash_key(const void *key, int64_t length, int nocase);
 /**
  * Checks whether two byte ranges are equal.
  *
- * If both lengths are equal and below 1, the ranges are equal.
+ * If the lengths are equal and below 1, the ranges count as equal.
  *
  * @param[in] a         the first range
  * @param[in] a_length  bytes of `a`
@@ -472,12 +472,12 @@ MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucke
 /**
  * Finds a key in a bucket, or appends a new entry to the chain.
  *
- * Stored hashes are not compared. Neither `hash_value` nor the key is stored: apart from `next`, the new
- * entry has the content that mub_pool_new() gave it. The caller fills it in and counts it.
+ * Stored hashes are not compared. The key is not stored: apart from `next`, the new entry has the content
+ * that mub_pool_new() gave it. The caller fills it in and counts it.
  *
  * @param[in,out] hash       the table
  * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
- * @param[in] hash_value     the hash of the key, from mub_hash_key()
+ * @param[in] hash_value     not used
  * @param[in] key            the bytes of the key; NULL is the empty key
  * @param[in] length         bytes of the key, used as given; a negative length finds nothing
  * @param[out] inserted_out  receives 1 if the entry is new, else 0

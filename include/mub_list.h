@@ -30,20 +30,21 @@
  *
  * What the everyday operations return:
  *
- * | operation                           | done or found           | empty or not found | out of memory |
- * | ----------------------------------- | ----------------------- | ------------------ | ------------- |
- * | `_add_head`, `_add_tail`            | the new entry           |                    | NULL          |
- * | `_add_head_new`, `_add_tail_new`    | the new block           |                    | 0             |
- * | `_insert_before`, `_insert_after`   | the new entry           |                    | NULL          |
- * | `_get_head`, `_get_tail`, `_get_at` | the value               | 0                  |               |
- * | `_get_next`, `_get_prev`            | the value, and steps on | 0 at NULL          |               |
- * | `_find`, `_find_at`, `_find_x`      | the entry               | NULL               |               |
- * | `_remove_head`, `_remove_tail`      | the value, not released | 0                  |               |
- * | `_remove_at`                        | the value, not released | 0 at NULL          |               |
- * | `_clone`                            | the destination         |                    | it, but empty |
+ * | operation                           | done or found           | empty or not found | out of memory     |
+ * | ----------------------------------- | ----------------------- | ------------------ | ----------------- |
+ * | `_add_head`, `_add_tail`            | the new entry           |                    | NULL              |
+ * | `_add_head_new`, `_add_tail_new`    | the new block           |                    | 0                 |
+ * | `_insert_before`, `_insert_after`   | the new entry           |                    | NULL              |
+ * | `_get_head`, `_get_tail`, `_get_at` | the value               | 0                  |                   |
+ * | `_get_next`, `_get_prev`            | the value               | 0 at NULL          |                   |
+ * | `_find`, `_find_at`, `_find_x`      | the entry               | NULL               |                   |
+ * | `_remove_head`, `_remove_tail`      | the value, not released | 0                  |                   |
+ * | `_remove_at`                        | the value, not released | 0 at NULL          |                   |
+ * | `_clone`                            | the destination         |                    | empty destination |
  *
- * mub_listx_add_head() and mub_listx_add_tail() return the list, or NULL if memory ran out. If memory runs
- * out for the block of the value pool alone, the `_new` functions add value 0 and return 0.
+ * `_get_next` and `_get_prev` also move the position to the next or the previous entry. mub_listx_add_head()
+ * and mub_listx_add_tail() return the list, or NULL if memory ran out. If memory runs out for the block of
+ * the value pool alone, the `_new` functions add value 0 and return 0.
  *
  * @{
  */
