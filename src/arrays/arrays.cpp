@@ -5,7 +5,7 @@ using namespace mub;
 
 namespace {
 
-// Compares items with a searched key by a caller's comparator.
+// Compares items with the wanted key by a caller's comparator.
 struct ItemSearchOrder {
   static constexpr bool kIsDifference = false;
   uint64_t key;

@@ -72,7 +72,7 @@ struct Policy<mub_array> : PackedKeys<mub_array> {
   }
 };
 
-// Compares entries with a searched key, byte by byte as unsigned values; a prefix comes first.
+// Compares entries with the wanted key, byte by byte as unsigned values; a prefix comes first.
 struct ByteSearchOrder {
   static constexpr bool kIsDifference = false;
   const mub_array &array;

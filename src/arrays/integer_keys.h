@@ -25,7 +25,7 @@ struct Policy<mub_arrayd> : IntegerSlots<mub_arrayd> {};
 template <>
 struct Policy<mub_arrayx> : IntegerSlots<mub_arrayx> {};
 
-// Compares entries with a searched key by the sign of the difference.
+// Compares entries with the wanted key by the sign of the difference.
 template <class Integer>
 struct IntegerSearchOrder {
   static constexpr bool kIsDifference = true;

@@ -1,5 +1,5 @@
 // Binary search, in two variants that probe the same slots: one branches on each comparison, the other turns
-// its sign into a mask. If several keys are equal to the searched one, the first one probed is found. Callers
+// its sign into a mask. If several keys are equal to the wanted one, the first one probed is found. Callers
 // can see which, so the sequence of probes is part of the interface.
 //
 // Invariants, for any comparator and any table, sorted or not:
@@ -38,7 +38,7 @@ Spot search_in_order(int64_t count, CompareAt compare_at) {
   return {low, false};
 }
 
-// `compare_at(i)` orders slot i against the searched key. The search of a descending table swaps the tests:
+// `compare_at(i)` orders slot i against the wanted key. The search of a descending table swaps the tests:
 // negating INT_MIN, which a comparator may return, would overflow. Each direction has its own loop, which
 // need not test it.
 template <class CompareAt>
@@ -46,7 +46,7 @@ Spot binary_search(int64_t count, bool descending, CompareAt compare_at) {
   return descending ? search_in_order<true>(count, compare_at) : search_in_order<false>(count, compare_at);
 }
 
-// For orders that return a difference. If keys are searched at random, a branch on its sign is mispredicted
+// For orders that return a difference. If random keys are searched for, a branch on its sign is mispredicted
 // every other time, so a mask made of the sign moves the bounds instead. Without a branch to predict, the
 // processor loads nothing ahead: `fetch` is called for the four slots near which the probe after the next one
 // will fall.

@@ -29,7 +29,7 @@
 //   shift_keys_down(array, slot)     called after erase_key and before `slot` is removed: updates the keys of
 //                                    the other slots. erase_key leaves the fields that it needs as they were
 //   reserve_keys_of(array, source)   makes room for the keys of another array; false if memory runs out
-// Searches are given a search order: order(slot) compares the key of a slot with the searched key. Sorts are
+// Searches are given a search order: order(slot) compares the key of a slot with the wanted key. Sorts are
 // given a sort order (sort.h), which compares two slots.
 #ifndef MUB_ARRAYS_SLOT_TABLE_H
 #define MUB_ARRAYS_SLOT_TABLE_H

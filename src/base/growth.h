@@ -26,7 +26,7 @@ inline int64_t grown_slots(int64_t count, int64_t capacity, int64_t wanted) {
   return round_up_to_4(std::max(capacity + step, wanted));
 }
 
-// The chunk and page tables of pools grow by half their count, but at least by 4.
+// The tables of chunks and of free pages of pools grow by half their count, but at least by 4.
 inline int64_t grown_pages(int64_t count, int64_t capacity) {
   return round_up_to_4(capacity + std::max<int64_t>(count / 2, 4));
 }

@@ -163,7 +163,7 @@ NodeOf<Tree> *split_off(Tree &tree, NodeOf<Tree> &node) {
   return upper;
 }
 
-// The root cannot move, as it is part of the record: its table of children moves to a new node below it.
+// The root cannot move, as it is embedded in the tree: its table of children moves to a new node below it.
 template <class Tree>
 void split_root(Tree &tree, NodeOf<Tree> &root) {
   NodeOf<Tree> *upper = new_sibling(tree, root);

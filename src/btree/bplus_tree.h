@@ -19,7 +19,7 @@
 //   2. The parent of a node is the node that lists it; the root has none.
 //   3. The name of every node but the root is the key of its last child, with the same offset. The name of
 //      the root is not searched: removals do not lower its offset, and an empty root keeps its last name.
-//   4. The keys of the records ascend from leaf to leaf; no two are equal.
+//   4. The keys of the records ascend, in each leaf and from leaf to leaf; no two are equal.
 //   5. A node has at most 31 children, unless memory ran out when it was to split.
 //   6. `count` is the number of records.
 //   7. `prev` and `next` of the records are their neighbours in key order if nothing was removed since the
@@ -32,8 +32,8 @@
 // They hold until a caller uses the low layer: entry_new, split_entry and split_node make nodes that no
 // parent lists, splits of fewer than two children leave an empty one, the set_ functions and adjust_t change
 // single fields, insert_t trusts its caller to pass the right leaf, and remove_all_entry, free_all_entry and
-// clone_entry change neither the count nor what is above. Searches and walks allow for empty nodes. 4 also
-// assumes that `nocase` or `key_type` does not change while there are records.
+// clone_entry change neither the count nor the nodes above. Searches and walks allow for empty nodes. 4 also
+// assumes that neither `nocase` nor `key_type` changes while there are records.
 //
 // Threads: functions that take a const tree write nothing, so readers may run in parallel, each with cursors
 // of its own.
@@ -43,8 +43,8 @@
 // that of its tree.
 //   Node, Record, Cursor                the public structs
 //   with_order(tree, key, use)          returns use(order), where order(child) compares the key of a node
-//                                       or a record with the searched key
-//   order.with_key(key)                 the same order for another searched key
+//                                       or a record with the wanted key
+//   order.with_key(key)                 the same order for another wanted key
 //   Order::kByQuarters                  whether node_search.h searches without branches
 //   has_name(tree, node, child)         whether the name of the node is the key of the child
 //   copy_key(node, child)               gives the node the key of the child as its name
@@ -177,7 +177,7 @@ RecordOf<Tree> *insert_at(Tree &tree, const Place<NodeOf<Tree>> &place, KeyOf<Tr
   return record;
 }
 
-// Adds a record after all others of the tree to the last leaf, where its only neighbour is.
+// Adds a record that follows all others: its only neighbour is the last record of the last leaf, `leaf`.
 template <class Tree>
 RecordOf<Tree> *append(Tree &tree, NodeOf<Tree> &leaf, KeyOf<Tree> key, bool &inserted) {
   const int64_t count = leaf.children.count;

@@ -1,10 +1,10 @@
-// The search among the children of a node, and the descent to a leaf. Single look-ups search here;
-// batch_get.h probes the same tables for groups. Another layout of the keys would be read in both. Part of
-// the engine in bplus_tree.h, where its invariants are. Nothing is written.
+// The search among the children of a node, and the descent to a leaf. Single look-ups search here, groups of
+// look-ups also in batch_get.h: a change of the layout of the keys affects both. Part of the engine in
+// bplus_tree.h, where its invariants are. Nothing is written.
 //
-// order(child) compares the key of a child with the searched one, and is inlined into the loops.
-// Order::kByQuarters selects the search without branches. The order must then be consistent and compare
-// without branches itself, and the tree should fit into a cache.
+// order(child) compares the key of a child with the wanted one, and is inlined into the loops.
+// Order::kByQuarters selects the search without branches. It requires a strict order (a NaN breaks it) that
+// itself compares without branches, and pays off only while the tree fits into a cache.
 #ifndef MUB_BTREE_NODE_SEARCH_H
 #define MUB_BTREE_NODE_SEARCH_H
 
@@ -19,8 +19,9 @@ namespace mub::bplus {
 constexpr int64_t kFewChildren = 8;
 
 // Divides the children into four parts per step, and loads the last keys of three of them in parallel. A
-// binary search mispredicts every other branch, but the loads that it speculates on are worth more if keys
-// are not in a cache. Inlined always: a call per level would take a fifth of the time of an insertion.
+// binary search mispredicts every other branch, but it loads keys speculatively, which gains more than it
+// loses if keys are not in a cache. Always inlined: a call per level would take a fifth of the time of an
+// insertion.
 template <class Child, class Order>
 __attribute__((always_inline)) inline Spot search_by_quarters(const mub_arrays &children,
                                                               const Order &order) {

@@ -27,7 +27,7 @@ struct Numbers64 {
   static constexpr uint32_t kFloat = 6;
 };
 
-// Compares stored bits with those of the searched key. With their sign bits flipped, signed numbers compare
+// Compares stored bits with those of the wanted key. With their sign bits flipped, signed numbers compare
 // as unsigned ones.
 template <class Bits>
 struct IntegerComparison {

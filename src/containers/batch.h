@@ -10,7 +10,7 @@ namespace mub {
 // How many look-ups advance together: more than that do not fit the processor's queue of cache misses.
 constexpr int64_t kGroupSize = 16;
 
-// Stores the value of an item, 0 without one; returns how many items there are.
+// Stores the value of an item, or 0 if it is null. Returns the number of keys present, 1 or 0.
 template <class Item>
 int store_value(const Item *item, uint64_t &value_out) {
   value_out = item == nullptr ? 0 : item->value;

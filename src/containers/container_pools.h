@@ -104,10 +104,10 @@ void swap_pools(Container &a, Container &b) {
   for (size_t i = 0; i < fields.size(); ++i) fields[i].swap(others[i]);
 }
 
-// Whether an owned pool has exactly `count` live blocks. If the container's items are `count` different
-// blocks of the pool, these are all of them, and the container may change its items chunk by chunk instead of
-// following their links, provided that the change leaves blocks on the free stack harmless. A block that a
-// caller popped off the free stack does not count as live, so the number of carved blocks is compared, too.
+// Whether an owned pool has exactly `count` live blocks. If the container has `count` items in the pool,
+// every live block is then one of them, and the container may change its items chunk by chunk instead of
+// following their links, provided that the same change does no harm to blocks on the free stack. A block that
+// a caller popped off the free stack does not count as live, so the number of carved blocks is compared, too.
 template <class Block, class Field>
 bool has_exactly(const Field &field, int64_t count) {
   if (!field.is_owned()) return false;

@@ -5,8 +5,8 @@
 //   keys ──► [ key of a | key of b | key of c | spare … ]        item c:  key_offset, key_length
 //                                  ▲ key_offset
 //
-// Invariants of packed keys. Callers of the low layer can break them, and so does an array whose clone ran
-// out of memory:
+// Invariants of packed keys. Callers of the low layer can break them, and so can cloning an array, if memory
+// runs out:
 //   1. The stream is at most kMaxBytes long.
 //   2. The key of an item lies in the content of the stream.
 //   3. The keys of all items fill the content without gaps and do not overlap; in arrays, the content may
@@ -15,13 +15,13 @@
 //
 // Threads: functions that take a const container write nothing.
 //
-// What a container does with its keys is up to its policy (policy.h). All policies use these names; an engine
-// lists at its head what else it requires.
+// What a container does with its keys is up to its policy (policy.h). Policies that have functions on keys
+// use these names; an engine lists at its head what else it requires.
 //   Key                              a key as it is passed
 //   key_of(container, item)          the key of an item
 //   store_key(container, item, key)  gives a new item its key; false if there is no room
 //   erase_key(container, item)       removes the key of an item that is about to be removed
-//   reset_key(item)                  gives an item the key of an all-zero item
+//   reset_key(item)                  gives an item the key of an all-zero item (not in NoKeys)
 //   clear_keys(container)            removes all keys and keeps their memory
 //   term_keys(container)             removes all keys and releases their memory
 //   swap_keys(a, b)                  exchanges the keys of two containers
@@ -92,9 +92,10 @@ void lower_offset(Item &item, Range cut) {
   if (is_after) item.key_offset -= cut.length;
 }
 
-// The key of an item. The low layer can move an offset out of the key stream, or below 0. A key past the
-// stream's capacity reads as empty; past the length, stale bytes are read. In arrays, the limit is the end of
-// the block, one byte later, so that the key of a spare slot can be replaced wherever it lies (byte_keys.h).
+// The key of an item. The low layer can move an offset past the key stream, or below 0, where it wraps
+// around. A key that ends past the stream's capacity is read as empty; one that ends past the length includes
+// stale bytes. In arrays, the limit is the end of the block, one byte later, so that the key of a spare slot
+// can be replaced wherever it lies (byte_keys.h).
 template <class Item>
 ByteKey key_of(const mub_stream &store, const Item &item) {
   if (int64_t{item.key_offset} + item.key_length > store.capacity) return {store.data, 0};
@@ -142,8 +143,9 @@ struct PackedKeys {
   }
 
   // Implements erase_key, given lower(cut), which lowers the offsets of the other items. The fields of this
-  // item are reset first: no cut moves an empty key at offset 0, so later passes over the pool do not change
-  // its free block. (mub_hash restores the fields, and passes change them. A new entry overwrites them.)
+  // item are reset first: no cut moves an empty key at offset 0, so passes over the pool leave its block as
+  // it is once it is free. (mub_hash restores the fields. Later passes may change them in the free block,
+  // which is harmless: the next entry in it overwrites them.)
   template <class Item, class Lower>
   static void cut_key(Container &container, Item &item, Lower lower) {
     const keys::Range cut = {item.key_offset, item.key_length};

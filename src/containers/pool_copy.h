@@ -35,14 +35,15 @@ class PoolCloner {
   PoolCloner(const PoolCloner &) = delete;
   PoolCloner &operator=(const PoolCloner &) = delete;
 
-  // Maps `source`; false if memory runs out.
+  // Makes the chunk map of `source`; false if memory runs out.
   bool map(const mub_pool &source) {
     source_ = &source;
     chunk_bytes_ = pool::chunk_bytes(source);
     map_ = pool::map(source);
     return map_ != nullptr || source.chunk_count == 0;
   }
-  // Makes `destination` a copy of the mapped pool. Returns false and leaves it empty if memory runs out.
+  // Makes `destination` a copy of the pool given to map(). Returns false and leaves it empty if memory runs
+  // out.
   bool clone_to(mub_pool &destination) {
     destination_ = &destination;
     return pool::clone(*source_, map_, destination);
@@ -89,7 +90,7 @@ class PoolCloner {
     const uint64_t granule = std::min(granule_of(word), granules_ - 1);
     const int64_t last = last_[granule];
     // Usually the chunk is the last of the granule or the one before, equally often; so the choice is made
-    // without a branch. A granule has more chunks only if others are far away.
+    // without a branch. More chunks start in one granule only if the chunks lie far apart.
     const int64_t position = last - (map_[last].base > word ? 1 : 0);
     if (map_[position].base <= word) return position;  // GCOVR_EXCL_BR_LINE
     return pool::find_chunk(map_, position, word);     // GCOVR_EXCL_LINE

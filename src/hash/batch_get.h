@@ -14,8 +14,8 @@
 
 namespace mub::hash_table {
 
-// How many entries of a chain the look-ups pass together: chains have two on average, and few have more than
-// this.
+// How many entries of a chain the look-ups pass together. Chains have fewer than two on average, and few have
+// more than this.
 constexpr int kRounds = 8;
 
 template <class Table>

@@ -29,7 +29,8 @@
 //   word(table, key)                    the word that chooses the bucket of a key
 //   entry_word(entry)                   the word of a stored key
 //   same_key(table, entry, key)         whether the entry has the key; used by insertions
-//   matches(table, entry, word, key)    the same, but compares the stored word first; used by all others
+//   matches(table, entry, word, key)    the same, but compares the stored word first, if the entry has one;
+//                                       used by all others
 //   may_match(entry, word, key)         whether it may match, as far as the entry itself can tell
 //   kBatchedFrom                        the number of entries from which batch_get.h looks keys up together;
 //                                       smaller tables stay in a cache, where single look-ups are as fast
@@ -182,8 +183,8 @@ void for_each(const Table &table, Visit visit) {
 }
 
 // Counts the entries in the chains by a pass over the entry pool: every entry is either the head of a bucket
-// or the `next` of another entry. Entries that a caller has unlinked have no `next`, and those of blocks on
-// the free stack are subtracted.
+// or the `next` of another entry. Entries that a caller has unlinked have no `next`. Blocks on the free stack
+// may have one, which is subtracted.
 template <class Table>
 int64_t count_linked(const Table &table) {
   using Entry = EntryOf<Table>;

@@ -1,10 +1,12 @@
 // The engine of the lists: doubly linked lists of entries, which are blocks of a pool and never move. An
-// entry has one value; in mub_listx it is a block of up to 32, and listx.cpp adds and removes values itself.
+// entry has one value. In mub_listx an entry is a block of up to 32 values, which listx.cpp adds and removes
+// itself.
 //
 //   list   head ──► entry ◄──► entry ◄──► entry ◄── tail
 //
 // Invariants:
-//   1. `head` and `tail` are both null or both not. From `head`, `next` leads to `tail` and then to null.
+//   1. Either both `head` and `tail` are null, or neither is. From `head`, `next` leads to `tail` and then to
+//      null.
 //   2. `prev` is the inverse of `next`; that of the head is null.
 //   3. `count` is the number of entries; in mub_listx, the sum of the counts of the blocks, 1 to 32 each.
 //   4. The entries are live blocks of the entry pool.
@@ -15,7 +17,7 @@
 //
 // Threads: functions that take a const list write nothing, so readers may run in parallel.
 //
-// The policy provides what containers/key_store.h lists, and
+// The policy provides what containers/key_store.h lists, except reset_key, and
 //   Entry                                     the struct of an entry
 //   retract_key(list, entry)                  removes the key that was stored last; used to undo additions
 //   release_values(list, entry, release_it)   releases the values of an entry
@@ -302,7 +304,8 @@ void free_all(List &list, mub_free_fn release_it) {
 
 // ---- copies
 
-// If the entry pool was copied as a whole, entries that are not blocks of it have no copy, and are omitted.
+// If the entry pool was copied as a whole, entries that are not blocks of it have no copy: they are omitted,
+// but `count` includes them.
 template <class List>
 bool copy_entries(const List &source, List &copy, BlockCopier &entries) {
   for (const EntryOf<List> *entry = source.head; entry != nullptr; entry = entry->next) {

@@ -18,7 +18,7 @@ namespace {
 // When chunks or pages are released, the one this many ahead is prefetched.
 constexpr int64_t kPrefetchPages = 8;
 
-// The chunk table or the page table of a pool, which have the same structure. Here, both hold "pages".
+// A pool's table of chunks or of free pages, which have the same structure. Here, both hold "pages".
 struct Table {
   int64_t &used;
   int64_t &count;
