@@ -79,8 +79,8 @@ struct ByteSearchOrder {
   ByteKey key;
 
   int operator()(const mub_array_entry &entry) const {
-    const ByteKey own = key_of(array, entry);
-    return bytes::order(own.bytes, own.length, key.bytes, key.length);
+    const ByteKey stored = key_of(array, entry);
+    return bytes::order(stored.bytes, stored.length, key.bytes, key.length);
   }
 };
 
@@ -90,8 +90,8 @@ inline ByteSearchOrder byte_search_order(const mub_array &array, const void *key
 
 inline int64_t scan_for(const mub_array &array, const ByteKey &key) {
   return slots::scan(array, [&](const mub_array_entry &entry) {
-    const ByteKey own = key_of(array, entry);
-    return own.length == key.length && bytes::equal(own.bytes, key.bytes, key.length);
+    const ByteKey stored = key_of(array, entry);
+    return stored.length == key.length && bytes::equal(stored.bytes, key.bytes, key.length);
   });
 }
 

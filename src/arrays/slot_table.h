@@ -166,7 +166,7 @@ template <class Array>
 void remove_all(Array &array) {
   release_table(array);
   Policy<Array>::clear_keys(array);
-  value_pool_of(array).empty();
+  value_pool_of(array).make_empty();
 }
 
 template <class Array>
@@ -181,7 +181,7 @@ void free_all(Array &array, mub_free_fn release_it) {
   if (release_it != nullptr || array.own_pool == 0) free_values(array, release_it);
   release_table(array);
   Policy<Array>::term_keys(array);
-  value_pool_of(array).empty();
+  value_pool_of(array).make_empty();
 }
 
 // `descending` stays with its record.

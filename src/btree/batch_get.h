@@ -114,7 +114,7 @@ bool go_down(Lookup<Tree> *lookups, int64_t count, int64_t level) {
   bool all_at_level = true;
   for (int64_t i = 0; i < count; ++i) {
     all_at_level &= lookups[i].node->level == level;
-    prefetch(lookups[i].node->children.items, kOrder * static_cast<int64_t>(sizeof(uint64_t)));
+    prefetch(lookups[i].node->children.items, kSplitCount * static_cast<int64_t>(sizeof(uint64_t)));
   }
   return all_at_level;
 }

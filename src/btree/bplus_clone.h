@@ -6,7 +6,7 @@
 #define MUB_BTREE_BPLUS_CLONE_H
 
 #include "btree/bplus_whole.h"
-#include "containers/pool_copy.h"
+#include "containers/pool_clone.h"
 
 namespace mub::bplus {
 
@@ -19,19 +19,19 @@ class Cloning {
   Cloning(const Tree &source, Tree &copy) : source_(source), copy_(copy) {}
 
   // False if memory runs out; the caller then empties the copy.
-  bool run(CloneCallback &callback) {
-    share_external_pools(source_, copy_, callback);
-    if (!Policy<Tree>::clone_keys(source_, copy_) || !pools_.clone(source_, copy_, callback)) return false;
-    if (!slots::expand(copy_.root.children, kOrder)) return false;  // as an initialised root has
+  bool run(UserPoolClone &user_pool) {
+    share_external_pools(source_, copy_, user_pool);
+    if (!Policy<Tree>::clone_keys(source_, copy_) || !copiers_.clone(source_, copy_, user_pool)) return false;
+    if (!slots::expand(copy_.root.children, kSplitCount)) return false;  // as an initialised root has
     if (!copy_below(source_.root, copy_.root)) return false;
     copy_.count = source_.count;
-    if (source_.owns_value_pool != 0) translate_values(callback);
+    if (source_.owns_value_pool != 0) translate_values(user_pool);
     return true;
   }
 
   bool run_with_new_blocks(const Node &from, Node &to) {
-    pools_.entry_pool.use_new_blocks_of(copy_.entry_pool);
-    pools_.node_pool.use_new_blocks_of(copy_.node_pool);
+    copiers_.entry_pool.use_new_blocks_of(copy_.entry_pool);
+    copiers_.node_pool.use_new_blocks_of(copy_.node_pool);
     return copy_below(from, to);
   }
 
@@ -56,14 +56,14 @@ class Cloning {
     if (!slots::expand(to.children, from.children.capacity)) return false;
     for (int64_t i = 0; i < from.children.count; ++i) {
       const bool copied = from.level > 0 ? copy_node(*node_at(from, i), to)
-                                         : append_copy(pools_.node_pool.copy_of(*record_at(from, i)), to);
+                                         : append_copy(copiers_.node_pool.copy_of(*record_at(from, i)), to);
       if (!copied) return false;
     }
     return true;
   }
 
   bool copy_node(const Node &from, Node &parent) {
-    Node *node = pools_.entry_pool.copy_of(from);
+    Node *node = copiers_.entry_pool.copy_of(from);
     if (node == nullptr) return false;
     node->parent = &parent;
     node->children = {};  // the copied field refers to the table of the source
@@ -77,14 +77,14 @@ class Cloning {
     return true;
   }
 
-  void translate_values(const CloneCallback &callback) {
+  void translate_values(const UserPoolClone &user_pool) {
     const Node *to = first_leaf(copy_.root);
     for (const Node *from = first_leaf(source_.root); from != nullptr; from = neighbour<1>(*from)) {
       for (int64_t i = 0; i < from->children.count; ++i) {
         const uint64_t value = record_at(*from, i)->value;
         Record *record = record_at(*to, i);
-        record->value = pools_.value_pool.translate(value);
-        callback.notify(value, record->value);
+        record->value = copiers_.value_pool.translate(value);
+        user_pool.notify(value, record->value);
       }
       to = neighbour<1>(*to);
     }
@@ -92,14 +92,14 @@ class Cloning {
 
   const Tree &source_;
   Tree &copy_;
-  ContainerBlockCopiers pools_;
+  ContainerBlockCopiers copiers_;
 };
 
 template <class Tree>
-int64_t clone(const Tree &source, Tree &copy, CloneCallback callback) {
+int64_t clone(const Tree &source, Tree &copy, UserPoolClone user_pool) {
   if (&source == &copy) return source.count;
   remove_all(copy);
-  if (!Cloning(source, copy).run(callback)) remove_all(copy);
+  if (!Cloning(source, copy).run(user_pool)) remove_all(copy);
   return copy.count;
 }
 

@@ -16,7 +16,7 @@
 namespace mub::bplus {
 
 // The number of children at which a node splits. Part of the interface: callers can see the splits.
-constexpr int64_t kOrder = 32;
+constexpr int64_t kSplitCount = 32;
 
 template <class Tree>
 using NodeOf = typename Policy<Tree>::Node;
@@ -50,7 +50,7 @@ void append_child(mub_arrays &children, const Child *child) {
 template <class Node>
 bool init_node(Node &node) {
   node = {};
-  return slots::expand(node.children, kOrder);
+  return slots::expand(node.children, kSplitCount);
 }
 
 template <class Tree>
@@ -208,7 +208,7 @@ NodeOf<Tree> *split_once(Tree &tree, NodeOf<Tree> &node) {
   const NodeOf<Tree> *upper = split_off(tree, node);
   if (upper == nullptr) return nullptr;
   insert_child(parent->children, index_of_upper(tree, *parent, node, *upper), upper);
-  return parent->children.count >= kOrder ? parent : nullptr;
+  return parent->children.count >= kSplitCount ? parent : nullptr;
 }
 
 template <class Tree>

@@ -172,7 +172,7 @@ RecordOf<Tree> *insert_at(Tree &tree, const Place<NodeOf<Tree>> &place, KeyOf<Tr
   // time.
   if (place.spot.index == leaf.children.count - 1 || leaf.parent == nullptr) set_name(tree, leaf);
   link_in_leaf(leaf, place.spot.index);
-  if (leaf.children.count >= kOrder) split(tree, leaf);
+  if (leaf.children.count >= kSplitCount) split(tree, leaf);
   inserted = true;
   return record;
 }
@@ -186,7 +186,7 @@ RecordOf<Tree> *append(Tree &tree, NodeOf<Tree> &leaf, KeyOf<Tree> key, bool &in
   if (record == nullptr) return nullptr;
   set_name(tree, leaf);
   link<RecordOf<Tree>>(record_at(leaf, count - 1), *record, nullptr);
-  if (leaf.children.count >= kOrder) split(tree, leaf);
+  if (leaf.children.count >= kSplitCount) split(tree, leaf);
   return record;
 }
 

@@ -58,7 +58,7 @@ bool pool_has_only_nodes(const Tree &tree) {
        node = next_in_preorder(*node, tree.root, false)) {
     nodes += node->children.count;
   }
-  return has_exactly<NodeOf<Tree>>(entry_pool_of(tree), nodes) &&
+  return has_exactly_live<NodeOf<Tree>>(entry_pool_of(tree), nodes) &&
          pool::carved_blocks(*tree.entry_pool) == nodes;
 }
 

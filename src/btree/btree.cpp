@@ -44,13 +44,13 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
     static constexpr bool kByQuarters = false;
     template <class Child>
     int operator()(const Child &child) const {
-      const Key own = keys::key_of(store, child);
-      if constexpr (kFoldsCase) return bytes::icompare(own.bytes, own.length, key.bytes, key.length);
-      return bytes::order(own.bytes, own.length, key.bytes, key.length);
+      const Key stored = keys::key_of(stream, child);
+      if constexpr (kFoldsCase) return bytes::icompare(stored.bytes, stored.length, key.bytes, key.length);
+      return bytes::order(stored.bytes, stored.length, key.bytes, key.length);
     }
-    Order with_key(Key other) const { return {store, other}; }
+    Order with_key(Key other) const { return {stream, other}; }
 
-    const mub_stream &store;
+    const mub_stream &stream;
     Key key;
   };
 
@@ -63,9 +63,9 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
   // Unlike an order, returns the exact difference: part of the interface.
   template <class Item>
   static int compare(const mub_btree &tree, const Item &item, Key key) {
-    const Key own = key_of(tree, item);
-    return tree.nocase != 0 ? bytes::icompare(own.bytes, own.length, key.bytes, key.length)
-                            : bytes::compare(own.bytes, own.length, key.bytes, key.length);
+    const Key stored = key_of(tree, item);
+    return tree.nocase != 0 ? bytes::icompare(stored.bytes, stored.length, key.bytes, key.length)
+                            : bytes::compare(stored.bytes, stored.length, key.bytes, key.length);
   }
 
   // A name with the bytes of the child's key is kept, even if its offset differs, as it may in the root.
@@ -89,7 +89,7 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
   }
 
   static void lower_offsets(mub_btree &tree, keys::Range cut) {
-    const bool pool_has_only_items = has_exactly<Record>(node_pool_of(tree), tree.count);
+    const bool pool_has_only_items = has_exactly_live<Record>(node_pool_of(tree), tree.count);
     lower_names(tree.root, cut);
     keys::lower_offsets<Record>(tree.node_pool, pool_has_only_items, cut,
                                 [&](auto lower) { for_each_record(tree.root, lower); });

@@ -26,7 +26,7 @@ template <class Child, class Order>
 __attribute__((always_inline)) inline Spot search_by_quarters(const mub_arrays &children,
                                                               const Order &order) {
   const auto is_less = [&](const uint64_t *item) {
-    return static_cast<int64_t>(order(*record_of<Child>(*item)) < 0);
+    return static_cast<int64_t>(order(*pointer_of<Child>(*item)) < 0);
   };
   const uint64_t *first = children.items;
   int64_t count = children.count;

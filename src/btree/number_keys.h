@@ -32,7 +32,7 @@ struct Numbers64 {
 template <class Bits>
 struct IntegerComparison {
   static constexpr bool kIsBranchFree = true;
-  IntegerComparison(Bits searched, Bits to_flip) : flipped_key(searched ^ to_flip), flip(to_flip) {}
+  IntegerComparison(Bits wanted, Bits to_flip) : flipped_key(wanted ^ to_flip), flip(to_flip) {}
   int operator()(Bits stored) const {
     const Bits flipped = stored ^ flip;
     return flipped < flipped_key ? -1 : flipped != flipped_key;
@@ -47,7 +47,7 @@ struct IntegerComparison {
 template <class Float, class Bits>
 struct FloatComparison {
   static constexpr bool kIsBranchFree = false;
-  explicit FloatComparison(Bits searched) : key(bytes::load<Float>(&searched)) {}
+  explicit FloatComparison(Bits wanted) : key(bytes::load<Float>(&wanted)) {}
   int operator()(Bits bits) const {
     const auto stored = bytes::load<Float>(&bits);
     return stored < key ? -1 : stored > key;

@@ -59,7 +59,7 @@ void prefetch_beyond(const Node &leaf) {
   if (next == nullptr) return;
   const int64_t count = next->children.count;
   for (int64_t i = 0; i < std::min(count, kPrefetchRecords); ++i) {
-    prefetch(record_of<void>(next->children.items[kStep > 0 ? i : count - 1 - i]));
+    prefetch(pointer_of<void>(next->children.items[kStep > 0 ? i : count - 1 - i]));
   }
   const Node *second = neighbour<kStep>(*next);
   if (second == nullptr) return;
@@ -109,7 +109,7 @@ RecordUnder<Cursor> *cursor_step(Cursor &cursor) {
   cursor.index = index;
   const int64_t ahead = index + kPrefetchRecords * kStep;
   if (static_cast<uint64_t>(ahead) < static_cast<uint64_t>(records.count)) {
-    prefetch(record_of<void>(records.items[ahead]));
+    prefetch(pointer_of<void>(records.items[ahead]));
   }
   return record_at(*cursor.leaf, index);
 }

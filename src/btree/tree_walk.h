@@ -18,7 +18,7 @@ constexpr int64_t kPrefetchLeaves = 8;
 
 template <class Child>
 Child *child_at(const mub_arrays &children, int64_t index) {
-  return record_of<Child>(children.items[index]);
+  return pointer_of<Child>(children.items[index]);
 }
 
 template <class Node>

@@ -39,7 +39,7 @@ struct PoolField {
     pool = pool::create(block_size);
     owned = pool != nullptr ? 1 : 0;
   }
-  void empty() const {
+  void make_empty() const {
     if (is_owned()) pool::empty(*pool);
   }
   void destroy() const {
@@ -89,7 +89,7 @@ auto pools_of(Container &container) {
 
 template <class Container>
 void empty_pools(Container &container) {
-  for (const auto &field : pools_of(container)) field.empty();
+  for (const auto &field : pools_of(container)) field.make_empty();
 }
 
 template <class Container>
@@ -109,7 +109,7 @@ void swap_pools(Container &a, Container &b) {
 // following their links, provided that the same change does no harm to blocks on the free stack. A block that
 // a caller popped off the free stack does not count as live, so the number of carved blocks is compared, too.
 template <class Block, class Field>
-bool has_exactly(const Field &field, int64_t count) {
+bool has_exactly_live(const Field &field, int64_t count) {
   if (!field.is_owned()) return false;
   const mub_pool &pool = *field.pool;
   return pool.live_count == count && pool.block_size == int64_t{sizeof(Block)} &&
@@ -133,7 +133,7 @@ inline uint64_t take_value(mub_pool *pool, mub_init_fn init) {
 // Returns a block to an external pool. The blocks of an owned pool are released with the whole pool.
 template <class Field>
 inline void give_back(const Field &value_pool, uint64_t value) {
-  if (value_pool.owned == 0) pool::give(value_pool.pool, record_of<void>(value));
+  if (value_pool.owned == 0) pool::give(value_pool.pool, pointer_of<void>(value));
 }
 
 // Whether freeing everything has to visit each entry. Blocks of owned pools need no visit.

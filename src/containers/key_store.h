@@ -65,7 +65,7 @@ namespace keys {
 // A key stream is never longer than this, because offsets have 32 bits.
 constexpr int64_t kMaxBytes = 0xFFFFFFFF;
 
-inline bool has_room(const mub_stream &store, int64_t length) { return length <= kMaxBytes - store.length; }
+inline bool has_room(const mub_stream &stream, int64_t length) { return length <= kMaxBytes - stream.length; }
 
 // A range of bytes in a key stream, such as those of a key.
 struct Range {
@@ -74,13 +74,13 @@ struct Range {
 };
 
 // Cuts a range out of a key stream, unless it runs past the end.
-inline void erase(mub_stream &store, Range cut) {
+inline void erase(mub_stream &stream, Range cut) {
   const int64_t position = cut.offset;
   const int64_t count = cut.length;
-  const int64_t tail = store.length - position - count;
+  const int64_t tail = stream.length - position - count;
   if (tail < 0) return;
-  buffer::move_units(store.data + position, store.data + position + count, tail);
-  buffer::shrink(store, store.length - count);
+  buffer::move_units(stream.data + position, stream.data + position + count, tail);
+  buffer::shrink(stream, stream.length - count);
 }
 
 // Lowers the offset of an item's key if the key lies after the range that was cut out; the subtraction wraps
@@ -97,9 +97,9 @@ void lower_offset(Item &item, Range cut) {
 // stale bytes. In arrays, the limit is the end of the block, one byte later, so that the key of a spare slot
 // can be replaced wherever it lies (byte_keys.h).
 template <class Item>
-ByteKey key_of(const mub_stream &store, const Item &item) {
-  if (int64_t{item.key_offset} + item.key_length > store.capacity) return {store.data, 0};
-  return {store.data + item.key_offset, item.key_length};
+ByteKey key_of(const mub_stream &stream, const Item &item) {
+  if (int64_t{item.key_offset} + item.key_length > stream.capacity) return {stream.data, 0};
+  return {stream.data + item.key_offset, item.key_length};
 }
 
 // Lowers the offsets of all items of a container. If their pool has no other live blocks, they are visited
@@ -134,11 +134,11 @@ struct PackedKeys {
 
   template <class Item>
   static bool store_key(Container &container, Item &item, const Key &key) {
-    mub_stream &store = container.keys;
-    const int64_t offset = store.length;
-    if (!keys::has_room(store, key.length) || !buffer::append(store, key.bytes, key.length)) return false;
+    mub_stream &stream = container.keys;
+    const int64_t offset = stream.length;
+    if (!keys::has_room(stream, key.length) || !buffer::append(stream, key.bytes, key.length)) return false;
     item.key_offset = static_cast<uint32_t>(offset);
-    item.key_length = static_cast<uint32_t>(store.length - offset);
+    item.key_length = static_cast<uint32_t>(stream.length - offset);
     return true;
   }
 

@@ -21,10 +21,10 @@ constexpr int kRounds = 8;
 template <class Table>
 struct Lookup {
   KeyOf<Table> key;
-  uint64_t word;
+  uint64_t hash;
   EntryOf<Table> *entry;
 
-  bool is_candidate() const { return entry == nullptr || Policy<Table>::may_match(*entry, word, key); }
+  bool is_candidate() const { return entry == nullptr || Policy<Table>::may_match(*entry, hash, key); }
 };
 
 // Moves each look-up along its chain, all by one step per round, to the first entry that may match. After
@@ -50,11 +50,11 @@ int64_t get_group(const Table &table, KeyAt key_at, int64_t count, uint64_t *val
   for (int64_t i = 0; i < count; ++i) {
     Lookup<Table> &lookup = lookups[i];
     lookup.key = key_at(i);
-    lookup.word = Policy<Table>::word(table, lookup.key);
-    prefetch(&table.buckets.items[bucket_of(table, lookup.word)]);
+    lookup.hash = Policy<Table>::hash(table, lookup.key);
+    prefetch(&table.buckets.items[bucket_of(table, lookup.hash)]);
   }
   for (int64_t i = 0; i < count; ++i) {
-    lookups[i].entry = head(table, bucket_of(table, lookups[i].word));
+    lookups[i].entry = head(table, bucket_of(table, lookups[i].hash));
     prefetch(lookups[i].entry);
   }
   follow_chains(lookups, count);
@@ -63,7 +63,7 @@ int64_t get_group(const Table &table, KeyAt key_at, int64_t count, uint64_t *val
   }
   int64_t present = 0;
   for (int64_t i = 0; i < count; ++i) {
-    const EntryOf<Table> *entry = find_from(table, lookups[i].entry, lookups[i].word, lookups[i].key);
+    const EntryOf<Table> *entry = find_from(table, lookups[i].entry, lookups[i].hash, lookups[i].key);
     present += store_value(entry, values_out[i]);
   }
   return present;

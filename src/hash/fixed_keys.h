@@ -20,7 +20,7 @@ struct FixedKeys : KeysInItems<Table, Key> {
   using Entry = TableEntry;
   static constexpr bool kClearsNewEntries = true;
 
-  static void store_word(Entry &, uint64_t) {}
+  static void store_hash(Entry &, uint64_t) {}
   static void erase_key(Table &, Entry &) {}  // a removed entry keeps its key: callers may read it
   static void reserve_keys(Table &, int64_t) {}
 
@@ -38,8 +38,8 @@ struct IntegerKeys : FixedKeys<Table, TableEntry, Integer> {
 
   static constexpr int64_t kBatchedFrom = 0x20000;
 
-  static uint64_t word(const Table &, Integer key) { return key; }
-  static uint64_t entry_word(const Entry &entry) { return entry.key; }
+  static uint64_t hash(const Table &, Integer key) { return key; }
+  static uint64_t stored_hash(const Entry &entry) { return entry.key; }
   static bool same_key(const Table &, const Entry &entry, Integer key) { return entry.key == key; }
   static bool matches(const Table &table, const Entry &entry, uint64_t, Integer key) {
     return same_key(table, entry, key);

@@ -10,7 +10,7 @@ namespace mub {
 namespace {
 
 // Not inlined, to keep the code of the exact comparison short.
-__attribute__((noinline)) bool same_text(const uint8_t *stored, ByteKey key) {
+__attribute__((noinline)) bool same_ignoring_case(const uint8_t *stored, ByteKey key) {
   return bytes::icompare(stored, key.length, key.bytes, key.length) == 0;
 }
 
@@ -23,28 +23,29 @@ struct Policy<mub_hash> : PackedKeys<mub_hash> {
   static constexpr bool kClearsNewEntries = false;
   static constexpr int64_t kBatchedFrom = 0x1000;
 
-  static uint64_t word(const mub_hash &table, Key key) {
+  static uint64_t hash(const mub_hash &table, Key key) {
     return table.nocase == 0 ? key_hash(key.bytes, key.length) : key_hash_nocase(key.bytes, key.length);
   }
-  static uint64_t entry_word(const Entry &entry) { return entry.hash; }
+  static uint64_t stored_hash(const Entry &entry) { return entry.hash; }
 
   static bool same_key(const mub_hash &table, const Entry &entry, Key key) {
     if (entry.key_length != key.length) return false;
-    const Key own = key_of(table, entry);
-    if (own.length != key.length) return false;
-    return table.nocase == 0 ? bytes::equal(own.bytes, key.bytes, key.length) : same_text(own.bytes, key);
+    const Key stored = key_of(table, entry);
+    if (stored.length != key.length) return false;
+    return table.nocase == 0 ? bytes::equal(stored.bytes, key.bytes, key.length)
+                             : same_ignoring_case(stored.bytes, key);
   }
-  static bool matches(const mub_hash &table, const Entry &entry, uint64_t word, Key key) {
-    return entry.hash == word && same_key(table, entry, key);
+  static bool matches(const mub_hash &table, const Entry &entry, uint64_t hash, Key key) {
+    return entry.hash == hash && same_key(table, entry, key);
   }
-  static bool may_match(const Entry &entry, uint64_t word, Key key) {
-    return entry.hash == word && entry.key_length == key.length;
+  static bool may_match(const Entry &entry, uint64_t hash, Key key) {
+    return entry.hash == hash && entry.key_length == key.length;
   }
 
   // Failure does not matter here: an insertion fails if there is no room for its own key.
   static void reserve_keys(mub_hash &table, int64_t size_bytes) { buffer::expand(table.keys, size_bytes); }
 
-  static void store_word(Entry &entry, uint64_t word) { entry.hash = static_cast<uint32_t>(word); }
+  static void store_hash(Entry &entry, uint64_t hash) { entry.hash = static_cast<uint32_t>(hash); }
 
   static void erase_key(mub_hash &table, Entry &entry) {
     const uint32_t offset = entry.key_offset;

@@ -4,12 +4,12 @@
 //
 //   buckets.items ──► [0] ──► entry ──► entry ──► NULL
 //                     [1] ──► NULL
-//                     …        (a bucket's word is the address of its first entry)
+//                     …        (a bucket holds the address of its first entry)
 //
 // Invariants:
 //   1. The number of buckets, buckets.count, is 0 or 4 times a power of 2, and at most buckets.capacity. A
-//      key with the word w (its hash, or an integer key itself) belongs to bucket w & (buckets.count - 1).
-//   2. Every entry is in the bucket that its word chooses, and the last one of each chain has a null `next`.
+//      key with the hash h (an integer key is its own hash) belongs to bucket h & (buckets.count - 1).
+//   2. Every entry is in the bucket that its hash chooses, and the last one of each chain has a null `next`.
 //   3. Each key occurs once. A chain holds its entries in the order of insertion.
 //   4. `count` is the number of entries in all chains. It is 0 without buckets, else below twice their
 //      number, unless memory ran out when they were to double.
@@ -26,15 +26,15 @@
 // The policy provides what containers/key_store.h lists, and
 //   Entry                               the struct of an entry
 //   kClearsNewEntries                   whether entry_new(), which stores no key, sets the value to 0
-//   word(table, key)                    the word that chooses the bucket of a key
-//   entry_word(entry)                   the word of a stored key
+//   hash(table, key)                    the hash that chooses the bucket of a key; an integer key is its own
+//   stored_hash(entry)                  the hash of the key of an entry
 //   same_key(table, entry, key)         whether the entry has the key; used by insertions
-//   matches(table, entry, word, key)    the same, but compares the stored word first, if the entry has one;
+//   matches(table, entry, hash, key)    the same, but compares the stored hash first, if the entry has one;
 //                                       used by all others
-//   may_match(entry, word, key)         whether it may match, as far as the entry itself can tell
+//   may_match(entry, hash, key)         whether it may match, as far as the entry itself can tell
 //   kBatchedFrom                        the number of entries from which batch_get.h looks keys up together;
 //                                       smaller tables stay in a cache, where single look-ups are as fast
-//   store_word(entry, word)             stores the word of a new entry, if it has a field for it
+//   store_hash(entry, hash)             stores the hash of a new entry, if it has a field for it
 //   reserve_keys(table, bytes)          makes room for `bytes` bytes of keys in total, if there is memory
 //   with_pinned(table, key, use)        calls use(key) with a copy of the key if it lies in the key stream,
 //                                       which may move; returns nullptr if memory runs out
@@ -64,13 +64,13 @@ constexpr int64_t kMeanChain = 2;
 constexpr int64_t kPrefetchBuckets = 16;
 
 template <class Table>
-int64_t bucket_of(const Table &table, uint64_t word) {
-  return static_cast<int64_t>(word & static_cast<uint64_t>(table.buckets.count - 1));
+int64_t bucket_of(const Table &table, uint64_t hash) {
+  return static_cast<int64_t>(hash & static_cast<uint64_t>(table.buckets.count - 1));
 }
 
 template <class Table>
 EntryOf<Table> *head(const Table &table, int64_t bucket) {
-  return record_of<EntryOf<Table>>(table.buckets.items[bucket]);
+  return pointer_of<EntryOf<Table>>(table.buckets.items[bucket]);
 }
 
 // Prefetches for a pass over the buckets: the head of the chain kPrefetchBuckets ahead, and the second entry
@@ -79,8 +79,8 @@ template <class Table>
 void prefetch_chain(const Table &table, int64_t bucket) {
   const mub_arrays &buckets = table.buckets;
   if (bucket + kPrefetchBuckets >= buckets.count) return;
-  prefetch(record_of<void>(buckets.items[bucket + kPrefetchBuckets]));
-  const auto *nearer = record_of<EntryOf<Table>>(buckets.items[bucket + kPrefetchBuckets / 2]);
+  prefetch(pointer_of<void>(buckets.items[bucket + kPrefetchBuckets]));
+  const auto *nearer = pointer_of<EntryOf<Table>>(buckets.items[bucket + kPrefetchBuckets / 2]);
   if (nearer != nullptr) prefetch(nearer->next);
 }
 
@@ -107,14 +107,14 @@ Place<EntryOf<Table>> search(const Table &table, int64_t bucket, Test is_wanted)
 
 // The first entry with the key, from an entry of its chain on.
 template <class Table>
-EntryOf<Table> *find_from(const Table &table, EntryOf<Table> *entry, uint64_t word, KeyOf<Table> key) {
-  while (entry != nullptr && !Policy<Table>::matches(table, *entry, word, key)) entry = entry->next;
+EntryOf<Table> *find_from(const Table &table, EntryOf<Table> *entry, uint64_t hash, KeyOf<Table> key) {
+  while (entry != nullptr && !Policy<Table>::matches(table, *entry, hash, key)) entry = entry->next;
   return entry;
 }
 
 template <class Table>
-EntryOf<Table> *find_in(const Table &table, int64_t bucket, uint64_t word, KeyOf<Table> key) {
-  return find_from(table, head(table, bucket), word, key);
+EntryOf<Table> *find_in(const Table &table, int64_t bucket, uint64_t hash, KeyOf<Table> key) {
+  return find_from(table, head(table, bucket), hash, key);
 }
 
 // Links `next` after `before`, or at the head of the bucket if `before` is null.
@@ -158,9 +158,9 @@ EntryOf<Table> *entry_new(Table &table, int64_t bucket, KeyOf<Table> key, int &i
 }
 
 template <class Table>
-EntryOf<Table> *unlink(Table &table, int64_t bucket, uint64_t word, KeyOf<Table> key) {
+EntryOf<Table> *unlink(Table &table, int64_t bucket, uint64_t hash, KeyOf<Table> key) {
   const auto place = search(table, bucket, [&](const EntryOf<Table> &entry) {
-    return Policy<Table>::matches(table, entry, word, key);
+    return Policy<Table>::matches(table, entry, hash, key);
   });
   if (place.entry == nullptr) return nullptr;
   link(table, bucket, place.before, place.entry->next);
@@ -190,11 +190,11 @@ int64_t count_linked(const Table &table) {
   using Entry = EntryOf<Table>;
   int64_t linked = table.buckets.count -
                    std::count(table.buckets.items, table.buckets.items + table.buckets.count, uint64_t{0});
-  const auto follower = [](const Entry &entry) { return entry.next != nullptr ? 1 : 0; };
+  const auto links_from = [](const Entry &entry) { return entry.next != nullptr ? 1 : 0; };
   pool::for_each_block<const Entry>(*table.entry_pool,
-                                    [&](const Entry &entry) { linked += follower(entry); });
+                                    [&](const Entry &entry) { linked += links_from(entry); });
   pool::for_each_free_block<const Entry>(*table.entry_pool,
-                                         [&](const Entry &entry) { linked -= follower(entry); });
+                                         [&](const Entry &entry) { linked -= links_from(entry); });
   return linked;
 }
 
@@ -203,22 +203,22 @@ int64_t count_linked(const Table &table) {
 // enough to decide this: it includes entries that the caller has unlinked but not yet subtracted.
 template <class Table>
 bool pool_has_only_entries(const Table &table, int64_t unlinked) {
-  return has_exactly<EntryOf<Table>>(entry_pool_of(table), table.count) &&
+  return has_exactly_live<EntryOf<Table>>(entry_pool_of(table), table.count) &&
          count_linked(table) == table.count - unlinked;
 }
 
 // ---- growth
 
 // Splits the chain of a bucket between itself and bucket + old_count. The side is an array index, not a
-// branch, which would be mispredicted every other time. An entry whose word does not belong to the lower
+// branch, which would be mispredicted every other time. An entry whose hash does not belong to the lower
 // bucket goes to the upper one, even if it belongs to neither.
 template <class Table>
 void split(Table &table, int64_t bucket, int64_t old_count) {
   EntryOf<Table> *first[2] = {nullptr, nullptr};
   EntryOf<Table> **end[2] = {&first[0], &first[1]};
   for (EntryOf<Table> *entry = head(table, bucket); entry != nullptr; entry = entry->next) {
-    const uint64_t word = Policy<Table>::entry_word(*entry) & static_cast<uint64_t>(2 * old_count - 1);
-    const int side = word != static_cast<uint64_t>(bucket) ? 1 : 0;
+    const uint64_t chosen = Policy<Table>::stored_hash(*entry) & static_cast<uint64_t>(2 * old_count - 1);
+    const int side = chosen != static_cast<uint64_t>(bucket) ? 1 : 0;
     *end[side] = entry;
     end[side] = &entry->next;
   }
@@ -254,16 +254,16 @@ bool make_first_buckets(Table &table) {
 template <class Table>
 EntryOf<Table> *find(const Table &table, KeyOf<Table> key) {
   if (table.buckets.count < 1) return nullptr;
-  const uint64_t word = Policy<Table>::word(table, key);
-  return find_in(table, bucket_of(table, word), word, key);
+  const uint64_t hash = Policy<Table>::hash(table, key);
+  return find_in(table, bucket_of(table, hash), hash, key);
 }
 
 // Appends an entry for a key that the chain lacks; nullptr, and the table unchanged, if memory runs out.
 template <class Table>
-EntryOf<Table> *append(Table &table, int64_t bucket, EntryOf<Table> *last, uint64_t word, KeyOf<Table> key) {
+EntryOf<Table> *append(Table &table, int64_t bucket, EntryOf<Table> *last, uint64_t hash, KeyOf<Table> key) {
   auto *entry = static_cast<EntryOf<Table> *>(pool::take(table.entry_pool));
   if (entry == nullptr) return nullptr;
-  Policy<Table>::store_word(*entry, word);
+  Policy<Table>::store_hash(*entry, hash);
   if (!Policy<Table>::store_key(table, *entry, key)) {
     pool::give(table.entry_pool, entry);
     return nullptr;
@@ -291,11 +291,11 @@ template <class Table>
 EntryOf<Table> *insert(Table &table, KeyOf<Table> key, int &inserted) {
   inserted = 0;
   if (table.buckets.count < 1) return insert_first(table, key, inserted);
-  const uint64_t word = Policy<Table>::word(table, key);
-  const int64_t bucket = bucket_of(table, word);
+  const uint64_t hash = Policy<Table>::hash(table, key);
+  const int64_t bucket = bucket_of(table, hash);
   const auto place = search_key(table, bucket, key);
   if (place.entry != nullptr) return place.entry;
-  EntryOf<Table> *entry = append(table, bucket, place.before, word, key);
+  EntryOf<Table> *entry = append(table, bucket, place.before, hash, key);
   inserted = entry != nullptr ? 1 : 0;
   return entry;
 }
@@ -304,8 +304,8 @@ EntryOf<Table> *insert(Table &table, KeyOf<Table> key, int &inserted) {
 template <class Table>
 EntryOf<Table> *detach(Table &table, KeyOf<Table> key) {
   if (table.buckets.count < 1) return nullptr;
-  const uint64_t word = Policy<Table>::word(table, key);
-  EntryOf<Table> *entry = unlink(table, bucket_of(table, word), word, key);
+  const uint64_t hash = Policy<Table>::hash(table, key);
+  EntryOf<Table> *entry = unlink(table, bucket_of(table, hash), hash, key);
   if (entry != nullptr) Policy<Table>::erase_key(table, *entry);
   return entry;
 }

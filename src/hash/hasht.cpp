@@ -32,12 +32,12 @@ template <>
 struct Policy<mub_hasht> : FixedKeys<mub_hasht, mub_hasht_entry, FourWords> {
   static constexpr int64_t kBatchedFrom = 0x1000;
 
-  static uint64_t word(const mub_hasht &, const Key &key) { return hash_of(key.words); }
-  static uint64_t entry_word(const Entry &entry) { return hash_of(entry.key); }
+  static uint64_t hash(const mub_hasht &, const Key &key) { return hash_of(key.words); }
+  static uint64_t stored_hash(const Entry &entry) { return hash_of(entry.key); }
   static bool same_key(const mub_hasht &, const Entry &entry, const Key &key) {
     return std::equal(key.words, key.words + kKeyWords, entry.key);
   }
-  // There is no stored word to compare first.
+  // There is no stored hash to compare first.
   static bool matches(const mub_hasht &table, const Entry &entry, uint64_t, const Key &key) {
     return same_key(table, entry, key);
   }

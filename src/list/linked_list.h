@@ -30,7 +30,7 @@
 #include "containers/container_pools.h"
 #include "containers/key_store.h"
 #include "containers/policy.h"
-#include "containers/pool_copy.h"
+#include "containers/pool_clone.h"
 #include "mub_list.h"
 #include "pool/pool.h"
 
@@ -275,7 +275,7 @@ template <class List>
 void remove_all(List &list) {
   return_to_external_pool(list);
   Policy<List>::clear_keys(list);
-  entry_pool_of(list).empty();
+  entry_pool_of(list).make_empty();
   reset(list);
 }
 
@@ -322,26 +322,26 @@ bool copy_entries(const List &source, List &copy, BlockCopier &entries) {
 
 // False if memory runs out; the caller then empties the copy.
 template <class List>
-bool copy_content(const List &source, List &copy, CloneCallback &callback) {
-  share_external_pools(source, copy, callback);
-  ContainerBlockCopiers pools;
-  if (!Policy<List>::clone_keys(source, copy) || !pools.clone(source, copy, callback)) return false;
-  if (!copy_entries(source, copy, pools.entry_pool)) return false;
+bool copy_content(const List &source, List &copy, UserPoolClone &user_pool) {
+  share_external_pools(source, copy, user_pool);
+  ContainerBlockCopiers copiers;
+  if (!Policy<List>::clone_keys(source, copy) || !copiers.clone(source, copy, user_pool)) return false;
+  if (!copy_entries(source, copy, copiers.entry_pool)) return false;
   if (source.owns_value_pool == 0) return true;
   // Last, when nothing can fail: the callback is called for all entries or for none.
   for_each(copy, [&](EntryOf<List> &entry) {
     const uint64_t source_value = entry.value;
-    entry.value = pools.value_pool.translate(source_value);
-    callback.notify(source_value, entry.value);
+    entry.value = copiers.value_pool.translate(source_value);
+    user_pool.notify(source_value, entry.value);
   });
   return true;
 }
 
 template <class List>
-void clone(const List &source, List &copy, CloneCallback callback) {
+void clone(const List &source, List &copy, UserPoolClone user_pool) {
   if (&source == &copy) return;
   remove_all_with_values(copy);
-  if (!copy_content(source, copy, callback)) remove_all_with_values(copy);
+  if (!copy_content(source, copy, user_pool)) remove_all_with_values(copy);
 }
 
 }  // namespace linked_list

@@ -21,7 +21,7 @@ struct Policy<mub_list> : ListEntries<mub_list, PackedKeys<mub_list>> {
   }
 
   static void lower_offsets(mub_list &list, keys::Range cut) {
-    const bool pool_has_only_items = has_exactly<Entry>(entry_pool_of(list), list.count);
+    const bool pool_has_only_items = has_exactly_live<Entry>(entry_pool_of(list), list.count);
     keys::lower_offsets<Entry>(list.entry_pool, pool_has_only_items, cut,
                                [&](auto lower) { linked_list::for_each(list, lower); });
   }
@@ -128,8 +128,8 @@ uint64_t mub_list_get_at(const mub_list *list, const mub_list_entry *position, c
 mub_list_entry *mub_list_find(const mub_list *list, const void *key, int64_t length) {
   const ByteKey wanted = measured_key(key, length);
   return linked_list::find(*list, [&](const mub_list_entry &entry) {
-    const ByteKey own = Policy<mub_list>::key_of(*list, entry);
-    return bytes::equal(own.bytes, own.length, wanted.bytes, wanted.length);
+    const ByteKey stored = Policy<mub_list>::key_of(*list, entry);
+    return bytes::equal(stored.bytes, stored.length, wanted.bytes, wanted.length);
   });
 }
 

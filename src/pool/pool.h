@@ -35,9 +35,9 @@ namespace mub {
 // Converts between an address and the 64-bit word that holds it.
 inline uint64_t word_of(const void *address) { return reinterpret_cast<uintptr_t>(address); }
 
-template <class Record>
-Record *record_of(uint64_t word) {
-  return reinterpret_cast<Record *>(static_cast<uintptr_t>(word));
+template <class Pointee>
+Pointee *pointer_of(uint64_t word) {
+  return reinterpret_cast<Pointee *>(static_cast<uintptr_t>(word));
 }
 
 }  // namespace mub

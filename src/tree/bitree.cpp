@@ -40,10 +40,10 @@ struct mub::Policy<mub_bitree> {
   }
 
   // Unlike in other containers, the copy keeps an entry pool that it has.
-  static void share_pools(const mub_bitree &source, mub_bitree &copy, CloneCallback &callback) {
+  static void share_pools(const mub_bitree &source, mub_bitree &copy, UserPoolClone &user_pool) {
     const bool shares_entries = source.owns_entry_pool == 0 && copy.entry_pool == nullptr;
-    if (shares_entries) share_pool(source.entry_pool, entry_pool_of(copy), callback);
-    if (source.owns_value_pool == 0) share_pool(source.value_pool, value_pool_of(copy), callback);
+    if (shares_entries) share_pool(source.entry_pool, entry_pool_of(copy), user_pool);
+    if (source.owns_value_pool == 0) share_pool(source.value_pool, value_pool_of(copy), user_pool);
   }
 
  private:

@@ -34,7 +34,7 @@
 //   set_parent(entry)                      updates the links to an entry whose fields have moved
 //   restore_parents(entry, above)          called when a walk leaves an entry: restores the parents that it
 //                                          changed; `above` is null for the top
-//   share_pools(source, copy, callback)    makes a clone share the pools that its source does not own
+//   share_pools(source, copy, user_pool)   makes a clone share the pools that its source does not own
 #ifndef MUB_TREE_LINKED_TREE_H
 #define MUB_TREE_LINKED_TREE_H
 
@@ -43,7 +43,7 @@
 
 #include "containers/container_pools.h"
 #include "containers/policy.h"
-#include "containers/pool_copy.h"
+#include "containers/pool_clone.h"
 #include "mub_tree.h"
 #include "pool/pool.h"
 
@@ -172,20 +172,20 @@ class Copying {
   explicit Copying(Tree &copy) : copy_(copy) {}
 
   // False if memory runs out; the caller then empties the copy.
-  bool clone(const Tree &source, CloneCallback &callback) {
-    Policy<Tree>::share_pools(source, copy_, callback);
-    if (!pools_.clone(source, copy_, callback)) return false;
+  bool clone(const Tree &source, UserPoolClone &user_pool) {
+    Policy<Tree>::share_pools(source, copy_, user_pool);
+    if (!copiers_.clone(source, copy_, user_pool)) return false;
     copy_.root = source.root;
     if (!copy_below(copy_.root)) return false;
     copy_.count = source.count;
-    if (source.owns_value_pool != 0) translate_values(callback);
+    if (source.owns_value_pool != 0) translate_values(user_pool);
     return true;
   }
 
   // Returns a copy of an entry and all below it, not linked; nullptr if memory runs out.
   EntryOf<Tree> *clone(const EntryOf<Tree> &source) {
-    pools_.entry_pool.use_new_blocks_of(copy_.entry_pool);
-    EntryOf<Tree> *top = pools_.entry_pool.copy_of(source);
+    copiers_.entry_pool.use_new_blocks_of(copy_.entry_pool);
+    EntryOf<Tree> *top = copiers_.entry_pool.copy_of(source);
     if (top == nullptr) return nullptr;
     if (!copy_below(*top)) {
       return_entries(copy_, *top);
@@ -206,33 +206,33 @@ class Copying {
 
   // After memory ran out, nothing more is copied, and the walk ends with the copies made so far.
   EntryOf<Tree> *copy_of(const EntryOf<Tree> &source) {
-    if (pools_.entry_pool.is_whole()) return pools_.entry_pool.copy_of(source);
-    EntryOf<Tree> *copy = failed_ ? nullptr : pools_.entry_pool.copy_of(source);
+    if (copiers_.entry_pool.is_whole()) return copiers_.entry_pool.copy_of(source);
+    EntryOf<Tree> *copy = failed_ ? nullptr : copiers_.entry_pool.copy_of(source);
     failed_ = copy == nullptr;
     copied_ += failed_ ? 0 : 1;
     return copy;
   }
 
   // Last, when nothing can fail: the callback is called for all entries or for none.
-  void translate_values(const CloneCallback &callback) {
+  void translate_values(const UserPoolClone &user_pool) {
     walk(copy_.root, [&](EntryOf<Tree> &entry) {
       const uint64_t source_value = entry.value;
-      entry.value = pools_.value_pool.translate(source_value);
-      callback.notify(source_value, entry.value);
+      entry.value = copiers_.value_pool.translate(source_value);
+      user_pool.notify(source_value, entry.value);
     });
   }
 
   Tree &copy_;
-  ContainerBlockCopiers pools_;
+  ContainerBlockCopiers copiers_;
   int64_t copied_ = 0;
   bool failed_ = false;
 };
 
 template <class Tree>
-void clone(const Tree &source, Tree &copy, CloneCallback callback) {
+void clone(const Tree &source, Tree &copy, UserPoolClone user_pool) {
   if (&source == &copy) return;
   remove_all(copy);
-  if (!Copying(copy).clone(source, callback)) remove_all(copy);
+  if (!Copying(copy).clone(source, user_pool)) remove_all(copy);
 }
 
 }  // namespace mub::linked_tree

@@ -45,8 +45,8 @@ struct mub::Policy<mub_tree> {
   // Nothing to do: the walk stores parents that are there already.
   static void restore_parents(const Entry &, const Entry *) {}
 
-  static void share_pools(const mub_tree &source, mub_tree &copy, CloneCallback &callback) {
-    share_external_pools(source, copy, callback);
+  static void share_pools(const mub_tree &source, mub_tree &copy, UserPoolClone &user_pool) {
+    share_external_pools(source, copy, user_pool);
   }
 };
 

@@ -11,8 +11,8 @@
 //   4. base_ and copy_base_ are 0, or the addresses of a chunk and its copy.
 //
 // Threads: nothing is written to the source. The objects are locals of the function that clones.
-#ifndef MUB_CONTAINERS_POOL_COPY_H
-#define MUB_CONTAINERS_POOL_COPY_H
+#ifndef MUB_CONTAINERS_POOL_CLONE_H
+#define MUB_CONTAINERS_POOL_CLONE_H
 
 #include <algorithm>
 #include <cstddef>
@@ -120,11 +120,11 @@ class PoolCloner {
   uint64_t copy_base_ = 0;
 };
 
-// The callback of a clone, and the user pools that the caller passes with it: the source's, and the one that
-// becomes its copy.
-class CloneCallback {
+// The user pool of a clone: the source's, the one that becomes its copy, and the callback that the caller
+// passes with them.
+class UserPoolClone {
  public:
-  CloneCallback(mub_pool *source, mub_pool *destination, mub_clone_fn call)
+  UserPoolClone(mub_pool *source, mub_pool *destination, mub_clone_fn call)
       : source_(source), destination_(destination), call_(call) {}
 
   // The user pool is not to be cloned over `pool`, which belongs to the container's clone.
@@ -134,8 +134,8 @@ class CloneCallback {
   // is the source or protected. Returns false if memory runs out.
   bool clone_pool() {
     if (source_ == nullptr || destination_ == nullptr || call_ == nullptr) return true;
-    if (!pool_.map(*source_)) return false;
-    return source_ == destination_ || is_protected_ || pool_.clone_to(*destination_);
+    if (!cloner_.map(*source_)) return false;
+    return source_ == destination_ || is_protected_ || cloner_.clone_to(*destination_);
   }
 
   // Stops using `pool`, which is about to be destroyed.
@@ -144,7 +144,7 @@ class CloneCallback {
   }
 
   void notify(uint64_t source_value, uint64_t value) const {
-    if (call_ != nullptr) call_(pool_.chunk_map(), source_value, source_, value, destination_);
+    if (call_ != nullptr) call_(cloner_.chunk_map(), source_value, source_, value, destination_);
   }
 
  private:
@@ -152,24 +152,24 @@ class CloneCallback {
   mub_pool *destination_;
   mub_clone_fn call_;
   bool is_protected_ = false;
-  PoolCloner pool_;
+  PoolCloner cloner_;
 };
 
 // Makes a clone share a pool that its source does not own, or have none if the source has none. The clone's
 // own pool is destroyed.
 template <class Field>
-void share_pool(mub_pool *external_pool, const Field &copy, CloneCallback &callback) {
-  if (copy.owned != 0) callback.forget(copy.pool);
+void share_pool(mub_pool *external_pool, const Field &copy, UserPoolClone &user_pool) {
+  if (copy.owned != 0) user_pool.forget(copy.pool);
   copy.destroy();
   copy.pool = external_pool;
 }
 
 template <class Container>
-void share_external_pools(const Container &source, Container &copy, CloneCallback &callback) {
+void share_external_pools(const Container &source, Container &copy, UserPoolClone &user_pool) {
   const auto from = pools_of(source);
   const auto to = pools_of(copy);
   for (size_t i = 0; i < from.size(); ++i) {
-    if (from[i].owned == 0) share_pool(from[i].pool, to[i], callback);
+    if (from[i].owned == 0) share_pool(from[i].pool, to[i], user_pool);
   }
 }
 
@@ -179,11 +179,11 @@ class BlockCopier {
  public:
   // Returns false if memory runs out.
   template <class Source, class Copy>
-  bool clone(const Source &source, const Copy &copy, CloneCallback &callback) {
+  bool clone(const Source &source, const Copy &copy, UserPoolClone &user_pool) {
     pool_ = copy.pool;
     is_whole_ = source.is_owned() && copy.is_owned();
-    if (copy.is_owned()) callback.protect(copy.pool);
-    return !is_whole_ || whole_.clone(*source.pool, *copy.pool);
+    if (copy.is_owned()) user_pool.protect(copy.pool);
+    return !is_whole_ || cloner_.clone(*source.pool, *copy.pool);
   }
   // Called instead of clone(): every copy is a new block of `pool`.
   void use_new_blocks_of(mub_pool *pool) { pool_ = pool; }
@@ -193,7 +193,7 @@ class BlockCopier {
   // nullptr if memory runs out or, where the pool was copied as a whole, the block is not of the pool.
   template <class Block>
   Block *copy_of(const Block &block) {
-    if (is_whole_) return record_of<Block>(translate(word_of(&block)));
+    if (is_whole_) return pointer_of<Block>(translate(word_of(&block)));
     auto *copy = static_cast<Block *>(pool::take(pool_));
     if (copy != nullptr) *copy = block;
     return copy;
@@ -201,12 +201,12 @@ class BlockCopier {
 
   // The address in the copy of an address in the pool; 0 for any other word, and for all words unless the
   // pool was copied as a whole.
-  uint64_t translate(uint64_t word) { return whole_.translate(word); }
+  uint64_t translate(uint64_t word) { return cloner_.translate(word); }
 
  private:
   mub_pool *pool_ = nullptr;
   bool is_whole_ = false;
-  PoolCloner whole_;
+  PoolCloner cloner_;
 };
 
 // Copies the blocks of all pools of a container; the members are named like the fields of its record.
@@ -214,12 +214,12 @@ struct ContainerBlockCopiers {
   // Returns false if memory runs out. The user pool comes last, when the copy's own pools are protected: the
   // caller may have passed one of them as its destination.
   template <class Container>
-  bool clone(const Container &source, const Container &copy, CloneCallback &callback) {
-    if (!entry_pool.clone(entry_pool_of(source), entry_pool_of(copy), callback)) return false;
+  bool clone(const Container &source, const Container &copy, UserPoolClone &user_pool) {
+    if (!entry_pool.clone(entry_pool_of(source), entry_pool_of(copy), user_pool)) return false;
     if constexpr (kHasNodePool<Container>) {
-      if (!node_pool.clone(node_pool_of(source), node_pool_of(copy), callback)) return false;
+      if (!node_pool.clone(node_pool_of(source), node_pool_of(copy), user_pool)) return false;
     }
-    return value_pool.clone(value_pool_of(source), value_pool_of(copy), callback) && callback.clone_pool();
+    return value_pool.clone(value_pool_of(source), value_pool_of(copy), user_pool) && user_pool.clone_pool();
   }
 
   BlockCopier entry_pool;
