@@ -134,16 +134,17 @@ typedef struct mub_btree_cursor {
  *
  * The root has room for 32 children.
  *
- * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
- * @param[in] own_node_pool   not 0: create a node pool that the tree owns
- * @param[in] own_value_pool  not 0: create a value pool that the tree owns
+ * @param[out] tree            the tree
+ * @param[in] with_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] with_node_pool   not 0: create a node pool that the tree owns
+ * @param[in] with_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
  * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
  * @owner the record belongs to the caller; the pools created here belong to the tree until mub_btree_term()
  * @invalidates nothing
  */
-MUB_API mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_node_pool, int own_value_pool);
+MUB_API mub_btree *mub_btree_init(mub_btree *tree, int with_entry_pool, int with_node_pool,
+                                  int with_value_pool);
 
 /**
  * Releases everything that the tree owns.
@@ -950,17 +951,17 @@ typedef struct mub_btreed_cursor {
  *
  * The root has room for 32 children.
  *
- * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
- * @param[in] own_node_pool   not 0: create a node pool that the tree owns
- * @param[in] own_value_pool  not 0: create a value pool that the tree owns
+ * @param[out] tree            the tree
+ * @param[in] with_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] with_node_pool   not 0: create a node pool that the tree owns
+ * @param[in] with_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
  * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
  * @owner the record belongs to the caller; the pools created here belong to the tree until mub_btreed_term()
  * @invalidates nothing
  */
-MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int own_entry_pool, int own_node_pool,
-                                    int own_value_pool);
+MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int with_entry_pool, int with_node_pool,
+                                    int with_value_pool);
 
 /**
  * Releases everything that the tree owns.
@@ -1704,17 +1705,17 @@ typedef struct mub_btreex_cursor {
  *
  * The root has room for 32 children.
  *
- * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
- * @param[in] own_node_pool   not 0: create a node pool that the tree owns
- * @param[in] own_value_pool  not 0: create a value pool that the tree owns
+ * @param[out] tree            the tree
+ * @param[in] with_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] with_node_pool   not 0: create a node pool that the tree owns
+ * @param[in] with_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
  * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
  * @owner the record belongs to the caller; the pools created here belong to the tree until mub_btreex_term()
  * @invalidates nothing
  */
-MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int own_entry_pool, int own_node_pool,
-                                    int own_value_pool);
+MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int with_entry_pool, int with_node_pool,
+                                    int with_value_pool);
 
 /**
  * Releases everything that the tree owns.

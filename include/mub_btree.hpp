@@ -190,8 +190,8 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   basic_btree() noexcept : basic_btree(true, true, false) {}
 
   /** Constructs an empty tree that owns the pools that the flags select; see mub_btree_init(). */
-  basic_btree(bool own_entry_pool, bool own_node_pool, bool own_value_pool) noexcept
-      : base(std::in_place, own_entry_pool, own_node_pool, own_value_pool) {}
+  basic_btree(bool with_entry_pool, bool with_node_pool, bool with_value_pool) noexcept
+      : base(std::in_place, with_entry_pool, with_node_pool, with_value_pool) {}
 
   /** Constructs an empty tree that owns pools for entries, records and values. */
   explicit basic_btree(value_blocks values) noexcept : basic_btree(true, true, true) {

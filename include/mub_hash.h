@@ -98,7 +98,7 @@ typedef struct mub_hash {
 /**
  * Initialises an empty table, with `nocase` 0.
  *
- * @param[out] hash            the table
+ * @param[out] table           the table
  * @param[in] with_entry_pool  not 0: create an entry pool that the table owns
  * @param[in] with_value_pool  not 0: create a value pool that the table owns
  * @return the table
@@ -106,7 +106,7 @@ typedef struct mub_hash {
  * @owner the record belongs to the caller; the pools created here belong to the table until mub_hash_term()
  * @invalidates nothing
  */
-MUB_API mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_value_pool);
+MUB_API mub_hash *mub_hash_init(mub_hash *table, int with_entry_pool, int with_value_pool);
 
 /**
  * Releases everything that the table owns.
@@ -114,13 +114,13 @@ MUB_API mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_va
  * No function is called for the values; an owned value pool is released with its blocks. Entries in an
  * external entry pool stay allocated: call mub_hash_remove_all() first to return them. `nocase` is unchanged.
  *
- * @param[in,out] hash  the table
+ * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
  *   external pools remain the caller's
  * @invalidates all entries, and pointers to keys
  * @cost one release per chunk of the pools
  */
-MUB_API void mub_hash_term(mub_hash *hash);
+MUB_API void mub_hash_term(mub_hash *table);
 
 /**
  * Swaps two tables, including their pools.
@@ -202,7 +202,7 @@ MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t
 /**
  * Finds the entry of a key, or adds one with a block of the value pool.
  *
- * @param[in,out] hash    the table
+ * @param[in,out] table   the table
  * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key; negative: up to its first NUL
  * @param[out] value_out  receives the value: the new block, 0 if there is none, or the value already stored
@@ -216,13 +216,13 @@ MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t
  * @bounds key[length]
  * @nullable key, init
  */
-MUB_API int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64_t *value_out,
+MUB_API int mub_hash_set(mub_hash *table, const void *key, int64_t length, uint64_t *value_out,
                          mub_init_fn init);
 
 /**
  * Looks up the value of a key.
  *
- * @param[in] hash    the table
+ * @param[in] table   the table
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the value
@@ -232,13 +232,13 @@ MUB_API int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64
  * @bounds key[length]
  * @nullable key
  */
-MUB_API uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t length);
+MUB_API uint64_t mub_hash_get(const mub_hash *table, const void *key, int64_t length);
 
 /**
  * Looks up the values of many keys. In a large table, this takes a fraction of the time of as many calls of
  * mub_hash_get(), because the look-ups wait for memory together.
  *
- * @param[in] hash         the table
+ * @param[in] table        the table
  * @param[in] keys         the bytes of each key; NULL is the empty key
  * @param[in] lengths      bytes of each key; negative: up to its first NUL; NULL: all up to their first NUL
  * @param[in] count        number of keys; below 1: nothing is done
@@ -250,16 +250,16 @@ MUB_API uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t len
  * @bounds keys[count], lengths[count], values_out[count]
  * @nullable lengths
  */
-MUB_API int64_t mub_hash_get_many(const mub_hash *hash, const void *const *keys, const int64_t *lengths,
+MUB_API int64_t mub_hash_get_many(const mub_hash *table, const void *const *keys, const int64_t *lengths,
                                   int64_t count, uint64_t *values_out);
 
 /**
  * Adds a key with a value unless the key is present.
  *
- * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL is the empty key
- * @param[in] length    bytes of the key; negative: up to its first NUL
- * @param[in] value     any 64-bit word, 0 included
+ * @param[in,out] table  the table
+ * @param[in] key        the bytes of the key; NULL is the empty key
+ * @param[in] length     bytes of the key; negative: up to its first NUL
+ * @param[in] value      any 64-bit word, 0 included
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is stored as is; what it refers to remains the caller's
@@ -268,17 +268,17 @@ MUB_API int64_t mub_hash_get_many(const mub_hash *hash, const void *const *keys,
  * @bounds key[length]
  * @nullable key
  */
-MUB_API int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uint64_t value);
+MUB_API int mub_hash_insert(mub_hash *table, const void *key, int64_t length, uint64_t value);
 
 /**
  * Replaces the value of a key that is present.
  *
  * An absent key is not added.
  *
- * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL is the empty key
- * @param[in] length    bytes of the key; negative: up to its first NUL
- * @param[in] value     any 64-bit word, 0 included
+ * @param[in,out] table  the table
+ * @param[in] key        the bytes of the key; NULL is the empty key
+ * @param[in] length     bytes of the key; negative: up to its first NUL
+ * @param[in] value      any 64-bit word, 0 included
  * @return the previous value
  * @failure 0 if the key is absent
  * @owner the previous value is returned and not released; the new one is stored as is
@@ -287,12 +287,12 @@ MUB_API int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uin
  * @bounds key[length]
  * @nullable key
  */
-MUB_API uint64_t mub_hash_update(mub_hash *hash, const void *key, int64_t length, uint64_t value);
+MUB_API uint64_t mub_hash_update(mub_hash *table, const void *key, int64_t length, uint64_t value);
 
 /**
  * Checks whether a key is present.
  *
- * @param[in] hash    the table
+ * @param[in] table   the table
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return 1 if it is, else 0
@@ -300,14 +300,14 @@ MUB_API uint64_t mub_hash_update(mub_hash *hash, const void *key, int64_t length
  * @bounds key[length]
  * @nullable key
  */
-MUB_API int mub_hash_find(const mub_hash *hash, const void *key, int64_t length);
+MUB_API int mub_hash_find(const mub_hash *table, const void *key, int64_t length);
 
 /**
  * Removes a key and returns its value, which is not released.
  *
- * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL is the empty key
- * @param[in] length    bytes of the key; negative: up to its first NUL
+ * @param[in,out] table  the table
+ * @param[in] key        the bytes of the key; NULL is the empty key
+ * @param[in] length     bytes of the key; negative: up to its first NUL
  * @return the value
  * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
@@ -318,7 +318,7 @@ MUB_API int mub_hash_find(const mub_hash *hash, const void *key, int64_t length)
  * @bounds key[length]
  * @nullable key
  */
-MUB_API uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length);
+MUB_API uint64_t mub_hash_remove(mub_hash *table, const void *key, int64_t length);
 
 /**
  * Removes a key and releases its value.
@@ -326,10 +326,10 @@ MUB_API uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length
  * The value's block is returned to an external value pool; a block of an owned pool stays allocated until the
  * pool is emptied.
  *
- * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL is the empty key
- * @param[in] length    bytes of the key; negative: up to its first NUL
- * @param[in] release   called with the value, 0 included, after the entry is unlinked; NULL: not called
+ * @param[in,out] table  the table
+ * @param[in] key        the bytes of the key; NULL is the empty key
+ * @param[in] length     bytes of the key; negative: up to its first NUL
+ * @param[in] release    called with the value, 0 included, after the entry is unlinked; NULL: not called
  * @return the table
  * @failure NULL if the key is absent; if the pool's free stack cannot grow, a returned block is not reused:
  *   see mub_pool_free()
@@ -340,7 +340,7 @@ MUB_API uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length
  * @bounds key[length]
  * @nullable key, release
  */
-MUB_API mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length, mub_free_fn release);
+MUB_API mub_hash *mub_hash_free(mub_hash *table, const void *key, int64_t length, mub_free_fn release);
 
 /**
  * Empties the table and releases its buckets; the table can be used again.
@@ -348,22 +348,22 @@ MUB_API mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length,
  * Entries are returned to an external pool and owned pools are emptied. No function is called for the values;
  * emptying an owned value pool releases its blocks. The memory of the key stream is kept.
  *
- * @param[in,out] hash  the table
+ * @param[in,out] table  the table
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
  *   other values remain the caller's
  * @invalidates all entries, and pointers to keys
  * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
  */
-MUB_API void mub_hash_remove_all(mub_hash *hash);
+MUB_API void mub_hash_remove_all(mub_hash *table);
 
 /**
  * Releases every value that is not 0, then empties the table like mub_hash_remove_all().
  *
  * The memory of the key stream is released too.
  *
- * @param[in,out] hash  the table
- * @param[in] release   called with every value that is not 0; NULL: not called
+ * @param[in,out] table  the table
+ * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
  *   their pool
@@ -371,7 +371,7 @@ MUB_API void mub_hash_remove_all(mub_hash *hash);
  * @cost O(entries)
  * @nullable release
  */
-MUB_API void mub_hash_free_all(mub_hash *hash, mub_free_fn release);
+MUB_API void mub_hash_free_all(mub_hash *table, mub_free_fn release);
 
 /**
  * Returns every entry block to the entry pool, owned or external.
@@ -379,14 +379,14 @@ MUB_API void mub_hash_free_all(mub_hash *hash, mub_free_fn release);
  * Buckets and count are unchanged and refer to blocks that the table no longer owns: call mub_hash_term()
  * next. With an external pool, emptying the table would return the blocks a second time.
  *
- * @param[in,out] hash  the table
+ * @param[in,out] table  the table
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
  * @cost O(entries)
  * @level low
  */
-MUB_API void mub_hash_remove_all_entry(mub_hash *hash);
+MUB_API void mub_hash_remove_all_entry(mub_hash *table);
 
 /**
  * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
@@ -394,8 +394,8 @@ MUB_API void mub_hash_remove_all_entry(mub_hash *hash);
  * The values' blocks are returned to an external value pool. Buckets and count are unchanged: call
  * mub_hash_term() next, as after mub_hash_remove_all_entry().
  *
- * @param[in,out] hash  the table
- * @param[in] release   called with every value that is not 0; NULL: not called
+ * @param[in,out] table  the table
+ * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
  *   returned to an external entry pool, although the table still refers to them
@@ -404,14 +404,14 @@ MUB_API void mub_hash_remove_all_entry(mub_hash *hash);
  * @nullable release
  * @level low
  */
-MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
+MUB_API void mub_hash_free_all_entry(mub_hash *table, mub_free_fn release);
 
 /**
  * Finds the entry of a key, or adds one with value 0.
  *
  * Set its `value` directly; the entry does not move until it is removed.
  *
- * @param[in,out] hash    the table
+ * @param[in,out] table   the table
  * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key; negative: up to its first NUL
  * @param[out] entry_out  receives the entry; NULL if memory ran out
@@ -423,12 +423,12 @@ MUB_API void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release);
  * @bounds key[length]
  * @nullable key
  */
-MUB_API int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, mub_hash_entry **entry_out);
+MUB_API int mub_hash_entry_set(mub_hash *table, const void *key, int64_t length, mub_hash_entry **entry_out);
 
 /**
  * Finds the entry of a key.
  *
- * @param[in] hash    the table
+ * @param[in] table   the table
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the entry
@@ -438,7 +438,7 @@ MUB_API int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, 
  * @bounds key[length]
  * @nullable key
  */
-MUB_API mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key, int64_t length);
+MUB_API mub_hash_entry *mub_hash_entry_get(const mub_hash *table, const void *key, int64_t length);
 
 /**
  * Starts an iteration over the entries: bucket by bucket, the oldest entry of each chain first.
@@ -446,19 +446,19 @@ MUB_API mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key
  * If an insertion doubles the buckets, start the iteration again: continuing can skip or repeat entries. To
  * remove the current entry, advance to the next one first: an iteration cannot continue from a removed entry.
  *
- * @param[in] hash         the table
+ * @param[in] table        the table
  * @param[out] bucket_out  receives the bucket, for mub_hash_entry_next()
  * @return the first entry
  * @failure NULL if the table is empty
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
  * @cost O(buckets) in the worst case
  */
-MUB_API mub_hash_entry *mub_hash_entry_first(const mub_hash *hash, int64_t *bucket_out);
+MUB_API mub_hash_entry *mub_hash_entry_first(const mub_hash *table, int64_t *bucket_out);
 
 /**
  * Advances to the next entry.
  *
- * @param[in] hash           the table
+ * @param[in] table          the table
  * @param[in,out] bucket_io  the bucket, as the previous call left it; unchanged at the end
  * @param[in] entry          the entry that the previous call returned
  * @return the next entry
@@ -466,7 +466,7 @@ MUB_API mub_hash_entry *mub_hash_entry_first(const mub_hash *hash, int64_t *buck
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
  * @cost O(1) on average
  */
-MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucket_io,
+MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *table, int64_t *bucket_io,
                                             const mub_hash_entry *entry);
 
 /**
@@ -475,7 +475,7 @@ MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucke
  * Stored hashes are not compared. The key is not stored: apart from `next`, the new entry has the content
  * that mub_pool_new() gave it. The caller fills it in and counts it.
  *
- * @param[in,out] hash       the table
+ * @param[in,out] table      the table
  * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
  * @param[in] hash_value     not used
  * @param[in] key            the bytes of the key; NULL is the empty key
@@ -490,13 +490,13 @@ MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucke
  * @nullable key
  * @level low
  */
-MUB_API mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint32_t hash_value,
+MUB_API mub_hash_entry *mub_hash_entry_new(mub_hash *table, int64_t bucket, uint32_t hash_value,
                                            const void *key, int64_t length, int *inserted_out);
 
 /**
  * Finds a key in a bucket: the first entry with this hash and this key.
  *
- * @param[in] hash        the table
+ * @param[in] table       the table
  * @param[in] bucket      the bucket to search, from 0 to the number of buckets less 1
  * @param[in] hash_value  the hash of the key, from mub_hash_key()
  * @param[in] key         the bytes of the key; NULL is the empty key
@@ -509,7 +509,7 @@ MUB_API mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint3
  * @nullable key
  * @level low
  */
-MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket, uint32_t hash_value,
+MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *table, int64_t bucket, uint32_t hash_value,
                                             const void *key, int64_t length);
 
 /**
@@ -517,7 +517,7 @@ MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket
  *
  * Key bytes and count are unchanged.
  *
- * @param[in,out] hash    the table
+ * @param[in,out] table   the table
  * @param[in] bucket      the bucket to search, from 0 to the number of buckets less 1
  * @param[in] hash_value  the hash of the key, from mub_hash_key()
  * @param[in] key         the bytes of the key; NULL is the empty key
@@ -531,7 +531,7 @@ MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket
  * @nullable key
  * @level low
  */
-MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, uint32_t hash_value,
+MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *table, int64_t bucket, uint32_t hash_value,
                                               const void *key, int64_t length);
 
 /**
@@ -539,13 +539,13 @@ MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, ui
  *
  * Chains keep their order. Does nothing if there are no buckets.
  *
- * @param[in,out] hash  the table
+ * @param[in,out] table  the table
  * @failure the buckets are unchanged if memory runs out; the key stream may have moved
  * @invalidates an iteration in progress, and pointers to keys
  * @cost O(entries)
  * @level low
  */
-MUB_API void mub_hash_expand(mub_hash *hash);
+MUB_API void mub_hash_expand(mub_hash *table);
 
 /**
  * Finds the entry of a key, or adds one with value 0.
@@ -553,7 +553,7 @@ MUB_API void mub_hash_expand(mub_hash *hash);
  * Keys are compared, stored hashes are not: a key added before `nocase` was changed is still found if its
  * bucket is the same.
  *
- * @param[in,out] hash       the table
+ * @param[in,out] table      the table
  * @param[in] key            the bytes of the key; NULL is the empty key
  * @param[in] length         bytes of the key; negative: up to its first NUL
  * @param[out] inserted_out  receives 1 if the entry is new, else 0
@@ -566,12 +566,13 @@ MUB_API void mub_hash_expand(mub_hash *hash);
  * @nullable key
  * @level low
  */
-MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64_t length, int *inserted_out);
+MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *table, const void *key, int64_t length,
+                                          int *inserted_out);
 
 /**
  * Finds the entry of a key.
  *
- * @param[in] hash    the table
+ * @param[in] table   the table
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key, used as given; a negative length finds nothing
  * @return the entry
@@ -582,7 +583,7 @@ MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64
  * @nullable key
  * @level low
  */
-MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length);
+MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *table, const void *key, int64_t length);
 
 /**
  * Unlinks the entry of a key and deletes its key bytes.
@@ -590,9 +591,9 @@ MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, i
  * The count is unchanged. The entry keeps its fields, whatever else is removed. Leave its `next` NULL until
  * you decrement the count, and decrement the count before you return the block.
  *
- * @param[in,out] hash  the table
- * @param[in] key       the bytes of the key; NULL is the empty key
- * @param[in] length    bytes of the key, used as given; a negative length finds nothing
+ * @param[in,out] table  the table
+ * @param[in] key        the bytes of the key; NULL is the empty key
+ * @param[in] length     bytes of the key, used as given; a negative length finds nothing
  * @return the entry
  * @failure NULL if the key is absent
  * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
@@ -602,20 +603,20 @@ MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, i
  * @nullable key
  * @level low
  */
-MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length);
+MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *table, const void *key, int64_t length);
 
 /**
  * Lowers the key offsets after key bytes were removed from the key stream.
  *
- * @param[in,out] hash  the table
- * @param[in] offset    where the bytes were; offsets from there on are lowered, except that of an empty key
- *                      at `offset` itself
- * @param[in] length    the number of bytes removed; its low 32 bits are used, and offsets wrap modulo 2^32
+ * @param[in,out] table  the table
+ * @param[in] offset     where the bytes were; offsets from there on are lowered, except that of an empty key
+ *                       at `offset` itself
+ * @param[in] length     the number of bytes removed; its low 32 bits are used, and offsets wrap modulo 2^32
  * @invalidates copies of the offsets that it lowers
  * @cost O(entries), along the chains
  * @level low
  */
-MUB_API void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length);
+MUB_API void mub_hash_adjust_t(mub_hash *table, uint32_t offset, int64_t length);
 
 /** @} */
 

@@ -207,8 +207,8 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
   basic_hash() noexcept : basic_hash(true, false) {}
 
   /** Constructs an empty table that owns the pools that the flags select; see mub_hash_init(). */
-  basic_hash(bool own_entry_pool, bool own_value_pool) noexcept
-      : base(std::in_place, own_entry_pool, own_value_pool) {}
+  basic_hash(bool with_entry_pool, bool with_value_pool) noexcept
+      : base(std::in_place, with_entry_pool, with_value_pool) {}
 
   /** Constructs an empty table that owns an entry pool and a value pool. */
   explicit basic_hash(value_blocks values) noexcept : basic_hash(true, true) {

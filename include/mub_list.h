@@ -99,15 +99,15 @@ typedef struct mub_list {
 /**
  * Initialises an empty list.
  *
- * @param[out] list           the list
- * @param[in] own_entry_pool  not 0: create an entry pool that the list owns
- * @param[in] own_value_pool  not 0: create a value pool that the list owns
+ * @param[out] list            the list
+ * @param[in] with_entry_pool  not 0: create an entry pool that the list owns
+ * @param[in] with_value_pool  not 0: create a value pool that the list owns
  * @return the list
  * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
  * @owner the record belongs to the caller; the pools created here belong to the list until mub_list_term()
  * @invalidates nothing
  */
-MUB_API mub_list *mub_list_init(mub_list *list, int own_entry_pool, int own_value_pool);
+MUB_API mub_list *mub_list_init(mub_list *list, int with_entry_pool, int with_value_pool);
 
 /**
  * Releases everything that the list owns and returns entries to an external entry pool.
@@ -627,15 +627,15 @@ typedef struct mub_lists {
 /**
  * Initialises an empty list.
  *
- * @param[out] list           the list
- * @param[in] own_entry_pool  not 0: create an entry pool that the list owns
- * @param[in] own_value_pool  not 0: create a value pool that the list owns
+ * @param[out] list            the list
+ * @param[in] with_entry_pool  not 0: create an entry pool that the list owns
+ * @param[in] with_value_pool  not 0: create a value pool that the list owns
  * @return the list
  * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
  * @owner the record belongs to the caller; the pools created here belong to the list until mub_lists_term()
  * @invalidates nothing
  */
-MUB_API mub_lists *mub_lists_init(mub_lists *list, int own_entry_pool, int own_value_pool);
+MUB_API mub_lists *mub_lists_init(mub_lists *list, int with_entry_pool, int with_value_pool);
 
 /**
  * Releases everything that the list owns and returns entries to an external entry pool.
@@ -1075,15 +1075,15 @@ typedef struct mub_listx {
 /**
  * Initialises an empty list.
  *
- * @param[out] list           the list
- * @param[in] own_entry_pool  not 0: create an entry pool that the list owns
- * @param[in] own_value_pool  not 0: create a value pool that the list owns
+ * @param[out] list            the list
+ * @param[in] with_entry_pool  not 0: create an entry pool that the list owns
+ * @param[in] with_value_pool  not 0: create a value pool that the list owns
  * @return the list
  * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
  * @owner the record belongs to the caller; the pools created here belong to the list until mub_listx_term()
  * @invalidates nothing
  */
-MUB_API mub_listx *mub_listx_init(mub_listx *list, int own_entry_pool, int own_value_pool);
+MUB_API mub_listx *mub_listx_init(mub_listx *list, int with_entry_pool, int with_value_pool);
 
 /**
  * Releases everything that the list owns and returns blocks to an external entry pool.

@@ -161,8 +161,8 @@ class linked : public owner<Derived, list_life<Traits>> {
   linked() noexcept : linked(true, false) {}
 
   /** Constructs an empty list that owns the pools that the flags select; see mub_list_init(). */
-  linked(bool own_entry_pool, bool own_value_pool) noexcept
-      : base(std::in_place, own_entry_pool, own_value_pool) {}
+  linked(bool with_entry_pool, bool with_value_pool) noexcept
+      : base(std::in_place, with_entry_pool, with_value_pool) {}
 
   /** Constructs an empty list that owns an entry pool and a value pool. */
   explicit linked(value_blocks values) noexcept : linked(true, true) {

@@ -121,15 +121,15 @@ typedef int (*mub_tree_compare_x_fn)(const mub_tree_entry *entry, uint64_t conte
 /**
  * Initialises a tree that consists of its root.
  *
- * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
- * @param[in] own_value_pool  not 0: create a value pool that the tree owns
+ * @param[out] tree            the tree
+ * @param[in] with_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] with_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
  * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
  * @owner the record belongs to the caller; the pools created here belong to the tree until mub_tree_term()
  * @invalidates nothing
  */
-MUB_API mub_tree *mub_tree_init(mub_tree *tree, int own_entry_pool, int own_value_pool);
+MUB_API mub_tree *mub_tree_init(mub_tree *tree, int with_entry_pool, int with_value_pool);
 
 /**
  * Releases the pools that the tree owns and returns entries to an external entry pool.
@@ -751,15 +751,15 @@ typedef struct mub_bitree {
 /**
  * Initialises a tree that consists of its root.
  *
- * @param[out] tree           the tree
- * @param[in] own_entry_pool  not 0: create an entry pool that the tree owns
- * @param[in] own_value_pool  not 0: create a value pool that the tree owns
+ * @param[out] tree            the tree
+ * @param[in] with_entry_pool  not 0: create an entry pool that the tree owns
+ * @param[in] with_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
  * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
  * @owner the record belongs to the caller; the pools created here belong to the tree until mub_bitree_term()
  * @invalidates nothing
  */
-MUB_API mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int own_value_pool);
+MUB_API mub_bitree *mub_bitree_init(mub_bitree *tree, int with_entry_pool, int with_value_pool);
 
 /**
  * Releases the pools that the tree owns and returns entries to an external entry pool.

@@ -76,8 +76,8 @@ class rooted : public owner<Derived, tree_life<Traits>> {
   rooted() noexcept : rooted(true, false) {}
 
   /** Constructs a tree of a root alone that owns the pools that the flags select; see mub_tree_init(). */
-  rooted(bool own_entry_pool, bool own_value_pool) noexcept
-      : base(std::in_place, own_entry_pool, own_value_pool) {}
+  rooted(bool with_entry_pool, bool with_value_pool) noexcept
+      : base(std::in_place, with_entry_pool, with_value_pool) {}
 
   /** Constructs a tree of a root alone that owns an entry pool and a value pool. */
   explicit rooted(value_blocks values) noexcept : rooted(true, true) {

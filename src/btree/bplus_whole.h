@@ -12,12 +12,12 @@
 namespace mub::bplus {
 
 template <class Tree>
-void init(Tree &tree, bool own_entry_pool, bool own_node_pool, bool own_value_pool) {
+void init(Tree &tree, bool with_entry_pool, bool with_node_pool, bool with_value_pool) {
   std::memset(&tree, 0, sizeof tree);  // clears the padding, too: new records compare equal with memcmp
   init_node(tree.root);
-  if (own_entry_pool) entry_pool_of(tree).make(sizeof(NodeOf<Tree>));
-  if (own_node_pool) node_pool_of(tree).make(sizeof(RecordOf<Tree>));
-  if (own_value_pool) value_pool_of(tree).make(0);
+  if (with_entry_pool) entry_pool_of(tree).make(sizeof(NodeOf<Tree>));
+  if (with_node_pool) node_pool_of(tree).make(sizeof(RecordOf<Tree>));
+  if (with_value_pool) value_pool_of(tree).make(0);
   tree.root.children.pool = tree.node_pool;
   Policy<Tree>::init_keys(tree);
 }

@@ -107,8 +107,8 @@ using namespace mub;
 
 extern "C" {
 
-mub_btree *mub_btree_init(mub_btree *tree, int own_entry_pool, int own_node_pool, int own_value_pool) {
-  bplus::init(*tree, own_entry_pool != 0, own_node_pool != 0, own_value_pool != 0);
+mub_btree *mub_btree_init(mub_btree *tree, int with_entry_pool, int with_node_pool, int with_value_pool) {
+  bplus::init(*tree, with_entry_pool != 0, with_node_pool != 0, with_value_pool != 0);
   return tree;
 }
 

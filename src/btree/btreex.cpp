@@ -15,8 +15,8 @@ using namespace mub;
 
 extern "C" {
 
-mub_btreex *mub_btreex_init(mub_btreex *tree, int own_entry_pool, int own_node_pool, int own_value_pool) {
-  bplus::init(*tree, own_entry_pool != 0, own_node_pool != 0, own_value_pool != 0);
+mub_btreex *mub_btreex_init(mub_btreex *tree, int with_entry_pool, int with_node_pool, int with_value_pool) {
+  bplus::init(*tree, with_entry_pool != 0, with_node_pool != 0, with_value_pool != 0);
   return tree;
 }
 

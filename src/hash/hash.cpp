@@ -77,12 +77,12 @@ using namespace mub;
 
 extern "C" {
 
-mub_hash *mub_hash_init(mub_hash *hash, int with_entry_pool, int with_value_pool) {
-  hash_table::init(*hash, with_entry_pool, with_value_pool);
-  return hash;
+mub_hash *mub_hash_init(mub_hash *table, int with_entry_pool, int with_value_pool) {
+  hash_table::init(*table, with_entry_pool, with_value_pool);
+  return table;
 }
 
-void mub_hash_term(mub_hash *hash) { hash_table::term(*hash); }
+void mub_hash_term(mub_hash *table) { hash_table::term(*table); }
 
 void mub_hash_swap(mub_hash *a, mub_hash *b) { hash_table::swap(*a, *b); }
 
@@ -101,98 +101,98 @@ int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t b_lengt
   return bytes::equal(a, a_length, b, b_length) ? 1 : 0;
 }
 
-int mub_hash_set(mub_hash *hash, const void *key, int64_t length, uint64_t *value_out, mub_init_fn init) {
-  return hash_table::set(*hash, measured_key(key, length), *value_out, init);
+int mub_hash_set(mub_hash *table, const void *key, int64_t length, uint64_t *value_out, mub_init_fn init) {
+  return hash_table::set(*table, measured_key(key, length), *value_out, init);
 }
 
-uint64_t mub_hash_get(const mub_hash *hash, const void *key, int64_t length) {
-  return hash_table::get(*hash, measured_key(key, length));
+uint64_t mub_hash_get(const mub_hash *table, const void *key, int64_t length) {
+  return hash_table::get(*table, measured_key(key, length));
 }
 
-int64_t mub_hash_get_many(const mub_hash *hash, const void *const *keys, const int64_t *lengths,
+int64_t mub_hash_get_many(const mub_hash *table, const void *const *keys, const int64_t *lengths,
                           int64_t count, uint64_t *values_out) {
-  return hash_table::get_many(*hash, measured_keys(keys, lengths), count, values_out);
+  return hash_table::get_many(*table, measured_keys(keys, lengths), count, values_out);
 }
 
-int mub_hash_insert(mub_hash *hash, const void *key, int64_t length, uint64_t value) {
-  return hash_table::insert_value(*hash, measured_key(key, length), value);
+int mub_hash_insert(mub_hash *table, const void *key, int64_t length, uint64_t value) {
+  return hash_table::insert_value(*table, measured_key(key, length), value);
 }
 
-uint64_t mub_hash_update(mub_hash *hash, const void *key, int64_t length, uint64_t value) {
-  return hash_table::update(*hash, measured_key(key, length), value);
+uint64_t mub_hash_update(mub_hash *table, const void *key, int64_t length, uint64_t value) {
+  return hash_table::update(*table, measured_key(key, length), value);
 }
 
-int mub_hash_find(const mub_hash *hash, const void *key, int64_t length) {
-  return hash_table::find(*hash, measured_key(key, length)) != nullptr ? 1 : 0;
+int mub_hash_find(const mub_hash *table, const void *key, int64_t length) {
+  return hash_table::find(*table, measured_key(key, length)) != nullptr ? 1 : 0;
 }
 
-uint64_t mub_hash_remove(mub_hash *hash, const void *key, int64_t length) {
-  return hash_table::remove(*hash, measured_key(key, length));
+uint64_t mub_hash_remove(mub_hash *table, const void *key, int64_t length) {
+  return hash_table::remove(*table, measured_key(key, length));
 }
 
-mub_hash *mub_hash_free(mub_hash *hash, const void *key, int64_t length, mub_free_fn release) {
-  return hash_table::free(*hash, measured_key(key, length), release);
+mub_hash *mub_hash_free(mub_hash *table, const void *key, int64_t length, mub_free_fn release) {
+  return hash_table::free(*table, measured_key(key, length), release);
 }
 
-void mub_hash_remove_all(mub_hash *hash) { hash_table::remove_all(*hash); }
+void mub_hash_remove_all(mub_hash *table) { hash_table::remove_all(*table); }
 
-void mub_hash_free_all(mub_hash *hash, mub_free_fn release) { hash_table::free_all(*hash, release); }
+void mub_hash_free_all(mub_hash *table, mub_free_fn release) { hash_table::free_all(*table, release); }
 
-void mub_hash_remove_all_entry(mub_hash *hash) { hash_table::remove_all_entry(*hash); }
+void mub_hash_remove_all_entry(mub_hash *table) { hash_table::remove_all_entry(*table); }
 
-void mub_hash_free_all_entry(mub_hash *hash, mub_free_fn release) {
-  hash_table::free_all_entry(*hash, release);
+void mub_hash_free_all_entry(mub_hash *table, mub_free_fn release) {
+  hash_table::free_all_entry(*table, release);
 }
 
-int mub_hash_entry_set(mub_hash *hash, const void *key, int64_t length, mub_hash_entry **entry_out) {
+int mub_hash_entry_set(mub_hash *table, const void *key, int64_t length, mub_hash_entry **entry_out) {
   int inserted;
-  *entry_out = hash_table::insert(*hash, measured_key(key, length), inserted);
+  *entry_out = hash_table::insert(*table, measured_key(key, length), inserted);
   return inserted;
 }
 
-mub_hash_entry *mub_hash_entry_get(const mub_hash *hash, const void *key, int64_t length) {
-  return hash_table::find(*hash, measured_key(key, length));
+mub_hash_entry *mub_hash_entry_get(const mub_hash *table, const void *key, int64_t length) {
+  return hash_table::find(*table, measured_key(key, length));
 }
 
-mub_hash_entry *mub_hash_entry_first(const mub_hash *hash, int64_t *bucket_out) {
-  return hash_table::entry_first(*hash, *bucket_out);
+mub_hash_entry *mub_hash_entry_first(const mub_hash *table, int64_t *bucket_out) {
+  return hash_table::entry_first(*table, *bucket_out);
 }
 
-mub_hash_entry *mub_hash_entry_next(const mub_hash *hash, int64_t *bucket_io, const mub_hash_entry *entry) {
-  return hash_table::entry_next(*hash, *bucket_io, *entry);
+mub_hash_entry *mub_hash_entry_next(const mub_hash *table, int64_t *bucket_io, const mub_hash_entry *entry) {
+  return hash_table::entry_next(*table, *bucket_io, *entry);
 }
 
-mub_hash_entry *mub_hash_entry_new(mub_hash *hash, int64_t bucket, uint32_t, const void *key, int64_t length,
+mub_hash_entry *mub_hash_entry_new(mub_hash *table, int64_t bucket, uint32_t, const void *key, int64_t length,
                                    int *inserted_out) {
-  return hash_table::entry_new(*hash, bucket, raw_key(key, length), *inserted_out);
+  return hash_table::entry_new(*table, bucket, raw_key(key, length), *inserted_out);
 }
 
-mub_hash_entry *mub_hash_entry_find(const mub_hash *hash, int64_t bucket, uint32_t hash_value,
+mub_hash_entry *mub_hash_entry_find(const mub_hash *table, int64_t bucket, uint32_t hash_value,
                                     const void *key, int64_t length) {
-  return hash_table::find_in(*hash, bucket, hash_value, raw_key(key, length));
+  return hash_table::find_in(*table, bucket, hash_value, raw_key(key, length));
 }
 
-mub_hash_entry *mub_hash_entry_remove(mub_hash *hash, int64_t bucket, uint32_t hash_value, const void *key,
+mub_hash_entry *mub_hash_entry_remove(mub_hash *table, int64_t bucket, uint32_t hash_value, const void *key,
                                       int64_t length) {
-  return hash_table::unlink(*hash, bucket, hash_value, raw_key(key, length));
+  return hash_table::unlink(*table, bucket, hash_value, raw_key(key, length));
 }
 
-void mub_hash_expand(mub_hash *hash) { hash_table::expand(*hash); }
+void mub_hash_expand(mub_hash *table) { hash_table::expand(*table); }
 
-mub_hash_entry *mub_hash_insert_t(mub_hash *hash, const void *key, int64_t length, int *inserted_out) {
-  return hash_table::insert(*hash, measured_key(key, length), *inserted_out);
+mub_hash_entry *mub_hash_insert_t(mub_hash *table, const void *key, int64_t length, int *inserted_out) {
+  return hash_table::insert(*table, measured_key(key, length), *inserted_out);
 }
 
-mub_hash_entry *mub_hash_find_t(const mub_hash *hash, const void *key, int64_t length) {
-  return length < 0 ? nullptr : hash_table::find(*hash, raw_key(key, length));
+mub_hash_entry *mub_hash_find_t(const mub_hash *table, const void *key, int64_t length) {
+  return length < 0 ? nullptr : hash_table::find(*table, raw_key(key, length));
 }
 
-mub_hash_entry *mub_hash_remove_t(mub_hash *hash, const void *key, int64_t length) {
-  return length < 0 ? nullptr : hash_table::detach(*hash, raw_key(key, length));
+mub_hash_entry *mub_hash_remove_t(mub_hash *table, const void *key, int64_t length) {
+  return length < 0 ? nullptr : hash_table::detach(*table, raw_key(key, length));
 }
 
-void mub_hash_adjust_t(mub_hash *hash, uint32_t offset, int64_t length) {
+void mub_hash_adjust_t(mub_hash *table, uint32_t offset, int64_t length) {
   const keys::Range cut = {offset, static_cast<uint32_t>(length)};
-  hash_table::for_each(*hash, [&](mub_hash_entry &entry) { keys::lower_offset(entry, cut); });
+  hash_table::for_each(*table, [&](mub_hash_entry &entry) { keys::lower_offset(entry, cut); });
 }
 }

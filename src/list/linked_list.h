@@ -239,10 +239,10 @@ uint64_t remove_at(List &list, EntryOf<List> *position) {
 // ---- the whole list
 
 template <class List>
-void init(List &list, int own_entry_pool, int own_value_pool) {
+void init(List &list, int with_entry_pool, int with_value_pool) {
   list = {};
-  if (own_entry_pool != 0) entry_pool_of(list).make(sizeof(EntryOf<List>));
-  if (own_value_pool != 0) value_pool_of(list).make(0);
+  if (with_entry_pool != 0) entry_pool_of(list).make(sizeof(EntryOf<List>));
+  if (with_value_pool != 0) value_pool_of(list).make(0);
 }
 
 template <class List>

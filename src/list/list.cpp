@@ -44,8 +44,8 @@ using linked_list::End;
 
 extern "C" {
 
-mub_list *mub_list_init(mub_list *list, int own_entry_pool, int own_value_pool) {
-  linked_list::init(*list, own_entry_pool, own_value_pool);
+mub_list *mub_list_init(mub_list *list, int with_entry_pool, int with_value_pool) {
+  linked_list::init(*list, with_entry_pool, with_value_pool);
   return list;
 }
 

@@ -11,8 +11,8 @@ using linked_list::End;
 
 extern "C" {
 
-mub_lists *mub_lists_init(mub_lists *list, int own_entry_pool, int own_value_pool) {
-  linked_list::init(*list, own_entry_pool, own_value_pool);
+mub_lists *mub_lists_init(mub_lists *list, int with_entry_pool, int with_value_pool) {
+  linked_list::init(*list, with_entry_pool, with_value_pool);
   return list;
 }
 

@@ -96,8 +96,8 @@ using namespace mub;
 
 extern "C" {
 
-mub_listx *mub_listx_init(mub_listx *list, int own_entry_pool, int own_value_pool) {
-  linked_list::init(*list, own_entry_pool, own_value_pool);
+mub_listx *mub_listx_init(mub_listx *list, int with_entry_pool, int with_value_pool) {
+  linked_list::init(*list, with_entry_pool, with_value_pool);
   return list;
 }
 

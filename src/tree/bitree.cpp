@@ -70,8 +70,8 @@ void add(mub_bitree &tree, mub_bitree_entry &entry, int direction, mub_bitree_en
 
 extern "C" {
 
-mub_bitree *mub_bitree_init(mub_bitree *tree, int own_entry_pool, int own_value_pool) {
-  linked_tree::init(*tree, own_entry_pool, own_value_pool);
+mub_bitree *mub_bitree_init(mub_bitree *tree, int with_entry_pool, int with_value_pool) {
+  linked_tree::init(*tree, with_entry_pool, with_value_pool);
   return tree;
 }
 

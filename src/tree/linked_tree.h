@@ -130,10 +130,10 @@ void swap_entries(Entry &a, Entry &b) {
 // ---- the whole tree
 
 template <class Tree>
-void init(Tree &tree, int own_entry_pool, int own_value_pool) {
+void init(Tree &tree, int with_entry_pool, int with_value_pool) {
   tree = {};
-  if (own_entry_pool != 0) entry_pool_of(tree).make(sizeof(EntryOf<Tree>));
-  if (own_value_pool != 0) value_pool_of(tree).make(0);
+  if (with_entry_pool != 0) entry_pool_of(tree).make(sizeof(EntryOf<Tree>));
+  if (with_value_pool != 0) value_pool_of(tree).make(0);
 }
 
 template <class Tree>

@@ -165,8 +165,8 @@ void prepend_path(const Entry &entry, mub_arrayt &array) {
 
 extern "C" {
 
-mub_tree *mub_tree_init(mub_tree *tree, int own_entry_pool, int own_value_pool) {
-  linked_tree::init(*tree, own_entry_pool, own_value_pool);
+mub_tree *mub_tree_init(mub_tree *tree, int with_entry_pool, int with_value_pool) {
+  linked_tree::init(*tree, with_entry_pool, with_value_pool);
   return tree;
 }
 

@@ -70,7 +70,7 @@ class Json(unittest.TestCase):
         self.assertEqual(insert["failure"]["value"], "0")
         self.assertEqual(insert["invalidates"], "an iteration in progress, if the number of buckets doubles; pointers to keys")
         self.assertEqual(insert["cost"], "O(1) expected, amortised over the doublings of the buckets")
-        self.assertEqual([found["name"] for found in insert["parameters"]], ["hash", "key", "length", "value"])
+        self.assertEqual([found["name"] for found in insert["parameters"]], ["table", "key", "length", "value"])
         self.assertEqual((insert["level"], FUNCTIONS["mub_hash_insert_t"]["level"]), ("everyday", "low"))
         self.assertIn("by a function that takes it as const", FUNCTIONS["mub_pool_iter_new"]["threads"])
 
@@ -93,8 +93,8 @@ class Json(unittest.TestCase):
 
     def test_has_the_directions_of_parameters(self):
         for function, name, direction in (
-                ("mub_hash_init", "hash", "out"), ("mub_hash_insert", "hash", "inout"),
-                ("mub_hash_get", "hash", "in"), ("mub_hash_get", "key", "in"),
+                ("mub_hash_init", "table", "out"), ("mub_hash_insert", "table", "inout"),
+                ("mub_hash_get", "table", "in"), ("mub_hash_get", "key", "in"),
                 ("mub_hash_entry_set", "entry_out", "out"), ("mub_hash_entry_next", "bucket_io", "inout"),
                 ("mub_array_get_at", "length", "out"), ("mub_list_get_next", "position", "inout"),
                 ("mub_stream_get_word", "position", "inout"), ("mub_stream_get_buffer", "bytes", "out"),
