@@ -64,9 +64,9 @@ struct AllEqual {
   AllEqual with_key(Bits) const { return {}; }
 };
 
-template <class Comparison, bool kQuarters>
+template <class Comparison>
 struct ChildOrder {
-  static constexpr bool kByQuarters = kQuarters;
+  static constexpr bool kByQuarters = Comparison::kIsBranchFree;
   template <class Child>
   int operator()(const Child &child) const {
     return compare(child.key);
@@ -77,9 +77,6 @@ struct ChildOrder {
   }
   Comparison compare;
 };
-
-// Up to this number, the records of a tree stay in the second- or third-level cache.
-constexpr int64_t kCachedRecords = 0x20000;
 
 // Returns use(comparison) for the comparison of a key type. With an unknown type, all keys are equal.
 template <class Numbers, class Use>
@@ -108,11 +105,7 @@ struct NumberKeys : KeysInItems<Tree, typename Numbers::Bits> {
   template <class Use>
   static auto with_order(const Tree &tree, Key key, Use use) {
     return with_comparison<Numbers>(key, tree.key_type, [&](const auto &compare) {
-      using Comparison = std::decay_t<decltype(compare)>;
-      if constexpr (Comparison::kIsBranchFree) {
-        if (tree.count <= kCachedRecords) return use(ChildOrder<Comparison, true>{compare});
-      }
-      return use(ChildOrder<Comparison, false>{compare});
+      return use(ChildOrder<std::decay_t<decltype(compare)>>{compare});
     });
   }
 

@@ -15,7 +15,8 @@
 namespace mub::pool {
 namespace {
 
-// When chunks or pages are released, the one this many ahead is prefetched.
+// When chunks or pages are released, the one this many ahead is prefetched. With 1, the release of 1e5 to 1e6
+// entries takes 1.1 to 1.5 times as long; 32 gains nothing (map_release and u64_release in bench/).
 constexpr int64_t kPrefetchPages = 8;
 
 // A pool's table of chunks or of free pages, which have the same structure. Here, both hold "pages".
