@@ -146,4 +146,30 @@ TEST(ArrayQuirks, SortsAlwaysMakeTheSameComparisonsAndPlaceEqualItemsInTheSameOr
   mub_arrays_term(&array);
 }
 
+// Integers are not sorted by calls of a comparator, which are made one after the other.
+TEST(ArrayQuirks, SortsOfIntegersPlaceEqualKeysAsSortsWithAComparatorDo) {
+  const auto by_key = [](uint64_t a, uint64_t b) { return (a >> 32 > b >> 32) - (a >> 32 < b >> 32); };
+  mub_arrayx keys, values;
+  mub_arrayx_init(&keys, 0);
+  mub_arrayx_init(&values, 0);
+  for (uint64_t size = 2; size < 1500; size += size < 40 ? 1 : 97) {
+    for (const uint64_t distinct : {uint64_t{1}, uint64_t{3}, size / 8 + 2, size * size}) {
+      for (const int ascending : {0, 1}) {
+        mub_arrayx_shrink(&keys, 0);
+        mub_arrayx_shrink(&values, 0);
+        for (uint64_t i = 0; i < size; ++i) {
+          const uint64_t key = (i * 0x9E3779B97F4A7C15u >> 40) % distinct;
+          mub_arrayx_append(&keys, key, key << 32 | i);
+          mub_arrayx_append(&values, key, key << 32 | i);
+        }
+        mub_arrayx_qsort(&keys, ascending);
+        mub_arrayx_qsort_x(&values, ascending, by_key);
+        for (uint64_t i = 0; i < size; ++i) ASSERT_EQ(keys.entries[i].value, values.entries[i].value) << size;
+      }
+    }
+  }
+  mub_arrayx_term(&keys);
+  mub_arrayx_term(&values);
+}
+
 }  // namespace

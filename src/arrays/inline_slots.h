@@ -174,10 +174,8 @@ inline Spot find(const mub_arrayt &array, uint64_t key) {
 
 // ---- sorting, by all 64 bits as unsigned values
 
-struct WordSortOrder {
-  using Key = uint64_t;
-  Key key(uint64_t item) const { return item; }
-  int compare(Key a, Key b) const { return a < b ? -1 : a != b; }
+struct WordSortOrder : NumberSortOrder<uint64_t> {
+  uint64_t key(uint64_t item) const { return item; }
 };
 
 inline void sort(uint64_t *items, int64_t count, bool ascending) {

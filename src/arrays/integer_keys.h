@@ -41,14 +41,11 @@ IntegerSearchOrder(Integer) -> IntegerSearchOrder<Integer>;
 
 // Compares entries with each other, for the sort.
 template <class Integer>
-struct IntegerSortOrder {
-  using Key = Integer;
-
+struct IntegerSortOrder : NumberSortOrder<Integer> {
   template <class Entry>
-  Key key(const Entry &entry) const {
+  Integer key(const Entry &entry) const {
     return entry.key;
   }
-  int compare(Key a, Key b) const { return a < b ? -1 : a != b; }
 };
 
 namespace integers {

@@ -14,13 +14,23 @@
 //   Key                 what is compared: loaded once per pivot or candidate, so it should fit into registers
 //   key(slot)           returns the key of a slot
 //   compare(a, b)       below 0 if `a` comes before `b`, above 0 if after it, 0 if they are equal
+// or is derived from NumberSortOrder: no caller sees the comparisons of numbers, so their sequence may differ as long
+// as the moves are the same.
 #ifndef MUB_ARRAYS_SORT_H
 #define MUB_ARRAYS_SORT_H
 
+#include <algorithm>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 namespace mub {
+
+// The base of orders whose keys are unsigned numbers.
+template <class Number>
+struct NumberSortOrder {
+  using Key = Number;
+};
 
 template <bool kAscending, class Slot, class SortOrder>
 class Sorting {
@@ -43,6 +53,11 @@ class Sorting {
     int64_t high;
   };
   static constexpr int64_t kSelectionSlots = 8;
+  // 1000 random numbers take 36 us with blocks of 4 slots or more, 43 us with 16 or more, and 62 us without blocks.
+  // Blocks of 128 gain nothing.
+  static constexpr int64_t kMinBlockSlots = 4;
+  static constexpr int64_t kMaxBlockSlots = 64;
+  static constexpr bool kComparesNumbers = std::is_base_of_v<NumberSortOrder<Key>, SortOrder>;
   // Each push at least halves the range that is sorted next, and happens only in ranges of 9 slots or more:
   // 60 are enough for any table.
   static constexpr int kStackDepth = 60;
@@ -52,8 +67,18 @@ class Sorting {
   void swap(int64_t a, int64_t b) { std::swap(slots_[a], slots_[b]); }
   // A descending sort swaps the tests: negating INT_MIN, which a comparator may return, would overflow.
   static bool after(int order) { return kAscending ? order > 0 : order < 0; }
-  bool after(const Key &a, const Key &b) const { return after(order_.compare(a, b)); }
-  bool equal(const Key &a, const Key &b) const { return order_.compare(a, b) == 0; }
+  bool after(const Key &a, const Key &b) const {
+    if constexpr (kComparesNumbers)
+      return kAscending ? a > b : a < b;
+    else
+      return after(order_.compare(a, b));
+  }
+  bool equal(const Key &a, const Key &b) const {
+    if constexpr (kComparesNumbers)
+      return a == b;
+    else
+      return order_.compare(a, b) == 0;
+  }
 
   void push(Range range) {
     if (range.low >= range.high) return;
@@ -72,9 +97,9 @@ class Sorting {
       Key greatest_key = key(greatest);
       for (int64_t i = range.low + 1; i <= range.high; ++i) {
         const Key candidate = key(i);
-        if (!after(candidate, greatest_key)) continue;
-        greatest = i;
-        greatest_key = candidate;
+        const bool is_greater = after(candidate, greatest_key);
+        greatest = is_greater ? i : greatest;
+        greatest_key = is_greater ? candidate : greatest_key;
       }
       swap(greatest, range.high);
     }
@@ -108,6 +133,7 @@ class Sorting {
     int64_t up = range.low;
     int64_t down = range.high;
     for (;;) {
+      if constexpr (kComparesNumbers) swap_blocks(up, down, pivot, pivot_key);
       // The upward scan skips the pivot: it stops there and continues after it.
       if (pivot > up) {
         do ++up;
@@ -124,6 +150,48 @@ class Sorting {
       if (pivot == down) pivot = up;
     }
     return {up, before_equals(range.low, pivot, down + 1, pivot_key)};
+  }
+
+  // The slots of a block where a scan stops, as distances from where it starts.
+  struct Stops {
+    uint8_t distances[kMaxBlockSlots];
+    int64_t count;
+
+    // How far to move on after the first `swapped` stops were swapped: up to the next stop, if there is one.
+    int64_t moved(int64_t swapped, int64_t size) const {
+      return swapped < count ? distances[swapped] - 1 : size;
+    }
+  };
+
+  // Scans `size` slots next to `start`, upwards or downwards. No branch depends on a key: with random keys, half
+  // of them would be mispredicted.
+  template <bool kUp>
+  void scan_block(int64_t start, int64_t size, const Key &pivot_key, Stops &stops) const {
+    int64_t count = 0;
+    for (int64_t i = 1; i <= size; ++i) {
+      stops.distances[count] = static_cast<uint8_t>(i);
+      count += static_cast<int64_t>(after(key(kUp ? start + i : start - i), pivot_key) == kUp);
+    }
+    stops.count = count;
+  }
+
+  // Makes the swaps of partition() while its scans are on different sides of the pivot or both on the same: the
+  // n-th stop of one scan is swapped with the n-th stop of the other.
+  void swap_blocks(int64_t &up, int64_t &down, int64_t pivot, const Key &pivot_key) {
+    Stops up_stops;
+    Stops down_stops;
+    for (;;) {
+      const int64_t half = (down - up - 1) / 2;
+      const int64_t up_size = std::min(pivot > up ? pivot - up - 1 : half, kMaxBlockSlots);
+      const int64_t down_size = std::min(pivot > up ? down - pivot - 1 : half, kMaxBlockSlots);
+      if (std::min(up_size, down_size) < kMinBlockSlots) return;
+      scan_block<true>(up, up_size, pivot_key, up_stops);
+      scan_block<false>(down, down_size, pivot_key, down_stops);
+      const int64_t swapped = std::min(up_stops.count, down_stops.count);
+      for (int64_t i = 0; i < swapped; ++i) swap(up + up_stops.distances[i], down - down_stops.distances[i]);
+      up += up_stops.moved(swapped, up_size);
+      down -= down_stops.moved(swapped, down_size);
+    }
   }
 
   // Steps back from `end`, which is after the pivot, over the slots equal to the pivot, and returns the last
