@@ -9,8 +9,8 @@
 // Invariants:
 //   1. A value has one field in each class, the shortest that holds it; 15, 30 or 64 bits fit.
 //   2. A field is written wholly, inside the content, or not at all.
-//   3. Readers of words and dwords may read spare bytes, but never past the capacity; a reader of lwords only
-//      reads the content.
+//   3. Readers may read spare bytes, but never past the capacity; the result of reading an lword does not depend
+//      on them.
 //   4. Writing a word or dword advances the position in any case, writing an lword only if it is stored.
 //      Reading from the end of the content on does not advance it; reading an lword that is cut short
 //      advances it by 1.
@@ -72,54 +72,85 @@ struct TaggedClass {
 using PackedWord = TaggedClass<1>;
 using PackedDword = TaggedClass<2>;
 
-// The bytes after the first one of an lword, as one little-endian word. If there are 4 to 7, the last four
-// hold the value's low 32 bits. The bits above come before them; if these are three bytes, the highest one
-// comes first and then the two others, little-endian, which is a rotation.
+// Lengths are hard to predict, so that what depends on them is computed without branches.
+
+// The number of bytes after the first one: 0 for up to 7 bits, 1 for 14, … 7 for 56, and 8 above.
+int lword_further(uint64_t value) { return (9 * bit_width(value) - 1) / 64; }
+
+// The masks of the lowest 0 to 3, 4 and 8 bytes of a word; the others are not used.
+constexpr uint64_t kLowBytes[] = {0, 0xFF, 0xFFFF, 0xFFFFFF, 0xFFFFFFFF, 0, 0, 0, UINT64_MAX};
+
+// Up to three bytes; three are rotated to the left by `left` bytes, or to the right by `right`.
+uint64_t rotated(uint64_t bytes, int count, int left, int right) {
+  const int is_three = static_cast<int>(count == 3);
+  return (bytes << (8 * left * is_three) | bytes >> (8 * right * is_three)) & 0xFFFFFF;
+}
+
+// The bytes after the first one of an lword, as one little-endian word; what lies above these bytes is of no
+// use. If there are 4 to 7, the last four hold the value's low 32 bits. The bits above come before them; if
+// these are three bytes, the highest one comes first and then the two others, little-endian.
 uint64_t swapped_groups(uint64_t value, int further) {
   const int high_bytes = further & 3;
-  const uint64_t high = further >= 4 ? value >> 32 : value;
-  const uint64_t low = further >= 4 ? value & 0xFFFFFFFF : 0;
-  const uint64_t high_mask = (uint64_t{1} << (8 * high_bytes)) - 1;
-  const uint64_t rotated = high_bytes == 3 ? (high >> 16 & 0xFF) | high << 8 : high;
-  return (rotated & high_mask) | low << (8 * high_bytes);
+  const uint64_t high = value >> (8 * (further & 4)) & kLowBytes[high_bytes];
+  const uint64_t low = value << (8 * high_bytes);
+  return rotated(high, high_bytes, 1, 2) | low;
 }
 
 uint64_t restored_groups(uint64_t groups, int further) {
   const int high_bytes = further & 3;
-  const uint64_t high_mask = (uint64_t{1} << (8 * high_bytes)) - 1;
-  const uint64_t high = groups & high_mask;
-  const uint64_t restored = high_bytes == 3 ? high >> 8 | (high & 0xFF) << 16 : high;
-  return further < 4 ? restored : restored << 32 | (groups >> (8 * high_bytes) & 0xFFFFFFFF);
+  const uint64_t high = rotated(groups & kLowBytes[high_bytes], high_bytes, 2, 1);
+  const uint64_t low = groups >> (8 * high_bytes) & kLowBytes[further & ~3];
+  return high << (8 * (further & 4)) | low;
 }
-
-int lword_length(uint64_t value) { return std::min((bit_width(value) + 6) / 7, 9); }
 
 // The first byte: as many ones as bytes follow, a zero, and the value's bits above those bytes.
 uint64_t lword_head(uint64_t value, int further) {
-  return (0xFF00u >> further & 0xFF) | (further < 8 ? value >> (8 * further) : 0);
+  return (0xFF00u >> further & 0xFF) | value >> (4 * further) >> (4 * further);
+}
+
+// One or two bytes. The first one is stored twice if it is the only one.
+void store_short(uint8_t *field, uint64_t value, int further) {
+  field[0] = static_cast<uint8_t>(0x80 | value >> 8);
+  field[further] = static_cast<uint8_t>(value);
+}
+
+// Three to nine bytes: the last one, and the first eight as four words of two bytes, which may overlap.
+void store_long(uint8_t *field, uint64_t value, int further) {
+  static constexpr uint8_t kPlaces[7][4] = {{0, 0, 1, 1}, {0, 1, 2, 2}, {0, 1, 2, 3}, {0, 2, 2, 4},
+                                            {0, 2, 3, 5}, {0, 2, 4, 6}, {0, 2, 4, 6}};
+  const uint64_t groups = swapped_groups(value, further);
+  const uint64_t first8 = lword_head(value, further) | groups << 8;
+  const uint8_t *places = kPlaces[further - 2];
+  const auto store = [=](int place) { store_little<2>(field + place, first8 >> (8 * place)); };
+  store(places[0]);
+  store(places[1]);
+  store(places[2]);
+  store(places[3]);
+  field[further] = static_cast<uint8_t>(groups >> (8 * further - 8));
 }
 
 void write_lword(mub_stream &stream, int64_t *position, uint64_t value) {
-  const int count = lword_length(value);
-  if (cursor::bytes_left(stream, *position) < count) return;
-  uint8_t *field = stream.data + cursor::advance(position, count);
-  const int further = count - 1;
-  const uint64_t head = lword_head(value, further);
-  if (further < 8) return store_little(field, count, head | swapped_groups(value, further) << 8);
-  field[0] = static_cast<uint8_t>(head);
-  store_little<8>(field + 1, value);
+  const int64_t left = cursor::bytes_left(stream, *position);
+  if (value < 0x4000) {
+    const int further = static_cast<int>(value >= 0x80);
+    if (left > further) store_short(stream.data + cursor::advance(position, further + 1), value, further);
+    return;
+  }
+  const int further = lword_further(value);
+  if (left > further) store_long(stream.data + cursor::advance(position, further + 1), value, further);
 }
 
 int64_t read_lword(const mub_stream &stream, int64_t *position) {
-  if (*position >= stream.length) return -1;
+  const int64_t at = *position;
+  if (at >= stream.length) return -1;
   const auto head = static_cast<uint32_t>(cursor::read<1>(stream, position));
   if (head < 0x80) return head;
   const int further = __builtin_clz(~(head << 24));
-  if (cursor::bytes_left(stream, *position) < further) return -1;
-  const uint8_t *field = stream.data + cursor::advance(position, further);
-  const uint64_t groups = load_little(field, further);
-  if (further == 8) return static_cast<int64_t>(groups);
-  const uint64_t top = uint64_t{head & (0x7F >> further)} << (8 * further);
+  if (cursor::bytes_left(stream, at) <= further) return -1;
+  cursor::advance(position, further);
+  const uint8_t *field = stream.data + at + 1;
+  const uint64_t groups = stream.capacity - at >= 9 ? load_little<8>(field) : load_little(field, further);
+  const uint64_t top = uint64_t{head & (0x7F >> further)} << (4 * further) << (4 * further);
   return static_cast<int64_t>(top | restored_groups(groups, further));
 }
 
@@ -148,7 +179,7 @@ uint32_t mub_stream_inflate_dword(const mub_stream *stream, int64_t *position) {
   return mub::PackedDword::read(*stream, position);
 }
 
-int mub_stream_deflate_lword_length(uint64_t value) { return mub::lword_length(value); }
+int mub_stream_deflate_lword_length(uint64_t value) { return mub::lword_further(value) + 1; }
 
 void mub_stream_deflate_lword(mub_stream *stream, int64_t *position, uint64_t value) {
   mub::write_lword(*stream, position, value);
