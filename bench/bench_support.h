@@ -1,7 +1,7 @@
 // Shared by the benchmarks: keys, the names of benchmarks, and the size of the heap.
 //
-// A benchmark is named WORKLOAD/WHO/N, where WHO is "mub", "mub_inline", "mub_lto" or a peer; tools/bench pairs
-// them by name.
+// A benchmark is named WORKLOAD/WHO/N, where WHO is "mub", "mub_inline", "mub_lto" or a peer; tools/bench
+// pairs them by name.
 #ifndef MUB_BENCH_SUPPORT_H
 #define MUB_BENCH_SUPPORT_H
 

@@ -14,8 +14,8 @@
 //   Key                 what is compared: loaded once per pivot or candidate, so it should fit into registers
 //   key(slot)           returns the key of a slot
 //   compare(a, b)       below 0 if `a` comes before `b`, above 0 if after it, 0 if they are equal
-// or is derived from NumberSortOrder: no caller sees the comparisons of numbers, so their sequence may differ as long
-// as the moves are the same.
+// or is derived from NumberSortOrder: no caller sees the comparisons of numbers, so their sequence may differ
+// as long as the moves are the same.
 #ifndef MUB_ARRAYS_SORT_H
 #define MUB_ARRAYS_SORT_H
 
@@ -53,8 +53,8 @@ class Sorting {
     int64_t high;
   };
   static constexpr int64_t kSelectionSlots = 8;
-  // 1000 random numbers take 36 us with blocks of 4 slots or more, 43 us with 16 or more, and 62 us without blocks.
-  // Blocks of 128 gain nothing.
+  // 1000 random numbers take 36 us with blocks of 4 slots or more, 43 us with 16 or more, and 62 us without
+  // blocks. Blocks of 128 gain nothing.
   static constexpr int64_t kMinBlockSlots = 4;
   static constexpr int64_t kMaxBlockSlots = 64;
   static constexpr bool kComparesNumbers = std::is_base_of_v<NumberSortOrder<Key>, SortOrder>;
@@ -163,8 +163,8 @@ class Sorting {
     }
   };
 
-  // Scans `size` slots next to `start`, upwards or downwards. No branch depends on a key: with random keys, half
-  // of them would be mispredicted.
+  // Scans `size` slots next to `start`, upwards or downwards. No branch depends on a key: with random keys,
+  // half of them would be mispredicted.
   template <bool kUp>
   void scan_block(int64_t start, int64_t size, const Key &pivot_key, Stops &stops) const {
     int64_t count = 0;
@@ -175,8 +175,8 @@ class Sorting {
     stops.count = count;
   }
 
-  // Makes the swaps of partition() while its scans are on different sides of the pivot or both on the same: the
-  // n-th stop of one scan is swapped with the n-th stop of the other.
+  // Makes the swaps of partition() while its scans are on different sides of the pivot or both on the same:
+  // the n-th stop of one scan is swapped with the n-th stop of the other.
   void swap_blocks(int64_t &up, int64_t &down, int64_t pivot, const Key &pivot_key) {
     Stops up_stops;
     Stops down_stops;

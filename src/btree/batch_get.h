@@ -15,8 +15,8 @@
 
 namespace mub::bplus {
 
-// Smaller trees stay in a cache, where the passes over a group cost more than they save: batches in trees of 1e3
-// records take 1.9 times as long with text keys, and 1.2 times with integers (text_lookup_batch and
+// Smaller trees stay in a cache, where the passes over a group cost more than they save: batches in trees of
+// 1e3 records take 1.9 times as long with text keys, and 1.2 times with integers (text_lookup_batch and
 // u64_lookup_batch in bench/btree_bench.cpp).
 constexpr int64_t kBatchedFrom = 0xC000;
 // Fewer look-ups have too little to overlap.

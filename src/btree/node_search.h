@@ -15,15 +15,15 @@
 
 namespace mub::bplus {
 
-// Up to this number of children, every one is compared. With 4, look-ups in a tree of 1e3 records take 1.1 times
-// as long; with 16, look-ups and insertions take about the same time (u64_lookup and u64_insert_random in
-// bench/btree_bench.cpp).
+// Up to this number of children, every one is compared. With 4, look-ups in a tree of 1e3 records take 1.1
+// times as long; with 16, look-ups and insertions take about the same time (u64_lookup and u64_insert_random
+// in bench/btree_bench.cpp).
 constexpr int64_t kFewChildren = 8;
 
 // Divides the children into four parts per step, and loads the last keys of three of them in parallel. A
-// binary search mispredicts every other branch: in a tree of 1e3 records, look-ups take 1.3 times as long with
-// it, in one of 1e5 or 1e6 about 1.07 times (u64_lookup). Always inlined: a call per level would take a fifth
-// of the time of an insertion.
+// binary search mispredicts every other branch: in a tree of 1e3 records, look-ups take 1.3 times as long
+// with it, in one of 1e5 or 1e6 about 1.07 times (u64_lookup). Always inlined: a call per level would take a
+// fifth of the time of an insertion.
 template <class Child, class Order>
 __attribute__((always_inline)) inline Spot search_by_quarters(const mub_arrays &children,
                                                               const Order &order) {

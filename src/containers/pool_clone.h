@@ -105,8 +105,8 @@ class PoolCloner {
     return word - base_ + copy_base_;
   }
 
-  // Bounds the index to about 8 numbers per chunk. With 1, a clone of 1e5 keys takes 1.5 times as long; 64 gains
-  // nothing (map_clone in bench/hash_bench.cpp).
+  // Bounds the index to about 8 numbers per chunk. With 1, a clone of 1e5 keys takes 1.5 times as long; 64
+  // gains nothing (map_clone in bench/hash_bench.cpp).
   static constexpr int64_t kGranulesPerChunk = 8;
 
   const mub_pool *source_ = nullptr;

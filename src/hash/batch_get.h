@@ -15,8 +15,8 @@
 namespace mub::hash_table {
 
 // How many entries of a chain the look-ups pass together. Chains have fewer than two on average, and few have
-// more than this. With 2, misses in a table of 1e6 keys take 1.2 times as long; 32 gains nothing (map_miss_batch
-// in bench/hash_bench.cpp).
+// more than this. With 2, misses in a table of 1e6 keys take 1.2 times as long; 32 gains nothing
+// (map_miss_batch in bench/hash_bench.cpp).
 constexpr int kRounds = 8;
 
 template <class Table>

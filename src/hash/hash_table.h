@@ -60,8 +60,8 @@ constexpr int64_t kFirstBuckets = 4;
 constexpr int64_t kFirstKeyBytes = 64;
 constexpr int64_t kKeyBytesPerBucket = 32;
 constexpr int64_t kMeanChain = 2;
-// How many buckets ahead a pass over the table prefetches. With 1, insertions take up to 1.2 times as long; 4 and
-// 64 make no clear difference (hashx_insert_random, hashx_insert_sequence and map_insert in bench/).
+// How many buckets ahead a pass over the table prefetches. With 1, insertions take up to 1.2 times as long; 4
+// and 64 make no clear difference (hashx_insert_random, hashx_insert_sequence and map_insert in bench/).
 constexpr int64_t kPrefetchBuckets = 16;
 
 template <class Table>

@@ -99,7 +99,7 @@ inline void give(mub_pool *pool, void *block) {
 
 // How many chunks ahead a pass over the chunks prefetches. Chunks are separate allocations: the hardware
 // prefetcher cannot predict where the next one starts, and fetches the rest once the start is being read.
-// Without, a removal from a table of 1e6 keys takes 1.2 times as long; the distance makes no difference
+// Without this, a removal from a table of 1e6 keys takes 1.2 times as long; the distance makes no difference
 // (map_remove in bench/hash_bench.cpp).
 constexpr int64_t kPrefetchChunks = 8;
 

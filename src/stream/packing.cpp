@@ -9,8 +9,8 @@
 // Invariants:
 //   1. A value has one field in each class, the shortest that holds it; 15, 30 or 64 bits fit.
 //   2. A field is written wholly, inside the content, or not at all.
-//   3. Readers may read spare bytes, but never past the capacity; the result of reading an lword does not depend
-//      on them.
+//   3. Readers may read spare bytes, but never past the capacity; the result of reading an lword does not
+//      depend on them.
 //   4. Writing a word or dword advances the position in any case, writing an lword only if it is stored.
 //      Reading from the end of the content on does not advance it; reading an lword that is cut short
 //      advances it by 1.

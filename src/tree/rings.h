@@ -74,9 +74,9 @@ void for_each_child(const Entry &parent, Visit visit) {
   }
 }
 
-// A walk visits the sibling later, and the entries of a large tree are scattered in memory. Without this and the
-// prefetches of next_in_order(), a walk takes 1.3, 3.1 and 2.0 times as long at 1e3, 1e5 and 1e6 entries, and a
-// clone of 1e6 takes 1.1 times as long (bench/tree_bench.cpp).
+// A walk visits the sibling later, and the entries of a large tree are scattered in memory. Without this and
+// the prefetches of next_in_order(), a walk takes 1.3, 3.1 and 2.0 times as long at 1e3, 1e5 and 1e6 entries,
+// and a clone of 1e6 takes 1.1 times as long (bench/tree_bench.cpp).
 inline void prefetch_sibling(const Entry &entry) { prefetch(entry.next); }
 
 // ---- document order
