@@ -50,7 +50,7 @@ test("a hash table stores, finds, lists and removes keys", () =>
 
 test("null is rejected unless the parameter is nullable", () =>
   withHash((hash) => {
-    assert.throws(() => mub.mub_hash_get(null, Buffer.from("key"), 3), /mub_hash_get: hash may not be null/);
+    assert.throws(() => mub.mub_hash_get(null, Buffer.from("key"), 3), /mub_hash_get: table may not be null/);
     assert.equal(mub.mub_hash_insert(hash, null, 0, 1), 1);
     assert.equal(mub.mub_hash_find(hash, Buffer.from(""), 0), 1);
     mub.mub_hash_free(hash, null, 0, null);
