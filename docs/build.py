@@ -58,22 +58,25 @@ def readme_page(modules):
 
 
 def guides():
-    """{name: title} of the pages in docs/, the tutorial first."""
-    paths = sorted((ROOT / "docs").glob("*.md"), key=lambda path: (path.stem != "tutorial", path.stem))
+    """{name: title} of the pages in docs/; those for new users come first."""
+    first = ["tutorial", "choosing"]
+    paths = sorted((ROOT / "docs").glob("*.md"))
+    paths.sort(key=lambda path: first.index(path.stem) if path.stem in first else len(first))
     return {path.stem: re.match(r"# ([^{\n]*)", path.read_text()).group(1).strip() for path in paths}
 
 
 def guide_page(name):
-    """The guide, with its file name as its page name."""
+    """The guide, with its file name as its page name, and links to the pages of examples."""
     text = (ROOT / f"docs/{name}.md").read_text()
+    text = re.sub(r"\]\(\.\./(examples/[\w./]+)\)", lambda match: f"]({example_url(ROOT / match.group(1))})", text)
     return re.sub(r"^# ([^{\n]*).*", rf"# \1 {{#{name}}}", text, count=1)
 
 
 # ---- examples ----
 
 def programs():
-    for directory in ("cookbook", "tutorial", "mubdex"):
-        yield from sorted((ROOT / "examples" / directory).glob("*.c"))
+    for directory in ("cookbook", "tutorial", "comparison", "mubdex"):
+        yield from sorted(path for path in (ROOT / "examples" / directory).iterdir() if path.suffix in (".c", ".cpp"))
 
 
 def opening(source):
