@@ -48,7 +48,21 @@ class Page(HTMLParser):
 
 def search_rows():
     text = (pages / "api-index.js").read_text()
-    return json.loads(text[text.index("["):text.rindex(";")])
+    return json.loads(text[text.index("["):text.index("];") + 1])
+
+
+def function_rows():
+    return [row for row in search_rows() if row[4] is not None]
+
+
+def synonyms():
+    """{a word of other libraries: [our words, …]}"""
+    text = (pages / "api-index.js").read_text()
+    return json.loads(text[text.index("{", text.index("MUB_SYNONYMS")):text.rindex(";")])
+
+
+def words(name):
+    return [word for word in re.split("[^a-z0-9]+", name.lower()) if word not in ("", "mub")]
 
 
 def exported_functions():
@@ -78,14 +92,28 @@ class Links(unittest.TestCase):
         self.assertGreater(len(faults), 5000)
 
     def test_the_search_index_has_the_place_of_every_function(self):
-        rows = search_rows()
+        rows = function_rows()
         self.assertEqual(sorted(exported_functions()), sorted(row[0] for row in rows))
-        self.assertEqual([], [fault for fault in (self.fault_of(row[2], "api-index.js") for row in rows) if fault])
         for name, _, url, *_ in rows:
             page, place = url.split("#")
             text = (pages / page).read_text()
             title = text[text.index(f'id="{place}"'):][:400]
             self.assertIn(f"</span>{name}()", title)
+
+    def test_the_search_index_has_what_else_is_documented(self):
+        rows = search_rows()
+        self.assertEqual([], [fault for fault in (self.fault_of(row[2], "api-index.js") for row in rows) if fault])
+        names = [row[0] for row in rows]
+        self.assertEqual(len(names), len(set(names)))
+        wanted = ["mub::hash", "mub::string", "mub::basic_hash::emplace", "mub::lists::push_back", "mub::to_word",
+                  "mub_compare_fn", "CRC_TABLE", "cookbook/lru_cache.c", "Tutorial: Sorting"]
+        for header in (ROOT / "include").glob("*.h"):
+            wanted += re.findall(r"^} (mub_\w+);", header.read_text(), re.MULTILINE)
+        for guide in (ROOT / "docs").glob("*.md"):
+            title, *sections = re.findall("^##* ([^{\n]*)", guide.read_text(), re.MULTILINE)
+            wanted += [f"{title.strip()}: {section.replace('`', '')}" for section in sections]
+        self.assertEqual([], [name for name in wanted if name not in names])
+        self.assertGreater(len(wanted), 80)
 
     def test_a_function_lists_the_examples_that_call_it(self):
         calls = {}
@@ -93,7 +121,7 @@ class Links(unittest.TestCase):
             for name in re.findall(r"\b(mub_\w+)\(", source.read_text()):
                 calls.setdefault(name, set()).add(f"{source.parent.name}/{source.name}")
         self.assertGreater(len(calls), 80)
-        url = {row[0]: row[2] for row in search_rows()}
+        url = {row[0]: row[2] for row in function_rows()}
         for name, sources in calls.items():
             page, place = url[name].split("#")
             section = (pages / page).read_text().split(f'id="{place}"', 1)[1].split('<h2 class="memtitle">', 2)[1]
@@ -159,6 +187,26 @@ class Browser(unittest.TestCase):
         self.ask("packed lword")
         self.assertIn("mub_stream_inflate_lword", self.hits()[:3])
 
+    def test_words_of_other_libraries_lead_to_ours(self):
+        found = synonyms()
+        self.assertGreater(len(found), 60)
+        for (foreign, alternatives), names in zip(found.items(), hits_of(found)):
+            hits = [set(words(name)) for name in names]
+            leads = [set(words(ours)) for ours in alternatives]
+            self.assertTrue(any(lead <= hits[0] for lead in leads), f"{foreign}: {names[0]}")
+            self.assertEqual([], [lead for lead in leads if not any(lead <= hit for hit in hits)], foreign)
+        examples = {"push list": "mub_list_add_tail", "string concat": "mub_string_append", "hashx contains": "mub_hashx_find",
+                    "btree lower_bound": "mub_btree_cursor_seek", "get-or-create hash": "mub_hash_entry_set"}
+        for (query, wanted), names in zip(examples.items(), hits_of(examples)):
+            self.assertIn(wanted, names[:3], query)
+
+    def test_guides_members_and_records_are_found(self):
+        examples = {"libabigail": "Compatibility: How it is enforced", "lru": "cookbook/lru_cache.c", "glib": "comparison/words_glib.c",
+                    "tutorial sorting": "Tutorial: Sorting", "mub::string c_str": "mub::string::c_str",
+                    "basic_hash emplace": "mub::basic_hash::emplace", "btree_cursor": "mub_btree_cursor", "mub_hash": "mub_hash"}
+        for (query, wanted), names in zip(examples.items(), hits_of(examples)):
+            self.assertIn(wanted, names[:2], query)
+
     def test_nonsense_finds_nothing(self):
         self.ask("qqqqzzzz")
         self.assertEqual([], self.hits())
@@ -170,7 +218,7 @@ class Browser(unittest.TestCase):
         everywhere = self.count()
         self.choose("search-module", "hash")
         self.assertLess(self.count(), everywhere)
-        self.assertTrue(all(name.startswith("mub_hash_") for name in self.hits()))
+        self.assertTrue(all(name.startswith("mub_hash") for name in self.hits()))
         self.ask("")
         self.assertEqual(sum(row[1] == "hash" for row in rows), self.count())
         for value, allocates in (("yes", True), ("no", False)):
@@ -203,7 +251,7 @@ class Browser(unittest.TestCase):
         self.ask("hash")
         self.assertTrue(self.panel_shown())
         self.assertEqual("combobox", self.input.get_attribute("role"))
-        self.assertEqual("Search functions", self.input.accessible_name)
+        self.assertEqual("Search", self.input.accessible_name)
         count = driver.find_element(By.ID, "search-count")
         self.assertEqual("polite", count.get_attribute("aria-live"))
         for id_, name in (("search-module", "Module"), ("search-allocates", "May allocate")):
@@ -230,6 +278,17 @@ class Browser(unittest.TestCase):
             picture = driver.find_element(By.CSS_SELECTOR, "figure img")
             self.assertGreater(int(picture.get_attribute("naturalWidth")), 300)
             self.assertTrue(picture.get_attribute("alt"))
+
+
+def hits_of(queries):
+    """The names that each query finds, without typing it."""
+    return driver.execute_script("""
+        const input = document.getElementById("search");
+        return arguments[0].map((query) => {
+          input.value = query;
+          input.dispatchEvent(new Event("input"));
+          return Array.from(document.querySelectorAll("#hits a > code"), (name) => name.textContent);
+        });""", list(queries))
 
 
 def resize(size):

@@ -4,8 +4,7 @@
     docs/build.py --pages PAGES --work WORK --mubdex PROGRAM --library LIBMUB
 
 Doxygen reads the public headers, and files that this script writes: the README, the guides, the examples, and
-pictures that mubdex draws from live containers. The index of the search box uses the URLs of Doxygen's tag
-file.
+pictures that mubdex draws from live containers. The index of the search box is made from Doxygen's XML.
 """
 
 import argparse
@@ -16,7 +15,6 @@ import re
 import shutil
 import subprocess
 import sys
-import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -25,6 +23,7 @@ sys.path[:0] = [str(ROOT / "tools")]
 
 import api_calls  # noqa: E402
 import api_reader  # noqa: E402
+import search_index  # noqa: E402
 from symbol_map import version_text  # noqa: E402
 from tidy import tidy  # noqa: E402
 
@@ -54,7 +53,14 @@ def readme_page(modules):
         names = [f"[{name}](@ref {name})" if name in modules else name for name in match.group(1).split(", ")]
         return f"| {', '.join(names)} |"
     text = re.sub(r"^\| ([\w, ]+) \|(?= `)", row, (ROOT / "README.md").read_text(), flags=re.MULTILINE)
-    return re.sub(r"\]\(docs/(\w+)\.md\)", r"](@ref \1)", text)
+    return with_anchors(re.sub(r"\]\(docs/(\w+)\.md\)", r"](@ref \1)", text), "index")
+
+
+def with_anchors(text, page):
+    """A guide whose sections have anchors."""
+    def heading(match):
+        return f"{match.group()} {{#{page}_{re.sub('[^a-z0-9]+', '_', match.group(1).lower()).strip('_')}}}"
+    return re.sub(r"^###? (.*)$", heading, text, flags=re.MULTILINE)
 
 
 def guides():
@@ -69,7 +75,7 @@ def guide_page(name):
     """The guide, with its file name as its page name, and links to the pages of examples."""
     text = (ROOT / f"docs/{name}.md").read_text()
     text = re.sub(r"\]\(\.\./(examples/[\w./]+)\)", lambda match: f"]({example_url(ROOT / match.group(1))})", text)
-    return re.sub(r"^# ([^{\n]*).*", rf"# \1 {{#{name}}}", text, count=1)
+    return with_anchors(re.sub(r"^# ([^{\n]*).*", rf"# \1 {{#{name}}}", text, count=1), name)
 
 
 # ---- examples ----
@@ -162,30 +168,6 @@ def drawn(module, out, mubdex):
             f"<figcaption>{html.escape(caption)}</figcaption></figure>@endhtmlonly\n*/\n")
 
 
-# ---- the index of the search box ----
-
-def places(tag_file):
-    """{name: URL} of everything in Doxygen's tag file."""
-    found = {}
-    for compound in ElementTree.parse(tag_file).getroot().iter("compound"):
-        for member in compound.iter("member"):
-            if compound.get("kind") == "group":
-                found[member.findtext("name")] = f'{member.findtext("anchorfile")}#{member.findtext("anchor")}'
-        if compound.get("kind") == "struct":
-            found[compound.findtext("name")] = compound.findtext("filename")
-    return found
-
-
-def search_index(functions, tag_file):
-    """One row per function: name, module, URL, summary, and whether it may allocate."""
-    url = places(tag_file)
-    missing = [function["name"] for function in functions if function["name"] not in url]
-    if missing:
-        sys.exit(f"docs/build.py: no documentation found for {', '.join(missing)}")
-    return [[function["name"], function["module"], url[function["name"]], function["summary"], function["may_allocate"]]
-            for function in functions]
-
-
 # ---- main ----
 
 def write_input(modules, work, out, mubdex):
@@ -229,9 +211,14 @@ def main():
     for path in pages.glob("*.html"):
         path.write_text(tidy(path.read_text()))
 
-    rows = search_index(interface["functions"], work / "mub.tag")
+    try:
+        rows = search_index.rows(work / "xml", pages, {one["name"]: one["may_allocate"] for one in interface["functions"]})
+    except RuntimeError as fault:
+        sys.exit(f"docs/build.py: {fault}")
+    synonyms = search_index.synonyms(ROOT / "docs/synonyms.txt")
     (pages / "api-index.js").write_text(
-        "window.MUB_INDEX = [\n" + ",\n".join(json.dumps(row, ensure_ascii=False) for row in rows) + "\n];\n")
+        "window.MUB_INDEX = [\n" + ",\n".join(json.dumps(row, ensure_ascii=False) for row in rows) + "\n];\n"
+        f"window.MUB_SYNONYMS = {json.dumps(synonyms)};\n")
     shutil.copy(ROOT / "docs/search.js", pages)
 
 

@@ -1,16 +1,29 @@
-// The search box: finds functions by name and summary, and tolerates typos.
+// The search box: finds functions, records, C++ members, guides and examples by name and text, and tolerates
+// typos. build.py writes their index, and the words of other libraries (synonyms.txt).
 "use strict";
 
 (() => {
   const SHOWN = 60;
   const LEAST = 0.5; // names this similar to the query are found even if one of its words matches nothing
 
-  const functions = window.MUB_INDEX.map(([name, module, url, summary, allocates]) => ({
+  const OTHERS = 0.9; // the weight of what is not a function
+
+  const wordsOf = (text) => text.toLowerCase().split(/[^a-z0-9]+/).filter((word) => word !== "" && word !== "mub");
+  const entries = window.MUB_INDEX.map(([name, module, url, summary, allocates, text]) => ({
     name, module, url, allocates,
     summary,
-    words: name.replace(/^mub_/, "").split("_"),
-    described: [...new Set(summary.toLowerCase().match(/[a-z0-9]{3,}/g) || [])],
+    weight: allocates === null ? OTHERS : 1,
+    words: wordsOf(name),
+    described: [...new Set(wordsOf(`${summary} ${text ?? ""}`).filter((word) => word.length > 2))],
   }));
+
+  // The query, and the queries with a word of another library replaced by one of ours; that comes last, after the
+  // module, as it does in names.
+  function phrasings(query) {
+    const asked = ` ${wordsOf(query).join(" ")} `;
+    const found = Object.entries(window.MUB_SYNONYMS).filter(([foreign]) => asked.includes(` ${foreign} `));
+    return [asked, ...found.flatMap(([foreign, ours]) => ours.map((words) => asked.replace(` ${foreign} `, " ") + words))];
+  }
 
   // The edit distance: letters added, removed, changed, or exchanged with a neighbour.
   function distance(a, b) {
@@ -41,7 +54,7 @@
 
   // The similarity to each word is computed only once per query, as many names share their words.
   function scorer(query) {
-    const asked = query.toLowerCase().split(/[^a-z0-9]+/).filter((word) => word !== "" && word !== "mub");
+    const asked = wordsOf(query);
     const whole = asked.join("_");
     const known = asked.map(() => new Map());
     const best = (i, words) => Math.max(0, ...words.map((word) => {
@@ -59,8 +72,9 @@
   }
 
   function find(query, module, allocates) {
-    const score = scorer(query);
-    return functions
+    const scorers = phrasings(query).map(scorer);
+    const score = (f) => f.weight * Math.max(...scorers.map((score) => score(f)));
+    return entries
       .filter((f) => (!module || f.module === module) && (!allocates || f.allocates === (allocates === "yes")))
       .map((f) => ({f, score: score(f)}))
       .filter((hit) => hit.score > 0)
@@ -110,7 +124,7 @@
   function update() {
     const found = find(input.value, byModule.value, byAllocates.value);
     list.replaceChildren(...found.slice(0, SHOWN).map(row));
-    count.textContent = found.length === 1 ? "1 function" : `${found.length} functions`;
+    count.textContent = found.length === 1 ? "1 result" : `${found.length} results`;
     open(true);
     activate(0);
     list.scrollTop = 0;
@@ -155,7 +169,7 @@
     update();
   });
 
-  for (const module of [...new Set(functions.map((f) => f.module))].sort()) byModule.add(new Option(module, module));
+  for (const module of [...new Set(entries.map((f) => f.module))].sort()) byModule.add(new Option(module, module));
   input.form.hidden = false;
 
   // The contents at the side: open if the window is wide enough, with the current page marked.
