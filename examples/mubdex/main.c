@@ -127,9 +127,8 @@ static double seconds_since(const struct timespec *start) {
   return (double)(now.tv_sec - start->tv_sec) + (double)(now.tv_nsec - start->tv_nsec) * 1e-9;
 }
 
-static int print(const mub_string *out) {
-  const size_t length = (size_t)out->length;
-  const bool printed = length == 0 || fwrite(out->data, 1, length, stdout) == length;
+static int print(const char *text, int64_t length) {
+  const bool printed = length == 0 || fwrite(text, 1, (size_t)length, stdout) == (size_t)length;
   return printed && fflush(stdout) == 0 ? EXIT_DONE : fail("standard output", strerror(errno));
 }
 
@@ -206,7 +205,7 @@ static int print_answer(program *state, const mubdex_options *options, double se
   mub_string out;
   mub_string_init(&out);
   const bool made = answer(state, options, seconds, &out);
-  const int status = made ? print(&out) : fail("report", reason_of(RESULT_NO_MEMORY));
+  const int status = made ? print(out.data, out.length) : fail("report", reason_of(RESULT_NO_MEMORY));
   mub_string_term(&out);
   return status;
 }
@@ -236,7 +235,7 @@ static int check_argument(program *state, const mubdex_options *options) {
     return usage_error("not a range A..B:", argument);
   }
   if (options->task == TASK_DOT && dot_picture(argument) == NULL) {
-    return usage_error("unknown picture", argument);
+    return usage_error("unknown picture:", argument);
   }
   if (options->task != TASK_QUERY || query_parse(&state->query, argument)) return EXIT_DONE;
   if (state->query.expected == NULL) return fail("query", reason_of(RESULT_NO_MEMORY));
@@ -255,7 +254,8 @@ int main(int argc, char **argv) {
   mubdex_options options;
   const int parsed = parse_options(argc, argv, &options);
   if (parsed != EXIT_DONE) return parsed;
-  if (options.task == TASK_HELP) return print_usage(), EXIT_DONE;
+  if (options.task == TASK_HELP) return print(HELP, (int64_t)strlen(HELP));
+  if (options.task == TASK_VERSION) return print(VERSION, (int64_t)strlen(VERSION));
   if (options.file_count == 0 && options.load == NULL) {
     options.files = default_files;
     options.file_count = 1;

@@ -277,14 +277,22 @@ class Mubdex(unittest.TestCase):
         for arguments in ("--bogus",), ("--load",), ("-x",), ("--lines", "a b"), ("--lines", ""), \
                 ("--lines", "a", "--json"), ("--query",), ("--range", "a.b"), ("--dot", "heap"), ("--outline", "--query", "a"):
             result = run(*arguments)
-            self.assertEqual(result.returncode, 2)
-            self.assertIn(b"usage: mubdex", result.stderr)
+            self.assertEqual((result.returncode, result.stdout), (2, b""))
+            self.assertRegex(result.stderr, rb"^[^\n]+\nusage: mubdex [^\n]+\n$")
+
+    def test_options_may_be_abbreviated_and_follow_the_files(self):
+        text = self.path("text.txt", b"free software")
+        self.assertEqual(run("--li", "free", text).stdout, b"1:free software\n")
+        self.assertEqual(run("--", "-h").returncode, 1)  # there is no such file
+        self.assertEqual(run(text, "--lines=free").stdout, b"1:free software\n")
+        self.assertRegex(run("--version", "--json").stdout, rb"^mubdex \d+\.\d+\.\d+\n$")
+        self.assertEqual(run("-h").stdout, run("--help", "no/such/file").stdout)
         self.assertEqual(run("--help").returncode, 0)
 
     def test_manual_page_has_every_option(self):
         with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "mubdex.1"), encoding="utf-8") as page:
-            documented = set(re.findall(r"^\.It Fl \\-(\w+)", page.read(), re.MULTILINE))
-        options = set(re.findall(r"^  --(\w+)", run("--help").stdout.decode(), re.MULTILINE))
+            documented = set(re.findall(r"^\.It .*Fl \\-(\w+)", page.read(), re.MULTILINE))
+        options = set(re.findall(r"^  .*?--(\w+)", run("--help").stdout.decode(), re.MULTILINE))
         self.assertGreater(len(options), 5)
         self.assertEqual(options - documented, set())
 

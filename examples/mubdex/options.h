@@ -7,7 +7,6 @@ enum { EXIT_DONE = 0, EXIT_FAILED = 1, EXIT_USAGE = 2 };
 /* What to print. */
 typedef enum task {
   TASK_REPORT,
-  TASK_HELP,
   TASK_JSON,
   TASK_TEMPLATE,
   TASK_LINES,
@@ -15,7 +14,9 @@ typedef enum task {
   TASK_RANGE,
   TASK_OUTLINE,
   TASK_QUERY,
-  TASK_DOT
+  TASK_DOT,
+  TASK_HELP,
+  TASK_VERSION
 } task;
 
 typedef struct mubdex_options {
@@ -28,13 +29,14 @@ typedef struct mubdex_options {
   int file_count;
 } mubdex_options;
 
-/* Parses the options and moves the file names to the front of argv. Returns EXIT_DONE, or EXIT_USAGE after an
- * error message. */
+/* Parses the options; argv may be reordered. Returns EXIT_DONE, or EXIT_USAGE after an error message. */
 int parse_options(int argc, char **argv, mubdex_options *options);
 
-void print_usage(void);
+/* The texts of --help and --version. */
+extern const char HELP[];
+extern const char VERSION[];
 
-/* Prints an error message about an argument, and the usage. Returns EXIT_USAGE. */
+/* Prints an error message about an argument, and the usage in one line. Returns EXIT_USAGE. */
 int usage_error(const char *problem, const char *argument);
 
 #endif
