@@ -39,9 +39,8 @@ static bool append_words(const vocabulary *words, const mub_string *first, const
   for (const mub_btree_node *node = mub_btree_cursor_seek(&at, &words->words, first->data, first->length);
        node != NULL; node = mub_btree_cursor_next(&at)) {
     const mub_char word = vocabulary_word(words, node);
-    const word_stats *stats = (const word_stats *)(uintptr_t)node->value;
     if (is_past(&word, last)) break;
-    format_word(line, &word, stats->count);
+    format_word(line, &word, node->value);
     if (!append_line(out, line)) return false;
   }
   return true;

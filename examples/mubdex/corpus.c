@@ -5,8 +5,6 @@
 #include <string.h>
 #include <sys/stat.h>
 
-enum { READ_BLOCK_BYTES = 1 << 16 };
-
 bool corpus_init(corpus *texts) {
   mub_stream_init(&texts->bytes);
   mub_arrayx_init(&texts->line_ends, 0);
@@ -40,26 +38,6 @@ bool corpus_has_file(const corpus *texts, const char *name) {
   return mub_hasht_find(&texts->files, key.words) != 0;
 }
 
-mubdex_result read_file(mub_stream *bytes, FILE *file, progress_fn progress) {
-  const int64_t start = bytes->length;
-  for (;;) {
-    const int64_t length = bytes->length;
-    if (!mub_stream_expand(bytes, length + READ_BLOCK_BYTES)) return RESULT_NO_MEMORY;
-    const size_t got = fread(bytes->data + length, 1, READ_BLOCK_BYTES, file);
-    /* mub_stream_shrink also increases the length, here to include the bytes just read. */
-    mub_stream_shrink(bytes, length + (int64_t)got);
-    if (ferror(file)) return RESULT_READ_ERROR;
-    if (feof(file)) return RESULT_OK;
-    if (progress != NULL) progress(bytes->length - start);
-  }
-}
-
-/* Ends the last line if the text does not. Reading up to the end of the file has left room for the
- * newline. */
-static void end_last_line(mub_stream *bytes, int64_t start) {
-  if (bytes->length > start && bytes->data[bytes->length - 1] != '\n') mub_stream_append(bytes, "\n", 1);
-}
-
 /* Appends the ends of the lines from `start` on. */
 static bool cut_lines(corpus *texts, int64_t start) {
   const uint64_t text = (uint64_t)texts->texts.count - 1;
@@ -86,16 +64,28 @@ static bool add_text(corpus *texts, const char *name, const file_key *key) {
   return mub_hasht_insert(&texts->files, key->words, (uint64_t)names->count) != 0;
 }
 
-mubdex_result corpus_add(corpus *texts, const char *name, FILE *file, progress_fn progress) {
+mubdex_result corpus_add_file(corpus *texts, const char *name, FILE *file) {
   struct stat status;
   if (fstat(fileno(file), &status) != 0) return RESULT_READ_ERROR;
   const file_key key = key_of(&status);
-  if (mub_hasht_find(&texts->files, key.words)) return RESULT_OK;
+  if (mub_hasht_find(&texts->files, key.words)) return RESULT_KNOWN;
+  return add_text(texts, name, &key) ? RESULT_OK : RESULT_NO_MEMORY;
+}
+
+/* Ends the last line if the text does not. */
+static bool end_last_line(mub_stream *bytes, int64_t start) {
+  if (bytes->length == start || bytes->data[bytes->length - 1] == '\n') return true;
+  if (!mub_stream_expand(bytes, bytes->length + 1)) return false;
+  mub_stream_append(bytes, "\n", 1);
+  return true;
+}
+
+mubdex_result corpus_read(corpus *texts, reader *in) {
   const int64_t start = texts->bytes.length;
-  const mubdex_result result = read_file(&texts->bytes, file, progress);
+  mubdex_result result = RESULT_OK;
+  while (result == RESULT_OK && !reader_at_end(in)) result = reader_next(in, &texts->bytes);
   if (result != RESULT_OK) return result;
-  end_last_line(&texts->bytes, start);
-  return add_text(texts, name, &key) && cut_lines(texts, start) ? RESULT_OK : RESULT_NO_MEMORY;
+  return end_last_line(&texts->bytes, start) && cut_lines(texts, start) ? RESULT_OK : RESULT_NO_MEMORY;
 }
 
 int64_t corpus_line_count(const corpus *texts) { return texts->line_ends.count; }

@@ -1,4 +1,4 @@
-/* The texts that mubdex has read, and their line ends. */
+/* The texts that mubdex has read and, if they are needed, their lines. */
 #ifndef MUBDEX_CORPUS_H
 #define MUBDEX_CORPUS_H
 
@@ -6,6 +6,7 @@
 #include <stdbool.h>
 #include <stdio.h>
 
+#include "reader.h"
 #include "result.h"
 
 typedef struct corpus {
@@ -15,20 +16,16 @@ typedef struct corpus {
   mub_hasht files;      /* the device and inode of a file → 1 plus the number of its text */
 } corpus;
 
-/* Called from time to time while a file is read, with the bytes read so far. */
-typedef void (*progress_fn)(int64_t bytes_read);
-
-/* Appends a file, from its current position to its end. */
-mubdex_result read_file(mub_stream *bytes, FILE *file, progress_fn progress);
-
 bool corpus_init(corpus *texts);
 void corpus_term(corpus *texts);
 
-/* Reads a file to its end and splits it into lines. A file that was read before, under any name, adds
- * nothing. */
-mubdex_result corpus_add(corpus *texts, const char *name, FILE *file, progress_fn progress);
+/* Adds a text without lines. RESULT_KNOWN if the file was added before, under any name. */
+mubdex_result corpus_add_file(corpus *texts, const char *name, FILE *file);
 
-/* Whether `name` is one of the files that were read. */
+/* Reads the text that was added last, and splits it into lines. */
+mubdex_result corpus_read(corpus *texts, reader *in);
+
+/* Whether `name` is one of the files that were added. */
 bool corpus_has_file(const corpus *texts, const char *name);
 
 /* A view of a line without its newline. Lines are numbered from 0 through all texts. The bytes remain in the

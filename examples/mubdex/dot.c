@@ -89,14 +89,15 @@ static int64_t chain_length(const mub_hash *words, int64_t bucket) {
   return length;
 }
 
-static void draw_chain(drawing *d, const mub_hash *words, int64_t bucket) {
+static void draw_chain(drawing *d, const word_index *index, int64_t bucket) {
+  const mub_hash *words = &index->words;
   const mub_hash_entry *entry = (const mub_hash_entry *)(uintptr_t)words->buckets.items[bucket];
   draw(d, "  buckets:b%lld:e", (long long)bucket);
   for (int i = 0; entry != NULL && i < MAX_CHAIN; i++, entry = entry->next) {
     const char *key = (const char *)words->keys.data + entry->key_offset;
     const mub_char word = {(char *)(uintptr_t)key, entry->key_length};
     draw(d, " -> e%d\n  e%d [class=entry label=<%s", d->nodes, d->nodes, ENTRY_CELLS);
-    draw_word(d, word, entry_stats(entry)->count, "");
+    draw_word(d, word, entry_count(index, entry), "");
     draw(d, "</TABLE>>]\n  e%d", d->nodes++);
   }
   const int64_t left_out = chain_length(words, bucket) - MAX_CHAIN;
@@ -130,7 +131,7 @@ static bool draw_hash(const word_index *index, mub_string *out) {
        (long long)words->keys.length);
   draw_buckets(&d, words, drawn);
   for (int64_t i = 0; i < drawn; i++) {
-    if (words->buckets.items[i] != 0) draw_chain(&d, words, i);
+    if (words->buckets.items[i] != 0) draw_chain(&d, index, i);
   }
   draw(&d, "}\n");
   return d.is_whole;
@@ -151,7 +152,7 @@ static void draw_leaf(drawing *d, const vocabulary *v, const mub_btree_entry *le
        ENTRY_CELLS);
   for (int64_t i = 0; i < leaf->children.count; i++) {
     const mub_btree_node *record = record_at(leaf, i);
-    draw_word(d, vocabulary_word(v, record), ((const word_stats *)(uintptr_t)record->value)->count, "");
+    draw_word(d, vocabulary_word(v, record), record->value, "");
   }
   draw(d, "</TABLE>>]\n");
   d->nodes++;
@@ -262,13 +263,13 @@ static void draw_chunks(drawing *d, const vocabulary *v) {
   draw(d, "</TABLE>>]\n");
 }
 
-/* Removed words return their blocks to the pool; the values belong to the index. */
+/* Removed words return their blocks to the pool. */
 static void remove_rare_words(vocabulary *v, const word_index *index) {
   const mub_hash *words = &index->words;
   int64_t bucket;
   for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
        entry = mub_hash_entry_next(words, &bucket, entry)) {
-    if (entry_stats(entry)->count > 1) continue;
+    if (entry_count(index, entry) > 1) continue;
     mub_btree_remove(&v->words, words->keys.data + entry->key_offset, entry->key_length);
   }
 }

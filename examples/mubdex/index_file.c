@@ -23,10 +23,10 @@ static int64_t body_bytes(const word_index *index, const mub_array *by_word) {
   for (int64_t i = 0; i < by_word->count; i++) {
     const char *word;
     int64_t length;
-    const word_stats *stats = (const word_stats *)(uintptr_t)mub_array_get_at(by_word, i, &word, &length);
+    const uint64_t count = mub_array_get_at(by_word, i, &word, &length);
     if (length > MAX_WORD_BYTES) return -1;
     size += mub_stream_deflate_dword_length((uint32_t)length) + length;
-    size += mub_stream_deflate_lword_length(stats->count);
+    size += mub_stream_deflate_lword_length(count);
   }
   return size;
 }
@@ -47,10 +47,10 @@ static bool write_all(const word_index *index, const mub_array *by_word, mub_str
   for (int64_t i = 0; i < by_word->count; i++) {
     const char *word;
     int64_t length;
-    const word_stats *stats = (const word_stats *)(uintptr_t)mub_array_get_at(by_word, i, &word, &length);
+    const uint64_t count = mub_array_get_at(by_word, i, &word, &length);
     mub_stream_deflate_dword(out, &position, (uint32_t)length);
     mub_stream_set_buffer(out, &position, word, length);
-    mub_stream_deflate_lword(out, &position, stats->count);
+    mub_stream_deflate_lword(out, &position, count);
   }
   mub_stream_set_dword(out, &position, mub_stream_crc32(out->data + start, end - start));
   return true;
@@ -96,24 +96,9 @@ static mubdex_result read_words(word_index *index, const mub_stream *in) {
   return consistent ? RESULT_OK : RESULT_DAMAGED;
 }
 
-static bool add_all(word_index *index, const word_index *more) {
-  int64_t bucket;
-  for (const mub_hash_entry *entry = mub_hash_entry_first(&more->words, &bucket); entry != NULL;
-       entry = mub_hash_entry_next(&more->words, &bucket, entry)) {
-    const char *word = (const char *)more->words.keys.data + entry->key_offset;
-    if (!index_add(index, word, entry->key_length, entry_stats(entry)->count)) return false;
-  }
-  return true;
-}
-
 mubdex_result index_load(word_index *index, mub_stream *in) {
-  mubdex_result result = check_frame(in);
+  const mubdex_result result = check_frame(in);
   if (result != RESULT_OK) return result;
   mub_stream_shrink(in, in->length - CRC_BYTES);
-  /* Parse into a separate index first, so that invalid bytes add nothing. */
-  word_index loaded;
-  result = index_init(&loaded) ? read_words(&loaded, in) : RESULT_NO_MEMORY;
-  if (result == RESULT_OK && !add_all(index, &loaded)) result = RESULT_NO_MEMORY;
-  index_term(&loaded);
-  return result;
+  return read_words(index, in);
 }

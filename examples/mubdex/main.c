@@ -21,6 +21,7 @@ static char default_text[] = "/usr/share/common-licenses/GPL-3";
 
 /* The texts and their index. */
 typedef struct program {
+  bool keeps_text; /* whether the task prints lines of the texts */
   corpus texts;
   word_index index;
   query query;
@@ -55,15 +56,25 @@ static void show_progress(int64_t bytes_read) {
 
 static void clear_progress(void) { fputs("\r\033[K", stderr); }
 
-static mubdex_result add_file(program *state, const char *name, FILE *file) {
+static mubdex_result add_text(program *state, const char *name, reader *in) {
+  mubdex_result result = corpus_add_file(&state->texts, name, in->file);
+  if (result != RESULT_OK) return result;
+  if (!state->keeps_text) return index_add_text(&state->index, in);
   const int64_t first_line = corpus_line_count(&state->texts);
+  result = corpus_read(&state->texts, in);
+  if (result != RESULT_OK) return result;
+  return index_add_lines(&state->index, &state->texts, first_line) ? RESULT_OK : RESULT_NO_MEMORY;
+}
+
+static mubdex_result add_file(program *state, const char *name, FILE *file) {
   const bool on_terminal = isatty(STDERR_FILENO) != 0;
-  const mubdex_result result = corpus_add(&state->texts, name, file, on_terminal ? show_progress : NULL);
+  reader in;
+  reader_init(&in, file, on_terminal ? show_progress : NULL);
+  const mubdex_result result = add_text(state, name, &in);
   const int reading_error = errno;
   if (on_terminal) clear_progress();
   errno = reading_error;
-  if (result != RESULT_OK) return result;
-  return index_add_lines(&state->index, &state->texts, first_line) ? RESULT_OK : RESULT_NO_MEMORY;
+  return result == RESULT_KNOWN ? RESULT_OK : result;
 }
 
 static int read_text(program *state, const char *name) {
@@ -81,7 +92,7 @@ static int load_index(word_index *index, const char *name) {
   if (file == NULL) return fail(name, strerror(errno));
   mub_stream bytes;
   mub_stream_init(&bytes);
-  mubdex_result result = read_file(&bytes, file, NULL);
+  mubdex_result result = read_file(&bytes, file);
   if (result == RESULT_OK) result = index_load(index, &bytes);
   const int status = result == RESULT_OK ? EXIT_DONE : fail(name, reason_of(result));
   mub_stream_term(&bytes);
@@ -249,6 +260,11 @@ static int start(program *state, const mubdex_options *options) {
   return checked == EXIT_DONE ? run(state, options) : checked;
 }
 
+/* Whether the task looks up the lines of words. */
+static bool needs_lines(const mubdex_options *options) {
+  return options->task == TASK_LINES || options->task == TASK_QUERY;
+}
+
 int main(int argc, char **argv) {
   char *default_files[] = {default_text};
   mubdex_options options;
@@ -261,8 +277,9 @@ int main(int argc, char **argv) {
     options.file_count = 1;
   }
   program state;
+  state.keeps_text = needs_lines(&options) || options.task == TASK_OUTLINE;
   const bool has_texts = corpus_init(&state.texts);
-  const bool has_index = index_init(&state.index);
+  const bool has_index = index_init(&state.index, needs_lines(&options));
   const bool has_query = query_init(&state.query);
   const int status = has_texts && has_index && has_query ? start(&state, &options)
                                                          : fail("index", reason_of(RESULT_NO_MEMORY));

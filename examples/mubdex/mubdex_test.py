@@ -95,6 +95,13 @@ class Mubdex(unittest.TestCase):
         content = report("-", text=b"End " + word + b" " + word + b"y end")
         self.assertEqual([(top["count"], len(top["word"])) for top in content["top"]], [(2, 3), (1, 200_000), (1, 200_001)])
 
+        for spaces in range(65530, 65540):  # around the end of a block
+            self.assertEqual([top["word"] for top in report("-", text=b" " * spaces + b"word\n")["top"]], ["word"])
+
+    def test_a_count_keeps_one_entry_per_word_and_no_lines(self):
+        words = [a + b + c for a in "abcdefghijklmnop" for b in "abcdefghijklmnop" for c in "abcdefghijklmnop"]
+        self.assertLess(report("-", text="\n".join(words * 9).encode())["bytes_per_word"], 64)
+
     def test_json_replaces_invalid_utf8(self):
         top = report("-", text=b"ok \xff\xc3 gr\xc3\xb6\xc3\x9fe \xed\xa0\x80")["top"]
         self.assertEqual([t["word"] for t in top], ["gr\u00f6\u00dfe", "ok", "\ufffd\ufffd\ufffd", "\ufffd\ufffd"])
@@ -251,6 +258,9 @@ class Mubdex(unittest.TestCase):
         with open(path, "rb") as first, open(again, "rb") as second:
             self.assertEqual(first.read(), second.read())
         self.assertEqual(report("--load", path, TEXT)["words"], 2 * fresh["words"])
+        for task in ("--lines", "free"), ("--query", "free"), ("--outline",):  # which keep the text
+            run(*task, "--load", path, "--save", again, TEXT)
+            self.assertEqual(report("--load", again)["words"], 2 * fresh["words"])
 
     def test_every_truncation_and_every_flipped_byte_is_refused(self):
         content = self.saved(b"to be or not to be that is the question")

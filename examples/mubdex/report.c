@@ -16,7 +16,7 @@ typedef struct word_ref {
 static word_ref word_at(const word_index *index, const mub_arrays *by_count, int64_t i) {
   const mub_hash_entry *entry = (const mub_hash_entry *)(uintptr_t)mub_arrays_get_at(by_count, i);
   char *keys = (char *)index->words.keys.data;
-  return (word_ref){{keys + entry->key_offset, entry->key_length}, entry_stats(entry)->count};
+  return (word_ref){{keys + entry->key_offset, entry->key_length}, entry_count(index, entry)};
 }
 
 static int64_t top_count(const mub_arrays *by_count) {

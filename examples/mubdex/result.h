@@ -4,6 +4,7 @@
 
 typedef enum mubdex_result {
   RESULT_OK,
+  RESULT_KNOWN, /* nothing to do: the file was read before */
   RESULT_NO_MEMORY,
   RESULT_READ_ERROR, /* see errno */
   RESULT_TRUNCATED,

@@ -13,7 +13,7 @@ bool vocabulary_fill(vocabulary *v, const word_index *index) {
   for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
        entry = mub_hash_entry_next(words, &bucket, entry)) {
     const uint8_t *word = words->keys.data + entry->key_offset;
-    if (!mub_btree_insert(&v->words, word, entry->key_length, entry->value)) return false;
+    if (!mub_btree_insert(&v->words, word, entry->key_length, entry_count(index, entry))) return false;
   }
   return true;
 }

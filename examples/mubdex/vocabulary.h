@@ -5,7 +5,7 @@
 #include "word_index.h"
 
 typedef struct vocabulary {
-  mub_btree words; /* word → the address of its word_stats, which the index owns */
+  mub_btree words; /* word → its count */
 } vocabulary;
 
 bool vocabulary_init(vocabulary *v);

@@ -2,10 +2,13 @@
 
 #include <string.h>
 
-bool index_init(word_index *index) {
+bool index_init(word_index *index, bool keeps_lines) {
   index->total = 0;
-  mub_hash_init(&index->words, 1, 1);
-  if (index->words.entry_pool == NULL || index->words.value_pool == NULL) return false;
+  index->keeps_lines = keeps_lines;
+  mub_hash_init(&index->words, 1, keeps_lines);
+  if (index->words.entry_pool == NULL) return false;
+  if (!keeps_lines) return true;
+  if (index->words.value_pool == NULL) return false;
   /* The library does not know the size of the values: set the block size of the value pool before the first
    * block is allocated. */
   index->words.value_pool->block_size = sizeof(word_stats);
@@ -18,26 +21,39 @@ static void release_stats(uint64_t value) { mub_arrayt_term(&stats_at(value)->li
 
 /* The table releases the blocks of its values; this releases what they own. */
 void index_term(word_index *index) {
-  mub_hash_free_all(&index->words, release_stats);
+  if (index->keeps_lines) mub_hash_free_all(&index->words, release_stats);
   mub_hash_term(&index->words);
 }
 
-const word_stats *entry_stats(const mub_hash_entry *entry) { return stats_at(entry->value); }
-
-/* The block may be reused, so initialise all of it. */
-static void clear_stats(uint64_t value) {
-  stats_at(value)->count = 0;
-  stats_at(value)->line_count = 0;
-  mub_arrayt_init(&stats_at(value)->lines);
+uint64_t entry_count(const word_index *index, const mub_hash_entry *entry) {
+  return index->keeps_lines ? stats_at(entry->value)->count : entry->value;
 }
 
-static word_stats *add_count(word_index *index, const char *word, int64_t length, uint64_t count) {
-  uint64_t value;
-  mub_hash_set(&index->words, word, length, &value, clear_stats);
-  if (value == 0) return NULL;
-  stats_at(value)->count += count;
+static word_stats *new_stats(mub_pool *pool) {
+  word_stats *stats = mub_pool_new(pool);
+  if (stats == NULL) return NULL;
+  /* The block may be reused, so initialise all of it. */
+  stats->count = 0;
+  stats->line_count = 0;
+  stats->last_line = 0;
+  mub_arrayt_init(&stats->lines);
+  return stats;
+}
+
+/* The entry of a word, whose count increases; NULL if memory runs out. */
+static mub_hash_entry *add_count(word_index *index, const char *word, int64_t length, uint64_t count) {
+  mub_hash_entry *entry;
+  mub_hash_entry_set(&index->words, word, length, &entry);
+  if (entry == NULL) return NULL;
   index->total += count;
-  return stats_at(value);
+  if (!index->keeps_lines) {
+    entry->value += count;
+    return entry;
+  }
+  if (entry->value == 0) entry->value = (uint64_t)(uintptr_t)new_stats(index->words.value_pool);
+  if (entry->value == 0) return NULL;
+  stats_at(entry->value)->count += count;
+  return entry;
 }
 
 bool index_add(word_index *index, const char *word, int64_t length, uint64_t count) {
@@ -73,35 +89,49 @@ bool fold_word(const char *word, int64_t length, mub_string *folded) {
   return true;
 }
 
-/* While the lines are read, their words are collected in one list, which grows without moving its content:
- * the address of a word's stats, then the line. Afterwards the array of each word is allocated once, in its
- * final size. */
-typedef struct line_list {
-  mub_listx pairs;
-  mub_string folded; /* a buffer for words in lower case, reused for each word */
-} line_list;
-
 /* Adds a line to a word, unless it was just added. False if memory runs out. */
-static bool append_line(line_list *list, word_stats *stats, uint64_t line) {
+static bool append_line(mub_listx *pairs, word_stats *stats, uint64_t line) {
   if (stats->line_count > 0 && stats->last_line == line) return true;
   stats->line_count++;
   stats->last_line = line;
-  return mub_listx_add_tail(&list->pairs, (uint64_t)(uintptr_t)stats) != NULL &&
-         mub_listx_add_tail(&list->pairs, line) != NULL;
+  return mub_listx_add_tail(pairs, (uint64_t)(uintptr_t)stats) != NULL &&
+         mub_listx_add_tail(pairs, line) != NULL;
 }
 
-static bool add_words(word_index *index, mub_char rest, uint64_t line, line_list *list) {
+/* What is needed while texts are read. The lines of all words are collected in one list, which grows without
+ * moving its content: the address of a word's stats, then the line. Afterwards the array of each word is
+ * allocated once, in its final size. */
+typedef struct collector {
+  mub_string folded; /* a buffer for text in lower case */
+  mub_listx pairs;
+} collector;
+
+static bool collector_init(collector *c) {
+  mub_string_init(&c->folded);
+  mub_listx_init(&c->pairs, 1, 0);
+  return c->pairs.entry_pool != NULL;
+}
+
+static void collector_term(collector *c) {
+  mub_listx_term(&c->pairs);
+  mub_string_term(&c->folded);
+}
+
+static bool add_words(word_index *index, const mub_char *text, uint64_t line, collector *c) {
+  if (mub_char_is_empty(text)) return true; /* nothing may be allocated, and there is no address to advance */
+  if (!fold_word(text->data, text->length, &c->folded)) return false;
+  mub_char rest = {c->folded.data, c->folded.length};
   mub_char word;
   while (next_word(&rest, &word)) {
-    if (!fold_word(word.data, word.length, &list->folded)) return false;
-    word_stats *stats = add_count(index, list->folded.data, list->folded.length, 1);
-    if (stats == NULL || !append_line(list, stats, line)) return false;
+    const mub_hash_entry *entry = add_count(index, word.data, word.length, 1);
+    if (entry == NULL) return false;
+    if (index->keeps_lines && !append_line(&c->pairs, stats_at(entry->value), line)) return false;
   }
   return true;
 }
 
-static bool store_lines(const line_list *list) {
-  for (const mub_listx_block *block = list->pairs.head; block != NULL; block = block->next) {
+static bool store_lines(const mub_listx *pairs) {
+  for (const mub_listx_block *block = pairs->head; block != NULL; block = block->next) {
     for (int64_t i = 0; i < block->count; i += 2) {
       word_stats *stats = stats_at(block->values[i]);
       if (!mub_arrayt_expand(&stats->lines, stats->line_count)) return false;
@@ -112,17 +142,46 @@ static bool store_lines(const line_list *list) {
 }
 
 bool index_add_lines(word_index *index, const corpus *texts, int64_t first_line) {
-  line_list list;
-  mub_string_init(&list.folded);
-  mub_listx_init(&list.pairs, 1, 0);
-  bool added = list.pairs.entry_pool != NULL;
+  collector c;
+  bool added = collector_init(&c);
   for (int64_t line = first_line; added && line < corpus_line_count(texts); line++) {
-    added = add_words(index, corpus_line(texts, line), (uint64_t)line, &list);
+    const mub_char text = corpus_line(texts, line);
+    added = add_words(index, &text, (uint64_t)line, &c);
   }
-  added = added && store_lines(&list);
-  mub_listx_term(&list.pairs);
-  mub_string_term(&list.folded);
+  added = added && store_lines(&c.pairs);
+  collector_term(&c);
   return added;
+}
+
+/* The end of the last complete word in `text`, whose first `seen` bytes are the start of a word. */
+static int64_t complete_words(const mub_stream *text, int64_t seen) {
+  int64_t end = text->length;
+  while (end > seen && is_word_byte((char)text->data[end - 1])) end--;
+  return end > seen ? end : 0;
+}
+
+/* Counts the words of the next block. The start of a word that continues in the block after it remains in
+ * `block`. */
+static mubdex_result add_block(word_index *index, reader *in, mub_stream *block, collector *c) {
+  const int64_t seen = block->length;
+  const mubdex_result result = reader_next(in, block);
+  if (result != RESULT_OK) return result;
+  const int64_t end = reader_at_end(in) ? block->length : complete_words(block, seen);
+  const mub_char text = {(char *)block->data, end};
+  if (!add_words(index, &text, 0, c)) return RESULT_NO_MEMORY;
+  mub_stream_right(block, block->length - end);
+  return RESULT_OK;
+}
+
+mubdex_result index_add_text(word_index *index, reader *in) {
+  collector c;
+  mub_stream block;
+  mub_stream_init(&block);
+  mubdex_result result = collector_init(&c) ? RESULT_OK : RESULT_NO_MEMORY;
+  while (result == RESULT_OK && !reader_at_end(in)) result = add_block(index, in, &block, &c);
+  mub_stream_term(&block);
+  collector_term(&c);
+  return result;
 }
 
 const word_stats *index_find(const word_index *index, const char *word, int64_t length) {
@@ -163,11 +222,13 @@ static int64_t tail_bytes(const mub_arrayt *lines) {
 int64_t index_bytes(const word_index *index) {
   const mub_hash *words = &index->words;
   int64_t bytes = words->buckets.capacity * (int64_t)sizeof(uint64_t) + words->keys.capacity +
-                  pool_bytes(words->entry_pool) + pool_bytes(words->value_pool);
+                  pool_bytes(words->entry_pool);
+  if (!index->keeps_lines) return bytes;
+  bytes += pool_bytes(words->value_pool);
   int64_t bucket;
   for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
        entry = mub_hash_entry_next(words, &bucket, entry)) {
-    bytes += tail_bytes(&entry_stats(entry)->lines);
+    bytes += tail_bytes(&stats_at(entry->value)->lines);
   }
   return bytes;
 }
@@ -180,21 +241,24 @@ bool index_sort_by_word(const word_index *index, mub_array *by_word) {
   if (!mub_stream_expand(&by_word->keys, words->keys.length)) return false;
   for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
        entry = mub_hash_entry_next(words, &bucket, entry)) {
-    mub_array_append(by_word, words->keys.data + entry->key_offset, entry->key_length, entry->value);
+    const uint64_t count = entry_count(index, entry);
+    mub_array_append(by_word, words->keys.data + entry->key_offset, entry->key_length, count);
   }
   mub_array_qsort(by_word, 1);
   return true;
 }
 
-/* The context is the key stream of the table, which has the bytes of the words. */
+/* The context is the index. */
 static int compare_by_count(uint64_t context, uint64_t item, uint64_t key, uint64_t extra) {
-  const mub_stream *keys = (const mub_stream *)(uintptr_t)context;
+  const word_index *index = (const word_index *)(uintptr_t)context;
+  const uint8_t *keys = index->words.keys.data;
   const mub_hash_entry *a = (const mub_hash_entry *)(uintptr_t)item;
   const mub_hash_entry *b = (const mub_hash_entry *)(uintptr_t)key;
+  const uint64_t a_count = entry_count(index, a);
+  const uint64_t b_count = entry_count(index, b);
   (void)extra;
-  if (entry_stats(a)->count != entry_stats(b)->count)
-    return entry_stats(a)->count > entry_stats(b)->count ? -1 : 1;
-  return mub_mem_cmp(keys->data + a->key_offset, a->key_length, keys->data + b->key_offset, b->key_length);
+  if (a_count != b_count) return a_count > b_count ? -1 : 1;
+  return mub_mem_cmp(keys + a->key_offset, a->key_length, keys + b->key_offset, b->key_length);
 }
 
 bool index_sort_by_count(const word_index *index, mub_arrays *by_count) {
@@ -205,6 +269,6 @@ bool index_sort_by_count(const word_index *index, mub_arrays *by_count) {
        entry = mub_hash_entry_next(words, &bucket, entry)) {
     mub_arrays_append(by_count, (uint64_t)(uintptr_t)entry);
   }
-  mub_arrays_qsort_x(by_count, (uint64_t)(uintptr_t)&words->keys, 1, compare_by_count);
+  mub_arrays_qsort_x(by_count, (uint64_t)(uintptr_t)index, 1, compare_by_count);
   return true;
 }

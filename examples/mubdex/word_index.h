@@ -1,4 +1,4 @@
-/* The index of mubdex: how often each word occurs, and in which lines. */
+/* The index of mubdex: how often each word occurs and, if asked for, in which lines. */
 #ifndef MUBDEX_WORD_INDEX_H
 #define MUBDEX_WORD_INDEX_H
 
@@ -6,9 +6,10 @@
 #include <stdbool.h>
 
 #include "corpus.h"
+#include "reader.h"
 #include "result.h"
 
-/* The data of a word; a block of the table's value pool. */
+/* The data of a word whose lines are kept; a block of the table's value pool. */
 typedef struct word_stats {
   uint64_t count;
   int64_t line_count; /* the number of lines that contain it, and the last of them */
@@ -17,18 +18,24 @@ typedef struct word_stats {
 } word_stats;
 
 typedef struct word_index {
-  mub_hash words; /* word, lower case → address of its word_stats */
-  uint64_t total; /* words read, with repetitions */
+  mub_hash words;   /* word, lower case → its count, or the address of its word_stats */
+  uint64_t total;   /* words read, with repetitions */
+  bool keeps_lines; /* whether the values are addresses */
 } word_index;
 
-bool index_init(word_index *index);
+/* An index that keeps the lines of the words takes several times as much memory. */
+bool index_init(word_index *index, bool keeps_lines);
 void index_term(word_index *index);
 
 /* Adds `count` occurrences of a word. False if memory runs out. */
 bool index_add(word_index *index, const char *word, int64_t length, uint64_t count);
 
-/* Counts the words of the lines from `first_line` on. Words consist of letters and bytes above 127, so UTF-8
- * characters are not split. ASCII letters are converted to lower case. False if memory runs out. */
+/* Counts the words of a text without keeping the text or its lines. Words consist of letters and bytes above
+ * 127, so UTF-8 characters are not split. ASCII letters are converted to lower case. */
+mubdex_result index_add_text(word_index *index, reader *in);
+
+/* The same for the lines from `first_line` on, which the index keeps if it keeps lines. False if memory runs
+ * out. */
 bool index_add_lines(word_index *index, const corpus *texts, int64_t first_line);
 
 /* The length of the word at the start of a view, or 0. */
@@ -37,7 +44,7 @@ int64_t word_at_start(const mub_char *text);
 /* Sets `folded` to a word in lower case. False if memory runs out. */
 bool fold_word(const char *word, int64_t length, mub_string *folded);
 
-/* The data of a word, which may be in upper case; NULL if it does not occur. */
+/* The data of a word, which may be in upper case; NULL if it does not occur. The index keeps lines. */
 const word_stats *index_find(const word_index *index, const char *word, int64_t length);
 
 /* The number of different words, the length of the longest chain, and the bytes allocated by the table. */
@@ -45,16 +52,16 @@ int64_t index_vocabulary(const word_index *index);
 int64_t index_longest_chain(const word_index *index);
 int64_t index_bytes(const word_index *index);
 
-const word_stats *entry_stats(const mub_hash_entry *entry);
+uint64_t entry_count(const word_index *index, const mub_hash_entry *entry);
 
-/* Fills `by_word`, which is initialised and empty, with the words in byte order; each value is the address of
- * the word's word_stats. */
+/* Fills `by_word`, which is initialised and empty, with the words in byte order; each value is the count. */
 bool index_sort_by_word(const word_index *index, mub_array *by_word);
 
 /* The entries of the table by decreasing count; words with the same count in byte order. */
 bool index_sort_by_count(const word_index *index, mub_arrays *by_count);
 
-/* Appends the index to bytes, or adds the index in such bytes to this one. Invalid bytes add nothing. */
+/* Appends the index to bytes, or fills an empty index from such bytes. Invalid bytes may leave some of their
+ * words in the index. */
 bool index_save(const word_index *index, mub_stream *out);
 mubdex_result index_load(word_index *index, mub_stream *in);
 
