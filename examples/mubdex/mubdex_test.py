@@ -98,6 +98,14 @@ class Mubdex(unittest.TestCase):
         for spaces in range(65530, 65540):  # around the end of a block
             self.assertEqual([top["word"] for top in report("-", text=b" " * spaces + b"word\n")["top"]], ["word"])
 
+    def test_the_most_frequent_words_come_first_and_equal_counts_in_byte_order(self):
+        names = [a + b for a in "hgfedcba" for b in "zyxwvu"]
+        for counts in range(1, 49), range(48, 0, -1), [1] * 48, [1 + i * 7 % 5 for i in range(48)], [2] * 20, [3]:
+            words = dict(zip(names, counts))
+            text = " ".join(f"{word} " * count for word, count in words.items()).encode()
+            top = [(top["word"], top["count"]) for top in report("-", text=text)["top"]]
+            self.assertEqual(top, sorted(words.items(), key=lambda word: (-word[1], word[0]))[:20])
+
     def test_a_count_keeps_one_entry_per_word_and_no_lines(self):
         words = [a + b + c for a in "abcdefghijklmnop" for b in "abcdefghijklmnop" for c in "abcdefghijklmnop"]
         self.assertLess(report("-", text="\n".join(words * 9).encode())["bytes_per_word"], 64)

@@ -261,14 +261,17 @@ static int compare_by_count(uint64_t context, uint64_t item, uint64_t key, uint6
   return mub_mem_cmp(keys + a->key_offset, a->key_length, keys + b->key_offset, b->key_length);
 }
 
-bool index_sort_by_count(const word_index *index, mub_arrays *by_count) {
-  const mub_hash *words = &index->words;
+/* Few words of many are ever among the first ones, so most take one comparison, with the last of these. */
+bool index_top(const word_index *index, int64_t limit, mub_arrays *top) {
+  const uint64_t context = (uint64_t)(uintptr_t)index;
   int64_t bucket;
-  if (!mub_arrays_expand(by_count, words->count)) return false;
-  for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
-       entry = mub_hash_entry_next(words, &bucket, entry)) {
-    mub_arrays_append(by_count, (uint64_t)(uintptr_t)entry);
+  if (!mub_arrays_expand(top, limit + 1)) return false;
+  for (const mub_hash_entry *entry = mub_hash_entry_first(&index->words, &bucket); entry != NULL;
+       entry = mub_hash_entry_next(&index->words, &bucket, entry)) {
+    const uint64_t item = (uint64_t)(uintptr_t)entry;
+    if (top->count == limit && compare_by_count(context, mub_arrays_get_last(top), item, 0) < 0) continue;
+    mub_arrays_insert_x(top, context, item, 0, compare_by_count);
+    if (top->count > limit) mub_arrays_shrink(top, limit);
   }
-  mub_arrays_qsort_x(by_count, (uint64_t)(uintptr_t)index, 1, compare_by_count);
   return true;
 }

@@ -57,8 +57,9 @@ uint64_t entry_count(const word_index *index, const mub_hash_entry *entry);
 /* Fills `by_word`, which is initialised and empty, with the words in byte order; each value is the count. */
 bool index_sort_by_word(const word_index *index, mub_array *by_word);
 
-/* The entries of the table by decreasing count; words with the same count in byte order. */
-bool index_sort_by_count(const word_index *index, mub_arrays *by_count);
+/* Fills `top`, which is initialised and empty, with the entries of the most frequent words, at most `limit`,
+ * by decreasing count; words with the same count in byte order. */
+bool index_top(const word_index *index, int64_t limit, mub_arrays *top);
 
 /* Appends the index to bytes, or fills an empty index from such bytes. Invalid bytes may leave some of their
  * words in the index. */
