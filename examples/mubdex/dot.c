@@ -3,7 +3,7 @@
 #include <stdarg.h>
 #include <string.h>
 
-#include "utf8.h"
+#include "unicode.h"
 #include "vocabulary.h"
 
 /* The most that is drawn. */

@@ -72,6 +72,7 @@ static mubdex_result add_file(program *state, const char *name, FILE *file) {
   reader_init(&in, file, on_terminal ? show_progress : NULL);
   const mubdex_result result = add_text(state, name, &in);
   const int reading_error = errno;
+  reader_term(&in);
   if (on_terminal) clear_progress();
   errno = reading_error;
   return result == RESULT_KNOWN ? RESULT_OK : result;

@@ -110,6 +110,28 @@ class Mubdex(unittest.TestCase):
         words = [a + b + c for a in "abcdefghijklmnop" for b in "abcdefghijklmnop" for c in "abcdefghijklmnop"]
         self.assertLess(report("-", text="\n".join(words * 9).encode())["bytes_per_word"], 64)
 
+    def test_utf16_in_both_byte_orders_is_read_like_utf8(self):
+        # Pairs of surrogates lie across the end of a block in one of the long words.
+        text = "Der größte 🂡 zog\nein größter 𝄞; ἀρχή слово \u07ff\u0800\uffff\n" + "🂡" * 50_000 + " " + "🂡" * 50_000 + "\n"
+        mark = "\ufeff"
+        for encoding in "utf-8", "utf-16-le", "utf-16-be":
+            encoded = (mark + text).encode(encoding)
+            self.assertEqual(report("-", text=encoded), report("-", text=text.encode()))
+            lines = run("--lines", "größter", "-", text=encoded).stdout.decode()
+            self.assertEqual(lines, "2:" + text.splitlines(keepends=True)[1])
+            self.assertEqual(report("-", text=mark.encode(encoding))["words"], 0)
+
+        for order in "little", "big":
+            def units(*values, order=order):
+                return b"".join(value.to_bytes(2, order) for value in values)
+
+            damaged = units(0xFEFF, 0xD800, 0x20, 0x61, 0xDC00, 0xD800, 0xDBFF, 0xDFFF, 0x20, 0x62) + b"c"
+            self.assertEqual([top["word"] for top in report("-", text=damaged)["top"]],
+                             ["a\ufffd\ufffd\U0010ffff", "b\ufffd", "\ufffd"])
+        path = self.path("words.txt")
+        run("--utf16", path, TEXT)
+        self.assertEqual(report(path)["vocabulary"], report(TEXT)["vocabulary"])
+
     def test_json_replaces_invalid_utf8(self):
         top = report("-", text=b"ok \xff\xc3 gr\xc3\xb6\xc3\x9fe \xed\xa0\x80")["top"]
         self.assertEqual([t["word"] for t in top], ["gr\u00f6\u00dfe", "ok", "\ufffd\ufffd\ufffd", "\ufffd\ufffd"])

@@ -4,7 +4,7 @@
 #include <string.h>
 
 #include "answers.h"
-#include "utf8.h"
+#include "unicode.h"
 
 enum { TOP_WORDS = 20 };
 

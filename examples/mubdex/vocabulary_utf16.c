@@ -1,25 +1,15 @@
 /* The vocabulary as UTF-16: a byte order mark, then one word per line. */
-#include "utf8.h"
+#include "unicode.h"
 #include "vocabulary.h"
-
-static const int BYTE_ORDER_MARK = 0xFEFF;
-
-static void append_code_point(mub_wchar *out, uint32_t code) {
-  if (code < 0x10000) {
-    mub_wchar_append_char(out, (int)code);
-  } else {
-    mub_wchar_append_char(out, (int)(0xD800 + ((code - 0x10000) >> 10)));
-    mub_wchar_append_char(out, (int)(0xDC00 + ((code - 0x10000) & 0x3FF)));
-  }
-}
 
 /* A byte becomes at most one unit. The capacity is reserved first, so that no append can fail. */
 static bool append_word(mub_wchar *out, mub_char word) {
   if (!mub_wchar_expand(out, out->length + word.length + 1)) return false;
   while (word.length > 0) {
     uint32_t code;
+    uint16_t units[2];
     const int64_t size = utf8_decode(word.data, word.length, &code);
-    append_code_point(out, code);
+    mub_wchar_append(out, units, utf16_encode(code, units));
     word.data += size == 0 ? 1 : size;
     word.length -= size == 0 ? 1 : size;
   }
