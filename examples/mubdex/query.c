@@ -21,7 +21,9 @@ typedef struct token {
 
 /* A node of the expression; a block of the tree's value pool. */
 typedef struct query_node {
-  token token;
+  token_kind kind;
+  mub_char word;           /* in lower case; empty for operators */
+  const word_stats *stats; /* of the word; NULL if it does not occur */
   mub_bits lines;
 } query_node;
 
@@ -37,6 +39,8 @@ typedef struct parser {
 
 bool query_init(query *q) {
   mub_bitree_init(&q->tree, 1, 1);
+  mub_string_init(&q->folded);
+  mub_arrays_init(&q->words, 0);
   q->expected = NULL;
   q->fault = 0;
   if (q->tree.entry_pool == NULL || q->tree.value_pool == NULL) return false;
@@ -51,6 +55,8 @@ static void release_node(uint64_t value) { mub_bits_term(&node_at(value)->lines)
 void query_term(query *q) {
   mub_bitree_free_all(&q->tree, release_node);
   mub_bitree_term(&q->tree);
+  mub_arrays_term(&q->words);
+  mub_string_term(&q->folded);
 }
 
 /* ---- tokens */
@@ -107,26 +113,35 @@ static bool push_operator(parser *p, token_kind kind, const token *at) {
 
 /* ---- the tree, from its leaves upward */
 
-static bool push_entry(parser *p, token content, mub_bitree_entry *left, mub_bitree_entry *right) {
+static bool push_entry(parser *p, token_kind kind, mub_char word, mub_bitree_entry *left,
+                       mub_bitree_entry *right) {
   mub_bitree *tree = &p->query->tree;
   mub_bitree_entry *entry = mub_bitree_entry_new(tree);
   query_node *node = mub_pool_new(tree->value_pool);
   if (entry == NULL || node == NULL) return false;
-  node->token = content;
+  node->kind = kind;
+  node->word = word;
+  node->stats = NULL;
   mub_bits_init(&node->lines);
   entry->value = (uint64_t)(uintptr_t)node;
   mub_bitree_entry_add(tree, entry, -1, left);
   mub_bitree_entry_add(tree, entry, 1, right);
+  if (kind == TOKEN_WORD && !push(&p->query->words, entry->value)) return false;
   return push(&p->operands, (uint64_t)(uintptr_t)entry);
+}
+
+static bool push_word(parser *p, const token *next) {
+  char *folded = p->query->folded.data + (next->text.data - p->text);
+  return push_entry(p, TOKEN_WORD, (mub_char){folded, next->text.length}, NULL, NULL);
 }
 
 /* Links the top operator to its operands. */
 static bool reduce(parser *p) {
   const token_kind kind = (token_kind)(pop(&p->operators) & 0xFF);
-  const token content = {kind, {NULL, 0}};
+  const mub_char no_word = {NULL, 0};
   mub_bitree_entry *last = pop_operand(p);
-  return kind == TOKEN_NOT ? push_entry(p, content, last, NULL)
-                           : push_entry(p, content, pop_operand(p), last);
+  return kind == TOKEN_NOT ? push_entry(p, kind, no_word, last, NULL)
+                           : push_entry(p, kind, no_word, pop_operand(p), last);
 }
 
 static bool reduce_while_binding(parser *p, token_kind kind) {
@@ -148,7 +163,7 @@ static bool take_operand(parser *p, const token *next, bool *wants_operand) {
   *wants_operand = next->kind != TOKEN_WORD;
   switch (next->kind) {
     case TOKEN_WORD:
-      return push_entry(p, *next, NULL, NULL);
+      return push_word(p, next);
     case TOKEN_OPEN:
     case TOKEN_NOT:
       return push_operator(p, next->kind, next);
@@ -196,7 +211,7 @@ bool query_parse(query *q, const char *text) {
   parser p = {q, text, {(char *)(uintptr_t)text, (int64_t)strlen(text)}, {0}, {0}};
   mub_arrays_init(&p.operators, 0);
   mub_arrays_init(&p.operands, 0);
-  const bool parsed = parse(&p);
+  const bool parsed = fold_word(text, p.rest.length, &q->folded) && parse(&p);
   mub_arrays_term(&p.operands);
   mub_arrays_term(&p.operators);
   return parsed;
@@ -204,8 +219,30 @@ bool query_parse(query *q, const char *text) {
 
 /* ---- answers: every entry gets the set of its lines, operands before their operator */
 
-static void add_lines(query_node *node, const word_index *index) {
-  const word_stats *stats = index_find(index, node->token.text.data, node->token.text.length);
+/* Looks up all words in one call, so that the look-ups wait for memory together. */
+static bool find_words(const query *q, const word_index *index) {
+  const int64_t count = q->words.count;
+  const void **words = mub_malloc((uint64_t)count * sizeof *words);
+  int64_t *lengths = mub_malloc((uint64_t)count * sizeof *lengths);
+  uint64_t *values = mub_malloc((uint64_t)count * sizeof *values);
+  const bool has_memory = words != NULL && lengths != NULL && values != NULL;
+  for (int64_t i = 0; has_memory && i < count; i++) {
+    const query_node *node = node_at(mub_arrays_get_at(&q->words, i));
+    words[i] = node->word.data;
+    lengths[i] = node->word.length;
+  }
+  if (has_memory) mub_hash_get_many(&index->words, words, lengths, count, values);
+  for (int64_t i = 0; has_memory && i < count; i++) {
+    node_at(mub_arrays_get_at(&q->words, i))->stats = index_stats(values[i]);
+  }
+  mub_free(values);
+  mub_free(lengths);
+  mub_free(words);
+  return has_memory;
+}
+
+static void add_lines(query_node *node) {
+  const word_stats *stats = node->stats;
   for (int64_t i = 0; stats != NULL && i < stats->lines.count; i++) {
     mub_bits_insert(&node->lines, (uint32_t)mub_arrayt_get_at(&stats->lines, i), 1);
   }
@@ -213,7 +250,7 @@ static void add_lines(query_node *node, const word_index *index) {
 
 static void combine(query_node *node, const mub_bits *left, const mub_bits *right) {
   uint8_t *out = node->lines.data;
-  const token_kind kind = node->token.kind;
+  const token_kind kind = node->kind;
   for (uint32_t i = 0; i < node->lines.size; i++) {
     out[i] = (uint8_t)(kind == TOKEN_NOT   ? ~left->data[i]
                        : kind == TOKEN_AND ? left->data[i] & right->data[i]
@@ -222,11 +259,11 @@ static void combine(query_node *node, const mub_bits *left, const mub_bits *righ
 }
 
 /* All sets of a query have the same size, one bit per line. */
-static bool answer_entry(const mub_bitree_entry *entry, const word_index *index, uint32_t bytes) {
+static bool answer_entry(const mub_bitree_entry *entry, uint32_t bytes) {
   query_node *node = node_at(entry->value);
   if (!mub_bits_expand(&node->lines, bytes)) return false;
-  if (node->token.kind == TOKEN_WORD) {
-    add_lines(node, index);
+  if (node->kind == TOKEN_WORD) {
+    add_lines(node);
   } else {
     const mub_bitree_entry *right = entry->right != NULL ? entry->right : entry->left;
     combine(node, &node_at(entry->left->value)->lines, &node_at(right->value)->lines);
@@ -240,10 +277,11 @@ static mub_bitree_entry *first_operand(mub_bitree_entry *entry) {
 }
 
 bool query_answer(query *q, const word_index *index, int64_t line_count, mub_bits *lines) {
+  if (!find_words(q, index)) return false;
   mub_bitree_entry *entry = first_operand(&q->tree.root);
   while (entry != &q->tree.root) {
     mub_bitree_entry *parent = entry->parent;
-    if (!answer_entry(entry, index, (uint32_t)(line_count / 8 + 1))) return false;
+    if (!answer_entry(entry, (uint32_t)(line_count / 8 + 1))) return false;
     const bool is_left = entry == parent->left && parent->right != NULL;
     entry = is_left ? first_operand(parent->right) : parent;
   }

@@ -25,6 +25,8 @@ void index_term(word_index *index) {
   mub_hash_term(&index->words);
 }
 
+const word_stats *index_stats(uint64_t value) { return stats_at(value); }
+
 uint64_t entry_count(const word_index *index, const mub_hash_entry *entry) {
   return index->keeps_lines ? stats_at(entry->value)->count : entry->value;
 }

@@ -47,6 +47,9 @@ bool fold_word(const char *word, int64_t length, mub_string *folded);
 /* The data of a word, which may be in upper case; NULL if it does not occur. The index keeps lines. */
 const word_stats *index_find(const word_index *index, const char *word, int64_t length);
 
+/* The value of a table's entry as data, in an index that keeps lines; 0 is NULL. */
+const word_stats *index_stats(uint64_t value);
+
 /* The number of different words, the length of the longest chain, and the bytes allocated by the table. */
 int64_t index_vocabulary(const word_index *index);
 int64_t index_longest_chain(const word_index *index);
