@@ -58,6 +58,8 @@
 #define MUB_VERSION_PATCH 0
 /** The version of these headers as text. */
 #define MUB_VERSION "1.0.0"
+/** The version of these headers as a number to compare, as by mub_version_number(). */
+#define MUB_VERSION_NUMBER (10000 * MUB_VERSION_MAJOR + 100 * MUB_VERSION_MINOR + MUB_VERSION_PATCH)
 
 #if defined(__GNUC__)
 /** Marks a function or object that the library exports. */
@@ -138,6 +140,23 @@ typedef int (*mub_compare_item_fn)(uint64_t item, uint64_t key, uint64_t context
  *   key
  */
 typedef int (*mub_compare_context_fn)(uint64_t context, uint64_t item, uint64_t key, uint64_t extra);
+
+/**
+ * Returns the version of the library that is in use, which may be later than that of the headers.
+ *
+ * @return the version as text, such as "1.0.0"
+ * @failure none
+ * @owner the text belongs to the library and never changes
+ */
+MUB_API const char *mub_version(void);
+
+/**
+ * Returns the version of the library that is in use, as a number to compare with `MUB_VERSION_NUMBER`.
+ *
+ * @return 10000 times the major version, plus 100 times the minor version, plus the patch version
+ * @failure none
+ */
+MUB_API int mub_version_number(void);
 
 /** @} */
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""reach.py SOURCE…: fails if a public function occurs in no source and no step of a family. The tests
-themselves check that programs reach each step.
+"""reach.py SOURCE…: fails if a public function occurs in no step of a family and in no other source that is given.
+The tests themselves check that programs reach each step.
 """
 
 import re
