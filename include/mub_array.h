@@ -222,6 +222,23 @@ MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_poo
                                    mub_pool *destination_pool, mub_clone_fn clone);
 
 /**
+ * Checks whether the array is intact.
+ *
+ * Checks the count, the capacity, that every key is in the key stream and no two keys overlap, and the pool
+ * that the array owns. Any order of the entries is accepted.
+ *
+ * @param[in] array  the array
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the array is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n), times the length of the key stream / 65536, and that of mub_pool_verify() for the pool that
+ *   the array owns
+ * @nullable what
+ */
+MUB_API int mub_array_verify(const mub_array *array, const char **what);
+
+/**
  * Empties the array: releases the table and empties an owned pool.
  *
  * The memory of the key stream is kept. No function is called for the values; emptying an owned pool releases
@@ -939,6 +956,21 @@ MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_
                                      mub_pool *destination_pool, mub_clone_fn clone);
 
 /**
+ * Checks whether the array is intact.
+ *
+ * Checks the count, the capacity and the pool that the array owns. Any order is accepted.
+ *
+ * @param[in] array  the array
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the array is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost that of mub_pool_verify() for the pool that the array owns
+ * @nullable what
+ */
+MUB_API int mub_arrayd_verify(const mub_arrayd *array, const char **what);
+
+/**
  * Empties the array: releases the table and empties an owned pool.
  *
  * No function is called for the values; emptying an owned pool releases its blocks, and blocks of an external
@@ -1569,6 +1601,21 @@ MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_
                                      mub_pool *destination_pool, mub_clone_fn clone);
 
 /**
+ * Checks whether the array is intact.
+ *
+ * Checks the count, the capacity and the pool that the array owns. Any order is accepted.
+ *
+ * @param[in] array  the array
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the array is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost that of mub_pool_verify() for the pool that the array owns
+ * @nullable what
+ */
+MUB_API int mub_arrayx_verify(const mub_arrayx *array, const char **what);
+
+/**
  * Empties the array: releases the table and empties an owned pool.
  *
  * No function is called for the values; emptying an owned pool releases its blocks, and blocks of an external
@@ -2160,6 +2207,21 @@ MUB_API void mub_arrays_swap(mub_arrays *a, mub_arrays *b);
  */
 MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_pool, mub_arrays *destination,
                                      mub_pool *destination_pool, mub_clone_fn clone);
+
+/**
+ * Checks whether the array is intact.
+ *
+ * Checks the count, the capacity and the pool that the array owns. Any order is accepted.
+ *
+ * @param[in] array  the array
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the array is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost that of mub_pool_verify() for the pool that the array owns
+ * @nullable what
+ */
+MUB_API int mub_arrays_verify(const mub_arrays *array, const char **what);
 
 /**
  * Empties the array: releases the table and empties an owned pool.
@@ -2900,6 +2962,20 @@ MUB_API void mub_arrayt_swap(mub_arrayt *a, mub_arrayt *b);
  * @cost O(count)
  */
 MUB_API void mub_arrayt_clone(const mub_arrayt *source, mub_arrayt *destination);
+
+/**
+ * Checks whether the array is intact.
+ *
+ * Checks the count and the capacity. Any order is accepted.
+ *
+ * @param[in] array  the array
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the array is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @nullable what
+ */
+MUB_API int mub_arrayt_verify(const mub_arrayt *array, const char **what);
 
 /**
  * Adds a word at the end, without regard to the order.

@@ -30,6 +30,7 @@ struct array_traits : byte_key {
   using entry = mub_array_entry;
   static constexpr auto init = mub_array_init;
   static constexpr auto term = mub_array_term;
+  static constexpr auto verify = mub_array_verify;
   static constexpr auto swap = mub_array_swap;
   static constexpr auto clone = mub_array_clone;
   static constexpr auto expand = mub_array_expand;
@@ -66,6 +67,7 @@ struct arrayd_traits : integer_key<std::uint32_t> {
   using entry = mub_arrayd_entry;
   static constexpr auto init = mub_arrayd_init;
   static constexpr auto term = mub_arrayd_term;
+  static constexpr auto verify = mub_arrayd_verify;
   static constexpr auto swap = mub_arrayd_swap;
   static constexpr auto clone = mub_arrayd_clone;
   static constexpr auto expand = mub_arrayd_expand;
@@ -101,6 +103,7 @@ struct arrayx_traits : integer_key<std::uint64_t> {
   using entry = mub_arrayx_entry;
   static constexpr auto init = mub_arrayx_init;
   static constexpr auto term = mub_arrayx_term;
+  static constexpr auto verify = mub_arrayx_verify;
   static constexpr auto swap = mub_arrayx_swap;
   static constexpr auto clone = mub_arrayx_clone;
   static constexpr auto expand = mub_arrayx_expand;
@@ -139,6 +142,7 @@ struct array_life {
   static void init(record *array, int with_pool) noexcept { Traits::init(array, with_pool); }
   static void bare(record *array) noexcept { Traits::init(array, 0); }
   static void release(record *array) noexcept { Traits::term(array); }
+  static constexpr auto verify = Traits::verify;
   static void swap(record *a, record *b) noexcept {
     Traits::swap(a, b);
     std::swap(a->descending, b->descending);
@@ -377,6 +381,7 @@ struct arrays_traits {
   using record = mub_arrays;
   static constexpr auto init = mub_arrays_init;
   static constexpr auto term = mub_arrays_term;
+  static constexpr auto verify = mub_arrays_verify;
   static constexpr auto swap = mub_arrays_swap;
   static constexpr auto clone = mub_arrays_clone;
   static constexpr auto remove_all = mub_arrays_remove_all;
@@ -387,6 +392,7 @@ struct arrayt_life {
   static void init(record *array) noexcept { mub_arrayt_init(array); }
   static void bare(record *array) noexcept { mub_arrayt_init(array); }
   static void release(record *array) noexcept { mub_arrayt_term(array); }
+  static constexpr auto verify = mub_arrayt_verify;
   static void swap(record *a, record *b) noexcept {
     mub_arrayt_swap(a, b);
     std::swap(a->descending, b->descending);

@@ -94,8 +94,8 @@ namespace detail {
 
 /**
  * Owns a record. `Life` provides init(record, flags…), which calls the C function; bare(record), which
- * initialises the record without pools; release(record); and swap(record, record), which also exchanges the
- * settings.
+ * initialises the record without pools; release(record); swap(record, record), which also exchanges the
+ * settings; and the C function verify.
  */
 template <class Derived, class Life>
 class owner {
@@ -119,6 +119,12 @@ class owner {
   void swap(Derived &other) noexcept { Life::swap(&record_, other.c()); }
   friend void swap(Derived &a, Derived &b) noexcept { a.swap(b); }
   ///@}
+
+  /**
+   * Checks whether the object is intact; see mub_hash_verify() and its variants. If not, `*what` becomes a
+   * sentence that names what is broken, else nullptr.
+   */
+  bool verify(const char **what = nullptr) const { return Life::verify(&record_, what) != 0; }
 
   /** Releases the contents and the pools that are owned, and starts again as a default-constructed object. */
   void reset() noexcept { static_cast<Derived &>(*this) = Derived(); }

@@ -101,6 +101,20 @@ MUB_API int mub_bits_expand(mub_bits *bits, uint32_t bytes);
 MUB_API void mub_bits_zero(mub_bits *bits);
 
 /**
+ * Checks whether the set is intact.
+ *
+ * Checks the size and the 0 after the block's last byte.
+ *
+ * @param[in] bits   the set
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the set is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @nullable what
+ */
+MUB_API int mub_bits_verify(const mub_bits *bits, const char **what);
+
+/**
  * Sets or clears a bit.
  *
  * The set is enlarged to contain the bit, even if the bit is cleared.

@@ -21,6 +21,7 @@ struct bits_life {
   static void init(record *bits) noexcept { mub_bits_init(bits); }
   static void bare(record *bits) noexcept { mub_bits_init(bits); }
   static void release(record *bits) noexcept { mub_bits_term(bits); }
+  static constexpr auto verify = mub_bits_verify;
   // mub_bits_swap() does not swap: it passes the block to a stream.
   static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
 };

@@ -587,6 +587,24 @@ MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_p
                                 mub_pool *destination_user_pool, mub_clone_fn callback);
 
 /**
+ * Checks whether the tree is intact.
+ *
+ * Checks the levels, parents, names and tables of all nodes, the order of the keys, the count, that the keys
+ * fill the key stream without gaps, and the pools that the tree owns. `prev` and `next` of the records are
+ * not checked. It follows every link, but ends whatever calls have done to the tree. An address of other
+ * memory in place of an entry or a block is not recognised.
+ *
+ * @param[in] tree   the tree
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the tree is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @nullable what
+ */
+MUB_API int mub_btree_verify(const mub_btree *tree, const char **what);
+
+/**
  * Initialises a block as an empty leaf: key offset and length 0, no parent, room for 32 children, no pool for
  * the children.
  *
@@ -1367,6 +1385,24 @@ MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user
                                  mub_clone_fn callback);
 
 /**
+ * Checks whether the tree is intact.
+ *
+ * Checks the levels, parents, names and tables of all nodes, the order of the keys, the count, and the pools
+ * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, but ends
+ * whatever calls have done to the tree. An address of other memory in place of an entry or a block is not
+ * recognised.
+ *
+ * @param[in] tree   the tree
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the tree is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @nullable what
+ */
+MUB_API int mub_btreed_verify(const mub_btreed *tree, const char **what);
+
+/**
  * Compares two keys.
  *
  * @param[in] a         the address of a key, or of a record, which begins with its key; need not be aligned
@@ -2119,6 +2155,24 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
 MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user_pool,
                                  mub_btreex *destination, mub_pool *destination_user_pool,
                                  mub_clone_fn callback);
+
+/**
+ * Checks whether the tree is intact.
+ *
+ * Checks the levels, parents, names and tables of all nodes, the order of the keys, the count, and the pools
+ * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, but ends
+ * whatever calls have done to the tree. An address of other memory in place of an entry or a block is not
+ * recognised.
+ *
+ * @param[in] tree   the tree
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the tree is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @nullable what
+ */
+MUB_API int mub_btreex_verify(const mub_btreex *tree, const char **what);
 
 /**
  * Compares two keys.

@@ -169,6 +169,25 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
                                  mub_pool *destination_user_pool, mub_clone_fn callback);
 
 /**
+ * Checks whether the table is intact.
+ *
+ * Checks the number of buckets, the bucket and the hash of every entry, that no key is there twice, the
+ * count, that the keys fill the key stream without gaps, and the pools that the table owns. It follows every
+ * link, but ends whatever calls have done to the table. An address of other memory in place of an entry or a
+ * block is not recognised.
+ *
+ * @param[in] hash   the table
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the table is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
+ *   that the table owns
+ * @nullable what
+ */
+MUB_API int mub_hash_verify(const mub_hash *hash, const char **what);
+
+/**
  * Computes the hash of a key: its CRC-32 with the table `CRC_TABLE`, the initial value 0 and no final
  * inversion.
  *
@@ -719,6 +738,24 @@ MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_use
                                    mub_clone_fn callback);
 
 /**
+ * Checks whether the table is intact.
+ *
+ * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, and the
+ * pools that the table owns. It follows every link, but ends whatever calls have done to the table. An
+ * address of other memory in place of an entry or a block is not recognised.
+ *
+ * @param[in] table  the table
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the table is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
+ *   that the table owns
+ * @nullable what
+ */
+MUB_API int mub_hashd_verify(const mub_hashd *table, const char **what);
+
+/**
  * Computes a CRC-32 of a key: that of mub_hash_key() over the key's 4 bytes, least significant byte first.
  *
  * The table does not use it. Callers may apply it to keys that are badly distributed before they insert them.
@@ -1173,6 +1210,24 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
 MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_user_pool,
                                    mub_hashx *destination, mub_pool *destination_user_pool,
                                    mub_clone_fn callback);
+
+/**
+ * Checks whether the table is intact.
+ *
+ * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, and the
+ * pools that the table owns. It follows every link, but ends whatever calls have done to the table. An
+ * address of other memory in place of an entry or a block is not recognised.
+ *
+ * @param[in] table  the table
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the table is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
+ *   that the table owns
+ * @nullable what
+ */
+MUB_API int mub_hashx_verify(const mub_hashx *table, const char **what);
 
 /**
  * Computes a CRC-32 of a key: that of mub_hash_key() over the key's 8 bytes, least significant byte first.
@@ -1630,6 +1685,24 @@ MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
 MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool,
                                    mub_hasht *destination, mub_pool *destination_user_pool,
                                    mub_clone_fn callback);
+
+/**
+ * Checks whether the table is intact.
+ *
+ * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, and the
+ * pools that the table owns. It follows every link, but ends whatever calls have done to the table. An
+ * address of other memory in place of an entry or a block is not recognised.
+ *
+ * @param[in] table  the table
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the table is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
+ *   that the table owns
+ * @nullable what
+ */
+MUB_API int mub_hasht_verify(const mub_hasht *table, const char **what);
 
 /**
  * Computes the hash of a key: the CRC-32 of mub_hash_key() over its 16 bytes, word by word, least significant

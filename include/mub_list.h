@@ -170,6 +170,23 @@ MUB_API mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_p
                                  mub_pool *destination_user_pool, mub_clone_fn callback);
 
 /**
+ * Checks whether the list is intact.
+ *
+ * Checks the links in both directions, the count, that the keys fill the key stream without gaps, and the
+ * pools that the list owns. It follows every link, but ends whatever calls have done to the list. An address
+ * of other memory in place of an entry or a block is not recognised.
+ *
+ * @param[in] list   the list
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the list is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n), and that of mub_pool_verify() for each pool that the list owns
+ * @nullable what
+ */
+MUB_API int mub_list_verify(const mub_list *list, const char **what);
+
+/**
  * Takes a block of the entry pool.
  *
  * @param[in,out] list  the list
@@ -699,6 +716,23 @@ MUB_API mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_use
                                    mub_clone_fn callback);
 
 /**
+ * Checks whether the list is intact.
+ *
+ * Checks the links in both directions, the count, and the pools that the list owns. It follows every link,
+ * but ends whatever calls have done to the list. An address of other memory in place of an entry or a block
+ * is not recognised.
+ *
+ * @param[in] list   the list
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the list is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n), and that of mub_pool_verify() for each pool that the list owns
+ * @nullable what
+ */
+MUB_API int mub_lists_verify(const mub_lists *list, const char **what);
+
+/**
  * Takes a block of the entry pool.
  *
  * @param[in,out] list  the list
@@ -1084,6 +1118,23 @@ typedef struct mub_listx {
  * @invalidates nothing
  */
 MUB_API mub_listx *mub_listx_init(mub_listx *list, int with_entry_pool, int with_value_pool);
+
+/**
+ * Checks whether the list is intact.
+ *
+ * Checks the links in both directions, the counts of the blocks and of the list, and the pools that the list
+ * owns. It follows every link, but ends whatever calls have done to the list. An address of other memory in
+ * place of an entry or a block is not recognised.
+ *
+ * @param[in] list   the list
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the list is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n), and that of mub_pool_verify() for each pool that the list owns
+ * @nullable what
+ */
+MUB_API int mub_listx_verify(const mub_listx *list, const char **what);
 
 /**
  * Releases everything that the list owns and returns blocks to an external entry pool.

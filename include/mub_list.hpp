@@ -82,6 +82,7 @@ struct list_traits {
   using iterator = list_iterator<list_traits, Value>;
   static constexpr auto init = mub_list_init;
   static constexpr auto term = mub_list_term;
+  static constexpr auto verify = mub_list_verify;
   static constexpr auto swap = mub_list_swap;
   static constexpr auto clone = mub_list_clone;
   static constexpr auto remove_all = mub_list_remove_all;
@@ -106,6 +107,7 @@ struct lists_traits {
   using iterator = list_iterator<lists_traits, Value>;
   static constexpr auto init = mub_lists_init;
   static constexpr auto term = mub_lists_term;
+  static constexpr auto verify = mub_lists_verify;
   static constexpr auto swap = mub_lists_swap;
   static constexpr auto clone = mub_lists_clone;
   static constexpr auto remove_all = mub_lists_remove_all;
@@ -128,6 +130,7 @@ struct listx_traits {
   using iterator = block_iterator<mub_listx, Value>;
   static constexpr auto init = mub_listx_init;
   static constexpr auto term = mub_listx_term;
+  static constexpr auto verify = mub_listx_verify;
   // There is no C function for it; nothing points into the record.
   static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
   static constexpr auto remove_all = mub_listx_remove_all;
@@ -142,6 +145,7 @@ struct list_life {
   static void init(record *list, int entries, int values) noexcept { Traits::init(list, entries, values); }
   static void bare(record *list) noexcept { Traits::init(list, 0, 0); }
   static void release(record *list) noexcept { Traits::term(list); }
+  static constexpr auto verify = Traits::verify;
   static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
 };
 

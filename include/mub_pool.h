@@ -240,6 +240,22 @@ MUB_API void *mub_pool_set_addr(const mub_pool *pool, int chunk, int64_t offset)
 MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, mub_pool *destination);
 
 /**
+ * Checks whether the pool is intact.
+ *
+ * Checks the counts, the tables, and that the free stack has different blocks of the pool: it finds blocks
+ * that were returned twice, or to the wrong pool.
+ *
+ * @param[in] pool   the pool
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the pool is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n log n) for n free blocks, times the number of blocks taken from chunks / 16384
+ * @nullable what
+ */
+MUB_API int mub_pool_verify(const mub_pool *pool, const char **what);
+
+/**
  * Compares two elements of a chunk map by address, for qsort.
  *
  * @param[in] a  the address of a mub_pool_chunk

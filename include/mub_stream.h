@@ -177,6 +177,21 @@ MUB_API void mub_stream_swap_string(mub_stream *stream, mub_string *string);
 MUB_API void mub_stream_clone(const mub_stream *source, mub_stream *destination);
 
 /**
+ * Checks whether the stream is intact.
+ *
+ * Checks the length, the capacity and the 0 after the block's last byte. mub_stream_check() computes a check
+ * sum of the content.
+ *
+ * @param[in] stream  the stream
+ * @param[out] what   receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the stream is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @nullable what
+ */
+MUB_API int mub_stream_verify(const mub_stream *stream, const char **what);
+
+/**
  * Initialises a string with a copy of the stream's content, and with at least the capacity of the stream.
  *
  * @param[in] source        the stream to copy from; it does not change

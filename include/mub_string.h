@@ -150,6 +150,20 @@ MUB_API void mub_string_swap(mub_string *a, mub_string *b);
 MUB_API int mub_string_clone(const mub_string *source, mub_string *destination);
 
 /**
+ * Checks whether the string is intact.
+ *
+ * Checks the length, the capacity and the 0 after the content, which mub_string_set_at() can overwrite.
+ *
+ * @param[in] string  the string
+ * @param[out] what   receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the string is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @nullable what
+ */
+MUB_API int mub_string_verify(const mub_string *string, const char **what);
+
+/**
  * Replaces the content with a text.
  *
  * @param[in,out] string  the string

@@ -34,6 +34,7 @@ struct string_traits {
   using view = std::string_view;
   static constexpr auto init = mub_string_init;
   static constexpr auto term = mub_string_term;
+  static constexpr auto verify = mub_string_verify;
   static constexpr auto swap = mub_string_swap;
   static constexpr auto clone = mub_string_clone;
   static constexpr auto expand = mub_string_expand;
@@ -56,6 +57,7 @@ struct wchar_traits {
   using view = std::u16string_view;
   static constexpr auto init = mub_wchar_init;
   static constexpr auto term = mub_wchar_term;
+  static constexpr auto verify = mub_wchar_verify;
   static constexpr auto swap = mub_wchar_swap;
   static constexpr auto clone = mub_wchar_clone;
   static constexpr auto expand = mub_wchar_expand;
@@ -78,6 +80,7 @@ struct stream_traits {
   using view = std::string_view;
   static constexpr auto init = mub_stream_init;
   static constexpr auto term = mub_stream_term;
+  static constexpr auto verify = mub_stream_verify;
   static constexpr auto swap = mub_stream_swap;
   static constexpr auto clone = mub_stream_clone;
   static constexpr auto expand = mub_stream_expand;
@@ -105,6 +108,7 @@ struct buffer_life {
   static void init(record *buffer) noexcept { Traits::init(buffer); }
   static void bare(record *buffer) noexcept { Traits::init(buffer); }
   static void release(record *buffer) noexcept { Traits::term(buffer); }
+  static constexpr auto verify = Traits::verify;
   static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
 };
 

@@ -216,6 +216,23 @@ MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_p
                                  mub_pool *destination_user_pool, mub_clone_fn callback);
 
 /**
+ * Checks whether the tree is intact.
+ *
+ * Checks that every ring of children is closed in both directions, the parents, and the pools that the tree
+ * owns. `count` is not checked: it says nothing about the entries. It follows every link, but ends whatever
+ * calls have done to the tree. An address of other memory in place of an entry or a block is not recognised.
+ *
+ * @param[in] tree   the tree
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the tree is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @nullable what
+ */
+MUB_API int mub_tree_verify(const mub_tree *tree, const char **what);
+
+/**
  * Copies an entry and its descendants into new blocks of a tree's entry pool.
  *
  * Values are copied as words.
@@ -846,6 +863,24 @@ MUB_API mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release);
 MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_user_pool,
                                      mub_bitree *destination, mub_pool *destination_user_pool,
                                      mub_clone_fn callback);
+
+/**
+ * Checks whether the tree is intact.
+ *
+ * Checks the parents, that every entry is linked once, and the pools that the tree owns. An entry in a chain
+ * of equals must have the parent of the first one: see mub_bitree_set_parent(). `count` is not checked: it
+ * says nothing about the entries. It follows every link, but ends whatever calls have done to the tree. An
+ * address of other memory in place of an entry or a block is not recognised.
+ *
+ * @param[in] tree   the tree
+ * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the tree is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @nullable what
+ */
+MUB_API int mub_bitree_verify(const mub_bitree *tree, const char **what);
 
 /**
  * Copies an entry and everything linked from it, its equals included, into fresh blocks of a tree's entry

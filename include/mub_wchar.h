@@ -139,6 +139,20 @@ MUB_API void mub_wchar_swap(mub_wchar *a, mub_wchar *b);
 MUB_API int mub_wchar_clone(const mub_wchar *source, mub_wchar *destination);
 
 /**
+ * Checks whether the string is intact.
+ *
+ * Checks the length, the capacity and the 0 after the content, which mub_wchar_set_at() can overwrite.
+ *
+ * @param[in] string  the string
+ * @param[out] what   receives a sentence that names what is broken, or NULL if nothing is; may be NULL
+ * @return 1 if the string is intact, else 0
+ * @failure none; nothing is allocated
+ * @owner the sentence belongs to the library and never changes
+ * @nullable what
+ */
+MUB_API int mub_wchar_verify(const mub_wchar *string, const char **what);
+
+/**
  * Replaces the content with a text.
  *
  * @param[in,out] string  the string

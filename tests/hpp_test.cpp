@@ -148,6 +148,8 @@ TYPED_TEST(Owner, MovesSwapsAndClonesButDoesNotCopy) {
   EXPECT_EQ(held(first), 0) << "a copy of an empty container";
   first = second.clone();
   EXPECT_TRUE(add(first, 41) && add(second, 41));
+  const char *what = "not set";
+  EXPECT_TRUE(first.verify(&what) && what == nullptr && second.verify()) << what;
   second.reset();
   EXPECT_EQ(held(first), 41) << "the copy is independent";
 }

@@ -72,6 +72,7 @@ TEST(Trees, MayBeAsDeepAsMemoryAllows) {
     side_above = entry;
   }
   mub_tree_entry_insert(tree.c(), above, above);  // does nothing
+  EXPECT_TRUE(tree.verify() && sides.verify());
   for (auto copy = tree.clone(); auto *each : {&tree, &copy}) each->free_all(count);
   for (auto copy = sides.clone(); auto *each : {&sides, &copy}) each->free_all(count);
   EXPECT_EQ(released, 4 * kCount);

@@ -420,6 +420,7 @@ TEST(BTreeParts, DegenerateTreesUseABoundedStack) {
   mub_btreed_set_name(&tree, mub_btreed_first_entry(&tree.root));
   mub_btreed_set_pool(&tree, &tree.root);
   EXPECT_EQ(mub_btreed_clone(&tree, nullptr, &copy, nullptr, nullptr), 1);
+  EXPECT_EQ(mub_btreed_verify(&tree, nullptr) + mub_btreed_verify(&copy, nullptr), 2);
   EXPECT_EQ(mub_btreed_get(&tree, 1), 1u);
   EXPECT_EQ(mub_btreed_remove(&copy, 1), 1u);
   EXPECT_EQ(copy.root.level, 0);

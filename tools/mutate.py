@@ -26,17 +26,17 @@ from mutants import changed_source, difference, places_of  # noqa: E402
 
 # The tests of each layer, by their names in ctest. Tests that are not listed here are run for every layer.
 OWN_TESTS = {
-    "base": r"(bytes|pool).*",
+    "base": r"(bytes|pool|verify).*",
     "bytes": r"(bytes|text).*",
     "stream": r"bytes.*",
     "crc32": r"bytes.*",
-    "pool": r"pool.*",
-    "containers": r"(hash|btree|list|tree|maps|links).*",
-    "arrays": r"arrays?_.*",
-    "hash": r"(hash|maps).*",
-    "tree": r"(tree|links).*",
-    "btree": r"(btree|maps).*",
-    "list": r"(list|links).*",
+    "pool": r"(pool|verify).*",
+    "containers": r"(hash|btree|list|tree|maps|links|verify).*",
+    "arrays": r"(arrays?_|verify).*",
+    "hash": r"(hash|maps|verify).*",
+    "tree": r"(tree|links|verify).*",
+    "btree": r"(btree|maps|verify).*",
+    "list": r"(list|links|verify).*",
     "text": r"text.*",
     "bits": r"bits.*",
 }

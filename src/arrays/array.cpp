@@ -1,6 +1,7 @@
 // mub_array: slot_table.h with byte-string keys.
 #include "arrays/byte_keys.h"
 #include "arrays/slot_clone.h"
+#include "arrays/verify.h"
 #include "bytes/text_pieces.h"
 
 using namespace mub;
@@ -61,6 +62,11 @@ mub_array *mub_array_clone(const mub_array *source, mub_pool *source_pool, mub_a
                            mub_pool *destination_pool, mub_clone_fn clone) {
   slots::clone(*source, *destination, {source_pool, destination_pool, clone});
   return destination;
+}
+
+int mub_array_verify(const mub_array *array, const char **what) {
+  const Fault fault = slots::verify(*array);
+  return report(fault != nullptr ? fault : verify_keys(*array), what);
 }
 
 mub_array *mub_array_remove_all(mub_array *array) {

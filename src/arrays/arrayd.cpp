@@ -1,6 +1,7 @@
 // mub_arrayd: slot_table.h with 32-bit integer keys.
 #include "arrays/integer_keys.h"
 #include "arrays/slot_clone.h"
+#include "arrays/verify.h"
 
 using namespace mub;
 
@@ -26,6 +27,10 @@ mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_pool, mu
                              mub_pool *destination_pool, mub_clone_fn clone) {
   slots::clone(*source, *destination, {source_pool, destination_pool, clone});
   return destination;
+}
+
+int mub_arrayd_verify(const mub_arrayd *array, const char **what) {
+  return report(slots::verify(*array), what);
 }
 
 mub_arrayd *mub_arrayd_remove_all(mub_arrayd *array) {

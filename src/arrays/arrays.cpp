@@ -1,5 +1,6 @@
 // mub_arrays: slot_table.h with bare 64-bit items, ordered by the comparators that callers pass.
 #include "arrays/slot_clone.h"
+#include "arrays/verify.h"
 
 using namespace mub;
 
@@ -89,6 +90,10 @@ mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_pool, mu
                              mub_pool *destination_pool, mub_clone_fn clone) {
   slots::clone(*source, *destination, {source_pool, destination_pool, clone});
   return destination;
+}
+
+int mub_arrays_verify(const mub_arrays *array, const char **what) {
+  return report(slots::verify(*array), what);
 }
 
 void mub_arrays_remove_all(mub_arrays *array) { slots::remove_all(*array); }

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "arrays/inline_slots.h"
+#include "arrays/verify.h"
 #include "bytes/pinned_bytes.h"
 #include "bytes/text_pieces.h"
 
@@ -34,6 +35,10 @@ void mub_arrayt_swap(mub_arrayt *a, mub_arrayt *b) { words::swap(*a, *b); }
 
 void mub_arrayt_clone(const mub_arrayt *source, mub_arrayt *destination) {
   words::clone(*source, *destination);
+}
+
+int mub_arrayt_verify(const mub_arrayt *array, const char **what) {
+  return report(words::verify(*array), what);
 }
 
 void mub_arrayt_append(mub_arrayt *array, uint64_t item) { words::append(*array, item); }

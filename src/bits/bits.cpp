@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "base/alloc.h"
+#include "base/fault.h"
 #include "base/growth.h"
 
 namespace mub {
@@ -55,6 +56,12 @@ uint32_t find(const mub_bits &bits, uint32_t bit) {
   return bits.data != nullptr && index < bits.size ? bit_in(bits.data[index], bit & 7) : 0;
 }
 
+Fault verify(const mub_bits &bits) {
+  if ((bits.data == nullptr) != (bits.size == 0)) return "The block is missing, or has no size.";
+  return bits.size == 0 || bits.data[bits.size] == 0 ? nullptr
+                                                     : "The byte after the block's last one is not 0.";
+}
+
 }  // namespace
 }  // namespace mub
 
@@ -84,6 +91,8 @@ int mub_bits_expand(mub_bits *bits, uint32_t bytes) {
 void mub_bits_zero(mub_bits *bits) {
   if (bits->data != nullptr) std::memset(bits->data, 0, bits->size);
 }
+
+int mub_bits_verify(const mub_bits *bits, const char **what) { return mub::report(mub::verify(*bits), what); }
 
 void mub_bits_insert(mub_bits *bits, uint32_t bit, int on) { mub::insert(*bits, bit, on != 0); }
 

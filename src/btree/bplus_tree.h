@@ -47,12 +47,13 @@
 //   order.with_key(key)                 the same order for another wanted key
 //   Order::kByQuarters                  whether node_search.h searches without branches
 //   has_name(tree, node, child)         whether the name of the node is the key of the child
+//   has_key_of(node, child)             whether the name is that key itself, at the same offset
 //   copy_key(node, child)               gives the node the key of the child as its name
 //   init_keys(tree)                     initialises fields of the tree that are not 0 at the start
 //
 // Parts of the engine: bplus_nodes.h (nodes and splits), node_search.h (searches), batch_get.h (look-ups of
-// many keys), tree_walk.h (walks over nodes), tree_cursor.h (walks over records), bplus_whole.h (whole trees)
-// and bplus_clone.h.
+// many keys), tree_walk.h (walks over nodes), tree_cursor.h (walks over records), bplus_whole.h (whole trees),
+// bplus_clone.h and verify.h.
 #ifndef MUB_BTREE_BPLUS_TREE_H
 #define MUB_BTREE_BPLUS_TREE_H
 

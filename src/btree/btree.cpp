@@ -3,6 +3,7 @@
 #include "btree/bplus_clone.h"
 #include "btree/bplus_whole.h"
 #include "btree/tree_cursor.h"
+#include "btree/verify.h"
 #include "bytes/bytes.h"
 #include "containers/key_store.h"
 
@@ -77,6 +78,10 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
     const Key name = key_of(tree, node), key = key_of(tree, child);
     if (tree.nocase != 0) return bytes::icompare(name.bytes, name.length, key.bytes, key.length) == 0;
     return bytes::equal(name.bytes, name.length, key.bytes, key.length);
+  }
+  template <class Child>
+  static bool has_key_of(const Node &node, const Child &child) {
+    return node.key_offset == child.key_offset && node.key_length == child.key_length;
   }
   template <class Child>
   static void copy_key(Node &node, const Child &child) {
@@ -215,6 +220,8 @@ int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub
                         mub_pool *destination_user_pool, mub_clone_fn callback) {
   return bplus::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
+
+int mub_btree_verify(const mub_btree *tree, const char **what) { return report(bplus::verify(*tree), what); }
 
 void mub_btree_entry_init(mub_btree_entry *entry) { bplus::init_node(*entry); }
 

@@ -4,6 +4,7 @@
 #include "btree/bplus_whole.h"
 #include "btree/number_keys.h"
 #include "btree/tree_cursor.h"
+#include "btree/verify.h"
 
 template <>
 struct mub::Policy<mub_btreed>
@@ -116,6 +117,10 @@ void mub_btreed_swap(mub_btreed *a, mub_btreed *b) { bplus::swap(*a, *b); }
 int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user_pool, mub_btreed *destination,
                          mub_pool *destination_user_pool, mub_clone_fn callback) {
   return bplus::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+int mub_btreed_verify(const mub_btreed *tree, const char **what) {
+  return report(bplus::verify(*tree), what);
 }
 
 void mub_btreed_entry_init(mub_btreed_entry *entry) { bplus::init_node(*entry); }

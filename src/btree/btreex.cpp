@@ -4,6 +4,7 @@
 #include "btree/bplus_whole.h"
 #include "btree/number_keys.h"
 #include "btree/tree_cursor.h"
+#include "btree/verify.h"
 
 template <>
 struct mub::Policy<mub_btreex>
@@ -116,6 +117,10 @@ void mub_btreex_swap(mub_btreex *a, mub_btreex *b) { bplus::swap(*a, *b); }
 int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user_pool, mub_btreex *destination,
                          mub_pool *destination_user_pool, mub_clone_fn callback) {
   return bplus::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+int mub_btreex_verify(const mub_btreex *tree, const char **what) {
+  return report(bplus::verify(*tree), what);
 }
 
 void mub_btreex_entry_init(mub_btreex_entry *entry) { bplus::init_node(*entry); }

@@ -27,6 +27,7 @@
 #include <cstring>
 
 #include "base/alloc.h"
+#include "base/fault.h"
 #include "base/growth.h"
 #include "bytes/bytes.h"
 #include "bytes/pinned_bytes.h"
@@ -296,6 +297,19 @@ bool clone(const Record &record, OutRecord &out) {
   move_units(out.data, record.data, record.length);
   shrink(out, record.length);
   return true;
+}
+
+// Checks the invariants. The size of the block cannot be checked.
+template <class Record>
+Fault verify(const Record &record) {
+  if (record.length < 0 || record.length > record.capacity)
+    return "The length is negative or exceeds the capacity.";
+  if (record.data == nullptr) return record.capacity == 0 ? nullptr : "There is a capacity, but no block.";
+  if (record.data[record.capacity] != 0) return "The unit after the capacity is not 0.";
+  if constexpr (BufferTraits<Record>::kTerminated) {
+    if (record.data[record.length] != 0) return "The unit after the content is not 0.";
+  }
+  return nullptr;
 }
 
 }  // namespace buffer

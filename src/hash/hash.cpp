@@ -5,6 +5,7 @@
 #include "hash/batch_get.h"
 #include "hash/hash_table.h"
 #include "hash/hash_table_clone.h"
+#include "hash/verify.h"
 
 namespace mub {
 namespace {
@@ -90,6 +91,10 @@ void mub_hash_swap(mub_hash *a, mub_hash *b) { hash_table::swap(*a, *b); }
 mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
                          mub_pool *destination_user_pool, mub_clone_fn callback) {
   return hash_table::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+int mub_hash_verify(const mub_hash *hash, const char **what) {
+  return report(hash_table::verify(*hash), what);
 }
 
 uint64_t mub_hash_key(const void *key, int64_t length, int nocase) {

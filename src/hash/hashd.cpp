@@ -3,6 +3,7 @@
 #include "hash/fixed_keys.h"
 #include "hash/hash_table.h"
 #include "hash/hash_table_clone.h"
+#include "hash/verify.h"
 
 template <>
 struct mub::Policy<mub_hashd> : IntegerKeys<mub_hashd, mub_hashd_entry, uint32_t> {};
@@ -23,6 +24,10 @@ void mub_hashd_swap(mub_hashd *a, mub_hashd *b) { hash_table::swap(*a, *b); }
 mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_user_pool, mub_hashd *destination,
                            mub_pool *destination_user_pool, mub_clone_fn callback) {
   return hash_table::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+int mub_hashd_verify(const mub_hashd *table, const char **what) {
+  return report(hash_table::verify(*table), what);
 }
 
 uint32_t mub_hashd_key(uint32_t key) { return Policy<mub_hashd>::mixed(key); }

@@ -6,6 +6,7 @@
 #include "hash/fixed_keys.h"
 #include "hash/hash_table.h"
 #include "hash/hash_table_clone.h"
+#include "hash/verify.h"
 
 namespace mub {
 namespace {
@@ -34,6 +35,7 @@ struct Policy<mub_hasht> : FixedKeys<mub_hasht, mub_hasht_entry, FourWords> {
 
   static uint64_t hash(const mub_hasht &, const Key &key) { return hash_of(key.words); }
   static uint64_t stored_hash(const Entry &entry) { return hash_of(entry.key); }
+  static Key key_of(const mub_hasht &, const Entry &entry) { return words_of(entry.key); }
   static bool same_key(const mub_hasht &, const Entry &entry, const Key &key) {
     return std::equal(key.words, key.words + kKeyWords, entry.key);
   }
@@ -66,6 +68,10 @@ void mub_hasht_swap(mub_hasht *a, mub_hasht *b) { hash_table::swap(*a, *b); }
 mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool, mub_hasht *destination,
                            mub_pool *destination_user_pool, mub_clone_fn callback) {
   return hash_table::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+int mub_hasht_verify(const mub_hasht *table, const char **what) {
+  return report(hash_table::verify(*table), what);
 }
 
 uint32_t mub_hasht_key(const uint32_t *key) { return hash_of(key); }

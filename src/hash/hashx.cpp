@@ -3,6 +3,7 @@
 #include "hash/fixed_keys.h"
 #include "hash/hash_table.h"
 #include "hash/hash_table_clone.h"
+#include "hash/verify.h"
 
 template <>
 struct mub::Policy<mub_hashx> : IntegerKeys<mub_hashx, mub_hashx_entry, uint64_t> {};
@@ -23,6 +24,10 @@ void mub_hashx_swap(mub_hashx *a, mub_hashx *b) { hash_table::swap(*a, *b); }
 mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_user_pool, mub_hashx *destination,
                            mub_pool *destination_user_pool, mub_clone_fn callback) {
   return hash_table::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
+}
+
+int mub_hashx_verify(const mub_hashx *table, const char **what) {
+  return report(hash_table::verify(*table), what);
 }
 
 uint32_t mub_hashx_key(uint64_t key) { return Policy<mub_hashx>::mixed(key); }

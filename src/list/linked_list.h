@@ -19,6 +19,7 @@
 //
 // The policy provides what containers/key_store.h lists, except reset_key, and
 //   Entry                                     the struct of an entry
+//   values_in(entry), kMaxValues              the number of values in an entry, and the largest valid one
 //   retract_key(list, entry)                  removes the key that was stored last; used to undo additions
 //   release_values(list, entry, release_it)   releases the values of an entry
 #ifndef MUB_LIST_LINKED_LIST_H
@@ -41,6 +42,9 @@ template <class List, class Keys>
 struct ListEntries : Keys {
   using Entry = std::remove_pointer_t<decltype(List::head)>;
 
+  static constexpr int64_t kMaxValues = 1;
+
+  static int64_t values_in(const Entry &) { return 1; }
   static void retract_key(List &, const Entry &) {}
   static void release_values(List &list, const Entry &entry, mub_free_fn release_it) {
     release_value(value_pool_of(list), entry.value, release_it);

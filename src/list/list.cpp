@@ -6,6 +6,7 @@
 #include "bytes/text_pieces.h"
 #include "containers/key_store.h"
 #include "list/linked_list.h"
+#include "list/verify.h"
 
 namespace mub {
 
@@ -60,6 +61,10 @@ mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_pool, mub
                          mub_pool *destination_user_pool, mub_clone_fn callback) {
   linked_list::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
+}
+
+int mub_list_verify(const mub_list *list, const char **what) {
+  return report(linked_list::verify(*list), what);
 }
 
 mub_list_entry *mub_list_entry_new(mub_list *list) { return linked_list::take_entry(*list); }

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "list/linked_list.h"
+#include "list/verify.h"
 
 template <>
 struct mub::Policy<mub_lists> : ListEntries<mub_lists, NoKeys<mub_lists>> {};
@@ -27,6 +28,10 @@ mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_user_pool, 
                            mub_pool *destination_user_pool, mub_clone_fn callback) {
   linked_list::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
+}
+
+int mub_lists_verify(const mub_lists *list, const char **what) {
+  return report(linked_list::verify(*list), what);
 }
 
 mub_lists_entry *mub_lists_entry_new(mub_lists *list) { return linked_list::take_entry(*list); }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "list/linked_list.h"
+#include "list/verify.h"
 
 namespace mub {
 namespace {
@@ -16,6 +17,9 @@ int64_t held(const mub_listx_block &block) { return std::clamp<int64_t>(block.co
 
 template <>
 struct Policy<mub_listx> : ListEntries<mub_listx, NoKeys<mub_listx>> {
+  static constexpr int64_t kMaxValues = kSlots;
+
+  static int64_t values_in(const Entry &block) { return block.count; }
   static void release_values(mub_listx &list, const Entry &block, mub_free_fn release_it) {
     for (int64_t i = 0; i < held(block); ++i) {
       release_value(value_pool_of(list), block.values[i], release_it);
@@ -104,6 +108,10 @@ mub_listx *mub_listx_init(mub_listx *list, int with_entry_pool, int with_value_p
 mub_listx *mub_listx_term(mub_listx *list) {
   linked_list::term(*list);
   return list;
+}
+
+int mub_listx_verify(const mub_listx *list, const char **what) {
+  return report(linked_list::verify(*list), what);
 }
 
 mub_listx_block *mub_listx_entry_new(mub_listx *list) { return linked_list::take_entry(*list); }

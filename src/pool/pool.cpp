@@ -111,12 +111,7 @@ bool clone_table(const Table &source, const Table &destination, int64_t count, i
 int order(uint64_t a, uint64_t b) { return a > b ? 1 : a < b ? -1 : 0; }
 
 // std::sort rather than qsort, which may allocate.
-void sort(mub_pool_chunk *map, int64_t count) {
-  const auto lower = [](const mub_pool_chunk &a, const mub_pool_chunk &b) { return a.base < b.base; };
-  if (count > 0) std::sort(map, map + count, lower);
-}
-
-void sort(void **blocks, int64_t count) {
+void sort_blocks(void **blocks, int64_t count) {
   const auto lower = [](const void *a, const void *b) { return word_of(a) < word_of(b); };
   if (count > 0) std::sort(blocks, blocks + count, lower);
 }
@@ -183,6 +178,11 @@ mub_pool_chunk *map(const mub_pool &pool) {
   }
   sort(map, pool.chunk_count);
   return map;
+}
+
+void sort(mub_pool_chunk *map, int64_t count) {
+  const auto lower = [](const mub_pool_chunk &a, const mub_pool_chunk &b) { return a.base < b.base; };
+  if (count > 0) std::sort(map, map + count, lower);
 }
 
 bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destination) {
@@ -284,6 +284,8 @@ void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, mub_pool 
   pool::clone(*source, map, *destination);
 }
 
+int mub_pool_verify(const mub_pool *pool, const char **what) { return report(pool::verify(*pool), what); }
+
 int mub_pool_compare(const void *a, const void *b) {
   return pool::order(static_cast<const mub_pool_chunk *>(a)->base,
                      static_cast<const mub_pool_chunk *>(b)->base);
@@ -314,7 +316,7 @@ int mub_pool_empty_compare(const void *a, const void *b) {
   return pool::order(word_of(*static_cast<void *const *>(a)), word_of(*static_cast<void *const *>(b)));
 }
 
-void mub_pool_empty_sort(void **blocks, int64_t count) { pool::sort(blocks, count); }
+void mub_pool_empty_sort(void **blocks, int64_t count) { pool::sort_blocks(blocks, count); }
 
 int mub_pool_empty_find(void *const *blocks, int64_t count, const void *block) {
   if (blocks == nullptr || count < 1) return 0;
@@ -328,7 +330,7 @@ void mub_pool_empty_array(const mub_pool *pool, void **out) {
     void **page = pool::free_page(*pool, i / pool->blocks_per_chunk);
     std::copy_n(page, std::min(pool->blocks_per_chunk, count - i), out + i);
   }
-  pool::sort(out, count);
+  pool::sort_blocks(out, count);
 }
 
 mub_pool_iter *mub_pool_iter_new(mub_pool *pool) {

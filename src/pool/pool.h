@@ -27,6 +27,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "base/fault.h"
 #include "base/prefetch.h"
 #include "mub_pool.h"
 
@@ -146,9 +147,14 @@ inline int64_t find_chunk(const mub_pool_chunk *map, int64_t count, uint64_t add
 }
 
 mub_pool_chunk *map(const mub_pool &pool);
+void sort(mub_pool_chunk *map, int64_t count);
 
 // Empties the destination and makes it a copy. Returns false and leaves it empty if memory runs out.
 bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destination);
+
+// Checks the invariants: all of them, or only those of the record and its tables.
+Fault verify(const mub_pool &pool);
+Fault verify_record(const mub_pool &pool);
 
 }  // namespace mub::pool
 

@@ -71,6 +71,10 @@ void mub_stream_clone(const mub_stream *source, mub_stream *destination) {
   mub::buffer::clone(*source, *destination);
 }
 
+int mub_stream_verify(const mub_stream *stream, const char **what) {
+  return mub::report(mub::buffer::verify(*stream), what);
+}
+
 int mub_stream_clone_string(const mub_stream *source, mub_string *destination) {
   mub::buffer::init(*destination);
   return mub::buffer::clone(*source, *destination);

@@ -44,6 +44,10 @@ int mub_string_clone(const mub_string *source, mub_string *destination) {
   return mub::buffer::clone(*source, *destination);
 }
 
+int mub_string_verify(const mub_string *string, const char **what) {
+  return mub::report(mub::buffer::verify(*string), what);
+}
+
 int mub_string_copy(mub_string *string, const char *text, int64_t count) {
   return mub::buffer::copy(*string, text, mub::measured(text, count));
 }

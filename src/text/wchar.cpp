@@ -61,6 +61,10 @@ int mub_wchar_clone(const mub_wchar *source, mub_wchar *destination) {
   return mub::buffer::clone(*source, *destination);
 }
 
+int mub_wchar_verify(const mub_wchar *string, const char **what) {
+  return mub::report(mub::buffer::verify(*string), what);
+}
+
 void mub_wchar_copy(mub_wchar *string, const uint16_t *text, int64_t count) {
   mub::buffer::copy(*string, text, mub::WideOps::measured(text, count));
 }

@@ -1,6 +1,7 @@
 // mub_bitree: linked_tree.h with three branches: the left child, the right child and the next equal.
 #include "base/prefetch.h"
 #include "tree/linked_tree.h"
+#include "tree/verify.h"
 
 using namespace mub;
 
@@ -94,6 +95,10 @@ mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_user_poo
                              mub_pool *destination_user_pool, mub_clone_fn callback) {
   linked_tree::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
+}
+
+int mub_bitree_verify(const mub_bitree *tree, const char **what) {
+  return report(linked_tree::verify(*tree), what);
 }
 
 mub_bitree_entry *mub_bitree_clone_entry(mub_bitree *tree, const mub_bitree_entry *source) {

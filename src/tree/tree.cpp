@@ -7,6 +7,7 @@
 #include "bytes/bytes.h"
 #include "tree/linked_tree.h"
 #include "tree/rings.h"
+#include "tree/verify.h"
 
 using namespace mub;
 using rings::Entry;
@@ -189,6 +190,10 @@ mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_pool, mub
                          mub_pool *destination_user_pool, mub_clone_fn callback) {
   linked_tree::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
+}
+
+int mub_tree_verify(const mub_tree *tree, const char **what) {
+  return report(linked_tree::verify(*tree), what);
 }
 
 mub_tree_entry *mub_tree_clone_entry(mub_tree *tree, const mub_tree_entry *source) {

@@ -123,6 +123,10 @@ struct WorldOf : World {
   ~WorldOf() {
     for (auto &slot : slots) Functions<R>::term_(&slot.record);
   }
+  // A clone may be incomplete, and plain words among the values are returned to the external pool.
+  bool is_intact(const Slot &slot) const {
+    return slot.table.count <= slot.table.capacity() && (slot.pool != &pool || pool.live_count >= 0);
+  }
   bool owns_pool(const Slot &slot) const { return slot.pool != nullptr && slot.pool != &pool; }
   void start(Slot &slot) {
     slot = {};
@@ -190,6 +194,7 @@ struct WorldOf : World {
       Table &table = slot->table;
       mix(record.count);
       ASSERT_EQ(record.count, table.count);
+      ASSERT_NO_FATAL_FAILURE(expect_intact(Functions<R>::verify_, record, is_intact(*slot)));
       // A step with a failed allocation may have reserved slots and written to spare ones.
       if (failed) table.resize(record.capacity);
       ASSERT_EQ(record.capacity, table.capacity());
@@ -500,6 +505,7 @@ struct WorldOf : World {
     }
     EXPECT_EQ(seen, is_callback_given ? values : std::vector<uint64_t>());
   }
+  void expect(op::verify_, int result) { EXPECT_EQ(result, is_intact(*self) ? 1 : 0); }
   void expect(op::length_, int64_t result) { EXPECT_EQ(result, 8 * self->table.count); }
 
   // With a consistent comparator the slots are sorted; with any other they are a permutation.

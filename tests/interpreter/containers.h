@@ -1,7 +1,7 @@
 // Worlds of containers with pools for entries and values: three records of a kind, each with its model; and
 // the operations that all these containers have.
 //
-// A kind reads a record by its public fields, and checks the invariants of the engine at the same time:
+// A kind reads an intact record by its public fields, and checks what the library does not check itself:
 //   Content                       the model of a record: items in order, each with its entry, value and
 //                                 place() among the others; by default that of an empty record
 //   kEntryBytes, kNodeBytes       the sizes of its blocks
@@ -129,10 +129,14 @@ struct WorldOf : World {
       mix(slot.record.count);
     }
   }
+  static void read_intact(R &record, const auto &expected, auto &read) {
+    ASSERT_NO_FATAL_FAILURE(expect_intact(Functions<R>::verify_, record));
+    Kind<R>::read(record, expected, read);
+  }
   // Also stores the addresses of new entries in the model.
   void compare(Slot<R> &slot) {
     typename Kind<R>::Content read;
-    ASSERT_NO_FATAL_FAILURE(Kind<R>::read(slot.record, slot.content, read));
+    ASSERT_NO_FATAL_FAILURE(read_intact(slot.record, slot.content, read));
     ASSERT_EQ(read.size(), slot.content.size());
     slot.blocks = 0;
     for (size_t i = 0; i < read.size(); ++i) {
@@ -244,6 +248,10 @@ auto call_with(auto function, const auto &...args) {
 }
 
 // ---- operations of all containers
+
+void check(op::verify_, auto &, auto &, Out<const char *> &what, int result) {
+  EXPECT_TRUE(result == 1 && *what.value == nullptr);
+}
 
 // The nonzero values, in the order of release.
 Words values_of(const auto &content) {
@@ -358,7 +366,7 @@ void check(op::clone_, WorldOf<R> &world, Self<R> &self, UserPool<0> &user, Dest
   auto expected = source.content;
   if constexpr (requires { expected.links_are_exact; }) expected.links_are_exact = expected.empty();
   typename Kind<R>::Content read;
-  ASSERT_NO_FATAL_FAILURE(Kind<R>::read(copy.record, expected, read));
+  ASSERT_NO_FATAL_FAILURE(world.read_intact(copy.record, expected, read));
   const bool owns_values = source.owns_values(), keeps_values = copy.owns_values();
   const int kept = copy.owned & (source.owned | (Kind<R>::kCloneKeepsEntryPool ? 1 : 0));
   // It is unspecified which owned pools a failed copy keeps.

@@ -1,7 +1,7 @@
 // Lists and trees: the model of a record is the sequence of its items, in list order, or for trees in
 // depth-first order. The first item of a tree is its root.
 //
-// A family defines read_items(record, items), which reads a record by its fields and checks its links.
+// A family defines read_items(record, items), which reads a record by its fields.
 #ifndef MUB_TESTS_INTERPRETER_LINKS_H
 #define MUB_TESTS_INTERPRETER_LINKS_H
 

@@ -89,11 +89,6 @@ struct ByteKeys {
   static std::string text_of(const R &record, const auto &item) {
     return folded(record, stored_keys(record.keys).substr(item.key_offset, item.key_length));
   }
-  static void check_store(const R &record, const auto &nodes) {
-    int64_t bytes = 0;
-    for (const auto *node : nodes) bytes += node->key_length;
-    ASSERT_EQ(bytes, record.keys.length) << "the key stream has other bytes than those of keys";
-  }
 };
 
 // Numbers of the full width: small ones of both signs, and ones that differ only in their highest or lowest
@@ -161,7 +156,6 @@ struct NumberKeys {
       return key;
     }
   }
-  static void check_store(const R &, const auto &) {}
 };
 
 }  // namespace mub_test

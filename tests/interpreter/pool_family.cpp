@@ -58,6 +58,12 @@ struct Slot {
     return carved - 1;
   }
 
+  // Addresses of no block may be on the free stack, and blocks popped off it were returned without being taken.
+  bool is_intact() const {
+    const bool has_only_blocks = std::ranges::all_of(freed, [](int64_t block) { return block >= kNone; });
+    return has_only_blocks && live >= 0 && live + std::ssize(freed) <= carved;
+  }
+
   void compare() {
     ASSERT_EQ(pool.live_count, live);
     ASSERT_EQ(pool.chunk_count, chunks());
@@ -73,6 +79,7 @@ struct Slot {
       const auto size = static_cast<size_t>(per_chunk() * pool.block_size);
       ASSERT_EQ(std::memcmp(pool.chunks[i], &bytes[static_cast<size_t>(i) * size], size), 0) << "chunk " << i;
     }
+    expect_intact(mub_pool_verify, pool, is_intact());
   }
 };
 

@@ -76,6 +76,13 @@ struct UserPool {
   mub_pool *pool;
 };
 
+// The library finds a record intact, or not.
+void expect_intact(auto verify, const auto &record, bool is_intact = true) {
+  const char *what = "not set";
+  ASSERT_EQ(verify(&record, &what), is_intact ? 1 : 0) << (what != nullptr ? what : "");
+  ASSERT_EQ(what == nullptr, is_intact);
+}
+
 }  // namespace mub_test
 
 #endif

@@ -28,6 +28,7 @@ ROLES = [
     (r"uint64_t \* (value_out|value|item)", "Out<uint64_t>"),
     (r"int \* inserted_out", "Out<int>"),
     (r"mub_\w+ \*\* (node|entry)_out", "NodeOut<%s>"),
+    (r"const char \*\* what", "Out<const char *>"),
     (r"mub_init_fn .*", "Init"),
     (r"mub_free_fn .*", "Free"),
     (r"mub_clone_fn .*", "Cloner"),

@@ -59,10 +59,7 @@ void read_below(mub_bitree_entry &entry, Document &items, int depth = 0, int own
     ++side;
   }
 }
-void read_items(auto &tree, Document &items) {
-  ASSERT_EQ(tree.root.parent, nullptr);
-  read_below(tree.root, items);
-}
+void read_items(auto &tree, Document &items) { read_below(tree.root, items); }
 // Descendants before their ancestors.
 Words values_of(const Document &items, size_t index = 0) {
   Words values;

@@ -132,9 +132,13 @@ struct Slot : Span<std::remove_pointer_t<decltype(R::data)>> {
     const Units read = units_of(record.data, size_of(units));
     for (int64_t i = filled + (kIsStream ? 0 : 1); i < loose; ++i) units[clipped(i)] = read[clipped(i)];
     ASSERT_EQ(read, units);
+    if constexpr (requires { Functions<R>::verify_; })
+      expect_intact(Functions<R>::verify_, record, is_intact());
     loose = 0;
     if (filled >= 3000) release();
   }
+  // The terminator may be overwritten, or missing in the block of a stream.
+  bool is_intact() const { return kIsStream || units.empty() || units[clipped(filled)] == 0; }
   void release() {
     std::free(std::exchange(record, {}).data);
     this->clear();
@@ -400,6 +404,8 @@ void want(OneOf<op::copy_, op::copy_str_> auto, auto &slot, const auto &text) { 
 void want(OneOf<op::append_, op::append_str_> auto, auto &slot, const auto &text) {
   if (text.data != nullptr) slot.take(slot.content() + text.put());
 }
+
+bool want(op::verify_, auto &slot, auto &) { return slot.is_intact(); }
 
 // Bytes of strings and their views are signed, and -1 out of range.
 int want(op::get_at_, auto &slot, int64_t at) {

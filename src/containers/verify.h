@@ -1,0 +1,106 @@
+// The checks that all containers have in common: their pools, and their key streams.
+//
+// An engine first checks its pools, then follows its links. It cannot recognise an address that is not that of
+// an entry, but compares the number of blocks in use with the count before it follows a link, and follows no
+// more links than the count allows. So it terminates, and does not read memory that was released with a pool.
+//
+// Threads: nothing is written.
+#ifndef MUB_CONTAINERS_VERIFY_H
+#define MUB_CONTAINERS_VERIFY_H
+
+#include <cstdint>
+#include <type_traits>
+
+#include "base/fault.h"
+#include "bytes/unit_buffer.h"
+#include "containers/container_pools.h"
+#include "containers/key_store.h"
+#include "pool/pool.h"
+
+namespace mub {
+
+// The sentences of more than one check.
+constexpr Fault kWrongCount = "The count is not the number of linked items.";
+constexpr Fault kKeyOutside = "A key is outside the key stream.";
+
+// ---- pools
+
+// Of an external pool, only the record: its free stack is the caller's concern.
+template <class Field>
+Fault verify_pool(const Field &field) {
+  if (field.pool == nullptr) return nullptr;
+  return field.owned != 0 ? pool::verify(*field.pool) : pool::verify_record(*field.pool);
+}
+
+template <class Container>
+Fault verify_pools(const Container &container) {
+  for (const auto &field : pools_of(container)) {
+    if (const Fault fault = verify_pool(field)) return fault;
+  }
+  return nullptr;
+}
+
+// Checks that `count` blocks of a pool can be in use. The pool itself was checked before.
+template <class Block, class Field>
+Fault verify_blocks(const Field &field, int64_t count) {
+  if (count < 1) return nullptr;
+  if (field.pool == nullptr) return "There is no pool for the entries.";
+  const mub_pool &pool = *field.pool;
+  if (pool.block_size < int64_t{sizeof(Block)}) return "The blocks of a pool are smaller than the entries.";
+  const bool has_blocks = count <= pool::carved_blocks(pool) - pool::free_blocks(pool);
+  return has_blocks ? nullptr : "A pool has fewer blocks in use than there are entries.";
+}
+
+// ---- keys
+
+// Scatters the bits of a number.
+inline uint64_t scattered(uint64_t number) {
+  number = (number ^ number >> 30) * 0xBF58476D1CE4E5B9;
+  number = (number ^ number >> 27) * 0x94D049BB133111EB;
+  return number ^ number >> 31;
+}
+
+// Checks the keys of a container, one item at a time. There is nothing to check without a key stream.
+template <class Container, class = void>
+struct KeyCheck {
+  explicit KeyCheck(const Container &) {}
+  Fault begin() const { return nullptr; }
+  template <class Item>
+  Fault add(const Item &) {
+    return nullptr;
+  }
+  Fault end() const { return nullptr; }
+};
+
+// Packed keys: key_store.h has the invariants. To find gaps and overlaps without a list of all keys, the
+// numbers of the bytes at which keys start are added up, scattered, and those at which they end are
+// subtracted. Keys that fill the stream form a single path from its start to its end, on which all other ends
+// are starts, and cancel out. Any other keys do not, except by an accident of one in 2^64: no set of other
+// keys has the same starts and ends, as a path that leads upwards cannot be closed.
+template <class Container>
+struct KeyCheck<Container, std::void_t<decltype(Container::keys)>> {
+  explicit KeyCheck(const Container &container) : stream(container.keys) {}
+
+  Fault begin() const {
+    if (const Fault fault = buffer::verify(stream)) return fault;
+    return stream.length <= keys::kMaxBytes ? nullptr : "The key stream is too long for 32-bit offsets.";
+  }
+  template <class Item>
+  Fault add(const Item &item) {
+    const int64_t end = int64_t{item.key_offset} + item.key_length;
+    if (end > stream.length) return kKeyOutside;
+    starts_less_ends += scattered(item.key_offset) - scattered(static_cast<uint64_t>(end));
+    return nullptr;
+  }
+  Fault end() const {
+    const uint64_t whole = scattered(0) - scattered(static_cast<uint64_t>(stream.length));
+    return starts_less_ends == whole ? nullptr : "The keys overlap, or the key stream has bytes of no key.";
+  }
+
+  const mub_stream &stream;
+  uint64_t starts_less_ends = 0;
+};
+
+}  // namespace mub
+
+#endif

@@ -1,0 +1,133 @@
+// Checks the invariants of block pools; pool.h has them.
+#include <algorithm>
+#include <cstdint>
+
+#include "base/fault.h"
+#include "base/number_set.h"
+#include "pool/pool.h"
+
+namespace mub::pool {
+namespace {
+
+// The chunk table or the page table of a pool, which have the same structure.
+struct Table {
+  int64_t used;
+  int64_t least_used;
+  int64_t count;
+  int64_t capacity;
+  void *const *pages;
+};
+
+Fault verify_fields(const mub_pool &pool, const Table &table) {
+  if (table.count < 0 || table.count > table.capacity)
+    return "The number of chunks or pages is negative or exceeds the capacity of their table.";
+  if ((table.pages == nullptr) != (table.capacity == 0))
+    return "The table of chunks or pages is missing, or has no capacity.";
+  const bool is_used_in_range = table.count == 0
+                                    ? table.used == -1
+                                    : table.used >= table.least_used && table.used <= pool.blocks_per_chunk;
+  return is_used_in_range ? nullptr : "The used part of the last chunk or page is out of range.";
+}
+
+Fault verify_slots(const Table &table) {
+  const auto *end = table.pages + table.count;
+  return std::find(table.pages, end, nullptr) == end ? nullptr : "A chunk or page in use is NULL.";
+}
+
+// Whether `count` pages of `page_items` items cannot all exist, so that sums over them would overflow.
+bool is_impossible(int64_t count, int64_t page_items, int64_t item_bytes) {
+  int64_t bytes;
+  return __builtin_mul_overflow(page_items, item_bytes, &bytes) ||
+         __builtin_mul_overflow(count, bytes, &bytes);
+}
+
+// The free stack is compared with the carved blocks, some of them at a time: these have consecutive numbers,
+// and lie in chunks that are sorted here by address. Nothing has to be allocated, but with more blocks than
+// this, the free stack is read repeatedly.
+class CarvedBlocks {
+ public:
+  static constexpr int64_t kCount = 1 << 14;
+
+  CarvedBlocks(const mub_pool &pool, int64_t first)
+      : pool_(pool), first_(first), end_(std::min(first + kCount, carved_blocks(pool))) {
+    for (int64_t chunk = first / pool.blocks_per_chunk; chunk * pool.blocks_per_chunk < end_; ++chunk)
+      chunks_[chunk_count_++] = {chunk, word_of(pool.chunks[chunk])};
+    sort(chunks_, chunk_count_);
+    span_ = chunks_[chunk_count_ - 1].base - chunks_[0].base + chunk_bytes(pool);
+  }
+
+  // Looks up an address of the free stack. Counts it if it is that of one of the blocks.
+  Fault add(uint64_t address) {
+    // The usual case in a large pool: chunks that were allocated one after another are near each other.
+    if (address - chunks_[0].base >= span_) return nullptr;
+    const int64_t position = find_chunk(chunks_, chunk_count_, address);
+    const uint64_t offset = address - chunks_[position].base;
+    if (offset >= chunk_bytes(pool_)) return nullptr;
+    const auto slot = static_cast<int64_t>(offset) / pool_.block_size;
+    const int64_t number = chunks_[position].index * pool_.blocks_per_chunk + slot;
+    if (number < first_ || number >= end_ || static_cast<int64_t>(offset) % pool_.block_size != 0)
+      return nullptr;
+    if (!met_.add(number - first_)) return "A block is on the free stack twice.";
+    ++met_count_;
+    return nullptr;
+  }
+
+  int64_t met_count() const { return met_count_; }
+
+ private:
+  const mub_pool &pool_;
+  int64_t first_;
+  int64_t end_;
+  // The first and the last chunk may have blocks before and after these.
+  mub_pool_chunk chunks_[kCount / kMinBlocksPerChunk + 2];
+  int64_t chunk_count_ = 0;
+  uint64_t span_ = 0;  // from the lowest chunk to the end of the highest one
+  NumberSet<kCount> met_;
+  int64_t met_count_ = 0;
+};
+
+// Invariant 5: the free stack has the addresses of different carved blocks, or null.
+Fault verify_free_stack(const mub_pool &pool) {
+  int64_t addresses = 0;
+  for_each_free_block<const char>(pool, [&](const char &) { ++addresses; });
+  for (int64_t first = 0; first < carved_blocks(pool) && addresses > 0; first += CarvedBlocks::kCount) {
+    CarvedBlocks blocks(pool, first);
+    Fault fault = nullptr;
+    for_each_free_block<const char>(pool, [&](const char &block) {
+      if (fault == nullptr) fault = blocks.add(word_of(&block));
+    });
+    if (fault != nullptr) return fault;
+    addresses -= blocks.met_count();
+  }
+  return addresses == 0 ? nullptr : "An address on the free stack is not that of a block of the pool.";
+}
+
+}  // namespace
+
+Fault verify_record(const mub_pool &pool) {
+  const Table chunks = {pool.chunk_used, 1, pool.chunk_count, pool.chunk_capacity, pool.chunks};
+  const Table pages = {pool.free_used, 0, pool.free_count, pool.free_capacity, pool.free_pages};
+  for (const Table &table : {chunks, pages}) {
+    if (const Fault fault = verify_fields(pool, table)) return fault;
+    if (table.count > 0 && pool.blocks_per_chunk < kMinBlocksPerChunk)
+      return "There are fewer than 16 blocks per chunk.";
+  }
+  if (pool.block_size < 0 || (pool.block_size == 0 && pool.chunk_count > 0))
+    return "The block size is negative, or 0 although there are chunks.";
+  if (is_impossible(pool.chunk_count, pool.blocks_per_chunk, pool.block_size) ||
+      is_impossible(pool.free_count, pool.blocks_per_chunk, sizeof(void *)))
+    return "The chunks or pages exceed the address space.";
+  if (pool.live_count < 0 || pool.live_count > carved_blocks(pool) - free_blocks(pool))
+    return "The number of live blocks is negative, or too large for the blocks that are not free.";
+  for (const Table &table : {chunks, pages}) {
+    if (const Fault fault = verify_slots(table)) return fault;
+  }
+  return nullptr;
+}
+
+Fault verify(const mub_pool &pool) {
+  const Fault fault = verify_record(pool);
+  return fault != nullptr ? fault : verify_free_stack(pool);
+}
+
+}  // namespace mub::pool
