@@ -239,6 +239,19 @@ MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_poo
 MUB_API int mub_array_verify(const mub_array *array, const char **what);
 
 /**
+ * Returns the size of the heap memory that the array holds.
+ *
+ * Counts the table, the pool that the array owns and the key stream, as requested from `malloc`; not the
+ * record itself. Blocks of an external pool are not counted.
+ *
+ * @param[in] array  the array
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stack of the pool
+ */
+MUB_API int64_t mub_array_memory_bytes(const mub_array *array);
+
+/**
  * Empties the array: releases the table and empties an owned pool.
  *
  * The memory of the key stream is kept. No function is called for the values; emptying an owned pool releases
@@ -971,6 +984,19 @@ MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_
 MUB_API int mub_arrayd_verify(const mub_arrayd *array, const char **what);
 
 /**
+ * Returns the size of the heap memory that the array holds.
+ *
+ * Counts the table and the pool that the array owns, as requested from `malloc`; not the record itself.
+ * Blocks of an external pool are not counted.
+ *
+ * @param[in] array  the array
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stack of the pool
+ */
+MUB_API int64_t mub_arrayd_memory_bytes(const mub_arrayd *array);
+
+/**
  * Empties the array: releases the table and empties an owned pool.
  *
  * No function is called for the values; emptying an owned pool releases its blocks, and blocks of an external
@@ -1616,6 +1642,19 @@ MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_
 MUB_API int mub_arrayx_verify(const mub_arrayx *array, const char **what);
 
 /**
+ * Returns the size of the heap memory that the array holds.
+ *
+ * Counts the table and the pool that the array owns, as requested from `malloc`; not the record itself.
+ * Blocks of an external pool are not counted.
+ *
+ * @param[in] array  the array
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stack of the pool
+ */
+MUB_API int64_t mub_arrayx_memory_bytes(const mub_arrayx *array);
+
+/**
  * Empties the array: releases the table and empties an owned pool.
  *
  * No function is called for the values; emptying an owned pool releases its blocks, and blocks of an external
@@ -2222,6 +2261,19 @@ MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_
  * @nullable what
  */
 MUB_API int mub_arrays_verify(const mub_arrays *array, const char **what);
+
+/**
+ * Returns the size of the heap memory that the array holds.
+ *
+ * Counts the table and the pool that the array owns, as requested from `malloc`; not the record itself.
+ * Blocks of an external pool are not counted.
+ *
+ * @param[in] array  the array
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stack of the pool
+ */
+MUB_API int64_t mub_arrays_memory_bytes(const mub_arrays *array);
 
 /**
  * Empties the array: releases the table and empties an owned pool.
@@ -2976,6 +3028,17 @@ MUB_API void mub_arrayt_clone(const mub_arrayt *source, mub_arrayt *destination)
  * @nullable what
  */
 MUB_API int mub_arrayt_verify(const mub_arrayt *array, const char **what);
+
+/**
+ * Returns the size of the heap memory that the array holds.
+ *
+ * Counts the words outside the record, as requested from `malloc`; not the record itself.
+ *
+ * @param[in] array  the array
+ * @return the number of bytes
+ * @failure none
+ */
+MUB_API int64_t mub_arrayt_memory_bytes(const mub_arrayt *array);
 
 /**
  * Adds a word at the end, without regard to the order.

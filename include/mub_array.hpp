@@ -31,6 +31,7 @@ struct array_traits : byte_key {
   static constexpr auto init = mub_array_init;
   static constexpr auto term = mub_array_term;
   static constexpr auto verify = mub_array_verify;
+  static constexpr auto memory_bytes = mub_array_memory_bytes;
   static constexpr auto swap = mub_array_swap;
   static constexpr auto clone = mub_array_clone;
   static constexpr auto expand = mub_array_expand;
@@ -68,6 +69,7 @@ struct arrayd_traits : integer_key<std::uint32_t> {
   static constexpr auto init = mub_arrayd_init;
   static constexpr auto term = mub_arrayd_term;
   static constexpr auto verify = mub_arrayd_verify;
+  static constexpr auto memory_bytes = mub_arrayd_memory_bytes;
   static constexpr auto swap = mub_arrayd_swap;
   static constexpr auto clone = mub_arrayd_clone;
   static constexpr auto expand = mub_arrayd_expand;
@@ -104,6 +106,7 @@ struct arrayx_traits : integer_key<std::uint64_t> {
   static constexpr auto init = mub_arrayx_init;
   static constexpr auto term = mub_arrayx_term;
   static constexpr auto verify = mub_arrayx_verify;
+  static constexpr auto memory_bytes = mub_arrayx_memory_bytes;
   static constexpr auto swap = mub_arrayx_swap;
   static constexpr auto clone = mub_arrayx_clone;
   static constexpr auto expand = mub_arrayx_expand;
@@ -143,6 +146,7 @@ struct array_life {
   static void bare(record *array) noexcept { Traits::init(array, 0); }
   static void release(record *array) noexcept { Traits::term(array); }
   static constexpr auto verify = Traits::verify;
+  static constexpr auto memory_bytes = Traits::memory_bytes;
   static void swap(record *a, record *b) noexcept {
     Traits::swap(a, b);
     std::swap(a->descending, b->descending);
@@ -382,6 +386,7 @@ struct arrays_traits {
   static constexpr auto init = mub_arrays_init;
   static constexpr auto term = mub_arrays_term;
   static constexpr auto verify = mub_arrays_verify;
+  static constexpr auto memory_bytes = mub_arrays_memory_bytes;
   static constexpr auto swap = mub_arrays_swap;
   static constexpr auto clone = mub_arrays_clone;
   static constexpr auto remove_all = mub_arrays_remove_all;
@@ -393,6 +398,7 @@ struct arrayt_life {
   static void bare(record *array) noexcept { mub_arrayt_init(array); }
   static void release(record *array) noexcept { mub_arrayt_term(array); }
   static constexpr auto verify = mub_arrayt_verify;
+  static constexpr auto memory_bytes = mub_arrayt_memory_bytes;
   static void swap(record *a, record *b) noexcept {
     mub_arrayt_swap(a, b);
     std::swap(a->descending, b->descending);

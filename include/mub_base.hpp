@@ -95,7 +95,7 @@ namespace detail {
 /**
  * Owns a record. `Life` provides init(record, flags…), which calls the C function; bare(record), which
  * initialises the record without pools; release(record); swap(record, record), which also exchanges the
- * settings; and the C function verify.
+ * settings; and the C functions verify and memory_bytes.
  */
 template <class Derived, class Life>
 class owner {
@@ -125,6 +125,9 @@ class owner {
    * sentence that names what is broken, else nullptr.
    */
   bool verify(const char **what = nullptr) const { return Life::verify(&record_, what) != 0; }
+
+  /** Returns the size of the heap memory that the object holds; see mub_hash_memory_bytes() and its variants. */
+  std::int64_t memory_bytes() const { return Life::memory_bytes(&record_); }
 
   /** Releases the contents and the pools that are owned, and starts again as a default-constructed object. */
   void reset() noexcept { static_cast<Derived &>(*this) = Derived(); }

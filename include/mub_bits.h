@@ -115,6 +115,17 @@ MUB_API void mub_bits_zero(mub_bits *bits);
 MUB_API int mub_bits_verify(const mub_bits *bits, const char **what);
 
 /**
+ * Returns the size of the heap memory that the set holds.
+ *
+ * Counts the block, as requested from `malloc`; not the record itself.
+ *
+ * @param[in] bits  the set
+ * @return the number of bytes
+ * @failure none
+ */
+MUB_API int64_t mub_bits_memory_bytes(const mub_bits *bits);
+
+/**
  * Sets or clears a bit.
  *
  * The set is enlarged to contain the bit, even if the bit is cleared.

@@ -22,6 +22,7 @@ struct bits_life {
   static void bare(record *bits) noexcept { mub_bits_init(bits); }
   static void release(record *bits) noexcept { mub_bits_term(bits); }
   static constexpr auto verify = mub_bits_verify;
+  static constexpr auto memory_bytes = mub_bits_memory_bytes;
   // mub_bits_swap() does not swap: it passes the block to a stream.
   static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
 };

@@ -605,6 +605,19 @@ MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_p
 MUB_API int mub_btree_verify(const mub_btree *tree, const char **what);
 
 /**
+ * Returns the size of the heap memory that the tree holds.
+ *
+ * Counts the tables of all nodes, the pools that the tree owns and the key stream, as requested from
+ * `malloc`; not the record itself. Blocks of external pools are not counted.
+ *
+ * @param[in] tree  the tree
+ * @return the number of bytes
+ * @failure none
+ * @cost O(nodes), and O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_btree_memory_bytes(const mub_btree *tree);
+
+/**
  * Initialises a block as an empty leaf: key offset and length 0, no parent, room for 32 children, no pool for
  * the children.
  *
@@ -1403,6 +1416,19 @@ MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user
 MUB_API int mub_btreed_verify(const mub_btreed *tree, const char **what);
 
 /**
+ * Returns the size of the heap memory that the tree holds.
+ *
+ * Counts the tables of all nodes and the pools that the tree owns, as requested from `malloc`; not the record
+ * itself. Blocks of external pools are not counted.
+ *
+ * @param[in] tree  the tree
+ * @return the number of bytes
+ * @failure none
+ * @cost O(nodes), and O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_btreed_memory_bytes(const mub_btreed *tree);
+
+/**
  * Compares two keys.
  *
  * @param[in] a         the address of a key, or of a record, which begins with its key; need not be aligned
@@ -2173,6 +2199,19 @@ MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user
  * @nullable what
  */
 MUB_API int mub_btreex_verify(const mub_btreex *tree, const char **what);
+
+/**
+ * Returns the size of the heap memory that the tree holds.
+ *
+ * Counts the tables of all nodes and the pools that the tree owns, as requested from `malloc`; not the record
+ * itself. Blocks of external pools are not counted.
+ *
+ * @param[in] tree  the tree
+ * @return the number of bytes
+ * @failure none
+ * @cost O(nodes), and O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_btreex_memory_bytes(const mub_btreex *tree);
 
 /**
  * Compares two keys.

@@ -26,6 +26,7 @@ struct btree_traits : byte_key {
   static constexpr auto init = mub_btree_init;
   static constexpr auto term = mub_btree_term;
   static constexpr auto verify = mub_btree_verify;
+  static constexpr auto memory_bytes = mub_btree_memory_bytes;
   static constexpr auto swap = mub_btree_swap;
   static constexpr auto clone = mub_btree_clone;
   static constexpr auto remove_all = mub_btree_remove_all;
@@ -57,6 +58,7 @@ struct btreed_traits : integer_key<std::uint32_t> {
   static constexpr auto init = mub_btreed_init;
   static constexpr auto term = mub_btreed_term;
   static constexpr auto verify = mub_btreed_verify;
+  static constexpr auto memory_bytes = mub_btreed_memory_bytes;
   static constexpr auto swap = mub_btreed_swap;
   static constexpr auto clone = mub_btreed_clone;
   static constexpr auto remove_all = mub_btreed_remove_all;
@@ -88,6 +90,7 @@ struct btreex_traits : integer_key<std::uint64_t> {
   static constexpr auto init = mub_btreex_init;
   static constexpr auto term = mub_btreex_term;
   static constexpr auto verify = mub_btreex_verify;
+  static constexpr auto memory_bytes = mub_btreex_memory_bytes;
   static constexpr auto swap = mub_btreex_swap;
   static constexpr auto clone = mub_btreex_clone;
   static constexpr auto remove_all = mub_btreex_remove_all;
@@ -120,6 +123,7 @@ struct btree_life {
   static void bare(record *tree) noexcept { Traits::init(tree, 0, 0, 0); }
   static void release(record *tree) noexcept { Traits::term(tree); }
   static constexpr auto verify = Traits::verify;
+  static constexpr auto memory_bytes = Traits::memory_bytes;
   static void swap(record *a, record *b) noexcept {
     Traits::swap(a, b);
     swap_setting(a, b, Traits::setting);

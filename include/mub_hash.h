@@ -188,6 +188,19 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
 MUB_API int mub_hash_verify(const mub_hash *hash, const char **what);
 
 /**
+ * Returns the size of the heap memory that the table holds.
+ *
+ * Counts the buckets, the pools that the table owns and the key stream, as requested from `malloc`; not the
+ * record itself. Blocks of external pools are not counted.
+ *
+ * @param[in] hash  the table
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_hash_memory_bytes(const mub_hash *hash);
+
+/**
  * Computes the hash of a key: its CRC-32 with the table `CRC_TABLE`, the initial value 0 and no final
  * inversion.
  *
@@ -756,6 +769,19 @@ MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_use
 MUB_API int mub_hashd_verify(const mub_hashd *table, const char **what);
 
 /**
+ * Returns the size of the heap memory that the table holds.
+ *
+ * Counts the buckets and the pools that the table owns, as requested from `malloc`; not the record itself.
+ * Blocks of external pools are not counted.
+ *
+ * @param[in] table  the table
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_hashd_memory_bytes(const mub_hashd *table);
+
+/**
  * Computes a CRC-32 of a key: that of mub_hash_key() over the key's 4 bytes, least significant byte first.
  *
  * The table does not use it. Callers may apply it to keys that are badly distributed before they insert them.
@@ -1228,6 +1254,19 @@ MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_use
  * @nullable what
  */
 MUB_API int mub_hashx_verify(const mub_hashx *table, const char **what);
+
+/**
+ * Returns the size of the heap memory that the table holds.
+ *
+ * Counts the buckets and the pools that the table owns, as requested from `malloc`; not the record itself.
+ * Blocks of external pools are not counted.
+ *
+ * @param[in] table  the table
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_hashx_memory_bytes(const mub_hashx *table);
 
 /**
  * Computes a CRC-32 of a key: that of mub_hash_key() over the key's 8 bytes, least significant byte first.
@@ -1703,6 +1742,19 @@ MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_use
  * @nullable what
  */
 MUB_API int mub_hasht_verify(const mub_hasht *table, const char **what);
+
+/**
+ * Returns the size of the heap memory that the table holds.
+ *
+ * Counts the buckets and the pools that the table owns, as requested from `malloc`; not the record itself.
+ * Blocks of external pools are not counted.
+ *
+ * @param[in] table  the table
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_hasht_memory_bytes(const mub_hasht *table);
 
 /**
  * Computes the hash of a key: the CRC-32 of mub_hash_key() over its 16 bytes, word by word, least significant

@@ -26,6 +26,7 @@ struct hash_traits : byte_key {
   static constexpr auto init = mub_hash_init;
   static constexpr auto term = mub_hash_term;
   static constexpr auto verify = mub_hash_verify;
+  static constexpr auto memory_bytes = mub_hash_memory_bytes;
   static constexpr auto swap = mub_hash_swap;
   static constexpr auto clone = mub_hash_clone;
   static constexpr auto remove_all = mub_hash_remove_all;
@@ -51,6 +52,7 @@ struct hashd_traits : integer_key<std::uint32_t> {
   static constexpr auto init = mub_hashd_init;
   static constexpr auto term = mub_hashd_term;
   static constexpr auto verify = mub_hashd_verify;
+  static constexpr auto memory_bytes = mub_hashd_memory_bytes;
   static constexpr auto swap = mub_hashd_swap;
   static constexpr auto clone = mub_hashd_clone;
   static constexpr auto remove_all = mub_hashd_remove_all;
@@ -76,6 +78,7 @@ struct hashx_traits : integer_key<std::uint64_t> {
   static constexpr auto init = mub_hashx_init;
   static constexpr auto term = mub_hashx_term;
   static constexpr auto verify = mub_hashx_verify;
+  static constexpr auto memory_bytes = mub_hashx_memory_bytes;
   static constexpr auto swap = mub_hashx_swap;
   static constexpr auto clone = mub_hashx_clone;
   static constexpr auto remove_all = mub_hashx_remove_all;
@@ -102,6 +105,7 @@ struct hasht_traits {
   static constexpr auto init = mub_hasht_init;
   static constexpr auto term = mub_hasht_term;
   static constexpr auto verify = mub_hasht_verify;
+  static constexpr auto memory_bytes = mub_hasht_memory_bytes;
   static constexpr auto swap = mub_hasht_swap;
   static constexpr auto clone = mub_hasht_clone;
   static constexpr auto remove_all = mub_hasht_remove_all;
@@ -159,6 +163,7 @@ struct hash_life {
     Traits::term(table);
   }
   static constexpr auto verify = Traits::verify;
+  static constexpr auto memory_bytes = Traits::memory_bytes;
   static void swap(record *a, record *b) noexcept {
     Traits::swap(a, b);
     swap_setting(a, b, Traits::setting);

@@ -187,6 +187,19 @@ MUB_API mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_p
 MUB_API int mub_list_verify(const mub_list *list, const char **what);
 
 /**
+ * Returns the size of the heap memory that the list holds.
+ *
+ * Counts the pools that the list owns and the key stream, as requested from `malloc`; not the record itself.
+ * Blocks of external pools are not counted.
+ *
+ * @param[in] list  the list
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_list_memory_bytes(const mub_list *list);
+
+/**
  * Takes a block of the entry pool.
  *
  * @param[in,out] list  the list
@@ -733,6 +746,19 @@ MUB_API mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_use
 MUB_API int mub_lists_verify(const mub_lists *list, const char **what);
 
 /**
+ * Returns the size of the heap memory that the list holds.
+ *
+ * Counts the pools that the list owns, as requested from `malloc`; not the record itself. Blocks of external
+ * pools are not counted.
+ *
+ * @param[in] list  the list
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_lists_memory_bytes(const mub_lists *list);
+
+/**
  * Takes a block of the entry pool.
  *
  * @param[in,out] list  the list
@@ -1135,6 +1161,19 @@ MUB_API mub_listx *mub_listx_init(mub_listx *list, int with_entry_pool, int with
  * @nullable what
  */
 MUB_API int mub_listx_verify(const mub_listx *list, const char **what);
+
+/**
+ * Returns the size of the heap memory that the list holds.
+ *
+ * Counts the pools that the list owns, as requested from `malloc`; not the record itself. Blocks of external
+ * pools are not counted.
+ *
+ * @param[in] list  the list
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_listx_memory_bytes(const mub_listx *list);
 
 /**
  * Releases everything that the list owns and returns blocks to an external entry pool.

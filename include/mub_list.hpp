@@ -83,6 +83,7 @@ struct list_traits {
   static constexpr auto init = mub_list_init;
   static constexpr auto term = mub_list_term;
   static constexpr auto verify = mub_list_verify;
+  static constexpr auto memory_bytes = mub_list_memory_bytes;
   static constexpr auto swap = mub_list_swap;
   static constexpr auto clone = mub_list_clone;
   static constexpr auto remove_all = mub_list_remove_all;
@@ -108,6 +109,7 @@ struct lists_traits {
   static constexpr auto init = mub_lists_init;
   static constexpr auto term = mub_lists_term;
   static constexpr auto verify = mub_lists_verify;
+  static constexpr auto memory_bytes = mub_lists_memory_bytes;
   static constexpr auto swap = mub_lists_swap;
   static constexpr auto clone = mub_lists_clone;
   static constexpr auto remove_all = mub_lists_remove_all;
@@ -131,6 +133,7 @@ struct listx_traits {
   static constexpr auto init = mub_listx_init;
   static constexpr auto term = mub_listx_term;
   static constexpr auto verify = mub_listx_verify;
+  static constexpr auto memory_bytes = mub_listx_memory_bytes;
   // There is no C function for it; nothing points into the record.
   static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
   static constexpr auto remove_all = mub_listx_remove_all;
@@ -146,6 +149,7 @@ struct list_life {
   static void bare(record *list) noexcept { Traits::init(list, 0, 0); }
   static void release(record *list) noexcept { Traits::term(list); }
   static constexpr auto verify = Traits::verify;
+  static constexpr auto memory_bytes = Traits::memory_bytes;
   static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
 };
 

@@ -256,6 +256,19 @@ MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, m
 MUB_API int mub_pool_verify(const mub_pool *pool, const char **what);
 
 /**
+ * Returns the size of the heap memory that the pool holds.
+ *
+ * Counts its chunks and the pages of its free stack, used or not, and their tables, as requested from
+ * `malloc`; not the record itself.
+ *
+ * @param[in] pool  the pool
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stack
+ */
+MUB_API int64_t mub_pool_memory_bytes(const mub_pool *pool);
+
+/**
  * Compares two elements of a chunk map by address, for qsort.
  *
  * @param[in] a  the address of a mub_pool_chunk

@@ -24,6 +24,7 @@ struct pool_life {
   static void bare(record *pool) noexcept { mub_pool_init(pool); }
   static void release(record *pool) noexcept { mub_pool_term(pool); }
   static constexpr auto verify = mub_pool_verify;
+  static constexpr auto memory_bytes = mub_pool_memory_bytes;
   static void swap(record *a, record *b) noexcept { mub_pool_swap(a, b); }
 };
 

@@ -192,6 +192,17 @@ MUB_API void mub_stream_clone(const mub_stream *source, mub_stream *destination)
 MUB_API int mub_stream_verify(const mub_stream *stream, const char **what);
 
 /**
+ * Returns the size of the heap memory that the stream holds.
+ *
+ * Counts the block, as requested from `malloc`; not the record itself.
+ *
+ * @param[in] stream  the stream
+ * @return the number of bytes
+ * @failure none
+ */
+MUB_API int64_t mub_stream_memory_bytes(const mub_stream *stream);
+
+/**
  * Initialises a string with a copy of the stream's content, and with at least the capacity of the stream.
  *
  * @param[in] source        the stream to copy from; it does not change

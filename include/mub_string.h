@@ -164,6 +164,17 @@ MUB_API int mub_string_clone(const mub_string *source, mub_string *destination);
 MUB_API int mub_string_verify(const mub_string *string, const char **what);
 
 /**
+ * Returns the size of the heap memory that the string holds.
+ *
+ * Counts the block, as requested from `malloc`; not the record itself.
+ *
+ * @param[in] string  the string
+ * @return the number of bytes
+ * @failure none
+ */
+MUB_API int64_t mub_string_memory_bytes(const mub_string *string);
+
+/**
  * Replaces the content with a text.
  *
  * @param[in,out] string  the string

@@ -35,6 +35,7 @@ struct string_traits {
   static constexpr auto init = mub_string_init;
   static constexpr auto term = mub_string_term;
   static constexpr auto verify = mub_string_verify;
+  static constexpr auto memory_bytes = mub_string_memory_bytes;
   static constexpr auto swap = mub_string_swap;
   static constexpr auto clone = mub_string_clone;
   static constexpr auto expand = mub_string_expand;
@@ -58,6 +59,7 @@ struct wchar_traits {
   static constexpr auto init = mub_wchar_init;
   static constexpr auto term = mub_wchar_term;
   static constexpr auto verify = mub_wchar_verify;
+  static constexpr auto memory_bytes = mub_wchar_memory_bytes;
   static constexpr auto swap = mub_wchar_swap;
   static constexpr auto clone = mub_wchar_clone;
   static constexpr auto expand = mub_wchar_expand;
@@ -81,6 +83,7 @@ struct stream_traits {
   static constexpr auto init = mub_stream_init;
   static constexpr auto term = mub_stream_term;
   static constexpr auto verify = mub_stream_verify;
+  static constexpr auto memory_bytes = mub_stream_memory_bytes;
   static constexpr auto swap = mub_stream_swap;
   static constexpr auto clone = mub_stream_clone;
   static constexpr auto expand = mub_stream_expand;
@@ -109,6 +112,7 @@ struct buffer_life {
   static void bare(record *buffer) noexcept { Traits::init(buffer); }
   static void release(record *buffer) noexcept { Traits::term(buffer); }
   static constexpr auto verify = Traits::verify;
+  static constexpr auto memory_bytes = Traits::memory_bytes;
   static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
 };
 

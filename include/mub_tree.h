@@ -233,6 +233,19 @@ MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_p
 MUB_API int mub_tree_verify(const mub_tree *tree, const char **what);
 
 /**
+ * Returns the size of the heap memory that the tree holds.
+ *
+ * Counts the pools that the tree owns, as requested from `malloc`; not the record itself. Blocks of external
+ * pools are not counted.
+ *
+ * @param[in] tree  the tree
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_tree_memory_bytes(const mub_tree *tree);
+
+/**
  * Copies an entry and its descendants into new blocks of a tree's entry pool.
  *
  * Values are copied as words.
@@ -881,6 +894,19 @@ MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_
  * @nullable what
  */
 MUB_API int mub_bitree_verify(const mub_bitree *tree, const char **what);
+
+/**
+ * Returns the size of the heap memory that the tree holds.
+ *
+ * Counts the pools that the tree owns, as requested from `malloc`; not the record itself. Blocks of external
+ * pools are not counted.
+ *
+ * @param[in] tree  the tree
+ * @return the number of bytes
+ * @failure none
+ * @cost O(pages) for the free stacks of the pools
+ */
+MUB_API int64_t mub_bitree_memory_bytes(const mub_bitree *tree);
 
 /**
  * Copies an entry and everything linked from it, its equals included, into fresh blocks of a tree's entry

@@ -29,6 +29,7 @@ struct tree_traits {
   static constexpr auto init = mub_tree_init;
   static constexpr auto term = mub_tree_term;
   static constexpr auto verify = mub_tree_verify;
+  static constexpr auto memory_bytes = mub_tree_memory_bytes;
   static constexpr auto clone = mub_tree_clone;
   static constexpr auto remove_all = mub_tree_remove_all;
   static constexpr auto free_all = mub_tree_free_all;
@@ -42,6 +43,7 @@ struct bitree_traits {
   static constexpr auto init = mub_bitree_init;
   static constexpr auto term = mub_bitree_term;
   static constexpr auto verify = mub_bitree_verify;
+  static constexpr auto memory_bytes = mub_bitree_memory_bytes;
   static constexpr auto clone = mub_bitree_clone;
   static constexpr auto remove_all = mub_bitree_remove_all;
   static constexpr auto free_all = mub_bitree_free_all;
@@ -56,6 +58,7 @@ struct tree_life {
   static void bare(record *tree) noexcept { Traits::init(tree, 0, 0); }
   static void release(record *tree) noexcept { Traits::term(tree); }
   static constexpr auto verify = Traits::verify;
+  static constexpr auto memory_bytes = Traits::memory_bytes;
   static void swap(record *a, record *b) noexcept {
     Traits::entry_swap(&a->root, &b->root);
     std::swap(a->count, b->count);

@@ -153,6 +153,17 @@ MUB_API int mub_wchar_clone(const mub_wchar *source, mub_wchar *destination);
 MUB_API int mub_wchar_verify(const mub_wchar *string, const char **what);
 
 /**
+ * Returns the size of the heap memory that the string holds.
+ *
+ * Counts the block, as requested from `malloc`; not the record itself.
+ *
+ * @param[in] string  the string
+ * @return the number of bytes
+ * @failure none
+ */
+MUB_API int64_t mub_wchar_memory_bytes(const mub_wchar *string);
+
+/**
  * Replaces the content with a text.
  *
  * @param[in,out] string  the string

@@ -132,7 +132,9 @@ TYPED_TEST(Owner, MovesSwapsAndClonesButDoesNotCopy) {
                 std::is_nothrow_move_assignable_v<TypeParam>);
   static_assert(std::is_nothrow_swappable_v<TypeParam> && std::is_nothrow_default_constructible_v<TypeParam>);
 
+  const int64_t before = heap_bytes();
   auto first = filled<TypeParam>(40);
+  EXPECT_EQ(first.memory_bytes(), heap_bytes() - before);
   TypeParam second = std::move(first);
   EXPECT_EQ(held(first), 0) << "moved from";
   const bool is_added = add(first, 1);

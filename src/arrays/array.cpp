@@ -69,6 +69,8 @@ int mub_array_verify(const mub_array *array, const char **what) {
   return report(fault != nullptr ? fault : verify_keys(*array), what);
 }
 
+int64_t mub_array_memory_bytes(const mub_array *array) { return slots::memory_bytes(*array); }
+
 mub_array *mub_array_remove_all(mub_array *array) {
   slots::remove_all(*array);
   return array;

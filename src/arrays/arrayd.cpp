@@ -33,6 +33,8 @@ int mub_arrayd_verify(const mub_arrayd *array, const char **what) {
   return report(slots::verify(*array), what);
 }
 
+int64_t mub_arrayd_memory_bytes(const mub_arrayd *array) { return slots::memory_bytes(*array); }
+
 mub_arrayd *mub_arrayd_remove_all(mub_arrayd *array) {
   slots::remove_all(*array);
   return array;

@@ -96,6 +96,8 @@ int mub_arrays_verify(const mub_arrays *array, const char **what) {
   return report(slots::verify(*array), what);
 }
 
+int64_t mub_arrays_memory_bytes(const mub_arrays *array) { return slots::memory_bytes(*array); }
+
 void mub_arrays_remove_all(mub_arrays *array) { slots::remove_all(*array); }
 
 mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn free) {

@@ -41,6 +41,8 @@ int mub_arrayt_verify(const mub_arrayt *array, const char **what) {
   return report(words::verify(*array), what);
 }
 
+int64_t mub_arrayt_memory_bytes(const mub_arrayt *array) { return words::memory_bytes(*array); }
+
 void mub_arrayt_append(mub_arrayt *array, uint64_t item) { words::append(*array, item); }
 
 void mub_arrayt_append_array(mub_arrayt *destination, const mub_arrayt *source) {

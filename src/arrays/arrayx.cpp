@@ -33,6 +33,8 @@ int mub_arrayx_verify(const mub_arrayx *array, const char **what) {
   return report(slots::verify(*array), what);
 }
 
+int64_t mub_arrayx_memory_bytes(const mub_arrayx *array) { return slots::memory_bytes(*array); }
+
 mub_arrayx *mub_arrayx_remove_all(mub_arrayx *array) {
   slots::remove_all(*array);
   return array;

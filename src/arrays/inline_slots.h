@@ -60,6 +60,8 @@ inline uint64_t tail_bytes(const mub_arrayt &array) {
                                : static_cast<uint64_t>(array.capacity - kInlineWords) * sizeof *array.tail;
 }
 
+inline int64_t memory_bytes(const mub_arrayt &array) { return static_cast<int64_t>(tail_bytes(array)); }
+
 inline void release_tail(mub_arrayt &array, int64_t capacity) {
   release(array.tail);
   array.tail = nullptr;

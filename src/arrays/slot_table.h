@@ -48,6 +48,7 @@
 #include "bytes/unit_buffer.h"
 #include "containers/container_pools.h"
 #include "containers/key_store.h"
+#include "containers/memory.h"
 #include "containers/policy.h"
 #include "mub_array.h"
 #include "pool/pool.h"
@@ -192,6 +193,16 @@ void swap(Array &a, Array &b) {
   std::swap(a.capacity, b.capacity);
   Policy<Array>::swap_keys(a, b);
   if constexpr (Policy<Array>::kSwapsPools) value_pool_of(a).swap(value_pool_of(b));
+}
+
+template <class Array>
+int64_t table_bytes(const Array &array) {
+  return array.capacity * int64_t{sizeof(SlotOf<Array>)};
+}
+
+template <class Array>
+int64_t memory_bytes(const Array &array) {
+  return table_bytes(array) + owned_pool_bytes(value_pool_of(array)) + key_stream_bytes(array);
 }
 
 // ---- positions, bounded by the capacity and not by the count

@@ -56,6 +56,8 @@ uint32_t find(const mub_bits &bits, uint32_t bit) {
   return bits.data != nullptr && index < bits.size ? bit_in(bits.data[index], bit & 7) : 0;
 }
 
+int64_t memory_bytes(const mub_bits &bits) { return bits.data == nullptr ? 0 : int64_t{bits.size} + 1; }
+
 Fault verify(const mub_bits &bits) {
   if ((bits.data == nullptr) != (bits.size == 0)) return "The block is missing, or has no size.";
   return bits.size == 0 || bits.data[bits.size] == 0 ? nullptr
@@ -93,6 +95,8 @@ void mub_bits_zero(mub_bits *bits) {
 }
 
 int mub_bits_verify(const mub_bits *bits, const char **what) { return mub::report(mub::verify(*bits), what); }
+
+int64_t mub_bits_memory_bytes(const mub_bits *bits) { return mub::memory_bytes(*bits); }
 
 void mub_bits_insert(mub_bits *bits, uint32_t bit, int on) { mub::insert(*bits, bit, on != 0); }
 

@@ -8,6 +8,7 @@
 
 #include "btree/bplus_tree.h"
 #include "containers/container_pools.h"
+#include "containers/memory.h"
 
 namespace mub::bplus {
 
@@ -20,6 +21,15 @@ void init(Tree &tree, bool with_entry_pool, bool with_node_pool, bool with_value
   if (with_value_pool) value_pool_of(tree).make(0);
   tree.root.children.pool = tree.node_pool;
   Policy<Tree>::init_keys(tree);
+}
+
+template <class Tree>
+int64_t memory_bytes(const Tree &tree) {
+  int64_t bytes = pools_and_keys_bytes(tree);
+  const NodeOf<Tree> *node = &tree.root;
+  for (; node != nullptr; node = next_in_preorder(*node, tree.root, true))
+    bytes += slots::table_bytes(node->children);
+  return bytes;
 }
 
 // ---- emptying

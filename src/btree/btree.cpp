@@ -223,6 +223,8 @@ int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub
 
 int mub_btree_verify(const mub_btree *tree, const char **what) { return report(bplus::verify(*tree), what); }
 
+int64_t mub_btree_memory_bytes(const mub_btree *tree) { return bplus::memory_bytes(*tree); }
+
 void mub_btree_entry_init(mub_btree_entry *entry) { bplus::init_node(*entry); }
 
 mub_btree_entry *mub_btree_entry_new(mub_btree *tree, int level) { return bplus::new_node(*tree, level); }

@@ -123,6 +123,8 @@ int mub_btreed_verify(const mub_btreed *tree, const char **what) {
   return report(bplus::verify(*tree), what);
 }
 
+int64_t mub_btreed_memory_bytes(const mub_btreed *tree) { return bplus::memory_bytes(*tree); }
+
 void mub_btreed_entry_init(mub_btreed_entry *entry) { bplus::init_node(*entry); }
 
 mub_btreed_entry *mub_btreed_entry_new(mub_btreed *tree, int level) { return bplus::new_node(*tree, level); }

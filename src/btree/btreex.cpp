@@ -123,6 +123,8 @@ int mub_btreex_verify(const mub_btreex *tree, const char **what) {
   return report(bplus::verify(*tree), what);
 }
 
+int64_t mub_btreex_memory_bytes(const mub_btreex *tree) { return bplus::memory_bytes(*tree); }
+
 void mub_btreex_entry_init(mub_btreex_entry *entry) { bplus::init_node(*entry); }
 
 mub_btreex_entry *mub_btreex_entry_new(mub_btreex *tree, int level) { return bplus::new_node(*tree, level); }

@@ -156,6 +156,11 @@ uint64_t block_bytes(const Record &record) {
   return record.data == nullptr ? 0 : (static_cast<uint64_t>(record.capacity) + 1) * kUnitBytes<Record>;
 }
 
+template <class Record>
+int64_t memory_bytes(const Record &record) {
+  return static_cast<int64_t>(block_bytes(record));
+}
+
 // `count` is not negative. Doubled, for wide units, it still fits in 64 unsigned bits.
 template <class Record>
 PinnedBytes pinned(const Record &record, const void *units, int64_t count) {

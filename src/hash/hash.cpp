@@ -97,6 +97,8 @@ int mub_hash_verify(const mub_hash *hash, const char **what) {
   return report(hash_table::verify(*hash), what);
 }
 
+int64_t mub_hash_memory_bytes(const mub_hash *hash) { return hash_table::memory_bytes(*hash); }
+
 uint64_t mub_hash_key(const void *key, int64_t length, int nocase) {
   const ByteKey measured = measured_key(key, length);
   return nocase == 0 ? key_hash(measured.bytes, measured.length)

@@ -49,6 +49,7 @@
 #include "arrays/slot_table.h"
 #include "base/prefetch.h"
 #include "containers/container_pools.h"
+#include "containers/memory.h"
 #include "containers/policy.h"
 #include "mub_hash.h"
 #include "pool/pool.h"
@@ -457,6 +458,11 @@ void free_all(Table &table, mub_free_fn release_it) {
   slots::term(table.buckets);
   empty_pools(table);
   table.count = 0;
+}
+
+template <class Table>
+int64_t memory_bytes(const Table &table) {
+  return slots::table_bytes(table.buckets) + pools_and_keys_bytes(table);
 }
 
 }  // namespace mub::hash_table

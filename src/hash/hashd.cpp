@@ -30,6 +30,8 @@ int mub_hashd_verify(const mub_hashd *table, const char **what) {
   return report(hash_table::verify(*table), what);
 }
 
+int64_t mub_hashd_memory_bytes(const mub_hashd *table) { return hash_table::memory_bytes(*table); }
+
 uint32_t mub_hashd_key(uint32_t key) { return Policy<mub_hashd>::mixed(key); }
 
 int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, mub_init_fn init) {

@@ -74,6 +74,8 @@ int mub_hasht_verify(const mub_hasht *table, const char **what) {
   return report(hash_table::verify(*table), what);
 }
 
+int64_t mub_hasht_memory_bytes(const mub_hasht *table) { return hash_table::memory_bytes(*table); }
+
 uint32_t mub_hasht_key(const uint32_t *key) { return hash_of(key); }
 
 int mub_hasht_cmp(const uint32_t *a, const uint32_t *b) {

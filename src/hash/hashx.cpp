@@ -30,6 +30,8 @@ int mub_hashx_verify(const mub_hashx *table, const char **what) {
   return report(hash_table::verify(*table), what);
 }
 
+int64_t mub_hashx_memory_bytes(const mub_hashx *table) { return hash_table::memory_bytes(*table); }
+
 uint32_t mub_hashx_key(uint64_t key) { return Policy<mub_hashx>::mixed(key); }
 
 int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, mub_init_fn init) {

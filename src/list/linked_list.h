@@ -30,6 +30,7 @@
 
 #include "containers/container_pools.h"
 #include "containers/key_store.h"
+#include "containers/memory.h"
 #include "containers/policy.h"
 #include "containers/pool_clone.h"
 #include "mub_list.h"
@@ -304,6 +305,11 @@ void free_all(List &list, mub_free_fn release_it) {
   Policy<List>::term_keys(list);
   empty_pools(list);
   reset(list);
+}
+
+template <class List>
+int64_t memory_bytes(const List &list) {
+  return pools_and_keys_bytes(list);
 }
 
 // ---- copies

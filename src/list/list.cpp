@@ -67,6 +67,8 @@ int mub_list_verify(const mub_list *list, const char **what) {
   return report(linked_list::verify(*list), what);
 }
 
+int64_t mub_list_memory_bytes(const mub_list *list) { return linked_list::memory_bytes(*list); }
+
 mub_list_entry *mub_list_entry_new(mub_list *list) { return linked_list::take_entry(*list); }
 
 mub_list_entry *mub_list_add_head(mub_list *list, const void *key, int64_t length, uint64_t value) {

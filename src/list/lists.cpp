@@ -34,6 +34,8 @@ int mub_lists_verify(const mub_lists *list, const char **what) {
   return report(linked_list::verify(*list), what);
 }
 
+int64_t mub_lists_memory_bytes(const mub_lists *list) { return linked_list::memory_bytes(*list); }
+
 mub_lists_entry *mub_lists_entry_new(mub_lists *list) { return linked_list::take_entry(*list); }
 
 mub_lists_entry *mub_lists_add_head(mub_lists *list, uint64_t value) {

@@ -114,6 +114,8 @@ int mub_listx_verify(const mub_listx *list, const char **what) {
   return report(linked_list::verify(*list), what);
 }
 
+int64_t mub_listx_memory_bytes(const mub_listx *list) { return linked_list::memory_bytes(*list); }
+
 mub_listx_block *mub_listx_entry_new(mub_listx *list) { return linked_list::take_entry(*list); }
 
 mub_listx *mub_listx_add_head(mub_listx *list, uint64_t value) { return add<End::kHead>(*list, value); }

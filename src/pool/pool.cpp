@@ -185,6 +185,15 @@ void sort(mub_pool_chunk *map, int64_t count) {
   if (count > 0) std::sort(map, map + count, lower);
 }
 
+int64_t memory_bytes(const mub_pool &pool) {
+  const auto unused =
+      std::count(pool.free_pages, pool.free_pages + pool.free_capacity, static_cast<void *>(nullptr));
+  const int64_t chunk_bytes = pool.blocks_per_chunk * pool.block_size;
+  const int64_t page_bytes = pool.blocks_per_chunk * int64_t{sizeof(void *)};
+  return pool.chunk_count * chunk_bytes + (pool.free_capacity - unused) * page_bytes +
+         (pool.chunk_capacity + pool.free_capacity) * int64_t{sizeof(void *)};
+}
+
 bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destination) {
   if (&source == &destination) return true;
   empty(destination);
@@ -285,6 +294,8 @@ void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, mub_pool 
 }
 
 int mub_pool_verify(const mub_pool *pool, const char **what) { return report(pool::verify(*pool), what); }
+
+int64_t mub_pool_memory_bytes(const mub_pool *pool) { return pool::memory_bytes(*pool); }
 
 int mub_pool_compare(const void *a, const void *b) {
   return pool::order(static_cast<const mub_pool_chunk *>(a)->base,

@@ -152,6 +152,9 @@ void sort(mub_pool_chunk *map, int64_t count);
 // Empties the destination and makes it a copy. Returns false and leaves it empty if memory runs out.
 bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destination);
 
+// The size of the chunks and pages and of their tables, as they were allocated.
+int64_t memory_bytes(const mub_pool &pool);
+
 // Checks the invariants: all of them, or only those of the record and its tables.
 Fault verify(const mub_pool &pool);
 Fault verify_record(const mub_pool &pool);

@@ -75,6 +75,8 @@ int mub_stream_verify(const mub_stream *stream, const char **what) {
   return mub::report(mub::buffer::verify(*stream), what);
 }
 
+int64_t mub_stream_memory_bytes(const mub_stream *stream) { return mub::buffer::memory_bytes(*stream); }
+
 int mub_stream_clone_string(const mub_stream *source, mub_string *destination) {
   mub::buffer::init(*destination);
   return mub::buffer::clone(*source, *destination);

@@ -48,6 +48,8 @@ int mub_string_verify(const mub_string *string, const char **what) {
   return mub::report(mub::buffer::verify(*string), what);
 }
 
+int64_t mub_string_memory_bytes(const mub_string *string) { return mub::buffer::memory_bytes(*string); }
+
 int mub_string_copy(mub_string *string, const char *text, int64_t count) {
   return mub::buffer::copy(*string, text, mub::measured(text, count));
 }

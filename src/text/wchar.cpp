@@ -65,6 +65,8 @@ int mub_wchar_verify(const mub_wchar *string, const char **what) {
   return mub::report(mub::buffer::verify(*string), what);
 }
 
+int64_t mub_wchar_memory_bytes(const mub_wchar *string) { return mub::buffer::memory_bytes(*string); }
+
 void mub_wchar_copy(mub_wchar *string, const uint16_t *text, int64_t count) {
   mub::buffer::copy(*string, text, mub::WideOps::measured(text, count));
 }

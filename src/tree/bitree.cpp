@@ -101,6 +101,8 @@ int mub_bitree_verify(const mub_bitree *tree, const char **what) {
   return report(linked_tree::verify(*tree), what);
 }
 
+int64_t mub_bitree_memory_bytes(const mub_bitree *tree) { return linked_tree::memory_bytes(*tree); }
+
 mub_bitree_entry *mub_bitree_clone_entry(mub_bitree *tree, const mub_bitree_entry *source) {
   return linked_tree::Copying(*tree).clone(*source);
 }

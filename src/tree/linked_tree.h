@@ -42,6 +42,7 @@
 #include <utility>
 
 #include "containers/container_pools.h"
+#include "containers/memory.h"
 #include "containers/policy.h"
 #include "containers/pool_clone.h"
 #include "mub_tree.h"
@@ -160,6 +161,11 @@ void free_all(Tree &tree, mub_free_fn release_it) {
     tree.root = {};  // its branches may have been returned: remove_all() must not visit them
   }
   remove_all(tree);
+}
+
+template <class Tree>
+int64_t memory_bytes(const Tree &tree) {
+  return pools_and_keys_bytes(tree);
 }
 
 // ---- copies

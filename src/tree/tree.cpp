@@ -196,6 +196,8 @@ int mub_tree_verify(const mub_tree *tree, const char **what) {
   return report(linked_tree::verify(*tree), what);
 }
 
+int64_t mub_tree_memory_bytes(const mub_tree *tree) { return linked_tree::memory_bytes(*tree); }
+
 mub_tree_entry *mub_tree_clone_entry(mub_tree *tree, const mub_tree_entry *source) {
   return linked_tree::Copying(*tree).clone(*source);
 }

@@ -188,6 +188,10 @@ struct WorldOf : World {
     }
   }
   void compare() {
+    int64_t held = 0;
+    for (const mub_pool *each : {&pool, &users[0], &users[1]}) held += mub_pool_memory_bytes(each);
+    for (const Slot &slot : slots) held += Functions<R>::memory_bytes_(&slot.record);
+    ASSERT_NO_FATAL_FAILURE(expect_held(held));
     for (auto *slot : {self, peer}) {
       if (slot == nullptr) continue;
       const R &record = slot->record;
@@ -506,6 +510,7 @@ struct WorldOf : World {
     EXPECT_EQ(seen, is_callback_given ? values : std::vector<uint64_t>());
   }
   void expect(op::verify_, int result) { EXPECT_EQ(result, is_intact(*self) ? 1 : 0); }
+  void expect(op::memory_bytes_, int64_t) {}
   void expect(op::length_, int64_t result) { EXPECT_EQ(result, 8 * self->table.count); }
 
   // With a consistent comparator the slots are sorted; with any other they are a permutation.

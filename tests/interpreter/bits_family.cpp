@@ -21,6 +21,7 @@ struct Slot<mub_bits> {
   }
   void clear() { bytes.clear(); }
   bool is_intact() const { return true; }
+  int64_t memory_bytes() const { return bytes.empty() ? 0 : length() + 1; }
   void compare() {
     ASSERT_EQ(record.size, bytes.size());
     expect_intact(mub_bits_verify, record);

@@ -121,6 +121,11 @@ struct WorldOf : World {
 
   // Compares the records that the step may have changed with their models, and every 8 steps all records.
   void compare() {
+    int64_t bytes = 0;
+    for (const mub_pool *pool : {&entries, &nodes, &values, &users[0], &users[1]})
+      bytes += mub_pool_memory_bytes(pool);
+    for (auto &slot : slots) bytes += Functions<R>::memory_bytes_(&slot.record);
+    ASSERT_NO_FATAL_FAILURE(expect_held(bytes));
     for (auto &slot : slots) {
       const bool is_due = &slot == self || &slot == peer || steps % 8 == 0;
       if (is_due) compare(slot);
@@ -252,6 +257,8 @@ auto call_with(auto function, const auto &...args) {
 void check(op::verify_, auto &, auto &, Out<const char *> &what, int result) {
   EXPECT_TRUE(result == 1 && *what.value == nullptr);
 }
+// Compared with the heap after each step.
+void check(op::memory_bytes_, auto &, auto &, int64_t) {}
 
 // The nonzero values, in the order of release.
 Words values_of(const auto &content) {

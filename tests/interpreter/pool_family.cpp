@@ -92,6 +92,9 @@ struct WorldOf<mub_pool> : World {
     for (Slot &slot : slots) mub_pool_term(&slot.pool);
   }
   void compare() {
+    int64_t bytes = 0;
+    for (const Slot &slot : slots) bytes += mub_pool_memory_bytes(&slot.pool);
+    ASSERT_NO_FATAL_FAILURE(expect_held(bytes));
     for (Slot &slot : slots) ASSERT_NO_FATAL_FAILURE(slot.compare());
   }
   Slot &slot() { return slots[program.below(3)]; }

@@ -132,13 +132,16 @@ struct Slot : Span<std::remove_pointer_t<decltype(R::data)>> {
     const Units read = units_of(record.data, size_of(units));
     for (int64_t i = filled + (kIsStream ? 0 : 1); i < loose; ++i) units[clipped(i)] = read[clipped(i)];
     ASSERT_EQ(read, units);
-    if constexpr (requires { Functions<R>::verify_; })
+    if constexpr (requires { Functions<R>::verify_; }) {
       expect_intact(Functions<R>::verify_, record, is_intact());
+      ASSERT_EQ(Functions<R>::memory_bytes_(&record), memory_bytes());
+    }
     loose = 0;
     if (filled >= 3000) release();
   }
   // The terminator may be overwritten, or missing in the block of a stream.
   bool is_intact() const { return kIsStream || units.empty() || units[clipped(filled)] == 0; }
+  int64_t memory_bytes() const { return size_of(units) * int64_t{sizeof(typename Slot::Unit)}; }
   void release() {
     std::free(std::exchange(record, {}).data);
     this->clear();
@@ -406,6 +409,7 @@ void want(OneOf<op::append_, op::append_str_> auto, auto &slot, const auto &text
 }
 
 bool want(op::verify_, auto &slot, auto &) { return slot.is_intact(); }
+int64_t want(op::memory_bytes_, auto &slot) { return slot.memory_bytes(); }
 
 // Bytes of strings and their views are signed, and -1 out of range.
 int want(op::get_at_, auto &slot, int64_t at) {

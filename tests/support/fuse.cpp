@@ -1,6 +1,8 @@
 #include "support/fuse.h"
 
 #include <cstddef>
+#include <mutex>
+#include <unordered_map>
 #include <utility>
 
 namespace {
@@ -9,6 +11,25 @@ namespace {
 thread_local int64_t allocations = 0;
 thread_local int64_t first_refused = INT64_MAX;
 thread_local int64_t end_of_refusals = INT64_MAX;
+
+// The sizes of the library's blocks. Never destroyed, as blocks may be released after main().
+struct Heap {
+  std::mutex mutex;
+  std::unordered_map<void *, size_t> sizes;
+  int64_t bytes = 0;
+};
+Heap &heap() {
+  static auto *const all = new Heap;
+  return *all;
+}
+// 0: the block is released.
+void note_size(void *block, size_t size) {
+  const std::lock_guard lock(heap().mutex);
+  size_t &noted = heap().sizes[block];
+  heap().bytes += static_cast<int64_t>(size) - static_cast<int64_t>(noted);
+  noted = size;
+  if (size == 0) heap().sizes.erase(block);
+}
 
 }  // namespace
 
@@ -23,6 +44,11 @@ bool disarm_fuse() { return allocations > std::exchange(first_refused, INT64_MAX
 
 int64_t allocations_so_far() { return allocations; }
 
+int64_t heap_bytes() {
+  const std::lock_guard lock(heap().mutex);
+  return heap().bytes;
+}
+
 }  // namespace mub_test
 
 // Tests allocate impossible sizes: make the sanitizer return NULL, as malloc does.
@@ -32,9 +58,18 @@ extern "C" const char *__asan_default_options() { return "allocator_may_return_n
 // The names are those of the linker's option --wrap.
 extern "C" void *__real_malloc(size_t size);
 extern "C" void *__wrap_malloc(size_t size);
+extern "C" void __real_free(void *block);
+extern "C" void __wrap_free(void *block);
 // Allocations of 4 GiB and more always fail.
 void *__wrap_malloc(size_t size) {
   const int64_t number = allocations++;
   const bool is_refused = number >= first_refused && number < end_of_refusals;
-  return is_refused || uint64_t{size} >> 32 != 0 ? nullptr : __real_malloc(size);
+  if (is_refused || uint64_t{size} >> 32 != 0) return nullptr;
+  void *block = __real_malloc(size);
+  if (block != nullptr) note_size(block, size);
+  return block;
+}
+void __wrap_free(void *block) {
+  if (block != nullptr) note_size(block, 0);
+  __real_free(block);
 }

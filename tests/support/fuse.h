@@ -1,6 +1,6 @@
 // The fuse makes selected allocations of the library fail.
 //
-// The tests are linked with --wrap=malloc, which intercepts every allocation of the library. Arm the fuse for
+// The tests are linked with --wrap=malloc and --wrap=free, which intercept every allocation of the library. Arm the fuse for
 // one operation at a time. The test's own containers use operator new, which is not affected.
 #ifndef MUB_TESTS_SUPPORT_FUSE_H
 #define MUB_TESTS_SUPPORT_FUSE_H
@@ -21,6 +21,9 @@ bool disarm_fuse();
 
 // The number of allocations of the library in this thread.
 int64_t allocations_so_far();
+
+// The bytes in blocks that the library has allocated and not released.
+int64_t heap_bytes();
 
 // Runs `attempt(refused_in)` with the first, second, third … allocation failing, until there are no more
 // allocations: once with only that allocation failing, and once with all that follow. `attempt` initialises
