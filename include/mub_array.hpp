@@ -10,10 +10,8 @@
  *
  * contains, get, find, insert, emplace, update, remove, find_index and nearest_index need a sorted array;
  * append, scan_index and the operations with an index work in any order, and sort() sorts. That an array is
- * sorted is not checked. Additions that return nothing do nothing if memory runs out: call reserve() first to
- * find out whether there is room for the entries. Only mub::array::append() with a key adds an entry even if
- * there is no memory for the key, which is then empty. Every addition, removal and sort invalidates
- * iterators.
+ * sorted is not checked. Only mub::array::append() with a key adds an entry even if there is no memory for the
+ * key, which is then empty. Every addition, removal and sort invalidates iterators.
  */
 #ifndef MUB_ARRAY_HPP
 #define MUB_ARRAY_HPP
@@ -175,65 +173,129 @@ std::int64_t slots_in_use(const Record *array) noexcept {
 template <class Flag>
 using only_bool = std::enable_if_t<std::is_same_v<Flag, bool>, int>;
 
-// A random access iterator by index, which yields Access::at(record, index).
+// An index. Its iterators have random access.
 template <class Access>
-class index_iterator
-    : public walker<index_iterator<Access>, typename Access::reference, std::random_access_iterator_tag> {
+class index_position {
  public:
-  using difference_type = std::ptrdiff_t;
-  using reference = typename Access::reference;
+  using category = std::random_access_iterator_tag;
+  template <class Value>
+  using reference = typename Access::template reference<Value>;
 
-  index_iterator() = default;
-  index_iterator(const typename Access::record *array, std::int64_t index) noexcept
+  index_position() = default;
+  index_position(const typename Access::record *array, std::int64_t index) noexcept
       : array_(array), index_(index) {}
 
-  reference operator*() const noexcept { return Access::at(array_, index_); }
-  reference operator[](difference_type n) const noexcept { return Access::at(array_, index_ + n); }
+  template <class Value>
+  reference<Value> at() const noexcept {
+    return Access::template at<Value>(array_, index_);
+  }
   void step() noexcept { ++index_; }
   void step_back() noexcept { --index_; }
-  std::int64_t place() const noexcept { return index_; }
-
-  index_iterator &operator+=(difference_type n) noexcept {
-    index_ += n;
-    return *this;
-  }
-  index_iterator &operator-=(difference_type n) noexcept { return *this += -n; }
-  friend index_iterator operator+(index_iterator it, difference_type n) noexcept { return it += n; }
-  friend index_iterator operator+(difference_type n, index_iterator it) noexcept { return it += n; }
-  friend index_iterator operator-(index_iterator it, difference_type n) noexcept { return it -= n; }
-  friend difference_type operator-(const index_iterator &a, const index_iterator &b) noexcept {
-    return a.index_ - b.index_;
-  }
-  friend bool operator<(const index_iterator &a, const index_iterator &b) noexcept {
-    return a.index_ < b.index_;
-  }
-  friend bool operator>(const index_iterator &a, const index_iterator &b) noexcept { return b < a; }
-  friend bool operator<=(const index_iterator &a, const index_iterator &b) noexcept { return !(b < a); }
-  friend bool operator>=(const index_iterator &a, const index_iterator &b) noexcept { return !(a < b); }
+  std::int64_t entry() const noexcept { return index_; }
+  index_position plus(std::ptrdiff_t n) const noexcept { return {array_, index_ + n}; }
 
  private:
   const typename Access::record *array_ = nullptr;
   std::int64_t index_ = 0;
 };
 
-template <class Traits, class Value>
+template <class Access, class Value>
+using index_iterator = iterator<index_position<Access>, Value>;
+
+template <class A, class V>
+index_iterator<A, V> operator+(const index_iterator<A, V> &it, std::ptrdiff_t n) noexcept {
+  return index_iterator<A, V>(it.place().plus(n));
+}
+template <class A, class V>
+index_iterator<A, V> operator+(std::ptrdiff_t n, const index_iterator<A, V> &it) noexcept {
+  return it + n;
+}
+template <class A, class V>
+index_iterator<A, V> operator-(const index_iterator<A, V> &it, std::ptrdiff_t n) noexcept {
+  return it + -n;
+}
+template <class A, class V>
+index_iterator<A, V> &operator+=(index_iterator<A, V> &it, std::ptrdiff_t n) noexcept {
+  return it = it + n;
+}
+template <class A, class V>
+index_iterator<A, V> &operator-=(index_iterator<A, V> &it, std::ptrdiff_t n) noexcept {
+  return it = it + -n;
+}
+template <class A, class V, class W>
+std::ptrdiff_t operator-(const index_iterator<A, V> &a, const index_iterator<A, W> &b) noexcept {
+  return static_cast<std::ptrdiff_t>(a.position() - b.position());
+}
+template <class A, class V, class W>
+bool operator<(const index_iterator<A, V> &a, const index_iterator<A, W> &b) noexcept {
+  return a.position() < b.position();
+}
+template <class A, class V, class W>
+bool operator>(const index_iterator<A, V> &a, const index_iterator<A, W> &b) noexcept {
+  return b < a;
+}
+template <class A, class V, class W>
+bool operator<=(const index_iterator<A, V> &a, const index_iterator<A, W> &b) noexcept {
+  return !(b < a);
+}
+template <class A, class V, class W>
+bool operator>=(const index_iterator<A, V> &a, const index_iterator<A, W> &b) noexcept {
+  return !(a < b);
+}
+
+template <class Traits>
 struct entry_access {
   using record = typename Traits::record;
+  template <class Value>
   using reference = item<typename Traits::key_type, Value>;
-  static reference at(const record *array, std::int64_t index) noexcept {
+  template <class Value>
+  static reference<Value> at(const record *array, std::int64_t index) noexcept {
     auto *entry = array->entries + index;
     return {Traits::key_of(array, entry), entry->value};
   }
 };
 
-template <class Value>
 struct word_access {
   using record = mub_arrayt;
+  template <class Value>
   using reference = Value &;
-  static reference at(const record *array, std::int64_t index) noexcept {
+  template <class Value>
+  static Value &at(const record *array, std::int64_t index) noexcept {
     // The iterators of a const array yield const words only.
     return index < 4 ? const_cast<record *>(array)->inline_items[index] : array->tail[index - 4];
   }
+};
+
+/** The members that all arrays have in common. */
+template <class Derived>
+class indexed {
+ public:
+  /** Returns the first item, in an array that is not empty. */
+  ///@{
+  decltype(auto) front() { return self()[0]; }
+  decltype(auto) front() const { return self()[0]; }
+  ///@}
+  /** Returns the last item, in an array that is not empty. */
+  ///@{
+  decltype(auto) back() { return self()[self().size() - 1]; }
+  decltype(auto) back() const { return self()[self().size() - 1]; }
+  ///@}
+
+  /** Removes the last item and returns its value, which is not released; 0 if there is none. */
+  std::uint64_t pop_back() { return self().remove_at(self().size() - 1); }
+
+ protected:
+  // Removes the item at an iterator; the iterator's index is then that of the next item.
+  template <class Iterator>
+  auto erase_at(Iterator position) {
+    const std::int64_t index = position - std::as_const(self()).begin();
+    self().remove_at(index);
+    return self().begin() + index;
+  }
+
+ private:
+  Derived &self() noexcept { return static_cast<Derived &>(*this); }
+  const Derived &self() const noexcept { return static_cast<const Derived &>(*this); }
 };
 
 }  // namespace detail
@@ -246,12 +308,14 @@ struct word_access {
  * its values refer to; see mub_array.
  */
 template <class Traits>
-class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits> {
+class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits>,
+                    public detail::indexed<basic_array<Traits>> {
   using base = detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits>;
+  using place = detail::index_position<detail::entry_access<Traits>>;
 
  public:
-  using iterator = detail::index_iterator<detail::entry_access<Traits, std::uint64_t>>;
-  using const_iterator = detail::index_iterator<detail::entry_access<Traits, const std::uint64_t>>;
+  using iterator = detail::iterator<place, std::uint64_t>;
+  using const_iterator = detail::iterator<place, const std::uint64_t>;
   using base::c;
   using typename base::entry_type;
   using typename base::key_type;
@@ -281,32 +345,46 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   /** Sets the count, which can also be increased up to the capacity; see mub_array_shrink(). */
   void shrink(std::int64_t n) { Traits::shrink(c(), n); }
 
-  /** Adds an entry at the end, without regard to the order; see mub_array_append(). */
-  void append(key_type key, std::uint64_t value) { Traits::call(Traits::append, c(), key, value); }
+  /**
+   * Adds an entry at the end, without regard to the order; false if memory ran out. See mub_array_append().
+   */
+  ///@{
+  bool append(key_type key, std::uint64_t value) {
+    return this->grows([&](auto *record) { Traits::call(Traits::append, record, key, value); });
+  }
+  bool push_back(key_type key, std::uint64_t value) { return append(key, value); }
+  ///@}
 
   /**
    * Adds copies of all entries of an array, which may be this one, at the end; see mub_array_append_array().
    */
-  void append(const basic_array &source) { Traits::append_array(c(), source.c()); }
+  void append(const basic_array &source) { Traits::append_array(this->growing(), source.c()); }
 
   /**
    * Adds an entry at the end, with a new block of the value pool as its value, and returns the block; 0 if
    * there is none. See mub_array_append_new().
    */
   std::uint64_t append_new(key_type key, mub_init_fn init = nullptr) {
-    return Traits::call(Traits::append_new, c(), key, init);
+    return Traits::call(Traits::append_new, this->growing(), key, init);
   }
 
-  /** Adds an entry before the one at an index, or at the end; see mub_array_insert_at(). */
-  void insert_at(std::int64_t index, key_type key, std::uint64_t value) {
-    Traits::call([index](auto *array, auto... rest) { Traits::insert_at(array, index, rest...); }, c(), key,
-                 value);
+  /**
+   * Adds an entry before the one at an index, or at the end; false if there is no such index or memory ran
+   * out. See mub_array_insert_at().
+   */
+  bool insert_at(std::int64_t index, key_type key, std::uint64_t value) {
+    const auto insert = [index](auto *array, auto... rest) { Traits::insert_at(array, index, rest...); };
+    return this->grows([&](auto *record) { Traits::call(insert, record, key, value); });
   }
 
   /**
    * Removes the entry at an index and returns its value, which is not released; see mub_array_remove_at().
    */
   std::uint64_t remove_at(std::int64_t index) { return Traits::remove_at(c(), index); }
+
+  using base::erase;
+  /** Removes the entry at an iterator, which is not released; returns the next iterator. */
+  iterator erase(const_iterator position) { return this->erase_at(position); }
 
   /** Removes the entry at an index and passes its value to `release`; see mub_array_free_at(). */
   void free_at(std::int64_t index, mub_free_fn release) { Traits::free_at(c(), index, release); }
@@ -322,17 +400,17 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
 
   /** Returns the key and value at an index from 0 to size() - 1, which is not checked. */
   ///@{
-  typename iterator::reference operator[](std::int64_t index) { return *iterator(c(), index); }
-  typename const_iterator::reference operator[](std::int64_t index) const {
-    return *const_iterator(c(), index);
-  }
+  typename iterator::reference operator[](std::int64_t index) { return begin()[index]; }
+  typename const_iterator::reference operator[](std::int64_t index) const { return begin()[index]; }
   ///@}
 
-  /**
-   * Returns the entry of a key, added with value 0 if the key is absent; nullptr if that failed. See
-   * mub_array_entry_insert().
-   */
-  [[nodiscard]] entry_type *emplace(key_type key) { return Traits::call(Traits::entry_insert, c(), key); }
+  /** Finds the entry of a key, or adds one with value 0; see mub_array_entry_insert(). */
+  emplaced<entry_type> emplace(key_type key) {
+    entry_type *entry = nullptr;
+    const bool inserted =
+        this->grows([&](auto *record) { entry = Traits::call(Traits::entry_insert, record, key); });
+    return {entry, inserted};
+  }
 
   /** Returns the index of a key; -1 if it is absent. See mub_array_find_index(). */
   std::int64_t find_index(key_type key) const { return Traits::call(Traits::find_index, c(), key); }
@@ -363,10 +441,10 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
 
   /** Iterators in the order of the array. */
   ///@{
-  iterator begin() noexcept { return iterator(c(), 0); }
-  const_iterator begin() const noexcept { return const_iterator(c(), 0); }
-  iterator end() noexcept { return iterator(c(), detail::slots_in_use(c())); }
-  const_iterator end() const noexcept { return const_iterator(c(), detail::slots_in_use(c())); }
+  iterator begin() noexcept { return iterator(place(c(), 0)); }
+  const_iterator begin() const noexcept { return const_iterator(place(c(), 0)); }
+  iterator end() noexcept { return iterator(place(c(), detail::slots_in_use(c()))); }
+  const_iterator end() const noexcept { return const_iterator(place(c(), detail::slots_in_use(c()))); }
   ///@}
 };
 
@@ -414,7 +492,9 @@ struct arrayt_life {
  * An array of bare 64-bit items, which owns its table and the pool that it created, but not what the items
  * refer to; see mub_arrays. Iterators are pointers.
  */
-class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_traits, true>> {
+class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_traits, true>>,
+               public detail::indexed<arrays>,
+               public detail::range<arrays> {
   using base = detail::owner<arrays, detail::array_life<detail::arrays_traits, true>>;
 
  public:
@@ -449,29 +529,41 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   /** Sets the count, which can also be increased up to the capacity; see mub_arrays_shrink(). */
   void shrink(std::int64_t n) { mub_arrays_shrink(c(), n); }
 
-  /** Adds an item at the end, without regard to the order; see mub_arrays_append(). */
-  void append(std::uint64_t item) { mub_arrays_append(c(), item); }
+  /** Adds an item at the end, without regard to the order; false if memory ran out. See mub_arrays_append(). */
+  ///@{
+  bool append(std::uint64_t item) {
+    return grows([&](auto *record) { mub_arrays_append(record, item); });
+  }
+  bool push_back(std::uint64_t item) { return append(item); }
+  ///@}
 
   /** Adds all items of an array, which may be this one, at the end; see mub_arrays_append_array(). */
-  void append(const arrays &source) { mub_arrays_append_array(c(), source.c()); }
+  void append(const arrays &source) { mub_arrays_append_array(growing(), source.c()); }
 
   /**
    * Adds a new block of the item pool at the end and returns it; 0 if there is none. See
    * mub_arrays_append_new().
    */
-  std::uint64_t append_new(mub_init_fn init = nullptr) { return mub_arrays_append_new(c(), init); }
-
-  /** Adds an item before the one at an index, or at the end; see mub_arrays_insert_at(). */
-  void insert_at(std::int64_t index, std::uint64_t item) { mub_arrays_insert_at(c(), index, item); }
-  /** Removes the item at an index and returns it, not released; see mub_arrays_remove_at(). */
-  std::uint64_t remove_at(std::int64_t index) { return mub_arrays_remove_at(c(), index); }
+  std::uint64_t append_new(mub_init_fn init = nullptr) { return mub_arrays_append_new(growing(), init); }
 
   /**
-   * Adds an item to a sorted array unless an equal one is present. Returns whether none was present, even if
-   * memory ran out. See mub_arrays_insert().
+   * Adds an item before the one at an index, or at the end; false if there is no such index or memory ran
+   * out. See mub_arrays_insert_at().
    */
-  [[nodiscard]] bool insert(std::uint64_t item, mub_compare_item_fn compare, std::uint64_t context = 0) {
-    return mub_arrays_insert(c(), item, context, compare) != 0;
+  bool insert_at(std::int64_t index, std::uint64_t item) {
+    return grows([&](auto *record) { mub_arrays_insert_at(record, index, item); });
+  }
+  /** Removes the item at an index and returns it, not released; see mub_arrays_remove_at(). */
+  std::uint64_t remove_at(std::int64_t index) { return mub_arrays_remove_at(c(), index); }
+  /** Removes the item at an iterator, which is not released; returns the next iterator. */
+  iterator erase(const_iterator position) { return this->erase_at(position); }
+
+  /**
+   * Adds an item to a sorted array unless an equal one is present. Returns whether it was added: false if an
+   * equal one was present or memory ran out. See mub_arrays_insert().
+   */
+  bool insert(std::uint64_t item, mub_compare_item_fn compare, std::uint64_t context = 0) {
+    return grows([&](auto *record) { mub_arrays_insert(record, item, context, compare); });
   }
 
   /** Returns the item of a sorted array that is equal to a key; 0 if there is none. See mub_arrays_find(). */
@@ -520,11 +612,15 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
 };
 
 /** An array of 64-bit words, the first four of them in the record, which owns its table; see mub_arrayt. */
-class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
+class arrayt : public detail::owner<arrayt, detail::arrayt_life>,
+               public detail::indexed<arrayt>,
+               public detail::range<arrayt> {
+  using place = detail::index_position<detail::word_access>;
+
  public:
   using value_type = std::uint64_t;
-  using iterator = detail::index_iterator<detail::word_access<std::uint64_t>>;
-  using const_iterator = detail::index_iterator<detail::word_access<const std::uint64_t>>;
+  using iterator = detail::iterator<place, std::uint64_t>;
+  using const_iterator = detail::iterator<place, const std::uint64_t>;
 
   /** Constructs an empty array; nothing is allocated. */
   arrayt() noexcept : owner(std::in_place) {}
@@ -545,22 +641,36 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
   /** Makes room for `wanted` words in total; false if memory ran out. See mub_arrayt_expand(). */
   [[nodiscard]] bool reserve(std::int64_t wanted) { return mub_arrayt_expand(c(), wanted) != 0; }
 
-  /** Adds a word at the end, without regard to the order; see mub_arrayt_append(). */
-  void append(std::uint64_t word) { mub_arrayt_append(c(), word); }
+  /** Adds a word at the end, without regard to the order; false if memory ran out. See mub_arrayt_append(). */
+  ///@{
+  bool append(std::uint64_t word) {
+    return grows([&](auto *record) { mub_arrayt_append(record, word); });
+  }
+  bool push_back(std::uint64_t word) { return append(word); }
+  ///@}
 
   /** Adds all words of an array, which may be this one, at the end; see mub_arrayt_append_array(). */
-  void append(const arrayt &source) { mub_arrayt_append_array(c(), source.c()); }
-
-  /** Adds a word before the one at an index, or at the end; see mub_arrayt_insert_at(). */
-  void insert_at(std::int64_t index, std::uint64_t word) { mub_arrayt_insert_at(c(), index, word); }
-  /** Removes the word at an index and returns it; see mub_arrayt_remove_at(). */
-  std::uint64_t remove_at(std::int64_t index) { return mub_arrayt_remove_at(c(), index); }
+  void append(const arrayt &source) { mub_arrayt_append_array(growing(), source.c()); }
 
   /**
-   * Adds a word to a sorted array unless one with the same low 32 bits is present. Returns whether none was
-   * present, even if memory ran out. See mub_arrayt_insert().
+   * Adds a word before the one at an index, or at the end; false if there is no such index or memory ran out.
+   * See mub_arrayt_insert_at().
    */
-  [[nodiscard]] bool insert(std::uint64_t word) { return mub_arrayt_insert(c(), word) != 0; }
+  bool insert_at(std::int64_t index, std::uint64_t word) {
+    return grows([&](auto *record) { mub_arrayt_insert_at(record, index, word); });
+  }
+  /** Removes the word at an index and returns it; see mub_arrayt_remove_at(). */
+  std::uint64_t remove_at(std::int64_t index) { return mub_arrayt_remove_at(c(), index); }
+  /** Removes the word at an iterator, which is not released; returns the next iterator. */
+  iterator erase(const_iterator position) { return this->erase_at(position); }
+
+  /**
+   * Adds a word to a sorted array unless one with the same low 32 bits is present. Returns whether it was
+   * added: false if one was present or memory ran out. See mub_arrayt_insert().
+   */
+  bool insert(std::uint64_t word) {
+    return grows([&](auto *record) { mub_arrayt_insert(record, word); });
+  }
   /** Checks whether a sorted array has a word whose low 32 bits are `key`; see mub_arrayt_find(). */
   bool contains(std::uint32_t key) const { return mub_arrayt_find(c(), key) != 0; }
   /**
@@ -586,16 +696,16 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life> {
 
   /** Returns the word at an index from 0 to size() - 1, which is not checked. */
   ///@{
-  std::uint64_t &operator[](std::int64_t index) noexcept { return *iterator(c(), index); }
-  const std::uint64_t &operator[](std::int64_t index) const noexcept { return *const_iterator(c(), index); }
+  std::uint64_t &operator[](std::int64_t index) noexcept { return begin()[index]; }
+  const std::uint64_t &operator[](std::int64_t index) const noexcept { return begin()[index]; }
   ///@}
 
   /** Iterators in the order of the array. */
   ///@{
-  iterator begin() noexcept { return iterator(c(), 0); }
-  const_iterator begin() const noexcept { return const_iterator(c(), 0); }
-  iterator end() noexcept { return iterator(c(), size()); }
-  const_iterator end() const noexcept { return const_iterator(c(), size()); }
+  iterator begin() noexcept { return iterator(place(c(), 0)); }
+  const_iterator begin() const noexcept { return const_iterator(place(c(), 0)); }
+  iterator end() noexcept { return iterator(place(c(), size())); }
+  const_iterator end() const noexcept { return const_iterator(place(c(), size())); }
   ///@}
 };
 

@@ -4,17 +4,19 @@
  *
  * A type of namespace `mub` owns one C record: its constructors initialise the record and its destructor
  * terminates it. Members only call the C functions and allocate nothing themselves; "see mub_hash_insert()"
- * refers to the documentation of the C function. The @ref base "common rules" apply. No function throws, and
- * the headers compile without exceptions and RTTI. Common to all types:
+ * refers to the documentation of the C function. The @ref base "common rules" apply. No function throws,
+ * and the headers compile without exceptions and RTTI. Common to all types:
  *
  * - **Record.** c() returns the record: pass it to the C functions that have no member here, read its fields,
  *   and set those that are the caller's to set (`nocase`, `descending`, `key_type`).
  * - **Copies.** Types can be moved but not copied. clone() returns a copy with the same settings, which is
  *   empty if memory ran out.
  * - **Moves.** A move transfers contents, pools and settings. Entries keep their addresses, except for the
- *   root of a tree, which lies in the record. A moved-from object is empty and has no pools: look-ups find
- *   nothing, and a container whose entries lie in a pool refuses insertions until it is assigned to or
- *   reset().
+ *   root of a tree, which lies in the record. A moved-from object is empty and has no pools. To add something
+ *   to a moved-from container or pool, assign to it or reset() it first: an assert() checks that. Strings,
+ *   streams and bit sets need no pool and can be used again at once.
+ * - **Memory.** Additions return false or nullptr if memory ran out, and nothing has changed then. The result
+ *   may be ignored.
  * - **Keys.** Byte-string keys are passed as std::string_view: any bytes, NULs included. Keys that iterators
  *   return are views of the container's memory, valid until a key is added or removed.
  * - **Values.** Values are 64-bit words; to_word() and to_pointer() convert pointers. A destructor does
@@ -24,8 +26,8 @@
  *   `value` may be changed in place.
  * - **Iterators.** Iterators of keyed containers yield an item { key, value & } by value: `for (auto [key,
  *   value] : table)`. What invalidates an iteration in C invalidates iterators here. Nothing checks for
- *   invalid iterators, or for iterators and indexes out of range. Through a const container, values are
- *   const.
+ *   invalid iterators, or for iterators and indexes out of range. The iterators of a const container, and
+ *   those of cbegin(), yield const values.
  * - **Pools.** By default a container owns the pool of its entries and has none for values. `value_blocks{n}`
  *   adds one with blocks of n bytes. External pools are passed to the constructors that take mub_pool
  *   pointers. They must outlive the container, whose destructor returns its entries to them: do not return
@@ -34,6 +36,11 @@
 #ifndef MUB_BASE_HPP
 #define MUB_BASE_HPP
 
+#if __cplusplus < 201703L
+#error "the C++ types of libmub need C++17: compile with -std=c++17 or later"
+#endif
+
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -116,7 +123,7 @@ class owner {
    * keep their addresses.
    */
   ///@{
-  void swap(Derived &other) noexcept { Life::swap(&record_, other.c()); }
+  void swap(Derived &other) noexcept { exchange(other); }
   friend void swap(Derived &a, Derived &b) noexcept { a.swap(b); }
   ///@}
 
@@ -139,18 +146,39 @@ class owner {
   }
   owner(owner &&other) noexcept {
     Life::bare(&record_);
-    Life::swap(&record_, &other.record_);
+    exchange(other);
+    other.is_moved_from_ = true;
   }
   // Through a third object, so that assigning an object to itself keeps its contents.
   owner &operator=(owner &&other) noexcept {
     owner taken(std::move(other));
-    Life::swap(&record_, &taken.record_);
+    exchange(taken);
     return *this;
   }
   ~owner() { Life::release(&record_); }
 
+  /** Returns the record, to add something to it. */
+  record_type *growing() noexcept {
+    assert(!is_moved_from_ && "the container was moved from: assign to it or reset() it first");
+    return &record_;
+  }
+
+  /** Adds something with a C function that does not report failures; returns whether the size has grown. */
+  template <class Call>
+  bool grows(Call call) {
+    const std::int64_t before = static_cast<Derived &>(*this).size();
+    call(growing());
+    return static_cast<Derived &>(*this).size() > before;
+  }
+
  private:
+  void exchange(owner &other) noexcept {
+    Life::swap(&record_, &other.record_);
+    std::swap(is_moved_from_, other.is_moved_from_);
+  }
+
   record_type record_;
+  bool is_moved_from_ = false;
 };
 
 // Swaps the setting that the C function does not exchange: a pointer to the member, or nullptr.
@@ -225,14 +253,16 @@ struct integer_key {
   }
 };
 
-// The operators of an iterator, derived from its operator*, step() and, if it is bidirectional, step_back().
-// Two iterators are equal if their place()s are.
-template <class Derived, class Reference, class Category>
-class walker {
+/**
+ * An iterator. `Position` is where it stands: at<Value>() is the item there, step() and step_back() move it,
+ * and entry() identifies it. `Value` is const in the iterators of const containers.
+ */
+template <class Position, class Value>
+class iterator {
  public:
-  using iterator_category = Category;
-  using value_type = std::remove_cv_t<std::remove_reference_t<Reference>>;
-  using reference = Reference;
+  using iterator_category = typename Position::category;
+  using reference = typename Position::template reference<Value>;
+  using value_type = std::remove_cv_t<std::remove_reference_t<reference>>;
   using difference_type = std::ptrdiff_t;
   // Holds the item that operator-> points to.
   struct arrow {
@@ -240,45 +270,76 @@ class walker {
     const value_type *operator->() const noexcept { return &item; }
   };
   using pointer =
-      std::conditional_t<std::is_reference_v<Reference>, std::remove_reference_t<Reference> *, arrow>;
+      std::conditional_t<std::is_reference_v<reference>, std::remove_reference_t<reference> *, arrow>;
+  using position_type = Position;
 
+  iterator() = default;
+  explicit iterator(const Position &place) : place_(place) {}
+  // From the iterator of a container that is not const.
+  template <class Mutable, std::enable_if_t<std::is_same_v<const Mutable, Value>, int> = 0>
+  iterator(const iterator<Position, Mutable> &other) : place_(other.place()) {}
+
+  reference operator*() const { return place_.template at<Value>(); }
   pointer operator->() const {
-    if constexpr (std::is_reference_v<Reference>) {
-      return &*self();
+    if constexpr (std::is_reference_v<reference>) {
+      return &**this;
     } else {
-      return {*self()};
+      return {**this};
     }
   }
-  Derived &operator++() {
-    self().step();
-    return self();
+  reference operator[](difference_type n) const { return *(*this + n); }
+  iterator &operator++() {
+    place_.step();
+    return *this;
   }
-  Derived operator++(int) {
-    Derived before = self();
-    self().step();
+  iterator operator++(int) {
+    iterator before = *this;
+    place_.step();
     return before;
   }
-  Derived &operator--() {
-    self().step_back();
-    return self();
+  iterator &operator--() {
+    place_.step_back();
+    return *this;
   }
-  Derived operator--(int) {
-    Derived before = self();
-    self().step_back();
+  iterator operator--(int) {
+    iterator before = *this;
+    place_.step_back();
     return before;
   }
-  friend bool operator==(const Derived &a, const Derived &b) noexcept { return a.place() == b.place(); }
-  friend bool operator!=(const Derived &a, const Derived &b) noexcept { return a.place() != b.place(); }
+  friend bool operator==(const iterator &a, const iterator &b) noexcept {
+    return a.place_.entry() == b.place_.entry();
+  }
+  friend bool operator!=(const iterator &a, const iterator &b) noexcept { return !(a == b); }
+
+  /** Returns the entry of the iterator, nullptr at the end; in arrays its index. */
+  auto position() const noexcept {
+    using Entry = decltype(place_.entry());
+    if constexpr (std::is_const_v<Value> && std::is_pointer_v<Entry>) {
+      return static_cast<const std::remove_pointer_t<Entry> *>(place_.entry());
+    } else {
+      return place_.entry();
+    }
+  }
+  const Position &place() const noexcept { return place_; }
 
  private:
-  // operator* of the iterator, not of this class.
-  Derived &self() noexcept { return static_cast<Derived &>(*this); }
-  const Derived &self() const noexcept { return static_cast<const Derived &>(*this); }
+  Position place_ = {};
+};
+
+/** The members of a container that follow from its begin() and end(). */
+template <class Derived>
+class range {
+ public:
+  /** Iterators that cannot change values. */
+  ///@{
+  auto cbegin() const { return static_cast<const Derived &>(*this).begin(); }
+  auto cend() const { return static_cast<const Derived &>(*this).end(); }
+  ///@}
 };
 
 /** The members that hash tables, B-trees and sorted arrays have in common. */
 template <class Derived, class Life, class Traits>
-class keyed : public owner<Derived, Life> {
+class keyed : public owner<Derived, Life>, public range<Derived> {
   using base = owner<Derived, Life>;
 
  public:
@@ -295,9 +356,16 @@ class keyed : public owner<Derived, Life> {
 
   /** Checks whether a key is present; see mub_hash_find(). */
   bool contains(key_type key) const { return Traits::call(Traits::find, c(), key) != 0; }
+  /** Returns 1 if a key is present, else 0. */
+  std::int64_t count(key_type key) const { return contains(key) ? 1 : 0; }
 
   /** Returns the value of a key; 0 if it is absent. See mub_hash_get(). */
   mapped_type get(key_type key) const { return Traits::call(Traits::get, c(), key); }
+  /** Returns the value of a key; `otherwise` if it is absent. */
+  mapped_type get_or(key_type key, mapped_type otherwise) const {
+    const entry_type *entry = find(key);
+    return entry != nullptr ? entry->value : otherwise;
+  }
 
   /**
    * Returns the entry of a key, which belongs to the container; nullptr if it is absent. See
@@ -310,12 +378,19 @@ class keyed : public owner<Derived, Life> {
 
   /**
    * Adds a key with a value unless the key is present; see mub_hash_insert(), mub_btree_insert() and
-   * mub_array_insert(). Returns whether it was added: false if the key was present or memory ran out; arrays
-   * return true if memory ran out. Invalidates the iterators of arrays and B-trees, and those of hash tables
-   * if the number of buckets doubles.
+   * mub_array_insert(). Returns whether it was added: false if the key was present or memory ran out.
+   * Invalidates the iterators of arrays and B-trees, and those of hash tables if the number of buckets
+   * doubles.
    */
-  [[nodiscard]] bool insert(key_type key, mapped_type value) {
-    return Traits::call(Traits::insert, c(), key, value) != 0;
+  bool insert(key_type key, mapped_type value) {
+    return this->grows([&](auto *record) { Traits::call(Traits::insert, record, key, value); });
+  }
+
+  /** Adds a key with a value, or replaces its value, which is not released. Otherwise as emplace(). */
+  emplaced<entry_type> insert_or_assign(key_type key, mapped_type value) {
+    const emplaced<entry_type> result = static_cast<Derived &>(*this).emplace(key);
+    if (result.entry != nullptr) result.entry->value = value;
+    return result;
   }
 
   /**
@@ -332,6 +407,13 @@ class keyed : public owner<Derived, Life> {
    */
   mapped_type remove(key_type key) { return Traits::call(Traits::remove, c(), key); }
 
+  /** Removes a key as remove() does; returns how many keys were removed, 0 or 1. */
+  std::int64_t erase(key_type key) {
+    const std::int64_t before = size();
+    remove(key);
+    return before - size();
+  }
+
   /**
    * Removes all entries without a call for their values. Invalidates all iterators. See
    * mub_hash_remove_all().
@@ -345,6 +427,7 @@ class keyed : public owner<Derived, Life> {
   void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
 
  protected:
+  using traits = Traits;
   using base::base;
 };
 
@@ -372,9 +455,9 @@ class map : public keyed<Derived, Life, Traits> {
    *
    *     if (auto [entry, inserted] = words.emplace("the"); entry != nullptr) ++entry->value;
    */
-  [[nodiscard]] emplaced<entry_type> emplace(key_type key) {
+  emplaced<entry_type> emplace(key_type key) {
     entry_type *entry = nullptr;
-    const bool inserted = Traits::call(Traits::entry_set, c(), key, &entry) != 0;
+    const bool inserted = Traits::call(Traits::entry_set, this->growing(), key, &entry) != 0;
     return {entry, inserted};
   }
 
@@ -382,9 +465,9 @@ class map : public keyed<Derived, Life, Traits> {
    * Finds the value of a key, or adds the key with a block of the value pool, which is passed to `init`; see
    * mub_hash_set() and mub_btree_set(). Invalidates iterators as insert() does.
    */
-  [[nodiscard]] set_value set(key_type key, mub_init_fn init = nullptr) {
+  set_value set(key_type key, mub_init_fn init = nullptr) {
     std::uint64_t value = 0;
-    const bool inserted = Traits::call(Traits::set, c(), key, &value, init) != 0;
+    const bool inserted = Traits::call(Traits::set, this->growing(), key, &value, init) != 0;
     return {value, inserted};
   }
 

@@ -45,7 +45,9 @@ class bits : public detail::owner<bits, detail::bits_life> {
     return copy;
   }
 
-  /** Returns the size in bytes of 8 bits; bits beyond it read as clear. */
+  /** Returns the number of bits, set or clear; those beyond it read as clear. */
+  std::int64_t size() const noexcept { return std::int64_t{8} * c()->size; }
+  /** Returns the size in bytes of 8 bits. */
   std::uint32_t size_bytes() const noexcept { return c()->size; }
 
   /** Enlarges the set to at least `bytes` bytes; false if memory ran out. See mub_bits_expand(). */

@@ -130,44 +130,52 @@ struct btree_life {
   }
 };
 
-// Iterates in key order; the end iterator has no record, and a step back from it leads to the last one.
-template <class Traits, class Value>
-class btree_iterator : public walker<btree_iterator<Traits, Value>, item<typename Traits::key_type, Value>,
-                                     std::bidirectional_iterator_tag> {
+// Moves in key order; the end has no record, and a step back from it leads to the last one.
+template <class Traits>
+class btree_position {
  public:
   using record = typename Traits::record;
-  using entry = typename Traits::entry;
+  using node = typename Traits::entry;
+  using category = std::bidirectional_iterator_tag;
+  template <class Value>
+  using reference = item<typename Traits::key_type, Value>;
 
-  btree_iterator() = default;
+  btree_position() = default;
   // The end.
-  explicit btree_iterator(const record *tree) noexcept { cursor_.tree = tree; }
+  explicit btree_position(const record *tree) noexcept { cursor_.tree = tree; }
 
-  static btree_iterator first(const record *tree) {
-    btree_iterator it;
-    it.node_ = Traits::first(&it.cursor_, tree);
-    return it;
+  static btree_position first(const record *tree) {
+    btree_position place;
+    place.node_ = Traits::first(&place.cursor_, tree);
+    return place;
   }
-  static btree_iterator from(const record *tree, typename Traits::key_type key) {
-    btree_iterator it;
-    it.node_ = Traits::seek(&it.cursor_, tree, key);
-    return it;
+  static btree_position from(const record *tree, typename Traits::key_type key) {
+    btree_position place;
+    place.node_ = Traits::seek(&place.cursor_, tree, key);
+    return place;
   }
-  static btree_iterator at(const record *tree, const entry *node) {
-    return node == nullptr ? btree_iterator(tree) : from(tree, Traits::key_of(tree, node));
+  static btree_position after(const record *tree, typename Traits::key_type key) {
+    btree_position place = from(tree, key);
+    if (Traits::call(Traits::find, tree, key) != 0) place.step();
+    return place;
+  }
+  static btree_position of(const record *tree, const node *node) {
+    return node == nullptr ? btree_position(tree) : from(tree, Traits::key_of(tree, node));
   }
 
-  item<typename Traits::key_type, Value> operator*() const {
+  template <class Value>
+  reference<Value> at() const {
     return {Traits::key_of(cursor_.tree, node_), node_->value};
   }
   void step() { node_ = Traits::next(&cursor_); }
   void step_back() {
     node_ = node_ == nullptr ? Traits::last(&cursor_, cursor_.tree) : Traits::prev(&cursor_);
   }
-  const void *place() const noexcept { return node_; }
+  node *entry() const noexcept { return node_; }
 
  private:
   typename Traits::cursor cursor_ = {};
-  entry *node_ = nullptr;
+  node *node_ = nullptr;
 };
 
 }  // namespace detail
@@ -184,10 +192,11 @@ class btree_iterator : public walker<btree_iterator<Traits, Value>, item<typenam
 template <class Traits>
 class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits> {
   using base = detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits>;
+  using place = detail::btree_position<Traits>;
 
  public:
-  using iterator = detail::btree_iterator<Traits, std::uint64_t>;
-  using const_iterator = detail::btree_iterator<Traits, const std::uint64_t>;
+  using iterator = detail::iterator<detail::btree_position<Traits>, std::uint64_t>;
+  using const_iterator = detail::iterator<detail::btree_position<Traits>, const std::uint64_t>;
   using reverse_iterator = std::reverse_iterator<iterator>;
   using const_reverse_iterator = std::reverse_iterator<const_iterator>;
   using base::c;
@@ -229,25 +238,51 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   ///@{
   iterator nearest(key_type key) { return iterator_to(Traits::call(Traits::nearest, c(), key)); }
   const_iterator nearest(key_type key) const {
-    return const_iterator::at(c(), Traits::call(Traits::nearest, c(), key));
+    return const_iterator(place::of(c(), Traits::call(Traits::nearest, c(), key)));
   }
   ///@}
 
-  /** Returns an iterator to the first record whose key is not less than a key; end() if there is none. */
+  /**
+   * Returns an iterator to the first record whose key is not less than a key; end() if there is none. See
+   * mub_btree_cursor_seek().
+   */
   ///@{
-  iterator lower_bound(key_type key) { return iterator::from(c(), key); }
-  const_iterator lower_bound(key_type key) const { return const_iterator::from(c(), key); }
+  iterator lower_bound(key_type key) { return iterator(place::from(c(), key)); }
+  const_iterator lower_bound(key_type key) const { return const_iterator(place::from(c(), key)); }
   ///@}
 
+  /** Returns an iterator to the first record whose key is greater than a key; end() if there is none. */
+  ///@{
+  iterator upper_bound(key_type key) { return iterator(place::after(c(), key)); }
+  const_iterator upper_bound(key_type key) const { return const_iterator(place::after(c(), key)); }
+  ///@}
+
+  /** Returns lower_bound() and upper_bound(): the range is the record of the key, or empty. */
+  ///@{
+  std::pair<iterator, iterator> equal_range(key_type key) { return {lower_bound(key), upper_bound(key)}; }
+  std::pair<const_iterator, const_iterator> equal_range(key_type key) const {
+    return {lower_bound(key), upper_bound(key)};
+  }
+  ///@}
+
+  using base::erase;
+  /** Removes the record at an iterator, whose value is not released; returns the next iterator. */
+  iterator erase(const_iterator position) {
+    iterator next(position.place());
+    ++next;
+    base::remove((*position).key);
+    return iterator_to(next.position());  // records do not move, but the removal invalidates cursors
+  }
+
   /** Returns an iterator to a record, which must belong to this tree; end() for nullptr. */
-  iterator iterator_to(entry_type *node) { return iterator::at(c(), node); }
+  iterator iterator_to(entry_type *node) { return iterator(place::of(c(), node)); }
 
   /** Iterators over all records in key order; see mub_btree_cursor_first() and mub_btree_cursor_next(). */
   ///@{
-  iterator begin() { return iterator::first(c()); }
-  const_iterator begin() const { return const_iterator::first(c()); }
-  iterator end() noexcept { return iterator(c()); }
-  const_iterator end() const noexcept { return const_iterator(c()); }
+  iterator begin() { return iterator(place::first(c())); }
+  const_iterator begin() const { return const_iterator(place::first(c())); }
+  iterator end() noexcept { return iterator(place(c())); }
+  const_iterator end() const noexcept { return const_iterator(place(c())); }
   ///@}
 
   /** Iterators over all records, from the greatest key down. */

@@ -170,21 +170,25 @@ struct hash_life {
   }
 };
 
-// Iterates bucket by bucket; the end iterator has no entry.
-template <class Traits, class Value>
-class hash_iterator : public walker<hash_iterator<Traits, Value>, item<typename Traits::key_type, Value>,
-                                    std::forward_iterator_tag> {
+// Moves bucket by bucket; the end has no entry.
+template <class Traits>
+class hash_position {
  public:
-  hash_iterator() = default;
-  explicit hash_iterator(const typename Traits::record *table) : table_(table) {
+  using category = std::forward_iterator_tag;
+  template <class Value>
+  using reference = item<typename Traits::key_type, Value>;
+
+  hash_position() = default;
+  explicit hash_position(const typename Traits::record *table) : table_(table) {
     entry_ = Traits::entry_first(table, &bucket_);
   }
 
-  item<typename Traits::key_type, Value> operator*() const {
+  template <class Value>
+  reference<Value> at() const {
     return {Traits::key_of(table_, entry_), entry_->value};
   }
   void step() { entry_ = Traits::entry_next(table_, &bucket_, entry_); }
-  const void *place() const noexcept { return entry_; }
+  typename Traits::entry *entry() const noexcept { return entry_; }
 
  private:
   const typename Traits::record *table_ = nullptr;
@@ -208,8 +212,8 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
   using base = detail::map<basic_hash<Traits>, detail::hash_life<Traits>, Traits>;
 
  public:
-  using iterator = detail::hash_iterator<Traits, std::uint64_t>;
-  using const_iterator = detail::hash_iterator<Traits, const std::uint64_t>;
+  using iterator = detail::iterator<detail::hash_position<Traits>, std::uint64_t>;
+  using const_iterator = detail::iterator<detail::hash_position<Traits>, const std::uint64_t>;
   using base::c;
   using typename base::key_type;
 
@@ -247,10 +251,19 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
     return Traits::call(Traits::free, c(), key, release) != nullptr;
   }
 
+  using base::erase;
+  /** Removes the entry at an iterator, whose value is not released; returns the next iterator. */
+  iterator erase(const_iterator position) {
+    iterator next(position.place());
+    ++next;
+    base::remove((*position).key);
+    return next;
+  }
+
   /** Iterators over all entries; see mub_hash_entry_first() for their order. */
   ///@{
-  iterator begin() { return iterator(c()); }
-  const_iterator begin() const { return const_iterator(c()); }
+  iterator begin() { return iterator(detail::hash_position<Traits>(c())); }
+  const_iterator begin() const { return const_iterator(detail::hash_position<Traits>(c())); }
   iterator end() noexcept { return {}; }
   const_iterator end() const noexcept { return {}; }
   ///@}

@@ -21,40 +21,45 @@ namespace mub {
 inline namespace v1 {
 namespace detail {
 
-// Iterates over single entries; the iterator of a listx also has an index within the block.
-template <class Traits, class Value>
-class list_iterator : public walker<list_iterator<Traits, Value>, typename Traits::template reference<Value>,
-                                    std::bidirectional_iterator_tag> {
+// Moves through single entries; in a listx, there is also an index within the block.
+template <class Traits>
+class list_position {
  public:
   using entry_type = typename Traits::entry;
+  using category = std::bidirectional_iterator_tag;
+  template <class Value>
+  using reference = typename Traits::template reference<Value>;
 
-  list_iterator() = default;
-  list_iterator(const typename Traits::record *list, entry_type *entry) noexcept
+  list_position() = default;
+  list_position(const typename Traits::record *list, entry_type *entry) noexcept
       : list_(list), entry_(entry) {}
 
-  typename Traits::template reference<Value> operator*() const noexcept {
+  template <class Value>
+  reference<Value> at() const noexcept {
     return Traits::template at<Value>(list_, entry_);
   }
   void step() noexcept { entry_ = entry_->next; }
   void step_back() noexcept { entry_ = entry_ == nullptr ? list_->tail : entry_->prev; }
-  const void *place() const noexcept { return entry_; }
-
-  /** Returns the entry of the iterator; nullptr at the end. */
-  entry_type *position() const noexcept { return entry_; }
+  entry_type *entry() const noexcept { return entry_; }
 
  private:
   const typename Traits::record *list_ = nullptr;
   entry_type *entry_ = nullptr;
 };
 
-template <class Record, class Value>
-class block_iterator
-    : public walker<block_iterator<Record, Value>, Value &, std::bidirectional_iterator_tag> {
+class block_position {
  public:
-  block_iterator() = default;
-  block_iterator(const Record *list, mub_listx_block *block) noexcept : list_(list), block_(block) {}
+  using category = std::bidirectional_iterator_tag;
+  template <class Value>
+  using reference = Value &;
 
-  Value &operator*() const noexcept { return block_->values[index_]; }
+  block_position() = default;
+  block_position(const mub_listx *list, mub_listx_block *block) noexcept : list_(list), block_(block) {}
+
+  template <class Value>
+  Value &at() const noexcept {
+    return block_->values[index_];
+  }
   void step() noexcept {
     if (++index_ < block_->count) return;
     block_ = block_->next;
@@ -65,10 +70,12 @@ class block_iterator
     block_ = block_ == nullptr ? list_->tail : block_->prev;
     index_ = block_->count - 1;
   }
-  const void *place() const noexcept { return block_ == nullptr ? nullptr : &block_->values[index_]; }
+  const std::uint64_t *entry() const noexcept {
+    return block_ == nullptr ? nullptr : &block_->values[index_];
+  }
 
  private:
-  const Record *list_ = nullptr;
+  const mub_listx *list_ = nullptr;
   mub_listx_block *block_ = nullptr;
   std::int64_t index_ = 0;
 };
@@ -78,8 +85,7 @@ struct list_traits {
   using entry = mub_list_entry;
   template <class Value>
   using reference = item<std::string_view, Value>;
-  template <class Value>
-  using iterator = list_iterator<list_traits, Value>;
+  using position = list_position<list_traits>;
   static constexpr auto init = mub_list_init;
   static constexpr auto term = mub_list_term;
   static constexpr auto verify = mub_list_verify;
@@ -104,8 +110,7 @@ struct lists_traits {
   using entry = mub_lists_entry;
   template <class Value>
   using reference = Value &;
-  template <class Value>
-  using iterator = list_iterator<lists_traits, Value>;
+  using position = list_position<lists_traits>;
   static constexpr auto init = mub_lists_init;
   static constexpr auto term = mub_lists_term;
   static constexpr auto verify = mub_lists_verify;
@@ -128,8 +133,7 @@ struct lists_traits {
 struct listx_traits {
   using record = mub_listx;
   using entry = mub_listx_block;
-  template <class Value>
-  using iterator = block_iterator<mub_listx, Value>;
+  using position = block_position;
   static constexpr auto init = mub_listx_init;
   static constexpr auto term = mub_listx_term;
   static constexpr auto verify = mub_listx_verify;
@@ -155,12 +159,13 @@ struct list_life {
 
 /** The members that all lists have in common. */
 template <class Derived, class Traits>
-class linked : public owner<Derived, list_life<Traits>> {
+class linked : public owner<Derived, list_life<Traits>>, public range<Derived> {
   using base = owner<Derived, list_life<Traits>>;
+  using place = typename Traits::position;
 
  public:
-  using iterator = typename Traits::template iterator<std::uint64_t>;
-  using const_iterator = typename Traits::template iterator<const std::uint64_t>;
+  using iterator = detail::iterator<place, std::uint64_t>;
+  using const_iterator = detail::iterator<place, const std::uint64_t>;
   using reverse_iterator = std::reverse_iterator<iterator>;
   using const_reverse_iterator = std::reverse_iterator<const_iterator>;
   using base::c;
@@ -188,6 +193,17 @@ class linked : public owner<Derived, list_life<Traits>> {
   /** Checks whether the list is empty. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
 
+  /** Returns the first item, in a list that is not empty. */
+  ///@{
+  typename iterator::reference front() noexcept { return *begin(); }
+  typename const_iterator::reference front() const noexcept { return *begin(); }
+  ///@}
+  /** Returns the last item, in a list that is not empty. */
+  ///@{
+  typename iterator::reference back() noexcept { return *--end(); }
+  typename const_iterator::reference back() const noexcept { return *--end(); }
+  ///@}
+
   /** Removes the first value and returns it, not released; 0 if there is none. See mub_list_remove_head(). */
   std::uint64_t pop_front() { return Traits::remove_head(c()); }
   /** Removes the last value and returns it, not released; 0 if there is none. See mub_list_remove_tail(). */
@@ -204,10 +220,10 @@ class linked : public owner<Derived, list_life<Traits>> {
 
   /** Iterators from the head. An iterator of list or lists is valid until its entry is removed. */
   ///@{
-  iterator begin() noexcept { return iterator(c(), c()->head); }
-  const_iterator begin() const noexcept { return const_iterator(c(), c()->head); }
-  iterator end() noexcept { return iterator(c(), nullptr); }
-  const_iterator end() const noexcept { return const_iterator(c(), nullptr); }
+  iterator begin() noexcept { return iterator(place(c(), c()->head)); }
+  const_iterator begin() const noexcept { return const_iterator(place(c(), c()->head)); }
+  iterator end() noexcept { return iterator(place(c(), nullptr)); }
+  const_iterator end() const noexcept { return const_iterator(place(c(), nullptr)); }
   ///@}
 
   /** Iterators from the tail. */
@@ -226,6 +242,8 @@ class positioned : public linked<Derived, Traits> {
   using entry_type = typename Traits::entry;
   using linked<Derived, Traits>::linked;
   using linked<Derived, Traits>::c;
+  using typename linked<Derived, Traits>::iterator;
+  using typename linked<Derived, Traits>::const_iterator;
 
   /** Returns a copy, made by mub_list_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] Derived clone(mub_clone_fn adjust = nullptr) const {
@@ -239,21 +257,27 @@ class positioned : public linked<Derived, Traits> {
    */
   std::uint64_t remove_at(entry_type *position) { return Traits::remove_at(c(), position); }
 
+  /** Removes the entry at an iterator, whose value is not released; returns the next iterator. */
+  iterator erase(const_iterator position) {
+    iterator next(position.place());
+    ++next;
+    remove_at(position.place().entry());
+    return next;
+  }
+
   /**
    * Adds copies of all entries of a list, which may be this one, at the head; none if memory runs out. See
    * mub_list_add_head_list().
    */
-  void prepend(const Derived &source) { Traits::add_head_list(c(), source.c()); }
+  void prepend(const Derived &source) { Traits::add_head_list(this->growing(), source.c()); }
   /**
    * Adds copies of all entries of a list, which may be this one, at the tail; none if memory runs out. See
    * mub_list_add_tail_list().
    */
-  void append(const Derived &source) { Traits::add_tail_list(c(), source.c()); }
+  void append(const Derived &source) { Traits::add_tail_list(this->growing(), source.c()); }
 
   /** Returns an iterator to an entry, which must belong to this list; end() for nullptr. */
-  typename positioned::iterator iterator_to(entry_type *entry) noexcept {
-    return typename positioned::iterator(c(), entry);
-  }
+  iterator iterator_to(entry_type *entry) noexcept { return iterator(typename Traits::position(c(), entry)); }
 };
 
 }  // namespace detail
@@ -274,21 +298,21 @@ class list : public detail::positioned<list, detail::list_traits> {
    * Adds an entry at the head (front) or the tail (back); see mub_list_add_head() and mub_list_add_tail().
    */
   ///@{
-  [[nodiscard]] entry_type *push_front(std::string_view key, std::uint64_t value) {
-    return mub_list_add_head(c(), key.data(), length(key), value);
+  entry_type *push_front(std::string_view key, std::uint64_t value) {
+    return mub_list_add_head(growing(), key.data(), length(key), value);
   }
-  [[nodiscard]] entry_type *push_back(std::string_view key, std::uint64_t value) {
-    return mub_list_add_tail(c(), key.data(), length(key), value);
+  entry_type *push_back(std::string_view key, std::uint64_t value) {
+    return mub_list_add_tail(growing(), key.data(), length(key), value);
   }
   ///@}
 
   /** Inserts an entry before or after another; see mub_list_insert_before() and mub_list_insert_after(). */
   ///@{
-  [[nodiscard]] entry_type *insert_before(entry_type *position, std::string_view key, std::uint64_t value) {
-    return mub_list_insert_before(c(), position, key.data(), length(key), value);
+  entry_type *insert_before(entry_type *position, std::string_view key, std::uint64_t value) {
+    return mub_list_insert_before(growing(), position, key.data(), length(key), value);
   }
-  [[nodiscard]] entry_type *insert_after(entry_type *position, std::string_view key, std::uint64_t value) {
-    return mub_list_insert_after(c(), position, key.data(), length(key), value);
+  entry_type *insert_after(entry_type *position, std::string_view key, std::uint64_t value) {
+    return mub_list_insert_after(growing(), position, key.data(), length(key), value);
   }
   ///@}
 
@@ -314,17 +338,17 @@ class lists : public detail::positioned<lists, detail::lists_traits> {
    * Adds a value at the head (front) or the tail (back); see mub_lists_add_head() and mub_lists_add_tail().
    */
   ///@{
-  [[nodiscard]] entry_type *push_front(std::uint64_t value) { return mub_lists_add_head(c(), value); }
-  [[nodiscard]] entry_type *push_back(std::uint64_t value) { return mub_lists_add_tail(c(), value); }
+  entry_type *push_front(std::uint64_t value) { return mub_lists_add_head(growing(), value); }
+  entry_type *push_back(std::uint64_t value) { return mub_lists_add_tail(growing(), value); }
   ///@}
 
   /** Inserts a value before or after an entry; see mub_lists_insert_before() and mub_lists_insert_after(). */
   ///@{
-  [[nodiscard]] entry_type *insert_before(entry_type *position, std::uint64_t value) {
-    return mub_lists_insert_before(c(), position, value);
+  entry_type *insert_before(entry_type *position, std::uint64_t value) {
+    return mub_lists_insert_before(growing(), position, value);
   }
-  [[nodiscard]] entry_type *insert_after(entry_type *position, std::uint64_t value) {
-    return mub_lists_insert_after(c(), position, value);
+  entry_type *insert_after(entry_type *position, std::uint64_t value) {
+    return mub_lists_insert_after(growing(), position, value);
   }
   ///@}
 
@@ -363,8 +387,8 @@ class listx : public detail::linked<listx, detail::listx_traits> {
    * and mub_listx_add_tail().
    */
   ///@{
-  [[nodiscard]] bool push_front(std::uint64_t value) { return mub_listx_add_head(c(), value) != nullptr; }
-  [[nodiscard]] bool push_back(std::uint64_t value) { return mub_listx_add_tail(c(), value) != nullptr; }
+  bool push_front(std::uint64_t value) { return mub_listx_add_head(growing(), value) != nullptr; }
+  bool push_back(std::uint64_t value) { return mub_listx_add_tail(growing(), value) != nullptr; }
   ///@}
 };
 

@@ -28,6 +28,26 @@ struct pool_life {
   static void swap(record *a, record *b) noexcept { mub_pool_swap(a, b); }
 };
 
+class pool_position {
+ public:
+  using category = std::input_iterator_tag;
+  template <class Address>
+  using reference = Address;
+
+  pool_position() = default;
+  explicit pool_position(mub_pool_iter *walk) : walk_(walk), block_(mub_pool_iter_first(walk)) {}
+  template <class Address>
+  Address at() const noexcept {
+    return block_;
+  }
+  void step() { block_ = mub_pool_iter_next(walk_); }
+  void *entry() const noexcept { return block_; }
+
+ private:
+  mub_pool_iter *walk_ = nullptr;
+  void *block_ = nullptr;
+};
+
 }  // namespace detail
 
 /** @addtogroup pool_hpp
@@ -41,18 +61,7 @@ struct pool_life {
 class live_blocks {
  public:
   /** An input iterator, which yields the address of a block. */
-  class iterator : public detail::walker<iterator, void *, std::input_iterator_tag> {
-   public:
-    iterator() = default;
-    explicit iterator(mub_pool_iter *walk) : walk_(walk), block_(mub_pool_iter_first(walk)) {}
-    void *operator*() const noexcept { return block_; }
-    void step() { block_ = mub_pool_iter_next(walk_); }
-    const void *place() const noexcept { return block_; }
-
-   private:
-    mub_pool_iter *walk_ = nullptr;
-    void *block_ = nullptr;
-  };
+  using iterator = detail::iterator<detail::pool_position, void *>;
 
   /** Creates an iterator over a pool; the range is empty if memory ran out. */
   ///@{
@@ -64,7 +73,7 @@ class live_blocks {
 
   /** Starts or restarts the iteration: chunk by chunk, in ascending order within each. */
   ///@{
-  iterator begin() const { return iterator(walk_); }
+  iterator begin() const { return iterator(detail::pool_position(walk_)); }
   iterator end() const noexcept { return {}; }
   ///@}
 
@@ -98,7 +107,7 @@ class pool : public detail::owner<pool, detail::pool_life> {
    * Takes a block, which is not constructed; nullptr if the block size is 0 or memory ran out. See
    * mub_pool_new().
    */
-  [[nodiscard]] void *allocate() { return mub_pool_new(c()); }
+  [[nodiscard]] void *allocate() { return mub_pool_new(growing()); }
 
   /**
    * Returns a block; that it belongs to this pool and is returned only once is not checked. See

@@ -118,7 +118,7 @@ struct buffer_life {
 
 /** The members that strings and streams have in common; sizes and positions are in units. */
 template <class Derived, class Traits>
-class buffer : public owner<Derived, buffer_life<Traits>> {
+class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived> {
   using base = owner<Derived, buffer_life<Traits>>;
 
  public:

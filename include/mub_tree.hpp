@@ -116,7 +116,7 @@ class rooted : public owner<Derived, tree_life<Traits>> {
    * Takes an entry from the entry pool, zero-filled and not linked; nullptr if memory ran out. See
    * mub_tree_entry_new().
    */
-  [[nodiscard]] entry_type *make() { return Traits::entry_new(c()); }
+  [[nodiscard]] entry_type *make() { return Traits::entry_new(this->growing()); }
 
   /** Removes all entries but the root, without a call for their values. See mub_tree_remove_all(). */
   void clear() { Traits::remove_all(c()); }
@@ -128,46 +128,61 @@ class rooted : public owner<Derived, tree_life<Traits>> {
   void free_all(mub_free_fn release) { Traits::free_all(c(), release); }
 };
 
-// Iterates over the descendants of an entry, parents first.
-template <class Entry>
-class document_iterator : public walker<document_iterator<Entry>, Entry &, std::forward_iterator_tag> {
+// Moves through the descendants of an entry, parents first.
+class document_position {
  public:
-  document_iterator() = default;
-  document_iterator(const mub_tree_entry *bound, mub_tree_entry *entry) noexcept
-      : bound_(bound), entry_(entry) {}
-  Entry &operator*() const noexcept { return *entry_; }
+  using category = std::forward_iterator_tag;
+  template <class Entry>
+  using reference = Entry &;
+
+  document_position() = default;
+  // The first descendant.
+  explicit document_position(const mub_tree_entry *bound) : bound_(bound) {
+    entry_ = mub_tree_entry_iter_next(bound, bound);
+  }
+  template <class Entry>
+  Entry &at() const noexcept {
+    return *entry_;
+  }
   void step() { entry_ = mub_tree_entry_iter_next(bound_, entry_); }
-  const void *place() const noexcept { return entry_; }
+  mub_tree_entry *entry() const noexcept { return entry_; }
 
  private:
   const mub_tree_entry *bound_ = nullptr;
   mub_tree_entry *entry_ = nullptr;
 };
 
-// Iterates over a ring of siblings; the end iterator has no entry, and a step back from it leads to the last
-// one.
-template <class Entry>
-class sibling_iterator : public walker<sibling_iterator<Entry>, Entry &, std::bidirectional_iterator_tag> {
+// Moves through a ring of siblings; the end has no entry, and a step back from it leads to the last one.
+class sibling_position {
  public:
-  sibling_iterator() = default;
-  sibling_iterator(Entry *parent, Entry *entry) noexcept : parent_(parent), entry_(entry) {}
-  Entry &operator*() const noexcept { return *entry_; }
+  using category = std::bidirectional_iterator_tag;
+  template <class Entry>
+  using reference = Entry &;
+
+  sibling_position() = default;
+  sibling_position(const mub_tree_entry *parent, mub_tree_entry *entry) noexcept
+      : parent_(parent), entry_(entry) {}
+  template <class Entry>
+  Entry &at() const noexcept {
+    return *entry_;
+  }
   void step() { entry_ = mub_tree_entry_next(entry_); }
   void step_back() {
     entry_ = entry_ == nullptr ? mub_tree_entry_last(parent_) : mub_tree_entry_prev(entry_);
   }
-  const void *place() const noexcept { return entry_; }
+  mub_tree_entry *entry() const noexcept { return entry_; }
 
  private:
-  Entry *parent_ = nullptr;
-  Entry *entry_ = nullptr;
+  const mub_tree_entry *parent_ = nullptr;
+  mub_tree_entry *entry_ = nullptr;
 };
 
 template <class Entry>
 struct sibling_range {
+  using iterator = detail::iterator<sibling_position, Entry>;
   Entry *parent;
-  sibling_iterator<Entry> begin() const noexcept { return {parent, parent->first_child}; }
-  sibling_iterator<Entry> end() const noexcept { return {parent, nullptr}; }
+  iterator begin() const noexcept { return iterator(sibling_position(parent, parent->first_child)); }
+  iterator end() const noexcept { return iterator(sibling_position(parent, nullptr)); }
 };
 
 }  // namespace detail
@@ -187,10 +202,10 @@ inline detail::sibling_range<const mub_tree_entry> children(const mub_tree_entry
  * A general tree, which owns the pools that it created, but not what its values refer to; see mub_tree. An
  * iterator is valid until its entry is unlinked.
  */
-class tree : public detail::rooted<tree, detail::tree_traits> {
+class tree : public detail::rooted<tree, detail::tree_traits>, public detail::range<tree> {
  public:
-  using iterator = detail::document_iterator<mub_tree_entry>;
-  using const_iterator = detail::document_iterator<const mub_tree_entry>;
+  using iterator = detail::iterator<detail::document_position, mub_tree_entry>;
+  using const_iterator = detail::iterator<detail::document_position, const mub_tree_entry>;
   using rooted::rooted;
 
   /** Links an unlinked entry as the last child of another; see mub_tree_entry_append(). */
@@ -200,7 +215,7 @@ class tree : public detail::rooted<tree, detail::tree_traits> {
    * Creates an entry with a value and links it as the last child of another. Returns the entry; nullptr if
    * memory ran out.
    */
-  [[nodiscard]] mub_tree_entry *append(mub_tree_entry *parent, std::uint64_t value) {
+  mub_tree_entry *append(mub_tree_entry *parent, std::uint64_t value) {
     mub_tree_entry *child = make();
     if (child == nullptr) return nullptr;
     child->value = value;
@@ -220,9 +235,8 @@ class tree : public detail::rooted<tree, detail::tree_traits> {
    * Follows a path of keys, adding the missing entries, and returns the last; nullptr for an empty path, or
    * if memory ran out. See mub_tree_insert().
    */
-  [[nodiscard]] mub_tree_entry *insert(const array &path, mub_tree_compare_fn compare,
-                                       mub_init_fn init = nullptr) {
-    return mub_tree_insert(c(), path.c(), init, compare);
+  mub_tree_entry *insert(const array &path, mub_tree_compare_fn compare, mub_init_fn init = nullptr) {
+    return mub_tree_insert(growing(), path.c(), init, compare);
   }
 
   /**
@@ -240,8 +254,8 @@ class tree : public detail::rooted<tree, detail::tree_traits> {
 
   /** Iterators over all entries below the root, parents first; see mub_tree_entry_iter_next(). */
   ///@{
-  iterator begin() { return iterator(root(), mub_tree_entry_iter_next(root(), root())); }
-  const_iterator begin() const { return const_iterator(root(), mub_tree_entry_iter_next(root(), root())); }
+  iterator begin() { return iterator(detail::document_position(root())); }
+  const_iterator begin() const { return const_iterator(detail::document_position(root())); }
   iterator end() noexcept { return {}; }
   const_iterator end() const noexcept { return {}; }
   ///@}
