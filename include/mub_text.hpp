@@ -9,12 +9,16 @@
  *     mub::wchar     16-bit units, terminated     mub::stringx    a non-owning view of a span of text
  *
  * Texts are passed as std::string_view, wide ones as std::u16string_view, and may lie in the buffer itself.
- * Members that return nothing leave the buffer unchanged if memory runs out: call reserve() first, or compare
- * size(). Every member that enlarges a buffer invalidates views, iterators and pointers into it. To format
+ * All four types compare with each other and with such texts (==, !=, <, <=, >, >=: byte by byte, or unit by
+ * unit), and convert to views; those of bytes can be written to a std::ostream, and all but streams have a
+ * std::hash. += and the members that return nothing leave the buffer unchanged if memory runs out: call
+ * reserve() first, or compare size(). Every member that enlarges a buffer invalidates views, iterators and pointers into it. To format
  * text, use the C functions, whose formats the compiler checks: `mub_string_format(s.c(), "%d", n)`.
  */
 #ifndef MUB_TEXT_HPP
 #define MUB_TEXT_HPP
+
+#include <iosfwd>
 
 #include "mub_base.hpp"
 #include "mub_stream.h"
@@ -99,6 +103,63 @@ struct stream_traits {
   static constexpr auto find_unit = mub_stream_find_pos;
 };
 
+// Base of the types that convert to a view of their text. The operators take any two types of which one is
+// derived from it, and the other converts to its view.
+struct textual {};
+
+template <class Text>
+constexpr bool is_textual = std::is_base_of_v<textual, Text>;
+
+template <class A, class B>
+using common_view = typename std::conditional_t<is_textual<A>, A, B>::view_type;
+
+template <class A, class B, class View = common_view<A, B>>
+using if_textual =
+    std::enable_if_t<(is_textual<A> || is_textual<B>)&&std::is_convertible_v<const A &, View> &&
+                         std::is_convertible_v<const B &, View>,
+                     int>;
+
+template <class A, class B, if_textual<A, B> = 0>
+bool operator==(const A &a, const B &b) noexcept {
+  return common_view<A, B>(a) == common_view<A, B>(b);
+}
+template <class A, class B, if_textual<A, B> = 0>
+bool operator!=(const A &a, const B &b) noexcept {
+  return !(a == b);
+}
+template <class A, class B, if_textual<A, B> = 0>
+bool operator<(const A &a, const B &b) noexcept {
+  return common_view<A, B>(a) < common_view<A, B>(b);
+}
+template <class A, class B, if_textual<A, B> = 0>
+bool operator>(const A &a, const B &b) noexcept {
+  return b < a;
+}
+template <class A, class B, if_textual<A, B> = 0>
+bool operator<=(const A &a, const B &b) noexcept {
+  return !(b < a);
+}
+template <class A, class B, if_textual<A, B> = 0>
+bool operator>=(const A &a, const B &b) noexcept {
+  return !(a < b);
+}
+
+/** Writes the content of a string, a stream or a view. */
+template <
+    class Char, class CharTraits, class Text,
+    std::enable_if_t<is_textual<Text> && std::is_same_v<typename Text::view_type::value_type, Char>, int> = 0>
+std::basic_ostream<Char, CharTraits> &operator<<(std::basic_ostream<Char, CharTraits> &out,
+                                                 const Text &text) {
+  return out << text.view();
+}
+
+template <class Text>
+struct text_hash {
+  std::size_t operator()(const Text &text) const noexcept {
+    return std::hash<typename Text::view_type>()(text.view());
+  }
+};
+
 // The C functions read the first byte of a text even if its length is 0, and that of an empty view may be out
 // of bounds.
 inline std::int64_t find_empty(std::int64_t start, std::int64_t size) noexcept {
@@ -118,7 +179,7 @@ struct buffer_life {
 
 /** The members that strings and streams have in common; sizes and positions are in units. */
 template <class Derived, class Traits>
-class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived> {
+class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>, public textual {
   using base = owner<Derived, buffer_life<Traits>>;
 
  public:
@@ -163,6 +224,12 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
   operator view_type() const noexcept { return view(); }
   ///@}
 
+  /** Returns the unit at an index from 0 to size() - 1, which is not checked. */
+  ///@{
+  unit_type &operator[](std::int64_t index) noexcept { return data()[index]; }
+  const unit_type &operator[](std::int64_t index) const noexcept { return data()[index]; }
+  ///@}
+
   /** Iterators over the units of the content, valid until the buffer grows. */
   ///@{
   iterator begin() noexcept { return data(); }
@@ -181,13 +248,30 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
   void clear() { Traits::shrink(c(), 0); }
 
   /** Appends a text to the content, which is unchanged if memory runs out; see mub_string_append(). */
+  ///@{
   void append(view_type text) { Traits::append(c(), units(text), length(text)); }
+  Derived &operator+=(view_type text) {
+    append(text);
+    return static_cast<Derived &>(*this);
+  }
+  ///@}
+
+  /** Appends a unit; the content is unchanged if memory runs out. */
+  ///@{
+  void push_back(unit_type unit) {
+    Traits::append(c(), reinterpret_cast<const typename Traits::stored *>(&unit), 1);
+  }
+  Derived &operator+=(unit_type unit) {
+    push_back(unit);
+    return static_cast<Derived &>(*this);
+  }
+  ///@}
 
   /**
    * Inserts a text before a position. Returns false, and nothing changes, if the position is negative or
    * above size(), the text is empty, or memory ran out. See mub_string_insert().
    */
-  [[nodiscard]] bool insert(std::int64_t position, view_type text) {
+  bool insert(std::int64_t position, view_type text) {
     return Traits::insert(c(), position, units(text), length(text)) != 0;
   }
 
@@ -195,7 +279,7 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
    * Replaces `count` units at a position with a text; false if nothing changed. See mub_string_update(),
    * mub_wchar_update() or mub_stream_update().
    */
-  [[nodiscard]] bool update(std::int64_t position, std::int64_t count, view_type text) {
+  bool update(std::int64_t position, std::int64_t count, view_type text) {
     return Traits::update(c(), position, count, units(text), length(text)) != 0;
   }
 
@@ -244,9 +328,7 @@ class string : public detail::buffer<string, detail::string_traits> {
    * Replaces the content with a text. Returns false, and nothing changes, if memory ran out; see
    * mub_string_copy().
    */
-  [[nodiscard]] bool assign(std::string_view text) {
-    return mub_string_copy(c(), text.data(), length(text)) != 0;
-  }
+  bool assign(std::string_view text) { return mub_string_copy(c(), text.data(), length(text)) != 0; }
 
   /** Appends a character; see mub_string_append_char(). */
   void append_char(char character) { mub_string_append_char(c(), character); }
@@ -377,8 +459,11 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
  * A non-owning view of a span of text; see mub_stringx. It is copied like a pointer, and must not be used
  * after the text has moved or was released, which is not checked.
  */
-class stringx {
+class stringx : public detail::textual, public detail::range<stringx> {
  public:
+  using view_type = std::string_view;
+  using const_iterator = const char *;
+
   /** Constructs an empty view. */
   stringx() noexcept { mub_stringx_init(&view_); }
   /** Constructs a view of a whole text. */
@@ -403,6 +488,15 @@ class stringx {
   std::int64_t size() const noexcept { return view_.length; }
   /** Checks whether there are no bytes in the span. */
   [[nodiscard]] bool empty() const noexcept { return view().empty(); }
+
+  /** Returns the byte at an index from 0 to size() - 1, which is not checked. */
+  const char &operator[](std::int64_t index) const noexcept { return view_.text[view_.start + index]; }
+
+  /** Iterators over the bytes of the span. */
+  ///@{
+  const_iterator begin() const noexcept { return view().data(); }
+  const_iterator end() const noexcept { return view().data() + view().size(); }
+  ///@}
 
   /** Removes white space at both ends of the span, and NULs at its end; see mub_stringx_trim(). */
   bool trim() { return mub_stringx_trim(&view_) != 0; }
@@ -451,5 +545,12 @@ class stringx {
 
 }  // namespace v1
 }  // namespace mub
+
+template <>
+struct std::hash<mub::string> : mub::detail::text_hash<mub::string> {};
+template <>
+struct std::hash<mub::wchar> : mub::detail::text_hash<mub::wchar> {};
+template <>
+struct std::hash<mub::stringx> : mub::detail::text_hash<mub::stringx> {};
 
 #endif

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -354,6 +355,32 @@ TEST(CppContainers, PassPositions) {
   mub::stringx field(std::string_view("  12 rest", 5));
   EXPECT_TRUE(field.trim() && field.is_integer() && field.get_integer() == 12);
   EXPECT_TRUE(field.find("", 2) == 2 && field.find("", 3) == -1);
+}
+
+TEST(CppTexts, CompareHashAndPrintAsViews) {
+  const auto agree = [](const auto &a, const auto &b, std::string_view x, std::string_view y) {
+    EXPECT_TRUE((a == b) == (x == y) && (a != b) == (x != y) && (a < b) == (x < y));
+    EXPECT_TRUE((a > b) == (x > y) && (a <= b) == (x <= y) && (a >= b) == (x >= y));
+  };
+  constexpr std::string_view texts[] = {"", "a", {"a\0b", 3}, "ab", "\xff"};
+  for (const auto x : texts) {
+    for (const auto y : texts) {
+      const mub::string a(x), b(y);
+      agree(a, y, x, y);
+      agree(std::string(x), b, x, y);
+      agree(mub::stringx(x), b, x, y);
+      std::ostringstream out;
+      out << a << mub::stringx(y);
+      EXPECT_EQ(out.str(), std::string(x).append(y));
+      EXPECT_EQ(std::hash<mub::string>()(a) == std::hash<mub::stringx>()(b.view()), x == y);
+    }
+  }
+  mub::wchar wide(u"ab");
+  EXPECT_TRUE((wide += u"c") == u"abc" && u"abd" > (wide += u'd') && wide[3] == u'd');
+  mub::string text("ab");
+  (text += text) += 'c';
+  text[0] = 'A';
+  EXPECT_TRUE("Ababc" == text && std::string(text.cbegin(), text.cend()) == text);
 }
 
 }  // namespace
