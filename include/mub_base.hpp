@@ -5,7 +5,8 @@
  * A type of namespace `mub` owns one C record: its constructors initialise the record and its destructor
  * terminates it. Members only call the C functions and allocate nothing themselves; "see mub_hash_insert()"
  * refers to the documentation of the C function. The @ref base "common rules" apply. No function throws,
- * and the headers compile without exceptions and RTTI. Common to all types:
+ * apart from what the values of a @ref typed_hpp "typed map" throw, and the headers compile without
+ * exceptions and RTTI. Common to all types:
  *
  * - **Record.** c() returns the record: pass it to the C functions that have no member here, read its fields,
  *   and set those that are the caller's to set (`nocase`, `descending`, `key_type`).

@@ -1,15 +1,19 @@
-// The C++ types: ownership, forwarding to the C functions, order of iteration.
+// The C++ types: ownership, forwarding to the C functions, order of iteration, objects as values.
 #include "mub.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
+#include <map>
+#include <random>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/fuse.h"
+#include "support/random.h"
 
 // Every member function compiles for every kind.
 template class mub::basic_hash<mub::detail::hash_traits>;
@@ -381,6 +385,101 @@ TEST(CppTexts, CompareHashAndPrintAsViews) {
   (text += text) += 'c';
   text[0] = 'A';
   EXPECT_TRUE("Ababc" == text && std::string(text.cbegin(), text.cend()) == text);
+}
+
+// Can only be moved. The objects that exist are known, and one that is constructed later can throw.
+struct Part {
+  static inline std::set<const Part *> existing;
+  static inline int until_throw = -1;
+
+  explicit Part(int n) : number(n) {
+    if (until_throw-- == 0) throw n;
+    EXPECT_TRUE(existing.insert(this).second);
+  }
+  Part(Part &&other) : Part(other.number) { other.number = 0; }
+  Part &operator=(Part &&other) noexcept {
+    number = std::exchange(other.number, 0);
+    return *this;
+  }
+  ~Part() { EXPECT_EQ(existing.erase(this), 1u); }
+
+  int number;
+};
+
+template <class Map>
+class Typed : public testing::Test {};
+using TypedMaps = testing::Types<mub::hash_of<Part>, mub::hashd_of<Part>, mub::hasht_of<Part>,
+                                 mub::btree_of<Part>, mub::btreex_of<Part>>;
+TYPED_TEST_SUITE(Typed, TypedMaps);
+
+TYPED_TEST(Typed, ConstructsAndDestroysEachValueOnce) {
+  std::mt19937_64 random(run_seed());
+  std::map<int, int> model;
+  TypeParam map, other;
+  for (int step = 1; step <= 2000; ++step) {
+    const int n = static_cast<int>(random() % 40);
+    const auto key = key_at<typename TypeParam::key_type>(n);
+    switch (random() % 6) {
+      case 0:
+        EXPECT_EQ(map.insert(key, Part(step)), model.emplace(n, step).second);
+        break;
+      case 1:
+        EXPECT_EQ(map.insert_or_assign(key, Part(step)).inserted, model.insert_or_assign(n, step).second);
+        break;
+      case 2:
+        EXPECT_EQ(map.erase(key), static_cast<int64_t>(model.erase(n)));
+        break;
+      case 3:
+        if (n == 0) map.clear();
+        if (n == 1)
+          for (auto it = map.cbegin(); it != map.end();) it = map.erase(it);
+        if (n < 2) model.clear();
+        break;
+      default:
+        other = std::move(map);
+        swap(map, other);
+    }
+    ASSERT_TRUE(map.size() == static_cast<int64_t>(model.size()) && Part::existing.size() == model.size());
+    const Part *found = std::as_const(map).find(key);
+    ASSERT_EQ(found != nullptr ? found->number : 0, model.count(n) != 0 ? model[n] : 0);
+  }
+  map.reset();
+  EXPECT_TRUE(Part::existing.empty());
+  TypeParam moved = std::move(map);
+  EXPECT_DEBUG_DEATH(map.emplace({}, 1), "moved from");
+}
+
+TYPED_TEST(Typed, IsUnchangedIfAConstructorThrowsOrMemoryRunsOut) {
+  const auto key = key_at<typename TypeParam::key_type>(1);
+  for_every_allocation([&](auto refused_in) {
+    TypeParam map;
+    const Part *added = nullptr;
+    const bool met = refused_in([&] { added = (map.reset(), map.emplace(key, 7).value); });
+    EXPECT_TRUE(map.find(key) == added && map.empty() == (added == nullptr) && (met || added != nullptr));
+    EXPECT_EQ(Part::existing.size(), static_cast<size_t>(map.size()));
+  });
+  TypeParam map;
+  Part::until_throw = 1;  // the copy in the map
+  EXPECT_THROW(map.insert(key, Part(8)), int);
+  EXPECT_TRUE(map.empty() && Part::existing.empty() && map.c()->value_pool->live_count == 0);
+}
+
+TEST(CppTypedMaps, KeepSmallValuesInWords) {
+  struct Small {
+    int16_t a, b, c;
+  };
+  mub::btreex_of<Small> map;
+  for (int16_t i = 9; i >= 1; --i) map.emplace(static_cast<uint64_t>(i), i, i, i);  // an aggregate
+  map.find(3)->c = -3;
+  const auto copy = map.clone();
+  EXPECT_TRUE(copy.size() == 9 && copy.c()->value_pool == nullptr && copy.lower_bound(3)->value.c == -3);
+  EXPECT_TRUE(copy.rbegin()->value.b == 9 && copy.upper_bound(9) == copy.end() &&
+              copy.get_or(10, {4, 5, 6}).a == 4);
+  static_assert(std::is_same_v<decltype((*map.cbegin()).value), const Small &>);
+  mub::hash_of<std::string> names;
+  names.emplace("dots", 3u, '.');
+  EXPECT_TRUE(*names.clone().find("dots") == "..." &&
+              names.c()->value_pool->block_size == sizeof(std::string));
 }
 
 }  // namespace

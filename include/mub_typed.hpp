@@ -1,0 +1,331 @@
+/**
+ * @defgroup typed_hpp mub_typed.hpp: maps to values of any type
+ * @ingroup cpp
+ *
+ * Hash tables and B-trees whose values are objects.
+ *
+ *     mub::hash_of<T>    mub::hashd_of<T>    mub::hashx_of<T>    mub::hasht_of<T>
+ *     mub::btree_of<T>   mub::btreed_of<T>   mub::btreex_of<T>
+ *
+ *     mub::btree_of<std::vector<int>> pages;
+ *     pages.emplace("index", 3, 0);                             a vector of three zeros
+ *     if (auto *found = pages.find("index")) found->push_back(7);
+ *     for (auto [key, numbers] : pages) …                       numbers is a std::vector<int> &
+ *
+ * The map constructs, moves and destroys its values: T may be a type that can only be moved, or not even
+ * that. If T is trivially copyable and has at most 8 bytes, a value lies in the first bytes of the 64-bit
+ * value of its entry; otherwise in a block of the map's value pool, and its address never changes.
+ */
+#ifndef MUB_TYPED_HPP
+#define MUB_TYPED_HPP
+
+#include <cstring>
+#include <new>
+
+#include "mub_btree.hpp"
+#include "mub_hash.hpp"
+
+namespace mub {
+inline namespace v1 {
+
+/** @addtogroup typed_hpp
+ * @{ */
+
+/** The result of emplace() of a map of objects. */
+template <class T>
+struct emplaced_value {
+  T *value;      /**< the value of the key; nullptr if memory ran out */
+  bool inserted; /**< whether the key is new */
+};
+
+/** @} */
+
+namespace detail {
+
+// Whether a value lies in the word of its entry.
+template <class T, class Entry>
+constexpr bool fits_word = std::is_trivially_copyable_v<T> && sizeof(T) <= sizeof(std::uint64_t) &&
+                           alignof(T) <= alignof(Entry);
+
+template <class T, bool kInWord>
+T &value_in(std::uint64_t &word) noexcept {
+  if constexpr (kInWord) {
+    return *std::launder(reinterpret_cast<T *>(&word));
+  } else {
+    return *to_pointer<T>(word);
+  }
+}
+
+// Aggregates have no constructor, and are initialised with braces.
+template <class T, class... Args>
+T *construct(void *place, Args &&...args) {
+  if constexpr (std::is_constructible_v<T, Args...>) {
+    return ::new (place) T(std::forward<Args>(args)...);
+  } else {
+    return ::new (place) T{std::forward<Args>(args)...};
+  }
+}
+
+// A block of a pool with a new object, which is destroyed unless it is released to its entry. The block is
+// returned even if the constructor throws.
+template <class T>
+class new_value {
+ public:
+  explicit new_value(mub_pool *pool) noexcept
+      : pool_(pool), block_(pool != nullptr ? mub_pool_new(pool) : nullptr) {}
+  new_value(const new_value &) = delete;
+  new_value &operator=(const new_value &) = delete;
+  ~new_value() {
+    if (value_ != nullptr) value_->~T();
+    if (block_ != nullptr) mub_pool_free(pool_, block_);
+  }
+
+  // nullptr if there is no block.
+  template <class... Args>
+  T *make(Args &&...args) {
+    if (block_ != nullptr) value_ = construct<T>(block_, std::forward<Args>(args)...);
+    return value_;
+  }
+  void release() noexcept {
+    value_ = nullptr;
+    block_ = nullptr;
+  }
+
+ private:
+  mub_pool *pool_;
+  void *block_;
+  T *value_ = nullptr;
+};
+
+// A position of a map of words, which yields the objects.
+template <class Position, bool kInWord>
+class typed_position : public Position {
+ public:
+  template <class T>
+  using reference = item<decltype(Position::template reference<std::uint64_t>::key), T>;
+
+  typed_position() = default;
+  explicit typed_position(const Position &place) : Position(place) {}
+
+  template <class T>
+  reference<T> at() const {
+    const auto found = Position::template at<std::uint64_t>();
+    return {found.key, value_in<T, kInWord>(found.value)};
+  }
+};
+
+}  // namespace detail
+
+/** @addtogroup typed_hpp
+ * @{ */
+
+/**
+ * A hash table or B-tree `Map` with values of type T, which owns its values. Its keys, iterators and the rules
+ * for moves and settings are those of `Map`. If a constructor of T throws, the map is unchanged.
+ */
+template <class Map, class T>
+class map_of : private Map {
+  static constexpr bool kInWord = detail::fits_word<T, typename Map::entry_type>;
+  using place = detail::typed_position<typename Map::iterator::position_type, kInWord>;
+  static_assert(std::is_object_v<T> && !std::is_const_v<T> && std::is_nothrow_destructible_v<T>);
+  static_assert(alignof(T) <= alignof(std::max_align_t), "the blocks of a pool are aligned as by malloc");
+
+ public:
+  using typename Map::key_type;
+  using mapped_type = T;
+  using iterator = detail::iterator<place, T>;
+  using const_iterator = detail::iterator<place, const T>;
+  using reverse_iterator = std::reverse_iterator<iterator>;
+  using const_reverse_iterator = std::reverse_iterator<const_iterator>;
+
+  using Map::c;
+  using Map::contains;
+  using Map::count;
+  using Map::empty;
+  using Map::size;
+
+  /** Constructs an empty map, which owns its pools. */
+  map_of() noexcept : map_of(std::bool_constant<kInWord>()) {}
+  map_of(map_of &&) noexcept = default;
+  map_of &operator=(map_of &&other) noexcept {
+    map_of taken(std::move(other));
+    swap(taken);
+    return *this;
+  }
+  ~map_of() { destroy_all(); }
+
+  /** Swaps everything, settings included; values keep their addresses if they lie in blocks. */
+  ///@{
+  void swap(map_of &other) noexcept { Map::swap(other); }
+  friend void swap(map_of &a, map_of &b) noexcept { a.swap(b); }
+  ///@}
+
+  /** Destroys the values and starts again as a default-constructed map. */
+  void reset() noexcept { *this = map_of(); }
+
+  /** Returns a map with the same settings and copies of the values; empty if memory ran out. */
+  [[nodiscard]] map_of clone() const {
+    map_of copy;
+    detail::copy_setting(c(), copy.c(), Map::traits::setting);
+    for (auto [key, value] : *this) {
+      if (copy.emplace(key, value).value != nullptr) continue;
+      copy.clear();
+      break;
+    }
+    return copy;
+  }
+
+  /** Returns the value of a key; nullptr if it is absent. */
+  ///@{
+  T *find(key_type key) { return value_of<T>(entry_of(key)); }
+  const T *find(key_type key) const { return value_of<const T>(entry_of(key)); }
+  ///@}
+
+  /** Returns a copy of the value of a key; `otherwise` if it is absent. */
+  T get_or(key_type key, T otherwise) const {
+    const T *found = find(key);
+    return found != nullptr ? *found : std::move(otherwise);
+  }
+
+  /**
+   * Finds the value of a key, or adds the key with a value that is constructed from `args`. Invalidates
+   * iterators as insert() of mub::hash or mub::btree does.
+   */
+  template <class... Args>
+  emplaced_value<T> emplace(key_type key, Args &&...args) {
+    if (T *found = find(key)) return {found, false};
+    if constexpr (kInWord) {
+      alignas(T) unsigned char bytes[sizeof(T)];
+      detail::construct<T>(bytes, std::forward<Args>(args)...);
+      auto *entry = Map::emplace(key).entry;
+      if (entry == nullptr) return {nullptr, false};
+      std::memcpy(&entry->value, bytes, sizeof bytes);
+      return {value_of<T>(entry), true};
+    } else {
+      detail::new_value<T> added(this->growing()->value_pool);
+      T *value = added.make(std::forward<Args>(args)...);
+      if (value == nullptr || !Map::insert(key, to_word(value))) return {nullptr, false};
+      added.release();
+      return {value, true};
+    }
+  }
+
+  /** Adds a key with a value unless the key is present; false if it was present or memory ran out. */
+  bool insert(key_type key, T value) { return emplace(key, std::move(value)).inserted; }
+
+  /** Adds a key with a value, or assigns the value to that of the key. */
+  emplaced_value<T> insert_or_assign(key_type key, T value) {
+    const emplaced_value<T> result = emplace(key, std::move(value));  // which moves only if it inserts
+    if (result.value != nullptr && !result.inserted) *result.value = std::move(value);
+    return result;
+  }
+
+  /** Removes a key and destroys its value; returns how many keys were removed, 0 or 1. */
+  std::int64_t erase(key_type key) {
+    T *value = find(key);
+    if (value == nullptr) return 0;
+    Map::remove(key);
+    destroy(value);
+    return 1;
+  }
+  /** Removes the entry at an iterator and destroys its value; returns the next iterator. */
+  iterator erase(const_iterator position) {
+    T *value = &iterator(position.place())->value;
+    const auto next = Map::erase(typename Map::const_iterator(position.place()));
+    destroy(value);
+    return iterator(place(next.place()));
+  }
+
+  /** Removes all entries and destroys their values. */
+  void clear() {
+    destroy_all();
+    Map::clear();
+  }
+
+  /** Iterators, which yield items { key, value & } in the order of `Map`. */
+  ///@{
+  iterator begin() { return at<iterator>(Map::begin()); }
+  const_iterator begin() const { return at<const_iterator>(Map::begin()); }
+  const_iterator cbegin() const { return begin(); }
+  iterator end() noexcept { return at<iterator>(Map::end()); }
+  const_iterator end() const noexcept { return at<const_iterator>(Map::end()); }
+  const_iterator cend() const noexcept { return end(); }
+  ///@}
+
+  /** In B-trees: iterators to keys, as those of mub::btree. */
+  ///@{
+  iterator lower_bound(key_type key) { return at<iterator>(Map::lower_bound(key)); }
+  const_iterator lower_bound(key_type key) const { return at<const_iterator>(Map::lower_bound(key)); }
+  iterator upper_bound(key_type key) { return at<iterator>(Map::upper_bound(key)); }
+  const_iterator upper_bound(key_type key) const { return at<const_iterator>(Map::upper_bound(key)); }
+  std::pair<iterator, iterator> equal_range(key_type key) { return {lower_bound(key), upper_bound(key)}; }
+  std::pair<const_iterator, const_iterator> equal_range(key_type key) const {
+    return {lower_bound(key), upper_bound(key)};
+  }
+  ///@}
+
+  /** In B-trees: iterators from the greatest key down. */
+  ///@{
+  reverse_iterator rbegin() { return reverse_iterator(end()); }
+  const_reverse_iterator rbegin() const { return const_reverse_iterator(end()); }
+  reverse_iterator rend() { return reverse_iterator(begin()); }
+  const_reverse_iterator rend() const { return const_reverse_iterator(begin()); }
+  ///@}
+
+ private:
+  explicit map_of(std::true_type) noexcept {}
+  explicit map_of(std::false_type) noexcept : Map(value_blocks{sizeof(T)}) {}
+
+  typename Map::entry_type *entry_of(key_type key) const {
+    return Map::traits::call(Map::traits::entry_get, c(), key);
+  }
+  template <class Value>
+  static Value *value_of(typename Map::entry_type *entry) noexcept {
+    return entry != nullptr ? &detail::value_in<Value, kInWord>(entry->value) : nullptr;
+  }
+  template <class Iterator, class Found>
+  static Iterator at(const Found &found) {
+    return Iterator(place(found.place()));
+  }
+
+  void destroy([[maybe_unused]] T *value) noexcept {
+    if constexpr (!kInWord) {
+      value->~T();
+      mub_pool_free(c()->value_pool, value);
+    }
+  }
+  void destroy_all() noexcept {
+    if constexpr (!std::is_trivially_destructible_v<T>) {
+      for (auto [key, value] : *this) value.~T();
+    }
+  }
+};
+
+/** A hash table with byte-string keys and values of type T. */
+template <class T>
+using hash_of = map_of<hash, T>;
+/** A hash table with 32-bit integer keys and values of type T. */
+template <class T>
+using hashd_of = map_of<hashd, T>;
+/** A hash table with 64-bit integer keys and values of type T. */
+template <class T>
+using hashx_of = map_of<hashx, T>;
+/** A hash table with 16-byte keys and values of type T. */
+template <class T>
+using hasht_of = map_of<hasht, T>;
+/** An ordered map with byte-string keys and values of type T. */
+template <class T>
+using btree_of = map_of<btree, T>;
+/** An ordered map with 32-bit keys and values of type T. */
+template <class T>
+using btreed_of = map_of<btreed, T>;
+/** An ordered map with 64-bit keys and values of type T. */
+template <class T>
+using btreex_of = map_of<btreex, T>;
+
+/** @} */
+
+}  // namespace v1
+}  // namespace mub
+
+#endif
