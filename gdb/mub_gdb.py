@@ -242,6 +242,29 @@ def type_name(kind):
     return kind.tag or kind.name or ""
 
 
+def record_in(value):
+    """The record in an object of a C++ type of the library, or in one of its bases; None in other objects."""
+    for field in gdb.types.get_basic_type(value.type).fields():
+        if field.name in ("record_", "view_"):
+            return value[field]
+        record = record_in(value[field]) if field.is_base_class else None
+        if record is not None:
+            return record
+    return None
+
+
+def cxx_printer(value):
+    """The printer of an object of a C++ type, that of its record; values of a map_of<Map, T> are shown as T."""
+    kind = gdb.types.get_basic_type(value.type)
+    record = record_in(value) if kind.code == gdb.TYPE_CODE_STRUCT else None
+    if record is None or type_name(record.type) not in FAMILIES:
+        return None
+    printer = FAMILIES[type_name(record.type)](record)
+    if re.match(r"mub::(\w+::)?map_of<", type_name(kind)):
+        printer.value_type = kind.template_argument(1)
+    return printer
+
+
 def is_big_endian():
     return "big endian" in gdb.execute("show endian", to_string=True)
 
@@ -251,6 +274,7 @@ class Walked:
 
     noun = "key"
     layout_suffix = "_entry"
+    value_type = None  # of the objects in blocks of the value pool or, without one, in the words
 
     def __init__(self, record):
         Layout.order = ">" if is_big_endian() else "<"
@@ -308,7 +332,14 @@ class Walked:
 
     def show(self, node):
         """What is printed of a node: key and value, or only the value."""
-        return self.shown_key(node), shown_word(node.value)
+        return self.shown_key(node), self.shown_value(node.value)
+
+    def shown_value(self, word):
+        if self.value_type is None:
+            return shown_word(word)
+        if self.field("value_pool") == 0:
+            return gdb.Value(struct.pack(Layout.order + "Q", word)[:self.value_type.sizeof], self.value_type)
+        return gdb.Value(word).cast(self.value_type.pointer()).dereference()
 
     def check_parent(self, parent, address, entry):
         """Checks a link to a parent; 0 if the address of the root is unknown because it is not a variable."""
@@ -1086,6 +1117,8 @@ def container_at(expression):
     record = gdb.parse_and_eval(expression)
     if record.type.strip_typedefs().code == gdb.TYPE_CODE_PTR:
         record = record.dereference()
+    if type_name(record.type).startswith("mub::"):
+        record = record_in(record) or record
     family = FAMILIES.get(type_name(record.type))
     if family is None or not (isinstance(family, type) and issubclass(family, Walked)):
         raise gdb.GdbError(f"{expression} is not a container of libmub, but a {record.type}")
@@ -1150,6 +1183,7 @@ def register():
     printers = gdb.printing.RegexpCollectionPrettyPrinter("libmub")
     for name, family in FAMILIES.items():
         printers.add_printer(name, f"^{name}$", family)
+    printers.add_printer("mub.hpp", "^mub::", cxx_printer)
     gdb.printing.register_pretty_printer(gdb.current_objfile(), printers, replace=True)
     MubCommand()
     MubDot()

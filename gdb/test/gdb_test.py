@@ -1,6 +1,6 @@
-"""Runs GDB on a program that fills every container, and compares the output.
+"""Runs GDB on programs that fill every container, and compares the output.
 
-usage: gdb_test.py [--instrumented] PROGRAM SHARED_LIBRARY BUILD_DIRECTORY
+usage: gdb_test.py [--instrumented] PROGRAM CXX_PROGRAM SHARED_LIBRARY BUILD_DIRECTORY
        exits with 77 if GDB may not trace programs here and these leave no core file
 """
 
@@ -15,7 +15,7 @@ import unittest
 from xml.etree import ElementTree
 
 INSTRUMENTED = sys.argv[1] == "--instrumented" and bool(sys.argv.pop(1))
-PROGRAM, LIBRARY, BUILD = map(os.path.abspath, (sys.argv.pop(1) for _ in range(3)))
+PROGRAM, CXX_PROGRAM, LIBRARY, BUILD = map(os.path.abspath, (sys.argv.pop(1) for _ in range(4)))
 SCRIPT = os.path.join(os.path.dirname(__file__), "..", "mub_gdb.py")
 SVG = "{http://www.w3.org/2000/svg}"
 SKIPPED = 77
@@ -53,6 +53,17 @@ FILLED = {
                      "right = 70}",
     "filled.bits": "mub_bits of 1024 bytes, 3 bits set = {0, 9, 8191}",
     "*filled.list.head->next": "{prev = 0xADDRESS, next = 0xADDRESS, key_offset = 4, key_length = 3, value = 1}",
+}
+
+# Objects of the C++ types.
+CXX = {
+    "print articles": 'mub_hash with 1 key in 4 buckets = {["pear"] = {price = 7, name = "Conference"}}',
+    "print weights": "mub_btreed with 1 key on 1 level = {[2] = 0.5}",
+    "print *pointer": 'mub_hash with 1 key in 4 buckets = {["key"] = 3}',
+    "print numbers": "mub_arrayt with 1 word = {9}",
+    "print view": '"value"',
+    "mub check articles": "mub_hash with 1 key in 4 buckets: intact",
+    "mub check pointer": "mub_hash with 1 key in 4 buckets: intact",
 }
 
 # The hash tables: name and entries, whose order depends on the buckets.
@@ -230,6 +241,10 @@ class Core(Contents):
 
 
 class Live(unittest.TestCase):
+    def test_cxx_types_are_shown_as_their_records(self):
+        answered = answers(stops(1) + list(CXX), CXX_PROGRAM)[len(stops(1)):]
+        self.assertEqual(dict(zip(CXX, map(without_addresses, answered))), CXX)
+
     def test_empty_records_are_printed(self):
         for stop in 2, 6:  # zero-filled, terminated
             names = list(EMPTY)
