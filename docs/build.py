@@ -119,7 +119,7 @@ def example_comment(source):
 
 def cookbook_page():
     items = []
-    for source in sorted((ROOT / "examples" / "cookbook").glob("*.c")):
+    for source in (path for path in programs() if path.parent.name == "cookbook"):
         title = html.escape(" ".join(" ".join(opening(source)[0]).split()))
         items.append(f'<dt><a href="{example_url(source)}">{source.stem.replace("_", " ")}</a></dt><dd>{title}</dd>')
     return ("/**\n@page cookbook Cookbook\n\nShort complete programs, one per task. The tests compare their "
@@ -152,7 +152,7 @@ def contents(modules):
     listed = [names for names, _, _ in readme_rows()]
     listed += [[name] for name in modules if not any(name in names for names in listed)]
     pages = [link("index.html", "Overview"), link("cookbook.html", "Cookbook"), link("group__base.html", "Rules"),
-             link("group__cpp.html", "C++")]
+             link("group__hpp.html", "C++ types")]
     pages[1:1] = [link(f"{name}.html", title) for name, title in guides().items()]
     lines = [", ".join(link(f"group__{name}.html", name) for name in names if name in modules) for names in listed]
     item = lambda lines: "".join(f"<li>{line}</li>\n" for line in lines)

@@ -1,5 +1,5 @@
 /**
- * @defgroup cpp mub.hpp: the C++ interface
+ * @defgroup hpp mub.hpp: the C++ interface
  *
  * Owning types over the C records, header-only and for C++17, in namespace `mub`.
  *

@@ -1,6 +1,6 @@
 /**
  * @defgroup array_hpp mub_array.hpp: growable arrays
- * @ingroup cpp
+ * @ingroup hpp
  *
  * The arrays of mub_array.h.
  *

@@ -1,6 +1,6 @@
 /**
  * @defgroup base_hpp mub_base.hpp: rules of the C++ interface
- * @ingroup cpp
+ * @ingroup hpp
  *
  * A type of namespace `mub` owns one C record: its constructors initialise the record and its destructor
  * terminates it. Members only call the C functions and allocate nothing themselves; "see mub_hash_insert()"
@@ -16,8 +16,8 @@
  *   root of a tree, which lies in the record. A moved-from object is empty and has no pools. To add something
  *   to a moved-from container or pool, assign to it or reset() it first: an assert() checks that. Strings,
  *   streams and bit sets need no pool and can be used again at once.
- * - **Memory.** Additions return false or nullptr if memory ran out, and nothing has changed then. The result
- *   may be ignored.
+ * - **Memory.** An addition that runs out of memory changes nothing. Its result, if it has one, is false or
+ *   nullptr then, and may be ignored.
  * - **Keys.** Byte-string keys are passed as std::string_view: any bytes, NULs included. Keys that iterators
  *   return are views of the container's memory, valid until a key is added or removed.
  * - **Values.** Values are 64-bit words; to_word() and to_pointer() convert pointers. A destructor does

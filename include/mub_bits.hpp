@@ -1,6 +1,6 @@
 /**
  * @defgroup bits_hpp mub_bits.hpp: the set of bits
- * @ingroup cpp
+ * @ingroup hpp
  *
  * The growable set of bits of mub_bits.h.
  */

@@ -1,6 +1,6 @@
 /**
  * @defgroup btree_hpp mub_btree.hpp: ordered maps
- * @ingroup cpp
+ * @ingroup hpp
  *
  * The ordered maps of mub_btree.h.
  *

@@ -1,6 +1,6 @@
 /**
  * @defgroup hash_hpp mub_hash.hpp: hash tables
- * @ingroup cpp
+ * @ingroup hpp
  *
  * The hash tables of mub_hash.h.
  *

@@ -1,6 +1,6 @@
 /**
  * @defgroup list_hpp mub_list.hpp: linked lists
- * @ingroup cpp
+ * @ingroup hpp
  *
  * The linked lists of mub_list.h.
  *

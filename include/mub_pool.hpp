@@ -1,6 +1,6 @@
 /**
  * @defgroup pool_hpp mub_pool.hpp: the block pool
- * @ingroup cpp
+ * @ingroup hpp
  *
  * The block pool of mub_pool.h.
  *

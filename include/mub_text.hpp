@@ -1,6 +1,6 @@
 /**
  * @defgroup text_hpp mub_text.hpp: strings and streams
- * @ingroup cpp
+ * @ingroup hpp
  *
  * mub::string, mub::wchar and mub::stream own the growable buffers of mub_string.h, mub_wchar.h and
  * mub_stream.h; mub::stringx is the view of mub_string.h.
@@ -546,11 +546,13 @@ class stringx : public detail::textual, public detail::range<stringx> {
 }  // namespace v1
 }  // namespace mub
 
+/** @cond */
 template <>
 struct std::hash<mub::string> : mub::detail::text_hash<mub::string> {};
 template <>
 struct std::hash<mub::wchar> : mub::detail::text_hash<mub::wchar> {};
 template <>
 struct std::hash<mub::stringx> : mub::detail::text_hash<mub::stringx> {};
+/** @endcond */
 
 #endif

@@ -1,6 +1,6 @@
 /**
  * @defgroup tree_hpp mub_tree.hpp: trees
- * @ingroup cpp
+ * @ingroup hpp
  *
  * The trees of mub_tree.h.
  *
