@@ -36,6 +36,7 @@ coverage_packages=(gcovr)
 mutation_packages=(python3-clang-14)
 bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev libboost-dev uthash-dev zlib1g-dev
   libdeflate-dev libisal-dev pkg-config python3)
+report_packages=(python3-matplotlib)
 
 abi_packages=(abigail-tools)
 packaging_packages=(debhelper doxygen dpkg-dev fakeroot graphviz lintian pkg-config)
