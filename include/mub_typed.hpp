@@ -143,7 +143,9 @@ class map_of : private Map {
   using Map::contains;
   using Map::count;
   using Map::empty;
+  using Map::memory_bytes;
   using Map::size;
+  using Map::verify;
 
   /** Constructs an empty map, which owns its pools. */
   map_of() noexcept : map_of(std::bool_constant<kInWord>()) {}
