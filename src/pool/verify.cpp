@@ -10,7 +10,7 @@ namespace mub::pool {
 namespace {
 
 // The chunk table or the page table of a pool, which have the same structure.
-struct Table {
+struct VerifiedTable {
   int64_t used;
   int64_t least_used;
   int64_t count;
@@ -18,7 +18,7 @@ struct Table {
   void *const *pages;
 };
 
-Fault verify_fields(const mub_pool &pool, const Table &table) {
+Fault verify_fields(const mub_pool &pool, const VerifiedTable &table) {
   if (table.count < 0 || table.count > table.capacity)
     return "The number of chunks or pages is negative or exceeds the capacity of their table.";
   if ((table.pages == nullptr) != (table.capacity == 0))
@@ -29,7 +29,7 @@ Fault verify_fields(const mub_pool &pool, const Table &table) {
   return is_used_in_range ? nullptr : "The used part of the last chunk or page is out of range.";
 }
 
-Fault verify_slots(const Table &table) {
+Fault verify_slots(const VerifiedTable &table) {
   const auto *end = table.pages + table.count;
   return std::find(table.pages, end, nullptr) == end ? nullptr : "A chunk or page in use is NULL.";
 }
@@ -105,9 +105,9 @@ Fault verify_free_stack(const mub_pool &pool) {
 }  // namespace
 
 Fault verify_record(const mub_pool &pool) {
-  const Table chunks = {pool.chunk_used, 1, pool.chunk_count, pool.chunk_capacity, pool.chunks};
-  const Table pages = {pool.free_used, 0, pool.free_count, pool.free_capacity, pool.free_pages};
-  for (const Table &table : {chunks, pages}) {
+  const VerifiedTable chunks = {pool.chunk_used, 1, pool.chunk_count, pool.chunk_capacity, pool.chunks};
+  const VerifiedTable pages = {pool.free_used, 0, pool.free_count, pool.free_capacity, pool.free_pages};
+  for (const VerifiedTable &table : {chunks, pages}) {
     if (const Fault fault = verify_fields(pool, table)) return fault;
     if (table.count > 0 && pool.blocks_per_chunk < kMinBlocksPerChunk)
       return "There are fewer than 16 blocks per chunk.";
@@ -119,7 +119,7 @@ Fault verify_record(const mub_pool &pool) {
     return "The chunks or pages exceed the address space.";
   if (pool.live_count < 0 || pool.live_count > carved_blocks(pool) - free_blocks(pool))
     return "The number of live blocks is negative, or too large for the blocks that are not free.";
-  for (const Table &table : {chunks, pages}) {
+  for (const VerifiedTable &table : {chunks, pages}) {
     if (const Fault fault = verify_slots(table)) return fault;
   }
   return nullptr;
