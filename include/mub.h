@@ -7,6 +7,7 @@
 #include "mub_bits.h"
 #include "mub_btree.h"
 #include "mub_char.h"
+#include "mub_each.h"
 #include "mub_hash.h"
 #include "mub_list.h"
 #include "mub_mem.h"

@@ -17,7 +17,7 @@ typedef struct person {
   town *home;
 } person;
 
-static person *person_at(uint64_t value) { return (person *)(uintptr_t)value; }
+static person *person_at(uint64_t value) { return MUB_VALUE_AS(person, value); }
 
 static int add(mub_hash *people, const char *name, int age, town *home) {
   uint64_t value;

@@ -22,7 +22,7 @@ typedef struct group {
 static const sale SALES[] = {{"Lyon", 120}, {"Arles", 75}, {"Lyon", 30},
                              {"Nice", 210}, {"Arles", 25}, {"Lyon", 99}};
 
-static group *group_at(uint64_t value) { return (group *)(uintptr_t)value; }
+static group *group_at(uint64_t value) { return MUB_VALUE_AS(group, value); }
 
 static void clear_group(uint64_t value) { *group_at(value) = (group){0, 0, 0}; }
 
@@ -37,9 +37,7 @@ static int add(mub_btree *groups, const sale *sold) {
 }
 
 static void print(const mub_btree *groups) {
-  mub_btree_cursor at;
-  for (const mub_btree_node *node = mub_btree_cursor_first(&at, groups); node;
-       node = mub_btree_cursor_next(&at)) {
+  MUB_EACH_BTREE(groups, node) {
     const group *of_town = group_at(node->value);
     printf("%-6.*s %d sales, %3d in all, %3d the largest\n", (int)node->key_length,
            groups->keys.data + node->key_offset, of_town->count, of_town->total, of_town->largest);

@@ -29,14 +29,14 @@ static int64_t intern(symbols *s, const char *text, int64_t length) {
   if (!mub_arrays_expand(&s->by_number, s->by_number.count + 1)) return -1;
   if (mub_hash_entry_set(&s->by_text, text, length, &entry)) {
     entry->value = (uint64_t)s->by_number.count;
-    mub_arrays_append(&s->by_number, (uintptr_t)entry);
+    mub_arrays_append(&s->by_number, MUB_VALUE_OF(entry));
   }
   return entry != NULL ? (int64_t)entry->value : -1;
 }
 
 /* A view of the text of a number; valid until the next text is interned. */
 static mub_stringx text_of(const symbols *s, int64_t number) {
-  const mub_hash_entry *entry = (const mub_hash_entry *)(uintptr_t)mub_arrays_get_at(&s->by_number, number);
+  const mub_hash_entry *entry = MUB_VALUE_AS(const mub_hash_entry, mub_arrays_get_at(&s->by_number, number));
   return (mub_stringx){(const char *)s->by_text.keys.data, entry->key_offset, entry->key_length};
 }
 

@@ -19,7 +19,7 @@ typedef struct cache {
   mub_lists order;  /* items, the most recently used at the head */
 } cache;
 
-static item *item_at(uint64_t value) { return (item *)(uintptr_t)value; }
+static item *item_at(uint64_t value) { return MUB_VALUE_AS(item, value); }
 
 static int cache_init(cache *c) {
   mub_hashx_init(&c->places, 1, 0);
@@ -38,18 +38,18 @@ static mub_lists_entry *to_head(cache *c, mub_lists_entry *place) {
   mub_lists_entry *head = mub_lists_add_head(&c->order, place->value);
   if (head == NULL) return place;
   mub_lists_remove_at(&c->order, place);
-  mub_hashx_update(&c->places, item_at(head->value)->key, (uintptr_t)head);
+  mub_hashx_update(&c->places, item_at(head->value)->key, MUB_VALUE_OF(head));
   return head;
 }
 
 static const item *cache_find(cache *c, uint64_t key) {
   const uint64_t place = mub_hashx_get(&c->places, key);
-  return place != 0 ? item_at(to_head(c, (mub_lists_entry *)(uintptr_t)place)->value) : NULL;
+  return place != 0 ? item_at(to_head(c, MUB_VALUE_AS(mub_lists_entry, place))->value) : NULL;
 }
 
 static mub_lists_entry *new_place(cache *c) {
   item *fresh = mub_pool_new(c->order.value_pool);
-  mub_lists_entry *place = fresh != NULL ? mub_lists_add_head(&c->order, (uintptr_t)fresh) : NULL;
+  mub_lists_entry *place = fresh != NULL ? mub_lists_add_head(&c->order, MUB_VALUE_OF(fresh)) : NULL;
   if (place == NULL) mub_pool_free(c->order.value_pool, fresh);
   return place;
 }
@@ -66,7 +66,7 @@ static const item *cache_add(cache *c, item added) {
   mub_lists_entry *place = c->order.count < ROOM ? new_place(c) : oldest_place(c);
   if (place == NULL) return NULL;
   *item_at(place->value) = added;
-  return mub_hashx_insert(&c->places, added.key, (uintptr_t)place) ? item_at(place->value) : NULL;
+  return mub_hashx_insert(&c->places, added.key, MUB_VALUE_OF(place)) ? item_at(place->value) : NULL;
 }
 
 int main(void) {

@@ -17,13 +17,13 @@ typedef struct sessions {
 /* Removes the keys with value 0. If memory runs out, the table is unchanged. */
 static int sweep(mub_hash *table) {
   mub_hash kept;
-  int64_t bucket;
   int done = 1;
   mub_hash_init(&kept, 1, 0);
-  for (const mub_hash_entry *e = mub_hash_entry_first(table, &bucket); done && e;
-       e = mub_hash_entry_next(table, &bucket, e))
-    if (e->value != 0)
-      done = mub_hash_insert(&kept, table->keys.data + e->key_offset, e->key_length, e->value);
+  MUB_EACH_HASH(table, e) {
+    if (e->value == 0) continue;
+    done = mub_hash_insert(&kept, table->keys.data + e->key_offset, e->key_length, e->value);
+    if (!done) break;
+  }
   if (done) mub_hash_swap(table, &kept);
   mub_hash_term(&kept); /* the old table, or an incomplete new one */
   return done;

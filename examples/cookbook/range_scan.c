@@ -1,7 +1,7 @@
 /* Keep an ordered index, and list the keys of a range.
  *
- * mub_btreex_cursor_seek returns the first record whose key is not less than the start of the range. From
- * there the cursor moves in key order to the end of the range. */
+ * The loop begins at the first record whose key is not less than the start of the range, and visits the
+ * records in key order to the end of the range. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -20,10 +20,9 @@ static const event EVENTS[] = {
 
 static void print_range(const mub_btreex *index, int64_t from, int64_t to) {
   printf("from %02d:%02d to %02d:%02d\n", (int)from / 60, (int)from % 60, (int)to / 60, (int)to % 60);
-  mub_btreex_cursor at;
-  const mub_btreex_node *node = mub_btreex_cursor_seek(&at, index, (uint64_t)from);
-  for (; node != NULL && (int64_t)node->key < to; node = mub_btreex_cursor_next(&at)) {
-    const event *entry = (const event *)(uintptr_t)node->value;
+  MUB_EACH_BTREEX_FROM(index, (uint64_t)from, node) {
+    const event *entry = MUB_VALUE_AS(const event, node->value);
+    if ((int64_t)node->key >= to) break;
     printf("  %02d:%02d %s\n", (int)entry->minute / 60, (int)entry->minute % 60, entry->what);
   }
 }
@@ -33,7 +32,7 @@ int main(void) {
   mub_btreex_init(&by_minute, 1, 1, 0);
   int done = 1;
   for (size_t i = 0; done && i < sizeof EVENTS / sizeof *EVENTS; i++)
-    done = mub_btreex_insert(&by_minute, (uint64_t)EVENTS[i].minute, (uintptr_t)&EVENTS[i]);
+    done = mub_btreex_insert(&by_minute, (uint64_t)EVENTS[i].minute, MUB_VALUE_OF(&EVENTS[i]));
   if (done) {
     print_range(&by_minute, 9 * 60, 12 * 60);
     print_range(&by_minute, 12 * 60, 24 * 60);

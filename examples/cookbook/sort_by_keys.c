@@ -28,18 +28,18 @@ static int by_year_down(const book *a, const book *b) { return (a->year < b->yea
 /* The first key in which two books differ decides their order. `keys` ends with NULL. */
 static int by_keys(uint64_t keys, uint64_t item, uint64_t other, uint64_t unused) {
   (void)unused;
-  for (const compare_books *key = (const compare_books *)(uintptr_t)keys; *key != NULL; key++) {
-    const int order = (*key)((const book *)(uintptr_t)item, (const book *)(uintptr_t)other);
+  for (const compare_books *key = MUB_VALUE_AS(const compare_books, keys); *key != NULL; key++) {
+    const int order = (*key)(MUB_VALUE_AS(const book, item), MUB_VALUE_AS(const book, other));
     if (order != 0) return order;
   }
   return 0;
 }
 
 static void print_sorted(const char *title, mub_arrays *books, const compare_books *keys) {
-  mub_arrays_qsort_x_p(books, (uintptr_t)keys, by_keys);
+  mub_arrays_qsort_x_p(books, MUB_VALUE_OF(keys), by_keys);
   puts(title);
-  for (int64_t i = 0; i < books->count; i++) {
-    const book *b = (const book *)(uintptr_t)mub_arrays_get_at(books, i);
+  MUB_EACH_ARRAYS(books, item) {
+    const book *b = MUB_VALUE_AS(const book, *item);
     printf("  %d  %s: %s\n", b->year, b->author, b->title);
   }
 }
@@ -51,7 +51,7 @@ int main(void) {
   mub_arrays books;
   mub_arrays_init(&books, 0);
   const int done = mub_arrays_expand(&books, count); /* so that appending cannot fail */
-  for (int64_t i = 0; done && i < count; i++) mub_arrays_append(&books, (uintptr_t)&BOOKS[i]);
+  for (int64_t i = 0; done && i < count; i++) mub_arrays_append(&books, MUB_VALUE_OF(&BOOKS[i]));
   if (done) {
     print_sorted("by author, newest first", &books, author_year);
     print_sorted("newest first, by title", &books, year_title);

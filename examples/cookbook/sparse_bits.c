@@ -25,19 +25,21 @@ static int add_range(mub_hashx *set, uint64_t first, uint64_t last, uint64_t ste
 
 /* Stores the intersection in `out` if `common`, otherwise the union. */
 static int combine(const mub_hashx *a, const mub_hashx *b, int common, mub_hashx *out) {
-  int64_t bucket;
-  for (mub_hashx_entry *e = mub_hashx_entry_first(a, &bucket); e; e = mub_hashx_entry_next(a, &bucket, e))
+  MUB_EACH_HASHX(a, e) {
     if (!add_word(out, e->key, common ? e->value & mub_hashx_get(b, e->key) : e->value)) return 0;
+  }
   if (common) return 1;
-  for (mub_hashx_entry *e = mub_hashx_entry_first(b, &bucket); e; e = mub_hashx_entry_next(b, &bucket, e))
+  MUB_EACH_HASHX(b, e) {
     if (!add_word(out, e->key, e->value)) return 0;
+  }
   return 1;
 }
 
 static int64_t members(const mub_hashx *set) {
-  int64_t bucket, count = 0;
-  for (mub_hashx_entry *e = mub_hashx_entry_first(set, &bucket); e; e = mub_hashx_entry_next(set, &bucket, e))
+  int64_t count = 0;
+  MUB_EACH_HASHX(set, e) {
     for (uint64_t bits = e->value; bits != 0; bits &= bits - 1) count++;
+  }
   return count;
 }
 

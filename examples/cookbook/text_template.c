@@ -28,7 +28,7 @@ static int fill(const char *text, const mub_array *values, mub_string *out) {
     const int64_t close = open < 0 ? -1 : mub_stringx_find_char_pos(&rest, '}', open);
     if (close < 0) return append(out, here, rest.length);
     const mub_array_entry *value = mub_array_entry_find(values, here + open + 1, close - open - 1);
-    const char *with = value != NULL ? (const char *)(uintptr_t)value->value : here + open;
+    const char *with = value != NULL ? MUB_VALUE_AS(const char, value->value) : here + open;
     if (!append(out, here, open)) return 0;
     if (!append(out, with, value != NULL ? (int64_t)strlen(with) : close - open + 1)) return 0;
     mub_stringx_mid(&rest, close + 1, rest.length);
@@ -37,7 +37,7 @@ static int fill(const char *text, const mub_array *values, mub_string *out) {
 }
 
 static int define(mub_array *values, const char *name, const char *value) {
-  return mub_array_insert(values, name, -1, (uintptr_t)value) && mub_array_find(values, name, -1) != 0;
+  return mub_array_insert(values, name, -1, MUB_VALUE_OF(value)) && mub_array_find(values, name, -1) != 0;
 }
 
 int main(void) {

@@ -11,21 +11,22 @@
 static const char *const PATHS[] = {"animals/birds/wren", "plants/trees/oak", "animals/birds/owl",
                                     "animals/fish", "plants/trees/elm"};
 
-static mub_stringx *title_of(const mub_tree_entry *entry) { return (mub_stringx *)(uintptr_t)entry->value; }
+static mub_stringx *title_of(const mub_tree_entry *entry) { return MUB_VALUE_AS(mub_stringx, entry->value); }
 
 static mub_tree_entry *add_child(mub_tree *tree, mub_tree_entry *parent, const mub_stringx *title) {
   mub_stringx *kept = mub_pool_new(tree->value_pool);
   mub_tree_entry *entry = mub_tree_entry_new(tree);
   if (kept == NULL || entry == NULL) return NULL; /* whichever succeeded is released with its pool */
   mub_stringx_copy(kept, title);
-  entry->value = (uintptr_t)kept;
+  entry->value = MUB_VALUE_OF(kept);
   mub_tree_entry_append(tree, parent, entry);
   return entry;
 }
 
 static mub_tree_entry *find_or_add(mub_tree *tree, mub_tree_entry *parent, const mub_stringx *title) {
-  for (mub_tree_entry *entry = parent->first_child; entry; entry = mub_tree_entry_next(entry))
+  MUB_EACH_TREE_CHILD(parent, entry) {
     if (mub_stringx_compare(title_of(entry), title->text + title->start, title->length) == 0) return entry;
+  }
   return add_child(tree, parent, title);
 }
 
@@ -42,8 +43,7 @@ static int add_path(mub_tree *tree, const char *path) {
 }
 
 static void print(const mub_tree *tree) {
-  const mub_tree_entry *entry = mub_tree_entry_iter_next(&tree->root, &tree->root);
-  for (; entry != NULL; entry = mub_tree_entry_iter_next(&tree->root, entry)) {
+  MUB_EACH_TREE_BELOW(&tree->root, entry) {
     int depth = 0;
     for (const mub_tree_entry *up = entry->parent; up != &tree->root; up = up->parent) depth++;
     printf("%*s%d. %.*s\n", 3 * depth, "", (int)mub_tree_entry_index(entry), (int)title_of(entry)->length,

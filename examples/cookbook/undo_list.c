@@ -20,7 +20,7 @@ typedef struct editor {
   mub_lists_entry *last; /* the last edit that is not undone; NULL if all are */
 } editor;
 
-static edit *edit_at(uint64_t value) { return (edit *)(uintptr_t)value; }
+static edit *edit_at(uint64_t value) { return MUB_VALUE_AS(edit, value); }
 
 static void release_edit(uint64_t value) { mub_string_term(&edit_at(value)->other); }
 

@@ -23,12 +23,12 @@ static int count_words(mub_hash *words, const char *text) {
   return 1;
 }
 
-static const mub_hash_entry *entry_at(uint64_t item) { return (const mub_hash_entry *)(uintptr_t)item; }
+static const mub_hash_entry *entry_at(uint64_t item) { return MUB_VALUE_AS(const mub_hash_entry, item); }
 
 /* By decreasing count, then alphabetically. The context is the address of the table's key bytes. */
 static int by_count(uint64_t keys, uint64_t item, uint64_t other, uint64_t unused) {
   const mub_hash_entry *a = entry_at(item), *b = entry_at(other);
-  const uint8_t *bytes = (const uint8_t *)(uintptr_t)keys;
+  const uint8_t *bytes = MUB_VALUE_AS(const uint8_t, keys);
   (void)unused;
   if (a->value != b->value) return a->value > b->value ? -1 : 1;
   return mub_mem_icmp(bytes + a->key_offset, a->key_length, bytes + b->key_offset, b->key_length);
@@ -36,15 +36,12 @@ static int by_count(uint64_t keys, uint64_t item, uint64_t other, uint64_t unuse
 
 static int print_sorted(const mub_hash *words) {
   mub_arrays entries;
-  int64_t bucket;
   mub_arrays_init(&entries, 0);
   if (!mub_arrays_expand(&entries, words->count)) return 0;
-  for (mub_hash_entry *e = mub_hash_entry_first(words, &bucket); e;
-       e = mub_hash_entry_next(words, &bucket, e))
-    mub_arrays_append(&entries, (uintptr_t)e);
-  mub_arrays_qsort_x_p(&entries, (uintptr_t)words->keys.data, by_count);
-  for (int64_t i = 0; i < entries.count; i++) {
-    const mub_hash_entry *entry = entry_at(entries.items[i]);
+  MUB_EACH_HASH(words, entry) mub_arrays_append(&entries, MUB_VALUE_OF(entry));
+  mub_arrays_qsort_x_p(&entries, MUB_VALUE_OF(words->keys.data), by_count);
+  MUB_EACH_ARRAYS(&entries, item) {
+    const mub_hash_entry *entry = entry_at(*item);
     printf("%2d %.*s\n", (int)entry->value, (int)entry->key_length, words->keys.data + entry->key_offset);
   }
   mub_arrays_term(&entries);

@@ -67,9 +67,7 @@ static int depth_of(const mub_tree_entry *entry) {
 }
 
 static bool append_headings(const outline *headings, const corpus *texts, mub_string *line, mub_string *out) {
-  const mub_tree_entry *root = &headings->headings.root;
-  for (const mub_tree_entry *entry = mub_tree_entry_iter_next(root, root); entry != NULL;
-       entry = mub_tree_entry_iter_next(root, entry)) {
+  MUB_EACH_TREE_BELOW(&headings->headings.root, entry) {
     const heading *content = outline_heading(entry);
     mub_string_format(line, "%6lld%*s%.*s  %.*s\n", (long long)corpus_line_number(texts, content->line),
                       2 * depth_of(entry), "", (int)content->number.length, content->number.data,

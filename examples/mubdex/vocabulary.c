@@ -9,9 +9,7 @@ void vocabulary_term(vocabulary *v) { mub_btree_term(&v->words); }
 
 bool vocabulary_fill(vocabulary *v, const word_index *index) {
   const mub_hash *words = &index->words;
-  int64_t bucket;
-  for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
-       entry = mub_hash_entry_next(words, &bucket, entry)) {
+  MUB_EACH_HASH(words, entry) {
     const uint8_t *word = words->keys.data + entry->key_offset;
     if (!mub_btree_insert(&v->words, word, entry->key_length, entry_count(index, entry))) return false;
   }

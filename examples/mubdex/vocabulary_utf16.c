@@ -20,9 +20,7 @@ static bool append_word(mub_wchar *out, mub_char word) {
 bool vocabulary_utf16(const vocabulary *v, mub_wchar *out) {
   mub_wchar_copy_char(out, BYTE_ORDER_MARK);
   if (mub_wchar_is_empty(out)) return false;
-  mub_btree_cursor at;
-  for (const mub_btree_node *node = mub_btree_cursor_first(&at, &v->words); node != NULL;
-       node = mub_btree_cursor_next(&at)) {
+  MUB_EACH_BTREE(&v->words, node) {
     if (!append_word(out, vocabulary_word(v, node))) return false;
   }
   return true;

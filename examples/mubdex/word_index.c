@@ -227,22 +227,16 @@ int64_t index_bytes(const word_index *index) {
                   pool_bytes(words->entry_pool);
   if (!index->keeps_lines) return bytes;
   bytes += pool_bytes(words->value_pool);
-  int64_t bucket;
-  for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
-       entry = mub_hash_entry_next(words, &bucket, entry)) {
-    bytes += tail_bytes(&stats_at(entry->value)->lines);
-  }
+  MUB_EACH_HASH(words, entry) bytes += tail_bytes(&stats_at(entry->value)->lines);
   return bytes;
 }
 
 bool index_sort_by_word(const word_index *index, mub_array *by_word) {
   const mub_hash *words = &index->words;
-  int64_t bucket;
   /* The capacity is reserved first, so that no append can fail. */
   if (!mub_array_expand(by_word, words->count)) return false;
   if (!mub_stream_expand(&by_word->keys, words->keys.length)) return false;
-  for (const mub_hash_entry *entry = mub_hash_entry_first(words, &bucket); entry != NULL;
-       entry = mub_hash_entry_next(words, &bucket, entry)) {
+  MUB_EACH_HASH(words, entry) {
     const uint64_t count = entry_count(index, entry);
     mub_array_append(by_word, words->keys.data + entry->key_offset, entry->key_length, count);
   }
@@ -265,12 +259,10 @@ static int compare_by_count(uint64_t context, uint64_t item, uint64_t key, uint6
 
 /* Few words of many are ever among the first ones, so most take one comparison, with the last of these. */
 bool index_top(const word_index *index, int64_t limit, mub_arrays *top) {
-  const uint64_t context = (uint64_t)(uintptr_t)index;
-  int64_t bucket;
+  const uint64_t context = MUB_VALUE_OF(index);
   if (!mub_arrays_expand(top, limit + 1)) return false;
-  for (const mub_hash_entry *entry = mub_hash_entry_first(&index->words, &bucket); entry != NULL;
-       entry = mub_hash_entry_next(&index->words, &bucket, entry)) {
-    const uint64_t item = (uint64_t)(uintptr_t)entry;
+  MUB_EACH_HASH(&index->words, entry) {
+    const uint64_t item = MUB_VALUE_OF(entry);
     if (top->count == limit && compare_by_count(context, mub_arrays_get_last(top), item, 0) < 0) continue;
     mub_arrays_insert_x(top, context, item, 0, compare_by_count);
     if (top->count > limit) mub_arrays_shrink(top, limit);
