@@ -39,7 +39,7 @@ bench_packages=(libbenchmark-dev libglib2.0-dev libabsl-dev libboost-dev uthash-
 report_packages=(python3-matplotlib)
 
 abi_packages=(abigail-tools)
-packaging_packages=(debhelper doxygen dpkg-dev fakeroot graphviz lintian pkg-config)
+packaging_packages=(debhelper doxygen dpkg-dev fakeroot graphviz lintian meson pkg-config)
 
 # build_preset PRESET [ARGUMENT…]: configures and builds; the arguments are passed to the build.
 build_preset() {
