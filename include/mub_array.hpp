@@ -10,8 +10,8 @@
  *
  * contains, get, find, insert, emplace, update, remove, find_index and nearest_index need a sorted array;
  * append, scan_index and the operations with an index work in any order, and sort() sorts. That an array is
- * sorted is not checked. Only mub::array::append() with a key adds an entry even if there is no memory for the
- * key, which is then empty. Every addition, removal and sort invalidates iterators.
+ * sorted is not checked. Only mub::array::append() with a key adds an entry even if there is no memory for
+ * the key, which is then empty. Every addition, removal and sort invalidates iterators.
  */
 #ifndef MUB_ARRAY_HPP
 #define MUB_ARRAY_HPP
@@ -529,7 +529,7 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   /** Sets the count, which can also be increased up to the capacity; see mub_arrays_shrink(). */
   void shrink(std::int64_t n) { mub_arrays_shrink(c(), n); }
 
-  /** Adds an item at the end, without regard to the order; false if memory ran out. See mub_arrays_append(). */
+  /** Adds an item at the end, without regard to the order; false without memory. See mub_arrays_append(). */
   ///@{
   bool append(std::uint64_t item) {
     return grows([&](auto *record) { mub_arrays_append(record, item); });
@@ -641,7 +641,7 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life>,
   /** Makes room for `wanted` words in total; false if memory ran out. See mub_arrayt_expand(). */
   [[nodiscard]] bool reserve(std::int64_t wanted) { return mub_arrayt_expand(c(), wanted) != 0; }
 
-  /** Adds a word at the end, without regard to the order; false if memory ran out. See mub_arrayt_append(). */
+  /** Adds a word at the end, without regard to the order; false without memory. See mub_arrayt_append(). */
   ///@{
   bool append(std::uint64_t word) {
     return grows([&](auto *record) { mub_arrayt_append(record, word); });

@@ -134,7 +134,7 @@ class owner {
    */
   bool verify(const char **what = nullptr) const { return Life::verify(&record_, what) != 0; }
 
-  /** Returns the size of the heap memory that the object holds; see mub_hash_memory_bytes() and its variants. */
+  /** Returns the size of the heap memory that the object holds; see mub_hash_memory_bytes(). */
   std::int64_t memory_bytes() const { return Life::memory_bytes(&record_); }
 
   /** Releases the contents and the pools that are owned, and starts again as a default-constructed object. */

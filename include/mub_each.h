@@ -9,9 +9,10 @@
  *     }
  *
  * **Loops.** The macro declares the loop variable, here a `mub_hash_entry *`, which exists inside the loop
- * only. `break` and `continue` have their usual meaning, and the loop is one statement, with or without braces.
- * Loops may be nested if their variables have different names. All arguments are evaluated once, at the
- * beginning. The further variables of a loop have the name of the loop variable with a suffix such as `_at`.
+ * only. `break` and `continue` have their usual meaning, and the loop is one statement, with or without
+ * braces. Loops may be nested if their variables have different names. All arguments are evaluated once, at
+ * the beginning. The further variables of a loop have the name of the loop variable with a suffix such as
+ * `_at`.
  *
  * **Changes.** In the loop, values may be changed, but nothing may be added to the container or removed from
  * it, unless the loop is left afterwards.

@@ -12,8 +12,9 @@
  * All four types compare with each other and with such texts (==, !=, <, <=, >, >=: byte by byte, or unit by
  * unit), and convert to views; those of bytes can be written to a std::ostream, and all but streams have a
  * std::hash. += and the members that return nothing leave the buffer unchanged if memory runs out: call
- * reserve() first, or compare size(). Every member that enlarges a buffer invalidates views, iterators and pointers into it. To format
- * text, use the C functions, whose formats the compiler checks: `mub_string_format(s.c(), "%d", n)`.
+ * reserve() first, or compare size(). Every member that enlarges a buffer invalidates views, iterators and
+ * pointers into it. To format text, use the C functions, whose formats the compiler checks:
+ * `mub_string_format(s.c(), "%d", n)`.
  */
 #ifndef MUB_TEXT_HPP
 #define MUB_TEXT_HPP

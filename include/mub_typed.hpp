@@ -120,9 +120,9 @@ class typed_position : public Position {
  * @{ */
 
 /**
- * A hash table or B-tree `Map` with values of type T, which owns its values. Its keys, iterators and the rules
- * for moves and settings are those of `Map`, and so are c(), size(), empty(), contains() and count(). Do not
- * add or remove keys through c(). If a constructor of T throws, the map is unchanged.
+ * A hash table or B-tree `Map` with values of type T, which owns its values. Its keys, iterators and the
+ * rules for moves and settings are those of `Map`, and so are c(), size(), empty(), contains() and count().
+ * Do not add or remove keys through c(). If a constructor of T throws, the map is unchanged.
  */
 template <class Map, class T>
 class map_of : private Map {

@@ -1,7 +1,7 @@
 /* Keep an inventory in C++: objects in hash tables and in ordered maps, without a cast.
  *
  * The maps own their values: hash_of<article> stores objects with strings in its value pool, btree_of<int>
- * stores numbers in its records, and hashx_of<std::unique_ptr<reservation>> deletes what its values point to. */
+ * stores numbers in its records, and hashx_of<std::unique_ptr<reservation>> deletes what they point to. */
 #include <cstdio>
 #include <memory>
 
@@ -53,8 +53,8 @@ bool store(inventory &shop, std::string_view code, std::string_view shelf, int p
 //! [store]
 
 //! [reserve]
-// The reserved pieces are no longer in stock. The map takes the std::unique_ptr, which deletes the reservation
-// when its entry is removed.
+// The reserved pieces are no longer in stock. The map takes the std::unique_ptr, which deletes the
+// reservation when its entry is removed.
 bool reserve(inventory &shop, std::uint64_t number, std::string_view customer, std::string_view code,
              int pieces) {
   article *wanted = shop.articles.find(code);

@@ -24,7 +24,8 @@ void query_term(query *q);
 bool query_parse(query *q, const char *text);
 
 /* Finds the lines, out of `line_count`, that match the query: sets their bits in `lines`, which is
- * initialised and empty. Ignore the bits from `line_count` on. The index keeps lines. False if memory runs out. */
+ * initialised and empty. Ignore the bits from `line_count` on. The index keeps lines. False if memory runs
+ * out. */
 bool query_answer(query *q, const word_index *index, int64_t line_count, mub_bits *lines);
 
 #endif

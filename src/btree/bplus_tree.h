@@ -52,8 +52,8 @@
 //   init_keys(tree)                     initialises fields of the tree that are not 0 at the start
 //
 // Parts of the engine: bplus_nodes.h (nodes and splits), node_search.h (searches), batch_get.h (look-ups of
-// many keys), tree_walk.h (walks over nodes), tree_cursor.h (walks over records), bplus_whole.h (whole trees),
-// bplus_clone.h and verify.h.
+// many keys), tree_walk.h (walks over nodes), tree_cursor.h (walks over records), bplus_whole.h (whole
+// trees), bplus_clone.h and verify.h.
 #ifndef MUB_BTREE_BPLUS_TREE_H
 #define MUB_BTREE_BPLUS_TREE_H
 
