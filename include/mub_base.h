@@ -1,5 +1,5 @@
 /**
- * @defgroup base Common rules
+ * @defgroup base mub_base: common rules, and the version
  *
  * These conventions apply to every header of libmub, unless the documentation of a function says otherwise.
  *

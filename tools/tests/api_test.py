@@ -86,7 +86,8 @@ class Json(unittest.TestCase):
         self.assertEqual(CALLBACKS["mub_free_fn"]["returns"]["type"], "void")
 
     def test_has_the_tables_of_results(self):
-        results = {module["name"]: module["results"] for module in API["modules"]}
+        # The functions of base only return the version.
+        results = {module["name"]: module["results"] for module in API["modules"] if module["name"] != "base"}
         self.assertIn(["`_find`", "1", "0", ""], results["hashd"])
         self.assertEqual({len(row) for table in results.values() for row in table}, {4})
         self.assertEqual([name for name, table in results.items() if len(table) < 4], [])
