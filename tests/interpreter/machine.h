@@ -92,7 +92,9 @@ struct World {
   }
   // Makes a call that only reads, and the same call in a second thread.
   auto read_by_all(auto call_it) {
-    const Thread reader = kHasTwoReaders ? Thread(call_it) : Thread();
+    if constexpr (!kHasTwoReaders) return call_it();
+    const UnnotedSizes unnoted;
+    const Thread reader(call_it);
     return call_it();
   }
 

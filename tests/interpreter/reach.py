@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""reach.py SOURCE…: fails if a public function occurs in no step of a family and in no other source that is given.
+"""reach.py SOURCE…: fails if a public function occurs in no step of a family and in no other source given.
 The tests themselves check that programs reach each step.
 """
 

@@ -1,5 +1,6 @@
 #include "support/fuse.h"
 
+#include <atomic>
 #include <cstddef>
 #include <mutex>
 #include <unordered_map>
@@ -22,8 +23,11 @@ Heap &heap() {
   static auto *const all = new Heap;
   return *all;
 }
+std::atomic<bool> is_noting = true;  // relaxed, as it must not synchronise threads
+
 // 0: the block is released.
 void note_size(void *block, size_t size) {
+  if (!is_noting.load(std::memory_order_relaxed)) return;
   const std::lock_guard lock(heap().mutex);
   size_t &noted = heap().sizes[block];
   heap().bytes += static_cast<int64_t>(size) - static_cast<int64_t>(noted);
@@ -43,6 +47,9 @@ void arm_fuse(int64_t allowed, Blow blow) {
 bool disarm_fuse() { return allocations > std::exchange(first_refused, INT64_MAX); }
 
 int64_t allocations_so_far() { return allocations; }
+
+UnnotedSizes::UnnotedSizes() { is_noting.store(false, std::memory_order_relaxed); }
+UnnotedSizes::~UnnotedSizes() { is_noting.store(true, std::memory_order_relaxed); }
 
 int64_t heap_bytes() {
   const std::lock_guard lock(heap().mutex);
