@@ -225,15 +225,17 @@ MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_poo
  * Checks whether the array is intact.
  *
  * Checks the count, the capacity, that every key is in the key stream and no two keys overlap, and the pool
- * that the array owns. Any order of the entries is accepted.
+ * that the array owns. Any order of the entries is accepted, and a copy for which memory ran out. Spare slots
+ * that mub_array_shrink() brought into use, or to which mub_array_set_at() gave a key, may have keys that
+ * overlap or are outside the stream: the result is 0 until they have keys of their own.
  *
  * @param[in] array  the array
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the array is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), times the length of the key stream / 65536, and that of mub_pool_verify() for the pool that
- *   the array owns
+ * @cost O(n), times the length of the key stream / 65536 if the keys do not fill it, and that of
+ *   mub_pool_verify() for the pool that the array owns
  * @nullable what
  */
 MUB_API int mub_array_verify(const mub_array *array, const char **what);
@@ -971,7 +973,8 @@ MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity and the pool that the array owns. Any order is accepted.
+ * Checks the count, the capacity and the pool that the array owns. Any order is accepted, and a copy for
+ * which memory ran out.
  *
  * @param[in] array  the array
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -1629,7 +1632,8 @@ MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity and the pool that the array owns. Any order is accepted.
+ * Checks the count, the capacity and the pool that the array owns. Any order is accepted, and a copy for
+ * which memory ran out.
  *
  * @param[in] array  the array
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -2250,7 +2254,8 @@ MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity and the pool that the array owns. Any order is accepted.
+ * Checks the count, the capacity and the pool that the array owns. Any order is accepted, and a copy for
+ * which memory ran out.
  *
  * @param[in] array  the array
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL

@@ -593,6 +593,8 @@ MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_p
  * fill the key stream without gaps, and the pools that the tree owns. `prev` and `next` of the records are
  * not checked. It follows every link, but ends whatever calls have done to the tree. An address of other
  * memory in place of an entry or a block is not recognised.
+ * Keys are compared with the present `nocase`, which mub_btree_swap() and mub_btree_clone() do not
+ * transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -1404,6 +1406,8 @@ MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user
  * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, but ends
  * whatever calls have done to the tree. An address of other memory in place of an entry or a block is not
  * recognised.
+ * Keys are compared with the present `key_type`, which mub_btreed_swap() and mub_btreed_clone() do not
+ * transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -2189,6 +2193,8 @@ MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user
  * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, but ends
  * whatever calls have done to the tree. An address of other memory in place of an entry or a block is not
  * recognised.
+ * Keys are compared with the present `key_type`, which mub_btreex_swap() and mub_btreex_clone() do not
+ * transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL

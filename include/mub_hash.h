@@ -175,6 +175,8 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
  * count, that the keys fill the key stream without gaps, and the pools that the table owns. It follows every
  * link, but ends whatever calls have done to the table. An address of other memory in place of an entry or a
  * block is not recognised.
+ * Hashes are computed with the present `nocase`, which mub_hash_swap() and mub_hash_clone() do not
+ * transfer.
  *
  * @param[in] hash   the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL

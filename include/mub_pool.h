@@ -250,7 +250,8 @@ MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, m
  * @return 1 if the pool is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n log n) for n free blocks, times the number of blocks taken from chunks / 16384
+ * @cost O(n log n) for n free blocks, times the number of blocks taken from chunks / 16384: with many blocks,
+ *   it grows with the product of the two
  * @nullable what
  */
 MUB_API int mub_pool_verify(const mub_pool *pool, const char **what);

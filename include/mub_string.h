@@ -152,7 +152,8 @@ MUB_API int mub_string_clone(const mub_string *source, mub_string *destination);
 /**
  * Checks whether the string is intact.
  *
- * Checks the length, the capacity and the 0 after the content, which mub_string_set_at() can overwrite.
+ * Checks the length, the capacity and the 0 after the content, which mub_string_set_at() can overwrite and
+ * mub_stream_swap_string() can leave out.
  *
  * @param[in] string  the string
  * @param[out] what   receives a sentence that names what is broken, or NULL if nothing is; may be NULL

@@ -884,6 +884,8 @@ MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_
  * of equals must have the parent of the first one: see mub_bitree_set_parent(). `count` is not checked: it
  * says nothing about the entries. It follows every link, but ends whatever calls have done to the tree. An
  * address of other memory in place of an entry or a block is not recognised.
+ * Equals that were linked before the first one had a parent are reported until mub_bitree_set_parent()
+ * gives them its parent.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL

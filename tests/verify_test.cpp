@@ -85,9 +85,10 @@ TEST(Verify, FindsDamagedPools) {
       {size, [](R &r, Kept &k) { k(r.block_size) = -8; }},
       {space, [](R &r, Kept &k) { k(r.block_size) = INT64_MAX / 40; }},
       {space, [](R &r, Kept &k) { k(r) = {8, INT64_MAX, 0, -1, 0, 0, nullptr, 4, 2, 4, r.free_pages}; }},
-      {live, [](R &r, Kept &k) { k(r.live_count) = -1; }},
+      {"more free blocks", [](R &r, Kept &k) { k(r.chunk_count) = 1; }},
       {live, [](R &r, Kept &k) { ++k(r.live_count); }},
       {null, [](R &r, Kept &k) { k(r.chunks[1]) = nullptr; }},
+      {"after the last chunk", [](R &r, Kept &k) { k(r.chunks[3]) = r.chunks[0]; }},
       {null, [](R &r, Kept &k) { k(r.free_pages[0]) = nullptr; }},
   };
   const auto give = [](R &r, Kept &k, void *block) { mub_pool_free(&k(r), block); };
@@ -167,7 +168,7 @@ TEST(Verify, FindsDamagedArrays) {
   const auto expect = [](auto array, auto slots, auto... key) {
     using R = typename decltype(array)::record_type;
     for (int i = 0; i < 6; ++i) array.append(key..., 0);
-    const Damages<R> pool = {{kPool, [](R &r, Kept &k) { k(r.pool->live_count) = -1; }}};
+    const Damages<R> pool = {{kPool, [](R &r, Kept &k) { k(r.pool->live_count) = INT64_MAX; }}};
     expect_found(array, {damage_of_tables<R>(slots), pool});
   };
   expect(mub::arrayd(mub::value_blocks{8}), &mub_arrayd::entries, 7u);
@@ -179,7 +180,7 @@ TEST(Verify, FindsDamagedArrays) {
   expect_found(words, {damage_of_tables<mub_arrayt>(&mub_arrayt::tail)});
 }
 
-const char *const kKeyOutside = "outside the key stream", *const kKeyLength = "length is negative or exceeds";
+const char *const kKeyOutside = "outside the key stream", *const kKeyLength = "key stream is not intact";
 
 TEST(Verify, FindsDamagedKeysOfArrays) {
   mub::array array;
@@ -204,15 +205,16 @@ TEST(Verify, FindsDamagedKeysOfArrays) {
 // ---- containers with pools
 
 const char *const kWrongCount = "not the number of linked", *const kNotFilled = "overlap, or the key stream";
+const char *const kBlockSize = "smaller than the entries";
 
 template <class R>
 Damages<R> damage_of_pools() {
   return {
-      {kPool, [](R &r, Kept &k) { k(r.entry_pool->live_count) = -1; }},
-      {kPool, [](R &r, Kept &k) { k(r.value_pool->live_count) = -1; }},
+      {kPool, [](R &r, Kept &k) { k(r.entry_pool->live_count) = INT64_MAX; }},
+      {kPool, [](R &r, Kept &k) { k(r.value_pool->live_count) = INT64_MAX; }},
       {kPool,
        [](R &r, Kept &k) {
-         k(r.value_pool->live_count) = -1;
+         k(r.value_pool->live_count) = INT64_MAX;
          k(r.owns_value_pool) = 0;  // as that of an external pool
        }},
   };
@@ -235,7 +237,7 @@ Damages<R> damage_of_blocks(auto pool) {
       {kWrongCount, [](R &r, Kept &k) { --k(r.count); }},
       {kWrongCount, with_another_block},
       {"fewer blocks in use", [](R &r, Kept &k) { k(r.count) += 32; }},
-      {"smaller than the entries", [=](R &r, Kept &k) { k((r.*pool)->block_size) = 1; }},
+      {kBlockSize, [=](R &r, Kept &k) { k((r.*pool)->block_size) = 1; }},
       {"fewer blocks in use", [=](R &r, Kept &k) { forget_blocks(r.*pool, k); }},
   };
 }
@@ -316,16 +318,20 @@ TEST(Verify, FindsDamagedBTrees) {
         {empty, [=](R &, Kept &k) { k(root->children.count) = 0; }},
         {empty, [=](R &, Kept &k) { k(leaf->children.count) = 0; }},
         {kMissing, [=](R &, Kept &k) { k(leaf->children.items) = nullptr; }},
-        {"not the pool", [=](R &, Kept &k) { k(leaf->children.pool) = nullptr; }},
+        {"not refer to the pool", [=](R &, Kept &k) { k(leaf->children.pool) = nullptr; }},
         {order, [=](R &, Kept &k) { std::swap(k(records[1]), k(records[2])); }},
         {order, [=](R &, Kept &k) { k(records[1]) = records[0]; }},
         {order, [=](R &, Kept &k) { k(nodes[1]) = nodes[0]; }},
         {"name of a node", [=](R &, Kept &k) { --k(leaf->children.count); }},
         {"no pool", [](R &r, Kept &k) { k(r.node_pool) = nullptr; }},
-        {kPool, [](R &r, Kept &k) { k(r.node_pool->live_count) = -1; }},
+        {kPool, [](R &r, Kept &k) { k(r.node_pool->live_count) = INT64_MAX; }},
     };
     const Damages<R> nodes_in_pool = {
-        {"smaller than the entries", [](R &r, Kept &k) { k(r.entry_pool->block_size) = 1; }},
+        {kBlockSize,
+         [](R &r, Kept &k) {
+           k(r.entry_pool->block_size) = 1;
+           k(r.owns_entry_pool) = 0;
+         }},
         {"fewer blocks in use", [](R &r, Kept &k) { forget_blocks(r.entry_pool, k); }},
     };
     expect_found(tree, {damage_of_pools<R>(), nodes_in_pool, damage_of_blocks<R>(&R::node_pool), links,
@@ -434,6 +440,43 @@ TEST(Verify, FindsDamagedBinaryTrees) {
       {twice, [=](R &, Kept &k) { k(last->equal) = right; }},
   };
   expect_found(tree, {damage_of_pools<R>(), links});
+}
+
+// ---- entries that were released with their pool
+
+TEST(Verify, DoesNotReadReleasedEntries) {
+  const auto expect_unread = [](auto &owner, mub_pool *pool) {
+    mub_pool_empty(pool);
+    for (const int64_t count : {owner.c()->count, int64_t{0}}) {
+      Kept kept;
+      kept(owner.c()->count) = count;
+      EXPECT_FALSE(owner.verify());
+    }
+  };
+  mub::lists list;
+  mub::hashx table;
+  mub::btreed tree;
+  for (uint32_t i = 0; i < 100; ++i)
+    ASSERT_TRUE(list.push_back(i) && table.insert(i, i) && tree.insert(i, i));
+  mub_btreed_entry &root = tree.c()->root;
+  std::vector<mub_arrays> tables;  // of the leaves, which are released before them
+  for (int64_t i = 0; i < root.children.count; ++i)
+    tables.push_back(at<mub_btreed_entry>(root.children.items[i])->children);
+
+  expect_unread(list, list.c()->entry_pool);
+  expect_unread(table, table.c()->entry_pool);
+  expect_unread(tree, tree.c()->node_pool);
+  expect_unread(tree, tree.c()->entry_pool);
+
+  list.c()->head = list.c()->tail = nullptr;
+  std::fill_n(table.c()->buckets.items, table.c()->buckets.count, 0);
+  for (mub_arrays &leaf : tables) {
+    leaf.pool = nullptr;
+    mub_arrays_term(&leaf);
+  }
+  root.level = 0;
+  root.children.count = 0;
+  list.c()->count = table.c()->count = tree.c()->count = 0;
 }
 
 // ---- the low layer

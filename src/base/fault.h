@@ -3,8 +3,6 @@
 #ifndef MUB_BASE_FAULT_H
 #define MUB_BASE_FAULT_H
 
-#include <cstdint>
-
 namespace mub {
 
 using Fault = const char *;

@@ -22,15 +22,14 @@ class TreeCheck {
   explicit TreeCheck(const Tree &tree) : tree_(tree), keys_(tree) {}
 
   Fault run() {
-    if (tree_.root.parent != nullptr || tree_.root.level < 0) return "The root has a parent, or no level.";
+    if (tree_.root.parent != nullptr || tree_.root.level < 0)
+      return "The root has a parent, or its level is negative.";
     if (const Fault fault = keys_.begin()) return fault;
     const Node *node = &tree_.root;
     for (; node != nullptr; node = next_in_preorder(*node, tree_.root, true)) {
-      ++nodes_;
       if (const Fault fault = enter(*node)) return fault;
     }
     if (records_ != tree_.count) return kWrongCount;
-    if (const Fault fault = verify_blocks<Node>(entry_pool_of(tree_), nodes_ - 1)) return fault;
     return keys_.end();
   }
 
@@ -43,7 +42,7 @@ class TreeCheck {
     if (node.children.count == 0)
       return &node == &tree_.root && node.level == 0 ? nullptr : "A node has no children.";
     if (node.children.pool != children_pool(tree_, node.level))
-      return "A table of children has not the pool of the children.";
+      return "A table of children does not refer to the pool of the children.";
     if (position(node.children, nullptr) < node.children.count) return "A child is NULL.";
     if (const Fault fault = node.level > 0 ? verify_nodes(node) : verify_records(node)) return fault;
     bool has_name = true;
@@ -52,7 +51,9 @@ class TreeCheck {
                                             : "The name of a node is not the key of its last child.";
   }
 
-  Fault verify_nodes(const Node &node) const {
+  Fault verify_nodes(const Node &node) {
+    listed_ += node.children.count;
+    if (const Fault fault = verify_blocks<Node>(entry_pool_of(tree_), listed_)) return fault;
     for (int64_t i = 0; i < node.children.count; ++i) {
       const Node &child = *node_at(node, i);
       if (child.level != node.level - 1) return "The level of a child is not one below that of its parent.";
@@ -82,7 +83,7 @@ class TreeCheck {
   KeyCheck<Tree> keys_;
   const Record *before_ = nullptr;
   int64_t records_ = 0;
-  int64_t nodes_ = 0;
+  int64_t listed_ = 0;  // nodes that a parent lists
 };
 
 template <class Tree>

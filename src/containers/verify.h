@@ -82,7 +82,7 @@ struct KeyCheck<Container, std::void_t<decltype(Container::keys)>> {
   explicit KeyCheck(const Container &container) : stream(container.keys) {}
 
   Fault begin() const {
-    if (const Fault fault = buffer::verify(stream)) return fault;
+    if (buffer::verify(stream) != nullptr) return "The key stream is not intact: see mub_stream_verify().";
     return stream.length <= keys::kMaxBytes ? nullptr : "The key stream is too long for 32-bit offsets.";
   }
   template <class Item>

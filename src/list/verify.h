@@ -17,6 +17,7 @@ Fault verify_links(const List &list) {
   int64_t met = 0;
   const EntryOf<List> *before = nullptr;
   for (const EntryOf<List> *entry = list.head; entry != nullptr; before = entry, entry = entry->next) {
+    if (met >= list.count) return kWrongCount;
     if (entry->prev != before) return "prev of an entry is not the entry before it.";
     const int64_t values = Policy<List>::values_in(*entry);
     if (values < 1 || values > Policy<List>::kMaxValues) return "The count of a block is out of range.";

@@ -188,10 +188,12 @@ void sort(mub_pool_chunk *map, int64_t count) {
 int64_t memory_bytes(const mub_pool &pool) {
   const auto unused =
       std::count(pool.free_pages, pool.free_pages + pool.free_capacity, static_cast<void *>(nullptr));
-  const int64_t chunk_bytes = pool.blocks_per_chunk * pool.block_size;
-  const int64_t page_bytes = pool.blocks_per_chunk * int64_t{sizeof(void *)};
-  return pool.chunk_count * chunk_bytes + (pool.free_capacity - unused) * page_bytes +
-         (pool.chunk_capacity + pool.free_capacity) * int64_t{sizeof(void *)};
+  // Unsigned, as in chunk_bytes().
+  const auto pages = static_cast<uint64_t>(pool.free_capacity - unused);
+  const uint64_t page_slots = pages * static_cast<uint64_t>(pool.blocks_per_chunk);
+  const auto table_slots = static_cast<uint64_t>(pool.chunk_capacity + pool.free_capacity);
+  return static_cast<int64_t>(static_cast<uint64_t>(pool.chunk_count) * chunk_bytes(pool) +
+                              (page_slots + table_slots) * sizeof(void *));
 }
 
 bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destination) {

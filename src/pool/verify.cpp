@@ -34,11 +34,19 @@ Fault verify_slots(const VerifiedTable &table) {
   return std::find(table.pages, end, nullptr) == end ? nullptr : "A chunk or page in use is NULL.";
 }
 
-// Whether `count` pages of `page_items` items cannot all exist, so that sums over them would overflow.
+Fault verify_unused_slots(const mub_pool &pool) {
+  const auto is_null = [](const void *slot) { return slot == nullptr; };
+  const bool is_unused =
+      std::all_of(pool.chunks + pool.chunk_count, pool.chunks + pool.chunk_capacity, is_null);
+  return is_unused ? nullptr : "A slot after the last chunk is not NULL.";
+}
+
+// Whether `count` pages of `page_items` items cannot all exist, so that sums over them would overflow. Without
+// pages, the factors may have any value.
 bool is_impossible(int64_t count, int64_t page_items, int64_t item_bytes) {
   int64_t bytes;
-  return __builtin_mul_overflow(page_items, item_bytes, &bytes) ||
-         __builtin_mul_overflow(count, bytes, &bytes);
+  return count > 0 && (__builtin_mul_overflow(page_items, item_bytes, &bytes) ||
+                       __builtin_mul_overflow(count, bytes, &bytes));
 }
 
 // The free stack is compared with the carved blocks, some of them at a time: these have consecutive numbers,
@@ -112,17 +120,19 @@ Fault verify_record(const mub_pool &pool) {
     if (table.count > 0 && pool.blocks_per_chunk < kMinBlocksPerChunk)
       return "There are fewer than 16 blocks per chunk.";
   }
-  if (pool.block_size < 0 || (pool.block_size == 0 && pool.chunk_count > 0))
-    return "The block size is negative, or 0 although there are chunks.";
+  if (pool.chunk_count > 0 && pool.block_size < 1)
+    return "The block size is negative or 0, although there are chunks.";
   if (is_impossible(pool.chunk_count, pool.blocks_per_chunk, pool.block_size) ||
       is_impossible(pool.free_count, pool.blocks_per_chunk, sizeof(void *)))
     return "The chunks or pages exceed the address space.";
-  if (pool.live_count < 0 || pool.live_count > carved_blocks(pool) - free_blocks(pool))
-    return "The number of live blocks is negative, or too large for the blocks that are not free.";
+  if (free_blocks(pool) > carved_blocks(pool)) return "There are more free blocks than the pool has blocks.";
+  // It may be negative: mub_pool_from_empty() does not count the block that it takes, but its return counts.
+  if (pool.live_count > carved_blocks(pool) - free_blocks(pool))
+    return "The number of live blocks is too large for the blocks that are not free.";
   for (const VerifiedTable &table : {chunks, pages}) {
     if (const Fault fault = verify_slots(table)) return fault;
   }
-  return nullptr;
+  return verify_unused_slots(pool);
 }
 
 Fault verify(const mub_pool &pool) {

@@ -123,9 +123,13 @@ struct WorldOf : World {
   ~WorldOf() {
     for (auto &slot : slots) Functions<R>::term_(&slot.record);
   }
-  // A clone may be incomplete, and plain words among the values are returned to the external pool.
+  // Plain words among the values are returned to the external pool.
   bool is_intact(const Slot &slot) const {
-    return slot.table.count <= slot.table.capacity() && (slot.pool != &pool || pool.live_count >= 0);
+    const int64_t carved =
+        pool.chunk_count < 1 ? 0 : (pool.chunk_count - 1) * pool.blocks_per_chunk + pool.chunk_used;
+    const int64_t freed =
+        pool.free_count < 1 ? 0 : (pool.free_count - 1) * pool.blocks_per_chunk + pool.free_used;
+    return slot.pool != &pool || freed <= carved;
   }
   bool owns_pool(const Slot &slot) const { return slot.pool != nullptr && slot.pool != &pool; }
   void start(Slot &slot) {

@@ -58,10 +58,10 @@ struct Slot {
     return carved - 1;
   }
 
-  // Addresses of no block may be on the free stack, and blocks popped off it were returned without being taken.
+  // Addresses of no block may be on the free stack.
   bool is_intact() const {
     const bool has_only_blocks = std::ranges::all_of(freed, [](int64_t block) { return block >= kNone; });
-    return has_only_blocks && live >= 0 && live + std::ssize(freed) <= carved;
+    return has_only_blocks && std::ssize(freed) <= carved && live + std::ssize(freed) <= carved;
   }
 
   void compare() {
