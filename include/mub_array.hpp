@@ -641,6 +641,9 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life>,
   /** Makes room for `wanted` words in total; false if memory ran out. See mub_arrayt_expand(). */
   [[nodiscard]] bool reserve(std::int64_t wanted) { return mub_arrayt_expand(c(), wanted) != 0; }
 
+  /** Sets the count, which can also be increased up to the capacity; see mub_arrayt_shrink(). */
+  void shrink(std::int64_t n) { mub_arrayt_shrink(c(), n); }
+
   /** Adds a word at the end, without regard to the order; false without memory. See mub_arrayt_append(). */
   ///@{
   bool append(std::uint64_t word) {

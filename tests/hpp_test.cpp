@@ -314,6 +314,8 @@ TEST(CppArrays, HaveRandomAccessIterators) {
   EXPECT_EQ(numbers.end()[-1].value, 6u);
   EXPECT_TRUE(numbers.back().value == 6 && numbers.front().value == 1 && words.pop_back() == 6);
   EXPECT_TRUE(*words.erase(words.begin() + 3) == 5 && words.cend() - words.begin() == 4);
+  words.shrink(1);
+  EXPECT_TRUE(words.size() == 1 && words.back() == 1);
   numbers.sort(false);
   EXPECT_TRUE(numbers.remove_at(0) == 6 && numbers[0].key == key_at<uint32_t>(5));
 }
