@@ -45,6 +45,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <memory>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -283,7 +284,7 @@ class iterator {
   reference operator*() const { return place_.template at<Value>(); }
   pointer operator->() const {
     if constexpr (std::is_reference_v<reference>) {
-      return &**this;
+      return std::addressof(**this);
     } else {
       return {**this};
     }

@@ -20,6 +20,7 @@
 #define MUB_TYPED_HPP
 
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "mub_btree.hpp"
@@ -56,46 +57,17 @@ T &value_in(std::uint64_t &word) noexcept {
   }
 }
 
-// Aggregates have no constructor, and are initialised with braces.
+// Aggregates are initialised with braces, whether or not the standard in use accepts parentheses for them.
 template <class T, class... Args>
 T *construct(void *place, Args &&...args) {
-  if constexpr (std::is_constructible_v<T, Args...>) {
-    return ::new (place) T(std::forward<Args>(args)...);
-  } else {
+  constexpr bool is_conversion = sizeof...(Args) == 1 && (std::is_convertible_v<Args, T> && ...);
+  if constexpr (std::is_aggregate_v<T> && !is_conversion) {
     return ::new (place) T{std::forward<Args>(args)...};
+  } else {
+    static_assert(std::is_constructible_v<T, Args...>, "no constructor of T takes these arguments");
+    return ::new (place) T(std::forward<Args>(args)...);
   }
 }
-
-// A block of a pool with a new object, which is destroyed unless it is released to its entry. The block is
-// returned even if the constructor throws.
-template <class T>
-class new_value {
- public:
-  explicit new_value(mub_pool *pool) noexcept
-      : pool_(pool), block_(pool != nullptr ? mub_pool_new(pool) : nullptr) {}
-  new_value(const new_value &) = delete;
-  new_value &operator=(const new_value &) = delete;
-  ~new_value() {
-    if (value_ != nullptr) value_->~T();
-    if (block_ != nullptr) mub_pool_free(pool_, block_);
-  }
-
-  // nullptr if there is no block.
-  template <class... Args>
-  T *make(Args &&...args) {
-    if (block_ != nullptr) value_ = construct<T>(block_, std::forward<Args>(args)...);
-    return value_;
-  }
-  void release() noexcept {
-    value_ = nullptr;
-    block_ = nullptr;
-  }
-
- private:
-  mub_pool *pool_;
-  void *block_;
-  T *value_ = nullptr;
-};
 
 // A position of a map of words, which yields the objects.
 template <class Position, bool kInWord>
@@ -122,13 +94,18 @@ class typed_position : public Position {
 /**
  * A hash table or B-tree `Map` with values of type T, which owns its values. Its keys, iterators and the
  * rules for moves and settings are those of `Map`, and so are c(), size(), empty(), contains() and count().
- * Do not add or remove keys through c(). If a constructor of T throws, the map is unchanged.
+ * Do not add or remove keys through c(), and do not read values through it: they are objects of type T. If a
+ * constructor of T throws, the keys and values are unchanged.
+ *
+ * T must be a complete type; for values that contain a map of their own type, use std::unique_ptr. The
+ * constructors and the destructor of T must not change the map.
  */
 template <class Map, class T>
 class map_of : private Map {
   static constexpr bool kInWord = detail::fits_word<T, typename Map::entry_type>;
   using place = detail::typed_position<typename Map::iterator::position_type, kInWord>;
   static_assert(std::is_object_v<T> && !std::is_const_v<T> && std::is_nothrow_destructible_v<T>);
+  static_assert(!std::is_array_v<T>, "an array is no value: use std::array");
   static_assert(alignof(T) <= alignof(std::max_align_t), "the blocks of a pool are aligned as by malloc");
 
  public:
@@ -191,32 +168,41 @@ class map_of : private Map {
   }
 
   /**
-   * Finds the value of a key, or adds the key with a value that is constructed from `args`. Invalidates
-   * iterators as insert() of mub::hash or mub::btree does.
+   * Finds the value of a key, or adds the key with a value that is constructed from `args`: with braces if T
+   * is an aggregate. The key may lie in an object that is moved into the value. Invalidates iterators as
+   * insert() of mub::hash or mub::btree does.
    */
   template <class... Args>
   emplaced_value<T> emplace(key_type key, Args &&...args) {
-    if (T *found = find(key)) return {found, false};
+    addition added{*this};
+    if constexpr (!kInWord) {
+      if (T *found = find(key)) return {found, false};
+      mub_pool *pool = this->growing()->value_pool;
+      added.block = pool != nullptr ? mub_pool_new(pool) : nullptr;
+      if (added.block == nullptr) return {nullptr, false};
+    }
+    // Before the value is constructed: the key may lie in an argument that is moved from.
+    const auto [entry, inserted] = Map::emplace(key);
+    if (!inserted) return {value_of<T>(entry), false};
+    added.entry = entry;
     if constexpr (kInWord) {
       alignas(T) unsigned char bytes[sizeof(T)];
       detail::construct<T>(bytes, std::forward<Args>(args)...);
-      auto *entry = Map::emplace(key).entry;
-      if (entry == nullptr) return {nullptr, false};
       std::memcpy(&entry->value, bytes, sizeof bytes);
-      return {value_of<T>(entry), true};
     } else {
-      detail::new_value<T> added(this->growing()->value_pool);
-      T *value = added.make(std::forward<Args>(args)...);
-      if (value == nullptr || !Map::insert(key, to_word(value))) return {nullptr, false};
-      added.release();
-      return {value, true};
+      entry->value = to_word(detail::construct<T>(added.block, std::forward<Args>(args)...));
     }
+    added.release();
+    return {value_of<T>(entry), true};
   }
 
-  /** Adds a key with a value unless the key is present; false if it was present or memory ran out. */
+  /**
+   * Adds a key with a value unless the key is present; false if it was present or memory ran out. The key must
+   * not lie in an object that is moved into `value`; use emplace() then.
+   */
   bool insert(key_type key, T value) { return emplace(key, std::move(value)).inserted; }
 
-  /** Adds a key with a value, or assigns the value to that of the key. */
+  /** Adds a key with a value, or assigns the value to that of the key. The key is passed as to insert(). */
   emplaced_value<T> insert_or_assign(key_type key, T value) {
     const emplaced_value<T> result = emplace(key, std::move(value));  // which moves only if it inserts
     if (result.value != nullptr && !result.inserted) *result.value = std::move(value);
@@ -233,7 +219,7 @@ class map_of : private Map {
   }
   /** Removes the entry at an iterator and destroys its value; returns the next iterator. */
   iterator erase(const_iterator position) {
-    T *value = &iterator(position.place())->value;
+    T *value = std::addressof((*iterator(position.place())).value);
     const auto next = Map::erase(typename Map::const_iterator(position.place()));
     destroy(value);
     return iterator(place(next.place()));
@@ -276,6 +262,23 @@ class map_of : private Map {
   ///@}
 
  private:
+  // A new entry and the block of its value. Both are given back unless they are released, even if the
+  // constructor of the value throws.
+  struct addition {
+    map_of &map;
+    void *block = nullptr;
+    typename Map::entry_type *entry = nullptr;
+
+    ~addition() {
+      if (entry != nullptr) map.remove(Map::traits::key_of(map.c(), entry));
+      if (block != nullptr) mub_pool_free(map.c()->value_pool, block);
+    }
+    void release() noexcept {
+      block = nullptr;
+      entry = nullptr;
+    }
+  };
+
   explicit map_of(std::true_type) noexcept {}
   explicit map_of(std::false_type) noexcept : Map(value_blocks{sizeof(T)}) {}
 
@@ -284,7 +287,7 @@ class map_of : private Map {
   }
   template <class Value>
   static Value *value_of(typename Map::entry_type *entry) noexcept {
-    return entry != nullptr ? &detail::value_in<Value, kInWord>(entry->value) : nullptr;
+    return entry != nullptr ? std::addressof(detail::value_in<Value, kInWord>(entry->value)) : nullptr;
   }
   template <class Iterator, class Found>
   static Iterator at(const Found &found) {

@@ -461,9 +461,29 @@ TYPED_TEST(Typed, IsUnchangedIfAConstructorThrowsOrMemoryRunsOut) {
     EXPECT_EQ(Part::existing.size(), static_cast<size_t>(map.size()));
   });
   TypeParam map;
+  ASSERT_TRUE(map.emplace(key_at<typename TypeParam::key_type>(2), 2).inserted);
   Part::until_throw = 1;  // the copy in the map
   EXPECT_THROW(map.insert(key, Part(8)), int);
-  EXPECT_TRUE(map.empty() && Part::existing.empty() && map.c()->value_pool->live_count == 0);
+  EXPECT_TRUE(map.size() == 1 && !map.contains(key) && map.verify());
+  EXPECT_TRUE(Part::existing.size() == 1 && map.c()->value_pool->live_count == 1);
+}
+
+TEST(CppTypedMaps, AddTheKeyBeforeTheValueIsMoved) {
+  struct Named {
+    std::string name;
+    int number;
+    void operator&() const = delete;
+  };
+  const auto check = [](auto map) {
+    for (int i = 0; i < 20; ++i) {
+      Named named{"name" + std::to_string(i), i};  // short, so that a move overwrites the characters
+      EXPECT_TRUE(map.emplace(named.name, std::move(named)).inserted);
+    }
+    for (auto [key, value] : map) EXPECT_TRUE(key == value.name && map.find(key)->number == value.number);
+    EXPECT_TRUE(map.erase(map.begin()) != map.end() && map.size() == 19);
+  };
+  check(mub::hash_of<Named>());
+  check(mub::btree_of<Named>());
 }
 
 TEST(CppTypedMaps, KeepSmallValuesInWords) {
@@ -478,6 +498,16 @@ TEST(CppTypedMaps, KeepSmallValuesInWords) {
   EXPECT_TRUE(copy.rbegin()->value.b == 9 && copy.upper_bound(9) == copy.end() &&
               copy.get_or(10, {4, 5, 6}).a == 4);
   static_assert(std::is_same_v<decltype((*map.cbegin()).value), const Small &>);
+  struct Positive {
+    explicit Positive(int n) : number(n) {
+      if (n <= 0) throw n;
+    }
+    int number;
+  };
+  mub::hash_of<Positive> positive;
+  EXPECT_TRUE(positive.emplace("one", 1).inserted && !positive.emplace("one", 2).inserted);
+  EXPECT_THROW(positive.emplace("none", 0), int);
+  EXPECT_TRUE(positive.size() == 1 && positive.find("one")->number == 1 && !positive.contains("none"));
   mub::hash_of<std::string> names;
   names.emplace("dots", 3u, '.');
   EXPECT_TRUE(*names.clone().find("dots") == "..." &&
