@@ -5,19 +5,21 @@
  * A type of namespace `mub` owns one C record: its constructors initialise the record and its destructor
  * terminates it. Members only call the C functions and allocate nothing themselves; "see mub_hash_insert()"
  * refers to the documentation of the C function. The @ref base "common rules" apply. No function throws,
- * apart from what the values of a @ref typed_hpp "typed map" throw, and the headers compile without
- * exceptions and RTTI. Common to all types:
+ * apart from what the values of a @ref typed_hpp "typed map" and the stream of an operator<< throw, and the
+ * headers compile without exceptions and RTTI. Common to all types:
  *
  * - **Record.** c() returns the record: pass it to the C functions that have no member here, read its fields,
  *   and set those that are the caller's to set (`nocase`, `descending`, `key_type`).
  * - **Copies.** Types can be moved but not copied. clone() returns a copy with the same settings, which is
- *   empty if memory ran out.
+ *   empty if memory ran out. Exceptions are the view stringx, which can be copied, and the range live_blocks,
+ *   which can be neither moved nor copied.
  * - **Moves.** A move transfers contents, pools and settings. Entries keep their addresses, except for the
  *   root of a tree, which lies in the record. A moved-from object is empty and has no pools. To add something
  *   to a moved-from container or pool, assign to it or reset() it first: an assert() checks that. Strings,
  *   streams and bit sets need no pool and can be used again at once.
  * - **Memory.** An addition that runs out of memory changes nothing. Its result, if it has one, is false or
- *   nullptr then, and may be ignored.
+ *   nullptr then, and may be ignored. The exception is set() of a map: the key may have been added with value
+ *   0, because there was no block for it.
  * - **Keys.** Byte-string keys are passed as std::string_view: any bytes, NULs included. Keys that iterators
  *   return are views of the container's memory, valid until a key is added or removed.
  * - **Values.** Values are 64-bit words; to_word() and to_pointer() convert pointers. A destructor does
@@ -93,8 +95,8 @@ struct emplaced {
 
 /** The result of set(). */
 struct set_value {
-  std::uint64_t value; /**< the value of the key; 0 if memory ran out */
-  bool inserted;       /**< whether the key is new */
+  std::uint64_t value; /**< the value of the key: a block; 0 if memory ran out */
+  bool inserted;       /**< whether the key is new, even if there was no block for its value */
 };
 
 /** @} */

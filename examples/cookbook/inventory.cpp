@@ -4,6 +4,7 @@
  * stores numbers in its records, and hashx_of<std::unique_ptr<reservation>> deletes what they point to. */
 #include <cstdio>
 #include <memory>
+#include <new>
 
 #include "mub.hpp"
 
@@ -54,15 +55,14 @@ bool store(inventory &shop, std::string_view code, std::string_view shelf, int p
 
 //! [reserve]
 // The reserved pieces are no longer in stock. The map takes the std::unique_ptr, which deletes the
-// reservation when its entry is removed.
+// reservation when its entry is removed. Without memory the result is false, too.
 bool reserve(inventory &shop, std::uint64_t number, std::string_view customer, std::string_view code,
              int pieces) {
   article *wanted = shop.articles.find(code);
   if (wanted == nullptr || wanted->stock < pieces) return false;
-  auto made = std::make_unique<reservation>();
-  made->customer += customer;
-  made->code += code;
-  made->pieces = pieces;
+  std::unique_ptr<reservation> made(new (std::nothrow)
+                                        reservation{mub::string(customer), mub::string(code), pieces});
+  if (made == nullptr || made->customer != customer || made->code != code) return false;
   if (!shop.reservations.insert(number, std::move(made))) return false;
   wanted->stock -= pieces;
   return true;
@@ -89,7 +89,9 @@ int cancel(inventory &shop, std::string_view customer) {
 // A btree sorts the codes of the articles; its values are pointers to objects, which do not move.
 void print_articles(const inventory &shop) {
   mub::btree_of<const article *> sorted;
-  for (auto [code, found] : shop.articles) sorted.insert(code, &found);
+  for (auto [code, found] : shop.articles) {
+    if (!sorted.insert(code, &found)) std::fputs("  an article is missing: out of memory\n", stderr);
+  }
   std::int64_t total = 0;
   for (auto [code, found] : sorted) {
     std::printf("  %-6.*s %-12s %3d at %3d.%02d\n", width(code), code.data(), found->name.c_str(),
