@@ -11,10 +11,10 @@
  * Texts are passed as std::string_view, wide ones as std::u16string_view, and may lie in the buffer itself.
  * Texts of bytes (string, stringx, stream) compare with each other and with std::string_view, wide ones with
  * each other and with std::u16string_view (==, !=, <, <=, >, >=: byte by byte, or unit by unit). They convert
- * to views; those of bytes can be written to a std::ostream, and all but streams have a std::hash. += and the members that return nothing leave the buffer unchanged if memory runs out: call
- * reserve() first, or compare size(). Every member that enlarges a buffer invalidates views, iterators and
- * pointers into it. To format text, use the C functions, whose formats the compiler checks:
- * `mub_string_format(s.c(), "%d", n)`.
+ * to views; those of bytes can be written to a std::ostream, and all but streams have a std::hash. += and the
+ * members that return nothing leave the buffer unchanged if memory runs out: call reserve() first, or compare
+ * size(). Every member that enlarges a buffer invalidates views, iterators and pointers into it. To format
+ * text, use the C functions, whose formats the compiler checks: `mub_string_format(s.c(), "%d", n)`.
  */
 #ifndef MUB_TEXT_HPP
 #define MUB_TEXT_HPP

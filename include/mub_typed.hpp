@@ -197,8 +197,8 @@ class map_of : private Map {
   }
 
   /**
-   * Adds a key with a value unless the key is present; false if it was present or memory ran out. The key must
-   * not lie in an object that is moved into `value`; use emplace() then.
+   * Adds a key with a value unless the key is present; false if it was present or memory ran out. The key
+   * must not lie in an object that is moved into `value`; use emplace() then.
    */
   bool insert(key_type key, T value) { return emplace(key, std::move(value)).inserted; }
 

@@ -1,5 +1,5 @@
-// The _verify functions find what calls of the low layer and writes to fields can break. The random programs of
-// tests/interpreter/ check after each step that they find nothing in an intact record.
+// The _verify functions find what calls of the low layer and writes to fields can break. The random programs
+// of tests/interpreter/ check after each step that they find nothing in an intact record.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// Checks the invariants of B-trees; bplus_tree.h has them. The number of children that a node may have and the
-// links between records are not checked: both depend on what was done before.
+// Checks the invariants of B-trees; bplus_tree.h has them. The number of children that a node may have and
+// the links between records are not checked: both depend on what was done before.
 #ifndef MUB_BTREE_VERIFY_H
 #define MUB_BTREE_VERIFY_H
 
@@ -13,9 +13,9 @@
 
 namespace mub::bplus {
 
-// A walk over all nodes in pre-order. It trusts what it has checked: the parents of the nodes below one, which
-// it needs to return, are checked before it goes down. It ends because every leaf has a record, and the keys of
-// the records ascend.
+// A walk over all nodes in pre-order. It trusts what it has checked: the parents of the nodes below one,
+// which it needs to return, are checked before it goes down. It ends because every leaf has a record, and the
+// keys of the records ascend.
 template <class Tree>
 class TreeCheck {
  public:

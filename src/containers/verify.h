@@ -1,8 +1,9 @@
 // The checks that all containers have in common: their pools, and their key streams.
 //
-// An engine first checks its pools, then follows its links. It cannot recognise an address that is not that of
-// an entry, but compares the number of blocks in use with the count before it follows a link, and follows no
-// more links than the count allows. So it terminates, and does not read memory that was released with a pool.
+// An engine first checks its pools, then follows its links. It cannot recognise an address that is not that
+// of an entry, but compares the number of blocks in use with the count before it follows a link, and follows
+// no more links than the count allows. So it terminates, and does not read memory that was released with a
+// pool.
 //
 // Threads: nothing is written.
 #ifndef MUB_CONTAINERS_VERIFY_H

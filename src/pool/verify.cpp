@@ -41,8 +41,8 @@ Fault verify_unused_slots(const mub_pool &pool) {
   return is_unused ? nullptr : "A slot after the last chunk is not NULL.";
 }
 
-// Whether `count` pages of `page_items` items cannot all exist, so that sums over them would overflow. Without
-// pages, the factors may have any value.
+// Whether `count` pages of `page_items` items cannot all exist, so that sums over them would overflow.
+// Without pages, the factors may have any value.
 bool is_impossible(int64_t count, int64_t page_items, int64_t item_bytes) {
   int64_t bytes;
   return count > 0 && (__builtin_mul_overflow(page_items, item_bytes, &bytes) ||

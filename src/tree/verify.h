@@ -1,9 +1,10 @@
 // Checks the invariants of trees; linked_tree.h has them. `count` is not checked, as callers can link entries
 // that already have others below them.
 //
-// No walk here needs memory or a count in order to end. It returns from an entry to its `parent`, which it has
-// checked, and starts at the root, which has none; an entry that was reached from its one parent cannot be
-// reached again from below, and the neighbours on a ring or a chain are checked before the walk follows them.
+// No walk here needs memory or a count in order to end. It returns from an entry to its `parent`, which it
+// has checked, and starts at the root, which has none; an entry that was reached from its one parent cannot
+// be reached again from below, and the neighbours on a ring or a chain are checked before the walk follows
+// them.
 #ifndef MUB_TREE_VERIFY_H
 #define MUB_TREE_VERIFY_H
 
@@ -72,8 +73,8 @@ inline Fault verify_sides(const mub_bitree_entry &entry) {
   return is_shared ? "An entry is linked twice." : nullptr;
 }
 
-// The entry to visit after the chain that ends with `last`: to the right of the parent if the chain was to its
-// left, else the next equal of the parent.
+// The entry to visit after the chain that ends with `last`: to the right of the parent if the chain was to
+// its left, else the next equal of the parent.
 inline const mub_bitree_entry *next_after_chain(const mub_bitree_entry *last) {
   while (last->parent != nullptr) {
     const mub_bitree_entry &parent = *last->parent;
