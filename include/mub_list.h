@@ -12,17 +12,17 @@
  *     keys: [ bytes of all keys, packed in the order of insertion ]
  *
  * The caller determines the order: a list is not sorted, and may contain equal keys and values. A position in
- * a list is the address of an entry. It remains valid until that entry is removed, whatever else is added or
- * removed.
+ * a `mub_list` or `mub_lists` is the address of an entry. It remains valid until that entry is removed,
+ * whatever else is added or removed. A `mub_listx` has no positions: its values move within their blocks.
  *
  * **Entry pool.** A list needs an entry pool before its first addition: one created by `_init`, or an
  * external one stored in `entry_pool`, whose block size is at least that of the list's entry (or block)
  * struct. Several lists may share an external pool. Without an entry pool, additions fail as if memory had
  * run out.
  *
- * **Value pool.** Only the `_new` functions need a value pool: they take a block for the value of every new
- * entry. A pool created by `_init` has no block size: check that `value_pool` is not NULL, then store the
- * size of your values in `value_pool->block_size`.
+ * **Value pool.** Only `_add_head_new` and `_add_tail_new` need a value pool: each call takes a block from it
+ * for the new value. A pool created by `_init` has no block size: check that `value_pool` is not NULL, then
+ * store the size of your values in `value_pool->block_size`.
  *
  * In a list with a value pool, every value must be 0 or the address of a block of that pool: `_free_all`
  * returns it to the pool if that is external, and `_clone` translates it if the pool is owned. Blocks of an
@@ -44,7 +44,8 @@
  *
  * `_get_next` and `_get_prev` also move the position to the next or the previous entry. mub_listx_add_head()
  * and mub_listx_add_tail() return the list, or NULL if memory ran out. If memory runs out for the block of
- * the value pool alone, the `_new` functions add value 0 and return 0.
+ * the value pool alone, `_add_head_new` and `_add_tail_new` add value 0 and return 0. `mub_listx` has only
+ * some of these operations.
  *
  * @{
  */
@@ -142,9 +143,10 @@ MUB_API void mub_list_swap(mub_list *a, mub_list *b);
  * translated. A value that is not an address in the source's value pool becomes 0, and so do all values if
  * the destination owns no value pool.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries get new
- * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
- * both lists refer to the same blocks.
+ * Each external pool of the source becomes the destination's pool, too; a pool that the destination owned in
+ * its place is destroyed. Unless both lists own their entry pools, every copied entry is a new block of the
+ * destination's entry pool. If the source does not own a value pool, values are copied as words, so both
+ * lists refer to the same blocks.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both lists are the same.
@@ -152,8 +154,8 @@ MUB_API void mub_list_swap(mub_list *a, mub_list *b);
  * @param[in] source                     the list to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised list with the same `owns_…` flags; its old entries are
- *                                       dropped, without a call for their values
+ * @param[in,out] destination            an initialised list, normally with the same `owns_…` flags; its old
+ *                                       entries are dropped, without a call for their values
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry from the head on, value 0 included, if the
@@ -700,9 +702,10 @@ MUB_API void mub_lists_swap(mub_lists *a, mub_lists *b);
  * translated. A value that is not an address in the source's value pool becomes 0, and so do all values if
  * the destination owns no value pool.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries get new
- * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
- * both lists refer to the same blocks.
+ * Each external pool of the source becomes the destination's pool, too; a pool that the destination owned in
+ * its place is destroyed. Unless both lists own their entry pools, every copied entry is a new block of the
+ * destination's entry pool. If the source does not own a value pool, values are copied as words, so both
+ * lists refer to the same blocks.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both lists are the same.
@@ -710,8 +713,8 @@ MUB_API void mub_lists_swap(mub_lists *a, mub_lists *b);
  * @param[in] source                     the list to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised list with the same `owns_…` flags; its old entries are
- *                                       dropped, without a call for their values
+ * @param[in,out] destination            an initialised list, normally with the same `owns_…` flags; its old
+ *                                       entries are dropped, without a call for their values
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry from the head on, value 0 included, if the

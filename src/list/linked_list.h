@@ -1,6 +1,5 @@
 // The engine of the lists: doubly linked lists of entries, which are blocks of a pool and never move. An
-// entry has one value. In mub_listx an entry is a block of up to 32 values, which listx.cpp adds and removes
-// itself.
+// entry has one value, except in mub_listx, where it has up to 32; listx.cpp adds and removes those itself.
 //
 //   list   head ──► entry ◄──► entry ◄──► entry ◄── tail
 //
@@ -15,11 +14,12 @@
 // remove_all_entry and free_all_entry return entries that are still linked, and adjust_t moves offsets alone.
 // mub_listx allows for blocks that the caller has linked with any count.
 //
-// Threads: functions that take a const list write nothing, so readers may run in parallel.
+// Threads: functions write nothing to a list that they take as const, so readers may run in parallel. The
+// exceptions are for_each(), whose `visit` may write to the entries, and add_list() of a list to itself.
 //
 // The policy provides what containers/key_store.h lists, except reset_key, and
 //   Entry                                     the struct of an entry
-//   values_in(entry), kMaxValues              the number of values in an entry, and the largest valid one
+//   values_in(entry), kMaxValues              the number of values in an entry, and its upper limit
 //   retract_key(list, entry)                  removes the key that was stored last; used to undo additions
 //   release_values(list, entry, release_it)   releases the values of an entry
 #ifndef MUB_LIST_LINKED_LIST_H
@@ -174,7 +174,7 @@ uint64_t add_new(List &list, End end, KeyOf<List> key, mub_init_fn init) {
   return value;
 }
 
-// Unlinks an entry whose key was removed, and returns its block.
+// Unlinks an entry whose key was already removed, and gives its block back to the entry pool.
 template <class List>
 void drop(List &list, EntryOf<List> &entry) {
   unlink(list, entry);
