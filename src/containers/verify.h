@@ -30,7 +30,7 @@ constexpr Fault kKeyOutside = "A key is outside the key stream.";
 template <class Field>
 Fault verify_pool(const Field &field) {
   if (field.pool == nullptr) return nullptr;
-  return field.owned != 0 ? pool::verify(*field.pool) : pool::verify_record(*field.pool);
+  return field.is_owned() ? pool::verify(*field.pool) : pool::verify_record(*field.pool);
 }
 
 template <class Container>

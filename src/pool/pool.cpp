@@ -19,7 +19,7 @@ namespace {
 // entries takes 1.1 to 1.5 times as long; 32 gains nothing (map_release and u64_release in bench/).
 constexpr int64_t kPrefetchPages = 8;
 
-// A pool's table of chunks or of free pages, which have the same structure. Here, both hold "pages".
+// The fields of a PageTable in their pool, for writing.
 struct Table {
   int64_t &used;
   int64_t &count;
@@ -92,7 +92,7 @@ void *pop_free(mub_pool &pool) {
 // Allocates a table of the same capacity and a page for each page in use, and calls fill(page, copy) for
 // each.
 template <class Fill>
-bool clone_table(const Table &source, const Table &destination, int64_t count, int64_t item_bytes,
+bool clone_table(const PageTable &source, const Table &destination, int64_t count, int64_t item_bytes,
                  Fill fill) {
   if (source.pages == nullptr) return true;
   destination.pages = static_cast<void **>(allocate_zeroed(source.capacity, sizeof(void *)));
@@ -201,7 +201,6 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
   empty(destination);
   destination.block_size = source.block_size;
   destination.blocks_per_chunk = source.blocks_per_chunk;
-  auto &from = const_cast<mub_pool &>(source);  // a Table has mutable references; these fields do not change
   const uint64_t size_bytes = chunk_bytes(source);
 
   const auto copy_chunk = [size_bytes](const void *chunk, void *copy) {
@@ -220,9 +219,9 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
 
   // The free stack is cloned only along with chunks: without them, none of its addresses could be translated.
   const bool done =
-      clone_table(chunk_table(from), chunk_table(destination), source.blocks_per_chunk, source.block_size,
+      clone_table(chunks_of(source), chunk_table(destination), source.blocks_per_chunk, source.block_size,
                   copy_chunk) &&
-      (source.chunks == nullptr || clone_table(free_table(from), free_table(destination),
+      (source.chunks == nullptr || clone_table(free_pages_of(source), free_table(destination),
                                                source.blocks_per_chunk, sizeof(void *), translate_page));
   if (!done) {
     empty(destination);

@@ -117,6 +117,22 @@ void for_each_block(const mub_pool &pool, Visit visit) {
   }
 }
 
+// A pool's table of chunks or of free pages, which have the same structure, for reading. Both hold "pages".
+struct PageTable {
+  int64_t used;
+  int64_t count;
+  int64_t capacity;
+  void *const *pages;
+};
+
+inline PageTable chunks_of(const mub_pool &pool) {
+  return {pool.chunk_used, pool.chunk_count, pool.chunk_capacity, pool.chunks};
+}
+
+inline PageTable free_pages_of(const mub_pool &pool) {
+  return {pool.free_used, pool.free_count, pool.free_capacity, pool.free_pages};
+}
+
 // The number of blocks carved from the chunks, whether live, free or lost.
 inline int64_t carved_blocks(const mub_pool &pool) {
   return pool.chunk_count < 1 ? 0 : (pool.chunk_count - 1) * pool.blocks_per_chunk + pool.chunk_used;

@@ -9,27 +9,17 @@
 namespace mub::pool {
 namespace {
 
-// The chunk table or the page table of a pool, which have the same structure.
-struct VerifiedTable {
-  int64_t used;
-  int64_t least_used;
-  int64_t count;
-  int64_t capacity;
-  void *const *pages;
-};
-
-Fault verify_fields(const mub_pool &pool, const VerifiedTable &table) {
+Fault verify_fields(const mub_pool &pool, const PageTable &table, int64_t least_used) {
   if (table.count < 0 || table.count > table.capacity)
     return "The number of chunks or pages is negative or exceeds the capacity of their table.";
   if ((table.pages == nullptr) != (table.capacity == 0))
     return "The table of chunks or pages is missing, or has no capacity.";
-  const bool is_used_in_range = table.count == 0
-                                    ? table.used == -1
-                                    : table.used >= table.least_used && table.used <= pool.blocks_per_chunk;
+  const bool is_used_in_range =
+      table.count == 0 ? table.used == -1 : table.used >= least_used && table.used <= pool.blocks_per_chunk;
   return is_used_in_range ? nullptr : "The used part of the last chunk or page is out of range.";
 }
 
-Fault verify_slots(const VerifiedTable &table) {
+Fault verify_slots(const PageTable &table) {
   const auto *end = table.pages + table.count;
   return std::find(table.pages, end, nullptr) == end ? nullptr : "A chunk or page in use is NULL.";
 }
@@ -113,13 +103,12 @@ Fault verify_free_stack(const mub_pool &pool) {
 }  // namespace
 
 Fault verify_record(const mub_pool &pool) {
-  const VerifiedTable chunks = {pool.chunk_used, 1, pool.chunk_count, pool.chunk_capacity, pool.chunks};
-  const VerifiedTable pages = {pool.free_used, 0, pool.free_count, pool.free_capacity, pool.free_pages};
-  for (const VerifiedTable &table : {chunks, pages}) {
-    if (const Fault fault = verify_fields(pool, table)) return fault;
-    if (table.count > 0 && pool.blocks_per_chunk < kMinBlocksPerChunk)
-      return "There are fewer than 16 blocks per chunk.";
-  }
+  const PageTable chunks = chunks_of(pool);
+  const PageTable pages = free_pages_of(pool);
+  if (const Fault fault = verify_fields(pool, chunks, 1)) return fault;
+  if (const Fault fault = verify_fields(pool, pages, 0)) return fault;
+  if ((chunks.count > 0 || pages.count > 0) && pool.blocks_per_chunk < kMinBlocksPerChunk)
+    return "There are fewer than 16 blocks per chunk.";
   if (pool.chunk_count > 0 && pool.block_size < 1)
     return "The block size is negative or 0, although there are chunks.";
   if (is_impossible(pool.chunk_count, pool.blocks_per_chunk, pool.block_size) ||
@@ -129,7 +118,7 @@ Fault verify_record(const mub_pool &pool) {
   // It may be negative: mub_pool_from_empty() does not count the block that it takes, but its return counts.
   if (pool.live_count > carved_blocks(pool) - free_blocks(pool))
     return "The number of live blocks is too large for the blocks that are not free.";
-  for (const VerifiedTable &table : {chunks, pages}) {
+  for (const PageTable &table : {chunks, pages}) {
     if (const Fault fault = verify_slots(table)) return fault;
   }
   return verify_unused_slots(pool);
