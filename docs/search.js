@@ -7,14 +7,17 @@
   const LEAST = 0.5; // names this similar to the query are found even if one of its words matches nothing
 
   const OTHERS = 0.9; // the weight of what is not a function
+  const SUMMARY = 0.4, TEXT = 0.25; // the weights of words that are not in the name
 
   const wordsOf = (text) => text.toLowerCase().split(/[^a-z0-9]+/).filter((word) => word !== "" && word !== "mub");
+  const longWordsOf = (text) => [...new Set(wordsOf(text).filter((word) => word.length > 2))];
   const entries = window.MUB_INDEX.map(([name, module, url, summary, allocates, text]) => ({
     name, module, url, allocates,
     summary,
     weight: allocates === null ? OTHERS : 1,
     words: wordsOf(name),
-    described: [...new Set(wordsOf(`${summary} ${text ?? ""}`).filter((word) => word.length > 2))],
+    described: longWordsOf(summary),
+    text: longWordsOf(text ?? ""),
   }));
 
   // The query, and the queries with a word of another library replaced by one of ours; that comes last, after the
@@ -65,7 +68,8 @@
       if (asked.length === 0) return 1;
       const name = f.words.join("_");
       const whole_name = Math.max(0, 1 - distance(whole, name) / Math.max(whole.length, name.length));
-      const scores = asked.map((_, i) => Math.max(best(i, f.words), 0.4 * best(i, f.described)));
+      const scores = asked.map((_, i) =>
+        Math.max(best(i, f.words), SUMMARY * best(i, f.described), TEXT * best(i, f.text)));
       if (scores.includes(0) && whole_name < LEAST) return 0;
       return whole_name + scores.reduce((sum, score) => sum + score, 0) / scores.length;
     };

@@ -135,10 +135,9 @@ class map_of : private Map {
   ~map_of() { destroy_all(); }
 
   /** Swaps everything, settings included; values keep their addresses if they lie in blocks. */
-  ///@{
   void swap(map_of &other) noexcept { Map::swap(other); }
+  /** The same as `a.swap(b)`. */
   friend void swap(map_of &a, map_of &b) noexcept { a.swap(b); }
-  ///@}
 
   /** Destroys the values and starts again as a default-constructed map. */
   void reset() noexcept { *this = map_of(); }
