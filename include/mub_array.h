@@ -14,9 +14,9 @@
  *                  tail    ──► [word][word] …
  *
  * **Growth.** A table grows by half its count, by at least 8 and at most 65536 slots, or to the requested
- * size if that is more, in multiples of 4; it never shrinks. New slots are zero-filled. Growth moves the
- * table: pointers to entries and items are then invalid, as they are after every operation that adds, removes
- * or sorts.
+ * size if that is more, in multiples of 4. `_shrink` changes only the count; `_remove_all`, `_free_all` and
+ * `_term` release the table. New slots are zero-filled. Growth moves the table: pointers to entries and items
+ * are then invalid, as they are after every operation that adds, removes or sorts.
  *
  * **Positions.** `_get_entry`, `_get_at`, `_set_at` and `_update_at` access every slot of the table,
  * including the spare ones from `count` up to `capacity`; the count does not change. A spare slot has an
@@ -3016,7 +3016,7 @@ MUB_API void mub_arrayt_swap(mub_arrayt *a, mub_arrayt *b);
  * @failure the destination is unchanged if memory runs out
  * @owner the words are copied
  * @invalidates pointers to words of the tail of the destination
- * @cost O(count)
+ * @cost O(capacity of the source)
  */
 MUB_API void mub_arrayt_clone(const mub_arrayt *source, mub_arrayt *destination);
 
@@ -3181,7 +3181,7 @@ MUB_API uint64_t mub_arrayt_remove_at(mub_arrayt *array, int64_t index);
  * @param[in] unique     not 0: of equal words only one is kept
  * @failure the array is unchanged if there is no memory for a second table of the words
  * @invalidates pointers to words
- * @cost O(count log count)
+ * @cost O(count log count) on average
  */
 MUB_API void mub_arrayt_qsort(mub_arrayt *array, int ascending, int unique);
 

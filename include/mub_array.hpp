@@ -10,8 +10,8 @@
  *
  * contains, get, find, insert, emplace, update, remove, find_index and nearest_index need a sorted array;
  * append, scan_index and the operations with an index work in any order, and sort() sorts. That an array is
- * sorted is not checked. Only mub::array::append() with a key adds an entry even if there is no memory for
- * the key, which is then empty. Every addition, removal and sort invalidates iterators.
+ * sorted is not checked. Only append() and append_new() of mub::array add an entry even if there is no memory
+ * for its key, which is then empty. Every addition, removal and sort invalidates iterators.
  */
 #ifndef MUB_ARRAY_HPP
 #define MUB_ARRAY_HPP
@@ -383,7 +383,7 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   std::uint64_t remove_at(std::int64_t index) { return Traits::remove_at(c(), index); }
 
   using base::erase;
-  /** Removes the entry at an iterator, which is not released; returns the next iterator. */
+  /** Removes the entry at an iterator, without releasing its value; returns the next iterator. */
   iterator erase(const_iterator position) { return this->erase_at(position); }
 
   /** Removes the entry at an index and passes its value to `release`; see mub_array_free_at(). */
@@ -555,7 +555,7 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   }
   /** Removes the item at an index and returns it, not released; see mub_arrays_remove_at(). */
   std::uint64_t remove_at(std::int64_t index) { return mub_arrays_remove_at(c(), index); }
-  /** Removes the item at an iterator, which is not released; returns the next iterator. */
+  /** Removes the item at an iterator, without releasing it; returns the next iterator. */
   iterator erase(const_iterator position) { return this->erase_at(position); }
 
   /**
@@ -664,7 +664,7 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life>,
   }
   /** Removes the word at an index and returns it; see mub_arrayt_remove_at(). */
   std::uint64_t remove_at(std::int64_t index) { return mub_arrayt_remove_at(c(), index); }
-  /** Removes the word at an iterator, which is not released; returns the next iterator. */
+  /** Removes the word at an iterator; returns the next iterator. */
   iterator erase(const_iterator position) { return this->erase_at(position); }
 
   /**

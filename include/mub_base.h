@@ -31,7 +31,7 @@
  * - **Callbacks.** A callback must not change the container that calls it. Only the sign of a comparator's
  *   result matters.
  *
- * Besides parameters and result, these tags document what a caller must know about a function:
+ * In addition to parameters and results, these tags document a function:
  *
  * - `failure`: the result if nothing was found or done, and what happens if memory runs out; `none` if the
  *   result does not report failures
@@ -97,8 +97,8 @@ typedef void (*mub_free_fn)(uint64_t value);
  * Adjusts a cloned value: translates the addresses in it that point into the source's user pool, by means of
  * mub_pool_get_addr() and mub_pool_set_addr().
  *
- * @param[in] map               the chunk map of `source_pool`; NULL if that pool has no chunks, or if no user
- *                              pools were given
+ * @param[in] map               the chunk map of `source_pool`; NULL if that pool has no chunks, or unless
+ *                              both user pools were given
  * @param[in] source            the value in the source, 0 included
  * @param[in] source_pool       the user pool that the source's values refer to; NULL if none was given
  * @param[in] destination       the value in the clone

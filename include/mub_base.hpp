@@ -17,9 +17,11 @@
  *   root of a tree, which lies in the record. A moved-from object is empty and has no pools. To add something
  *   to a moved-from container or pool, assign to it or reset() it first: an assert() checks that. Strings,
  *   streams and bit sets need no pool and can be used again at once.
- * - **Memory.** An addition that runs out of memory changes nothing. Its result, if it has one, is false or
- *   nullptr then, and may be ignored. The exception is set() of a map: the key may have been added with value
- *   0, because there was no block for it.
+ * - **Memory.** An addition that runs out of memory changes nothing; its result, if it has one, is false,
+ *   nullptr or 0 then, and may be ignored. There are three exceptions. set() of a map and append_new() of an
+ *   array add an entry with value 0 if only its block is missing. append() and append_new() of mub::array add
+ *   an entry with an empty key if only the memory for the key is missing. insert() of a tree keeps the
+ *   entries that it created for the first steps of the path.
  * - **Keys.** Byte-string keys are passed as std::string_view: any bytes, NULs included. Keys that iterators
  *   return are views of the container's memory, valid until a key is added or removed.
  * - **Values.** Values are 64-bit words; to_word() and to_pointer() convert pointers. A destructor does

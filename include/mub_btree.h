@@ -277,8 +277,9 @@ MUB_API int mub_btree_find(const mub_btree *tree, const void *key, int64_t lengt
  * @owner the value is returned and not released; the record is returned to its pool
  * @invalidates the record of the key, the links of its neighbours, the offsets of keys inserted later,
  *   pointers to keys, and the tree's cursors
- * @cost O(keys): the bytes of the later keys move and their offsets are lowered, in one pass over the chunks
- *   if the tree owns its node pool and the pool holds nothing else, otherwise along the leaves
+ * @cost O(keys + their bytes): the bytes of the later keys move and their offsets are lowered, in one pass
+ *   over the chunks if the tree owns its node pool and the pool holds nothing else, otherwise along the
+ *   leaves
  * @bounds key[length]
  * @nullable key
  */
@@ -589,12 +590,11 @@ MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_p
 /**
  * Checks whether the tree is intact.
  *
- * Checks the levels, parents, names and tables of all nodes, the order of the keys, the count, that the keys
+ * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, that the keys
  * fill the key stream without gaps, and the pools that the tree owns. `prev` and `next` of the records are
- * not checked. It follows every link, but ends whatever calls have done to the tree. An address of other
- * memory in place of an entry or a block is not recognised.
- * Keys are compared with the present `nocase`, which mub_btree_swap() and mub_btree_clone() do not
- * transfer.
+ * not checked. It follows every link, and terminates even if calls to the library have damaged the tree. It
+ * cannot detect a pointer to other memory in place of an entry or a block, and follows it. Keys are compared
+ * with the present `nocase`, which mub_btree_swap() and mub_btree_clone() do not transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -615,7 +615,7 @@ MUB_API int mub_btree_verify(const mub_btree *tree, const char **what);
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(nodes), and O(pages) for the free stacks of the pools
+ * @cost O(entries), and O(pages) for the free stacks of the pools
  */
 MUB_API int64_t mub_btree_memory_bytes(const mub_btree *tree);
 
@@ -845,10 +845,10 @@ MUB_API int mub_btree_insert_t(mub_btree *tree, mub_btree_entry *leaf, const voi
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @param[in] offset     where the bytes were: keys from there on move, but not an empty key at this very
- *                       offset
+ * @param[in] offset     where the bytes were; offsets from there on are lowered, except that of an empty key
+ *                       at `offset` itself
  * @param[in] length     the number of bytes removed
- * @invalidates the offsets that it lowers
+ * @invalidates copies of the offsets that it lowers
  * @cost O(keys below)
  * @level low
  */
@@ -1402,12 +1402,11 @@ MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user
 /**
  * Checks whether the tree is intact.
  *
- * Checks the levels, parents, names and tables of all nodes, the order of the keys, the count, and the pools
- * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, but ends
- * whatever calls have done to the tree. An address of other memory in place of an entry or a block is not
- * recognised.
- * Keys are compared with the present `key_type`, which mub_btreed_swap() and mub_btreed_clone() do not
- * transfer.
+ * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, and the pools
+ * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, and terminates
+ * even if calls to the library have damaged the tree. It cannot detect a pointer to other memory in place of
+ * an entry or a block, and follows it. Keys are compared with the present `key_type`, which mub_btreed_swap()
+ * and mub_btreed_clone() do not transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -1422,13 +1421,13 @@ MUB_API int mub_btreed_verify(const mub_btreed *tree, const char **what);
 /**
  * Returns the size of the heap memory that the tree holds.
  *
- * Counts the tables of all nodes and the pools that the tree owns, as requested from `malloc`; not the record
- * itself. Blocks of external pools are not counted.
+ * Counts the tables of all entries and the pools that the tree owns, as requested from `malloc`; not the
+ * record itself. Blocks of external pools are not counted.
  *
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(nodes), and O(pages) for the free stacks of the pools
+ * @cost O(entries), and O(pages) for the free stacks of the pools
  */
 MUB_API int64_t mub_btreed_memory_bytes(const mub_btreed *tree);
 
@@ -2189,12 +2188,11 @@ MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user
 /**
  * Checks whether the tree is intact.
  *
- * Checks the levels, parents, names and tables of all nodes, the order of the keys, the count, and the pools
- * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, but ends
- * whatever calls have done to the tree. An address of other memory in place of an entry or a block is not
- * recognised.
- * Keys are compared with the present `key_type`, which mub_btreex_swap() and mub_btreex_clone() do not
- * transfer.
+ * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, and the pools
+ * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, and terminates
+ * even if calls to the library have damaged the tree. It cannot detect a pointer to other memory in place of
+ * an entry or a block, and follows it. Keys are compared with the present `key_type`, which mub_btreex_swap()
+ * and mub_btreex_clone() do not transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -2209,13 +2207,13 @@ MUB_API int mub_btreex_verify(const mub_btreex *tree, const char **what);
 /**
  * Returns the size of the heap memory that the tree holds.
  *
- * Counts the tables of all nodes and the pools that the tree owns, as requested from `malloc`; not the record
- * itself. Blocks of external pools are not counted.
+ * Counts the tables of all entries and the pools that the tree owns, as requested from `malloc`; not the
+ * record itself. Blocks of external pools are not counted.
  *
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(nodes), and O(pages) for the free stacks of the pools
+ * @cost O(entries), and O(pages) for the free stacks of the pools
  */
 MUB_API int64_t mub_btreex_memory_bytes(const mub_btreex *tree);
 

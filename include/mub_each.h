@@ -1,7 +1,7 @@
 /**
  * @defgroup each mub_each: loops over containers, and values that are pointers
  *
- * Macros that are the head of a loop over a container, and conversions of pointers to values and back.
+ * Loop macros for containers, and conversions between pointers and values.
  *
  *     MUB_EACH_HASH(&words, entry) {
  *       const word *found = MUB_VALUE_AS(const word, entry->value);
@@ -48,7 +48,7 @@
 #define MUB_EACH_CAST(type, pointer) ((type)(pointer))
 #endif
 
-/* What is idiomatic in C is none of the including C++ program's warnings. */
+/* The C idioms below must not cause warnings in C++ programs that include this header. */
 #if defined(__cplusplus) && defined(__GNUC__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wold-style-cast"
@@ -109,7 +109,8 @@ MUB_INLINE uint32_t mub_each_set_bit(const mub_bits *bits, int64_t *from) {
 
 /* NOLINTBEGIN(bugprone-macro-parentheses): a name that is declared cannot be in parentheses. */
 
-/* Only the innermost loop repeats, so that `break` ends them all: those around it hold what it needs. */
+/* The outer loops run once and only declare variables, so `break` in the innermost loop ends the whole
+   statement. */
 
 #define MUB_EACH_IN_BUCKETS(table_type, entry_type, first, next, table, entry)        \
   for (const table_type *entry##_in = (table); entry##_in != NULL; entry##_in = NULL) \

@@ -173,10 +173,9 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
  *
  * Checks the number of buckets, the bucket and the hash of every entry, that no key is there twice, the
  * count, that the keys fill the key stream without gaps, and the pools that the table owns. It follows every
- * link, but ends whatever calls have done to the table. An address of other memory in place of an entry or a
- * block is not recognised.
- * Hashes are computed with the present `nocase`, which mub_hash_swap() and mub_hash_clone() do not
- * transfer.
+ * link, and terminates even if calls to the library have damaged the table. It cannot detect a pointer to
+ * other memory in place of an entry or a block, and follows it. Hashes are computed with the present
+ * `nocase`, which mub_hash_swap() and mub_hash_clone() do not transfer.
  *
  * @param[in] hash   the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -347,8 +346,9 @@ MUB_API int mub_hash_find(const mub_hash *table, const void *key, int64_t length
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry of the key, the offsets of keys inserted later, and pointers to keys
- * @cost O(entries): the bytes of the later keys move and their offsets are lowered, in one pass over the
- *   chunks if the table owns its entry pool and the pool holds nothing else, otherwise along the chains
+ * @cost O(entries + bytes of all keys): the bytes of the later keys move and their offsets are lowered, in
+ *   one pass over the chunks if the table owns its entry pool and the pool holds nothing else, otherwise
+ *   along the chains
  * @bounds key[length]
  * @nullable key
  */
@@ -370,7 +370,7 @@ MUB_API uint64_t mub_hash_remove(mub_hash *table, const void *key, int64_t lengt
  * @owner the value is passed to `release`, its block is returned to an external value pool, and the entry to
  *   its pool
  * @invalidates the entry of the key, the offsets of keys inserted later, and pointers to keys
- * @cost O(entries), as for mub_hash_remove()
+ * @cost that of mub_hash_remove()
  * @bounds key[length]
  * @nullable key, release
  */
@@ -510,7 +510,7 @@ MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *table, int64_t *buck
  * that mub_pool_new() gave it. The caller fills it in and counts it.
  *
  * @param[in,out] table      the table
- * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket         the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] hash_value     not used
  * @param[in] key            the bytes of the key; NULL is the empty key
  * @param[in] length         bytes of the key, used as given; a negative length finds nothing
@@ -531,7 +531,7 @@ MUB_API mub_hash_entry *mub_hash_entry_new(mub_hash *table, int64_t bucket, uint
  * Finds a key in a bucket: the first entry with this hash and this key.
  *
  * @param[in] table       the table
- * @param[in] bucket      the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket      the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] hash_value  the hash of the key, from mub_hash_key()
  * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key, used as given; a negative length finds nothing
@@ -552,7 +552,7 @@ MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *table, int64_t bucke
  * Key bytes and count are unchanged.
  *
  * @param[in,out] table   the table
- * @param[in] bucket      the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket      the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] hash_value  the hash of the key, from mub_hash_key()
  * @param[in] key         the bytes of the key; NULL is the empty key
  * @param[in] length      bytes of the key, used as given; a negative length finds nothing
@@ -632,7 +632,7 @@ MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *table, const void *key, 
  * @failure NULL if the key is absent
  * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
  * @invalidates the offsets of keys inserted later, and pointers to keys
- * @cost O(entries)
+ * @cost that of mub_hash_remove()
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -756,8 +756,8 @@ MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_use
  * Checks whether the table is intact.
  *
  * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, and the
- * pools that the table owns. It follows every link, but ends whatever calls have done to the table. An
- * address of other memory in place of an entry or a block is not recognised.
+ * pools that the table owns. It follows every link, and terminates even if calls to the library have damaged
+ * the table. It cannot detect a pointer to other memory in place of an entry or a block, and follows it.
  *
  * @param[in] table  the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -1039,7 +1039,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_next(const mub_hashd *table, int64_t *b
  * The key is not stored: the caller stores it and counts the entry.
  *
  * @param[in,out] table      the table
- * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket         the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] key            the key
  * @param[out] inserted_out  receives 1 if the entry is new, else 0
  * @return the entry
@@ -1056,7 +1056,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_new(mub_hashd *table, int64_t bucket, u
  * Finds a key in a bucket.
  *
  * @param[in] table   the table
- * @param[in] bucket  the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket  the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] key     the key
  * @return the entry
  * @failure NULL if there is none
@@ -1072,7 +1072,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_find(const mub_hashd *table, int64_t bu
  * The count is unchanged.
  *
  * @param[in,out] table  the table
- * @param[in] bucket     the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket     the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] key        the key
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
@@ -1243,8 +1243,8 @@ MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_use
  * Checks whether the table is intact.
  *
  * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, and the
- * pools that the table owns. It follows every link, but ends whatever calls have done to the table. An
- * address of other memory in place of an entry or a block is not recognised.
+ * pools that the table owns. It follows every link, and terminates even if calls to the library have damaged
+ * the table. It cannot detect a pointer to other memory in place of an entry or a block, and follows it.
  *
  * @param[in] table  the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -1526,7 +1526,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_next(const mub_hashx *table, int64_t *b
  * The key is not stored: the caller stores it and counts the entry.
  *
  * @param[in,out] table      the table
- * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket         the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] key            the key
  * @param[out] inserted_out  receives 1 if the entry is new, else 0
  * @return the entry
@@ -1543,7 +1543,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_new(mub_hashx *table, int64_t bucket, u
  * Finds a key in a bucket.
  *
  * @param[in] table   the table
- * @param[in] bucket  the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket  the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] key     the key
  * @return the entry
  * @failure NULL if there is none
@@ -1559,7 +1559,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_find(const mub_hashx *table, int64_t bu
  * The count is unchanged.
  *
  * @param[in,out] table  the table
- * @param[in] bucket     the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket     the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] key        the key
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
@@ -1731,8 +1731,8 @@ MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_use
  * Checks whether the table is intact.
  *
  * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, and the
- * pools that the table owns. It follows every link, but ends whatever calls have done to the table. An
- * address of other memory in place of an entry or a block is not recognised.
+ * pools that the table owns. It follows every link, and terminates even if calls to the library have damaged
+ * the table. It cannot detect a pointer to other memory in place of an entry or a block, and follows it.
  *
  * @param[in] table  the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -2017,7 +2017,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_get(const mub_hasht *table, const uint3
  * The key is not stored: the caller stores it and counts the entry.
  *
  * @param[in,out] table      the table
- * @param[in] bucket         the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket         the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] key            the four words of the key
  * @param[out] inserted_out  receives 1 if the entry is new, else 0
  * @return the entry
@@ -2035,7 +2035,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_new(mub_hasht *table, int64_t bucket, c
  * Finds a key in a bucket.
  *
  * @param[in] table   the table
- * @param[in] bucket  the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket  the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] key     the four words of the key
  * @return the entry
  * @failure NULL if there is none
@@ -2052,7 +2052,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bu
  * The count is unchanged.
  *
  * @param[in,out] table  the table
- * @param[in] bucket     the bucket to search, from 0 to the number of buckets less 1
+ * @param[in] bucket     the bucket to search: `0 <= bucket < buckets.count`
  * @param[in] key        the four words of the key
  * @return the entry, with `next` NULL
  * @failure NULL if there is none

@@ -1,7 +1,7 @@
 /**
- * @defgroup inline mub_inline: the smallest operations without a call
+ * @defgroup inline mub_inline: the smallest operations as inline functions
  *
- * The smallest operations, compiled into the caller.
+ * Inline functions for operations that take less time than a call.
  *
  * A call of the shared library takes 1.5 to 2 ns, which is most of the time of testing a bit or appending a
  * character. This header makes such operations inline functions. They do the common case in place, in a few

@@ -175,8 +175,8 @@ MUB_API mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_p
  * Checks whether the list is intact.
  *
  * Checks the links in both directions, the count, that the keys fill the key stream without gaps, and the
- * pools that the list owns. It follows every link, but ends whatever calls have done to the list. An address
- * of other memory in place of an entry or a block is not recognised.
+ * pools that the list owns. It follows every link, and terminates even if calls to the library have damaged
+ * the list. It cannot detect a pointer to other memory in place of an entry or a block, and follows it.
  *
  * @param[in] list   the list
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -478,9 +478,10 @@ MUB_API mub_list_entry *mub_list_find(const mub_list *list, const void *key, int
  * @failure 0 if the list is empty; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry is returned to its pool
- * @invalidates the entry, and pointers to keys
- * @cost O(entries): the key's bytes are removed from the key stream and the offsets of later keys lowered, in
- *   a sequential pass over memory if the list owns its entry pool; O(1) for an empty key
+ * @invalidates the entry, the offsets of keys added later, and pointers to keys
+ * @cost O(entries + bytes of all keys): the bytes of the later keys move and their offsets are lowered, in
+ *   one pass over the chunks if the list owns its entry pool and the pool holds nothing else, otherwise along
+ *   the links; O(1) for an empty key
  */
 MUB_API uint64_t mub_list_remove_head(mub_list *list);
 
@@ -492,9 +493,10 @@ MUB_API uint64_t mub_list_remove_head(mub_list *list);
  * @failure 0 if the list is empty; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry is returned to its pool
- * @invalidates the entry, and pointers to keys
- * @cost O(entries): the key's bytes are removed from the key stream and the offsets of later keys lowered, in
- *   a sequential pass over memory if the list owns its entry pool; O(1) for an empty key
+ * @invalidates the entry, the offsets of keys added later, and pointers to keys
+ * @cost O(entries + bytes of all keys): the bytes of the later keys move and their offsets are lowered, in
+ *   one pass over the chunks if the list owns its entry pool and the pool holds nothing else, otherwise along
+ *   the links; O(1) for an empty key
  */
 MUB_API uint64_t mub_list_remove_tail(mub_list *list);
 
@@ -509,9 +511,10 @@ MUB_API uint64_t mub_list_remove_tail(mub_list *list);
  * @failure 0 at position NULL; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry is returned to its pool
- * @invalidates the entry, and pointers to keys
- * @cost O(entries): the key's bytes are removed from the key stream and the offsets of later keys lowered, in
- *   a sequential pass over memory if the list owns its entry pool; O(1) for an empty key
+ * @invalidates the entry, the offsets of keys added later, and pointers to keys
+ * @cost O(entries + bytes of all keys): the bytes of the later keys move and their offsets are lowered, in
+ *   one pass over the chunks if the list owns its entry pool and the pool holds nothing else, otherwise along
+ *   the links; O(1) for an empty key
  * @nullable position
  */
 MUB_API uint64_t mub_list_remove_at(mub_list *list, mub_list_entry *position);
@@ -589,7 +592,7 @@ MUB_API void mub_list_free_all_entry(mub_list *list, mub_free_fn release);
  * @param[in,out] list  the list
  * @param[in] offset    where the bytes were
  * @param[in] length    the number of bytes removed; its low 32 bits are used
- * @invalidates nothing
+ * @invalidates copies of the offsets that it lowers
  * @cost O(entries)
  * @level low
  */
@@ -735,8 +738,8 @@ MUB_API mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_use
  * Checks whether the list is intact.
  *
  * Checks the links in both directions, the count, and the pools that the list owns. It follows every link,
- * but ends whatever calls have done to the list. An address of other memory in place of an entry or a block
- * is not recognised.
+ * and terminates even if calls to the library have damaged the list. It cannot detect a pointer to other
+ * memory in place of an entry or a block, and follows it.
  *
  * @param[in] list   the list
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -1152,8 +1155,8 @@ MUB_API mub_listx *mub_listx_init(mub_listx *list, int with_entry_pool, int with
  * Checks whether the list is intact.
  *
  * Checks the links in both directions, the counts of the blocks and of the list, and the pools that the list
- * owns. It follows every link, but ends whatever calls have done to the list. An address of other memory in
- * place of an entry or a block is not recognised.
+ * owns. It follows every link, and terminates even if calls to the library have damaged the list. It cannot
+ * detect a pointer to other memory in place of an entry or a block, and follows it.
  *
  * @param[in] list   the list
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL

@@ -41,9 +41,7 @@
 extern "C" {
 #endif
 
-/**
- * An allocator of fixed-size blocks, which are taken from zero-filled chunks and reused last in, first out.
- */
+/** A pool of fixed-size blocks. Set `block_size` before the first block is taken. */
 struct mub_pool {
   int64_t block_size;       /**< bytes per block; 0: no block can be taken */
   int64_t blocks_per_chunk; /**< blocks per chunk, addresses per page; raised to at least 16 on first use */
@@ -250,7 +248,7 @@ MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, m
  * @return 1 if the pool is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n log n) for n free blocks, times the number of blocks taken from chunks / 16384: with many blocks,
+ * @cost O(chunks + n) for n free blocks, and O(n) for every 16384 blocks taken from chunks: with many blocks,
  *   it grows with the product of the two
  * @nullable what
  */

@@ -219,8 +219,9 @@ MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_p
  * Checks whether the tree is intact.
  *
  * Checks that every ring of children is closed in both directions, the parents, and the pools that the tree
- * owns. `count` is not checked: it says nothing about the entries. It follows every link, but ends whatever
- * calls have done to the tree. An address of other memory in place of an entry or a block is not recognised.
+ * owns. `count` is not checked: it says nothing about the entries. It follows every link, and terminates even
+ * if calls to the library have damaged the tree. It cannot detect a pointer to other memory in place of an
+ * entry or a block, and follows it.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -882,9 +883,9 @@ MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_
  *
  * Checks the parents, that every entry is linked once, and the pools that the tree owns. An entry in a chain
  * of equals must have the parent of the first one: see mub_bitree_set_parent(). `count` is not checked: it
- * says nothing about the entries. It follows every link, but ends whatever calls have done to the tree. An
- * address of other memory in place of an entry or a block is not recognised.
- * Equals that were linked before the first one had a parent are reported until mub_bitree_set_parent()
+ * says nothing about the entries. It follows every link, and terminates even if calls to the library have
+ * damaged the tree. It cannot detect a pointer to other memory in place of an entry or a block, and follows
+ * it. Equals that were linked before the first one had a parent are reported until mub_bitree_set_parent()
  * gives them its parent.
  *
  * @param[in] tree   the tree

@@ -12,9 +12,9 @@
  *     if (auto *found = pages.find("index")) found->push_back(7);
  *     for (auto [key, numbers] : pages) …                       numbers is a std::vector<int> &
  *
- * The map constructs, moves and destroys its values: T may be a type that can only be moved, or not even
- * that. If T is trivially copyable and has at most 8 bytes, a value lies in the first bytes of the 64-bit
- * value of its entry; otherwise in a block of the map's value pool, and its address never changes.
+ * The map constructs, moves and destroys its values: T may be move-only, or neither copyable nor movable. If
+ * T is trivially copyable and has at most 8 bytes, a value lies in the 64-bit value of its entry; otherwise
+ * in a block of the map's value pool. Either way its address does not change until it is removed.
  */
 #ifndef MUB_TYPED_HPP
 #define MUB_TYPED_HPP
@@ -134,7 +134,7 @@ class map_of : private Map {
   }
   ~map_of() { destroy_all(); }
 
-  /** Swaps everything, settings included; values keep their addresses if they lie in blocks. */
+  /** Swaps everything, settings included; values keep their addresses. */
   void swap(map_of &other) noexcept { Map::swap(other); }
   /** The same as `a.swap(b)`. */
   friend void swap(map_of &a, map_of &b) noexcept { a.swap(b); }
@@ -201,7 +201,10 @@ class map_of : private Map {
    */
   bool insert(key_type key, T value) { return emplace(key, std::move(value)).inserted; }
 
-  /** Adds a key with a value, or assigns the value to that of the key. The key is passed as to insert(). */
+  /**
+   * Adds a key with a value, or assigns the value to that of the key. As for insert(), the key must not lie
+   * in an object that is moved into `value`.
+   */
   emplaced_value<T> insert_or_assign(key_type key, T value) {
     const emplaced_value<T> result = emplace(key, std::move(value));  // which moves only if it inserts
     if (result.value != nullptr && !result.inserted) *result.value = std::move(value);

@@ -1,4 +1,4 @@
-// A set of small numbers on the stack, for checks, which do not allocate.
+// A set of the numbers below kCount, on the stack: for checks, which do not allocate.
 #ifndef MUB_BASE_NUMBER_SET_H
 #define MUB_BASE_NUMBER_SET_H
 
@@ -7,7 +7,6 @@
 
 namespace mub {
 
-// A set of the numbers below kCount.
 template <int64_t kCount>
 class NumberSet {
  public:

@@ -13,7 +13,7 @@
 //
 // Threads: functions that take a const record write nothing to it or to its block.
 //
-// A record type takes part by specialising BufferTraits, which provides
+// To use the engine, a record type specialises BufferTraits with
 //   Unit           the type of a unit
 //   kTerminated    whether a unit of 0 follows the content
 //

@@ -5,8 +5,8 @@
 //   keys ──► [ key of a | key of b | key of c | spare … ]        item c:  key_offset, key_length
 //                                  ▲ key_offset
 //
-// Invariants of packed keys. Callers of the low layer can break them, and so can cloning an array, if memory
-// runs out:
+// Invariants of packed keys. Callers of the low layer can break them, and so can mub_array_shrink() and
+// mub_array_set_at() (byte_keys.h):
 //   1. The stream is at most kMaxBytes long.
 //   2. The key of an item lies in the content of the stream.
 //   3. The keys of all items fill the content without gaps and do not overlap; in arrays, the content may

@@ -73,11 +73,11 @@ struct KeyCheck {
   Fault end() const { return nullptr; }
 };
 
-// Packed keys: key_store.h has the invariants. To find gaps and overlaps without a list of all keys, the
-// numbers of the bytes at which keys start are added up, scattered, and those at which they end are
-// subtracted. Keys that fill the stream form a single path from its start to its end, on which all other ends
-// are starts, and cancel out. Any other keys do not, except by an accident of one in 2^64: no set of other
-// keys has the same starts and ends, as a path that leads upwards cannot be closed.
+// Packed keys: key_store.h has the invariants. To find gaps and overlaps without a list of all keys, a hash
+// of the start of each key is added to a sum, and a hash of its end subtracted. If the keys fill the stream,
+// every end but the last is the start of another key, and only hash(0) - hash(length) remains. With any other
+// keys, some starts and ends do not cancel out, since keys cannot form a cycle: each ends after it starts.
+// The sum is then different, except with a probability of 2^-64.
 template <class Container>
 struct KeyCheck<Container, std::void_t<decltype(Container::keys)>> {
   explicit KeyCheck(const Container &container) : stream(container.keys) {}

@@ -1,5 +1,6 @@
 // The engine of the lists: doubly linked lists of entries, which are blocks of a pool and never move. An
-// entry has one value, except in mub_listx, where it has up to 32; listx.cpp adds and removes those itself.
+// entry has one value, except in mub_listx, where it has up to 32; listx.cpp adds and removes its values
+// itself.
 //
 //   list   head ──► entry ◄──► entry ◄──► entry ◄── tail
 //

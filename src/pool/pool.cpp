@@ -237,7 +237,7 @@ namespace {
 
 using namespace mub;
 
-// Moves to the next carved block, live or free; false after the last one.
+// Moves to the next carved block, free ones included; false after the last one.
 bool advance(mub_pool_iter &iter) {
   const mub_pool &pool = *iter.pool;
   if (iter.chunk >= pool.chunk_count) return false;

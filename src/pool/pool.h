@@ -12,7 +12,7 @@
 //   2. chunk_used is -1 without chunks, else 1 to blocks_per_chunk; all chunks but the last are used up.
 //      free_used is -1 without pages, else 0 to blocks_per_chunk; all pages but the last are full.
 //   3. blocks_per_chunk >= kMinBlocksPerChunk while there is a chunk or a page.
-//   4. live_count is the number of blocks taken less the number returned.
+//   4. live_count is the number of blocks taken minus the number returned.
 //   5. As long as callers return only the pool's own blocks, and each once: the free stack holds addresses of
 //      carved blocks, all different, or null where clone() could not translate one. Every carved block is
 //      live or on the free stack, except those popped with mub_pool_from_empty(), those returned when no page
@@ -117,7 +117,7 @@ void for_each_block(const mub_pool &pool, Visit visit) {
   }
 }
 
-// A pool's table of chunks or of free pages, which have the same structure, for reading. Both hold "pages".
+// A pool's table of chunks or of free pages, for reading. In both, "page" means the heap block in a slot.
 struct PageTable {
   int64_t used;
   int64_t count;
@@ -143,14 +143,14 @@ inline int64_t free_blocks(const mub_pool &pool) {
   return pool.free_count < 1 ? 0 : (pool.free_count - 1) * pool.blocks_per_chunk + pool.free_used;
 }
 
-// Calls `visit` for every block on the free stack.
+// Calls `visit` for every block on the free stack; skips null, an address that clone() could not translate.
 template <class Block, class Visit>
 void for_each_free_block(const mub_pool &pool, Visit visit) {
   for (int64_t page = 0; page < pool.free_count; ++page) {
     const int64_t used = page + 1 < pool.free_count ? pool.blocks_per_chunk : pool.free_used;
     for (int64_t i = 0; i < used; ++i) {
       auto *block = static_cast<Block *>(free_page(pool, page)[i]);
-      if (block != nullptr) visit(*block);  // GCOVR_EXCL_BR_LINE: null if clone() could not translate it
+      if (block != nullptr) visit(*block);  // GCOVR_EXCL_BR_LINE
     }
   }
 }

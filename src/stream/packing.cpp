@@ -72,7 +72,7 @@ struct TaggedClass {
 using PackedWord = TaggedClass<1>;
 using PackedDword = TaggedClass<2>;
 
-// Lengths are hard to predict, so that what depends on them is computed without branches.
+// The branch predictor cannot predict the lengths, so nothing branches on them.
 
 // The number of bytes after the first one: 0 for up to 7 bits, 1 for 14, … 7 for 56, and 8 above.
 int lword_further(uint64_t value) { return (9 * bit_width(value) - 1) / 64; }
@@ -80,15 +80,16 @@ int lword_further(uint64_t value) { return (9 * bit_width(value) - 1) / 64; }
 // The masks of the lowest 0 to 3, 4 and 8 bytes of a word; the others are not used.
 constexpr uint64_t kLowBytes[] = {0, 0xFF, 0xFFFF, 0xFFFFFF, 0xFFFFFFFF, 0, 0, 0, UINT64_MAX};
 
-// Up to three bytes; three are rotated to the left by `left` bytes, or to the right by `right`.
+// Up to three bytes. Three are rotated to the left by `left` bytes, where `right` is 3 - `left`; fewer are
+// returned as they are.
 uint64_t rotated(uint64_t bytes, int count, int left, int right) {
   const int is_three = static_cast<int>(count == 3);
   return (bytes << (8 * left * is_three) | bytes >> (8 * right * is_three)) & 0xFFFFFF;
 }
 
-// The bytes after the first one of an lword, as one little-endian word; what lies above these bytes is of no
-// use. If there are 4 to 7, the last four hold the value's low 32 bits. The bits above come before them; if
-// these are three bytes, the highest one comes first and then the two others, little-endian.
+// The bytes after the first one of an lword, as one little-endian word; higher bytes are unspecified. If
+// there are 4 to 7, the last four are the low 32 bits of the value, little-endian. The up to three bytes
+// before these, or of a shorter field, are little-endian too, except that the highest of three comes first.
 uint64_t swapped_groups(uint64_t value, int further) {
   const int high_bytes = further & 3;
   const uint64_t high = value >> (8 * (further & 4)) & kLowBytes[high_bytes];

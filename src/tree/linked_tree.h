@@ -1,6 +1,6 @@
 // The engine of the trees: a walk over an entry and all below it, and what is built on it: returning entries
-// to their pool, and copying them. What hangs below an entry are its branches: the children on its ring in
-// mub_tree; its left child, its right child and its next equal in mub_bitree.
+// to their pool, and copying them. The branches of an entry are those that the walk reaches directly from it:
+// the children on its ring in mub_tree; its left child, its right child and its next equal in mub_bitree.
 //
 //   entry ──first──► branch ──next──► branch ──next──► branch
 //     ▲                │ parent         │ parent         │ parent
@@ -18,7 +18,7 @@
 // They hold as long as the caller adds only entries that are not linked yet, in a mub_bitree in places that
 // are free, and unlinks entries before it returns or swaps them. If equals were added to an entry before it
 // was linked itself, their parent is null until mub_bitree_set_parent() or a walk sets it; walks do not
-// depend on it. `count` is the number of links made less those undone, and says nothing about the entries.
+// depend on it. `count` is the number of links made minus those undone, and says nothing about the entries.
 // Entries need not be blocks of the entry pool unless a function returns them to it.
 //
 // Threads: searches and steps that take const entries write nothing, so readers may run in parallel. A walk

@@ -19,8 +19,8 @@ constexpr Fault kWrongParent = "The parent of an entry is not the one that it is
 
 // ---- mub_tree
 
-// The ring of the children of an entry. As each next entry refers back, it cannot lead anywhere but to the
-// first one again.
+// The ring of the children of an entry. Each entry is the `prev` of its `next`, so the ring can only close at
+// the first child.
 inline Fault verify_ring(const mub_tree_entry &parent) {
   const mub_tree_entry *child = parent.first_child;
   while (child != nullptr) {
@@ -64,7 +64,7 @@ inline Fault verify_chain(const mub_bitree_entry *head, const mub_bitree_entry *
   return nullptr;
 }
 
-// The chains to the left and to the right of an entry. Chains that share an entry end alike.
+// The chains to the left and to the right of an entry. Chains that share an entry have the same last entry.
 inline Fault verify_sides(const mub_bitree_entry &entry) {
   for (const auto *side : {entry.left, entry.right}) {
     if (const Fault fault = verify_chain(side, &entry)) return fault;

@@ -35,8 +35,8 @@ struct WorldOf;
 // The result of a void function.
 struct None {};
 
-// Failing allocations in a run: step number `step` calls the function `function`, whose allocations after the
-// first `allowed` fail.
+// Failing allocations in a run: step number `step` calls the function `function`. Its first `allowed`
+// allocations succeed; then one fails, or all do (`blow`).
 struct Refusals {
   int64_t step = -1;
   int64_t function = 0;

@@ -140,7 +140,7 @@ void check(op::update_, auto &world, auto &self, auto &key, auto &value, uint64_
   world.give_back(self.slot, item != nullptr ? std::exchange(item->value, value.word) : value.word);
 }
 
-// Any number of keys; those of a record that folds case, of NULL and up to a NUL among them.
+// Any number of keys, including NULL, keys that end at a NUL, and keys in another case.
 void by_hand(op::get_many_, auto &world, auto get_many) {
   Self self(world);
   std::list<decltype(Key(world))> keys;

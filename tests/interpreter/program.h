@@ -11,7 +11,7 @@
 
 namespace mub_test {
 
-// The result of a string's search as an index; npos becomes -1.
+// Converts the result of std::string::find() to an index; npos becomes -1.
 inline int64_t index_of(size_t position) { return static_cast<ptrdiff_t>(position); }
 
 // A number as a size, limited to PTRDIFF_MAX.

@@ -295,8 +295,8 @@ struct Letter {
   int given;  // only the low bits count
 };
 
-// How a text is passed: with a count, which may be less than 1; up to its NUL; or either of them, for a text
-// that is read, or one that is stored in the record, whose count may be impossibly large.
+// How a text is passed: with a count, which may be less than 1 (kCounted); up to its NUL (kTerminated); or
+// either way: a text that is only read (kRead), or one to store, whose count may be impossibly large (kPut).
 enum Given { kCounted, kTerminated, kRead, kPut };
 
 // NULL, units in the record itself, a copy of these, nearly the same, or different units. Units outside the
