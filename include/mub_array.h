@@ -191,35 +191,36 @@ MUB_API void mub_array_swap(mub_array *a, mub_array *b);
 /**
  * Copies an array, replacing the content of the destination.
  *
- * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
+ * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `callback` is
  * called for every entry, value 0 included. A value that is not an address in the source's pool becomes 0,
  * and so do all values if the destination owns no pool.
  *
- * If the source does not own its pool, values are copied as words and `clone` is not called. The destination
- * then uses the source's pool, and a pool that it owned is destroyed.
+ * If the source does not own its pool, values are copied as words and `callback` is not called. The
+ * destination then uses the source's pool, and a pool that it owned is destroyed.
  *
  * `descending` is not copied.
  *
- * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
- * arrays are the same.
+ * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
+ * if both arrays are the same.
  *
- * @param[in] source                the array to copy; it does not change
- * @param[in,out] source_pool       a further pool that the values point into; NULL if there is none
- * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten, without a call for its old values
- * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
- *                                  `source_pool` itself, to share it; NULL if there is none
- * @param[in] clone                 adjusts each copied value; NULL: not called
+ * @param[in] source                     the array to copy; it does not change
+ * @param[in,out] source_user_pool       a further pool that the values point into; NULL if there is none
+ * @param[in,out] destination            an initialised array, with a pool of its own if the source has one;
+ *                                       its old contents are overwritten, without a call for its old values
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       `source_user_pool` itself, to share it; NULL if there is none
+ * @param[in] callback                   adjusts each copied value; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
  * @owner the copy belongs to the destination; an external pool is shared by both arrays
  * @invalidates pointers to entries and to keys of the destination, and all blocks of a pool that it owned and
- *   of a `destination_pool` that is overwritten
+ *   of a `destination_user_pool` that is overwritten
  * @cost O(capacity of the source), and the bytes of the keys and pools that are cloned
- * @nullable source_pool, destination_pool, clone
+ * @nullable source_user_pool, destination_user_pool, callback
  */
-MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_pool, mub_array *destination,
-                                   mub_pool *destination_pool, mub_clone_fn clone);
+MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_user_pool,
+                                   mub_array *destination, mub_pool *destination_user_pool,
+                                   mub_clone_fn callback);
 
 /**
  * Checks whether the array is intact.
@@ -273,16 +274,16 @@ MUB_API mub_array *mub_array_remove_all(mub_array *array);
  * The memory of the key stream is released too.
  *
  * @param[in,out] array  the array
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @return the array
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block is returned to an external pool; the table is released and
- *   an owned pool emptied
+ * @owner each value is passed to `release`, its block is returned to an external pool; the table is released
+ *   and an owned pool emptied
  * @invalidates pointers to entries and to keys, and all value blocks
  * @cost O(count), and one release per chunk of an owned pool
- * @nullable free
+ * @nullable release
  */
-MUB_API mub_array *mub_array_free_all(mub_array *array, mub_free_fn free);
+MUB_API mub_array *mub_array_free_all(mub_array *array, mub_free_fn release);
 
 /**
  * Releases every value, in order.
@@ -290,16 +291,16 @@ MUB_API mub_array *mub_array_free_all(mub_array *array, mub_free_fn free);
  * The entries are unchanged, so their values are no longer valid.
  *
  * @param[in,out] array  the array
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block is returned to an external pool, although the array still
- *   holds it
+ * @owner each value is passed to `release`, its block is returned to an external pool, although the array
+ *   still holds it
  * @invalidates the values
  * @cost O(count)
- * @nullable free
+ * @nullable release
  * @level low
  */
-MUB_API void mub_array_free_all_entry(mub_array *array, mub_free_fn free);
+MUB_API void mub_array_free_all_entry(mub_array *array, mub_free_fn release);
 
 /**
  * Adds an entry at the end, without regard to the order.
@@ -492,14 +493,14 @@ MUB_API uint64_t mub_array_remove_at(mub_array *array, int64_t index);
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block is returned to an external pool
+ * @owner the value is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to entries and to keys, and the value
  * @cost O(count + bytes of all keys)
- * @nullable free
+ * @nullable release
  */
-MUB_API void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn free);
+MUB_API void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn release);
 
 /**
  * Adds a key with a value unless the key is present.
@@ -592,15 +593,15 @@ MUB_API uint64_t mub_array_remove(mub_array *array, const void *key, int64_t len
  * @param[in,out] array  the array
  * @param[in] key        the bytes of the key; NULL is the empty key
  * @param[in] length     bytes of the key; negative: up to its first NUL
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block is returned to an external pool
+ * @owner the value is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to entries and to keys, and the value
  * @cost O(log count) to search, O(count + bytes of all keys) to move the entries after it
  * @bounds key[length]
- * @nullable key, free
+ * @nullable key, release
  */
-MUB_API void mub_array_free(mub_array *array, const void *key, int64_t length, mub_free_fn free);
+MUB_API void mub_array_free(mub_array *array, const void *key, int64_t length, mub_free_fn release);
 
 /**
  * Finds the entry of a key, or adds one with value 0.
@@ -940,35 +941,36 @@ MUB_API void mub_arrayd_swap(mub_arrayd *a, mub_arrayd *b);
 /**
  * Copies an array, replacing the content of the destination.
  *
- * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
+ * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `callback` is
  * called for every entry, value 0 included. A value that is not an address in the source's pool becomes 0,
  * and so do all values if the destination owns no pool.
  *
- * If the source does not own its pool, values are copied as words and `clone` is not called. The destination
- * then uses the source's pool, and a pool that it owned is destroyed.
+ * If the source does not own its pool, values are copied as words and `callback` is not called. The
+ * destination then uses the source's pool, and a pool that it owned is destroyed.
  *
  * `descending` is not copied.
  *
- * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
- * arrays are the same.
+ * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
+ * if both arrays are the same.
  *
- * @param[in] source                the array to copy; it does not change
- * @param[in,out] source_pool       a further pool that the values point into; NULL if there is none
- * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten, without a call for its old values
- * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
- *                                  `source_pool` itself, to share it; NULL if there is none
- * @param[in] clone                 adjusts each copied value; NULL: not called
+ * @param[in] source                     the array to copy; it does not change
+ * @param[in,out] source_user_pool       a further pool that the values point into; NULL if there is none
+ * @param[in,out] destination            an initialised array, with a pool of its own if the source has one;
+ *                                       its old contents are overwritten, without a call for its old values
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       `source_user_pool` itself, to share it; NULL if there is none
+ * @param[in] callback                   adjusts each copied value; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
  * @owner the copy belongs to the destination; an external pool is shared by both arrays
  * @invalidates pointers to entries of the destination, and all blocks of a pool that it owned and of a
- *   `destination_pool` that is overwritten
+ *   `destination_user_pool` that is overwritten
  * @cost O(capacity of the source), and the bytes of the pools that are cloned
- * @nullable source_pool, destination_pool, clone
+ * @nullable source_user_pool, destination_user_pool, callback
  */
-MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_pool, mub_arrayd *destination,
-                                     mub_pool *destination_pool, mub_clone_fn clone);
+MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_user_pool,
+                                     mub_arrayd *destination, mub_pool *destination_user_pool,
+                                     mub_clone_fn callback);
 
 /**
  * Checks whether the array is intact.
@@ -1017,16 +1019,16 @@ MUB_API mub_arrayd *mub_arrayd_remove_all(mub_arrayd *array);
  * Releases every value, then empties the array.
  *
  * @param[in,out] array  the array
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @return the array
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block is returned to an external pool; the table is released and
- *   an owned pool emptied
+ * @owner each value is passed to `release`, its block is returned to an external pool; the table is released
+ *   and an owned pool emptied
  * @invalidates pointers to entries, and all value blocks
  * @cost O(count), and one release per chunk of an owned pool
- * @nullable free
+ * @nullable release
  */
-MUB_API mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn free);
+MUB_API mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn release);
 
 /**
  * Releases every value, in order.
@@ -1034,16 +1036,16 @@ MUB_API mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn free);
  * The entries are unchanged, so their values are no longer valid.
  *
  * @param[in,out] array  the array
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block is returned to an external pool, although the array still
- *   holds it
+ * @owner each value is passed to `release`, its block is returned to an external pool, although the array
+ *   still holds it
  * @invalidates the values
  * @cost O(count)
- * @nullable free
+ * @nullable release
  * @level low
  */
-MUB_API void mub_arrayd_free_all_entry(mub_arrayd *array, mub_free_fn free);
+MUB_API void mub_arrayd_free_all_entry(mub_arrayd *array, mub_free_fn release);
 
 /**
  * Adds an entry at the end, without regard to the order.
@@ -1194,18 +1196,18 @@ MUB_API uint64_t mub_arrayd_remove_at(mub_arrayd *array, int64_t index, uint32_t
 /**
  * Removes the entry at `index` and releases its value.
  *
- * Does nothing unless `0 <= index < count`. When `free` is called, the entry's key is already 0.
+ * Does nothing unless `0 <= index < count`. When `release` is called, the entry's key is already 0.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block is returned to an external pool
+ * @owner the value is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to entries, and the value
  * @cost O(count)
- * @nullable free
+ * @nullable release
  */
-MUB_API void mub_arrayd_free_at(mub_arrayd *array, int64_t index, mub_free_fn free);
+MUB_API void mub_arrayd_free_at(mub_arrayd *array, int64_t index, mub_free_fn release);
 
 /**
  * Adds a key with a value unless the key is present.
@@ -1283,14 +1285,14 @@ MUB_API uint64_t mub_arrayd_remove(mub_arrayd *array, uint32_t key);
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block is returned to an external pool
+ * @owner the value is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to entries, and the value
  * @cost O(log count) to search, O(count) to move the entries after it
- * @nullable free
+ * @nullable release
  */
-MUB_API void mub_arrayd_free(mub_arrayd *array, uint32_t key, mub_free_fn free);
+MUB_API void mub_arrayd_free(mub_arrayd *array, uint32_t key, mub_free_fn release);
 
 /**
  * Finds the entry of a key, or adds one with value 0.
@@ -1599,35 +1601,36 @@ MUB_API void mub_arrayx_swap(mub_arrayx *a, mub_arrayx *b);
 /**
  * Copies an array, replacing the content of the destination.
  *
- * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `clone` is
+ * If the source owns its pool, the pool is cloned, every value is translated to its copy, and `callback` is
  * called for every entry, value 0 included. A value that is not an address in the source's pool becomes 0,
  * and so do all values if the destination owns no pool.
  *
- * If the source does not own its pool, values are copied as words and `clone` is not called. The destination
- * then uses the source's pool, and a pool that it owned is destroyed.
+ * If the source does not own its pool, values are copied as words and `callback` is not called. The
+ * destination then uses the source's pool, and a pool that it owned is destroyed.
  *
  * `descending` is not copied.
  *
- * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
- * arrays are the same.
+ * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
+ * if both arrays are the same.
  *
- * @param[in] source                the array to copy; it does not change
- * @param[in,out] source_pool       a further pool that the values point into; NULL if there is none
- * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten, without a call for its old values
- * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
- *                                  `source_pool` itself, to share it; NULL if there is none
- * @param[in] clone                 adjusts each copied value; NULL: not called
+ * @param[in] source                     the array to copy; it does not change
+ * @param[in,out] source_user_pool       a further pool that the values point into; NULL if there is none
+ * @param[in,out] destination            an initialised array, with a pool of its own if the source has one;
+ *                                       its old contents are overwritten, without a call for its old values
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       `source_user_pool` itself, to share it; NULL if there is none
+ * @param[in] callback                   adjusts each copied value; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
  * @owner the copy belongs to the destination; an external pool is shared by both arrays
  * @invalidates pointers to entries of the destination, and all blocks of a pool that it owned and of a
- *   `destination_pool` that is overwritten
+ *   `destination_user_pool` that is overwritten
  * @cost O(capacity of the source), and the bytes of the pools that are cloned
- * @nullable source_pool, destination_pool, clone
+ * @nullable source_user_pool, destination_user_pool, callback
  */
-MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_pool, mub_arrayx *destination,
-                                     mub_pool *destination_pool, mub_clone_fn clone);
+MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_user_pool,
+                                     mub_arrayx *destination, mub_pool *destination_user_pool,
+                                     mub_clone_fn callback);
 
 /**
  * Checks whether the array is intact.
@@ -1676,16 +1679,16 @@ MUB_API mub_arrayx *mub_arrayx_remove_all(mub_arrayx *array);
  * Releases every value, then empties the array.
  *
  * @param[in,out] array  the array
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @return the array
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block is returned to an external pool; the table is released and
- *   an owned pool emptied
+ * @owner each value is passed to `release`, its block is returned to an external pool; the table is released
+ *   and an owned pool emptied
  * @invalidates pointers to entries, and all value blocks
  * @cost O(count), and one release per chunk of an owned pool
- * @nullable free
+ * @nullable release
  */
-MUB_API mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn free);
+MUB_API mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn release);
 
 /**
  * Releases every value, in order.
@@ -1693,16 +1696,16 @@ MUB_API mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn free);
  * The entries are unchanged, so their values are no longer valid.
  *
  * @param[in,out] array  the array
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `free`, its block is returned to an external pool, although the array still
- *   holds it
+ * @owner each value is passed to `release`, its block is returned to an external pool, although the array
+ *   still holds it
  * @invalidates the values
  * @cost O(count)
- * @nullable free
+ * @nullable release
  * @level low
  */
-MUB_API void mub_arrayx_free_all_entry(mub_arrayx *array, mub_free_fn free);
+MUB_API void mub_arrayx_free_all_entry(mub_arrayx *array, mub_free_fn release);
 
 /**
  * Adds an entry at the end, without regard to the order.
@@ -1853,18 +1856,18 @@ MUB_API uint64_t mub_arrayx_remove_at(mub_arrayx *array, int64_t index, uint64_t
 /**
  * Removes the entry at `index` and releases its value.
  *
- * Does nothing unless `0 <= index < count`. When `free` is called, the entry's key is already 0.
+ * Does nothing unless `0 <= index < count`. When `release` is called, the entry's key is already 0.
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block is returned to an external pool
+ * @owner the value is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to entries, and the value
  * @cost O(count)
- * @nullable free
+ * @nullable release
  */
-MUB_API void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn free);
+MUB_API void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn release);
 
 /**
  * Adds a key with a value unless the key is present.
@@ -1942,14 +1945,14 @@ MUB_API uint64_t mub_arrayx_remove(mub_arrayx *array, uint64_t key);
  *
  * @param[in,out] array  the array
  * @param[in] key        the key
- * @param[in] free       called with each released value that is not 0; NULL: not called
+ * @param[in] release    called with each released value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the value is passed to `free`, its block is returned to an external pool
+ * @owner the value is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to entries, and the value
  * @cost O(log count) to search, O(count) to move the entries after it
- * @nullable free
+ * @nullable release
  */
-MUB_API void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn free);
+MUB_API void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn release);
 
 /**
  * Finds the entry of a key, or adds one with value 0.
@@ -2221,35 +2224,36 @@ MUB_API void mub_arrays_swap(mub_arrays *a, mub_arrays *b);
 /**
  * Copies an array, replacing the content of the destination.
  *
- * If the source owns its pool, the pool is cloned, every item is translated to its copy, and `clone` is
+ * If the source owns its pool, the pool is cloned, every item is translated to its copy, and `callback` is
  * called for every item, 0 included. An item that is not an address in the source's pool becomes 0, and so do
  * all items if the destination owns no pool.
  *
- * If the source does not own its pool, items are copied as words and `clone` is not called. The destination
- * then uses the source's pool, and a pool that it owned is destroyed.
+ * If the source does not own its pool, items are copied as words and `callback` is not called. The
+ * destination then uses the source's pool, and a pool that it owned is destroyed.
  *
  * `descending` is not copied.
  *
- * `source_pool` is cloned only if `destination_pool` and `clone` are given too. Nothing happens if both
- * arrays are the same.
+ * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
+ * if both arrays are the same.
  *
- * @param[in] source                the array to copy; it does not change
- * @param[in,out] source_pool       a further pool that the items point into; NULL if there is none
- * @param[in,out] destination       an initialised array, with a pool of its own if the source has one; its
- *                                  old contents are overwritten, without a call for its old items
- * @param[in,out] destination_pool  the initialised pool that becomes the copy of `source_pool`, or
- *                                  `source_pool` itself, to share it; NULL if there is none
- * @param[in] clone                 adjusts each copied item; NULL: not called
+ * @param[in] source                     the array to copy; it does not change
+ * @param[in,out] source_user_pool       a further pool that the items point into; NULL if there is none
+ * @param[in,out] destination            an initialised array, with a pool of its own if the source has one;
+ *                                       its old contents are overwritten, without a call for its old items
+ * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
+ *                                       `source_user_pool` itself, to share it; NULL if there is none
+ * @param[in] callback                   adjusts each copied item; NULL: not called
  * @return the destination
  * @failure none; if memory runs out, the destination is empty except that `count` is that of the source
  * @owner the copy belongs to the destination; an external pool is shared by both arrays
  * @invalidates pointers to slots of the destination, and all blocks of a pool that it owned and of a
- *   `destination_pool` that is overwritten
+ *   `destination_user_pool` that is overwritten
  * @cost O(capacity of the source), and the bytes of the pools that are cloned
- * @nullable source_pool, destination_pool, clone
+ * @nullable source_user_pool, destination_user_pool, callback
  */
-MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_pool, mub_arrays *destination,
-                                     mub_pool *destination_pool, mub_clone_fn clone);
+MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_user_pool,
+                                     mub_arrays *destination, mub_pool *destination_user_pool,
+                                     mub_clone_fn callback);
 
 /**
  * Checks whether the array is intact.
@@ -2297,16 +2301,16 @@ MUB_API void mub_arrays_remove_all(mub_arrays *array);
  * Releases every item, then empties the array.
  *
  * @param[in,out] array  the array
- * @param[in] free       called with each released item that is not 0; NULL: not called
+ * @param[in] release    called with each released item that is not 0; NULL: not called
  * @return the array
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each item is passed to `free`, its block is returned to an external pool; the table is released and
- *   an owned pool emptied
+ * @owner each item is passed to `release`, its block is returned to an external pool; the table is released
+ *   and an owned pool emptied
  * @invalidates pointers to slots, and all item blocks
  * @cost O(count), and one release per chunk of an owned pool
- * @nullable free
+ * @nullable release
  */
-MUB_API mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn free);
+MUB_API mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn release);
 
 /**
  * Releases every item, in order.
@@ -2314,16 +2318,16 @@ MUB_API mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn free);
  * The slots are unchanged, so their items are no longer valid.
  *
  * @param[in,out] array  the array
- * @param[in] free       called with each released item that is not 0; NULL: not called
+ * @param[in] release    called with each released item that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each item is passed to `free`, its block is returned to an external pool, although the array still
- *   holds it
+ * @owner each item is passed to `release`, its block is returned to an external pool, although the array
+ *   still holds it
  * @invalidates the items
  * @cost O(count)
- * @nullable free
+ * @nullable release
  * @level low
  */
-MUB_API void mub_arrays_free_all_entry(mub_arrays *array, mub_free_fn free);
+MUB_API void mub_arrays_free_all_entry(mub_arrays *array, mub_free_fn release);
 
 /**
  * Adds an item at the end, without regard to the order.
@@ -2453,14 +2457,14 @@ MUB_API uint64_t mub_arrays_remove_at(mub_arrays *array, int64_t index);
  *
  * @param[in,out] array  the array
  * @param[in] index      a position, counted from 0
- * @param[in] free       called with each released item that is not 0; NULL: not called
+ * @param[in] release    called with each released item that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the item is passed to `free`, its block is returned to an external pool
+ * @owner the item is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to slots, and the item
  * @cost O(count)
- * @nullable free
+ * @nullable release
  */
-MUB_API void mub_arrays_free_at(mub_arrays *array, int64_t index, mub_free_fn free);
+MUB_API void mub_arrays_free_at(mub_arrays *array, int64_t index, mub_free_fn release);
 
 /**
  * Adds an item unless an equal one is present.
@@ -2641,15 +2645,15 @@ MUB_API uint64_t mub_arrays_remove_x(mub_arrays *array, uint64_t context, uint64
  * @param[in,out] array  the array
  * @param[in] key        the key to look for, passed to the comparator
  * @param[in] context    any 64-bit word; passed to the comparator as its last argument
- * @param[in] free       called with each released item that is not 0; NULL: not called
+ * @param[in] release    called with each released item that is not 0; NULL: not called
  * @param[in] compare    called as `compare(item, key, context)` for stored items; NULL: nothing is found
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the item is passed to `free`, its block is returned to an external pool
+ * @owner the item is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to slots, and the item
  * @cost O(log count) to search, O(count) to move the entries after it
- * @nullable free, compare
+ * @nullable release, compare
  */
-MUB_API void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, mub_free_fn free,
+MUB_API void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, mub_free_fn release,
                              mub_compare_item_fn compare);
 
 /**
@@ -2661,17 +2665,17 @@ MUB_API void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, 
  * @param[in] context    any 64-bit word; passed to the comparator as its first argument
  * @param[in] key        the key to look for, passed to the comparator
  * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
- * @param[in] free       called with each released item that is not 0; NULL: not called
+ * @param[in] release    called with each released item that is not 0; NULL: not called
  * @param[in] compare    called as `compare(context, item, key, extra)` for stored items; NULL: nothing is
  *                       found
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the item is passed to `free`, its block is returned to an external pool
+ * @owner the item is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to slots, and the item
  * @cost O(log count) to search, O(count) to move the entries after it
- * @nullable free, compare
+ * @nullable release, compare
  */
 MUB_API void mub_arrays_free_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
-                               mub_free_fn free, mub_compare_context_fn compare);
+                               mub_free_fn release, mub_compare_context_fn compare);
 
 /**
  * Looks up the item equal to a key.

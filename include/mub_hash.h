@@ -177,7 +177,7 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
  * other memory in place of an entry or a block, and follows it. Hashes are computed with the present
  * `nocase`, which mub_hash_swap() and mub_hash_clone() do not transfer.
  *
- * @param[in] hash   the table
+ * @param[in] table  the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the table is intact, else 0
  * @failure none; nothing is allocated
@@ -186,7 +186,7 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
  *   that the table owns
  * @nullable what
  */
-MUB_API int mub_hash_verify(const mub_hash *hash, const char **what);
+MUB_API int mub_hash_verify(const mub_hash *table, const char **what);
 
 /**
  * Returns the size of the heap memory that the table holds.
@@ -194,12 +194,12 @@ MUB_API int mub_hash_verify(const mub_hash *hash, const char **what);
  * Counts the buckets, the pools that the table owns and the key stream, as requested from `malloc`; not the
  * record itself. Blocks of external pools are not counted.
  *
- * @param[in] hash  the table
+ * @param[in] table  the table
  * @return the number of bytes
  * @failure none
  * @cost O(pages) for the free stacks of the pools
  */
-MUB_API int64_t mub_hash_memory_bytes(const mub_hash *hash);
+MUB_API int64_t mub_hash_memory_bytes(const mub_hash *table);
 
 /**
  * Computes the hash of a key: its CRC-32 with the table `CRC_TABLE`, the initial value 0 and no final

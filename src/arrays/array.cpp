@@ -58,9 +58,9 @@ void mub_array_shrink(mub_array *array, int64_t n) { slots::shrink(*array, n); }
 
 void mub_array_swap(mub_array *a, mub_array *b) { slots::swap(*a, *b); }
 
-mub_array *mub_array_clone(const mub_array *source, mub_pool *source_pool, mub_array *destination,
-                           mub_pool *destination_pool, mub_clone_fn clone) {
-  slots::clone(*source, *destination, {source_pool, destination_pool, clone});
+mub_array *mub_array_clone(const mub_array *source, mub_pool *source_user_pool, mub_array *destination,
+                           mub_pool *destination_user_pool, mub_clone_fn callback) {
+  slots::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
 }
 
@@ -76,12 +76,12 @@ mub_array *mub_array_remove_all(mub_array *array) {
   return array;
 }
 
-mub_array *mub_array_free_all(mub_array *array, mub_free_fn free) {
-  slots::free_all(*array, free);
+mub_array *mub_array_free_all(mub_array *array, mub_free_fn release) {
+  slots::free_all(*array, release);
   return array;
 }
 
-void mub_array_free_all_entry(mub_array *array, mub_free_fn free) { slots::free_values(*array, free); }
+void mub_array_free_all_entry(mub_array *array, mub_free_fn release) { slots::free_values(*array, release); }
 
 void mub_array_append(mub_array *array, const void *key, int64_t length, uint64_t value) {
   slots::append(*array, measured_key(key, length), value);
@@ -127,8 +127,8 @@ void mub_array_insert_at(mub_array *array, int64_t index, const void *key, int64
 
 uint64_t mub_array_remove_at(mub_array *array, int64_t index) { return slots::remove_at(*array, index); }
 
-void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn free) {
-  slots::free_at(*array, index, free);
+void mub_array_free_at(mub_array *array, int64_t index, mub_free_fn release) {
+  slots::free_at(*array, index, release);
 }
 
 int mub_array_insert(mub_array *array, const void *key, int64_t length, uint64_t value) {
@@ -150,8 +150,8 @@ uint64_t mub_array_remove(mub_array *array, const void *key, int64_t length) {
   return slots::remove_at(*array, slots::find_index(*array, byte_search_order(*array, key, length)));
 }
 
-void mub_array_free(mub_array *array, const void *key, int64_t length, mub_free_fn free) {
-  slots::free_at(*array, slots::find_index(*array, byte_search_order(*array, key, length)), free);
+void mub_array_free(mub_array *array, const void *key, int64_t length, mub_free_fn release) {
+  slots::free_at(*array, slots::find_index(*array, byte_search_order(*array, key, length)), release);
 }
 
 mub_array_entry *mub_array_entry_insert(mub_array *array, const void *key, int64_t length) {

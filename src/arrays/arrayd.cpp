@@ -23,9 +23,9 @@ void mub_arrayd_shrink(mub_arrayd *array, int64_t n) { slots::set_count(*array, 
 
 void mub_arrayd_swap(mub_arrayd *a, mub_arrayd *b) { slots::swap(*a, *b); }
 
-mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_pool, mub_arrayd *destination,
-                             mub_pool *destination_pool, mub_clone_fn clone) {
-  slots::clone(*source, *destination, {source_pool, destination_pool, clone});
+mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_user_pool, mub_arrayd *destination,
+                             mub_pool *destination_user_pool, mub_clone_fn callback) {
+  slots::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
 }
 
@@ -40,12 +40,14 @@ mub_arrayd *mub_arrayd_remove_all(mub_arrayd *array) {
   return array;
 }
 
-mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn free) {
-  slots::free_all(*array, free);
+mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn release) {
+  slots::free_all(*array, release);
   return array;
 }
 
-void mub_arrayd_free_all_entry(mub_arrayd *array, mub_free_fn free) { slots::free_values(*array, free); }
+void mub_arrayd_free_all_entry(mub_arrayd *array, mub_free_fn release) {
+  slots::free_values(*array, release);
+}
 
 void mub_arrayd_append(mub_arrayd *array, uint32_t key, uint64_t value) { slots::append(*array, key, value); }
 
@@ -89,8 +91,8 @@ uint64_t mub_arrayd_remove_at(mub_arrayd *array, int64_t index, uint32_t *key) {
   return integers::remove_at(*array, index, *key);
 }
 
-void mub_arrayd_free_at(mub_arrayd *array, int64_t index, mub_free_fn free) {
-  slots::free_at(*array, index, free);
+void mub_arrayd_free_at(mub_arrayd *array, int64_t index, mub_free_fn release) {
+  slots::free_at(*array, index, release);
 }
 
 int mub_arrayd_insert(mub_arrayd *array, uint32_t key, uint64_t value) {
@@ -109,8 +111,8 @@ uint64_t mub_arrayd_remove(mub_arrayd *array, uint32_t key) {
   return slots::remove_at(*array, slots::find_index(*array, IntegerSearchOrder{key}));
 }
 
-void mub_arrayd_free(mub_arrayd *array, uint32_t key, mub_free_fn free) {
-  slots::free_at(*array, slots::find_index(*array, IntegerSearchOrder{key}), free);
+void mub_arrayd_free(mub_arrayd *array, uint32_t key, mub_free_fn release) {
+  slots::free_at(*array, slots::find_index(*array, IntegerSearchOrder{key}), release);
 }
 
 mub_arrayd_entry *mub_arrayd_entry_insert(mub_arrayd *array, uint32_t key) {

@@ -86,9 +86,9 @@ void mub_arrays_shrink(mub_arrays *array, int64_t n) { slots::shrink(*array, n);
 
 void mub_arrays_swap(mub_arrays *a, mub_arrays *b) { slots::swap(*a, *b); }
 
-mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_pool, mub_arrays *destination,
-                             mub_pool *destination_pool, mub_clone_fn clone) {
-  slots::clone(*source, *destination, {source_pool, destination_pool, clone});
+mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_user_pool, mub_arrays *destination,
+                             mub_pool *destination_user_pool, mub_clone_fn callback) {
+  slots::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
 }
 
@@ -100,12 +100,14 @@ int64_t mub_arrays_memory_bytes(const mub_arrays *array) { return slots::memory_
 
 void mub_arrays_remove_all(mub_arrays *array) { slots::remove_all(*array); }
 
-mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn free) {
-  slots::free_all(*array, free);
+mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn release) {
+  slots::free_all(*array, release);
   return array;
 }
 
-void mub_arrays_free_all_entry(mub_arrays *array, mub_free_fn free) { slots::free_values(*array, free); }
+void mub_arrays_free_all_entry(mub_arrays *array, mub_free_fn release) {
+  slots::free_values(*array, release);
+}
 
 void mub_arrays_append(mub_arrays *array, uint64_t item) { slots::append(*array, NoKey{}, item); }
 
@@ -139,8 +141,8 @@ void mub_arrays_insert_at(mub_arrays *array, int64_t index, uint64_t item) {
 
 uint64_t mub_arrays_remove_at(mub_arrays *array, int64_t index) { return slots::remove_at(*array, index); }
 
-void mub_arrays_free_at(mub_arrays *array, int64_t index, mub_free_fn free) {
-  slots::free_at(*array, index, free);
+void mub_arrays_free_at(mub_arrays *array, int64_t index, mub_free_fn release) {
+  slots::free_at(*array, index, release);
 }
 
 int mub_arrays_insert(mub_arrays *array, uint64_t item, uint64_t context, mub_compare_item_fn compare) {
@@ -180,14 +182,14 @@ uint64_t mub_arrays_remove_x(mub_arrays *array, uint64_t context, uint64_t key, 
   return slots::remove_at(*array, find_index(*array, ContextSearchOrder{context, key, extra, compare}));
 }
 
-void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, mub_free_fn free,
+void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, mub_free_fn release,
                      mub_compare_item_fn compare) {
-  slots::free_at(*array, find_index(*array, ItemSearchOrder{key, context, compare}), free);
+  slots::free_at(*array, find_index(*array, ItemSearchOrder{key, context, compare}), release);
 }
 
-void mub_arrays_free_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra, mub_free_fn free,
+void mub_arrays_free_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra, mub_free_fn release,
                        mub_compare_context_fn compare) {
-  slots::free_at(*array, find_index(*array, ContextSearchOrder{context, key, extra, compare}), free);
+  slots::free_at(*array, find_index(*array, ContextSearchOrder{context, key, extra, compare}), release);
 }
 
 uint64_t mub_arrays_find(const mub_arrays *array, uint64_t key, uint64_t context,

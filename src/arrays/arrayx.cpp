@@ -23,9 +23,9 @@ void mub_arrayx_shrink(mub_arrayx *array, int64_t n) { slots::set_count(*array, 
 
 void mub_arrayx_swap(mub_arrayx *a, mub_arrayx *b) { slots::swap(*a, *b); }
 
-mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_pool, mub_arrayx *destination,
-                             mub_pool *destination_pool, mub_clone_fn clone) {
-  slots::clone(*source, *destination, {source_pool, destination_pool, clone});
+mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_user_pool, mub_arrayx *destination,
+                             mub_pool *destination_user_pool, mub_clone_fn callback) {
+  slots::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
   return destination;
 }
 
@@ -40,12 +40,14 @@ mub_arrayx *mub_arrayx_remove_all(mub_arrayx *array) {
   return array;
 }
 
-mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn free) {
-  slots::free_all(*array, free);
+mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn release) {
+  slots::free_all(*array, release);
   return array;
 }
 
-void mub_arrayx_free_all_entry(mub_arrayx *array, mub_free_fn free) { slots::free_values(*array, free); }
+void mub_arrayx_free_all_entry(mub_arrayx *array, mub_free_fn release) {
+  slots::free_values(*array, release);
+}
 
 void mub_arrayx_append(mub_arrayx *array, uint64_t key, uint64_t value) { slots::append(*array, key, value); }
 
@@ -89,8 +91,8 @@ uint64_t mub_arrayx_remove_at(mub_arrayx *array, int64_t index, uint64_t *key) {
   return integers::remove_at(*array, index, *key);
 }
 
-void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn free) {
-  slots::free_at(*array, index, free);
+void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn release) {
+  slots::free_at(*array, index, release);
 }
 
 int mub_arrayx_insert(mub_arrayx *array, uint64_t key, uint64_t value) {
@@ -109,8 +111,8 @@ uint64_t mub_arrayx_remove(mub_arrayx *array, uint64_t key) {
   return slots::remove_at(*array, slots::find_index(*array, IntegerSearchOrder{key}));
 }
 
-void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn free) {
-  slots::free_at(*array, slots::find_index(*array, IntegerSearchOrder{key}), free);
+void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn release) {
+  slots::free_at(*array, slots::find_index(*array, IntegerSearchOrder{key}), release);
 }
 
 mub_arrayx_entry *mub_arrayx_entry_insert(mub_arrayx *array, uint64_t key) {

@@ -93,11 +93,11 @@ mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub
   return hash_table::clone(*source, *destination, {source_user_pool, destination_user_pool, callback});
 }
 
-int mub_hash_verify(const mub_hash *hash, const char **what) {
-  return report(hash_table::verify(*hash), what);
+int mub_hash_verify(const mub_hash *table, const char **what) {
+  return report(hash_table::verify(*table), what);
 }
 
-int64_t mub_hash_memory_bytes(const mub_hash *hash) { return hash_table::memory_bytes(*hash); }
+int64_t mub_hash_memory_bytes(const mub_hash *table) { return hash_table::memory_bytes(*table); }
 
 uint64_t mub_hash_key(const void *key, int64_t length, int nocase) {
   const ByteKey measured = measured_key(key, length);

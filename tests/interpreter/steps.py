@@ -32,8 +32,8 @@ ROLES = [
     (r"mub_init_fn .*", "Init"),
     (r"mub_free_fn .*", "Free"),
     (r"mub_clone_fn .*", "Cloner"),
-    (r"mub_pool \* source(_user)?_pool", "UserPool<0>"),
-    (r"mub_pool \* destination(_user)?_pool", "UserPool<1>"),
+    (r"mub_pool \* source_user_pool", "UserPool<0>"),
+    (r"mub_pool \* destination_user_pool", "UserPool<1>"),
 ]
 
 
