@@ -105,7 +105,7 @@ class map_of : private Map {
   static constexpr bool kInWord = detail::fits_word<T, typename Map::entry_type>;
   using place = detail::typed_position<typename Map::iterator::position_type, kInWord>;
   static_assert(std::is_object_v<T> && !std::is_const_v<T> && std::is_nothrow_destructible_v<T>);
-  static_assert(!std::is_array_v<T>, "an array is no value: use std::array");
+  static_assert(!std::is_array_v<T>, "T must not be an array: use std::array");
   static_assert(alignof(T) <= alignof(std::max_align_t), "the blocks of a pool are aligned as by malloc");
 
  public:

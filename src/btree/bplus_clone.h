@@ -104,7 +104,7 @@ int64_t clone(const Tree &source, Tree &copy, UserPoolClone user_pool) {
 }
 
 template <class Tree>
-bool clone_node(const Tree &source, const NodeOf<Tree> &from, Tree &copy, NodeOf<Tree> &to) {
+bool clone_below(const Tree &source, const NodeOf<Tree> &from, Tree &copy, NodeOf<Tree> &to) {
   if (Cloning(source, copy).run_with_new_blocks(from, to)) return true;
   remove_all_below(copy, to, Returned::kAll);
   Policy<Tree>::reset_key(to);

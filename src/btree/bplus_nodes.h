@@ -120,7 +120,7 @@ void set_name(const Tree &tree, NodeOf<Tree> &from) {
   while (node != nullptr) {
     NodeOf<Tree> *above = nullptr;
     with_last_child(*node, [&](const auto &child) {
-      if (Policy<Tree>::has_name(tree, *node, child)) return;
+      if (Policy<Tree>::name_equals_key_of(tree, *node, child)) return;
       Policy<Tree>::copy_key(*node, child);
       above = node->parent;
     });

@@ -46,8 +46,9 @@
 //                                       or a record with the wanted key
 //   order.with_key(key)                 the same order for another wanted key
 //   Order::kByQuarters                  whether node_search.h searches without branches
-//   has_name(tree, node, child)         whether the name of the node is the key of the child
-//   has_key_of(node, child)             whether the name is that key itself, at the same offset
+//   name_equals_key_of(tree, node, child)
+//                                       whether the name of the node is equal to the key of the child
+//   name_refers_to_key_of(node, child)  whether the name is that key itself, at the same offset
 //   copy_key(node, child)               gives the node the key of the child as its name
 //   init_keys(tree)                     initialises fields of the tree that are not 0 at the start
 //

@@ -72,7 +72,7 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
   // A name with the bytes of the child's key is kept, even if its offset differs, as it may in the root.
   // Callers can see the offset that is kept.
   template <class Child>
-  static bool has_name(const mub_btree &tree, const Node &node, const Child &child) {
+  static bool name_equals_key_of(const mub_btree &tree, const Node &node, const Child &child) {
     if (node.key_length != child.key_length) return false;
     if (node.key_offset == child.key_offset) return true;
     const Key name = key_of(tree, node), key = key_of(tree, child);
@@ -80,7 +80,7 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
     return bytes::equal(name.bytes, name.length, key.bytes, key.length);
   }
   template <class Child>
-  static bool has_key_of(const Node &node, const Child &child) {
+  static bool name_refers_to_key_of(const Node &node, const Child &child) {
     return node.key_offset == child.key_offset && node.key_length == child.key_length;
   }
   template <class Child>
@@ -294,6 +294,6 @@ void mub_btree_free_all_entry(mub_btree *tree, mub_btree_entry *entry, mub_free_
 
 int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry *source_entry,
                           mub_btree *destination, mub_btree_entry *destination_entry) {
-  return bplus::clone_node(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+  return bplus::clone_below(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
 }
 }

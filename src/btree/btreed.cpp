@@ -189,6 +189,6 @@ void mub_btreed_free_all_entry(mub_btreed *tree, mub_btreed_entry *entry, mub_fr
 
 int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_entry *source_entry,
                            mub_btreed *destination, mub_btreed_entry *destination_entry) {
-  return bplus::clone_node(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+  return bplus::clone_below(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
 }
 }

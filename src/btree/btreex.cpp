@@ -189,6 +189,6 @@ void mub_btreex_free_all_entry(mub_btreex *tree, mub_btreex_entry *entry, mub_fr
 
 int mub_btreex_clone_entry(const mub_btreex *source, const mub_btreex_entry *source_entry,
                            mub_btreex *destination, mub_btreex_entry *destination_entry) {
-  return bplus::clone_node(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
+  return bplus::clone_below(*source, *source_entry, *destination, *destination_entry) ? 1 : 0;
 }
 }

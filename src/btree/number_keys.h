@@ -116,11 +116,11 @@ struct NumberKeys : KeysInItems<Tree, typename Numbers::Bits> {
   }
 
   template <class Child>
-  static bool has_name(const Tree &, const Node &node, const Child &child) {
-    return has_key_of(node, child);
+  static bool name_equals_key_of(const Tree &, const Node &node, const Child &child) {
+    return name_refers_to_key_of(node, child);
   }
   template <class Child>
-  static bool has_key_of(const Node &node, const Child &child) {
+  static bool name_refers_to_key_of(const Node &node, const Child &child) {
     return node.key == child.key;
   }
   template <class Child>

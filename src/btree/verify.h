@@ -45,10 +45,11 @@ class TreeCheck {
       return "A table of children does not refer to the pool of the children.";
     if (position(node.children, nullptr) < node.children.count) return "A child is NULL.";
     if (const Fault fault = node.level > 0 ? verify_nodes(node) : verify_records(node)) return fault;
-    bool has_name = true;
-    with_last_child(node, [&](const auto &child) { has_name = Policy<Tree>::has_key_of(node, child); });
-    return has_name || &node == &tree_.root ? nullptr
-                                            : "The name of a node is not the key of its last child.";
+    bool refers_to_last = true;
+    with_last_child(
+        node, [&](const auto &child) { refers_to_last = Policy<Tree>::name_refers_to_key_of(node, child); });
+    return refers_to_last || &node == &tree_.root ? nullptr
+                                                  : "The name of a node is not the key of its last child.";
   }
 
   Fault verify_nodes(const Node &node) {

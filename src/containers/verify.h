@@ -54,8 +54,8 @@ Fault verify_blocks(const Field &field, int64_t count) {
 
 // ---- keys
 
-// Scatters the bits of a number.
-inline uint64_t scattered(uint64_t number) {
+// Mixes the bits of a number: the finaliser of SplitMix64.
+inline uint64_t mixed_bits(uint64_t number) {
   number = (number ^ number >> 30) * 0xBF58476D1CE4E5B9;
   number = (number ^ number >> 27) * 0x94D049BB133111EB;
   return number ^ number >> 31;
@@ -90,16 +90,16 @@ struct KeyCheck<Container, std::void_t<decltype(Container::keys)>> {
   Fault add(const Item &item) {
     const int64_t end = int64_t{item.key_offset} + item.key_length;
     if (end > stream.length) return kKeyOutside;
-    starts_less_ends += scattered(item.key_offset) - scattered(static_cast<uint64_t>(end));
+    starts_minus_ends += mixed_bits(item.key_offset) - mixed_bits(static_cast<uint64_t>(end));
     return nullptr;
   }
   Fault end() const {
-    const uint64_t whole = scattered(0) - scattered(static_cast<uint64_t>(stream.length));
-    return starts_less_ends == whole ? nullptr : "The keys overlap, or the key stream has bytes of no key.";
+    const uint64_t whole = mixed_bits(0) - mixed_bits(static_cast<uint64_t>(stream.length));
+    return starts_minus_ends == whole ? nullptr : "The keys overlap, or the key stream has bytes of no key.";
   }
 
   const mub_stream &stream;
-  uint64_t starts_less_ends = 0;
+  uint64_t starts_minus_ends = 0;
 };
 
 }  // namespace mub

@@ -75,7 +75,7 @@ using PackedDword = TaggedClass<2>;
 // The branch predictor cannot predict the lengths, so nothing branches on them.
 
 // The number of bytes after the first one: 0 for up to 7 bits, 1 for 14, … 7 for 56, and 8 above.
-int lword_further(uint64_t value) { return (9 * bit_width(value) - 1) / 64; }
+int lword_extra_bytes(uint64_t value) { return (9 * bit_width(value) - 1) / 64; }
 
 // The masks of the lowest 0 to 3, 4 and 8 bytes of a word; the others are not used.
 constexpr uint64_t kLowBytes[] = {0, 0xFF, 0xFFFF, 0xFFFFFF, 0xFFFFFFFF, 0, 0, 0, UINT64_MAX};
@@ -90,55 +90,55 @@ uint64_t rotated(uint64_t bytes, int count, int left, int right) {
 // The bytes after the first one of an lword, as one little-endian word; higher bytes are unspecified. If
 // there are 4 to 7, the last four are the low 32 bits of the value, little-endian. The up to three bytes
 // before these, or of a shorter field, are little-endian too, except that the highest of three comes first.
-uint64_t swapped_groups(uint64_t value, int further) {
-  const int high_bytes = further & 3;
-  const uint64_t high = value >> (8 * (further & 4)) & kLowBytes[high_bytes];
+uint64_t swapped_groups(uint64_t value, int extra) {
+  const int high_bytes = extra & 3;
+  const uint64_t high = value >> (8 * (extra & 4)) & kLowBytes[high_bytes];
   const uint64_t low = value << (8 * high_bytes);
   return rotated(high, high_bytes, 1, 2) | low;
 }
 
-uint64_t restored_groups(uint64_t groups, int further) {
-  const int high_bytes = further & 3;
+uint64_t restored_groups(uint64_t groups, int extra) {
+  const int high_bytes = extra & 3;
   const uint64_t high = rotated(groups & kLowBytes[high_bytes], high_bytes, 2, 1);
-  const uint64_t low = groups >> (8 * high_bytes) & kLowBytes[further & ~3];
-  return high << (8 * (further & 4)) | low;
+  const uint64_t low = groups >> (8 * high_bytes) & kLowBytes[extra & ~3];
+  return high << (8 * (extra & 4)) | low;
 }
 
 // The first byte: as many ones as bytes follow, a zero, and the value's bits above those bytes.
-uint64_t lword_head(uint64_t value, int further) {
-  return (0xFF00u >> further & 0xFF) | value >> (4 * further) >> (4 * further);
+uint64_t lword_head(uint64_t value, int extra) {
+  return (0xFF00u >> extra & 0xFF) | value >> (4 * extra) >> (4 * extra);
 }
 
 // One or two bytes. The first one is stored twice if it is the only one.
-void store_short(uint8_t *field, uint64_t value, int further) {
+void store_short(uint8_t *field, uint64_t value, int extra) {
   field[0] = static_cast<uint8_t>(0x80 | value >> 8);
-  field[further] = static_cast<uint8_t>(value);
+  field[extra] = static_cast<uint8_t>(value);
 }
 
 // Three to nine bytes: the last one, and the first eight as four words of two bytes, which may overlap.
-void store_long(uint8_t *field, uint64_t value, int further) {
+void store_long(uint8_t *field, uint64_t value, int extra) {
   static constexpr uint8_t kPlaces[7][4] = {{0, 0, 1, 1}, {0, 1, 2, 2}, {0, 1, 2, 3}, {0, 2, 2, 4},
                                             {0, 2, 3, 5}, {0, 2, 4, 6}, {0, 2, 4, 6}};
-  const uint64_t groups = swapped_groups(value, further);
-  const uint64_t first8 = lword_head(value, further) | groups << 8;
-  const uint8_t *places = kPlaces[further - 2];
+  const uint64_t groups = swapped_groups(value, extra);
+  const uint64_t first8 = lword_head(value, extra) | groups << 8;
+  const uint8_t *places = kPlaces[extra - 2];
   const auto store = [=](int place) { store_little<2>(field + place, first8 >> (8 * place)); };
   store(places[0]);
   store(places[1]);
   store(places[2]);
   store(places[3]);
-  field[further] = static_cast<uint8_t>(groups >> (8 * further - 8));
+  field[extra] = static_cast<uint8_t>(groups >> (8 * extra - 8));
 }
 
 void write_lword(mub_stream &stream, int64_t *position, uint64_t value) {
   const int64_t left = cursor::bytes_left(stream, *position);
   if (value < 0x4000) {
-    const int further = static_cast<int>(value >= 0x80);
-    if (left > further) store_short(stream.data + cursor::advance(position, further + 1), value, further);
+    const int extra = static_cast<int>(value >= 0x80);
+    if (left > extra) store_short(stream.data + cursor::advance(position, extra + 1), value, extra);
     return;
   }
-  const int further = lword_further(value);
-  if (left > further) store_long(stream.data + cursor::advance(position, further + 1), value, further);
+  const int extra = lword_extra_bytes(value);
+  if (left > extra) store_long(stream.data + cursor::advance(position, extra + 1), value, extra);
 }
 
 int64_t read_lword(const mub_stream &stream, int64_t *position) {
@@ -146,13 +146,13 @@ int64_t read_lword(const mub_stream &stream, int64_t *position) {
   if (at >= stream.length) return -1;
   const auto head = static_cast<uint32_t>(cursor::read<1>(stream, position));
   if (head < 0x80) return head;
-  const int further = __builtin_clz(~(head << 24));
-  if (cursor::bytes_left(stream, at) <= further) return -1;
-  cursor::advance(position, further);
+  const int extra = __builtin_clz(~(head << 24));
+  if (cursor::bytes_left(stream, at) <= extra) return -1;
+  cursor::advance(position, extra);
   const uint8_t *field = stream.data + at + 1;
-  const uint64_t groups = stream.capacity - at >= 9 ? load_little<8>(field) : load_little(field, further);
-  const uint64_t top = uint64_t{head & (0x7F >> further)} << (4 * further) << (4 * further);
-  return static_cast<int64_t>(top | restored_groups(groups, further));
+  const uint64_t groups = stream.capacity - at >= 9 ? load_little<8>(field) : load_little(field, extra);
+  const uint64_t top = uint64_t{head & (0x7F >> extra)} << (4 * extra) << (4 * extra);
+  return static_cast<int64_t>(top | restored_groups(groups, extra));
 }
 
 }  // namespace
@@ -180,7 +180,7 @@ uint32_t mub_stream_inflate_dword(const mub_stream *stream, int64_t *position) {
   return mub::PackedDword::read(*stream, position);
 }
 
-int mub_stream_deflate_lword_length(uint64_t value) { return mub::lword_further(value) + 1; }
+int mub_stream_deflate_lword_length(uint64_t value) { return mub::lword_extra_bytes(value) + 1; }
 
 void mub_stream_deflate_lword(mub_stream *stream, int64_t *position, uint64_t value) {
   mub::write_lword(*stream, position, value);

@@ -33,7 +33,7 @@ template <class R, class E, class N, class C, class Keys>
 struct BtreeKind : MapKind<R, N, Keys> {
   using Entry = E;
   using Cursor = C;
-  static constexpr bool kIsOrdered = true, kTermLeavesEntries = false, kHandsOutFirst = false;
+  static constexpr bool kIsOrdered = true, kTermLeavesEntries = false, kStoresOutBeforeInit = false;
   static constexpr bool kKeysMove = std::is_same_v<R, mub_btree>;
   static constexpr int64_t kEntryBytes = sizeof(E), kNodeBytes = sizeof(N);
 

@@ -43,8 +43,7 @@ int64_t bucket_of(const auto &table, const auto &text) {
 
 template <class R, class E, class Keys>
 struct HashKind : MapKind<R, E, Keys> {
-  static constexpr bool kIsOrdered = false, kTermLeavesEntries = true;
-  static constexpr bool kHandsOutFirst = true;  // the out value has the block before its initialiser runs
+  static constexpr bool kIsOrdered = false, kTermLeavesEntries = true, kStoresOutBeforeInit = true;
   static constexpr int64_t kEntryBytes = sizeof(E), kNodeBytes = 8;
   static int64_t entries_of(const R &table) { return table.count; }
 

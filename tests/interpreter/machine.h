@@ -93,7 +93,7 @@ struct World {
   // Makes a call that only reads, and the same call in a second thread.
   auto read_by_all(auto call_it) {
     if constexpr (!kHasTwoReaders) return call_it();
-    const UnnotedSizes unnoted;
+    const UntrackedSizes untracked;
     const Thread reader(call_it);
     return call_it();
   }
@@ -151,16 +151,16 @@ inline constexpr bool kTakesConst = std::is_const_v<std::remove_pointer_t<First>
 
 template <class Op, class... Roles, class W, class Result, class... Params>
 void step(W &world, Result (*function)(Params...)) {
-  using Drawn = RoleSet<std::index_sequence_for<Roles...>, Roles...>;
+  using Arguments = RoleSet<std::index_sequence_for<Roles...>, Roles...>;
   const auto apply = [&](auto &...role) { return std::apply(function, std::tuple_cat(role.arguments()...)); };
   constexpr bool kIsRead = kTakesConst<Params...> && !(kIsWritten<Roles> || ...);
-  std::optional<Drawn> others;  // arguments of the second reader, which has its own results
+  std::optional<Arguments> others;  // arguments of the second reader, which has its own results
   if constexpr (kHasTwoReaders && kIsRead) {
     const Program start = world.program;
     others.emplace(world);
     world.program = start;
   }
-  Drawn(world).with([&](auto &...role) {
+  Arguments(world).with([&](auto &...role) {
     if (!(fits(role) && ...)) return;
     const auto call = [&] {
       if constexpr (kHasTwoReaders && kIsRead) {

@@ -110,7 +110,7 @@ void check(op::set_, auto &world, auto &self, auto &key, auto &out, auto &init, 
   auto *item = expect_added(world, self.slot, key, result);
   const uint64_t value = *out.value;
   EXPECT_EQ(seen, item != nullptr && value != 0 && init.is_given ? Words{value} : Words());
-  EXPECT_TRUE(seen.empty() || out_value_seen == (self.slot.kind.kHandsOutFirst ? value : 0));
+  EXPECT_TRUE(seen.empty() || out_value_seen == (self.slot.kind.kStoresOutBeforeInit ? value : 0));
   EXPECT_TRUE(item == nullptr ? value == before : world.failed || (value != 0) == self.slot.has_values);
   if (item != nullptr) item->value = value;
 }

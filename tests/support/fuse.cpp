@@ -23,15 +23,15 @@ Heap &heap() {
   static auto *const all = new Heap;
   return *all;
 }
-std::atomic<bool> is_noting = true;  // relaxed, as it must not synchronise threads
+std::atomic<bool> is_tracking = true;  // relaxed, as it must not synchronise threads
 
 // 0: the block is released.
-void note_size(void *block, size_t size) {
-  if (!is_noting.load(std::memory_order_relaxed)) return;
+void track_size(void *block, size_t size) {
+  if (!is_tracking.load(std::memory_order_relaxed)) return;
   const std::lock_guard lock(heap().mutex);
-  size_t &noted = heap().sizes[block];
-  heap().bytes += static_cast<int64_t>(size) - static_cast<int64_t>(noted);
-  noted = size;
+  size_t &tracked = heap().sizes[block];
+  heap().bytes += static_cast<int64_t>(size) - static_cast<int64_t>(tracked);
+  tracked = size;
   if (size == 0) heap().sizes.erase(block);
 }
 
@@ -48,8 +48,8 @@ bool disarm_fuse() { return allocations > std::exchange(first_refused, INT64_MAX
 
 int64_t allocations_so_far() { return allocations; }
 
-UnnotedSizes::UnnotedSizes() { is_noting.store(false, std::memory_order_relaxed); }
-UnnotedSizes::~UnnotedSizes() { is_noting.store(true, std::memory_order_relaxed); }
+UntrackedSizes::UntrackedSizes() { is_tracking.store(false, std::memory_order_relaxed); }
+UntrackedSizes::~UntrackedSizes() { is_tracking.store(true, std::memory_order_relaxed); }
 
 int64_t heap_bytes() {
   const std::lock_guard lock(heap().mutex);
@@ -73,10 +73,10 @@ void *__wrap_malloc(size_t size) {
   const bool is_refused = number >= first_refused && number < end_of_refusals;
   if (is_refused || uint64_t{size} >> 32 != 0) return nullptr;
   void *block = __real_malloc(size);
-  if (block != nullptr) note_size(block, size);
+  if (block != nullptr) track_size(block, size);
   return block;
 }
 void __wrap_free(void *block) {
-  if (block != nullptr) note_size(block, 0);
+  if (block != nullptr) track_size(block, 0);
   __real_free(block);
 }

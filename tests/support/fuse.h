@@ -28,9 +28,9 @@ int64_t heap_bytes();
 
 // While this exists, heap_bytes() ignores allocations, which must all be released before its end: the mutex
 // that protects the sizes would hide races between threads from ThreadSanitizer.
-struct UnnotedSizes {
-  UnnotedSizes();
-  ~UnnotedSizes();
+struct UntrackedSizes {
+  UntrackedSizes();
+  ~UntrackedSizes();
 };
 
 // Runs `attempt(refused_in)` with the first, second, third … allocation failing, until there are no more
