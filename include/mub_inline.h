@@ -285,6 +285,23 @@ MUB_INLINE int64_t mub_inline_stream_inflate_lword(const mub_stream *stream, int
 
 /* ---- pools */
 
+/* The library poisons the blocks that are not in use. */
+#if defined(__SANITIZE_ADDRESS__) || defined(MUB_VALGRIND)
+#define MUB_INLINE_POISONS 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define MUB_INLINE_POISONS 1
+#endif
+#endif
+
+#ifdef MUB_INLINE_POISONS
+
+MUB_INLINE void *mub_inline_pool_new(mub_pool *pool) { return mub_pool_new(pool); }
+
+MUB_INLINE void mub_inline_pool_free(mub_pool *pool, void *block) { mub_pool_free(pool, block); }
+
+#else
+
 MUB_INLINE void *mub_inline_pool_new(mub_pool *pool) {
   if (pool == NULL || pool->block_size == 0) return NULL;
   if (pool->free_count > 0) {
@@ -309,6 +326,9 @@ MUB_INLINE void mub_inline_pool_free(mub_pool *pool, void *block) {
   ((void **)pool->free_pages[pool->free_count - 1])[pool->free_used++] = block;
   --pool->live_count;
 }
+
+#endif
+#undef MUB_INLINE_POISONS
 
 /* ---- arrays */
 

@@ -503,7 +503,7 @@ MUB_API uint64_t mub_list_remove_tail(mub_list *list);
 /**
  * Removes the entry at a position and returns its value, which is not released.
  *
- * The value in the returned block is set to 0.
+ * The value in the returned block is set to 0, as its next user sees.
  *
  * @param[in,out] list      the list
  * @param[in,out] position  the entry; with NULL nothing happens
@@ -1026,7 +1026,7 @@ MUB_API uint64_t mub_lists_remove_tail(mub_lists *list);
 /**
  * Removes the value at a position and returns it; it is not released.
  *
- * The value in the returned block is set to 0.
+ * The value in the returned block is set to 0, as its next user sees.
  *
  * @param[in,out] list      the list
  * @param[in,out] position  the entry; with NULL nothing happens

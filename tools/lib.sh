@@ -24,11 +24,11 @@ install_missing() {
 }
 
 toolchain_packages=(build-essential cmake ninja-build)
-test_packages=(libgtest-dev python3 doxygen graphviz gdb)
+test_packages=(libgtest-dev python3 doxygen graphviz gdb valgrind)
 cross_packages=(googletest qemu-user)
 docs_packages=(doxygen graphviz python3)
 browser_packages=(chromium chromium-driver python3-selenium fonts-dejavu-core)
-clang_packages=(clang libclang-rt-14-dev)
+clang_packages=(clang libclang-rt-14-dev llvm)
 api_packages=(doxygen mandoc man-db nodejs npm python3-jsonschema)
 lint_packages=(clang-format clang-tidy shellcheck)
 size_packages=(cloc)

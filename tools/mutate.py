@@ -26,11 +26,11 @@ from mutants import changed_source, difference, places_of  # noqa: E402
 
 # The tests of each layer, by their names in ctest. Tests that are not listed here are run for every layer.
 OWN_TESTS = {
-    "base": r"(bytes|pool|verify).*",
+    "base": r"(bytes|pool|poison|verify).*",
     "bytes": r"(bytes|text).*",
     "stream": r"bytes.*",
     "crc32": r"bytes.*",
-    "pool": r"(pool|verify).*",
+    "pool": r"(pool|poison|verify).*",
     "containers": r"(hash|btree|list|tree|maps|links|verify).*",
     "arrays": r"(arrays?_|verify).*",
     "hash": r"(hash|maps|verify).*",

@@ -268,7 +268,8 @@ static void damage(everything *e) {
   e->tree.root.first_child->next->next->next = e->tree.root.first_child->next;
   e->bitree.root.left->right->left = e->bitree.root.left;
   mub_pool_free(&e->pool, (char *)e->pool.chunks[0] + 24);
-  mub_pool_free(&e->pool, (char *)e->pool.chunks[0] + 24);
+  ((void **)e->pool.free_pages[0])[e->pool.free_used++] = (char *)e->pool.chunks[0] + 24;
+  e->pool.live_count--;
   e->array.keys.length = 3;
   other.pool = e->pool;
   other.pool.chunk_count = 0; /* the copy has released blocks, but no chunk that contains them */

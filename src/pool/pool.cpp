@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
 #include <utility>
 
 #include "base/alloc.h"
 #include "base/growth.h"
+#include "base/poison.h"
 #include "base/prefetch.h"
 
 namespace mub::pool {
@@ -77,7 +77,7 @@ void raise_blocks_per_chunk(mub_pool &pool) {
   pool.blocks_per_chunk = std::max(pool.blocks_per_chunk, kMinBlocksPerChunk);
 }
 
-void *pop_free(mub_pool &pool) {
+void *pop_poisoned(mub_pool &pool) {
   if (pool.free_count == 0) return nullptr;
   if (pool.free_used > 0) return free_page(pool, pool.free_count - 1)[--pool.free_used];
   // The last page is empty and the one before it full.
@@ -87,6 +87,35 @@ void *pop_free(mub_pool &pool) {
   }
   pool.free_used = pool.blocks_per_chunk - 1;
   return free_page(pool, pool.free_count - 1)[pool.free_used];
+}
+
+void *pop_free(mub_pool &pool) {
+  void *block = pop_poisoned(pool);
+  unpoison_block(pool, block);
+  return block;
+}
+
+// Poisons the blocks of the last chunk that were not carved yet.
+MUB_POISON_HOOK void poison_uncarved(const mub_pool &pool) {
+  if constexpr (kPoisons) {
+    if (pool.chunk_count < 1 || !is_block(pool, pool.chunks[pool.chunk_count - 1])) return;
+    if (pool.chunk_used < 0 || pool.chunk_used >= pool.blocks_per_chunk) return;
+    poison(block_at(pool, pool.chunk_count - 1, pool.chunk_used),
+           static_cast<size_t>((pool.blocks_per_chunk - pool.chunk_used) * pool.block_size));
+  }
+}
+
+MUB_POISON_HOOK void poison_free(const mub_pool &pool) {
+  if constexpr (kPoisons) {
+    for_each_free_address(pool, [&](void *block) { poison_block(pool, block); });
+  }
+}
+
+// Opens the next chunk; false if memory runs out.
+MUB_POISON_HOOK bool open_chunk(mub_pool &pool) {
+  if (!open_page(chunk_table(pool), pool.blocks_per_chunk, pool.block_size)) return false;
+  poison_uncarved(pool);
+  return true;
 }
 
 // Allocates a table of the same capacity and a page for each page in use, and calls fill(page, copy) for
@@ -152,8 +181,9 @@ void *take_slowly(mub_pool &pool) {
   void *block = pop_free(pool);
   if (block == nullptr) {
     const bool full = pool.chunk_used < 0 || pool.chunk_used >= pool.blocks_per_chunk;
-    if (full && !open_page(chunk_table(pool), pool.blocks_per_chunk, pool.block_size)) return nullptr;
+    if (full && !open_chunk(pool)) return nullptr;
     block = block_at(pool, pool.chunk_count - 1, pool.chunk_used++);
+    unpoison_block(pool, block);
   }
   ++pool.live_count;
   return block;
@@ -167,6 +197,7 @@ void give_on_new_page(mub_pool &pool, void *block) {
   if (full && !open_page(free_table(pool), pool.blocks_per_chunk, sizeof(void *))) return;
   // GCOVR_EXCL_BR_STOP
   free_page(pool, pool.free_count - 1)[pool.free_used++] = block;
+  poison_block(pool, block);
 }
 
 mub_pool_chunk *map(const mub_pool &pool) {
@@ -204,7 +235,7 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
   const uint64_t size_bytes = chunk_bytes(source);
 
   const auto copy_chunk = [size_bytes](const void *chunk, void *copy) {
-    std::memcpy(copy, chunk, static_cast<size_t>(size_bytes));
+    copy_poisoned(copy, chunk, static_cast<size_t>(size_bytes));
   };
   const auto translated = [&](const void *block) -> void * {
     const uint64_t address = word_of(block);
@@ -228,6 +259,8 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
     return false;
   }
   destination.live_count = source.live_count;
+  poison_uncarved(destination);
+  poison_free(destination);
   return true;
 }
 

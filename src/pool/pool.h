@@ -19,15 +19,19 @@
 //      could be allocated, and those whose null was popped.
 //   6. The bytes of a fresh chunk are 0. A block that is taken again is as it was when it was returned,
 //      unless its container changed it in a pass over the chunks.
+//   7. With AddressSanitizer or MUB_VALGRIND, the blocks that were not carved yet and those on the free stack
+//      are poisoned (base/poison.h), and the passes over the chunks omit them.
 //
 // Threads: functions that take a const pool write nothing; all others need the pool for themselves.
 #ifndef MUB_POOL_POOL_H
 #define MUB_POOL_POOL_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "base/fault.h"
+#include "base/poison.h"
 #include "base/prefetch.h"
 #include "mub_pool.h"
 
@@ -71,6 +75,38 @@ inline uint64_t chunk_bytes(const mub_pool &pool) {
   return static_cast<uint64_t>(pool.blocks_per_chunk) * static_cast<uint64_t>(pool.block_size);
 }
 
+// ---- poisoned blocks
+
+// Whether an address is that of a block; callers may have put others on the free stack. The size of the heap
+// block that contains it is compared with that of a chunk, rather than searching all chunks. (For valgrind,
+// any address is taken for a block.)
+inline bool is_block(const mub_pool &pool, const void *address) {
+  if (pool.block_size <= 0 || address == nullptr) return false;
+  const int64_t offset = offset_in_heap_block(address, chunk_bytes(pool));
+  return offset >= 0 && offset % pool.block_size == 0;
+}
+
+MUB_POISON_HOOK void poison_block(const mub_pool &pool, void *block) {
+  if constexpr (kPoisons) {
+    if (is_block(pool, block)) poison(block, static_cast<size_t>(pool.block_size));
+  }
+}
+
+MUB_POISON_HOOK void unpoison_block(const mub_pool &pool, void *block) {
+  if constexpr (kPoisons) {
+    if (is_block(pool, block)) unpoison(block, static_cast<size_t>(pool.block_size));
+  }
+}
+
+// Reports a block that is returned twice, or was never taken.
+MUB_POISON_HOOK void check_live(const mub_pool &pool, const void *block) {
+  if constexpr (kPoisons) {
+    if (is_block(pool, block) && is_poisoned(block)) report_use(block);
+  }
+}
+
+// ---- taking and returning blocks
+
 // Takes a block; nullptr if there is no pool or no block size, or if memory runs out.
 inline void *take(mub_pool *pool) {
   if (pool == nullptr || pool->block_size == 0) return nullptr;
@@ -80,6 +116,7 @@ inline void *take(mub_pool *pool) {
     if (block == nullptr) return take_slowly(*pool);
     --pool->free_used;
     ++pool->live_count;
+    unpoison_block(*pool, block);
     return block;
   }
   // Unsigned, so that one comparison also covers chunk_used == -1, before the first chunk.
@@ -87,16 +124,22 @@ inline void *take(mub_pool *pool) {
     return take_slowly(*pool);
   }
   ++pool->live_count;
-  return block_at(*pool, pool->chunk_count - 1, pool->chunk_used++);
+  void *block = block_at(*pool, pool->chunk_count - 1, pool->chunk_used++);
+  unpoison_block(*pool, block);
+  return block;
 }
 
 // Returns a block to its pool. Does nothing if either is null.
 inline void give(mub_pool *pool, void *block) {
   if (pool == nullptr || block == nullptr) return;
+  check_live(*pool, block);
   if (pool->free_used < 0 || pool->free_used >= pool->blocks_per_chunk) return give_on_new_page(*pool, block);
   free_page(*pool, pool->free_count - 1)[pool->free_used++] = block;
   --pool->live_count;
+  poison_block(*pool, block);
 }
+
+// ---- passes
 
 // How many chunks ahead a pass over the chunks prefetches. Chunks are separate allocations: the hardware
 // prefetcher cannot predict where the next one starts, and fetches the rest once the start is being read.
@@ -104,16 +147,18 @@ inline void give(mub_pool *pool, void *block) {
 // (map_remove in bench/hash_bench.cpp).
 constexpr int64_t kPrefetchChunks = 8;
 
-// Calls `visit` for every carved block, free ones included, chunk by chunk. If the pool has only the entries
-// of one container, this is several times faster than following their links: compare the rows of map_remove
-// in bench/hash_bench.cpp.
+// Calls `visit` for every carved block, chunk by chunk; free ones are included unless they are poisoned. If
+// the pool has only the entries of one container, this is several times faster than following their links:
+// compare the rows of map_remove in bench/hash_bench.cpp.
 template <class Block, class Visit>
 void for_each_block(const mub_pool &pool, Visit visit) {
   for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
     if (chunk + kPrefetchChunks < pool.chunk_count) prefetch(pool.chunks[chunk + kPrefetchChunks]);
     const int64_t used = chunk + 1 < pool.chunk_count ? pool.blocks_per_chunk : pool.chunk_used;
     auto *blocks = static_cast<Block *>(pool.chunks[chunk]);
-    for (int64_t i = 0; i < used; ++i) visit(blocks[i]);
+    for (int64_t i = 0; i < used; ++i) {
+      if (!is_poisoned(blocks + i)) visit(blocks[i]);
+    }
   }
 }
 
@@ -143,16 +188,24 @@ inline int64_t free_blocks(const mub_pool &pool) {
   return pool.free_count < 1 ? 0 : (pool.free_count - 1) * pool.blocks_per_chunk + pool.free_used;
 }
 
-// Calls `visit` for every block on the free stack; skips null, an address that clone() could not translate.
-template <class Block, class Visit>
-void for_each_free_block(const mub_pool &pool, Visit visit) {
+// Calls `visit` with every address on the free stack.
+template <class Visit>
+void for_each_free_address(const mub_pool &pool, Visit visit) {
   for (int64_t page = 0; page < pool.free_count; ++page) {
     const int64_t used = page + 1 < pool.free_count ? pool.blocks_per_chunk : pool.free_used;
     for (int64_t i = 0; i < used; ++i) {
-      auto *block = static_cast<Block *>(free_page(pool, page)[i]);
-      if (block != nullptr) visit(*block);  // GCOVR_EXCL_BR_LINE
+      void *address = free_page(pool, page)[i];
+      if (address != nullptr) visit(address);  // GCOVR_EXCL_BR_LINE: null if clone() could not translate it
     }
   }
+}
+
+// Calls `visit` for every block on the free stack that for_each_block() does not omit.
+template <class Block, class Visit>
+void for_each_free_block(const mub_pool &pool, Visit visit) {
+  for_each_free_address(pool, [&](void *address) {
+    if (!is_poisoned(address)) visit(*static_cast<Block *>(address));
+  });
 }
 
 // The position in a sorted map of the last chunk that starts at or below `address`; -1 if there is none.

@@ -87,12 +87,12 @@ class CarvedBlocks {
 // Invariant 5: the free stack has the addresses of different carved blocks, or null.
 Fault verify_free_stack(const mub_pool &pool) {
   int64_t addresses = 0;
-  for_each_free_block<const char>(pool, [&](const char &) { ++addresses; });
+  for_each_free_address(pool, [&](const void *) { ++addresses; });
   for (int64_t first = 0; first < carved_blocks(pool) && addresses > 0; first += CarvedBlocks::kCount) {
     CarvedBlocks blocks(pool, first);
     Fault fault = nullptr;
-    for_each_free_block<const char>(pool, [&](const char &block) {
-      if (fault == nullptr) fault = blocks.add(word_of(&block));
+    for_each_free_address(pool, [&](const void *address) {
+      if (fault == nullptr) fault = blocks.add(word_of(address));
     });
     if (fault != nullptr) return fault;
     addresses -= blocks.met_count();

@@ -86,6 +86,11 @@ uint64_t copied_block(const mub_pool &pool, const mub_pool &copy, uint64_t block
 
 // ---- worlds
 
+// Whether the values of the record may be released: a build for memory checkers reports blocks that are returned
+// to the external pool twice, or that come from another pool.
+inline bool can_release;
+bool fits(const Free &) { return can_release; }
+
 template <class R>
 struct WorldOf : World {
   static constexpr bool kHasBytes = std::is_same_v<R, mub_array>, kIsItems = std::is_same_v<R, mub_arrays>;
@@ -127,9 +132,21 @@ struct WorldOf : World {
   bool is_intact(const Slot &slot) const {
     const int64_t carved =
         pool.chunk_count < 1 ? 0 : (pool.chunk_count - 1) * pool.blocks_per_chunk + pool.chunk_used;
-    const int64_t freed =
-        pool.free_count < 1 ? 0 : (pool.free_count - 1) * pool.blocks_per_chunk + pool.free_used;
-    return slot.pool != &pool || freed <= carved;
+    return slot.pool != &pool || freed() <= carved;
+  }
+  int64_t freed() const {
+    return pool.free_count < 1 ? 0 : (pool.free_count - 1) * pool.blocks_per_chunk + pool.free_used;
+  }
+  bool has_live_blocks_once(Slot &slot) const {
+    if (slot.pool != &pool) return true;
+    std::vector<void *> free_blocks(static_cast<size_t>(freed()));
+    mub_pool_empty_array(&pool, free_blocks.data());
+    std::set<uint64_t> met;
+    for (const void *block : free_blocks) met.insert(reinterpret_cast<uintptr_t>(block));
+    return std::ranges::all_of(slot.table, [&](const Item &each) {
+      if (copied_block(pool, pool, each.value) == 0) return !ever_taken.contains(each.value);
+      return met.insert(each.value).second;
+    });
   }
   bool owns_pool(const Slot &slot) const { return slot.pool != nullptr && slot.pool != &pool; }
   void start(Slot &slot) {
@@ -156,6 +173,7 @@ struct WorldOf : World {
   }
   R *draw_self() {
     self = &slots[program.below(kSlots)];
+    can_release = has_live_blocks_once(*self);
     peer = nullptr;
     key_out = nullptr;
     item = {};
@@ -391,6 +409,7 @@ struct WorldOf : World {
     uint64_t block = 0;
     if constexpr (named<Op>("_new")) {
       block = kAppends ? static_cast<uint64_t>(result) : *out_value;
+      if (block != 0) ever_taken.insert(block);
       item.value = block;
       if (kIsBare) item.number = block;
     }
@@ -508,6 +527,7 @@ struct WorldOf : World {
       copy[i] = self->table[i];
       if (!owns) continue;
       copy[i].value = has_copies ? copied_block(*self->pool, *peer->pool, value) : 0;
+      if (copy[i].value != 0) ever_taken.insert(copy[i].value);
       if (kIsBare) copy[i].number = copy[i].value;
       values.insert(values.end(), {value, copy[i].value});
     }
@@ -544,6 +564,7 @@ struct WorldOf : World {
   Slot slots[kSlots];
   Pool pool{8}, users[2] = {Pool(8), Pool(8)};
   std::map<const mub_pool *, int64_t> live = {{&pool, 0}};  // blocks of the pools
+  std::set<uint64_t> ever_taken;                            // blocks
 
   // Drawn in this step.
   Slot *self = nullptr, *peer = nullptr;

@@ -114,7 +114,7 @@ void check(Op, WorldOf<R> &world, Self<R> &self,
   }
   if (!named<Op>("remove") || index >= items.size()) return;
   if constexpr (named<Op>("remove_at")) {
-    EXPECT_EQ(place->entry->value, 0u) << "the slot was cleared";
+    EXPECT_EQ(peek(place->entry->value), 0u) << "the slot was cleared";
   }
   world.give_back(self.slot, item.value);
   items.erase(items.at(index));
