@@ -15,8 +15,8 @@
  * Set `block_size`, and `blocks_per_chunk` if 16 is too few, after mub_pool_init(); later change them only
  * right after mub_pool_empty(). Only the first block of a chunk is aligned as by malloc: make `block_size` a
  * multiple of the alignment that your blocks need (`sizeof` of a struct is). The pool does not check that a
- * returned block belongs to it, or that it is returned only once; built with `-fsanitize=address`, the library
- * reports blocks that are returned twice (see the guide to debugging).
+ * returned block belongs to it, or that it is returned only once; built with `-fsanitize=address`, the
+ * library reports blocks that are returned twice (see the guide to debugging).
  *
  * What the everyday operations return:
  *

@@ -62,6 +62,40 @@ static void free_of_untaken_block(void) {
   mub_pool_term(&pool);
 }
 
+static void read_after_keys_of_hash_table(void) {
+  mub_hash table;
+  mub_hash_init(&table, 1, 0);
+  mub_hash_insert(&table, "one", 3, 1);
+  byte_read = (char)((volatile uint8_t *)table.keys.data)[2];
+  byte_read = (char)((volatile uint8_t *)table.keys.data)[3]; /* read_after_keys_of_hash_table */
+  mub_hash_term(&table);
+}
+
+static void read_of_removed_key(void) {
+  mub_btree tree;
+  mub_btree_init(&tree, 1, 1, 0);
+  mub_btree_insert(&tree, "one", 3, 1);
+  mub_btree_insert(&tree, "two", 3, 2);
+  mub_btree_remove(&tree, "one", 3);
+  volatile uint8_t *bytes = tree.keys.data;
+  byte_read = (char)bytes[2];
+  byte_read = (char)bytes[tree.keys.length]; /* read_of_removed_key */
+  mub_btree_term(&tree);
+}
+
+static void read_after_keys_of_clone(void) {
+  mub_list list, copy;
+  mub_list_init(&list, 1, 0);
+  mub_list_init(&copy, 1, 0);
+  mub_list_add_tail(&list, "a longer key", -1, 1);
+  mub_list_clone(&list, NULL, &copy, NULL, NULL);
+  volatile uint8_t *bytes = copy.keys.data;
+  byte_read = (char)bytes[copy.keys.length - 1];
+  byte_read = (char)bytes[copy.keys.capacity]; /* read_after_keys_of_clone */
+  mub_list_term(&list);
+  mub_list_term(&copy);
+}
+
 /* Makes a clone of a pool with one free block, one live block and others that were never taken. */
 static char *clone_blocks(mub_pool *copy) {
   mub_pool pool;
@@ -92,8 +126,24 @@ static void use_of_untaken_block_of_clone(void) {
   mub_pool_term(&copy);
 }
 
+/* The key stream of a container is used like any other. */
+static void use_keys(void) {
+  mub_hash table;
+  mub_hash_init(&table, 1, 0);
+  mub_hash_insert(&table, "key", 3, 1);
+  mub_stream_expand(&table.keys, 1000);
+  for (int i = 0; i < 1000; i++) mub_hash_insert(&table, &i, sizeof i, 1);
+  mub_stream bytes;
+  mub_stream_init(&bytes);
+  mub_stream_swap(&bytes, &table.keys);
+  for (int64_t i = bytes.length; i < bytes.capacity; i++) mub_stream_append(&bytes, "", 1);
+  mub_stream_term(&bytes);
+  mub_hash_term(&table);
+}
+
 /* Nothing here is an error. */
 static void none(void) {
+  use_keys();
   mub_pool pool;
   pool_begin(&pool);
   for (int i = 0; i < 40; i++) memset(mub_pool_new(&pool), 1, 24);
@@ -130,6 +180,9 @@ static const struct {
     FAULT(free_of_untaken_block),
     FAULT(use_of_free_block_of_clone),
     FAULT(use_of_untaken_block_of_clone),
+    FAULT(read_after_keys_of_hash_table),
+    FAULT(read_of_removed_key),
+    FAULT(read_after_keys_of_clone),
     FAULT(none),
 };
 

@@ -38,7 +38,7 @@ inline void shift_keys(mub_array &array, int64_t count, int64_t from, uint32_t b
 }
 
 template <>
-struct Policy<mub_array> : PackedKeys<mub_array> {
+struct Policy<mub_array> : PackedKeys<mub_array, false> {
   using Slot = mub_array_entry;
   static constexpr auto kSlots = &mub_array::entries;
   static constexpr bool kSwapsPools = false;

@@ -23,12 +23,14 @@
 #define MUB_BYTES_UNIT_BUFFER_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #include "base/alloc.h"
 #include "base/fault.h"
 #include "base/growth.h"
+#include "base/poison.h"
 #include "bytes/bytes.h"
 #include "bytes/pinned_bytes.h"
 #include "mub_stream.h"
@@ -83,8 +85,53 @@ void term(Record &record) {
   init(record);
 }
 
+// The size of the block, the unit after the capacity included.
+template <class Record>
+uint64_t block_bytes(const Record &record) {
+  return record.data == nullptr ? 0 : (static_cast<uint64_t>(record.capacity) + 1) * kUnitBytes<Record>;
+}
+
+// ---- poisoned spare units
+//
+// In builds for memory checkers (base/poison.h), containers close their key streams: the units from the
+// length to the end of the block are poisoned. All other records are open. Poisoning takes time proportional
+// to the number of units, so that what is poisoned already is left alone. The last unit tells whether a
+// record is closed; swapping and growing open it.
+
+// Opens a record, which may even be uninitialised.
+template <class Record>
+MUB_POISON_HOOK void open(const Record &record) {
+  if constexpr (kPoisons) {
+    if (record.data == nullptr || offset_in_heap_block(record.data, block_bytes(record)) != 0) return;
+    if (is_poisoned(record.data + record.capacity))
+      unpoison(record.data, static_cast<size_t>(block_bytes(record)));
+  }
+}
+
+// Opens the next `count` units of an initialised record. If these do not fit, growth opens it.
+template <class Record>
+MUB_POISON_HOOK void open(const Record &record, int64_t count) {
+  if constexpr (kPoisons) {
+    if (count < 1 || count > record.capacity - record.length) return;
+    unpoison(record.data + record.length, static_cast<size_t>(count * kUnitBytes<Record>));
+  }
+}
+
+// Closes a record, of which at most the units up to `end` were opened since it was closed, if ever.
+template <class Record>
+MUB_POISON_HOOK void close(const Record &record, int64_t end) {
+  if constexpr (kPoisons) {
+    if (record.data == nullptr) return;
+    if (!is_poisoned(record.data + record.capacity)) end = record.capacity + 1;
+    if (end <= record.length) return;
+    poison(record.data + record.length, static_cast<size_t>((end - record.length) * kUnitBytes<Record>));
+  }
+}
+
 template <class Record, class OtherRecord>
 void swap(Record &a, OtherRecord &b) {
+  open(a);
+  open(b);
   const Record old_a = a;
   a = {reinterpret_cast<UnitOf<Record> *>(b.data), b.length, b.capacity};
   b = {reinterpret_cast<UnitOf<OtherRecord> *>(old_a.data), old_a.length, old_a.capacity};
@@ -111,6 +158,7 @@ int64_t grown_capacity(int64_t length, int64_t capacity, int64_t wanted) {
 // Moves the content to a new block of capacity + 1 units.
 template <class Record>
 bool regrow(Record &record, int64_t capacity) {
+  open(record);  // the spare units are copied, too
   void *data = regrown(record.data, record.capacity, capacity + 1, kUnitBytes<Record>);
   if (data == nullptr) return false;
   record.data = static_cast<UnitOf<Record> *>(data);
@@ -148,12 +196,6 @@ template <class Record>
 void zero(Record &record, int64_t offset, int64_t count) {
   if (record.data == nullptr || offset < 0 || count < 1 || count > record.capacity - offset) return;
   std::memset(record.data + offset, 0, static_cast<size_t>(count) * sizeof(UnitOf<Record>));
-}
-
-// The size of the block, the unit after the capacity included.
-template <class Record>
-uint64_t block_bytes(const Record &record) {
-  return record.data == nullptr ? 0 : (static_cast<uint64_t>(record.capacity) + 1) * kUnitBytes<Record>;
 }
 
 template <class Record>
@@ -310,7 +352,9 @@ Fault verify(const Record &record) {
   if (record.length < 0 || record.length > record.capacity)
     return "The length is negative or exceeds the capacity.";
   if (record.data == nullptr) return record.capacity == 0 ? nullptr : "There is a capacity, but no block.";
-  if (record.data[record.capacity] != 0) return "The unit after the capacity is not 0.";
+  UnitOf<Record> last;
+  copy_poisoned(&last, record.data + record.capacity, sizeof last);
+  if (last != 0) return "The unit after the capacity is not 0.";
   if constexpr (BufferTraits<Record>::kTerminated) {
     if (record.data[record.length] != 0) return "The unit after the content is not 0.";
   }

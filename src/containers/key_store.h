@@ -12,6 +12,8 @@
 //   3. The keys of all items fill the content without gaps and do not overlap; in arrays, the content may
 //      also hold bytes of no entry (byte_keys.h). In a B-tree, the items are the records; leaves and inner
 //      nodes refer to the same keys.
+//   4. In builds for memory checkers, the spare bytes of the stream are poisoned (unit_buffer.h), except in
+//      arrays, whose spare slots may have keys there.
 //
 // Threads: functions that take a const container write nothing.
 //
@@ -118,7 +120,7 @@ void lower_offsets(mub_pool *pool, bool pool_has_only_items, Range cut, ForEach 
 }  // namespace keys
 
 // Keys in the stream `keys` of the container.
-template <class Container>
+template <class Container, bool kPoisonsSpare = true>
 struct PackedKeys {
   using Key = ByteKey;
 
@@ -136,7 +138,11 @@ struct PackedKeys {
   static bool store_key(Container &container, Item &item, const Key &key) {
     mub_stream &stream = container.keys;
     const int64_t offset = stream.length;
-    if (!keys::has_room(stream, key.length) || !buffer::append(stream, key.bytes, key.length)) return false;
+    if (!keys::has_room(stream, key.length)) return false;
+    buffer::open(stream, key.length);
+    const bool is_stored = buffer::append(stream, key.bytes, key.length);
+    close_keys(container);
+    if (!is_stored) return false;
     item.key_offset = static_cast<uint32_t>(offset);
     item.key_length = static_cast<uint32_t>(stream.length - offset);
     return true;
@@ -151,7 +157,9 @@ struct PackedKeys {
     const keys::Range cut = {item.key_offset, item.key_length};
     reset_key(item);
     if (cut.length == 0) return;
+    const int64_t old_length = container.keys.length;
     keys::erase(container.keys, cut);
+    close_keys(container, old_length);
     lower(cut);
   }
 
@@ -161,11 +169,27 @@ struct PackedKeys {
     item.key_length = 0;
   }
 
-  static void clear_keys(Container &container) { buffer::shrink(container.keys, 0); }
+  static void clear_keys(Container &container) {
+    const int64_t old_length = container.keys.length;
+    buffer::shrink(container.keys, 0);
+    close_keys(container, old_length);
+  }
   static void term_keys(Container &container) { buffer::term(container.keys); }
-  static void swap_keys(Container &a, Container &b) { buffer::swap(a.keys, b.keys); }
+  static void swap_keys(Container &a, Container &b) {
+    buffer::swap(a.keys, b.keys);
+    close_keys(a);
+    close_keys(b);
+  }
   static bool clone_keys(const Container &source, Container &copy) {
-    return buffer::clone(source.keys, copy.keys);
+    buffer::open(copy.keys);
+    const bool is_done = buffer::clone(source.keys, copy.keys);
+    close_keys(copy);
+    return is_done;
+  }
+
+  // Closes the stream, which was at most `old_length` bytes long since it was closed.
+  static MUB_POISON_HOOK void close_keys(Container &container, int64_t old_length = 0) {
+    if constexpr (kPoisonsSpare) buffer::close(container.keys, old_length);
   }
 };
 

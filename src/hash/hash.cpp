@@ -45,7 +45,10 @@ struct Policy<mub_hash> : PackedKeys<mub_hash> {
   }
 
   // Failure does not matter here: an insertion fails if there is no room for its own key.
-  static void reserve_keys(mub_hash &table, int64_t size_bytes) { buffer::expand(table.keys, size_bytes); }
+  static void reserve_keys(mub_hash &table, int64_t size_bytes) {
+    buffer::expand(table.keys, size_bytes);
+    close_keys(table);
+  }
 
   static void store_hash(Entry &entry, uint64_t hash) { entry.hash = static_cast<uint32_t>(hash); }
 

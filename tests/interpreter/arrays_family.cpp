@@ -86,8 +86,8 @@ uint64_t copied_block(const mub_pool &pool, const mub_pool &copy, uint64_t block
 
 // ---- worlds
 
-// Whether the values of the record may be released: a build for memory checkers reports blocks that are returned
-// to the external pool twice, or that come from another pool.
+// Whether the values of the record may be released: a build for memory checkers reports blocks that are
+// returned to the external pool twice, or that come from another pool.
 inline bool can_release;
 bool fits(const Free &) { return can_release; }
 
