@@ -56,12 +56,12 @@ def exports(library):
 class Amalgamate(unittest.TestCase):
     def test_makes_the_library_from_two_files(self):
         with tempfile.TemporaryDirectory() as name:
-            directory = Path(name)
+            directory = Path(name) / "made/by/it"
 
             def run(*command):
                 subprocess.run(command, cwd=directory, check=True)
 
-            run(TOOLS / "amalgamate", directory)
+            subprocess.run([TOOLS / "amalgamate", directory], check=True)
             source = (directory / "mub.cpp").read_text()
             self.assertEqual(re.findall(r'#include "(.*)"', source), ["mub.h"])
             self.assertIn("MIT License", source)
