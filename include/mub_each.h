@@ -53,6 +53,9 @@
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wold-style-cast"
 #pragma GCC diagnostic ignored "-Wzero-as-null-pointer-constant"
+#ifndef __clang__
+#pragma GCC diagnostic ignored "-Wuseless-cast"
+#endif
 #endif
 
 MUB_INLINE void *mub_each_pointer(uint64_t value) { return (void *)(uintptr_t)value; }
