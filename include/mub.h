@@ -1,4 +1,4 @@
-/* mub.h: the whole library. Each header also stands alone. */
+/* mub.h: the whole C interface. Each header also stands alone. The C++ types are in mub.hpp. */
 #ifndef MUB_H
 #define MUB_H
 
