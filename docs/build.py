@@ -31,7 +31,7 @@ from tidy import tidy  # noqa: E402
 PICTURES = {
     "hash": ("few.txt", "A hash table: each bucket has a chain of entries, the oldest first."),
     "btree": ("many.txt", "A B-tree: the leaves list the records in key order; each inner node has the greatest key of its children."),
-    "pool": ("many.txt", "A pool after every other word was removed: the free stack lists the released blocks in the order of reuse."),
+    "pool": ("many.txt", "A pool after every other word was removed: the free stack lists the returned blocks in the order of reuse."),
 }
 # Characters of plain text that Markdown or Doxygen would interpret.
 SPECIAL = re.compile(r"[\\@#%*~|\[\]<>&_]")

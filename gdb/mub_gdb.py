@@ -859,7 +859,7 @@ class Bits(Container):
 
 
 class Pool(Walked):
-    """mub_pool: only counts. A node is (chunk, slot, address) of a block that was ever allocated."""
+    """mub_pool: only counts. A node is (chunk, slot, address) of a block that was ever taken."""
 
     def check_record(self):
         for name in "block_size", "blocks_per_chunk", "live_count":
@@ -879,7 +879,7 @@ class Pool(Walked):
                 f"in {plural(self.field('chunk_count'), 'chunk')} of {self.field('blocks_per_chunk')}")
 
     def used(self, group):
-        """The number of blocks allocated from chunks, or of addresses on free pages."""
+        """The number of blocks taken from chunks, or of addresses on free pages."""
         pages = self.field(group + "_count")
         return (pages - 1) * self.field("blocks_per_chunk") + self.field(group + "_used") if pages > 0 else 0
 
@@ -900,7 +900,7 @@ class Pool(Walked):
         self.check_free()
 
     def free_blocks(self):
-        """The released blocks; the first one is reused next."""
+        """The returned blocks; the first one is reused next."""
         blocks = []
         left = self.used("free")
         for page in words(self.field("free_pages"), self.field("free_count")):
@@ -1135,9 +1135,11 @@ mub check VAR          follow every link and report inconsistencies"""
 
 
 class MubDot(gdb.Command):
-    """Draw a container for Graphviz. usage: mub dot VAR [> FILE] VAR is a hash table, B-tree, list, tree or
-    pool, or points to one. Of a large one the beginning is drawn, and dots tell how much is left out. As in:
-    mub dot table > /tmp/t.dot, then: dot -Tsvg /tmp/t.dot -o t.svg"""
+    """Draw a container for Graphviz.
+usage: mub dot VAR [> FILE]
+VAR is a hash table, B-tree, list, tree or pool, or points to one. Large containers are drawn in part, with the
+number of items left out.
+Example: mub dot table > /tmp/t.dot, then in a shell: dot -Tsvg /tmp/t.dot -o t.svg"""
 
     def __init__(self):
         super().__init__("mub dot", gdb.COMMAND_DATA, gdb.COMPLETE_EXPRESSION)

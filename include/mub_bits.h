@@ -103,7 +103,7 @@ MUB_API void mub_bits_zero(mub_bits *bits);
 /**
  * Checks whether the set is intact.
  *
- * Checks the size and the 0 after the block's last byte.
+ * Checks the size, and the 0 that ends the block.
  *
  * @param[in] bits   the set
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL

@@ -203,14 +203,14 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   using typename base::entry_type;
   using typename base::key_type;
 
-  /** Constructs an empty tree that owns pools for entries and records. */
+  /** Constructs an empty tree that owns pools for nodes (`entry_pool`) and records (`node_pool`). */
   basic_btree() noexcept : basic_btree(true, true, false) {}
 
   /** Constructs an empty tree that owns the pools that the flags select; see mub_btree_init(). */
   basic_btree(bool with_entry_pool, bool with_node_pool, bool with_value_pool) noexcept
       : base(std::in_place, with_entry_pool, with_node_pool, with_value_pool) {}
 
-  /** Constructs an empty tree that owns pools for entries, records and values. */
+  /** Constructs an empty tree that owns pools for nodes, records and values. */
   explicit basic_btree(value_blocks values) noexcept : basic_btree(true, true, true) {
     detail::set_block_size(c()->value_pool, values.size);
   }

@@ -189,11 +189,11 @@ MUB_API double mub_char_get_float(const mub_char *view);
 /**
  * Compares a view with a text, as mub_mem_cmp() does.
  *
- * An empty view equals NULL with a count of 0, and is less than any other text: with a negative count even
- * less than the empty text.
+ * An empty view equals NULL and a text with a count of 0, and is less than any other text: with a negative
+ * count even less than the empty text.
  *
  * @param[in] view   the view
- * @param[in] text   the text; NULL with a count of 0 is less than any view that is not empty
+ * @param[in] text   the text; NULL, or a text with a count of 0, is less than any view that is not empty
  * @param[in] count  characters of the text; negative: up to its NUL
  * @return a negative number, 0 or a positive one
  * @cost O(count)
@@ -205,11 +205,11 @@ MUB_API int mub_char_compare(const mub_char *view, const char *text, int64_t cou
 /**
  * Compares a view with a text without regard to case, as mub_mem_icmp() does.
  *
- * An empty view equals NULL with a count of 0, and is less than any other text: with a negative count even
- * less than the empty text.
+ * An empty view equals NULL and a text with a count of 0, and is less than any other text: with a negative
+ * count even less than the empty text.
  *
  * @param[in] view   the view
- * @param[in] text   the text; NULL with a count of 0 is less than any view that is not empty
+ * @param[in] text   the text; NULL, or a text with a count of 0, is less than any view that is not empty
  * @param[in] count  characters of the text; negative: up to its NUL
  * @return a negative number, 0 or a positive one
  * @cost O(count)

@@ -179,8 +179,8 @@ MUB_API void mub_stream_clone(const mub_stream *source, mub_stream *destination)
 /**
  * Checks whether the stream is intact.
  *
- * Checks the length, the capacity and the 0 after the block's last byte. mub_stream_check() computes a check
- * sum of the content.
+ * Checks the length, the capacity, and the 0 that ends the block. To check the content, mub_stream_check()
+ * computes the exclusive or of its bytes, and mub_stream_crc32() a checksum.
  *
  * @param[in] stream  the stream
  * @param[out] what   receives a sentence that names what is broken, or NULL if nothing is; may be NULL

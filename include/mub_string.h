@@ -1032,8 +1032,8 @@ MUB_API void mub_stringx_right(mub_stringx *view, int64_t count);
  * Sets `out`, a view of the same text, to the first `count` bytes of the span, or as many as there are; none
  * if the count is below 1.
  *
- * If `out` is a view of another text, it is unchanged, unless the result is empty: then the start of `view`
- * and the length 0 are stored in any case.
+ * If `out` is a view of another text, it is unchanged, unless `view` is empty or the count is below 1: then
+ * the start of `view` and the length 0 are stored in any case.
  *
  * @param[in] view     the view
  * @param[in] count    the number of bytes
@@ -1063,8 +1063,8 @@ MUB_API void mub_stringx_mid_string(const mub_stringx *view, int64_t offset, int
  * Sets `out`, a view of the same text, to the last `count` bytes of the span, or as many as there are; none
  * if the count is below 1.
  *
- * If `out` is a view of another text, it is unchanged, unless the result is empty: then the start of `view`
- * and the length 0 are stored in any case.
+ * If `out` is a view of another text, it is unchanged, unless `view` is empty or the count is below 1: then
+ * the start of `view` and the length 0 are stored in any case.
  *
  * @param[in] view     the view
  * @param[in] count    the number of bytes

@@ -69,7 +69,7 @@ extern "C" {
  * @{
  */
 
-/** One entry; its address does not change until it is released. */
+/** One entry; its address does not change until its block is returned to the pool. */
 typedef struct mub_tree_entry {
   struct mub_tree_entry *parent;      /**< the parent; NULL in the root and in an entry that is not linked */
   struct mub_tree_entry *first_child; /**< its first child; NULL if there is none */
@@ -760,7 +760,7 @@ MUB_API mub_tree_entry *mub_tree_find_x_t(const mub_tree_entry *current, int64_t
  * @{
  */
 
-/** One entry; its address does not change until it is released. */
+/** One entry; its address does not change until its block is returned to the pool. */
 typedef struct mub_bitree_entry {
   struct mub_bitree_entry *parent; /**< NULL in the root; in a chain of equals, that of the first entry */
   struct mub_bitree_entry *equal;  /**< the next entry that compares equal, or NULL */
@@ -772,7 +772,7 @@ typedef struct mub_bitree_entry {
 /** A binary tree of links. */
 typedef struct mub_bitree {
   mub_bitree_entry root;    /**< the root, an entry like any other */
-  int64_t count;            /**< the number of links made by mub_bitree_entry_add() */
+  int64_t count;            /**< links made by mub_bitree_entry_add() and mub_bitree_clone_entry() */
   mub_pool *entry_pool;     /**< the pool of the entries; NULL if there is none */
   uint16_t owns_entry_pool; /**< 1: created by `_init`, released by `_term` */
   mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */

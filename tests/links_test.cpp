@@ -57,7 +57,8 @@ TEST(Trees, PathsAreWholeOrNotThereAtAll) {
 int64_t released = 0;
 void count(uint64_t) { ++released; }
 
-// Each entry is a child of the one before; in the binary tree, the side alternates every 1000 entries.
+// Each entry is linked to the one before: as a child or, in the binary tree, as left child, next equal or
+// right child, which changes every 1000 entries.
 TEST(Trees, MayBeAsDeepAsMemoryAllows) {
   constexpr int64_t kCount = 1000000;
   mub::tree tree;

@@ -210,8 +210,9 @@ TEST(Batches, LargeHashTablesGiveWhatSingleLookUpsGive) {
   mub_hasht_term(&t);
 }
 
-// In spite of what callers can do: a key type under which the keys are in no order, or no number equals
-// itself; records in the wrong leaves; an inner node without children; a leaf beside inner nodes.
+// Also in trees that a caller has damaged: with a key type that does not fit the order of the keys, or under
+// which keys are NaN; with records in the wrong leaves; with an inner node that has no children, or a leaf
+// beside inner nodes.
 TEST(Batches, LargeTreesGiveWhatSingleLookUpsGive) {
   const auto keys64 = many_numbers<uint64_t>();
   mub_btreex x;

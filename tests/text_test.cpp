@@ -1,4 +1,5 @@
-// What the random programs do not test in strings: searches in hostile texts.
+// What the random programs do not test in strings: numbers of pointer size, every variant of the searches,
+// hostile texts.
 #include <gtest/gtest.h>
 
 #include <cstdint>

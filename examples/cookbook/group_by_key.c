@@ -46,7 +46,7 @@ static void print(const mub_btree *groups) {
 
 int main(void) {
   mub_btree groups;
-  mub_btree_init(&groups, 1, 1, 1); /* with its own pools for entries, records and values */
+  mub_btree_init(&groups, 1, 1, 1); /* with its own pools for nodes, records and values */
   int done = groups.value_pool != NULL;
   if (done) groups.value_pool->block_size = sizeof(group); /* the library does not know it */
   for (size_t i = 0; done && i < sizeof SALES / sizeof *SALES; i++) done = add(&groups, &SALES[i]);

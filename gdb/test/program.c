@@ -272,7 +272,7 @@ static void damage(everything *e) {
   e->pool.live_count--;
   e->array.keys.length = 3;
   other.pool = e->pool;
-  other.pool.chunk_count = 0; /* the copy has released blocks, but no chunk that contains them */
+  other.pool.chunk_count = 0; /* the copy has returned blocks, but no chunk that contains them */
 }
 
 static void stop_with_bytes(const char *where, int byte) {

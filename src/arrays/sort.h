@@ -175,8 +175,8 @@ class Sorting {
     stops.count = count;
   }
 
-  // Makes the swaps of partition() while its scans are on different sides of the pivot or both on the same:
-  // the n-th stop of one scan is swapped with the n-th stop of the other.
+  // Makes the swaps of partition() while its scans are on different sides of the pivot, or both above it: the
+  // n-th stop of one scan is swapped with the n-th stop of the other.
   void swap_blocks(int64_t &up, int64_t &down, int64_t pivot, const Key &pivot_key) {
     Stops up_stops;
     Stops down_stops;

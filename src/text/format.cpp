@@ -1,4 +1,4 @@
-// The two functions with variable arguments. Both build the new content in a buffer of its own, so that
+// The two functions with variable arguments. Both build the new content in a separate buffer, so that
 // arguments may lie in the string, and the string stays as it was if they fail.
 //
 // mub_string_format() first walks the format and its arguments to estimate the length. If all conversions are

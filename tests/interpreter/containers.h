@@ -12,7 +12,7 @@
 //   kRemovalKeepsValues           removing all entries keeps the blocks of an owned value pool
 //   set_order(record, which)      sets one of the orders 0 to 3, if there are several
 //   read(record, expected, read)  stores the items of a record in `read`; `expected` is the model
-//   entries_of(record)            the number of blocks allocated from its entry pool
+//   entries_of(record)            the number of blocks taken from its entry pool
 //   use_fresh(record, world)      optional: uses a record directly after `init`
 #ifndef MUB_TESTS_INTERPRETER_CONTAINERS_H
 #define MUB_TESTS_INTERPRETER_CONTAINERS_H
