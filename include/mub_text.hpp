@@ -341,7 +341,7 @@ class string : public detail::buffer<string, detail::string_traits> {
   /**
    * Returns the integer that the content begins with, `otherwise` if it is empty; see mub_string_get_long().
    */
-  std::int64_t get_integer(std::int64_t otherwise = 0) const { return mub_string_get_long(c(), otherwise); }
+  std::int64_t get_long(std::int64_t otherwise = 0) const { return mub_string_get_long(c(), otherwise); }
   /**
    * Returns the number that the content begins with, `otherwise` if it is empty; see mub_string_get_double().
    */
@@ -527,16 +527,16 @@ class stringx : public detail::textual, public detail::range<stringx> {
   }
 
   /** Checks whether the whole span is an integer; see mub_stringx_is_long(). */
-  bool is_integer() const { return mub_stringx_is_long(&view_) != 0; }
+  bool is_long() const { return mub_stringx_is_long(&view_) != 0; }
   /** Returns the integer that the span begins with; 0 if there is none. See mub_stringx_get_long(). */
-  std::int64_t get_integer() const { return mub_stringx_get_long(&view_); }
+  std::int64_t get_long() const { return mub_stringx_get_long(&view_); }
 
   /** Checks whether the whole span is a decimal number; see mub_stringx_is_float(). */
-  bool is_decimal() const { return mub_stringx_is_float(&view_) != 0; }
+  bool is_double() const { return mub_stringx_is_float(&view_) != 0; }
   /**
    * Returns the decimal number that the span begins with; 0 if there is none. See mub_stringx_get_float().
    */
-  double get_decimal() const { return mub_stringx_get_float(&view_); }
+  double get_double() const { return mub_stringx_get_float(&view_); }
 
  private:
   mub_stringx view_;

@@ -359,7 +359,7 @@ TEST(CppContainers, PassPositions) {
   EXPECT_EQ(stream.view(), "\x04\x03\x02\x01\x07\x06\x05");
   EXPECT_EQ(stream.get_word(position = 1), 0x0203);
   mub::stringx field(std::string_view("  12 rest", 5));
-  EXPECT_TRUE(field.trim() && field.is_integer() && field.get_integer() == 12);
+  EXPECT_TRUE(field.trim() && field.is_long() && field.get_long() == 12);
   EXPECT_TRUE(field.find("", 2) == 2 && field.find("", 3) == -1);
 }
 
