@@ -65,7 +65,7 @@ def with_anchors(text, page):
 
 def guides():
     """{name: title} of the pages in docs/; those for new users come first."""
-    first = ["tutorial", "choosing"]
+    first = ["tutorial", "choosing", "cpp", "debugging", "reliability", "performance"]
     paths = sorted((ROOT / "docs").glob("*.md"))
     paths.sort(key=lambda path: first.index(path.stem) if path.stem in first else len(first))
     return {path.stem: re.match(r"# ([^{\n]*)", path.read_text()).group(1).strip() for path in paths}
