@@ -130,18 +130,18 @@ uint32_t after_byte(uint32_t crc, int byte) {
 
 int unchanged(int byte) { return byte; }
 // Runs of every length that end at a page boundary or a few bytes before.
-void expect_agreement(uint32_t ones, auto run, int fold(int) = unchanged) {
+void expect_agreement(uint32_t inversion, auto run, int fold(int) = unchanged) {
   std::mt19937_64 engine(run_seed());
   std::string bytes(3000, '\0');
   for (char &byte : bytes) byte = static_cast<char>(engine());
   const Guarded page(std::string(4096, '\0'));
   for (const int64_t gap : {0, 1, 2, 3, 7, 8, 15, 16, 31, 63, 64}) {
-    uint32_t expected = ones;
+    uint32_t expected = inversion;
     for (int64_t length = 1; length <= 3000; ++length) {
       expected = after_byte(expected, fold(static_cast<uint8_t>(bytes[static_cast<size_t>(length) - 1])));
       uint8_t *copy = page.bytes() + page.size() - gap - length;
       std::copy_n(bytes.begin(), length, copy);
-      ASSERT_EQ(run(copy, length), expected ^ ones) << length << " bytes, then " << gap;
+      ASSERT_EQ(run(copy, length), expected ^ inversion) << length << " bytes, then " << gap;
     }
   }
 }
@@ -151,9 +151,10 @@ TEST(Crc32, EveryVariantAgreesForEveryLengthAndAlignment) {
   variants.push_back(mub::crc::kEmulated);
   for (const auto &variant : variants) {
     if (!variant.supported()) continue;
-    for (const uint32_t ones : {0u, UINT32_MAX}) {
-      SCOPED_TRACE(testing::Message() << variant.name << ", start " << ones);
-      expect_agreement(ones, [&](auto *bytes, int64_t length) { return variant.run(ones, bytes, length); });
+    for (const uint32_t inversion : {0u, UINT32_MAX}) {
+      SCOPED_TRACE(testing::Message() << variant.name << ", start " << inversion);
+      expect_agreement(inversion,
+                       [&](auto *bytes, int64_t length) { return variant.run(inversion, bytes, length); });
     }
   }
   expect_agreement(UINT32_MAX, mub_stream_crc32);

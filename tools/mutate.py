@@ -97,14 +97,14 @@ def run(command, seconds, **options):
 class Build:
     """A build of the copy. Construct it while the copy is unchanged."""
 
-    def __init__(self, copy, preset, family, limits, *settings):
+    def __init__(self, copy, preset, layer, limits, *settings):
         self.copy = copy
         self.directory = copy / "build" / preset
         self.limits = limits
         if run(["cmake", "--preset", preset, "-Wno-dev", *SETTINGS, *settings], BUILD_SECONDS, cwd=copy) != 0:
             sys.exit(f"mutate: cmake --preset {preset} fails in {copy}")
         self.commands = self.programs()
-        self.stages = test_stages(copy, list(self.commands), family)
+        self.stages = test_stages(copy, list(self.commands), layer)
         self.seconds = {}  # {test: time limit}
         for name in (name for names in self.stages for name in names):
             built = self.make([name])
@@ -168,25 +168,25 @@ class Build:
             path.write_bytes(source)
 
 
-def test_stages(root, names, family):
-    """The tests of the family, then those of the families that include it and those for every family."""
-    def of(families):
-        return [name for name in names if any(re.fullmatch(OWN_TESTS[each], name) for each in families)]
+def test_stages(root, names, layer):
+    """The tests of the layer, then those of the layers that include it and those for every layer."""
+    def of(layers):
+        return [name for name in names if any(re.fullmatch(OWN_TESTS[each], name) for each in layers)]
 
     names = [name for name in names if "inline" not in name]  # the same tests, with less of the sources
-    own = of([family])
+    own = of([layer])
     if not own:
-        sys.exit(f"mutate: no test of {family}: see OWN_TESTS in tools/mutate.py")
+        sys.exit(f"mutate: no test of {layer}: see OWN_TESTS in tools/mutate.py")
     users = [each for each in OWN_TESTS for path in (root / "src" / each).glob("*")
-             if each != family and f'#include "{family}/' in path.read_text()]
+             if each != layer and f'#include "{layer}/' in path.read_text()]
     rest = of(users) + [name for name in names if name not in of(OWN_TESTS)]
     return [own, [name for name in rest if name not in own]]
 
 
-def drawn(root, family, seed):
-    """Every place in the sources of the family with one of its changes, in random order."""
+def shuffled_mutants(root, layer, seed):
+    """Every place in the sources of the layer with one of its changes, in random order."""
     generator = random.Random(seed)
-    paths = sorted(path for path in (root / "src" / family).rglob("*") if path.suffix in (".h", ".cpp"))
+    paths = sorted(path for path in (root / "src" / layer).rglob("*") if path.suffix in (".h", ".cpp"))
     places = [place for path in paths for place in places_of(root, str(path.relative_to(root)))]
     generator.shuffle(places)
     return [Mutant(place, generator.choice(place.changes)) for place in places]
@@ -217,7 +217,7 @@ def shown(entry, line=None):
     return "\n".join([place, *(f"- {text}" for text in old), *(f"+ {text}" for text in new)])
 
 
-def tell(start, *text):
+def log(start, *text):
     print(f"[{time.monotonic() - start:5.0f} s]", *text, file=sys.stderr, flush=True)
 
 
@@ -228,27 +228,27 @@ def verdicts(build, mutants, start):
         verdict = build.verdict(mutant)
         said = verdict if verdict in NO_MUTANT else f"caught by {verdict}" if verdict else "survives"
         entry, line = description(build.copy, mutant)
-        tell(start, f"{entry[0]}:{line}: {said}: {mutant.text!r} in {' '.join(entry[1])}")
+        log(start, f"{entry[0]}:{line}: {said}: {mutant.text!r} in {' '.join(entry[1])}")
         results.append((mutant, verdict))
     return results
 
 
-def stale_entries(listed, family, possible):
-    return sorted(entry for entry in listed if entry[0].startswith(f"src/{family}/") and entry not in possible)
+def stale_entries(listed, layer, possible):
+    return sorted(entry for entry in listed if entry[0].startswith(f"src/{layer}/") and entry not in possible)
 
 
-def campaign(copy, family, count, seed):
+def campaign(copy, layer, count, seed):
     """(number of mutants, the survivors)."""
     start = time.monotonic()
-    mutants = drawn(copy, family, seed)
-    print(f"{family}: {count} of {len(mutants)} places, seed {seed}", flush=True)
+    mutants = shuffled_mutants(copy, layer, seed)
+    print(f"{layer}: {count} of {len(mutants)} places, seed {seed}", flush=True)
     listed = listed_equivalents(copy / "tools/mutants.txt")
     possible = {description(copy, Mutant(place, text))[0] for place, _ in mutants for text in place.changes}
-    for entry in stale_entries(listed, family, possible):
+    for entry in stale_entries(listed, layer, possible):
         print(f"\nstale in tools/mutants.txt: no such change is made:\n{shown(entry)}")
 
-    tell(start, "building and testing the unchanged sources")
-    build = Build(copy, "release", family, RELEASE_LIMITS)
+    log(start, "building and testing the unchanged sources")
+    build = Build(copy, "release", layer, RELEASE_LIMITS)
     waiting = [mutant for mutant in mutants if description(copy, mutant)[0] not in listed]
     results = []
     while waiting and len(results) < count:
@@ -256,8 +256,8 @@ def campaign(copy, family, count, seed):
         results += [result for result in verdicts(build, batch, start) if result[1] not in NO_MUTANT]
     survivors = [mutant for mutant, verdict in results if not verdict]
     if survivors:
-        tell(start, "running the survivors with sanitizers")
-        build = Build(copy, "dev", family, DEV_LIMITS, "-DCMAKE_CXX_FLAGS_DEBUG=-O1")
+        log(start, "running the survivors with sanitizers")
+        build = Build(copy, "dev", layer, DEV_LIMITS, "-DCMAKE_CXX_FLAGS_DEBUG=-O1")
         survivors = [mutant for mutant, verdict in verdicts(build, survivors, start) if not verdict]
     return len(results), survivors
 
@@ -265,7 +265,7 @@ def campaign(copy, family, count, seed):
 def main():
     parser = argparse.ArgumentParser(prog="tools/mutate", description="Lists the changes that no test detects.")
     parser.add_argument("--root", type=Path, default=Path(__file__).resolve().parent.parent)
-    parser.add_argument("family", choices=sorted(OWN_TESTS))
+    parser.add_argument("layer", choices=sorted(OWN_TESTS))
     parser.add_argument("count", metavar="N", nargs="?", type=int, default=60)
     parser.add_argument("seed", metavar="SEED", nargs="?", type=int, default=random.randrange(1 << 32))
     arguments = parser.parse_args()
@@ -277,7 +277,7 @@ def main():
         except OSError:
             sys.exit("mutate: build/mutate/ is in use")
         copy_sources(arguments.root.resolve(), copy)
-        count, survivors = campaign(copy, arguments.family, arguments.count, arguments.seed)
+        count, survivors = campaign(copy, arguments.layer, arguments.count, arguments.seed)
     for mutant in survivors:
         entry, line = description(copy, mutant)
         print(f"\n{shown(entry, line)}")

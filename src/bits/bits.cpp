@@ -61,7 +61,7 @@ int64_t memory_bytes(const mub_bits &bits) { return bits.data == nullptr ? 0 : i
 Fault verify(const mub_bits &bits) {
   if ((bits.data == nullptr) != (bits.size == 0)) return "The block is missing, or has no size.";
   return bits.size == 0 || bits.data[bits.size] == 0 ? nullptr
-                                                     : "The byte after the block's last one is not 0.";
+                                                     : "The byte after the last one of the set is not 0.";
 }
 
 }  // namespace

@@ -68,20 +68,20 @@ class Search {
     const int64_t starts = count_ - length_ + 1;
     int64_t i = 0;
     for (; starts - i >= 2 * kWidth; i += 2 * kWidth) {
-      const uint32_t near = ends_match(i);
-      const uint32_t far = ends_match(i + kWidth);
+      const uint32_t near = candidates(i);
+      const uint32_t far = candidates(i + kWidth);
       if ((near | far) == 0) continue;
       if (settled(i, near) || settled(i + kWidth, far)) return result_;
     }
     for (; i < starts; i += kWidth) {
       const int64_t last = std::min(i, starts - kWidth);
-      if (settled(last, ends_match(last))) return result_;
+      if (settled(last, candidates(last))) return result_;
     }
     return -1;
   }
 
  private:
-  __attribute__((always_inline)) uint32_t ends_match(int64_t i) const {
+  __attribute__((always_inline)) uint32_t candidates(int64_t i) const {
     const int64_t last = length_ - 1;
     return Vector::pair_matches(data_ + i, pattern_[0], data_ + i + last, pattern_[last]);
   }
@@ -93,13 +93,13 @@ class Search {
     matches &= Vector::pair_matches(data_ + i + 1, pattern_[1], data_ + i + middle, pattern_[middle]);
     for (; matches != 0; matches &= matches - 1) {
       const int64_t position = i + __builtin_ctz(matches);
-      if (equal(data_ + position, pattern_, length_)) return ends_with(position);
-      if (has_too_many_false_matches(position)) return ends_with(portable_from(position + 1));
+      if (equal(data_ + position, pattern_, length_)) return finish(position);
+      if (has_too_many_false_matches(position)) return finish(portable_from(position + 1));
     }
     return false;
   }
 
-  bool ends_with(int64_t result) {
+  bool finish(int64_t result) {
     result_ = result;
     return true;
   }

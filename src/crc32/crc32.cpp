@@ -40,8 +40,8 @@ uint32_t look_up(uint64_t word, int zeros) {
 
 }  // namespace
 
-uint32_t checksum_sliced(uint32_t ones, const uint8_t *bytes, int64_t length) {
-  uint32_t crc = ones;
+uint32_t checksum_sliced(uint32_t inversion, const uint8_t *bytes, int64_t length) {
+  uint32_t crc = inversion;
   for (; length >= 16; length -= 16, bytes += 16) {
     crc = look_up(load_little<8>(bytes) ^ crc, 8) ^ look_up(load_little<8>(bytes + 8), 0);
   }
@@ -51,7 +51,7 @@ uint32_t checksum_sliced(uint32_t ones, const uint8_t *bytes, int64_t length) {
     bytes += 8;
   }
   for (; length > 0; --length, ++bytes) crc = (crc >> 8) ^ kTables.after[0][(crc ^ *bytes) & 0xFF];
-  return crc ^ ones;
+  return crc ^ inversion;
 }
 
 namespace {

@@ -44,21 +44,21 @@ constexpr uint64_t quotient_of_x96() {
 // long; with 256, the same time (bench/crc32_bench.cpp).
 constexpr int64_t kShortBytes = 512;
 
-struct ShareOfOnes {
+struct InversionEffect {
   uint32_t crc[kShortBytes + 1];
 };
 
-constexpr ShareOfOnes make_share_of_ones() {
-  ShareOfOnes table{};
+constexpr InversionEffect make_inversion_effect() {
+  InversionEffect table{};
   uint32_t crc = 0xFFFFFFFF;
-  for (uint32_t &share : table.crc) {
-    share = ~crc;
+  for (uint32_t &effect : table.crc) {
+    effect = ~crc;
     crc = times_x8(crc);
   }
   return table;
 }
 
-inline constexpr ShareOfOnes kShareOfOnes = make_share_of_ones();
+inline constexpr InversionEffect kInversionEffect = make_inversion_effect();
 
 }  // namespace mub::crc
 

@@ -19,19 +19,19 @@
 
 namespace mub::crc {
 
-// The register after `length` >= 1 bytes. It starts at `ones`, which is 0 or has all bits set, and is xored
-// with it at the end: 0 gives the hash of a key, all ones give the checksum.
-using ChecksumFn = uint32_t (*)(uint32_t ones, const uint8_t *bytes, int64_t length);
+// The register after `length` >= 1 bytes. `inversion` is xored into it at the start and at the end: 0 gives
+// the hash of a key, all ones give the checksum.
+using ChecksumFn = uint32_t (*)(uint32_t inversion, const uint8_t *bytes, int64_t length);
 
 // Slicing by 16: sixteen independent table look-ups per sixteen bytes, on any processor.
-uint32_t checksum_sliced(uint32_t ones, const uint8_t *bytes, int64_t length);
+uint32_t checksum_sliced(uint32_t inversion, const uint8_t *bytes, int64_t length);
 
 #if MUB_CRC_X86
 // Carry-less multiplication, in 128-bit or in 512-bit registers.
-uint32_t checksum_folded_128(uint32_t ones, const uint8_t *bytes, int64_t length);
-uint32_t checksum_folded_512(uint32_t ones, const uint8_t *bytes, int64_t length);
+uint32_t checksum_folded_128(uint32_t inversion, const uint8_t *bytes, int64_t length);
+uint32_t checksum_folded_512(uint32_t inversion, const uint8_t *bytes, int64_t length);
 
-// The fastest of these for ones = 0, with the shortest path for keys; requires can_fold_128().
+// The fastest of these for inversion = 0, with the shortest path for keys; requires can_fold_128().
 uint32_t hash_folded(const uint8_t *bytes, int64_t length);
 
 // The processor's features are bits of a word that the compiler's runtime initialises at load time.

@@ -260,21 +260,23 @@ MUB_TARGET_512 uint32_t register_long_512(uint32_t start, const uint8_t *bytes, 
   return reduced_quarters(times_xor(c, load_512(powers + 8), times_xor(d, load_512(powers + 12), ab)));
 }
 
-// What `ones`, at the start and at the end, changes in the hash of a short run.
-uint32_t share_of_ones(uint32_t ones, int64_t length) { return kShareOfOnes.crc[length] & ones; }
+// What `inversion`, at the start and at the end, changes in the hash of a short run.
+uint32_t inversion_effect(uint32_t inversion, int64_t length) {
+  return kInversionEffect.crc[length] & inversion;
+}
 
 }  // namespace
 
-MUB_TARGET_128 uint32_t checksum_folded_128(uint32_t ones, const uint8_t *bytes, int64_t length) {
-  if (length <= kTinyBytes) return hash_tiny(bytes, length) ^ share_of_ones(ones, length);
-  if (length <= kShortBytes) return hash_of_blocks(bytes, length) ^ share_of_ones(ones, length);
-  return register_long_128(ones, bytes, length) ^ ones;
+MUB_TARGET_128 uint32_t checksum_folded_128(uint32_t inversion, const uint8_t *bytes, int64_t length) {
+  if (length <= kTinyBytes) return hash_tiny(bytes, length) ^ inversion_effect(inversion, length);
+  if (length <= kShortBytes) return hash_of_blocks(bytes, length) ^ inversion_effect(inversion, length);
+  return register_long_128(inversion, bytes, length) ^ inversion;
 }
 
-MUB_TARGET_512 uint32_t checksum_folded_512(uint32_t ones, const uint8_t *bytes, int64_t length) {
-  if (length <= kTinyBytes) return hash_tiny(bytes, length) ^ share_of_ones(ones, length);
-  if (length <= kShortBytes) return hash_of_blocks_512(bytes, length) ^ share_of_ones(ones, length);
-  return register_long_512(ones, bytes, length) ^ ones;
+MUB_TARGET_512 uint32_t checksum_folded_512(uint32_t inversion, const uint8_t *bytes, int64_t length) {
+  if (length <= kTinyBytes) return hash_tiny(bytes, length) ^ inversion_effect(inversion, length);
+  if (length <= kShortBytes) return hash_of_blocks_512(bytes, length) ^ inversion_effect(inversion, length);
+  return register_long_512(inversion, bytes, length) ^ inversion;
 }
 
 MUB_TARGET_128 uint32_t hash_folded(const uint8_t *bytes, int64_t length) {

@@ -7,8 +7,8 @@
 namespace mub::crc {
 
 #if MUB_CRC_X86
-uint32_t emulated_folded_128(uint32_t ones, const uint8_t *bytes, int64_t length);
-uint32_t emulated_folded_512(uint32_t ones, const uint8_t *bytes, int64_t length);
+uint32_t emulated_folded_128(uint32_t inversion, const uint8_t *bytes, int64_t length);
+uint32_t emulated_folded_512(uint32_t inversion, const uint8_t *bytes, int64_t length);
 inline constexpr Variant kEmulated = {"emulated_folded_512", can_fold_128, emulated_folded_512};
 #else
 inline constexpr Variant kEmulated = kVariants[0];

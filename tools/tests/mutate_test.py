@@ -101,9 +101,9 @@ class Places(unittest.TestCase):
 
     def test_are_chosen_by_the_seed(self):
         self.places(CODE)
-        self.assertEqual(mutate.drawn(self.root, "bits", 1), mutate.drawn(self.root, "bits", 1))
-        self.assertNotEqual(mutate.drawn(self.root, "bits", 1), mutate.drawn(self.root, "bits", 2))
-        for mutant in mutate.drawn(self.root, "bits", 1):
+        self.assertEqual(mutate.shuffled_mutants(self.root, "bits", 1), mutate.shuffled_mutants(self.root, "bits", 1))
+        self.assertNotEqual(mutate.shuffled_mutants(self.root, "bits", 1), mutate.shuffled_mutants(self.root, "bits", 2))
+        for mutant in mutate.shuffled_mutants(self.root, "bits", 1):
             self.assertNotEqual(mutants.changed_source(CODE.encode(), *mutant), CODE.encode())
 
     def test_survive_if_no_test_detects_them(self):
