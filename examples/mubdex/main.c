@@ -16,8 +16,7 @@
 #include "report.h"
 #include "word_index.h"
 
-/* Present on every Debian system. */
-static char default_text[] = "/usr/share/common-licenses/GPL-3";
+static char standard_input[] = "-";
 
 /* The texts and their index. */
 typedef struct program {
@@ -267,7 +266,7 @@ static bool needs_lines(const mubdex_options *options) {
 }
 
 int main(int argc, char **argv) {
-  char *default_files[] = {default_text};
+  char *default_files[] = {standard_input};
   mubdex_options options;
   const int parsed = parse_options(argc, argv, &options);
   if (parsed != EXIT_DONE) return parsed;

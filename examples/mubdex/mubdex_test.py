@@ -78,16 +78,17 @@ class Mubdex(unittest.TestCase):
             self.assertEqual(content["vocabulary"], len(expected))
             self.assertEqual([(top["word"], top["count"]) for top in content["top"]], expected[:20])
 
-    def test_default_text_standard_input_and_several_files(self):
+    def test_standard_input_and_several_files(self):
         with open(TEXT, "rb") as file:
             text = file.read()
-        self.assertEqual(report(), report("-", text=text))
+        for arguments in (), ("-",):
+            self.assertEqual(report(*arguments, text=text), report(TEXT))
         copy = self.path("copy.txt", text)
         self.assertEqual(report(TEXT, copy)["words"], 2 * report(TEXT)["words"])
         link = self.path("link.txt")
         os.symlink(copy, link)
         self.assertEqual(report(TEXT, copy, TEXT, link), report(TEXT, copy))
-        self.assertIn(b"the\n", run().stdout)
+        self.assertIn(b"the\n", run(text=text).stdout)
         self.assertEqual(report("-", text=b" 12 ")["vocabulary"], 0)
 
     def test_words_end_with_the_text_and_may_be_long(self):
