@@ -64,7 +64,8 @@ export function load({ library, api }) {
   description.callbacks.forEach(declareCallback);
   const functions = description.functions.map((found) => {
     const { name, returns, parameters } = found;
-    const call = native.func(name, isPointer(returns.type) ? "void *" : returns.type, parameters.map(passed));
+    const result = returns.type === "const char *" ? "str" : isPointer(returns.type) ? "void *" : returns.type;
+    const call = native.func(name, result, parameters.map(passed));
     return [name, checked(found, call)];
   });
 

@@ -32,6 +32,8 @@ test("every described function is declared", () => {
   for (const { name } of mub.description.functions) assert.equal(typeof mub[name], "function", name);
 });
 
+test("texts are returned as strings", () => assert.equal(mub.mub_version(), mub.description.version));
+
 test("a hash table stores, finds, lists and removes keys", () =>
   withHash((hash) => {
     const expected = new Map(Array.from({ length: 1000 }, (_, i) => [`key ${i}`, i + 1]));

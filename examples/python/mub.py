@@ -5,14 +5,17 @@
     mub.mub_hash_init(words, 1, 0)
 
 A record is a ctypes structure, passed as it is; keep it alive until its _term. For a pointer to a number or to
-a pointer, pass an instance of that ctypes type, which receives the result. Keys and texts are bytes. For a
-callback, pass mub.callback("mub_free_fn", function).
+a pointer, pass an instance of that ctypes type, which receives the result; for const char **, a c_char_p.
+Keys and texts are bytes. For a callback, pass mub.callback("mub_free_fn", function).
+
+The library is that of `path`; without one, that of the prefix where the file is installed, or the system's.
 """
 
 import ctypes
 import json
 import re
 import threading
+from pathlib import Path
 
 NUMBERS = {"void": None, "char": ctypes.c_char, "int": ctypes.c_int, "float": ctypes.c_float,
            "double": ctypes.c_double, "int16_t": ctypes.c_int16, "int64_t": ctypes.c_int64,
@@ -24,7 +27,7 @@ class Library:
     def __init__(self, api, path=None):
         with open(api, encoding="utf-8") as file:
             self.api = json.load(file)
-        self._native = ctypes.CDLL(path or self.api["soname"])
+        self._native = ctypes.CDLL(path or self._installed(api))
         self._thread = threading.local()  # `fault`: the exception of a callback
         self._types = dict(NUMBERS)
         # Records refer to each other, so all of them exist before the first one gets its fields.
@@ -40,8 +43,16 @@ class Library:
             if "..." not in [parameter["type"] for parameter in function["parameters"]]:
                 setattr(self, function["name"], self._function(function))
 
+    def _installed(self, api):
+        """The library in the prefix that has share/mub/mub-api.json. Its directory depends on the system."""
+        prefix = Path(api).resolve().parent.parent.parent
+        found = [path for lib in ("lib", "lib64", "lib/*-linux-*") for path in prefix.glob(f"{lib}/{self.api['soname']}")]
+        return str(found[0]) if found else self.api["soname"]
+
     def _type(self, declared):
         """The ctypes type of a C type: "const mub_hash *", "uint64_t[4]", "const uint32_t (*)[4]"."""
+        if declared == "const char **":
+            return ctypes.POINTER(ctypes.c_char_p)
         declared = re.sub(r"\bconst\b", "", declared).strip()
         if declared == "void *":
             return ctypes.c_void_p

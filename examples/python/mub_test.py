@@ -43,6 +43,15 @@ class Binding(unittest.TestCase):
         self.assertEqual(1, mub.mub_hash_find(self.table, b"", 0))
         self.assertTrue(mub.mub_hash_free(self.table, None, 0, None))
 
+    def test_a_text_is_stored_in_a_c_char_p(self):
+        fault = ctypes.c_char_p()
+        self.assertEqual(1, mub.mub_hash_verify(self.table, fault))
+        self.assertIsNone(fault.value)
+        self.table.count += 1
+        self.assertEqual(0, mub.mub_hash_verify(self.table, fault))
+        self.assertIn(b"fewer blocks in use", fault.value)
+        self.table.count -= 1
+
     def test_a_callback_may_raise(self):
         mub.mub_hash_insert(self.table, b"key", -1, 1)
         with self.assertRaises(ZeroDivisionError):

@@ -1,6 +1,8 @@
 """Prints the words of a text that begin with PREFIX, with their lines, and then the most frequent words.
 
-    word_index.py MUB_API PREFIX <text
+    word_index.py MUB_API PREFIX [LIBRARY] <text
+
+LIBRARY is the path of the shared library, if it is not in the prefix that has MUB_API.
 """
 
 import ctypes
@@ -68,4 +70,6 @@ def main(api, prefix, library=None):
 
 
 if __name__ == "__main__":
+    if not 3 <= len(sys.argv) <= 4:
+        sys.exit("usage: word_index.py MUB_API PREFIX [LIBRARY] <text")
     main(*sys.argv[1:])
