@@ -186,6 +186,11 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
  public:
   using unit_type = typename Traits::unit;
   using view_type = typename Traits::view;
+  using value_type = unit_type;
+  using size_type = std::int64_t;
+  using difference_type = std::int64_t;
+  using reference = unit_type &;
+  using const_reference = const unit_type &;
   using iterator = unit_type *;
   using const_iterator = const unit_type *;
   using base::c;
@@ -194,7 +199,7 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
   buffer() noexcept : base(std::in_place) {}
 
   /** Constructs a buffer with a copy of a text; it is empty if memory ran out. */
-  explicit buffer(view_type text) : buffer() { Traits::copy(c(), units(text), length(text)); }
+  explicit buffer(view_type text) : buffer() { Traits::copy(c(), units(text), length_of(text)); }
 
   /** Returns a copy with at least the same capacity; empty if memory ran out. See mub_string_clone(). */
   [[nodiscard]] Derived clone() const {
@@ -204,7 +209,10 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
   }
 
   /** Returns the number of units of content. */
+  ///@{
   std::int64_t size() const noexcept { return c()->length; }
+  std::int64_t length() const noexcept { return c()->length; }
+  ///@}
   /** Checks whether there is no content. */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
   /** Returns the number of units that fit without another allocation. */
@@ -250,7 +258,7 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
 
   /** Appends a text to the content, which is unchanged if memory runs out; see mub_string_append(). */
   ///@{
-  void append(view_type text) { Traits::append(c(), units(text), length(text)); }
+  void append(view_type text) { Traits::append(c(), units(text), length_of(text)); }
   Derived &operator+=(view_type text) {
     append(text);
     return static_cast<Derived &>(*this);
@@ -273,7 +281,7 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
    * above size(), the text is empty, or memory ran out. See mub_string_insert().
    */
   bool insert(std::int64_t position, view_type text) {
-    return Traits::insert(c(), position, units(text), length(text)) != 0;
+    return Traits::insert(c(), position, units(text), length_of(text)) != 0;
   }
 
   /**
@@ -281,7 +289,7 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
    * mub_wchar_update() or mub_stream_update().
    */
   bool update(std::int64_t position, std::int64_t count, view_type text) {
-    return Traits::update(c(), position, count, units(text), length(text)) != 0;
+    return Traits::update(c(), position, count, units(text), length_of(text)) != 0;
   }
 
   /**
@@ -305,10 +313,19 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
   }
 
  protected:
+  // Texts other than buffers of this kind, which are moved.
+  template <class Text>
+  using if_text =
+      std::enable_if_t<std::is_convertible_v<const Text &, view_type> && !std::is_base_of_v<buffer, Text>>;
+
+  Derived &set(view_type text) {
+    Traits::copy(c(), units(text), length_of(text));
+    return static_cast<Derived &>(*this);
+  }
   static const typename Traits::stored *units(view_type text) noexcept {
     return reinterpret_cast<const typename Traits::stored *>(text.data());
   }
-  static std::int64_t length(view_type text) noexcept { return static_cast<std::int64_t>(text.size()); }
+  static std::int64_t length_of(view_type text) noexcept { return static_cast<std::int64_t>(text.size()); }
 };
 
 }  // namespace detail
@@ -322,6 +339,12 @@ class string : public detail::buffer<string, detail::string_traits> {
   using buffer::buffer;
   using buffer::find;
 
+  /** Replaces the content with a text; the content is unchanged if memory runs out. */
+  template <class Text, class = if_text<Text>>
+  string &operator=(const Text &text) {
+    return set(text);
+  }
+
   /** Returns the NUL-terminated content, valid until the buffer grows; never nullptr. */
   const char *c_str() const noexcept { return c()->data != nullptr ? c()->data : ""; }
 
@@ -329,7 +352,7 @@ class string : public detail::buffer<string, detail::string_traits> {
    * Replaces the content with a text. Returns false, and nothing changes, if memory ran out; see
    * mub_string_copy().
    */
-  bool assign(std::string_view text) { return mub_string_copy(c(), text.data(), length(text)) != 0; }
+  bool assign(std::string_view text) { return mub_string_copy(c(), text.data(), length_of(text)) != 0; }
 
   /** Appends a character; see mub_string_append_char(). */
   void append_char(char character) { mub_string_append_char(c(), character); }
@@ -348,9 +371,9 @@ class string : public detail::buffer<string, detail::string_traits> {
   double get_double(double otherwise = 0) const { return mub_string_get_double(c(), otherwise); }
 
   /** Compares the content with a text; see mub_string_compare(). */
-  int compare(std::string_view text) const { return mub_string_compare(c(), text.data(), length(text)); }
+  int compare(std::string_view text) const { return mub_string_compare(c(), text.data(), length_of(text)); }
   /** Compares the content with a text without regard to case; see mub_string_icompare(). */
-  int icompare(std::string_view text) const { return mub_string_icompare(c(), text.data(), length(text)); }
+  int icompare(std::string_view text) const { return mub_string_icompare(c(), text.data(), length_of(text)); }
 
   /**
    * Returns the index of the first occurrence of a text at or after `start`; -1 if there is none. An empty
@@ -358,7 +381,7 @@ class string : public detail::buffer<string, detail::string_traits> {
    */
   std::int64_t find(std::string_view text, std::int64_t start = 0) const {
     if (text.empty()) return detail::find_empty(start, size());
-    return mub_string_find_pos(c(), text.data(), length(text), start);
+    return mub_string_find_pos(c(), text.data(), length_of(text), start);
   }
 
   /**
@@ -384,8 +407,14 @@ class wchar : public detail::buffer<wchar, detail::wchar_traits> {
  public:
   using buffer::buffer;
 
+  /** Replaces the content with a text; the content is unchanged if memory runs out. */
+  template <class Text, class = if_text<Text>>
+  wchar &operator=(const Text &text) {
+    return set(text);
+  }
+
   /** Replaces the content with a text; it is unchanged if memory runs out. See mub_wchar_copy(). */
-  void assign(std::u16string_view text) { mub_wchar_copy(c(), units(text), length(text)); }
+  void assign(std::u16string_view text) { mub_wchar_copy(c(), units(text), length_of(text)); }
 
   using buffer::append;
   /** Appends a narrow text, whose bytes are widened as signed chars; see mub_wchar_append_str(). */
@@ -396,9 +425,11 @@ class wchar : public detail::buffer<wchar, detail::wchar_traits> {
   void append_integer(std::int64_t value) { mub_wchar_append_integer(c(), value); }
 
   /** Compares the content with a text; see mub_wchar_compare(). */
-  int compare(std::u16string_view text) const { return mub_wchar_compare(c(), units(text), length(text)); }
+  int compare(std::u16string_view text) const { return mub_wchar_compare(c(), units(text), length_of(text)); }
   /** Compares the content with a text without regard to case; see mub_wchar_icompare(). */
-  int icompare(std::u16string_view text) const { return mub_wchar_icompare(c(), units(text), length(text)); }
+  int icompare(std::u16string_view text) const {
+    return mub_wchar_icompare(c(), units(text), length_of(text));
+  }
 
   /**
    * Removes white space at both ends, and units of 0 at the end. Returns whether anything was removed; see
@@ -417,10 +448,16 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
  public:
   using buffer::buffer;
 
+  /** Replaces the content with a text; the content is unchanged if memory runs out. */
+  template <class Text, class = if_text<Text>>
+  stream &operator=(const Text &text) {
+    return set(text);
+  }
+
   /**
    * Replaces the content with a range of bytes; it is unchanged if memory runs out. See mub_stream_copy().
    */
-  void assign(std::string_view bytes) { mub_stream_copy(c(), bytes.data(), length(bytes)); }
+  void assign(std::string_view bytes) { mub_stream_copy(c(), bytes.data(), length_of(bytes)); }
 
   /**
    * Sets the length to `size`, allocating if needed; false, and nothing changes, if memory ran out. New bytes

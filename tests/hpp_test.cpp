@@ -387,6 +387,8 @@ TEST(CppTexts, CompareHashAndPrintAsViews) {
   (text += text) += 'c';
   text[0] = 'A';
   EXPECT_TRUE("Ababc" == text && std::string(text.cbegin(), text.cend()) == text);
+  std::copy(wide.begin(), wide.end(), std::back_inserter(text = text.view().substr(1, 2)));
+  EXPECT_TRUE(text == "baabcd" && text.length() == 6);
 }
 
 // Can only be moved. The objects that exist are known, and one that is constructed later can throw.
