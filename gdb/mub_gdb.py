@@ -1121,7 +1121,7 @@ def container_at(expression):
         record = record_in(record) or record
     family = FAMILIES.get(type_name(record.type))
     if family is None or not (isinstance(family, type) and issubclass(family, Walked)):
-        raise gdb.GdbError(f"{expression} is a {type_name(record.type)}, not a container that can be checked or drawn")
+        raise gdb.GdbError(f"{expression} is not a container that can be checked or drawn, but has the type {type_name(record.type)}")
     return family(record)
 
 

@@ -302,7 +302,7 @@ class Live(unittest.TestCase):
 
     def test_commands_report_wrong_arguments(self):
         for command, answer in (("mub dot filled.array", "mub_array cannot be drawn"), ("mub dot", "expected a container"),
-                                ("mub check outside", "not a container of libmub"), ("mub dot hash_pointer > /no/such/file", "No such file"),
+                                ("mub check outside", "not a container that can be checked or drawn, but has the type int"), ("mub dot hash_pointer > /no/such/file", "No such file"),
                                 ("mub check nothing", 'No symbol "nothing"')):
             self.assertIn(answer, look([command], 1)[0])
         self.assertIn("mub dot VAR", look(["help mub"], 1)[0])
