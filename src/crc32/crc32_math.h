@@ -40,8 +40,8 @@ constexpr uint64_t quotient_of_x96() {
 
 // How the register after 0, 1, 2 … bytes changes if it starts with all ones and is inverted at the end. The
 // register is linear in its start, so xor with this value turns the hash of a run, which starts at 0, into
-// its checksum. Longer ranges are folded in wider steps. With a limit of 1024 instead, 1 KiB takes 1.1 times as
-// long; with 256, the same time (bench/crc32_bench.cpp).
+// its checksum. Longer ranges are folded in wider steps. With a limit of 1024 instead, 1 KiB takes 1.1 times
+// as long; with 256, the same time (bench/crc32_bench.cpp).
 constexpr int64_t kShortBytes = 512;
 
 struct InversionEffect {
