@@ -70,7 +70,7 @@
 #define MUB_INLINE static inline
 #endif
 
-/* What is idiomatic in C is none of the including C++ program's warnings. */
+/* The C idioms below must not cause warnings in C++ programs that include this header. */
 #if defined(__cplusplus) && defined(__GNUC__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wold-style-cast"

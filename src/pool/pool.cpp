@@ -77,7 +77,8 @@ void raise_blocks_per_chunk(mub_pool &pool) {
   pool.blocks_per_chunk = std::max(pool.blocks_per_chunk, kMinBlocksPerChunk);
 }
 
-void *pop_poisoned(mub_pool &pool) {
+// The block may be poisoned.
+void *pop_free(mub_pool &pool) {
   if (pool.free_count == 0) return nullptr;
   if (pool.free_used > 0) return free_page(pool, pool.free_count - 1)[--pool.free_used];
   // The last page is empty and the one before it full.
@@ -87,12 +88,6 @@ void *pop_poisoned(mub_pool &pool) {
   }
   pool.free_used = pool.blocks_per_chunk - 1;
   return free_page(pool, pool.free_count - 1)[pool.free_used];
-}
-
-void *pop_free(mub_pool &pool) {
-  void *block = pop_poisoned(pool);
-  unpoison_block(pool, block);
-  return block;
 }
 
 // Poisons the blocks of the last chunk that were not carved yet.
@@ -183,8 +178,8 @@ void *take_slowly(mub_pool &pool) {
     const bool full = pool.chunk_used < 0 || pool.chunk_used >= pool.blocks_per_chunk;
     if (full && !open_chunk(pool)) return nullptr;
     block = block_at(pool, pool.chunk_count - 1, pool.chunk_used++);
-    unpoison_block(pool, block);
   }
+  unpoison_block(pool, block);
   ++pool.live_count;
   return block;
 }
@@ -302,7 +297,11 @@ void mub_pool_expand(int64_t *group) {
   pool::expand({group[0], group[1], group[2], *reinterpret_cast<void ***>(group + 3)});
 }
 
-void *mub_pool_from_empty(mub_pool *pool) { return pool::pop_free(*pool); }
+void *mub_pool_from_empty(mub_pool *pool) {
+  void *block = pool::pop_free(*pool);
+  pool::unpoison_block(*pool, block);
+  return block;
+}
 
 void mub_pool_swap(mub_pool *a, mub_pool *b) { pool::swap(*a, *b); }
 
