@@ -199,7 +199,7 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
   buffer() noexcept : base(std::in_place) {}
 
   /** Constructs a buffer with a copy of a text; it is empty if memory ran out. */
-  explicit buffer(view_type text) : buffer() { Traits::copy(c(), units(text), length_of(text)); }
+  explicit buffer(view_type text) : buffer() { set(text); }
 
   /** Returns a copy with at least the same capacity; empty if memory ran out. See mub_string_clone(). */
   [[nodiscard]] Derived clone() const {
@@ -414,7 +414,7 @@ class wchar : public detail::buffer<wchar, detail::wchar_traits> {
   }
 
   /** Replaces the content with a text; it is unchanged if memory runs out. See mub_wchar_copy(). */
-  void assign(std::u16string_view text) { mub_wchar_copy(c(), units(text), length_of(text)); }
+  void assign(std::u16string_view text) { set(text); }
 
   using buffer::append;
   /** Appends a narrow text, whose bytes are widened as signed chars; see mub_wchar_append_str(). */
@@ -457,7 +457,7 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
   /**
    * Replaces the content with a range of bytes; it is unchanged if memory runs out. See mub_stream_copy().
    */
-  void assign(std::string_view bytes) { mub_stream_copy(c(), bytes.data(), length_of(bytes)); }
+  void assign(std::string_view bytes) { set(bytes); }
 
   /**
    * Sets the length to `size`, allocating if needed; false, and nothing changes, if memory ran out. New bytes
