@@ -268,7 +268,7 @@ struct word_access {
 
 /** The members that all arrays have in common. */
 template <class Derived>
-class indexed {
+class indexed : public reversible<Derived> {
  public:
   /** Returns the first item, in an array that is not empty. */
   ///@{
@@ -595,6 +595,12 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
 
   /** Calls `release` with every item that is not 0, then removes all; see mub_arrays_free_all(). */
   void free_all(mub_free_fn release) { mub_arrays_free_all(c(), release); }
+
+  /** Returns the table of items, valid until the array grows; nullptr while nothing is allocated. */
+  ///@{
+  std::uint64_t *data() noexcept { return c()->items; }
+  const std::uint64_t *data() const noexcept { return c()->items; }
+  ///@}
 
   /** Returns the item at an index from 0 to size() - 1, which is not checked. */
   ///@{

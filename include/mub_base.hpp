@@ -343,6 +343,23 @@ class range {
   ///@}
 };
 
+/** The members of a container that follow from its begin() and end() if its iterators can step back. */
+template <class Derived>
+class reversible {
+ public:
+  /** Iterators from the last item to the first. */
+  ///@{
+  auto rbegin() { return std::make_reverse_iterator(self().end()); }
+  auto rbegin() const { return std::make_reverse_iterator(self().end()); }
+  auto rend() { return std::make_reverse_iterator(self().begin()); }
+  auto rend() const { return std::make_reverse_iterator(self().begin()); }
+  ///@}
+
+ private:
+  Derived &self() noexcept { return static_cast<Derived &>(*this); }
+  const Derived &self() const noexcept { return static_cast<const Derived &>(*this); }
+};
+
 /** The members that hash tables, B-trees and sorted arrays have in common. */
 template <class Derived, class Life, class Traits>
 class keyed : public owner<Derived, Life>, public range<Derived> {

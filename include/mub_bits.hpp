@@ -7,10 +7,12 @@
 #ifndef MUB_BITS_HPP
 #define MUB_BITS_HPP
 
+#include <bitset>
 #include <cstring>
 
 #include "mub_base.hpp"
 #include "mub_bits.h"
+#include "mub_each.h"
 
 namespace mub {
 inline namespace v1 {
@@ -27,21 +29,48 @@ struct bits_life {
   static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
 };
 
+// The number of a bit that is set; the end has a negative one.
+class bits_position {
+ public:
+  using category = std::forward_iterator_tag;
+  template <class Value>
+  using reference = std::uint32_t;
+
+  bits_position() = default;
+  explicit bits_position(const mub_bits *bits) noexcept : bits_(bits), next_(0) { step(); }
+
+  template <class Value>
+  std::uint32_t at() const noexcept {
+    return static_cast<std::uint32_t>(next_ - 1);
+  }
+  void step() noexcept { mub_each_set_bit(bits_, &next_); }
+  std::int64_t entry() const noexcept { return next_ - 1; }
+
+ private:
+  const mub_bits *bits_ = nullptr;
+  std::int64_t next_ = -1;
+};
+
 }  // namespace detail
 
 /** @addtogroup bits_hpp
  * @{ */
 
 /** A growable set of bits, numbered from 0, which owns its block; see mub_bits. */
-class bits : public detail::owner<bits, detail::bits_life> {
+class bits : public detail::owner<bits, detail::bits_life>, public detail::range<bits> {
  public:
+  using value_type = std::uint32_t;
+  using const_iterator = detail::iterator<detail::bits_position, const std::uint32_t>;
+  using iterator = const_iterator;
+
   /** Constructs an empty set; nothing is allocated. */
   bits() noexcept : owner(std::in_place) {}
 
   /** Returns a copy; empty if memory ran out. */
   [[nodiscard]] bits clone() const {
     bits copy;
-    if (c()->size != 0 && copy.reserve(c()->size)) std::memcpy(copy.c()->data, c()->data, c()->size);
+    if (!empty() && mub_bits_expand(copy.c(), c()->size) != 0)
+      std::memcpy(copy.c()->data, c()->data, c()->size);
     return copy;
   }
 
@@ -52,11 +81,26 @@ class bits : public detail::owner<bits, detail::bits_life> {
   /** Returns the size in bytes of 8 bits. */
   std::uint32_t size_bytes() const noexcept { return c()->size; }
 
-  /** Enlarges the set to at least `bytes` bytes; false if memory ran out. See mub_bits_expand(). */
-  [[nodiscard]] bool reserve(std::uint32_t bytes) { return mub_bits_expand(c(), bytes) != 0; }
+  /**
+   * Enlarges the set to at least `wanted` bits, from 0 to 2^32; false if memory ran out. See
+   * mub_bits_expand().
+   */
+  [[nodiscard]] bool reserve(std::int64_t wanted) {
+    return mub_bits_expand(c(), static_cast<std::uint32_t>((wanted + 7) / 8)) != 0;
+  }
 
   /** Checks whether a bit is set; see mub_bits_find(). */
+  ///@{
   bool test(std::uint32_t bit) const { return mub_bits_find(c(), bit) != 0; }
+  bool operator[](std::uint32_t bit) const { return test(bit); }
+  ///@}
+
+  /** Returns how many bits are set, in time proportional to the size. */
+  std::int64_t count() const noexcept {
+    std::size_t count = 0;
+    for (std::uint32_t i = 0; i < c()->size; ++i) count += std::bitset<8>(c()->data[i]).count();
+    return static_cast<std::int64_t>(count);
+  }
 
   /**
    * Sets or clears a bit, enlarging the set if needed. It is unchanged if memory runs out: call reserve()
@@ -66,6 +110,15 @@ class bits : public detail::owner<bits, detail::bits_life> {
 
   /** Clears all bits; the size is unchanged. See mub_bits_zero(). */
   void clear() { mub_bits_zero(c()); }
+
+  /**
+   * Iterators over the numbers of the bits that are set, in ascending order. Setting and clearing bits is
+   * allowed during an iteration, which visits those above its position as they are then.
+   */
+  ///@{
+  const_iterator begin() const noexcept { return const_iterator(detail::bits_position(c())); }
+  const_iterator end() const noexcept { return {}; }
+  ///@}
 };
 
 /** @} */

@@ -190,7 +190,8 @@ class btree_position {
  * them.
  */
 template <class Traits>
-class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits> {
+class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits>,
+                    public detail::reversible<basic_btree<Traits>> {
   using base = detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits>;
   using place = detail::btree_position<Traits>;
 
@@ -283,14 +284,6 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
   const_iterator begin() const { return const_iterator(place::first(c())); }
   iterator end() noexcept { return iterator(place(c())); }
   const_iterator end() const noexcept { return const_iterator(place(c())); }
-  ///@}
-
-  /** Iterators over all records, from the greatest key down. */
-  ///@{
-  reverse_iterator rbegin() { return reverse_iterator(end()); }
-  const_reverse_iterator rbegin() const { return const_reverse_iterator(end()); }
-  reverse_iterator rend() { return reverse_iterator(begin()); }
-  const_reverse_iterator rend() const { return const_reverse_iterator(begin()); }
   ///@}
 };
 

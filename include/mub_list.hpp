@@ -159,7 +159,7 @@ struct list_life {
 
 /** The members that all lists have in common. */
 template <class Derived, class Traits>
-class linked : public owner<Derived, list_life<Traits>>, public range<Derived> {
+class linked : public owner<Derived, list_life<Traits>>, public range<Derived>, public reversible<Derived> {
   using base = owner<Derived, list_life<Traits>>;
   using place = typename Traits::position;
 
@@ -224,14 +224,6 @@ class linked : public owner<Derived, list_life<Traits>>, public range<Derived> {
   const_iterator begin() const noexcept { return const_iterator(place(c(), c()->head)); }
   iterator end() noexcept { return iterator(place(c(), nullptr)); }
   const_iterator end() const noexcept { return const_iterator(place(c(), nullptr)); }
-  ///@}
-
-  /** Iterators from the tail. */
-  ///@{
-  reverse_iterator rbegin() noexcept { return reverse_iterator(end()); }
-  const_reverse_iterator rbegin() const noexcept { return const_reverse_iterator(end()); }
-  reverse_iterator rend() noexcept { return reverse_iterator(begin()); }
-  const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
   ///@}
 };
 

@@ -108,6 +108,23 @@ struct stream_traits {
 // derived from it, and the other converts to its view.
 struct textual {};
 
+/** The members that strings, streams and views have in common. */
+template <class Derived, class View>
+class searchable : public textual {
+ public:
+  /** Checks whether the content begins with a text. */
+  bool starts_with(View text) const noexcept { return view().substr(0, text.size()) == text; }
+  /** Checks whether the content ends with a text. */
+  bool ends_with(View text) const noexcept {
+    return view().size() >= text.size() && view().substr(view().size() - text.size()) == text;
+  }
+  /** Checks whether a text occurs in the content. */
+  bool contains(View text) const noexcept { return view().find(text) != View::npos; }
+
+ private:
+  View view() const noexcept { return static_cast<const Derived &>(*this).view(); }
+};
+
 template <class Text>
 constexpr bool is_textual = std::is_base_of_v<textual, Text>;
 
@@ -180,7 +197,10 @@ struct buffer_life {
 
 /** The members that strings and streams have in common; sizes and positions are in units. */
 template <class Derived, class Traits>
-class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>, public textual {
+class buffer : public owner<Derived, buffer_life<Traits>>,
+               public range<Derived>,
+               public reversible<Derived>,
+               public searchable<Derived, typename Traits::view> {
   using base = owner<Derived, buffer_life<Traits>>;
 
  public:
@@ -239,6 +259,14 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
   const unit_type &operator[](std::int64_t index) const noexcept { return data()[index]; }
   ///@}
 
+  /** Returns the first or the last unit of content that is not empty. */
+  ///@{
+  unit_type &front() noexcept { return data()[0]; }
+  const unit_type &front() const noexcept { return data()[0]; }
+  unit_type &back() noexcept { return data()[size() - 1]; }
+  const unit_type &back() const noexcept { return data()[size() - 1]; }
+  ///@}
+
   /** Iterators over the units of the content, valid until the buffer grows. */
   ///@{
   iterator begin() noexcept { return data(); }
@@ -275,6 +303,9 @@ class buffer : public owner<Derived, buffer_life<Traits>>, public range<Derived>
     return static_cast<Derived &>(*this);
   }
   ///@}
+
+  /** Removes the last unit; does nothing if there is none. */
+  void pop_back() { Traits::shrink(c(), size() - 1); }
 
   /**
    * Inserts a text before a position. Returns false, and nothing changes, if the position is negative or
@@ -497,7 +528,9 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
  * A non-owning view of a span of text; see mub_stringx. It is copied like a pointer, and must not be used
  * after the text has moved or was released, which is not checked.
  */
-class stringx : public detail::textual, public detail::range<stringx> {
+class stringx : public detail::range<stringx>,
+                public detail::reversible<stringx>,
+                public detail::searchable<stringx, std::string_view> {
  public:
   using view_type = std::string_view;
   using const_iterator = const char *;
@@ -506,6 +539,7 @@ class stringx : public detail::textual, public detail::range<stringx> {
   stringx() noexcept { mub_stringx_init(&view_); }
   /** Constructs a view of a whole text. */
   stringx(std::string_view text) noexcept : view_{text.data(), 0, static_cast<std::int64_t>(text.size())} {}
+  stringx(const char *text) noexcept : stringx(std::string_view(text)) {}
 
   /** Returns the record, for use with the C functions. */
   ///@{

@@ -55,7 +55,7 @@ auto add(Keyed &keyed, int n) -> decltype(keyed.get({}), true) {
   return keyed.insert(key_at<typename Keyed::key_type>(n), static_cast<uint64_t>(n));
 }
 template <class Sequence>
-auto add(Sequence &sequence, int n) -> decltype(sequence.pop_back(), sequence.push_back(uint64_t{}), true) {
+auto add(Sequence &sequence, int n) -> decltype(static_cast<bool>(sequence.push_back(uint64_t{}))) {
   return sequence.push_back(static_cast<uint64_t>(n));
 }
 template <class Text>
