@@ -60,7 +60,7 @@ class MubIntegers {
  private:
   void clear_record() {
     mub_btreex_init(&tree_, 1, 1, 0);
-    tree_.key_type = 4;
+    tree_.key_type = MUB_KEY_UINT64;
   }
   mub_btreex tree_;
 };

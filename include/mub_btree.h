@@ -932,12 +932,20 @@ MUB_API int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry
 /**
  * @defgroup btreed mub_btreed: an ordered map from 32-bit numbers to 64-bit values
  *
- * An ordered map whose keys are 32-bit numbers. `key_type` determines how keys are compared: 1 as signed, 2
- * as unsigned, 5 as floating-point numbers. With any other type all keys are equal, so only one can be
- * inserted. Pass the bits of a floating-point key. A NaN is equal to every key: do not insert one.
+ * An ordered map whose keys are 32-bit numbers. `key_type` determines how keys are compared: MUB_KEY_INT32 as
+ * signed, MUB_KEY_UINT32 as unsigned, MUB_KEY_FLOAT as floating-point numbers. With any other type all keys
+ * are equal, so only one can be inserted. Pass the bits of a floating-point key. A NaN is equal to every key:
+ * do not insert one.
  *
  * @{
  */
+
+/** A value of `key_type`: keys compare as 32-bit signed numbers. */
+#define MUB_KEY_INT32 1
+/** A value of `key_type`: keys compare as 32-bit unsigned numbers. */
+#define MUB_KEY_UINT32 2
+/** A value of `key_type`: the bits of a key are those of a `float`. */
+#define MUB_KEY_FLOAT 5
 
 /**
  * A record: a key and its value.
@@ -969,7 +977,7 @@ typedef struct mub_btreed {
   uint16_t owns_node_pool;  /**< 1: created by `_init`, released by `_term` */
   mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
   uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
-  uint32_t key_type;        /**< 1 signed, 2 unsigned, 5 floating point; set it before the first insertion */
+  uint32_t key_type;        /**< MUB_KEY_INT32 by default; set it before the first insertion */
 } mub_btreed;
 
 /** A position in a tree: at a record, before the first or after the last. */
@@ -980,7 +988,7 @@ typedef struct mub_btreed_cursor {
 } mub_btreed_cursor;
 
 /**
- * Initialises an empty tree of signed keys, with `key_type` 1.
+ * Initialises an empty tree of signed keys, with `key_type` MUB_KEY_INT32.
  *
  * The root has room for 32 children.
  *
@@ -1719,11 +1727,18 @@ MUB_API int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_en
 /**
  * @defgroup btreex mub_btreex: an ordered map from 64-bit numbers to 64-bit values
  *
- * An ordered map whose keys are 64-bit numbers. `key_type` determines how keys are compared: 3 as signed, 4
- * as unsigned, 6 as floating-point numbers. Otherwise like mub_btreed.
+ * An ordered map whose keys are 64-bit numbers. `key_type` determines how keys are compared: MUB_KEY_INT64 as
+ * signed, MUB_KEY_UINT64 as unsigned, MUB_KEY_DOUBLE as floating-point numbers. Otherwise like mub_btreed.
  *
  * @{
  */
+
+/** A value of `key_type`: keys compare as 64-bit signed numbers. */
+#define MUB_KEY_INT64 3
+/** A value of `key_type`: keys compare as 64-bit unsigned numbers. */
+#define MUB_KEY_UINT64 4
+/** A value of `key_type`: the bits of a key are those of a `double`. */
+#define MUB_KEY_DOUBLE 6
 
 /**
  * A record: a key and its value.
@@ -1755,7 +1770,7 @@ typedef struct mub_btreex {
   uint16_t owns_node_pool;  /**< 1: created by `_init`, released by `_term` */
   mub_pool *value_pool;     /**< the pool of the values; NULL if there is none */
   uint16_t owns_value_pool; /**< 1: created by `_init`, released by `_term` */
-  uint32_t key_type;        /**< 3 signed, 4 unsigned, 6 floating point; set it before the first insertion */
+  uint32_t key_type;        /**< MUB_KEY_INT64 by default; set it before the first insertion */
 } mub_btreex;
 
 /** A position in a tree: at a record, before the first or after the last. */
@@ -1766,7 +1781,7 @@ typedef struct mub_btreex_cursor {
 } mub_btreex_cursor;
 
 /**
- * Initialises an empty tree of signed keys, with `key_type` 3.
+ * Initialises an empty tree of signed keys, with `key_type` MUB_KEY_INT64.
  *
  * The root has room for 32 children.
  *

@@ -8,23 +8,24 @@
 
 #include "bytes/bytes.h"
 #include "containers/key_store.h"
+#include "mub_btree.h"
 
 namespace mub::bplus {
 
 struct Numbers32 {
   using Bits = uint32_t;
   using Float = float;
-  static constexpr uint32_t kSigned = 1;
-  static constexpr uint32_t kUnsigned = 2;
-  static constexpr uint32_t kFloat = 5;
+  static constexpr uint32_t kSigned = MUB_KEY_INT32;
+  static constexpr uint32_t kUnsigned = MUB_KEY_UINT32;
+  static constexpr uint32_t kFloat = MUB_KEY_FLOAT;
 };
 
 struct Numbers64 {
   using Bits = uint64_t;
   using Float = double;
-  static constexpr uint32_t kSigned = 3;
-  static constexpr uint32_t kUnsigned = 4;
-  static constexpr uint32_t kFloat = 6;
+  static constexpr uint32_t kSigned = MUB_KEY_INT64;
+  static constexpr uint32_t kUnsigned = MUB_KEY_UINT64;
+  static constexpr uint32_t kFloat = MUB_KEY_DOUBLE;
 };
 
 // Compares stored bits with those of the wanted key. With their sign bits flipped, signed numbers compare
