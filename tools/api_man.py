@@ -156,6 +156,10 @@ def field_declaration(field):
     return f"{kind}{'' if kind.endswith('*') else ' '}{field['name']}{bracket}{bound}"
 
 
+def called(macro):
+    return f"{macro['name']}({', '.join(parameter['name'] for parameter in macro['parameters'])})"
+
+
 def module_page(module, api):
     mine = [function for function in api["functions"] if function["module"] == module["name"]]
     records = [record for record in api["records"] if record["module"] == module["name"]]
@@ -169,6 +173,10 @@ def module_page(module, api):
     ]
     if records:
         lines += [".SH RECORDS"] + [line for record in records for line in record_section(record)]
+    lines += terms("CONSTANTS", [(f"{constant['name']} = {constant['value']}", constant["doc"])
+                                 for constant in api["constants"] if constant["module"] == module["name"]])
+    lines += terms("MACROS", [(called(macro), f"{macro['summary']} {macro['description']}".strip())
+                              for macro in api["macros"] if macro["module"] == module["name"]])
     lines += terms("FUNCTIONS", [(f"{function['name']}(3)", function["summary"]) for function in mine])
     others = [(f"mub_{other['name']}", 7) for other in api["modules"]
               if other["header"] == module["header"] and other != module]

@@ -7,6 +7,7 @@
 With `strict`, an unknown tag or a name without documentation raises a RuntimeError with Doxygen's messages.
 """
 
+import json
 import os
 import re
 import shutil
@@ -175,6 +176,27 @@ def object_of(member):
     return {"name": name, "type": kind + bounds, "declaration": f"extern {kind} {name}{bounds};", "doc": doc_of(member)}
 
 
+# ---- macros ----
+
+def macro_of(member, module):
+    documented = documented_parameters(member)
+    parameters = [found.findtext("defname") for found in member.findall("param")]
+    location = member.find("location")
+    return {"name": member.findtext("name"), "module": module, "header": Path(location.get("file")).name,
+            "parameters": [{"name": name, "doc": documented.get(name, (None, ""))[1]} for name in parameters],
+            "summary": text_of(member.find("briefdescription")), "description": " ".join(paragraphs_of(member)),
+            "_line": int(location.get("line"))}
+
+
+def constants_of(member, module):
+    """The macro as a constant, if its value is a number or a text."""
+    try:
+        value = json.loads(member.findtext("initializer") or "")
+    except ValueError:
+        return []
+    return [{"name": member.findtext("name"), "module": module, "value": value, "doc": doc_of(member)}]
+
+
 # ---- modules ----
 
 def table_of(group):
@@ -188,8 +210,10 @@ def group_text(group):
     return [text for text in texts if text and not text.endswith("return:")] + lists
 
 
-def module_of(group, parent, header):
+def module_of(group, parent):
     """A module, with the documentation that the head of its header has for all modules in it."""
+    location = group.find(".//memberdef/location")
+    header = f"mub_{group.findtext('compoundname')}.h" if location is None else Path(location.get("file")).name
     name, title = group.findtext("compoundname"), group.findtext("title").partition(": ")[2]
     texts, around = group_text(group), group_text(parent) if parent is not None else []
     return {"name": name, "header": header, "title": title, "summary": texts[0],
@@ -218,17 +242,20 @@ def add_allocations(interface, allocating):
 
 def interface_of(xml):
     groups, parents = groups_of(xml)
-    interface = {"modules": [], "records": [], "callbacks": [], "objects": [], "functions": []}
+    interface = {"modules": [], "records": [], "callbacks": [], "constants": [], "objects": [], "functions": [],
+                 "macros": []}
     for name, group in groups.items():
         members = {kind: [member for member in group.iter("memberdef") if member.get("kind") == kind]
-                   for kind in ("function", "typedef", "variable")}
-        functions = [function_of(member, name) for member in members["function"]]
-        if functions:
-            interface["modules"].append(module_of(group, parents.get(name), functions[0]["header"]))
-        interface["functions"] += functions
+                   for kind in ("function", "typedef", "variable", "define")}
+        if not name.endswith("_h"):  # a group of modules
+            interface["modules"].append(module_of(group, parents.get(name)))
+        interface["functions"] += [function_of(member, name) for member in members["function"]]
         interface["records"] += [record_of(xml, inner.get("refid"), name) for inner in group.findall("innerclass")]
         interface["callbacks"] += [callback_of(member) for member in members["typedef"] if member.findtext("argsstring")]
         interface["objects"] += [object_of(member) for member in members["variable"]]
+        for member in members["define"]:
+            interface["constants"] += constants_of(member, name)
+            interface["macros"] += [macro_of(member, name)] if documented_parameters(member) else []
     in_order(interface)
     return interface
 
@@ -238,10 +265,11 @@ def in_order(interface):
     place = {function["name"]: (function["header"], function["line"]) for function in interface["functions"]}
     interface["functions"].sort(key=lambda function: place[function["name"]])
     interface["records"].sort(key=lambda record: record["_place"])
+    interface["macros"].sort(key=lambda macro: (macro["header"], macro["_line"]))
     first = {}
     for function in interface["functions"]:
         first.setdefault(function["module"], place[function["name"]])
-    interface["modules"].sort(key=lambda module: first[module["name"]])
+    interface["modules"].sort(key=lambda module: first.get(module["name"], (module["header"], 0)))
 
 
 # ---- faults ----
@@ -253,6 +281,9 @@ def faults(interface):
         yield from (f"{where}: {fault}" for fault in [*parts_faults(function), *function_faults(function, records)])
     for callback in interface["callbacks"]:
         yield from (f"{callback['name']}: {fault}" for fault in parts_faults(callback))
+    for macro in interface["macros"]:
+        yield from (f"{macro['name']}: no @param {parameter['name']}" for parameter in macro["parameters"]
+                    if not parameter["doc"])
     for record in interface["records"]:
         yield from [f"{record['name']}: not documented"] if not record["summary"] else []
         yield from (f"{record['name']}.{field['name']}: not documented" for field in record["fields"] if not field["doc"])

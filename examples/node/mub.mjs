@@ -1,4 +1,4 @@
-// libmub for Node.js. Declares every record, callback and function from mub-api.json at run time.
+// libmub for Node.js. Declares every record, constant, callback and function from mub-api.json at run time.
 //
 //   const mub = load({ library: "libmub.so.1", api: "/usr/share/mub/mub-api.json" });
 //   const words = mub.make("mub_hash");
@@ -71,6 +71,7 @@ export function load({ library, api }) {
 
   return {
     ...Object.fromEntries(functions),
+    ...Object.fromEntries(description.constants.map(({ name, value }) => [name, value])),
     description,
     make: (name) => koffi.alloc(records.get(name), 1),
     free: (record) => koffi.free(record),

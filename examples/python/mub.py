@@ -1,4 +1,4 @@
-"""libmub for Python. Declares every record, callback and function from mub-api.json with ctypes.
+"""libmub for Python. Declares every record, constant, callback and function from mub-api.json with ctypes.
 
     mub = Library("/usr/share/mub/mub-api.json")
     words = mub.mub_hash()
@@ -37,6 +37,8 @@ class Library:
             setattr(self, name, self._types[name])
         for record in records.values():
             self._set_fields(record, records)
+        for constant in self.api["constants"]:
+            setattr(self, constant["name"], constant["value"])
         for callback in self.api["callbacks"]:
             self._types[callback["name"]] = ctypes.CFUNCTYPE(*self._signature(callback))
         for function in self.api["functions"]:

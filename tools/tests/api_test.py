@@ -86,8 +86,9 @@ class Json(unittest.TestCase):
         self.assertEqual(CALLBACKS["mub_free_fn"]["returns"]["type"], "void")
 
     def test_has_the_tables_of_results(self):
-        # The functions of base only return the version.
-        results = {module["name"]: module["results"] for module in API["modules"] if module["name"] != "base"}
+        # The functions of base only return the version; the other two have no functions of their own.
+        results = {module["name"]: module["results"] for module in API["modules"]
+                   if module["name"] not in ("base", "each", "inline")}
         self.assertIn(["`_find`", "1", "0", ""], results["hashd"])
         self.assertEqual({len(row) for table in results.values() for row in table}, {4})
         self.assertEqual([name for name, table in results.items() if len(table) < 4], [])
