@@ -73,7 +73,8 @@ inline std::uint64_t to_word(const void *pointer) noexcept {
 /** Converts a word to a pointer; 0 becomes nullptr. The type is not checked. */
 template <class T>
 T *to_pointer(std::uint64_t word) noexcept {
-  return reinterpret_cast<T *>(static_cast<std::uintptr_t>(word));
+  const std::uintptr_t address = word & UINTPTR_MAX;
+  return reinterpret_cast<T *>(address);
 }
 
 /** Makes a constructor create a value pool that the container owns. */

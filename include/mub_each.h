@@ -15,7 +15,8 @@
  * `_at`.
  *
  * **Changes.** In the loop, values may be changed, but nothing may be added to the container or removed from
- * it, unless the loop is left afterwards.
+ * it, unless the loop is left afterwards. To remove some of the entries, collect their keys, and remove them
+ * after the loop.
  *
  * **Values.** A container stores 64-bit words. MUB_VALUE_OF() makes one from a pointer, and MUB_VALUE_AS()
  * makes it a pointer again.
