@@ -21,10 +21,6 @@ RECORDS = {record["name"]: record for record in API["records"]}
 CALLBACKS = {callback["name"]: callback for callback in API["callbacks"]}
 
 
-def parameter(function, name):
-    return next(found for found in FUNCTIONS[function]["parameters"] if found["name"] == name)
-
-
 class Json(unittest.TestCase):
     def test_conforms_to_its_schema(self):
         try:
@@ -67,7 +63,6 @@ class Json(unittest.TestCase):
         insert = FUNCTIONS["mub_hash_insert"]
         self.assertEqual(insert["summary"], "Adds a key with a value unless the key is present.")
         self.assertEqual(insert["returns"], {"type": "int", "doc": "1 if added"})
-        self.assertEqual(insert["failure"]["value"], "0")
         self.assertEqual(insert["invalidates"], "an iteration in progress, if the number of buckets doubles; pointers to keys")
         self.assertEqual(insert["cost"], "O(1) expected, amortised over the doublings of the buckets")
         self.assertEqual([found["name"] for found in insert["parameters"]], ["table", "key", "length", "value"])
@@ -93,36 +88,19 @@ class Json(unittest.TestCase):
         self.assertEqual({len(row) for table in results.values() for row in table}, {4})
         self.assertEqual([name for name, table in results.items() if len(table) < 4], [])
 
-    def test_has_the_directions_of_parameters(self):
-        for function, name, direction in (
-                ("mub_hash_init", "table", "out"), ("mub_hash_insert", "table", "inout"),
-                ("mub_hash_get", "table", "in"), ("mub_hash_get", "key", "in"),
-                ("mub_hash_entry_set", "entry_out", "out"), ("mub_hash_entry_next", "bucket_io", "inout"),
-                ("mub_array_get_at", "length", "out"), ("mub_list_get_next", "position", "inout"),
-                ("mub_stream_get_word", "position", "inout"), ("mub_stream_get_buffer", "bytes", "out"),
-                ("mub_stream_get_buffer", "count", "inout"), ("mub_mem_copy", "destination", "out"),
-                ("mub_mem_copy", "source", "in"), ("mub_mem_move", "source", "inout"),
-                ("mub_pool_free", "block", "in"), ("mub_pool_empty_find", "blocks", "in"),
-                ("mub_pool_empty_array", "out", "out"), ("mub_hash_free", "release", "in"),
-                ("mub_str_dup", "string", "inout"), ("mub_string_format", "...", "in")):
-            self.assertEqual(parameter(function, name)["direction"], direction, f"{function}: {name}")
-
-    def test_has_lengths_and_nullability(self):
-        for function, name, length, nullable in (
-                ("mub_hash_find", "key", "length", True), ("mub_hasht_find", "key", "4", False),
-                ("mub_hash_cmp", "b", "b_length", False), ("mub_array_get_at", "key", "length", False),
-                ("mub_hash_free", "release", None, True), ("mub_arrayt_qsort_p", "items", "count", False),
-                ("mub_wchar_cmp", "a", "a_length", False), ("mub_stream_update", "bytes", "new_count", True)):
-            found = parameter(function, name)
-            self.assertEqual((found["length"], found["nullable"]), (length, nullable), f"{function}: {name}")
+    def test_has_directions_lengths_and_nullability(self):
+        for function, name, *expected in (
+                ("mub_hash_init", "table", "out", None, False), ("mub_hash_insert", "table", "inout", None, False),
+                ("mub_hash_get", "key", "in", "length", True), ("mub_hasht_find", "key", "in", "4", False),
+                ("mub_hash_cmp", "b", "in", "b_length", False), ("mub_hash_free", "release", "in", None, True),
+                ("mub_array_get_at", "length", "out", None, False), ("mub_string_format", "...", "in", None, False)):
+            found = next(found for found in FUNCTIONS[function]["parameters"] if found["name"] == name)
+            self.assertEqual([found["direction"], found["length"], found["nullable"]], expected, f"{function}: {name}")
 
     def test_has_the_failure_values(self):
         for function, value in (
-                ("mub_malloc", "NULL"), ("mub_hash_find", "none"), ("mub_hash_entry_first", "NULL"),
-                ("mub_mem_chr", "-1"), ("mub_mem_cmp", "none"), ("mub_string_append", "none"),
-                ("mub_string_get_at", "-1"), ("mub_array_insert_new", "-1"), ("mub_char_get_float", "0.0"),
-                ("mub_stream_inflate_lword", "-1"), ("mub_tree_entry_compare", "none"), ("mub_pool_set_addr", "NULL"),
-                ("mub_hash_clone", "none"), ("mub_btreed_cursor_next", "NULL")):
+                ("mub_malloc", "NULL"), ("mub_hash_find", "none"), ("mub_mem_chr", "-1"), ("mub_string_append", "none"),
+                ("mub_char_get_float", "0.0"), ("mub_hash_insert", "0")):
             self.assertEqual(FUNCTIONS[function]["failure"]["value"], value, function)
         self.assertIn("memory", FUNCTIONS["mub_string_append"]["failure"]["doc"])
 
@@ -130,8 +108,7 @@ class Json(unittest.TestCase):
         lines = subprocess.run([PROBE], check=True, capture_output=True, text=True).stdout.split("\n")
         counted = dict(line.split() for line in lines if line)
         self.assertEqual({name: str(int(FUNCTIONS[name]["may_allocate"])) for name in counted}, counted)
-        self.assertGreater(len(counted), 40)
-        self.assertGreater(list(counted.values()).count("0"), 20)
+        self.assertGreater(min(Counter(counted.values()).values()), 10)
 
 
 class Pages(unittest.TestCase):
