@@ -81,53 +81,86 @@ class Tree(unittest.TestCase):
             self.assertIn(text, result.stdout)
 
 
+INLINE = """/** mub_one(), mub_two(). */
+#define mub_two(...) mub_inline_one(__VA_ARGS__)
+#define mub_three(...) mub_inline_three(__VA_ARGS__)
+"""
+FAULTY_FILES = {  # the claim: the changed files, and what is reported
+    "a declaration without a documentation comment": (
+        {"include/mub_a.h": HEADER.replace("/** One", "/* One").replace("MUB_API int mub_two", "int a;\nMUB_API int mub_two")},
+        "a.h:4: mub_one: no /**", "a.h:10: mub_two: no /**"),
+    "a header that mub.h does not include": ({"include/mub_b.h": ""}, "include/mub_b.h: not included by mub.h"),
+    "inline names that are not listed, not in the macros, of another function, or not exported": (
+        {"include/mub_inline.h": INLINE},
+        "mub_three: in mub_inline.h's macros but not in its list", "mub_one: in its list but not in mub_inline.h's macros",
+        "mub_two: calls another function", "mub_three: not exported"),
+    "versions that differ": (
+        {"CMakeLists.txt": "project(mub VERSION 1.0.1 LANGUAGES C)\n", "debian/changelog": "libmub (1.2.0-1) unstable; x\n"},
+        "CMakeLists.txt: states version 1.0.1", "debian/changelog: states version 1.2.0"),
+    "C++ headers that are not included or mention unknown names": (
+        {"include/mub.hpp": '#include "mub_a.hpp"\n', "include/mub_a.hpp": "/* one: as mub_one and mub_won. */\n",
+         "include/mub_b.hpp": ""},
+        "include/mub_a.hpp:1: mub_won: not in the C headers", "include/mub_b.hpp: not included by mub.hpp"),
+    "records without a layout, a printer or a C++ type": (
+        {"include/mub_a.h": HEADER.replace("mub_two(", "mub_one_term(") + "typedef struct mub_one {\n  int a;\n} mub_one;\n",
+         "src/mub.map": MAP.replace("mub_two", "mub_one_term")},
+        "mub_one: no row", "mub_one: not in gdb", "mub_one: no C++ type"),
+}
+CALLING = SOURCE.replace("\nconst", "\nint puts(const char *);\nint mub_elsewhere(int);\nconst").replace(
+    "return x;", 'return puts("one") + mub_elsewhere(x);')
+FAULTY_LIBRARIES = {  # the claim: the map, the source and how it is linked, and what is reported
+    "a name missing from the map and the library": (
+        MAP.replace("    mub_two;\n", ""), SOURCE, {},
+        "mub_two: in the headers but not in src/mub.map", "src/mub.map: not up to date", "mub_two: in the headers but not in /"),
+    "an undeclared export": (
+        MAP.replace("    mub_two;\n", "    mub_three;\n    mub_two;\n"), SOURCE + "int mub_three(void) { return 3; }\n", {},
+        "mub_three: in src/mub.map but not in the headers", "src/mub.map: not up to date", "but not in the headers\n"),
+    "a wrong SONAME": (MAP, SOURCE, {"soname": "libmub.so.2"}, "SONAME"),
+    "own calls through the linker": (
+        MAP, SOURCE.replace("return x + 1", "return mub_one(x) + 1"), {"flags": ("-fno-inline", "-fsemantic-interposition")},
+        "mub_one: the library refers to its own symbol"),
+    "writable data": (
+        MAP, SOURCE.replace("\nconst", "\nstatic int calls;\nconst").replace("return x;", "return x + ++calls;"), {},
+        "calls: writable data in .bss"),
+    "libraries and functions that are not allowed": (
+        MAP, CALLING, {"flags": ("-Wl,--no-as-needed", "-lm")},
+        "libm.so.6: needed in addition to libc", "puts: called", "mub_elsewhere: undefined, and not from libc"),
+    "allocators other than malloc": (
+        MAP, "#include <stdlib.h>\n" + SOURCE.replace(
+            "return x;", "char *volatile block = realloc(calloc(1, 2), (size_t)x); return block != 0;"), {},
+        "calloc: called, but", "realloc: called, but"),
+}
+
+
 class CheckApi(Tree):
     def test_accepts_a_clean_library(self):
         self.assert_clean(self.check("check_api", self.built()))
+        self.assert_clean(self.check("check_api", "--instrumented", self.built(CALLING, flags=("-Wl,--no-as-needed", "-lm"))))
 
-    def test_reports_a_name_missing_from_the_map_and_the_library(self):
-        self.write("src/mub.map", MAP.replace("    mub_two;\n", ""))
-        self.assert_reports(
-            self.check("check_api", self.built()),
-            "mub_two: in the headers but not in src/mub.map", "src/mub.map: not up to date",
-            "mub_two: in the headers but not in /")
+    def test_reports_faulty_files(self):
+        for claim, (files, *expected) in FAULTY_FILES.items():
+            with self.subTest(claim):
+                self.setUp()  # a tree without faults
+                for path, text in files.items():
+                    self.write(path, text)
+                self.assert_reports(self.check("check_api"), *expected)
 
-    def test_reports_an_undeclared_export(self):
-        self.write("src/mub.map", MAP.replace("    mub_two;\n", "    mub_three;\n    mub_two;\n"))
-        self.assert_reports(
-            self.check("check_api", self.built(SOURCE + "int mub_three(void) { return 3; }\n")),
-            "mub_three: in src/mub.map but not in the headers", "src/mub.map: not up to date",
-            "but not in the headers\n")
-
-    def test_reports_declarations_without_a_documentation_comment(self):
-        header = HEADER.replace("/** One", "/* One")
-        self.write("include/mub_a.h", header.replace("MUB_API int mub_two", "int a;\nMUB_API int mub_two"))
-        self.assert_reports(self.check("check_api"), "a.h:4: mub_one: no /**", "a.h:10: mub_two: no /**")
-
-    def test_reports_a_header_that_mub_h_does_not_include(self):
-        self.write("include/mub_b.h", "")
-        self.assert_reports(self.check("check_api"), "include/mub_b.h: not included by mub.h")
-
-    def test_reports_inline_names_that_are_not_exported_not_listed_or_of_another_function(self):
-        self.write("include/mub_inline.h", """/** mub_one(), mub_two(). */
-#define mub_two(...) mub_inline_one(__VA_ARGS__)
-#define mub_three(...) mub_inline_three(__VA_ARGS__)
-""")
-        self.assert_reports(
-            self.check("check_api"), "mub_three: in mub_inline.h's macros but not in its list",
-            "mub_one: in its list but not in mub_inline.h's macros", "mub_two: calls another function",
-            "mub_three: not exported")
+    def test_reports_faulty_libraries(self):
+        for claim, (names, source, linking, *expected) in FAULTY_LIBRARIES.items():
+            with self.subTest(claim):
+                self.write("src/mub.map", names)
+                self.assert_reports(self.check("check_api", self.built(source, **linking)), *expected)
 
     def test_keeps_released_names_in_their_version(self):
-        later = VERSION.replace("MINOR 0", "MINOR 1").replace("1.0.2", "1.1.2")
-        self.write("include/mub_base.h", later)
+        self.write("include/mub_base.h", VERSION.replace("MINOR 0", "MINOR 1").replace("1.0.2", "1.1.2"))
         self.write("CMakeLists.txt", "project(mub VERSION 1.1.2 LANGUAGES C)\n")
         self.write("debian/changelog", "libmub (1.1.2-1) unstable; urgency=medium\n")
         self.assert_clean(self.check("check_api", self.built()))
         added = HEADER + "/** Three. */\nMUB_API int mub_three(void);\n"
-        self.write("include/mub_a.h", added.replace("MUB_API int mub_two", "int mub_two"))
-        self.write("src/mub.map", MAP + "MUB_1.1 {\n  global:\n    mub_three;\n} MUB_1.0;\n")
+        both = MAP + "MUB_1.1 {\n  global:\n    mub_three;\n} MUB_1.0;\n"
         source = SOURCE + "int mub_three(void) { return 3; }\n"
+        self.write("include/mub_a.h", added.replace("MUB_API int mub_two", "int mub_two"))
+        self.write("src/mub.map", both)
         self.assert_reports(
             self.check("check_api", self.built(source)),
             "mub_two: in src/mub.map but not in the headers", "but not in the headers\n")
@@ -135,57 +168,8 @@ class CheckApi(Tree):
         self.assert_clean(self.check("check_api", self.built(source)))
         self.write("src/mub.map", MAP.replace("    mub_two", "    mub_three;\n    mub_two"))
         library = self.built(source)
-        self.write("src/mub.map", MAP + "MUB_1.1 {\n  global:\n    mub_three;\n} MUB_1.0;\n")
+        self.write("src/mub.map", both)
         self.assert_reports(self.check("check_api", library), "mub_three@@MUB_1.0: exported, but not in MUB_1.1")
-
-    def test_reports_versions_that_differ(self):
-        self.write("CMakeLists.txt", "project(mub VERSION 1.0.1 LANGUAGES C)\n")
-        self.write("debian/changelog", "libmub (1.2.0-1) unstable; urgency=medium\n")
-        self.assert_reports(
-            self.check("check_api"), "CMakeLists.txt: states version 1.0.1", "debian/changelog: states version 1.2.0")
-
-    def test_reports_cxx_headers_that_are_not_included_or_mention_unknown_names(self):
-        self.write("include/mub.hpp", '#include "mub_a.hpp"\n')
-        self.write("include/mub_a.hpp", "/* one: as mub_one and mub_won. */\n")
-        self.write("include/mub_b.hpp", "")
-        self.assert_reports(
-            self.check("check_api"),
-            "include/mub_a.hpp:1: mub_won: not in the C headers", "include/mub_b.hpp: not included by mub.hpp")
-
-    def test_reports_records_without_a_layout_a_printer_or_a_cxx_type(self):
-        header = HEADER.replace("mub_two(", "mub_one_term(")
-        self.write("include/mub_a.h", header + "typedef struct mub_one {\n  int a;\n} mub_one;\n")
-        self.write("src/mub.map", MAP.replace("mub_two", "mub_one_term"))
-        self.assert_reports(self.check("check_api"), "mub_one: no row", "mub_one: not in gdb", "mub_one: no C++ type")
-
-    def test_reports_a_wrong_soname(self):
-        self.assert_reports(self.check("check_api", self.built(soname="libmub.so.2")), "SONAME")
-
-    def test_reports_own_calls_through_the_linker(self):
-        source = SOURCE.replace("return x + 1", "return mub_one(x) + 1")
-        library = self.built(source, flags=("-fno-inline", "-fsemantic-interposition"))
-        self.assert_reports(self.check("check_api", library), "mub_one: the library refers to its own symbol")
-
-    def test_reports_writable_data(self):
-        source = SOURCE.replace("\nconst", "\nstatic int calls;\nconst").replace("return x;", "return x + ++calls;")
-        self.assert_reports(self.check("check_api", self.built(source)), "calls: writable data in .bss")
-
-    def test_reports_libraries_and_functions_that_are_not_allowed(self):
-        source = SOURCE.replace("\nconst", "\nint puts(const char *);\nint mub_elsewhere(int);\nconst")
-        source = source.replace("return x;", 'return puts("one") + mub_elsewhere(x);')
-        library = self.built(source, flags=("-Wl,--no-as-needed", "-lm"))
-        self.assert_reports(
-            self.check("check_api", library),
-            "libm.so.6: needed in addition to libc",
-            "puts: called",
-            "mub_elsewhere: undefined, and not from libc")
-        self.assert_clean(self.check("check_api", "--instrumented", library))
-
-    def test_reports_allocators_other_than_malloc(self):
-        memory = "char *volatile block = realloc(calloc(1, 2), (size_t)x);"
-        source = "#include <stdlib.h>\n" + SOURCE.replace("return x;", f"{memory} return block != 0;")
-        self.assert_reports(self.check("check_api", self.built(source)), "calloc: called, but", "realloc: called, but")
-
 
 
 DOCUMENTED = """/**
