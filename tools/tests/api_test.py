@@ -28,10 +28,6 @@ class Json(unittest.TestCase):
         except ImportError:
             self.skipTest("no python3-jsonschema")
         jsonschema.validate(API, SCHEMA)
-        broken = json.loads(json.dumps(API))
-        del broken["functions"][3]["failure"]["value"]
-        with self.assertRaises(jsonschema.ValidationError):
-            jsonschema.validate(broken, SCHEMA)
 
     def test_describes_the_types_that_it_uses(self):
         known = {*RECORDS, *CALLBACKS}
