@@ -114,10 +114,10 @@ def limit_files(megabytes=256):
     resource.setrlimit(resource.RLIMIT_FSIZE, (megabytes << 20, megabytes << 20))
 
 
-def gdb(*arguments):
-    """Runs GDB in batch mode and returns its output."""
-    command = ["gdb", "-nx", "-batch", "-iex", "set debuginfod enabled off", *arguments]
-    result = subprocess.run(command, capture_output=True, env=ENVIRONMENT, check=False, timeout=120,
+def gdb(*arguments, mode="-batch", requests=b""):
+    """Runs GDB and returns its output."""
+    command = ["gdb", "-nx", mode, "-iex", "set debuginfod enabled off", *arguments]
+    result = subprocess.run(command, input=requests, capture_output=True, env=ENVIRONMENT, check=False, timeout=120,
                             preexec_fn=limit_files)
     return (result.stdout + result.stderr).decode()
 
@@ -157,6 +157,13 @@ def look(commands, stop=None, core=None):
     return [without_addresses(answer) for answer in answers(before + commands, *target)[len(before):]]
 
 
+def core_of_first_stop(directory):
+    """The core file that GDB generates at the first stop."""
+    core = os.path.join(directory, "core")
+    answers(["break stop", "run", f"generate-core-file {core}"], PROGRAM)
+    return core
+
+
 def core_of_itself(directory):
     """The core file of the aborted program, or None."""
     shell = ["sh", "-c", 'ulimit -c 500000; "$0" abort', PROGRAM]
@@ -176,9 +183,9 @@ def may_trace():
 
 
 class Contents(unittest.TestCase):
-    """Tests for a live program, and for a core file."""
+    """Tests for a core file. With sanitizers, a live program: a core file with their shadow memory fills the disk."""
 
-    core = None
+    core = None  # set by main
 
     def look(self, commands):
         return look(commands, core=self.core) if self.core else look(commands, stop=1)
@@ -201,8 +208,8 @@ class Contents(unittest.TestCase):
         formatted, _, hash_keys, tree, chain, deep, *intact = self.look(
             ["print/x filled.arrayt", "set print elements 6", "print large_hash", "print large_btree", "print large_list",
              "print deep_tree"] +
-            ["mub check " + name for name in ("large_hash", "large_btree", "large_list", "deep_tree", "filled.pool", "articles",
-                                              "object_pointer")])
+            ["mub check " + name for name in ("large_hash", "large_btree", "large_list", "deep_tree", "filled.pool",
+                                              "articles", "object_pointer")])
         self.assertRegex(hash_keys, r'^mub_hash with 3000 keys in 2048 buckets = \{(\["key 0\d"\.\.\.\] = \d+(, )?){3}\.\.\.\}$')
         self.assertEqual(tree, 'mub_btree with 3000 keys on 3 levels = {["key 00"...] = 0, ["key 00"...] = 1, '
                                '["key 00"...] = 2...}')
@@ -215,21 +222,6 @@ class Contents(unittest.TestCase):
 
     def test_layouts_agree_with_the_compiler(self):
         self.assertEqual(self.look([LAYOUTS_AGREE]), ["18 agree"])
-
-
-@unittest.skipIf(INSTRUMENTED, "a core file with the shadow memory of a sanitizer fills the disk")
-class Core(Contents):
-    """The same tests with a core file."""
-
-    @classmethod
-    def setUpClass(cls):
-        cls.directory = tempfile.TemporaryDirectory()
-        cls.core = os.path.join(cls.directory.name, "core")
-        answers(["break stop", "run", f"generate-core-file {cls.core}"], PROGRAM)
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.directory.cleanup()
 
 
 class Live(unittest.TestCase):
@@ -297,19 +289,11 @@ class Live(unittest.TestCase):
             self.assertIn(part, answer)
 
     def test_front_ends_receive_maps_and_arrays(self):
-        commands = "\n".join(["-enable-pretty-printing", f'-interpreter-exec console "source {SCRIPT}"', "-break-insert stop",
-                              "-exec-run"]) + "\n"
-        asks = "\n".join(["-var-create list * filled.list", "-var-list-children --all-values list",
-                          "-var-create word * filled.arrayt", "-var-create text * filled.string",
-                          "-var-create pool * filled.pool", "-gdb-exit"]) + "\n"
-        with subprocess.Popen(["gdb", "-nx", "-i=mi", PROGRAM], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                              stderr=subprocess.DEVNULL, env=ENVIRONMENT, text=True) as process:
-            process.stdin.write(commands)
-            process.stdin.flush()
-            for line in process.stdout:
-                if line.startswith("*stopped"):
-                    break
-            output = process.communicate(asks, timeout=60)[0]
+        requests = ["-enable-pretty-printing", "-var-create list * filled.list", "-var-list-children --all-values list",
+                    "-var-create word * filled.arrayt", "-var-create text * filled.string",
+                    "-var-create pool * filled.pool", "-gdb-exit", ""]
+        output = gdb("-ex", f"source {SCRIPT}", "-ex", "break stop", "-ex", "run", PROGRAM, mode="-i=mi",
+                     requests="\n".join(requests).encode())
         self.assertRegex(output, r'name="list".*displayhint="map"')
         self.assertRegex(output, r'child=.*value="\\"pear\\"".*value="0".*value="\\"fig\\"".*value="1".*value="\\"\\""')
         self.assertRegex(output, r'name="word".*displayhint="array"')
@@ -338,15 +322,17 @@ class Installed(unittest.TestCase):
 
 
 def main():
-    if may_trace():
-        unittest.main()
     with tempfile.TemporaryDirectory() as directory:
-        Contents.core = core_of_itself(directory)
-        if Contents.core is None:
-            print("skipped: GDB may not trace programs here, and an aborted program leaves no core file")
-            sys.exit(SKIPPED)
-        print("GDB may not trace programs here: testing only with a core file")
-        unittest.main(defaultTest=["Contents", "Installed"])
+        traced = may_trace()
+        if not traced:
+            Contents.core = core_of_itself(directory)
+            if Contents.core is None:
+                print("skipped: GDB may not trace programs here, and an aborted program leaves no core file")
+                sys.exit(SKIPPED)
+            print("GDB may not trace programs here: testing only with a core file")
+        elif not INSTRUMENTED:
+            Contents.core = core_of_first_stop(directory)
+        unittest.main(defaultTest=None if traced else ["Contents", "Installed"])
 
 
 if __name__ == "__main__":
