@@ -12,11 +12,12 @@ import subprocess
 import sys
 import tempfile
 import unittest
+from pathlib import Path
 from xml.etree import ElementTree
 
 MUBDEX = os.path.abspath(sys.argv.pop(1))
 SVG = "{http://www.w3.org/2000/svg}"
-TEXT = "/usr/share/common-licenses/GPL-3"
+TEXT = Path("/usr/share/common-licenses/GPL-3")
 
 
 HEADINGS = "1. One\n1.1 Part\n 1.1.2. Deep\n1.3 Last\n10.1 None above\n2 no dot\n2. small no\n12.\n1.2.3 Far"
@@ -37,8 +38,13 @@ ANSWERS = (  # (arguments, standard input, output)
 )
 MALFORMED_QUERIES = (("", 1), ("free AND", 9), ("free AND OR gnu", 10), ("(free", 1), ("a (b (c)", 3), ("free)", 5), ("a 1", 3),
                      ("NOT", 4), ("()", 2), ("AND a", 1), ("a & b", 3))
-WRONG_USAGE = (("--bogus",), ("--load",), ("-x",), ("--lines", "a b"), ("--lines", ""), ("--lines", "a", "--json"), ("--query",),
-               ("--range", "a.b"), ("--dot", "heap"), ("--outline", "--query", "a"))
+USAGE = r"^[^\n]+\nusage: mubdex [^\n]+\n$"
+REFUSED = (  # (arguments, standard error)
+    *((("--query", query), f"column {column}:") for query, column in MALFORMED_QUERIES),
+    *((arguments, USAGE) for arguments in (
+        ("--bogus",), ("--load",), ("-x",), ("--lines", "a b"), ("--lines", ""), ("--lines", "a", "--json"), ("--query",),
+        ("--range", "a.b"), ("--dot", "heap"), ("--outline", "--query", "a"))),
+)
 
 
 def run(*arguments, text=None):
@@ -57,29 +63,26 @@ def report(*arguments, text=None):
 def counted_by_coreutils(path):
     """[(word, count)], most frequent first, then in byte order."""
     pipeline = r"tr -cs 'A-Za-z\200-\377' '\n' | tr A-Z a-z | grep . | sort | uniq -c | sort -k1,1nr -k2"
-    with open(path, "rb") as text:
-        output = subprocess.run(["bash", "-c", pipeline], stdin=text, capture_output=True, check=True,
-                                env={**os.environ, "LC_ALL": "C"}).stdout
+    output = subprocess.run(["bash", "-c", pipeline], input=path.read_bytes(), capture_output=True, check=True,
+                            env={**os.environ, "LC_ALL": "C"}).stdout
     lines = [line.split() for line in output.decode("utf-8", "replace").splitlines()]
     return [(word, int(count)) for count, word in lines]
 
 
 class Mubdex(unittest.TestCase):
     def setUp(self):
-        self.directory = tempfile.TemporaryDirectory()
-        self.addCleanup(self.directory.cleanup)
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.directory = Path(directory.name)
 
-    def path(self, name, content=None):
-        path = os.path.join(self.directory.name, name)
-        if content is not None:
-            with open(path, "wb") as file:
-                file.write(content)
+    def file(self, name, content):
+        path = self.directory / name
+        path.write_bytes(content)
         return path
 
     def test_counts_and_order_are_those_of_coreutils(self):
         # Long enough that words span the buffers in which the file is read.
-        with open(TEXT, "rb") as file:
-            long_text = self.path("long.txt", file.read().replace(b"software", "größe ".encode()) * 9)
+        long_text = self.file("long.txt", TEXT.read_bytes().replace(b"software", "größe ".encode()) * 9)
         for path in TEXT, long_text:
             expected = counted_by_coreutils(path)
             content = report(path)
@@ -88,12 +91,11 @@ class Mubdex(unittest.TestCase):
             self.assertEqual([(top["word"], top["count"]) for top in content["top"]], expected[:20])
 
     def test_standard_input_and_several_files(self):
-        with open(TEXT, "rb") as file:
-            text = file.read()
+        text = TEXT.read_bytes()
         for arguments in (), ("-",):
             self.assertEqual(report(*arguments, text=text), report(TEXT))
-        copy, link = self.path("copy.txt", text), self.path("link.txt")
-        os.symlink(copy, link)
+        copy, link = self.file("copy.txt", text), self.directory / "link.txt"
+        link.symlink_to(copy)
         self.assertEqual(report(TEXT, copy)["words"], 2 * report(TEXT)["words"])
         self.assertEqual(report(TEXT, copy, TEXT, link), report(TEXT, copy))
         self.assertIn(b"the\n", run(text=text).stdout)
@@ -146,7 +148,7 @@ class Mubdex(unittest.TestCase):
         self.assertEqual([t["word"] for t in top], ["gr\u00f6\u00dfe", "ok", "\ufffd\ufffd\ufffd", "\ufffd\ufffd"])
 
     def test_lines_are_those_of_grep(self):
-        other = self.path("other.txt", b"free\n\nFREE software, free\nfreedom")
+        other = self.file("other.txt", b"free\n\nFREE software, free\nfreedom")
         for word in "free", "Software", "the", "x", "freedom":
             for files in (TEXT,), (other,), (TEXT, other):
                 lines = run("--lines", word, *files)
@@ -173,8 +175,7 @@ class Mubdex(unittest.TestCase):
             grep = subprocess.run(["grep", "-inw", word, TEXT], capture_output=True, check=False)
             return set(grep.stdout.splitlines(keepends=True))
 
-        with open(TEXT, "rb") as file:
-            every = {b"%d:%s" % (number, line) for number, line in enumerate(file, 1)}
+        every = {b"%d:%s" % line for line in enumerate(TEXT.read_bytes().splitlines(keepends=True), 1)}
         free, software, gnu, the = map(lines, ("free", "software", "gnu", "the"))
         for query, expected in (("free", free), ("free AND software", free & software),
                                 ("free Software", free & software), ("gnu OR free software", gnu | free & software),
@@ -186,18 +187,11 @@ class Mubdex(unittest.TestCase):
             answer = run("--query", query, TEXT).stdout.splitlines(keepends=True)
             self.assertEqual(answer, sorted(expected, key=lambda line: int(line.split(b":")[0])), query[:40])
 
-    def test_malformed_queries_are_refused_with_the_column_of_the_error(self):
-        for query, column in MALFORMED_QUERIES:
-            result = run("--query", query, TEXT)
-            self.assertEqual((result.returncode, result.stdout), (2, b""))
-            self.assertIn(b"column %d:" % column, result.stderr)
-
     def test_the_vocabulary_is_written_as_utf16(self):
-        path = self.path("words.txt")
+        path = self.directory / "words.txt"
         text = "der größte 🂡 zog".encode() + b" \xff\xed\xa0\x80"
         self.assertEqual(run("--utf16", path, "-", text=text).returncode, 0)
-        with open(path, "rb") as file:
-            self.assertEqual(file.read().decode("utf-16"), "der\ngrößte\nzog\n🂡\n\ufffd\ufffd\ufffd\ufffd\n")
+        self.assertEqual(path.read_text("utf-16"), "der\ngrößte\nzog\n🂡\n\ufffd\ufffd\ufffd\ufffd\n")
 
     def picture(self, name, text):
         """The SVG of a picture: the texts of its nodes with their class, its title, the number of edges."""
@@ -220,20 +214,12 @@ class Mubdex(unittest.TestCase):
             counted = collections.Counter(re.findall(rb"[a-z\x80-\xff]+", text))
             words = {word.decode(errors="replace") if len(word) < 20 else "x" * 16 + "\u2026": str(count)
                      for word, count in counted.items()}
-            nodes, title, edges = self.picture("hash", text)
-            entries = [content for kind, content in nodes if kind == "entry"]
-            self.assertEqual(sorted(map(tuple, entries)), sorted(words.items()))
-            self.assertEqual(edges, len(words))  # from its bucket or from the entry before it
-            self.assertIn(f"{len(words)} entries", title)
-
-            nodes, title, edges = self.picture("btree", text)
-            leaves = [content[1:] for kind, content in nodes if kind == "leaf"]
-            shown = [(leaf[i], leaf[i + 1]) for leaf in leaves for i in range(0, len(leaf), 2)]
-            self.assertEqual(shown, sorted(words.items(), key=lambda word: word[0].encode()))
-            self.assertEqual(edges, len(nodes) - 1)
-            branches = [content[1:] for kind, content in nodes if kind == "branch"]
-            if branches:
-                self.assertEqual(branches, [[leaf[-2] for leaf in leaves]])
+            for name, kind, headings, noun in ("hash", "entry", 0, "entries"), ("btree", "leaf", 1, "records"):
+                nodes, title, edges = self.picture(name, text)
+                cells = [cell for found, texts in nodes if found == kind for cell in texts[headings:]]
+                self.assertEqual(sorted(zip(cells[::2], cells[1::2])), sorted(words.items()))
+                self.assertEqual(edges, len(nodes) - 1)
+                self.assertIn(f"{len(words)} {noun}", title)
 
             nodes, title, _ = self.picture("pool", text)
             content = [text for _, texts in nodes for text in texts if "chunk" not in text]
@@ -246,8 +232,7 @@ class Mubdex(unittest.TestCase):
 
     @unittest.skipUnless(shutil.which("dot"), "needs Graphviz")
     def test_pictures_state_what_they_leave_out(self):
-        with open(TEXT, "rb") as file:
-            text = file.read()
+        text = TEXT.read_bytes()
         vocabulary = report(TEXT)["vocabulary"]
         nodes, title, _ = self.picture("hash", text)
         buckets = int(re.search(r"in (\d+) buckets", title)[1])
@@ -266,31 +251,28 @@ class Mubdex(unittest.TestCase):
         self.assertEqual(nodes[0][1][-1], f"\u2026 {chunks - 8} more")
 
     def test_load_restores_what_was_saved(self):
-        path = self.path("text.idx")
+        path, again = self.directory / "text.idx", self.directory / "again.idx"
         self.assertEqual(run("--save", path, TEXT).returncode, 0)
         loaded, fresh = report("--load", path), report(TEXT)
         for name in "words", "vocabulary", "top":
             self.assertEqual(loaded[name], fresh[name])
-        again = self.path("again.idx")
         run("--load", path, "--save", again)
-        with open(path, "rb") as first, open(again, "rb") as second:
-            self.assertEqual(first.read(), second.read())
+        self.assertEqual(path.read_bytes(), again.read_bytes())
         self.assertEqual(report("--load", path, TEXT)["words"], 2 * fresh["words"])
         for task in ("--lines", "free"), ("--query", "free"), ("--outline",):  # which keep the text
             run(*task, "--load", path, "--save", again, TEXT)
             self.assertEqual(report("--load", again)["words"], 2 * fresh["words"])
 
     def test_every_truncation_and_every_flipped_byte_is_refused(self):
-        path = self.path("saved.idx")
+        path = self.directory / "saved.idx"
         run("--save", path, "-", text=b"to be or not to be that is the question")
-        with open(path, "rb") as file:
-            content = file.read()
+        content = path.read_bytes()
         self.assertGreater(len(content), 50)
         damaged = [content[:i] + bytes([content[i] ^ 0x41]) + content[i + 1:] for i in range(len(content))]
         for reason, contents in ((b"truncated", [content[:length] for length in range(len(content))]),
                                  (b"damaged|truncated", damaged), (b"damaged", [content + b"\0"])):
             for bad in contents:
-                result = run("--load", self.path("bad.idx", bad))
+                result = run("--load", self.file("bad.idx", bad))
                 self.assertEqual((result.returncode, result.stdout), (1, b""))
                 self.assertRegex(result.stderr, reason)
 
@@ -299,17 +281,16 @@ class Mubdex(unittest.TestCase):
             result = run(*arguments)
             self.assertEqual(result.returncode, 1)
             self.assertIn(b"no/such/file: No such file", result.stderr)
-        self.assertEqual(run(self.directory.name).returncode, 1)
-        text = self.path("text.txt", b"precious")
+        self.assertEqual(run(self.directory).returncode, 1)
+        text = self.file("text.txt", b"precious")
         self.assertIn(b"one of the texts", run("--save", text, text).stderr)
-        with open(text, "rb") as file:
-            self.assertEqual(file.read(), b"precious")
+        self.assertEqual(text.read_bytes(), b"precious")
 
-    def test_wrong_usage_is_reported(self):
-        for arguments in WRONG_USAGE:
-            result = run(*arguments)
-            self.assertEqual((result.returncode, result.stdout), (2, b""))
-            self.assertRegex(result.stderr, rb"^[^\n]+\nusage: mubdex [^\n]+\n$")
+    def test_wrong_usage_and_malformed_queries_are_refused(self):
+        for arguments, reason in REFUSED:
+            result = run(*arguments, text=b"")
+            self.assertEqual((result.returncode, result.stdout), (2, b""), arguments)
+            self.assertRegex(result.stderr.decode(), reason)
 
     def test_options_that_need_no_file(self):
         self.assertEqual(run("--", "-h").returncode, 1)  # there is no such file
@@ -318,8 +299,8 @@ class Mubdex(unittest.TestCase):
         self.assertEqual(run("--help").returncode, 0)
 
     def test_manual_page_has_every_option(self):
-        with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "mubdex.1"), encoding="utf-8") as page:
-            documented = set(re.findall(r"^\.It .*Fl \\-(\w+)", page.read(), re.MULTILINE))
+        page = Path(__file__).with_name("mubdex.1").read_text(encoding="utf-8")
+        documented = set(re.findall(r"^\.It .*Fl \\-(\w+)", page, re.MULTILINE))
         options = set(re.findall(r"^  .*?--(\w+)", run("--help").stdout.decode(), re.MULTILINE))
         self.assertGreater(len(options), 5)
         self.assertEqual(options - documented, set())
