@@ -215,6 +215,9 @@ class Mubdex(unittest.TestCase):
                 self.assertEqual(sorted(zip(cells[::2], cells[1::2])), sorted(words.items()))
                 self.assertEqual(edges, len(nodes) - 1)
                 self.assertIn(f"{len(words)} {noun}", title)
+            # The root of the B-tree has the last word of every leaf.
+            for root in (texts[1:] for kind, texts in nodes if kind == "branch"):
+                self.assertEqual(root, [texts[-2] for kind, texts in nodes if kind == "leaf"])
 
             nodes, title, _ = self.picture("pool", text)
             content = [text for _, texts in nodes for text in texts if "chunk" not in text]
