@@ -81,6 +81,7 @@ static void fill_texts_and_blocks() {
   filled.string = "said \"hello\"\n";
   mub_stream_append(filled.stream.c(), "ab\0c", 4);
   filled.character_view = {text + 2, 4};
+  initialised.character_view = {text, 0};
   filled.stringx = {text, 10, 5};
   filled.wchar = u"g\u00FCt";
   for (uint32_t bit : {0U, 9U, 8191U}) mub_bits_insert(filled.bits.c(), bit, 1);
