@@ -7,7 +7,6 @@
 #ifndef MUB_BITS_HPP
 #define MUB_BITS_HPP
 
-#include <bitset>
 #include <cstring>
 
 #include "mub_base.hpp"
@@ -97,9 +96,11 @@ class bits : public detail::owner<bits, detail::bits_life>, public detail::range
 
   /** Returns how many bits are set, in time proportional to the size. */
   std::int64_t count() const noexcept {
-    std::size_t count = 0;
-    for (std::uint32_t i = 0; i < c()->size; ++i) count += std::bitset<8>(c()->data[i]).count();
-    return static_cast<std::int64_t>(count);
+    std::int64_t count = 0;
+    for (std::uint32_t i = 0; i < c()->size; ++i) {
+      for (unsigned rest = c()->data[i]; rest != 0; rest &= rest - 1) ++count;
+    }
+    return count;
   }
 
   /**
