@@ -88,7 +88,7 @@ uint64_t number(const Item &item) {
   }
 }
 // The size of a container, which must have the numbers from 1 on in the order of iteration. The items of
-// containers with forward iterators only, hash tables and mub::tree, are sorted first.
+// containers with forward iterators only, such as hash tables, are sorted first.
 template <class Range>
 int held(Range &&range) {
   std::vector<uint64_t> numbers;
@@ -103,11 +103,6 @@ int held(Range &&range) {
   return static_cast<int>(numbers.size());
 }
 int held(mub::pool &pool) { return held(pool.blocks()); }
-int held(mub::bits &bits) {
-  uint32_t count = 0;
-  while (bits.test(count + 1)) ++count;
-  return static_cast<int>(count);
-}
 
 template <class Container>
 Container filled(int n) {
@@ -311,7 +306,7 @@ TEST(CppArrays, HaveRandomAccessIterators) {
   std::sort(words.begin(), words.end());  // across the words in the record itself and in the heap block
   EXPECT_EQ(held(words), 6);
   auto numbers = filled<mub::arrayd>(6);
-  EXPECT_EQ(numbers.end()[-1].value, 6u);
+  EXPECT_TRUE(numbers.end()[-1].value == 6 && numbers.rbegin()->value == 6);
   EXPECT_TRUE(numbers.back().value == 6 && numbers.front().value == 1 && words.pop_back() == 6);
   EXPECT_TRUE(*words.erase(words.begin() + 3) == 5 && words.cend() - words.begin() == 4);
   words.shrink(1);
@@ -358,6 +353,10 @@ TEST(CppContainers, PassPositions) {
   stream.set_tword(position, 0x050607);
   EXPECT_EQ(stream.view(), "\x04\x03\x02\x01\x07\x06\x05");
   EXPECT_EQ(stream.get_word(position = 1), 0x0203);
+  mub::bits bits;
+  ASSERT_TRUE(bits.reserve(9));
+  bits.set(8);
+  EXPECT_TRUE(bits.size() >= 9 && bits.count() == 1 && bits[8] && *bits.begin() == 8);
   mub::stringx field(std::string_view("  12 rest", 5));
   EXPECT_TRUE(field.trim() && field.is_long() && field.get_long() == 12);
   EXPECT_TRUE(field.find("", 2) == 2 && field.find("", 3) == -1);
@@ -375,6 +374,9 @@ TEST(CppTexts, CompareHashAndPrintAsViews) {
       agree(a, y, x, y);
       agree(std::string(x), b, x, y);
       agree(mub::stringx(x), b, x, y);
+      EXPECT_EQ(a.contains(y), x.find(y) != x.npos);
+      EXPECT_EQ(a.starts_with(y), x.substr(0, y.size()) == y);
+      EXPECT_EQ(a.ends_with(y), y.size() <= x.size() && x.substr(x.size() - y.size()) == y);
       std::ostringstream out;
       out << a << mub::stringx(y);
       EXPECT_EQ(out.str(), std::string(x).append(y));
@@ -389,6 +391,9 @@ TEST(CppTexts, CompareHashAndPrintAsViews) {
   EXPECT_TRUE("Ababc" == text && std::string(text.cbegin(), text.cend()) == text);
   std::copy(wide.begin(), wide.end(), std::back_inserter(text = text.view().substr(1, 2)));
   EXPECT_TRUE(text == "baabcd" && text.length() == 6);
+  for (text.front() = 'B'; !text.empty(); text.pop_back()) EXPECT_EQ(*text.rbegin(), text.back());
+  text.pop_back();
+  EXPECT_TRUE(text.empty() && mub::wchar(u"ab").starts_with(u"a"));
 }
 
 // Can only be moved. The objects that exist are known, and one that is constructed later can throw.
