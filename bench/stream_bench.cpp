@@ -175,7 +175,6 @@ template <class Packed>
 void add_packed(const char *who) {
   mub_bench::add_sizes("unpack_numbers", who, unpack<Packed, 64>, {1000000});
   mub_bench::add_sizes("unpack_small_numbers", who, unpack<Packed, 7>, {1000000});
-  if (mub_bench::kIsInline) return;
   mub_bench::add_sizes("pack_numbers", who, pack<Packed, 64>, {1000000});
   mub_bench::add_sizes("pack_small_numbers", who, pack<Packed, 7>, {1000000});
 }

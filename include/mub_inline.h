@@ -34,7 +34,8 @@
  * - `mub_stream.h`: mub_stream_append(), mub_stream_get_at(), mub_stream_set_at(), mub_stream_get_byte(),
  *   mub_stream_get_word(), mub_stream_get_tword(), mub_stream_get_dword(), mub_stream_get_xword(),
  *   mub_stream_get_lword(), mub_stream_set_byte(), mub_stream_set_word(), mub_stream_set_tword(),
- *   mub_stream_set_dword(), mub_stream_set_xword(), mub_stream_set_lword(), mub_stream_inflate_lword()
+ *   mub_stream_set_dword(), mub_stream_set_xword(), mub_stream_set_lword(), mub_stream_deflate_lword(),
+ *   mub_stream_inflate_lword()
  * - `mub_pool.h`: mub_pool_new(), mub_pool_free()
  * - `mub_array.h`: mub_array_get_at(), mub_arrayd_append(), mub_arrayd_get_at(), mub_arrayx_append(),
  *   mub_arrayx_get_at(), mub_arrays_append(), mub_arrays_get_at(), mub_arrays_set_at(),
@@ -266,7 +267,26 @@ MUB_INLINE void mub_inline_stream_set_lword(mub_stream *stream, int64_t *positio
   if (field != NULL) mub_inline_store(field, (uint64_t)value, 8);
 }
 
-/* Numbers of one and two bytes, the first of which says how many follow. */
+/* Packed numbers of one and two bytes, the first of which says how many follow. */
+MUB_INLINE void mub_inline_stream_deflate_lword(mub_stream *stream, int64_t *position, uint64_t value) {
+  const int64_t at = *position;
+  if (at >= 0 && stream->length - at >= 2) {
+    uint8_t *field = stream->data + at;
+    if (value < 0x80) {
+      field[0] = (uint8_t)value;
+      *position = at + 1;
+      return;
+    }
+    if (value < 0x4000) {
+      field[0] = (uint8_t)(0x80 | value >> 8);
+      field[1] = (uint8_t)value;
+      *position = at + 2;
+      return;
+    }
+  }
+  mub_stream_deflate_lword(stream, position, value);
+}
+
 MUB_INLINE int64_t mub_inline_stream_inflate_lword(const mub_stream *stream, int64_t *position) {
   const int64_t at = *position;
   if (at >= 0 && stream->length - at >= 2) {
@@ -554,6 +574,7 @@ MUB_INLINE uint64_t mub_inline_hashx_get(const mub_hashx *table, uint64_t key) {
 #define mub_stream_set_dword(...) mub_inline_stream_set_dword(__VA_ARGS__)
 #define mub_stream_set_xword(...) mub_inline_stream_set_xword(__VA_ARGS__)
 #define mub_stream_set_lword(...) mub_inline_stream_set_lword(__VA_ARGS__)
+#define mub_stream_deflate_lword(...) mub_inline_stream_deflate_lword(__VA_ARGS__)
 #define mub_stream_inflate_lword(...) mub_inline_stream_inflate_lword(__VA_ARGS__)
 #define mub_pool_new(...) mub_inline_pool_new(__VA_ARGS__)
 #define mub_pool_free(...) mub_inline_pool_free(__VA_ARGS__)
