@@ -8,8 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "mub_btree.h"
-#include "mub_hash.h"
+#include "mub.hpp"
 #include "support/fuse.h"
 #include "support/refused_clones.h"
 
@@ -145,142 +144,108 @@ TEST(HashRemoval, IgnoresBlocksThatAreInNoChain) {
   EXPECT_EQ(popped->key_offset, 0x77777777u);
 }
 
-// A batch gives what its look-ups give; of the keys, every eighth is absent.
-constexpr uint32_t kManyKeys = 60000;
+// Every eighth number is not added.
 template <class T>
-void expect_batch(const std::vector<T> &keys, auto get, auto get_many) {
-  std::vector<uint64_t> values(keys.size() + 1, 99), expected(keys.size());
-  std::ranges::transform(keys, expected.begin(), get);
-  const auto count = static_cast<int64_t>(keys.size());
-  EXPECT_EQ(get_many(-1, values.data()), 0);
+std::vector<T> many_numbers(size_t count) {
+  std::vector<T> keys(count);
+  for (size_t i = 0; i < count; ++i) keys[i] = static_cast<T>(i * 0x9E3779B97F4A7C15u);
+  return keys;
+}
+template <class Map>
+void add_most(Map &map, const std::vector<typename Map::key_type> &keys) {
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (i % 8 != 0) map.insert(keys[i], i + 1);
+  }
+}
+// A batch of every eleventh key gives what its look-ups give.
+template <class Map>
+void expect_batch(const Map &map, const std::vector<typename Map::key_type> &keys) {
+  std::vector<typename Map::key_type> wanted;
+  for (size_t i = 0; i < keys.size(); i += 11) wanted.push_back(keys[i]);
+  std::vector<uint64_t> values(wanted.size() + 1, 99), expected;
+  for (const auto &key : wanted) expected.push_back(map.get(key));
+  const auto count = std::ssize(wanted);
+  EXPECT_EQ(map.get_many(wanted.data(), -1, values.data()), 0);
   EXPECT_EQ(values.front(), 99u);
-  EXPECT_EQ(get_many(count, values.data()), count - std::ranges::count(expected, 0u));
+  EXPECT_EQ(map.get_many(wanted.data(), count, values.data()), count - std::ranges::count(expected, 0u));
   EXPECT_EQ(values.back(), 99u);
   values.pop_back();
   EXPECT_EQ(values, expected);
 }
-template <class R, class T>
-void expect_batch_of_numbers(const R &map, const std::vector<T> &keys, auto get, auto get_many) {
-  expect_batch(
-      keys, [&](T key) { return get(&map, key); },
-      [&](int64_t count, uint64_t *values) { return get_many(&map, keys.data(), count, values); });
-}
-template <class T>
-std::vector<T> many_numbers(size_t count = kManyKeys + 5) {
-  std::vector<T> keys(count);
-  for (size_t i = 0; i < keys.size(); ++i) keys[i] = static_cast<T>(i * 0x9E3779B97F4A7C15u);
-  return keys;
-}
-template <class T>
-std::vector<T> some_of(const std::vector<T> &keys) {
-  std::vector<T> some;
-  for (size_t i = 0; i < keys.size(); i += 11) some.push_back(keys[i]);
-  return some;
-}
-void add_most(const auto &keys, auto insert) {
-  for (size_t i = 0; i < keys.size(); ++i) {
-    if (i % 8 != 0) insert(keys[i], i + 1);
-  }
-}
 
-TEST(Batches, LargeHashTablesGiveWhatSingleLookUpsGive) {
+TEST(Batches, LargeMapsOfNumbersGiveWhatSingleLookUpsGive) {
+  const auto expect = [](auto map, const auto &keys) {
+    add_most(map, keys);
+    expect_batch(map, keys);
+  };
   const auto keys32 = many_numbers<uint32_t>(160000);
   auto keys64 = many_numbers<uint64_t>(160000);
-  for (uint64_t i = 1; i < 100; ++i) keys64.push_back(i << 40);  // one chain
-  mub_hashd d;
-  mub_hashx x;
-  mub_hasht t;
-  mub_hashd_init(&d, 1, 0);
-  mub_hashx_init(&x, 1, 0);
-  mub_hasht_init(&t, 1, 0);
-  add_most(keys32, [&](uint32_t key, uint64_t value) { mub_hashd_insert(&d, key, value); });
-  add_most(keys64, [&](uint64_t key, uint64_t value) { mub_hashx_insert(&x, key, value); });
-  expect_batch_of_numbers(d, some_of(keys32), mub_hashd_get, mub_hashd_get_many);
-  expect_batch_of_numbers(x, some_of(keys64), mub_hashx_get, mub_hashx_get_many);
   std::vector<std::array<uint32_t, 4>> quads;
   for (const uint32_t key : keys32) quads.push_back({1, 1, key % 100, key});
-  add_most(quads, [&](const auto &key, uint64_t value) { mub_hasht_insert(&t, key.data(), value); });
-  expect_batch(
-      quads, [&](const auto &key) { return mub_hasht_get(&t, key.data()); },
-      [&](int64_t count, uint64_t *values) {
-        return mub_hasht_get_many(&t, reinterpret_cast<const uint32_t(*)[4]>(quads.data()), count, values);
-      });
-  mub_hashd_term(&d);
-  mub_hashx_term(&x);
-  mub_hasht_term(&t);
+  expect(mub::hashd(), keys32);
+  expect(mub::hasht(), quads);
+  expect(mub::btreex(), keys64);
+  for (uint64_t i = 1; i < 100; ++i) keys64.push_back(i << 40);  // one chain
+  expect(mub::hashx(), keys64);
 }
 
-// Also in trees that a caller has damaged: with a key type that does not fit the order of the keys, or under
-// which keys are NaN; with records in the wrong leaves; with an inner node that has no children, or a leaf
-// beside inner nodes.
-TEST(Batches, LargeTreesGiveWhatSingleLookUpsGive) {
-  const auto keys64 = many_numbers<uint64_t>();
-  mub_btreex x;
-  mub_btreex_init(&x, 1, 1, 0);
-  add_most(keys64, [&](uint64_t key, uint64_t value) { mub_btreex_insert(&x, key, value); });
-  expect_batch_of_numbers(x, some_of(keys64), mub_btreex_get, mub_btreex_get_many);
-  mub_btreex_term(&x);
+// With a key type that does not fit the order of the keys, or under which keys are NaN; with records in the
+// wrong leaves; with an inner node that has no children, or a leaf beside inner nodes.
+TEST(Batches, LargeTreesThatACallerHasDamagedGiveWhatSingleLookUpsGive) {
   for (const size_t key_count : {60000u, 160000u}) {
     const auto keys = many_numbers<uint32_t>(key_count);
-    TreeOfNumbers d(2);
-    add_most(keys, [&](uint32_t key, uint64_t value) { mub_btreed_insert(&d, key, value); });
-    const auto wanted = some_of(keys);
-    const auto expect = [&] { expect_batch_of_numbers(d, wanted, mub_btreed_get, mub_btreed_get_many); };
+    mub::btreed tree;
+    add_most(tree, keys);
+    mub_btreed &d = *tree.c();
     for (const uint32_t type : {1u, 7u, 5u, 2u}) {
       d.key_type = type;
-      expect();
+      expect_batch(tree, keys);
     }
     mub_btreed_node *node = nullptr;
     for (size_t i = 0; i < 800; i += 8)
       mub_btreed_insert_t(&d, mub_btreed_last_entry(&d.root), keys[i], &node);
-    expect();
+    expect_batch(tree, keys);
     uint64_t &second = d.root.children.items[1];
     auto *inner = reinterpret_cast<mub_btreed_entry *>(second);
     const int64_t count = std::exchange(inner->children.count, 0);
-    expect();
+    expect_batch(tree, keys);
     inner->children.count = count;
     second = reinterpret_cast<uintptr_t>(mub_btreed_first_entry(&d.root));
-    expect();
+    expect_batch(tree, keys);
     second = reinterpret_cast<uintptr_t>(inner);
   }
 }
 
 // Without lengths, keys end at their first NUL.
 TEST(Batches, LargeMapsOfBytesGiveWhatSingleLookUpsGive) {
-  for (const bool folds_case : {false, true}) {
-    Table table;
-    Tree tree;
-    table.nocase = folds_case ? 1 : 0;
-    tree.nocase = folds_case ? 1 : 0;
-    std::vector<std::string> texts;
-    for (const uint32_t key : many_numbers<uint32_t>()) texts.push_back("Key" + std::to_string(key));
-    add_most(texts, [&](const std::string &text, uint64_t value) {
-      mub_hash_insert(&table, text.data(), -1, value);
-      mub_btree_insert(&tree, text.data(), -1, value);
-    });
-    texts = some_of(texts);
-    if (folds_case) std::ranges::for_each(texts, [](std::string &text) { text[0] = 'k'; });
+  std::vector<std::string> texts;
+  for (const uint32_t key : many_numbers<uint32_t>(60000)) texts.push_back("Key" + std::to_string(key));
+  const auto expect = [&](auto map, auto get, auto get_many, bool folds_case) {
+    map.c()->nocase = folds_case ? 1 : 0;
+    add_most(map, {texts.begin(), texts.end()});
+    std::vector<std::string> wanted;
+    for (size_t i = 0; i < texts.size(); i += 11) wanted.push_back(texts[i]);
     std::vector<const void *> keys;
     std::vector<int64_t> lengths;
-    std::vector<size_t> indexes;
-    for (const std::string &text : texts) {
-      const auto size = static_cast<int64_t>(text.size());
-      indexes.push_back(keys.size());
-      lengths.push_back(keys.size() % 3 == 0 ? -1 : keys.size() % 3 == 1 ? size - 1 : size);
+    for (std::string &text : wanted) {
+      if (folds_case) text[0] = 'k';
+      lengths.push_back(keys.size() % 3 == 0 ? -1 : std::ssize(text) - (keys.size() % 3 == 1 ? 1 : 0));
       keys.push_back(text.data());
     }
     keys[7] = nullptr;
+    const auto count = std::ssize(keys);
     for (const bool has_lengths : {false, true}) {
-      const auto expect = [&](const auto &map, auto get, auto get_many) {
-        expect_batch(
-            indexes, [&](size_t i) { return get(&map, keys[i], has_lengths ? lengths[i] : -1); },
-            [&](int64_t count, uint64_t *values) {
-              return get_many(&map, keys.data(), has_lengths ? lengths.data() : nullptr, count, values);
-            });
-      };
-      expect(table, mub_hash_get, mub_hash_get_many);
-      expect(tree, mub_btree_get, mub_btree_get_many);
+      std::vector<uint64_t> values(keys.size()), expected;
+      for (size_t i = 0; i < keys.size(); ++i)
+        expected.push_back(get(map.c(), keys[i], has_lengths ? lengths[i] : -1));
+      EXPECT_EQ(get_many(map.c(), keys.data(), has_lengths ? lengths.data() : nullptr, count, values.data()),
+                count - std::ranges::count(expected, 0u));
+      EXPECT_EQ(values, expected);
     }
+  };
+  for (const bool folds_case : {false, true}) {
+    expect(mub::hash(), mub_hash_get, mub_hash_get_many, folds_case);
+    expect(mub::btree(), mub_btree_get, mub_btree_get_many, folds_case);
   }
 }
 
