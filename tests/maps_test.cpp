@@ -93,12 +93,10 @@ TEST(HashClone, DropsValuesThatAreNotBlocks) {
 }
 
 TEST(HashClone, ReturnsTheBlocksOfAnExternalPoolIfMemoryRunsOut) {
-  const auto add = [](mub_hash &table, int64_t i) {
-    EXPECT_EQ(mub_hash_insert(&table, std::to_string(i).data(), -1, 1), 1);
-    EXPECT_GE(table.keys.capacity, 64);
-  };
-  mub_test::expect_blocks_returned<mub_hash, mub_hash_entry>(mub_hash_init, add, mub_hash_clone,
-                                                             mub_hash_term);
+  mub_test::expect_blocks_returned<mub::hash>([](mub::hash &table, int64_t i) {
+    EXPECT_TRUE(table.insert(std::to_string(i), 1));
+    EXPECT_GE(table.c()->keys.capacity, 64);
+  });
 }
 
 TEST(HashLowLayer, TrustsGivenBucketsAndHashes) {
