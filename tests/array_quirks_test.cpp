@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "mub_array.h"
+#include "mub.hpp"
 
 namespace {
 
@@ -24,8 +24,8 @@ Keys keys_of(const mub_array &array) {
 }
 
 TEST(ArrayQuirks, SpareSlotsKeepOffsetsThatMayExceedTheKeyStream) {
-  mub_array array;
-  mub_array_init(&array, 0);
+  mub::array owner;
+  mub_array &array = *owner.c();
   for (const char *key : {"first", "second", "third", "last"}) mub_array_append(&array, key, -1, 1);
   mub_array_remove_at(&array, 3);
   mub_array_shrink(&array, 1);
@@ -61,7 +61,6 @@ TEST(ArrayQuirks, SpareSlotsKeepOffsetsThatMayExceedTheKeyStream) {
   mub_array_qsort(&array, 1);
   mub_array_insert_at(&array, 0, "key", 3, 2);
   EXPECT_EQ(keys_of(array), Keys(2)) << "the key bytes were released";
-  mub_array_term(&array);
 }
 
 // A stream of 4 GiB, of which only the ends are accessed.
@@ -72,8 +71,8 @@ TEST(ArrayQuirks, KeysStayBelow4GiB) {
   void *map =
       mmap(nullptr, kMapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (map == MAP_FAILED) GTEST_SKIP() << "no address space for 4 GiB";
-  mub_array array;
-  mub_array_init(&array, 0);
+  mub::array owner;
+  mub_array &array = *owner.c();
   array.keys = {static_cast<uint8_t *>(map), 0xFFFFFFFF - 3, kBytes - 8};
   mub_array_append(&array, "four", 4, 1);
   mub_array_append(&array, "abc", 3, 2);
@@ -90,15 +89,14 @@ TEST(ArrayQuirks, KeysStayBelow4GiB) {
   mub_array_qsort(&array, 1);
   EXPECT_EQ(array.entries[0].value, 5u) << "lengths that differ by more than 2^31 compare in reverse";
   array.keys = {nullptr, 0, 0};
-  mub_array_term(&array);
   munmap(map, kMapped);
 }
 
 TEST(ArrayQuirks, TablesGrowByAtMost65536SlotsUnlessMoreAreRequested) {
   constexpr int64_t kSteps[][3] = {
       {0, 13, 16}, {0, 131072, 131072}, {131070, 131073, 196608}, {196608, 196609, 262144}};
-  mub_arrayt words;
-  mub_arrayt_init(&words);
+  mub::arrayt owner;
+  mub_arrayt &words = *owner.c();
   for (const auto &[count, wanted, grown] : kSteps) {
     words.count = count;
     EXPECT_EQ(mub_arrayt_expand(&words, wanted), 1);
@@ -108,18 +106,16 @@ TEST(ArrayQuirks, TablesGrowByAtMost65536SlotsUnlessMoreAreRequested) {
   words.count = INT64_MAX;
   mub_arrayt_append_array(&words, &words);
   EXPECT_EQ(words.count, INT64_MAX) << "the sum of the counts overflows";
-  mub_arrayt_term(&words);
 }
 
 void *released;
 TEST(ArrayQuirks, AKeyIsClearedBeforeItsValueIsReleased) {
-  mub_arrayx array;
-  mub_arrayx_init(&array, 0);
+  mub::arrayx owner;
+  mub_arrayx &array = *owner.c();
   mub_arrayx_append(&array, 5, 1);
   released = array.entries;
   mub_arrayx_free_at(&array, 0,
                      [](uint64_t) { EXPECT_EQ(static_cast<mub_arrayx_entry *>(released)->key, 0u); });
-  mub_arrayx_term(&array);
 }
 
 // Orders items by their high halves, or inconsistently. The trace depends on every comparison.
@@ -131,8 +127,8 @@ int compare(uint64_t has_order, uint64_t a, uint64_t b, uint64_t) {
   return has_order != 0 ? (high > other) - (high < other) : static_cast<int>((5 * high + other) % 3) - 1;
 }
 TEST(ArrayQuirks, SortsAlwaysMakeTheSameComparisonsAndPlaceEqualItemsInTheSameOrder) {
-  mub_arrays array;
-  mub_arrays_init(&array, 0);
+  mub::arrays owner;
+  mub_arrays &array = *owner.c();
   for (const uint64_t size : {9u, 1000u}) {
     for (const int settings : {0, 1, 2, 3}) {
       mub_arrays_shrink(&array, 0);
@@ -143,33 +139,28 @@ TEST(ArrayQuirks, SortsAlwaysMakeTheSameComparisonsAndPlaceEqualItemsInTheSameOr
     }
   }
   EXPECT_EQ(trace, 12471316002768831132u);
-  mub_arrays_term(&array);
 }
 
 // Integers are not sorted by calls of a comparator, which are made one after the other.
 TEST(ArrayQuirks, SortsOfIntegersPlaceEqualKeysAsSortsWithAComparatorDo) {
   const auto by_key = [](uint64_t a, uint64_t b) { return (a >> 32 > b >> 32) - (a >> 32 < b >> 32); };
-  mub_arrayx keys, values;
-  mub_arrayx_init(&keys, 0);
-  mub_arrayx_init(&values, 0);
+  mub::arrayx keys, values;
   for (uint64_t size = 2; size < 1500; size += size < 40 ? 1 : 97) {
     for (const uint64_t distinct : {uint64_t{1}, uint64_t{3}, size / 8 + 2, size * size}) {
       for (const int ascending : {0, 1}) {
-        mub_arrayx_shrink(&keys, 0);
-        mub_arrayx_shrink(&values, 0);
+        keys.clear();
+        values.clear();
         for (uint64_t i = 0; i < size; ++i) {
           const uint64_t key = (i * 0x9E3779B97F4A7C15u >> 40) % distinct;
-          mub_arrayx_append(&keys, key, key << 32 | i);
-          mub_arrayx_append(&values, key, key << 32 | i);
+          for (mub::arrayx *array : {&keys, &values}) array->append(key, key << 32 | i);
         }
-        mub_arrayx_qsort(&keys, ascending);
-        mub_arrayx_qsort_x(&values, ascending, by_key);
-        for (uint64_t i = 0; i < size; ++i) ASSERT_EQ(keys.entries[i].value, values.entries[i].value) << size;
+        mub_arrayx_qsort(keys.c(), ascending);
+        mub_arrayx_qsort_x(values.c(), ascending, by_key);
+        for (uint64_t i = 0; i < size; ++i)
+          ASSERT_EQ(keys.c()->entries[i].value, values.c()->entries[i].value) << size;
       }
     }
   }
-  mub_arrayx_term(&keys);
-  mub_arrayx_term(&values);
 }
 
 }  // namespace
