@@ -97,8 +97,8 @@ typedef void (*mub_free_fn)(uint64_t value);
  * Adjusts a cloned value: translates the addresses in it that point into the source's user pool, by means of
  * mub_pool_get_addr() and mub_pool_set_addr().
  *
- * @param[in] map               the chunk map of `source_pool`; NULL if that pool has no chunks, or unless
- *                              both user pools were given
+ * @param[in] map               the chunk map of `source_pool`; NULL if one of the two user pools was not
+ *                              given, and possibly if that pool has no chunks
  * @param[in] source            the value in the source, 0 included
  * @param[in] source_pool       the user pool that the source's values refer to; NULL if none was given
  * @param[in] destination       the value in the clone

@@ -158,7 +158,8 @@ MUB_API mub_btree *mub_btree_init(mub_btree *tree, int with_entry_pool, int with
  * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
  *   pools remain the caller's
  * @invalidates all records and entries, pointers to keys, and the tree's cursors
- * @cost O(entries), and one release per chunk of the pools; O(keys) with an external node pool
+ * @cost O(entries), and one release per chunk and page of the owned pools; O(keys) with an external node
+ *   pool
  */
 MUB_API mub_btree *mub_btree_term(mub_btree *tree);
 
@@ -1016,7 +1017,8 @@ MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int with_entry_pool, int w
  * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
  *   pools remain the caller's
  * @invalidates all records and entries, and the tree's cursors
- * @cost O(entries), and one release per chunk of the pools; O(keys) with an external node pool
+ * @cost O(entries), and one release per chunk and page of the owned pools; O(keys) with an external node
+ *   pool
  */
 MUB_API mub_btreed *mub_btreed_term(mub_btreed *tree);
 
@@ -1809,7 +1811,8 @@ MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int with_entry_pool, int w
  * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
  *   pools remain the caller's
  * @invalidates all records and entries, and the tree's cursors
- * @cost O(entries), and one release per chunk of the pools; O(keys) with an external node pool
+ * @cost O(entries), and one release per chunk and page of the owned pools; O(keys) with an external node
+ *   pool
  */
 MUB_API mub_btreex *mub_btreex_term(mub_btreex *tree);
 

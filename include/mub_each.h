@@ -14,9 +14,9 @@
  * the beginning. The further variables of a loop have the name of the loop variable with a suffix such as
  * `_at`.
  *
- * **Changes.** In the loop, values may be changed, but nothing may be added to the container or removed from
- * it, unless the loop is left afterwards. To remove some of the entries, collect their keys, and remove them
- * after the loop.
+ * **Changes.** In the loop, values may be changed through the loop variable (the words of a mub_arrayt only
+ * with mub_arrayt_set_at()), but nothing may be added to the container or removed from it, unless the loop is
+ * left afterwards. To remove some of the entries, collect their keys, and remove them after the loop.
  *
  * **Values.** A container stores 64-bit words. MUB_VALUE_OF() makes one from a pointer, and MUB_VALUE_AS()
  * makes it a pointer again.
@@ -342,7 +342,7 @@ MUB_INLINE uint32_t mub_each_set_bit(const mub_bits *bits, int64_t *from) {
   for (mub_tree_entry *entry = (parent)->first_child; entry != NULL; entry = mub_tree_entry_next(entry))
 
 /**
- * Visits all entries below an entry of a mub_tree, in document order.
+ * Visits all entries below an entry of a mub_tree in document order: each before its children.
  *
  * @param ancestor  the address of an entry; of `root` for the whole tree
  * @param entry     the loop variable, a `mub_tree_entry *`

@@ -11,7 +11,7 @@
  *
  * A table starts without buckets. The first insertion allocates 4, and an insertion that raises the average
  * to two entries per bucket doubles their number. New entries are appended to their chain. Only
- * `_remove_all`, `_free_all` and `_term` release buckets.
+ * `_remove_all`, `_free_all`, `_term` and, in its destination, `_clone` release buckets.
  *
  * **Entry pool.** A table needs an entry pool before its first insertion: one created by `_init`, or an
  * external one stored in `entry_pool`, whose block size is at least that of the table's entry struct. Several
@@ -118,7 +118,7 @@ MUB_API mub_hash *mub_hash_init(mub_hash *table, int with_entry_pool, int with_v
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
  *   external pools remain the caller's
  * @invalidates all entries, and pointers to keys
- * @cost one release per chunk of the pools
+ * @cost one release per chunk and page of the pools that the table owns
  */
 MUB_API void mub_hash_term(mub_hash *table);
 
@@ -162,7 +162,7 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
  * @invalidates all entries of the destination, and pointers to its keys
- * @cost O(entries), and one copy per chunk of the owned pools
+ * @cost O(buckets + entries), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
@@ -346,9 +346,9 @@ MUB_API int mub_hash_find(const mub_hash *table, const void *key, int64_t length
  *   mub_pool_free()
  * @owner the value is returned and not released; the entry is returned to its pool
  * @invalidates the entry of the key, the offsets of keys inserted later, and pointers to keys
- * @cost O(entries + bytes of all keys): the bytes of the later keys move and their offsets are lowered, in
- *   one pass over the chunks if the table owns its entry pool and the pool holds nothing else, otherwise
- *   along the chains
+ * @cost O(buckets + entries + bytes of all keys): the bytes of the later keys move and their offsets are
+ *   lowered, in one pass over the chunks if the table owns its entry pool and the pool holds nothing else,
+ *   otherwise along the chains
  * @bounds key[length]
  * @nullable key
  */
@@ -383,11 +383,11 @@ MUB_API mub_hash *mub_hash_free(mub_hash *table, const void *key, int64_t length
  * emptying an owned value pool releases its blocks. The memory of the key stream is kept.
  *
  * @param[in,out] table  the table
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
  *   other values remain the caller's
  * @invalidates all entries, and pointers to keys
- * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
+ * @cost O(1) and one release per chunk with owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hash_remove_all(mub_hash *table);
 
@@ -398,11 +398,11 @@ MUB_API void mub_hash_remove_all(mub_hash *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
  *   their pool
  * @invalidates all entries, and pointers to keys
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @nullable release
  */
 MUB_API void mub_hash_free_all(mub_hash *table, mub_free_fn release);
@@ -414,10 +414,10 @@ MUB_API void mub_hash_free_all(mub_hash *table, mub_free_fn release);
  * next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @level low
  */
 MUB_API void mub_hash_remove_all_entry(mub_hash *table);
@@ -430,11 +430,11 @@ MUB_API void mub_hash_remove_all_entry(mub_hash *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
  *   returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @nullable release
  * @level low
  */
@@ -498,7 +498,7 @@ MUB_API mub_hash_entry *mub_hash_entry_first(const mub_hash *table, int64_t *buc
  * @return the next entry
  * @failure NULL at the end
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @cost O(1) on average
+ * @cost O(1) on average; O(buckets) in the worst case, as after the removal of most keys
  */
 MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *table, int64_t *bucket_io,
                                             const mub_hash_entry *entry);
@@ -576,7 +576,7 @@ MUB_API mub_hash_entry *mub_hash_entry_remove(mub_hash *table, int64_t bucket, u
  * @param[in,out] table  the table
  * @failure the buckets are unchanged if memory runs out; the key stream may have moved
  * @invalidates an iteration in progress, and pointers to keys
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @level low
  */
 MUB_API void mub_hash_expand(mub_hash *table);
@@ -647,7 +647,7 @@ MUB_API mub_hash_entry *mub_hash_remove_t(mub_hash *table, const void *key, int6
  *                       at `offset` itself
  * @param[in] length     the number of bytes removed; its low 32 bits are used, and offsets wrap modulo 2^32
  * @invalidates copies of the offsets that it lowers
- * @cost O(entries), along the chains
+ * @cost O(buckets + entries), along the chains
  * @level low
  */
 MUB_API void mub_hash_adjust_t(mub_hash *table, uint32_t offset, int64_t length);
@@ -704,7 +704,7 @@ MUB_API mub_hashd *mub_hashd_init(mub_hashd *table, int with_entry_pool, int wit
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
  *   external pools remain the caller's
  * @invalidates all entries
- * @cost one release per chunk of the pools
+ * @cost one release per chunk and page of the pools that the table owns
  */
 MUB_API void mub_hashd_term(mub_hashd *table);
 
@@ -745,7 +745,7 @@ MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
  * @invalidates all entries of the destination
- * @cost O(entries), and one copy per chunk of the owned pools
+ * @cost O(buckets + entries), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_user_pool,
@@ -921,11 +921,11 @@ MUB_API mub_hashd *mub_hashd_free(mub_hashd *table, uint32_t key, mub_free_fn re
  * emptying an owned value pool releases its blocks.
  *
  * @param[in,out] table  the table
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
  *   other values remain the caller's
  * @invalidates all entries
- * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
+ * @cost O(1) and one release per chunk with owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hashd_remove_all(mub_hashd *table);
 
@@ -934,11 +934,11 @@ MUB_API void mub_hashd_remove_all(mub_hashd *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
  *   their pool
  * @invalidates all entries
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @nullable release
  */
 MUB_API void mub_hashd_free_all(mub_hashd *table, mub_free_fn release);
@@ -950,10 +950,10 @@ MUB_API void mub_hashd_free_all(mub_hashd *table, mub_free_fn release);
  * next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @level low
  */
 MUB_API void mub_hashd_remove_all_entry(mub_hashd *table);
@@ -966,11 +966,11 @@ MUB_API void mub_hashd_remove_all_entry(mub_hashd *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
  *   returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @nullable release
  * @level low
  */
@@ -1028,7 +1028,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_first(const mub_hashd *table, int64_t *
  * @return the next entry
  * @failure NULL at the end
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @cost O(1) on average
+ * @cost O(1) on average; O(buckets) in the worst case, as after the removal of most keys
  */
 MUB_API mub_hashd_entry *mub_hashd_entry_next(const mub_hashd *table, int64_t *bucket_io,
                                               const mub_hashd_entry *entry);
@@ -1091,7 +1091,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_remove(mub_hashd *table, int64_t bucket
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
  * @invalidates an iteration in progress, if the number of buckets doubles
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @level low
  */
 MUB_API void mub_hashd_expand(mub_hashd *table);
@@ -1191,7 +1191,7 @@ MUB_API mub_hashx *mub_hashx_init(mub_hashx *table, int with_entry_pool, int wit
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
  *   external pools remain the caller's
  * @invalidates all entries
- * @cost one release per chunk of the pools
+ * @cost one release per chunk and page of the pools that the table owns
  */
 MUB_API void mub_hashx_term(mub_hashx *table);
 
@@ -1232,7 +1232,7 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
  * @invalidates all entries of the destination
- * @cost O(entries), and one copy per chunk of the owned pools
+ * @cost O(buckets + entries), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_user_pool,
@@ -1408,11 +1408,11 @@ MUB_API mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn re
  * emptying an owned value pool releases its blocks.
  *
  * @param[in,out] table  the table
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
  *   other values remain the caller's
  * @invalidates all entries
- * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
+ * @cost O(1) and one release per chunk with owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hashx_remove_all(mub_hashx *table);
 
@@ -1421,11 +1421,11 @@ MUB_API void mub_hashx_remove_all(mub_hashx *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
  *   their pool
  * @invalidates all entries
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @nullable release
  */
 MUB_API void mub_hashx_free_all(mub_hashx *table, mub_free_fn release);
@@ -1437,10 +1437,10 @@ MUB_API void mub_hashx_free_all(mub_hashx *table, mub_free_fn release);
  * next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @level low
  */
 MUB_API void mub_hashx_remove_all_entry(mub_hashx *table);
@@ -1453,11 +1453,11 @@ MUB_API void mub_hashx_remove_all_entry(mub_hashx *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
  *   returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @nullable release
  * @level low
  */
@@ -1515,7 +1515,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_first(const mub_hashx *table, int64_t *
  * @return the next entry
  * @failure NULL at the end
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @cost O(1) on average
+ * @cost O(1) on average; O(buckets) in the worst case, as after the removal of most keys
  */
 MUB_API mub_hashx_entry *mub_hashx_entry_next(const mub_hashx *table, int64_t *bucket_io,
                                               const mub_hashx_entry *entry);
@@ -1578,7 +1578,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_remove(mub_hashx *table, int64_t bucket
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
  * @invalidates an iteration in progress, if the number of buckets doubles
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @level low
  */
 MUB_API void mub_hashx_expand(mub_hashx *table);
@@ -1679,7 +1679,7 @@ MUB_API mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int wit
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
  *   external pools remain the caller's
  * @invalidates all entries
- * @cost one release per chunk of the pools
+ * @cost one release per chunk and page of the pools that the table owns
  */
 MUB_API void mub_hasht_term(mub_hasht *table);
 
@@ -1720,7 +1720,7 @@ MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
  * @invalidates all entries of the destination
- * @cost O(entries), and one copy per chunk of the owned pools
+ * @cost O(buckets + entries), and one copy per chunk of the owned pools
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool,
@@ -1926,11 +1926,11 @@ MUB_API mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_fre
  * emptying an owned value pool releases its blocks.
  *
  * @param[in,out] table  the table
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
  *   other values remain the caller's
  * @invalidates all entries
- * @cost O(1) and one release per chunk with owned pools; O(entries) with an external entry pool
+ * @cost O(1) and one release per chunk with owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hasht_remove_all(mub_hasht *table);
 
@@ -1939,11 +1939,11 @@ MUB_API void mub_hasht_remove_all(mub_hasht *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
  *   their pool
  * @invalidates all entries
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @nullable release
  */
 MUB_API void mub_hasht_free_all(mub_hasht *table, mub_free_fn release);
@@ -1955,10 +1955,10 @@ MUB_API void mub_hasht_free_all(mub_hasht *table, mub_free_fn release);
  * next. With an external pool, emptying the table would return the blocks a second time.
  *
  * @param[in,out] table  the table
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, although the table still refers to them; values are not released
  * @invalidates all entries
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @level low
  */
 MUB_API void mub_hasht_remove_all_entry(mub_hasht *table);
@@ -1971,11 +1971,11 @@ MUB_API void mub_hasht_remove_all_entry(mub_hasht *table);
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
- * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
+ * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
  *   returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @nullable release
  * @level low
  */
@@ -2072,7 +2072,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
  * @invalidates the bucket numbers of entries
- * @cost O(entries)
+ * @cost O(buckets + entries)
  * @level low
  */
 MUB_API void mub_hasht_expand(mub_hasht *table);

@@ -267,7 +267,7 @@ MUB_INLINE void mub_inline_stream_set_lword(mub_stream *stream, int64_t *positio
   if (field != NULL) mub_inline_store(field, (uint64_t)value, 8);
 }
 
-/* Packed numbers of one and two bytes, the first of which says how many follow. */
+/* Packed integers of one or two bytes. The first byte says how many follow. */
 MUB_INLINE void mub_inline_stream_deflate_lword(mub_stream *stream, int64_t *position, uint64_t value) {
   const int64_t at = *position;
   if (at >= 0 && stream->length - at >= 2) {

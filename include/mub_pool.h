@@ -151,7 +151,8 @@ MUB_API void mub_pool_expand(int64_t *group);
  *
  * @param[in,out] pool  the pool
  * @return the block
- * @failure NULL if the stack is empty
+ * @failure NULL if the stack is empty, or if its last address is NULL, as in a pool that was cloned without a
+ *   map; the NULL is popped, too
  * @owner the block belongs to the caller until it is returned or the pool is emptied
  * @invalidates iterators of the pool
  * @level low

@@ -259,7 +259,7 @@ class buffer : public owner<Derived, buffer_life<Traits>>,
   const unit_type &operator[](std::int64_t index) const noexcept { return data()[index]; }
   ///@}
 
-  /** Returns the first or the last unit of content that is not empty. */
+  /** Returns the first or the last unit; the content must not be empty. */
   ///@{
   unit_type &front() noexcept { return data()[0]; }
   const unit_type &front() const noexcept { return data()[0]; }
@@ -492,7 +492,8 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
 
   /**
    * Sets the length to `size`, allocating if needed; false, and nothing changes, if memory ran out. New bytes
-   * are the spare bytes as they are. See mub_stream_expand() and mub_stream_shrink().
+   * are the spare bytes as they are. A negative size changes nothing, and the result is true. See
+   * mub_stream_expand() and mub_stream_shrink().
    */
   [[nodiscard]] bool resize(std::int64_t size) {
     if (!reserve(size)) return false;

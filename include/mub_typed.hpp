@@ -93,9 +93,9 @@ class typed_position : public Position {
 
 /**
  * A hash table or B-tree `Map` with values of type T, which owns its values. Its keys, iterators and the
- * rules for moves and settings are those of `Map`, and so are c(), size(), empty(), contains() and count().
- * Do not add or remove keys through c(), and do not read values through it: they are objects of type T. If a
- * constructor of T throws, the keys and values are unchanged.
+ * rules for moves and settings are those of `Map`, and so are c(), size(), empty(), contains(), count(),
+ * verify() and memory_bytes(). Do not add or remove keys through c(), and do not read values through it: they
+ * are objects of type T. If a constructor of T throws, the keys and values are unchanged.
  *
  * T must be a complete type; for values that contain a map of their own type, use std::unique_ptr. The
  * constructors and the destructor of T must not change the map.

@@ -1,8 +1,10 @@
 // Memory that is allocated but must not be used: AddressSanitizer reports every access to it, and so does
-// valgrind if the library is built with MUB_VALGRIND. In all other builds these functions do nothing, and are
-// gone before compilers weigh what to inline. mub_inline.h detects these builds in the same way.
+// valgrind if the library is built with MUB_VALGRIND. In all other builds nothing is poisoned, copy_poisoned()
+// is memcpy(), and the other functions are gone before compilers weigh what to inline. mub_inline.h detects
+// these builds in the same way.
 //
-// AddressSanitizer marks groups of 8 bytes: of two neighbours in one group, only the later can be poisoned.
+// AddressSanitizer marks groups of 8 bytes: of two neighbours in one group, the earlier cannot be poisoned
+// while the later is in use.
 #ifndef MUB_BASE_POISON_H
 #define MUB_BASE_POISON_H
 
@@ -10,7 +12,8 @@
 #include <cstdint>
 #include <cstring>
 
-// Put before the functions that users of this header define on top of it.
+// Put before every function that does nothing in builds that poison nothing: inlined at once, it costs nothing
+// there.
 #define MUB_POISON_HOOK __attribute__((always_inline)) inline
 
 #if defined(__SANITIZE_ADDRESS__)

@@ -38,9 +38,9 @@
 // Threads: functions that take a const tree write nothing, so readers may run in parallel, each with cursors
 // of its own.
 //
-// The policy provides what containers/key_store.h lists, where prefetch_key also accepts nodes, and the
-// following. Functions that are given a node alone reach it through the node's type: the policy of a node is
-// that of its tree.
+// The policy provides what containers/key_store.h lists, where key_of, reset_key and prefetch_key also accept
+// nodes, and the following. Functions that are given a node alone reach it through the node's type: the policy
+// of a node is that of its tree.
 //   Node, Record, Cursor                the public structs
 //   with_order(tree, key, use)          returns use(order), where order(child) compares the key of a node
 //                                       or a record with the wanted key

@@ -17,8 +17,8 @@
 //   Unit           the type of a unit
 //   kTerminated    whether a unit of 0 follows the content
 //
-// The caller has already replaced the negative length of a text by its measured length; any other negative
-// count does nothing.
+// The caller has already replaced the negative length of a text by its measured length. Any other negative
+// count does nothing, except that right(), mid() and the functions that end in _into treat it as 0.
 #ifndef MUB_BYTES_UNIT_BUFFER_H
 #define MUB_BYTES_UNIT_BUFFER_H
 
@@ -95,8 +95,8 @@ uint64_t block_bytes(const Record &record) {
 //
 // In builds for memory checkers (base/poison.h), containers close their key streams: the units from the
 // length to the end of the block are poisoned. All other records are open. Poisoning takes time proportional
-// to the number of units, so that what is poisoned already is left alone. The last unit tells whether a
-// record is closed; swapping and growing open it.
+// to the number of units, so what is poisoned already is left alone. The last unit tells whether a record is
+// closed; swapping and growing open it.
 
 // Opens a record, which may even be uninitialised.
 template <class Record>
@@ -117,7 +117,7 @@ MUB_POISON_HOOK void open(const Record &record, int64_t count) {
   }
 }
 
-// Closes a record, of which at most the units up to `end` were opened since it was closed, if ever.
+// Closes a record. If it was closed before, no unit from `end` on was opened since then.
 template <class Record>
 MUB_POISON_HOOK void close(const Record &record, int64_t end) {
   if constexpr (kPoisons) {

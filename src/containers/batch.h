@@ -1,4 +1,4 @@
-// What the look-ups of many keys have in common: they advance in groups, and store the same results.
+// What the look-ups of many keys have in common: how they are divided into groups, and how results are stored.
 #ifndef MUB_CONTAINERS_BATCH_H
 #define MUB_CONTAINERS_BATCH_H
 

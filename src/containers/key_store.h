@@ -21,7 +21,8 @@
 // use these names; an engine lists at its head what else it requires.
 //   Key                              a key as it is passed
 //   key_of(container, item)          the key of an item
-//   store_key(container, item, key)  gives a new item its key; false if there is no room
+//   store_key(container, item, key)  gives a new item its key; false if memory runs out, or if the key stream
+//                                    would be longer than kMaxBytes
 //   erase_key(container, item)       removes the key of an item that is about to be removed
 //   reset_key(item)                  gives an item the key of an all-zero item (not in NoKeys)
 //   clear_keys(container)            removes all keys and keeps their memory

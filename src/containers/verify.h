@@ -76,8 +76,8 @@ struct KeyCheck {
 // Packed keys: key_store.h has the invariants. To find gaps and overlaps without a list of all keys, a hash
 // of the start of each key is added to a sum, and a hash of its end subtracted. If the keys fill the stream,
 // every end but the last is the start of another key, and only hash(0) - hash(length) remains. With any other
-// keys, some starts and ends do not cancel out, since keys cannot form a cycle: each ends after it starts.
-// The sum is then different, except with a probability of 2^-64.
+// keys, some starts and ends do not cancel out, since keys cannot form a cycle: each ends after it starts,
+// apart from empty keys, which add nothing. The sum is then different, except with a probability of 2^-64.
 template <class Container>
 struct KeyCheck<Container, std::void_t<decltype(Container::keys)>> {
   explicit KeyCheck(const Container &container) : stream(container.keys) {}

@@ -33,7 +33,8 @@
 //                                       used by all others
 //   may_match(entry, hash, key)         whether it may match, as far as the entry itself can tell
 //   kBatchedFrom                        the number of entries from which batch_get.h looks keys up together;
-//                                       smaller tables stay in a cache, where single look-ups are as fast
+//                                       single look-ups in smaller tables, which stay in a cache, are at
+//                                       least as fast
 //   store_hash(entry, hash)             stores the hash of a new entry, if it has a field for it
 //   reserve_keys(table, bytes)          makes room for `bytes` bytes of keys in total, if there is memory
 //   with_pinned(table, key, use)        calls use(key) with a copy of the key if it lies in the key stream,

@@ -111,7 +111,7 @@ MUB_POISON_HOOK void check_live(const mub_pool &pool, const void *block) {
 inline void *take(mub_pool *pool) {
   if (pool == nullptr || pool->block_size == 0) return nullptr;
   if (pool->free_count > 0) {
-    // Slow path: the top page is empty, or clone() could not translate this address.
+    // Slow path: the last page is empty, or clone() could not translate this address.
     void *block = pool->free_used > 0 ? free_page(*pool, pool->free_count - 1)[pool->free_used - 1] : nullptr;
     if (block == nullptr) return take_slowly(*pool);
     --pool->free_used;
