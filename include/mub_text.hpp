@@ -111,15 +111,26 @@ struct textual {};
 /** The members that strings, streams and views have in common. */
 template <class Derived, class View>
 class searchable : public textual {
+  using unit = typename View::value_type;
+
  public:
-  /** Checks whether the content begins with a text. */
+  /** Checks whether the content begins with a text or a unit. */
+  ///@{
   bool starts_with(View text) const noexcept { return view().substr(0, text.size()) == text; }
-  /** Checks whether the content ends with a text. */
+  bool starts_with(unit one) const noexcept { return starts_with(View(&one, 1)); }
+  ///@}
+  /** Checks whether the content ends with a text or a unit. */
+  ///@{
   bool ends_with(View text) const noexcept {
     return view().size() >= text.size() && view().substr(view().size() - text.size()) == text;
   }
-  /** Checks whether a text occurs in the content. */
+  bool ends_with(unit one) const noexcept { return ends_with(View(&one, 1)); }
+  ///@}
+  /** Checks whether a text or a unit occurs in the content. */
+  ///@{
   bool contains(View text) const noexcept { return view().find(text) != View::npos; }
+  bool contains(unit one) const noexcept { return view().find(one) != View::npos; }
+  ///@}
 
  private:
   View view() const noexcept { return static_cast<const Derived &>(*this).view(); }
@@ -538,9 +549,13 @@ class stringx : public detail::range<stringx>,
 
   /** Constructs an empty view. */
   stringx() noexcept { mub_stringx_init(&view_); }
-  /** Constructs a view of a whole text. */
-  stringx(std::string_view text) noexcept : view_{text.data(), 0, static_cast<std::int64_t>(text.size())} {}
-  stringx(const char *text) noexcept : stringx(std::string_view(text)) {}
+  /** Constructs a view of a whole text, of any type that converts to std::string_view. */
+  template <class Text, class = std::enable_if_t<std::is_convertible_v<const Text &, std::string_view> &&
+                                                 !std::is_base_of_v<stringx, Text>>>
+  stringx(const Text &text) noexcept {
+    const std::string_view view = text;
+    view_ = {view.data(), 0, static_cast<std::int64_t>(view.size())};
+  }
 
   /** Returns the record, for use with the C functions. */
   ///@{
@@ -564,6 +579,12 @@ class stringx : public detail::range<stringx>,
 
   /** Returns the byte at an index from 0 to size() - 1, which is not checked. */
   const char &operator[](std::int64_t index) const noexcept { return view_.text[view_.start + index]; }
+
+  /** Returns the first or the last byte; the span must not be empty. */
+  ///@{
+  const char &front() const noexcept { return (*this)[0]; }
+  const char &back() const noexcept { return (*this)[size() - 1]; }
+  ///@}
 
   /** Iterators over the bytes of the span. */
   ///@{
