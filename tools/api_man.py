@@ -21,10 +21,18 @@ def filled(text):
     return [f"\\&{line}" if line.startswith((".", "\\(aq")) else line for line in lines]
 
 
+def preformatted(text):
+    lines = [line[4:].replace("\\", "\\e").replace("-", "\\-") for line in text.split("\n")]
+    return [".PP", ".RS 4", ".nf", *(f"\\&{line}" for line in lines), ".fi", ".RE"]
+
+
 def section(title, *texts):
     lines = [f".SH {title}"]
     for number, text in enumerate(text for text in texts if text):
-        lines += ([".PP"] if number else []) + filled(text)
+        if text.startswith("    "):
+            lines += preformatted(text)
+        else:
+            lines += ([".PP"] if number else []) + filled(text)
     return lines if len(lines) > 1 else []
 
 
@@ -156,8 +164,18 @@ def field_declaration(field):
     return f"{kind}{'' if kind.endswith('*') else ' '}{field['name']}{bracket}{bound}"
 
 
+def blocks(description):
+    """The paragraphs, which are lines, and the preformatted texts, whose lines begin with four spaces."""
+    return re.findall(r"(?:^    .*\n?|^\n(?=    ))+|^.+$", description, re.MULTILINE)
+
+
 def called(macro):
     return f"{macro['name']}({', '.join(parameter['name'] for parameter in macro['parameters'])})"
+
+
+def macro_text(macro):
+    parameters = "; ".join(f"`{parameter['name']}`: {parameter['doc']}" for parameter in macro["parameters"])
+    return f"{macro['summary']} {macro['description']} {sentence(parameters)}"
 
 
 def module_page(module, api):
@@ -168,14 +186,14 @@ def module_page(module, api):
         *head(f"mub_{module['name']}", 7, api),
         ".SH NAME", f"mub_{module['name']} \\- {escaped(plain(module['title']))}",
         ".SH SYNOPSIS", f".B #include <{module['header']}>",
-        *section("DESCRIPTION", module["summary"], *module["description"].split("\n")),
+        *section("DESCRIPTION", module["summary"], *blocks(module["description"])),
         *results(module["results"]),
     ]
     if records:
         lines += [".SH RECORDS"] + [line for record in records for line in record_section(record)]
     lines += terms("CONSTANTS", [(f"{constant['name']} = {constant['value']}", constant["doc"])
                                  for constant in api["constants"] if constant["module"] == module["name"]])
-    lines += terms("MACROS", [(called(macro), f"{macro['summary']} {macro['description']}".strip())
+    lines += terms("MACROS", [(called(macro), macro_text(macro))
                               for macro in api["macros"] if macro["module"] == module["name"]])
     lines += terms("FUNCTIONS", [(f"{function['name']}(3)", function["summary"]) for function in mine])
     others = [(f"mub_{other['name']}", 7) for other in api["modules"]

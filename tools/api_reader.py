@@ -7,7 +7,6 @@
 With `strict`, an unknown tag or a name without documentation raises a RuntimeError with Doxygen's messages.
 """
 
-import json
 import os
 import re
 import shutil
@@ -76,6 +75,22 @@ def type_of_parameter(element):
 
 def is_pointer(kind):
     return kind.endswith("*") or "(*)" in kind
+
+
+def blocks_of(member):
+    """The paragraphs and the preformatted texts; the lines of these are indented by four spaces."""
+    for paragraph in member.findall("detaileddescription/para"):
+        piece = ElementTree.Element("para")
+        piece.text = paragraph.text
+        for child in paragraph:
+            if child.tag != "verbatim":
+                piece.append(child)
+                continue
+            yield text_of(piece)
+            yield "\n".join(f"    {line}".rstrip() for line in child.text.rstrip().split("\n"))
+            piece = ElementTree.Element("para")
+            piece.text = child.tail
+        yield text_of(piece)
 
 
 # ---- functions and callbacks ----
@@ -188,13 +203,14 @@ def macro_of(member, module):
             "_line": int(location.get("line"))}
 
 
-def constants_of(member, module):
-    """The macro as a constant, if its value is a number or a text."""
-    try:
-        value = json.loads(member.findtext("initializer") or "")
-    except ValueError:
+def constants_of(member, module, known):
+    """The macro as a constant, if its value is a number or a text, or an expression of numbers and known constants."""
+    initializer = member.find("initializer")
+    text = "" if initializer is None else "".join(initializer.itertext())
+    text = re.sub(r"MUB_\w+", lambda name: str(known.get(name[0], name[0])), text)
+    if not re.fullmatch(r'[\d\s()+*]+|"[^"\\]*"', text):
         return []
-    return [{"name": member.findtext("name"), "module": module, "value": value, "doc": doc_of(member)}]
+    return [{"name": member.findtext("name"), "module": module, "value": eval(text), "doc": doc_of(member)}]
 
 
 # ---- modules ----
@@ -205,7 +221,7 @@ def table_of(group):
 
 
 def group_text(group):
-    texts = [text_of(group.find("briefdescription")), *paragraphs_of(group)]
+    texts = [text_of(group.find("briefdescription")), *blocks_of(group)]
     lists = [text_of(item) for item in group.findall("detaileddescription//listitem")]
     return [text for text in texts if text and not text.endswith("return:")] + lists
 
@@ -254,8 +270,11 @@ def interface_of(xml):
         interface["callbacks"] += [callback_of(member) for member in members["typedef"] if member.findtext("argsstring")]
         interface["objects"] += [object_of(member) for member in members["variable"]]
         for member in members["define"]:
-            interface["constants"] += constants_of(member, name)
-            interface["macros"] += [macro_of(member, name)] if documented_parameters(member) else []
+            if member.find("param") is None:
+                known = {constant["name"]: constant["value"] for constant in interface["constants"]}
+                interface["constants"] += constants_of(member, name, known)
+            elif documented_parameters(member):
+                interface["macros"].append(macro_of(member, name))
     in_order(interface)
     return interface
 
