@@ -1730,7 +1730,8 @@ MUB_API int mub_btreed_clone_entry(const mub_btreed *source, const mub_btreed_en
  * @defgroup btreex mub_btreex: an ordered map from 64-bit numbers to 64-bit values
  *
  * An ordered map whose keys are 64-bit numbers. `key_type` determines how keys are compared: MUB_KEY_INT64 as
- * signed, MUB_KEY_UINT64 as unsigned, MUB_KEY_DOUBLE as floating-point numbers. Otherwise like mub_btreed.
+ * signed, MUB_KEY_UINT64 as unsigned, MUB_KEY_DOUBLE as floating-point numbers, of which none may be a NaN.
+ * Otherwise like mub_btreed.
  *
  * @{
  */
