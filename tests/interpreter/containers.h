@@ -21,6 +21,7 @@
 #include <cstring>
 
 #include "interpreter/roles.h"
+#include "support/pools.h"
 
 namespace mub_test {
 
@@ -78,10 +79,6 @@ struct WorldOf : World {
   static constexpr int kSlots = 3;
 
   WorldOf(Program drawn, Refusals refused) : World(drawn, refused) {
-    for (mub_pool *pool : {&entries, &nodes, &values, &users[0], &users[1]}) mub_pool_init(pool);
-    entries.block_size = Kind<R>::kEntryBytes;
-    nodes.block_size = Kind<R>::kNodeBytes;
-    values.block_size = users[0].block_size = users[1].block_size = sizeof(uint64_t);
     mub_pool_new(&users[0]);
     // Two records have the same order, so that they can be swapped and cloned. The third has another order,
     // and its values may be plain words.
@@ -97,7 +94,6 @@ struct WorldOf : World {
     for (auto &slot : slots) end(slot);
     const bool is_lost = (entries.live_count | nodes.live_count | values.live_count) != 0;
     EXPECT_TRUE(!is_lost || ::testing::Test::HasFailure()) << "leaked entries, nodes or values";
-    for (mub_pool *pool : {&entries, &nodes, &values, &users[0], &users[1]}) mub_pool_term(pool);
   }
 
   void start(Slot<R> &slot) {
@@ -122,7 +118,7 @@ struct WorldOf : World {
   // Compares the records that the step may have changed with their models, and every 8 steps all records.
   void compare() {
     int64_t bytes = 0;
-    for (const mub_pool *pool : {&entries, &nodes, &values, &users[0], &users[1]})
+    for (const auto *pool : {&entries, &nodes, &values, &users[0], &users[1]})
       bytes += mub_pool_memory_bytes(pool);
     for (auto &slot : slots) bytes += Functions<R>::memory_bytes_(&slot.record);
     ASSERT_NO_FATAL_FAILURE(expect_held(bytes));
@@ -173,7 +169,7 @@ struct WorldOf : World {
   }
 
   Slot<R> slots[kSlots];
-  mub_pool entries, nodes, values, users[2];
+  Pool entries{Kind<R>::kEntryBytes}, nodes{Kind<R>::kNodeBytes}, values{8}, users[2] = {Pool(8), Pool(8)};
   Slot<R> *self = slots, *peer = slots;  // of this step
   int64_t next_sequence = 0;
 };
