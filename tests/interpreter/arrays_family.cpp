@@ -163,7 +163,7 @@ struct WorldOf : World {
     Functions<R>::term_(&slot.record);
     EXPECT_TRUE(slot.record.count == 0 && slot.record.capacity == kLeast);
   }
-  R *draw_self() {
+  Slot &draw_self() {
     self = &slots[program.below(kSlots)];
     peer = nullptr;
     key_out = nullptr;
@@ -174,7 +174,7 @@ struct WorldOf : World {
     seen.clear();
     // Without an out value, initialisers check the count.
     out_value = reinterpret_cast<const uint64_t *>(&self->record.count);
-    return &self->record;
+    return *self;
   }
   // Reads a slot; the keys of spare slots are unspecified.
   static Item read(const R &array, int64_t index) {
@@ -564,7 +564,11 @@ struct WorldOf : World {
 // ---- roles
 
 template <class R>
-using Self = Drawn<R *, &WorldOf<R>::draw_self>;
+struct Self {
+  explicit Self(WorldOf<R> &world) : slot(world.draw_self()) {}
+  auto arguments() const { return std::tuple(&slot.record); }
+  typename WorldOf<R>::Slot &slot;
+};
 template <class R>
 using Value = Drawn<uint64_t, &WorldOf<R>::draw_value>;
 struct KeyOfBytes : ByteKey<mub_array> {
@@ -623,15 +627,13 @@ struct StringOut {
 
 // ---- operations
 
-void by_hand(op::init_, auto &world, auto) {
-  world.draw_self();
-  world.end(*world.self);
-  world.start(*world.self);
+void by_hand(OneOf<op::init_, op::term_> auto, auto &world, auto &slot, auto) {
+  world.end(slot);
+  world.start(slot);
 }
-void by_hand(op::term_, auto &world, auto) { by_hand(op::init_(), world, nullptr); }
 // Appends once, or many times.
 template <class R, class F>
-void by_hand(op::append_, WorldOf<R> &world, F append) {
+void by_hand(op::append_, WorldOf<R> &world, auto &, F append) {
   int64_t left = world.program.one_in(4) ? world.program.below(40) : 1;
   do {
     if constexpr (WorldOf<R>::kIsBare) step<op::append_, Self<R>, Value<R>>(world, append);

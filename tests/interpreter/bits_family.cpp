@@ -66,8 +66,8 @@ uint32_t want(op::find_, Bits &slot, uint32_t bit) {
 }
 void want(op::zero_, Bits &slot) { std::ranges::fill(slot.bytes, 0); }
 // The stream has the same block, which has room for the terminator of a string.
-void by_hand(op::swap_, auto &world, auto swap) {
-  mub_bits &bits = Self<mub_bits>(world).slot.record;
+void by_hand(op::swap_, auto &, Bits &slot, auto swap) {
+  mub_bits &bits = slot.record;
   mub_stream stream = {};
   swap(&bits, &stream);
   EXPECT_TRUE(stream.data == bits.data && stream.length == bits.size && stream.capacity == bits.size);

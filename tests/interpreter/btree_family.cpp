@@ -45,14 +45,8 @@ struct BtreeKind : MapKind<R, N, Keys> {
       return std::tie(item.key);
     }
   }
-  static bool has_name_of_last(const E &entry) {
-    const auto last = static_cast<uintptr_t>(entry.children.items[entry.children.count - 1]);
-    return key_of(entry) == (entry.level == 0 ? key_of(*reinterpret_cast<const N *>(last))
-                                              : key_of(*reinterpret_cast<const E *>(last)));
-  }
-
-  // The sizes of nodes, the links of records, and the key of the root, which is exact until a removal moves
-  // keys.
+  // The sizes of nodes, the links of records, and the key of the root, which is that of the last record until
+  // a removal moves keys.
   static void read(R &tree, const typename BtreeKind::Content &expected,
                    typename BtreeKind::Content &content) {
     const Parts parts(tree);
@@ -65,7 +59,7 @@ struct BtreeKind : MapKind<R, N, Keys> {
       ASSERT_EQ(nodes[i]->next, i + 1 == nodes.size() ? nullptr : nodes[i + 1]);
     }
     const bool may_lack_name = nodes.empty() || (kKeysMove && !expected.links_are_exact);
-    ASSERT_TRUE(may_lack_name || has_name_of_last(tree.root));
+    ASSERT_TRUE(may_lack_name || key_of(tree.root) == key_of(*nodes.back()));
     ASSERT_TRUE(tree.owns_node_pool == 0 || tree.node_pool->live_count == tree.count);
     content.links_are_exact = expected.links_are_exact;
     content.fits = expected.fits;
@@ -123,10 +117,9 @@ void walk(Slot<R> &slot, const auto &key, Program program) {
 }
 void by_hand(OneOf<op::cursor_first_, op::cursor_last_, op::cursor_seek_, op::cursor_next_, op::cursor_prev_,
                    op::cursor_node_, op::node_first_, op::node_last_, op::node_next_, op::node_prev_> auto,
-             auto &world, auto) {
-  const Self self(world);
+             auto &world, auto &slot, auto) {
   const Key key(world);
-  world.read_by_all([&] { walk(self.slot, key, world.program); });
+  world.read_by_all([&] { walk(slot, key, world.program); });
 }
 void check(op::first_entry_, auto &world, auto &from, auto *result) {
   EXPECT_EQ(result, Parts(world.self->record, *from.value).leaves.front());
@@ -152,29 +145,27 @@ void check(op::node_bfind_, auto &, auto &self, auto &key, auto *result) {
   expect_node(result, content.empty() ? nullptr : nearest == content.end() ? &content.back() : &*nearest);
 }
 template <class R>
-void by_hand(op::insert_t_, WorldOf<R> &world, auto insert) {
-  Self self(world);
+void by_hand(op::insert_t_, WorldOf<R> &world, auto &slot, auto insert) {
   with_keys(world, [&](auto &key) {
     const NodeOut<R> out(world);
-    auto *leaf = leaf_of(self.slot, self.slot.record.root, key);
-    const int result = world.call([&] { return call_with(insert, self, leaf, key, out); });
-    expect_node_set(world, self.slot, key, *out.value, result);
+    auto *leaf = leaf_of(slot, slot.record.root, key);
+    const int result = world.call([&] { return call_with(insert, &slot.record, leaf, key, out); });
+    expect_node_set(world, slot, key, *out.value, result);
   });
 }
 void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_, op::var_compare_> auto,
-             auto &world, auto) {
-  const Self self(world);
-  const auto &f = self.slot.f;
-  const auto &tree = self.slot.record;
+             auto &world, auto &slot, auto) {
+  const auto &f = slot.f;
+  const auto &tree = slot.record;
   if (tree.root.level == 0) return;  // its key may be out of date
   const Key key(world);
   const Parts parts(tree);
   const auto *a = world.program.one_of(parts.leaves), *b = world.program.one_of(parts.leaves);
   const auto *node = world.program.one_of(parts.nodes);
   const auto expect_order = [&](int order, const auto &item, const auto &other) {
-    EXPECT_TRUE(self.slot.kind.text_of(tree, item) <=> other == order <=> 0);
+    EXPECT_TRUE(slot.kind.text_of(tree, item) <=> other == order <=> 0);
   };
-  const auto text_of_b = self.slot.kind.text_of(tree, *b);
+  const auto text_of_b = slot.kind.text_of(tree, *b);
   world.read_by_all([&] {
     if constexpr (requires { key.bytes; }) {
       const auto length = static_cast<int64_t>(key.bytes.size());
@@ -192,8 +183,7 @@ void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_, o
 
 // ---- entries
 
-void by_hand(op::split_, auto &world, auto split) {
-  auto &slot = Self(world).slot;
+void by_hand(op::split_, auto &world, auto &slot, auto split) {
   const auto level = world.program.below(slot.record.root.level + 1);
   const bool splits_all = world.program.one_in(2);
   for (auto *entry : Parts(slot.record).entries) {
@@ -204,8 +194,7 @@ void by_hand(op::split_, auto &world, auto split) {
   }
 }
 // The caller inserts the new half after the old one.
-void by_hand(OneOf<op::split_entry_, op::split_node_> auto, auto &world, auto split) {
-  auto &slot = Self(world).slot;
+void by_hand(OneOf<op::split_entry_, op::split_node_> auto, auto &world, auto &slot, auto split) {
   auto *lower = Entry(world).value;
   const int64_t count = lower->children.count;
   if (count < 2 || lower->parent == nullptr) return;
@@ -227,21 +216,20 @@ void expect_fresh(const auto &kind, const auto &entry, const mub_pool *pool) {
   EXPECT_TRUE(entry.children.count == 0 && entry.children.capacity >= 32 && entry.children.pool == pool);
 }
 template <class R>
-void by_hand(OneOf<op::entry_init_, op::node_init_> auto, WorldOf<R> &world, auto) {
+void by_hand(OneOf<op::entry_init_, op::node_init_> auto, WorldOf<R> &world, auto &slot, auto) {
   typename Kind<R>::Entry entry;
   typename Kind<R>::Node node;
   std::memset(&entry, 0x77, sizeof entry);
   std::memset(&node, 0x77, sizeof node);
   world.call([&] { Functions<R>::entry_init_(&entry); });
   Functions<R>::node_init_(&node);
-  if (!world.failed) expect_fresh(world.self->kind, entry, nullptr);
+  if (!world.failed) expect_fresh(slot.kind, entry, nullptr);
   EXPECT_TRUE(Kind<R>::key_of(node) == Kind<R>::key_of(entry) && node.value == 0);
   EXPECT_TRUE(node.prev == nullptr && node.next == nullptr);
   mub_arrays_remove_all(&entry.children);
 }
 // Removes a new entry, linked as an empty leaf or not linked. A root is not removed.
-void by_hand(OneOf<op::entry_new_, op::remove_entry_t_> auto, auto &world, auto) {
-  auto &slot = Self(world).slot;
+void by_hand(OneOf<op::entry_new_, op::remove_entry_t_> auto, auto &world, auto &slot, auto) {
   auto &tree = slot.record;
   const auto level = static_cast<int>(world.program.below(4)) - 1;
   const auto kept = tree.entry_pool->live_count;
@@ -259,8 +247,7 @@ void by_hand(OneOf<op::entry_new_, op::remove_entry_t_> auto, auto &world, auto)
   slot.f.remove_entry_t_(&tree, &tree.root);
 }
 // Restores keys that were changed below an entry, and keys from a leaf up to the root.
-void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, auto &world, auto) {
-  auto &slot = Self(world).slot;
+void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, auto &world, auto &slot, auto) {
   auto &tree = slot.record;
   const Parts parts(tree);
   auto *leaf = world.program.one_of(parts.leaves);
@@ -279,8 +266,7 @@ void by_hand(OneOf<op::set_name_, op::set_parent_, op::set_pool_> auto, auto &wo
   slot.f.set_pool_(&tree, top);
 }
 // Unlinks a record, and links it again at its neighbour.
-void by_hand(op::set_next_, auto &world, auto set_next) {
-  const auto &slot = Self(world).slot;
+void by_hand(op::set_next_, auto &world, auto &slot, auto set_next) {
   auto *leaf = world.program.one_of(Parts(slot.record).leaves);
   if (!slot.content.links_are_exact || leaf->children.count < 1) return;
   const int64_t index = world.program.below(leaf->children.count);
@@ -293,8 +279,8 @@ void by_hand(op::set_next_, auto &world, auto set_next) {
   set_next(leaf, index);
 }
 // Includes the keys below an entry, but not its own.
-void by_hand(op::adjust_t_, auto &world, auto adjust) {
-  auto &tree = Self(world).slot.record;
+void by_hand(op::adjust_t_, auto &world, auto &slot, auto adjust) {
+  auto &tree = slot.record;
   auto *top = Entry(world).value;
   Parts below(tree, *top);
   below.entries.erase(below.entries.begin());
@@ -313,21 +299,19 @@ auto content_from(const Slot<R> &slot, auto &top) {
   return content;
 }
 // Empties the part below an entry, walks over the rest, and empties the tree.
-void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, auto &world, auto empty) {
-  Self self(world);
+void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, auto &world, auto &slot, auto empty) {
   auto *top = Entry(world).value;
-  const auto gone = content_from(self.slot, *top);
-  const int64_t live = self.slot.owns_nodes() ? self.slot.record.node_pool->live_count : 0;
-  release_by(empty, world, self, values_of(gone), top);
-  EXPECT_TRUE(live == 0 || self.slot.record.node_pool->live_count == live) << "records of owned pools stay";
-  for (const auto &item : gone) self.slot.content.remove(item.text);
+  const auto gone = content_from(slot, *top);
+  const int64_t live = slot.owns_nodes() ? slot.record.node_pool->live_count : 0;
+  release_by(empty, world, slot, values_of(gone), top);
+  EXPECT_TRUE(live == 0 || slot.record.node_pool->live_count == live) << "records of owned pools stay";
+  for (const auto &item : gone) slot.content.remove(item.text);
   const Key key(world);
-  world.read_by_all([&] { walk(self.slot, key, world.program); });
-  drop_all(world, self.slot, self.slot.f.remove_all_);
+  world.read_by_all([&] { walk(slot, key, world.program); });
+  drop_all(world, slot, slot.f.remove_all_);
 }
 // Clones into an empty tree and empties that again. The copy gets all key bytes, even those of other parts.
-void by_hand(op::clone_entry_, auto &world, auto clone) {
-  auto &slot = Self(world).slot;
+void by_hand(op::clone_entry_, auto &world, auto &slot, auto clone) {
   auto &to = Peer(world).slot;
   auto &tree = slot.record, &copy = to.record;
   if (&to == &slot) return;

@@ -236,6 +236,14 @@ void lower_and_raise(auto &world, const mub_stream &keys, const OffsetsOf &offse
   }
 }
 
+template <class R>
+requires(!kHasNodePool<R>) void by_hand(op::adjust_t_, WorldOf<R> &world, Slot<R> &slot, auto adjust) {
+  std::vector<typename Kind<R>::Entry *> entries;
+  for (const auto &item : slot.content) entries.push_back(static_cast<typename Kind<R>::Entry *>(item.entry));
+  lower_and_raise(world, slot.record.keys, OffsetsOf(entries),
+                  [&](uint32_t offset, auto length) { adjust(&slot.record, offset, length); });
+}
+
 // Calls a function with the arguments of roles, and with other arguments as they are.
 auto call_with(auto function, const auto &...args) {
   const auto arguments_of = [](const auto &arg) {
@@ -291,14 +299,14 @@ void check(op::free_all_, auto &, auto &self, Free &release, auto result) {
   self.slot.blocks_left = 0;
 }
 // Empties a part of a record with a function that releases its values or ignores them.
-void release_by(auto empty, auto &world, auto &self, const Words &values, auto... part) {
+void release_by(auto empty, auto &world, auto &slot, const Words &values, auto... part) {
   const Free release(world);
-  if constexpr (requires(mub_free_fn none) { empty(&self.slot.record, part..., none); }) {
-    call_with(empty, self, part..., release);
-    expect_released(self.slot, values, release);
+  if constexpr (requires(mub_free_fn none) { empty(&slot.record, part..., none); }) {
+    call_with(empty, &slot.record, part..., release);
+    expect_released(slot, values, release);
   } else {
-    world.give_back(self.slot, values);
-    call_with(empty, self, part...);
+    world.give_back(slot, values);
+    empty(&slot.record, part...);
   }
 }
 // A call removed all entries without releasing values: the caller must release those in an external pool.
@@ -335,7 +343,7 @@ void check(op::term_, auto &world, auto &self, auto result) {
 }
 // A pool that cannot be allocated is missing.
 template <class R>
-void by_hand(op::init_, WorldOf<R> &world, auto) {
+void by_hand(op::init_, WorldOf<R> &world, auto &, auto) {
   R record;
   const auto owned = static_cast<int>(world.program.below(8));
   world.call([&] { init_record(record, owned); });

@@ -43,6 +43,7 @@ int64_t bucket_of(const auto &table, const auto &text) {
 
 template <class R, class E, class Keys>
 struct HashKind : MapKind<R, E, Keys> {
+  using Entry = E;
   static constexpr bool kIsOrdered = false, kTermLeavesEntries = true, kStoresOutBeforeInit = true;
   static constexpr int64_t kEntryBytes = sizeof(E), kNodeBytes = 8;
   static int64_t entries_of(const R &table) { return table.count; }
@@ -86,8 +87,8 @@ void check(op::free_, auto &, auto &self, auto &key, Free &release, auto result)
   if (self.slot.owns_values() && value_of(item) != 0) ++self.slot.blocks_left;
   self.slot.content.remove(key.text);
 }
-void by_hand(op::expand_, auto &world, auto expand) {
-  auto &table = Self(world).slot.record;
+void by_hand(op::expand_, auto &world, auto &slot, auto expand) {
+  auto &table = slot.record;
   const int64_t buckets = table.buckets.count;
   world.call([&] { expand(&table); });
   EXPECT_TRUE(world.failed || table.buckets.count == 2 * buckets);
@@ -112,7 +113,7 @@ void check(op::remove_t_, auto &world, auto &self, auto &key, auto *result) {
   const auto held = *result;
   EXPECT_EQ(held.next, nullptr);
   self.slot.content.remove(key.text);
-  remove_keys(world, self);
+  remove_keys(world, self.slot);
   EXPECT_EQ(std::memcmp(result, &held, sizeof held), 0);
   end_entry(world, self.slot, result);
 }
@@ -128,11 +129,10 @@ void undo_entry_new(auto &table, int64_t bucket, auto *entry) {
 }
 // With the right bucket and hash, the building blocks agree with the other functions. The caller must remove
 // the key bytes.
-void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_> auto, auto &world, auto) {
-  Self self(world);
+void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_> auto, auto &world, auto &slot, auto) {
   const Key key(world);
-  const auto &f = self.slot.f;
-  auto &table = self.slot.record;
+  const auto &f = slot.f;
+  auto &table = slot.record;
   if (table.buckets.count < 1 || key.length < 0) return;
   const auto call = [&](auto function, auto... more) {
     const int64_t bucket = bucket_of(table, key.text);
@@ -143,32 +143,24 @@ void by_hand(OneOf<op::entry_find_, op::entry_remove_, op::entry_new_> auto, aut
     }
   };
   auto *found = world.read_by_all([&] { return call(f.entry_find_); });
-  expect_node(found, self.slot.content.find(key.text));
+  expect_node(found, slot.content.find(key.text));
   int inserted = 7;
   auto *entry = world.call([&] { return call(f.entry_new_, &inserted); });
   EXPECT_EQ(inserted, found == nullptr && !world.failed ? 1 : 0);
   EXPECT_TRUE(found == nullptr ? world.failed == (entry == nullptr) : entry == found);
   if (found == nullptr) return undo_entry_new(table, bucket_of(table, key.text), entry);
   EXPECT_TRUE(call(f.entry_remove_) == found && found->next == nullptr);
-  self.slot.content.remove(key.text);
+  slot.content.remove(key.text);
   if constexpr (requires { table.keys; }) {
     mub_stream_delete(&table.keys, found->key_offset, found->key_length);
     f.adjust_t_(&table, found->key_offset, found->key_length);
   }
-  end_entry(world, self.slot, found);
-}
-void by_hand(op::adjust_t_, auto &world, auto adjust) {
-  auto &slot = Self(world).slot;
-  std::vector<mub_hash_entry *> entries;
-  for (const auto &item : slot.content) entries.push_back(static_cast<mub_hash_entry *>(item.entry));
-  lower_and_raise(world, slot.record.keys, OffsetsOf(entries),
-                  [&](uint32_t offset, int64_t length) { adjust(&slot.record, offset, length); });
+  end_entry(world, slot, found);
 }
 
 // The walk visits every entry once. From before the first bucket it finds all entries, after the last one
 // none.
-void by_hand(OneOf<op::entry_first_, op::entry_next_> auto, auto &world, auto) {
-  const auto &slot = Self(world).slot;
+void by_hand(OneOf<op::entry_first_, op::entry_next_> auto, auto &world, const auto &slot, auto) {
   const int64_t end = world.program.one_in(2) ? INT64_MAX : slot.record.buckets.count - 1;
   world.read_by_all([&] {
     std::vector<void *> met, expected;
@@ -190,17 +182,16 @@ void by_hand(OneOf<op::entry_first_, op::entry_next_> auto, auto &world, auto) {
 }
 
 // The table must be terminated next: its count still includes entries that were returned to their pool.
-void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, auto &world, auto empty) {
-  Self self(world);
-  auto &table = self.slot.record;
+void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, auto &world, auto &slot, auto empty) {
+  auto &table = slot.record;
   const int64_t live = table.entry_pool->live_count;
-  release_by(empty, world, self, values_of(self.slot.content));
-  EXPECT_EQ(table.count, static_cast<int64_t>(self.slot.content.size()));
+  release_by(empty, world, slot, values_of(slot.content));
+  EXPECT_EQ(table.count, std::ssize(slot.content));
   const bool stays =
-      std::is_invocable_v<decltype(empty), decltype(&table), mub_free_fn> && self.slot.owns_entries();
+      std::is_invocable_v<decltype(empty), decltype(&table), mub_free_fn> && slot.owns_entries();
   EXPECT_EQ(table.entry_pool->live_count, live - (stays ? 0 : table.count));
-  self.slot.f.term_(&table);
-  world.start(self.slot);
+  slot.f.term_(&table);
+  world.start(slot);
 }
 
 // ---- keys
@@ -222,7 +213,7 @@ void check(op::cmp_, auto &, auto &a, auto &b, int result) {
     EXPECT_EQ(result, x == a.key.end() ? 0 : static_cast<int>(*x - *y));
   }
 }
-void by_hand(op::copy_, auto &world, auto copy) {
+void by_hand(op::copy_, auto &world, auto &, auto copy) {
   const Key key(world);
   FourWords words = {};
   call_with(copy, words.data(), key);

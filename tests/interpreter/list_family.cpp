@@ -153,12 +153,11 @@ void check(Op, WorldOf<R> &world, Self<R> &self, Peer<R> &source, None) {
 
 // Entries are returned to their pool, but the list still refers to them.
 template <class R, class F>
-void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> &world, F empty) {
-  Self<R> self(world);
-  Slot<R> &slot = self.slot;
+void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> &world, Slot<R> &slot,
+             F empty) {
   R &list = slot.record;
   const R before = list;
-  release_by(empty, world, self, values_of(slot.content));
+  release_by(empty, world, slot, values_of(slot.content));
   EXPECT_TRUE(list.head == before.head && list.tail == before.tail && list.count == before.count);
   const bool returns_all = std::is_same_v<R, mub_lists> && std::is_invocable_v<F, R *>;
   EXPECT_TRUE(!slot.owns_entries() || (list.entry_pool->live_count == 0) == (returns_all || list.count == 0));
@@ -168,25 +167,16 @@ void by_hand(OneOf<op::remove_all_entry_, op::free_all_entry_> auto, WorldOf<R> 
   drop_all(world, slot, Functions<R>::remove_all_);
 }
 // Only for the tail block.
-void by_hand(op::free_array_, WorldOf<mub_listx> &world, auto free_array) {
-  Self<mub_listx> self(world);
+void by_hand(op::free_array_, auto &world, auto &slot, auto free_array) {
   const Free release(world);
-  mub_listx_block *block = self.slot.record.tail;
+  mub_listx_block *block = slot.record.tail;
   if (block == nullptr) return;
-  Items<false> &items = self.slot.content, freed;
+  Items<false> &items = slot.content, freed;
   freed.assign(items.end() - block->count, items.end());
-  free_array(&self.slot.record, block, std::get<0>(release.arguments()));
-  expect_released(self.slot, values_of(freed), release);
+  call_with(free_array, &slot.record, block, release);
+  expect_released(slot, values_of(freed), release);
   std::fill_n(block->values, block->count, 0);
   for (size_t i = items.size() - freed.size(); i < items.size(); ++i) items[i].value = 0;
-}
-
-void by_hand(op::adjust_t_, WorldOf<mub_list> &world, auto adjust) {
-  mub_list &list = Self<mub_list>(world).slot.record;
-  std::vector<mub_list_entry *> entries;
-  for (auto *entry = list.head; entry != nullptr; entry = entry->next) entries.push_back(entry);
-  lower_and_raise(world, list.keys, OffsetsOf(entries),
-                  [&](uint32_t offset, uint32_t length) { adjust(&list, offset, length); });
 }
 
 // An array reads the same keys from a text.

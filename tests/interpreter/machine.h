@@ -68,7 +68,9 @@ struct World {
     failed = false;
     if (steps != refusals.step) return call_it();
     struct ArmedFuse {
-      explicit ArmedFuse(World &owner) : world(owner) { arm_fuse(owner.refusals.allowed, owner.refusals.blow); }
+      explicit ArmedFuse(World &owner) : world(owner) {
+        arm_fuse(owner.refusals.allowed, owner.refusals.blow);
+      }
       ~ArmedFuse() {
         world.failed = disarm_fuse();
         world.was_refused |= world.failed;

@@ -95,13 +95,12 @@ auto *expect_added(auto &world, auto &slot, const auto &key, int result) {
                           {.text = key.text, .sequence = ++world.next_sequence});
 }
 
-void by_hand(op::insert_, auto &world, auto insert) {
-  Self self(world);
+void by_hand(op::insert_, auto &world, auto &slot, auto insert) {
   with_keys(world, [&](auto &key) {
     const Value value(world);
-    const int result = world.call([&] { return call_with(insert, self, key, value); });
-    auto *item = expect_added(world, self.slot, key, result);
-    if (item == nullptr) return world.give_back(self.slot, value.word);
+    const int result = world.call([&] { return call_with(insert, &slot.record, key, value); });
+    auto *item = expect_added(world, slot, key, result);
+    if (item == nullptr) return world.give_back(slot, value.word);
     item->value = value.word;
   });
 }
@@ -141,38 +140,34 @@ void check(op::update_, auto &world, auto &self, auto &key, auto &value, uint64_
 }
 
 // Any number of keys, including NULL, keys that end at a NUL, and keys in another case.
-void by_hand(op::get_many_, auto &world, auto get_many) {
-  Self self(world);
+void by_hand(op::get_many_, auto &world, auto &slot, auto get_many) {
   std::list<decltype(Key(world))> keys;
   Words expected;
   int64_t present = 0;
   for (int64_t left = world.program.below(40); left > 0; --left) {
     keys.emplace_back(world);
-    const auto *item = self.slot.content.find(keys.back().text);
+    const auto *item = slot.content.find(keys.back().text);
     expected.push_back(value_of(item));
     present += item != nullptr ? 1 : 0;
   }
   world.read_by_all([&] {
     Words values(keys.size());
-    EXPECT_EQ(decltype(Key(world))::get_many(get_many, &self.slot.record, keys, values.data()), present);
+    EXPECT_EQ(decltype(Key(world))::get_many(get_many, &slot.record, keys, values.data()), present);
     EXPECT_EQ(values, expected);
   });
 }
 
-void remove_keys(auto &world, auto &self) {
+void remove_keys(auto &world, auto &slot) {
   with_keys(world, [&](auto &key) {
-    auto &content = self.slot.content;
+    auto &content = slot.content;
     const uint64_t value = value_of(content.find(key.text));
-    EXPECT_EQ(world.call([&] { return call_with(self.slot.f.remove_, self, key); }), value);
-    world.give_back(self.slot, value);
+    EXPECT_EQ(world.call([&] { return call_with(slot.f.remove_, &slot.record, key); }), value);
+    world.give_back(slot, value);
     content.links_are_exact &= !content.remove(key.text);
     content.links_are_exact |= content.empty();
   });
 }
-void by_hand(op::remove_, auto &world, auto) {
-  Self self(world);
-  remove_keys(world, self);
-}
+void by_hand(op::remove_, auto &world, auto &slot, auto) { remove_keys(world, slot); }
 
 }  // namespace mub_test
 

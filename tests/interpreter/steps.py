@@ -80,7 +80,7 @@ def main(sources, out, *kinds):
             if prefix == record:
                 tables.append(f"  static constexpr auto {operation}_ = {name};")
             if operation in by_hand:
-                body = f"by_hand(op::{operation}_(), world, {name});"
+                body = f"by_hand(op::{operation}_(), world, Self<{record}>(world).slot, {name});"
             else:
                 body = f"step<op::{operation}_, {', '.join(roles_of(function, record))}>(world, {name});"
             lines.append(f'    {{"{name}", [](WorldOf<{record}> &world) {{ {body} }}}},')

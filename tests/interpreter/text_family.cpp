@@ -85,11 +85,10 @@ T want(OneOf<op::get_long_, op::get_float_, op::get_double_> auto, auto &string,
   return std::is_same_v<T, double> ? static_cast<T>(reading.decimal) : static_cast<T>(reading.integer);
 }
 // If the number overflows, the result depends on the machine.
-void by_hand(op::get_integer_, auto &world, auto get) {
-  const Self<mub_string> self(world);
+void by_hand(op::get_integer_, auto &world, auto &slot, auto get) {
   const int64_t otherwise = draw_numeral<int64_t>(world);
-  EXPECT_EQ(get(&self.slot.record, otherwise),
-            self.slot.is_empty() ? otherwise : static_cast<int>(std::strtol(self.slot.data, nullptr, 10)));
+  EXPECT_EQ(get(&slot.record, otherwise),
+            slot.is_empty() ? otherwise : static_cast<int>(std::strtol(slot.data, nullptr, 10)));
 }
 
 int64_t want(op::replace_char_, auto &slot, char32_t from, char32_t to) {
@@ -120,21 +119,19 @@ int64_t want(op::replace_, auto &slot, const auto &from, const auto &to) {
   return substitute(slot, from, [&] { return &to; });
 }
 using Terminated = Text<mub_string, kTerminated>;
-void by_hand(op::match_, auto &world, auto match) {
-  const Self<mub_string> self(world);
+void by_hand(op::match_, auto &world, auto &slot, auto match) {
   const Terminated marker(world), texts[] = {Terminated(world), Terminated(world)};
   const char *end = nullptr;
-  world.call([&] { match(&self.slot.record, marker.data, texts[0].data, texts[1].data, end); });
+  world.call([&] { match(&slot.record, marker.data, texts[0].data, texts[1].data, end); });
   if (world.failed) return;
   const Terminated *next = texts;
-  substitute(self.slot, marker,
+  substitute(slot, marker,
              [&] { return next == std::end(texts) || next->data == nullptr ? nullptr : next++; });
 }
 // The first estimate of the size is the format, the text of each plain %s, and 32 bytes per other percent
 // sign except one at the very end. The buffer grows once if the result is longer. If snprintf fails, the
 // string is unchanged.
-void by_hand(op::format_, auto &world, auto print) {
-  const Self<mub_string> self(world);
+void by_hand(op::format_, auto &world, auto &slot, auto print) {
   const Terminated text(world);
   const char *x = text.data;
   const int64_t of_x = x == nullptr ? 32 : text.size();
@@ -148,14 +145,14 @@ void by_hand(op::format_, auto &world, auto print) {
     if (rows++ != row) return;
     std::string printed(70000, '?');
     const int length = std::snprintf(printed.data(), printed.size(), format, arguments...);
-    world.call([&] { print(&self.slot.record, format, arguments...); });
+    world.call([&] { print(&slot.record, format, arguments...); });
     if (world.failed || length < 0) return;
-    if (*format == 0) return self.slot.end_at(0);
+    if (*format == 0) return slot.end_at(0);
     Slot<mub_string> built;
     built.grow(static_cast<int64_t>(std::strlen(format)) + room);
     built.grow(length);
-    self.slot.swap(built);
-    self.slot.take(units_of(printed.data(), length));
+    slot.swap(built);
+    slot.take(units_of(printed.data(), length));
   };
   expect(0, "", d);
   expect(4 * 32 + of_x, "%d %s%%%u", d, x, UINT32_MAX);

@@ -181,11 +181,11 @@ void check(Op, WorldOf<R> &world, Self<R> &self, Place<R> &place, const auto &..
 }
 
 // Removes an entry, or NULL, with its subtree, and links it again as the last child.
-void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, auto remove) {
-  Self<mub_tree> self(world);
+void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, Slot<mub_tree> &slot,
+             auto remove) {
   Place<mub_tree> place(world);
-  mub_tree &tree = self.slot.record;
-  Document &items = self.slot.content;
+  mub_tree &tree = slot.record;
+  Document &items = slot.content;
   remove(&tree, place.entry);
   if (place.entry == nullptr || place.index == 0) return;
   EXPECT_EQ(tree.count, static_cast<int64_t>(items.size()) - 2);
@@ -200,13 +200,12 @@ void by_hand(std::same_as<op::entry_remove_> auto, WorldOf<mub_tree> &world, aut
 // allocated until their pool is emptied (`stays`), they must be unchanged, and the test frees them.
 template <class R, class F>
 void by_hand(OneOf<op::clone_entry_, op::entry_remove_, op::entry_remove_x_, op::entry_free_> auto op,
-             WorldOf<R> &world, F give_back) {
+             WorldOf<R> &world, Slot<R> &slot, F give_back) {
   using Op = decltype(op);
   constexpr bool is_clone = named<Op>("clone"), is_kept = named<Op>("free") || std::is_same_v<R, mub_tree>;
-  Self<R> self(world);
   const Node<R> node(world);
-  const bool stays = is_clone || (is_kept && self.slot.owns_entries());
-  R &tree = self.slot.record;
+  const bool stays = is_clone || (is_kept && slot.owns_entries());
+  R &tree = slot.record;
   const int64_t count = tree.count, live = tree.entry_pool->live_count;
   auto *copy = world.call([&] { return Functions<R>::clone_entry_(&tree, node.entry); });
   EXPECT_EQ(copy == nullptr, world.failed);
@@ -217,8 +216,8 @@ void by_hand(OneOf<op::clone_entry_, op::entry_remove_, op::entry_remove_x_, op:
   EXPECT_EQ(tree.count, count + copied - 1);
   if constexpr (!is_clone) {
     for (size_t i = node.index; i < node.index + copies.size(); ++i)
-      self.slot.content[i].value = node.entry_at(i)->value = 0;
-    release_by(give_back, world, self, values_of(copies), copy);
+      slot.content[i].value = node.entry_at(i)->value = 0;
+    release_by(give_back, world, slot, values_of(copies), copy);
   }
   EXPECT_EQ(tree.count, count + copied - 1);
   tree.count = count;
@@ -230,7 +229,7 @@ void by_hand(OneOf<op::clone_entry_, op::entry_remove_, op::entry_remove_x_, op:
 // ---- single entries
 
 template <class R, class E>
-void by_hand(op::entry_init_, WorldOf<R> &, void (*init)(E *)) {
+void by_hand(op::entry_init_, WorldOf<R> &, auto &, void (*init)(E *)) {
   E entry;
   std::memset(&entry, 'w', sizeof entry);
   init(&entry);
@@ -238,8 +237,7 @@ void by_hand(op::entry_init_, WorldOf<R> &, void (*init)(E *)) {
 }
 // Restores the parents that depend on an entry: those of its children, of their equals and of its own equals.
 template <class R, class E>
-void by_hand(op::set_parent_, WorldOf<R> &world, void (*set_parent)(E *)) {
-  Self<R> self(world);
+void by_hand(op::set_parent_, WorldOf<R> &world, auto &, void (*set_parent)(E *)) {
   const Node<R> node(world);
   E elsewhere = {};
   for (size_t i = node.index + 1; i < end_of(node.items, node.index); ++i) {
@@ -249,18 +247,17 @@ void by_hand(op::set_parent_, WorldOf<R> &world, void (*set_parent)(E *)) {
   set_parent(node.entry);
 }
 // Exchanges the root with an entry of the caller, and back.
-void by_hand(op::entry_swap_, auto &world, auto swap) {
-  Self self(world);
-  auto &root = self.slot.record.root;
+void by_hand(op::entry_swap_, auto &world, auto &slot, auto swap) {
+  auto &root = slot.record.root;
   std::decay_t<decltype(root)> other = {};
-  if (root.value == 0) root.value = self.slot.content[0].value = world.draw_value(self.slot);
+  if (root.value == 0) root.value = slot.content[0].value = world.draw_value(slot);
   swap(&root, &other);
   EXPECT_TRUE(is_cleared(root));
-  expect_like(self.slot.content, 0, other, false);
+  expect_like(slot.content, 0, other, false);
   swap(&root, &other);
   swap(&root, &root);
 }
-void by_hand(op::cmp_, auto &world, auto compare_bytes) {
+void by_hand(op::cmp_, auto &world, auto &, auto compare_bytes) {
   const std::string a = world.program.text(48);
   std::string b = world.program.one_in(4) ? world.program.text(3) : a;
   if (!b.empty() && world.program.one_in(2)) b[clipped(world.program.below(48)) % b.size()] ^= 1;

@@ -597,7 +597,7 @@ void check(auto op, auto &world, Args &&...args) {
 }
 
 template <class R>
-void by_hand(op::init_, WorldOf<R> &, auto init) {
+void by_hand(op::init_, WorldOf<R> &, auto &, auto init) {
   Slot<R> slot;
   std::memset(static_cast<void *>(&slot.record), 0x55, sizeof slot.record);
   init(&slot.record);
