@@ -278,16 +278,6 @@ void by_hand(op::set_next_, auto &world, auto &slot, auto set_next) {
   }
   set_next(leaf, index);
 }
-// Includes the keys below an entry, but not its own.
-void by_hand(op::adjust_t_, auto &world, auto &slot, auto adjust) {
-  auto &tree = slot.record;
-  auto *top = Entry(world).value;
-  Parts below(tree, *top);
-  below.entries.erase(below.entries.begin());
-  lower_and_raise(world, tree.keys, OffsetsOf(below.nodes, below.entries),
-                  [&](uint32_t offset, uint32_t length) { adjust(&tree, top, offset, length); });
-}
-
 // ---- parts of trees
 
 template <class R>

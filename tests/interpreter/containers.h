@@ -4,6 +4,7 @@
 // A kind reads an intact record by its public fields, and checks what the library does not check itself:
 //   Content                       the model of a record: items in order, each with its entry, value and
 //                                 place() among the others; by default that of an empty record
+//   Keyed                         the type of an item's entry
 //   kEntryBytes, kNodeBytes       the sizes of its blocks
 //   kIsOrdered                    callbacks get the values in the order of the items
 //   kCloneKeepsEntryPool          even if the source has an external pool
@@ -213,37 +214,6 @@ struct Value {
   uint64_t word;
 };
 
-// The offsets of keys in a key stream.
-struct OffsetsOf {
-  explicit OffsetsOf(const auto &...items) { (add(items), ...); }
-  void add(const auto &items) {
-    for (auto *item : items) all.push_back({&item->key_offset, item->key_offset, item->key_length});
-  }
-  struct Offset {
-    uint32_t *at, was, key_length;
-  };
-  std::vector<Offset> all;
-};
-// Checks that the offsets of keys after a removed range are reduced, modulo 2^32; that of an empty key at its
-// start is not. Then restores all offsets, so that any other change is detected later.
-void lower_and_raise(auto &world, const mub_stream &keys, const OffsetsOf &offsets, auto adjust) {
-  const auto offset = static_cast<uint32_t>(world.program.below(keys.length + 2));
-  const auto length = static_cast<uint32_t>(world.program.below(2 * keys.length + 9));
-  adjust(offset, length);
-  for (const auto &[at, was, key_length] : offsets.all) {
-    EXPECT_EQ(*at, was - (was > offset || (was == offset && key_length != 0) ? length : 0));
-    *at = was;
-  }
-}
-
-template <class R>
-requires(!kHasNodePool<R>) void by_hand(op::adjust_t_, WorldOf<R> &world, Slot<R> &slot, auto adjust) {
-  std::vector<typename Kind<R>::Entry *> entries;
-  for (const auto &item : slot.content) entries.push_back(static_cast<typename Kind<R>::Entry *>(item.entry));
-  lower_and_raise(world, slot.record.keys, OffsetsOf(entries),
-                  [&](uint32_t offset, auto length) { adjust(&slot.record, offset, length); });
-}
-
 // Calls a function with the arguments of roles, and with other arguments as they are.
 auto call_with(auto function, const auto &...args) {
   const auto arguments_of = [](const auto &arg) {
@@ -257,6 +227,30 @@ auto call_with(auto function, const auto &...args) {
 }
 
 // ---- operations of all containers
+
+// Inserts bytes before a key in the key stream, and raises the offsets after them. Then
+// undoes both.
+template <class R>
+void by_hand(op::adjust_t_, WorldOf<R> &world, Slot<R> &slot, auto adjust) {
+  mub_stream &keys = slot.record.keys;
+  auto expected = slot.content;
+  const auto lower = [&](uint32_t offset, uint32_t length) {
+    if constexpr (requires { slot.record.root; }) adjust(&slot.record, &slot.record.root, offset, length);
+    if constexpr (!requires { slot.record.root; }) adjust(&slot.record, offset, length);
+  };
+  uint32_t offset = 0;
+  if (!expected.empty())
+    offset = static_cast<typename Kind<R>::Keyed *>(world.program.one_of(expected).entry)->key_offset;
+  mub_stream_insert(&keys, offset, "new", 3);
+  lower(offset, ~uint32_t{2});
+  if constexpr (requires { expected.links_are_exact; }) expected.links_are_exact = false;
+  typename Kind<R>::Content read;
+  Kind<R>::read(slot.record, expected, read);
+  ASSERT_EQ(read.size(), expected.size());
+  for (size_t i = 0; i < read.size(); ++i) EXPECT_EQ(read[i].place(), expected[i].place());
+  mub_stream_delete(&keys, offset, 3);
+  lower(offset, 3);
+}
 
 void check(op::verify_, auto &, auto &, Out<const char *> &what, int result) {
   EXPECT_TRUE(result == 1 && *what.value == nullptr);

@@ -1,4 +1,4 @@
-// Runs the programs of a family. Included by the generated steps, at the end of a family's source.
+// Runs the programs of a family, whose Kinds are a list of types. Included at the end of the generated steps.
 //   - Seeded runs, which must reach every function. They append a line for each kind to the file
 //     MUB_PROGRAM_TRACES, if set; for the same seed it is the same on every machine.
 //   - Runs with failing allocations.
@@ -17,11 +17,6 @@
 #include "support/random.h"
 
 namespace mub_test {
-
-template <class R>
-using StepsOf = std::vector<Step<WorldOf<R>>>;
-template <class R>
-StepsOf<R> steps_of();
 
 using Bytes = std::vector<uint8_t>;
 
@@ -46,21 +41,19 @@ struct Runner {
 #if defined(MUB_FUZZER)
 
 template <class... Rs>
-void run_one(const Bytes &bytes) {
+void run_one(const Bytes &bytes, ::testing::Types<Rs...>) {
   static std::tuple<Runner<Rs>...> runners;
   size_t kind = bytes[0] % sizeof...(Rs);
   ((kind-- == 0 ? void(std::get<Runner<Rs>>(runners).run({bytes.begin() + 1, bytes.end()})) : void()), ...);
 }
-
-#define MUB_FAMILY(NAME, ...)                                                \
-  extern "C" int LLVMFuzzerInitialize(int *, char ***) {                     \
-    GTEST_FLAG_SET(break_on_failure, true);                                  \
-    return 0;                                                                \
-  }                                                                          \
-  extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) { \
-    if (size > 0) run_one<__VA_ARGS__>({bytes, bytes + size});               \
-    return 0;                                                                \
-  }
+extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+  GTEST_FLAG_SET(break_on_failure, true);
+  return 0;
+}
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
+  if (size > 0) run_one({bytes, bytes + size}, Kinds());
+  return 0;
+}
 
 #else
 
@@ -85,16 +78,15 @@ class Programs : public ::testing::Test {
     return trace;
   }
 };
-TYPED_TEST_SUITE_P(Programs);
+TYPED_TEST_SUITE(Programs, Kinds);
 
 #if defined(MUB_TWO_READERS)
 
-TYPED_TEST_P(Programs, AgreeWithTheModelWhileTwoThreadsRead) { this->run_many(9); }
-REGISTER_TYPED_TEST_SUITE_P(Programs, AgreeWithTheModelWhileTwoThreadsRead);
+TYPED_TEST(Programs, AgreeWithTheModelWhileTwoThreadsRead) { this->run_many(9); }
 
 #else
 
-TYPED_TEST_P(Programs, AgreeWithTheModel) {
+TYPED_TEST(Programs, AgreeWithTheModel) {
   const uint64_t trace = this->run_many(50);
   for (const auto &step : this->runner.steps)
     EXPECT_GT(step.reached, 0) << step.name << " was reached by no program";
@@ -104,7 +96,7 @@ TYPED_TEST_P(Programs, AgreeWithTheModel) {
 
 // Each function is called in the middle of some programs, and each of its allocations fails there, alone or
 // with all that follow. The program then continues to its end.
-TYPED_TEST_P(Programs, SurviveRefusedAllocations) {
+TYPED_TEST(Programs, SurviveRefusedAllocations) {
   std::mt19937_64 engine(run_seed() + 1);
   const auto functions = static_cast<int64_t>(this->runner.steps.size());
   for (int64_t i = 0; i < scaled(4) * functions && !this->HasFailure(); ++i) {
@@ -116,15 +108,8 @@ TYPED_TEST_P(Programs, SurviveRefusedAllocations) {
     }
   }
 }
-REGISTER_TYPED_TEST_SUITE_P(Programs, AgreeWithTheModel, SurviveRefusedAllocations);
 
 #endif
-
-// The kinds of a family.
-#define MUB_FAMILY(NAME, ...)                        \
-  using NAME##Kinds = ::testing::Types<__VA_ARGS__>; \
-  INSTANTIATE_TYPED_TEST_SUITE_P(NAME, Programs, NAME##Kinds);
-
 #endif
 
 }  // namespace mub_test

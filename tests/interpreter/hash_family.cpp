@@ -43,7 +43,6 @@ int64_t bucket_of(const auto &table, const auto &text) {
 
 template <class R, class E, class Keys>
 struct HashKind : MapKind<R, E, Keys> {
-  using Entry = E;
   static constexpr bool kIsOrdered = false, kTermLeavesEntries = true, kStoresOutBeforeInit = true;
   static constexpr int64_t kEntryBytes = sizeof(E), kNodeBytes = 8;
   static int64_t entries_of(const R &table) { return table.count; }

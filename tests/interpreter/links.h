@@ -32,6 +32,7 @@ template <class R>
 struct Kind {
   static constexpr bool kHasRoot = requires(R record) { record.root; };
   using Entry = std::remove_pointer_t<decltype(Functions<R>::entry_new_(nullptr))>;
+  using Keyed = Entry;
   using Content = Items<kHasRoot>;
   static constexpr int64_t kEntryBytes = sizeof(Entry), kNodeBytes = 8;
   static constexpr bool kIsOrdered = true, kTermKeepsFlags = kHasRoot, kTermLeavesEntries = false;

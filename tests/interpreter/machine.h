@@ -110,6 +110,11 @@ struct Step {
   void (*take)(W &);
   int64_t reached = 0;
 };
+template <class R>
+using StepsOf = std::vector<Step<WorldOf<R>>>;
+// The steps of a record; generated.
+template <class R>
+StepsOf<R> steps_of();
 
 // Draws roles in order, and calls `use` with all of them.
 template <class Role, class... Rest>

@@ -56,15 +56,7 @@ struct ByteKey {
   }
   ByteKey(const ByteKey &) = delete;
   auto arguments() const { return std::tuple(data, length); }
-  static int64_t get_many(auto function, const R *record, const auto &keys, uint64_t *values) {
-    std::vector<const void *> all;
-    std::vector<int64_t> lengths;
-    for (const auto &key : keys) {
-      all.push_back(key.data);
-      lengths.push_back(key.length);
-    }
-    return function(record, all.data(), lengths.data(), static_cast<int64_t>(all.size()), values);
-  }
+  const void *in_batch() const { return data; }
 
   std::string bytes;
   const char *data;
@@ -128,16 +120,7 @@ struct NumberKeys {
         return std::tuple(key.data());
       }
     }
-    static int64_t get_many(auto function, const R *record, const auto &keys, uint64_t *values) {
-      std::vector<T> all;
-      for (const auto &key : keys) all.push_back(key.key);
-      const auto count = static_cast<int64_t>(all.size());
-      if constexpr (std::is_integral_v<T>) {
-        return function(record, all.data(), count, values);
-      } else {
-        return function(record, reinterpret_cast<const uint32_t(*)[4]>(all.data()), count, values);
-      }
-    }
+    T in_batch() const { return key; }
     T key, text;
     int64_t length = 0;  // for byte strings, negative: up to the NUL
   };

@@ -50,6 +50,7 @@ template <class R, class N, class Keys>
 struct MapKind : Keys {
   using Content = Items<typename Keys::Text>;
   using Node = N;
+  using Keyed = N;
   static constexpr bool kCloneKeepsEntryPool = false, kTermKeepsFlags = false, kRemovalKeepsValues = false;
   // A record works without a value pool or node pool, and with one that has no block size yet.
   static void use_fresh(R &record, WorldOf<R> &world) {
@@ -139,20 +140,39 @@ void check(op::update_, auto &world, auto &self, auto &key, auto &value, uint64_
   world.give_back(self.slot, item != nullptr ? std::exchange(item->value, value.word) : value.word);
 }
 
+// The keys of a batch, as an array of any type.
+struct Batch {
+  template <class T>
+  operator const T *() const {
+    return static_cast<const T *>(keys);
+  }
+  const void *keys;
+};
 // Any number of keys, including NULL, keys that end at a NUL, and keys in another case.
 void by_hand(op::get_many_, auto &world, auto &slot, auto get_many) {
-  std::list<decltype(Key(world))> keys;
+  std::list<decltype(Key(world))> drawn;
+  std::vector<decltype(drawn.front().in_batch())> keys;
+  std::vector<int64_t> lengths;
   Words expected;
   int64_t present = 0;
   for (int64_t left = world.program.below(40); left > 0; --left) {
-    keys.emplace_back(world);
-    const auto *item = slot.content.find(keys.back().text);
+    const auto &key = drawn.emplace_back(world);
+    const auto *item = slot.content.find(key.text);
+    keys.push_back(key.in_batch());
+    lengths.push_back(key.length);
     expected.push_back(value_of(item));
     present += item != nullptr ? 1 : 0;
   }
   world.read_by_all([&] {
     Words values(keys.size());
-    EXPECT_EQ(decltype(Key(world))::get_many(get_many, &slot.record, keys, values.data()), present);
+    const auto call = [&](auto... more) {
+      return get_many(&slot.record, Batch{keys.data()}, more..., std::ssize(keys), values.data());
+    };
+    if constexpr (requires { slot.record.keys; }) {
+      EXPECT_EQ(call(lengths.data()), present);
+    } else {
+      EXPECT_EQ(call(), present);
+    }
     EXPECT_EQ(values, expected);
   });
 }

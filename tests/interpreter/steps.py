@@ -97,9 +97,9 @@ def main(sources, out, *kinds):
     functions = "\n".join(
         ['#include "mub.h"', "namespace mub_test {", "template <class R>\nstruct Functions;", *tables, "}"])
     Path(out + "_ops.inc").write_text(f"#include <string_view>\n\nnamespace mub_test::op {{\n{tags}}}\n{functions}\n")
-    family = f"MUB_FAMILY({Path(out).name.capitalize()}, {', '.join(records)})"
+    lines.append(f"using Kinds = ::testing::Types<{', '.join(records)}>;")
     Path(out + "_steps.inc").write_text("\n".join(
-        ['#include "interpreter/drivers.h"', "namespace mub_test {", *lines, family, "}", ""]))
+        ["namespace mub_test {", *lines, "}", '#include "interpreter/drivers.h"', ""]))
 
 
 main(*sys.argv[1:])
