@@ -4,8 +4,8 @@
 #include <set>
 
 #include "arrays_ops.inc"
+#include "interpreter/machine.h"
 #include "interpreter/map_keys.h"
-#include "interpreter/roles.h"
 #include "support/pools.h"
 
 namespace mub_test {
@@ -136,10 +136,6 @@ struct WorldOf : World {
       }
     }
   }
-  void take(uint64_t block) {
-    ++live[self->pool];
-    if (self->pool == &pool) lent.insert(block);
-  }
   bool owns_pool(const Slot &slot) const { return slot.pool != nullptr && slot.pool != &pool; }
   void start(Slot &slot) {
     slot = {};
@@ -153,13 +149,12 @@ struct WorldOf : World {
       EXPECT_TRUE(failed || (pools == 2) == (slot.record.pool != nullptr));
       if (pools == 1) slot.record.pool = &pool;
       slot.pool = slot.record.pool;
-      if (owns_pool(slot)) slot.pool->block_size = 8, live[slot.pool] = 0;
+      if (owns_pool(slot)) slot.pool->block_size = 8;
     }
     EXPECT_EQ(slot.record.descending, 0);
     slot.record.descending = program.one_in(2) ? 7 : 0;
   }
   void end(Slot &slot) {
-    if (owns_pool(slot)) live.erase(slot.pool);
     Functions<R>::term_(&slot.record);
     EXPECT_TRUE(slot.record.count == 0 && slot.record.capacity == kLeast);
   }
@@ -227,7 +222,7 @@ struct WorldOf : World {
         ASSERT_TRUE(record.pool == slot->pool && record.own_pool == owns_pool(*slot));
       }
     }
-    for (const auto &[each, blocks] : live) ASSERT_EQ(each->live_count, blocks);
+    ASSERT_EQ(pool.live_count, std::ssize(lent));
     clear_shared_values();
   }
 
@@ -247,7 +242,7 @@ struct WorldOf : World {
     item.value = static_cast<uint64_t>(program.below(64));
     if (kIsWords) item.value = hard_number<uint32_t>(program.below(40)) | item.value >> 5 << 63;
     if (self->pool == &pool && item.value > 0)
-      take(item.value = reinterpret_cast<uintptr_t>(mub_pool_new(&pool)));
+      lent.insert(item.value = reinterpret_cast<uintptr_t>(mub_pool_new(&pool)));
     if (kIsBare) item.number = item.value;
     return item.value;
   }
@@ -364,8 +359,7 @@ struct WorldOf : World {
   }
   void expect_released(std::vector<uint64_t> values) {
     std::erase(values, 0u);
-    if (self->pool == &pool) live[&pool] -= std::ssize(values);
-    for (const uint64_t value : values) lent.erase(value);
+    for (const uint64_t value : values) lent.erase(self->pool == &pool ? value : 0);
     EXPECT_EQ(seen, is_callback_given ? values : std::vector<uint64_t>());
   }
 
@@ -404,7 +398,7 @@ struct WorldOf : World {
     }
     if (!named<Op>("_new")) return;
     const bool is_taken = at >= 0 && block != 0;
-    if (is_taken) take(block);
+    if (is_taken && self->pool == &pool) lent.insert(block);
     EXPECT_TRUE(at >= 0 || block == (hit < 0 ? 0 : table[hit].value));
     // An insertion that fails has already initialised its block.
     if (failed || (at < 0 && hit < 0)) return;
@@ -471,7 +465,7 @@ struct WorldOf : World {
     if (named<Op>("free")) expect_released(values);
     if (named<Op>("entry")) return;
     self->table = {};
-    if (owns_pool(*self)) live[self->pool] = 0;
+    EXPECT_TRUE(!owns_pool(*self) || self->pool->live_count == 0);
   }
   void expect(op::expand_, int result) {
     EXPECT_EQ(result, index <= self->table.capacity() || (index < 1000 && !failed));
@@ -492,14 +486,12 @@ struct WorldOf : World {
   void expect(op::clone_, auto) {
     if (self == peer || (failed && kIsWords)) return;
     const bool owns = owns_pool(*self), has_copies = owns && owns_pool(*peer);
-    if (owns_pool(*peer)) live.erase(peer->pool);
     if (!owns) peer->pool = self->pool;
-    if (has_copies) live[peer->pool] = peer->pool->live_count;
     Table &copy = peer->table;
     copy.expand(self->table.capacity(), kLeast);
     copy.count = self->table.count;
     if (failed && peer->record.capacity == 0) return copy.slots.clear();
-    EXPECT_TRUE(!has_copies || live[peer->pool] == live[self->pool]);
+    EXPECT_TRUE(!has_copies || peer->pool->live_count == self->pool->live_count);
     // An incomplete source leaves the existing slots, but not their keys.
     if (kHasBytes && self->table.used() < copy.used()) {
       Functions<R>::shrink_(&peer->record, self->table.used());
@@ -546,8 +538,7 @@ struct WorldOf : World {
 
   Slot slots[kSlots];
   Pool pool{8}, users[2] = {Pool(8), Pool(8)};
-  std::map<const mub_pool *, int64_t> live = {{&pool, 0}};  // the number of blocks in use
-  std::set<uint64_t> lent;                                  // blocks of the external pool in use
+  std::set<uint64_t> lent;  // blocks of the external pool in use
 
   // Drawn in this step.
   Slot *self = nullptr, *peer = nullptr;

@@ -21,7 +21,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "interpreter/roles.h"
+#include "interpreter/machine.h"
 #include "support/pools.h"
 
 namespace mub_test {
@@ -346,10 +346,6 @@ void by_hand(op::init_, WorldOf<R> &world, auto &, auto) {
   EXPECT_EQ(record.value_pool != nullptr, record.owns_value_pool == 1);
   EXPECT_EQ(record.count, 0);
   if constexpr (requires { Kind<R>::use_fresh(record, world); }) Kind<R>::use_fresh(record, world);
-  Functions<R>::term_(&record);
-  record.owns_entry_pool = record.owns_value_pool = 1;  // without a pool, these are ignored
-  Functions<R>::remove_all_(&record);
-  Functions<R>::free_all_(&record, nullptr);
   Functions<R>::term_(&record);
 }
 template <class Op, class R>

@@ -8,7 +8,6 @@
 #include <tuple>
 
 #include "interpreter/machine.h"
-#include "mub.h"
 
 namespace mub_test {
 

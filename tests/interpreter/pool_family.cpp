@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <set>
 
-#include "interpreter/roles.h"
+#include "interpreter/machine.h"
 
 namespace mub_test {
 

@@ -12,7 +12,7 @@
 #include <list>
 #include <string>
 
-#include "interpreter/roles.h"
+#include "interpreter/machine.h"
 #include "support/guarded.h"
 
 namespace mub_test {
