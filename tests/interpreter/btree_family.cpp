@@ -121,11 +121,9 @@ void by_hand(OneOf<op::cursor_first_, op::cursor_last_, op::cursor_seek_, op::cu
   const Key key(world);
   world.read_by_all([&] { walk(slot, key, world.program); });
 }
-void check(op::first_entry_, auto &world, auto &from, auto *result) {
-  EXPECT_EQ(result, Parts(world.self->record, *from.value).leaves.front());
-}
-void check(op::last_entry_, auto &world, auto &from, auto *result) {
-  EXPECT_EQ(result, Parts(world.self->record, *from.value).leaves.back());
+void check(OneOf<op::first_entry_, op::last_entry_> auto op, auto &world, auto &from, auto *result) {
+  const auto leaves = Parts(world.self->record, *from.value).leaves;
+  EXPECT_EQ(result, op.kName == "first_entry" ? leaves.front() : leaves.back());
 }
 
 // ---- keys
@@ -183,6 +181,7 @@ void by_hand(OneOf<op::node_compare_, op::entry_compare_, op::entrys_compare_, o
 
 // ---- entries
 
+// Splits one entry of a level, or all.
 void by_hand(op::split_, auto &world, auto &slot, auto split) {
   const auto level = world.program.below(slot.record.root.level + 1);
   const bool splits_all = world.program.one_in(2);
@@ -215,16 +214,15 @@ void expect_fresh(const auto &kind, const auto &entry, const mub_pool *pool) {
   EXPECT_TRUE(entry.level == 0 && entry.parent == nullptr);
   EXPECT_TRUE(entry.children.count == 0 && entry.children.capacity >= 32 && entry.children.pool == pool);
 }
-template <class R>
-void by_hand(OneOf<op::entry_init_, op::node_init_> auto, WorldOf<R> &world, auto &slot, auto) {
-  typename Kind<R>::Entry entry;
-  typename Kind<R>::Node node;
+void by_hand(OneOf<op::entry_init_, op::node_init_> auto, auto &world, auto &slot, auto) {
+  std::decay_t<decltype(slot.record.root)> entry;
+  typename std::decay_t<decltype(slot.kind)>::Node node;
   std::memset(&entry, 0x77, sizeof entry);
   std::memset(&node, 0x77, sizeof node);
-  world.call([&] { Functions<R>::entry_init_(&entry); });
-  Functions<R>::node_init_(&node);
+  world.call([&] { slot.f.entry_init_(&entry); });
+  slot.f.node_init_(&node);
   if (!world.failed) expect_fresh(slot.kind, entry, nullptr);
-  EXPECT_TRUE(Kind<R>::key_of(node) == Kind<R>::key_of(entry) && node.value == 0);
+  EXPECT_TRUE(slot.kind.key_of(node) == slot.kind.key_of(entry) && node.value == 0);
   EXPECT_TRUE(node.prev == nullptr && node.next == nullptr);
   mub_arrays_remove_all(&entry.children);
 }

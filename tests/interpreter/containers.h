@@ -207,12 +207,9 @@ struct Destination : Peer<R> {
 };
 template <class R>
 inline constexpr bool kIsWritten<Destination<R>> = true;
+inline constexpr auto draw_value = [](auto &world) { return world.draw_value(*world.self); };
 template <class R>
-struct Value {
-  explicit Value(WorldOf<R> &world) : word(world.draw_value(*world.self)) {}
-  auto arguments() const { return std::tuple(word); }
-  uint64_t word;
-};
+using Value = Drawn<uint64_t, draw_value>;
 
 // Calls a function with the arguments of roles, and with other arguments as they are.
 auto call_with(auto function, const auto &...args) {
@@ -228,11 +225,10 @@ auto call_with(auto function, const auto &...args) {
 
 // ---- operations of all containers
 
-// Inserts bytes before a key in the key stream, and raises the offsets after them. Then
-// undoes both.
+// With bytes inserted before a key into a copy of the key stream, keys are right if the offsets after them are
+// raised. Lowers them again.
 template <class R>
 void by_hand(op::adjust_t_, WorldOf<R> &world, Slot<R> &slot, auto adjust) {
-  mub_stream &keys = slot.record.keys;
   auto expected = slot.content;
   const auto lower = [&](uint32_t offset, uint32_t length) {
     if constexpr (requires { slot.record.root; }) adjust(&slot.record, &slot.record.root, offset, length);
@@ -241,14 +237,18 @@ void by_hand(op::adjust_t_, WorldOf<R> &world, Slot<R> &slot, auto adjust) {
   uint32_t offset = 0;
   if (!expected.empty())
     offset = static_cast<typename Kind<R>::Keyed *>(world.program.one_of(expected).entry)->key_offset;
+  mub_stream keys = {};
+  mub_stream_clone(&slot.record.keys, &keys);
   mub_stream_insert(&keys, offset, "new", 3);
+  std::swap(slot.record.keys, keys);
   lower(offset, ~uint32_t{2});
   if constexpr (requires { expected.links_are_exact; }) expected.links_are_exact = false;
   typename Kind<R>::Content read;
   Kind<R>::read(slot.record, expected, read);
   ASSERT_EQ(read.size(), expected.size());
   for (size_t i = 0; i < read.size(); ++i) EXPECT_EQ(read[i].place(), expected[i].place());
-  mub_stream_delete(&keys, offset, 3);
+  std::swap(slot.record.keys, keys);
+  mub_stream_term(&keys);
   lower(offset, 3);
 }
 

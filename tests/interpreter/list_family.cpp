@@ -72,7 +72,7 @@ void check(Op, auto &world, auto &self,
     if (slot.record.count == std::ssize(items)) return;
     item.value = result;
   } else {
-    item.value = role_of<Value<R>>(args...)->word;
+    item.value = role_of<Value<R>>(args...)->value;
     EXPECT_EQ(result == nullptr, world.failed);
     if (result == nullptr) return world.give_back(slot, item.value);
     if constexpr (requires { result->value; }) {

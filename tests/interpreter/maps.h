@@ -98,11 +98,11 @@ auto *expect_added(auto &world, auto &slot, const auto &key, int result) {
 
 void by_hand(op::insert_, auto &world, auto &slot, auto insert) {
   with_keys(world, [&](auto &key) {
-    const Value value(world);
+    const uint64_t value = world.draw_value(slot);
     const int result = world.call([&] { return call_with(insert, &slot.record, key, value); });
     auto *item = expect_added(world, slot, key, result);
-    if (item == nullptr) return world.give_back(slot, value.word);
-    item->value = value.word;
+    if (item == nullptr) return world.give_back(slot, value);
+    item->value = value;
   });
 }
 void check(op::set_, auto &world, auto &self, auto &key, auto &out, auto &init, int result) {
@@ -137,7 +137,7 @@ void check(auto, auto &, auto &self, auto &key, auto result) {
 void check(op::update_, auto &world, auto &self, auto &key, auto &value, uint64_t result) {
   auto *item = self.slot.content.find(key.text);
   EXPECT_EQ(result, value_of(item));
-  world.give_back(self.slot, item != nullptr ? std::exchange(item->value, value.word) : value.word);
+  world.give_back(self.slot, item != nullptr ? std::exchange(item->value, value.value) : value.value);
 }
 
 // The keys of a batch, as an array of any type.
