@@ -3,9 +3,9 @@
 
 KIND is a record, or RECORD+PREFIX… to include functions with other prefixes. SOURCES are separated by commas.
 Each function becomes step<op::OPERATION, ROLE…>; the types and names of parameters select their roles. An
-operation with an overload of by_hand in a source draws its arguments there. A function with neither roles for
-all parameters nor a by_hand is an error. Functions<RECORD>::OPERATION_ is the function itself. A family that
-has only its own steps lists them: // steps of KIND: FUNCTION…
+operation with an overload of by_hand in a source gets a record, and draws its other arguments there. A function
+with neither roles for all parameters nor a by_hand is an error. Functions<RECORD>::OPERATION_ is the function
+itself. A family that has only its own steps lists them: // steps of KIND: FUNCTION…
 """
 
 import re
