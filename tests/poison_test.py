@@ -15,8 +15,8 @@ COMMAND = ["valgrind", "--quiet", "--error-exitcode=9"] if checker == "valgrind"
 failed = False
 text = Path(source).read_text()
 lines = {name: number for number, line in enumerate(text.splitlines(), 1)
-         for name in re.findall(r";  // (\w+)$", line)}
-for name in re.findall(r"^    \{\"(\w+)\",$", text, re.MULTILINE):
+         for name in re.findall(r"; +// (\w+)$", line)}
+for name in re.findall(r'faults\["(\w+)"\] =', text):
     run = subprocess.run([*COMMAND, program, name], capture_output=True, text=True, errors="replace")
     if checker == "none" or name == "none":
         is_right = run.returncode == 0 and run.stdout + run.stderr == ""
