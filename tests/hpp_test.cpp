@@ -521,5 +521,81 @@ TEST(CppTypedMaps, KeepSmallValuesInWords) {
               names.c()->value_pool->block_size == sizeof(std::string));
 }
 
+// What a loop of mub_each.h does up to a break at item number `most`.
+struct Walk {
+  std::vector<uint64_t> visited;
+  int evaluated = 0, pairs = 0;
+};
+
+enum class Order { kAscending, kAny };
+
+// Expects the numbers from 1 to `count`; `walk(container, most)` runs the loop.
+template <class Run, class Container>
+void expect_walk(const char *loop, Run walk, Container *container, int count, Order order) {
+  SCOPED_TRACE(testing::Message() << loop << " over " << count);
+  const auto size = static_cast<size_t>(count);
+  EXPECT_EQ(walk(container, 3).visited.size(), std::min<size_t>(size, 3));
+  Walk all = walk(container, size);
+  if (order == Order::kAny) std::sort(all.visited.begin(), all.visited.end());
+  for (size_t i = 0; i < all.visited.size(); ++i) EXPECT_EQ(all.visited[i], i + 1);
+  EXPECT_TRUE(all.visited.size() == size && all.evaluated == 1);
+  EXPECT_EQ(all.pairs, count * (count + 1) / 2) << "the inner loop ends at the item of the outer loop";
+}
+
+#define EXPECT_WALK(loop, container, count, order, number) \
+  expect_walk(                                             \
+      #loop,                                               \
+      [](auto *walked, size_t most) {                      \
+        Walk walk;                                         \
+        loop((++walk.evaluated, walked), item) {           \
+          if (walk.visited.size() == most) break;          \
+          walk.visited.push_back(number);                  \
+          loop(walked, inner) {                            \
+            ++walk.pairs;                                  \
+            if (inner == item) break;                      \
+          }                                                \
+        }                                                  \
+        return walk;                                       \
+      },                                                   \
+      container, count, order)
+
+#define BTREE_FROM_3(tree, record) MUB_EACH_BTREE_FROM(tree, "\0\3", 2, record)
+#define BTREED_FROM_3(tree, record) MUB_EACH_BTREED_FROM(tree, key_at<uint32_t>(3), record)
+#define BTREEX_FROM_3(tree, record) MUB_EACH_BTREEX_FROM(tree, key_at<uint64_t>(3), record)
+
+TEST(CLoops, VisitAllItemsAndEndAtABreak) {
+  for (const int count : {0, 1, 4, 5, 32, 33, 99}) {
+    EXPECT_WALK(MUB_EACH_HASH, filled<mub::hash>(count).c(), count, Order::kAny, item->value);
+    EXPECT_WALK(MUB_EACH_HASHD, filled<mub::hashd>(count).c(), count, Order::kAny, item->value);
+    EXPECT_WALK(MUB_EACH_HASHX, filled<mub::hashx>(count).c(), count, Order::kAny, item->value);
+    EXPECT_WALK(MUB_EACH_HASHT, filled<mub::hasht>(count).c(), count, Order::kAny, item->value);
+    EXPECT_WALK(MUB_EACH_BTREE, filled<mub::btree>(count).c(), count, Order::kAscending, item->value);
+    EXPECT_WALK(MUB_EACH_BTREED, filled<mub::btreed>(count).c(), count, Order::kAscending, item->value);
+    EXPECT_WALK(MUB_EACH_BTREEX, filled<mub::btreex>(count).c(), count, Order::kAscending, item->value);
+    const int rest = std::max(count - 2, 0);
+    EXPECT_WALK(BTREE_FROM_3, filled<mub::btree>(count).c(), rest, Order::kAscending, item->value - 2);
+    EXPECT_WALK(BTREED_FROM_3, filled<mub::btreed>(count).c(), rest, Order::kAscending, item->value - 2);
+    EXPECT_WALK(BTREEX_FROM_3, filled<mub::btreex>(count).c(), rest, Order::kAscending, item->value - 2);
+    EXPECT_WALK(MUB_EACH_ARRAY, filled<mub::array>(count).c(), count, Order::kAscending, item->value);
+    EXPECT_WALK(MUB_EACH_ARRAYD, filled<mub::arrayd>(count).c(), count, Order::kAscending, item->value);
+    EXPECT_WALK(MUB_EACH_ARRAYX, filled<mub::arrayx>(count).c(), count, Order::kAscending, item->value);
+    EXPECT_WALK(MUB_EACH_ARRAYS, filled<mub::arrays>(count).c(), count, Order::kAscending, *item);
+    EXPECT_WALK(MUB_EACH_ARRAYT, filled<mub::arrayt>(count).c(), count, Order::kAscending, *item);
+    EXPECT_WALK(MUB_EACH_LIST, filled<mub::list>(count).c(), count, Order::kAscending, item->value);
+    EXPECT_WALK(MUB_EACH_LISTS, filled<mub::lists>(count).c(), count, Order::kAscending, item->value);
+    EXPECT_WALK(MUB_EACH_LISTX, filled<mub::listx>(count).c(), count, Order::kAscending, *item);
+    auto flat = filled<mub::tree>(count);
+    if (count != 0) flat.append(flat.root()->first_child, 100);  // no child of the root
+    mub::tree tall;
+    auto *last = tall.root();
+    for (int i = 1; i <= count; ++i) last = tall.append(last, static_cast<uint64_t>(i));
+    EXPECT_WALK(MUB_EACH_TREE_CHILD, flat.root(), count, Order::kAscending, item->value);
+    EXPECT_WALK(MUB_EACH_TREE_BELOW, tall.root(), count, Order::kAscending, item->value);
+    mub::bits sparse;
+    for (int i = 1; i <= count; ++i) sparse.set(static_cast<uint32_t>(7 * i));
+    EXPECT_WALK(MUB_EACH_BIT, sparse.c(), count, Order::kAscending, item / 7);
+  }
+}
+
 }  // namespace
 }  // namespace mub_test

@@ -1,7 +1,9 @@
-/* mub_inline.h in a C program: the inline functions and the library's take turns on the same records. */
+/* mub_inline.h and mub_each.h in a C program. The loops have their meaning tested in hpp_test.cpp. */
+#include "mub_inline.h"
+
 #include <stdio.h>
 
-#include "mub_inline.h"
+#include "mub_each.h"
 
 static int faults = 0;
 
@@ -13,7 +15,8 @@ static void expect(int holds, const char *claim) {
 
 #define EXPECT(claim) expect(claim, #claim)
 
-int main(void) {
+/* The inline functions and the library's take turns on the same records. */
+static void call_inline_functions(void) {
   mub_string string;
   mub_string_init(&string);
   for (int i = 0; i < 26; ++i) {
@@ -31,6 +34,26 @@ int main(void) {
   EXPECT(next == 9001);
   EXPECT(find == &mub_bits_find && find(&bits, 9000) == mub_bits_find(&bits, 9000));
   EXPECT(mub_bits_find(&bits, 9000) == 0x80 && mub_bits_find(&bits, UINT32_MAX) == 0);
+  MUB_EACH_BIT(&bits, bit) EXPECT(bit == 9000);
   mub_bits_term(&bits);
+}
+
+/* The loops that no C program in examples/ has. */
+static void compile_loops(void) {
+  static mub_hasht table; /* zero, as all these records: empty */
+  static mub_arrayt words;
+  static mub_list list;
+  static mub_lists values;
+  static mub_listx blocks;
+  MUB_EACH_HASHT(&table, entry) EXPECT(entry == NULL);
+  MUB_EACH_ARRAYT(&words, word) EXPECT(word == NULL);
+  MUB_EACH_LIST(&list, entry) EXPECT(entry == NULL);
+  MUB_EACH_LISTS(&values, entry) EXPECT(entry == NULL);
+  MUB_EACH_LISTX(&blocks, value) EXPECT(value == NULL);
+}
+
+int main(void) {
+  call_inline_functions();
+  compile_loops();
   return faults == 0 ? 0 : 1;
 }
