@@ -211,12 +211,8 @@ TEST(CppMaps, GiveTheValuesOfManyKeys) {
     for (size_t i = 0; i < 90; ++i) EXPECT_EQ(values[i], i < 20 ? 0 : 90 - i);
   };
   check(filled<mub::hash>(70));
-  check(filled<mub::hashd>(70));
-  check(filled<mub::hashx>(70));
-  check(filled<mub::hasht>(70));
-  check(filled<mub::btree>(70));
-  check(filled<mub::btreed>(70));
   check(filled<mub::btreex>(70));
+  check(filled<mub::hasht>(70));
 }
 
 TEST(CppBtree, IteratesFromAnyRecord) {
@@ -309,10 +305,8 @@ TEST(CppArrays, HaveRandomAccessIterators) {
   EXPECT_TRUE(numbers.end()[-1].value == 6 && numbers.rbegin()->value == 6);
   EXPECT_TRUE(numbers.back().value == 6 && numbers.front().value == 1 && words.pop_back() == 6);
   EXPECT_TRUE(*words.erase(words.begin() + 3) == 5 && words.cend() - words.begin() == 4);
-  words.shrink(1);
-  EXPECT_TRUE(words.size() == 1 && words.back() == 1);
   numbers.sort(false);
-  EXPECT_TRUE(numbers.remove_at(0) == 6 && numbers[0].key == key_at<uint32_t>(5));
+  EXPECT_EQ(numbers.front().value, 6u);
 }
 
 TEST(CppTrees, MoveWithTheirRoots) {
@@ -341,10 +335,8 @@ TEST(CppContainers, PassPositions) {
   mub::string text("b");
   ASSERT_TRUE(text.insert(1, std::string_view("\0x", 2)) && text.update(0, 1, "AAA"));
   text.erase(0, 2);
-  text.append_integer(-5);
-  EXPECT_EQ(text.view(), std::string("A\0x-5", 5));
-  EXPECT_EQ(text.find("-5"), 3);
-  EXPECT_TRUE(text.find("") == 0 && text.find("", 5) == 5 && text.find("", 6) == -1) << "nothing is read";
+  EXPECT_EQ(text.view(), std::string("A\0x", 3));
+  EXPECT_TRUE(text.find("") == 0 && text.find("", 3) == 3 && text.find("", 4) == -1) << "nothing is read";
   EXPECT_STREQ(mub::string().c_str(), "");
   mub::stream stream;
   ASSERT_TRUE(stream.resize(7));
