@@ -1,19 +1,12 @@
-/* mub_inline.h and mub_each.h in a C program. The loops have their meaning tested in hpp_test.cpp. */
+/* mub_inline.h and mub_each.h in a C program. What the loops do is tested in hpp_test.cpp. */
 #include "mub_inline.h"
 
 #include <stdio.h>
+#include <stdlib.h>
 
 #include "mub_each.h"
 
-static int faults = 0;
-
-static void expect(int holds, const char *claim) {
-  if (holds) return;
-  printf("not so: %s\n", claim);
-  ++faults;
-}
-
-#define EXPECT(claim) expect(claim, #claim)
+#define EXPECT(claim) ((claim) ? (void)0 : (puts("not so: " #claim), exit(1)))
 
 /* The inline functions and the library's take turns on the same records. */
 static void call_inline_functions(void) {
@@ -38,7 +31,7 @@ static void call_inline_functions(void) {
   mub_bits_term(&bits);
 }
 
-/* The loops that no C program in examples/ has. */
+/* Loops of which no C program in examples/ has the form. */
 static void compile_loops(void) {
   static mub_hasht table; /* zero, as all these records: empty */
   static mub_arrayt words;
@@ -55,5 +48,5 @@ static void compile_loops(void) {
 int main(void) {
   call_inline_functions();
   compile_loops();
-  return faults == 0 ? 0 : 1;
+  return 0;
 }
