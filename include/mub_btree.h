@@ -935,8 +935,8 @@ MUB_API int mub_btree_clone_entry(const mub_btree *source, const mub_btree_entry
  *
  * An ordered map whose keys are 32-bit numbers. `key_type` determines how keys are compared: MUB_KEY_INT32 as
  * signed, MUB_KEY_UINT32 as unsigned, MUB_KEY_FLOAT as floating-point numbers. With any other type all keys
- * are equal, so only one can be inserted. Pass the bits of a floating-point key. A NaN is equal to every key:
- * do not insert one.
+ * are equal, so only one can be inserted. Pass the bits of a floating-point key. 0.0 and -0.0 are one key. A
+ * NaN is equal to every key: do not insert one.
  *
  * @{
  */

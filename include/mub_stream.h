@@ -811,7 +811,8 @@ MUB_API void mub_stream_deflate_lword(mub_stream *stream, int64_t *position, uin
 /**
  * Reads a packed lword at the cursor.
  *
- * A value of 64 ones is also read as -1, but the position then advances by 9.
+ * A number above INT64_MAX is returned as a negative one: 2^64 - 1 as -1, as if it failed, but the position
+ * then advances by 9.
  *
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: the position of the field; out: the position after it

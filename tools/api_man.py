@@ -31,6 +31,8 @@ def section(title, *texts):
     for number, text in enumerate(text for text in texts if text):
         if text.startswith("    "):
             lines += preformatted(text)
+        elif text.startswith("- "):
+            lines += [".IP \\(bu 2", *filled(text[2:])]
         else:
             lines += ([".PP"] if number else []) + filled(text)
     return lines if len(lines) > 1 else []

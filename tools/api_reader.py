@@ -78,16 +78,19 @@ def is_pointer(kind):
 
 
 def blocks_of(member):
-    """The paragraphs and the preformatted texts; the lines of these are indented by four spaces."""
+    """The paragraphs, the items of lists, "- …", and preformatted texts, whose lines are indented by four spaces."""
     for paragraph in member.findall("detaileddescription/para"):
         piece = ElementTree.Element("para")
         piece.text = paragraph.text
         for child in paragraph:
-            if child.tag != "verbatim":
+            if child.tag not in ("verbatim", "itemizedlist"):
                 piece.append(child)
                 continue
             yield text_of(piece)
-            yield "\n".join(f"    {line}".rstrip() for line in child.text.rstrip().split("\n"))
+            if child.tag == "verbatim":
+                yield "\n".join(f"    {line}".rstrip() for line in child.text.rstrip().split("\n"))
+            else:
+                yield from (f"- {text_of(item)}" for item in child)
             piece = ElementTree.Element("para")
             piece.text = child.tail
         yield text_of(piece)
@@ -222,8 +225,7 @@ def table_of(group):
 
 def group_text(group):
     texts = [text_of(group.find("briefdescription")), *blocks_of(group)]
-    lists = [text_of(item) for item in group.findall("detaileddescription//listitem")]
-    return [text for text in texts if text and not text.endswith("return:")] + lists
+    return [text for text in texts if text and not text.startswith("What the everyday operations return")]
 
 
 def module_of(group, parent):
