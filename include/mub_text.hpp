@@ -111,25 +111,23 @@ struct textual {};
 /** The members that strings, streams and views have in common. */
 template <class Derived, class View>
 class searchable : public textual {
-  using unit = typename View::value_type;
-
  public:
   /** Checks whether the content begins with a text or a unit. */
   ///@{
   bool starts_with(View text) const noexcept { return view().substr(0, text.size()) == text; }
-  bool starts_with(unit one) const noexcept { return starts_with(View(&one, 1)); }
+  bool starts_with(typename View::value_type unit) const noexcept { return starts_with(View(&unit, 1)); }
   ///@}
   /** Checks whether the content ends with a text or a unit. */
   ///@{
   bool ends_with(View text) const noexcept {
     return view().size() >= text.size() && view().substr(view().size() - text.size()) == text;
   }
-  bool ends_with(unit one) const noexcept { return ends_with(View(&one, 1)); }
+  bool ends_with(typename View::value_type unit) const noexcept { return ends_with(View(&unit, 1)); }
   ///@}
   /** Checks whether a text or a unit occurs in the content. */
   ///@{
   bool contains(View text) const noexcept { return view().find(text) != View::npos; }
-  bool contains(unit one) const noexcept { return view().find(one) != View::npos; }
+  bool contains(typename View::value_type unit) const noexcept { return view().find(unit) != View::npos; }
   ///@}
 
  private:
