@@ -322,6 +322,14 @@ MUB_INLINE void mub_inline_pool_free(mub_pool *pool, void *block) { mub_pool_fre
 
 #else
 
+/* Two counters next to each other would be loaded and stored as one vector: fresh blocks take 1.5 times as long
+   then, as each call waits for the one before (pool_fresh in bench/pool_bench.cpp). */
+#if defined(__GNUC__) && UINTPTR_MAX > UINT32_MAX
+#define MUB_INLINE_SCALAR(number) __asm__("" : "+r"(number))
+#else
+#define MUB_INLINE_SCALAR(number) (void)0
+#endif
+
 MUB_INLINE void *mub_inline_pool_new(mub_pool *pool) {
   if (pool == NULL || pool->block_size == 0) return NULL;
   if (pool->free_count > 0) {
@@ -331,8 +339,12 @@ MUB_INLINE void *mub_inline_pool_new(mub_pool *pool) {
       return page[--pool->free_used];
     }
   } else if (pool->chunk_used >= 0 && pool->chunk_used < pool->blocks_per_chunk) {
-    ++pool->live_count;
-    return (char *)pool->chunks[pool->chunk_count - 1] + pool->chunk_used++ * pool->block_size;
+    const int64_t used = pool->chunk_used;
+    int64_t live_count = pool->live_count + 1;
+    MUB_INLINE_SCALAR(live_count);
+    pool->live_count = live_count;
+    pool->chunk_used = used + 1;
+    return (char *)pool->chunks[pool->chunk_count - 1] + used * pool->block_size;
   }
   return mub_pool_new(pool);
 }
@@ -545,6 +557,7 @@ MUB_INLINE uint64_t mub_inline_hashx_get(const mub_hashx *table, uint64_t key) {
 #pragma GCC diagnostic pop
 #endif
 #undef MUB_INLINE
+#undef MUB_INLINE_SCALAR
 
 /* ---- the names, without parentheses around them */
 
