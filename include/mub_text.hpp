@@ -541,6 +541,10 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
 class stringx : public detail::range<stringx>,
                 public detail::reversible<stringx>,
                 public detail::searchable<stringx, std::string_view> {
+  template <class Text>
+  using if_text = std::enable_if_t<std::is_convertible_v<const Text &, std::string_view> &&
+                                   !std::is_base_of_v<stringx, Text>>;
+
  public:
   using view_type = std::string_view;
   using const_iterator = const char *;
@@ -548,8 +552,7 @@ class stringx : public detail::range<stringx>,
   /** Constructs an empty view. */
   stringx() noexcept { mub_stringx_init(&view_); }
   /** Constructs a view of a whole text, of any type that converts to std::string_view. */
-  template <class Text, class = std::enable_if_t<std::is_convertible_v<const Text &, std::string_view> &&
-                                                 !std::is_base_of_v<stringx, Text>>>
+  template <class Text, class = if_text<Text>>
   stringx(const Text &text) noexcept {
     const std::string_view view = text;
     view_ = {view.data(), 0, static_cast<std::int64_t>(view.size())};
