@@ -75,7 +75,7 @@ class bits : public detail::owner<bits, detail::bits_life>, public detail::range
 
   /** Returns the number of bits, set or clear; those beyond it read as clear. */
   std::int64_t size() const noexcept { return std::int64_t{8} * c()->size; }
-  /** Checks whether the size is 0. */
+  /** Checks whether the size is 0. A set whose bits are all clear is not empty: see count(). */
   [[nodiscard]] bool empty() const noexcept { return size() == 0; }
   /** Returns the size in bytes of 8 bits. */
   std::uint32_t size_bytes() const noexcept { return c()->size; }

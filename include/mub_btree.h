@@ -27,9 +27,10 @@
  * it takes a block for the value of every new record. A value pool created by `_init` has no block size:
  * check that `value_pool` is not NULL, then store the size of your values in `value_pool->block_size`.
  *
- * Without an entry pool or a node pool, insertions fail as if memory had run out. In a tree with a value
- * pool, every value must be 0 or the address of a block of that pool: `_free_all` returns it to the pool if
- * that is external, and `_clone` translates it if the pool is owned.
+ * Without a node pool, insertions fail as if memory had run out. Without an entry pool nothing can split, so
+ * the tree stays a single leaf. In a tree with a value pool, every value must be 0 or the address of a block
+ * of that pool: `_free_all` returns it to the pool if that is external, and `_clone` translates it if the
+ * pool is owned.
  *
  * **Links.** `prev` and `next` are correct only in a tree that is not a clone and from which nothing was
  * removed since it was last empty: a removal does not update the links of the neighbours, and the links in a

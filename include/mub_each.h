@@ -17,7 +17,7 @@
  * **Changes.** In the loop, values may be changed through the loop variable (the words of a mub_arrayt only
  * with mub_arrayt_set_at()), but nothing may be added to the container or removed from it, unless the loop is
  * left afterwards. To remove some of the entries, collect copies of their keys, and remove these after the
- * loop.
+ * loop. In MUB_EACH_BIT, bits may be set and cleared: those above the position are visited as they are then.
  *
  * **Values.** A container stores 64-bit words. MUB_VALUE_OF() makes one from a pointer, and MUB_VALUE_AS()
  * makes it a pointer again.

@@ -9,8 +9,8 @@
  *                       [2] ──► entry ──► NULL              keys (mub_hash): the bytes of all keys, packed
  *                       …
  *
- * A table starts without buckets. The first insertion allocates 4, and an insertion that raises the average
- * to two entries per bucket doubles their number. New entries are appended to their chain. Only
+ * A table starts without buckets. The first insertion makes 4, with room for 8, and one that raises the
+ * average to two entries per bucket doubles their number. New entries are appended to their chain. Only
  * `_remove_all`, `_free_all`, `_term` and, in its destination, `_clone` release buckets.
  *
  * **Entry pool.** A table needs an entry pool before its first insertion: one created by `_init`, or an
@@ -162,7 +162,7 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
  * @invalidates all entries of the destination, and pointers to its keys
- * @cost O(buckets + entries), and one copy per chunk of the owned pools
+ * @cost O(buckets + entries), and the bytes of the keys and pools that are cloned
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
@@ -387,7 +387,7 @@ MUB_API mub_hash *mub_hash_free(mub_hash *table, const void *key, int64_t length
  * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
  *   other values remain the caller's
  * @invalidates all entries, and pointers to keys
- * @cost O(1) and one release per chunk with owned pools; O(buckets + entries) with an external entry pool
+ * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hash_remove_all(mub_hash *table);
 
@@ -745,7 +745,7 @@ MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
  * @invalidates all entries of the destination
- * @cost O(buckets + entries), and one copy per chunk of the owned pools
+ * @cost O(buckets + entries), and the bytes of the pools that are cloned
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_user_pool,
@@ -925,7 +925,7 @@ MUB_API mub_hashd *mub_hashd_free(mub_hashd *table, uint32_t key, mub_free_fn re
  * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
  *   other values remain the caller's
  * @invalidates all entries
- * @cost O(1) and one release per chunk with owned pools; O(buckets + entries) with an external entry pool
+ * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hashd_remove_all(mub_hashd *table);
 
@@ -1232,7 +1232,7 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
  * @invalidates all entries of the destination
- * @cost O(buckets + entries), and one copy per chunk of the owned pools
+ * @cost O(buckets + entries), and the bytes of the pools that are cloned
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_user_pool,
@@ -1412,7 +1412,7 @@ MUB_API mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn re
  * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
  *   other values remain the caller's
  * @invalidates all entries
- * @cost O(1) and one release per chunk with owned pools; O(buckets + entries) with an external entry pool
+ * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hashx_remove_all(mub_hashx *table);
 
@@ -1720,7 +1720,7 @@ MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
  * @invalidates all entries of the destination
- * @cost O(buckets + entries), and one copy per chunk of the owned pools
+ * @cost O(buckets + entries), and the bytes of the pools that are cloned
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool,
@@ -1803,7 +1803,7 @@ MUB_API void mub_hasht_copy(uint32_t *destination, const uint32_t *source);
  * @return 1 if the entry is new, even if no value block could be allocated for it
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
- * @invalidates the bucket numbers of entries, if the number of buckets doubles
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[4]
  * @nullable init
@@ -1849,7 +1849,7 @@ MUB_API int64_t mub_hasht_get_many(const mub_hasht *table, const uint32_t (*keys
  * @return 1 if added
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is stored as is; what it refers to remains the caller's
- * @invalidates the bucket numbers of entries, if the number of buckets doubles
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[4]
  */
@@ -1930,7 +1930,7 @@ MUB_API mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_fre
  * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
  *   other values remain the caller's
  * @invalidates all entries
- * @cost O(1) and one release per chunk with owned pools; O(buckets + entries) with an external entry pool
+ * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hasht_remove_all(mub_hasht *table);
 
@@ -1992,7 +1992,7 @@ MUB_API void mub_hasht_free_all_entry(mub_hasht *table, mub_free_fn release);
  * @return 1 if the entry is new
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket numbers of entries, if the number of buckets doubles
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[4]
  */
@@ -2057,7 +2057,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bu
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
  * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
- * @invalidates the entry's position in its chain
+ * @invalidates an iteration that is at the entry
  * @cost O(entries in the bucket)
  * @bounds key[4]
  * @level low
@@ -2086,7 +2086,7 @@ MUB_API void mub_hasht_expand(mub_hasht *table);
  * @return the entry
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @invalidates the bucket numbers of entries, if the number of buckets doubles
+ * @invalidates an iteration in progress, if the number of buckets doubles
  * @cost O(1) expected, amortised over the doublings of the buckets
  * @bounds key[4]
  * @level low
@@ -2117,7 +2117,7 @@ MUB_API mub_hasht_entry *mub_hasht_find_t(const mub_hasht *table, const uint32_t
  * @return the entry
  * @failure NULL if the key is absent
  * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
- * @invalidates the entry's position in its chain
+ * @invalidates an iteration that is at the entry
  * @cost O(1) expected
  * @bounds key[4]
  * @level low

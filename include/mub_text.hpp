@@ -325,8 +325,9 @@ class buffer : public owner<Derived, buffer_life<Traits>>,
   }
 
   /**
-   * Replaces `count` units at a position with a text; false if nothing changed. See mub_string_update(),
-   * mub_wchar_update() or mub_stream_update().
+   * Replaces `count` units at a position with a text. Returns false, and nothing changes, if the position or
+   * the count is out of range, or memory ran out. See mub_string_update(), mub_wchar_update() or
+   * mub_stream_update().
    */
   bool update(std::int64_t position, std::int64_t count, view_type text) {
     return Traits::update(c(), position, count, units(text), length_of(text)) != 0;

@@ -1,6 +1,6 @@
-// The engine of the B-trees: B+-trees of order 32. The records, each a key with its value, are in the
-// leaves; every leaf and inner node has a table of pointers to its children, and the key of the last one. It
-// splits at 32 children and is removed when it becomes empty; nothing else is rebalanced.
+// The engine of the B-trees: B+-trees whose nodes have up to 31 children. The records, each a key with its
+// value, are in the leaves; every leaf and inner node has a table of pointers to its children, and the key of
+// the last one. It splits at the 32nd child and is removed when it becomes empty; nothing else is rebalanced.
 //
 //   tree ── root (Node, embedded)               level 2
 //             children.items ──► [0] [1] … ──► Node              level 1
@@ -18,7 +18,8 @@
 //      Every node but the root has a child. A root without children is a leaf.
 //   2. The parent of a node is the node that lists it; the root has none.
 //   3. The name of every node but the root is the key of its last child, with the same offset. The name of
-//      the root is not searched: removals do not lower its offset, and an empty root keeps its last name.
+//      the root is not searched: removals do not lower its offset, and a root that removals have emptied
+//      keeps its last name.
 //   4. The keys of the records ascend, in each leaf and from leaf to leaf; no two are equal.
 //   5. A node has at most 31 children, unless memory ran out when it was to split.
 //   6. `count` is the number of records.
@@ -39,8 +40,8 @@
 // of its own.
 //
 // The policy provides what containers/key_store.h lists, where key_of, reset_key and prefetch_key also accept
-// nodes, and the following. Functions that are given a node alone reach it through the node's type: the policy
-// of a node is that of its tree.
+// nodes, and the following. Functions that are given a node alone reach it through the node's type: the
+// policy of a node is that of its tree.
 //   Node, Record, Cursor                the public structs
 //   with_order(tree, key, use)          returns use(order), where order(child) compares the key of a node
 //                                       or a record with the wanted key

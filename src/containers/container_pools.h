@@ -1,5 +1,5 @@
 // The pools of a container. Each has a field in the record and a flag, which is 1 for an owned pool and 0 for
-// an external pool or none. Values may be blocks of the value pool, taken when an entry is added.
+// an external pool or none (but see 2). Values may be blocks of the value pool, taken when an entry is added.
 //
 //   container   entry_pool, owns_entry_pool ──► entries
 //               node_pool,  owns_node_pool  ──► records, in B-trees only

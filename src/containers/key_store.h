@@ -188,7 +188,8 @@ struct PackedKeys {
     return is_done;
   }
 
-  // Closes the stream, which was at most `old_length` bytes long since it was closed.
+  // Poisons the spare bytes of the stream again, in builds for memory checkers. `old_length` is the greatest
+  // length that it had since they were poisoned, if it is shorter now; 0 if it only became longer.
   static MUB_POISON_HOOK void close_keys(Container &container, int64_t old_length = 0) {
     if constexpr (kPoisonsSpare) buffer::close(container.keys, old_length);
   }

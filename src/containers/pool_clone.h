@@ -174,8 +174,9 @@ void share_external_pools(const Container &source, Container &copy, UserPoolClon
   }
 }
 
-// Copies the blocks of one pool of a container. If both containers own their pools, the pool is copied as a
-// whole, blocks that are not in use included; otherwise each copy is a new block of the clone's pool.
+// Copies the blocks of one pool of a container. If both containers own their pools, clone() copies the pool
+// as a whole, blocks that are not in use included; otherwise it copies nothing, and copy_of() takes a new
+// block of the clone's pool for each.
 class BlockCopier {
  public:
   // Returns false if memory runs out.
