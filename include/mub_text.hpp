@@ -553,11 +553,11 @@ class stringx : public detail::range<stringx>,
   /** Constructs an empty view. */
   stringx() noexcept { mub_stringx_init(&view_); }
   /** Constructs a view of a whole text, of any type that converts to std::string_view. */
+  ///@{
+  stringx(std::string_view text) noexcept : view_{text.data(), 0, static_cast<std::int64_t>(text.size())} {}
   template <class Text, class = if_text<Text>>
-  stringx(const Text &text) noexcept {
-    const std::string_view view = text;
-    view_ = {view.data(), 0, static_cast<std::int64_t>(view.size())};
-  }
+  stringx(const Text &text) : stringx(static_cast<std::string_view>(text)) {}
+  ///@}
 
   /** Returns the record, for use with the C functions. */
   ///@{
