@@ -46,8 +46,9 @@
  * `_free`, `_free_at` and `_free_all_entry` they are still allocated.
  *
  * **Clones.** If memory runs out while an array is cloned, the destination is empty except that its `count`
- * is that of the source. No function reads beyond `capacity`, and the next growth turns the missing entries
- * into zero-filled ones. The destination of mub_arrayt_clone() is unchanged instead.
+ * is that of the source. No function reads beyond `capacity`. The next addition turns the missing entries
+ * into zero-filled ones; `_expand` turns as many as fit into them. The destination of mub_arrayt_clone() is
+ * unchanged instead.
  *
  * What the everyday operations return; those with a key need a sorted array:
  *

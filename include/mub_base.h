@@ -10,8 +10,9 @@
  *   call functions that take it as `const`, while no thread changes it. A change needs exclusive access.
  *   Records that share a pool count as one record in this rule. Exceptions are documented under the tag
  *   `threads`.
- * - **Lengths.** Lengths, counts, indexes and positions are `int64_t`. A function that has no length, index
- *   or position to return returns -1. A negative length of a text or key, and of bytes added to a stream,
+ * - **Lengths.** Lengths, counts, indexes and positions are `int64_t`, except in mub_bits, where they are
+ *   `uint32_t`, and where a function returns an index as `int`. A function that has no length, index or
+ *   position to return returns -1. A negative length of a text or key, and of bytes added to a stream,
  *   means "up to the first NUL". Any other negative count does nothing. Some functions, mostly building
  *   blocks, use lengths as given, and say so.
  * - **Results.** Boolean results are 1 and 0. Failures are reported by the result alone: the library never

@@ -9,11 +9,13 @@
  *
  * **Growth.** Operations that add content enlarge the block if needed: to the size needed, or by half the
  * length if that is more (at least 8 bytes, at most 8 MiB at a time, and not past 2 GiB), rounded up to a
- * multiple of 8. Growth moves the block: pointers into it are then invalid, positions remain valid. The block
- * never shrinks; mub_stream_term() releases it.
+ * multiple of 8. Above 16 MiB a stream is copied once per 8 MiB appended, and past 2 GiB at nearly every
+ * append: call mub_stream_expand() first. Growth moves the block: pointers into it are then invalid,
+ * positions remain valid. The block never shrinks; mub_stream_term() releases it.
  *
  * **Spare bytes.** Bytes after the length are 0 in a new block, and keep their old content when the length is
- * reduced. Functions with an index are bounded by the capacity, functions with a cursor by the length.
+ * reduced. mub_stream_get_at(), mub_stream_set_at() and mub_stream_zero() are bounded by the capacity, all
+ * others by the length; a packed word or dword that the length cuts short is read up to the capacity.
  *
  * **Cursor.** The caller keeps a position and passes its address to each operation. A field that does not lie
  * wholly inside the content is read as 0 and not written. Unless documented otherwise the position advances
@@ -751,7 +753,8 @@ MUB_API void mub_stream_deflate_word(mub_stream *stream, int64_t *position, uint
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the number
- * @failure 0 at or past the end of the content; the position does not advance
+ * @failure 0 at or past the end of the content, where the position does not advance, and at a negative
+ *   position, where it advances by 1
  */
 MUB_API uint16_t mub_stream_inflate_word(const mub_stream *stream, int64_t *position);
 
@@ -784,7 +787,8 @@ MUB_API void mub_stream_deflate_dword(mub_stream *stream, int64_t *position, uin
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the number
- * @failure 0 at or past the end of the content; the position does not advance
+ * @failure 0 at or past the end of the content, where the position does not advance, and at a negative
+ *   position, where it advances by 1
  */
 MUB_API uint32_t mub_stream_inflate_dword(const mub_stream *stream, int64_t *position);
 

@@ -12,12 +12,14 @@
  *
  * Texts are passed with a count of bytes; if it is negative, the text ends at its NUL. A text may lie in the
  * string that it is copied into. Every function that enlarges a string invalidates pointers into it. The
- * buffer grows by half the length, by at least 8 bytes and at most 8 MiB, rounded up so that the block,
- * terminator included, is a multiple of 8; appending is O(1) amortised. Past 2^31 - 1 bytes a buffer grows
- * only as needed: call mub_string_expand() first, or nearly every append copies the string. Functions that
- * return nothing leave the string unchanged if memory runs out.
+ * buffer grows to the size needed, or by half the length if that is more (at least 8 bytes and at most 8
+ * MiB), rounded up so that the block, terminator included, is a multiple of 8. Appending is O(1) amortised up
+ * to 16 MiB; a longer string is copied once per 8 MiB appended. Past 2^31 - 1 bytes a buffer grows only as
+ * needed: call mub_string_expand() first, or nearly every append copies the string. Functions that return
+ * nothing leave the string unchanged if memory runs out.
  *
- * White space is tab, line feed, carriage return and space.
+ * White space is tab, line feed, carriage return and space, except for mub_string_get_integer() and
+ * mub_string_get_float(), which skip what strtol() and strtod() do.
  *
  * What the everyday operations return:
  *
@@ -30,7 +32,7 @@
  * | `_replace`                                 | how many              | 0                  | 0, unchanged  |
  * | `_find…`, `_reverse_find`                  | the index             | -1                 |               |
  * | `_get_at`                                  | the byte, signed      | -1                 |               |
- * | `_get_long`, `_get_double`                 | the number            | 0, 0.0             |               |
+ * | `_get_long`, `_get_double`                 | the number            | 0; `otherwise` if empty |          |
  * | `_trim`                                    | 1 if anything changed | 0                  |               |
  *
  * @{

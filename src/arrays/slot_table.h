@@ -10,7 +10,7 @@
 //      adds are all zero; a slot that becomes spare keeps its content.
 //   2. 0 <= count <= capacity, except after a clone that ran out of memory: the copy has no table, but the
 //      count of its source, and a clone of it takes over that count. Loops therefore end at used(), the
-//      smaller of the two, and the next growth adds the missing slots, all zero.
+//      smaller of the two. The next addition adds the missing slots, all zero; expand() may add only some.
 // byte_keys.h adds what holds for keys in a stream. No order is maintained: a sorted array stays sorted only
 // while its caller uses the operations for sorted arrays. A search in any other array ends inside the table.
 //
@@ -280,7 +280,7 @@ uint64_t append_new(Array &array, const KeyOf<Array> &key, mub_init_fn init_it) 
 }
 
 // Inserts one before `index`, and returns the index of the new slot. `init_it` runs after the block was
-// stored in `value_out`. If memory runs out, the block goes back to its pool and the result is -1.
+// stored in `value_out`. If nothing was inserted, the block goes back to its pool and the result is -1.
 template <class Array>
 int insert_new_at(Array &array, int64_t index, const KeyOf<Array> &key, uint64_t &value_out,
                   mub_init_fn init_it) {

@@ -1,6 +1,6 @@
 // The sort of all arrays: a quicksort with an explicit stack, a median-of-three pivot and a selection sort
 // for ranges of up to 8 slots. It is not stable, and callers can see where equal keys end up: the sequence of
-// comparisons and moves is part of the interface, and with it kSelectionSlots.
+// moves, and of the calls of a caller's comparator, is part of the interface, and with it kSelectionSlots.
 //
 // Invariants, for any comparator, even one that contradicts itself:
 //   1. No slot outside the range is read or moved: scans are bounded by indexes and not by a sentinel.
@@ -13,9 +13,9 @@
 // SortOrder is a class with
 //   Key                 what is compared: loaded once per pivot or candidate, so it should fit into registers
 //   key(slot)           returns the key of a slot
-//   compare(a, b)       below 0 if `a` comes before `b`, above 0 if after it, 0 if they are equal
-// or is derived from NumberSortOrder: no caller sees the comparisons of numbers, so their sequence may differ
-// as long as the moves are the same.
+//   compare(a, b)       below 0 if `a` comes before `b`, above 0 if after it, 0 if they are equal; not needed
+//                       if the class is derived from NumberSortOrder: no caller sees the comparisons of
+//                       numbers, so their sequence may differ as long as the moves are the same
 #ifndef MUB_ARRAYS_SORT_H
 #define MUB_ARRAYS_SORT_H
 

@@ -1,5 +1,6 @@
-// The hash of byte-string keys: the CRC-32 register (reflected, polynomial 0xEDB88320) after the bytes of the
-// key, computed by the fastest implementation that the processor supports. crc32_variants.h lists these.
+// The hash of byte-string keys and of the 16-byte keys of mub_hasht: the CRC-32 register (reflected,
+// polynomial 0xEDB88320) after the bytes of the key, computed by the fastest implementation that the
+// processor supports. crc32_variants.h lists these.
 #ifndef MUB_CRC32_CRC32_H
 #define MUB_CRC32_CRC32_H
 

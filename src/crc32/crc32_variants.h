@@ -1,5 +1,5 @@
-// The implementations of the CRC-32 register. crc32.cpp chooses one at run time, by the processor's features;
-// the tests run all that the processor supports.
+// The implementations of the CRC-32 register. checksum() in crc32.cpp, key_hash() and hash_folded() choose
+// one at run time, by the processor's features; the tests run all that the processor supports.
 //
 // Invariants:
 //   1. All variants return the same for the same arguments, and read only the `length` bytes.

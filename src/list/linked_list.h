@@ -18,7 +18,7 @@
 // Threads: functions write nothing to a list that they take as const, so readers may run in parallel. The
 // exceptions are for_each(), whose `visit` may write to the entries, and add_list() of a list to itself.
 //
-// The policy provides what containers/key_store.h lists, except reset_key, and
+// The policy provides what containers/key_store.h lists, except reset_key, swap_keys and prefetch_key, and
 //   Entry                                     the struct of an entry
 //   values_in(entry), kMaxValues              the number of values in an entry, and its upper limit
 //   retract_key(list, entry)                  removes the key that was stored last; used to undo additions
@@ -141,7 +141,7 @@ EntryOf<List> *take_entry(List &list) {
   return entry;
 }
 
-// Returns a new entry with its key, not yet linked; nullptr if memory runs out.
+// Returns a new entry with its key, not yet linked; nullptr if there is no block or no room for the key.
 template <class List>
 EntryOf<List> *take_entry_with(List &list, KeyOf<List> key) {
   EntryOf<List> *entry = take_entry(list);

@@ -1,5 +1,5 @@
 // The packed integers. The highest bit of a value determines the length of its field, and the first byte of a
-// field the number of bytes that follow; these are moved as one word.
+// field the number of bytes that follow; these are loaded, and computed, as one word.
 //
 //   word     0xxxxxxx    1xxxxxxx xxxxxxxx           a tag of 1 bit, then the value, highest byte first
 //   dword    nnxxxxxx …                              a tag of 2 bits: n bytes follow, highest byte first
@@ -72,7 +72,8 @@ struct TaggedClass {
 using PackedWord = TaggedClass<1>;
 using PackedDword = TaggedClass<2>;
 
-// The branch predictor cannot predict the lengths, so nothing branches on them.
+// The branch predictor cannot predict random lengths, so few branches depend on them: writing an lword tells
+// one and two bytes from more, and reading one tells a single byte from more.
 
 // The number of bytes after the first one: 0 for up to 7 bits, 1 for 14, … 7 for 56, and 8 above.
 int lword_extra_bytes(uint64_t value) { return (9 * bit_width(value) - 1) / 64; }
@@ -104,7 +105,8 @@ uint64_t restored_groups(uint64_t groups, int extra) {
   return high << (8 * (extra & 4)) | low;
 }
 
-// The first byte: as many ones as bytes follow, a zero, and the value's bits above those bytes.
+// The first byte: as many ones as bytes follow, a zero unless these are eight, and the value's bits above
+// those bytes.
 uint64_t lword_head(uint64_t value, int extra) {
   return (0xFF00u >> extra & 0xFF) | value >> (4 * extra) >> (4 * extra);
 }
