@@ -85,7 +85,7 @@ class bits : public detail::owner<bits, detail::bits_life>, public detail::range
    * mub_bits_expand().
    */
   [[nodiscard]] bool reserve(std::int64_t wanted) {
-    return mub_bits_expand(c(), static_cast<std::uint32_t>((wanted + 7) / 8)) != 0;
+    return mub_bits_expand(c(), static_cast<std::uint32_t>(wanted > 0 ? (wanted + 7) / 8 : 0)) != 0;
   }
 
   /** Checks whether a bit is set; see mub_bits_find(). */

@@ -360,6 +360,23 @@ TEST(BTreeParts, EmptiedInnerNodesRefuseKeys) {
   EXPECT_EQ(mub_btree_find(&tree, "1000", 4), 1);
 }
 
+// The names of the nodes below are lowered with the records, but not that of the given node.
+TEST(BTreeParts, OffsetsAreLoweredBelowTheGivenNodeOnly) {
+  Tree tree;
+  for (int i = 1000; i < 1100; ++i) tree.add(std::to_string(i).data(), 4);
+  auto *first = mub_btree_first_entry(&tree.root), *last = mub_btree_last_entry(&tree.root);
+  const auto offset_in = [](const mub_btree_entry *leaf) {
+    return reinterpret_cast<mub_btree_node *>(leaf->children.items[1])->key_offset;
+  };
+  const uint32_t first_offset = offset_in(first), last_offset = offset_in(last), name = last->key_offset;
+  mub_btree_adjust_t(&tree, last, 0, 4);
+  EXPECT_TRUE(offset_in(first) == first_offset && offset_in(last) == last_offset - 4);
+  EXPECT_EQ(last->key_offset, name);
+  mub_btree_adjust_t(&tree, &tree.root, first_offset + 1, 4);
+  EXPECT_TRUE(offset_in(first) == first_offset && offset_in(last) == last_offset - 8);
+  EXPECT_EQ(last->key_offset, name - 4);
+}
+
 // The table of a node is allocated once, with room for the record that splits it.
 TEST(BTreeParts, TablesOfFullNodesDoNotGrow) {
   TreeOfNumbers tree(1);

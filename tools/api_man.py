@@ -22,7 +22,7 @@ def filled(text):
 
 
 def preformatted(text):
-    lines = [line[4:].replace("\\", "\\e").replace("-", "\\-") for line in text.split("\n")]
+    lines = [line[4:].replace("\\", "\\e").replace("-", "\\-") for line in text.rstrip().split("\n")]
     return [".PP", ".RS 4", ".nf", *(f"\\&{line}" for line in lines), ".fi", ".RE"]
 
 

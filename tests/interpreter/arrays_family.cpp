@@ -273,11 +273,12 @@ struct WorldOf : World {
     if constexpr (kHasBytes) {
       if (is_own) text = passed = stored_keys(self->record.keys);
     } else if (const int64_t spare = self->table.count; is_own && spare < self->table.capacity()) {
-      auto &own = slot_at(self->record, spare);
-      text.resize(std::min(text.size(), sizeof own));
-      passed = {reinterpret_cast<char *>(&own), text.size()};
-      std::memcpy(&own, text.data(), text.size());
-      self->table[spare] = read(self->record, spare);
+      auto *own = &slot_at(self->record, spare);
+      const int64_t run = kIsWords && spare < 4 ? 4 - spare : self->table.capacity() - spare;
+      text.resize(std::min(text.size(), 8 * clipped(run)));  // slots have at least 8 bytes on every machine
+      passed = {reinterpret_cast<char *>(own), text.size()};
+      std::memcpy(own, text.data(), text.size());
+      for (int64_t i = spare; i < spare + run; ++i) self->table[i] = read(self->record, i);
     }
     return {passed.data(), passed.empty() ? -1 : std::ssize(passed)};
   }
