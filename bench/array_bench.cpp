@@ -14,47 +14,58 @@
 
 namespace {
 
+using Texts = std::vector<std::string>;
+
 class Array : public mub_array {
  public:
-  explicit Array(const std::vector<std::string> &texts) {
+  explicit Array(const Texts &texts) {
     mub_array_init(this, 0);
+    assign(texts);
+  }
+  ~Array() { mub_array_term(this); }
+  Array(const Array &) = delete;
+  Array &operator=(const Array &) = delete;
+
+  void assign(const Texts &texts) {
+    mub_array_remove_all(this);
     uint64_t value = 0;
     for (const auto &text : texts) {
       mub_array_append(this, text.data(), static_cast<int64_t>(text.size()), ++value);
     }
   }
-  ~Array() { mub_array_term(this); }
-  Array(const Array &) = delete;
-  Array &operator=(const Array &) = delete;
 };
 
-void sort_mub(benchmark::State &state) {
-  const Array unsorted(mub_bench::random_keys(state.range(0), 1));
+// Sorts different contents in each run, kKeysInAll keys in all: of a small array that is sorted again and
+// again, the branch predictor learns the comparisons. `draw(size, salt)` makes contents, and
+// `fill(sorted, contents)` stores them, which is not measured.
+template <class Sorted, class Draw, class Fill, class Sort>
+void sort(benchmark::State &state, Draw draw, Fill fill, Sort sort_it) {
+  const int64_t count = state.range(0);
+  std::vector<decltype(draw(count, 1))> contents;
+  for (int64_t keys = 0; keys < mub_bench::kKeysInAll; keys += count) {
+    contents.push_back(draw(count, contents.size()));
+  }
+  Sorted sorted({});
+  size_t run = 0;
   for (auto _ : state) {
     state.PauseTiming();
-    mub_array array;
-    mub_array_init(&array, 0);
-    mub_array_clone(&unsorted, nullptr, &array, nullptr, nullptr);
+    fill(sorted, contents[run++ % contents.size()]);
     state.ResumeTiming();
-    mub_array_qsort(&array, 1);
-    state.PauseTiming();
-    mub_array_term(&array);
-    state.ResumeTiming();
+    sort_it(sorted);
   }
 }
 
-void sort_std(benchmark::State &state) {
-  const auto unsorted = mub_bench::random_keys(state.range(0), 1);
-  for (auto _ : state) {
-    state.PauseTiming();
-    auto texts = unsorted;
-    state.ResumeTiming();
-    std::sort(texts.begin(), texts.end());
-    state.PauseTiming();
-    texts = {};
-    state.ResumeTiming();
-  }
+void sort_mub(benchmark::State &state) {
+  const auto fill = [](Array &array, const Texts &texts) { array.assign(texts); };
+  sort<Array>(state, mub_bench::random_keys, fill, [](Array &array) { mub_array_qsort(&array, 1); });
 }
+
+template <class Items>
+void sort_std(benchmark::State &state, Items (*draw)(int64_t, uint64_t)) {
+  const auto fill = [](Items &items, const Items &unsorted) { items = unsorted; };
+  sort<Items>(state, draw, fill, [](Items &items) { std::sort(items.begin(), items.end()); });
+}
+void sort_texts_std(benchmark::State &state) { sort_std<Texts>(state, mub_bench::random_keys); }
 
 void find_mub(benchmark::State &state) {
   const auto texts = mub_bench::random_keys(state.range(0), 1);
@@ -86,8 +97,8 @@ void find_std(benchmark::State &state) {
 using Pairs = std::vector<std::pair<uint64_t, uint64_t>>;
 
 // Random 63-bit keys, which signed and unsigned comparisons order in the same way.
-Pairs random_pairs(int64_t count) {
-  std::mt19937_64 random(1);
+Pairs random_pairs(int64_t count, uint64_t salt) {
+  std::mt19937_64 random(salt);
   Pairs pairs(static_cast<size_t>(count));
   for (auto &pair : pairs) pair = {random() >> 1, random()};
   return pairs;
@@ -97,37 +108,26 @@ class Integers : public mub_arrayx {
  public:
   explicit Integers(const Pairs &pairs) {
     mub_arrayx_init(this, 0);
-    for (const auto &[key, value] : pairs) mub_arrayx_append(this, key, value);
+    assign(pairs);
   }
   ~Integers() { mub_arrayx_term(this); }
   Integers(const Integers &) = delete;
   Integers &operator=(const Integers &) = delete;
+
+  void assign(const Pairs &pairs) {
+    mub_arrayx_remove_all(this);
+    for (const auto &[key, value] : pairs) mub_arrayx_append(this, key, value);
+  }
 };
 
 void sort_integers_mub(benchmark::State &state) {
-  const Integers unsorted(random_pairs(state.range(0)));
-  Integers array({});
-  for (auto _ : state) {
-    state.PauseTiming();
-    mub_arrayx_clone(&unsorted, nullptr, &array, nullptr, nullptr);
-    state.ResumeTiming();
-    mub_arrayx_qsort(&array, 1);
-  }
+  const auto fill = [](Integers &array, const Pairs &pairs) { array.assign(pairs); };
+  sort<Integers>(state, random_pairs, fill, [](Integers &array) { mub_arrayx_qsort(&array, 1); });
 }
-
-void sort_integers_std(benchmark::State &state) {
-  const Pairs unsorted = random_pairs(state.range(0));
-  Pairs pairs;
-  for (auto _ : state) {
-    state.PauseTiming();
-    pairs = unsorted;
-    state.ResumeTiming();
-    std::sort(pairs.begin(), pairs.end());
-  }
-}
+void sort_integers_std(benchmark::State &state) { sort_std<Pairs>(state, random_pairs); }
 
 void find_integers_mub(benchmark::State &state) {
-  const Pairs pairs = random_pairs(state.range(0));
+  const Pairs pairs = random_pairs(state.range(0), 1);
   Integers array(pairs);
   mub_arrayx_qsort(&array, 1);
   const Pairs wanted = mub_bench::drawn(pairs);
@@ -140,7 +140,7 @@ void find_integers_mub(benchmark::State &state) {
 }
 
 void find_integers_std(benchmark::State &state) {
-  Pairs pairs = random_pairs(state.range(0));
+  Pairs pairs = random_pairs(state.range(0), 1);
   const Pairs wanted = mub_bench::drawn(pairs);
   std::sort(pairs.begin(), pairs.end());
   for (auto _ : state) {
@@ -209,7 +209,7 @@ void add_numbers(const char *who) {
   if (mub_bench::kIsInline) return true;
   add_numbers<StdNumbers>("std::vector");
   add_sizes("sort_texts", "mub", sort_mub, {1000, 100000});
-  add_sizes("sort_texts", "std::sort", sort_std, {1000, 100000});
+  add_sizes("sort_texts", "std::sort", sort_texts_std, {1000, 100000});
   add_sizes("find_sorted_text", "mub", find_mub, {1000, 100000});
   add_sizes("find_sorted_text", "std::lower_bound", find_std, {1000, 100000});
   add_sizes("sort_integers", "mub", sort_integers_mub, {1000, 100000, 1000000});

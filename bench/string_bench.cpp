@@ -115,6 +115,28 @@ void find_std(benchmark::State &state) {
   find(state, [](const std::string &text, const std::string &wanted) { return text.find(wanted); });
 }
 
+// Compares two ranges of bytes that differ in their last one.
+template <class Compare>
+void compare(benchmark::State &state, Compare compare) {
+  const std::string a = mub_bench::random_text(state.range(0), 26, 9);
+  std::string b = a;
+  b.back() = 'A';
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(b.data());
+    benchmark::DoNotOptimize(compare(a, b));
+  }
+}
+
+void compare_mub(benchmark::State &state) {
+  compare(state, [](const std::string &a, const std::string &b) {
+    return mub_mem_cmp(a.data(), static_cast<int64_t>(a.size()), b.data(), static_cast<int64_t>(b.size()));
+  });
+}
+
+void compare_std(benchmark::State &state) {
+  compare(state, [](const std::string &a, const std::string &b) { return a.compare(b); });
+}
+
 // Formats a line with a word and two numbers, n times.
 template <class Number, class Print>
 void format(benchmark::State &state, const char *line, Print print) {
@@ -201,6 +223,8 @@ void replace_std(benchmark::State &state) {
   add_sizes("format_decimals", "snprintf", decimals_snprintf, {1000});
   add_sizes("replace_all", "mub", replace_mub, {1000, 100000, 1000000});
   add_sizes("replace_all", "std::string", replace_std, {1000, 100000, 1000000});
+  add_sizes("compare", "mub", compare_mub, {8, 64, 4096});
+  add_sizes("compare", "std::string::compare", compare_std, {8, 64, 4096});
   add_sizes("find_4_bytes", "mub", find_mub, {64, 4096, 65536, 1 << 20});
   add_sizes("find_4_bytes", "memmem", find_memmem, {64, 4096, 65536, 1 << 20});
   add_sizes("find_4_bytes", "std::string::find", find_std, {64, 4096, 65536, 1 << 20});

@@ -322,8 +322,8 @@ MUB_INLINE void mub_inline_pool_free(mub_pool *pool, void *block) { mub_pool_fre
 
 #else
 
-/* Two counters next to each other would be loaded and stored as one vector: fresh blocks take 1.5 times as long
-   then, as each call waits for the one before (pool_fresh in bench/pool_bench.cpp). */
+/* Two counters next to each other would be loaded and stored as one vector: fresh blocks take 1.5 times as
+   long then, as each call waits for the one before (pool_fresh in bench/pool_bench.cpp). */
 #if defined(__GNUC__) && UINTPTR_MAX > UINT32_MAX
 #define MUB_INLINE_SCALAR(number) __asm__("" : "+r"(number))
 #else

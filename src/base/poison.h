@@ -1,7 +1,7 @@
 // Memory that is allocated but must not be used: AddressSanitizer reports every access to it, and so does
-// valgrind if the library is built with MUB_VALGRIND. In all other builds nothing is poisoned, copy_poisoned()
-// is memcpy(), and the other functions are empty and always inlined, so that they do not count when compilers
-// decide what else to inline. mub_inline.h detects these builds in the same way.
+// valgrind if the library is built with MUB_VALGRIND. In all other builds nothing is poisoned,
+// copy_poisoned() is memcpy(), and the other functions are empty and always inlined, so that they do not
+// count when compilers decide what else to inline. mub_inline.h detects these builds in the same way.
 //
 // AddressSanitizer marks groups of 8 bytes: of two neighbours in one group, the earlier cannot be poisoned
 // while the later is in use.

@@ -1,4 +1,4 @@
-// What the look-ups of many keys have in common: how they are divided into groups, and how results are stored.
+// What look-ups of many keys have in common: how they are divided into groups, and how results are stored.
 #ifndef MUB_CONTAINERS_BATCH_H
 #define MUB_CONTAINERS_BATCH_H
 

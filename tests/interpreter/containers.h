@@ -225,8 +225,8 @@ auto call_with(auto function, const auto &...args) {
 
 // ---- operations of all containers
 
-// With bytes inserted before a key into a copy of the key stream, keys are right if the offsets after them are
-// raised. Lowers them again.
+// With bytes inserted before a key into a copy of the key stream, keys are right if the offsets after them
+// are raised. Lowers them again.
 template <class R>
 void by_hand(op::adjust_t_, WorldOf<R> &world, Slot<R> &slot, auto adjust) {
   auto expected = slot.content;
