@@ -76,6 +76,11 @@ inline void move(void *destination, const void *source, int64_t count) {
 
 inline const uint8_t *as_bytes(const void *data) { return static_cast<const uint8_t *>(data); }
 
+// The bits in which the words at `offset` differ.
+inline uint64_t difference_at(const uint8_t *a, const uint8_t *b, int64_t offset) {
+  return load<uint64_t>(a + offset) ^ load<uint64_t>(b + offset);
+}
+
 // The index of the first byte in which two words differ, or sizeof(Word).
 template <class Word>
 int64_t first_difference_of(const uint8_t *a, const uint8_t *b) {
@@ -108,10 +113,26 @@ inline int64_t first_difference_of_16(const uint8_t *a, const uint8_t *b) {
 #endif
 }
 
-// The index of the first byte that differs, or `count`. For short ranges, this is faster than memcmp.
+// Whether 32 bytes are equal.
+inline bool equal_32(const uint8_t *a, const uint8_t *b) {
+#if defined(__x86_64__)
+  const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(a));
+  const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i *>(b));
+  const __m128i next_x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(a + 16));
+  const __m128i next_y = _mm_loadu_si128(reinterpret_cast<const __m128i *>(b + 16));
+  return _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi8(x, y), _mm_cmpeq_epi8(next_x, next_y))) == 0xFFFF;
+#else
+  return (difference_at(a, b, 0) | difference_at(a, b, 8) | difference_at(a, b, 16) |
+          difference_at(a, b, 24)) == 0;
+#endif
+}
+
+// The index of the first byte that differs, or `count`. For short ranges, this is faster than memcmp. Steps of
+// 32 bytes take 0.7 to 0.9 times as long as steps of 16 alone (compare in bench/string_bench.cpp).
 inline int64_t first_difference(const uint8_t *a, const uint8_t *b, int64_t count) {
   if (count >= 16) {
     int64_t i = 0;
+    while (i < count - 32 && equal_32(a + i, b + i)) i += 32;
     while (i < count - 16 && first_difference_of_16(a + i, b + i) == 16) i += 16;
     i = std::min(i, count - 16);
     return i + first_difference_of_16(a + i, b + i);
@@ -193,11 +214,6 @@ inline int icompare(const void *a, int64_t a_length, const void *b, int64_t b_le
     ++i;
   }
   return length_difference(a_length, b_length);
-}
-
-// The bits in which the words at `offset` differ.
-inline uint64_t difference_at(const uint8_t *a, const uint8_t *b, int64_t offset) {
-  return load<uint64_t>(a + offset) ^ load<uint64_t>(b + offset);
 }
 
 // Whether `count` bytes are equal. Meant for keys, which are short: up to 32 bytes, overlapping words cover
