@@ -175,14 +175,14 @@ using only_bool = std::enable_if_t<std::is_same_v<Flag, bool>, int>;
 
 // An index. Its iterators have random access.
 template <class Access>
-class index_position {
+class index_place {
  public:
   using category = std::random_access_iterator_tag;
   template <class Value>
   using reference = typename Access::template reference<Value>;
 
-  index_position() = default;
-  index_position(const typename Access::record *array, std::int64_t index) noexcept
+  index_place() = default;
+  index_place(const typename Access::record *array, std::int64_t index) noexcept
       : array_(array), index_(index) {}
 
   template <class Value>
@@ -192,7 +192,7 @@ class index_position {
   void step() noexcept { ++index_; }
   void step_back() noexcept { --index_; }
   std::int64_t entry() const noexcept { return index_; }
-  index_position plus(std::ptrdiff_t n) const noexcept { return {array_, index_ + n}; }
+  index_place plus(std::ptrdiff_t n) const noexcept { return {array_, index_ + n}; }
 
  private:
   const typename Access::record *array_ = nullptr;
@@ -200,7 +200,7 @@ class index_position {
 };
 
 template <class Access, class Value>
-using index_iterator = iterator<index_position<Access>, Value>;
+using index_iterator = iterator<index_place<Access>, Value>;
 
 template <class A, class V>
 index_iterator<A, V> operator+(const index_iterator<A, V> &it, std::ptrdiff_t n) noexcept {
@@ -311,7 +311,7 @@ template <class Traits>
 class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits>,
                     public detail::indexed<basic_array<Traits>> {
   using base = detail::keyed<basic_array<Traits>, detail::array_life<Traits, false>, Traits>;
-  using place = detail::index_position<detail::entry_access<Traits>>;
+  using place = detail::index_place<detail::entry_access<Traits>>;
 
  public:
   using iterator = detail::iterator<place, std::uint64_t>;
@@ -621,7 +621,7 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
 class arrayt : public detail::owner<arrayt, detail::arrayt_life>,
                public detail::indexed<arrayt>,
                public detail::range<arrayt> {
-  using place = detail::index_position<detail::word_access>;
+  using place = detail::index_place<detail::word_access>;
 
  public:
   using value_type = std::uint64_t;

@@ -261,14 +261,14 @@ struct integer_key {
 };
 
 /**
- * An iterator. `Position` is where it stands: at<Value>() is the item there, step() and step_back() move it,
+ * An iterator. `Place` is where it stands: at<Value>() is the item there, step() and step_back() move it,
  * and entry() identifies it. `Value` is const in the iterators of const containers.
  */
-template <class Position, class Value>
+template <class Place, class Value>
 class iterator {
  public:
-  using iterator_category = typename Position::category;
-  using reference = typename Position::template reference<Value>;
+  using iterator_category = typename Place::category;
+  using reference = typename Place::template reference<Value>;
   using value_type = std::remove_cv_t<std::remove_reference_t<reference>>;
   using difference_type = std::ptrdiff_t;
   // Holds the item that operator-> points to.
@@ -278,13 +278,13 @@ class iterator {
   };
   using pointer =
       std::conditional_t<std::is_reference_v<reference>, std::remove_reference_t<reference> *, arrow>;
-  using position_type = Position;
+  using place_type = Place;
 
   iterator() = default;
-  explicit iterator(const Position &place) : place_(place) {}
+  explicit iterator(const Place &place) : place_(place) {}
   // From the iterator of a container that is not const.
   template <class Mutable, std::enable_if_t<std::is_same_v<const Mutable, Value>, int> = 0>
-  iterator(const iterator<Position, Mutable> &other) : place_(other.place()) {}
+  iterator(const iterator<Place, Mutable> &other) : place_(other.place()) {}
 
   reference operator*() const { return place_.template at<Value>(); }
   pointer operator->() const {
@@ -327,10 +327,10 @@ class iterator {
       return place_.entry();
     }
   }
-  const Position &place() const noexcept { return place_; }
+  const Place &place() const noexcept { return place_; }
 
  private:
-  Position place_ = {};
+  Place place_ = {};
 };
 
 /** The members of a container that follow from its begin() and end(). */

@@ -29,14 +29,14 @@ struct bits_life {
 };
 
 // The number of a bit that is set; the end has a negative one.
-class bits_position {
+class bits_place {
  public:
   using category = std::forward_iterator_tag;
   template <class Value>
   using reference = std::uint32_t;
 
-  bits_position() = default;
-  explicit bits_position(const mub_bits *bits) noexcept : bits_(bits), next_(0) { step(); }
+  bits_place() = default;
+  explicit bits_place(const mub_bits *bits) noexcept : bits_(bits), next_(0) { step(); }
 
   template <class Value>
   std::uint32_t at() const noexcept {
@@ -59,7 +59,7 @@ class bits_position {
 class bits : public detail::owner<bits, detail::bits_life>, public detail::range<bits> {
  public:
   using value_type = std::uint32_t;
-  using const_iterator = detail::iterator<detail::bits_position, const std::uint32_t>;
+  using const_iterator = detail::iterator<detail::bits_place, const std::uint32_t>;
   using iterator = const_iterator;
 
   /** Constructs an empty set; nothing is allocated. */
@@ -81,8 +81,8 @@ class bits : public detail::owner<bits, detail::bits_life>, public detail::range
   std::uint32_t size_bytes() const noexcept { return c()->size; }
 
   /**
-   * Enlarges the set to at least `wanted` bits, from 0 to 2^32; false if memory ran out. See
-   * mub_bits_expand().
+   * Enlarges the set to at least `wanted` bits, from 0 to 2^32; false if memory ran out. Unlike in the
+   * standard library, size() grows, too. See mub_bits_expand().
    */
   [[nodiscard]] bool reserve(std::int64_t wanted) {
     return mub_bits_expand(c(), static_cast<std::uint32_t>(wanted > 0 ? (wanted + 7) / 8 : 0)) != 0;
@@ -117,7 +117,7 @@ class bits : public detail::owner<bits, detail::bits_life>, public detail::range
    * allowed during an iteration, which visits those above its position as they are then.
    */
   ///@{
-  const_iterator begin() const noexcept { return const_iterator(detail::bits_position(c())); }
+  const_iterator begin() const noexcept { return const_iterator(detail::bits_place(c())); }
   const_iterator end() const noexcept { return {}; }
   ///@}
 };

@@ -132,7 +132,7 @@ struct btree_life {
 
 // Moves in key order; the end has no record, and a step back from it leads to the last one.
 template <class Traits>
-class btree_position {
+class btree_place {
  public:
   using record = typename Traits::record;
   using node = typename Traits::entry;
@@ -140,27 +140,27 @@ class btree_position {
   template <class Value>
   using reference = item<typename Traits::key_type, Value>;
 
-  btree_position() = default;
+  btree_place() = default;
   // The end.
-  explicit btree_position(const record *tree) noexcept { cursor_.tree = tree; }
+  explicit btree_place(const record *tree) noexcept { cursor_.tree = tree; }
 
-  static btree_position first(const record *tree) {
-    btree_position place;
+  static btree_place first(const record *tree) {
+    btree_place place;
     place.node_ = Traits::first(&place.cursor_, tree);
     return place;
   }
-  static btree_position from(const record *tree, typename Traits::key_type key) {
-    btree_position place;
+  static btree_place from(const record *tree, typename Traits::key_type key) {
+    btree_place place;
     place.node_ = Traits::seek(&place.cursor_, tree, key);
     return place;
   }
-  static btree_position after(const record *tree, typename Traits::key_type key) {
-    btree_position place = from(tree, key);
+  static btree_place after(const record *tree, typename Traits::key_type key) {
+    btree_place place = from(tree, key);
     if (Traits::call(Traits::find, tree, key) != 0) place.step();
     return place;
   }
-  static btree_position of(const record *tree, const node *node) {
-    return node == nullptr ? btree_position(tree) : from(tree, Traits::key_of(tree, node));
+  static btree_place of(const record *tree, const node *node) {
+    return node == nullptr ? btree_place(tree) : from(tree, Traits::key_of(tree, node));
   }
 
   template <class Value>
@@ -193,11 +193,11 @@ template <class Traits>
 class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits>,
                     public detail::reversible<basic_btree<Traits>> {
   using base = detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits>;
-  using place = detail::btree_position<Traits>;
+  using place = detail::btree_place<Traits>;
 
  public:
-  using iterator = detail::iterator<detail::btree_position<Traits>, std::uint64_t>;
-  using const_iterator = detail::iterator<detail::btree_position<Traits>, const std::uint64_t>;
+  using iterator = detail::iterator<detail::btree_place<Traits>, std::uint64_t>;
+  using const_iterator = detail::iterator<detail::btree_place<Traits>, const std::uint64_t>;
   using reverse_iterator = std::reverse_iterator<iterator>;
   using const_reverse_iterator = std::reverse_iterator<const_iterator>;
   using base::c;

@@ -172,14 +172,14 @@ struct hash_life {
 
 // Moves bucket by bucket; the end has no entry.
 template <class Traits>
-class hash_position {
+class hash_place {
  public:
   using category = std::forward_iterator_tag;
   template <class Value>
   using reference = item<typename Traits::key_type, Value>;
 
-  hash_position() = default;
-  explicit hash_position(const typename Traits::record *table) : table_(table) {
+  hash_place() = default;
+  explicit hash_place(const typename Traits::record *table) : table_(table) {
     entry_ = Traits::entry_first(table, &bucket_);
   }
 
@@ -212,8 +212,8 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
   using base = detail::map<basic_hash<Traits>, detail::hash_life<Traits>, Traits>;
 
  public:
-  using iterator = detail::iterator<detail::hash_position<Traits>, std::uint64_t>;
-  using const_iterator = detail::iterator<detail::hash_position<Traits>, const std::uint64_t>;
+  using iterator = detail::iterator<detail::hash_place<Traits>, std::uint64_t>;
+  using const_iterator = detail::iterator<detail::hash_place<Traits>, const std::uint64_t>;
   using base::c;
   using typename base::key_type;
 
@@ -262,8 +262,8 @@ class basic_hash : public detail::map<basic_hash<Traits>, detail::hash_life<Trai
 
   /** Iterators over all entries; see mub_hash_entry_first() for their order. */
   ///@{
-  iterator begin() { return iterator(detail::hash_position<Traits>(c())); }
-  const_iterator begin() const { return const_iterator(detail::hash_position<Traits>(c())); }
+  iterator begin() { return iterator(detail::hash_place<Traits>(c())); }
+  const_iterator begin() const { return const_iterator(detail::hash_place<Traits>(c())); }
   iterator end() noexcept { return {}; }
   const_iterator end() const noexcept { return {}; }
   ///@}

@@ -8,7 +8,7 @@
  *     mub::lists   for (std::uint64_t &value : list)   bare values
  *     mub::listx   for (std::uint64_t &value : list)   bare values, up to 32 in a block: no positions
  *
- * A position is the address of an entry, as in C; that it belongs to the list is not checked. With nullptr,
+ * A position is the address of an entry, as in C; nothing checks that it belongs to the list. With nullptr,
  * insert_before() adds at the head, insert_after() adds at the tail, and remove_at() does nothing.
  */
 #ifndef MUB_LIST_HPP
@@ -23,16 +23,15 @@ namespace detail {
 
 // Moves through single entries; in a listx, there is also an index within the block.
 template <class Traits>
-class list_position {
+class list_place {
  public:
   using entry_type = typename Traits::entry;
   using category = std::bidirectional_iterator_tag;
   template <class Value>
   using reference = typename Traits::template reference<Value>;
 
-  list_position() = default;
-  list_position(const typename Traits::record *list, entry_type *entry) noexcept
-      : list_(list), entry_(entry) {}
+  list_place() = default;
+  list_place(const typename Traits::record *list, entry_type *entry) noexcept : list_(list), entry_(entry) {}
 
   template <class Value>
   reference<Value> at() const noexcept {
@@ -47,14 +46,14 @@ class list_position {
   entry_type *entry_ = nullptr;
 };
 
-class block_position {
+class block_place {
  public:
   using category = std::bidirectional_iterator_tag;
   template <class Value>
   using reference = Value &;
 
-  block_position() = default;
-  block_position(const mub_listx *list, mub_listx_block *block) noexcept : list_(list), block_(block) {}
+  block_place() = default;
+  block_place(const mub_listx *list, mub_listx_block *block) noexcept : list_(list), block_(block) {}
 
   template <class Value>
   Value &at() const noexcept {
@@ -85,7 +84,7 @@ struct list_traits {
   using entry = mub_list_entry;
   template <class Value>
   using reference = item<std::string_view, Value>;
-  using position = list_position<list_traits>;
+  using place = list_place<list_traits>;
   static constexpr auto init = mub_list_init;
   static constexpr auto term = mub_list_term;
   static constexpr auto verify = mub_list_verify;
@@ -110,7 +109,7 @@ struct lists_traits {
   using entry = mub_lists_entry;
   template <class Value>
   using reference = Value &;
-  using position = list_position<lists_traits>;
+  using place = list_place<lists_traits>;
   static constexpr auto init = mub_lists_init;
   static constexpr auto term = mub_lists_term;
   static constexpr auto verify = mub_lists_verify;
@@ -133,7 +132,7 @@ struct lists_traits {
 struct listx_traits {
   using record = mub_listx;
   using entry = mub_listx_block;
-  using position = block_position;
+  using place = block_place;
   static constexpr auto init = mub_listx_init;
   static constexpr auto term = mub_listx_term;
   static constexpr auto verify = mub_listx_verify;
@@ -161,7 +160,7 @@ struct list_life {
 template <class Derived, class Traits>
 class linked : public owner<Derived, list_life<Traits>>, public range<Derived>, public reversible<Derived> {
   using base = owner<Derived, list_life<Traits>>;
-  using place = typename Traits::position;
+  using place = typename Traits::place;
 
  public:
   using iterator = detail::iterator<place, std::uint64_t>;
@@ -269,7 +268,7 @@ class positioned : public linked<Derived, Traits> {
   void append(const Derived &source) { Traits::add_tail_list(this->growing(), source.c()); }
 
   /** Returns an iterator to an entry, which must belong to this list; end() for nullptr. */
-  iterator iterator_to(entry_type *entry) noexcept { return iterator(typename Traits::position(c(), entry)); }
+  iterator iterator_to(entry_type *entry) noexcept { return iterator(typename Traits::place(c(), entry)); }
 };
 
 }  // namespace detail

@@ -28,14 +28,14 @@ struct pool_life {
   static void swap(record *a, record *b) noexcept { mub_pool_swap(a, b); }
 };
 
-class pool_position {
+class pool_place {
  public:
   using category = std::input_iterator_tag;
   template <class Address>
   using reference = Address;
 
-  pool_position() = default;
-  explicit pool_position(mub_pool_iter *walk) : walk_(walk), block_(mub_pool_iter_first(walk)) {}
+  pool_place() = default;
+  explicit pool_place(mub_pool_iter *walk) : walk_(walk), block_(mub_pool_iter_first(walk)) {}
   template <class Address>
   Address at() const noexcept {
     return block_;
@@ -61,9 +61,9 @@ class pool_position {
 class live_blocks {
  public:
   /** An input iterator, which yields the address of a block. */
-  using iterator = detail::iterator<detail::pool_position, void *>;
+  using iterator = detail::iterator<detail::pool_place, void *>;
 
-  /** Creates an iterator over a pool; the range is empty if memory ran out. */
+  /** Constructs the range of the live blocks of a pool; empty if memory ran out. */
   ///@{
   explicit live_blocks(mub_pool *pool) noexcept : walk_(mub_pool_iter_new(pool)) {}
   live_blocks(const live_blocks &) = delete;
@@ -73,7 +73,7 @@ class live_blocks {
 
   /** Starts or restarts the iteration: chunk by chunk, in ascending order within each. */
   ///@{
-  iterator begin() const { return iterator(detail::pool_position(walk_)); }
+  iterator begin() const { return iterator(detail::pool_place(walk_)); }
   iterator end() const noexcept { return {}; }
   ///@}
 
@@ -96,6 +96,7 @@ class pool : public detail::owner<pool, detail::pool_life> {
    */
   [[nodiscard]] pool clone() const {
     pool copy(c()->block_size);
+    copy.c()->blocks_per_chunk = c()->blocks_per_chunk;
     mub_pool_chunk *map = mub_pool_map(c());
     // Without the map the free blocks of the copy would not be reused.
     if (map != nullptr) mub_pool_clone(c(), map, copy.c());
@@ -110,7 +111,7 @@ class pool : public detail::owner<pool, detail::pool_life> {
   [[nodiscard]] void *allocate() { return mub_pool_new(growing()); }
 
   /**
-   * Returns a block; that it belongs to this pool and is returned only once is not checked. See
+   * Returns a block; nothing checks that it belongs to this pool and is returned only once. See
    * mub_pool_free().
    */
   void deallocate(void *block) { mub_pool_free(c(), block); }

@@ -10,7 +10,7 @@
  *     for (mub_tree_entry &entry : mub::children(chapter)) …      the children of one entry
  *
  * Moving or swapping a tree moves its root, which lies in the record; all other entries keep their addresses.
- * That entries belong to the tree they are passed to is not checked.
+ * Nothing checks that entries belong to the tree that they are passed to.
  */
 #ifndef MUB_TREE_HPP
 #define MUB_TREE_HPP
@@ -78,19 +78,22 @@ class rooted : public owner<Derived, tree_life<Traits>> {
   using entry_type = typename Traits::entry;
   using base::c;
 
-  /** Constructs a tree of a root alone that owns an entry pool. */
+  /** Constructs a tree that consists of its root and owns an entry pool. */
   rooted() noexcept : rooted(true, false) {}
 
-  /** Constructs a tree of a root alone that owns the pools that the flags select; see mub_tree_init(). */
+  /**
+   * Constructs a tree that consists of its root and owns the pools that the flags select; see
+   * mub_tree_init().
+   */
   rooted(bool with_entry_pool, bool with_value_pool) noexcept
       : base(std::in_place, with_entry_pool, with_value_pool) {}
 
-  /** Constructs a tree of a root alone that owns an entry pool and a value pool. */
+  /** Constructs a tree that consists of its root and owns an entry pool and a value pool. */
   explicit rooted(value_blocks values) noexcept : rooted(true, true) {
     set_block_size(c()->value_pool, values.size);
   }
 
-  /** Constructs a tree of a root alone with external pools, which must outlive it. */
+  /** Constructs a tree that consists of its root and has external pools, which must outlive it. */
   explicit rooted(mub_pool *entries, mub_pool *values = nullptr) noexcept : rooted(false, false) {
     c()->entry_pool = entries;
     c()->value_pool = values;
@@ -109,12 +112,12 @@ class rooted : public owner<Derived, tree_life<Traits>> {
   const entry_type *root() const noexcept { return &c()->root; }
   ///@}
 
-  /** Returns the number of entries linked minus those unlinked, the record's `count`. */
+  /** Returns the record's `count`: the entries linked, in a tree minus those unlinked. */
   std::int64_t links() const noexcept { return c()->count; }
 
   /**
-   * Takes an entry from the entry pool, zero-filled and not linked; nullptr if memory ran out. See
-   * mub_tree_entry_new().
+   * Takes an entry from the entry pool, zero-filled and not linked; nullptr if memory ran out or there is no
+   * entry pool. See mub_tree_entry_new().
    */
   [[nodiscard]] entry_type *make() { return Traits::entry_new(this->growing()); }
 
@@ -129,15 +132,15 @@ class rooted : public owner<Derived, tree_life<Traits>> {
 };
 
 // Moves through the descendants of an entry, parents first.
-class document_position {
+class document_place {
  public:
   using category = std::forward_iterator_tag;
   template <class Entry>
   using reference = Entry &;
 
-  document_position() = default;
+  document_place() = default;
   // The first descendant.
-  explicit document_position(const mub_tree_entry *bound) : bound_(bound) {
+  explicit document_place(const mub_tree_entry *bound) : bound_(bound) {
     entry_ = mub_tree_entry_iter_next(bound, bound);
   }
   template <class Entry>
@@ -153,14 +156,14 @@ class document_position {
 };
 
 // Moves through a ring of siblings; the end has no entry, and a step back from it leads to the last one.
-class sibling_position {
+class sibling_place {
  public:
   using category = std::bidirectional_iterator_tag;
   template <class Entry>
   using reference = Entry &;
 
-  sibling_position() = default;
-  sibling_position(const mub_tree_entry *parent, mub_tree_entry *entry) noexcept
+  sibling_place() = default;
+  sibling_place(const mub_tree_entry *parent, mub_tree_entry *entry) noexcept
       : parent_(parent), entry_(entry) {}
   template <class Entry>
   Entry &at() const noexcept {
@@ -179,10 +182,10 @@ class sibling_position {
 
 template <class Entry>
 struct sibling_range {
-  using iterator = detail::iterator<sibling_position, Entry>;
+  using iterator = detail::iterator<sibling_place, Entry>;
   Entry *parent;
-  iterator begin() const noexcept { return iterator(sibling_position(parent, parent->first_child)); }
-  iterator end() const noexcept { return iterator(sibling_position(parent, nullptr)); }
+  iterator begin() const noexcept { return iterator(sibling_place(parent, parent->first_child)); }
+  iterator end() const noexcept { return iterator(sibling_place(parent, nullptr)); }
 };
 
 }  // namespace detail
@@ -199,13 +202,13 @@ inline detail::sibling_range<const mub_tree_entry> children(const mub_tree_entry
 ///@}
 
 /**
- * A general tree, which owns the pools that it created, but not what its values refer to; see mub_tree. An
- * iterator is valid until its entry is unlinked.
+ * A general tree, which owns the pools that it created with all their blocks, but nothing else that its
+ * values refer to; see mub_tree. An iterator is valid until its entry is unlinked.
  */
 class tree : public detail::rooted<tree, detail::tree_traits>, public detail::range<tree> {
  public:
-  using iterator = detail::iterator<detail::document_position, mub_tree_entry>;
-  using const_iterator = detail::iterator<detail::document_position, const mub_tree_entry>;
+  using iterator = detail::iterator<detail::document_place, mub_tree_entry>;
+  using const_iterator = detail::iterator<detail::document_place, const mub_tree_entry>;
   using rooted::rooted;
 
   /** Links an unlinked entry as the last child of another; see mub_tree_entry_append(). */
@@ -213,7 +216,7 @@ class tree : public detail::rooted<tree, detail::tree_traits>, public detail::ra
 
   /**
    * Creates an entry with a value and links it as the last child of another. Returns the entry; nullptr if
-   * memory ran out.
+   * memory ran out or there is no entry pool.
    */
   mub_tree_entry *append(mub_tree_entry *parent, std::uint64_t value) {
     mub_tree_entry *child = make();
@@ -233,7 +236,7 @@ class tree : public detail::rooted<tree, detail::tree_traits>, public detail::ra
 
   /**
    * Follows a path of keys, adding the missing entries, and returns the last; nullptr for an empty path, or
-   * if memory ran out. See mub_tree_insert().
+   * if memory ran out or there is no entry pool. See mub_tree_insert().
    */
   mub_tree_entry *insert(const array &path, mub_tree_compare_fn compare, mub_init_fn init = nullptr) {
     return mub_tree_insert(growing(), path.c(), init, compare);
@@ -254,16 +257,16 @@ class tree : public detail::rooted<tree, detail::tree_traits>, public detail::ra
 
   /** Iterators over all entries below the root, parents first; see mub_tree_entry_iter_next(). */
   ///@{
-  iterator begin() { return iterator(detail::document_position(root())); }
-  const_iterator begin() const { return const_iterator(detail::document_position(root())); }
+  iterator begin() { return iterator(detail::document_place(root())); }
+  const_iterator begin() const { return const_iterator(detail::document_place(root())); }
   iterator end() noexcept { return {}; }
   const_iterator end() const noexcept { return {}; }
   ///@}
 };
 
 /**
- * A binary tree of links, which owns the pools that it created, but not what its values refer to; see
- * mub_bitree. Use the fields of its entries to traverse it.
+ * A binary tree of links, which owns the pools that it created with all their blocks, but nothing else that
+ * its values refer to; see mub_bitree. Use the fields of its entries to traverse it.
  */
 class bitree : public detail::rooted<bitree, detail::bitree_traits> {
  public:

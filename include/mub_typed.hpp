@@ -70,18 +70,18 @@ T *construct(void *place, Args &&...args) {
 }
 
 // A position of a map of words, which yields the objects.
-template <class Position, bool kInWord>
-class typed_position : public Position {
+template <class Place, bool kInWord>
+class typed_place : public Place {
  public:
   template <class T>
-  using reference = item<decltype(Position::template reference<std::uint64_t>::key), T>;
+  using reference = item<decltype(Place::template reference<std::uint64_t>::key), T>;
 
-  typed_position() = default;
-  explicit typed_position(const Position &place) : Position(place) {}
+  typed_place() = default;
+  explicit typed_place(const Place &place) : Place(place) {}
 
   template <class T>
   reference<T> at() const {
-    const auto found = Position::template at<std::uint64_t>();
+    const auto found = Place::template at<std::uint64_t>();
     return {found.key, value_in<T, kInWord>(found.value)};
   }
 };
@@ -103,7 +103,7 @@ class typed_position : public Position {
 template <class Map, class T>
 class map_of : private Map {
   static constexpr bool kInWord = detail::fits_word<T, typename Map::entry_type>;
-  using place = detail::typed_position<typename Map::iterator::position_type, kInWord>;
+  using place = detail::typed_place<typename Map::iterator::place_type, kInWord>;
   static_assert(std::is_object_v<T> && !std::is_const_v<T> && std::is_nothrow_destructible_v<T>);
   static_assert(!std::is_array_v<T>, "T must not be an array: use std::array");
   static_assert(alignof(T) <= alignof(std::max_align_t), "the blocks of a pool are aligned as by malloc");

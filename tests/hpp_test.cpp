@@ -247,6 +247,7 @@ TEST(CppContainers, MoveAndCloneTheirSettings) {
   check(mub::array(), &mub_array::descending);
   check(mub::arrays(), &mub_arrays::descending);
   check(mub::arrayt(), &mub_arrayt::descending);
+  check(mub::pool(), &mub_pool::blocks_per_chunk);
 }
 
 void set_to_nine(uint64_t value) { *mub::to_pointer<uint64_t>(value) = 9; }

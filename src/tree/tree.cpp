@@ -101,13 +101,13 @@ bool is_above(const Entry &ancestor, const Entry &entry) {
 
 // ---- paths
 
-ByteKey component(const mub_array &path, int64_t index) {
+ByteKey key_of_step(const mub_array &path, int64_t index) {
   const mub_array_entry *entry = slots::slot_at(path, index);
   return entry != nullptr ? key_of(path, *entry) : ByteKey{nullptr, 0};
 }
 
 Entry *step(const Entry &current, int64_t depth, const mub_array &path, const Comparator &comparator) {
-  return find(&current, current, component(path, depth), comparator);
+  return find(&current, current, key_of_step(path, depth), comparator);
 }
 
 Entry *follow(const Entry &start, int64_t depth, const mub_array &path, const Comparator &comparator) {
