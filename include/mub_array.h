@@ -100,9 +100,9 @@ extern "C" {
  * out for it, an insertion fails and the array is unchanged; mub_array_append(), mub_array_append_new() and
  * mub_array_from_string() add an empty key instead.
  *
- * Keys are returned as pointers into the key stream, which are NULL while no key bytes are stored. They are
- * not NUL-terminated, and the pointers are invalid after the next operation that adds, changes or removes a
- * key.
+ * Keys are returned as pointers into the key stream, which are NULL while the key stream has no block. They
+ * are not NUL-terminated, and the pointers are invalid after the next operation that adds, changes or removes
+ * a key.
  *
  * @{
  */
@@ -375,8 +375,8 @@ MUB_API mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t ind
  *
  * @param[in] array    the array
  * @param[in] index    a position, counted from 0
- * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL unless
- *                     `0 <= index < capacity`, and while no key bytes are stored
+ * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL unless `0 <= index <
+ *                     capacity`, and while the key stream has no block
  * @param[out] length  receives the length of the key in bytes; 0 unless `0 <= index < capacity`
  * @return the value
  * @failure 0 unless `0 <= index < capacity`
@@ -391,7 +391,7 @@ MUB_API uint64_t mub_array_get_at(const mub_array *array, int64_t index, const c
  *
  * @param[in] array    the array
  * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL in an empty array,
- *                     and while no key bytes are stored
+ *                     and while the key stream has no block
  * @param[out] length  receives the length of the key in bytes; 0 in an empty array
  * @return the value
  * @failure 0 in an empty array
@@ -406,7 +406,7 @@ MUB_API uint64_t mub_array_get_first(const mub_array *array, const char **key, i
  *
  * @param[in] array    the array
  * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL in an empty array,
- *                     and while no key bytes are stored
+ *                     and while the key stream has no block
  * @param[out] length  receives the length of the key in bytes; 0 in an empty array
  * @return the value
  * @failure 0 in an empty array

@@ -155,8 +155,8 @@ MUB_API uint32_t mub_bits_find(const mub_bits *bits, uint32_t bit);
  * Despite the name, nothing is exchanged: the fields of the set are unchanged, so both records then refer to
  * the same block.
  *
- * @param[in,out] bits    the set; before the other of the two is used, reset the set with mub_bits_init() or
- *                        the stream with mub_stream_init()
+ * @param[in,out] bits    the set; keep one of the two records, and reset the other before it is used again:
+ *                        the set with mub_bits_init(), the stream with mub_stream_init()
  * @param[in,out] stream  receives the block; its old block is not released
  * @owner the block belongs to the record that is kept; the stream's old block is not released
  * @invalidates nothing

@@ -584,6 +584,7 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  *   trees
  * @invalidates all records and entries of the destination, pointers to its keys, and its cursors
  * @cost O(keys), and one copy per chunk of the owned pools
+ * @threads an external entry pool or node pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_pool, mub_btree *destination,
@@ -593,17 +594,18 @@ MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_p
  * Checks whether the tree is intact.
  *
  * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, that the keys
- * fill the key stream without gaps, and the pools that the tree owns. `prev` and `next` of the records are
- * not checked. It follows every link, and terminates even if calls to the library have damaged the tree. It
- * cannot detect a pointer to other memory in place of an entry or a block, and follows it. Keys are compared
- * with the present `nocase`, which mub_btree_swap() and mub_btree_clone() do not transfer.
+ * fill the key stream without gaps, the pools that the tree owns, and the fields and tables of external ones.
+ * `prev` and `next` of the records are not checked. It follows every link, and terminates even if calls to
+ * the library have damaged the tree. It cannot detect a pointer to other memory in place of an entry or a
+ * block, and follows it. Keys are compared with the present `nocase`, which mub_btree_swap() and
+ * mub_btree_clone() do not transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the tree is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @cost O(entries), and that of mub_pool_verify() for each pool that the tree owns
  * @nullable what
  */
 MUB_API int mub_btree_verify(const mub_btree *tree, const char **what);
@@ -1404,6 +1406,7 @@ MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
  *   trees
  * @invalidates all records and entries of the destination, and its cursors
  * @cost O(keys), and one copy per chunk of the owned pools
+ * @threads an external entry pool or node pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user_pool,
@@ -1413,18 +1416,18 @@ MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user
 /**
  * Checks whether the tree is intact.
  *
- * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, and the pools
- * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, and terminates
- * even if calls to the library have damaged the tree. It cannot detect a pointer to other memory in place of
- * an entry or a block, and follows it. Keys are compared with the present `key_type`, which mub_btreed_swap()
- * and mub_btreed_clone() do not transfer.
+ * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, the pools
+ * that the tree owns, and the fields and tables of external ones. `prev` and `next` of the records are not
+ * checked. It follows every link, and terminates even if calls to the library have damaged the tree. It
+ * cannot detect a pointer to other memory in place of an entry or a block, and follows it. Keys are compared
+ * with the present `key_type`, which mub_btreed_swap() and mub_btreed_clone() do not transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the tree is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @cost O(entries), and that of mub_pool_verify() for each pool that the tree owns
  * @nullable what
  */
 MUB_API int mub_btreed_verify(const mub_btreed *tree, const char **what);
@@ -2199,6 +2202,7 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
  *   trees
  * @invalidates all records and entries of the destination, and its cursors
  * @cost O(keys), and one copy per chunk of the owned pools
+ * @threads an external entry pool or node pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user_pool,
@@ -2208,18 +2212,18 @@ MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user
 /**
  * Checks whether the tree is intact.
  *
- * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, and the pools
- * that the tree owns. `prev` and `next` of the records are not checked. It follows every link, and terminates
- * even if calls to the library have damaged the tree. It cannot detect a pointer to other memory in place of
- * an entry or a block, and follows it. Keys are compared with the present `key_type`, which mub_btreex_swap()
- * and mub_btreex_clone() do not transfer.
+ * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, the pools
+ * that the tree owns, and the fields and tables of external ones. `prev` and `next` of the records are not
+ * checked. It follows every link, and terminates even if calls to the library have damaged the tree. It
+ * cannot detect a pointer to other memory in place of an entry or a block, and follows it. Keys are compared
+ * with the present `key_type`, which mub_btreex_swap() and mub_btreex_clone() do not transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the tree is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @cost O(entries), and that of mub_pool_verify() for each pool that the tree owns
  * @nullable what
  */
 MUB_API int mub_btreex_verify(const mub_btreex *tree, const char **what);

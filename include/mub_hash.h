@@ -163,6 +163,7 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
  *   tables
  * @invalidates all entries of the destination, and pointers to its keys
  * @cost O(buckets + entries), and the bytes of the keys and pools that are cloned
+ * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_pool, mub_hash *destination,
@@ -172,10 +173,10 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
  * Checks whether the table is intact.
  *
  * Checks the number of buckets, the bucket and the hash of every entry, that no key is there twice, the
- * count, that the keys fill the key stream without gaps, and the pools that the table owns. It follows every
- * link, and terminates even if calls to the library have damaged the table. It cannot detect a pointer to
- * other memory in place of an entry or a block, and follows it. Hashes are computed with the present
- * `nocase`, which mub_hash_swap() and mub_hash_clone() do not transfer.
+ * count, that the keys fill the key stream without gaps, the pools that the table owns, and the fields and
+ * tables of external ones. It follows every link, and terminates even if calls to the library have damaged
+ * the table. It cannot detect a pointer to other memory in place of an entry or a block, and follows it.
+ * Hashes are computed with the present `nocase`, which mub_hash_swap() and mub_hash_clone() do not transfer.
  *
  * @param[in] table  the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -746,6 +747,7 @@ MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
  *   tables
  * @invalidates all entries of the destination
  * @cost O(buckets + entries), and the bytes of the pools that are cloned
+ * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_user_pool,
@@ -755,9 +757,10 @@ MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_use
 /**
  * Checks whether the table is intact.
  *
- * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, and the
- * pools that the table owns. It follows every link, and terminates even if calls to the library have damaged
- * the table. It cannot detect a pointer to other memory in place of an entry or a block, and follows it.
+ * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, the pools
+ * that the table owns, and the fields and tables of external ones. It follows every link, and terminates even
+ * if calls to the library have damaged the table. It cannot detect a pointer to other memory in place of an
+ * entry or a block, and follows it.
  *
  * @param[in] table  the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -1233,6 +1236,7 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
  *   tables
  * @invalidates all entries of the destination
  * @cost O(buckets + entries), and the bytes of the pools that are cloned
+ * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_user_pool,
@@ -1242,9 +1246,10 @@ MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_use
 /**
  * Checks whether the table is intact.
  *
- * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, and the
- * pools that the table owns. It follows every link, and terminates even if calls to the library have damaged
- * the table. It cannot detect a pointer to other memory in place of an entry or a block, and follows it.
+ * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, the pools
+ * that the table owns, and the fields and tables of external ones. It follows every link, and terminates even
+ * if calls to the library have damaged the table. It cannot detect a pointer to other memory in place of an
+ * entry or a block, and follows it.
  *
  * @param[in] table  the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -1721,6 +1726,7 @@ MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
  *   tables
  * @invalidates all entries of the destination
  * @cost O(buckets + entries), and the bytes of the pools that are cloned
+ * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_user_pool,
@@ -1730,9 +1736,10 @@ MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_use
 /**
  * Checks whether the table is intact.
  *
- * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, and the
- * pools that the table owns. It follows every link, and terminates even if calls to the library have damaged
- * the table. It cannot detect a pointer to other memory in place of an entry or a block, and follows it.
+ * Checks the number of buckets, the bucket of every entry, that no key is there twice, the count, the pools
+ * that the table owns, and the fields and tables of external ones. It follows every link, and terminates even
+ * if calls to the library have damaged the table. It cannot detect a pointer to other memory in place of an
+ * entry or a block, and follows it.
  *
  * @param[in] table  the table
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL

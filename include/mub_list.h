@@ -67,7 +67,9 @@ extern "C" {
  * A linked list of entries with keys. A key is `length` bytes at `key`; a negative length means that it ends
  * at its first NUL, and a NULL key is the empty key, which is valid. Keys are copied. A key that a function
  * returns is a pointer into the key stream (NULL while the stream has no block) and a length, valid until an
- * addition or a removal. The keys of a list take at most 2^32 - 1 bytes in total.
+ * addition or a removal. The keys of a list take at most 2^32 - 1 bytes in total. The key stream grows as
+ * every mub_stream does: above 16 MiB of keys, all of them are copied once per 8 MiB that are added, and
+ * above 2 GiB at nearly every addition.
  *
  * @{
  */
@@ -139,12 +141,12 @@ MUB_API void mub_list_swap(mub_list *a, mub_list *b);
 /**
  * Copies a list.
  *
- * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
- * translated. A value that is not an address in the source's value pool becomes 0, and so do all values if
- * the destination owns no value pool.
+ * Owned pools are cloned: entries and value blocks have the same chunk and offset in the copy, and addresses
+ * are translated. A value that is not an address in the source's value pool becomes 0, and so do all values
+ * if the destination owns no value pool.
  *
- * Each external pool of the source becomes the destination's pool, too; a pool that the destination owned in
- * its place is destroyed. Unless both lists own their entry pools, every copied entry is a new block of the
+ * Where the source has an external pool, or none, the destination then has the same; a pool that it owned
+ * there is destroyed. Unless both lists own their entry pools, every copied entry is a new block of the
  * destination's entry pool. If the source does not own a value pool, values are copied as words, so both
  * lists refer to the same blocks.
  *
@@ -166,6 +168,7 @@ MUB_API void mub_list_swap(mub_list *a, mub_list *b);
  * @invalidates all entries of the destination and pointers to its keys, and all blocks of its own pools and
  *   of a `destination_user_pool` that is overwritten
  * @cost O(entries), and the bytes of the keys and pools that are cloned
+ * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_pool, mub_list *destination,
@@ -174,16 +177,17 @@ MUB_API mub_list *mub_list_clone(const mub_list *source, mub_pool *source_user_p
 /**
  * Checks whether the list is intact.
  *
- * Checks the links in both directions, the count, that the keys fill the key stream without gaps, and the
- * pools that the list owns. It follows every link, and terminates even if calls to the library have damaged
- * the list. It cannot detect a pointer to other memory in place of an entry or a block, and follows it.
+ * Checks the links in both directions, the count, that the keys fill the key stream without gaps, the pools
+ * that the list owns, and the fields and tables of external ones. It follows every link, and terminates even
+ * if calls to the library have damaged the list. It cannot detect a pointer to other memory in place of an
+ * entry or a block, and follows it.
  *
  * @param[in] list   the list
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the list is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), and that of mub_pool_verify() for each pool that the list owns
+ * @cost O(entries), and that of mub_pool_verify() for each pool that the list owns
  * @nullable what
  */
 MUB_API int mub_list_verify(const mub_list *list, const char **what);
@@ -197,7 +201,7 @@ MUB_API int mub_list_verify(const mub_list *list, const char **what);
  * @param[in] list  the list
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stacks of the pools
+ * @cost O(free pages) of the pools
  */
 MUB_API int64_t mub_list_memory_bytes(const mub_list *list);
 
@@ -225,7 +229,7 @@ MUB_API mub_list_entry *mub_list_entry_new(mub_list *list);
  * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
- * @cost O(length) amortised, for the bytes of the key
+ * @cost O(length) amortised up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key
  */
@@ -243,7 +247,7 @@ MUB_API mub_list_entry *mub_list_add_head(mub_list *list, const void *key, int64
  * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
- * @cost O(length) amortised, for the bytes of the key
+ * @cost O(length) amortised up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key
  */
@@ -261,7 +265,7 @@ MUB_API mub_list_entry *mub_list_add_tail(mub_list *list, const void *key, int64
  *   block, in which case the entry is added with value 0
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates pointers to keys
- * @cost O(length) amortised, for the bytes of the key
+ * @cost O(length) amortised up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key, init
  */
@@ -279,7 +283,7 @@ MUB_API uint64_t mub_list_add_head_new(mub_list *list, const void *key, int64_t 
  *   block, in which case the entry is added with value 0
  * @owner the block belongs to the value pool; the list refers to it
  * @invalidates pointers to keys
- * @cost O(length) amortised, for the bytes of the key
+ * @cost O(length) amortised up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key, init
  */
@@ -326,7 +330,7 @@ MUB_API void mub_list_add_tail_list(mub_list *list, const mub_list *source);
  * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
- * @cost O(length) amortised, for the bytes of the key
+ * @cost O(length) amortised up to 16 MiB of keys
  * @bounds key[length]
  * @nullable position, key
  */
@@ -346,7 +350,7 @@ MUB_API mub_list_entry *mub_list_insert_before(mub_list *list, mub_list_entry *p
  * @owner the value is stored as is; what it refers to remains the caller's; the entry is a block of the entry
  *   pool and belongs to the list until it is removed
  * @invalidates pointers to keys
- * @cost O(length) amortised, for the bytes of the key
+ * @cost O(length) amortised up to 16 MiB of keys
  * @bounds key[length]
  * @nullable position, key
  */
@@ -378,7 +382,7 @@ MUB_API mub_list_entry *mub_list_get_tail_position(const mub_list *list);
  *
  * @param[in] list     the list
  * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL in an empty list,
- *                     and while no key bytes are stored
+ *                     and while the key stream has no block
  * @param[out] length  receives the length of the key in bytes; 0 in an empty list
  * @return its value
  * @failure 0 in an empty list
@@ -393,7 +397,7 @@ MUB_API uint64_t mub_list_get_head(const mub_list *list, const char **key, int64
  *
  * @param[in] list     the list
  * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL in an empty list,
- *                     and while no key bytes are stored
+ *                     and while the key stream has no block
  * @param[out] length  receives the length of the key in bytes; 0 in an empty list
  * @return its value
  * @failure 0 in an empty list
@@ -409,7 +413,7 @@ MUB_API uint64_t mub_list_get_tail(const mub_list *list, const char **key, int64
  * @param[in] list          the list
  * @param[in,out] position  in: the entry to read, may be NULL; out: the entry after it, NULL after the tail
  * @param[out] key          receives the address of the entry's key, which is not NUL-terminated; NULL at
- *                          position NULL, and while no key bytes are stored
+ *                          position NULL, and while the key stream has no block
  * @param[out] length       receives the length of the key in bytes; 0 at position NULL
  * @return the value of the entry read
  * @failure 0 at position NULL
@@ -426,7 +430,7 @@ MUB_API uint64_t mub_list_get_next(const mub_list *list, mub_list_entry **positi
  * @param[in] list          the list
  * @param[in,out] position  in: the entry to read, may be NULL; out: the entry before it, NULL before the head
  * @param[out] key          receives the address of the entry's key, which is not NUL-terminated; NULL at
- *                          position NULL, and while no key bytes are stored
+ *                          position NULL, and while the key stream has no block
  * @param[out] length       receives the length of the key in bytes; 0 at position NULL
  * @return the value of the entry read
  * @failure 0 at position NULL
@@ -443,7 +447,7 @@ MUB_API uint64_t mub_list_get_prev(const mub_list *list, mub_list_entry **positi
  * @param[in] list      the list
  * @param[in] position  the entry
  * @param[out] key      receives the address of the key, which is not NUL-terminated; NULL at position NULL,
- *                      and while no key bytes are stored
+ *                      and while the key stream has no block
  * @param[out] length   receives the length of the key in bytes; 0 at position NULL
  * @return its value
  * @failure 0 at position NULL
@@ -503,7 +507,8 @@ MUB_API uint64_t mub_list_remove_tail(mub_list *list);
 /**
  * Removes the entry at a position and returns its value, which is not released.
  *
- * The value in the returned block is set to 0, as its next user sees.
+ * The value in the entry is set to 0 before its block is returned, so the next user of the block finds 0
+ * there.
  *
  * @param[in,out] list      the list
  * @param[in,out] position  the entry; with NULL nothing happens
@@ -570,7 +575,7 @@ MUB_API void mub_list_remove_all_entry(mub_list *list);
 /**
  * Releases every value that is not 0 and returns the entries to an external entry pool.
  *
- * The values' blocks are returned to an external value pool. Links and count are unchanged, as by
+ * The values' blocks are returned to an external value pool. Links and count are unchanged, as with
  * mub_list_remove_all_entry().
  *
  * @param[in,out] list  the list
@@ -601,8 +606,8 @@ MUB_API void mub_list_adjust_t(mub_list *list, uint32_t offset, int64_t length);
 /**
  * Splits a text at a separator and adds the pieces at the tail, as keys with value 0.
  *
- * Each piece is trimmed as by mub_char_trim(). Empty pieces are added too, except the last: "a, ,b," gives
- * "a", "" and "b".
+ * Each piece is trimmed as by mub_char_trim(). Empty pieces are added too, except an empty last one: "a, ,b,"
+ * gives "a", "" and "b".
  *
  * @param[in,out] list   the list
  * @param[in] separator  the separator; its low 8 bits are used
@@ -701,12 +706,12 @@ MUB_API void mub_lists_swap(mub_lists *a, mub_lists *b);
 /**
  * Copies a list.
  *
- * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
- * translated. A value that is not an address in the source's value pool becomes 0, and so do all values if
- * the destination owns no value pool.
+ * Owned pools are cloned: entries and value blocks have the same chunk and offset in the copy, and addresses
+ * are translated. A value that is not an address in the source's value pool becomes 0, and so do all values
+ * if the destination owns no value pool.
  *
- * Each external pool of the source becomes the destination's pool, too; a pool that the destination owned in
- * its place is destroyed. Unless both lists own their entry pools, every copied entry is a new block of the
+ * Where the source has an external pool, or none, the destination then has the same; a pool that it owned
+ * there is destroyed. Unless both lists own their entry pools, every copied entry is a new block of the
  * destination's entry pool. If the source does not own a value pool, values are copied as words, so both
  * lists refer to the same blocks.
  *
@@ -728,6 +733,7 @@ MUB_API void mub_lists_swap(mub_lists *a, mub_lists *b);
  * @invalidates all entries of the destination, and all blocks of its own pools and of a
  *   `destination_user_pool` that is overwritten
  * @cost O(entries), and the bytes of the pools that are cloned
+ * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_user_pool,
@@ -737,16 +743,16 @@ MUB_API mub_lists *mub_lists_clone(const mub_lists *source, mub_pool *source_use
 /**
  * Checks whether the list is intact.
  *
- * Checks the links in both directions, the count, and the pools that the list owns. It follows every link,
- * and terminates even if calls to the library have damaged the list. It cannot detect a pointer to other
- * memory in place of an entry or a block, and follows it.
+ * Checks the links in both directions, the count, the pools that the list owns, and the fields and tables of
+ * external ones. It follows every link, and terminates even if calls to the library have damaged the list. It
+ * cannot detect a pointer to other memory in place of an entry or a block, and follows it.
  *
  * @param[in] list   the list
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the list is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), and that of mub_pool_verify() for each pool that the list owns
+ * @cost O(entries), and that of mub_pool_verify() for each pool that the list owns
  * @nullable what
  */
 MUB_API int mub_lists_verify(const mub_lists *list, const char **what);
@@ -760,7 +766,7 @@ MUB_API int mub_lists_verify(const mub_lists *list, const char **what);
  * @param[in] list  the list
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stacks of the pools
+ * @cost O(free pages) of the pools
  */
 MUB_API int64_t mub_lists_memory_bytes(const mub_lists *list);
 
@@ -1026,7 +1032,8 @@ MUB_API uint64_t mub_lists_remove_tail(mub_lists *list);
 /**
  * Removes the value at a position and returns it; it is not released.
  *
- * The value in the returned block is set to 0, as its next user sees.
+ * The value in the entry is set to 0 before its block is returned, so the next user of the block finds 0
+ * there.
  *
  * @param[in,out] list      the list
  * @param[in,out] position  the entry; with NULL nothing happens
@@ -1124,7 +1131,7 @@ typedef struct mub_listx_block {
   struct mub_listx_block *prev; /**< the previous block; NULL at the head */
   struct mub_listx_block *next; /**< the next block; NULL at the tail */
   int64_t count;                /**< values in the block; 1 to 32 in a list */
-  uint64_t values[32];          /**< from index 0 on; may be changed in place; unused slots are unspecified */
+  uint64_t values[32];          /**< from index 0 on; may be changed in place; unused ones are unspecified */
 } mub_listx_block;
 
 /** A linked list of blocks of values. */
@@ -1154,16 +1161,17 @@ MUB_API mub_listx *mub_listx_init(mub_listx *list, int with_entry_pool, int with
 /**
  * Checks whether the list is intact.
  *
- * Checks the links in both directions, the counts of the blocks and of the list, and the pools that the list
- * owns. It follows every link, and terminates even if calls to the library have damaged the list. It cannot
- * detect a pointer to other memory in place of an entry or a block, and follows it.
+ * Checks the links in both directions, the counts of the blocks and of the list, the pools that the list
+ * owns, and the fields and tables of external ones. It follows every link, and terminates even if calls to
+ * the library have damaged the list. It cannot detect a pointer to other memory in place of an entry or a
+ * block, and follows it.
  *
  * @param[in] list   the list
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the list is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), and that of mub_pool_verify() for each pool that the list owns
+ * @cost O(entries), and that of mub_pool_verify() for each pool that the list owns
  * @nullable what
  */
 MUB_API int mub_listx_verify(const mub_listx *list, const char **what);
@@ -1177,7 +1185,7 @@ MUB_API int mub_listx_verify(const mub_listx *list, const char **what);
  * @param[in] list  the list
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stacks of the pools
+ * @cost O(free pages) of the pools
  */
 MUB_API int64_t mub_listx_memory_bytes(const mub_listx *list);
 

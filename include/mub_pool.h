@@ -67,7 +67,7 @@ struct mub_pool_chunk {
 typedef struct mub_pool_iter {
   int64_t chunk;      /**< the chunk of the block visited last */
   int64_t slot;       /**< the index of that block in its chunk */
-  void **free_blocks; /**< the addresses on the free stack, sorted; NULL if there were none */
+  void **free_blocks; /**< the addresses on the free stack, sorted; NULL without free pages */
   mub_pool *pool;     /**< the pool */
 } mub_pool_iter;
 
@@ -125,7 +125,7 @@ MUB_API void *mub_pool_new(mub_pool *pool);
  * @param[in] block     a block of this pool; NULL is ignored
  * @failure if there is no memory for another page of the free stack, the block is never reused: it is
  *   released with its chunk, and iterators return it until then
- * @owner the block goes back to the pool
+ * @owner the block is returned to the pool
  * @invalidates the block, and iterators of the pool
  * @nullable block
  */
@@ -147,7 +147,8 @@ MUB_API void mub_pool_expand(int64_t *group);
 /**
  * Pops the block that was returned last off the free stack.
  *
- * `live_count` is not changed; mub_pool_new() updates it.
+ * Unlike mub_pool_new(), it does not count the block in `live_count`, which is lowered when the block is
+ * returned; until then, iterators return the block.
  *
  * @param[in,out] pool  the pool
  * @return the block
@@ -234,7 +235,7 @@ MUB_API void *mub_pool_set_addr(const mub_pool *pool, int chunk, int64_t offset)
  * @failure the destination is empty if memory runs out
  * @owner the copies of the chunks belong to the destination
  * @invalidates all blocks, chunk maps and iterators of the destination
- * @cost one allocation and one copy per chunk and page; O(log chunks) per returned block
+ * @cost one allocation and one copy per chunk and page; O(log chunks) per free block
  * @nullable map
  */
 MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, mub_pool *destination);
@@ -242,15 +243,15 @@ MUB_API void mub_pool_clone(const mub_pool *source, const mub_pool_chunk *map, m
 /**
  * Checks whether the pool is intact.
  *
- * Checks the counts, the tables, and that the free stack has different blocks of the pool: it finds blocks
- * that were returned twice, or to the wrong pool.
+ * Checks the counts, the tables, and that the addresses on the free stack are those of blocks of the pool,
+ * each only once: it finds blocks that were returned twice, or to the wrong pool.
  *
  * @param[in] pool   the pool
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the pool is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(chunks + n) for n free blocks, and O(n) for every 16384 blocks taken from chunks: with many blocks,
+ * @cost O(chunks + f) for f free blocks, and O(f) for every 16384 blocks taken from chunks: with many blocks,
  *   it grows with the product of the two
  * @nullable what
  */
@@ -265,7 +266,7 @@ MUB_API int mub_pool_verify(const mub_pool *pool, const char **what);
  * @param[in] pool  the pool
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stack
+ * @cost O(free pages)
  */
 MUB_API int64_t mub_pool_memory_bytes(const mub_pool *pool);
 
@@ -360,14 +361,14 @@ MUB_API void mub_pool_empty_array(const mub_pool *pool, void **out);
 /**
  * Creates an iterator over the live blocks.
  *
- * The pool must not change during the iteration.
+ * Start it with mub_pool_iter_first(). The pool must not change during the iteration.
  *
  * @param[in,out] pool  the pool
  * @return the iterator
  * @failure NULL if memory ran out; the other iterator functions accept it and return no blocks
  * @owner the iterator is the caller's; release it with mub_pool_iter_free()
  * @invalidates nothing
- * @cost O(r log r) for r returned blocks
+ * @cost O(f log f) for f free blocks
  * @threads the pool is only read, as by a function that takes it as const
  */
 MUB_API mub_pool_iter *mub_pool_iter_new(mub_pool *pool);
@@ -390,7 +391,7 @@ MUB_API void mub_pool_iter_free(mub_pool_iter *iter);
  * @failure NULL if there is none
  * @owner the block remains its user's
  * @invalidates nothing
- * @cost O(log r) for each block visited or skipped, with r returned blocks
+ * @cost O(log f) for each block visited or skipped, with f free blocks
  * @nullable iter
  */
 MUB_API void *mub_pool_iter_first(mub_pool_iter *iter);
@@ -403,7 +404,7 @@ MUB_API void *mub_pool_iter_first(mub_pool_iter *iter);
  * @failure NULL at the end
  * @owner the block remains its user's
  * @invalidates nothing
- * @cost O(log r) for each block visited or skipped, with r returned blocks
+ * @cost O(log f) for each block visited or skipped, with f free blocks
  * @nullable iter
  */
 MUB_API void *mub_pool_iter_next(mub_pool_iter *iter);

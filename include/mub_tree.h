@@ -2,7 +2,7 @@
  * @defgroup tree_h mub_tree.h: trees
  *
  * mub_tree, a general tree whose entries have any number of ordered children, and mub_bitree, a binary tree
- * of links.
+ * that stores only links and values. Its entries that compare equal, the *equals*, are on a chain.
  *
  *     mub_tree: the children of an entry are a ring         mub_bitree: equals are on a chain
  *
@@ -12,9 +12,9 @@
  *     ┌► a ◄──► b ◄──► c ◄┐                                      a b
  *     └───────────────────┘  prev of the first is the last
  *
- * The root is the first field of the tree's record and is never released. Neither tree stores keys: the
- * entries of a mub_tree are found with a comparator, and in a mub_bitree the caller determines where an entry
- * is linked.
+ * The root is the first field of the tree's record and is never returned to a pool. Neither tree stores keys:
+ * the entries of a mub_tree are found with a comparator, and in a mub_bitree the caller determines where an
+ * entry is linked.
  *
  * **Entry pool.** Functions that create entries need an entry pool: one created by `_init`, or an external
  * one stored in `entry_pool`, whose block size is at least that of the entry struct. Several trees may share
@@ -62,9 +62,10 @@ extern "C" {
  *
  * A tree of entries with any number of children.
  *
- * A path is an array of keys, one per step. Each step leads to the first descendant of the current entry, in
- * document order, that matches the key: a child, a grandchild or a deeper one. So after inserting [a, b], the
- * path [b] also leads to that b.
+ * A path is an array of keys, one per step. Each step leads to the first descendant of the current entry that
+ * matches the key: a child, a grandchild or a deeper one, whichever comes first in document order (an entry
+ * before its children, and siblings in their order). So after inserting [a, b], the path [b] also leads to
+ * that b.
  *
  * @{
  */
@@ -166,7 +167,7 @@ MUB_API mub_tree *mub_tree_remove_all(mub_tree *tree);
 /**
  * Releases every value that is not 0, the root's included, then empties the tree and zero-fills the root.
  *
- * The values' blocks go back to an external value pool, and an owned one is emptied.
+ * The values' blocks are returned to an external value pool, and an owned one is emptied.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, children before their parents; NULL: not called
@@ -183,14 +184,14 @@ MUB_API mub_tree *mub_tree_free_all(mub_tree *tree, mub_free_fn release);
 /**
  * Copies a tree.
  *
- * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
- * translated. A value that is not an address in the source's value pool becomes 0, and so do all values if
- * the destination owns no value pool. An entry that is not a block of the entry pool is omitted, with its
+ * Owned pools are cloned: entries and value blocks have the same chunk and offset in the copy, and addresses
+ * are translated. A value that is not an address in the source's value pool becomes 0, and so do all values
+ * if the destination owns no value pool. An entry that is not a block of the entry pool is omitted, with its
  * descendants.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries get new
- * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
- * both trees refer to the same blocks.
+ * Where the source has an external pool, or none, the destination then has the same; a pool that it owned
+ * there is destroyed. Entries get new blocks of an external entry pool. If the source does not own a value
+ * pool, values are copied as words, so both trees refer to the same blocks.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both trees are the same.
@@ -210,6 +211,7 @@ MUB_API mub_tree *mub_tree_free_all(mub_tree *tree, mub_free_fn release);
  * @invalidates all entries of the destination but the root, and all blocks of its own pools and of a
  *   `destination_user_pool` that is overwritten
  * @cost O(entries), and the bytes of the pools that are cloned
+ * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_pool, mub_tree *destination,
@@ -218,17 +220,17 @@ MUB_API mub_tree *mub_tree_clone(const mub_tree *source, mub_pool *source_user_p
 /**
  * Checks whether the tree is intact.
  *
- * Checks that every ring of children is closed in both directions, the parents, and the pools that the tree
- * owns. `count` is not checked: it says nothing about the entries. It follows every link, and terminates even
- * if calls to the library have damaged the tree. It cannot detect a pointer to other memory in place of an
- * entry or a block, and follows it.
+ * Checks that every ring of children is closed in both directions, the parents, the pools that the tree owns,
+ * and the fields and tables of external ones. `count` is not checked: it says nothing about the entries. It
+ * follows every link, and terminates even if calls to the library have damaged the tree. It cannot detect a
+ * pointer to other memory in place of an entry or a block, and follows it.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the tree is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @cost O(entries), and that of mub_pool_verify() for each pool that the tree owns
  * @nullable what
  */
 MUB_API int mub_tree_verify(const mub_tree *tree, const char **what);
@@ -242,7 +244,7 @@ MUB_API int mub_tree_verify(const mub_tree *tree, const char **what);
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stacks of the pools
+ * @cost O(free pages) of the pools
  */
 MUB_API int64_t mub_tree_memory_bytes(const mub_tree *tree);
 
@@ -266,7 +268,8 @@ MUB_API mub_tree_entry *mub_tree_clone_entry(mub_tree *tree, const mub_tree_entr
 /**
  * Checks whether two byte ranges are equal.
  *
- * A negative length is not measured.
+ * Lengths are used as given: ranges with equal negative lengths are equal, and nothing is read. Unlike a
+ * comparator, which returns 0 for a match, this function returns 1.
  *
  * @param[in] a         the first range
  * @param[in] a_length  bytes of `a`
@@ -303,7 +306,7 @@ MUB_API void mub_tree_entry_init(mub_tree_entry *entry);
  * Takes a block of the entry pool.
  *
  * @param[in,out] tree  the tree
- * @return the entry, cleared and neither linked nor counted
+ * @return the entry, zero-filled, neither linked nor counted
  * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
@@ -434,7 +437,8 @@ MUB_API mub_tree_entry *mub_tree_entry_prev(const mub_tree_entry *entry);
  *
  * In document order an entry precedes its children, and siblings keep their order.
  *
- * @param[in] bound  only descendants of this entry are returned; NULL: all entries of the tree
+ * @param[in] bound  `entry` itself or an ancestor: only its descendants are returned; NULL: all entries up to
+ *                  the end of the tree
  * @param[in] entry  an entry
  * @return the first child, or else the result of mub_tree_entry_find_next()
  * @failure NULL at the end
@@ -449,7 +453,8 @@ MUB_API mub_tree_entry *mub_tree_entry_iter_next(const mub_tree_entry *bound, co
  *
  * In document order an entry precedes its children, and siblings keep their order.
  *
- * @param[in] bound  only descendants of this entry are returned; NULL: all entries of the tree
+ * @param[in] bound  `entry` itself or an ancestor: only its descendants are returned; NULL: all entries up to
+ *                  the end of the tree
  * @param[in] entry  an entry
  * @return the next sibling of the entry, or of its nearest ancestor that has one
  * @failure NULL if there is none below `bound`
@@ -583,8 +588,9 @@ MUB_API void mub_tree_entry_array(const mub_tree_entry *entry, mub_arrayt *array
  *
  * @param[in] a  one entry
  * @param[in] b  the other entry
- * @return the difference of the first indexes that differ in their index paths, or else of the depths, so an
- *   ancestor comes first; 0 for the same entry
+ * @return a negative number if `a` comes first, a positive one if `b` does: the difference of the first
+ *   indexes that differ in their index paths, or else of the depths, so an ancestor comes first; 0 for the
+ *   same entry
  * @cost O(depth + sum of the indexes)
  */
 MUB_API int mub_tree_entry_compare(const mub_tree_entry *a, const mub_tree_entry *b);
@@ -827,7 +833,7 @@ MUB_API mub_bitree *mub_bitree_remove_all(mub_bitree *tree);
 /**
  * Releases every value that is not 0, the root's included, then empties the tree and zero-fills the root.
  *
- * The values' blocks go back to an external value pool, and an owned one is emptied.
+ * The values' blocks are returned to an external value pool, and an owned one is emptied.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called once with every value that is not 0, in the order of mub_bitree_entry_remove();
@@ -845,13 +851,15 @@ MUB_API mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release);
 /**
  * Copies a tree.
  *
- * Owned pools are cloned: entries and value blocks keep their positions in them, and addresses are
- * translated. A link to an entry that is not a block of the entry pool becomes NULL. A value that is not an
- * address in the source's value pool becomes 0, and so do all values if the destination owns no value pool.
+ * Owned pools are cloned: entries and value blocks have the same chunk and offset in the copy, and addresses
+ * are translated. A link to an entry that is not a block of the entry pool becomes NULL. A value that is not
+ * an address in the source's value pool becomes 0, and so do all values if the destination owns no value
+ * pool.
  *
  * Unless both trees own their entry pools, the copies are new blocks of the destination's entry pool; a
- * destination without one shares an external one of the source. An external value pool is shared: values are
- * copied as words, and the destination releases its own value pool.
+ * destination without one shares an external one of the source. If the source owns no value pool, the
+ * destination shares its external one, or has none either, and a value pool that it owned is destroyed;
+ * values are then copied as words.
  *
  * `source_user_pool` is cloned only if `destination_user_pool` and `callback` are given too. Nothing happens
  * if both trees are the same.
@@ -872,6 +880,7 @@ MUB_API mub_bitree *mub_bitree_free_all(mub_bitree *tree, mub_free_fn release);
  * @invalidates all entries of the destination but the root, and all blocks of its own pools and of a
  *   `destination_user_pool` that is overwritten
  * @cost O(entries), and the bytes of the pools that are cloned
+ * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
  */
 MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_user_pool,
@@ -881,19 +890,19 @@ MUB_API mub_bitree *mub_bitree_clone(const mub_bitree *source, mub_pool *source_
 /**
  * Checks whether the tree is intact.
  *
- * Checks the parents, that every entry is linked once, and the pools that the tree owns. An entry in a chain
- * of equals must have the parent of the first one: see mub_bitree_set_parent(). `count` is not checked: it
- * says nothing about the entries. It follows every link, and terminates even if calls to the library have
- * damaged the tree. It cannot detect a pointer to other memory in place of an entry or a block, and follows
- * it. Equals that were linked before the first one had a parent are reported until mub_bitree_set_parent()
- * gives them its parent.
+ * Checks the parents, that every entry is linked once, the pools that the tree owns, and the fields and
+ * tables of external ones. An entry in a chain of equals must have the parent of the first one: see
+ * mub_bitree_set_parent(). `count` is not checked: it says nothing about the entries. It follows every link,
+ * and terminates even if calls to the library have damaged the tree. It cannot detect a pointer to other
+ * memory in place of an entry or a block, and follows it. Equals that were linked before the first one had a
+ * parent are reported until mub_bitree_set_parent() gives them its parent.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the tree is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), and that of mub_pool_verify() for each pool that the tree owns
+ * @cost O(entries), and that of mub_pool_verify() for each pool that the tree owns
  * @nullable what
  */
 MUB_API int mub_bitree_verify(const mub_bitree *tree, const char **what);
@@ -907,13 +916,12 @@ MUB_API int mub_bitree_verify(const mub_bitree *tree, const char **what);
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stacks of the pools
+ * @cost O(free pages) of the pools
  */
 MUB_API int64_t mub_bitree_memory_bytes(const mub_bitree *tree);
 
 /**
- * Copies an entry and everything linked from it, its equals included, into fresh blocks of a tree's entry
- * pool.
+ * Copies an entry and everything linked from it, its equals included, into new blocks of a tree's entry pool.
  *
  * Values are copied as words.
  *
@@ -953,7 +961,7 @@ MUB_API void mub_bitree_entry_init(mub_bitree_entry *entry);
  * Takes a block of the entry pool.
  *
  * @param[in,out] tree  the tree
- * @return the entry, cleared and neither linked nor counted
+ * @return the entry, zero-filled, neither linked nor counted
  * @failure NULL if memory ran out or there is no entry pool
  * @owner the block belongs to the entry pool, and is the caller's to link or to return
  * @invalidates nothing
@@ -1015,7 +1023,8 @@ MUB_API void mub_bitree_entry_remove(mub_bitree *tree, mub_bitree_entry *entry);
  * Releases the values of an entry and everything linked from it, in the order of mub_bitree_entry_remove().
  *
  * The values' blocks are returned to an external value pool, and entries to an external entry pool; in an
- * owned one they stay allocated and keep their value words. Links and `count` are unchanged.
+ * owned one they stay allocated and keep their value words. The root is not returned. Links and `count` are
+ * unchanged.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry

@@ -16,9 +16,11 @@
 // mub_listx allows for blocks that the caller has linked with any count.
 //
 // Threads: functions write nothing to a list that they take as const, so readers may run in parallel. The
-// exceptions are for_each(), whose `visit` may write to the entries, and add_list() of a list to itself.
+// exceptions are for_each(), whose `visit` may write to the entries, add_list() of a list to itself, and
+// clone(), which takes entries from the source's pool if that is external.
 //
-// The policy provides what containers/key_store.h lists, except reset_key, swap_keys and prefetch_key, and
+// The policy provides what containers/key_store.h lists, apart from reset_key, swap_keys and prefetch_key;
+// and in addition
 //   Entry                                     the struct of an entry
 //   values_in(entry), kMaxValues              the number of values in an entry, and its upper limit
 //   retract_key(list, entry)                  removes the key that was stored last; used to undo additions

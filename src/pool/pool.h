@@ -16,7 +16,7 @@
 //   5. As long as callers return only the pool's own blocks, and each once: the free stack holds addresses of
 //      carved blocks, all different, or null where clone() could not translate one. Every carved block is
 //      live or on the free stack, except those popped with mub_pool_from_empty(), those returned when no page
-//      could be allocated, and those whose null was popped.
+//      could be allocated, and those for which clone() stored a null that was popped since.
 //   6. The bytes of a fresh chunk are 0. A block that is taken again is as it was when it was returned,
 //      unless its container changed it in a pass over the chunks.
 //   7. With AddressSanitizer or MUB_VALGRIND, the blocks that were not carved yet and those on the free stack
@@ -107,9 +107,9 @@ MUB_POISON_HOOK void check_live(const mub_pool &pool, const void *block) {
 
 // ---- taking and returning blocks
 
-// Keeps a counter out of vector registers. Loaded and stored as one vector with the counter next to it, each
-// call would wait for the one before: fresh blocks take 1.14 times as long then (pool_fresh in
-// bench/pool_bench.cpp).
+// Keeps a counter out of vector registers. If the compiler loaded and stored it as one vector with the
+// counter next to it, each call would wait for the one before, and fresh blocks would take 1.14 times as long
+// (pool_fresh in bench/pool_bench.cpp).
 inline int64_t scalar(int64_t counter) {
 #if UINTPTR_MAX > UINT32_MAX
   asm("" : "+r"(counter));

@@ -12,17 +12,18 @@
 //
 // Invariants:
 //   1. The root lies in the tree's record, and its parent is null.
-//   2. Every other entry is a branch of exactly one entry. That is its parent, unless it is an equal: its
-//      parent is that of the head of its chain. There are no cycles.
+//   2. Every other entry is a branch of exactly one entry. That entry is its parent; but the parent of an
+//      equal is that of the head of its chain. There are no cycles.
 //   3. The ring of an entry's children is closed in both directions, and `first_child` is on it (mub_tree).
 // They hold as long as the caller adds only entries that are not linked yet, in a mub_bitree in places that
 // are free, and unlinks entries before it returns or swaps them. If equals were added to an entry before it
 // was linked itself, their parent is null until mub_bitree_set_parent() or a walk sets it; walks do not
-// depend on it. `count` is the number of links made minus those undone, and says nothing about the entries.
-// Entries need not be blocks of the entry pool unless a function returns them to it.
+// depend on it. `count` is the number of links made, in mub_tree minus those undone, and says nothing about
+// the entries. Entries need not be blocks of the entry pool unless a function returns them to it.
 //
 // Threads: searches and steps that take const entries write nothing, so readers may run in parallel. A walk
-// writes to `parent` even if it keeps the entries: a clone walks the copy and only reads the source.
+// writes to `parent` even if it keeps the entries: a clone walks the copy and only reads the source, but
+// takes entries from its pool if that is external.
 //
 // The policy provides the following. Functions that are given entries alone reach it through their type: the
 // policy of an entry is that of its tree.
@@ -31,7 +32,7 @@
 //   next_branch(above, branch)             returns the branch after another one; nullptr after the last
 //   copy_branches(entry, copy_of)          replaces every branch by copy_of(branch); null omits it
 //   detach(entry)                          clears the links to the parent and to siblings
-//   set_parent(entry)                      updates the links to an entry whose fields have moved
+//   set_parent(entry)                      corrects `parent` in the branches of an entry whose fields moved
 //   restore_parents(entry, above)          called when a walk leaves an entry: restores the parents that it
 //                                          changed; `above` is null for the top
 //   share_pools(source, copy, user_pool)   makes a clone share the pools that its source does not own

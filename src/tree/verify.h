@@ -55,7 +55,8 @@ inline const mub_bitree_entry *last_equal(const mub_bitree_entry *head) {
   return nullptr;
 }
 
-// The chain below an entry, or that of the root; all its entries have the parent.
+// Checks the chain to the left or right of an entry, or that of the root: all its entries must have the given
+// parent.
 inline Fault verify_chain(const mub_bitree_entry *head, const mub_bitree_entry *parent) {
   if (head != nullptr && last_equal(head) == nullptr) return "A chain of equals is a cycle.";
   for (const auto *entry = head; entry != nullptr; entry = entry->equal) {
