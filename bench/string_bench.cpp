@@ -223,8 +223,8 @@ void replace_std(benchmark::State &state) {
   add_sizes("format_decimals", "snprintf", decimals_snprintf, {1000});
   add_sizes("replace_all", "mub", replace_mub, {1000, 100000, 1000000});
   add_sizes("replace_all", "std::string", replace_std, {1000, 100000, 1000000});
-  add_sizes("compare", "mub", compare_mub, {8, 64, 4096});
-  add_sizes("compare", "std::string::compare", compare_std, {8, 64, 4096});
+  add_sizes("compare", "mub", compare_mub, {64, 4096});
+  add_sizes("compare", "std::string::compare", compare_std, {64, 4096});
   add_sizes("find_4_bytes", "mub", find_mub, {64, 4096, 65536, 1 << 20});
   add_sizes("find_4_bytes", "memmem", find_memmem, {64, 4096, 65536, 1 << 20});
   add_sizes("find_4_bytes", "std::string::find", find_std, {64, 4096, 65536, 1 << 20});
