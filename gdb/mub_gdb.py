@@ -914,7 +914,8 @@ class Pool(Walked):
     def check_free(self):
         free, taken, live = self.free_blocks(), self.used("chunk"), self.field("live_count")
         chunks = sorted(self.chunks())
-        for block, times in collections.Counter(free).items():
+        # A clone made without a chunk map leaves nulls on its free stack.
+        for block, times in collections.Counter(filter(None, free)).items():
             chunk = bisect.bisect_right(chunks, (block, 1 << 64)) - 1
             base, used = chunks[chunk] if chunk >= 0 else (0, 0)
             slot, rest = divmod(block - base, max(1, self.field("block_size")))

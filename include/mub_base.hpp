@@ -13,10 +13,10 @@
  * - **Copies.** Types can be moved but not copied. clone() returns a copy with the same settings, which is
  *   empty if memory ran out. Exceptions are the view stringx, which can be copied, and the range live_blocks,
  *   which can be neither moved nor copied.
- * - **Moves.** A move transfers contents, pools and settings. Entries keep their addresses, except for the
- *   root of a tree, which lies in the record. A moved-from object is empty and has no pools. To add something
- *   to a moved-from container or pool, assign to it or reset() it first: an assert() checks that. Strings,
- *   streams and bit sets need no pool and can be used again at once.
+ * - **Moves.** A move transfers contents, pools and settings. Entries keep their addresses, except for what
+ *   lies in the record: the root of a tree, and the first four words of an arrayt. A moved-from object is
+ *   empty and has no pools. To add something to a moved-from container or pool, assign to it or reset() it
+ *   first: an assert() checks that. Strings, streams and bit sets need no pool and can be used again at once.
  * - **Memory.** An addition that runs out of memory changes nothing; its result, if it has one, is false,
  *   nullptr or 0 then, and may be ignored. There are three exceptions. set() of a map and append_new() of an
  *   array add an entry with value 0 if only its block is missing. append() and append_new() of mub::array add
@@ -127,7 +127,7 @@ class owner {
 
   /**
    * Swaps everything, including pools and settings. Iterators of both objects are invalid afterwards; entries
-   * keep their addresses.
+   * keep their addresses, with the exceptions that apply to moves.
    */
   ///@{
   void swap(Derived &other) noexcept { exchange(other); }
@@ -439,7 +439,7 @@ class keyed : public owner<Derived, Life>, public range<Derived> {
   }
 
   /**
-   * Removes all entries without a call for their values. Invalidates all iterators. See
+   * Removes all entries; no function is called for their values. Invalidates all iterators. See
    * mub_hash_remove_all().
    */
   void clear() { Traits::remove_all(c()); }

@@ -127,9 +127,12 @@ MUB_INLINE uint32_t mub_each_set_bit(const mub_bits *bits, int64_t *from) {
   for (cursor_type record##_at = {(map), NULL, 0}; record##_at.tree != NULL; record##_at.tree = NULL) \
     for (record_type *record = start; record != NULL; record = next(&record##_at))
 
-#define MUB_EACH_IN_SLOTS(array_type, slot_type, slots, array, slot)                                     \
-  for (const array_type *slot##_in = (array); slot##_in != NULL; slot##_in = NULL)                       \
-    for (slot_type *slot = slot##_in->slots; slot != NULL && slot < slot##_in->slots + slot##_in->count; \
+/* The count may exceed the slots that exist: the copy of an array has the count of its source, even if memory
+   ran out. */
+#define MUB_EACH_IN_SLOTS(array_type, slot_type, slots, array, slot)                                       \
+  for (const array_type *slot##_in = (array); slot##_in != NULL; slot##_in = NULL)                         \
+    for (slot_type *slot = slot##_in->slots; slot != NULL && slot - slot##_in->slots < slot##_in->count && \
+                                             slot - slot##_in->slots < slot##_in->capacity;                \
          slot++)
 
 /** @endcond */

@@ -62,8 +62,10 @@ extern "C" {
  *
  * A hash table whose keys are byte strings. A key is `length` bytes at `key`; a negative length means that it
  * ends at its first NUL. A NULL key is the empty key, which is valid. Keys are copied. The keys of a table
- * take at most 2^32 - 1 bytes in total; an insertion beyond that fails as if memory had run out. The hash of
- * a key is a CRC-32 computed with `CRC_TABLE` (mub_stream.h), with the initial value 0 and no final
+ * take at most 2^32 - 1 bytes in total; an insertion beyond that fails as if memory had run out. The key
+ * stream grows as every mub_stream does, unless a doubling of the buckets reserves more: above 16 MiB of
+ * keys, all of them are copied once per 8 MiB that are added, and above 2 GiB at nearly every insertion. The
+ * hash of a key is a CRC-32 computed with `CRC_TABLE` (mub_stream.h), with the initial value 0 and no final
  * inversion. If `nocase` is not 0, keys are compared and hashed without regard to case, as converted by
  * tolower().
  *
@@ -182,9 +184,8 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the table is intact, else 0
  * @failure none; nothing is allocated
- * @owner the sentence belongs to the library and never changes
- * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
- *   that the table owns
+ * @owner the sentence belongs to the library and never changes @cost O(buckets + entries + bytes of all keys); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each
+ * pool that the table owns
  * @nullable what
  */
 MUB_API int mub_hash_verify(const mub_hash *table, const char **what);
@@ -246,7 +247,7 @@ MUB_API int mub_hash_cmp(const void *a, int64_t a_length, const void *b, int64_t
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the table: a block of the value pool, or the word already stored
  * @invalidates an iteration in progress, if the number of buckets doubles; pointers to keys
- * @cost O(1) expected, amortised over the doublings of the buckets
+ * @cost O(length) expected, amortised over the doublings of the buckets, up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key, init
  */
@@ -298,7 +299,7 @@ MUB_API int64_t mub_hash_get_many(const mub_hash *table, const void *const *keys
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates an iteration in progress, if the number of buckets doubles; pointers to keys
- * @cost O(1) expected, amortised over the doublings of the buckets
+ * @cost O(length) expected, amortised over the doublings of the buckets, up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key
  */
@@ -385,8 +386,8 @@ MUB_API mub_hash *mub_hash_free(mub_hash *table, const void *key, int64_t length
  *
  * @param[in,out] table  the table
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
- *   other values remain the caller's
+ * @owner entries are returned to their pool, value blocks of an owned value pool are released as it is
+ *   emptied, and other values remain the caller's
  * @invalidates all entries, and pointers to keys
  * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
@@ -454,7 +455,7 @@ MUB_API void mub_hash_free_all_entry(mub_hash *table, mub_free_fn release);
  * @failure 0 if the key was present, or if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
  * @invalidates an iteration in progress, if the number of buckets doubles; pointers to keys
- * @cost O(1) expected, amortised over the doublings of the buckets
+ * @cost O(length) expected, amortised over the doublings of the buckets, up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key
  */
@@ -596,7 +597,7 @@ MUB_API void mub_hash_expand(mub_hash *table);
  * @failure NULL if memory ran out
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
  * @invalidates an iteration in progress, if the number of buckets doubles; pointers to keys
- * @cost O(1) expected, amortised over the doublings of the buckets
+ * @cost O(length) expected, amortised over the doublings of the buckets, up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -623,8 +624,9 @@ MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *table, const void *key, 
 /**
  * Unlinks the entry of a key and deletes its key bytes.
  *
- * The count is unchanged. The entry keeps its fields, whatever else is removed. Leave its `next` NULL until
- * you decrement the count, and decrement the count before you return the block.
+ * The count is unchanged. The entry's `next` is set to NULL, and its other fields stay as they are, whatever
+ * else is removed. Leave `next` NULL until you decrement the count, and decrement the count before you return
+ * the block.
  *
  * @param[in,out] table  the table
  * @param[in] key        the bytes of the key; NULL is the empty key
@@ -766,9 +768,8 @@ MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_use
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the table is intact, else 0
  * @failure none; nothing is allocated
- * @owner the sentence belongs to the library and never changes
- * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
- *   that the table owns
+ * @owner the sentence belongs to the library and never changes @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each
+ * pool that the table owns
  * @nullable what
  */
 MUB_API int mub_hashd_verify(const mub_hashd *table, const char **what);
@@ -827,8 +828,8 @@ MUB_API int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, m
 MUB_API uint64_t mub_hashd_get(const mub_hashd *table, uint32_t key);
 
 /**
- * Looks up the values of many keys. In a large table, this takes a fraction of the time of as many calls of
- * mub_hashd_get(), because the look-ups wait for memory together.
+ * Looks up the values of many keys. In a table of more than about 1e5 entries, this takes less time than as
+ * many calls of mub_hashd_get(), because the look-ups wait for memory together.
  *
  * @param[in] table        the table
  * @param[in] keys         the keys
@@ -925,8 +926,8 @@ MUB_API mub_hashd *mub_hashd_free(mub_hashd *table, uint32_t key, mub_free_fn re
  *
  * @param[in,out] table  the table
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
- *   other values remain the caller's
+ * @owner entries are returned to their pool, value blocks of an owned value pool are released as it is
+ *   emptied, and other values remain the caller's
  * @invalidates all entries
  * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
@@ -1255,9 +1256,8 @@ MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_use
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the table is intact, else 0
  * @failure none; nothing is allocated
- * @owner the sentence belongs to the library and never changes
- * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
- *   that the table owns
+ * @owner the sentence belongs to the library and never changes @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each
+ * pool that the table owns
  * @nullable what
  */
 MUB_API int mub_hashx_verify(const mub_hashx *table, const char **what);
@@ -1316,8 +1316,8 @@ MUB_API int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, m
 MUB_API uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key);
 
 /**
- * Looks up the values of many keys. In a large table, this takes a fraction of the time of as many calls of
- * mub_hashx_get(), because the look-ups wait for memory together.
+ * Looks up the values of many keys. In a table of more than about 1e5 entries, this takes less time than as
+ * many calls of mub_hashx_get(), because the look-ups wait for memory together.
  *
  * @param[in] table        the table
  * @param[in] keys         the keys
@@ -1414,8 +1414,8 @@ MUB_API mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn re
  *
  * @param[in,out] table  the table
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
- *   other values remain the caller's
+ * @owner entries are returned to their pool, value blocks of an owned value pool are released as it is
+ *   emptied, and other values remain the caller's
  * @invalidates all entries
  * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
@@ -1639,7 +1639,7 @@ MUB_API mub_hashx_entry *mub_hashx_remove_t(mub_hashx *table, uint64_t key);
  *
  * A hash table whose keys are 16 bytes, as four 32-bit words. A key is passed as a pointer to its words,
  * which are copied on insertion; its hash is mub_hasht_key(). There are no functions that iterate over the
- * entries.
+ * entries; use MUB_EACH_HASHT() of mub_each.h.
  *
  * @{
  */
@@ -1694,7 +1694,7 @@ MUB_API void mub_hasht_term(mub_hasht *table);
  * @param[in,out] a  one table
  * @param[in,out] b  the other table
  * @owner what one table owned now belongs to the other
- * @invalidates the bucket numbers of entries of both tables
+ * @invalidates iterations in progress over both tables
  */
 MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
 
@@ -1745,9 +1745,8 @@ MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_use
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the table is intact, else 0
  * @failure none; nothing is allocated
- * @owner the sentence belongs to the library and never changes
- * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
- *   that the table owns
+ * @owner the sentence belongs to the library and never changes @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each
+ * pool that the table owns
  * @nullable what
  */
 MUB_API int mub_hasht_verify(const mub_hasht *table, const char **what);
@@ -1831,7 +1830,7 @@ MUB_API int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value
 MUB_API uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key);
 
 /**
- * Looks up the values of many keys. In a large table, this takes a fraction of the time of as many calls of
+ * Looks up the values of many keys. In a large table, this takes less time than as many calls of
  * mub_hasht_get(), because the look-ups wait for memory together.
  *
  * @param[in] table        the table
@@ -1934,8 +1933,8 @@ MUB_API mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_fre
  *
  * @param[in,out] table  the table
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries are returned to their pool, and value blocks of an owned value pool are released with it;
- *   other values remain the caller's
+ * @owner entries are returned to their pool, value blocks of an owned value pool are released as it is
+ *   emptied, and other values remain the caller's
  * @invalidates all entries
  * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
@@ -2078,7 +2077,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_remove(mub_hasht *table, int64_t bucket
  *
  * @param[in,out] table  the table
  * @failure the table is unchanged if memory runs out
- * @invalidates the bucket numbers of entries
+ * @invalidates an iteration in progress
  * @cost O(buckets + entries)
  * @level low
  */

@@ -18,12 +18,12 @@
  * means the library's function. A member of such a name that is called, as in `ops->mub_pool_new(&pool)`,
  * needs parentheses: `(ops->mub_pool_new)(&pool)`.
  *
- * **In C**, a function that is inline but not static may not call static functions, and these are static.
- * Such a function puts parentheses around the name.
+ * **In C**, a function that is inline but not static may not call static functions, and these are static. In
+ * such a function, put parentheses around the name.
  *
- * **In C++**, an inline function or a template has to be the same in all translation units. If yours calls
- * one of these operations, include this header where it is defined. The types of mub.hpp call them, too:
- * include this header before mub.hpp in all translation units, or in none.
+ * **In C++**, an inline function or a template has to be the same in all translation units. If one of yours
+ * calls these operations, include this header in the file that defines it. The types of mub.hpp call them,
+ * too: include this header before mub.hpp in all translation units, or in none.
  *
  * These functions are inline:
  *

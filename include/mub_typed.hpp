@@ -191,7 +191,7 @@ class map_of : private Map {
     } else {
       entry->value = to_word(detail::construct<T>(added.block, std::forward<Args>(args)...));
     }
-    added.release();
+    added.keep();
     return {value_of<T>(entry), true};
   }
 
@@ -264,7 +264,7 @@ class map_of : private Map {
   ///@}
 
  private:
-  // A new entry and the block of its value. Both are given back unless they are released, even if the
+  // A new entry and the block of its value. Both are removed again unless keep() is called, even if the
   // constructor of the value throws.
   struct addition {
     map_of &map;
@@ -275,7 +275,7 @@ class map_of : private Map {
       if (entry != nullptr) map.remove(Map::traits::key_of(map.c(), entry));
       if (block != nullptr) mub_pool_free(map.c()->value_pool, block);
     }
-    void release() noexcept {
+    void keep() noexcept {
       block = nullptr;
       entry = nullptr;
     }

@@ -590,5 +590,26 @@ TEST(CLoops, VisitAllItemsAndEndAtABreak) {
   }
 }
 
+// A clone that ran out of memory has the count of its source, but not as many slots.
+TEST(CLoops, EndAtTheCapacity) {
+  const auto expect_all_slots = [](auto array, auto loop) {
+    const auto count = std::exchange(array.c()->count, INT64_MAX);
+    EXPECT_EQ(loop(array.c()), array.c()->capacity);
+    array.c()->count = count;
+  };
+  const auto steps = [](auto *array) {
+    int64_t count = 0;
+    MUB_EACH_ARRAYD(array, slot) count += slot != nullptr ? 1 : 0;
+    return count;
+  };
+  const auto words = [](auto *array) {
+    int64_t count = 0;
+    MUB_EACH_ARRAYT(array, word) count += word != nullptr ? 1 : 0;
+    return count;
+  };
+  expect_all_slots(filled<mub::arrayd>(5), steps);
+  expect_all_slots(filled<mub::arrayt>(5), words);
+}
+
 }  // namespace
 }  // namespace mub_test

@@ -32,7 +32,8 @@ export function load({ library, api }) {
     const contained = record.fields.map((field) => description.records.find(({ name }) => name === field.type));
     contained.filter(Boolean).forEach(declareRecord);
     const type = koffi.struct(record.name, Object.fromEntries(record.fields.map(({ name, type }) => [name, stored(type)])));
-    if (koffi.sizeof(type) !== record.size) throw new Error(`${record.name}: layout differs from the library's`);
+    if (koffi.sizeof(type) !== record.size ||
+      record.fields.some((field) => koffi.offsetof(type, field.name) !== field.offset)) throw new Error(`${record.name}: layout differs from the library's`);
     records.set(record.name, type);
   };
 

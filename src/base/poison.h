@@ -59,7 +59,8 @@ inline int64_t offset_in_heap_block(const void *address, uint64_t size_bytes) {
   return offset < size_bytes ? static_cast<int64_t>(offset) : -1;
 }
 
-// Copies bytes, whether poisoned or not. Volatile, lest the loop becomes a call of memcpy, which is checked.
+// Copies bytes, whether poisoned or not. Volatile, so that the loop is not compiled to a call of memcpy,
+// which is checked.
 __attribute__((no_sanitize("address"))) inline void copy_poisoned(void *copy, const void *source,
                                                                   size_t size_bytes) {
   const auto *from = static_cast<const volatile char *>(source);
@@ -85,7 +86,7 @@ inline bool is_poisoned(const void *address) {
 inline void report_use(const void *address) {
   static_cast<void>(VALGRIND_CHECK_MEM_IS_ADDRESSABLE(address, 1));
 }
-// Blocks of the heap are not known here. Any address can be poisoned, even one that is none of a block.
+// Blocks of the heap are not known here. Any address can be poisoned, even one outside of all blocks.
 inline int64_t offset_in_heap_block(const void *, uint64_t) { return 0; }
 
 inline void copy_poisoned(void *copy, const void *source, size_t size_bytes) {

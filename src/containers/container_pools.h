@@ -142,7 +142,7 @@ bool must_visit_entries(const Container &container, mub_free_fn release_it) {
   return release_it != nullptr || container.owns_entry_pool == 0 || value_pool_of(container).is_external();
 }
 
-// Passes a value to the caller's release function and returns its block. 0 is no value.
+// Passes a value to the caller's release function, and returns its block to an external pool. 0 is no value.
 template <class Field>
 inline void release_value(const Field &value_pool, uint64_t value, mub_free_fn release_it) {
   if (value == 0) return;

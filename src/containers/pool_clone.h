@@ -10,7 +10,8 @@
 //      granules, of 2^granule_bits_ bytes each, begin at the first chunk and cover the start of each.
 //   4. base_ and copy_base_ are 0, or the addresses of a chunk and its copy.
 //
-// Threads: nothing is written to the source. The objects are locals of the function that clones.
+// Threads: nothing is written to the source, but new blocks may be taken from its external pools. The objects
+// are locals of the function that clones.
 #ifndef MUB_CONTAINERS_POOL_CLONE_H
 #define MUB_CONTAINERS_POOL_CLONE_H
 
@@ -128,7 +129,7 @@ class UserPoolClone {
   UserPoolClone(mub_pool *source, mub_pool *destination, mub_clone_fn call)
       : source_(source), destination_(destination), call_(call) {}
 
-  // The user pool is not to be cloned over `pool`, which belongs to the container's clone.
+  // Forbids cloning the user pool over `pool`, which belongs to the container's clone.
   void protect(const mub_pool *pool) { is_protected_ = is_protected_ || pool == destination_; }
 
   // Clones the user pool, if both pools and the callback are given. Nothing is copied if the destination

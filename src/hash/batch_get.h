@@ -25,7 +25,7 @@ struct Lookup {
   uint64_t hash;
   EntryOf<Table> *entry;
 
-  bool is_candidate() const { return entry == nullptr || Policy<Table>::may_match(*entry, hash, key); }
+  bool has_arrived() const { return entry == nullptr || Policy<Table>::may_match(*entry, hash, key); }
 };
 
 // Moves each look-up along its chain, all by one step per round, to the first entry that may match. After
@@ -37,7 +37,7 @@ void follow_chains(Lookup<Table> *lookups, int64_t count) {
     has_moved = false;
     for (int64_t i = 0; i < count; ++i) {
       Lookup<Table> &lookup = lookups[i];
-      if (lookup.is_candidate()) continue;
+      if (lookup.has_arrived()) continue;
       lookup.entry = lookup.entry->next;
       prefetch(lookup.entry);
       has_moved = true;

@@ -186,8 +186,9 @@ void for_each(const Table &table, Visit visit) {
 }
 
 // Counts the entries in the chains by a pass over the entry pool. Each is the head of a bucket or the `next`
-// of one other entry, so the result is the number of heads and of `next` fields that are not null. A caller
-// leaves the `next` of an unlinked entry null; those of blocks on the free stack are subtracted.
+// of one other entry, so the result is the number of heads and of `next` fields that are not null. The `next`
+// fields of blocks on the free stack are subtracted; that of an entry that a caller has unlinked is null: the
+// caller leaves it so.
 template <class Table>
 int64_t count_linked(const Table &table) {
   using Entry = EntryOf<Table>;

@@ -1,7 +1,7 @@
 // Cloning a hash table. If source and copy own their entry pools, blocks are copied chunk by chunk and the
 // addresses in them translated; otherwise entries are copied individually to new blocks of the copy's pool.
 // Buckets and the order of the chains are those of the source. Invariants and policy: see hash_table.h.
-// Threads: the source is only read.
+// Threads: the source is only read, but blocks are taken from its external entry pool, if it has one.
 #ifndef MUB_HASH_HASH_TABLE_CLONE_H
 #define MUB_HASH_HASH_TABLE_CLONE_H
 
