@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include "mub.hpp"
+#include "support/fuse.h"
 
 namespace {
 
@@ -61,6 +63,37 @@ TEST(ArrayQuirks, SpareSlotsKeepOffsetsThatMayExceedTheKeyStream) {
   mub_array_qsort(&array, 1);
   mub_array_insert_at(&array, 0, "key", 3, 2);
   EXPECT_EQ(keys_of(array), Keys(2)) << "the key bytes were released";
+}
+
+// Texts longer than those that are copied to the stack.
+TEST(OwnText, IsSplitWhollyOrNotAtAll) {
+  constexpr int64_t kPieces = 200;
+  std::string text;
+  while (std::ssize(text) < 2 * kPieces) text += "1,";
+  const auto expect = [&](auto kind, auto own_text, auto split) {
+    mub_test::for_every_allocation([&](auto refused_in) {
+      decltype(kind) record;
+      const char *own = own_text(record);
+      const auto count = record.size();
+      const bool is_refused = refused_in([&] { split(record.c(), ',', own, std::ssize(text)); });
+      EXPECT_TRUE(record.size() == count + kPieces || (is_refused && record.size() == count));
+    });
+  };
+  const auto as_key = [&](auto &record) {
+    EXPECT_TRUE(record.push_back(text, 1));
+    return reinterpret_cast<const char *>(record.c()->keys.data);
+  };
+  const auto in_spare = [&](auto slots) {
+    return [&, slots](auto &array) {
+      EXPECT_TRUE(array.reserve(100));
+      void *own = array.c()->*slots;
+      return static_cast<const char *>(std::memcpy(own, text.data(), text.size()));
+    };
+  };
+  expect(mub::array(), as_key, mub_array_from_string);
+  expect(mub::list(), as_key, mub_list_from_string);
+  expect(mub::arrayd(), in_spare(&mub_arrayd::entries), mub_arrayd_from_string);
+  expect(mub::arrayt(), in_spare(&mub_arrayt::tail), mub_arrayt_from_string);
 }
 
 // A stream of 4 GiB, of which only the ends are accessed.

@@ -37,6 +37,28 @@ TEST(LinkedList, ReturnsTheBlocksOfAnExternalPoolIfACloneRunsOutOfMemory) {
   mub_test::expect_blocks_returned<mub::list>([](mub::list &list, int64_t) { list.push_back("key", 1); });
 }
 
+TEST(LinkedList, CopiesOfAnotherListAreWholeOrNotThereAtAll) {
+  mub::lists source;
+  for (uint64_t value = 1; value <= 100; ++value) ASSERT_TRUE(source.push_back(value));
+  mub_test::for_every_allocation([&](auto refused_in) {
+    mub::lists list;
+    const bool is_refused = refused_in([&] { mub_lists_add_tail_list(list.c(), source.c()); });
+    EXPECT_EQ(list.size(), is_refused ? 0 : 100);
+    EXPECT_TRUE(list.verify() && list.c()->entry_pool->live_count == list.size());
+  });
+}
+
+TEST(Trees, CopiesOfAnEntryAreWholeOrNotThereAtAll) {
+  mub_test::for_every_allocation([](auto refused_in) {
+    mub::tree tree;
+    for (int i = 0; i < 40; ++i) tree.append(tree.root(), 1);
+    mub_tree_entry *copy = nullptr;
+    const bool is_refused = refused_in([&] { copy = mub_tree_clone_entry(tree.c(), tree.root()); });
+    EXPECT_EQ(copy == nullptr, is_refused);
+    EXPECT_EQ(tree.c()->entry_pool->live_count, is_refused ? 40 : 40 + 41);
+  });
+}
+
 TEST(Trees, PathsAreWholeOrNotThereAtAll) {
   mub::tree tree;
   mub_tree_entry *entry = tree.root();

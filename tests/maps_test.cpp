@@ -294,6 +294,24 @@ TEST(BTreeOfNumbers, LargeTreesAreClonedAndWalkedInBothDirections) {
   EXPECT_TRUE(std::equal(up.begin(), up.end(), down.rbegin(), down.rend()));
 }
 
+// A leaf that could not be split when it was full has more children than a new node has room for.
+TEST(BTreeOfNumbers, OvergrownLeavesAreSplitOrStayAsTheyAre) {
+  mub_test::for_every_allocation([](auto refused_in) {
+    TreeOfNumbers tree(2);
+    for (uint32_t i = 1; i <= 200; ++i) {
+      mub_test::arm_fuse(i % 16 == 1 ? 1 : 0, mub_test::Blow::kOnce);  // after a chunk for 16 records
+      tree.add(i);
+      mub_test::disarm_fuse();
+    }
+    ASSERT_EQ(tree.root.children.count, 200);
+    const bool is_refused = refused_in([&] { mub_btreed_split(&tree, &tree.root); });
+    EXPECT_EQ(tree.root.children.count, is_refused ? 200 : 2);
+    EXPECT_EQ(tree.entry_pool->live_count, is_refused ? 0 : 2);
+    const char *what = nullptr;
+    EXPECT_EQ(mub_btreed_verify(&tree, &what), 1) << what;
+  });
+}
+
 // A node keeps the offset of its key if that has the same bytes as the key of its last child.
 TEST(BTreeOfBytes, KeysWithTheSameBytesKeepTheirOffsets) {
   for (const int which : {0, 1, 2}) {
