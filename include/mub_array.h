@@ -20,8 +20,9 @@
  *
  * **Positions.** `_get_entry`, `_get_at`, `_set_at` and `_update_at` access every slot of the table,
  * including the spare ones from `count` up to `capacity`; the count does not change. A spare slot has an
- * empty key (an integer key is 0) and value 0 if it was never used, else its old content. Insertion and
- * removal are bounded by `count`, and so are all positions in mub_arrayt.
+ * empty key (an integer key is 0) and value 0 if it was never used, else its old content, of which an integer
+ * key may have become 0. Insertion and removal are bounded by `count`, and so are all positions in
+ * mub_arrayt.
  *
  * **Sorted use.** Operations that need a sorted array use binary search and rely on the order that the
  * `descending` field specifies: 0 is ascending (as after `_init`), any other value descending. Set it before
@@ -160,7 +161,7 @@ MUB_API mub_array *mub_array_term(mub_array *array);
  * @return 1 if there is room; always if `wanted` is at most the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to entries, if the table grows
- * @cost O(count) if the table grows
+ * @cost O(wanted) if the table grows
  */
 MUB_API int mub_array_expand(mub_array *array, int64_t wanted);
 
@@ -226,18 +227,19 @@ MUB_API mub_array *mub_array_clone(const mub_array *source, mub_pool *source_use
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity, that every key is in the key stream and no two keys overlap, and the pool
- * that the array owns. Any order of the entries is accepted, and a copy for which memory ran out. Spare slots
- * that mub_array_shrink() brought into use, or to which mub_array_set_at() gave a key, may have keys that
- * overlap or are outside the stream: the result is 0 until they have keys of their own.
+ * Checks the count, the capacity, that every key is in the key stream and no two keys overlap, the pool that
+ * the array owns, and the fields and tables of an external one. Any order of the entries is accepted, and so
+ * is a copy for which memory ran out, until `_expand` gives it a table that is smaller than its count. Spare
+ * slots that mub_array_shrink() brought into use, or to which mub_array_set_at() gave a key, may have keys
+ * that overlap or are outside the stream: the result is 0 until they have keys of their own.
  *
  * @param[in] array  the array
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the array is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(n), times the length of the key stream / 65536 if the keys do not fill it, and that of
- *   mub_pool_verify() for the pool that the array owns
+ * @cost O(count); if the keys do not fill the key stream, O(count * L / 65536 + L) for its length L; and that
+ *   of mub_pool_verify() for the pool that the array owns
  * @nullable what
  */
 MUB_API int mub_array_verify(const mub_array *array, const char **what);
@@ -251,7 +253,7 @@ MUB_API int mub_array_verify(const mub_array *array, const char **what);
  * @param[in] array  the array
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stack of the pool
+ * @cost O(free pages) of the pool
  */
 MUB_API int64_t mub_array_memory_bytes(const mub_array *array);
 
@@ -289,7 +291,7 @@ MUB_API mub_array *mub_array_free_all(mub_array *array, mub_free_fn release);
 /**
  * Releases every value, in order.
  *
- * The entries are unchanged, so their values are no longer valid.
+ * The entries still hold the values, which are no longer valid.
  *
  * @param[in,out] array  the array
  * @param[in] release    called with each released value that is not 0; NULL: not called
@@ -910,7 +912,7 @@ MUB_API mub_arrayd *mub_arrayd_term(mub_arrayd *array);
  * @return 1 if there is room; always if `wanted` is at most the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to entries, if the table grows
- * @cost O(count) if the table grows
+ * @cost O(wanted) if the table grows
  */
 MUB_API int mub_arrayd_expand(mub_arrayd *array, int64_t wanted);
 
@@ -976,8 +978,9 @@ MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity and the pool that the array owns. Any order is accepted, and a copy for
- * which memory ran out.
+ * Checks the count, the capacity the pool that the array owns, and the fields and tables of an external one.
+ * Any order is accepted, and so is a copy for which memory ran out, until `_expand` gives it a table that is
+ * smaller than its count.
  *
  * @param[in] array  the array
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -998,7 +1001,7 @@ MUB_API int mub_arrayd_verify(const mub_arrayd *array, const char **what);
  * @param[in] array  the array
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stack of the pool
+ * @cost O(free pages) of the pool
  */
 MUB_API int64_t mub_arrayd_memory_bytes(const mub_arrayd *array);
 
@@ -1034,7 +1037,7 @@ MUB_API mub_arrayd *mub_arrayd_free_all(mub_arrayd *array, mub_free_fn release);
 /**
  * Releases every value, in order.
  *
- * The entries are unchanged, so their values are no longer valid.
+ * The entries still hold the values, which are no longer valid.
  *
  * @param[in,out] array  the array
  * @param[in] release    called with each released value that is not 0; NULL: not called
@@ -1223,7 +1226,7 @@ MUB_API void mub_arrayd_free_at(mub_arrayd *array, int64_t index, mub_free_fn re
  *   nothing is added
  * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  */
 MUB_API int mub_arrayd_insert(mub_arrayd *array, uint32_t key, uint64_t value);
 
@@ -1243,7 +1246,7 @@ MUB_API int mub_arrayd_insert(mub_arrayd *array, uint32_t key, uint64_t value);
  *   pool after `init` has been called
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  * @nullable init
  */
 MUB_API int mub_arrayd_insert_new(mub_arrayd *array, uint32_t key, uint64_t *value, mub_init_fn init);
@@ -1307,7 +1310,7 @@ MUB_API void mub_arrayd_free(mub_arrayd *array, uint32_t key, mub_free_fn releas
  * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
  *   moved or removed
  * @invalidates pointers to entries
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  */
 MUB_API mub_arrayd_entry *mub_arrayd_entry_insert(mub_arrayd *array, uint32_t key);
 
@@ -1570,7 +1573,7 @@ MUB_API mub_arrayx *mub_arrayx_term(mub_arrayx *array);
  * @return 1 if there is room; always if `wanted` is at most the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to entries, if the table grows
- * @cost O(count) if the table grows
+ * @cost O(wanted) if the table grows
  */
 MUB_API int mub_arrayx_expand(mub_arrayx *array, int64_t wanted);
 
@@ -1636,8 +1639,9 @@ MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity and the pool that the array owns. Any order is accepted, and a copy for
- * which memory ran out.
+ * Checks the count, the capacity the pool that the array owns, and the fields and tables of an external one.
+ * Any order is accepted, and so is a copy for which memory ran out, until `_expand` gives it a table that is
+ * smaller than its count.
  *
  * @param[in] array  the array
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -1658,7 +1662,7 @@ MUB_API int mub_arrayx_verify(const mub_arrayx *array, const char **what);
  * @param[in] array  the array
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stack of the pool
+ * @cost O(free pages) of the pool
  */
 MUB_API int64_t mub_arrayx_memory_bytes(const mub_arrayx *array);
 
@@ -1694,7 +1698,7 @@ MUB_API mub_arrayx *mub_arrayx_free_all(mub_arrayx *array, mub_free_fn release);
 /**
  * Releases every value, in order.
  *
- * The entries are unchanged, so their values are no longer valid.
+ * The entries still hold the values, which are no longer valid.
  *
  * @param[in,out] array  the array
  * @param[in] release    called with each released value that is not 0; NULL: not called
@@ -1883,7 +1887,7 @@ MUB_API void mub_arrayx_free_at(mub_arrayx *array, int64_t index, mub_free_fn re
  *   nothing is added
  * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates pointers to entries
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  */
 MUB_API int mub_arrayx_insert(mub_arrayx *array, uint64_t key, uint64_t value);
 
@@ -1903,7 +1907,7 @@ MUB_API int mub_arrayx_insert(mub_arrayx *array, uint64_t key, uint64_t value);
  *   pool after `init` has been called
  * @owner the block belongs to the value pool; the array refers to it
  * @invalidates pointers to entries
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  * @nullable init
  */
 MUB_API int mub_arrayx_insert_new(mub_arrayx *array, uint64_t key, uint64_t *value, mub_init_fn init);
@@ -1967,7 +1971,7 @@ MUB_API void mub_arrayx_free(mub_arrayx *array, uint64_t key, mub_free_fn releas
  * @owner the entry lies in the array's table; the address is valid until the table grows or the entry is
  *   moved or removed
  * @invalidates pointers to entries
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the entries after it
  */
 MUB_API mub_arrayx_entry *mub_arrayx_entry_insert(mub_arrayx *array, uint64_t key);
 
@@ -2140,11 +2144,11 @@ MUB_API void mub_arrayx_qsort_x_n(mub_arrayx *array, mub_compare_fn compare);
  *
  * An array of bare items. An item is a 64-bit word: a pointer to a struct of yours, a number, or a block of
  * the item pool. The array never interprets it: the sorted operations order items with the comparator that
- * you pass, which must be the same for every call. It is called as `compare(item, key, context)`, where
- * `item` is a stored item and `key` is the word that you passed (a name, a number, a struct), which only the
- * comparator interprets. The `_x` functions differ in their comparator only: it is called as
- * `compare(context, item, key, extra)`. Without a comparator (NULL), insertions append, sorts do nothing and
- * searches find nothing.
+ * you pass, which must be the same for every call. It is called as `compare(stored, key, context)`, where
+ * `stored` is an item of the array and `key` is the word that you passed (a name, a number, a struct), which
+ * only the comparator interprets. The `_x` functions differ in their comparator only: it is called as
+ * `compare(context, stored, key, extra)`. Without a comparator (NULL), insertions append, sorts do nothing
+ * and searches find nothing.
  *
  * The `_free` operations ignore items that are 0.
  *
@@ -2194,7 +2198,7 @@ MUB_API void mub_arrays_term(mub_arrays *array);
  * @return 1 if there is room; always if `wanted` is at most the capacity
  * @failure 0 if memory ran out
  * @invalidates pointers to slots, if the table grows
- * @cost O(count) if the table grows
+ * @cost O(wanted) if the table grows
  */
 MUB_API int mub_arrays_expand(mub_arrays *array, int64_t wanted);
 
@@ -2259,8 +2263,9 @@ MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity and the pool that the array owns. Any order is accepted, and a copy for
- * which memory ran out.
+ * Checks the count, the capacity the pool that the array owns, and the fields and tables of an external one.
+ * Any order is accepted, and so is a copy for which memory ran out, until `_expand` gives it a table that is
+ * smaller than its count.
  *
  * @param[in] array  the array
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -2281,7 +2286,7 @@ MUB_API int mub_arrays_verify(const mub_arrays *array, const char **what);
  * @param[in] array  the array
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stack of the pool
+ * @cost O(free pages) of the pool
  */
 MUB_API int64_t mub_arrays_memory_bytes(const mub_arrays *array);
 
@@ -2316,7 +2321,7 @@ MUB_API mub_arrays *mub_arrays_free_all(mub_arrays *array, mub_free_fn release);
 /**
  * Releases every item, in order.
  *
- * The slots are unchanged, so their items are no longer valid.
+ * The slots still hold the items, which are no longer valid.
  *
  * @param[in,out] array  the array
  * @param[in] release    called with each released item that is not 0; NULL: not called
@@ -2481,7 +2486,7 @@ MUB_API void mub_arrays_free_at(mub_arrays *array, int64_t index, mub_free_fn re
  *   although nothing is added
  * @owner the item is stored as is; what it refers to remains the caller's
  * @invalidates pointers to slots
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the items after it
  * @nullable compare
  */
 MUB_API int mub_arrays_insert(mub_arrays *array, uint64_t item, uint64_t context,
@@ -2502,7 +2507,7 @@ MUB_API int mub_arrays_insert(mub_arrays *array, uint64_t item, uint64_t context
  *   although nothing is added
  * @owner the item is stored as is; what it refers to remains the caller's
  * @invalidates pointers to slots
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the items after it
  * @nullable compare
  */
 MUB_API int mub_arrays_insert_x(mub_arrays *array, uint64_t context, uint64_t item, uint64_t extra,
@@ -2520,13 +2525,13 @@ MUB_API int mub_arrays_insert_x(mub_arrays *array, uint64_t context, uint64_t it
  *                       item 0 is added); the equal item if there is one; 0 if memory ran out for the slot
  * @param[in] init       called with the new block, in which it should store the key, so that the array stays
  *                       sorted; NULL: not called
- * @param[in] compare    called as `compare(item, key, context)` for stored items; NULL: the block is appended
+ * @param[in] compare    called as `compare(stored, key, context)` for items; NULL: the block is appended
  * @return the index of the new item
  * @failure -1 if an equal one was present or memory ran out; if the insertion fails, the block is returned to
  *   the pool after `init` has been called
  * @owner the block belongs to the item pool; the array refers to it
  * @invalidates pointers to slots
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the items after it
  * @nullable init, compare
  */
 MUB_API int mub_arrays_insert_new(mub_arrays *array, uint64_t key, uint64_t context, uint64_t *item,
@@ -2545,14 +2550,14 @@ MUB_API int mub_arrays_insert_new(mub_arrays *array, uint64_t key, uint64_t cont
  *                       item 0 is added); the equal item if there is one; 0 if memory ran out for the slot
  * @param[in] init       called with the new block, in which it should store the key, so that the array stays
  *                       sorted; NULL: not called
- * @param[in] compare    called as `compare(context, item, key, extra)` for stored items; NULL: the block is
+ * @param[in] compare    called as `compare(context, stored, key, extra)` for items; NULL: the block is
  *                       appended
  * @return the index of the new item
  * @failure -1 if an equal one was present or memory ran out; if the insertion fails, the block is returned to
  *   the pool after `init` has been called
  * @owner the block belongs to the item pool; the array refers to it
  * @invalidates pointers to slots
- * @cost O(log count) to search, O(count) to move the slots after it
+ * @cost O(log count) to search, O(count) to move the items after it
  * @nullable init, compare
  */
 MUB_API int mub_arrays_insert_new_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
@@ -2566,7 +2571,7 @@ MUB_API int mub_arrays_insert_new_x(mub_arrays *array, uint64_t context, uint64_
  * @param[in,out] array  the array
  * @param[in] item       any 64-bit word; also passed to the comparator as the key
  * @param[in] context    any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare    called as `compare(item, key, context)` for stored items; NULL: nothing is found
+ * @param[in] compare    called as `compare(stored, item, context)` for items; NULL: nothing is found
  * @return the replaced item
  * @failure 0 if there is none; nothing changes
  * @owner the previous item is returned and not released; the new one is stored as is
@@ -2586,7 +2591,7 @@ MUB_API uint64_t mub_arrays_update(mub_arrays *array, uint64_t item, uint64_t co
  * @param[in] context    any 64-bit word; passed to the comparator as its first argument
  * @param[in] item       any 64-bit word; also passed to the comparator as the key
  * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare    called as `compare(context, item, key, extra)` for stored items; NULL: nothing is
+ * @param[in] compare    called as `compare(context, stored, key, extra)` for items; NULL: nothing is
  *                       found
  * @return the replaced item
  * @failure 0 if there is none; nothing changes
@@ -2606,12 +2611,12 @@ MUB_API uint64_t mub_arrays_update_x(mub_arrays *array, uint64_t context, uint64
  * @param[in,out] array  the array
  * @param[in] key        the key to look for, passed to the comparator
  * @param[in] context    any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare    called as `compare(item, key, context)` for stored items; NULL: nothing is found
+ * @param[in] compare    called as `compare(stored, key, context)` for items; NULL: nothing is found
  * @return the item
  * @failure 0 if there is none
  * @owner the item is returned and not released
  * @invalidates pointers to slots
- * @cost O(log count) to search, O(count) to move the entries after it
+ * @cost O(log count) to search, O(count) to move the items after it
  * @nullable compare
  */
 MUB_API uint64_t mub_arrays_remove(mub_arrays *array, uint64_t key, uint64_t context,
@@ -2626,13 +2631,13 @@ MUB_API uint64_t mub_arrays_remove(mub_arrays *array, uint64_t key, uint64_t con
  * @param[in] context    any 64-bit word; passed to the comparator as its first argument
  * @param[in] key        the key to look for, passed to the comparator
  * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare    called as `compare(context, item, key, extra)` for stored items; NULL: nothing is
+ * @param[in] compare    called as `compare(context, stored, key, extra)` for items; NULL: nothing is
  *                       found
  * @return the item
  * @failure 0 if there is none
  * @owner the item is returned and not released
  * @invalidates pointers to slots
- * @cost O(log count) to search, O(count) to move the entries after it
+ * @cost O(log count) to search, O(count) to move the items after it
  * @nullable compare
  */
 MUB_API uint64_t mub_arrays_remove_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
@@ -2647,11 +2652,11 @@ MUB_API uint64_t mub_arrays_remove_x(mub_arrays *array, uint64_t context, uint64
  * @param[in] key        the key to look for, passed to the comparator
  * @param[in] context    any 64-bit word; passed to the comparator as its last argument
  * @param[in] release    called with each released item that is not 0; NULL: not called
- * @param[in] compare    called as `compare(item, key, context)` for stored items; NULL: nothing is found
+ * @param[in] compare    called as `compare(stored, key, context)` for items; NULL: nothing is found
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner the item is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to slots, and the item
- * @cost O(log count) to search, O(count) to move the entries after it
+ * @cost O(log count) to search, O(count) to move the items after it
  * @nullable release, compare
  */
 MUB_API void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, mub_free_fn release,
@@ -2667,12 +2672,12 @@ MUB_API void mub_arrays_free(mub_arrays *array, uint64_t key, uint64_t context, 
  * @param[in] key        the key to look for, passed to the comparator
  * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
  * @param[in] release    called with each released item that is not 0; NULL: not called
- * @param[in] compare    called as `compare(context, item, key, extra)` for stored items; NULL: nothing is
+ * @param[in] compare    called as `compare(context, stored, key, extra)` for items; NULL: nothing is
  *                       found
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner the item is passed to `release`, its block is returned to an external pool
  * @invalidates pointers to slots, and the item
- * @cost O(log count) to search, O(count) to move the entries after it
+ * @cost O(log count) to search, O(count) to move the items after it
  * @nullable release, compare
  */
 MUB_API void mub_arrays_free_x(mub_arrays *array, uint64_t context, uint64_t key, uint64_t extra,
@@ -2686,7 +2691,7 @@ MUB_API void mub_arrays_free_x(mub_arrays *array, uint64_t context, uint64_t key
  * @param[in] array    the array
  * @param[in] key      the key to look for, passed to the comparator
  * @param[in] context  any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare  called as `compare(item, key, context)` for stored items; NULL: nothing is found
+ * @param[in] compare  called as `compare(stored, key, context)` for items; NULL: nothing is found
  * @return the item
  * @failure 0 if there is none
  * @owner the item stays in the array
@@ -2705,7 +2710,7 @@ MUB_API uint64_t mub_arrays_find(const mub_arrays *array, uint64_t key, uint64_t
  * @param[in] context  any 64-bit word; passed to the comparator as its first argument
  * @param[in] key      the key to look for, passed to the comparator
  * @param[in] extra    any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare  called as `compare(context, item, key, extra)` for stored items; NULL: nothing is found
+ * @param[in] compare  called as `compare(context, stored, key, extra)` for items; NULL: nothing is found
  * @return the item
  * @failure 0 if there is none
  * @owner the item stays in the array
@@ -2723,7 +2728,7 @@ MUB_API uint64_t mub_arrays_find_x(const mub_arrays *array, uint64_t context, ui
  * @param[in] array    the array
  * @param[in] key      the key to look for, passed to the comparator
  * @param[in] context  any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare  called as `compare(item, key, context)` for stored items; NULL: nothing is found
+ * @param[in] compare  called as `compare(stored, key, context)` for items; NULL: nothing is found
  * @return the index
  * @failure -1 if there is none
  * @cost O(log count)
@@ -2741,7 +2746,7 @@ MUB_API int64_t mub_arrays_find_index(const mub_arrays *array, uint64_t key, uin
  * @param[in] context  any 64-bit word; passed to the comparator as its first argument
  * @param[in] key      the key to look for, passed to the comparator
  * @param[in] extra    any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare  called as `compare(context, item, key, extra)` for stored items; NULL: nothing is found
+ * @param[in] compare  called as `compare(context, stored, key, extra)` for items; NULL: nothing is found
  * @return the index
  * @failure -1 if there is none
  * @cost O(log count)
@@ -2759,7 +2764,7 @@ MUB_API int64_t mub_arrays_find_index_x(const mub_arrays *array, uint64_t contex
  * @param[in] array    the array
  * @param[in] key      the key to look for, passed to the comparator
  * @param[in] context  any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare  called as `compare(item, key, context)` for stored items; NULL: nothing is found
+ * @param[in] compare  called as `compare(stored, key, context)` for items; NULL: nothing is found
  * @return the item
  * @failure 0 in an empty array or without a comparator
  * @owner the item stays in the array
@@ -2779,7 +2784,7 @@ MUB_API uint64_t mub_arrays_bfind(const mub_arrays *array, uint64_t key, uint64_
  * @param[in] context  any 64-bit word; passed to the comparator as its first argument
  * @param[in] key      the key to look for, passed to the comparator
  * @param[in] extra    any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare  called as `compare(context, item, key, extra)` for stored items; NULL: nothing is found
+ * @param[in] compare  called as `compare(context, stored, key, extra)` for items; NULL: nothing is found
  * @return the item
  * @failure 0 in an empty array or without a comparator
  * @owner the item stays in the array
@@ -2798,7 +2803,7 @@ MUB_API uint64_t mub_arrays_bfind_x(const mub_arrays *array, uint64_t context, u
  * @param[in] array    the array
  * @param[in] key      the key to look for, passed to the comparator
  * @param[in] context  any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare  called as `compare(item, key, context)` for stored items; NULL: nothing is found
+ * @param[in] compare  called as `compare(stored, key, context)` for items; NULL: nothing is found
  * @return the index
  * @failure -1 in an empty array or without a comparator
  * @cost O(log count)
@@ -2817,7 +2822,7 @@ MUB_API int64_t mub_arrays_bfind_index(const mub_arrays *array, uint64_t key, ui
  * @param[in] context  any 64-bit word; passed to the comparator as its first argument
  * @param[in] key      the key to look for, passed to the comparator
  * @param[in] extra    any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare  called as `compare(context, item, key, extra)` for stored items; NULL: nothing is found
+ * @param[in] compare  called as `compare(context, stored, key, extra)` for items; NULL: nothing is found
  * @return the index
  * @failure -1 in an empty array or without a comparator
  * @cost O(log count)
@@ -2984,7 +2989,7 @@ MUB_API int64_t mub_arrayt_length(const mub_arrayt *array);
  * @return 1 if there is room
  * @failure 0 if memory ran out
  * @invalidates pointers to words of the tail, if the tail grows
- * @cost O(count) if the tail grows
+ * @cost O(wanted) if the tail grows
  */
 MUB_API int mub_arrayt_expand(mub_arrayt *array, int64_t wanted);
 
@@ -3007,7 +3012,7 @@ MUB_API void mub_arrayt_shrink(mub_arrayt *array, int64_t n);
  * @param[in,out] a  one array
  * @param[in,out] b  the other array
  * @owner the tail of one array now belongs to the other
- * @invalidates nothing
+ * @invalidates pointers to words in the records, which then refer to words of the other array
  */
 MUB_API void mub_arrayt_swap(mub_arrayt *a, mub_arrayt *b);
 
@@ -3137,7 +3142,7 @@ MUB_API int mub_arrayt_insert(mub_arrayt *array, uint64_t item);
  * @return 1 if removed
  * @failure 0 if there is none
  * @invalidates pointers to words
- * @cost O(log count) to search, O(count) to move the entries after it
+ * @cost O(log count) to search, O(count) to move the words after it
  */
 MUB_API int mub_arrayt_remove(mub_arrayt *array, uint32_t key);
 
@@ -3194,7 +3199,7 @@ MUB_API void mub_arrayt_qsort(mub_arrayt *array, int ascending, int unique);
  * Sorts an array of words in memory, ascending as unsigned numbers, in place.
  *
  * @param[in,out] items  the first of the words to sort
- * @param[in] count      the number of words; below 2 does nothing
+ * @param[in] count      the number of words; if below 2, nothing happens
  * @invalidates nothing
  * @cost O(count log count) on average
  * @bounds items[count]
@@ -3206,7 +3211,7 @@ MUB_API void mub_arrayt_qsort_p(uint64_t *items, int64_t count);
  * Sorts an array of words in memory, descending as unsigned numbers, in place.
  *
  * @param[in,out] items  the first of the words to sort
- * @param[in] count      the number of words; below 2 does nothing
+ * @param[in] count      the number of words; if below 2, nothing happens
  * @invalidates nothing
  * @cost O(count log count) on average
  * @bounds items[count]

@@ -369,8 +369,8 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   }
 
   /**
-   * Adds an entry before the one at an index, or at the end; false if there is no such index or memory ran
-   * out. See mub_array_insert_at().
+   * Adds an entry before the one at an index, or at the end if there is none; false for a negative index, or
+   * if memory ran out. A mub::array also refuses an empty key before an entry. See mub_array_insert_at().
    */
   bool insert_at(std::int64_t index, key_type key, std::uint64_t value) {
     const auto insert = [index](auto *array, auto... rest) { Traits::insert_at(array, index, rest...); };
@@ -416,8 +416,8 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   std::int64_t find_index(key_type key) const { return Traits::call(Traits::find_index, c(), key); }
 
   /**
-   * Returns the index where a key is or belongs, at most the last one; -1 in an empty array. See
-   * mub_array_bfind_index().
+   * Returns the index of the first key that is not before `key` in the order of the array, or else the last
+   * index; -1 in an empty array. See mub_array_bfind_index().
    */
   std::int64_t nearest_index(key_type key) const { return Traits::call(Traits::bfind_index, c(), key); }
 
@@ -510,7 +510,7 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
     detail::set_block_size(c()->pool, items.size);
   }
 
-  /** Returns a copy, made by mub_arrays_clone() without a source pool; empty if memory ran out. */
+  /** Returns a copy, made by mub_arrays_clone() without user pools; empty if memory ran out. */
   [[nodiscard]] arrays clone(mub_clone_fn adjust = nullptr) const {
     arrays copy;
     if (c()->own_pool != 0) copy = arrays(value_blocks{0});
@@ -547,8 +547,8 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   std::uint64_t append_new(mub_init_fn init = nullptr) { return mub_arrays_append_new(growing(), init); }
 
   /**
-   * Adds an item before the one at an index, or at the end; false if there is no such index or memory ran
-   * out. See mub_arrays_insert_at().
+   * Adds an item before the one at an index, or at the end if there is none; false for a negative index, or
+   * if memory ran out. See mub_arrays_insert_at().
    */
   bool insert_at(std::int64_t index, std::uint64_t item) {
     return grows([&](auto *record) { mub_arrays_insert_at(record, index, item); });
@@ -617,7 +617,7 @@ class arrays : public detail::owner<arrays, detail::array_life<detail::arrays_tr
   ///@}
 };
 
-/** An array of 64-bit words, the first four of them in the record, which owns its table; see mub_arrayt. */
+/** An array of 64-bit words, the first four of them in the record, which owns its tail; see mub_arrayt. */
 class arrayt : public detail::owner<arrayt, detail::arrayt_life>,
                public detail::indexed<arrayt>,
                public detail::range<arrayt> {
@@ -662,8 +662,8 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life>,
   void append(const arrayt &source) { mub_arrayt_append_array(growing(), source.c()); }
 
   /**
-   * Adds a word before the one at an index, or at the end; false if there is no such index or memory ran out.
-   * See mub_arrayt_insert_at().
+   * Adds a word before the one at an index, or at the end if there is none; false for a negative index, or if
+   * memory ran out. See mub_arrayt_insert_at().
    */
   bool insert_at(std::int64_t index, std::uint64_t word) {
     return grows([&](auto *record) { mub_arrayt_insert_at(record, index, word); });
@@ -683,7 +683,7 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life>,
   /** Checks whether a sorted array has a word whose low 32 bits are `key`; see mub_arrayt_find(). */
   bool contains(std::uint32_t key) const { return mub_arrayt_find(c(), key) != 0; }
   /**
-   * Removes the word whose low 32 bits are `key` from a sorted array, if there is one; see
+   * Removes the word whose low 32 bits are `key` from a sorted array. Returns whether there was one; see
    * mub_arrayt_remove().
    */
   bool remove(std::uint32_t key) { return mub_arrayt_remove(c(), key) != 0; }
@@ -700,7 +700,7 @@ class arrayt : public detail::owner<arrayt, detail::arrayt_life>,
   }
   ///@}
 
-  /** Removes all words and releases the table; see mub_arrayt_remove_all(). */
+  /** Removes all words and releases the tail; see mub_arrayt_remove_all(). */
   void clear() { mub_arrayt_remove_all(c()); }
 
   /** Returns the word at an index from 0 to size() - 1, which is not checked. */

@@ -4,7 +4,7 @@
  * A view of characters with a length, which parsers can narrow to a field without copying.
  *
  *     "  name =  value "
- *               ^~~~~~~       data = the first ^, length = 7; after mub_char_trim data = the v, length = 5
+ *               ^~~~~~~       data points at the first ^, length = 7; trimmed: at the v, 5
  *
  * A view has no terminator and no capacity. It does not own its characters unless they were allocated by
  * mub_char_copy(). A negative length means that the text has not been measured yet: mub_char_length() and
@@ -53,8 +53,8 @@ typedef struct mub_char {
 MUB_API mub_char *mub_char_init(mub_char *view);
 
 /**
- * Releases the characters of a view that mub_char_copy() filled and that was not trimmed since, and makes the
- * view empty.
+ * Releases the characters of a view that mub_char_copy() filled and that has not been trimmed since, and
+ * makes the view empty.
  *
  * The characters are released with free. To empty a view of other characters, use mub_char_init().
  *
@@ -68,8 +68,8 @@ MUB_API mub_char *mub_char_term(mub_char *view);
 /**
  * Removes white space from both ends of a view, and NULs from its end.
  *
- * The characters are neither moved nor written. A view with a NUL among its leading white space becomes
- * empty, and so does one with a negative length.
+ * The characters are neither moved nor written. A view whose first character that is not white space is a NUL
+ * becomes empty, and so does one with a negative length.
  *
  * @param[in,out] view  the view
  * @invalidates nothing
@@ -164,7 +164,7 @@ MUB_API int64_t mub_char_get_long(const mub_char *view);
 
 /**
  * Checks whether the whole view is a decimal number: an optional '-', one or more digits, and optionally a
- * point and more digits or none.
+ * point, after which there may be more digits.
  *
  * @param[in] view  the view
  * @return 1 if it is, else 0
@@ -177,7 +177,7 @@ MUB_API int mub_char_is_float(const mub_char *view);
  * more digits.
  *
  * A digit before the point makes the value `(value * 10.0 + character code) - 48.0`; the k-th digit after the
- * point adds the digit divided by 10.0 k times in turn. Both round at every step.
+ * point is divided by 10.0 k times, one after the other, and added. Both round at every step.
  *
  * @param[in] view  the view
  * @return the number

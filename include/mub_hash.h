@@ -184,8 +184,9 @@ MUB_API mub_hash *mub_hash_clone(const mub_hash *source, mub_pool *source_user_p
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the table is intact, else 0
  * @failure none; nothing is allocated
- * @owner the sentence belongs to the library and never changes @cost O(buckets + entries + bytes of all keys); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each
- * pool that the table owns
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(buckets + entries + bytes of all keys); O(n^2) for a chain of n entries, and that of
+ *   mub_pool_verify() for each pool that the table owns
  * @nullable what
  */
 MUB_API int mub_hash_verify(const mub_hash *table, const char **what);
@@ -199,7 +200,7 @@ MUB_API int mub_hash_verify(const mub_hash *table, const char **what);
  * @param[in] table  the table
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stacks of the pools
+ * @cost O(free pages) of the pools
  */
 MUB_API int64_t mub_hash_memory_bytes(const mub_hash *table);
 
@@ -768,8 +769,9 @@ MUB_API mub_hashd *mub_hashd_clone(const mub_hashd *source, mub_pool *source_use
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the table is intact, else 0
  * @failure none; nothing is allocated
- * @owner the sentence belongs to the library and never changes @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each
- * pool that the table owns
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
+ *   that the table owns
  * @nullable what
  */
 MUB_API int mub_hashd_verify(const mub_hashd *table, const char **what);
@@ -783,7 +785,7 @@ MUB_API int mub_hashd_verify(const mub_hashd *table, const char **what);
  * @param[in] table  the table
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stacks of the pools
+ * @cost O(free pages) of the pools
  */
 MUB_API int64_t mub_hashd_memory_bytes(const mub_hashd *table);
 
@@ -1256,8 +1258,9 @@ MUB_API mub_hashx *mub_hashx_clone(const mub_hashx *source, mub_pool *source_use
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the table is intact, else 0
  * @failure none; nothing is allocated
- * @owner the sentence belongs to the library and never changes @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each
- * pool that the table owns
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
+ *   that the table owns
  * @nullable what
  */
 MUB_API int mub_hashx_verify(const mub_hashx *table, const char **what);
@@ -1271,7 +1274,7 @@ MUB_API int mub_hashx_verify(const mub_hashx *table, const char **what);
  * @param[in] table  the table
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stacks of the pools
+ * @cost O(free pages) of the pools
  */
 MUB_API int64_t mub_hashx_memory_bytes(const mub_hashx *table);
 
@@ -1745,8 +1748,9 @@ MUB_API mub_hasht *mub_hasht_clone(const mub_hasht *source, mub_pool *source_use
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the table is intact, else 0
  * @failure none; nothing is allocated
- * @owner the sentence belongs to the library and never changes @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each
- * pool that the table owns
+ * @owner the sentence belongs to the library and never changes
+ * @cost O(buckets + entries); O(n^2) for a chain of n entries, and that of mub_pool_verify() for each pool
+ *   that the table owns
  * @nullable what
  */
 MUB_API int mub_hasht_verify(const mub_hasht *table, const char **what);
@@ -1760,7 +1764,7 @@ MUB_API int mub_hasht_verify(const mub_hasht *table, const char **what);
  * @param[in] table  the table
  * @return the number of bytes
  * @failure none
- * @cost O(pages) for the free stacks of the pools
+ * @cost O(free pages) of the pools
  */
 MUB_API int64_t mub_hasht_memory_bytes(const mub_hasht *table);
 

@@ -4,17 +4,18 @@
  * malloc and free, and functions for counted bytes and NUL-terminated strings.
  *
  * The functions `mub_mem_…` work on a pointer and a count of bytes. Bytes are compared as unsigned values.
- * With a count below 1 nothing is read or written, and only then may the pointer be NULL. The functions
- * `mub_str_…` work on NUL-terminated text; NULL is accepted where documented.
+ * With a count below 1 nothing is read or written, and only then may the pointer be NULL; but mub_mem_str()
+ * always reads the first byte of its pattern. The functions `mub_str_…` work on NUL-terminated text; NULL is
+ * accepted where documented.
  *
  * What the operations return:
  *
- * | operation               | found      | not found       | out of memory        |
- * | ----------------------- | ---------- | --------------- | -------------------- |
- * | `_chr`, `_rchr`, `_str` | the index  | -1              |                      |
- * | `_cmp`, `_icmp`         | 0 if equal | the sign orders |                      |
- * | mub_malloc()            |            |                 | NULL                 |
- * | mub_str_dup()           |            |                 | the old string stays |
+ * | operation               | found, or equal | not found, or different   | out of memory        |
+ * | ----------------------- | --------------- | ------------------------- | -------------------- |
+ * | `_chr`, `_rchr`, `_str` | the index       | -1                        |                      |
+ * | `_cmp`, `_icmp`         | 0               | below 0 if `a` is less    |                      |
+ * | mub_malloc()            |                 |                           | NULL                 |
+ * | mub_str_dup()           |                 |                           | the old string stays |
  *
  * @{
  */
@@ -144,8 +145,9 @@ MUB_API int64_t mub_mem_str(const void *data, int64_t count, const void *pattern
  * @param[in] b         the second range; NULL only with a length below 1
  * @param[in] b_length  bytes of `b`; below 1 there are none
  * @return the difference of the first two bytes that differ, that of `a` minus that of `b`; if none differ,
- *   the difference of the lengths, truncated to 32 bits, so that a prefix of a range is less than the range
- * @cost O(count)
+ *   the difference of the lengths as given, truncated to 32 bits: a prefix of a range is less than the range,
+ *   unless their lengths differ by 2^31 or more
+ * @cost O(the shorter length)
  * @bounds a[a_length], b[b_length]
  * @nullable a, b
  */
@@ -159,8 +161,9 @@ MUB_API int mub_mem_cmp(const void *a, int64_t a_length, const void *b, int64_t 
  * @param[in] b         the second range; NULL only with a length below 1
  * @param[in] b_length  bytes of `b`; below 1 there are none
  * @return the difference of the first two bytes that differ, that of `a` minus that of `b`; if none differ,
- *   the difference of the lengths, truncated to 32 bits, so that a prefix of a range is less than the range
- * @cost O(count)
+ *   the difference of the lengths as given, truncated to 32 bits: a prefix of a range is less than the range,
+ *   unless their lengths differ by 2^31 or more
+ * @cost O(the shorter length)
  * @bounds a[a_length], b[b_length]
  * @nullable a, b
  */
@@ -186,8 +189,8 @@ MUB_API void mub_str_dup(char **string, const char *source, int64_t length);
 /**
  * Removes white space at both ends of a string, and NULs at its end.
  *
- * White space is tab, line feed, carriage return and space. A NUL among the leading white space leaves the
- * string unchanged.
+ * White space is tab, line feed, carriage return and space. If the first character that is not white space is
+ * a NUL, the string is unchanged.
  *
  * @param[in,out] string  the string, changed in place and terminated if anything is removed; NULL does
  *                        nothing

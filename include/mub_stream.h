@@ -1,8 +1,8 @@
 /**
  * @defgroup stream mub_stream: a growable byte buffer with a cursor for integers and blocks
  *
- * A growable byte buffer, with a cursor for little-endian fields, framed blocks, packed integers and
- * checksums.
+ * A growable byte buffer, with checksums, and access at a cursor to little-endian fields, framed blocks and
+ * packed integers.
  *
  *     data ──► [ content ................ | spare ........... ]
  *                0                  length            capacity
@@ -29,7 +29,7 @@
  * of bytes that follow. There are three formats, and a reader must use that of the writer:
  *
  *     word    15 bits   1 or 2 bytes   0xxxxxxx, 1xxxxxxx then 8 bits
- *     dword   30 bits   1 to 4 bytes   how many bytes follow in 2 bits, then the value, highest byte first
+ *     dword   30 bits   1 to 4 bytes   2 bits: the number of bytes that follow; then the value, highest first
  *     lword   64 bits   1 to 9 bytes   a leading 1 for each byte that follows, then the value's highest bits
  *
  * The bytes that follow in an lword form groups of 1, 2 and 4 bytes, in this order and each at most once, or
@@ -47,9 +47,9 @@
  * | mub_stream_clone_string()                | 1          |                                | 0, empty      |
  * | mub_stream_insert(), mub_stream_update() | 1          | 0, unchanged                   | 0, unchanged  |
  * | mub_stream_find(), mub_stream_find_pos() | the index  | -1                             |               |
- * | `_get_byte` to `_get_lword`              | the number | 0, the position moves on       |               |
+ * | `_get_byte` to `_get_lword`              | the number | 0, the position advances       |               |
  * | `_inflate_word`, `_inflate_dword`        | the number | 0                              |               |
- * | mub_stream_inflate_lword()               | the number | -1                             |               |
+ * | mub_stream_inflate_lword()               | the number | -1; before the content 0       |               |
  * | `_left_string`, `_left_stream` …         | 1          | 1, empty                       | 0, unchanged  |
  * | mub_stream_expand()                      | 1          |                                | 0, unchanged  |
  *
@@ -66,8 +66,8 @@ extern "C" {
 #endif
 
 /**
- * A growable byte buffer, with a cursor for little-endian fields, framed blocks, packed integers and
- * checksums.
+ * A growable byte buffer, with checksums, and access at a cursor to little-endian fields, framed blocks and
+ * packed integers.
  */
 typedef struct mub_stream {
   uint8_t *data;    /**< the block, from malloc; NULL while nothing is allocated */
@@ -423,7 +423,8 @@ MUB_API int64_t mub_stream_set_string(mub_stream *stream, int64_t *position, con
 /**
  * Reads a string that mub_stream_set_string() wrote, replacing the content of `string`.
  *
- * The position advances by 2 and the recorded length, which is 0 if it does not lie inside the content.
+ * The position advances by 2 and the recorded length, which counts as 0 if its field does not lie wholly
+ * inside the content.
  *
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
@@ -456,7 +457,8 @@ MUB_API int64_t mub_stream_set_stream(mub_stream *stream, int64_t *position, con
 /**
  * Reads a stream that mub_stream_set_stream() wrote, replacing the content of `destination`.
  *
- * The position advances by 4 and the recorded length, which is 0 if it does not lie inside the content.
+ * The position advances by 4 and the recorded length, which counts as 0 if its field does not lie wholly
+ * inside the content.
  *
  * @param[in] stream           the stream
  * @param[in,out] position     the cursor; in: the position of the field; out: the position after it
@@ -546,7 +548,7 @@ MUB_API int64_t mub_stream_find_pos(const mub_stream *stream, int byte, int64_t 
  *   to insert, or memory ran out
  * @owner the bytes are copied
  * @invalidates pointers into the block
- * @cost O(bytes after the position + count)
+ * @cost O(bytes after the position + count); O(length) more when the block grows
  * @bounds bytes[count]
  * @nullable bytes
  */
@@ -568,7 +570,7 @@ MUB_API int mub_stream_insert(mub_stream *stream, int64_t position, const void *
  *   ran out
  * @owner the bytes are copied
  * @invalidates pointers into the block
- * @cost O(bytes after the position + new_count)
+ * @cost O(bytes after the position + new_count); O(length) more when the block grows
  * @bounds bytes[new_count]
  * @nullable bytes
  */
@@ -822,7 +824,8 @@ MUB_API void mub_stream_deflate_lword(mub_stream *stream, int64_t *position, uin
  * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
  * @return the number
  * @failure -1 at or past the end of the content, where the position does not advance, or if the further bytes
- *   are truncated; the position is then after the first byte
+ *   are truncated, with the position then after the first byte; 0 at a negative position, where it advances
+ *   by 1
  */
 MUB_API int64_t mub_stream_inflate_lword(const mub_stream *stream, int64_t *position);
 

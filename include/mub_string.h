@@ -105,8 +105,8 @@ MUB_API int mub_string_expand(mub_string *string, int64_t capacity);
 /**
  * Sets the length to `length`, or to the capacity if that is less, and writes the terminator.
  *
- * A length above the current one adds the spare content after it as it is. Does nothing for a negative
- * length, or for a string without a buffer.
+ * This can also lengthen the content, with the spare bytes as they are. Does nothing for a negative length,
+ * or for a string without a buffer.
  *
  * @param[in,out] string  the string
  * @param[in] length      the new length in bytes
@@ -359,8 +359,8 @@ MUB_API float mub_string_get_float(const mub_string *string, float otherwise);
  * more digits.
  *
  * White space, '+' and exponents are not accepted, and the locale does not matter. A digit before the point
- * makes the value `value * 10.0 + (character code - 48.0)`; the k-th digit after the point adds the digit
- * divided by 10.0 k times in turn. Both round at every step.
+ * makes the value `value * 10.0 + (character code - 48.0)`; the k-th digit after the point is divided by 10.0
+ * k times, one after the other, and added. Both round at every step.
  *
  * @param[in] string     the string
  * @param[in] otherwise  the result for an empty string
@@ -520,7 +520,7 @@ MUB_API int64_t mub_string_find_pos(const mub_string *string, const char *text, 
 /**
  * Removes white space at both ends of the content, and NULs at its end.
  *
- * If there is a NUL among the leading white space, the string is emptied.
+ * If the first character that is not white space is a NUL, the string is emptied.
  *
  * @param[in,out] string  the string
  * @return 1 if anything was removed, else 0
@@ -553,7 +553,7 @@ MUB_API int64_t mub_string_replace_char(mub_string *string, int from, int to);
  * @param[in] to          the new text, ending with a NUL; NULL: occurrences are deleted
  * @return the number of replacements
  * @failure 0 if memory ran out; the string is unchanged
- * @owner both texts are copied
+ * @owner `to` is copied, `from` is only read
  * @invalidates pointers into the buffer
  * @cost O(length), of the old and of the new content
  * @nullable from, to
@@ -916,7 +916,8 @@ MUB_API int64_t mub_stringx_reverse_find(const mub_stringx *view, int character)
  *
  * @param[in] view   the view
  * @param[in] text   the text to find; NULL is not found
- * @param[in] count  bytes of the text; negative: up to its NUL
+ * @param[in] count  bytes of the text; negative: up to its NUL; if there are none, the first byte at `text`
+ *                   is searched for, even if that is the NUL
  * @return its index
  * @failure -1 if there is none
  * @cost O(length + count)
@@ -932,7 +933,8 @@ MUB_API int64_t mub_stringx_find(const mub_stringx *view, const char *text, int6
  *
  * @param[in] view   the view
  * @param[in] text   the text to find; NULL is not found
- * @param[in] count  bytes of the text; negative: up to its NUL
+ * @param[in] count  bytes of the text; negative: up to its NUL; if there are none, the first byte at `text`
+ *                   is searched for, even if that is the NUL
  * @param[in] start  the index at which to begin, counted from the start of the span
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the span
@@ -963,7 +965,7 @@ MUB_API int64_t mub_stringx_get_long(const mub_stringx *view);
 
 /**
  * Checks whether the whole span is a decimal number: an optional '-', one or more digits, and optionally a
- * point and more digits or none.
+ * point, after which there may be more digits.
  *
  * @param[in] view  the view
  * @return 1 if it is, else 0
@@ -984,8 +986,8 @@ MUB_API double mub_stringx_get_float(const mub_stringx *view);
 /**
  * Removes white space at both ends of the span, and NULs at its end.
  *
- * A span with a NUL among its leading white space becomes empty. The start of a span that becomes empty is
- * unchanged.
+ * A span whose first character that is not white space is a NUL becomes empty. The start of a span that
+ * becomes empty is unchanged.
  *
  * @param[in,out] view  the view
  * @return 1 if the span changed, or if there is a text and the span is empty; else 0
@@ -1079,7 +1081,8 @@ MUB_API void mub_stringx_right_string(const mub_stringx *view, int64_t count, mu
 /**
  * Sets `out` to the first `count` bytes of the span, or as many as there are.
  *
- * Without a text its data is NULL; otherwise the data is the start of the span, even if the length is 0.
+ * If the view has no text, `out->data` is NULL; otherwise it is the start of the span, even if the length is
+ * 0.
  *
  * @param[in] view   the view
  * @param[in] count  the number of bytes
@@ -1093,7 +1096,7 @@ MUB_API void mub_stringx_left_char(const mub_stringx *view, int64_t count, mub_c
  * Sets `out` to `count` bytes of the span from `offset`, or as many as there are; none if the count is below
  * 1 or `offset` lies outside the span.
  *
- * Without a text its data is NULL. If the length is 0, the data may lie outside the text.
+ * If the view has no text, `out->data` is NULL. If the length is 0, it may lie outside the text.
  *
  * @param[in] view    the view
  * @param[in] offset  bytes from the start of the span
@@ -1107,7 +1110,8 @@ MUB_API void mub_stringx_mid_char(const mub_stringx *view, int64_t offset, int64
 /**
  * Sets `out` to the last `count` bytes of the span, or as many as there are.
  *
- * Without a text its data is NULL. With a count below 1 it is the start of the span, and the length is 0.
+ * If the view has no text, `out->data` is NULL. With a count below 1 it is the start of the span, and the
+ * length is 0.
  *
  * @param[in] view   the view
  * @param[in] count  the number of bytes

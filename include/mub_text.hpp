@@ -325,9 +325,10 @@ class buffer : public owner<Derived, buffer_life<Traits>>,
   }
 
   /**
-   * Replaces `count` units at a position with a text. Returns false, and nothing changes, if the position or
-   * the count is out of range, or memory ran out. See mub_string_update(), mub_wchar_update() or
-   * mub_stream_update().
+   * Replaces `count` units at a position with a text. Returns false, and nothing changes, if the position is
+   * negative or above size(), the count is negative, memory ran out or, in a stream, the length would become
+   * negative. A count past the end is limited in strings, but not in streams. See mub_string_update(),
+   * mub_wchar_update() or mub_stream_update().
    */
   bool update(std::int64_t position, std::int64_t count, view_type text) {
     return Traits::update(c(), position, count, units(text), length_of(text)) != 0;
@@ -537,7 +538,7 @@ class stream : public detail::buffer<stream, detail::stream_traits> {
 
 /**
  * A non-owning view of a span of text; see mub_stringx. It is copied like a pointer, and must not be used
- * after the text has moved or was released, which is not checked.
+ * after the text has moved or been released, which is not checked.
  */
 class stringx : public detail::range<stringx>,
                 public detail::reversible<stringx>,

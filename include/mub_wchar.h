@@ -92,8 +92,8 @@ MUB_API int mub_wchar_expand(mub_wchar *string, int64_t capacity);
 /**
  * Sets the length to `length`, or to the capacity if that is less, and writes the terminator.
  *
- * A length above the current one adds the spare content after it as it is. Does nothing for a negative
- * length, or for a string without a buffer.
+ * This can also lengthen the content, with the spare units as they are. Does nothing for a negative length,
+ * or for a string without a buffer.
  *
  * @param[in,out] string  the string
  * @param[in] length      the new length in units
@@ -462,7 +462,7 @@ MUB_API int64_t mub_wchar_reverse_find(const mub_wchar *string, int unit);
  *                    character of 0
  * @return its index
  * @failure -1 if there is none, and always in an empty string
- * @cost O(length + count)
+ * @cost O(length + count); O(capacity + count) for a negative count
  * @bounds text[count]
  * @nullable text
  */
@@ -481,7 +481,7 @@ MUB_API int64_t mub_wchar_find(const mub_wchar *string, const uint16_t *text, in
  * @param[in] start   the index at which to begin
  * @return its index
  * @failure -1 if there is none, or if `start` lies outside the content
- * @cost O(length + count)
+ * @cost O(length + count); O(capacity + count) for a negative count
  * @bounds text[count]
  * @nullable text
  */
@@ -491,7 +491,7 @@ MUB_API int64_t mub_wchar_find_pos(const mub_wchar *string, const uint16_t *text
 /**
  * Removes white space at both ends of the content, and units of 0 at its end.
  *
- * If there is a unit of 0 among the leading white space, the string is emptied.
+ * If the first unit that is not white space is 0, the string is emptied.
  *
  * @param[in,out] string  the string
  * @return 1 if anything was removed, else 0
@@ -524,7 +524,7 @@ MUB_API int64_t mub_wchar_replace_char(mub_wchar *string, int from, int to);
  * @param[in] to          the new text; NULL: occurrences are deleted
  * @return the number of replacements
  * @failure 0 if memory ran out; the string is unchanged
- * @owner both texts are copied
+ * @owner `to` is copied, `from` is only read
  * @invalidates pointers into the buffer
  * @cost O(length), of the old and of the new content
  * @nullable from, to
@@ -719,7 +719,7 @@ MUB_API int64_t mub_wchar_str(const uint16_t *units, int64_t length, const uint1
  * @param[in] b_length  units of `b`; below 1 there are none
  * @return the difference of the first two units that differ, or else that of the lengths, truncated to 32
  *   bits
- * @cost O(length)
+ * @cost O(the shorter length)
  * @bounds a[a_length], b[b_length]
  */
 MUB_API int mub_wchar_cmp(const uint16_t *a, int64_t a_length, const uint16_t *b, int64_t b_length);
@@ -734,7 +734,7 @@ MUB_API int mub_wchar_cmp(const uint16_t *a, int64_t a_length, const uint16_t *b
  * @param[in] b_length  units of `b`; below 1 there are none
  * @return the difference of the first two units that differ, or else that of the lengths, truncated to 32
  *   bits
- * @cost O(length)
+ * @cost O(the shorter length)
  * @bounds a[a_length], b[b_length]
  */
 MUB_API int mub_wchar_icmp(const uint16_t *a, int64_t a_length, const uint16_t *b, int64_t b_length);

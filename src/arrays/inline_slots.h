@@ -9,8 +9,9 @@
 //      mub_arrayt_remove_all(), until the array grows.
 //   2. The tail has capacity - 4 words; it is null if there are none.
 //   3. 0 <= count <= capacity.
-// Words that growth adds are 0. Other spare words keep their content, and those in the record start
-// undefined: mub_arrayt_shrink() can bring them into use. No order is maintained.
+// Words that growth adds are 0. Other spare words keep their content, or are 0 after the last word was
+// removed; those in the record start undefined: mub_arrayt_shrink() can bring them into use. No order is
+// maintained.
 //
 // Threads: functions that take a const record write nothing, so readers may run in parallel.
 #ifndef MUB_ARRAYS_INLINE_SLOTS_H
@@ -94,7 +95,7 @@ inline void shrink(mub_arrayt &array, int64_t count) {
 
 // ---- positions
 
-// Moves the words from `index` on up by one; the capacity exceeds the count.
+// Moves the words at `index` and after it up by one; the capacity exceeds the count.
 inline void open_gap(mub_arrayt &array, int64_t index) {
   const int64_t first = std::max(index, kInlineWords);
   if (array.count >= first) {

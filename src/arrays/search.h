@@ -48,8 +48,8 @@ Spot binary_search(int64_t count, bool descending, CompareAt compare_at) {
 
 // For orders that return a difference. If random keys are searched for, a branch on its sign is mispredicted
 // every other time, so a mask made of the sign moves the bounds instead. Without a branch to predict, the
-// processor loads nothing ahead: `fetch` is called for the four slots near which the probe after the next one
-// will fall. Without these, searches take 1.25 times as long in 1e5 slots and 1.8 times in 1e6, and 0.87
+// processor loads nothing ahead: `fetch` is called for four slots, near one of which the probe after the next
+// one will fall. Without these, searches take 1.25 times as long in 1e5 slots and 1.8 times in 1e6, and 0.87
 // times in 1e3 (find_sorted_integer in bench/array_bench.cpp).
 template <bool kDescending, class CompareAt, class Fetch>
 Spot search_without_branches(int64_t count, CompareAt compare_at, Fetch fetch) {

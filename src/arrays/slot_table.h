@@ -7,10 +7,12 @@
 //
 // Invariants:
 //   1. The table has `capacity` slots, a multiple of 4; it is null when `capacity` is 0. Slots that growth
-//      adds are all zero; a slot that becomes spare keeps its content.
-//   2. 0 <= count <= capacity, except after a clone that ran out of memory: the copy has no table, but the
-//      count of its source, and a clone of it takes over that count. Loops therefore end at used(), the
-//      smaller of the two. The next addition adds the missing slots, all zero; expand() may add only some.
+//      adds are all zero; a slot that becomes spare keeps its content, except that a number as key may be
+//      reset to 0.
+//   2. 0 <= count <= capacity, except after a clone that ran out of memory: the copy has the count of its
+//      source, but no table, or after expand() one that is too small; a clone of it takes over that count.
+//      Loops therefore end at used(), the smaller of the two. The next addition adds the missing slots, all
+//      zero; expand() may add only some.
 // byte_keys.h adds what holds for keys in a stream. No order is maintained: a sorted array stays sorted only
 // while its caller uses the operations for sorted arrays. A search in any other array ends inside the table.
 //
@@ -21,8 +23,9 @@
 //   kSwapsPools                      whether swap() exchanges the value pools, too
 //   store_empty_key(array, slot)     gives a new slot the empty key; this cannot fail
 //   insert_key_bytes(array, slot, key)
-//                                    inserts the bytes of a key before those of `slot`; false if it is empty
-//                                    or there is no room
+//                                    inserts the bytes of a key before those of `slot`; false if it is
+//                                    empty, the key of `slot` starts past the end of the stream, or there is
+//                                    no room or memory
 //   set_inserted_key(array, slot, key)
 //                                    gives the key to `slot` after insert_key_bytes; the slots from there on
 //                                    have moved up, and `count` does not yet include the new one
@@ -232,7 +235,8 @@ uint64_t exchange_value(Slot *slot, uint64_t value) {
   return slot != nullptr ? std::exchange(value_of(*slot), value) : 0;
 }
 
-// ---- adding; functions that return a slot return the new one, or nullptr if memory ran out
+// ---- adding; functions that return a slot return the new one, or nullptr if it could not be added:
+// memory ran out, or the policy refused the key
 
 // If there is no memory for the key, the slot gets the empty key.
 template <class Array>
@@ -386,7 +390,7 @@ int64_t scan(const Array &array, IsWanted is_wanted) {
   return -1;
 }
 
-// Returns 0 if the key was present, else 1, even if memory ran out.
+// Returns 0 if the key was present, else 1, even if it could not be added.
 template <class Array, class SearchOrder>
 int insert(Array &array, const KeyOf<Array> &key, uint64_t value, SearchOrder order) {
   const Spot spot = find(array, order);
@@ -395,7 +399,7 @@ int insert(Array &array, const KeyOf<Array> &key, uint64_t value, SearchOrder or
   return 1;
 }
 
-// Returns the index of the new entry; -1 if the key was present or memory ran out.
+// Returns the index of the new entry; -1 if the key was present or could not be added.
 template <class Array, class SearchOrder>
 int insert_new(Array &array, const KeyOf<Array> &key, uint64_t &value_out, mub_init_fn init_it,
                SearchOrder order) {
@@ -406,7 +410,7 @@ int insert_new(Array &array, const KeyOf<Array> &key, uint64_t &value_out, mub_i
   return -1;
 }
 
-// Returns the slot of a key, which is added with value 0 if it is missing; nullptr if memory ran out.
+// Returns the slot of a key, which is added with value 0 if it is missing; nullptr if it could not be added.
 template <class Array, class SearchOrder>
 SlotOf<Array> *find_or_insert(Array &array, const KeyOf<Array> &key, SearchOrder order) {
   const Spot spot = find(array, order);

@@ -1,6 +1,6 @@
 // Comparing, copying and searching counted bytes. Bytes compare as unsigned values. Searches return -1 if
-// nothing is found. A count below 1 is an empty range, which is never read. Everything is inline, so that it
-// becomes part of comparators and key tests.
+// nothing is found. A count below 1 is an empty range, which is never read. Everything is defined here, so
+// that short comparisons become part of comparators and key tests.
 #ifndef MUB_BYTES_BYTES_H
 #define MUB_BYTES_BYTES_H
 

@@ -4,7 +4,8 @@
 //   integer   -? digit+
 //   decimal   -? digit+ ( '.' digit* )?
 //
-// Parsing takes the longest prefix of a text that could begin such a number; a lone '-' is one.
+// Parsing takes the longest prefix of a text that is such a number or could become one: a lone '-' is taken,
+// and is 0.
 #ifndef MUB_BYTES_NUMBER_TEXT_H
 #define MUB_BYTES_NUMBER_TEXT_H
 

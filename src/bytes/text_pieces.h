@@ -1,4 +1,4 @@
-// Splitting a text into the pieces between its separators, and joining pieces to a text.
+// Splitting a text into the pieces between its separators, and joining pieces into one text.
 #ifndef MUB_BYTES_TEXT_PIECES_H
 #define MUB_BYTES_TEXT_PIECES_H
 

@@ -117,7 +117,7 @@ MUB_POISON_HOOK void open(const Record &record, int64_t count) {
   }
 }
 
-// Closes a record. If it was closed before, no unit from `end` on was opened since then.
+// Closes a record. If it was closed before, no unit at or after `end` has been opened since.
 template <class Record>
 MUB_POISON_HOOK void close(const Record &record, int64_t end) {
   if constexpr (kPoisons) {
@@ -209,7 +209,7 @@ PinnedBytes pinned(const Record &record, const void *units, int64_t count) {
   return {units, static_cast<uint64_t>(count) * kUnitBytes<Record>, record.data, block_bytes(record)};
 }
 
-// Replaces the content by `count` units; null units empty the record.
+// Replaces the content with `count` units; null units empty the record.
 template <class Record>
 bool copy(Record &record, const void *units, int64_t count) {
   if (units == nullptr) {

@@ -18,15 +18,18 @@
 // Threads: functions that take a const container write nothing.
 //
 // What a container does with its keys is up to its policy (policy.h). Policies that have functions on keys
-// use these names; the comment at the top of an engine lists what else it requires. Key
-// a key as it is passed key_of(container, item)          the key of an item store_key(container, item, key)
-// gives a new item its key; false if memory runs out, or if the key stream would be longer than kMaxBytes
-// erase_key(container, item)       removes the key of an item that is about to be removed reset_key(item)
-// gives an item the key of an all-zero item (not in NoKeys) clear_keys(container)            removes all keys
-// and keeps their memory term_keys(container)             removes all keys and releases their memory
-// swap_keys(a, b)                  exchanges the keys of two containers prefetch_key(container, item)
-// prefetches what key_of() refers to clone_keys(source, copy)         copies all keys; false if memory runs
-// out
+// use these names; the comment at the top of an engine lists what else it requires.
+//   Key                              a key as it is passed
+//   key_of(container, item)          the key of an item
+//   store_key(container, item, key)  gives a new item its key; false if memory runs out, or if the key stream
+//                                    would be longer than kMaxBytes
+//   erase_key(container, item)       removes the key of an item that is about to be removed
+//   reset_key(item)                  gives an item the key of an all-zero item (not in NoKeys)
+//   clear_keys(container)            removes all keys and keeps their memory
+//   term_keys(container)             removes all keys and releases their memory
+//   swap_keys(a, b)                  exchanges the keys of two containers
+//   prefetch_key(container, item)    prefetches what key_of() refers to
+//   clone_keys(source, copy)         copies all keys; false if memory runs out
 #ifndef MUB_CONTAINERS_KEY_STORE_H
 #define MUB_CONTAINERS_KEY_STORE_H
 

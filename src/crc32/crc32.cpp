@@ -30,9 +30,9 @@ constexpr Tables make_tables() {
 
 constexpr Tables kTables = make_tables();
 
-// What eight bytes contribute to the register if `zeros` more bytes follow them.
-uint32_t look_up(uint64_t word, int zeros) {
-  const auto *after = kTables.after + zeros;
+// What eight bytes contribute to the register if `bytes_after` more bytes follow them.
+uint32_t look_up(uint64_t word, int bytes_after) {
+  const auto *after = kTables.after + bytes_after;
   return after[7][word & 0xFF] ^ after[6][word >> 8 & 0xFF] ^ after[5][word >> 16 & 0xFF] ^
          after[4][word >> 24 & 0xFF] ^ after[3][word >> 32 & 0xFF] ^ after[2][word >> 40 & 0xFF] ^
          after[1][word >> 48 & 0xFF] ^ after[0][word >> 56];

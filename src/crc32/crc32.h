@@ -11,8 +11,8 @@
 
 namespace mub {
 
-// The hash of a key. The register starts at 0 and is not inverted at the end, so that leading zero bytes do
-// not change it. Returns 0 if the length is below 1.
+// The hash of a key. The register starts at 0 and is not inverted at the end: leading zero bytes do not
+// change the hash. Returns 0 if the length is below 1.
 inline uint32_t key_hash(const void *bytes, int64_t length) {
   if (length < 1) return 0;
 #if MUB_CRC_X86

@@ -1,4 +1,4 @@
-// Little-endian integers of 1 to 8 bytes, and the cursor that reads and writes them in a stream.
+// Little-endian integers of 1 to 8 bytes, and the functions that read and write them at a cursor in a stream.
 //
 //   data ──► [ ...... | field | ...... | spare ... ]
 //                     ▲       ▲        length
@@ -7,7 +7,7 @@
 // Invariants, for fields of a fixed width:
 //   1. A field is read or written only if it lies wholly inside the content; otherwise it reads as 0.
 //   2. The position advances in either case. It wraps around at 64 bits, and may be negative.
-//   3. The cursor changes neither the length nor the capacity.
+//   3. Reading and writing change neither the length nor the capacity.
 //
 // Threads: reading writes nothing but the caller's position.
 #ifndef MUB_STREAM_CURSOR_H

@@ -7,13 +7,13 @@
 //                                                    of 8 bytes, the highest bits first, each little-endian
 //
 // Invariants:
-//   1. A value has one field in each class, the shortest that holds it; 15, 30 or 64 bits fit.
+//   1. A value has one field in each format, the shortest that holds it; 15, 30 or 64 bits fit.
 //   2. A field is written wholly, inside the content, or not at all.
 //   3. Readers may read spare bytes, but never past the capacity; the result of reading an lword does not
 //      depend on them.
-//   4. Writing a word or dword advances the position in any case, writing an lword only if it is stored.
-//      Reading from the end of the content on does not advance it; reading an lword that is cut short
-//      advances it by 1.
+//   4. Writing a word or dword advances the position in any case, writing an lword only if it is stored. At
+//      or past the end of the content, reading does not advance it; before the content, it advances by 1;
+//      reading an lword that is cut short advances it by 1.
 //
 // Threads: reading writes nothing but the caller's position.
 #include <algorithm>
@@ -30,7 +30,7 @@ int bit_width(uint64_t value) { return 64 - __builtin_clzll(value | 1); }
 
 // Words and dwords: the tag, in the highest bits, is the number of bytes that follow the first one.
 template <int kTagBits>
-struct TaggedClass {
+struct TaggedFormat {
   static constexpr int kMaxBytes = 1 << kTagBits;
 
   static int length_of(uint32_t value) { return std::min((bit_width(value) + kTagBits + 7) / 8, kMaxBytes); }
@@ -54,8 +54,8 @@ struct TaggedClass {
   }
 
  private:
-  // Four bytes, the highest first. Spare bytes are read as well; bytes from the capacity on, and all bytes at
-  // a negative position, read as 0.
+  // Four bytes, the highest first. Spare bytes are read as well; bytes at or past the capacity, and all bytes
+  // at a negative position, read as 0.
   static uint32_t load_padded(const mub_stream &stream, int64_t at) {
     if (at >= 0 && stream.capacity - at >= 4) {
       return __builtin_bswap32(static_cast<uint32_t>(load_little<4>(stream.data + at)));
@@ -69,8 +69,8 @@ struct TaggedClass {
   }
 };
 
-using PackedWord = TaggedClass<1>;
-using PackedDword = TaggedClass<2>;
+using PackedWord = TaggedFormat<1>;
+using PackedDword = TaggedFormat<2>;
 
 // The branch predictor cannot predict random lengths, so few branches depend on them: writing an lword tells
 // one and two bytes from more, and reading one tells a single byte from more.
@@ -117,7 +117,8 @@ void store_short(uint8_t *field, uint64_t value, int extra) {
   field[extra] = static_cast<uint8_t>(value);
 }
 
-// Three to nine bytes: the last one, and the first eight as four words of two bytes, which may overlap.
+// Three to nine bytes: the last one by itself, and the others, at most eight, as four words of two bytes,
+// which may overlap.
 void store_long(uint8_t *field, uint64_t value, int extra) {
   static constexpr uint8_t kPlaces[7][4] = {{0, 0, 1, 1}, {0, 1, 2, 2}, {0, 1, 2, 3}, {0, 2, 2, 4},
                                             {0, 2, 3, 5}, {0, 2, 4, 6}, {0, 2, 4, 6}};

@@ -26,8 +26,8 @@ namespace mub {
 namespace {
 
 // A conversion of a format, from its percent sign on: flags, width, precision, size and type. A character
-// that breaks this order, such as '$', is taken for the type, but is none: runtimes print such a conversion
-// as it is, or fail.
+// that breaks this order is taken for the type. After such a conversion the types of the arguments are not
+// known: '$' makes it positional, and others are left to the runtime.
 struct Conversion {
   explicit Conversion(const char *percent) {
     const char *at = percent + 1;

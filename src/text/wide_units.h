@@ -43,9 +43,9 @@ inline int64_t char_count(const uint16_t *text, int64_t max_count = INT64_MAX) {
   return count;
 }
 
-// The first index at which `length` >= 1 words occur among `count`, or -1. Bytes that match from within a
-// word do not count. If such matches keep coming, each found by a search of its own, the rest is searched in
-// linear time.
+// The first index at which `length` >= 1 words occur among `count`, or -1. A match of bytes that begins
+// inside a word does not count. If such matches keep coming, each found by a search of its own, the rest is
+// searched in linear time.
 template <class Word>
 int64_t find_words(const uint16_t *data, int64_t count, const uint16_t *words, int64_t length) {
   constexpr int64_t size = sizeof(Word);

@@ -79,7 +79,7 @@ int64_t find_in_linear_time(const Words<Word> &text, const Words<Word> &pattern)
   const bool is_periodic = repeats(pattern, cut);
   // After a match of the right part only, no shorter step can lead to a match.
   const int64_t step = is_periodic ? cut.period : std::max(cut.left, length - cut.left) + 1;
-  int64_t known = 0;  // how many words at the position are known to match, from one period before
+  int64_t known = 0;  // words at `position` known to match, as they did one period earlier
   for (int64_t position = 0; position <= text.count() - length;) {
     int64_t i = std::max(cut.left, known);
     while (i < length && pattern[i] == text[position + i]) ++i;
