@@ -17,9 +17,10 @@
  * lower.
  *
  * **Splits.** An entry that reaches 32 children is split: the lower half (16 of 32) stays, the upper half
- * moves to a new entry right after it. The tree grows in height at the root only, which is embedded in the
- * `mub_btree` struct and never moves. Removals do not rebalance the tree: an entry is removed once it is
- * empty, and a tree without keys is a single empty leaf again.
+ * moves to a new entry right after it. When the root is split, both halves move to new entries below it. The
+ * tree grows in height at the root only, which is embedded in the `mub_btree` struct and never moves.
+ * Removals do not rebalance the tree: an entry is removed once it is empty, and a tree without keys is a
+ * single empty leaf again.
  *
  * **Pools.** A tree needs an entry pool and a node pool before its first insertion: pools created by `_init`,
  * or external ones stored in the fields, whose block sizes are at least those of `mub_btree_entry` and
@@ -43,8 +44,8 @@
  * changes the tree.
  *
  * **Memory.** An insertion that runs out of memory fails as a whole. Only if there is no memory for a split
- * does it succeed without one: the entry then holds more than 31 children, and is split by the next insertion
- * there. No function recurses.
+ * does it succeed without one. The entry then has more than 31 children until later insertions split it: a
+ * leaf with the next record, an inner node with the next split of one of its children. No function recurses.
  *
  * What the everyday operations return:
  *
@@ -86,7 +87,9 @@ extern "C" {
  * it ends at its first NUL. A NULL key is the empty key, which is valid and precedes all others. Keys are
  * copied. The keys of a tree take at most 2^32 - 1 bytes in total; an insertion beyond that fails as if
  * memory had run out. Keys are compared byte by byte as unsigned values; a key that is a prefix of another
- * precedes it. If `nocase` is not 0, every byte is first converted by tolower().
+ * precedes it, unless their lengths differ by 2^31 or more. Above 16 MiB of keys, all of them are copied once
+ * per 8 MiB that are added, and above 2 GiB at nearly every insertion. If `nocase` is not 0, every byte is
+ * first converted by tolower().
  *
  * @{
  */
@@ -140,8 +143,9 @@ typedef struct mub_btree_cursor {
  * @param[in] with_node_pool   not 0: create a node pool that the tree owns
  * @param[in] with_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
- * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
- * @owner the record belongs to the caller; the pools created here belong to the tree until mub_btree_term()
+ * @failure none; if memory runs out, the root has no room for children yet, and the field of a missing pool
+ *   is NULL and its flag 0
+ * @owner the struct belongs to the caller; the pools created here belong to the tree until mub_btree_term()
  * @invalidates nothing
  */
 MUB_API mub_btree *mub_btree_init(mub_btree *tree, int with_entry_pool, int with_node_pool,
@@ -175,7 +179,7 @@ MUB_API mub_btree *mub_btree_term(mub_btree *tree);
  * @failure 0 if the key was present, whose value is unchanged, or if memory ran out
  * @owner the value is stored as is; what it refers to remains the caller's
  * @invalidates the tree's cursors, and pointers to keys
- * @cost O(log n)
+ * @cost O(length log n), amortised, up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key
  */
@@ -194,7 +198,7 @@ MUB_API int mub_btree_insert(mub_btree *tree, const void *key, int64_t length, u
  * @failure 0 if the key was present, or if memory ran out; `*value_out` is 0 in the latter case
  * @owner the value stays in the tree: a block of the value pool, or the word already stored
  * @invalidates the tree's cursors, and pointers to keys
- * @cost O(log n)
+ * @cost O(length log n), amortised, up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key, init
  */
@@ -210,7 +214,7 @@ MUB_API int mub_btree_set(mub_btree *tree, const void *key, int64_t length, uint
  * @return the value
  * @failure 0 if the key is absent; use mub_btree_find() to distinguish a stored 0 from a missing key
  * @owner the value stays in the tree
- * @cost O(log n)
+ * @cost O(length log n)
  * @bounds key[length]
  * @nullable key
  */
@@ -248,7 +252,7 @@ MUB_API int64_t mub_btree_get_many(const mub_btree *tree, const void *const *key
  * @failure 0 if the key is absent
  * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
- * @cost O(log n)
+ * @cost O(length log n)
  * @bounds key[length]
  * @nullable key
  */
@@ -261,7 +265,7 @@ MUB_API uint64_t mub_btree_update(mub_btree *tree, const void *key, int64_t leng
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return 1 if it is, else 0
- * @cost O(log n)
+ * @cost O(length log n)
  * @bounds key[length]
  * @nullable key
  */
@@ -277,8 +281,8 @@ MUB_API int mub_btree_find(const mub_btree *tree, const void *key, int64_t lengt
  * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the record is returned to its pool
- * @invalidates the record of the key, the links of its neighbours, the offsets of keys inserted later,
- *   pointers to keys, and the tree's cursors
+ * @invalidates the record of the key, entries that become empty, the links of its neighbours, the offsets of
+ *   keys inserted later, pointers to keys, and the tree's cursors
  * @cost O(keys + their bytes): the bytes of the later keys move and their offsets are lowered, in one pass
  *   over the chunks if the tree owns its node pool and the pool holds nothing else, otherwise along the
  *   leaves
@@ -297,15 +301,16 @@ MUB_API uint64_t mub_btree_remove(mub_btree *tree, const void *key, int64_t leng
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries and records are returned to their pools, and value blocks of an owned value pool are
- *   released with it; other values remain the caller's
+ * @owner entries and records are returned to their pools, value blocks of an owned value pool are released as
+ *   it is emptied, and other values remain the caller's
  * @invalidates all records and entries, pointers to keys, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
 MUB_API mub_btree *mub_btree_remove_all(mub_btree *tree);
 
 /**
- * Releases every value that is not 0, then empties the tree like mub_btree_remove_all().
+ * Empties the tree like mub_btree_remove_all(), and releases every value that is not 0. `release` must not
+ * use the tree, parts of which are already gone when it is called.
  *
  * The values' blocks are returned to an external value pool. The memory of the key stream is released too.
  *
@@ -334,7 +339,7 @@ MUB_API mub_btree *mub_btree_free_all(mub_btree *tree, mub_free_fn release);
  * @failure 0 if the key was present, or if memory ran out
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
  * @invalidates the tree's cursors, and pointers to keys
- * @cost O(log n)
+ * @cost O(length log n), amortised, up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key
  */
@@ -349,7 +354,7 @@ MUB_API int mub_btree_node_set(mub_btree *tree, const void *key, int64_t length,
  * @return the record
  * @failure NULL if the key is absent
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
- * @cost O(log n)
+ * @cost O(length log n)
  * @bounds key[length]
  * @nullable key
  */
@@ -364,7 +369,7 @@ MUB_API mub_btree_node *mub_btree_node_get(const mub_btree *tree, const void *ke
  * @return the record
  * @failure NULL if the key is absent
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
- * @cost O(log n)
+ * @cost O(length log n)
  * @bounds key[length]
  * @nullable key
  */
@@ -382,7 +387,7 @@ MUB_API mub_btree_node *mub_btree_node_find(const mub_btree *tree, const void *k
  * @return the record
  * @failure NULL if the tree is empty
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
- * @cost O(log n)
+ * @cost O(length log n)
  * @bounds key[length]
  * @nullable key
  */
@@ -475,7 +480,7 @@ MUB_API mub_btree_node *mub_btree_cursor_last(mub_btree_cursor *cursor, const mu
  * @failure NULL if all keys are less; the cursor is then after the last record
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
  * @invalidates nothing
- * @cost O(log n)
+ * @cost O(length log n)
  * @bounds key[length]
  * @nullable key
  */
@@ -551,19 +556,20 @@ MUB_API mub_btree_entry *mub_btree_last_entry(const mub_btree_entry *entry);
  * @param[in,out] b  the other tree
  * @owner what one tree owned now belongs to the other
  * @invalidates the cursors of both trees
+ * @cost O(inner nodes of both trees)
  */
 MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
 
 /**
  * Copies a tree.
  *
- * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
- * their positions in the pools, and addresses are translated. A value that is not an address in the source's
- * value pool becomes 0, and so do all values if the destination owns no value pool.
+ * Pools that the source owns are copied into those of the destination: entries, records and value blocks have
+ * the same chunk and offset there, and addresses are translated. A value that is not an address in the
+ * source's value pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries and records
- * get new blocks of external pools. If the source does not own a value pool, values are copied as words, so
- * both trees refer to the same blocks.
+ * Where the source has an external pool, or none, the destination then has the same; a pool that it owned
+ * there is destroyed. Entries and records get new blocks of external pools. If the source does not own a
+ * value pool, values are copied as words, so both trees refer to the same blocks.
  *
  * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
  * a clone. The destination's `nocase` is unchanged. A user pool is cloned only if both user pools and
@@ -593,19 +599,19 @@ MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_p
 /**
  * Checks whether the tree is intact.
  *
- * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, that the keys
- * fill the key stream without gaps, the pools that the tree owns, and the fields and tables of external ones.
- * `prev` and `next` of the records are not checked. It follows every link, and terminates even if calls to
- * the library have damaged the tree. It cannot detect a pointer to other memory in place of an entry or a
- * block, and follows it. Keys are compared with the present `nocase`, which mub_btree_swap() and
- * mub_btree_clone() do not transfer.
+ * Checks the levels, parents and tables of all entries, the keys of all but the root, the order of the keys,
+ * the count, that the keys fill the key stream without gaps, the pools that the tree owns, and the fields and
+ * tables of external ones. `prev` and `next` of the records are not checked. It visits every entry and
+ * record, and terminates even if calls to the library have damaged the tree. It cannot detect a pointer to
+ * other memory in place of an entry or a block, and follows it. Keys are compared with the present `nocase`,
+ * which mub_btree_swap() and mub_btree_clone() do not transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the tree is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(entries), and that of mub_pool_verify() for each pool that the tree owns
+ * @cost O(keys + their bytes), and that of mub_pool_verify() for each pool that the tree owns
  * @nullable what
  */
 MUB_API int mub_btree_verify(const mub_btree *tree, const char **what);
@@ -613,13 +619,13 @@ MUB_API int mub_btree_verify(const mub_btree *tree, const char **what);
 /**
  * Returns the size of the heap memory that the tree holds.
  *
- * Counts the tables of all nodes, the pools that the tree owns and the key stream, as requested from
- * `malloc`; not the record itself. Blocks of external pools are not counted.
+ * Counts the tables of all entries, the pools that the tree owns and the key stream, as requested from
+ * `malloc`; not the struct itself. Blocks of external pools are not counted.
  *
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(entries), and O(pages) for the free stacks of the pools
+ * @cost O(entries), and O(free pages) of the pools
  */
 MUB_API int64_t mub_btree_memory_bytes(const mub_btree *tree);
 
@@ -666,7 +672,7 @@ MUB_API void mub_btree_node_init(mub_btree_node *node);
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key, used as given
  * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, or else of
- *   the lengths
+ *   the lengths, truncated to 32 bits
  * @cost O(length)
  * @bounds key[length]
  * @nullable key
@@ -683,7 +689,7 @@ MUB_API int mub_btree_entry_compare(const mub_btree *tree, const mub_btree_entry
  * @param[in] b       the other entry
  * @param[in] unused  not used; it makes the signature that of the other comparison functions
  * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, or else of
- *   the lengths
+ *   the lengths, truncated to 32 bits
  * @cost O(length)
  * @level low
  */
@@ -698,7 +704,7 @@ MUB_API int mub_btree_entrys_compare(const mub_btree *tree, const mub_btree_entr
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key, used as given
  * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, or else of
- *   the lengths
+ *   the lengths, truncated to 32 bits
  * @cost O(length)
  * @bounds key[length]
  * @nullable key
@@ -708,13 +714,14 @@ MUB_API int mub_btree_node_compare(const mub_btree *tree, const mub_btree_node *
                                    int64_t length);
 
 /**
- * Sets an entry's key to that of its last child, and likewise those of its ancestors, up to the first whose
- * key is already correct.
+ * Sets an entry's key, its name, to that of its last child, and likewise those of its ancestors, up to the
+ * first whose key is already correct. Nothing changes if its own is, or if it has no children.
  *
  * @param[in] tree       the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
  * @cost O(log n)
+ * @threads writes to nodes of the tree, although that is const: needs exclusive access
  * @level low
  */
 MUB_API void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry);
@@ -750,6 +757,7 @@ MUB_API void mub_btree_set_next(mub_btree_entry *leaf, int64_t index);
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
  * @cost O(inner nodes below)
+ * @threads writes to nodes of the tree, although that is const: needs exclusive access
  * @level low
  */
 MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
@@ -767,6 +775,7 @@ MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
  * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
+ * @cost O(children)
  * @level low
  */
 MUB_API mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry *entry);
@@ -784,6 +793,7 @@ MUB_API mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry 
  * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
+ * @cost O(children)
  * @level low
  */
 MUB_API mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *entry);
@@ -813,7 +823,7 @@ MUB_API void mub_btree_split(mub_btree *tree, mub_btree_entry *entry);
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return the leaf
  * @owner the entry is a block of the entry pool, or the root, and belongs to the tree
- * @cost O(log n)
+ * @cost O(length log n)
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -833,7 +843,7 @@ MUB_API mub_btree_entry *mub_btree_find_t(const mub_btree *tree, const mub_btree
  * @failure 0 if the key was present, or if memory ran out
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
  * @invalidates the tree's cursors, and pointers to keys
- * @cost O(log n)
+ * @cost O(length log n), amortised, up to 16 MiB of keys
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -862,23 +872,25 @@ MUB_API void mub_btree_adjust_t(mub_btree *tree, mub_btree_entry *entry, uint32_
  * Removes an empty entry from its parent and returns it to the entry pool, and likewise each ancestor that
  * becomes empty.
  *
- * The root is not removed: once empty, it is a leaf again.
+ * The keys of the remaining ancestors are set as by mub_btree_set_name(). The root is not removed, but
+ * becomes a leaf when its last entry is; nothing happens if `entry` is the root.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an empty entry of the tree
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the entry is returned to its pool
- * @invalidates the entry, and the tree's cursors
+ * @owner the entries removed are returned to their pool
+ * @invalidates the entries removed, and the tree's cursors
  * @cost O(log n)
  * @level low
  */
 MUB_API void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Releases what is below an entry: records, entries and their tables of children.
+ * Releases what is below an entry: the records, the entries and their tables of children, and the table of
+ * the entry itself.
  *
  * Records and entries are returned to external pools. The tree's count, its keys and the entry's level are
- * unchanged.
+ * unchanged. An inner entry then has no leaf below it, and insertions there fail as if memory had run out.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -892,7 +904,8 @@ MUB_API void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry);
 MUB_API void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Does the same as mub_btree_remove_all_entry() after releasing each value that is not 0.
+ * Does the same as mub_btree_remove_all_entry(), and releases each value that is not 0. `release` must not
+ * use the tree.
  *
  * The values' blocks are returned to an external value pool.
  *
@@ -1001,8 +1014,9 @@ typedef struct mub_btreed_cursor {
  * @param[in] with_node_pool   not 0: create a node pool that the tree owns
  * @param[in] with_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
- * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
- * @owner the record belongs to the caller; the pools created here belong to the tree until mub_btreed_term()
+ * @failure none; if memory runs out, the root has no room for children yet, and the field of a missing pool
+ *   is NULL and its flag 0
+ * @owner the struct belongs to the caller; the pools created here belong to the tree until mub_btreed_term()
  * @invalidates nothing
  */
 MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int with_entry_pool, int with_node_pool,
@@ -1120,7 +1134,8 @@ MUB_API int mub_btreed_find(const mub_btreed *tree, uint32_t key);
  * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the record is returned to its pool
- * @invalidates the record of the key, the links of its neighbours, and the tree's cursors
+ * @invalidates the record of the key, entries that become empty, the links of its neighbours, and the tree's
+ *   cursors
  * @cost O(log n)
  */
 MUB_API uint64_t mub_btreed_remove(mub_btreed *tree, uint32_t key);
@@ -1134,15 +1149,16 @@ MUB_API uint64_t mub_btreed_remove(mub_btreed *tree, uint32_t key);
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries and records are returned to their pools, and value blocks of an owned value pool are
- *   released with it; other values remain the caller's
+ * @owner entries and records are returned to their pools, value blocks of an owned value pool are released as
+ *   it is emptied, and other values remain the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
 MUB_API mub_btreed *mub_btreed_remove_all(mub_btreed *tree);
 
 /**
- * Releases every value that is not 0, then empties the tree like mub_btreed_remove_all().
+ * Empties the tree like mub_btreed_remove_all(), and releases every value that is not 0. `release` must not
+ * use the tree, parts of which are already gone when it is called.
  *
  * The values' blocks are returned to an external value pool.
  *
@@ -1373,19 +1389,20 @@ MUB_API mub_btreed_entry *mub_btreed_last_entry(const mub_btreed_entry *entry);
  * @param[in,out] b  the other tree
  * @owner what one tree owned now belongs to the other
  * @invalidates the cursors of both trees
+ * @cost O(inner nodes of both trees)
  */
 MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
 
 /**
  * Copies a tree.
  *
- * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
- * their positions in the pools, and addresses are translated. A value that is not an address in the source's
- * value pool becomes 0, and so do all values if the destination owns no value pool.
+ * Pools that the source owns are copied into those of the destination: entries, records and value blocks have
+ * the same chunk and offset there, and addresses are translated. A value that is not an address in the
+ * source's value pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries and records
- * get new blocks of external pools. If the source does not own a value pool, values are copied as words, so
- * both trees refer to the same blocks.
+ * Where the source has an external pool, or none, the destination then has the same; a pool that it owned
+ * there is destroyed. Entries and records get new blocks of external pools. If the source does not own a
+ * value pool, values are copied as words, so both trees refer to the same blocks.
  *
  * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
  * a clone. The destination's `key_type` is unchanged. A user pool is cloned only if both user pools and
@@ -1416,18 +1433,19 @@ MUB_API int64_t mub_btreed_clone(const mub_btreed *source, mub_pool *source_user
 /**
  * Checks whether the tree is intact.
  *
- * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, the pools
- * that the tree owns, and the fields and tables of external ones. `prev` and `next` of the records are not
- * checked. It follows every link, and terminates even if calls to the library have damaged the tree. It
- * cannot detect a pointer to other memory in place of an entry or a block, and follows it. Keys are compared
- * with the present `key_type`, which mub_btreed_swap() and mub_btreed_clone() do not transfer.
+ * Checks the levels, parents and tables of all entries, the keys of all but the root, the order of the keys,
+ * the count, the pools that the tree owns, and the fields and tables of external ones. `prev` and `next` of
+ * the records are not checked. It visits every entry and record, and terminates even if calls to the library
+ * have damaged the tree. It cannot detect a pointer to other memory in place of an entry or a block, and
+ * follows it. Keys are compared with the present `key_type`, which mub_btreed_swap() and mub_btreed_clone()
+ * do not transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the tree is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(entries), and that of mub_pool_verify() for each pool that the tree owns
+ * @cost O(keys), and that of mub_pool_verify() for each pool that the tree owns
  * @nullable what
  */
 MUB_API int mub_btreed_verify(const mub_btreed *tree, const char **what);
@@ -1436,12 +1454,12 @@ MUB_API int mub_btreed_verify(const mub_btreed *tree, const char **what);
  * Returns the size of the heap memory that the tree holds.
  *
  * Counts the tables of all entries and the pools that the tree owns, as requested from `malloc`; not the
- * record itself. Blocks of external pools are not counted.
+ * struct itself. Blocks of external pools are not counted.
  *
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(entries), and O(pages) for the free stacks of the pools
+ * @cost O(entries), and O(free pages) of the pools
  */
 MUB_API int64_t mub_btreed_memory_bytes(const mub_btreed *tree);
 
@@ -1529,13 +1547,14 @@ MUB_API mub_btreed_entry *mub_btreed_entry_new(mub_btreed *tree, int level);
 MUB_API void mub_btreed_node_init(mub_btreed_node *node);
 
 /**
- * Sets an entry's key to that of its last child, and likewise those of its ancestors, up to the first whose
- * key is already correct.
+ * Sets an entry's key, its name, to that of its last child, and likewise those of its ancestors, up to the
+ * first whose key is already correct. Nothing changes if its own is, or if it has no children.
  *
  * @param[in] tree       the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
  * @cost O(log n)
+ * @threads writes to nodes of the tree, although that is const: needs exclusive access
  * @level low
  */
 MUB_API void mub_btreed_set_name(const mub_btreed *tree, mub_btreed_entry *entry);
@@ -1571,6 +1590,7 @@ MUB_API void mub_btreed_set_next(mub_btreed_entry *leaf, int64_t index);
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
  * @cost O(inner nodes below)
+ * @threads writes to nodes of the tree, although that is const: needs exclusive access
  * @level low
  */
 MUB_API void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry);
@@ -1588,6 +1608,7 @@ MUB_API void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry
  * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
+ * @cost O(children)
  * @level low
  */
 MUB_API mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_entry *entry);
@@ -1605,6 +1626,7 @@ MUB_API mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_en
  * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
+ * @cost O(children)
  * @level low
  */
 MUB_API mub_btreed_entry *mub_btreed_split_node(mub_btreed *tree, mub_btreed_entry *entry);
@@ -1660,23 +1682,25 @@ MUB_API int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32
  * Removes an empty entry from its parent and returns it to the entry pool, and likewise each ancestor that
  * becomes empty.
  *
- * The root is not removed: once empty, it is a leaf again.
+ * The keys of the remaining ancestors are set as by mub_btreed_set_name(). The root is not removed, but
+ * becomes a leaf when its last entry is; nothing happens if `entry` is the root.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an empty entry of the tree
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the entry is returned to its pool
- * @invalidates the entry, and the tree's cursors
+ * @owner the entries removed are returned to their pool
+ * @invalidates the entries removed, and the tree's cursors
  * @cost O(log n)
  * @level low
  */
 MUB_API void mub_btreed_remove_entry_t(mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Releases what is below an entry: records, entries and their tables of children.
+ * Releases what is below an entry: the records, the entries and their tables of children, and the table of
+ * the entry itself.
  *
  * Records and entries are returned to external pools. The tree's count, its keys and the entry's level are
- * unchanged.
+ * unchanged. An inner entry then has no leaf below it, and insertions there fail as if memory had run out.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1690,7 +1714,8 @@ MUB_API void mub_btreed_remove_entry_t(mub_btreed *tree, mub_btreed_entry *entry
 MUB_API void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Does the same as mub_btreed_remove_all_entry() after releasing each value that is not 0.
+ * Does the same as mub_btreed_remove_all_entry(), and releases each value that is not 0. `release` must not
+ * use the tree.
  *
  * The values' blocks are returned to an external value pool.
  *
@@ -1797,8 +1822,9 @@ typedef struct mub_btreex_cursor {
  * @param[in] with_node_pool   not 0: create a node pool that the tree owns
  * @param[in] with_value_pool  not 0: create a value pool that the tree owns
  * @return the tree
- * @failure none; if memory runs out for a pool, its field is NULL and its flag 0
- * @owner the record belongs to the caller; the pools created here belong to the tree until mub_btreex_term()
+ * @failure none; if memory runs out, the root has no room for children yet, and the field of a missing pool
+ *   is NULL and its flag 0
+ * @owner the struct belongs to the caller; the pools created here belong to the tree until mub_btreex_term()
  * @invalidates nothing
  */
 MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int with_entry_pool, int with_node_pool,
@@ -1916,7 +1942,8 @@ MUB_API int mub_btreex_find(const mub_btreex *tree, uint64_t key);
  * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the record is returned to its pool
- * @invalidates the record of the key, the links of its neighbours, and the tree's cursors
+ * @invalidates the record of the key, entries that become empty, the links of its neighbours, and the tree's
+ *   cursors
  * @cost O(log n)
  */
 MUB_API uint64_t mub_btreex_remove(mub_btreex *tree, uint64_t key);
@@ -1930,15 +1957,16 @@ MUB_API uint64_t mub_btreex_remove(mub_btreex *tree, uint64_t key);
  * @param[in,out] tree  the tree
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner entries and records are returned to their pools, and value blocks of an owned value pool are
- *   released with it; other values remain the caller's
+ * @owner entries and records are returned to their pools, value blocks of an owned value pool are released as
+ *   it is emptied, and other values remain the caller's
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
 MUB_API mub_btreex *mub_btreex_remove_all(mub_btreex *tree);
 
 /**
- * Releases every value that is not 0, then empties the tree like mub_btreex_remove_all().
+ * Empties the tree like mub_btreex_remove_all(), and releases every value that is not 0. `release` must not
+ * use the tree, parts of which are already gone when it is called.
  *
  * The values' blocks are returned to an external value pool.
  *
@@ -2169,19 +2197,20 @@ MUB_API mub_btreex_entry *mub_btreex_last_entry(const mub_btreex_entry *entry);
  * @param[in,out] b  the other tree
  * @owner what one tree owned now belongs to the other
  * @invalidates the cursors of both trees
+ * @cost O(inner nodes of both trees)
  */
 MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
 
 /**
  * Copies a tree.
  *
- * Pools that the source owns are copied into those of the destination: entries, records and value blocks keep
- * their positions in the pools, and addresses are translated. A value that is not an address in the source's
- * value pool becomes 0, and so do all values if the destination owns no value pool.
+ * Pools that the source owns are copied into those of the destination: entries, records and value blocks have
+ * the same chunk and offset there, and addresses are translated. A value that is not an address in the
+ * source's value pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries and records
- * get new blocks of external pools. If the source does not own a value pool, values are copied as words, so
- * both trees refer to the same blocks.
+ * Where the source has an external pool, or none, the destination then has the same; a pool that it owned
+ * there is destroyed. Entries and records get new blocks of external pools. If the source does not own a
+ * value pool, values are copied as words, so both trees refer to the same blocks.
  *
  * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
  * a clone. The destination's `key_type` is unchanged. A user pool is cloned only if both user pools and
@@ -2212,18 +2241,19 @@ MUB_API int64_t mub_btreex_clone(const mub_btreex *source, mub_pool *source_user
 /**
  * Checks whether the tree is intact.
  *
- * Checks the levels, parents, keys and tables of all entries, the order of the keys, the count, the pools
- * that the tree owns, and the fields and tables of external ones. `prev` and `next` of the records are not
- * checked. It follows every link, and terminates even if calls to the library have damaged the tree. It
- * cannot detect a pointer to other memory in place of an entry or a block, and follows it. Keys are compared
- * with the present `key_type`, which mub_btreex_swap() and mub_btreex_clone() do not transfer.
+ * Checks the levels, parents and tables of all entries, the keys of all but the root, the order of the keys,
+ * the count, the pools that the tree owns, and the fields and tables of external ones. `prev` and `next` of
+ * the records are not checked. It visits every entry and record, and terminates even if calls to the library
+ * have damaged the tree. It cannot detect a pointer to other memory in place of an entry or a block, and
+ * follows it. Keys are compared with the present `key_type`, which mub_btreex_swap() and mub_btreex_clone()
+ * do not transfer.
  *
  * @param[in] tree   the tree
  * @param[out] what  receives a sentence that names what is broken, or NULL if nothing is; may be NULL
  * @return 1 if the tree is intact, else 0
  * @failure none; nothing is allocated
  * @owner the sentence belongs to the library and never changes
- * @cost O(entries), and that of mub_pool_verify() for each pool that the tree owns
+ * @cost O(keys), and that of mub_pool_verify() for each pool that the tree owns
  * @nullable what
  */
 MUB_API int mub_btreex_verify(const mub_btreex *tree, const char **what);
@@ -2232,12 +2262,12 @@ MUB_API int mub_btreex_verify(const mub_btreex *tree, const char **what);
  * Returns the size of the heap memory that the tree holds.
  *
  * Counts the tables of all entries and the pools that the tree owns, as requested from `malloc`; not the
- * record itself. Blocks of external pools are not counted.
+ * struct itself. Blocks of external pools are not counted.
  *
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(entries), and O(pages) for the free stacks of the pools
+ * @cost O(entries), and O(free pages) of the pools
  */
 MUB_API int64_t mub_btreex_memory_bytes(const mub_btreex *tree);
 
@@ -2325,13 +2355,14 @@ MUB_API mub_btreex_entry *mub_btreex_entry_new(mub_btreex *tree, int level);
 MUB_API void mub_btreex_node_init(mub_btreex_node *node);
 
 /**
- * Sets an entry's key to that of its last child, and likewise those of its ancestors, up to the first whose
- * key is already correct.
+ * Sets an entry's key, its name, to that of its last child, and likewise those of its ancestors, up to the
+ * first whose key is already correct. Nothing changes if its own is, or if it has no children.
  *
  * @param[in] tree       the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
  * @cost O(log n)
+ * @threads writes to nodes of the tree, although that is const: needs exclusive access
  * @level low
  */
 MUB_API void mub_btreex_set_name(const mub_btreex *tree, mub_btreex_entry *entry);
@@ -2367,6 +2398,7 @@ MUB_API void mub_btreex_set_next(mub_btreex_entry *leaf, int64_t index);
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
  * @cost O(inner nodes below)
+ * @threads writes to nodes of the tree, although that is const: needs exclusive access
  * @level low
  */
 MUB_API void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry);
@@ -2384,6 +2416,7 @@ MUB_API void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry
  * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
+ * @cost O(children)
  * @level low
  */
 MUB_API mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_entry *entry);
@@ -2401,6 +2434,7 @@ MUB_API mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_en
  * @failure NULL if memory ran out; nothing is then moved
  * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
+ * @cost O(children)
  * @level low
  */
 MUB_API mub_btreex_entry *mub_btreex_split_node(mub_btreex *tree, mub_btreex_entry *entry);
@@ -2456,23 +2490,25 @@ MUB_API int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64
  * Removes an empty entry from its parent and returns it to the entry pool, and likewise each ancestor that
  * becomes empty.
  *
- * The root is not removed: once empty, it is a leaf again.
+ * The keys of the remaining ancestors are set as by mub_btreex_set_name(). The root is not removed, but
+ * becomes a leaf when its last entry is; nothing happens if `entry` is the root.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an empty entry of the tree
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner the entry is returned to its pool
- * @invalidates the entry, and the tree's cursors
+ * @owner the entries removed are returned to their pool
+ * @invalidates the entries removed, and the tree's cursors
  * @cost O(log n)
  * @level low
  */
 MUB_API void mub_btreex_remove_entry_t(mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Releases what is below an entry: records, entries and their tables of children.
+ * Releases what is below an entry: the records, the entries and their tables of children, and the table of
+ * the entry itself.
  *
  * Records and entries are returned to external pools. The tree's count, its keys and the entry's level are
- * unchanged.
+ * unchanged. An inner entry then has no leaf below it, and insertions there fail as if memory had run out.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -2486,7 +2522,8 @@ MUB_API void mub_btreex_remove_entry_t(mub_btreex *tree, mub_btreex_entry *entry
 MUB_API void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Does the same as mub_btreex_remove_all_entry() after releasing each value that is not 0.
+ * Does the same as mub_btreex_remove_all_entry(), and releases each value that is not 0. `release` must not
+ * use the tree.
  *
  * The values' blocks are returned to an external value pool.
  *

@@ -184,10 +184,10 @@ class btree_place {
  * @{ */
 
 /**
- * An ordered map, which owns its nodes, its keys and the pools that it created, but not what its values refer
- * to; see mub_btree. Its entries are the records, mub_btree_node. Moving a tree allocates a small table for
- * the root of the moved-from tree. Iterators contain a cursor: adding or removing a key invalidates all of
- * them.
+ * An ordered map, which owns its nodes, records and keys and the pools that it created, but nothing else that
+ * its values refer to; see mub_btree. Its `entry_type` is mub_btree_node, a record. Moving a tree takes time
+ * proportional to its inner nodes, and allocates a small table for the root of the moved-from tree. Iterators
+ * contain a cursor: adding or removing a key invalidates all of them.
  */
 template <class Traits>
 class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<Traits>, Traits>,
@@ -216,12 +216,15 @@ class basic_btree : public detail::map<basic_btree<Traits>, detail::btree_life<T
     detail::set_block_size(c()->value_pool, values.size);
   }
 
-  /** Constructs an empty tree with external pools, which must outlive it. */
-  basic_btree(mub_pool *entries, mub_pool *nodes, mub_pool *values = nullptr) noexcept
+  /**
+   * Constructs an empty tree with external pools, which must outlive it: `entry_pool` for nodes, `node_pool`
+   * for records.
+   */
+  basic_btree(mub_pool *entry_pool, mub_pool *node_pool, mub_pool *value_pool = nullptr) noexcept
       : basic_btree(false, false, false) {
-    c()->entry_pool = entries;
-    c()->node_pool = nodes;
-    c()->value_pool = values;
+    c()->entry_pool = entry_pool;
+    c()->node_pool = node_pool;
+    c()->value_pool = value_pool;
   }
 
   /** Returns a copy, made by mub_btree_clone() without user pools; empty if memory ran out. */

@@ -1,6 +1,7 @@
 // Looks up many keys of a B-tree at a time. A single look-up waits for a child, its key and the next child in
-// turn. The look-ups of a group go down the tree together, all by one probe per round, so that their cache
-// misses overlap. Part of the engine in bplus_tree.h, where its invariants and policy are.
+// turn. The look-ups of a group go down the tree together, level by level and, unless node_search.h searches
+// by quarters, probe by probe, so that their cache misses overlap. Part of the engine in bplus_tree.h, where
+// its invariants and policy are.
 //
 // Threads: the tree is only read.
 #ifndef MUB_BTREE_BATCH_GET_H

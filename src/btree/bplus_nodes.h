@@ -184,7 +184,7 @@ void split_root(Tree &tree, NodeOf<Tree> &root) {
 }
 
 // The index of the upper half of a split node among the parent's children: after the node or, if the parent
-// does not list the node, where its key belongs.
+// does not list the node, where the key of the upper half belongs.
 template <class Tree>
 int64_t index_of_upper(const Tree &tree, const NodeOf<Tree> &parent, const NodeOf<Tree> &node,
                        const NodeOf<Tree> &upper) {

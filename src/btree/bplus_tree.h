@@ -1,6 +1,7 @@
 // The engine of the B-trees: B+-trees whose nodes have up to 31 children. The records, each a key with its
 // value, are in the leaves; every leaf and inner node has a table of pointers to its children, and the key of
-// the last one. It splits at the 32nd child and is removed when it becomes empty; nothing else is rebalanced.
+// the last one. A node splits at its 32nd child and is removed when it becomes empty; there is no other
+// rebalancing.
 //
 //   tree ── root (Node, embedded)               level 2
 //             children.items ──► [0] [1] … ──► Node              level 1
@@ -21,7 +22,7 @@
 //      the root is not searched: removals do not lower its offset, and a root that removals have emptied
 //      keeps its last name.
 //   4. The keys of the records ascend, in each leaf and from leaf to leaf; no two are equal.
-//   5. A node has at most 31 children, unless memory ran out when it was to split.
+//   5. A node has at most 31 children, unless it could not split, for want of memory or an entry pool.
 //   6. `count` is the number of records.
 //   7. `prev` and `next` of the records are their neighbours in key order if nothing was removed since the
 //      tree was last empty, and it is not a clone. Otherwise they may point anywhere; only set_next()
@@ -33,11 +34,13 @@
 // They hold until a caller uses the low layer: entry_new, split_entry and split_node make nodes that no
 // parent lists, splits of fewer than two children leave an empty one, the set_ functions and adjust_t change
 // single fields, insert_t trusts its caller to pass the right leaf, and remove_all_entry, free_all_entry and
-// clone_entry change neither the count nor the nodes above. Searches and walks allow for empty nodes. 4 also
-// assumes that neither `nocase` nor `key_type` changes while there are records.
+// clone_entry change neither the count nor the nodes above. Searches and walks allow for empty nodes.
+// remove_entry_t loses the children of a node that is not empty. 4 also assumes that neither `nocase` nor
+// `key_type` changes while there are records, and that no key is a NaN.
 //
 // Threads: functions that take a const tree write nothing, so readers may run in parallel, each with cursors
-// of its own.
+// of its own. The exceptions are set_name() and set_children_pools(), which write to the nodes given, and
+// clone(), which takes blocks from the source's external pools.
 //
 // The policy provides what containers/key_store.h lists, where key_of, reset_key and prefetch_key also accept
 // nodes, and the following. Functions that are given a node alone reach it through the node's type: the
@@ -74,7 +77,7 @@ namespace mub::bplus {
 
 // ---- places of records
 
-// The position of a key: where its record is, or where a new one belongs.
+// The place of a key: where its record is, or where a new one belongs.
 template <class Node>
 struct Place {
   Node *leaf;

@@ -14,7 +14,7 @@ namespace mub::bplus {
 
 template <class Tree>
 void init(Tree &tree, bool with_entry_pool, bool with_node_pool, bool with_value_pool) {
-  std::memset(&tree, 0, sizeof tree);  // clears the padding, too: new records compare equal with memcmp
+  std::memset(&tree, 0, sizeof tree);  // clears the padding, too
   init_node(tree.root);
   if (with_entry_pool) entry_pool_of(tree).make(sizeof(NodeOf<Tree>));
   if (with_node_pool) node_pool_of(tree).make(sizeof(RecordOf<Tree>));
@@ -37,9 +37,10 @@ int64_t memory_bytes(const Tree &tree) {
 // Which blocks are returned to their pools.
 enum class Returned { kExternal, kAll };
 
-// Releases the tables of children of `top` and of all nodes below it, after calling `visit` with every
-// record. Records and nodes below `top` are returned to external pools. Those in owned pools stay until
-// these are emptied, unless Returned::kAll asks to return them, too.
+// Calls `visit` with every record below `top`, and releases the tables of children of `top` and of all nodes
+// below it, leaf by leaf: `visit` must not use the tree. Records and nodes below `top` are returned to
+// external pools. Those in owned pools stay until these are emptied, unless Returned::kAll asks to return
+// them, too.
 template <class Tree, class Visit>
 void empty_from(Tree &tree, NodeOf<Tree> &top, Returned returned, Visit visit) {
   const bool returns_records = tree.owns_node_pool == 0 || returned == Returned::kAll;

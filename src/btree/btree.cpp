@@ -69,7 +69,7 @@ struct Policy<mub_btree> : PackedKeys<mub_btree> {
                             : bytes::compare(stored.bytes, stored.length, key.bytes, key.length);
   }
 
-  // A name with the bytes of the child's key is kept, even if its offset differs, as it may in the root.
+  // A name that is equal to the child's key is kept, even if its offset differs, as it may in the root.
   // Callers can see the offset that is kept.
   template <class Child>
   static bool name_equals_key_of(const mub_btree &tree, const Node &node, const Child &child) {

@@ -13,9 +13,9 @@
 
 namespace mub::bplus {
 
-// A walk over all nodes in pre-order. It trusts what it has checked: the parents of the nodes below one,
-// which it needs to return, are checked before it goes down. It ends because every leaf has a record, and the
-// keys of the records ascend.
+// A walk over all nodes in pre-order. Before it goes down from a node, it checks the `parent` of its
+// children, which it follows on its way back. It ends because every leaf has a record, and the keys of the
+// records ascend.
 template <class Tree>
 class TreeCheck {
  public:

@@ -46,7 +46,7 @@ class Json(unittest.TestCase):
         self.assertEqual(insert["summary"], "Adds a key with a value unless the key is present.")
         self.assertEqual(insert["returns"], {"type": "int", "doc": "1 if added"})
         self.assertEqual(insert["invalidates"], "an iteration in progress, if the number of buckets doubles; pointers to keys")
-        self.assertEqual(insert["cost"], "O(1) expected, amortised over the doublings of the buckets")
+        self.assertEqual(insert["cost"], "O(length) expected, amortised over the doublings of the buckets, up to 16 MiB of keys")
         self.assertEqual([found["name"] for found in insert["parameters"]], ["table", "key", "length", "value"])
         self.assertEqual((insert["level"], FUNCTIONS["mub_hash_insert_t"]["level"]), ("everyday", "low"))
         self.assertIn("by a function that takes it as const", FUNCTIONS["mub_pool_iter_new"]["threads"])
