@@ -111,6 +111,7 @@ TEST(ArrayQuirks, KeysStayBelow4GiB) {
   mub_array_append(&array, "abc", 3, 2);
   mub_array_insert_at(&array, 1, "x", 1, 3);
   EXPECT_EQ(mub_array_set_at(&array, 1, "abcd", 4, 4), 0u);
+  EXPECT_EQ(mub_array_set_at(&array, 1, "a", int64_t{1} << 32, 4), 0u);
   for (const char *key : {"aaa", "zzz"}) EXPECT_EQ(mub_array_insert(&array, key, 3, 3), 1);
   mub_array_append_array(&array, &array);
   EXPECT_EQ(keys_of(array), (Keys{"", "abc"}));
@@ -139,6 +140,11 @@ TEST(ArrayQuirks, TablesGrowByAtMost65536SlotsUnlessMoreAreRequested) {
   words.count = INT64_MAX;
   mub_arrayt_append_array(&words, &words);
   EXPECT_EQ(words.count, INT64_MAX) << "the sum of the counts overflows";
+  mub::arrayd entries;
+  entries.append(1, 1);
+  entries.c()->count = INT64_MAX;
+  mub_arrayd_append_array(entries.c(), entries.c());
+  EXPECT_EQ(std::exchange(entries.c()->count, 1), INT64_MAX);
 }
 
 void *released;
