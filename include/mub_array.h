@@ -978,7 +978,7 @@ MUB_API mub_arrayd *mub_arrayd_clone(const mub_arrayd *source, mub_pool *source_
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity the pool that the array owns, and the fields and tables of an external one.
+ * Checks the count, the capacity, the pool that the array owns, and the fields and tables of an external one.
  * Any order is accepted, and so is a copy for which memory ran out, until `_expand` gives it a table that is
  * smaller than its count.
  *
@@ -1639,7 +1639,7 @@ MUB_API mub_arrayx *mub_arrayx_clone(const mub_arrayx *source, mub_pool *source_
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity the pool that the array owns, and the fields and tables of an external one.
+ * Checks the count, the capacity, the pool that the array owns, and the fields and tables of an external one.
  * Any order is accepted, and so is a copy for which memory ran out, until `_expand` gives it a table that is
  * smaller than its count.
  *
@@ -2263,7 +2263,7 @@ MUB_API mub_arrays *mub_arrays_clone(const mub_arrays *source, mub_pool *source_
 /**
  * Checks whether the array is intact.
  *
- * Checks the count, the capacity the pool that the array owns, and the fields and tables of an external one.
+ * Checks the count, the capacity, the pool that the array owns, and the fields and tables of an external one.
  * Any order is accepted, and so is a copy for which memory ran out, until `_expand` gives it a table that is
  * smaller than its count.
  *
