@@ -178,7 +178,8 @@ void ask_the_map(Pools &world) {
     EXPECT_EQ(reinterpret_cast<void *>(map[i].base), slot.pool.chunks[map[i].index]);
     EXPECT_EQ(mub_pool_compare(&map[i], &map[other]), order(i, other));
   }
-  const int64_t block = world.block(slot), inside = world.program.below(8);
+  const int64_t block = world.block(slot);
+  const int64_t inside = world.program.below(std::max<int64_t>(slot.pool.block_size, 1));
   if (block >= 0) {
     world.read_by_all([&] {
       char *address = static_cast<char *>(slot.at(block)) + inside;
