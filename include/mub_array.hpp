@@ -24,7 +24,7 @@ inline namespace v1 {
 namespace detail {
 
 struct array_traits : byte_key {
-  using record = mub_array;
+  using c_struct = mub_array;
   using entry = mub_array_entry;
   static constexpr auto init = mub_array_init;
   static constexpr auto term = mub_array_term;
@@ -53,16 +53,16 @@ struct array_traits : byte_key {
   static constexpr auto bfind_index = mub_array_bfind_index;
   static constexpr auto qsort = mub_array_qsort;
   static constexpr auto qsort_x = mub_array_qsort_x;
-  static int find(const record *array, const void *key, std::int64_t length) {
+  static int find(const c_struct *array, const void *key, std::int64_t length) {
     return mub_array_find_index(array, key, length) >= 0;
   }
-  static std::uint64_t remove_at(record *array, std::int64_t index) {
+  static std::uint64_t remove_at(c_struct *array, std::int64_t index) {
     return mub_array_remove_at(array, index);
   }
 };
 
 struct arrayd_traits : integer_key<std::uint32_t> {
-  using record = mub_arrayd;
+  using c_struct = mub_arrayd;
   using entry = mub_arrayd_entry;
   static constexpr auto init = mub_arrayd_init;
   static constexpr auto term = mub_arrayd_term;
@@ -91,15 +91,15 @@ struct arrayd_traits : integer_key<std::uint32_t> {
   static constexpr auto bfind_index = mub_arrayd_bfind_index;
   static constexpr auto qsort = mub_arrayd_qsort;
   static constexpr auto qsort_x = mub_arrayd_qsort_x;
-  static int find(const record *array, key_type key) { return mub_arrayd_find_index(array, key) >= 0; }
-  static std::uint64_t remove_at(record *array, std::int64_t index) {
+  static int find(const c_struct *array, key_type key) { return mub_arrayd_find_index(array, key) >= 0; }
+  static std::uint64_t remove_at(c_struct *array, std::int64_t index) {
     key_type key;
     return mub_arrayd_remove_at(array, index, &key);
   }
 };
 
 struct arrayx_traits : integer_key<std::uint64_t> {
-  using record = mub_arrayx;
+  using c_struct = mub_arrayx;
   using entry = mub_arrayx_entry;
   static constexpr auto init = mub_arrayx_init;
   static constexpr auto term = mub_arrayx_term;
@@ -128,8 +128,8 @@ struct arrayx_traits : integer_key<std::uint64_t> {
   static constexpr auto bfind_index = mub_arrayx_bfind_index;
   static constexpr auto qsort = mub_arrayx_qsort;
   static constexpr auto qsort_x = mub_arrayx_qsort_x;
-  static int find(const record *array, key_type key) { return mub_arrayx_find_index(array, key) >= 0; }
-  static std::uint64_t remove_at(record *array, std::int64_t index) {
+  static int find(const c_struct *array, key_type key) { return mub_arrayx_find_index(array, key) >= 0; }
+  static std::uint64_t remove_at(c_struct *array, std::int64_t index) {
     key_type key;
     return mub_arrayx_remove_at(array, index, &key);
   }
@@ -139,13 +139,13 @@ struct arrayx_traits : integer_key<std::uint64_t> {
 // mub_arrays_swap() does.
 template <class Traits, bool kSwapsPools>
 struct array_life {
-  using record = typename Traits::record;
-  static void init(record *array, int with_pool) noexcept { Traits::init(array, with_pool); }
-  static void bare(record *array) noexcept { Traits::init(array, 0); }
-  static void release(record *array) noexcept { Traits::term(array); }
+  using c_struct = typename Traits::c_struct;
+  static void init(c_struct *array, int with_pool) noexcept { Traits::init(array, with_pool); }
+  static void bare(c_struct *array) noexcept { Traits::init(array, 0); }
+  static void release(c_struct *array) noexcept { Traits::term(array); }
   static constexpr auto verify = Traits::verify;
   static constexpr auto memory_bytes = Traits::memory_bytes;
-  static void swap(record *a, record *b) noexcept {
+  static void swap(c_struct *a, c_struct *b) noexcept {
     Traits::swap(a, b);
     std::swap(a->descending, b->descending);
     if (kSwapsPools) return;
@@ -156,7 +156,8 @@ struct array_life {
 
 // A clone without the pool that its source has, or for which memory ran out, stays empty.
 template <class Traits>
-void clone_array(const typename Traits::record *source, typename Traits::record *copy, mub_clone_fn adjust) {
+void clone_array(const typename Traits::c_struct *source, typename Traits::c_struct *copy,
+                 mub_clone_fn adjust) {
   copy->descending = source->descending;
   if (copy->own_pool != source->own_pool) return;
   Traits::clone(source, nullptr, copy, nullptr, adjust);
@@ -182,7 +183,7 @@ class index_place {
   using reference = typename Access::template reference<Value>;
 
   index_place() = default;
-  index_place(const typename Access::record *array, std::int64_t index) noexcept
+  index_place(const typename Access::c_struct *array, std::int64_t index) noexcept
       : array_(array), index_(index) {}
 
   template <class Value>
@@ -195,7 +196,7 @@ class index_place {
   index_place plus(std::ptrdiff_t n) const noexcept { return {array_, index_ + n}; }
 
  private:
-  const typename Access::record *array_ = nullptr;
+  const typename Access::c_struct *array_ = nullptr;
   std::int64_t index_ = 0;
 };
 
@@ -245,24 +246,24 @@ bool operator>=(const index_iterator<A, V> &a, const index_iterator<A, W> &b) no
 
 template <class Traits>
 struct entry_access {
-  using record = typename Traits::record;
+  using c_struct = typename Traits::c_struct;
   template <class Value>
   using reference = item<typename Traits::key_type, Value>;
   template <class Value>
-  static reference<Value> at(const record *array, std::int64_t index) noexcept {
+  static reference<Value> at(const c_struct *array, std::int64_t index) noexcept {
     auto *entry = array->entries + index;
     return {Traits::key_of(array, entry), entry->value};
   }
 };
 
 struct word_access {
-  using record = mub_arrayt;
+  using c_struct = mub_arrayt;
   template <class Value>
   using reference = Value &;
   template <class Value>
-  static Value &at(const record *array, std::int64_t index) noexcept {
+  static Value &at(const c_struct *array, std::int64_t index) noexcept {
     // The iterators of a const array yield const words only.
-    return index < 4 ? const_cast<record *>(array)->inline_items[index] : array->tail[index - 4];
+    return index < 4 ? const_cast<c_struct *>(array)->inline_items[index] : array->tail[index - 4];
   }
 };
 
@@ -460,7 +461,7 @@ using arrayx = basic_array<detail::arrayx_traits>;
 namespace detail {
 
 struct arrays_traits {
-  using record = mub_arrays;
+  using c_struct = mub_arrays;
   static constexpr auto init = mub_arrays_init;
   static constexpr auto term = mub_arrays_term;
   static constexpr auto verify = mub_arrays_verify;
@@ -471,13 +472,13 @@ struct arrays_traits {
 };
 
 struct arrayt_life {
-  using record = mub_arrayt;
-  static void init(record *array) noexcept { mub_arrayt_init(array); }
-  static void bare(record *array) noexcept { mub_arrayt_init(array); }
-  static void release(record *array) noexcept { mub_arrayt_term(array); }
+  using c_struct = mub_arrayt;
+  static void init(c_struct *array) noexcept { mub_arrayt_init(array); }
+  static void bare(c_struct *array) noexcept { mub_arrayt_init(array); }
+  static void release(c_struct *array) noexcept { mub_arrayt_term(array); }
   static constexpr auto verify = mub_arrayt_verify;
   static constexpr auto memory_bytes = mub_arrayt_memory_bytes;
-  static void swap(record *a, record *b) noexcept {
+  static void swap(c_struct *a, c_struct *b) noexcept {
     mub_arrayt_swap(a, b);
     std::swap(a->descending, b->descending);
   }

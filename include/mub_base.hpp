@@ -114,15 +114,15 @@ namespace detail {
 template <class Derived, class Life>
 class owner {
  public:
-  using record_type = typename Life::record;
+  using c_struct = typename Life::c_struct;
 
   owner(const owner &) = delete;
   owner &operator=(const owner &) = delete;
 
   /** Returns the record, for use with the C functions. It lives as long as the object. */
   ///@{
-  record_type *c() noexcept { return &record_; }
-  const record_type *c() const noexcept { return &record_; }
+  c_struct *c() noexcept { return &record_; }
+  const c_struct *c() const noexcept { return &record_; }
   ///@}
 
   /**
@@ -165,7 +165,7 @@ class owner {
   ~owner() { Life::release(&record_); }
 
   /** Returns the record, to add something to it. */
-  record_type *growing() noexcept {
+  c_struct *growing() noexcept {
     assert(!is_moved_from_ && "the container was moved from: assign to it or reset() it first");
     return &record_;
   }
@@ -184,7 +184,7 @@ class owner {
     std::swap(is_moved_from_, other.is_moved_from_);
   }
 
-  record_type record_;
+  c_struct record_;
   bool is_moved_from_ = false;
 };
 
@@ -201,7 +201,7 @@ void copy_setting(const Record *source, Record *copy, Setting setting) noexcept 
 
 // A copy for which no value pool could be created stays empty: all its values would become 0.
 template <class Traits>
-void clone_to(typename Traits::record *copy, const typename Traits::record *source, mub_clone_fn adjust) {
+void clone_to(typename Traits::c_struct *copy, const typename Traits::c_struct *source, mub_clone_fn adjust) {
   if (copy->owns_value_pool == source->owns_value_pool) Traits::clone(source, nullptr, copy, nullptr, adjust);
 }
 

@@ -18,14 +18,14 @@ inline namespace v1 {
 namespace detail {
 
 struct bits_life {
-  using record = mub_bits;
-  static void init(record *bits) noexcept { mub_bits_init(bits); }
-  static void bare(record *bits) noexcept { mub_bits_init(bits); }
-  static void release(record *bits) noexcept { mub_bits_term(bits); }
+  using c_struct = mub_bits;
+  static void init(c_struct *bits) noexcept { mub_bits_init(bits); }
+  static void bare(c_struct *bits) noexcept { mub_bits_init(bits); }
+  static void release(c_struct *bits) noexcept { mub_bits_term(bits); }
   static constexpr auto verify = mub_bits_verify;
   static constexpr auto memory_bytes = mub_bits_memory_bytes;
   // mub_bits_swap() does not swap: it passes the block to a stream.
-  static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
+  static void swap(c_struct *a, c_struct *b) noexcept { std::swap(*a, *b); }
 };
 
 // The number of a bit that is set; the end has a negative one.

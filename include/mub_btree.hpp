@@ -19,7 +19,7 @@ inline namespace v1 {
 namespace detail {
 
 struct btree_traits : byte_key {
-  using record = mub_btree;
+  using c_struct = mub_btree;
   using entry = mub_btree_node;
   using cursor = mub_btree_cursor;
   static constexpr auto setting = &mub_btree::nocase;
@@ -45,13 +45,13 @@ struct btree_traits : byte_key {
   static constexpr auto last = mub_btree_cursor_last;
   static constexpr auto next = mub_btree_cursor_next;
   static constexpr auto prev = mub_btree_cursor_prev;
-  static entry *seek(cursor *place, const record *tree, key_type key) {
+  static entry *seek(cursor *place, const c_struct *tree, key_type key) {
     return mub_btree_cursor_seek(place, tree, key.data(), static_cast<std::int64_t>(key.size()));
   }
 };
 
 struct btreed_traits : integer_key<std::uint32_t> {
-  using record = mub_btreed;
+  using c_struct = mub_btreed;
   using entry = mub_btreed_node;
   using cursor = mub_btreed_cursor;
   static constexpr auto setting = &mub_btreed::key_type;
@@ -77,13 +77,13 @@ struct btreed_traits : integer_key<std::uint32_t> {
   static constexpr auto last = mub_btreed_cursor_last;
   static constexpr auto next = mub_btreed_cursor_next;
   static constexpr auto prev = mub_btreed_cursor_prev;
-  static entry *seek(cursor *place, const record *tree, key_type key) {
+  static entry *seek(cursor *place, const c_struct *tree, key_type key) {
     return mub_btreed_cursor_seek(place, tree, key);
   }
 };
 
 struct btreex_traits : integer_key<std::uint64_t> {
-  using record = mub_btreex;
+  using c_struct = mub_btreex;
   using entry = mub_btreex_node;
   using cursor = mub_btreex_cursor;
   static constexpr auto setting = &mub_btreex::key_type;
@@ -109,22 +109,22 @@ struct btreex_traits : integer_key<std::uint64_t> {
   static constexpr auto last = mub_btreex_cursor_last;
   static constexpr auto next = mub_btreex_cursor_next;
   static constexpr auto prev = mub_btreex_cursor_prev;
-  static entry *seek(cursor *place, const record *tree, key_type key) {
+  static entry *seek(cursor *place, const c_struct *tree, key_type key) {
     return mub_btreex_cursor_seek(place, tree, key);
   }
 };
 
 template <class Traits>
 struct btree_life {
-  using record = typename Traits::record;
-  static void init(record *tree, int entries, int nodes, int values) noexcept {
+  using c_struct = typename Traits::c_struct;
+  static void init(c_struct *tree, int entries, int nodes, int values) noexcept {
     Traits::init(tree, entries, nodes, values);
   }
-  static void bare(record *tree) noexcept { Traits::init(tree, 0, 0, 0); }
-  static void release(record *tree) noexcept { Traits::term(tree); }
+  static void bare(c_struct *tree) noexcept { Traits::init(tree, 0, 0, 0); }
+  static void release(c_struct *tree) noexcept { Traits::term(tree); }
   static constexpr auto verify = Traits::verify;
   static constexpr auto memory_bytes = Traits::memory_bytes;
-  static void swap(record *a, record *b) noexcept {
+  static void swap(c_struct *a, c_struct *b) noexcept {
     Traits::swap(a, b);
     swap_setting(a, b, Traits::setting);
   }
@@ -134,7 +134,7 @@ struct btree_life {
 template <class Traits>
 class btree_place {
  public:
-  using record = typename Traits::record;
+  using c_struct = typename Traits::c_struct;
   using node = typename Traits::entry;
   using category = std::bidirectional_iterator_tag;
   template <class Value>
@@ -142,24 +142,24 @@ class btree_place {
 
   btree_place() = default;
   // The end.
-  explicit btree_place(const record *tree) noexcept { cursor_.tree = tree; }
+  explicit btree_place(const c_struct *tree) noexcept { cursor_.tree = tree; }
 
-  static btree_place first(const record *tree) {
+  static btree_place first(const c_struct *tree) {
     btree_place place;
     place.node_ = Traits::first(&place.cursor_, tree);
     return place;
   }
-  static btree_place from(const record *tree, typename Traits::key_type key) {
+  static btree_place from(const c_struct *tree, typename Traits::key_type key) {
     btree_place place;
     place.node_ = Traits::seek(&place.cursor_, tree, key);
     return place;
   }
-  static btree_place after(const record *tree, typename Traits::key_type key) {
+  static btree_place after(const c_struct *tree, typename Traits::key_type key) {
     btree_place place = from(tree, key);
     if (Traits::call(Traits::find, tree, key) != 0) place.step();
     return place;
   }
-  static btree_place of(const record *tree, const node *node) {
+  static btree_place of(const c_struct *tree, const node *node) {
     return node == nullptr ? btree_place(tree) : from(tree, Traits::key_of(tree, node));
   }
 

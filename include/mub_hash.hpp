@@ -20,7 +20,7 @@ inline namespace v1 {
 namespace detail {
 
 struct hash_traits : byte_key {
-  using record = mub_hash;
+  using c_struct = mub_hash;
   using entry = mub_hash_entry;
   static constexpr auto setting = &mub_hash::nocase;
   static constexpr auto init = mub_hash_init;
@@ -46,7 +46,7 @@ struct hash_traits : byte_key {
 };
 
 struct hashd_traits : integer_key<std::uint32_t> {
-  using record = mub_hashd;
+  using c_struct = mub_hashd;
   using entry = mub_hashd_entry;
   static constexpr auto setting = nullptr;
   static constexpr auto init = mub_hashd_init;
@@ -72,7 +72,7 @@ struct hashd_traits : integer_key<std::uint32_t> {
 };
 
 struct hashx_traits : integer_key<std::uint64_t> {
-  using record = mub_hashx;
+  using c_struct = mub_hashx;
   using entry = mub_hashx_entry;
   static constexpr auto setting = nullptr;
   static constexpr auto init = mub_hashx_init;
@@ -98,7 +98,7 @@ struct hashx_traits : integer_key<std::uint64_t> {
 };
 
 struct hasht_traits {
-  using record = mub_hasht;
+  using c_struct = mub_hasht;
   using entry = mub_hasht_entry;
   using key_type = std::array<std::uint32_t, 4>;
   static constexpr auto setting = nullptr;
@@ -126,25 +126,25 @@ struct hasht_traits {
     return function(record, key.data(), rest...);
   }
   template <class Function>
-  static std::int64_t call_many(Function function, const record *table, const key_type *keys,
+  static std::int64_t call_many(Function function, const c_struct *table, const key_type *keys,
                                 std::int64_t count, std::uint64_t *values) {
     return function(table, reinterpret_cast<const std::uint32_t(*)[4]>(keys), count, values);
   }
-  static key_type key_of(const record *, const entry *entry) noexcept {
+  static key_type key_of(const c_struct *, const entry *entry) noexcept {
     return {entry->key[0], entry->key[1], entry->key[2], entry->key[3]};
   }
 
   // There is no C function for this iteration; the order is that of the other tables.
-  static entry *entry_first(const record *table, std::int64_t *bucket) noexcept {
+  static entry *entry_first(const c_struct *table, std::int64_t *bucket) noexcept {
     *bucket = 0;
     return first_from(table, bucket);
   }
-  static entry *entry_next(const record *table, std::int64_t *bucket, const entry *entry) noexcept {
+  static entry *entry_next(const c_struct *table, std::int64_t *bucket, const entry *entry) noexcept {
     if (entry->next != nullptr) return entry->next;
     ++*bucket;
     return first_from(table, bucket);
   }
-  static entry *first_from(const record *table, std::int64_t *bucket) noexcept {
+  static entry *first_from(const c_struct *table, std::int64_t *bucket) noexcept {
     for (; *bucket < table->buckets.count; ++*bucket) {
       auto *head = to_pointer<entry>(table->buckets.items[*bucket]);
       if (head != nullptr) return head;
@@ -155,16 +155,18 @@ struct hasht_traits {
 
 template <class Traits>
 struct hash_life {
-  using record = typename Traits::record;
-  static void init(record *table, int entries, int values) noexcept { Traits::init(table, entries, values); }
-  static void bare(record *table) noexcept { Traits::init(table, 0, 0); }
-  static void release(record *table) noexcept {
+  using c_struct = typename Traits::c_struct;
+  static void init(c_struct *table, int entries, int values) noexcept {
+    Traits::init(table, entries, values);
+  }
+  static void bare(c_struct *table) noexcept { Traits::init(table, 0, 0); }
+  static void release(c_struct *table) noexcept {
     if (table->owns_entry_pool == 0) Traits::remove_all(table);  // else they are released with the pool
     Traits::term(table);
   }
   static constexpr auto verify = Traits::verify;
   static constexpr auto memory_bytes = Traits::memory_bytes;
-  static void swap(record *a, record *b) noexcept {
+  static void swap(c_struct *a, c_struct *b) noexcept {
     Traits::swap(a, b);
     swap_setting(a, b, Traits::setting);
   }
@@ -179,7 +181,7 @@ class hash_place {
   using reference = item<typename Traits::key_type, Value>;
 
   hash_place() = default;
-  explicit hash_place(const typename Traits::record *table) : table_(table) {
+  explicit hash_place(const typename Traits::c_struct *table) : table_(table) {
     entry_ = Traits::entry_first(table, &bucket_);
   }
 
@@ -191,7 +193,7 @@ class hash_place {
   typename Traits::entry *entry() const noexcept { return entry_; }
 
  private:
-  const typename Traits::record *table_ = nullptr;
+  const typename Traits::c_struct *table_ = nullptr;
   std::int64_t bucket_ = 0;
   typename Traits::entry *entry_ = nullptr;
 };

@@ -31,7 +31,8 @@ class list_place {
   using reference = typename Traits::template reference<Value>;
 
   list_place() = default;
-  list_place(const typename Traits::record *list, entry_type *entry) noexcept : list_(list), entry_(entry) {}
+  list_place(const typename Traits::c_struct *list, entry_type *entry) noexcept
+      : list_(list), entry_(entry) {}
 
   template <class Value>
   reference<Value> at() const noexcept {
@@ -42,7 +43,7 @@ class list_place {
   entry_type *entry() const noexcept { return entry_; }
 
  private:
-  const typename Traits::record *list_ = nullptr;
+  const typename Traits::c_struct *list_ = nullptr;
   entry_type *entry_ = nullptr;
 };
 
@@ -80,7 +81,7 @@ class block_place {
 };
 
 struct list_traits {
-  using record = mub_list;
+  using c_struct = mub_list;
   using entry = mub_list_entry;
   template <class Value>
   using reference = item<std::string_view, Value>;
@@ -99,13 +100,13 @@ struct list_traits {
   static constexpr auto add_head_list = mub_list_add_head_list;
   static constexpr auto add_tail_list = mub_list_add_tail_list;
   template <class Value>
-  static reference<Value> at(const record *list, entry *entry) noexcept {
+  static reference<Value> at(const c_struct *list, entry *entry) noexcept {
     return {byte_key::key_of(list, entry), entry->value};
   }
 };
 
 struct lists_traits {
-  using record = mub_lists;
+  using c_struct = mub_lists;
   using entry = mub_lists_entry;
   template <class Value>
   using reference = Value &;
@@ -124,13 +125,13 @@ struct lists_traits {
   static constexpr auto add_head_list = mub_lists_add_head_list;
   static constexpr auto add_tail_list = mub_lists_add_tail_list;
   template <class Value>
-  static Value &at(const record *, entry *entry) noexcept {
+  static Value &at(const c_struct *, entry *entry) noexcept {
     return entry->value;
   }
 };
 
 struct listx_traits {
-  using record = mub_listx;
+  using c_struct = mub_listx;
   using entry = mub_listx_block;
   using place = block_place;
   static constexpr auto init = mub_listx_init;
@@ -138,7 +139,7 @@ struct listx_traits {
   static constexpr auto verify = mub_listx_verify;
   static constexpr auto memory_bytes = mub_listx_memory_bytes;
   // There is no C function for it; nothing points into the record.
-  static void swap(record *a, record *b) noexcept { std::swap(*a, *b); }
+  static void swap(c_struct *a, c_struct *b) noexcept { std::swap(*a, *b); }
   static constexpr auto remove_all = mub_listx_remove_all;
   static constexpr auto free_all = mub_listx_free_all;
   static constexpr auto remove_head = mub_listx_remove_head;
@@ -147,13 +148,13 @@ struct listx_traits {
 
 template <class Traits>
 struct list_life {
-  using record = typename Traits::record;
-  static void init(record *list, int entries, int values) noexcept { Traits::init(list, entries, values); }
-  static void bare(record *list) noexcept { Traits::init(list, 0, 0); }
-  static void release(record *list) noexcept { Traits::term(list); }
+  using c_struct = typename Traits::c_struct;
+  static void init(c_struct *list, int entries, int values) noexcept { Traits::init(list, entries, values); }
+  static void bare(c_struct *list) noexcept { Traits::init(list, 0, 0); }
+  static void release(c_struct *list) noexcept { Traits::term(list); }
   static constexpr auto verify = Traits::verify;
   static constexpr auto memory_bytes = Traits::memory_bytes;
-  static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
+  static void swap(c_struct *a, c_struct *b) noexcept { Traits::swap(a, b); }
 };
 
 /** The members that all lists have in common. */

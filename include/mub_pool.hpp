@@ -19,13 +19,13 @@ inline namespace v1 {
 namespace detail {
 
 struct pool_life {
-  using record = mub_pool;
-  static void init(record *pool) noexcept { mub_pool_init(pool); }
-  static void bare(record *pool) noexcept { mub_pool_init(pool); }
-  static void release(record *pool) noexcept { mub_pool_term(pool); }
+  using c_struct = mub_pool;
+  static void init(c_struct *pool) noexcept { mub_pool_init(pool); }
+  static void bare(c_struct *pool) noexcept { mub_pool_init(pool); }
+  static void release(c_struct *pool) noexcept { mub_pool_term(pool); }
   static constexpr auto verify = mub_pool_verify;
   static constexpr auto memory_bytes = mub_pool_memory_bytes;
-  static void swap(record *a, record *b) noexcept { mub_pool_swap(a, b); }
+  static void swap(c_struct *a, c_struct *b) noexcept { mub_pool_swap(a, b); }
 };
 
 class pool_place {

@@ -33,7 +33,7 @@ namespace detail {
 // `view` is the type of texts that members take and return, `stored` the type of units in the record, and
 // `unit` that of members: wide units are accessed as char16_t only, because of the aliasing rules.
 struct string_traits {
-  using record = mub_string;
+  using c_struct = mub_string;
   using stored = char;
   using unit = char;
   using view = std::string_view;
@@ -57,7 +57,7 @@ struct string_traits {
 };
 
 struct wchar_traits {
-  using record = mub_wchar;
+  using c_struct = mub_wchar;
   using stored = std::uint16_t;
   using unit = char16_t;
   using view = std::u16string_view;
@@ -81,7 +81,7 @@ struct wchar_traits {
 };
 
 struct stream_traits {
-  using record = mub_stream;
+  using c_struct = mub_stream;
   using stored = std::uint8_t;
   using unit = std::uint8_t;
   using view = std::string_view;
@@ -195,13 +195,13 @@ inline std::int64_t find_empty(std::int64_t start, std::int64_t size) noexcept {
 
 template <class Traits>
 struct buffer_life {
-  using record = typename Traits::record;
-  static void init(record *buffer) noexcept { Traits::init(buffer); }
-  static void bare(record *buffer) noexcept { Traits::init(buffer); }
-  static void release(record *buffer) noexcept { Traits::term(buffer); }
+  using c_struct = typename Traits::c_struct;
+  static void init(c_struct *buffer) noexcept { Traits::init(buffer); }
+  static void bare(c_struct *buffer) noexcept { Traits::init(buffer); }
+  static void release(c_struct *buffer) noexcept { Traits::term(buffer); }
   static constexpr auto verify = Traits::verify;
   static constexpr auto memory_bytes = Traits::memory_bytes;
-  static void swap(record *a, record *b) noexcept { Traits::swap(a, b); }
+  static void swap(c_struct *a, c_struct *b) noexcept { Traits::swap(a, b); }
 };
 
 /** The members that strings and streams have in common; sizes and positions are in units. */

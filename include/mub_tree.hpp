@@ -24,7 +24,7 @@ inline namespace v1 {
 namespace detail {
 
 struct tree_traits {
-  using record = mub_tree;
+  using c_struct = mub_tree;
   using entry = mub_tree_entry;
   static constexpr auto init = mub_tree_init;
   static constexpr auto term = mub_tree_term;
@@ -38,7 +38,7 @@ struct tree_traits {
 };
 
 struct bitree_traits {
-  using record = mub_bitree;
+  using c_struct = mub_bitree;
   using entry = mub_bitree_entry;
   static constexpr auto init = mub_bitree_init;
   static constexpr auto term = mub_bitree_term;
@@ -53,13 +53,13 @@ struct bitree_traits {
 
 template <class Traits>
 struct tree_life {
-  using record = typename Traits::record;
-  static void init(record *tree, int entries, int values) noexcept { Traits::init(tree, entries, values); }
-  static void bare(record *tree) noexcept { Traits::init(tree, 0, 0); }
-  static void release(record *tree) noexcept { Traits::term(tree); }
+  using c_struct = typename Traits::c_struct;
+  static void init(c_struct *tree, int entries, int values) noexcept { Traits::init(tree, entries, values); }
+  static void bare(c_struct *tree) noexcept { Traits::init(tree, 0, 0); }
+  static void release(c_struct *tree) noexcept { Traits::term(tree); }
   static constexpr auto verify = Traits::verify;
   static constexpr auto memory_bytes = Traits::memory_bytes;
-  static void swap(record *a, record *b) noexcept {
+  static void swap(c_struct *a, c_struct *b) noexcept {
     Traits::entry_swap(&a->root, &b->root);
     std::swap(a->count, b->count);
     std::swap(a->entry_pool, b->entry_pool);
