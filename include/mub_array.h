@@ -253,7 +253,7 @@ MUB_API int mub_array_verify(const mub_array *array, const char **what);
  * @param[in] array  the array
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pool
+ * @cost O(free pages of the pool)
  */
 MUB_API int64_t mub_array_memory_bytes(const mub_array *array);
 
@@ -1001,7 +1001,7 @@ MUB_API int mub_arrayd_verify(const mub_arrayd *array, const char **what);
  * @param[in] array  the array
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pool
+ * @cost O(free pages of the pool)
  */
 MUB_API int64_t mub_arrayd_memory_bytes(const mub_arrayd *array);
 
@@ -1662,7 +1662,7 @@ MUB_API int mub_arrayx_verify(const mub_arrayx *array, const char **what);
  * @param[in] array  the array
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pool
+ * @cost O(free pages of the pool)
  */
 MUB_API int64_t mub_arrayx_memory_bytes(const mub_arrayx *array);
 
@@ -2286,7 +2286,7 @@ MUB_API int mub_arrays_verify(const mub_arrays *array, const char **what);
  * @param[in] array  the array
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pool
+ * @cost O(free pages of the pool)
  */
 MUB_API int64_t mub_arrays_memory_bytes(const mub_arrays *array);
 

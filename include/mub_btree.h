@@ -89,7 +89,7 @@ extern "C" {
  * memory had run out. Keys are compared byte by byte as unsigned values; a key that is a prefix of another
  * precedes it, unless their lengths differ by 2^31 or more. Above 16 MiB of keys, all of them are copied once
  * per 8 MiB that are added, and above 2 GiB at nearly every insertion. If `nocase` is not 0, every byte is
- * first converted by tolower().
+ * first converted by tolower(): its locale must not change while the tree has records.
  *
  * @{
  */
@@ -232,7 +232,7 @@ MUB_API uint64_t mub_btree_get(const mub_btree *tree, const void *key, int64_t l
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the tree
- * @cost O(count log n)
+ * @cost O((count + bytes of these keys) log n)
  * @bounds keys[count], lengths[count], values_out[count]
  * @nullable lengths
  */
@@ -625,7 +625,7 @@ MUB_API int mub_btree_verify(const mub_btree *tree, const char **what);
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(entries), and O(free pages) of the pools
+ * @cost O(entries + free pages of the pools)
  */
 MUB_API int64_t mub_btree_memory_bytes(const mub_btree *tree);
 
@@ -1459,7 +1459,7 @@ MUB_API int mub_btreed_verify(const mub_btreed *tree, const char **what);
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(entries), and O(free pages) of the pools
+ * @cost O(entries + free pages of the pools)
  */
 MUB_API int64_t mub_btreed_memory_bytes(const mub_btreed *tree);
 
@@ -2267,7 +2267,7 @@ MUB_API int mub_btreex_verify(const mub_btreex *tree, const char **what);
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(entries), and O(free pages) of the pools
+ * @cost O(entries + free pages of the pools)
  */
 MUB_API int64_t mub_btreex_memory_bytes(const mub_btreex *tree);
 

@@ -5,13 +5,13 @@
  * 64-bit integers, mub_hasht with 16 bytes.
  *
  *     buckets.items ──► [0] ──► entry ──► entry ──► NULL    entries: blocks of entry_pool
- *                       [1] ──► NULL                        value: a word, or a block of value_pool
+ *                       [1] ──► NULL                        value: 64 bits, or a block of value_pool
  *                       [2] ──► entry ──► NULL              keys (mub_hash): the bytes of all keys, packed
  *                       …
  *
- * A table starts without buckets. The first insertion makes 4, with room for 8, and one that raises the
- * average to two entries per bucket doubles their number. New entries are appended to their chain. Only
- * `_remove_all`, `_free_all`, `_term` and, in its destination, `_clone` release buckets.
+ * A table starts without buckets. The first insertion makes 4 buckets, in a block with room for 8, and
+ * one that raises the average to two entries per bucket doubles their number. New entries are appended to
+ * their chain. Only `_remove_all`, `_free_all`, `_term` and, in its destination, `_clone` release buckets.
  *
  * **Entry pool.** A table needs an entry pool before its first insertion: one created by `_init`, or an
  * external one stored in `entry_pool`, whose block size is at least that of the table's entry struct. Several
@@ -63,11 +63,13 @@ extern "C" {
  * A hash table whose keys are byte strings. A key is `length` bytes at `key`; a negative length means that it
  * ends at its first NUL. A NULL key is the empty key, which is valid. Keys are copied. The keys of a table
  * take at most 2^32 - 1 bytes in total; an insertion beyond that fails as if memory had run out. The key
- * stream grows as every mub_stream does, unless a doubling of the buckets reserves more: above 16 MiB of
- * keys, all of them are copied once per 8 MiB that are added, and above 2 GiB at nearly every insertion. The
- * hash of a key is a CRC-32 computed with `CRC_TABLE` (mub_stream.h), with the initial value 0 and no final
- * inversion. If `nocase` is not 0, keys are compared and hashed without regard to case, as converted by
- * tolower().
+ * stream grows as every mub_stream does: above 16 MiB of keys, all of them are copied once per 8 MiB that are
+ * added, and above 2 GiB at nearly every insertion. A doubling of the buckets also reserves 32 bytes per old
+ * bucket.
+ *
+ * The hash of a key is a CRC-32 computed with `CRC_TABLE` (mub_stream.h), with the initial value 0 and no
+ * final inversion. If `nocase` is not 0, keys are compared and hashed without regard to case, as converted by
+ * tolower(): its locale must not change while the table has entries.
  *
  * @{
  */
@@ -200,7 +202,7 @@ MUB_API int mub_hash_verify(const mub_hash *table, const char **what);
  * @param[in] table  the table
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pools
+ * @cost O(free pages of the pools)
  */
 MUB_API int64_t mub_hash_memory_bytes(const mub_hash *table);
 
@@ -220,7 +222,8 @@ MUB_API int64_t mub_hash_memory_bytes(const mub_hash *table);
 MUB_API uint64_t mub_hash_key(const void *key, int64_t length, int nocase);
 
 /**
- * Checks whether two byte ranges are equal.
+ * Checks whether two byte ranges are equal. Unlike mub_mem_cmp() and mub_hasht_cmp(), it returns 1 if they
+ * are.
  *
  * If the lengths are equal and below 1, the ranges count as equal.
  *
@@ -264,7 +267,7 @@ MUB_API int mub_hash_set(mub_hash *table, const void *key, int64_t length, uint6
  * @return the value
  * @failure 0 if the key is absent; use mub_hash_find() to distinguish a stored 0 from a missing key
  * @owner the value stays in the table
- * @cost O(1) expected
+ * @cost O(length) expected
  * @bounds key[length]
  * @nullable key
  */
@@ -282,7 +285,7 @@ MUB_API uint64_t mub_hash_get(const mub_hash *table, const void *key, int64_t le
  * @return how many of the keys are present; a key that occurs twice counts twice
  * @failure none
  * @owner the values stay in the table
- * @cost O(count) expected
+ * @cost O(count + bytes of these keys) expected
  * @bounds keys[count], lengths[count], values_out[count]
  * @nullable lengths
  */
@@ -319,7 +322,7 @@ MUB_API int mub_hash_insert(mub_hash *table, const void *key, int64_t length, ui
  * @failure 0 if the key is absent
  * @owner the previous value is returned and not released; the new one is stored as is
  * @invalidates nothing
- * @cost O(1) expected
+ * @cost O(length) expected
  * @bounds key[length]
  * @nullable key
  */
@@ -332,7 +335,7 @@ MUB_API uint64_t mub_hash_update(mub_hash *table, const void *key, int64_t lengt
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key; negative: up to its first NUL
  * @return 1 if it is, else 0
- * @cost O(1) expected
+ * @cost O(length) expected
  * @bounds key[length]
  * @nullable key
  */
@@ -471,7 +474,7 @@ MUB_API int mub_hash_entry_set(mub_hash *table, const void *key, int64_t length,
  * @return the entry
  * @failure NULL if the key is absent
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @cost O(1) expected
+ * @cost O(length) expected
  * @bounds key[length]
  * @nullable key
  */
@@ -522,7 +525,7 @@ MUB_API mub_hash_entry *mub_hash_entry_next(const mub_hash *table, int64_t *buck
  * @failure NULL if no block can be allocated
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
  * @invalidates nothing
- * @cost O(entries in the bucket)
+ * @cost O(entries in the bucket), and the bytes of those of the same length that are compared
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -541,7 +544,7 @@ MUB_API mub_hash_entry *mub_hash_entry_new(mub_hash *table, int64_t bucket, uint
  * @return the entry
  * @failure NULL if there is none
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @cost O(entries in the bucket)
+ * @cost O(length + entries in the bucket)
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -561,9 +564,9 @@ MUB_API mub_hash_entry *mub_hash_entry_find(const mub_hash *table, int64_t bucke
  * @param[in] length      bytes of the key, used as given; a negative length finds nothing
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
- * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @owner the entry is the caller's: decrement the count and return the entry to the entry pool
  * @invalidates an iteration that is at the entry
- * @cost O(entries in the bucket)
+ * @cost O(length + entries in the bucket)
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -615,7 +618,7 @@ MUB_API mub_hash_entry *mub_hash_insert_t(mub_hash *table, const void *key, int6
  * @return the entry
  * @failure NULL if the key is absent
  * @owner the entry is a block of the entry pool and belongs to the table until it is removed
- * @cost O(1) expected
+ * @cost O(length) expected
  * @bounds key[length]
  * @nullable key
  * @level low
@@ -634,8 +637,8 @@ MUB_API mub_hash_entry *mub_hash_find_t(const mub_hash *table, const void *key, 
  * @param[in] length     bytes of the key, used as given; a negative length finds nothing
  * @return the entry
  * @failure NULL if the key is absent
- * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
- * @invalidates the offsets of keys inserted later, and pointers to keys
+ * @owner the entry is the caller's: decrement the count and return the entry to the entry pool
+ * @invalidates an iteration that is at the entry, the offsets of keys inserted later, and pointers to keys
  * @cost that of mub_hash_remove()
  * @bounds key[length]
  * @nullable key
@@ -785,7 +788,7 @@ MUB_API int mub_hashd_verify(const mub_hashd *table, const char **what);
  * @param[in] table  the table
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pools
+ * @cost O(free pages of the pools)
  */
 MUB_API int64_t mub_hashd_memory_bytes(const mub_hashd *table);
 
@@ -1082,7 +1085,7 @@ MUB_API mub_hashd_entry *mub_hashd_entry_find(const mub_hashd *table, int64_t bu
  * @param[in] key        the key
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
- * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @owner the entry is the caller's: decrement the count and return the entry to the entry pool
  * @invalidates an iteration that is at the entry
  * @cost O(entries in the bucket)
  * @level low
@@ -1137,9 +1140,9 @@ MUB_API mub_hashd_entry *mub_hashd_find_t(const mub_hashd *table, uint32_t key);
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
- * @return the entry
+ * @return the entry, with `next` NULL
  * @failure NULL if the key is absent
- * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @owner the entry is the caller's: decrement the count and return the entry to the entry pool
  * @invalidates an iteration that is at the entry
  * @cost O(1) expected
  * @level low
@@ -1274,7 +1277,7 @@ MUB_API int mub_hashx_verify(const mub_hashx *table, const char **what);
  * @param[in] table  the table
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pools
+ * @cost O(free pages of the pools)
  */
 MUB_API int64_t mub_hashx_memory_bytes(const mub_hashx *table);
 
@@ -1571,7 +1574,7 @@ MUB_API mub_hashx_entry *mub_hashx_entry_find(const mub_hashx *table, int64_t bu
  * @param[in] key        the key
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
- * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @owner the entry is the caller's: decrement the count and return the entry to the entry pool
  * @invalidates an iteration that is at the entry
  * @cost O(entries in the bucket)
  * @level low
@@ -1626,9 +1629,9 @@ MUB_API mub_hashx_entry *mub_hashx_find_t(const mub_hashx *table, uint64_t key);
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
- * @return the entry
+ * @return the entry, with `next` NULL
  * @failure NULL if the key is absent
- * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @owner the entry is the caller's: decrement the count and return the entry to the entry pool
  * @invalidates an iteration that is at the entry
  * @cost O(1) expected
  * @level low
@@ -1697,7 +1700,7 @@ MUB_API void mub_hasht_term(mub_hasht *table);
  * @param[in,out] a  one table
  * @param[in,out] b  the other table
  * @owner what one table owned now belongs to the other
- * @invalidates iterations in progress over both tables
+ * @invalidates iterations over both tables
  */
 MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
 
@@ -1764,7 +1767,7 @@ MUB_API int mub_hasht_verify(const mub_hasht *table, const char **what);
  * @param[in] table  the table
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pools
+ * @cost O(free pages of the pools)
  */
 MUB_API int64_t mub_hasht_memory_bytes(const mub_hasht *table);
 
@@ -2066,7 +2069,7 @@ MUB_API mub_hasht_entry *mub_hasht_entry_find(const mub_hasht *table, int64_t bu
  * @param[in] key        the four words of the key
  * @return the entry, with `next` NULL
  * @failure NULL if there is none
- * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @owner the entry is the caller's: decrement the count and return the entry to the entry pool
  * @invalidates an iteration that is at the entry
  * @cost O(entries in the bucket)
  * @bounds key[4]
@@ -2124,9 +2127,9 @@ MUB_API mub_hasht_entry *mub_hasht_find_t(const mub_hasht *table, const uint32_t
  *
  * @param[in,out] table  the table
  * @param[in] key        the four words of the key
- * @return the entry
+ * @return the entry, with `next` NULL
  * @failure NULL if the key is absent
- * @owner the entry is the caller's, who decrements the count and returns the entry to the entry pool
+ * @owner the entry is the caller's: decrement the count and return the entry to the entry pool
  * @invalidates an iteration that is at the entry
  * @cost O(1) expected
  * @bounds key[4]

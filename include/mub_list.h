@@ -201,7 +201,7 @@ MUB_API int mub_list_verify(const mub_list *list, const char **what);
  * @param[in] list  the list
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pools
+ * @cost O(free pages of the pools)
  */
 MUB_API int64_t mub_list_memory_bytes(const mub_list *list);
 
@@ -766,7 +766,7 @@ MUB_API int mub_lists_verify(const mub_lists *list, const char **what);
  * @param[in] list  the list
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pools
+ * @cost O(free pages of the pools)
  */
 MUB_API int64_t mub_lists_memory_bytes(const mub_lists *list);
 
@@ -1185,7 +1185,7 @@ MUB_API int mub_listx_verify(const mub_listx *list, const char **what);
  * @param[in] list  the list
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pools
+ * @cost O(free pages of the pools)
  */
 MUB_API int64_t mub_listx_memory_bytes(const mub_listx *list);
 

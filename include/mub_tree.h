@@ -244,7 +244,7 @@ MUB_API int mub_tree_verify(const mub_tree *tree, const char **what);
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pools
+ * @cost O(free pages of the pools)
  */
 MUB_API int64_t mub_tree_memory_bytes(const mub_tree *tree);
 
@@ -916,7 +916,7 @@ MUB_API int mub_bitree_verify(const mub_bitree *tree, const char **what);
  * @param[in] tree  the tree
  * @return the number of bytes
  * @failure none
- * @cost O(free pages) of the pools
+ * @cost O(free pages of the pools)
  */
 MUB_API int64_t mub_bitree_memory_bytes(const mub_bitree *tree);
 

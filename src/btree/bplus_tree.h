@@ -35,8 +35,8 @@
 // parent lists, splits of fewer than two children leave an empty one, the set_ functions and adjust_t change
 // single fields, insert_t trusts its caller to pass the right leaf, and remove_all_entry, free_all_entry and
 // clone_entry change neither the count nor the nodes above. Searches and walks allow for empty nodes.
-// remove_entry_t loses the children of a node that is not empty. 4 also assumes that neither `nocase` nor
-// `key_type` changes while there are records, and that no key is a NaN.
+// remove_entry_t loses the children of a node that is not empty. 4 also assumes that neither `nocase`,
+// the locale of tolower() nor `key_type` changes while there are records, and that no key is a NaN.
 //
 // Threads: functions that take a const tree write nothing, so readers may run in parallel, each with cursors
 // of its own. The exceptions are set_name() and set_children_pools(), which write to the nodes given, and

@@ -105,9 +105,9 @@ ByteKey key_of(const mub_stream &stream, const Item &item) {
   return {stream.data + item.key_offset, item.key_length};
 }
 
-// Lowers the offsets of all items of a container. If their pool has no other live blocks, they are visited
-// chunk by chunk, which takes a fraction of the time that for_each takes to follow the links (map_remove in
-// bench/hash_bench.cpp).
+// Lowers the offsets of a container's keys after the cut. If the pool of the items has no other live blocks,
+// they are visited chunk by chunk, which takes a fraction of the time that for_each takes to follow the links
+// (map_remove in bench/hash_bench.cpp).
 template <class Item, class ForEach>
 void lower_offsets(mub_pool *pool, bool pool_has_only_items, Range cut, ForEach for_each) {
   const auto lower = [cut](Item &item) { lower_offset(item, cut); };

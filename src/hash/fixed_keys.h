@@ -1,4 +1,4 @@
-// Keys of a fixed size for hash_table.h. They are stored in the entries and passed by value.
+// Keys of a fixed size for hash_table.h. They are stored in the entries, and the engine passes them by value.
 #ifndef MUB_HASH_FIXED_KEYS_H
 #define MUB_HASH_FIXED_KEYS_H
 

@@ -56,7 +56,7 @@ struct Policy<mub_hash> : PackedKeys<mub_hash> {
     const uint32_t offset = entry.key_offset;
     const uint32_t length = entry.key_length;
     PackedKeys::cut_key(table, entry, [&](keys::Range cut) { lower_offsets(table, cut); });
-    // cut_key() resets the fields so that the pass over the pool does not change them; callers of
+    // cut_key() resets the fields during the pass over the pool. They are restored here, because callers of
     // mub_hash_remove_t() still read them.
     entry.key_offset = offset;
     entry.key_length = length;

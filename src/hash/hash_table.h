@@ -18,10 +18,12 @@
 // 1 holds for any sequence of calls. The others hold until a caller uses the low layer: entry_new links an
 // entry without a key and without raising `count`, entry_remove and remove_t unlink one without lowering
 // `count`, remove_all_entry and free_all_entry return blocks that are still linked, and adjust_t moves
-// offsets alone. 2 and 3 also assume that `nocase` does not change while there are entries. Nothing allocates
-// from `buckets.pool`, but callers can see it.
+// offsets alone. 2 and 3 also assume that neither `nocase` nor, if it is set, the locale of tolower() changes
+// while there are entries. `buckets.pool` is the entry pool if `_init` created it or `_clone` shared it, else
+// usually null. Nothing allocates from it, but callers can see it.
 //
-// Threads: functions that take a const table write nothing, so readers may run in parallel.
+// Threads: functions that take a const table write nothing, so readers may run in parallel; only the `visit`
+// of for_each() may write to the entries.
 //
 // The policy provides what containers/key_store.h lists, and
 //   Entry                               the struct of an entry
@@ -37,9 +39,9 @@
 //                                       least as fast
 //   store_hash(entry, hash)             stores the hash of a new entry, if it has a field for it
 //   reserve_keys(table, bytes)          makes room for `bytes` bytes of keys in total, if there is memory
-//   with_pinned(table, key, use)        calls use(key) with a copy of the key if it lies in the key stream,
-//                                       which may move; returns nullptr if memory runs out
-// erase_key leaves the key fields of the removed entry unchanged.
+//   with_pinned(table, key, use)        calls use(key), with a copy if the key lies in the key stream, which
+//                                       may move; returns nullptr if memory runs out
+// Here, unlike in other containers, erase_key must leave the key fields of the removed entry unchanged.
 #ifndef MUB_HASH_HASH_TABLE_H
 #define MUB_HASH_HASH_TABLE_H
 
@@ -130,7 +132,7 @@ void link(Table &table, int64_t bucket, EntryOf<Table> *before, EntryOf<Table> *
   }
 }
 
-// Links a new block of the entry pool after `last`; nullptr if there is none.
+// Links a new block of the entry pool after `last`; nullptr if no block can be taken.
 template <class Table>
 EntryOf<Table> *link_new(Table &table, int64_t bucket, EntryOf<Table> *last) {
   auto *entry = static_cast<EntryOf<Table> *>(pool::take(table.entry_pool));

@@ -20,7 +20,7 @@ Fault verify_buckets(const Table &table) {
   return is_power ? nullptr : "The number of buckets is not 4 times a power of 2.";
 }
 
-// An entry of a chain. The search for its key begins at the head of the chain, so that the check
+// Checks an entry of a chain. The search for its key begins at the head of the chain, so that the check
 // of a chain takes time quadratic in its length.
 template <class Table>
 Fault verify_entry(const Table &table, int64_t bucket, const EntryOf<Table> &entry) {
