@@ -23,10 +23,11 @@
  * single empty leaf again.
  *
  * **Pools.** A tree needs an entry pool and a node pool before its first insertion: pools created by `_init`,
- * or external ones stored in the fields, whose block sizes are at least those of `mub_btree_entry` and
+ * or external ones stored in the fields, whose block sizes are at least the sizes of `mub_btree_entry` and
  * `mub_btree_node` or their variants. Several trees may share external pools. Only `_set` needs a value pool:
  * it takes a block for the value of every new record. A value pool created by `_init` has no block size:
- * check that `value_pool` is not NULL, then store the size of your values in `value_pool->block_size`.
+ * check that `value_pool` is not NULL, then store the size of the blocks that your values refer to in
+ * `value_pool->block_size`.
  *
  * Without a node pool, insertions fail as if memory had run out. Without an entry pool nothing can split, so
  * the tree stays a single leaf. In a tree with a value pool, every value must be 0 or the address of a block
@@ -39,13 +40,14 @@
  *
  * **Cursors.** A cursor visits the records in key order, even after removals and in clones. It is a plain
  * struct that the caller owns and need not release; a step compares no keys. A cursor is valid until a key is
- * added or removed, or the tree is swapped, emptied, released or the destination of a clone; after that, seek
- * again. Any number of cursors may be used with one tree, even in several threads, as long as no thread
- * changes the tree.
+ * added or removed, or the tree is swapped, emptied or terminated, or is the destination of a clone; after
+ * that, seek again. Any number of cursors may be used with one tree, even in several threads, as long as no
+ * thread changes the tree.
  *
  * **Memory.** An insertion that runs out of memory fails as a whole. Only if there is no memory for a split
  * does it succeed without one. The entry then has more than 31 children until later insertions split it: a
- * leaf with the next record, an inner node with the next split of one of its children. No function recurses.
+ * leaf when it gets its next record, an inner node when one of its children is next split. No function
+ * recurses.
  *
  * What the everyday operations return:
  *
@@ -60,7 +62,7 @@
  * | `_update`      | the previous value           | 0, not added           |                        |
  * | `_remove`      | the value, not released      | 0                      |                        |
  * | `_node_get`    | the record                   | NULL                   |                        |
- * | `_node_bfind`  | the record                   | a near one, or NULL    |                        |
+ * | `_node_bfind`  | the record                   | next or last, or NULL  |                        |
  * | `_cursor_seek` | the record                   | the next one, or NULL  |                        |
  * | `_clone`       | the number of keys           |                        | 0, the copy is empty   |
  *
@@ -130,7 +132,7 @@ typedef struct mub_btree {
 typedef struct mub_btree_cursor {
   const mub_btree *tree; /**< the tree */
   mub_btree_entry *leaf; /**< the leaf of the position; NULL in an empty tree */
-  int64_t index;         /**< index in the leaf; -1: before the first, its count: after the last record */
+  int64_t index;         /**< index in the leaf; -1 before the first, `children.count` after the last */
 } mub_btree_cursor;
 
 /**
@@ -221,8 +223,8 @@ MUB_API int mub_btree_set(mub_btree *tree, const void *key, int64_t length, uint
 MUB_API uint64_t mub_btree_get(const mub_btree *tree, const void *key, int64_t length);
 
 /**
- * Looks up the values of many keys. In a large tree, this takes a fraction of the time of as many calls of
- * mub_btree_get(), because the look-ups wait for memory together.
+ * Looks up the values of many keys. In a large tree, this takes a fraction of the time of the same number of
+ * calls to mub_btree_get(), because the cache misses of the look-ups overlap.
  *
  * @param[in] tree         the tree
  * @param[in] keys         the bytes of each key; NULL is the empty key
@@ -281,8 +283,8 @@ MUB_API int mub_btree_find(const mub_btree *tree, const void *key, int64_t lengt
  * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the record is returned to its pool
- * @invalidates the record of the key, entries that become empty, the links of its neighbours, the offsets of
- *   keys inserted later, pointers to keys, and the tree's cursors
+ * @invalidates the record of the key, entries that become empty, the links of the neighbouring records, the
+ *   offsets of keys inserted later, pointers to keys, and the tree's cursors
  * @cost O(keys + their bytes): the bytes of the later keys move and their offsets are lowered, in one pass
  *   over the chunks if the tree owns its node pool and the pool holds nothing else, otherwise along the
  *   leaves
@@ -312,7 +314,8 @@ MUB_API mub_btree *mub_btree_remove_all(mub_btree *tree);
  * Empties the tree like mub_btree_remove_all(), and releases every value that is not 0. `release` must not
  * use the tree, parts of which are already gone when it is called.
  *
- * The values' blocks are returned to an external value pool. The memory of the key stream is released too.
+ * If the value pool is external, the values' blocks are returned to it. The memory of the key stream is
+ * released too.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
@@ -376,10 +379,8 @@ MUB_API mub_btree_node *mub_btree_node_get(const mub_btree *tree, const void *ke
 MUB_API mub_btree_node *mub_btree_node_find(const mub_btree *tree, const void *key, int64_t length);
 
 /**
- * Finds the record of a key, or one near it: in the leaf that would hold the key, the first record above it,
- * else the last.
- *
- * For a key above all keys, this is the record with the greatest key.
+ * Finds the record of a key. If the key is absent, finds the record with the next greater key or, for a key
+ * above all keys, the one with the greatest.
  *
  * @param[in] tree    the tree
  * @param[in] key     the bytes of the key; NULL is the empty key
@@ -425,7 +426,7 @@ MUB_API mub_btree_node *mub_btree_node_last(const mub_btree *tree);
  * @return the record
  * @failure NULL at the end
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
- * @cost O(log n)
+ * @cost O(length log n), with the length of the record's key
  */
 MUB_API mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btree_node *node);
 
@@ -439,7 +440,7 @@ MUB_API mub_btree_node *mub_btree_node_next(const mub_btree *tree, const mub_btr
  * @return the record
  * @failure NULL at the beginning
  * @owner the record is a block of the node pool and belongs to the tree until it is removed
- * @cost O(log n)
+ * @cost O(length log n), with the length of the record's key
  */
 MUB_API mub_btree_node *mub_btree_node_prev(const mub_btree *tree, const mub_btree_node *node);
 
@@ -567,9 +568,10 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  * the same chunk and offset there, and addresses are translated. A value that is not an address in the
  * source's value pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * Where the source has an external pool, or none, the destination then has the same; a pool that it owned
- * there is destroyed. Entries and records get new blocks of external pools. If the source does not own a
- * value pool, values are copied as words, so both trees refer to the same blocks.
+ * If a pool field of the source holds an external pool or NULL, the destination's field is set to the same; a
+ * pool that the destination owned in that field is destroyed. Entries and records get new blocks of external
+ * pools. If the source does not own a value pool, values are copied as words, so both trees refer to the same
+ * blocks.
  *
  * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
  * a clone. The destination's `nocase` is unchanged. A user pool is cloned only if both user pools and
@@ -578,8 +580,8 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised tree with the same `owns_…` flags; its old contents
- *                                       are dropped
+ * @param[in,out] destination            an initialised tree, usually with the same `owns_…` flags; its old
+ *                                       contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every record in key order if the source owns its value
@@ -600,8 +602,8 @@ MUB_API int64_t mub_btree_clone(const mub_btree *source, mub_pool *source_user_p
  * Checks whether the tree is intact.
  *
  * Checks the levels, parents and tables of all entries, the keys of all but the root, the order of the keys,
- * the count, that the keys fill the key stream without gaps, the pools that the tree owns, and the fields and
- * tables of external ones. `prev` and `next` of the records are not checked. It visits every entry and
+ * the count, the pools that the tree owns, and the fields and tables of external ones, and that the keys fill
+ * the key stream without gaps. `prev` and `next` of the records are not checked. It visits every entry and
  * record, and terminates even if calls to the library have damaged the tree. It cannot detect a pointer to
  * other memory in place of an entry or a block, and follows it. Keys are compared with the present `nocase`,
  * which mub_btree_swap() and mub_btree_clone() do not transfer.
@@ -671,8 +673,8 @@ MUB_API void mub_btree_node_init(mub_btree_node *node);
  * @param[in] entry   an entry of the tree: a leaf or an inner node
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key, used as given
- * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, or else of
- *   the lengths, truncated to 32 bits
+ * @return negative if the stored key is less, 0 if equal, positive if greater: the difference of the first
+ *   bytes that differ, or else of the lengths, truncated to 32 bits
  * @cost O(length)
  * @bounds key[length]
  * @nullable key
@@ -688,9 +690,9 @@ MUB_API int mub_btree_entry_compare(const mub_btree *tree, const mub_btree_entry
  * @param[in] a       one entry
  * @param[in] b       the other entry
  * @param[in] unused  not used; it makes the signature that of the other comparison functions
- * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, or else of
- *   the lengths, truncated to 32 bits
- * @cost O(length)
+ * @return negative if the key of `a` is less, 0 if equal, positive if greater: the difference of the first
+ *   bytes that differ, or else of the lengths, truncated to 32 bits
+ * @cost O(length of the shorter key)
  * @level low
  */
 MUB_API int mub_btree_entrys_compare(const mub_btree *tree, const mub_btree_entry *a,
@@ -703,8 +705,8 @@ MUB_API int mub_btree_entrys_compare(const mub_btree *tree, const mub_btree_entr
  * @param[in] node    a record of the tree
  * @param[in] key     the bytes of the key; NULL is the empty key
  * @param[in] length  bytes of the key, used as given
- * @return a negative number, 0 or a positive one: the difference of the first bytes that differ, or else of
- *   the lengths, truncated to 32 bits
+ * @return negative if the stored key is less, 0 if equal, positive if greater: the difference of the first
+ *   bytes that differ, or else of the lengths, truncated to 32 bits
  * @cost O(length)
  * @bounds key[length]
  * @nullable key
@@ -715,19 +717,20 @@ MUB_API int mub_btree_node_compare(const mub_btree *tree, const mub_btree_node *
 
 /**
  * Sets an entry's key, its name, to that of its last child, and likewise those of its ancestors, up to the
- * first whose key is already correct. Nothing changes if its own is, or if it has no children.
+ * first whose key is already correct. If the key of `entry` itself is already correct, or `entry` has no
+ * children, nothing changes.
  *
  * @param[in] tree       the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
- * @cost O(log n)
+ * @cost O(length of the keys * log n)
  * @threads writes to nodes of the tree, although that is const: needs exclusive access
  * @level low
  */
 MUB_API void mub_btree_set_name(const mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Sets the `parent` of all children of an inner node to that node.
+ * Sets the `parent` of all children of an inner node to that node. Does nothing for a leaf.
  *
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
@@ -767,7 +770,8 @@ MUB_API void mub_btree_set_pool(const mub_btree *tree, mub_btree_entry *entry);
  * to the parent's children.
  *
  * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
- * keeps its key: a search may then stop there and miss a key of the new entry.
+ * keeps its key: once the new entry is in the parent, a search may stop at `entry` and miss a key of the new
+ * one.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -785,13 +789,14 @@ MUB_API mub_btree_entry *mub_btree_split_entry(mub_btree *tree, mub_btree_entry 
  * parent's children.
  *
  * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
- * keeps its key: a search may then stop there and miss a key of the new entry.
+ * keeps its key: once the new entry is in the parent, a search may stop at `entry` and miss a key of the new
+ * one.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  a leaf of the tree
  * @return the new leaf
  * @failure NULL if memory ran out; nothing is then moved
- * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
+ * @owner the new leaf is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
  * @cost O(children)
  * @level low
@@ -807,7 +812,7 @@ MUB_API mub_btree_entry *mub_btree_split_node(mub_btree *tree, mub_btree_entry *
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure an entry for whose split memory runs out is unchanged
+ * @failure if memory runs out, the entry that was to be split next is unchanged; splits made before remain
  * @invalidates the tree's cursors
  * @cost O(log n)
  * @level low
@@ -872,25 +877,25 @@ MUB_API void mub_btree_adjust_t(mub_btree *tree, mub_btree_entry *entry, uint32_
  * Removes an empty entry from its parent and returns it to the entry pool, and likewise each ancestor that
  * becomes empty.
  *
- * The keys of the remaining ancestors are set as by mub_btree_set_name(). The root is not removed, but
- * becomes a leaf when its last entry is; nothing happens if `entry` is the root.
+ * The keys of the remaining ancestors are set as by mub_btree_set_name(). The root is never removed; it
+ * becomes a leaf when its last child is removed. Nothing happens if `entry` is the root.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an empty entry of the tree
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner the entries removed are returned to their pool
  * @invalidates the entries removed, and the tree's cursors
- * @cost O(log n)
+ * @cost O(length of the keys * log n)
  * @level low
  */
 MUB_API void mub_btree_remove_entry_t(mub_btree *tree, mub_btree_entry *entry);
 
 /**
- * Releases what is below an entry: the records, the entries and their tables of children, and the table of
- * the entry itself.
+ * Removes what is below an entry, the records and the entries, and releases their tables of children and that
+ * of the entry itself.
  *
  * Records and entries are returned to external pools. The tree's count, its keys and the entry's level are
- * unchanged. An inner entry then has no leaf below it, and insertions there fail as if memory had run out.
+ * unchanged. An inner node then has no leaf below it, and insertions there fail as if memory had run out.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -907,7 +912,7 @@ MUB_API void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry)
  * Does the same as mub_btree_remove_all_entry(), and releases each value that is not 0. `release` must not
  * use the tree.
  *
- * The values' blocks are returned to an external value pool.
+ * If the value pool is external, the values' blocks are returned to it.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1001,7 +1006,7 @@ typedef struct mub_btreed {
 typedef struct mub_btreed_cursor {
   const mub_btreed *tree; /**< the tree */
   mub_btreed_entry *leaf; /**< the leaf of the position; NULL in an empty tree */
-  int64_t index;          /**< index in the leaf; -1: before the first, its count: after the last record */
+  int64_t index;          /**< index in the leaf; -1 before the first, `children.count` after the last */
 } mub_btreed_cursor;
 
 /**
@@ -1083,8 +1088,8 @@ MUB_API int mub_btreed_set(mub_btreed *tree, uint32_t key, uint64_t *value_out, 
 MUB_API uint64_t mub_btreed_get(const mub_btreed *tree, uint32_t key);
 
 /**
- * Looks up the values of many keys. In a large tree, this takes a fraction of the time of as many calls of
- * mub_btreed_get(), because the look-ups wait for memory together.
+ * Looks up the values of many keys. In a large tree, this takes a fraction of the time of the same number of
+ * calls to mub_btreed_get(), because the cache misses of the look-ups overlap.
  *
  * @param[in] tree         the tree
  * @param[in] keys         the keys
@@ -1134,8 +1139,8 @@ MUB_API int mub_btreed_find(const mub_btreed *tree, uint32_t key);
  * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the record is returned to its pool
- * @invalidates the record of the key, entries that become empty, the links of its neighbours, and the tree's
- *   cursors
+ * @invalidates the record of the key, entries that become empty, the links of the neighbouring records, and
+ *   the tree's cursors
  * @cost O(log n)
  */
 MUB_API uint64_t mub_btreed_remove(mub_btreed *tree, uint32_t key);
@@ -1160,7 +1165,7 @@ MUB_API mub_btreed *mub_btreed_remove_all(mub_btreed *tree);
  * Empties the tree like mub_btreed_remove_all(), and releases every value that is not 0. `release` must not
  * use the tree, parts of which are already gone when it is called.
  *
- * The values' blocks are returned to an external value pool.
+ * If the value pool is external, the values' blocks are returned to it.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
@@ -1215,10 +1220,8 @@ MUB_API mub_btreed_node *mub_btreed_node_get(const mub_btreed *tree, uint32_t ke
 MUB_API mub_btreed_node *mub_btreed_node_find(const mub_btreed *tree, uint32_t key);
 
 /**
- * Finds the record of a key, or one near it: in the leaf that would hold the key, the first record above it,
- * else the last.
- *
- * For a key above all keys, this is the record with the greatest key.
+ * Finds the record of a key. If the key is absent, finds the record with the next greater key or, for a key
+ * above all keys, the one with the greatest.
  *
  * @param[in] tree  the tree
  * @param[in] key   the key
@@ -1400,9 +1403,10 @@ MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
  * the same chunk and offset there, and addresses are translated. A value that is not an address in the
  * source's value pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * Where the source has an external pool, or none, the destination then has the same; a pool that it owned
- * there is destroyed. Entries and records get new blocks of external pools. If the source does not own a
- * value pool, values are copied as words, so both trees refer to the same blocks.
+ * If a pool field of the source holds an external pool or NULL, the destination's field is set to the same; a
+ * pool that the destination owned in that field is destroyed. Entries and records get new blocks of external
+ * pools. If the source does not own a value pool, values are copied as words, so both trees refer to the same
+ * blocks.
  *
  * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
  * a clone. The destination's `key_type` is unchanged. A user pool is cloned only if both user pools and
@@ -1411,8 +1415,8 @@ MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised tree with the same `owns_…` flags; its old contents
- *                                       are dropped
+ * @param[in,out] destination            an initialised tree, usually with the same `owns_…` flags; its old
+ *                                       contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every record in key order if the source owns its value
@@ -1470,7 +1474,7 @@ MUB_API int64_t mub_btreed_memory_bytes(const mub_btreed *tree);
  * @param[in] b         the address of the other key or record
  * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
  *                      equal
- * @return -1, 0 or 1
+ * @return -1 if `a` is less, 0 if equal, 1 if greater
  * @level low
  */
 MUB_API int mub_btreed_var_compare(const void *a, const void *b, uint32_t key_type);
@@ -1482,7 +1486,7 @@ MUB_API int mub_btreed_var_compare(const void *a, const void *b, uint32_t key_ty
  * @param[in] key       the address of a key; need not be aligned
  * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
  *                      equal
- * @return -1, 0 or 1
+ * @return -1 if the stored key is less, 0 if equal, 1 if greater
  * @level low
  */
 MUB_API int mub_btreed_entry_compare(const mub_btreed_entry *entry, const void *key, uint32_t key_type);
@@ -1494,7 +1498,7 @@ MUB_API int mub_btreed_entry_compare(const mub_btreed_entry *entry, const void *
  * @param[in] b         the other entry
  * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
  *                      equal
- * @return -1, 0 or 1
+ * @return -1 if the key of `a` is less, 0 if equal, 1 if greater
  * @level low
  */
 MUB_API int mub_btreed_entrys_compare(const mub_btreed_entry *a, const mub_btreed_entry *b,
@@ -1507,7 +1511,7 @@ MUB_API int mub_btreed_entrys_compare(const mub_btreed_entry *a, const mub_btree
  * @param[in] key       the address of a key; need not be aligned
  * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
  *                      equal
- * @return -1, 0 or 1
+ * @return -1 if the stored key is less, 0 if equal, 1 if greater
  * @level low
  */
 MUB_API int mub_btreed_node_compare(const mub_btreed_node *node, const void *key, uint32_t key_type);
@@ -1548,7 +1552,8 @@ MUB_API void mub_btreed_node_init(mub_btreed_node *node);
 
 /**
  * Sets an entry's key, its name, to that of its last child, and likewise those of its ancestors, up to the
- * first whose key is already correct. Nothing changes if its own is, or if it has no children.
+ * first whose key is already correct. If the key of `entry` itself is already correct, or `entry` has no
+ * children, nothing changes.
  *
  * @param[in] tree       the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1560,7 +1565,7 @@ MUB_API void mub_btreed_node_init(mub_btreed_node *node);
 MUB_API void mub_btreed_set_name(const mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Sets the `parent` of all children of an inner node to that node.
+ * Sets the `parent` of all children of an inner node to that node. Does nothing for a leaf.
  *
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
@@ -1600,7 +1605,8 @@ MUB_API void mub_btreed_set_pool(const mub_btreed *tree, mub_btreed_entry *entry
  * to the parent's children.
  *
  * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
- * keeps its key: a search may then stop there and miss a key of the new entry.
+ * keeps its key: once the new entry is in the parent, a search may stop at `entry` and miss a key of the new
+ * one.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1618,13 +1624,14 @@ MUB_API mub_btreed_entry *mub_btreed_split_entry(mub_btreed *tree, mub_btreed_en
  * parent's children.
  *
  * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
- * keeps its key: a search may then stop there and miss a key of the new entry.
+ * keeps its key: once the new entry is in the parent, a search may stop at `entry` and miss a key of the new
+ * one.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  a leaf of the tree
  * @return the new leaf
  * @failure NULL if memory ran out; nothing is then moved
- * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
+ * @owner the new leaf is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
  * @cost O(children)
  * @level low
@@ -1640,7 +1647,7 @@ MUB_API mub_btreed_entry *mub_btreed_split_node(mub_btreed *tree, mub_btreed_ent
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure an entry for whose split memory runs out is unchanged
+ * @failure if memory runs out, the entry that was to be split next is unchanged; splits made before remain
  * @invalidates the tree's cursors
  * @cost O(log n)
  * @level low
@@ -1682,8 +1689,8 @@ MUB_API int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32
  * Removes an empty entry from its parent and returns it to the entry pool, and likewise each ancestor that
  * becomes empty.
  *
- * The keys of the remaining ancestors are set as by mub_btreed_set_name(). The root is not removed, but
- * becomes a leaf when its last entry is; nothing happens if `entry` is the root.
+ * The keys of the remaining ancestors are set as by mub_btreed_set_name(). The root is never removed; it
+ * becomes a leaf when its last child is removed. Nothing happens if `entry` is the root.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an empty entry of the tree
@@ -1696,11 +1703,11 @@ MUB_API int mub_btreed_insert_t(mub_btreed *tree, mub_btreed_entry *leaf, uint32
 MUB_API void mub_btreed_remove_entry_t(mub_btreed *tree, mub_btreed_entry *entry);
 
 /**
- * Releases what is below an entry: the records, the entries and their tables of children, and the table of
- * the entry itself.
+ * Removes what is below an entry, the records and the entries, and releases their tables of children and that
+ * of the entry itself.
  *
  * Records and entries are returned to external pools. The tree's count, its keys and the entry's level are
- * unchanged. An inner entry then has no leaf below it, and insertions there fail as if memory had run out.
+ * unchanged. An inner node then has no leaf below it, and insertions there fail as if memory had run out.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1717,7 +1724,7 @@ MUB_API void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *ent
  * Does the same as mub_btreed_remove_all_entry(), and releases each value that is not 0. `release` must not
  * use the tree.
  *
- * The values' blocks are returned to an external value pool.
+ * If the value pool is external, the values' blocks are returned to it.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -1809,7 +1816,7 @@ typedef struct mub_btreex {
 typedef struct mub_btreex_cursor {
   const mub_btreex *tree; /**< the tree */
   mub_btreex_entry *leaf; /**< the leaf of the position; NULL in an empty tree */
-  int64_t index;          /**< index in the leaf; -1: before the first, its count: after the last record */
+  int64_t index;          /**< index in the leaf; -1 before the first, `children.count` after the last */
 } mub_btreex_cursor;
 
 /**
@@ -1891,8 +1898,8 @@ MUB_API int mub_btreex_set(mub_btreex *tree, uint64_t key, uint64_t *value_out, 
 MUB_API uint64_t mub_btreex_get(const mub_btreex *tree, uint64_t key);
 
 /**
- * Looks up the values of many keys. In a large tree, this takes a fraction of the time of as many calls of
- * mub_btreex_get(), because the look-ups wait for memory together.
+ * Looks up the values of many keys. In a large tree, this takes a fraction of the time of the same number of
+ * calls to mub_btreex_get(), because the cache misses of the look-ups overlap.
  *
  * @param[in] tree         the tree
  * @param[in] keys         the keys
@@ -1942,8 +1949,8 @@ MUB_API int mub_btreex_find(const mub_btreex *tree, uint64_t key);
  * @failure 0 if the key is absent; if the pool's free stack cannot grow, a returned block is not reused: see
  *   mub_pool_free()
  * @owner the value is returned and not released; the record is returned to its pool
- * @invalidates the record of the key, entries that become empty, the links of its neighbours, and the tree's
- *   cursors
+ * @invalidates the record of the key, entries that become empty, the links of the neighbouring records, and
+ *   the tree's cursors
  * @cost O(log n)
  */
 MUB_API uint64_t mub_btreex_remove(mub_btreex *tree, uint64_t key);
@@ -1968,7 +1975,7 @@ MUB_API mub_btreex *mub_btreex_remove_all(mub_btreex *tree);
  * Empties the tree like mub_btreex_remove_all(), and releases every value that is not 0. `release` must not
  * use the tree, parts of which are already gone when it is called.
  *
- * The values' blocks are returned to an external value pool.
+ * If the value pool is external, the values' blocks are returned to it.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
@@ -2023,10 +2030,8 @@ MUB_API mub_btreex_node *mub_btreex_node_get(const mub_btreex *tree, uint64_t ke
 MUB_API mub_btreex_node *mub_btreex_node_find(const mub_btreex *tree, uint64_t key);
 
 /**
- * Finds the record of a key, or one near it: in the leaf that would hold the key, the first record above it,
- * else the last.
- *
- * For a key above all keys, this is the record with the greatest key.
+ * Finds the record of a key. If the key is absent, finds the record with the next greater key or, for a key
+ * above all keys, the one with the greatest.
  *
  * @param[in] tree  the tree
  * @param[in] key   the key
@@ -2208,9 +2213,10 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
  * the same chunk and offset there, and addresses are translated. A value that is not an address in the
  * source's value pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * Where the source has an external pool, or none, the destination then has the same; a pool that it owned
- * there is destroyed. Entries and records get new blocks of external pools. If the source does not own a
- * value pool, values are copied as words, so both trees refer to the same blocks.
+ * If a pool field of the source holds an external pool or NULL, the destination's field is set to the same; a
+ * pool that the destination owned in that field is destroyed. Entries and records get new blocks of external
+ * pools. If the source does not own a value pool, values are copied as words, so both trees refer to the same
+ * blocks.
  *
  * The `prev` and `next` links of the copied records still point into the source: use a cursor to iterate over
  * a clone. The destination's `key_type` is unchanged. A user pool is cloned only if both user pools and
@@ -2219,8 +2225,8 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
  * @param[in] source                     the tree to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised tree with the same `owns_…` flags; its old contents
- *                                       are dropped
+ * @param[in,out] destination            an initialised tree, usually with the same `owns_…` flags; its old
+ *                                       contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every record in key order if the source owns its value
@@ -2278,7 +2284,7 @@ MUB_API int64_t mub_btreex_memory_bytes(const mub_btreex *tree);
  * @param[in] b         the address of the other key or record
  * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
  *                      equal
- * @return -1, 0 or 1
+ * @return -1 if `a` is less, 0 if equal, 1 if greater
  * @level low
  */
 MUB_API int mub_btreex_var_compare(const void *a, const void *b, uint32_t key_type);
@@ -2290,7 +2296,7 @@ MUB_API int mub_btreex_var_compare(const void *a, const void *b, uint32_t key_ty
  * @param[in] key       the address of a key; need not be aligned
  * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
  *                      equal
- * @return -1, 0 or 1
+ * @return -1 if the stored key is less, 0 if equal, 1 if greater
  * @level low
  */
 MUB_API int mub_btreex_entry_compare(const mub_btreex_entry *entry, const void *key, uint32_t key_type);
@@ -2302,7 +2308,7 @@ MUB_API int mub_btreex_entry_compare(const mub_btreex_entry *entry, const void *
  * @param[in] b         the other entry
  * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
  *                      equal
- * @return -1, 0 or 1
+ * @return -1 if the key of `a` is less, 0 if equal, 1 if greater
  * @level low
  */
 MUB_API int mub_btreex_entrys_compare(const mub_btreex_entry *a, const mub_btreex_entry *b,
@@ -2315,7 +2321,7 @@ MUB_API int mub_btreex_entrys_compare(const mub_btreex_entry *a, const mub_btree
  * @param[in] key       the address of a key; need not be aligned
  * @param[in] key_type  how the keys are compared, as in the tree's field; with any other type all keys are
  *                      equal
- * @return -1, 0 or 1
+ * @return -1 if the stored key is less, 0 if equal, 1 if greater
  * @level low
  */
 MUB_API int mub_btreex_node_compare(const mub_btreex_node *node, const void *key, uint32_t key_type);
@@ -2356,7 +2362,8 @@ MUB_API void mub_btreex_node_init(mub_btreex_node *node);
 
 /**
  * Sets an entry's key, its name, to that of its last child, and likewise those of its ancestors, up to the
- * first whose key is already correct. Nothing changes if its own is, or if it has no children.
+ * first whose key is already correct. If the key of `entry` itself is already correct, or `entry` has no
+ * children, nothing changes.
  *
  * @param[in] tree       the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -2368,7 +2375,7 @@ MUB_API void mub_btreex_node_init(mub_btreex_node *node);
 MUB_API void mub_btreex_set_name(const mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Sets the `parent` of all children of an inner node to that node.
+ * Sets the `parent` of all children of an inner node to that node. Does nothing for a leaf.
  *
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @invalidates nothing
@@ -2408,7 +2415,8 @@ MUB_API void mub_btreex_set_pool(const mub_btreex *tree, mub_btreex_entry *entry
  * to the parent's children.
  *
  * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
- * keeps its key: a search may then stop there and miss a key of the new entry.
+ * keeps its key: once the new entry is in the parent, a search may stop at `entry` and miss a key of the new
+ * one.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -2426,13 +2434,14 @@ MUB_API mub_btreex_entry *mub_btreex_split_entry(mub_btreex *tree, mub_btreex_en
  * parent's children.
  *
  * Both entries take the keys of their last children. With fewer than two children, `entry` is left empty and
- * keeps its key: a search may then stop there and miss a key of the new entry.
+ * keeps its key: once the new entry is in the parent, a search may stop at `entry` and miss a key of the new
+ * one.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  a leaf of the tree
  * @return the new leaf
  * @failure NULL if memory ran out; nothing is then moved
- * @owner the new entry is a block of the entry pool; its parent does not refer to it yet
+ * @owner the new leaf is a block of the entry pool; its parent does not refer to it yet
  * @invalidates the tree's cursors
  * @cost O(children)
  * @level low
@@ -2448,7 +2457,7 @@ MUB_API mub_btreex_entry *mub_btreex_split_node(mub_btreex *tree, mub_btreex_ent
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
- * @failure an entry for whose split memory runs out is unchanged
+ * @failure if memory runs out, the entry that was to be split next is unchanged; splits made before remain
  * @invalidates the tree's cursors
  * @cost O(log n)
  * @level low
@@ -2490,8 +2499,8 @@ MUB_API int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64
  * Removes an empty entry from its parent and returns it to the entry pool, and likewise each ancestor that
  * becomes empty.
  *
- * The keys of the remaining ancestors are set as by mub_btreex_set_name(). The root is not removed, but
- * becomes a leaf when its last entry is; nothing happens if `entry` is the root.
+ * The keys of the remaining ancestors are set as by mub_btreex_set_name(). The root is never removed; it
+ * becomes a leaf when its last child is removed. Nothing happens if `entry` is the root.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an empty entry of the tree
@@ -2504,11 +2513,11 @@ MUB_API int mub_btreex_insert_t(mub_btreex *tree, mub_btreex_entry *leaf, uint64
 MUB_API void mub_btreex_remove_entry_t(mub_btreex *tree, mub_btreex_entry *entry);
 
 /**
- * Releases what is below an entry: the records, the entries and their tables of children, and the table of
- * the entry itself.
+ * Removes what is below an entry, the records and the entries, and releases their tables of children and that
+ * of the entry itself.
  *
  * Records and entries are returned to external pools. The tree's count, its keys and the entry's level are
- * unchanged. An inner entry then has no leaf below it, and insertions there fail as if memory had run out.
+ * unchanged. An inner node then has no leaf below it, and insertions there fail as if memory had run out.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
@@ -2525,7 +2534,7 @@ MUB_API void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *ent
  * Does the same as mub_btreex_remove_all_entry(), and releases each value that is not 0. `release` must not
  * use the tree.
  *
- * The values' blocks are returned to an external value pool.
+ * If the value pool is external, the values' blocks are returned to it.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node

@@ -149,7 +149,7 @@ TEST(Verify, FindsDamagedKeysOfArrays) {
 
 // ---- containers with pools
 
-const char *const kWrongCount = "not the number of linked", *const kNoPool = "no pool";
+const char *const kWrongCount = "not the number of linked", *const kNoPool = "pool that the container needs";
 const char *const kBlockSize = "smaller than the entries", *const kFewBlocks = "fewer blocks in use";
 
 mub_pool emptied(const mub_pool &pool) {
@@ -234,17 +234,17 @@ void expect_damaged_nodes_found(auto tree, auto key_of) {
   expect_found(tree, kFewBlocks, set(*r.entry_pool, emptied(*r.entry_pool)));
   expect_found(tree, "root has a parent", set(root.parent, &leaf), set(root.level, -1));
   expect_found(tree, "level of a child", set(root.level, 2));
-  expect_found(tree, "parent of a node", set(leaf.parent, &leaf));
+  expect_found(tree, "parent of an entry", set(leaf.parent, &leaf));
   expect_found(tree, "child is NULL", set(nodes[1], 0), set(records[1], 0));
   expect_found(tree, "no children", set(root.children.count, 0), set(leaf.children.count, 0));
   expect_found(tree, kMissing, set(leaf.children.items, nullptr));
   expect_found(tree, "not refer to the pool", set(leaf.children.pool, nullptr));
   expect_found(tree, "do not ascend", set(records[1], records[2]) + set(records[2], records[1]),
                set(records[1], records[0]), set(nodes[1], nodes[0]));
-  expect_found(tree, "name of a node", set(leaf.children.count, leaf.children.count - 1));
+  expect_found(tree, "key of an entry", set(leaf.children.count, leaf.children.count - 1));
   if constexpr (requires { r.keys; }) {
     expect_damaged_keys_found(tree, *tree.find("150"));
-    expect_found(tree, "name of a node", set(leaf.key_offset, leaf.key_offset + 1));
+    expect_found(tree, "key of an entry", set(leaf.key_offset, leaf.key_offset + 1));
   }
 }
 TEST(Verify, FindsDamagedBTrees) {

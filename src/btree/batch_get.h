@@ -44,7 +44,7 @@ struct Lookup {
   }
 };
 
-// A binary search that probes the children that search() probes.
+// One step of a binary search, which probes the same children as search().
 template <class Child, class Tree, class Order>
 void probe(const Order &order, Lookup<Tree> &lookup) {
   const int64_t before_middle = (lookup.count - 1) / 2;

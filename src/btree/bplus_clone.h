@@ -1,8 +1,8 @@
 // Cloning a B-tree. If source and copy both own a pool, its blocks are copied chunk by chunk and the
 // addresses in them translated; blocks of an external pool are copied individually. Tables of children are
 // always allocated and filled anew. Part of the engine in bplus_tree.h, where its invariants are; links of
-// the copy point into the source (7). Threads: the source is only read, but blocks are taken from its
-// external entry and node pools.
+// the copy point into the source (invariant 7 there). Threads: the source is only read, but blocks are taken
+// from its external entry and node pools.
 #ifndef MUB_BTREE_BPLUS_CLONE_H
 #define MUB_BTREE_BPLUS_CLONE_H
 

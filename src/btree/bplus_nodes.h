@@ -156,6 +156,8 @@ void move_upper_half(Node &node, Node &upper) {
   copy_name(upper);
 }
 
+// Moves the upper half of the children to a new sibling, which no parent lists yet; nullptr if memory runs
+// out.
 template <class Tree>
 NodeOf<Tree> *split_off(Tree &tree, NodeOf<Tree> &node) {
   NodeOf<Tree> *upper = new_sibling(tree, node);

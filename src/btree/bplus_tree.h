@@ -18,8 +18,8 @@
 //   1. The children of a node of level L > 0 are nodes of level L - 1; those of a leaf (level 0) are records.
 //      Every node but the root has a child. A root without children is a leaf.
 //   2. The parent of a node is the node that lists it; the root has none.
-//   3. The name of every node but the root is the key of its last child, with the same offset. The name of
-//      the root is not searched: removals do not lower its offset, and a root that removals have emptied
+//   3. The name of every node but the root is the key of its last child, with the same offset. No search
+//      reads the name of the root: removals do not lower its offset, and a root that removals have emptied
 //      keeps its last name.
 //   4. The keys of the records ascend, in each leaf and from leaf to leaf; no two are equal.
 //   5. A node has at most 31 children, unless it could not split, for want of memory or an entry pool.
@@ -35,8 +35,8 @@
 // parent lists, splits of fewer than two children leave an empty one, the set_ functions and adjust_t change
 // single fields, insert_t trusts its caller to pass the right leaf, and remove_all_entry, free_all_entry and
 // clone_entry change neither the count nor the nodes above. Searches and walks allow for empty nodes.
-// remove_entry_t loses the children of a node that is not empty. 4 also assumes that neither `nocase`,
-// the locale of tolower() nor `key_type` changes while there are records, and that no key is a NaN.
+// remove_entry_t loses the children of a node that is not empty. Invariant 4 also assumes that neither
+// `nocase`, the locale of tolower() nor `key_type` changes while there are records, and that no key is a NaN.
 //
 // Threads: functions that take a const tree write nothing, so readers may run in parallel, each with cursors
 // of its own. The exceptions are set_name() and set_children_pools(), which write to the nodes given, and
@@ -126,8 +126,8 @@ void link_in_leaf(Node &leaf, int64_t index) {
   link(prev, *record_at(leaf, index), next);
 }
 
-// Links a record of a leaf: between the next record and its `prev` or, if it is the last one of the leaf,
-// between the previous record and its `next`. Does nothing if it is alone in the leaf.
+// Links a record of a leaf between the next record and that record's `prev` or, if it is the last one of the
+// leaf, between the previous record and that record's `next`. Does nothing if it is alone in the leaf.
 template <class Node>
 void set_next(Node &leaf, int64_t index) {
   const int64_t last = leaf.children.count - 1;
@@ -165,7 +165,7 @@ inline RecordOf<Tree> *add_record(Tree &tree, NodeOf<Tree> &leaf, int64_t index,
   return record;
 }
 
-// Finds the record of a key, whose position is known, or adds it; nullptr if memory runs out.
+// Finds the record of a key, whose place is known, or adds it; nullptr if memory runs out.
 template <class Tree>
 RecordOf<Tree> *insert_at(Tree &tree, const Place<NodeOf<Tree>> &place, KeyOf<Tree> key, bool &inserted) {
   inserted = false;

@@ -1,5 +1,5 @@
-// Whole B-trees: initialising, emptying, terminating and swapping them. Part of the engine in bplus_tree.h,
-// where its invariants and policy are.
+// Whole B-trees: initialising, emptying, terminating, measuring and swapping them. Part of the engine in
+// bplus_tree.h, where its invariants and policy are.
 #ifndef MUB_BTREE_BPLUS_WHOLE_H
 #define MUB_BTREE_BPLUS_WHOLE_H
 

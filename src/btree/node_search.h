@@ -56,7 +56,8 @@ Spot search(const mub_arrays &children, const Order &order) {
 }
 
 // Descends to the only leaf that can hold the key, and searches it. For a key above all others it follows the
-// last children. Stops at an inner node whose children were removed by the caller.
+// last children. Stops at an inner node whose children were removed by the caller. `node` is where to start,
+// and becomes the node at which the search ends.
 template <class Record, class Node, class Order>
 Spot descend(const Node *&node, const Order &order) {
   while (node->level > 0 && node->children.count > 0) {

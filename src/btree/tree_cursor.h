@@ -152,7 +152,7 @@ RecordOf<Tree> *find_nearest(const Tree &tree, KeyOf<Tree> key) {
   return above != nullptr ? above : cursor_step<-1>(cursor);
 }
 
-// A step from a record without a cursor: its position is found by a search for its key.
+// A step from a record without a cursor: the record's position is found by a search for its key.
 template <int kStep, class Tree>
 RecordOf<Tree> *step(const Tree &tree, const RecordOf<Tree> &record) {
   CursorOf<Tree> cursor;

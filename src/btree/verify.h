@@ -40,7 +40,7 @@ class TreeCheck {
   Fault enter(const Node &node) {
     if (const Fault fault = slots::verify_table(node.children)) return fault;
     if (node.children.count == 0)
-      return &node == &tree_.root && node.level == 0 ? nullptr : "A node has no children.";
+      return &node == &tree_.root && node.level == 0 ? nullptr : "An entry has no children.";
     if (node.children.pool != children_pool(tree_, node.level))
       return "A table of children does not refer to the pool of the children.";
     if (position(node.children, nullptr) < node.children.count) return "A child is NULL.";
@@ -49,7 +49,7 @@ class TreeCheck {
     with_last_child(
         node, [&](const auto &child) { refers_to_last = Policy<Tree>::name_refers_to_key_of(node, child); });
     return refers_to_last || &node == &tree_.root ? nullptr
-                                                  : "The name of a node is not the key of its last child.";
+                                                  : "The key of an entry is not that of its last child.";
   }
 
   Fault verify_nodes(const Node &node) {
@@ -58,7 +58,7 @@ class TreeCheck {
     for (int64_t i = 0; i < node.children.count; ++i) {
       const Node &child = *node_at(node, i);
       if (child.level != node.level - 1) return "The level of a child is not one below that of its parent.";
-      if (child.parent != &node) return "The parent of a node is not the one that lists it.";
+      if (child.parent != &node) return "The parent of an entry is not the one that lists it.";
     }
     return nullptr;
   }

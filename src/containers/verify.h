@@ -45,7 +45,7 @@ Fault verify_pools(const Container &container) {
 template <class Block, class Field>
 Fault verify_blocks(const Field &field, int64_t count) {
   if (count < 1) return nullptr;
-  if (field.pool == nullptr) return "There is no pool for the entries.";
+  if (field.pool == nullptr) return "A pool that the container needs is missing.";
   const mub_pool &pool = *field.pool;
   if (pool.block_size < int64_t{sizeof(Block)}) return "The blocks of a pool are smaller than the entries.";
   const bool has_blocks = count <= pool::carved_blocks(pool) - pool::free_blocks(pool);
