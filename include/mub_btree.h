@@ -321,8 +321,8 @@ MUB_API mub_btree *mub_btree_remove_all(mub_btree *tree);
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries and
- *   records are returned to their pools
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries and records are returned to their pools
  * @invalidates all records and entries, pointers to keys, and the tree's cursors
  * @cost O(keys)
  * @nullable release
@@ -918,8 +918,8 @@ MUB_API void mub_btree_remove_all_entry(mub_btree *tree, mub_btree_entry *entry)
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] release    called with every value that is not 0, in key order; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; then as for
- *   mub_btree_remove_all_entry()
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   then as for mub_btree_remove_all_entry()
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
  * @nullable release
@@ -1171,8 +1171,8 @@ MUB_API mub_btreed *mub_btreed_remove_all(mub_btreed *tree);
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries and
- *   records are returned to their pools
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries and records are returned to their pools
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(keys)
  * @nullable release
@@ -1730,8 +1730,8 @@ MUB_API void mub_btreed_remove_all_entry(mub_btreed *tree, mub_btreed_entry *ent
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] release    called with every value that is not 0, in key order; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; then as for
- *   mub_btreed_remove_all_entry()
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   then as for mub_btreed_remove_all_entry()
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
  * @nullable release
@@ -1981,8 +1981,8 @@ MUB_API mub_btreex *mub_btreex_remove_all(mub_btreex *tree);
  * @param[in] release   called with every value that is not 0, in key order; NULL: not called
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries and
- *   records are returned to their pools
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries and records are returned to their pools
  * @invalidates all records and entries, and the tree's cursors
  * @cost O(keys)
  * @nullable release
@@ -2540,8 +2540,8 @@ MUB_API void mub_btreex_remove_all_entry(mub_btreex *tree, mub_btreex_entry *ent
  * @param[in,out] entry  an entry of the tree: a leaf or an inner node
  * @param[in] release    called with every value that is not 0, in key order; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; then as for
- *   mub_btreex_remove_all_entry()
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   then as for mub_btreex_remove_all_entry()
  * @invalidates the records and entries below, and the tree's cursors
  * @cost O(keys below)
  * @nullable release

@@ -363,8 +363,8 @@ MUB_API uint64_t mub_hash_remove(mub_hash *table, const void *key, int64_t lengt
 /**
  * Removes a key and releases its value.
  *
- * The value's block is returned to an external value pool; a block of an owned pool stays allocated until the
- * pool is emptied.
+ * The value's block is returned to the value pool if that is external; a block of an owned pool stays
+ * allocated until the pool is emptied.
  *
  * @param[in,out] table  the table
  * @param[in] key        the bytes of the key; NULL is the empty key
@@ -373,8 +373,8 @@ MUB_API uint64_t mub_hash_remove(mub_hash *table, const void *key, int64_t lengt
  * @return the table
  * @failure NULL if the key is absent; if the pool's free stack cannot grow, a returned block is not reused:
  *   see mub_pool_free()
- * @owner the value is passed to `release`, its block is returned to an external value pool, and the entry to
- *   its pool
+ * @owner the value is passed to `release`, its block is returned to the value pool if that is external, and
+ *   the entry to its pool
  * @invalidates the entry of the key, the offsets of keys inserted later, and pointers to keys
  * @cost that of mub_hash_remove()
  * @bounds key[length]
@@ -405,8 +405,8 @@ MUB_API void mub_hash_remove_all(mub_hash *table);
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
- *   their pool
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to their pool
  * @invalidates all entries, and pointers to keys
  * @cost O(buckets + entries)
  * @nullable release
@@ -431,14 +431,14 @@ MUB_API void mub_hash_remove_all_entry(mub_hash *table);
 /**
  * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
  *
- * The values' blocks are returned to an external value pool. Buckets and count are unchanged: call
- * mub_hash_term() next, as after mub_hash_remove_all_entry().
+ * The values' blocks are returned to the value pool if that is external. Buckets and count are unchanged:
+ * call mub_hash_term() next, as after mub_hash_remove_all_entry().
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to an external entry pool, although the table still refers to them
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
  * @cost O(buckets + entries)
  * @nullable release
@@ -906,8 +906,8 @@ MUB_API uint64_t mub_hashd_remove(mub_hashd *table, uint32_t key);
 /**
  * Removes a key and releases its value.
  *
- * The value's block is returned to an external value pool; a block of an owned pool stays allocated until the
- * pool is emptied.
+ * The value's block is returned to the value pool if that is external; a block of an owned pool stays
+ * allocated until the pool is emptied.
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
@@ -915,8 +915,8 @@ MUB_API uint64_t mub_hashd_remove(mub_hashd *table, uint32_t key);
  * @return the table
  * @failure NULL if the key is absent; if the pool's free stack cannot grow, a returned block is not reused:
  *   see mub_pool_free()
- * @owner the value is passed to `release`, its block is returned to an external value pool, and the entry to
- *   its pool
+ * @owner the value is passed to `release`, its block is returned to the value pool if that is external, and
+ *   the entry to its pool
  * @invalidates the entry of the key
  * @cost O(1) expected
  * @nullable release
@@ -944,8 +944,8 @@ MUB_API void mub_hashd_remove_all(mub_hashd *table);
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
- *   their pool
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to their pool
  * @invalidates all entries
  * @cost O(buckets + entries)
  * @nullable release
@@ -970,14 +970,14 @@ MUB_API void mub_hashd_remove_all_entry(mub_hashd *table);
 /**
  * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
  *
- * The values' blocks are returned to an external value pool. Buckets and count are unchanged: call
- * mub_hashd_term() next, as after mub_hashd_remove_all_entry().
+ * The values' blocks are returned to the value pool if that is external. Buckets and count are unchanged:
+ * call mub_hashd_term() next, as after mub_hashd_remove_all_entry().
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to an external entry pool, although the table still refers to them
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
  * @cost O(buckets + entries)
  * @nullable release
@@ -1395,8 +1395,8 @@ MUB_API uint64_t mub_hashx_remove(mub_hashx *table, uint64_t key);
 /**
  * Removes a key and releases its value.
  *
- * The value's block is returned to an external value pool; a block of an owned pool stays allocated until the
- * pool is emptied.
+ * The value's block is returned to the value pool if that is external; a block of an owned pool stays
+ * allocated until the pool is emptied.
  *
  * @param[in,out] table  the table
  * @param[in] key        the key
@@ -1404,8 +1404,8 @@ MUB_API uint64_t mub_hashx_remove(mub_hashx *table, uint64_t key);
  * @return the table
  * @failure NULL if the key is absent; if the pool's free stack cannot grow, a returned block is not reused:
  *   see mub_pool_free()
- * @owner the value is passed to `release`, its block is returned to an external value pool, and the entry to
- *   its pool
+ * @owner the value is passed to `release`, its block is returned to the value pool if that is external, and
+ *   the entry to its pool
  * @invalidates the entry of the key
  * @cost O(1) expected
  * @nullable release
@@ -1433,8 +1433,8 @@ MUB_API void mub_hashx_remove_all(mub_hashx *table);
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
- *   their pool
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to their pool
  * @invalidates all entries
  * @cost O(buckets + entries)
  * @nullable release
@@ -1459,14 +1459,14 @@ MUB_API void mub_hashx_remove_all_entry(mub_hashx *table);
 /**
  * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
  *
- * The values' blocks are returned to an external value pool. Buckets and count are unchanged: call
- * mub_hashx_term() next, as after mub_hashx_remove_all_entry().
+ * The values' blocks are returned to the value pool if that is external. Buckets and count are unchanged:
+ * call mub_hashx_term() next, as after mub_hashx_remove_all_entry().
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to an external entry pool, although the table still refers to them
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
  * @cost O(buckets + entries)
  * @nullable release
@@ -1914,8 +1914,8 @@ MUB_API uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key);
 /**
  * Removes a key and releases its value.
  *
- * The value's block is returned to an external value pool; a block of an owned pool stays allocated until the
- * pool is emptied.
+ * The value's block is returned to the value pool if that is external; a block of an owned pool stays
+ * allocated until the pool is emptied.
  *
  * @param[in,out] table  the table
  * @param[in] key        the four words of the key
@@ -1923,8 +1923,8 @@ MUB_API uint64_t mub_hasht_remove(mub_hasht *table, const uint32_t *key);
  * @return the table
  * @failure NULL if the key is absent; if the pool's free stack cannot grow, a returned block is not reused:
  *   see mub_pool_free()
- * @owner the value is passed to `release`, its block is returned to an external value pool, and the entry to
- *   its pool
+ * @owner the value is passed to `release`, its block is returned to the value pool if that is external, and
+ *   the entry to its pool
  * @invalidates the entry of the key
  * @cost O(1) expected
  * @bounds key[4]
@@ -1953,8 +1953,8 @@ MUB_API void mub_hasht_remove_all(mub_hasht *table);
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool, and entries to
- *   their pool
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to their pool
  * @invalidates all entries
  * @cost O(buckets + entries)
  * @nullable release
@@ -1979,14 +1979,14 @@ MUB_API void mub_hasht_remove_all_entry(mub_hasht *table);
 /**
  * Releases every value that is not 0 and returns the entry blocks to an external entry pool.
  *
- * The values' blocks are returned to an external value pool. Buckets and count are unchanged: call
- * mub_hasht_term() next, as after mub_hasht_remove_all_entry().
+ * The values' blocks are returned to the value pool if that is external. Buckets and count are unchanged:
+ * call mub_hasht_term() next, as after mub_hasht_remove_all_entry().
  *
  * @param[in,out] table  the table
  * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to an external entry pool, although the table still refers to them
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to an external entry pool, although the table still refers to them
  * @invalidates all entries, if their pool is external
  * @cost O(buckets + entries)
  * @nullable release

@@ -542,14 +542,14 @@ MUB_API mub_list *mub_list_remove_all(mub_list *list);
 /**
  * Releases every value that is not 0, then empties the list.
  *
- * The values' blocks are returned to an external value pool; an owned one is emptied. The memory of the key
- * stream is released too.
+ * The values' blocks are returned to the value pool if that is external; an owned one is emptied. The memory
+ * of the key stream is released too.
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to their pool
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to their pool
  * @invalidates all entries, pointers to keys, and the values
  * @cost O(entries)
  * @nullable release
@@ -575,14 +575,14 @@ MUB_API void mub_list_remove_all_entry(mub_list *list);
 /**
  * Releases every value that is not 0 and returns the entries to an external entry pool.
  *
- * The values' blocks are returned to an external value pool. Links and count are unchanged, as with
- * mub_list_remove_all_entry().
+ * The values' blocks are returned to the value pool if that is external. Links and count are unchanged, as
+ * with mub_list_remove_all_entry().
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to an external pool, although the list still refers to them
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to an external pool, although the list still refers to them
  * @invalidates the values; all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
@@ -1066,13 +1066,13 @@ MUB_API mub_lists *mub_lists_remove_all(mub_lists *list);
 /**
  * Releases every value that is not 0, then empties the list.
  *
- * The values' blocks are returned to an external value pool; an owned one is emptied.
+ * The values' blocks are returned to the value pool if that is external; an owned one is emptied.
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to their pool
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to their pool
  * @invalidates all entries, and the values
  * @cost O(entries)
  * @nullable release
@@ -1097,14 +1097,14 @@ MUB_API void mub_lists_remove_all_entry(mub_lists *list);
 /**
  * Releases every value that is not 0 and returns the entries to an external entry pool.
  *
- * The values' blocks are returned to an external value pool. Links and count are unchanged, as by
+ * The values' blocks are returned to the value pool if that is external. Links and count are unchanged, as by
  * mub_lists_remove_all_entry().
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to an external pool, although the list still refers to them
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to an external pool, although the list still refers to them
  * @invalidates the values; all entries, if their pool is external
  * @cost O(entries)
  * @nullable release
@@ -1315,13 +1315,13 @@ MUB_API mub_listx *mub_listx_remove_all(mub_listx *list);
 /**
  * Releases every value that is not 0, then empties the list.
  *
- * The values' blocks are returned to an external value pool; an owned one is emptied.
+ * The values' blocks are returned to the value pool if that is external; an owned one is emptied.
  *
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; the list's
- *   blocks are returned to their pool
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   the list's blocks are returned to their pool
  * @invalidates all blocks, and the values
  * @cost O(values)
  * @nullable release
@@ -1353,8 +1353,8 @@ MUB_API void mub_listx_remove_all_entry(mub_listx *list);
  * @param[in,out] list  the list
  * @param[in] release   called with every value that is not 0, from the head on; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; the list's
- *   blocks are returned to an external pool, although the list still refers to them
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   the list's blocks are returned to an external pool, although the list still refers to them
  * @invalidates the values; all blocks, if their pool is external
  * @cost O(values)
  * @nullable release
@@ -1365,14 +1365,15 @@ MUB_API void mub_listx_free_all_entry(mub_listx *list, mub_free_fn release);
 /**
  * Releases the values of one block that are not 0.
  *
- * Their blocks are returned to an external value pool. The list's block keeps its count and its words.
+ * Their blocks are returned to the value pool if that is external. The list's block keeps its count and its
+ * words.
  *
  * @param[in,out] list   the list
  * @param[in,out] block  a block of the list
  * @param[in] release    called with every value that is not 0; NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool, although the
- *   list's block still holds it
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external,
+ *   although the list's block still holds it
  * @invalidates the values
  * @nullable release
  * @level low

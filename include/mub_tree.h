@@ -167,14 +167,14 @@ MUB_API mub_tree *mub_tree_remove_all(mub_tree *tree);
 /**
  * Releases every value that is not 0, the root's included, then empties the tree and zero-fills the root.
  *
- * The values' blocks are returned to an external value pool, and an owned one is emptied.
+ * The values' blocks are returned to the value pool if that is external, and an owned one is emptied.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called with every value that is not 0, children before their parents; NULL: not called
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to their pool
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to their pool
  * @invalidates all entries but the root, and the values
  * @cost O(entries)
  * @nullable release
@@ -371,16 +371,16 @@ MUB_API void mub_tree_entry_remove_x(mub_tree *tree, mub_tree_entry *entry);
  * Releases the values of an entry and its descendants, and returns the entries as mub_tree_entry_remove_x()
  * does.
  *
- * The values' blocks are returned to an external value pool, whoever owns the entry pool. The entries keep
- * their value words.
+ * The values' blocks are returned to the value pool if that is external, whoever owns the entry pool. The
+ * entries keep their value words.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry
  * @param[in] release    called with every value that is not 0, children before their parents; NULL: not
  *                       called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to an external pool, although other entries may still refer to them
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to an external pool, although other entries may still refer to them
  * @invalidates the values; the entry and its descendants, if their pool is external
  * @cost O(descendants)
  * @nullable release
@@ -833,15 +833,15 @@ MUB_API mub_bitree *mub_bitree_remove_all(mub_bitree *tree);
 /**
  * Releases every value that is not 0, the root's included, then empties the tree and zero-fills the root.
  *
- * The values' blocks are returned to an external value pool, and an owned one is emptied.
+ * The values' blocks are returned to the value pool if that is external, and an owned one is emptied.
  *
  * @param[in,out] tree  the tree
  * @param[in] release   called once with every value that is not 0, in the order of mub_bitree_entry_remove();
  *                      NULL: not called
  * @return the tree
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to their pool
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to their pool
  * @invalidates all entries but the root, and the values
  * @cost O(entries)
  * @nullable release
@@ -1022,17 +1022,17 @@ MUB_API void mub_bitree_entry_remove(mub_bitree *tree, mub_bitree_entry *entry);
 /**
  * Releases the values of an entry and everything linked from it, in the order of mub_bitree_entry_remove().
  *
- * The values' blocks are returned to an external value pool, and entries to an external entry pool; in an
- * owned one they stay allocated and keep their value words. The root is not returned. Links and `count` are
- * unchanged.
+ * The values' blocks are returned to the value pool if that is external, and entries to an external entry
+ * pool; in an owned one they stay allocated and keep their value words. The root is not returned. Links and
+ * `count` are unchanged.
  *
  * @param[in,out] tree   the tree
  * @param[in,out] entry  an entry
  * @param[in] release    called once with every value that is not 0, in the order of
  *                       mub_bitree_entry_remove(); NULL: not called
  * @failure if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
- * @owner each value is passed to `release`, its block is returned to an external value pool; entries are
- *   returned to an external pool, although other entries may still refer to them
+ * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
+ *   entries are returned to an external pool, although other entries may still refer to them
  * @invalidates the values; the entry and those linked from it, if their pool is external
  * @cost O(entries visited)
  * @nullable release
