@@ -377,8 +377,8 @@ MUB_API mub_array_entry *mub_array_get_entry(const mub_array *array, int64_t ind
  *
  * @param[in] array    the array
  * @param[in] index    a position, counted from 0
- * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL unless `0 <= index <
- *                     capacity`, and while the key stream has no block
+ * @param[out] key     receives the address of the key, which is not NUL-terminated; NULL unless
+ *                     `0 <= index < capacity`, and while the key stream has no block
  * @param[out] length  receives the length of the key in bytes; 0 unless `0 <= index < capacity`
  * @return the value
  * @failure 0 unless `0 <= index < capacity`
@@ -2591,8 +2591,7 @@ MUB_API uint64_t mub_arrays_update(mub_arrays *array, uint64_t item, uint64_t co
  * @param[in] context    any 64-bit word; passed to the comparator as its first argument
  * @param[in] item       any 64-bit word; also passed to the comparator as the key
  * @param[in] extra      any 64-bit word; passed to the comparator as its last argument
- * @param[in] compare    called as `compare(context, stored, key, extra)` for items; NULL: nothing is
- *                       found
+ * @param[in] compare    called as `compare(context, stored, item, extra)`; NULL: nothing is found
  * @return the replaced item
  * @failure 0 if there is none; nothing changes
  * @owner the previous item is returned and not released; the new one is stored as is

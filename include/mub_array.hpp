@@ -417,8 +417,9 @@ class basic_array : public detail::keyed<basic_array<Traits>, detail::array_life
   std::int64_t find_index(key_type key) const { return Traits::call(Traits::find_index, c(), key); }
 
   /**
-   * Returns the index of the first key that is not before `key` in the order of the array, or else the last
-   * index; -1 in an empty array. See mub_array_bfind_index().
+   * Returns the index of the key, any one of several equal ones; if it is absent, that of the first key after
+   * it in the order of the array, or else the last index. Returns -1 in an empty array. See
+   * mub_array_bfind_index().
    */
   std::int64_t nearest_index(key_type key) const { return Traits::call(Traits::bfind_index, c(), key); }
 

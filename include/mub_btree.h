@@ -164,7 +164,8 @@ MUB_API mub_btree *mub_btree_init(mub_btree *tree, int with_entry_pool, int with
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
  *   pools remain the caller's
- * @invalidates all records and entries, pointers to keys, and the tree's cursors
+ * @invalidates all records and entries, pointers to keys, all value blocks of an owned pool, and the tree's
+ *   cursors
  * @cost O(entries), and one release per chunk and page of the owned pools; O(keys) with an external node
  *   pool
  */
@@ -305,7 +306,8 @@ MUB_API uint64_t mub_btree_remove(mub_btree *tree, const void *key, int64_t leng
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries and records are returned to their pools, value blocks of an owned value pool are released as
  *   it is emptied, and other values remain the caller's
- * @invalidates all records and entries, pointers to keys, and the tree's cursors
+ * @invalidates all records and entries, pointers to keys, all value blocks of an owned pool, and the tree's
+ *   cursors
  * @cost O(entries); O(keys) with an external node pool
  */
 MUB_API mub_btree *mub_btree_remove_all(mub_btree *tree);
@@ -323,7 +325,7 @@ MUB_API mub_btree *mub_btree_remove_all(mub_btree *tree);
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
  *   entries and records are returned to their pools
- * @invalidates all records and entries, pointers to keys, and the tree's cursors
+ * @invalidates all records and entries, pointers to keys, the values, and the tree's cursors
  * @cost O(keys)
  * @nullable release
  */
@@ -590,7 +592,8 @@ MUB_API void mub_btree_swap(mub_btree *a, mub_btree *b);
  * @failure 0 if memory ran out; the destination is then empty
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   trees
- * @invalidates all records and entries of the destination, pointers to its keys, and its cursors
+ * @invalidates all records and entries of the destination, pointers to its keys, its cursors, and all blocks
+ *   of its own pools and of a `destination_user_pool` that is overwritten
  * @cost O(keys), and one copy per chunk of the owned pools
  * @threads an external entry pool or node pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
@@ -1038,7 +1041,7 @@ MUB_API mub_btreed *mub_btreed_init(mub_btreed *tree, int with_entry_pool, int w
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
  *   pools remain the caller's
- * @invalidates all records and entries, and the tree's cursors
+ * @invalidates all records and entries, all value blocks of an owned pool, and the tree's cursors
  * @cost O(entries), and one release per chunk and page of the owned pools; O(keys) with an external node
  *   pool
  */
@@ -1156,7 +1159,7 @@ MUB_API uint64_t mub_btreed_remove(mub_btreed *tree, uint32_t key);
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries and records are returned to their pools, value blocks of an owned value pool are released as
  *   it is emptied, and other values remain the caller's
- * @invalidates all records and entries, and the tree's cursors
+ * @invalidates all records and entries, all value blocks of an owned pool, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
 MUB_API mub_btreed *mub_btreed_remove_all(mub_btreed *tree);
@@ -1173,7 +1176,7 @@ MUB_API mub_btreed *mub_btreed_remove_all(mub_btreed *tree);
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
  *   entries and records are returned to their pools
- * @invalidates all records and entries, and the tree's cursors
+ * @invalidates all records and entries, the values, and the tree's cursors
  * @cost O(keys)
  * @nullable release
  */
@@ -1425,7 +1428,8 @@ MUB_API void mub_btreed_swap(mub_btreed *a, mub_btreed *b);
  * @failure 0 if memory ran out; the destination is then empty
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   trees
- * @invalidates all records and entries of the destination, and its cursors
+ * @invalidates all records and entries of the destination, its cursors, and all blocks of its own pools and
+ *   of a `destination_user_pool` that is overwritten
  * @cost O(keys), and one copy per chunk of the owned pools
  * @threads an external entry pool or node pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
@@ -1848,7 +1852,7 @@ MUB_API mub_btreex *mub_btreex_init(mub_btreex *tree, int with_entry_pool, int w
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner what the tree owns is released, the blocks of its own value pool included; other values and external
  *   pools remain the caller's
- * @invalidates all records and entries, and the tree's cursors
+ * @invalidates all records and entries, all value blocks of an owned pool, and the tree's cursors
  * @cost O(entries), and one release per chunk and page of the owned pools; O(keys) with an external node
  *   pool
  */
@@ -1966,7 +1970,7 @@ MUB_API uint64_t mub_btreex_remove(mub_btreex *tree, uint64_t key);
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries and records are returned to their pools, value blocks of an owned value pool are released as
  *   it is emptied, and other values remain the caller's
- * @invalidates all records and entries, and the tree's cursors
+ * @invalidates all records and entries, all value blocks of an owned pool, and the tree's cursors
  * @cost O(entries); O(keys) with an external node pool
  */
 MUB_API mub_btreex *mub_btreex_remove_all(mub_btreex *tree);
@@ -1983,7 +1987,7 @@ MUB_API mub_btreex *mub_btreex_remove_all(mub_btreex *tree);
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
  *   entries and records are returned to their pools
- * @invalidates all records and entries, and the tree's cursors
+ * @invalidates all records and entries, the values, and the tree's cursors
  * @cost O(keys)
  * @nullable release
  */
@@ -2235,7 +2239,8 @@ MUB_API void mub_btreex_swap(mub_btreex *a, mub_btreex *b);
  * @failure 0 if memory ran out; the destination is then empty
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   trees
- * @invalidates all records and entries of the destination, and its cursors
+ * @invalidates all records and entries of the destination, its cursors, and all blocks of its own pools and
+ *   of a `destination_user_pool` that is overwritten
  * @cost O(keys), and one copy per chunk of the owned pools
  * @threads an external entry pool or node pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback

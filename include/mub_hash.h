@@ -121,7 +121,7 @@ MUB_API mub_hash *mub_hash_init(mub_hash *table, int with_entry_pool, int with_v
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
  *   external pools remain the caller's
- * @invalidates all entries, and pointers to keys
+ * @invalidates all entries, pointers to keys, and all value blocks of an owned pool
  * @cost one release per chunk and page of the pools that the table owns
  */
 MUB_API void mub_hash_term(mub_hash *table);
@@ -141,13 +141,14 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
 /**
  * Copies a table.
  *
- * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * positions in the pool, and addresses are translated. A value that is not an address in the source's value
+ * Pools that the source owns are copied into those of the destination: entries and value blocks have the same
+ * chunk and offset there, and addresses are translated. A value that is not an address in the source's value
  * pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries get new
- * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
- * both tables refer to the same blocks.
+ * If a pool field of the source holds an external pool or NULL, the destination's field is set to the same; a
+ * pool that the destination owned in that field is destroyed. Entries get new blocks of an external entry
+ * pool. If the source does not own a value pool, values are copied as words, so both tables refer to the same
+ * blocks.
  *
  * The destination's `nocase` is unchanged. A user pool is cloned only if both user pools and `callback` are
  * given.
@@ -155,8 +156,8 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
  * @param[in] source                     the table to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised table with the same `owns_…` flags; its old contents
- *                                       are dropped
+ * @param[in,out] destination            an initialised table, usually with the same `owns_…` flags; its old
+ *                                       contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
@@ -165,7 +166,8 @@ MUB_API void mub_hash_swap(mub_hash *a, mub_hash *b);
  * @failure none; the destination is empty if memory runs out
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
- * @invalidates all entries of the destination, and pointers to its keys
+ * @invalidates all entries of the destination, pointers to its keys, and all blocks of its own pools and of a
+ *   `destination_user_pool` that is overwritten
  * @cost O(buckets + entries), and the bytes of the keys and pools that are cloned
  * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
@@ -274,8 +276,8 @@ MUB_API int mub_hash_set(mub_hash *table, const void *key, int64_t length, uint6
 MUB_API uint64_t mub_hash_get(const mub_hash *table, const void *key, int64_t length);
 
 /**
- * Looks up the values of many keys. In a large table, this takes a fraction of the time of as many calls of
- * mub_hash_get(), because the look-ups wait for memory together.
+ * Looks up the values of many keys. In a large table, this takes a fraction of the time of the same number of
+ * calls to mub_hash_get(), because the cache misses of the look-ups overlap.
  *
  * @param[in] table        the table
  * @param[in] keys         the bytes of each key; NULL is the empty key
@@ -392,7 +394,7 @@ MUB_API mub_hash *mub_hash_free(mub_hash *table, const void *key, int64_t length
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, value blocks of an owned value pool are released as it is
  *   emptied, and other values remain the caller's
- * @invalidates all entries, and pointers to keys
+ * @invalidates all entries, pointers to keys, and all value blocks of an owned pool
  * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hash_remove_all(mub_hash *table);
@@ -407,7 +409,7 @@ MUB_API void mub_hash_remove_all(mub_hash *table);
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
  *   entries are returned to their pool
- * @invalidates all entries, and pointers to keys
+ * @invalidates all entries, pointers to keys, and the values
  * @cost O(buckets + entries)
  * @nullable release
  */
@@ -710,7 +712,7 @@ MUB_API mub_hashd *mub_hashd_init(mub_hashd *table, int with_entry_pool, int wit
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
  *   external pools remain the caller's
- * @invalidates all entries
+ * @invalidates all entries, and all value blocks of an owned pool
  * @cost one release per chunk and page of the pools that the table owns
  */
 MUB_API void mub_hashd_term(mub_hashd *table);
@@ -728,21 +730,22 @@ MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
 /**
  * Copies a table.
  *
- * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * positions in the pool, and addresses are translated. A value that is not an address in the source's value
+ * Pools that the source owns are copied into those of the destination: entries and value blocks have the same
+ * chunk and offset there, and addresses are translated. A value that is not an address in the source's value
  * pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries get new
- * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
- * both tables refer to the same blocks.
+ * If a pool field of the source holds an external pool or NULL, the destination's field is set to the same; a
+ * pool that the destination owned in that field is destroyed. Entries get new blocks of an external entry
+ * pool. If the source does not own a value pool, values are copied as words, so both tables refer to the same
+ * blocks.
  *
  * A user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised table with the same `owns_…` flags; its old contents
- *                                       are dropped
+ * @param[in,out] destination            an initialised table, usually with the same `owns_…` flags; its old
+ *                                       contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
@@ -751,7 +754,8 @@ MUB_API void mub_hashd_swap(mub_hashd *a, mub_hashd *b);
  * @failure none; the destination is empty if memory runs out
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
- * @invalidates all entries of the destination
+ * @invalidates all entries of the destination, and all blocks of its own pools and of a
+ *   `destination_user_pool` that is overwritten
  * @cost O(buckets + entries), and the bytes of the pools that are cloned
  * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
@@ -833,8 +837,8 @@ MUB_API int mub_hashd_set(mub_hashd *table, uint32_t key, uint64_t *value_out, m
 MUB_API uint64_t mub_hashd_get(const mub_hashd *table, uint32_t key);
 
 /**
- * Looks up the values of many keys. In a table of more than about 1e5 entries, this takes less time than as
- * many calls of mub_hashd_get(), because the look-ups wait for memory together.
+ * Looks up the values of many keys. In a table of more than about 1e5 entries, this takes less time than the
+ * same number of calls to mub_hashd_get(), because the cache misses of the look-ups overlap.
  *
  * @param[in] table        the table
  * @param[in] keys         the keys
@@ -933,7 +937,7 @@ MUB_API mub_hashd *mub_hashd_free(mub_hashd *table, uint32_t key, mub_free_fn re
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, value blocks of an owned value pool are released as it is
  *   emptied, and other values remain the caller's
- * @invalidates all entries
+ * @invalidates all entries, and all value blocks of an owned pool
  * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hashd_remove_all(mub_hashd *table);
@@ -946,7 +950,7 @@ MUB_API void mub_hashd_remove_all(mub_hashd *table);
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
  *   entries are returned to their pool
- * @invalidates all entries
+ * @invalidates all entries, and the values
  * @cost O(buckets + entries)
  * @nullable release
  */
@@ -1199,7 +1203,7 @@ MUB_API mub_hashx *mub_hashx_init(mub_hashx *table, int with_entry_pool, int wit
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
  *   external pools remain the caller's
- * @invalidates all entries
+ * @invalidates all entries, and all value blocks of an owned pool
  * @cost one release per chunk and page of the pools that the table owns
  */
 MUB_API void mub_hashx_term(mub_hashx *table);
@@ -1217,21 +1221,22 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
 /**
  * Copies a table.
  *
- * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * positions in the pool, and addresses are translated. A value that is not an address in the source's value
+ * Pools that the source owns are copied into those of the destination: entries and value blocks have the same
+ * chunk and offset there, and addresses are translated. A value that is not an address in the source's value
  * pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries get new
- * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
- * both tables refer to the same blocks.
+ * If a pool field of the source holds an external pool or NULL, the destination's field is set to the same; a
+ * pool that the destination owned in that field is destroyed. Entries get new blocks of an external entry
+ * pool. If the source does not own a value pool, values are copied as words, so both tables refer to the same
+ * blocks.
  *
  * A user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised table with the same `owns_…` flags; its old contents
- *                                       are dropped
+ * @param[in,out] destination            an initialised table, usually with the same `owns_…` flags; its old
+ *                                       contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
@@ -1240,7 +1245,8 @@ MUB_API void mub_hashx_swap(mub_hashx *a, mub_hashx *b);
  * @failure none; the destination is empty if memory runs out
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
- * @invalidates all entries of the destination
+ * @invalidates all entries of the destination, and all blocks of its own pools and of a
+ *   `destination_user_pool` that is overwritten
  * @cost O(buckets + entries), and the bytes of the pools that are cloned
  * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
@@ -1322,8 +1328,8 @@ MUB_API int mub_hashx_set(mub_hashx *table, uint64_t key, uint64_t *value_out, m
 MUB_API uint64_t mub_hashx_get(const mub_hashx *table, uint64_t key);
 
 /**
- * Looks up the values of many keys. In a table of more than about 1e5 entries, this takes less time than as
- * many calls of mub_hashx_get(), because the look-ups wait for memory together.
+ * Looks up the values of many keys. In a table of more than about 1e5 entries, this takes less time than the
+ * same number of calls to mub_hashx_get(), because the cache misses of the look-ups overlap.
  *
  * @param[in] table        the table
  * @param[in] keys         the keys
@@ -1422,7 +1428,7 @@ MUB_API mub_hashx *mub_hashx_free(mub_hashx *table, uint64_t key, mub_free_fn re
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, value blocks of an owned value pool are released as it is
  *   emptied, and other values remain the caller's
- * @invalidates all entries
+ * @invalidates all entries, and all value blocks of an owned pool
  * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hashx_remove_all(mub_hashx *table);
@@ -1435,7 +1441,7 @@ MUB_API void mub_hashx_remove_all(mub_hashx *table);
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
  *   entries are returned to their pool
- * @invalidates all entries
+ * @invalidates all entries, and the values
  * @cost O(buckets + entries)
  * @nullable release
  */
@@ -1689,7 +1695,7 @@ MUB_API mub_hasht *mub_hasht_init(mub_hasht *table, int with_entry_pool, int wit
  * @param[in,out] table  the table
  * @owner what the table owns is released, the blocks of its own value pool included; other values and
  *   external pools remain the caller's
- * @invalidates all entries
+ * @invalidates all entries, and all value blocks of an owned pool
  * @cost one release per chunk and page of the pools that the table owns
  */
 MUB_API void mub_hasht_term(mub_hasht *table);
@@ -1707,21 +1713,22 @@ MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
 /**
  * Copies a table.
  *
- * Pools that the source owns are copied into those of the destination: entries and value blocks keep their
- * positions in the pool, and addresses are translated. A value that is not an address in the source's value
+ * Pools that the source owns are copied into those of the destination: entries and value blocks have the same
+ * chunk and offset there, and addresses are translated. A value that is not an address in the source's value
  * pool becomes 0, and so do all values if the destination owns no value pool.
  *
- * External pools replace those of the destination, which are destroyed if it owns them; entries get new
- * blocks of an external entry pool. If the source does not own a value pool, values are copied as words, so
- * both tables refer to the same blocks.
+ * If a pool field of the source holds an external pool or NULL, the destination's field is set to the same; a
+ * pool that the destination owned in that field is destroyed. Entries get new blocks of an external entry
+ * pool. If the source does not own a value pool, values are copied as words, so both tables refer to the same
+ * blocks.
  *
  * A user pool is cloned only if both user pools and `callback` are given.
  *
  * @param[in] source                     the table to copy; it does not change
  * @param[in,out] source_user_pool       a further pool that the values point into, which is cloned too; NULL
  *                                       if there is none
- * @param[in,out] destination            an initialised table with the same `owns_…` flags; its old contents
- *                                       are dropped
+ * @param[in,out] destination            an initialised table, usually with the same `owns_…` flags; its old
+ *                                       contents are dropped
  * @param[in,out] destination_user_pool  the initialised pool that becomes the copy of `source_user_pool`, or
  *                                       the same pool to share it; NULL if there is none
  * @param[in] callback                   called for every entry, bucket by bucket, if the source owns its
@@ -1730,7 +1737,8 @@ MUB_API void mub_hasht_swap(mub_hasht *a, mub_hasht *b);
  * @failure none; the destination is empty if memory runs out
  * @owner the copy belongs to the destination; external pools, and value blocks in them, are shared by both
  *   tables
- * @invalidates all entries of the destination
+ * @invalidates all entries of the destination, and all blocks of its own pools and of a
+ *   `destination_user_pool` that is overwritten
  * @cost O(buckets + entries), and the bytes of the pools that are cloned
  * @threads an external entry pool of the source changes: the call takes blocks from it
  * @nullable source_user_pool, destination_user_pool, callback
@@ -1837,8 +1845,8 @@ MUB_API int mub_hasht_set(mub_hasht *table, const uint32_t *key, uint64_t *value
 MUB_API uint64_t mub_hasht_get(const mub_hasht *table, const uint32_t *key);
 
 /**
- * Looks up the values of many keys. In a large table, this takes less time than as many calls of
- * mub_hasht_get(), because the look-ups wait for memory together.
+ * Looks up the values of many keys. In a large table, this takes less time than the same number of calls to
+ * mub_hasht_get(), because the cache misses of the look-ups overlap.
  *
  * @param[in] table        the table
  * @param[in] keys         the keys
@@ -1942,7 +1950,7 @@ MUB_API mub_hasht *mub_hasht_free(mub_hasht *table, const uint32_t *key, mub_fre
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner entries are returned to their pool, value blocks of an owned value pool are released as it is
  *   emptied, and other values remain the caller's
- * @invalidates all entries
+ * @invalidates all entries, and all value blocks of an owned pool
  * @cost one release per chunk and page of the owned pools; O(buckets + entries) with an external entry pool
  */
 MUB_API void mub_hasht_remove_all(mub_hasht *table);
@@ -1955,7 +1963,7 @@ MUB_API void mub_hasht_remove_all(mub_hasht *table);
  * @failure none; if the pool's free stack cannot grow, a returned block is not reused: see mub_pool_free()
  * @owner each value is passed to `release`, and its block is returned to the value pool if that is external;
  *   entries are returned to their pool
- * @invalidates all entries
+ * @invalidates all entries, and the values
  * @cost O(buckets + entries)
  * @nullable release
  */
