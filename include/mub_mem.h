@@ -170,7 +170,7 @@ MUB_API int mub_mem_cmp(const void *a, int64_t a_length, const void *b, int64_t 
 MUB_API int mub_mem_icmp(const void *a, int64_t a_length, const void *b, int64_t b_length);
 
 /**
- * Replaces a string allocated with malloc by a NUL-terminated copy of a text.
+ * Replaces a string from `malloc` with a NUL-terminated copy of a text.
  *
  * The old string is released with free after the copy is made, so `source` may lie in it.
  *

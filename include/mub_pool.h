@@ -2,6 +2,7 @@
  * @defgroup pool mub_pool: fixed-size blocks that never move, released all at once
  *
  * An allocator of fixed-size blocks, which are taken from zero-filled chunks and reused last in, first out.
+ * The addresses of returned blocks are kept on the free stack, an array of pages.
  *
  *     chunks ──► chunk 0 [block][block] … [block]          free_pages ──► page 0 [address] … [address]
  *                chunk 1 [block][block]  (unused)                         page 1 [address]
@@ -17,6 +18,9 @@
  * multiple of the alignment that your blocks need (`sizeof` of a struct is). The pool does not check that a
  * returned block belongs to it, or that it is returned only once; built with `-fsanitize=address`, the
  * library reports blocks that are returned twice (see the guide to debugging).
+ *
+ * In the names of the low functions, `empty` refers to free blocks: mub_pool_from_empty() takes one from the
+ * free stack. mub_pool_empty() is unrelated.
  *
  * What the everyday operations return:
  *
@@ -46,7 +50,7 @@ extern "C" {
 struct mub_pool {
   int64_t block_size;       /**< bytes per block; 0: no block can be taken */
   int64_t blocks_per_chunk; /**< blocks per chunk, addresses per page; raised to at least 16 on first use */
-  int64_t live_count;       /**< blocks taken and not returned */
+  int64_t live_count;       /**< blocks taken by mub_pool_new() less blocks returned */
   int64_t chunk_used;       /**< blocks taken from the last chunk in use; -1: no chunk is in use */
   int64_t chunk_count;      /**< chunks in use */
   int64_t chunk_capacity;   /**< slots in `chunks`; those from `chunk_count` on are NULL */
@@ -65,7 +69,7 @@ struct mub_pool_chunk {
 
 /** An iterator over the live blocks of a pool, created by mub_pool_iter_new(). */
 typedef struct mub_pool_iter {
-  int64_t chunk;      /**< the chunk of the block visited last */
+  int64_t chunk;      /**< the index of the chunk of the block visited last */
   int64_t slot;       /**< the index of that block in its chunk */
   void **free_blocks; /**< the addresses on the free stack, sorted; NULL without free pages */
   mub_pool *pool;     /**< the pool */
@@ -300,7 +304,7 @@ MUB_API void mub_pool_sort(mub_pool_chunk *map, int64_t count);
  *
  * @param[in] map      a sorted map
  * @param[in] count    the number of its elements
- * @param[in] address  the address to look for, NULL included
+ * @param[in] address  the address to look for; NULL is treated as any other
  * @return the position in the map
  * @failure -1 if there is none
  * @cost O(log count)
@@ -313,8 +317,8 @@ MUB_API int mub_pool_bfind(const mub_pool_chunk *map, int64_t count, const void 
 /**
  * Compares two free blocks by address, for qsort and bsearch.
  *
- * @param[in] a  the address of a block address
- * @param[in] b  the address of another
+ * @param[in] a  a pointer to the address of a block
+ * @param[in] b  a pointer to the address of another
  * @return -1, 0 or 1 if the first address is below, equal to or above the second
  * @level low
  */

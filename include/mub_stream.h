@@ -7,36 +7,41 @@
  *     data ──► [ content ................ | spare ........... ]
  *                0                  length            capacity
  *
- * **Growth.** Operations that add content enlarge the block if needed: to the size needed, or by half the
- * length if that is more (at least 8 bytes, at most 8 MiB at a time, and not past 2 GiB), rounded up to a
- * multiple of 8. Above 16 MiB a stream is copied once per 8 MiB appended, and past 2 GiB at nearly every
- * append: call mub_stream_expand() first. Growth moves the block: pointers into it are then invalid,
- * positions remain valid. The block never shrinks; mub_stream_term() releases it.
+ * **Growth.** Operations that add content enlarge the buffer if needed: its capacity grows to the size
+ * needed, or by half the length if that is more (at least 8 bytes, at most 8 MiB at a time, and not past 2
+ * GiB), rounded up to a multiple of 8. Above 16 MiB a stream is copied once per 8 MiB appended, and past 2
+ * GiB at nearly every append: call mub_stream_expand() first. Growth moves the buffer: pointers into it are
+ * then invalid, positions remain valid. The buffer never shrinks; mub_stream_term() releases it.
  *
- * **Spare bytes.** Bytes after the length are 0 in a new block, and keep their old content when the length is
- * reduced. mub_stream_get_at(), mub_stream_set_at() and mub_stream_zero() are bounded by the capacity, all
- * others by the length; a packed word or dword that the length cuts short is read up to the capacity.
+ * **Spare bytes.** Bytes after the length are 0 in a new buffer, and keep their old content when the length
+ * is reduced. mub_stream_get_at(), mub_stream_set_at(), mub_stream_zero() and mub_stream_shrink() are bounded
+ * by the capacity, all others by the length; a packed word or dword that the length cuts short is read up to
+ * the capacity.
  *
  * **Cursor.** The caller keeps a position and passes its address to each operation. A field that does not lie
  * wholly inside the content is read as 0 and not written. Unless documented otherwise the position advances
  * even then, so a position above the length tells a reader that the data was truncated. Writing at a cursor
- * never enlarges the stream: set its length first, with mub_stream_expand() and mub_stream_shrink(). Bytes at
- * a negative position are read as 0 and not written.
+ * never enlarges the stream: set its length first, with mub_stream_expand() and mub_stream_shrink(). A field
+ * or run of bytes that begins at a negative position is not read or written at all, even if it extends into
+ * the content.
  *
  * **Byte order.** Fields are little-endian on every machine.
  *
  * **Packed integers** take fewer bytes for smaller numbers; the high bits of the first byte give the number
- * of bytes that follow. There are three formats, and a reader must use that of the writer:
+ * of bytes that follow. There are three formats, and a reader must use the same format as the writer:
  *
  *     word    15 bits   1 or 2 bytes   0xxxxxxx, 1xxxxxxx then 8 bits
- *     dword   30 bits   1 to 4 bytes   2 bits: the number of bytes that follow; then the value, highest first
- *     lword   64 bits   1 to 9 bytes   a leading 1 for each byte that follows, then the value's highest bits
+ *     dword   30 bits   1 to 4 bytes   2 bits: the number of bytes that follow; then the value, big-endian
+ *     lword   64 bits   1 to 9 bytes   a 1 for each byte that follows, a 0 unless 8 follow; the highest bits
  *
  * The bytes that follow in an lword form groups of 1, 2 and 4 bytes, in this order and each at most once, or
  * one group of 8. The first group holds the highest bits, and each group is little-endian: 0x123456789ABCDE
  * is FE 12 56 34 DE BC 9A 78.
  *
- * A stream and a mub_string can exchange their blocks, since both reserve a byte for a terminator after the
+ * **Framed blocks** are runs of bytes preceded by their length: 16 bits in mub_stream_set_string(), 32 bits
+ * in mub_stream_set_stream().
+ *
+ * A stream and a mub_string can exchange their buffers, since both reserve a byte for a terminator after the
  * capacity.
  *
  * What the everyday operations return:
@@ -70,9 +75,9 @@ extern "C" {
  * packed integers.
  */
 typedef struct mub_stream {
-  uint8_t *data;    /**< the block, from malloc; NULL while nothing is allocated */
+  uint8_t *data;    /**< the buffer, from malloc; NULL while nothing is allocated */
   int64_t length;   /**< bytes of content */
-  int64_t capacity; /**< bytes of content that fit; 0 without a block */
+  int64_t capacity; /**< bytes of content that fit; 0 without a buffer */
 } mub_stream;
 
 /**
@@ -85,11 +90,11 @@ typedef struct mub_stream {
 MUB_API void mub_stream_init(mub_stream *stream);
 
 /**
- * Releases the block; the stream is then empty and can be used again.
+ * Releases the buffer; the stream is then empty and can be used again.
  *
  * @param[in,out] stream  the stream
- * @owner the block is released
- * @invalidates pointers into the block
+ * @owner the buffer is released
+ * @invalidates pointers into the buffer
  */
 MUB_API void mub_stream_term(mub_stream *stream);
 
@@ -123,7 +128,7 @@ MUB_API void mub_stream_zero(mub_stream *stream, int64_t offset, int64_t count);
  * @param[in] size        the capacity needed, in bytes
  * @return 1 if there is room
  * @failure 0 if memory ran out; the stream is unchanged
- * @invalidates pointers into the block, if it grows
+ * @invalidates pointers into the buffer, if it grows
  * @cost O(size) if it grows
  */
 MUB_API int mub_stream_expand(mub_stream *stream, int64_t size);
@@ -132,7 +137,7 @@ MUB_API int mub_stream_expand(mub_stream *stream, int64_t size);
  * Sets the length to `length`, or to the capacity if that is less.
  *
  * This can also lengthen the content, with the spare bytes as they are. Does nothing for a negative length,
- * or for a stream without a block.
+ * or for a stream without a buffer.
  *
  * @param[in,out] stream  the stream
  * @param[in] length      the new length in bytes
@@ -141,24 +146,24 @@ MUB_API int mub_stream_expand(mub_stream *stream, int64_t size);
 MUB_API void mub_stream_shrink(mub_stream *stream, int64_t length);
 
 /**
- * Swaps two streams, including their blocks.
+ * Swaps two streams, including their buffers.
  *
  * @param[in,out] a  one stream
  * @param[in,out] b  the other stream
- * @owner the block of one stream now belongs to the other
+ * @owner the buffer of one stream now belongs to the other
  * @invalidates nothing
  */
 MUB_API void mub_stream_swap(mub_stream *a, mub_stream *b);
 
 /**
- * Swaps a stream and a string, including their blocks.
+ * Swaps a stream and a string, including their buffers.
  *
  * No terminator is added: the string is NUL-terminated only if the byte after the stream's content is 0. To
  * add a terminator, call mub_string_shrink() with the length of the string.
  *
  * @param[in,out] stream  the stream
  * @param[in,out] string  an initialised string
- * @owner the block of the stream now belongs to the string, and that of the string to the stream
+ * @owner the buffer of the stream now belongs to the string, and that of the string to the stream
  * @invalidates nothing
  */
 MUB_API void mub_stream_swap_string(mub_stream *stream, mub_string *string);
@@ -173,7 +178,7 @@ MUB_API void mub_stream_swap_string(mub_stream *stream, mub_string *string);
  * @param[in,out] destination  an initialised stream, whose content is replaced
  * @failure the destination is unchanged if memory runs out
  * @owner the bytes are copied
- * @invalidates pointers into the block of the destination
+ * @invalidates pointers into the buffer of the destination
  * @cost O(capacity of the source)
  */
 MUB_API void mub_stream_clone(const mub_stream *source, mub_stream *destination);
@@ -181,8 +186,8 @@ MUB_API void mub_stream_clone(const mub_stream *source, mub_stream *destination)
 /**
  * Checks whether the stream is intact.
  *
- * Checks the length, the capacity, and the 0 that ends the block. To check the content, mub_stream_check()
- * computes the exclusive or of its bytes, and mub_stream_crc32() a checksum.
+ * Checks the length, the capacity, and the 0 that ends the buffer. The content is not checked: compare its
+ * mub_stream_crc32() or mub_stream_check() with a value computed earlier.
  *
  * @param[in] stream  the stream
  * @param[out] what   receives a sentence that names what is broken, or NULL if nothing is; may be NULL
@@ -196,7 +201,7 @@ MUB_API int mub_stream_verify(const mub_stream *stream, const char **what);
 /**
  * Returns the size of the heap memory that the stream holds.
  *
- * Counts the block, as requested from `malloc`; not the record itself.
+ * Counts the buffer, as requested from `malloc`; not the record itself.
  *
  * @param[in] stream  the stream
  * @return the number of bytes
@@ -218,14 +223,14 @@ MUB_API int64_t mub_stream_memory_bytes(const mub_stream *stream);
 MUB_API int mub_stream_clone_string(const mub_stream *source, mub_string *destination);
 
 /**
- * Replaces the content with a range of bytes, enlarging the block if needed.
+ * Replaces the content with a range of bytes, enlarging the buffer if needed.
  *
  * @param[in,out] stream  the stream
  * @param[in] bytes       the first of the bytes, which may lie in the stream itself; NULL empties the stream
  * @param[in] count       the number of bytes; negative: up to the first NUL
  * @failure the stream is unchanged if memory runs out
  * @owner the bytes are copied
- * @invalidates pointers into the block
+ * @invalidates pointers into the buffer
  * @cost O(count)
  * @bounds bytes[count]
  * @nullable bytes
@@ -233,14 +238,14 @@ MUB_API int mub_stream_clone_string(const mub_stream *source, mub_string *destin
 MUB_API void mub_stream_copy(mub_stream *stream, const void *bytes, int64_t count);
 
 /**
- * Appends a range of bytes to the content, enlarging the block if needed.
+ * Appends a range of bytes to the content, enlarging the buffer if needed.
  *
  * @param[in,out] stream  the stream
  * @param[in] bytes       the first of the bytes, which may lie in the stream itself; NULL appends nothing
  * @param[in] count       the number of bytes; negative: up to the first NUL
  * @failure the stream is unchanged if memory runs out
  * @owner the bytes are copied
- * @invalidates pointers into the block
+ * @invalidates pointers into the buffer
  * @cost O(count) amortised
  * @bounds bytes[count]
  * @nullable bytes
@@ -272,7 +277,7 @@ MUB_API uint8_t mub_stream_get_at(const mub_stream *stream, int64_t index);
 MUB_API void mub_stream_set_at(mub_stream *stream, int64_t index, int byte);
 
 /**
- * Reads 8 bits at the cursor, little-endian.
+ * Reads a byte at the cursor.
  *
  * @param[in] stream        the stream
  * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
@@ -332,7 +337,7 @@ MUB_API uint64_t mub_stream_get_xword(const mub_stream *stream, int64_t *positio
 MUB_API int64_t mub_stream_get_lword(const mub_stream *stream, int64_t *position);
 
 /**
- * Writes the low 8 bits of a number at the cursor, little-endian.
+ * Writes the low 8 bits of a number at the cursor.
  *
  * A field that does not lie wholly inside the content is not written; the position advances anyway.
  *
@@ -404,13 +409,13 @@ MUB_API void mub_stream_set_xword(mub_stream *stream, int64_t *position, uint64_
 MUB_API void mub_stream_set_lword(mub_stream *stream, int64_t *position, int64_t value);
 
 /**
- * Writes a string as its length (16 bits) and its bytes.
+ * Writes a string as a framed block: its length (16 bits) and its bytes.
  *
  * Bytes that would lie past the stream's length are not written; the position advances by 2 and the full
  * length of the string in any case.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
+ * @param[in,out] position  the cursor; in: the position of the framed block; out: the position after it
  * @param[in] string        the string, shorter than 65536 bytes: only the low 16 bits of its length are
  *                          recorded
  * @return the new position
@@ -427,7 +432,7 @@ MUB_API int64_t mub_stream_set_string(mub_stream *stream, int64_t *position, con
  * inside the content.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
+ * @param[in,out] position  the cursor; in: the position of the framed block; out: the position after it
  * @param[in,out] string    an initialised string; receives only bytes before the stream's length, and is
  *                          emptied if there are none
  * @return the new position
@@ -439,13 +444,13 @@ MUB_API int64_t mub_stream_set_string(mub_stream *stream, int64_t *position, con
 MUB_API int64_t mub_stream_get_string(const mub_stream *stream, int64_t *position, mub_string *string);
 
 /**
- * Writes a stream as its length (32 bits) and its bytes.
+ * Writes a stream as a framed block: its length (32 bits) and its bytes.
  *
  * Bytes that would lie past the stream's length are not written; the position advances by 4 and the full
  * length of `source` in any case.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
+ * @param[in,out] position  the cursor; in: the position of the framed block; out: the position after it
  * @param[in] source        the stream to write, shorter than 4 GiB; may be `stream` itself
  * @return the new position
  * @owner the bytes are copied
@@ -461,13 +466,13 @@ MUB_API int64_t mub_stream_set_stream(mub_stream *stream, int64_t *position, con
  * inside the content.
  *
  * @param[in] stream           the stream
- * @param[in,out] position     the cursor; in: the position of the field; out: the position after it
+ * @param[in,out] position     the cursor; in: the position of the framed block; out: the position after it
  * @param[in,out] destination  an initialised stream; receives only bytes before the stream's length, and is
  *                             emptied if there are none; may be `stream` itself
  * @return the new position
  * @failure none; the destination is unchanged if memory runs out
  * @owner the bytes are copied
- * @invalidates pointers into the block of the destination
+ * @invalidates pointers into the buffer of the destination
  * @cost O(length)
  */
 MUB_API int64_t mub_stream_get_stream(const mub_stream *stream, int64_t *position, mub_stream *destination);
@@ -475,11 +480,11 @@ MUB_API int64_t mub_stream_get_stream(const mub_stream *stream, int64_t *positio
 /**
  * Writes bytes at the cursor, without their length.
  *
- * Bytes that would lie past the stream's length are not written; the position advances by `count` in any
- * case.
+ * Bytes that would lie past the stream's length are not written, and none at a negative position. `count` is
+ * added to the position in any case, even if it is negative.
  *
  * @param[in,out] stream    the stream
- * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
+ * @param[in,out] position  the cursor; in: the position of the bytes; out: the position after it
  * @param[in] bytes         the first of the bytes, which may lie in the stream itself; NULL writes nothing
  * @param[in] count         the number of bytes; if below 1, nothing is written
  * @owner the bytes are copied
@@ -493,17 +498,18 @@ MUB_API void mub_stream_set_buffer(mub_stream *stream, int64_t *position, const 
 /**
  * Gets the address of the bytes at the cursor, without copying.
  *
- * The position advances by the number of bytes requested in any case.
+ * The number of bytes requested is added to the position in any case, even if it is negative.
  *
  * @param[in] stream        the stream
- * @param[in,out] position  the cursor; in: the position of the field; out: the position after it
- * @param[out] bytes        receives the address of the first byte, inside the stream's block; NULL if the
+ * @param[in,out] position  the cursor; in: the position of the bytes; out: the position after it
+ * @param[out] bytes        receives the address of the first byte, inside the stream's buffer; NULL if the
  *                          cursor is outside the content
  * @param[in,out] count     in: the number of bytes requested; out: how many of them there are, 0 if the
  *                          cursor is outside the content; a negative count is not changed if the cursor is
  *                          inside the content
  * @return the new position
- * @owner the bytes belong to the stream; the address is valid until the block moves
+ * @failure none; `*bytes` is NULL and `*count` 0 if the cursor is outside the content
+ * @owner the bytes belong to the stream; the address is valid until the buffer moves
  * @bounds bytes[count]
  */
 MUB_API int64_t mub_stream_get_buffer(const mub_stream *stream, int64_t *position, uint8_t **bytes,
@@ -537,7 +543,7 @@ MUB_API int64_t mub_stream_find(const mub_stream *stream, int byte);
 MUB_API int64_t mub_stream_find_pos(const mub_stream *stream, int byte, int64_t start);
 
 /**
- * Inserts bytes before a position, enlarging the block if needed.
+ * Inserts bytes before a position, enlarging the buffer if needed.
  *
  * @param[in,out] stream  the stream
  * @param[in] position    the position to insert before: 0 to the length
@@ -547,21 +553,21 @@ MUB_API int64_t mub_stream_find_pos(const mub_stream *stream, int byte, int64_t 
  * @failure 0, and the stream is unchanged, if the position is negative or above the length, there is nothing
  *   to insert, or memory ran out
  * @owner the bytes are copied
- * @invalidates pointers into the block
- * @cost O(bytes after the position + count); O(length) more when the block grows
+ * @invalidates pointers into the buffer
+ * @cost O(bytes after the position + count); O(length) more when the buffer grows
  * @bounds bytes[count]
  * @nullable bytes
  */
 MUB_API int mub_stream_insert(mub_stream *stream, int64_t position, const void *bytes, int64_t count);
 
 /**
- * Replaces a range with other bytes, enlarging the block if needed.
+ * Replaces a range with other bytes, enlarging the buffer if needed.
  *
  * @param[in,out] stream  the stream
  * @param[in] position    the start of the range: 0 to the length
- * @param[in] old_count   the number of bytes to replace; may extend past the content: the length changes by
- *                        the difference of the counts in any case, and new bytes past both the old and the
- *                        new length are dropped
+ * @param[in] old_count   the number of bytes to replace. The range may extend past the content: the length
+ *                        still changes by `new_count - old_count`, and new bytes that would lie past both the
+ *                        old and the new length are dropped
  * @param[in] bytes       the new bytes, which may lie in the stream itself; NULL only with a `new_count` of 0
  * @param[in] new_count   the number of new bytes; negative: up to the first NUL
  * @return 1 if replaced
@@ -569,8 +575,8 @@ MUB_API int mub_stream_insert(mub_stream *stream, int64_t position, const void *
  *   negative, the bytes are NULL with a count other than 0, the length would become negative, or memory
  *   ran out
  * @owner the bytes are copied
- * @invalidates pointers into the block
- * @cost O(bytes after the position + new_count); O(length) more when the block grows
+ * @invalidates pointers into the buffer
+ * @cost O(bytes after the position + new_count); O(length) more when the buffer grows
  * @bounds bytes[new_count]
  * @nullable bytes
  */
@@ -580,7 +586,7 @@ MUB_API int mub_stream_update(mub_stream *stream, int64_t position, int64_t old_
 /**
  * Removes a range.
  *
- * Does nothing if the range extends past the content.
+ * Does nothing unless the whole range lies inside the content.
  *
  * @param[in,out] stream  the stream
  * @param[in] position    the start of the range, counted from 0
@@ -653,7 +659,7 @@ MUB_API int mub_stream_left_string(const mub_stream *source, int64_t n, mub_stri
  * @return 1
  * @failure 0 if memory ran out; the destination is unchanged
  * @owner the bytes are copied
- * @invalidates pointers into the block of the destination
+ * @invalidates pointers into the buffer of the destination
  * @cost O(n)
  */
 MUB_API int mub_stream_left_stream(const mub_stream *source, int64_t n, mub_stream *destination);
@@ -685,7 +691,7 @@ MUB_API int mub_stream_right_string(const mub_stream *source, int64_t n, mub_str
  * @return 1
  * @failure 0 if memory ran out; the destination is unchanged
  * @owner the bytes are copied
- * @invalidates pointers into the block of the destination
+ * @invalidates pointers into the buffer of the destination
  * @cost O(n)
  */
 MUB_API int mub_stream_right_stream(const mub_stream *source, int64_t n, mub_stream *destination);
@@ -720,7 +726,7 @@ MUB_API int mub_stream_mid_string(const mub_stream *source, int64_t start, int64
  * @return 1
  * @failure 0 if memory ran out; the destination is unchanged
  * @owner the bytes are copied
- * @invalidates pointers into the block of the destination
+ * @invalidates pointers into the buffer of the destination
  * @cost O(n)
  */
 MUB_API int mub_stream_mid_stream(const mub_stream *source, int64_t start, int64_t n,

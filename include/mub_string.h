@@ -10,13 +10,14 @@
  * the length is stored, the content may also contain NULs. A string whose `data` is NULL is empty, and every
  * function accepts it.
  *
- * Texts are passed with a count of bytes; if it is negative, the text ends at its NUL. A text may lie in the
- * string that it is copied into. Every function that enlarges a string invalidates pointers into it. The
- * buffer grows to the size needed, or by half the length if that is more (at least 8 bytes and at most 8
- * MiB), rounded up so that the block, terminator included, is a multiple of 8. Appending is O(1) amortised up
- * to 16 MiB; a longer string is copied once per 8 MiB appended. Past 2^31 - 1 bytes a buffer grows only as
- * needed: call mub_string_expand() first, or nearly every append copies the string. Functions that return
- * nothing leave the string unchanged if memory runs out.
+ * Texts are passed with a count of bytes, except those of mub_string_replace(), mub_string_match() and
+ * mub_string_format(), which end at their NUL. If a count is negative, the text ends at its NUL. A text may
+ * lie in the string that it is copied into. Every function that enlarges a string invalidates pointers into
+ * it. The buffer grows to the size needed, or by half the length if that is more (at least 8 bytes and at
+ * most 8 MiB), rounded up so that the block, terminator included, is a multiple of 8. Appending is O(1)
+ * amortised up to 16 MiB; a longer string is copied once per 8 MiB appended. Past 2^31 - 1 bytes a buffer
+ * grows only as needed: call mub_string_expand() first, or nearly every append copies the string. Functions
+ * that return nothing leave the string unchanged if memory runs out.
  *
  * White space is tab, line feed, carriage return and space, except for mub_string_get_integer() and
  * mub_string_get_float(), which skip what strtol() and strtod() do.
@@ -65,7 +66,7 @@ typedef struct mub_string {
 /**
  * Initialises an empty string; nothing is allocated.
  *
- * @param[out] string  the string
+ * @param[out] string  the string; its old contents are ignored
  * @owner the record belongs to the caller
  * @invalidates nothing
  */
@@ -120,8 +121,8 @@ MUB_API void mub_string_shrink(mub_string *string, int64_t length);
  * Does nothing unless the whole range lies within the capacity. The length is unchanged.
  *
  * @param[in,out] string  the string
- * @param[in] position    the index, counted from 0
- * @param[in] count       the number of bytes
+ * @param[in] position    the start of the range, counted from 0
+ * @param[in] count       the number of bytes; below 1 there are none
  * @invalidates nothing
  * @cost O(count)
  */
@@ -358,9 +359,9 @@ MUB_API float mub_string_get_float(const mub_string *string, float otherwise);
  * Reads the decimal number that the content begins with: an optional '-', digits, and optionally a point and
  * more digits.
  *
- * White space, '+' and exponents are not accepted, and the locale does not matter. A digit before the point
- * makes the value `value * 10.0 + (character code - 48.0)`; the k-th digit after the point is divided by 10.0
- * k times, one after the other, and added. Both round at every step.
+ * White space, '+' and exponents are not accepted, and the locale does not matter. Starting at 0.0, each
+ * digit before the point replaces the value with `value * 10.0 + (character code - 48.0)`. The k-th digit
+ * after the point is divided by 10.0 k times, one after the other, then added. Every operation rounds.
  *
  * @param[in] string     the string
  * @param[in] otherwise  the result for an empty string
@@ -582,11 +583,11 @@ MUB_API void mub_string_match(mub_string *string, const char *marker, ...);
 /**
  * Replaces the content with the output of printf, in a new buffer.
  *
- * The initial size of the buffer is the length of the format, plus the length of each text passed to a plain
- * `%%s`, plus 32 bytes for each other percent sign except one at the very end. If the output is longer, as it
- * may be for long texts passed to conversions with a width, flags or a precision, the buffer is enlarged and
- * the output formatted again. A NULL text also counts as 32 bytes, and so does every text for or after a
- * positional or unknown conversion.
+ * At first the buffer has room for the length of the format, plus the length of each text passed to a plain
+ * `%%s`, plus 32 bytes for each other percent sign except one at the very end, rounded up as in any growth.
+ * If the output is longer, as it may be for long texts passed to conversions with a width, flags or a
+ * precision, the buffer is enlarged and the output formatted again. A NULL text also counts as 32 bytes, and
+ * so does every text for or after a positional or unknown conversion.
  *
  * @param[in,out] string  the string
  * @param[in] format      a printf format; if empty, the string is emptied
@@ -759,7 +760,7 @@ typedef struct mub_stringx {
 /**
  * Initialises an empty view.
  *
- * @param[out] view  the view
+ * @param[out] view  the view; its old contents are ignored
  * @owner the record belongs to the caller
  * @invalidates nothing
  */
@@ -816,7 +817,7 @@ MUB_API void mub_stringx_copy_string(mub_stringx *view, const mub_string *string
  * Makes a view refer to the characters of a mub_char, up to their NUL if its length is negative.
  *
  * @param[in,out] view  the view
- * @param[in] other     the view to copy
+ * @param[in] other     the characters to view
  * @owner the text remains its owner's; the view refers to it
  * @invalidates nothing
  * @cost O(1); O(characters) for a negative length
@@ -1079,7 +1080,7 @@ MUB_API void mub_stringx_mid_string(const mub_stringx *view, int64_t offset, int
 MUB_API void mub_stringx_right_string(const mub_stringx *view, int64_t count, mub_stringx *out);
 
 /**
- * Sets `out` to the first `count` bytes of the span, or as many as there are.
+ * Sets `out` to the first `count` bytes of the span, or as many as there are; none if the count is below 1.
  *
  * If the view has no text, `out->data` is NULL; otherwise it is the start of the span, even if the length is
  * 0.
@@ -1096,7 +1097,7 @@ MUB_API void mub_stringx_left_char(const mub_stringx *view, int64_t count, mub_c
  * Sets `out` to `count` bytes of the span from `offset`, or as many as there are; none if the count is below
  * 1 or `offset` lies outside the span.
  *
- * If the view has no text, `out->data` is NULL. If the length is 0, it may lie outside the text.
+ * If the view has no text, `out->data` is NULL. If the length is 0, `out->data` may lie outside the text.
  *
  * @param[in] view    the view
  * @param[in] offset  bytes from the start of the span

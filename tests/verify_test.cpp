@@ -58,7 +58,7 @@ TEST(Verify, FindsDamagedPools) {
                set(r.free_count, r.free_capacity + 1));
   expect_found(pool, "table of chunks", set(r.chunks, nullptr),
                set(r, {8, 16, 0, -1, 0, 0, nullptr, -1, 0, 0, r.free_pages}));
-  expect_found(pool, "used part", set(r.chunk_used, 0), set(r.chunk_used, 17), set(r.free_used, -1),
+  expect_found(pool, "used items", set(r.chunk_used, 0), set(r.chunk_used, 17), set(r.free_used, -1),
                set(r.free_count, 0));
   expect_found(pool, "fewer than 16", set(r.blocks_per_chunk, 15));
   expect_found(pool, "block size", set(r.block_size, 0), set(r.block_size, -8));

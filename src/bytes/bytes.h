@@ -198,7 +198,7 @@ inline int order(const void *a, int64_t a_length, const void *b, int64_t b_lengt
   return compare(a, a_length, b, b_length);
 }
 
-// compare() with each byte, as an unsigned value, passed through the runtime's tolower.
+// compare() with each byte, as an unsigned value, passed through the C library's tolower().
 inline int icompare(const void *a, int64_t a_length, const void *b, int64_t b_length) {
   const uint8_t *left = as_bytes(a);
   const uint8_t *right = as_bytes(b);

@@ -71,7 +71,7 @@ Trimmed trimmed(const Unit *units, int64_t length) {
   return {first, end - first, false};
 }
 
-// Replaces every unit by fold_unit(unit), which returns an int.
+// Replaces every unit with fold_unit(unit), which returns an int.
 template <class Unit, class Fold>
 void fold(Unit *units, int64_t length, Fold fold_unit) {
   if (units == nullptr) return;

@@ -253,7 +253,7 @@ bool append(Record &record, const void *units, int64_t count) {
   return true;
 }
 
-// Replaces `old_count` units at `position` by `count` units. The old range may extend past the content as
+// Replaces `old_count` units at `position` with `count` units. The old range may extend past the content as
 // long as the resulting length is not negative. New units past both the old and the resulting length are
 // dropped; those between the two remain as spare units.
 template <class Record>
@@ -284,7 +284,7 @@ bool insert(Record &record, int64_t position, const void *units, int64_t count) 
   return count >= 1 && update(record, position, 0, units, count);
 }
 
-// Replaces the content of `out` by `count` units from `start`, a range that the caller has checked.
+// Replaces the content of `out` with `count` units from `start`, a range that the caller has checked.
 template <class Record, class OutRecord>
 bool extract(const Record &record, int64_t start, int64_t count, OutRecord &out) {
   static_assert(sizeof(UnitOf<Record>) == sizeof(UnitOf<OutRecord>));

@@ -62,8 +62,8 @@ bool expand(const Table &table) {
   return true;
 }
 
-// Opens the next page of the table, a spare one if there is one; false if memory runs out.
-bool open_page(const Table &table, int64_t count, int64_t item_bytes) {
+// Starts the next page of the table, a spare one if there is one; false if memory runs out.
+bool start_page(const Table &table, int64_t count, int64_t item_bytes) {
   if (!expand(table)) return false;
   void *&page = table.pages[table.count];
   if (page == nullptr) page = allocate_zeroed(count, item_bytes);
@@ -77,7 +77,8 @@ void raise_blocks_per_chunk(mub_pool &pool) {
   pool.blocks_per_chunk = std::max(pool.blocks_per_chunk, kMinBlocksPerChunk);
 }
 
-// The block may be poisoned.
+// Pops the last address off the free stack; nullptr if there is none, or if clone() could not translate it.
+// The block may still be poisoned.
 void *pop_free(mub_pool &pool) {
   if (pool.free_count == 0) return nullptr;
   if (pool.free_used > 0) return free_page(pool, pool.free_count - 1)[--pool.free_used];
@@ -106,9 +107,9 @@ MUB_POISON_HOOK void poison_free(const mub_pool &pool) {
   }
 }
 
-// Opens the next chunk; false if memory runs out.
-MUB_POISON_HOOK bool open_chunk(mub_pool &pool) {
-  if (!open_page(chunk_table(pool), pool.blocks_per_chunk, pool.block_size)) return false;
+// Starts the next chunk; false if memory runs out.
+MUB_POISON_HOOK bool start_chunk(mub_pool &pool) {
+  if (!start_page(chunk_table(pool), pool.blocks_per_chunk, pool.block_size)) return false;
   poison_uncarved(pool);
   return true;
 }
@@ -176,7 +177,7 @@ void *take_slowly(mub_pool &pool) {
   void *block = pop_free(pool);
   if (block == nullptr) {
     const bool full = pool.chunk_used < 0 || pool.chunk_used >= pool.blocks_per_chunk;
-    if (full && !open_chunk(pool)) return nullptr;
+    if (full && !start_chunk(pool)) return nullptr;
     block = block_at(pool, pool.chunk_count - 1, pool.chunk_used++);
   }
   unpoison_block(pool, block);
@@ -189,7 +190,7 @@ void give_on_new_page(mub_pool &pool, void *block) {
   --pool.live_count;
   // GCOVR_EXCL_BR_START: otherwise the page is always full
   const bool full = pool.free_used < 0 || pool.free_used >= pool.blocks_per_chunk;
-  if (full && !open_page(free_table(pool), pool.blocks_per_chunk, sizeof(void *))) return;
+  if (full && !start_page(free_table(pool), pool.blocks_per_chunk, sizeof(void *))) return;
   // GCOVR_EXCL_BR_STOP
   free_page(pool, pool.free_count - 1)[pool.free_used++] = block;
   poison_block(pool, block);

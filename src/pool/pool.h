@@ -157,9 +157,9 @@ inline void give(mub_pool *pool, void *block) {
 // (map_remove in bench/hash_bench.cpp).
 constexpr int64_t kPrefetchChunks = 8;
 
-// Calls `visit` for every carved block, chunk by chunk; free ones are included unless they are poisoned. If
-// the pool has only the entries of one container, this is several times faster than following their links:
-// compare the rows of map_remove in bench/hash_bench.cpp.
+// Calls `visit` for every carved block, chunk by chunk; free ones are included unless they are poisoned.
+// `sizeof(Block)` must be the block size. If the pool has only the entries of one container, this is several
+// times faster than following their links: compare the rows of map_remove in bench/hash_bench.cpp.
 template <class Block, class Visit>
 void for_each_block(const mub_pool &pool, Visit visit) {
   for (int64_t chunk = 0; chunk < pool.chunk_count; ++chunk) {
@@ -234,7 +234,8 @@ bool clone(const mub_pool &source, const mub_pool_chunk *map, mub_pool &destinat
 // The size of the chunks and pages and of their tables, as they were allocated.
 int64_t memory_bytes(const mub_pool &pool);
 
-// Checks the invariants: all of them, or only those of the record and its tables.
+// Check the invariants as far as they do not depend on earlier calls; verify_record() only those of the
+// record and its tables.
 Fault verify(const mub_pool &pool);
 Fault verify_record(const mub_pool &pool);
 

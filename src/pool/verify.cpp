@@ -16,7 +16,7 @@ Fault verify_fields(const mub_pool &pool, const PageTable &table, int64_t least_
     return "The table of chunks or pages is missing, or has no capacity.";
   const bool is_used_in_range =
       table.count == 0 ? table.used == -1 : table.used >= least_used && table.used <= pool.blocks_per_chunk;
-  return is_used_in_range ? nullptr : "The used part of the last chunk or page is out of range.";
+  return is_used_in_range ? nullptr : "The number of used items of the last chunk or page is out of range.";
 }
 
 Fault verify_slots(const PageTable &table) {
@@ -39,9 +39,9 @@ bool is_impossible(int64_t count, int64_t page_items, int64_t item_bytes) {
                        __builtin_mul_overflow(count, bytes, &bytes));
 }
 
-// The free stack is compared with the carved blocks, some of them at a time: these have consecutive numbers,
-// and lie in chunks that are sorted here by address. Nothing has to be allocated, but with more blocks than
-// this, the free stack is read repeatedly.
+// The addresses on the free stack are looked up among the carved blocks, kCount of them at a time. Such a
+// batch has consecutive numbers, and its chunks are sorted here by address. So nothing has to be allocated,
+// but with more than kCount carved blocks the free stack is read repeatedly.
 class CarvedBlocks {
  public:
   static constexpr int64_t kCount = 1 << 14;
@@ -76,7 +76,7 @@ class CarvedBlocks {
   const mub_pool &pool_;
   int64_t first_;
   int64_t end_;
-  // The first and the last chunk may have blocks before and after these.
+  // The first and the last chunk of a batch may be in it only in part.
   mub_pool_chunk chunks_[kCount / kMinBlocksPerChunk + 2];
   int64_t chunk_count_ = 0;
   uint64_t span_ = 0;  // from the lowest chunk to the end of the highest one

@@ -2,7 +2,7 @@
 // arguments may lie in the string, and the string stays as it was if they fail.
 //
 // mub_string_format() first walks the format and its arguments to estimate the length. If all conversions are
-// plain, print_plain() prints them without the runtime. Otherwise vsnprintf prints, once more if the estimate
+// plain, print_plain() prints them without vsnprintf. Otherwise vsnprintf prints, once more if the estimate
 // was too small.
 //
 // Invariants:
@@ -26,8 +26,9 @@ namespace mub {
 namespace {
 
 // A conversion of a format, from its percent sign on: flags, width, precision, size and type. A character
-// that breaks this order is taken for the type. After such a conversion the types of the arguments are not
-// known: '$' makes it positional, and others are left to the runtime.
+// that breaks this order is taken for the type. After a conversion of an unknown type, the types of the
+// arguments are not known: '$' is such a type and makes the conversion positional; others are left to the C
+// library.
 struct Conversion {
   explicit Conversion(const char *percent) {
     const char *at = percent + 1;
@@ -279,7 +280,7 @@ char *put(char *to, const Conversion &conversion, Arguments &arguments) {
   }
 }
 
-// Prints a plain format, faster than the runtime (format_integers in bench/string_bench.cpp). Returns the
+// Prints a plain format, faster than vsnprintf (format_integers in bench/string_bench.cpp). Returns the
 // length.
 int64_t print_plain(char *first, const char *format, va_list list) {
   va_list copy;
@@ -299,7 +300,7 @@ int64_t print_plain(char *first, const char *format, va_list list) {
   return to - first;
 }
 
-// Prints as much as fits. Returns the length of the whole text, or a negative number if the runtime fails.
+// Prints as much as fits. Returns the length of the whole text, or a negative number if vsnprintf fails.
 int64_t print(mub_string &string, const char *format, va_list list) {
   va_list arguments;
   va_copy(arguments, list);
@@ -308,7 +309,7 @@ int64_t print(mub_string &string, const char *format, va_list list) {
   return length;
 }
 
-// Fills an empty string. Returns false if memory runs out or the runtime fails.
+// Fills an empty string. Returns false if memory runs out or vsnprintf fails.
 bool print_whole(mub_string &string, const char *format, va_list list) {
   const Estimate estimated = estimate(format, list);
   if (!buffer::grow(string, estimated.length)) return false;

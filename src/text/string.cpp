@@ -10,7 +10,7 @@ namespace {
 
 using CharOps = UnitOps<char>;
 
-// Writes a number at `start`, as the end of the content.
+// Replaces the content from `start` on with a number.
 void put_integer(mub_string &string, int64_t start, int64_t value) {
   const number::IntegerText text(value);
   const int64_t length = start + text.length();

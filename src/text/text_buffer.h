@@ -131,8 +131,8 @@ bool build_substituted(const Record &record, const UnitOf<Record> *marker, int64
   return buffer::append(built, record.data + position, record.length - position);
 }
 
-// Replaces each occurrence of the terminated text `marker` by the piece that next() returns, until there are
-// no more of either. If memory runs out, nothing is replaced. Returns the number of replacements.
+// Replaces each occurrence of the terminated text `marker` with the piece that next() returns, until there
+// are no more of either. If memory runs out, nothing is replaced. Returns the number of replacements.
 template <class Record, class Next>
 int64_t substitute(Record &record, const UnitOf<Record> *marker, Next next) {
   const int64_t marker_length = OpsOf<Record>::measured(marker, -1);
@@ -153,7 +153,7 @@ int64_t replace(Record &record, const UnitOf<Record> *from, const UnitOf<Record>
   return substitute(record, from, [piece] { return piece; });
 }
 
-// `count` is measured. No more units are replaced than there are.
+// The caller has measured `count`. No more units are replaced than there are.
 template <class Record>
 bool update(Record &record, int64_t position, int64_t old_count, const UnitOf<Record> *units, int64_t count) {
   if (position < 0 || position > record.length) return false;

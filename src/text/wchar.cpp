@@ -13,7 +13,7 @@ using WideOps = UnitOps<uint16_t>;
 // A byte, sign-extended.
 uint16_t widened(uint8_t byte) { return static_cast<uint16_t>(byte < 0x80 ? byte : 0xFF00 | byte); }
 
-// Writes a narrow text at `start`, as the end of the content.
+// Replaces the content from `start` on with a narrow text.
 void put_widened(mub_wchar &string, int64_t start, const char *text, int64_t count) {
   int64_t length;
   if (__builtin_add_overflow(start, count, &length)) return;

@@ -5,8 +5,8 @@
 //
 //   units   [ u0 u1 | u2 u3 | … | 0 0 ]        ends before the first character of 0, at an even index
 //
-// Texts are aligned for units only, so characters are loaded as bytes. bytes/unit_buffer.h has the
-// invariants.
+// Texts are aligned for units only, so characters are loaded without assuming their alignment.
+// bytes/unit_buffer.h has the invariants.
 //
 // Threads: there is no state; only the program's locale is read.
 #ifndef MUB_TEXT_WIDE_UNITS_H
@@ -71,6 +71,8 @@ int64_t find_words(const uint16_t *data, int64_t count, const uint16_t *words, i
 
 template <>
 struct UnitOps<uint16_t> {
+  // For a negative length, the number of wide characters, which callers use as the number of units
+  // (mub_wchar.h).
   static int64_t measured(const uint16_t *text, int64_t length) {
     if (length >= 0) return length;
     return text == nullptr ? 0 : wide::char_count(text);
